@@ -1,0 +1,20 @@
+# Options that every target of this project is built with.
+add_library(kestra_options INTERFACE)
+target_compile_definitions(kestra_options INTERFACE QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS)
+target_compile_options(kestra_options INTERFACE -Wall -Wextra -Wconversion -Wshadow)
+if(KESTRA_WERROR)
+    target_compile_options(kestra_options INTERFACE -Werror)
+endif()
+if(KESTRA_SANITIZE)
+    target_compile_options(kestra_options INTERFACE
+        -fsanitize=${KESTRA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(kestra_options INTERFACE -fsanitize=${KESTRA_SANITIZE})
+endif()
+
+# One static library per folder; its headers are included as "folder/file.h".
+function(kestra_folder name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_library(kestra_${name} STATIC ${ARG_SOURCES})
+    target_include_directories(kestra_${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(kestra_${name} PUBLIC ${ARG_DEPENDS} PRIVATE kestra_options)
+endfunction()

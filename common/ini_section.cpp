@@ -1,0 +1,163 @@
+#include "common/ini_section.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#ifdef _WIN32
+#include <QString>
+#endif
+
+namespace {
+
+// The C classification functions take an unsigned char's value; anything else is undefined.
+bool isBlank(char c) {
+    return std::isspace(static_cast<unsigned char>(c)) != 0;
+}
+bool isPrintable(char c) {
+    return std::isprint(static_cast<unsigned char>(c)) != 0;
+}
+bool isLetter(char c) {
+    return std::isalpha(static_cast<unsigned char>(c)) != 0;
+}
+int lower(char c) {
+    return std::tolower(static_cast<unsigned char>(c));
+}
+
+bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return lower(x) == lower(y); });
+}
+
+// The end of the text without its trailing white space and non-printable characters.
+char* trimmedEnd(char* begin, char* end) {
+    while (end > begin && (isBlank(end[-1]) || !isPrintable(end[-1])))
+        --end;
+    return end;
+}
+
+char* skipBlanks(char* text) {
+    while (isBlank(*text))
+        ++text;
+    return text;
+}
+
+// The host marks a preset's icon, tooltip, menu entry and shortcut with lines that look like comments. They
+// are recognised by their first characters alone, so a longer word that begins like one counts too.
+bool isDirective(std::string_view line) {
+    constexpr std::string_view kDirectives[] = {"#ICON", "#TOOLTIP", "#MENUITEM", "#SHORTCUT"};
+    return std::any_of(std::begin(kDirectives), std::end(kDirectives), [&](std::string_view word) {
+        return equalIgnoringCase(line.substr(0, word.size()), word);
+    });
+}
+
+bool isComment(std::string_view line) {
+    if (line.size() >= 2 && line[0] == '#' && isLetter(line[1]))
+        return !isDirective(line);
+    return line[0] == ';' || line[0] == '#' || line.substr(0, 2) == "//";
+}
+
+// The closing bracket of a section header, or null for any other line.
+char* headerEnd(char* line) {
+    return line[0] == '[' ? std::strchr(line, ']') : nullptr;
+}
+
+bool skipToSection(std::FILE* file, std::string& line, char const* sectionName) {
+    while (readLine(file, line)) {
+        trimInPlace(line.data());
+        char* const end = headerEnd(line.data());
+        if (!end)
+            continue;
+        *end = '\0';
+        trimInPlace(line.data() + 1);
+        if (equalIgnoringCase(line.data() + 1, sectionName))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+OpenFile openFileUtf8(char const* name, char const* mode) {
+#ifdef _WIN32
+    return OpenFile(_wfopen(QString::fromUtf8(name).toStdWString().c_str(),
+                            QString::fromUtf8(mode).toStdWString().c_str()));
+#else
+    return OpenFile(std::fopen(name, mode));
+#endif
+}
+
+bool readLine(std::FILE* file, std::string& line) {
+    line.clear();
+    try {
+        for (int c = std::getc(file); c != '\n'; c = std::getc(file)) {
+            if (c == EOF)
+                return !line.empty();
+            line.push_back(static_cast<char>(c));
+        }
+    } catch (std::bad_alloc const&) {
+        return false; // a line too long for memory ends the read like the end of the file
+    }
+    return true;
+}
+
+void trimInPlace(char* text) {
+    char const* const begin = skipBlanks(text);
+    size_t length = std::strlen(begin);
+    while (length > 0 && isBlank(begin[length - 1]))
+        --length;
+    std::memmove(text, begin, length);
+    text[length] = '\0';
+}
+
+size_t normaliseIniLine(char* line) {
+    char* const begin = skipBlanks(line);
+    char* const end = trimmedEnd(begin, begin + std::strlen(begin));
+    *end = '\0';
+    std::memmove(line, begin, size_t(end - begin) + 1);
+    if (line[0] == '\0' || isComment(line))
+        return 0;
+    if (char* const equals = std::strchr(line, '=')) {
+        char const* const value = skipBlanks(equals + 1);
+        char* out = trimmedEnd(line, equals);
+        *out++ = '=';
+        std::memmove(out, value, std::strlen(value) + 1);
+    }
+    return std::strlen(line);
+}
+
+size_t readIniSection(char const* sectionName, char* buffer, size_t bufferSize, char const* iniFileName) {
+    if (!sectionName || !iniFileName)
+        return 0;
+    OpenFile const file = openFileUtf8(iniFileName, "r");
+    std::string line;
+    if (!file || !skipToSection(file.get(), line, sectionName))
+        return 0;
+    if (!buffer)
+        return 1;
+    if (bufferSize < 2)
+        return 0;
+
+    size_t written = 0;
+    while (readLine(file.get(), line)) {
+        trimInPlace(line.data());
+        if (headerEnd(line.data()))
+            break;
+        // Two bytes stay free: the line's NUL and the list's closing one.
+        if (written > bufferSize - 2)
+            break;
+        size_t const length = normaliseIniLine(line.data());
+        if (length == 0)
+            continue;
+        size_t const copied = std::min(length, bufferSize - 2 - written);
+        std::memcpy(buffer + written, line.data(), copied);
+        written += copied;
+        buffer[written++] = '\0';
+    }
+    if (written == 0)
+        buffer[written++] = '\0';
+    buffer[written++] = '\0';
+    return written - 1;
+}

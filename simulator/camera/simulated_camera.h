@@ -1,0 +1,96 @@
+#pragma once
+
+#include "common/veyra2.h"
+
+#include <QByteArray>
+#include <QString>
+#include <cstdint>
+#include <memory>
+
+#if defined(_WIN32) && defined(SIMULATED_CAMERA_BUILD)
+#define SIMULATED_CAMERA_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define SIMULATED_CAMERA_API __declspec(dllimport)
+#else
+#define SIMULATED_CAMERA_API __attribute__((visibility("default")))
+#endif
+
+namespace simulator {
+
+/// Frame types as the host numbers them.
+enum class FrameType : uint32_t { Raw8 = 1, Ycbcr = 5, Rgb32 = 11, Raw12 = 13 };
+
+/// What lies before the camera: a flat field under one lamp.
+struct Light {
+    double colourTemperature = 5000; ///< kelvin
+    double level = 1.0;              ///< luminance relative to the lamp's normal level
+    double gradient = 0.0; ///< relative rise of the luminance from the left to the right border; 0 = flat
+    bool objectInPicture = false; ///< a dark disc lies in the picture
+};
+
+/// One frame as the camera delivers it: rows from the top, `pitch` bytes apart. Raw12 holds 16-bit
+/// little-endian words, Raw8 bytes, Ycbcr two bytes a pixel (Y Cb Y Cr).
+struct Frame {
+    FrameType type = FrameType::Raw12;
+    uint32_t width = 0;
+    int32_t height = 0;
+    uint32_t pitch = 0;
+    QByteArray pixels;
+};
+
+/// What a host is told of the camera besides its registers.
+struct CameraDescription {
+    QString profile;         ///< the profile's name
+    QByteArray sensorName;   ///< for the sensor record's first name
+    QByteArray fileNamePart; ///< for the sensor record's file name part
+    uint32_t sensorKind = 0;
+    uint32_t variant = 0;
+    bool systemOnChip = false;
+    uint32_t width = 0;                   ///< pixels
+    uint32_t height = 0;                  ///< pixels
+    FrameType rawType = FrameType::Raw12; ///< what grab() delivers
+    bool calibratesFromRgb = false;       ///< the calibration takes the host's RGB-32 picture
+    uint32_t bayerPhase =
+        0; ///< bit 0: column offset, bit 1: row offset of the first red pixel; of the delivered frame
+    uint32_t orientation = 0; ///< bit 0: mirrored, bit 1: upside down
+    double blackLevel = 0;    ///< counts of the delivered samples
+    double whiteLevel = 0;    ///< counts of the delivered samples
+    double colourMatrix[9] = {1, 0, 0, 0, 1,
+                              0, 0, 0, 1}; ///< sensor RGB to display RGB, row by row, rows sum to 1
+};
+
+/// The camera behind the simulated library `veyra2`: one sensor on one headboard, told by a profile. It is
+/// driven by its registers alone; what can be set here is only what stands outside of it.
+class SIMULATED_CAMERA_API SimulatedCamera {
+public:
+    /// Opens a camera by a profile's name or file; null with a message for the user in `error` otherwise.
+    [[nodiscard]] static std::unique_ptr<SimulatedCamera> open(QString const& profile, QString* error);
+    /// The names of the profiles that are installed beside the library.
+    [[nodiscard]] static QStringList profileNames();
+    ~SimulatedCamera();
+
+    /// The handle for the library's functions, valid as long as this object.
+    [[nodiscard]] vy_Camera* handle() const;
+    [[nodiscard]] CameraDescription const& description() const;
+
+    void setLight(Light const& light);
+    [[nodiscard]] Light const& light() const;
+    /// Noise is a function of the seed and the number of the frame.
+    void setSeed(uint64_t seed);
+    /// Replaces the profile's lens by a measured one in the format shading-gains-1; on a malformed file
+    /// nothing changes and `error` names the fault and its place.
+    [[nodiscard]] bool useMeasuredShading(QString const& file, QString* error);
+
+    /// Exposes and reads out the next frame.
+    [[nodiscard]] Frame grab();
+    /// Number of register writes that reached the sensor since it was opened.
+    [[nodiscard]] uint64_t registerWrites() const;
+
+    class Implementation;
+
+private:
+    explicit SimulatedCamera(std::unique_ptr<Implementation> implementation);
+    std::unique_ptr<Implementation> m_implementation;
+};
+
+} // namespace simulator

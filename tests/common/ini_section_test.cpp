@@ -1,0 +1,106 @@
+#include "common/ini_section.h"
+
+#include <QTemporaryDir>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+// An ini file with the given bytes, and the reader's answer as lines.
+class IniSection : public ::testing::Test {
+protected:
+    void write(std::string const& bytes) { std::ofstream(path(), std::ios::binary) << bytes; }
+    std::string path() const { return m_folder.filePath(QStringLiteral("host.ini")).toStdString(); }
+    size_t read(char const* section, size_t size = 32) {
+        m_buffer.assign(size + 1, '~');
+        size_t const count = readIniSection(section, m_buffer.data(), size, path().c_str());
+        EXPECT_EQ(m_buffer[size], '~') << "wrote behind the buffer";
+        return count;
+    }
+    std::string text(size_t count) const { return {m_buffer.data(), count}; }
+
+    QTemporaryDir m_folder;
+    std::vector<char> m_buffer;
+};
+
+TEST_F(IniSection, MatchesAHeaderInAnyCaseAndWithBlanksInside) {
+    write("[other]\nA=1\n  [  lens CALIBRATION setup ] trailing\nREG = 1 , 2\n");
+    EXPECT_EQ(read("Lens Calibration Setup"), 10U);
+    EXPECT_EQ(text(10), std::string("REG=1 , 2\0", 10));
+    EXPECT_EQ(read("Lens Calibration"), 0U);
+}
+
+TEST_F(IniSection, EmptySectionCountsAsPresent) {
+    write("[Lens Calibration Setup]\n[Next]\nA=1\n");
+    EXPECT_EQ(read("Lens Calibration Setup"), 1U);
+    EXPECT_EQ(text(2), std::string(2, '\0'));
+}
+
+TEST_F(IniSection, LongFirstLineIsCutToTheRoomAndTerminated) {
+    write("[S]\n" + std::string(5000, 'x') + "\nsecond\n");
+    EXPECT_EQ(read("S"), 31U);
+    EXPECT_EQ(text(32), std::string(30, 'x') + std::string(2, '\0'));
+}
+
+TEST_F(IniSection, ALineThatMeetsNoRoomLeavesItsNul) {
+    write("[S]\n" + std::string(29, 'x') + "\nsecond\nthird\n");
+    EXPECT_EQ(read("S"), 31U);
+    EXPECT_EQ(text(32), std::string(29, 'x') + std::string(3, '\0'));
+}
+
+TEST_F(IniSection, ReadsALastLineWithoutLineFeedAndDropsCarriageReturns) {
+    write("[S]\r\nabc\r\n\r\nd = e");
+    EXPECT_EQ(read("S"), 8U);
+    EXPECT_EQ(text(8), std::string("abc\0d=e\0", 8));
+}
+
+TEST_F(IniSection, AnswersWithoutABufferAndWithOneTooSmall) {
+    write("[S]\nabc\n");
+    EXPECT_EQ(readIniSection("S", nullptr, 0, path().c_str()), 1U);
+    EXPECT_EQ(readIniSection("T", nullptr, 0, path().c_str()), 0U);
+    EXPECT_EQ(read("S", 1), 0U);
+    EXPECT_EQ(read("S", 2), 1U);
+    EXPECT_EQ(readIniSection(nullptr, nullptr, 0, path().c_str()), 0U);
+    EXPECT_EQ(readIniSection("S", nullptr, 0, nullptr), 0U);
+    EXPECT_EQ(readIniSection("S", nullptr, 0, (path() + ".missing").c_str()), 0U);
+}
+
+TEST(NormaliseIniLine, KeepsSettingsAndDirectivesAndDropsComments) {
+    struct Row {
+        std::string line;
+        std::string normalised; // empty: the line is skipped
+    };
+    Row const rows[] = {
+        {"  key \t =  value \x01 ", "key=value"},
+        {"key=value", "key=value"},
+        {"a = b = c", "a=b = c"},
+        {"no equals sign", "no equals sign"},
+        {" = ", "="},
+        {"  \t\x02 ", ""},
+        {"; comment", ""},
+        {"// comment", ""},
+        {"/ no comment", "/ no comment"},
+        {"# comment", ""},
+        {"#comment", ""},
+        {"#", ""},
+        {"#ICON = x.png", "#ICON=x.png"},
+        {"#icons = x.png", "#icons=x.png"},
+        {"#TOOLTIP=t", "#TOOLTIP=t"},
+        {"#TOOLTI=t", ""},
+        {"#menuitem = m", "#menuitem=m"},
+        {"#SHORTCUTS = s", "#SHORTCUTS=s"},
+        {"name = \xE4\xE4", "name="},
+    };
+    for (Row const& row : rows) {
+        std::string line = row.line;
+        size_t const length = normaliseIniLine(line.data());
+        EXPECT_EQ(length, row.normalised.size()) << row.line;
+        if (length > 0) {
+            EXPECT_STREQ(line.c_str(), row.normalised.c_str());
+        }
+    }
+}
+
+} // namespace
