@@ -66,7 +66,10 @@ void CalibrationPage::connectWidgets() {
 }
 
 void CalibrationPage::setVisible(bool visible) {
-    m_flow->pageShown();
+    QPointer<CalibrationPage> const self(this);
+    std::shared_ptr(m_flow)->pageShown();
+    if (!self)
+        return;
     if (QTimer* const timer = m_flow->widgets().timer)
         timer->start();
     QDialog::setVisible(visible);

@@ -1,0 +1,332 @@
+#include "tests/calibration/pages.h"
+
+#include "calibration/folder_chooser.h"
+#include "common/version.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMetaMethod>
+
+namespace {
+
+// What holds for every calibration page.
+class PageContract : public PageFixture, public ::testing::WithParamInterface<PageCase> {
+protected:
+    PageContract() : PageFixture(GetParam()) {}
+
+    void runTo(uint32_t PageState::*step, uint32_t value) {
+        for (int i = 0; i < 200 && page && state().*step != value; ++i) {
+            frames(3);
+            frames(1, 13);
+            tick();
+        }
+        ASSERT_TRUE(page);
+        EXPECT_EQ(state().*step, value);
+    }
+};
+
+TEST_P(PageContract, DeclaresItsSignalAndSlotsInTheHostsOrder) {
+    remake();
+    std::vector<std::string> methods;
+    QMetaObject const& meta = *page->metaObject();
+    for (int i = QDialog::staticMetaObject.methodCount(); i < meta.methodCount(); ++i)
+        methods.push_back(meta.method(i).methodSignature().toStdString());
+    std::vector<std::string> const expected = {"Status()",
+                                               "start()",
+                                               "OnBnClicked_LensCalibSetup()",
+                                               "OnBnClickedAe()",
+                                               "OnBnClickedAwb()",
+                                               "OnBnClickedCalibrate()",
+                                               "OnBnClickedFilesave()",
+                                               "OnBnClickedPromsave()",
+                                               "OnBnClickedStartover()",
+                                               "OnBnClickedGraph()",
+                                               "OnBnClickedCU()",
+                                               "OnBnClickedRunall()",
+                                               "OnBnClickedBrowse()",
+                                               "OnCbnSelchangePromLabel(QString)",
+                                               "OnCbnEditchangePromLabel(QString)",
+                                               "OnEnChangeGoodcu(QString)",
+                                               "OnEnChangeSavedir(QString)",
+                                               "OnBnClickedEnableLC()",
+                                               "OnUpdateStatus()"};
+    methods.resize(std::min(methods.size(), expected.size()));
+    EXPECT_EQ(methods, expected);
+}
+
+TEST_P(PageContract, NoKeyStartsOrHidesAnything) {
+    open();
+    for (QPushButton const* const button : page->findChildren<QPushButton*>())
+        EXPECT_FALSE(button->autoDefault() || button->isDefault()) << button->objectName().toStdString();
+    wizard->show();
+    for (int const key : {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Enter}) {
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+        QApplication::sendEvent(widget<QLineEdit>("GoodCU"), &press);
+        EXPECT_TRUE(page->isVisible());
+        EXPECT_EQ(state().runAll, 0U);
+    }
+}
+
+TEST_P(PageContract, InitialisesInTheToldOrderAndTellsTheVersion) {
+    remake();
+    EXPECT_TRUE(host.log.empty()) << "construction calls nobody";
+    page->initialise();
+    EXPECT_EQ(host.calls("readText").front(), "readText LensAssist Dir");
+    EXPECT_EQ(host.calls("readInt"), (std::vector<std::string>{"readInt LensAssist Falloff for S1 95",
+                                                               "readInt LensAssist Radius for S1 0",
+                                                               "readInt LensAssist GoodCU for S1 2000"}));
+    EXPECT_EQ(host.log.back().substr(0, 16), "announceRegister");
+    EXPECT_EQ(state().updateDepth, 0U);
+    auto* const timer = page->findChild<QTimer*>();
+    EXPECT_EQ(timer->interval(), 500);
+    EXPECT_FALSE(timer->isActive());
+    EXPECT_EQ(text(GetParam().sensorKind == 200 ? "Version_Lens" : "Version_APGA"),
+              std::string("Version: 6.1.63.61641\nBuild Date: ") + kBuildDate);
+}
+
+TEST_P(PageContract, ShowingLoadsTheSettingsStartsTheTimerAndIsNotUndoneByHiding) {
+    host.intSettings = {{"LensAssist Falloff for S1", 80}, {"LensAssist GoodCU for S1", 1234}};
+    open();
+    EXPECT_EQ(widget<QComboBox>("FallOff")->currentText(), QStringLiteral("80%"));
+    EXPECT_EQ(widget<QComboBox>("FallOff")->currentData().toInt(), 80);
+    EXPECT_EQ(widget<QLineEdit>("GoodCU")->text(), QStringLiteral("1.23"));
+    EXPECT_EQ(widget<QLineEdit>("Save_Dir")->text().toStdString(), saveDir());
+    EXPECT_EQ(state().active, 1U);
+    page->setVisible(false);
+    EXPECT_EQ(state().active, 1U);
+    EXPECT_TRUE(page->findChild<QTimer*>()->isActive());
+    page->closePage();
+    EXPECT_FALSE(page->findChild<QTimer*>());
+    page->setVisible(true);
+}
+
+TEST_P(PageContract, SettingsAreStoredAsTheHostKeepsThem) {
+    struct Row {
+        int storedFalloff;
+        char const* limitText;
+        char const* falloff;
+        char const* limit;
+    };
+    Row const rows[] = {
+        {110, "1.2345", "writeInt LensAssist Falloff for S1 110", "writeInt LensAssist GoodCU for S1 1234"},
+        {97, "abc", "writeInt LensAssist Falloff for S1 50", "writeInt LensAssist GoodCU for S1 0"},
+        {75, "2.01", "writeInt LensAssist Falloff for S1 75", "writeInt LensAssist GoodCU for S1 2009"},
+        {75, " +2.0abc", "writeInt LensAssist Falloff for S1 75", "writeInt LensAssist GoodCU for S1 2000"},
+        {75, "1e99", "writeInt LensAssist Falloff for S1 75", "writeInt LensAssist GoodCU for S1 2147483647"},
+        {75, "nan", "writeInt LensAssist Falloff for S1 75", "writeInt LensAssist GoodCU for S1 0"},
+        {75, "-1,5", "writeInt LensAssist Falloff for S1 75", "writeInt LensAssist GoodCU for S1 -1000"},
+    };
+    for (Row const& row : rows) {
+        host.intSettings["LensAssist Falloff for S1"] = row.storedFalloff;
+        open();
+        widget<QLineEdit>("GoodCU")->setText(QLatin1String(row.limitText));
+        page->closePage();
+        EXPECT_EQ(host.calls("write"),
+                  (std::vector<std::string>{"writeText LensAssist Dir " + saveDir(), row.falloff, row.limit}))
+            << row.limitText;
+    }
+}
+
+TEST_P(PageContract, ANameWithAPerCentSignQualifiesTheKeysUnchanged) {
+    sensor.name = "100%2 %1";
+    open();
+    page->closePage();
+    EXPECT_EQ(host.calls("writeInt").front(), "writeInt LensAssist Falloff for 100%2 %1 95");
+    sensor.name = nullptr;
+    open();
+    page->closePage();
+    EXPECT_EQ(host.calls("writeInt").front(), "writeInt LensAssist Falloff for  95");
+}
+
+TEST_P(PageContract, ExposureCountsFramesAndEndsAtTheTick) {
+    open();
+    click("AE");
+    EXPECT_FALSE(widget<QPushButton>("Run_All")->isEnabled());
+    EXPECT_TRUE(widget<QLabel>("AE_Status")->isHidden());
+    EXPECT_FALSE(widget<QProgressBar>("AE_progressBar")->isHidden());
+    frames(1, 13);
+    EXPECT_EQ(state().aeStepProgress, 0);
+    page->onFrame({nullptr, ImageType::Rgb32, 0, 0, 0}); // counting touches no pixel
+    EXPECT_EQ(state().aeStepProgress, 4);
+    frames(23);
+    tick();
+    EXPECT_EQ(widget<QProgressBar>("AE_progressBar")->value(), 96);
+    frames(9);
+    EXPECT_EQ(state().aeStepProgress, 100);
+    tick();
+    EXPECT_EQ(host.log.back(), "setState Auto Exposure 0");
+    EXPECT_EQ(text("AE_Status"), "Done.");
+    EXPECT_FALSE(widget<QLabel>("AE_Status")->isHidden());
+    EXPECT_TRUE(widget<QProgressBar>("AE_progressBar")->isHidden());
+}
+
+TEST_P(PageContract, ColourBalanceCorrectsEveryFifthFrame) {
+    open();
+    click("AWB");
+    host.states["Relative Red Gain"] = host.states["Relative Blue Gain"] = 1000;
+    constexpr uint32_t kTinted = 0x786450; // red 120, green 100, blue 80
+    frames(5, 11, kTinted);
+    EXPECT_EQ(host.calls("setState Relative").size(), 2U) << "still settling";
+    host.log.clear();
+    frames(1, 11, kTinted);
+    EXPECT_EQ(host.log, (std::vector<std::string>{
+                            "readState Relative Red Gain", "readState Relative Blue Gain",
+                            "setState Relative Red Gain 875", "setState Relative Blue Gain 1187"}));
+    frames(4, 11, kTinted);
+    EXPECT_EQ(host.log.size(), 4U);
+    frames(1, 11, kTinted);
+    EXPECT_EQ(host.log.size(), 8U);
+    EXPECT_EQ(state().wbStepProgress, 40);
+    frames(20, 11, 0x000050); // a picture without red gives no correction
+    EXPECT_EQ(state().wbStepProgress, 40);
+    frames(15, 11, kTinted);
+    tick();
+    EXPECT_EQ(state().wbStepState, kDone);
+}
+
+TEST_P(PageContract, StartOverWhileExposureRunsLeavesTheHostAloneButCancellingRunAllDoesNot) {
+    open();
+    click("AE");
+    host.log.clear();
+    click("Start_Over");
+    EXPECT_EQ(state().aeStepState, kNotEvaluated);
+    EXPECT_TRUE(host.calls("setState").empty());
+
+    click("Run_All");
+    EXPECT_EQ(widget<QPushButton>("Run_All")->text(), QStringLiteral("Cancel Run All"));
+    runTo(&PageState::aeStepState, kInProgress);
+    host.log.clear();
+    click("Run_All");
+    EXPECT_EQ(host.calls("setState"), std::vector<std::string>{"setState Auto Exposure 0"});
+    EXPECT_EQ(state().aeStepState, kReady);
+    EXPECT_EQ(widget<QPushButton>("Run_All")->text(), QStringLiteral("Run All Steps"));
+
+    click("Run_All");
+    runTo(&PageState::wbStepState, kInProgress);
+    host.log.clear();
+    click("Run_All");
+    EXPECT_TRUE(changes().empty()) << changes().front();
+    EXPECT_EQ(state().wbStepState, kReady);
+}
+
+TEST_P(PageContract, SetupAppliesThePresetBetweenStoringAndLoading) {
+    open();
+    click("LensCalibSetup");
+    EXPECT_EQ(host.calls("applyPreset"), std::vector<std::string>{"applyPreset 0 Lens Calibration Setup"});
+    EXPECT_EQ(host.log.front().substr(0, 9), "writeText");
+    EXPECT_EQ(host.log.back(), "readInt LensAssist GoodCU for S1 2000");
+    EXPECT_EQ(text("SETUP_Status"), "Done.");
+
+    writeIni("");
+    click("LensCalibSetup");
+    EXPECT_EQ(state().presetState, kFailed) << "the preset has gone meanwhile";
+    EXPECT_FALSE(widget<QPushButton>("LensCalibSetup")->isEnabled());
+}
+
+TEST_P(PageContract, HidingTheLensCorrectionBitfieldDisarmsTheButton) {
+    open();
+    auto* const button = widget<QPushButton>("Enable_LC");
+    button->click();
+    auto const written = host.calls("writeRegister");
+    ASSERT_EQ(written.size(), 1U);
+    EXPECT_EQ(written[0].back(), '1');
+    EXPECT_EQ(button->text(), QStringLiteral("Enable LC")) << "the text follows the host's notification";
+    page->registerChanged(7, 1);
+    EXPECT_EQ(button->text(), QStringLiteral("Enable LC"));
+    page->registerChanged(0, 1);
+    EXPECT_EQ(button->text(), QStringLiteral("Disable LC"));
+    EXPECT_TRUE(button->isChecked());
+    libraries.bitfields.clear();
+    page->registerChanged(0, 0);
+    EXPECT_FALSE(button->isChecked());
+    EXPECT_EQ(host.calls("writeRegister").size(), 1U) << "an update from code writes nothing";
+}
+
+TEST_P(PageContract, BrowseKeepsWhatTheChooserAnswersAndBracketsIt) {
+    open();
+    setFolderChooser([] { return QString(); });
+    click("Browse");
+    EXPECT_EQ(host.calls("modalDialog"), (std::vector<std::string>{"modalDialog 1", "modalDialog 0"}));
+    EXPECT_EQ(widget<QLineEdit>("Save_Dir")->text(), QString());
+    EXPECT_EQ(text("File_Save_Status"), "Error: The directory does not exist.");
+    EXPECT_EQ(host.textSettings["LensAssist Dir"], "");
+
+    setFolderChooser([this] { return QString::fromStdString(saveDir()); });
+    click("Browse");
+    EXPECT_EQ(state().fileState, kReady);
+
+    host.log.clear();
+    setFolderChooser([this] {
+        tick(3);
+        delete page.data();
+        return QStringLiteral("x");
+    });
+    click("Browse");
+    EXPECT_EQ(host.log.back(), "modalDialog 0");
+    setFolderChooser({});
+}
+
+TEST_P(PageContract, GraphIsToldHalfTheImageWidth) {
+    open();
+    click("Show_Graph");
+    EXPECT_EQ(changes(),
+              (std::vector<std::string>{"setupAnalysis 1 0 960 0 960", "writeInt AnalysisDlg Type 0",
+                                        "writeInt AnalysisDlg Show 1"}));
+    libraries.hasDescription = false;
+    click("Show_Graph");
+    EXPECT_EQ(host.calls("setupAnalysis").back(), "setupAnalysis 1 0 0 0 0");
+}
+
+TEST_P(PageContract, EditsTakeEffectOnlyFromTheUser) {
+    open();
+    widget<QLineEdit>("GoodCU")->setText(QStringLiteral("abc"));
+    EXPECT_EQ(state().uniformityLimit, 0);
+    widget<QLineEdit>("Save_Dir")->setText(QStringLiteral("/nowhere"));
+    EXPECT_EQ(state().fileState, kNotEvaluated);
+    emit page->Status();
+    EXPECT_EQ(text("File_Save_Status"), "Not done yet.");
+}
+
+TEST_P(PageContract, UniformityTestRunsWithoutACalibration) {
+    open();
+    click("ColorUniformity");
+    EXPECT_EQ(state().lscStepProgress, 80);
+    page->onFrame({nullptr, ImageType::Rgb32, 64, 48, 255}); // too short a pitch: still due
+    EXPECT_EQ(state().lscStepProgress, 80);
+    frames(1, 13);
+    EXPECT_EQ(state().lscStepProgress, 80);
+    page->onFrame({nullptr, ImageType::Rgb32, 64, 48, 256}); // no pixels: mid grey
+    EXPECT_EQ(state().lscStepProgress, 90);
+    tick();
+    EXPECT_EQ(text("CU_Status"), " 0.00   (Lower is better.)");
+    EXPECT_EQ(state().worstBlock, QRect(QPoint(60, 44), QPoint(63, 47)));
+}
+
+TEST_P(PageContract, MarkerIsPaintedOnlyWhileTheValueMissesTheLimit) {
+    open();
+    click("ColorUniformity");
+    std::vector<uint32_t> picture(64 * 48, 0x808080);
+    for (int i = 0; i < 32; ++i)
+        picture[size_t(i)] = 0x988080;
+    page->onFrame({picture.data(), ImageType::Rgb32, 64, 48, 256});
+    tick();
+    double const value = state().uniformityValue;
+    ASSERT_GT(value, 1.0);
+    auto const colour = [&](double limit) {
+        widget<QLineEdit>("GoodCU")->setText(QString::number(limit));
+        std::vector<uint32_t> shown(64 * 48, 0);
+        page->onFrame({shown.data(), ImageType::Rgb32, 64, 48, 256});
+        for (uint32_t const pixel : shown)
+            if (pixel)
+                return pixel;
+        return 0U;
+    };
+    EXPECT_EQ(colour(value), 0U);
+    EXPECT_EQ(colour(value - 0.5), 0xDDBB55U);
+    EXPECT_EQ(colour(value - 1.5), 0xDD2200U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages, PageContract, ::testing::ValuesIn(kPages),
+                         [](auto const& test) { return std::string(test.param.name); });
+
+} // namespace

@@ -1,0 +1,78 @@
+#include "tests/calibration/page_fixture.h"
+
+#include <QApplication>
+
+PageFixture::PageFixture(PageCase const& pageCase) : m_case(pageCase) {
+    writeIni("[Lens Calibration Setup]\nREG = 1, 2\n[Lens Calibration Verify]\n");
+    host.textSettings["LensAssist Dir"] = saveDir();
+    libraries.bitfields = {"POLY_SC_ENABLE.ENABLE", "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE"};
+    sensor.name = "S1";
+    sensor.sensorKind = m_case.sensorKind;
+    sensor.variant = 1;
+    sensor.fileNamePart = "BOARD";
+    sensor.camera = libraries.camera();
+}
+
+PageFixture::~PageFixture() {
+    delete page.data();
+}
+
+void PageFixture::writeIni(std::string const& bytes) {
+    std::string const path = m_folder.filePath(QStringLiteral("host.ini")).toStdString();
+    std::ofstream(path) << bytes;
+    host.textSettings["IniFileName"] = path;
+}
+
+void PageFixture::remake() {
+    delete page.data();
+    wizard = std::make_unique<Wizard>(QStringLiteral("Test"), nullptr);
+    page = m_case.make(sensor, host.services(), wizard.get());
+}
+
+void PageFixture::open() {
+    remake();
+    page->initialise();
+    wizard->addPage(page, QStringLiteral("Page"));
+    // The tests tick by hand.
+    page->findChild<QTimer*>()->stop();
+    host.log.clear();
+}
+
+std::string PageFixture::text(char const* label) const {
+    return widget<QLabel>(label)->text().toStdString();
+}
+
+void PageFixture::click(char const* button) {
+    auto* const found = widget<QPushButton>(button);
+    EXPECT_TRUE(found->isEnabled()) << button;
+    found->click();
+}
+
+void PageFixture::tick(int count) {
+    while (count-- > 0)
+        QMetaObject::invokeMethod(page, "start");
+}
+
+void PageFixture::frames(int count, uint32_t type, uint32_t pixel) {
+    std::vector<uint32_t> pixels(64 * 48, pixel);
+    int32_t const pitch = 64 * (type == 11 ? 4 : 2);
+    for (; count > 0 && page; --count)
+        page->onFrame({pixels.data(), ImageType(type), 64, 48, pitch});
+}
+
+std::vector<std::string> PageFixture::changes() const {
+    std::vector<std::string> found;
+    for (std::string const& call : host.log)
+        if (!call.starts_with("read") && !call.starts_with("exists") && call != "sensorInfo" &&
+            call != "isSOC")
+            found.push_back(call);
+    return found;
+}
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication const application(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "calibration/calibration_page.h"
+#include "tests/fakes/fake_host.h"
+#include "tests/fakes/fake_libraries.h"
+
+#include <QTemporaryDir>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// What a page of the contract suite is made by, and which sensor it is for.
+struct PageCase {
+    char const* name;
+    uint32_t sensorKind;
+    CalibrationPage* (*make)(SensorRecord const&, HostServices const&, Wizard*);
+};
+
+/// A page on a fake host with a setup preset, a sensor that can correct, and an existing save directory.
+class PageFixture : public ::testing::Test {
+protected:
+    explicit PageFixture(PageCase const& pageCase);
+    ~PageFixture() override;
+
+    /// Makes the page, lets it initialise and shows it as its tab does. The log then starts anew.
+    void open();
+    void remake();
+    [[nodiscard]] PageState const& state() const { return page->state(); }
+    template <typename Widget>
+    [[nodiscard]] Widget* widget(char const* name) const {
+        auto* const found = page->findChild<Widget*>(QLatin1String(name));
+        EXPECT_TRUE(found) << name;
+        return found;
+    }
+    [[nodiscard]] std::string text(char const* label) const;
+    void click(char const* button);
+    void tick(int count = 1);
+    /// Delivers RGB-32 frames of one grey, `type` other than 11 delivers raw ones.
+    void frames(int count, uint32_t type = 11, uint32_t pixel = 0x808080);
+    void writeIni(std::string const& bytes);
+    [[nodiscard]] std::string saveDir() const { return m_folder.path().toStdString(); }
+    /// The log without reads of settings and states.
+    [[nodiscard]] std::vector<std::string> changes() const;
+
+    FakeHost host;
+    FakeLibraries libraries;
+    SensorRecord sensor{};
+    std::unique_ptr<Wizard> wizard;
+    QPointer<CalibrationPage> page;
+
+private:
+    PageCase const m_case;
+    QTemporaryDir m_folder;
+};

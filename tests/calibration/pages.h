@@ -1,0 +1,12 @@
+#pragma once
+
+#include "lsc_page/lens_assist.h"
+#include "tests/calibration/page_fixture.h"
+
+/// The pages that the contract suites run against.
+inline PageCase const kLensAssistPage = {
+    "LensAssist", 200,
+    [](SensorRecord const& sensor, HostServices const& services, Wizard* wizard) -> CalibrationPage* {
+        return new LensAssist(nullptr, sensor, services, wizard);
+    }};
+inline PageCase const kPages[] = {kLensAssistPage};

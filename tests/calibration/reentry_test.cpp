@@ -1,0 +1,135 @@
+#include "tests/calibration/pages.h"
+
+#include "calibration/folder_chooser.h"
+
+#include <iostream>
+
+namespace {
+
+// A host that spins events inside a service, or a library that does, may do anything to the page there.
+class Reentry : public PageFixture, public ::testing::WithParamInterface<PageCase> {
+protected:
+    Reentry() : PageFixture(GetParam()) {
+        setFolderChooser([this] { return QString::fromStdString(saveDir()); });
+    }
+    ~Reentry() override { setFolderChooser({}); }
+
+    struct Action {
+        char const* name;
+        std::function<void(Reentry&)> run;
+    };
+
+    // Everything that a tick, a button, a frame or a notification can set going. Each starts on a fresh page.
+    static std::vector<Action> actions() {
+        std::vector<Action> found;
+        for (char const* slot :
+             {"OnBnClicked_LensCalibSetup", "OnBnClickedAe", "OnBnClickedAwb", "OnBnClickedCalibrate",
+              "OnBnClickedStartover", "OnBnClickedGraph", "OnBnClickedCU", "OnBnClickedRunall",
+              "OnBnClickedBrowse", "OnBnClickedEnableLC", "OnUpdateStatus"})
+            found.push_back({slot, [slot](Reentry& test) { QMetaObject::invokeMethod(test.page, slot); }});
+        found.push_back({"registerChanged", [](Reentry& test) { test.page->registerChanged(0, 0); }});
+        found.push_back({"closePage", [](Reentry& test) { test.page->closePage(); }});
+        found.push_back({"RunAll", [](Reentry& test) {
+                             QMetaObject::invokeMethod(test.page, "OnBnClickedRunall");
+                             for (int i = 0; i < 120 && test.page; ++i) {
+                                 test.frames(2);
+                                 if (test.page)
+                                     test.frames(1, 13);
+                                 if (test.page)
+                                     test.tick();
+                             }
+                         }});
+        return found;
+    }
+
+    // Runs the action again and again, doing `deed` inside its first call, its second, and so on.
+    int doInsideEveryCall(Action const& action, std::function<void()> const& deed) {
+        int cases = 0;
+        for (size_t n = 1;; ++n, ++cases) {
+            open();
+            size_t calls = 0;
+            host.onCall = [&](std::string const&) {
+                if (++calls == n)
+                    deed();
+            };
+            action.run(*this);
+            host.onCall = nullptr;
+            EXPECT_TRUE(host.isBalanced()) << action.name << " call " << n;
+            if (page) {
+                EXPECT_EQ(state().updateDepth, 0U) << action.name << " call " << n;
+            }
+            delete page.data();
+            EXPECT_EQ(libraries.handlesAlive, 0) << action.name << " call " << n;
+            if (calls < n)
+                return cases;
+        }
+    }
+};
+
+TEST_P(Reentry, APageMayBeDeletedInsideAnyCall) {
+    int cases = 0;
+    for (Action const& action : actions())
+        cases += doInsideEveryCall(action, [this] { delete page.data(); });
+    std::cout << cases << " deletions inside a call\n";
+    EXPECT_GE(cases, 300);
+}
+
+TEST_P(Reentry, TicksFramesAndResetsMayHappenInsideAnyCall) {
+    int cases = 0;
+    for (Action const& action : actions()) {
+        cases += doInsideEveryCall(action, [this] {
+            if (!page)
+                return;
+            tick();
+            frames(1);
+            frames(1, 13);
+            if (page)
+                page->registerChanged(0, 0);
+        });
+        cases += doInsideEveryCall(action, [this] {
+            if (page)
+                QMetaObject::invokeMethod(page, "OnBnClickedStartover");
+        });
+    }
+    std::cout << cases << " interruptions inside a call\n";
+    EXPECT_GE(cases, 600);
+}
+
+TEST_P(Reentry, ATickInsideATickReturnsAtOnce) {
+    open();
+    QMetaObject::invokeMethod(page, "OnBnClickedRunall");
+    int nested = 0;
+    host.onCall = [&](std::string const&) {
+        if (nested++ > 0)
+            return;
+        host.log.clear();
+        tick();
+        EXPECT_TRUE(host.log.empty());
+    };
+    tick();
+    EXPECT_GT(nested, 0);
+}
+
+TEST_P(Reentry, EverySlotMayBeNull) {
+    HostServices const all = host.services();
+    constexpr size_t kSlots = sizeof(HostServices) / sizeof(void*);
+    for (size_t slot = 0; slot <= kSlots; ++slot) {
+        HostServices some = all;
+        auto* const table = reinterpret_cast<unsigned char*>(&some);
+        // The last round has no service at all.
+        std::fill(table + (slot < kSlots ? slot * sizeof(void*) : 0),
+                  table + (slot < kSlots ? (slot + 1) * sizeof(void*) : sizeof some),
+                  static_cast<unsigned char>(0));
+        for (Action const& action : actions()) {
+            open();
+            page->adopt(sensor, some);
+            action.run(*this);
+            EXPECT_TRUE(page) << action.name << " without slot " << slot;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages, Reentry, ::testing::ValuesIn(kPages),
+                         [](auto const& test) { return std::string(test.param.name); });
+
+} // namespace
