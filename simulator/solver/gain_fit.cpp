@@ -3,6 +3,7 @@
 #include "simulator/solver/binary16.h"
 
 #include <Eigen/Cholesky>
+#include <Eigen/LU>
 #include <algorithm>
 #include <cmath>
 #include <limits>
