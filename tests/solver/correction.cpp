@@ -12,6 +12,7 @@ constexpr double kGamma = 0.45;
 constexpr double kCentreValue = 185;
 
 using Rgb = std::array<double, 3>;
+using PlaneMeans = std::array<double, 4>; // by Colour
 
 double half(uint32_t bits) {
     int const exponent = static_cast<int>(bits >> 10 & 31);
@@ -55,13 +56,13 @@ Rgb displayed(Rgb const& balanced) {
     return result;
 }
 
-Rgb blockMean(TestSensor const& sensor, Response const& response, int column, int row) {
+PlaneMeans blockMean(TestSensor const& sensor, Response const& response, int column, int row) {
     constexpr int kSteps = 4;
-    Rgb mean{};
+    PlaneMeans mean{};
     for (int i = 0; i < kSteps * kSteps; ++i) {
         double const x = (column + (i % kSteps + 0.5) / kSteps) * sensor.width / kColumns;
         double const y = (row + (i / kSteps + 0.5) / kSteps) * sensor.height / kRows;
-        for (int colour = 0; colour < 3; ++colour)
+        for (int colour = 0; colour < 4; ++colour)
             mean[static_cast<size_t>(colour)] +=
                 response(static_cast<Colour>(colour), x, y) / (kSteps * kSteps);
     }
@@ -88,28 +89,30 @@ double Correction::gain(uint32_t slot, uint32_t plane, double x, double y) const
 }
 
 double Correction::gain(uint32_t slot, Colour colour, double x, double y) const {
-    if (colour == kColourGreen)
-        return 0.5 * (gain(slot, 0, x, y) + gain(slot, 3, x, y));
-    return gain(slot, colour == kColourRed ? 1u : 2u, x, y);
+    constexpr uint32_t kPlanes[] = {1, 0, 2, 3};
+    return gain(slot, kPlanes[colour], x, y);
 }
 
 FieldQuality measure(TestSensor const& sensor, Response const& corrected) {
-    std::vector<Rgb> blocks;
+    std::vector<PlaneMeans> blocks;
     for (int row = 0; row < kRows; ++row)
         for (int column = 0; column < kColumns; ++column)
             blocks.push_back(blockMean(sensor, corrected, column, row));
-    Rgb const centre = blocks[kRows / 2 * kColumns + kColumns / 2];
+    PlaneMeans const centre = blocks[kRows / 2 * kColumns + kColumns / 2];
     std::vector<std::array<double, 2>> chromas;
     std::vector<double> greens;
     double meanA = 0;
     double meanB = 0;
     FieldQuality quality;
-    for (Rgb const& block : blocks) {
+    for (PlaneMeans const& block : blocks) {
         chromas.push_back(
             chroma(displayed({block[0] / centre[0], block[1] / centre[1], block[2] / centre[2]})));
         meanA += chromas.back()[0] / (kColumns * kRows);
         meanB += chromas.back()[1] / (kColumns * kRows);
         greens.push_back(block[1]);
+        double const balance = block[kColourGreenBlue] / centre[kColourGreenBlue];
+        quality.greenImbalance = std::max(
+            quality.greenImbalance, std::abs(balance / (block[kColourGreen] / centre[kColourGreen]) - 1));
         quality.worstLuminance = std::max(quality.worstLuminance, std::abs(block[1] / centre[1] - 1));
     }
     for (auto const& [a, b] : chromas)

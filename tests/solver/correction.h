@@ -25,6 +25,7 @@ struct FieldQuality {
     double colourDeviation = 0;    ///< largest distance of a block from the mean in a*, b*
     double worstLuminance = 0;     ///< largest relative deviation from the centre block
     double meanLuminanceError = 0; ///< mean relative deviation from the median block
+    double greenImbalance = 0;     ///< largest change of the ratio of the two greens
 };
 
 /// Shows the field as a host would (white balance on the centre, colour matrix, exponent 0.45).

@@ -50,7 +50,8 @@ Response MeasuredShading::response(TestSensor const& sensor) const {
     MeasuredShading const shading = *this;
     return [shading, sensor](Colour colour, double x, double y) {
         auto const at = [&](int column, int row) {
-            return 1 / shading.gains[colour][static_cast<size_t>(row * shading.columns + column)];
+            return 1 / shading.gains[colour == kColourGreenBlue ? kColourGreen : colour]
+                                    [static_cast<size_t>(row * shading.columns + column)];
         };
         double const column = x / sensor.width * shading.columns - 0.5;
         double const row = y / sensor.height * shading.rows - 0.5;

@@ -42,7 +42,7 @@ char byte(double value) {
 } // namespace
 
 double sensitivity(Colour colour) {
-    constexpr double kSensitivities[] = {0.7, 1.0, 0.55};
+    constexpr double kSensitivities[] = {0.7, 1.0, 0.55, 1.0};
     return kSensitivities[colour];
 }
 
@@ -64,7 +64,7 @@ Response SyntheticLens::response(TestSensor const& sensor) const {
             return light * (1 - lens.spread * (0.8 * field + 0.1 * u + 0.1 * u * v));
         if (colour == kColourBlue)
             return light * (1 + 0.4 * lens.spread * (0.7 * field - 0.3 * v));
-        return light;
+        return colour == kColourGreenBlue ? light * (1 + 0.03 * u) : light;
     };
 }
 
@@ -83,8 +83,8 @@ QByteArray expose(TestSensor const& sensor, Response const& response, Exposure c
             if (bayer) {
                 bool const redColumn = (column & 1) == static_cast<int>(exposure.bayerPhase & 1);
                 bool const redRow = (row & 1) == static_cast<int>(exposure.bayerPhase >> 1);
-                Colour const colour =
-                    redColumn == redRow ? (redRow ? kColourRed : kColourBlue) : kColourGreen;
+                Colour const colour = redRow ? (redColumn ? kColourRed : kColourGreen)
+                                             : (redColumn ? kColourGreenBlue : kColourBlue);
                 int const sample = readout.sample(light(colour));
                 frame.append(static_cast<char>(sample & 0xFF));
                 if (sensor.sampleBytes == 2)

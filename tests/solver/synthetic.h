@@ -5,8 +5,8 @@
 #include <QByteArray>
 #include <functional>
 
-/// Planes of a response: both greens are one.
-enum Colour { kColourRed, kColourGreen, kColourBlue };
+/// Planes of a response. The green of the rows with blue is one of its own; only Bayer frames hold it.
+enum Colour { kColourRed, kColourGreen, kColourBlue, kColourGreenBlue };
 
 /// Light that reaches a plane at a position of the array in pixels, relative to an ideal lens.
 using Response = std::function<double(Colour, double x, double y)>;
