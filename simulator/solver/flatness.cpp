@@ -130,7 +130,7 @@ QString objectFault(Surface const& surface) {
     if (blocks <= std::max(1.0, kObjectShare * static_cast<double>(deviation.size())))
         return {};
     return QStringLiteral("the image is not flat: %1 blocks deviate by up to %2 from a smooth field")
-        .arg(QString::number(blocks), percent(deviation.maxCoeff()));
+        .arg(QString::number(blocks), percent(-std::expm1(-deviation.maxCoeff())));
 }
 
 /// A lens that is offset by d shows L(r - d), about L(r) - d grad L(r): the odd part of the surface is the

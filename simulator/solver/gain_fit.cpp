@@ -162,6 +162,7 @@ struct Fit {
 /// Least squares, repeated with more weight where the result is worst (Lawson's method), because the worst
 /// block is what is seen. Where the noise prevails the weights stay as they are.
 Fit solve(Design const& design, Eigen::ArrayXd const& blocks, BlockMeans const& means) {
+    Eigen::ArrayXd const counting = (blocks == 1).cast<double>();
     Eigen::ArrayXd weights = blocks;
     Fit fit;
     for (int pass = 0; pass < kPasses; ++pass) {
@@ -169,7 +170,8 @@ Fit solve(Design const& design, Eigen::ArrayXd const& blocks, BlockMeans const& 
         fit.unknowns = fit.normal.ldlt().solve(rightSide(design, weights));
         Remainder const left = remainder(design, fit.unknowns, means);
         Eigen::ArrayXd const visible = left.colour.max(kLuminanceShare * left.luminance) + left.noise + 1e-9;
-        weights *= visible / visible.mean();
+        double const mean = (visible * counting).sum() / counting.sum();
+        weights *= (counting > 0).select(visible / mean, 1.0);
         weights *= blocks.sum() / weights.sum();
     }
     return fit;
@@ -185,8 +187,9 @@ void scaleToSmallestGain(Unknowns& unknowns) {
             for (int k = 0; k < 4; ++k)
                 smallest = std::min(smallest, unknowns.segment<kTerms>(k * kTerms).dot(terms));
         }
-    // A fit of a small radius may reach zero beyond it, which no factor mends.
-    unknowns /= std::max(smallest, 0.25);
+    // A fit of a small radius may come near zero beyond it; that must not drive the centre into saturation.
+    constexpr double kSmallestOfALens = 0.4;
+    unknowns /= std::max(smallest, kSmallestOfALens);
 }
 
 /// Rounds the coefficients one after another, the last first, and lets those that are still free make up for

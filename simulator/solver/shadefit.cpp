@@ -81,6 +81,7 @@ SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t
 }
 
 SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t, uint32_t, uint32_t) {
+    // The block names its own kind and variant; the caller's do not count.
     return guarded<sf_Handle*>(nullptr, [&] {
         QString fault;
         auto layout = solver::parseSensorData(sensorData, fault);

@@ -136,21 +136,24 @@ TEST(Calibration, KeepsHighlightsAndTheColourOfTheCentre) {
         EXPECT_NEAR(correction.gain(0, plane, 320, 180) / correction.gain(0, 0u, 320, 180), 1, 0.015);
 }
 
-TEST(Calibration, IgnoresWhatLiesBeyondTheRadius) {
+TEST(Calibration, SpendsItsOrderWithinTheRadius) {
     TestSensor const sensor;
     Response const hard = SyntheticLens{Shape::RadialPolynomial, 4.8, 0.2, 0, 0}.response(sensor);
-    auto const worstWithin = [&](uint32_t radius) {
+    auto const worstOnCircle = [&](double circle, uint32_t radius) {
         Correction const correction(sensor, calibrate(sensor, hard, {}, 100, radius));
         Response const field = after(hard, correction);
         double worst = 0;
         for (int i = 0; i < 100; ++i) {
-            double const x = 320 + 140 * std::cos(i * 0.0628);
-            double const y = 180 + 140 * std::sin(i * 0.0628);
+            double const x = 320 + circle * std::cos(i * 0.0628);
+            double const y = 180 + circle * std::sin(i * 0.0628);
             worst = std::max(worst, std::abs(field(kColourGreen, x, y) / field(kColourGreen, 320, 180) - 1));
         }
         return worst;
     };
-    EXPECT_LT(worstWithin(150), 0.3 * worstWithin(0));
+    EXPECT_LT(worstOnCircle(140, 150), 0.3 * worstOnCircle(140, 0));
+    // A radius that holds few blocks or none must not break the solution.
+    for (uint32_t const radius : {1u, 12u, 40u})
+        EXPECT_LT(worstOnCircle(20, radius), 0.01) << radius;
 }
 
 TEST(Calibration, IsNotMisledByDeviantPixelsAndDust) {
