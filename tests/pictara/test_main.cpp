@@ -1,0 +1,8 @@
+#include <QApplication>
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    QApplication const application(argc, argv);
+    return RUN_ALL_TESTS();
+}
