@@ -1,0 +1,224 @@
+#include "simulator/camera/profile.h"
+#include "simulator/camera/installed_files.h"
+#include "simulator/camera/profile_registers.h"
+
+#include <QFileInfo>
+#include <algorithm>
+
+namespace simulator {
+namespace {
+
+constexpr int kDeepestBase = 4;
+
+struct FormatName {
+    char const* name;
+    OutputFormat format;
+};
+constexpr FormatName kFormatNames[] = {
+    {"raw12", OutputFormat::Raw12}, {"raw8", OutputFormat::Raw8}, {"ycbcr", OutputFormat::Ycbcr}};
+
+QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth) {
+    QJsonObject changes = readJsonFile(file, fault);
+    if (!changes.contains(QStringLiteral("base")))
+        return changes;
+    if (depth == kDeepestBase) {
+        fault.set(QStringLiteral("base"), QStringLiteral("the profiles are based on each other"));
+        return {};
+    }
+    QString const base = JsonPlace(changes, {}, fault)["base"].text() + QStringLiteral(".json");
+    QString const beside = QFileInfo(file).dir().filePath(base);
+    JsonFault baseFault;
+    QJsonObject const whole = readWithBases(
+        QFileInfo::exists(beside) ? beside : profileFolder().filePath(base), baseFault, depth + 1);
+    if (baseFault.isSet())
+        fault.set(QStringLiteral("base"), baseFault.message);
+    changes.remove(QStringLiteral("base"));
+    return mergedJson(whole, changes);
+}
+
+SensorArray readArray(JsonPlace const& place) {
+    constexpr uint32_t kSmallestSide = 64;
+    constexpr uint32_t kLargestSide = 16384;
+    SensorArray array{.width = place["width"].integer(kSmallestSide, kLargestSide),
+                      .height = place["height"].integer(kSmallestSide, kLargestSide),
+                      .bayerPhase = place["bayerPhase"].integer(0, 3),
+                      .orientation = place["orientation"].integer(0, 3)};
+    if (array.width % 2 != 0 || array.height % 2 != 0)
+        place.fail(QStringLiteral("width and height must be even"));
+    return array;
+}
+
+ReadOut readReadOut(JsonPlace const& place) {
+    ReadOut readOut{.pedestal = place["pedestal"].number(0, 1024),
+                    .electronsPerCount = place["electronsPerCount"].number(0.01, 100),
+                    .readNoise = place["readNoise"].number(0, 100),
+                    .unusableRows = place["unusableRows"].integer(0, 16)};
+    QString const name = place["format"].text();
+    auto const* const known =
+        std::find_if(std::begin(kFormatNames), std::end(kFormatNames),
+                     [&](FormatName const& row) { return name == QLatin1String(row.name); });
+    if (known == std::end(kFormatNames)) {
+        place["format"].fail(QStringLiteral("\"%1\" is none of raw12, raw8, ycbcr").arg(name));
+        return readOut;
+    }
+    readOut.format = known->format;
+    if (readOut.format == OutputFormat::Ycbcr) {
+        readOut.lumaLow = place["lumaLow"].number(0, 254);
+        readOut.lumaHigh = place["lumaHigh"].number(readOut.lumaLow + 1, 255);
+        readOut.chromaSpan = place["chromaSpan"].number(1, 255);
+    }
+    return readOut;
+}
+
+EepromSection readEeprom(JsonPlace const& place) {
+    EepromSection eeprom{.kind = place["kind"].text()};
+    if (eeprom.kind == QLatin1String("serial"))
+        eeprom.busAddress = place["busAddress"].integer(0, 0xFE);
+    else if (eeprom.kind != QLatin1String("none"))
+        place["kind"].fail(QStringLiteral("\"%1\" is none of none, serial").arg(eeprom.kind));
+    return eeprom;
+}
+
+void readIdentity(JsonPlace const& place, Profile& profile) {
+    profile.sensorName = place["sensorName"].text().toLocal8Bit();
+    profile.fileNamePart = place["fileNamePart"].text().toLocal8Bit();
+    profile.kind = place["kind"].integer();
+    profile.variant = place["variant"].integer();
+    profile.systemOnChip = place["systemOnChip"].flag();
+    profile.registerAddressWidth = place["registerAddressWidth"].integer(8, 32);
+    profile.registerDataWidth = place["registerDataWidth"].integer(8, 32);
+    profile.hasPageSelect = place["hasPageSelect"].flag();
+    for (JsonPlace const& space : place["secondaryMaps"].items())
+        profile.secondaryMaps |= 1U << space.integer(0, 31);
+}
+
+bool hasRegister(Profile const& profile, QByteArray const& name) {
+    return std::any_of(profile.registers.begin(), profile.registers.end(),
+                       [&](RegisterSpecification const& reg) { return reg.name == name; });
+}
+
+bool hasRegister(Profile const& profile, RegisterPlace const& place) {
+    return std::any_of(profile.registers.begin(), profile.registers.end(),
+                       [&](RegisterSpecification const& reg) {
+                           return reg.addressSpace == 0 && reg.id == place.id &&
+                                  reg.address == place.address && reg.dataWidth >= 16;
+                       });
+}
+
+QByteArray readRegisterName(JsonPlace const& place, Profile const& profile) {
+    QByteArray const name = place.text().toLatin1();
+    if (!hasRegister(profile, name))
+        place.fail(QStringLiteral("there is no register \"%1\"").arg(QString::fromLatin1(name)));
+    return name;
+}
+
+void checkLayoutRegisters(JsonPlace const& correction, Profile const& profile) {
+    auto const require = [&](JsonPlace const& place, RegisterPlace const& reg) {
+        if (!hasRegister(profile, reg))
+            place.fail(QStringLiteral("there is no 16-bit register at id %1, address 0x%2")
+                           .arg(reg.id)
+                           .arg(reg.address, 4, 16, QLatin1Char('0')));
+    };
+    require(correction["originColumn"], profile.layout.originColumn);
+    require(correction["originRow"], profile.layout.originRow);
+    JsonPlace const planes = correction["banks"].items(1).front()["planes"];
+    for (size_t plane = 0; plane < kPlaneCount; ++plane)
+        for (uint32_t i = 0; i < kCoefficientCount; ++i)
+            require(planes[kPlaneNames[plane]], profile.layout.planes[plane].place(i));
+}
+
+void checkLayoutSamples(JsonPlace const& place, Profile const& profile) {
+    SensorLayout const& layout = profile.layout;
+    bool const isYcbcr = profile.readOut.format == OutputFormat::Ycbcr;
+    if ((layout.input == QLatin1String("ycbcr")) != isYcbcr)
+        place["input"].fail(QStringLiteral("a calibration frame is not what the read-out delivers"));
+    if (layout.input != QLatin1String("bayer"))
+        return;
+    if ((layout.sampleBytes == 2) != (profile.readOut.format == OutputFormat::Raw12))
+        place["sampleBytes"].fail(QStringLiteral("the read-out delivers samples of another size"));
+    if (layout.blackLevel != profile.readOut.deliveredBlack())
+        place["blackLevel"].fail(
+            QStringLiteral("the read-out delivers black as %1").arg(profile.readOut.deliveredBlack()));
+}
+
+// The layout block is told in full because it is handed out as it stands, so it must agree with the rest.
+void checkLayout(JsonPlace const& place, Profile const& profile) {
+    struct Agreement {
+        char const* key;
+        uint32_t inLayout;
+        uint32_t inProfile;
+    };
+    SensorLayout const& layout = profile.layout;
+    for (Agreement const& row :
+         {Agreement{"kind", layout.kind, profile.kind}, Agreement{"variant", layout.variant, profile.variant},
+          Agreement{"width", layout.width, profile.array.width},
+          Agreement{"height", layout.height, profile.array.height}})
+        if (row.inLayout != row.inProfile)
+            place[row.key].fail(
+                QStringLiteral("%1 differs from the sensor's %2").arg(row.inLayout).arg(row.inProfile));
+    checkLayoutSamples(place, profile);
+    checkLayoutRegisters(place["correction"], profile);
+}
+
+Profile readSections(JsonPlace const& root) {
+    Profile profile;
+    readIdentity(root, profile);
+    profile.array = readArray(root["array"]);
+    profile.readOut = readReadOut(root["readOut"]);
+    profile.registers = readRegisters(root["registers"], profile.registerAddressWidth);
+    JsonPlace const exposure = root["exposure"];
+    profile.exposure = {readRegisterName(exposure["register"], profile),
+                        exposure["signalAtReset"].number(0.001, 1)};
+    profile.frameCounter = readRegisterName(root["frameCounter"], profile);
+    JsonPlace const correctionSwitch = root["correctionSwitch"];
+    profile.correctionSwitch = {readRegisterName(correctionSwitch["register"], profile),
+                                correctionSwitch["mask"].integer(1), correctionSwitch["value"].integer()};
+    profile.layout = readSensorLayout(root["layout"]);
+    checkLayout(root["layout"], profile);
+    profile.optics = readOptics(root["optics"]);
+    profile.eeprom = readEeprom(root["eeprom"]);
+    return profile;
+}
+
+} // namespace
+
+double ReadOut::deliveredBlack() const {
+    switch (format) {
+    case OutputFormat::Raw12:
+        return pedestal;
+    case OutputFormat::Raw8:
+        return pedestal / kCountsPerByte;
+    case OutputFormat::Ycbcr:
+        break;
+    }
+    return lumaLow;
+}
+
+double ReadOut::deliveredWhite() const {
+    switch (format) {
+    case OutputFormat::Raw12:
+        return kConverterWhite;
+    case OutputFormat::Raw8:
+        return 255;
+    case OutputFormat::Ycbcr:
+        break;
+    }
+    return lumaHigh;
+}
+
+std::optional<Profile> readProfile(QString const& file, QString* error) {
+    JsonFault fault;
+    QJsonObject const whole = readWithBases(file, fault, 0);
+    Profile profile;
+    if (!fault.isSet())
+        profile = readSections(JsonPlace(whole, {}, fault));
+    if (fault.isSet()) {
+        if (error)
+            *error = fault.message;
+        return std::nullopt;
+    }
+    profile.name = QFileInfo(file).completeBaseName();
+    return profile;
+}
+
+} // namespace simulator

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "simulator/camera/optics.h"
+#include "simulator/camera/register_map.h"
+#include "simulator/camera/sensor_array.h"
+#include "simulator/camera/sensor_layout.h"
+
+#include <QByteArray>
+#include <QString>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace simulator {
+
+/// What the read-out delivers.
+enum class OutputFormat { Raw12, Raw8, Ycbcr };
+
+/// The switch of the sensor's own shading correction: on when the masked register equals `value`.
+struct CorrectionSwitch {
+    QByteArray reg;
+    uint32_t mask = 0;
+    uint32_t value = 0;
+};
+
+/// The analogue half of the sensor and its converter, which has 12 bits whatever is delivered.
+struct ReadOut {
+    OutputFormat format = OutputFormat::Raw12;
+    double pedestal = 0;          ///< counts of the converter at no light
+    double electronsPerCount = 0; ///< of the converter
+    double readNoise = 0;         ///< electrons
+    uint32_t unusableRows = 0;    ///< rows at the top of the picture that hold no picture
+    double lumaLow = 0;           ///< YCbCr only: luma of black
+    double lumaHigh = 255;        ///< YCbCr only: luma of white
+    double chromaSpan = 255;      ///< YCbCr only: range of a chroma component around 128
+
+    /// Counts of a delivered sample at no light and at saturation.
+    [[nodiscard]] double deliveredBlack() const;
+    [[nodiscard]] double deliveredWhite() const;
+};
+
+/// How long the sensor integrates.
+struct Exposure {
+    QByteArray reg;
+    double signalAtReset =
+        0; ///< green in the middle at the reset value under a lamp of level 1, of full scale
+};
+
+/// The memory on the headboard.
+struct EepromSection {
+    QString kind; ///< "none", or "serial" for one on the sensor's bus
+    uint32_t busAddress = 0;
+};
+
+/// A sensor on its headboard, as a profile file tells it.
+struct Profile {
+    QString name;
+    QByteArray sensorName;
+    QByteArray fileNamePart;
+    uint32_t kind = 0;
+    uint32_t variant = 0;
+    bool systemOnChip = false;
+    uint32_t registerAddressWidth = 0; ///< bits
+    uint32_t registerDataWidth = 0;    ///< bits
+    bool hasPageSelect = false;
+    uint32_t secondaryMaps = 0; ///< bit k: the map of address-space kind k is present
+    SensorArray array;
+    ReadOut readOut;
+    Exposure exposure;
+    QByteArray frameCounter; ///< register that counts the frames
+    CorrectionSwitch correctionSwitch;
+    std::vector<RegisterSpecification> registers;
+    SensorLayout layout;
+    Optics optics;
+    EepromSection eeprom;
+};
+
+/// Full scale of the converter in counts.
+inline constexpr double kConverterWhite = 4095;
+/// Counts of the converter that make one count of an 8-bit sample.
+inline constexpr double kCountsPerByte = 16;
+
+/// Reads a profile file. A profile may name a `base`, whose file it then merely changes; the base is looked
+/// for beside the file and then among the installed profiles. Empty with a message that names the fault and
+/// its place in `error` when the file is malformed.
+[[nodiscard]] std::optional<Profile> readProfile(QString const& file, QString* error);
+
+} // namespace simulator

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "simulator/camera/light_field.h"
+#include "simulator/camera/profile.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace simulator {
+
+/// The samples of one exposure as 12-bit counts above 0, row by row in the order of the delivered picture.
+using Mosaic = std::vector<uint16_t>;
+
+/// One exposure.
+struct Exposing {
+    Field const& light;
+    double countsPerLight = 0;    ///< counts above the pedestal for a light of 1, linear in time and lamp
+    Field const* gains = nullptr; ///< null: the correction is off
+    uint64_t noiseStream = 0;
+};
+
+/// Exposes and reads out the array. The order is a real sensor's: photons arrive in a Poisson manner (its
+/// normal approximation), the amplifier adds its noise and the pedestal, the 12-bit converter clips and
+/// quantises; only then the correction multiplies what lies above the pedestal, noise and all, clips and
+/// quantises again.
+[[nodiscard]] Mosaic exposeMosaic(SensorArray const& array, ReadOut const& readOut, Exposing const& exposing);
+
+/// Packs a mosaic as little-endian 16-bit words or, rounded to the upper 8 bits, as bytes.
+[[nodiscard]] Frame rawFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic);
+
+/// Fills the rows at the top that the sensor does not expose with whatever lies in its line buffers.
+void spoilUnusableRows(Frame& frame, uint32_t rows, uint64_t noiseStream);
+
+} // namespace simulator

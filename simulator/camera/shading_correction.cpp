@@ -1,0 +1,77 @@
+#include "simulator/camera/shading_correction.h"
+#include "simulator/camera/binary16.h"
+
+#include <algorithm>
+
+namespace simulator {
+namespace {
+
+constexpr size_t kOriginRegisters = 2;
+
+RegisterMap::Register const* at(RegisterMap& registers, RegisterPlace const& place) {
+    return registers.find(0, place.id, place.address);
+}
+
+} // namespace
+
+ShadingCorrection::ShadingCorrection(Profile const& profile, RegisterMap& registers)
+    : m_array(profile.array), m_switch(profile.correctionSwitch),
+      m_switchRegister(registers.find(profile.correctionSwitch.reg.constData())) {
+    m_registers.push_back(at(registers, profile.layout.originColumn));
+    m_registers.push_back(at(registers, profile.layout.originRow));
+    for (SensorLayout::Coefficients const& plane : profile.layout.planes)
+        for (uint32_t i = 0; i < kCoefficientCount; ++i)
+            m_registers.push_back(at(registers, plane.place(i)));
+}
+
+bool ShadingCorrection::isOn() const {
+    return (m_switchRegister->value & m_switch.mask) == m_switch.value;
+}
+
+std::vector<uint32_t> ShadingCorrection::registerValues() const {
+    std::vector<uint32_t> values;
+    values.reserve(m_registers.size());
+    for (RegisterMap::Register const* reg : m_registers)
+        values.push_back(reg->value);
+    return values;
+}
+
+Field const& ShadingCorrection::gains() {
+    std::vector<uint32_t> values = registerValues();
+    if (values != m_values) {
+        m_values = std::move(values);
+        computeGains();
+    }
+    return m_gains;
+}
+
+// gain(x, y) = sum over p, q of c(p, q) u^p v^q, with u and v the distances from the origin in half-widths
+// and half-heights of the array.
+void ShadingCorrection::computeGains() {
+    m_gains.resize(m_array.pixels());
+    double const halfWidth = m_array.width / 2.0;
+    double const halfHeight = m_array.height / 2.0;
+    for (uint32_t y = 0; y < m_array.height; ++y) {
+        double const v = (y + 0.5 - m_values[1]) / halfHeight;
+        for (uint32_t first = 0; first < 2; ++first) {
+            size_t const plane = size_t(m_array.planeAt(first, y));
+            // The row's polynomial in u: c(p) = sum over q of c(p, q) v^q.
+            std::array<float, kPolynomialTerms> row{};
+            for (size_t p = 0; p < kPolynomialTerms; ++p) {
+                double sum = 0;
+                for (size_t q = kPolynomialTerms; q-- > 0;)
+                    sum = sum * v + fromBinary16(m_values[kOriginRegisters + kCoefficientCount * plane +
+                                                          kPolynomialTerms * p + q]);
+                row[p] = float(sum);
+            }
+            float* const line = &m_gains[size_t(y) * m_array.width];
+            for (uint32_t x = first; x < m_array.width; x += 2) {
+                auto const u = float((x + 0.5 - m_values[0]) / halfWidth);
+                float const gain = row[0] + u * (row[1] + u * (row[2] + u * (row[3] + u * row[4])));
+                line[x] = std::max(0.0F, gain); // a negative gain has no digital counterpart
+            }
+        }
+    }
+}
+
+} // namespace simulator

@@ -1,0 +1,197 @@
+#include "simulator/camera/simulated_camera.h"
+#include "simulator/camera/camera_handle.h"
+#include "simulator/camera/illuminant.h"
+#include "simulator/camera/installed_files.h"
+#include "simulator/camera/light_field.h"
+#include "simulator/camera/measured_shading.h"
+#include "simulator/camera/noise.h"
+#include "simulator/camera/read_out.h"
+#include "simulator/camera/shading_correction.h"
+#include "simulator/camera/ycbcr_pipeline.h"
+
+#include <QFileInfo>
+#include <QStringList>
+#include <algorithm>
+#include <optional>
+
+namespace simulator {
+namespace {
+
+QString profileFile(QString const& profile) {
+    bool const isFile = profile.contains(QLatin1Char('/')) || profile.contains(QLatin1Char('\\')) ||
+                        profile.endsWith(QLatin1String(".json"));
+    return isFile ? profile : profileFolder().filePath(profile + QStringLiteral(".json"));
+}
+
+FrameType frameType(OutputFormat format) {
+    switch (format) {
+    case OutputFormat::Raw12:
+        return FrameType::Raw12;
+    case OutputFormat::Raw8:
+        return FrameType::Raw8;
+    case OutputFormat::Ycbcr:
+        break;
+    }
+    return FrameType::Ycbcr;
+}
+
+CameraDescription describe(Profile const& profile) {
+    CameraDescription description;
+    description.profile = profile.name;
+    description.sensorName = profile.sensorName;
+    description.fileNamePart = profile.fileNamePart;
+    description.sensorKind = profile.kind;
+    description.variant = profile.variant;
+    description.systemOnChip = profile.systemOnChip;
+    description.width = profile.array.width;
+    description.height = profile.array.height;
+    description.rawType = frameType(profile.readOut.format);
+    description.calibratesFromRgb = profile.layout.input == QLatin1String("rgb32");
+    description.bayerPhase = profile.array.deliveredPhase();
+    description.orientation = profile.array.orientation;
+    description.blackLevel = profile.readOut.deliveredBlack();
+    description.whiteLevel = profile.readOut.deliveredWhite();
+    std::copy(profile.optics.colourMatrix.begin(), profile.optics.colourMatrix.end(),
+              description.colourMatrix);
+    return description;
+}
+
+} // namespace
+
+class SimulatedCamera::Implementation {
+public:
+    explicit Implementation(Profile sensor)
+        : profile(std::move(sensor)), description(describe(profile)), handle(profile),
+          correction(profile, handle.registers),
+          exposureRegister(handle.registers.find(profile.exposure.reg.constData())),
+          frameCounter(handle.registers.find(profile.frameCounter.constData())),
+          exposureAtReset(std::max(1U, exposureRegister->value)) {}
+
+    void setLight(Light const& changed);
+    [[nodiscard]] Field const& lightOnTheArray();
+    [[nodiscard]] Frame grab();
+
+    Profile const profile;
+    CameraDescription const description;
+    vy_Camera handle;
+    ShadingCorrection correction;
+    RegisterMap::Register const* const exposureRegister;
+    RegisterMap::Register* const frameCounter;
+    uint32_t const exposureAtReset;
+    std::optional<MeasuredShading> measuredShading;
+    Light light;
+    uint64_t seed = 1;
+    uint64_t frameNumber = 0;
+    Field field; ///< empty: to be computed
+};
+
+void SimulatedCamera::Implementation::setLight(Light const& changed) {
+    bool const sameField = changed.colourTemperature == light.colourTemperature &&
+                           changed.gradient == light.gradient &&
+                           changed.objectInPicture == light.objectInPicture;
+    light = changed;
+    if (!sameField)
+        field.clear();
+}
+
+Field const& SimulatedCamera::Implementation::lightOnTheArray() {
+    if (!field.empty())
+        return field;
+    std::array<double, 3> const colour = illuminantResponse(profile.optics.filters, light.colourTemperature);
+    if (measuredShading)
+        field =
+            lightField(profile.array, MeasuredLens(*measuredShading, profile.array, light.colourTemperature),
+                       colour, light);
+    else
+        field =
+            lightField(profile.array, AnalyticLens(profile.optics, profile.array, light.colourTemperature),
+                       colour, light);
+    return field;
+}
+
+Frame SimulatedCamera::Implementation::grab() {
+    ++frameNumber;
+    frameCounter->value = uint32_t(frameNumber & 0xFFFF);
+    uint64_t const stream = mixed(seed) + (frameNumber << 32);
+    double const exposure = double(exposureRegister->value) / exposureAtReset;
+    double const fullScale = kConverterWhite - profile.readOut.pedestal;
+    Exposing const exposing{
+        .light = lightOnTheArray(),
+        .countsPerLight = profile.exposure.signalAtReset * fullScale * exposure * std::max(0.0, light.level),
+        .gains = correction.isOn() ? &correction.gains() : nullptr,
+        .noiseStream = stream,
+    };
+    Mosaic const mosaic = exposeMosaic(profile.array, profile.readOut, exposing);
+    Frame frame = profile.readOut.format == OutputFormat::Ycbcr
+                      ? ycbcrFrame(profile.array, profile.readOut, mosaic)
+                      : rawFrame(profile.array, profile.readOut, mosaic);
+    spoilUnusableRows(frame, profile.readOut.unusableRows, stream);
+    return frame;
+}
+
+SimulatedCamera::SimulatedCamera(std::unique_ptr<Implementation> implementation)
+    : m_implementation(std::move(implementation)) {}
+
+SimulatedCamera::~SimulatedCamera() = default;
+
+std::unique_ptr<SimulatedCamera> SimulatedCamera::open(QString const& profile, QString* error) {
+    QString const file = profileFile(profile);
+    if (!QFileInfo(file).isFile()) {
+        if (error)
+            *error = QStringLiteral("There is no camera profile \"%1\" (known: %2)")
+                         .arg(profile, profileNames().join(QStringLiteral(", ")));
+        return nullptr;
+    }
+    std::optional<Profile> sensor = readProfile(file, error);
+    if (!sensor)
+        return nullptr;
+    return std::unique_ptr<SimulatedCamera>(
+        new SimulatedCamera(std::make_unique<Implementation>(*std::move(sensor))));
+}
+
+QStringList SimulatedCamera::profileNames() {
+    QStringList names;
+    for (QFileInfo const& file :
+         profileFolder().entryInfoList({QStringLiteral("*.json")}, QDir::Files, QDir::Name))
+        names.append(file.completeBaseName());
+    return names;
+}
+
+vy_Camera* SimulatedCamera::handle() const {
+    return &m_implementation->handle;
+}
+
+CameraDescription const& SimulatedCamera::description() const {
+    return m_implementation->description;
+}
+
+void SimulatedCamera::setLight(Light const& light) {
+    m_implementation->setLight(light);
+}
+
+Light const& SimulatedCamera::light() const {
+    return m_implementation->light;
+}
+
+void SimulatedCamera::setSeed(uint64_t seed) {
+    m_implementation->seed = seed;
+}
+
+bool SimulatedCamera::useMeasuredShading(QString const& file, QString* error) {
+    std::optional<MeasuredShading> shading = readMeasuredShading(file, error);
+    if (!shading)
+        return false;
+    m_implementation->measuredShading = std::move(shading);
+    m_implementation->field.clear();
+    return true;
+}
+
+Frame SimulatedCamera::grab() {
+    return m_implementation->grab();
+}
+
+uint64_t SimulatedCamera::registerWrites() const {
+    return m_implementation->handle.registers.writes();
+}
+
+} // namespace simulator
