@@ -1,0 +1,164 @@
+#include "simulator/solver/calibration.h"
+
+#include "simulator/solver/gain_fit.h"
+
+#include <QtDebug>
+#include <algorithm>
+#include <utility>
+
+namespace solver {
+
+namespace {
+
+constexpr uint32_t kLowestFalloff = 50;
+constexpr uint32_t kHighestFalloff = 125;
+
+uint32_t clampedFalloff(uint32_t percent) {
+    return std::clamp(percent, kLowestFalloff, kHighestFalloff);
+}
+
+} // namespace
+
+void logCause(QString const& cause) {
+    qWarning("shadefit: %s", qPrintable(cause));
+}
+
+Calibration::Calibration(SensorLayout layout) : m_layout(std::move(layout)) {}
+
+void Calibration::fail(QString const& cause) {
+    m_solution = {};
+    logCause(cause);
+}
+
+void Calibration::refuse(QString const& cause) {
+    m_means.reset();
+    m_sizeFits = true;
+    fail(cause);
+}
+
+bool Calibration::fits(uint32_t width, uint32_t height) {
+    m_means.reset();
+    m_sizeFits = width == static_cast<uint32_t>(m_layout.array.width) &&
+                 height == static_cast<uint32_t>(m_layout.array.height);
+    m_sizes = QStringLiteral("incompatible image size: %1 x %2 instead of %3 x %4")
+                  .arg(width)
+                  .arg(height)
+                  .arg(m_layout.array.width)
+                  .arg(m_layout.array.height);
+    return m_sizeFits;
+}
+
+bool Calibration::take(BlockMeans means) {
+    Inspection inspection = inspect(means, m_layout.array);
+    if (!inspection.fault.isEmpty()) {
+        refuse(inspection.fault);
+        return false;
+    }
+    m_means = std::move(means);
+    m_trusted = std::move(inspection.trusted);
+    return true;
+}
+
+bool Calibration::setImage(void const* frame, uint32_t width, uint32_t height, uint32_t bayerPhase,
+                           uint32_t orientation) {
+    if (m_layout.input == Input::Ycbcr) {
+        refuse(QStringLiteral("the sensor delivers YCbCr, but a raw image was handed over"));
+        return false;
+    }
+    if (!fits(width, height))
+        return true;
+    FrameSampling const sampling = m_layout.input == Input::Rgb32
+                                       ? rgb32Sampling(orientation)
+                                       : bayerSampling(m_layout, bayerPhase, orientation);
+    return take(readRaw(frame, m_layout, sampling));
+}
+
+bool Calibration::setYcbcrImage(void const* frame, uint32_t width, uint32_t height,
+                                sf_YcbcrInput const& input) {
+    if (m_layout.input != Input::Ycbcr) {
+        refuse(QStringLiteral("a YCbCr image was handed over, but the sensor delivers none"));
+        return false;
+    }
+    auto const sampling = ycbcrSampling(input);
+    if (!sampling || input.lumaHigh <= input.lumaLow || input.chromaHigh == 0) {
+        refuse(QStringLiteral("unknown YCbCr coding: luma %1 to %2, chroma span %3")
+                 .arg(input.lumaLow)
+                 .arg(input.lumaHigh)
+                 .arg(input.chromaHigh));
+        return false;
+    }
+    if (!fits(width, height))
+        return true;
+    return take(readYcbcr(frame, m_layout, input, *sampling));
+}
+
+Outcome Calibration::imageOutcome() {
+    if (!m_sizeFits) {
+        fail(m_sizes);
+        return Outcome::WrongImageSize;
+    }
+    if (!m_means) {
+        fail(QStringLiteral("there is no input image"));
+        return Outcome::Failed;
+    }
+    return Outcome::Solved;
+}
+
+BankCoefficients Calibration::fit(BlockMeans const& means, uint32_t falloffPercent, uint32_t radius) const {
+    Target const target{clampedFalloff(falloffPercent) / 100.0, static_cast<double>(radius)};
+    return fitGains(means, m_trusted, m_layout.array, target);
+}
+
+Outcome Calibration::findBase(uint32_t falloffPercent, uint32_t radius) {
+    m_solution = {};
+    if (Outcome const outcome = imageOutcome(); outcome != Outcome::Solved)
+        return outcome;
+    if (m_layout.bank(0) == nullptr) {
+        fail(QStringLiteral("the sensor has no base correction"));
+        return Outcome::Failed;
+    }
+    m_solution.falloffPercent = clampedFalloff(falloffPercent);
+    m_solution.base = fit(*m_means, falloffPercent, radius);
+    return Outcome::Solved;
+}
+
+Outcome Calibration::findTable(sf_ApgaParams const& params) {
+    if (params.illuminantSlot == 0)
+        return Outcome::Solved;
+    if (Outcome const outcome = imageOutcome(); outcome != Outcome::Solved)
+        return outcome;
+    if (!m_solution.base) {
+        fail(QStringLiteral("there is no base solution for the table of slot %1").arg(params.illuminantSlot));
+        return Outcome::Failed;
+    }
+    return addTable(corrected(*m_means, m_layout.array, *m_solution.base), params);
+}
+
+Outcome Calibration::findFullTable(sf_ApgaParams const& params) {
+    if (Outcome const outcome = imageOutcome(); outcome != Outcome::Solved)
+        return outcome;
+    if (m_solution.base)
+        m_solution = {};
+    m_solution.falloffPercent = clampedFalloff(params.falloffPercent);
+    return addTable(*m_means, params);
+}
+
+Outcome Calibration::addTable(BlockMeans const& means, sf_ApgaParams const& params) {
+    uint32_t const slot = params.illuminantSlot;
+    if (slot == 0 || m_layout.bank(slot) == nullptr) {
+        fail(QStringLiteral("the sensor has no table for illuminant slot %1").arg(slot));
+        return Outcome::Failed;
+    }
+    Table const table{slot, params.colourTemperature, fit(means, params.falloffPercent, params.radius)};
+    auto& tables = m_solution.tables;
+    auto const place =
+        std::lower_bound(tables.begin(), tables.end(), slot,
+                         [](Table const& entry, uint32_t wanted) { return entry.slot < wanted; });
+    if (place != tables.end() && place->slot == slot)
+        *place = table;
+    else
+        tables.insert(place, table);
+    return Outcome::Solved;
+}
+
+} // namespace solver

@@ -1,0 +1,173 @@
+#include "simulator/solver/flatness.h"
+
+#include "simulator/solver/tensor_polynomial.h"
+
+#include <Eigen/Cholesky>
+#include <algorithm>
+#include <cmath>
+
+namespace solver {
+
+namespace {
+
+// Shares of the range from black to white level.
+constexpr double kDarkestCentre = 0.06;
+constexpr double kDarkestBlock = 0.003;
+
+constexpr double kClippedShare = 0.005; // of a plane's samples; hot pixels stay far below
+
+// Deviations of the logarithm of the brightness from a smooth surface.
+constexpr double kObjectDepth = 0.12; // measured lenses stay below 0.05 nearly everywhere
+constexpr double kObjectShare = 0.01; // of the blocks
+constexpr double kSpeckDepth = 0.02;  // between a block and its neighbours
+constexpr double kRobustWidth = 0.02; // deviations beyond weigh less in the surface
+
+// Lamps that are brighter at one side.
+constexpr double kLargestOffset = 0.115; // of the half-width
+constexpr double kOffsetSlack = 0.012;   // of the logarithm, for lenses so flat that an offset means nothing
+constexpr double kLopsidedness = 0.04;   // root mean square of the odd part that no offset explains
+
+/// The green brightness as a logarithm with a smooth surface laid through it.
+class Surface {
+public:
+    Surface(BlockMeans const& means, Geometry const& array) : m_columns(means.columns), m_rows(means.rows) {
+        auto const blocks = static_cast<Eigen::Index>(means.blocks());
+        m_basis.resize(blocks, kTerms);
+        m_log.resize(blocks);
+        ComponentMeans const& first = means.planes[kGreenRed];
+        ComponentMeans const& second = means.planes[kGreenBlue];
+        for (Eigen::Index i = 0; i < blocks; ++i) {
+            auto const block = static_cast<size_t>(i);
+            m_u.push_back(array.u(first.x[block % first.x.size()]));
+            m_v.push_back(array.v(first.y[block / first.x.size()]));
+            m_basis.row(i) = chebyshevTerms(m_u.back(), m_v.back());
+            m_log(i) = std::log(0.5 * (first.mean[block] + second.mean[block]));
+        }
+        fit();
+    }
+
+    [[nodiscard]] Eigen::VectorXd const& residue() const { return m_residue; }
+    [[nodiscard]] double at(double u, double v) const { return m_coefficients.dot(chebyshevTerms(u, v)); }
+    [[nodiscard]] std::vector<double> const& u() const { return m_u; }
+    [[nodiscard]] std::vector<double> const& v() const { return m_v; }
+
+    /// A block's residue less the median of its neighbourhood: what is small and sharp.
+    [[nodiscard]] double speck(int column, int row) const {
+        constexpr int kReach = 2;
+        std::vector<double> neighbours;
+        for (int y = std::max(row - kReach, 0); y <= std::min(row + kReach, m_rows - 1); ++y)
+            for (int x = std::max(column - kReach, 0); x <= std::min(column + kReach, m_columns - 1); ++x)
+                neighbours.push_back(m_residue(y * m_columns + x));
+        auto const middle = neighbours.begin() + static_cast<std::ptrdiff_t>(neighbours.size() / 2);
+        std::nth_element(neighbours.begin(), middle, neighbours.end());
+        return m_residue(row * m_columns + column) - *middle;
+    }
+
+private:
+    /// Least squares, repeated with less weight for what lies far off, so that an object cannot drag the
+    /// surface along.
+    void fit() {
+        Eigen::ArrayXd weight = Eigen::ArrayXd::Ones(m_log.size());
+        for (int pass = 0; pass < 5; ++pass) {
+            Eigen::MatrixXd const weighted = weight.matrix().asDiagonal() * m_basis;
+            TermMatrix const normal = m_basis.transpose() * weighted;
+            m_coefficients = normal.ldlt().solve(weighted.transpose() * m_log);
+            m_residue = m_log - m_basis * m_coefficients;
+            weight = 1 / (1 + (m_residue.array() / kRobustWidth).square());
+        }
+    }
+
+    int m_columns;
+    int m_rows;
+    std::vector<double> m_u;
+    std::vector<double> m_v;
+    Eigen::MatrixXd m_basis;
+    Eigen::VectorXd m_log;
+    Terms m_coefficients;
+    Eigen::VectorXd m_residue;
+};
+
+QString percent(double share) {
+    return QString::number(100 * share, 'f', 1) + QLatin1String(" %");
+}
+
+QString exposureFault(BlockMeans const& means) {
+    double brightest = 0;
+    double darkest = 1;
+    double clipped = 0;
+    for (ComponentMeans const& plane : means.planes) {
+        auto const [low, high] = std::minmax_element(plane.mean.begin(), plane.mean.end());
+        brightest = std::max(brightest, *high);
+        darkest = std::min(darkest, *low);
+        clipped = std::max(clipped, plane.clippedShare);
+    }
+    if (clipped > kClippedShare)
+        return QStringLiteral("the image is clipped: %1 of a colour's samples are at the white level")
+            .arg(percent(clipped));
+    if (brightest < kDarkestCentre || darkest < kDarkestBlock)
+        return QStringLiteral("the image is too dark: brightest block %1, darkest %2 of the range")
+            .arg(percent(brightest), percent(darkest));
+    return {};
+}
+
+QString objectFault(Surface const& surface) {
+    Eigen::ArrayXd const deviation = surface.residue().array().abs();
+    auto const blocks = static_cast<double>((deviation > kObjectDepth).count());
+    if (blocks <= kObjectShare * static_cast<double>(deviation.size()))
+        return {};
+    return QStringLiteral("the image is not flat: %1 blocks deviate by up to %2 from a smooth field")
+        .arg(QString::number(blocks), percent(deviation.maxCoeff()));
+}
+
+/// A lens that is offset by d shows L(r - d), about L(r) - d grad L(r): the odd part of the surface is the
+/// offset times the gradient of its even part.
+QString gradientFault(Surface const& surface, Geometry const& array) {
+    double const aspect = static_cast<double>(array.width) / array.height;
+    auto const even = [&](double u, double v) { return 0.5 * (surface.at(u, v) + surface.at(-u, -v)); };
+    auto const blocks = static_cast<Eigen::Index>(surface.u().size());
+    Eigen::MatrixX2d slopes(blocks, 2); // per half-width
+    Eigen::VectorXd odd(blocks);
+    for (Eigen::Index i = 0; i < blocks; ++i) {
+        constexpr double kStep = 1e-3;
+        double const u = surface.u()[static_cast<size_t>(i)];
+        double const v = surface.v()[static_cast<size_t>(i)];
+        slopes(i, 0) = (even(u + kStep, v) - even(u - kStep, v)) / (2 * kStep);
+        slopes(i, 1) = (even(u, v + kStep) - even(u, v - kStep)) / (2 * kStep) * aspect;
+        odd(i) = 0.5 * (surface.at(u, v) - surface.at(-u, -v));
+    }
+    Eigen::Vector2d const offset = -(slopes.transpose() * slopes).ldlt().solve(slopes.transpose() * odd);
+    double const scale = std::sqrt(static_cast<double>(blocks));
+    for (int axis = 0; axis < 2; ++axis) {
+        double const slope = slopes.col(axis).norm() / scale;
+        if (std::abs(offset(axis)) * slope > kLargestOffset * slope + kOffsetSlack)
+            return QStringLiteral("the lamp is not even: the brightness is centred %1 of the half-width off "
+                                  "the middle (column %2, row %3)")
+                .arg(offset.norm(), 0, 'f', 2)
+                .arg(offset(0), 0, 'f', 2)
+                .arg(offset(1), 0, 'f', 2);
+    }
+    double const rest = (odd + slopes * offset).norm() / scale;
+    if (rest > kLopsidedness)
+        return QStringLiteral("the lamp is not even: %1 of the brightness are lopsided").arg(percent(rest));
+    return {};
+}
+
+} // namespace
+
+Inspection inspect(BlockMeans const& means, Geometry const& array) {
+    Inspection inspection{exposureFault(means), std::vector<bool>(means.blocks(), true)};
+    if (!inspection.fault.isEmpty())
+        return inspection;
+    Surface const surface(means, array);
+    inspection.fault = objectFault(surface);
+    if (inspection.fault.isEmpty())
+        inspection.fault = gradientFault(surface, array);
+    for (size_t block = 0; block < means.blocks(); ++block) {
+        int const column = static_cast<int>(block) % means.columns;
+        int const row = static_cast<int>(block) / means.columns;
+        inspection.trusted[block] = std::abs(surface.speck(column, row)) <= kSpeckDepth;
+    }
+    return inspection;
+}
+
+} // namespace solver

@@ -1,0 +1,174 @@
+#include "common/shadefit.h"
+
+#include "simulator/solver/calibration.h"
+#include "simulator/solver/layout_files.h"
+#include "simulator/solver/preset_file.h"
+
+#include <QFile>
+#include <exception>
+#include <memory>
+
+#ifdef _WIN32
+#define SHADEFIT_API extern "C" __declspec(dllexport)
+#else
+#define SHADEFIT_API extern "C" __attribute__((visibility("default")))
+#endif
+
+using solver::Calibration;
+using solver::logCause;
+
+struct sf_Handle {
+    explicit sf_Handle(solver::SensorLayout layout) : calibration(std::move(layout)) {}
+
+    Calibration calibration;
+    std::vector<sf_RegEntry> entries; ///< what the last list shows
+    sf_RegList list{};
+};
+
+namespace {
+
+/// Runs an entry's body; a caller written in C must meet no exception.
+template <typename Result, typename Body>
+Result guarded(Result failure, Body body) noexcept {
+    try {
+        return body();
+    } catch (std::exception const& exception) {
+        qWarning("shadefit: %s", exception.what());
+    } catch (...) {
+        qWarning("shadefit: unknown exception");
+    }
+    return failure;
+}
+
+sf_Handle* newHandle(std::optional<solver::SensorLayout> layout, QString const& source,
+                     QString const& fault) {
+    if (layout)
+        return new sf_Handle(std::move(*layout));
+    logCause(QStringLiteral("%1: %2").arg(source, fault));
+    return nullptr;
+}
+
+/// The common road of the find operations: null arguments and records of another size fail.
+template <typename Params, typename Body>
+int find(sf_Handle* handle, Params const* params, Body body) noexcept {
+    constexpr int kFailed = static_cast<int>(solver::Outcome::Failed);
+    return guarded(kFailed, [&] {
+        if (handle == nullptr)
+            return kFailed;
+        if (params == nullptr || params->size != sizeof(Params)) {
+            handle->calibration.fail(QStringLiteral("parameters of unknown size"));
+            return kFailed;
+        }
+        return static_cast<int>(body(handle->calibration));
+    });
+}
+
+} // namespace
+
+SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t) {
+    return guarded<sf_Handle*>(nullptr, [&] {
+        QFile file(solver::layoutFileName(sensorKind, variant));
+        if (!file.open(QIODevice::ReadOnly)) {
+            logCause(QStringLiteral("no layout for sensor kind %1, variant %2: %3: %4")
+                         .arg(QString::number(sensorKind), QString::number(variant), file.fileName(),
+                              file.errorString()));
+            return static_cast<sf_Handle*>(nullptr);
+        }
+        QString fault;
+        auto layout = solver::parseLayout(file.readAll(), fault);
+        return newHandle(std::move(layout), file.fileName(), fault);
+    });
+}
+
+SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t, uint32_t, uint32_t) {
+    return guarded<sf_Handle*>(nullptr, [&] {
+        QString fault;
+        auto layout = solver::parseSensorData(sensorData, fault);
+        return newHandle(std::move(layout), QStringLiteral("sensor data"), fault);
+    });
+}
+
+SHADEFIT_API int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
+                                   uint32_t, uint32_t bayerPhase, uint32_t orientation, uint32_t, int32_t,
+                                   int32_t) {
+    return guarded(0, [&] {
+        if (handle == nullptr)
+            return 0;
+        if (frame == nullptr || width == 0 || height == 0) {
+            handle->calibration.refuse(QStringLiteral("the input image is empty"));
+            return 0;
+        }
+        return handle->calibration.setImage(frame, width, height, bayerPhase, orientation) ? 1 : 0;
+    });
+}
+
+SHADEFIT_API int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
+                                       sf_YcbcrInput const* input, int32_t, int32_t) {
+    return guarded(0, [&] {
+        if (handle == nullptr)
+            return 0;
+        if (frame == nullptr || width == 0 || height == 0 || input == nullptr ||
+            input->size != sizeof(sf_YcbcrInput)) {
+            handle->calibration.refuse(QStringLiteral("the input image is empty or its coding is not told"));
+            return 0;
+        }
+        return handle->calibration.setYcbcrImage(frame, width, height, *input) ? 1 : 0;
+    });
+}
+
+SHADEFIT_API int sf_FindSolution(sf_Handle* handle, sf_SolutionParams const* params) {
+    return find(handle, params, [&](Calibration& calibration) {
+        return calibration.findBase(params->falloffPercent, params->radius);
+    });
+}
+
+SHADEFIT_API int sf_FindApga(sf_Handle* handle, sf_ApgaParams const* params) {
+    return find(handle, params, [&](Calibration& calibration) { return calibration.findTable(*params); });
+}
+
+SHADEFIT_API int sf_FindAutoPga(sf_Handle* handle, sf_ApgaParams const* params) {
+    return find(handle, params, [&](Calibration& calibration) { return calibration.findFullTable(*params); });
+}
+
+SHADEFIT_API sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
+    return guarded<sf_RegList const*>(nullptr, [&]() -> sf_RegList const* {
+        if (handle == nullptr)
+            return nullptr;
+        Calibration const& calibration = handle->calibration;
+        if (calibration.solution().empty()) {
+            logCause(QStringLiteral("there is no solution to list"));
+            return nullptr;
+        }
+        handle->entries = solver::allRegisters(calibration.layout(), calibration.solution());
+        handle->list = {static_cast<int32_t>(handle->entries.size()), handle->entries.data()};
+        return &handle->list;
+    });
+}
+
+SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t format, uint32_t, uint32_t) {
+    return guarded(-1, [&] {
+        if (handle == nullptr || path == nullptr)
+            return -1;
+        auto const presetFormat = static_cast<solver::PresetFormat>(format);
+        if (presetFormat != solver::PresetFormat::Plain && presetFormat != solver::PresetFormat::Tables) {
+            logCause(QStringLiteral("unknown file format %1").arg(format));
+            return -1;
+        }
+        Calibration const& calibration = handle->calibration;
+        if (calibration.solution().empty()) {
+            logCause(QStringLiteral("there is no solution to write"));
+            return -1;
+        }
+        QByteArray const text =
+            solver::presetText(calibration.layout(), calibration.solution(), presetFormat);
+        QString fault;
+        if (solver::writeWhole(solver::fileNameFromHost(path), text, fault))
+            return 0;
+        logCause(fault);
+        return -1;
+    });
+}
+
+SHADEFIT_API void sf_Destroy(sf_Handle* handle) {
+    delete handle;
+}
