@@ -14,8 +14,8 @@ TEST(BlockReport, FindsTheDarkBlockAndItsError) {
         return x < 10 && y < 10 ? 500.0 : 600.0; // 0.4 of full scale in the first block, 0.5 elsewhere
     });
     BlockReport const report = measureBlocks(frame, camera, {});
-    EXPECT_NEAR(report.largestAgainstMedian, 0.2, 0.005); // its border is shared with brighter neighbours
-    EXPECT_NEAR(report.largestAgainstCentre, 0.2, 0.005);
+    EXPECT_NEAR(report.largestAgainstMedian, 0.2, 0.01); // its border is shared with brighter neighbours
+    EXPECT_NEAR(report.largestAgainstCentre, 0.2, 0.01);
     EXPECT_NEAR(report.meanAgainstMedian, 0.2 / (32 * 18), 1e-4);
     EXPECT_LT(report.largestColourDeviation, 1);
 }
