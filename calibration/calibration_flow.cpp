@@ -1,0 +1,330 @@
+#include "calibration/calibration_flow.h"
+
+#include "calibration/display.h"
+#include "calibration/eeprom_step.h"
+#include "calibration/folder_chooser.h"
+#include "calibration/frame_steps.h"
+#include "calibration/register_list.h"
+#include "calibration/result_file.h"
+#include "calibration/settings.h"
+#include "common/numbers.h"
+#include "hoststate/pipeline.h"
+#include "hoststate/presets.h"
+
+#include <QScopedValueRollback>
+#include <utility>
+
+namespace {
+
+constexpr int32_t kFullProgress = 100;
+constexpr int32_t kFramesToSettle = 5;
+constexpr int32_t kCoefficientPrecision = 16; // bits
+
+} // namespace
+
+CalibrationFlow::CalibrationFlow(PageKind kind, SensorRecord const& sensor, HostServices const& services)
+    : m_kind(kind) {
+    adopt(sensor, services);
+}
+
+void CalibrationFlow::adopt(SensorRecord const& sensor, HostServices const& services) {
+    core.sensor = sensor;
+    core.host = Host(services);
+}
+
+void CalibrationFlow::initialise() {
+    UpdateGuard const guard(core);
+    core.widgets.fillFalloff();
+    core.widgets.fillEepromLabel(eepromLabel());
+    core.lensCorrection = chooseLensCorrection(m_kind, core.sensor.sensorKind, core.camera());
+    loadSettings(core);
+    startOver();
+    core.host.announceRegister(core.lensCorrection.lensCorrectionRegister);
+}
+
+void CalibrationFlow::pageShown() {
+    UpdateGuard const guard(core);
+    core.state.active = 1; // hiding sets it too: only a closed page stops ticking
+    loadSettings(core);
+    refreshEnables(core);
+    refreshStatus(core);
+    refreshLensCorrection(core);
+}
+
+void CalibrationFlow::closePage() {
+    core.state.active = 0;
+    setRunAll(false);
+    if (core.alive)
+        storeSettings(core);
+    delete core.widgets.timer.data();
+    if (core.widgets.page)
+        core.widgets.page->hide();
+}
+
+void CalibrationFlow::pageDestroyed() {
+    core.alive = false;
+    // Moved out first: destroying the calibration may call back into this flow.
+    ShadingHandle const handle = std::exchange(core.state.shadingHandle, nullptr);
+}
+
+void CalibrationFlow::registerChanged(uint32_t what) {
+    UpdateGuard const guard(core);
+    if (what == 0)
+        refreshLensCorrection(core);
+}
+
+void CalibrationFlow::onFrame(Frame const& frame) {
+    adjustExposureAndColourBalance(core, frame);
+    captureFrame(frame);
+    measureUniformityWhenDue(core, frame, skippedRows());
+    markWorstBlock(core, frame);
+}
+
+void CalibrationFlow::start() {
+    // A host that spins events inside a service lets the timer fire inside a tick.
+    if (!core.alive || core.state.active != 1 || m_inTick)
+        return;
+    QScopedValueRollback<bool> const inTick(m_inTick, true);
+    if (core.state.runAll)
+        runAllStep();
+    else if (core.state.aeStepState == kInProgress)
+        exposureTick();
+    else if (core.state.wbStepState == kInProgress)
+        colourBalanceTick();
+    else if (core.state.lscStepState == kInProgress)
+        calibrationTick();
+}
+
+void CalibrationFlow::exposureTick() {
+    if (core.state.aeStepProgress >= kFullProgress) {
+        core.state.aeStepState = kDone;
+        core.host.setState("Auto Exposure", 0);
+        refreshEnables(core);
+    }
+    refreshStatus(core);
+}
+
+void CalibrationFlow::colourBalanceTick() {
+    // Nothing is switched off at the host: the gains that were found stay in force.
+    if (core.state.wbStepProgress >= kFullProgress) {
+        core.state.wbStepState = kDone;
+        refreshEnables(core);
+    }
+    refreshStatus(core);
+}
+
+void CalibrationFlow::applySetup() {
+    core.state.presetState = kInProgress;
+    bool applied = false;
+    {
+        WaitCursor const cursor(core);
+        storeSettings(core);
+        refreshStatus(core);
+        if (core.alive)
+            applied = applyPreset(core.host, kSetupPreset);
+        if (core.alive)
+            loadSettings(core);
+        refreshStatus(core);
+    }
+    if (core.state.presetState == kInProgress)
+        core.state.presetState = applied ? kDone : kFailed;
+    refresh();
+}
+
+void CalibrationFlow::evaluateSetupPreset() {
+    core.state.presetState = findPreset(core.host, kSetupPreset) ? kReady : kFailed;
+}
+
+void CalibrationFlow::startStep(uint32_t& stepState, int32_t& stepProgress, bool autoExposure,
+                                bool resetGains) {
+    stepState = kInProgress;
+    core.state.settleFrames = kFramesToSettle;
+    stepProgress = 0;
+    setRawPipeline(core.host, core.camera(), core.lensCorrection, autoExposure, resetGains);
+    refreshEnables(core);
+    refreshStatus(core);
+}
+
+void CalibrationFlow::adjustExposure() {
+    startStep(core.state.aeStepState, core.state.aeStepProgress, true, false);
+}
+
+void CalibrationFlow::adjustColourBalance() {
+    startStep(core.state.wbStepState, core.state.wbStepProgress, false, true);
+}
+
+void CalibrationFlow::calibrate() {
+    storeSettings(core);
+    // An earlier save no longer matches what will be calibrated now.
+    for (uint32_t* const saved : {&core.state.fileState, &core.state.promState})
+        if (*saved == kDone)
+            *saved = kReady;
+    core.state.settleFrames = kFramesToSettle;
+    core.state.lscStepProgress = 0;
+    if (core.alive)
+        startCalibration();
+    core.state.lscStepState = core.state.shadingHandle ? kInProgress : kFailedOtherwise;
+    refresh();
+}
+
+void CalibrationFlow::startCalibration() {
+    int32_t const falloff = clampedFalloffPercent(core.widgets.falloffText());
+    core.host.setState("Lens Correction Falloff", falloff);
+    core.host.setState("Lens Correction Coeff Prec", kCoefficientPrecision);
+    setRawPipeline(core.host, core.camera(), core.lensCorrection, false, false);
+    core.state.inputWasYcbcr = 0;
+    setLensCorrection(core.host, core.camera(), core.lensCorrection, false);
+    core.state.worstBlock = QRect();
+    if (core.alive && !core.state.shadingHandle)
+        core.state.shadingHandle = createCalibration();
+}
+
+void CalibrationFlow::loadSolution(std::vector<sf_RegEntry> const& entries) {
+    ShadingHandle const handle = core.state.shadingHandle;
+    ChangeGroup const group(core.host);
+    if (!writeRegisterList(core, entries))
+        return;
+    core.state.lscStepProgress = phase::kRegistersWritten;
+    setVerifyPipeline(core.host, core.camera(), core.lensCorrection);
+    if (!isCalibrating(handle))
+        return;
+    core.state.lscStepProgress = phase::kLoaded;
+    refreshEnables(core);
+}
+
+void CalibrationFlow::finishWhenMeasured() {
+    if (core.state.lscStepState != kInProgress || core.state.lscStepProgress != phase::kMeasured)
+        return;
+    core.state.lscStepProgress = phase::kFinished;
+    core.state.lscStepState = kDone;
+    refreshEnables(core);
+}
+
+bool CalibrationFlow::isCalibrating(ShadingHandle const& handle) const {
+    return core.alive && core.state.lscStepState == kInProgress && core.state.shadingHandle == handle;
+}
+
+void CalibrationFlow::testUniformity() {
+    setVerifyPipeline(core.host, core.camera(), core.lensCorrection);
+    core.state.lscStepState = kInProgress;
+    core.state.lscStepProgress = phase::kMeasure;
+    refresh();
+}
+
+void CalibrationFlow::saveToFile() {
+    if (isFailed(core.state.lscStepState))
+        return;
+    if (core.state.fileState == kNotEvaluated)
+        checkSaveDirectory(core);
+    if (core.state.fileState == kReady)
+        saveResultFile(core, resultFileFormat());
+    refresh();
+}
+
+void CalibrationFlow::saveToEeprom() {
+    uint32_t const prom = core.state.promState;
+    if (isFailed(core.state.lscStepState) || !(isOpen(prom) || prom == kDone || prom == kFailedOtherwise))
+        return;
+    saveCalibrationToEeprom(core);
+    refresh();
+}
+
+void CalibrationFlow::startOver() {
+    resetSteps();
+    UpdateGuard const guard(core);
+    detectEeprom(core);
+    if (core.alive)
+        evaluateSetupPreset();
+    makeCalibrationReady();
+    checkSaveDirectory(core);
+    refreshEnables(core);
+    setRunAll(false);
+    refreshStatus(core);
+}
+
+void CalibrationFlow::resetSteps() {
+    PageState& state = core.state;
+    for (uint32_t* const field :
+         {&state.runAll, &state.eepromState, &state.presetState, &state.aeStepState, &state.wbStepState,
+          &state.lscStepState, &state.fileState, &state.promState})
+        *field = 0;
+    for (int32_t* const progress : {&state.aeStepProgress, &state.wbStepProgress, &state.lscStepProgress})
+        *progress = 0;
+    // Moved out first: destroying the calibration may call back into this flow.
+    ShadingHandle const handle = std::exchange(state.shadingHandle, nullptr);
+}
+
+void CalibrationFlow::makeCalibrationReady() {
+    uint32_t& lsc = core.state.lscStepState;
+    if (lsc != kNotEvaluated && !isFailed(lsc))
+        return;
+    lsc = kReady;
+    core.state.lscStepProgress = 0;
+}
+
+void CalibrationFlow::showGraph() {
+    std::optional<SensorInfo> const info = core.camera().info();
+    core.host.setupAnalysis(info ? info->imageWidth / 2 : 0);
+    core.host.writeIntSetting("AnalysisDlg Type", 0);
+    core.host.writeIntSetting("AnalysisDlg Show", 1);
+}
+
+void CalibrationFlow::browse() {
+    core.host.modalDialog(true);
+    QString const folder = chooseResultFolder();
+    core.host.modalDialog(false);
+    {
+        UpdateGuard const guard(core);
+        core.widgets.showSaveDir(folder); // a cancelled chooser empties the field: the next save is refused
+    }
+    if (!core.alive)
+        return;
+    storeSettings(core);
+    core.state.fileState = kNotEvaluated;
+    checkSaveDirectory(core);
+    refresh();
+}
+
+void CalibrationFlow::eepromLabelChanged() {
+    if (core.state.updateDepth)
+        return;
+    if (core.state.promState == kDone)
+        core.state.promState = kReady;
+    refresh();
+}
+
+void CalibrationFlow::uniformityLimitChanged(QString const& text) {
+    if (core.state.updateDepth)
+        return;
+    core.state.uniformityLimit = leadingDecimal(text.toLocal8Bit());
+    refreshStatus(core);
+}
+
+void CalibrationFlow::saveDirChanged() {
+    if (core.state.updateDepth)
+        return;
+    core.state.fileState = kNotEvaluated;
+    refresh();
+}
+
+void CalibrationFlow::enableLensCorrectionClicked() {
+    if (core.state.updateDepth)
+        return;
+    // The button's text follows the register notification that the host sends for the write.
+    setLensCorrection(core.host, core.camera(), core.lensCorrection, core.widgets.isEnableLcChecked());
+}
+
+void CalibrationFlow::updateDisplay() {
+    refreshEnables(core);
+    refreshStatus(core);
+}
+
+void CalibrationFlow::refresh() {
+    refreshStatus(core);
+    refreshEnables(core);
+}
+
+void CalibrationFlow::notifyStatus() {
+    if (core.alive && m_emitStatus)
+        m_emitStatus();
+}

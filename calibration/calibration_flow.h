@@ -1,0 +1,105 @@
+#pragma once
+
+#include "calibration/page_core.h"
+#include "hoststate/frame.h"
+
+#include <functional>
+#include <utility>
+#include <vector>
+
+/// The flow of one calibration: step states, the tick that drives the automatic steps, Run All, the button
+/// handlers and the frame handler. Both pages run it; a page states its differences by overriding the
+/// protected operations.
+///
+/// A page shares it: every call from outside holds a share of its own (`std::shared_ptr`), because any host
+/// or library call that a routine makes may delete the page. Routines check `core.alive` after such calls.
+class CalibrationFlow {
+public:
+    CalibrationFlow(PageKind kind, SensorRecord const& sensor, HostServices const& services);
+    virtual ~CalibrationFlow() = default;
+    CalibrationFlow(CalibrationFlow const&) = delete;
+    CalibrationFlow& operator=(CalibrationFlow const&) = delete;
+
+    /// What tells the page that its display is out of date; it then calls `updateDisplay`.
+    void setStatusSignal(std::function<void()> emitStatus) { m_emitStatus = std::move(emitStatus); }
+    /// Takes a fresh copy of the host's records.
+    void adopt(SensorRecord const& sensor, HostServices const& services);
+    [[nodiscard]] PageWidgets& widgets() { return core.widgets; }
+    [[nodiscard]] PageState const& state() const { return core.state; }
+
+    // Lifecycle, called by the page.
+    void initialise();
+    void pageShown();
+    void closePage();
+    /// The page is being destroyed: nothing of it is touched from now on, and its calibration is given up.
+    void pageDestroyed();
+
+    // What the host sends.
+    void registerChanged(uint32_t what);
+    void onFrame(Frame const& frame);
+
+    // The tick and the handlers of the page's widgets.
+    void start();
+    void applySetup();
+    void adjustExposure();
+    void adjustColourBalance();
+    void calibrate();
+    void saveToFile();
+    void saveToEeprom();
+    void startOver();
+    void showGraph();
+    void testUniformity();
+    void toggleRunAll();
+    void browse();
+    void eepromLabelChanged();
+    void uniformityLimitChanged(QString const& text);
+    void saveDirChanged();
+    void enableLensCorrectionClicked();
+    void updateDisplay();
+
+protected:
+    /// The only label that the page offers for its EEPROM record.
+    [[nodiscard]] virtual QString eepromLabel() const = 0;
+    /// A new calibration of the library, null when it has no data for the sensor.
+    [[nodiscard]] virtual ShadingHandle createCalibration() = 0;
+    /// The tick of the calibration step while it runs.
+    virtual void calibrationTick() = 0;
+    /// The calibration's part in a frame: counting the phase and taking what the library needs.
+    virtual void captureFrame(Frame const& frame) = 0;
+    /// Unusable rows at the top of the picture.
+    [[nodiscard]] virtual int skippedRows() const = 0;
+    /// Format code of the library's results file.
+    [[nodiscard]] virtual uint32_t resultFileFormat() const = 0;
+
+    /// Ends Run All, when it runs, and every step that is in progress.
+    void setRunAll(bool on);
+    /// Loads a solution's registers into the sensor and sets the host up for verification; the phase becomes
+    /// `phase::kLoaded`. Does no more when the page is reset or deleted meanwhile.
+    void loadSolution(std::vector<sf_RegEntry> const& entries);
+    /// Finishes the step once the uniformity was measured.
+    void finishWhenMeasured();
+    /// Whether the calibration that a routine works on is still the page's and still runs.
+    [[nodiscard]] bool isCalibrating(ShadingHandle const& handle) const;
+    void refresh();
+    /// Asks the page to update its display.
+    void notifyStatus();
+
+    PageCore core;
+
+private:
+    void runAllStep();
+    void runAllAction();
+    void startRunAllCalibration();
+    void runAllSave();
+    void exposureTick();
+    void colourBalanceTick();
+    void startStep(uint32_t& stepState, int32_t& stepProgress, bool autoExposure, bool resetGains);
+    void startCalibration();
+    void evaluateSetupPreset();
+    void makeCalibrationReady();
+    void resetSteps();
+
+    PageKind const m_kind;
+    std::function<void()> m_emitStatus;
+    bool m_inTick = false;
+};

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "calibration/calibration_flow.h"
+
+#include <QDialog>
+#include <functional>
+#include <memory>
+
+/// A calibration page: the dialog that stands as a tab in the wizard. It owns the widgets and the timer, and
+/// hands everything that happens to its flow.
+class CalibrationPage : public QDialog {
+    Q_OBJECT
+
+public:
+    ~CalibrationPage() override;
+
+    void setVisible(bool visible) override;
+    /// Hides the page for good: no tick runs any more.
+    virtual void closePage();
+    /// The host tells of a register write; `what` 0 means any register.
+    virtual void registerChanged(uint32_t what, uint32_t value);
+
+    /// A page is a part of its tab: the Escape key leaves it there.
+    void reject() override;
+
+    /// Takes a fresh copy of the host's records.
+    void adopt(SensorRecord const& sensor, HostServices const& services);
+    /// Brings the page into its first state; called once, after construction.
+    void initialise();
+    /// A frame of the host's; see `Frame`.
+    void onFrame(Frame const& frame);
+    /// Called once when the page goes away, before anything of it is gone.
+    void setDestroyedHook(std::function<void()> hook);
+
+    [[nodiscard]] PageState const& state() const { return m_flow->state(); }
+
+signals:
+    void Status();
+
+public slots:
+    void start();
+    void OnBnClicked_LensCalibSetup();
+    void OnBnClickedAe();
+    void OnBnClickedAwb();
+    void OnBnClickedCalibrate();
+    void OnBnClickedFilesave();
+    void OnBnClickedPromsave();
+    void OnBnClickedStartover();
+    void OnBnClickedGraph();
+    void OnBnClickedCU();
+    void OnBnClickedRunall();
+    void OnBnClickedBrowse();
+    void OnCbnSelchangePromLabel(QString const& text);
+    void OnCbnEditchangePromLabel(QString const& text);
+    void OnEnChangeGoodcu(QString text);
+    void OnEnChangeSavedir(QString text);
+    void OnBnClickedEnableLC();
+    void OnUpdateStatus();
+
+protected:
+    CalibrationPage(QWidget* parent, std::shared_ptr<CalibrationFlow> flow);
+
+    /// Builds the page's common part on the widgets that the derived page's form has created: timer, version
+    /// text and connections.
+    template <typename Form>
+    void build(Form const& form, QLabel* version, Wizard* wizard) {
+        m_flow->widgets().bind(this, form, wizard);
+        finishBuilding(version);
+    }
+
+private:
+    void finishBuilding(QLabel* version);
+    void connectWidgets();
+
+    std::shared_ptr<CalibrationFlow> const m_flow;
+    std::function<void()> m_destroyedHook;
+};

@@ -1,0 +1,42 @@
+#include "calibration/display.h"
+
+namespace {
+
+// The step whose bar is shown: the last one that runs.
+StepWidgets const* stepWithBar(PageCore const& core) {
+    PageState const& state = core.state;
+    if (state.lscStepState == kInProgress)
+        return &core.widgets.calibration;
+    if (state.wbStepState == kInProgress)
+        return &core.widgets.colourBalance;
+    return state.aeStepState == kInProgress ? &core.widgets.exposure : nullptr;
+}
+
+} // namespace
+
+void refreshStatus(PageCore& core) {
+    UpdateGuard const guard(core);
+    PageState& state = core.state;
+    PageWidgets& widgets = core.widgets;
+    if (state.fileState == kDone)
+        state.savedPath = state.savedPath.mid(state.savedPath.lastIndexOf(QLatin1Char('\\')) + 1);
+    widgets.show(widgets.setup, setupStatus(state));
+    widgets.show(widgets.exposure, exposureStatus(state));
+    widgets.show(widgets.colourBalance, colourBalanceStatus(state));
+    widgets.show(widgets.calibration, calibrationStatus(state));
+    widgets.show(widgets.uniformity, uniformityStatus(state));
+    widgets.show(widgets.file, fileStatus(state));
+    widgets.show(widgets.eeprom, eepromStatus(state));
+    widgets.swapIn(stepWithBar(core));
+}
+
+void refreshEnables(PageCore& core) {
+    UpdateGuard const guard(core);
+    core.widgets.apply(enablingOf(core.state));
+}
+
+void refreshLensCorrection(PageCore& core) {
+    bool const on = lensCorrectionEnabled(core.host, core.camera(), core.lensCorrection);
+    UpdateGuard const guard(core);
+    core.widgets.showLensCorrection(on);
+}

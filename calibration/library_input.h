@@ -1,0 +1,28 @@
+#pragma once
+
+#include "calibration/page_core.h"
+
+#include "common/shadefit.h"
+
+/// An image for the calibration library: rows from the top without gaps, in the library's 8-bit or 16-bit
+/// form.
+struct LibraryImage {
+    void const* data = nullptr;
+    uint32_t width = 0;  ///< pixels
+    uint32_t height = 0; ///< rows
+    bool isYcbcr = false;
+    uint32_t bits = 8; ///< a Bayer sample's
+};
+
+/// How the host codes a YCbCr image, read from its state variables.
+[[nodiscard]] sf_YcbcrInput readYcbcrInput(Host const& host);
+
+/// The solution asked for: `falloffPercent` as the page shows it, `radius` as its setting tells.
+[[nodiscard]] sf_SolutionParams makeSolutionParams(int32_t falloffPercent, int32_t radius);
+
+/// The same for the adaptive solution, without an illuminant.
+[[nodiscard]] sf_ApgaParams makeApgaParams(int32_t falloffPercent, int32_t radius);
+
+/// Hands an image to the library, with the Bayer phase and orientation, or the YCbCr coding, that the host's
+/// state variables tell. Returns the library's answer: 0 = refused.
+[[nodiscard]] int handOver(Host const& host, ShadingHandle const& handle, LibraryImage const& image);

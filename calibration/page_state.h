@@ -1,0 +1,66 @@
+#pragma once
+
+#include "common/shading_handle.h"
+
+#include <QRect>
+#include <QString>
+#include <cstdint>
+
+/// State of a calibration step; 5 and 6 are the two failures that the step's status text tells apart.
+enum StepState : uint32_t {
+    kNotEvaluated = 0,
+    kReady = 1,
+    kInProgress = 3,
+    kDone = 4,
+    kFailed = 5,
+    kFailedOtherwise = 6,
+};
+
+/// A step that nobody has run yet.
+[[nodiscard]] inline bool isOpen(uint32_t stepState) {
+    return stepState == kNotEvaluated || stepState == kReady;
+}
+[[nodiscard]] inline bool isFailed(uint32_t stepState) {
+    return stepState == kFailed || stepState == kFailedOtherwise;
+}
+
+/// Presence of the headboard EEPROM, in `PageState::eepromState`.
+enum EepromState : uint32_t { kEepromUnknown = 0, kEepromPresent = 4, kEepromAbsent = 5 };
+
+/// Progress values of the calibration step at which something happens. In between the frame handler counts.
+namespace phase {
+inline constexpr int32_t kSettleEnd = 30; ///< a frame goes to the calibration library
+inline constexpr int32_t kSolved = 40;    ///< the library holds a solution
+inline constexpr int32_t kRegistersWritten = 45;
+inline constexpr int32_t kLoaded = 50;  ///< registers loaded; counting goes on
+inline constexpr int32_t kMeasure = 80; ///< the colour-uniformity measurement is due
+inline constexpr int32_t kMeasured = 90;
+inline constexpr int32_t kFinished = 100;
+} // namespace phase
+
+/// What a calibration page knows of its calibration. Plain data: status texts and enabling are functions of
+/// it.
+struct PageState {
+    uint32_t updateDepth =
+        0;               ///< nesting of widget updates from code; change handlers ignore signals meanwhile
+    uint32_t active = 0; ///< 1 once the page was shown
+    uint32_t runAll = 0; ///< 1 while Run All is in progress
+    uint32_t eepromState = kEepromUnknown;
+    uint32_t presetState = kNotEvaluated;
+    uint32_t aeStepState = kNotEvaluated;
+    int32_t aeStepProgress = 0; ///< 0 to 100
+    uint32_t wbStepState = kNotEvaluated;
+    int32_t wbStepProgress = 0; ///< 0 to 100
+    uint32_t lscStepState = kNotEvaluated;
+    int32_t lscStepProgress = 0; ///< 0 to 100, also the phase
+    uint32_t fileState = kNotEvaluated;
+    uint32_t promState = kNotEvaluated;
+    ShadingHandle shadingHandle; ///< null when there is no calibration
+    uint32_t inputWasYcbcr = 0;  ///< 1 when the last calibration was made from a YCbCr image
+    double uniformityValue = 0;  ///< last measured colour uniformity, lower is better
+    double uniformityLimit = 0;  ///< acceptance threshold for uniformityValue
+    int32_t lensRadius = 0;      ///< radius setting handed to the calibration
+    QString savedPath;           ///< path, later the bare name, of the last saved results file
+    int32_t settleFrames = 0;    ///< frames to let pass before the colour balance looks at one
+    QRect worstBlock;            ///< block of the worst colour deviation, right and bottom exclusive
+};

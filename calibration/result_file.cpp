@@ -1,0 +1,65 @@
+#include "calibration/result_file.h"
+
+#include "common/directory.h"
+#include "common/libraries.h"
+
+namespace {
+
+// The separator is always the host's own system's; names are taken as they are, byte for byte.
+QByteArray resultFilePath(PageCore const& core) {
+    std::optional<SensorInfo> const info = core.camera().info();
+    if (!core.alive)
+        return {};
+    return core.widgets.saveDirText().toLocal8Bit() + '\\' + QByteArray(core.sensor.fileNamePart) + '_' +
+           (info ? info->name : QByteArray()) + ".ini";
+}
+
+} // namespace
+
+void checkSaveDirectory(PageCore& core) {
+    PageState& state = core.state;
+    if (state.fileState != kNotEvaluated && !isFailed(state.fileState))
+        return;
+    state.fileState = directoryExists(core.widgets.saveDirText().toLocal8Bit()) ? kReady : kFailed;
+}
+
+void saveResultFile(PageCore& core, uint32_t format) {
+    PageState& state = core.state;
+    ShadingHandle const handle = state.shadingHandle;
+    if (!handle || isFailed(state.lscStepState))
+        return;
+    QByteArray const path = resultFilePath(core);
+    if (!core.alive)
+        return;
+    state.savedPath = QString::fromLocal8Bit(path);
+    int const result = shadefit().sf_DumpRegFile(handle.get(), path.constData(), format, 0, 0);
+    if (state.shadingHandle == handle) // not reset meanwhile
+        state.fileState = result == 0 ? kDone : kFailedOtherwise;
+}
+
+QByteArray sanitisedLabel(QByteArray label) {
+    for (char& c : label) {
+        switch (c) {
+        case '\\':
+        case '/':
+        case ':':
+        case '*':
+        case '?':
+        case '|':
+            c = '-';
+            break;
+        case '"':
+            c = '\'';
+            break;
+        case '<':
+            c = '(';
+            break;
+        case '>':
+            c = ')';
+            break;
+        default:
+            break;
+        }
+    }
+    return label;
+}

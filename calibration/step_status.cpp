@@ -1,0 +1,152 @@
+#include "calibration/step_status.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+// Both pages show the same texts, so they are translated once.
+QString translated(char const* text) {
+    return QCoreApplication::translate("LensAssist", text);
+}
+
+struct Cell {
+    char const* text;
+    Bullet bullet;
+};
+
+// What a step shows in each of its states. A null text takes the column `otherwise`.
+struct StepRow {
+    Cell inProgress;
+    Cell done;
+    Cell failed;
+    Cell failedOtherwise;
+    Cell otherwise;
+    bool hasProgressBar;
+};
+
+constexpr Cell kOtherwise = {nullptr, Bullet::Gray};
+constexpr Cell kNotDone = {QT_TRANSLATE_NOOP("LensAssist", "Not done yet."), Bullet::Gray};
+constexpr Cell kDoneCell = {QT_TRANSLATE_NOOP("LensAssist", "Done."), Bullet::Green};
+constexpr Cell kErrorCell = {QT_TRANSLATE_NOOP("LensAssist", "Error"), Bullet::Red};
+constexpr Cell kWorking = {QT_TRANSLATE_NOOP("LensAssist", "In progress..."), Bullet::Blue};
+constexpr Cell kWorkingPercent = {QT_TRANSLATE_NOOP("LensAssist", "In progress... %1%"), Bullet::Blue};
+// Users know the exposure text with a blank before the sign and the other two without.
+constexpr Cell kExposurePercent = {QT_TRANSLATE_NOOP("LensAssist", "In progress... %1 %"), Bullet::Blue};
+constexpr Cell kNoSetupPreset = {
+    QT_TRANSLATE_NOOP("LensAssist", "Warning: There is no 'Lens Calibration Setup' preset in the ini file."),
+    Bullet::Yellow};
+
+constexpr StepRow kSetup = {
+    kOtherwise,
+    kDoneCell,
+    kNoSetupPreset,
+    kNoSetupPreset,
+    {QT_TRANSLATE_NOOP("LensAssist", "The status of the setup preset is unknown."), Bullet::Gray},
+    false};
+constexpr StepRow kExposure = {kExposurePercent, kDoneCell, kErrorCell, kErrorCell, kNotDone, true};
+constexpr StepRow kColourBalance = {kWorkingPercent, kDoneCell, kErrorCell, kErrorCell, kNotDone, true};
+constexpr StepRow kCalibration = {
+    kWorkingPercent,
+    kDoneCell,
+    {QT_TRANSLATE_NOOP("LensAssist", "Error: Incompatible image size."), Bullet::Red},
+    {QT_TRANSLATE_NOOP("LensAssist", "Error. Are the External sensor data files installed?"), Bullet::Red},
+    kNotDone,
+    true};
+constexpr StepRow kFile = {
+    kWorking,
+    {QT_TRANSLATE_NOOP("LensAssist", "Done: %1"), Bullet::Green},
+    {QT_TRANSLATE_NOOP("LensAssist", "Error: The directory does not exist."), Bullet::Red},
+    {QT_TRANSLATE_NOOP("LensAssist", "Error saving the file."), Bullet::Red},
+    kNotDone,
+    false};
+constexpr StepRow kEeprom = {kWorking,
+                             kDoneCell,
+                             {QT_TRANSLATE_NOOP("LensAssist", "No EEPROM."), Bullet::Red},
+                             {QT_TRANSLATE_NOOP("LensAssist", "Error accessing the EEPROM."), Bullet::Red},
+                             kNotDone,
+                             false};
+
+constexpr Cell kYcbcrCalibration = {
+    QT_TRANSLATE_NOOP("LensAssist", "YCbCr calibration. Bypass mode recommended."), Bullet::Yellow};
+
+// The two texts differ in their last full stop; users and their scripts know them so.
+constexpr char const* kUniformityText = QT_TRANSLATE_NOOP("LensAssist", " %1   (Lower is better.)");
+constexpr char const* kNoUniformityText = QT_TRANSLATE_NOOP("LensAssist", " --   (Lower is better)");
+
+Cell cellOf(StepRow const& row, uint32_t state) {
+    switch (state) {
+    case kInProgress:
+        return row.inProgress.text ? row.inProgress : row.otherwise;
+    case kDone:
+        return row.done;
+    case kFailed:
+        return row.failed;
+    case kFailedOtherwise:
+        return row.failedOtherwise;
+    default:
+        return row.otherwise;
+    }
+}
+
+StepStatus shown(Cell const& cell) {
+    return {translated(cell.text), cell.bullet, std::nullopt};
+}
+
+StepStatus stepStatus(StepRow const& row, uint32_t state, int32_t progress) {
+    StepStatus status = shown(cellOf(row, state));
+    if (state == kInProgress && row.hasProgressBar) {
+        status.text = status.text.arg(progress);
+        status.progress = progress;
+    }
+    return status;
+}
+
+// A value that misses the limit by up to this much is only a warning.
+constexpr double kUniformityTolerance = 1.0;
+
+Bullet uniformityBullet(PageState const& state) {
+    if (state.uniformityLimit >= state.uniformityValue)
+        return Bullet::Green;
+    return state.uniformityLimit + kUniformityTolerance >= state.uniformityValue ? Bullet::Yellow
+                                                                                 : Bullet::Red;
+}
+
+} // namespace
+
+StepStatus setupStatus(PageState const& state) {
+    if (state.presetState == kReady)
+        return shown(kNotDone);
+    return stepStatus(kSetup, state.presetState, 0);
+}
+
+StepStatus exposureStatus(PageState const& state) {
+    return stepStatus(kExposure, state.aeStepState, state.aeStepProgress);
+}
+
+StepStatus colourBalanceStatus(PageState const& state) {
+    return stepStatus(kColourBalance, state.wbStepState, state.wbStepProgress);
+}
+
+StepStatus calibrationStatus(PageState const& state) {
+    if (state.lscStepState == kDone && state.inputWasYcbcr)
+        return shown(kYcbcrCalibration);
+    return stepStatus(kCalibration, state.lscStepState, state.lscStepProgress);
+}
+
+StepStatus uniformityStatus(PageState const& state) {
+    if (state.lscStepState != kDone)
+        return {translated(kNoUniformityText), Bullet::Gray, std::nullopt};
+    QString const text = translated(kUniformityText);
+    return {text.arg(state.uniformityValue, 3, 'f', 2), uniformityBullet(state), std::nullopt};
+}
+
+StepStatus fileStatus(PageState const& state) {
+    StepStatus status = stepStatus(kFile, state.fileState, 0);
+    if (state.fileState == kDone)
+        status.text = status.text.arg(state.savedPath);
+    return status;
+}
+
+StepStatus eepromStatus(PageState const& state) {
+    return stepStatus(kEeprom, state.promState, 0);
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+/// A colour in CIE L*a*b*.
+struct Lab {
+    double l = 0;
+    double a = 0;
+    double b = 0;
+};
+
+/// Converts sRGB values of 0 to 255 to L*a*b* (sRGB transfer function and primaries of IEC 61966-2-1, CIE
+/// 1976 L*a*b*) for the white point 95.0, 100.0, 108.9.
+[[nodiscard]] Lab rgbToLab(double red, double green, double blue);

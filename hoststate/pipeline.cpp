@@ -1,0 +1,88 @@
+#include "hoststate/pipeline.h"
+
+#include "hoststate/presets.h"
+
+namespace {
+
+struct StateSetting {
+    char const* variable;
+    int32_t value;
+};
+
+constexpr StateSetting kRawPipeline[] = {
+    {"Auto Exposure", 0},
+    {"White Balance", 0},
+    {"Color Correction", 0},
+    {"Saturation", 10},
+    {"Gamma", 20},
+    {"Contrast", 20},
+    {"Black Correct", 0},
+    {"Aperture Enable", 0},
+    {"Black CCM Kill Enable", 0},
+    {"Green Balance Enable", 0},
+    {"Auto Exposure Inner Zone", 40},
+    {"Auto Exposure Outer Zone", 40},
+    {"Auto Exposure Target", 50},
+    {"Auto Exposure Stability", 1},
+    {"Auto Exposure Speed", 10},
+    {"Auto Exposure Minimum FPS", 0},
+    {"Auto Exposure Flicker Filter", 0},
+    {"Auto Exposure Soft Limit", 1},
+    {"Auto Exposure Soft Gain Limit", 10},
+    {"Auto Exposure Software Gain Limit", 100},
+    {"Auto Exposure Freeze Gains", 0},
+    {"Auto Exposure Fade Saturation", 0},
+    {"Auto Exposure Fade Aperture", 0},
+    {"Noise Removal", 0},
+    {"Lens Correction Enable", 0},
+    {"Lens Sim Enable Pwq", 0},
+    {"Lens Sim Enable Poly", 0},
+};
+
+constexpr StateSetting kVerifyPipeline[] = {
+    {"Color Correction", 1},
+    {"White Balance", 2},
+    {"Saturation", 10},
+    {"Gamma", 9}, // a display gamma here, linear in the raw list
+    {"Contrast", 20},
+    {"Black Correct", 5},
+    {"WB Adjust Gains", 0},
+    {"WB Manual Left", 0},
+    {"WB Manual Right", 3},
+    {"WB Manual Position", 100},
+    {"WB Manual RedGreen", 100},
+    {"WB Manual BlueGreen", 100},
+    {"WB Interpolate Saturation", 1},
+    {"WB Normalize Matrix", 1},
+};
+
+constexpr int32_t kUnityGain = 1000; // thousandths
+
+void setAll(Host const& host, auto const& settings) {
+    for (StateSetting const& setting : settings)
+        host.setState(setting.variable, setting.value);
+}
+
+} // namespace
+
+void setRawPipeline(Host const& host, Sensor const& sensor, LensCorrection const& correction,
+                    bool autoExposure, bool resetWhiteBalanceGains) {
+    ChangeGroup const group(host);
+    setAll(host, kRawPipeline);
+    if (resetWhiteBalanceGains) {
+        host.setState("Relative Red Gain", kUnityGain);
+        host.setState("Relative Blue Gain", kUnityGain);
+    }
+    // The list has forced the automatic exposure off with the rest; only now may it run again on the new
+    // state.
+    host.setState("Auto Exposure", autoExposure ? 1 : 0);
+    host.setState("White Balance", 0);
+    setLensCorrection(host, sensor, correction, false);
+}
+
+void setVerifyPipeline(Host const& host, Sensor const& sensor, LensCorrection const& correction) {
+    // No bracket: the host shows each of these as it is set.
+    setAll(host, kVerifyPipeline);
+    (void)applyPreset(host, kVerifyPreset);
+    setLensCorrection(host, sensor, correction, true);
+}

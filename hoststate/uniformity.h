@@ -1,0 +1,22 @@
+#pragma once
+
+#include "hoststate/frame.h"
+
+#include <QRect>
+#include <optional>
+
+/// Colour uniformity of a picture: the largest chroma deviation of a block (lower is better), rounded to two
+/// decimals, and where it stands. The rectangle keeps the block's exclusive right and bottom as its edges.
+struct Uniformity {
+    double value = 0;
+    QRect worstBlock;
+};
+
+/// Measures an RGB-32 frame without its first `skippedRows` rows. The block's rows count from behind the
+/// skipped ones. A frame without pixel data is measured as mid grey; empty when its sizes do not hold
+/// together.
+[[nodiscard]] std::optional<Uniformity> measureUniformity(Frame const& frame, int skippedRows);
+
+/// Paints a two pixels wide ring around a block into an RGB-32 frame. It lies one pixel further out at the
+/// top and left than at the bottom and right; that is the look which users know.
+void paintRing(Frame const& frame, QRect const& block, uint32_t pixel);

@@ -1,0 +1,139 @@
+#include "lsc_page/lens_assist_flow.h"
+
+#include "calibration/display.h"
+#include "calibration/frame_steps.h"
+#include "calibration/library_input.h"
+#include "calibration/register_list.h"
+#include "calibration/settings.h"
+#include "common/libraries.h"
+
+#include <QScopedValueRollback>
+#include <algorithm>
+
+namespace {
+
+constexpr uint32_t kRgbInputKind = 16; // calibrated from the displayed picture
+constexpr uint32_t kKindsWithUnusableTopRows[] = {33, 46, 56, 66};
+constexpr int kUnusableTopRows = 2;
+
+constexpr uint32_t kAllBits = 0xFFFFFFFF;
+constexpr uint32_t kResultFileFormat = 0;
+constexpr int kIncompatibleSize = -2; // a library's result
+
+int bytesPerPixel(ImageType type) {
+    switch (type) {
+    case ImageType::Rgb32:
+        return 4;
+    case ImageType::Ycbcr:
+    case ImageType::Raw12:
+        return 2;
+    }
+    return 1;
+}
+
+int findSolution(PageCore const& core, ShadingHandle const& handle) {
+    int32_t const falloff = falloffPercent(core.widgets.falloffText());
+    sf_SolutionParams const solution = makeSolutionParams(falloff, core.state.lensRadius);
+    int const result = shadefit().sf_FindSolution(handle.get(), &solution);
+    if (result != 0)
+        return result;
+    // Sensors of this page have no illuminant tables; slot 0 lets the library finish what it has.
+    sf_ApgaParams const apga = makeApgaParams(falloff, core.state.lensRadius);
+    return shadefit().sf_FindApga(handle.get(), &apga);
+}
+
+} // namespace
+
+LensAssistFlow::LensAssistFlow(SensorRecord const& sensor, HostServices const& services)
+    : CalibrationFlow(PageKind::LensShading, sensor, services) {}
+
+QString LensAssistFlow::eepromLabel() const {
+    return QStringLiteral("KestraTune");
+}
+
+ShadingHandle LensAssistFlow::createCalibration() {
+    std::optional<SensorInfo> const info = core.camera().info();
+    return ownShadingHandle(shadefit().sf_Create2(info ? info->sensorData : nullptr, core.sensor.sensorKind,
+                                                  core.sensor.variant, kAllBits));
+}
+
+uint32_t LensAssistFlow::resultFileFormat() const {
+    return kResultFileFormat;
+}
+
+int LensAssistFlow::skippedRows() const {
+    bool const unusable = std::ranges::find(kKindsWithUnusableTopRows, core.sensor.sensorKind) !=
+                          std::end(kKindsWithUnusableTopRows);
+    return unusable ? kUnusableTopRows : 0;
+}
+
+void LensAssistFlow::calibrationTick() {
+    if (!core.state.shadingHandle) {
+        if (core.state.runAll)
+            setRunAll(false);
+        if (core.state.lscStepProgress < phase::kLoaded)
+            return;
+    }
+    if (core.state.lscStepProgress == phase::kSolved)
+        loadWhenSolved();
+    finishWhenMeasured();
+    refreshStatus(core);
+}
+
+void LensAssistFlow::loadWhenSolved() {
+    ShadingHandle const handle = core.state.shadingHandle;
+    std::optional<std::vector<sf_RegEntry>> const entries = dumpRegisterList(handle);
+    if (!isCalibrating(handle))
+        return;
+    if (entries)
+        return loadSolution(*entries);
+    core.state.lscStepState = kFailedOtherwise;
+    core.state.lscStepProgress = 0;
+    refreshEnables(core);
+}
+
+bool LensAssistFlow::isCalibrationInput(Frame const& frame) const {
+    return frame.isRgb32() == (core.sensor.sensorKind == kRgbInputKind);
+}
+
+void LensAssistFlow::captureFrame(Frame const& frame) {
+    countPhase(core, frame, 0, phase::kSettleEnd - 1);
+    countPhase(core, frame, phase::kLoaded, phase::kMeasure - 1);
+    bool const due =
+        core.state.lscStepState == kInProgress && core.state.lscStepProgress == phase::kSettleEnd;
+    // A frame that the library cannot read whole is not handed over; the next one may be good.
+    if (!due || m_solving || !isCalibrationInput(frame) ||
+        !frame.isReadableTopDown(bytesPerPixel(frame.type)))
+        return;
+    QScopedValueRollback<bool> const solving(m_solving, true);
+    solve(frame);
+    notifyStatus();
+}
+
+void LensAssistFlow::solve(Frame const& frame) {
+    ShadingHandle const handle = core.state.shadingHandle;
+    if (!handle)
+        return;
+    LibraryImage const image = {
+        .data = frame.data,
+        .width = uint32_t(frame.width),
+        .height = uint32_t(frame.height),
+        .isYcbcr = frame.type == ImageType::Ycbcr,
+        .bits = frame.type == ImageType::Raw12 ? 12U : 8U,
+    };
+    int const accepted = handOver(core.host, handle, image);
+    if (!isCalibrating(handle))
+        return;
+    core.state.inputWasYcbcr = image.isYcbcr ? 1 : 0;
+    if (accepted == 0) {
+        core.state.lscStepState = kFailedOtherwise;
+        return;
+    }
+    int const result = findSolution(core, handle);
+    if (!isCalibrating(handle))
+        return;
+    if (result == 0)
+        core.state.lscStepProgress = phase::kSolved;
+    else
+        core.state.lscStepState = result == kIncompatibleSize ? kFailed : kFailedOtherwise;
+}

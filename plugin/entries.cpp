@@ -1,0 +1,135 @@
+#include "plugin/entries.h"
+
+#include "common/host.h"
+#include "common/ini_section.h"
+#include "hoststate/presets.h"
+#include "lsc_page/lens_assist.h"
+#include "wizard/wizard.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QtDebug>
+#include <array>
+#include <exception>
+
+namespace {
+
+constexpr uint32_t kApiVersion = 5;
+constexpr uint32_t kKindWithoutCalibration = 36;
+constexpr uint32_t kKindWithoutPage = 97;
+
+// Nothing may cross the boundary into a host that was built with another compiler.
+template <typename Call>
+void guarded(char const* entry, Call call) noexcept {
+    try {
+        call();
+    } catch (std::exception const& error) {
+        qWarning("KestraMfr: %s: %s", entry, error.what());
+    } catch (...) {
+        qWarning("KestraMfr: %s: unknown error", entry);
+    }
+}
+
+// The mismatch is silent to the user, deliberately: the box is made and never shown. It needs an application.
+void reportVersionMismatch() {
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return;
+    QMessageBox const box(QMessageBox::Information, QStringLiteral("KestraMfr Plug-in"),
+                          QStringLiteral("Pictara dialog plugin API mismatch."), QMessageBox::Ok, nullptr,
+                          Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint);
+}
+
+bool hasSetupPreset(Host const& host) {
+    // Only the plain name opens the dialog; the host's prefixed forms count later, in the setup step.
+    QByteArray const iniFile = host.readTextSetting("IniFileName");
+    std::array<char, 32> section{};
+    return readIniSection(kSetupPreset[0], section.data(), section.size(), iniFile.constData()) > 0;
+}
+
+// Whoever deletes the object, the instance does not keep a pointer to it.
+template <typename Object>
+void forgetWhenDestroyed(Object* object, Object* KestraMfr::*member) {
+    object->setDestroyedHook([object, member] {
+        if (kestraMfr().*member == object)
+            kestraMfr().*member = nullptr;
+    });
+}
+
+// `configure` sets what only this kind of page has, before the page's first state is computed.
+template <typename Page, typename Configure>
+void addCalibrationPage(Page* KestraMfr::*member, QString const& label, SensorRecord const& sensor,
+                        HostServices const& services, Configure configure) {
+    KestraMfr& kestra = kestraMfr();
+    auto* const page = new Page(kestra.g_parentWidget, sensor, services, kestra.g_wizard);
+    kestra.*member = page;
+    forgetWhenDestroyed(page, member);
+    page->adopt(sensor, services); // the constructor has copied both already; harmless, and hosts count on it
+    configure(*page);
+    page->initialise();
+    kestra.g_wizard->addPage(page, label);
+}
+
+QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices const& services) {
+    if (sensor.sensorKind == kKindWithoutCalibration || !hasSetupPreset(Host(services)))
+        return nullptr;
+    KestraMfr& kestra = kestraMfr();
+    kestra.g_parentWidget = parent;
+    kestra.g_wizard =
+        new Wizard(QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), kestra.g_parentWidget);
+    forgetWhenDestroyed(kestra.g_wizard, &KestraMfr::g_wizard);
+    Wizard* const wizard = kestra.g_wizard;
+
+    if (sensor.sensorKind != kKindWithoutPage)
+        addCalibrationPage(&KestraMfr::g_lensAssist, QStringLiteral("Lens Calibration"), sensor, services,
+                           [](LensAssist&) {});
+
+    for (int index = 1; index < wizard->pageCount(); ++index)
+        wizard->enablePage(index);
+    wizard->enablePage(0);
+    return wizard;
+}
+
+void deliverFrame(Frame const& frame) {
+    // The member is read anew for each page: a page may go away inside the call of the other.
+    if (LensAssist* const page = kestraMfr().g_lensAssist)
+        page->onFrame(frame);
+}
+
+} // namespace
+
+QDialog* OpenQtDialog(uint32_t apiVersion, QWidget* parent, SensorRecord const* sensor,
+                      HostServices const* services) noexcept {
+    QDialog* dialog = nullptr;
+    guarded("OpenQtDialog", [&] {
+        if (apiVersion != kApiVersion)
+            reportVersionMismatch();
+        else if (sensor && services)
+            dialog = openDialog(parent, *sensor, *services);
+    });
+    return dialog;
+}
+
+void CloseDialog() noexcept {}
+
+void ImageData(void const* frame, uint32_t imageType, uint32_t width, int32_t height,
+               uint32_t pitch) noexcept {
+    guarded("ImageData", [&] {
+        deliverFrame({.data = frame,
+                      .type = ImageType(imageType),
+                      .width = int32_t(width),
+                      .height = height,
+                      .pitch = int32_t(pitch)});
+    });
+}
+
+void RgbImageData(void const* frame, uint32_t imageType, uint32_t width, uint32_t height,
+                  int32_t pitch) noexcept {
+    ImageData(frame, imageType, width, int32_t(height), uint32_t(pitch));
+}
+
+void RegisterChanged(uint32_t what, uint32_t value) noexcept {
+    guarded("RegisterChanged", [&] {
+        if (LensAssist* const page = kestraMfr().g_lensAssist)
+            page->registerChanged(what, value);
+    });
+}

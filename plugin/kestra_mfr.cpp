@@ -1,0 +1,56 @@
+#include "plugin/kestra_mfr.h"
+
+#include "lsc_page/lens_assist.h"
+#include "plugin/library_lifetime.h"
+#include "wizard/wizard.h"
+
+#include <QCoreApplication>
+#include <utility>
+
+namespace {
+
+// The member is null before the object goes: its destruction calls back into the library, which must not find
+// it.
+template <typename Object>
+void deleteMember(Object*& member) {
+    delete std::exchange(member, nullptr);
+}
+
+// The instance of this library. At process exit Qt's own statics may be gone although an application object
+// still exists, so the widgets are then left to the system.
+struct Instance {
+    KestraMfr kestra;
+
+    ~Instance() {
+        if (!isLibraryBeingUnloaded())
+            kestra = KestraMfr();
+    }
+};
+
+Instance instance;
+
+} // namespace
+
+KestraMfr& kestraMfr() {
+    return instance.kestra;
+}
+
+KestraMfr::KestraMfr()
+    : g_configPage(nullptr), g_lensAssist(nullptr), g_lensAssistApga(nullptr), g_wizard(nullptr),
+      g_headboardEeprom(nullptr), g_parentWidget(nullptr) {}
+
+KestraMfr& KestraMfr::operator=(KestraMfr const& other) = default;
+
+KestraMfr::~KestraMfr() {
+    if (!g_wizard)
+        return;
+    if (QCoreApplication::instance()) {
+        deleteMember(g_lensAssist);
+        deleteMember(g_wizard);
+    }
+    g_lensAssist = nullptr;
+    g_lensAssistApga = nullptr;
+    g_wizard = nullptr;
+    g_headboardEeprom = nullptr;
+    g_parentWidget = nullptr;
+}
