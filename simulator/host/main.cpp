@@ -54,7 +54,9 @@ int main(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
 
     installMessageLog();
-    QApplication const application(argc, argv);
+    // Qt has options of its own by some of these names; the program's are not for it.
+    int onlyTheProgramsName = 1;
+    QApplication const application(onlyTheProgramsName, argv);
     QString error;
     std::unique_ptr<Session> const session = Session::open(options, &error);
     if (!session) {
