@@ -160,6 +160,19 @@ void checkLayout(JsonPlace const& place, Profile const& profile) {
     checkLayoutRegisters(place["correction"], profile);
 }
 
+// The correction's origin lies in the middle of the array until somebody moves it.
+void resetOrigin(Profile& profile) {
+    for (RegisterSpecification& reg : profile.registers) {
+        auto const isAt = [&](RegisterPlace const& place) {
+            return reg.addressSpace == 0 && reg.id == place.id && reg.address == place.address;
+        };
+        if (isAt(profile.layout.originColumn))
+            reg.reset = profile.array.width / 2;
+        if (isAt(profile.layout.originRow))
+            reg.reset = profile.array.height / 2;
+    }
+}
+
 Profile readSections(JsonPlace const& root) {
     Profile profile;
     readIdentity(root, profile);
@@ -175,6 +188,7 @@ Profile readSections(JsonPlace const& root) {
                                 correctionSwitch["mask"].integer(1), correctionSwitch["value"].integer()};
     profile.layout = readSensorLayout(root["layout"]);
     checkLayout(root["layout"], profile);
+    resetOrigin(profile);
     profile.optics = readOptics(root["optics"]);
     profile.eeprom = readEeprom(root["eeprom"]);
     return profile;

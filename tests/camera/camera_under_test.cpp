@@ -1,0 +1,82 @@
+#include "tests/camera/camera_under_test.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <gtest/gtest.h>
+
+using namespace simulator;
+
+QString TestFiles::write(QString const& name, QByteArray const& content) const {
+    QFile file(m_folder.filePath(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    return file.fileName();
+}
+
+Camera openChanged(QByteArray const& changes) {
+    TestFiles const files;
+    QJsonObject profile = QJsonDocument::fromJson(changes).object();
+    EXPECT_FALSE(profile.isEmpty()) << changes.constData();
+    profile.insert(QStringLiteral("base"), QStringLiteral("poly-12bit"));
+    QString error;
+    Camera camera = SimulatedCamera::open(
+        files.write(QStringLiteral("changed.json"), QJsonDocument(profile).toJson()), &error);
+    EXPECT_TRUE(camera) << qPrintable(error);
+    return camera;
+}
+
+Camera openQuiet(uint32_t arrayPhase, uint32_t orientation) {
+    return openChanged(QStringLiteral(R"({
+        "array": {"width": 320, "height": 240, "bayerPhase": %1, "orientation": %2},
+        "layout": {"width": 320, "height": 240},
+        "readOut": {"electronsPerCount": 50, "readNoise": 0},
+        "optics": {"lens": {"centre": [0.4, -0.4]}}
+    })")
+                           .arg(arrayPhase)
+                           .arg(orientation)
+                           .toUtf8());
+}
+
+double sampleAt(Frame const& frame, uint32_t x, uint32_t y) {
+    auto const* const row =
+        reinterpret_cast<unsigned char const*>(frame.pixels.constData()) + size_t(y) * frame.pitch;
+    return frame.type == FrameType::Raw12 ? row[2 * x] + 256 * row[2 * x + 1] : row[x];
+}
+
+double siteMean(SimulatedCamera const& camera, Frame const& frame, Region const& region, uint32_t column,
+                uint32_t row) {
+    CameraDescription const& description = camera.description();
+    double sum = 0;
+    double count = 0;
+    // Whole cells only, so that a region begins with site (0, 0).
+    for (uint32_t y = description.height * region.top / 100 / 2 * 2 + row;
+         y < description.height * region.bottom / 100; y += 2) {
+        for (uint32_t x = description.width * region.left / 100 / 2 * 2 + column;
+             x < description.width * region.right / 100; x += 2) {
+            sum += sampleAt(frame, x, y) - description.blackLevel;
+            ++count;
+        }
+    }
+    return sum / count;
+}
+
+double redMean(SimulatedCamera const& camera, Frame const& frame, Region const& region) {
+    uint32_t const phase = camera.description().bayerPhase;
+    return siteMean(camera, frame, region, phase & 1, phase >> 1);
+}
+
+double greenMean(SimulatedCamera const& camera, Frame const& frame, Region const& region) {
+    uint32_t const phase = camera.description().bayerPhase;
+    return siteMean(camera, frame, region, (phase & 1) ^ 1, phase >> 1);
+}
+
+void writeRegister(SimulatedCamera const& camera, char const* reg, uint32_t value, char const* bitfield) {
+    EXPECT_EQ(vy_WriteSensorRegStr(camera.handle(), reg, bitfield, value), 0) << reg << ' ' << bitfield;
+}
+
+uint32_t readRegister(SimulatedCamera const& camera, char const* reg, char const* bitfield) {
+    uint32_t value = 0xDEAD;
+    EXPECT_EQ(vy_ReadSensorRegStr(camera.handle(), reg, bitfield, &value), 0) << reg << ' ' << bitfield;
+    return value;
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "simulator/camera/simulated_camera.h"
+
+#include <QByteArray>
+#include <QTemporaryDir>
+#include <memory>
+
+/// A camera as a test wants it: a small and almost noiseless array, unless the test says otherwise.
+using Camera = std::unique_ptr<simulator::SimulatedCamera>;
+
+/// Files of one test, gone with it.
+class TestFiles {
+public:
+    /// Writes a file and gives its path.
+    [[nodiscard]] QString write(QString const& name, QByteArray const& content) const;
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// Opens the default profile changed by a JSON object's text. Fails the test when it cannot.
+[[nodiscard]] Camera openChanged(QByteArray const& changes);
+/// The default sensor with 320 x 240 pixels and hardly any noise, read out as told.
+[[nodiscard]] Camera openQuiet(uint32_t arrayPhase = 0, uint32_t orientation = 0);
+
+/// A sample of a raw frame, 8 or 12 bits.
+[[nodiscard]] double sampleAt(simulator::Frame const& frame, uint32_t x, uint32_t y);
+
+/// Part of a picture in percent of its width and height.
+struct Region {
+    uint32_t left = 0, top = 0, right = 100, bottom = 100;
+};
+
+/// Mean above black of the sites (column, row) of the mosaic's 2 x 2 cells: the first red pixel of the frame
+/// lies at site (phase & 1, phase >> 1).
+[[nodiscard]] double siteMean(simulator::SimulatedCamera const& camera, simulator::Frame const& frame,
+                              Region const& region, uint32_t column, uint32_t row);
+[[nodiscard]] double redMean(simulator::SimulatedCamera const& camera, simulator::Frame const& frame,
+                             Region const& region = {});
+/// Of the green in the rows that hold red.
+[[nodiscard]] double greenMean(simulator::SimulatedCamera const& camera, simulator::Frame const& frame,
+                               Region const& region = {});
+
+void writeRegister(simulator::SimulatedCamera const& camera, char const* reg, uint32_t value,
+                   char const* bitfield = "");
+[[nodiscard]] uint32_t readRegister(simulator::SimulatedCamera const& camera, char const* reg,
+                                    char const* bitfield = "");

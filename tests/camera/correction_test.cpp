@@ -1,0 +1,147 @@
+#include "tests/camera/camera_under_test.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStringList>
+#include <cmath>
+#include <gtest/gtest.h>
+
+using namespace simulator;
+
+namespace {
+
+constexpr uint32_t kOne = 0x3C00;  // 1.0 as binary16
+constexpr uint32_t kHalf = 0x3800; // 0.5
+constexpr uint32_t kMinusHalf = 0xB800;
+constexpr uint32_t kOneAndHalf = 0x3E00;
+
+struct Switch {
+    char const* reg;
+    char const* bitfield;
+};
+
+// How a host switches the correction of a profile.
+Switch switchOf(SimulatedCamera const& camera) {
+    for (Switch const& row :
+         {Switch{"POLY_SC_ENABLE", "ENABLE"}, Switch{"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"},
+          Switch{"COLOR_PIPELINE_CONTROL", "LENS_SHADING"}})
+        if (vy_ExistsBitfield(camera.handle(), row.reg, row.bitfield))
+            return row;
+    return {"", ""};
+}
+
+// Green of the same frame number without and with the correction, so that the noise is the same too.
+double correctionAt(Camera const& camera, Region const& region) {
+    Switch const onOff = switchOf(*camera);
+    writeRegister(*camera, onOff.reg, 0, onOff.bitfield);
+    double const off = greenMean(*camera, camera->grab(), region);
+    writeRegister(*camera, onOff.reg, 1, onOff.bitfield);
+    return greenMean(*camera, camera->grab(), region) / off;
+}
+
+// Writes as a host does: address and id from the layout block, register found by address.
+void writeCoefficient(Camera const& camera, QString const& plane, int p, int q, uint32_t value) {
+    auto const* const text = static_cast<char const*>(vy_SensorInfo(camera->handle())->sensorData);
+    QByteArray const json = QByteArray(text).mid(QByteArray(text).indexOf('\n') + 1);
+    QJsonObject const bank = QJsonDocument::fromJson(json)
+                                 .object()[QStringLiteral("correction")]
+                                 .toObject()[QStringLiteral("banks")]
+                                 .toArray()[0]
+                                 .toObject();
+    QJsonObject const place = bank[QStringLiteral("planes")].toObject()[plane].toObject();
+    int const address =
+        place[QStringLiteral("address")].toInt() + place[QStringLiteral("stride")].toInt() * (5 * p + q);
+    auto const* const found = vy_FindRegisterAddr(camera->handle(), uint32_t(address), 0,
+                                                  uint32_t(place[QStringLiteral("id")].toInt()));
+    ASSERT_TRUE(found) << qPrintable(plane) << p << q;
+    EXPECT_EQ(vy_WriteSensorReg(camera->handle(), found, value), 0);
+}
+
+TEST(Correction, EveryRawProfileMultipliesByThePolynomialInItsRegisters) {
+    for (QString const& name : SimulatedCamera::profileNames()) {
+        SCOPED_TRACE(qPrintable(name));
+        QString error;
+        Camera const camera = SimulatedCamera::open(name, &error);
+        ASSERT_TRUE(camera) << qPrintable(error);
+        if (camera->description().rawType == FrameType::Ycbcr)
+            continue;
+        EXPECT_NEAR(correctionAt(camera, {}), 1, 0.01) << "the reset registers change nothing";
+        writeCoefficient(camera, QStringLiteral("greenRed"), 0, 0, kOneAndHalf);
+        EXPECT_NEAR(correctionAt(camera, {}), 1.5, 0.015);
+        double const red = redMean(*camera, camera->grab());
+        writeRegister(*camera, switchOf(*camera).reg, 0, switchOf(*camera).bitfield);
+        EXPECT_NEAR(redMean(*camera, camera->grab()) / red, 1, 0.01) << "one plane is another's";
+    }
+}
+
+// The terms u and v are the array's, whatever the direction of the read-out; the origin moves them.
+TEST(Correction, TermsFollowTheArrayAndTheOrigin) {
+    for (uint32_t orientation = 0; orientation < 4; ++orientation) {
+        SCOPED_TRACE(orientation);
+        Camera const camera = openQuiet(2, orientation);
+        writeRegister(*camera, "P_GR_P1Q0", kHalf);
+        writeRegister(*camera, "P_GR_P0Q1", kMinusHalf);
+        // In the middle of a strip two per cent of the picture wide, |u| and |v| are 0.98.
+        double const right = (orientation & 1) != 0 ? -0.49 : 0.49;
+        double const bottom = (orientation & 2) != 0 ? 0.49 : -0.49;
+        EXPECT_NEAR(correctionAt(camera, {98, 48, 100, 52}), 1 + right, 0.02);
+        EXPECT_NEAR(correctionAt(camera, {0, 48, 2, 52}), 1 - right, 0.02);
+        EXPECT_NEAR(correctionAt(camera, {48, 98, 52, 100}), 1 + bottom, 0.02);
+        writeRegister(*camera, "POLY_ORIGIN_C", 160 + 32); // a fifth of the half-width
+        EXPECT_NEAR(correctionAt(camera, {49, 49, 51, 51}), 1 - 0.1, 0.02);
+    }
+}
+
+TEST(Correction, HighestTermHasItsOwnPowers) {
+    Camera const camera = openQuiet();
+    writeRegister(*camera, "P_GR_P4Q3", kOne); // u^4 v^3
+    EXPECT_NEAR(correctionAt(camera, {89, 74, 91, 76}), 1 + std::pow(0.8, 4) * std::pow(0.5, 3), 0.01);
+    EXPECT_NEAR(correctionAt(camera, {89, 24, 91, 26}), 1 - std::pow(0.8, 4) * std::pow(0.5, 3), 0.01);
+}
+
+TEST(Correction, NegativeAndHugeGainsStayWithinTheSamples) {
+    Camera const camera = openQuiet();
+    double const black = camera->description().blackLevel;
+    writeRegister(*camera, "POLY_SC_ENABLE", 1, "ENABLE");
+    writeRegister(*camera, "P_GR_P0Q0", 0xFC00); // the pattern of minus infinity
+    EXPECT_EQ(sampleAt(camera->grab(), 161, 120), black);
+    writeRegister(*camera, "P_GR_P0Q0", 0x7BFF); // the largest value
+    EXPECT_EQ(sampleAt(camera->grab(), 161, 120), camera->description().whiteLevel);
+    writeRegister(*camera, "P_GR_P0Q0", 0x7E00); // not a number
+    EXPECT_EQ(sampleAt(camera->grab(), 161, 120), black);
+}
+
+// The correction comes behind the converter: it scales the noise of what it brightens.
+TEST(Correction, AmplifiesTheNoiseToo) {
+    Camera const camera = openChanged("{\"readOut\": {\"readNoise\": 40}}");
+    auto const spread = [&] {
+        Frame const frame = camera->grab();
+        double const mean = greenMean(*camera, frame, {45, 45, 55, 55}) + camera->description().blackLevel;
+        double squares = 0;
+        for (uint32_t y = 500; y < 580; y += 2)
+            for (uint32_t x = 901; x < 1019; x += 2)
+                squares += std::pow(sampleAt(frame, x, y) - mean, 2);
+        return squares;
+    };
+    double const off = spread();
+    writeRegister(*camera, "POLY_SC_ENABLE", 0x8000); // the whole register, as some hosts write it
+    writeRegister(*camera, "P_GR_P0Q0", 0x4000);      // 2.0
+    EXPECT_NEAR(spread() / off, 4, 0.5);
+}
+
+TEST(Correction, OnlyTheSwitchBitSwitches) {
+    Camera const camera = openQuiet();
+    writeRegister(*camera, "P_GR_P0Q0", kOneAndHalf);
+    double const off = greenMean(*camera, camera->grab());
+    writeRegister(*camera, "POLY_SC_ENABLE", 0x7FFF);
+    EXPECT_NEAR(greenMean(*camera, camera->grab()) / off, 1, 0.01);
+    writeRegister(*camera, "POLY_SC_ENABLE", 1, "ENABLE");
+    EXPECT_EQ(readRegister(*camera, "POLY_SC_ENABLE"), 0xFFFF);
+    EXPECT_NEAR(greenMean(*camera, camera->grab()) / off, 1.5, 0.01);
+    writeRegister(*camera, "POLY_SC_ENABLE", 0, "ENABLE");
+    EXPECT_EQ(readRegister(*camera, "POLY_SC_ENABLE"), 0x7FFF);
+    EXPECT_NEAR(greenMean(*camera, camera->grab()) / off, 1, 0.01);
+}
+
+} // namespace

@@ -1,0 +1,123 @@
+#include "tests/camera/camera_under_test.h"
+
+#include <gtest/gtest.h>
+
+using namespace simulator;
+
+namespace {
+
+struct Fault {
+    char const* content;
+    char const* message; ///< the whole of it, with file and place
+};
+
+// Each row changes the default profile.
+constexpr Fault kProfileFaults[] = {
+    {R"({"base": "poly-12bit", "kind": )", "p.json: line 1: "},
+    {R"([1])", "p.json: an object is expected"},
+    {R"({"base": "p"})", "p.json: base: p.json: base: "},
+    {R"({"base": "nowhere"})", "p.json: base: nowhere.json: cannot be read"},
+    {R"({"sensorName": "X"})", "p.json: the key \"fileNamePart\" is missing"},
+    {R"({"base": "poly-12bit", "optics": {"lens": {"cornerAngle": null}}})",
+     "p.json: optics.lens: the key \"cornerAngle\" is missing"},
+    {R"({"base": "poly-12bit", "systemOnChip": 1})", "p.json: systemOnChip: true or false is expected"},
+    {R"({"base": "poly-12bit", "array": {"orientation": 4}})",
+     "p.json: array.orientation: 4 lies outside 0 to 3"},
+    {R"({"base": "poly-12bit", "array": {"width": 641}})", "p.json: array: width and height must be even"},
+    {R"({"base": "poly-12bit", "readOut": {"format": "raw10"}})",
+     "p.json: readOut.format: \"raw10\" is none of raw12, raw8, ycbcr"},
+    {R"({"base": "poly-12bit", "readOut": {"format": "raw8"}})",
+     "p.json: layout.sampleBytes: the read-out delivers samples of another size"},
+    {R"({"base": "poly-12bit", "kind": 7})", "p.json: layout.kind: 200 differs from the sensor's 7"},
+    {R"({"base": "poly-12bit", "exposure": {"register": "NONE"}})",
+     "p.json: exposure.register: there is no register \"NONE\""},
+    {R"({"base": "poly-12bit", "layout": {"correction": {"originRow": {"id": 1}}}})",
+     "p.json: layout.correction.originRow: there is no 16-bit register at id 1, address 0x3784"},
+    {R"({"base": "poly-12bit", "registers": {"more": [{"name": "A", "address": 1}, {"name": "A", "address": 2}]}})",
+     "p.json: registers.more[1]: the register \"A\" is there twice"},
+    {R"({"base": "poly-12bit", "registers": {"more": [{"name": "A", "address": "0x3780"}]}})",
+     "p.json: registers.more[0]: another register lies at the address of \"A\""},
+    {R"({"base": "poly-12bit", "registers": {"more": [{"name": "A", "address": "0x3g"}]}})",
+     "p.json: registers.more[0].address: a whole number is expected"},
+    {R"({"base": "poly-12bit", "registers": {"more": [{"name": "A", "address": 1024, "addressSpace": 1}]}})",
+     "p.json: registers.more[0].address: 1024 lies outside 0 to 1023"},
+    {R"({"base": "poly-12bit",
+        "registers": {"more": [{"name": "A", "address": 1, "dataWidth": 8, "bitfields": {"B": 256}}]}})",
+     "p.json: registers.more[0].bitfields.B: 256 lies outside 1 to 255"},
+    {R"({"base": "poly-12bit", "optics": {"colourShading": []}})",
+     "p.json: optics.colourShading: at least one illuminant is needed"},
+    {R"({"base": "poly-12bit", "optics": {"colourMatrix": [1, 0, 0, 0, 1, 0, 0, 0.5, 1]}})",
+     "p.json: optics.colourMatrix: row 3 must sum to 1"},
+    {R"({"base": "poly-12bit", "eeprom": {"kind": "paper"}})",
+     "p.json: eeprom.kind: \"paper\" is none of none, serial"},
+};
+
+TEST(MalformedFiles, ProfileFaultIsNamedWithItsPlace) {
+    for (Fault const& row : kProfileFaults) {
+        TestFiles const files;
+        QString error;
+        EXPECT_FALSE(SimulatedCamera::open(files.write(QStringLiteral("p.json"), row.content), &error))
+            << row.content;
+        EXPECT_TRUE(error.startsWith(QLatin1String(row.message)))
+            << qPrintable(error) << "\nfor " << row.message;
+    }
+}
+
+TEST(MalformedFiles, UnknownProfileNamesTheKnownOnes) {
+    QString error;
+    EXPECT_FALSE(SimulatedCamera::open(QStringLiteral("nowhere"), &error));
+    EXPECT_TRUE(error.contains(QLatin1String("poly-12bit"))) << qPrintable(error);
+    EXPECT_FALSE(SimulatedCamera::open(QStringLiteral("nowhere"), nullptr));
+}
+
+// Each row replaces one text of a correct file.
+struct Replacement {
+    char const* from;
+    char const* to;
+    char const* message;
+};
+
+constexpr char kShading[] = R"({
+ "format": "shading-gains-1", "name": "m", "columns": 2, "rows": 2,
+ "illuminants": [
+  {"colour_temperature_K": 3000, "red": [1, 2, 3, 4], "green": [1, 2, 3, 4], "blue": [1, 2, 3, 4]},
+  {"colour_temperature_K": 5000, "red": [5, 2, 3, 4], "green": [1, 2, 3, 4], "blue": [1, 2, 3, 4]}
+ ]
+})";
+
+constexpr Replacement kShadingFaults[] = {
+    {"]\n}", "]", "m.json: line 6: "},
+    {"shading-gains-1", "shading-gains-2", "m.json: format: \"shading-gains-1\" is expected"},
+    {"\"format\": \"shading-gains-1\", ", "", "m.json: the key \"format\" is missing"},
+    {"\"columns\": 2", "\"columns\": 1", "m.json: columns: 1 lies outside 2 to 1024"},
+    {"\"rows\": 2", "\"rows\": 3", "m.json: illuminants[0].red: 6 values are expected, not 4"},
+    {"\"red\": [5, ", "\"rot\": [5, ", "m.json: illuminants[1]: the key \"red\" is missing"},
+    {"\"red\": [5, ", "\"red\": [", "m.json: illuminants[1].red: 4 values are expected, not 3"},
+    {"[5, 2,", "[5, 0,", "m.json: illuminants[1].red[1]: the gain must be above 0"},
+    {"[5, 2,", "[5, -2,", "m.json: illuminants[1].red[1]: the gain must be above 0"},
+    {"[5, 2,", "[5, null,", "m.json: illuminants[1].red[1]: a number is expected"},
+    {"[5, 2,", "[5, 1e999,", "m.json: "},
+    {"5000", "3000", "m.json: illuminants[1].colour_temperature_K: the temperatures must ascend"},
+    {"3000", "0", "m.json: illuminants[0].colour_temperature_K: the temperature must be above 0"},
+};
+
+TEST(MalformedFiles, ShadingFaultIsNamedWithItsPlace) {
+    TestFiles const files;
+    Camera const camera = openQuiet();
+    QString error;
+    ASSERT_TRUE(camera->useMeasuredShading(files.write(QStringLiteral("m.json"), kShading), &error))
+        << qPrintable(error);
+    for (Replacement const& row : kShadingFaults) {
+        QByteArray const content = QByteArray(kShading).replace(row.from, row.to);
+        ASSERT_NE(content, kShading) << row.from;
+        error.clear();
+        EXPECT_FALSE(camera->useMeasuredShading(files.write(QStringLiteral("m.json"), content), &error))
+            << row.to;
+        EXPECT_TRUE(error.startsWith(QLatin1String(row.message)))
+            << qPrintable(error) << "\nfor " << row.message;
+    }
+    EXPECT_FALSE(camera->useMeasuredShading(QStringLiteral("/nowhere.json"), &error));
+    EXPECT_TRUE(error.startsWith(QLatin1String("nowhere.json: cannot be read"))) << qPrintable(error);
+}
+
+} // namespace
