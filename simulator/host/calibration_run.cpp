@@ -77,7 +77,7 @@ private:
 QString causeOf(RunResult const& run) {
     QStringList causes;
     if (run.end == RunEnd::TimedOut)
-        causes.append(QStringLiteral("The run did not end within %1 frames.").arg(run.last.frames));
+        causes.append(QStringLiteral("The run did not end in %1 frames.").arg(run.last.frames));
     for (int i = 0; i < run.last.statusTexts.size(); ++i) {
         QString const status = run.last.statusTexts[i].trimmed();
         bool const failed = status.startsWith(QLatin1String("Error")) ||

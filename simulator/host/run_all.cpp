@@ -47,6 +47,10 @@ RunResult RunDriver::runAll() {
     RunResult result;
     int unchangedTicks = 0, unchangedSince = 0;
     while (m_page.isRunning()) {
+        if (m_progress.frames + m_framesPerTick > m_maxFrames) {
+            result.end = RunEnd::TimedOut;
+            break;
+        }
         QStringList const before = m_progress.statusTexts;
         advanceOneTick();
         if (m_progress.statusTexts != before) {
@@ -55,10 +59,6 @@ RunResult RunDriver::runAll() {
         } else if (++unchangedTicks >= kStuckTicks && m_progress.frames - unchangedSince >= kStuckFrames &&
                    showsError(m_progress.statusTexts) && m_page.isRunning()) {
             result.end = RunEnd::Cancelled;
-            break;
-        }
-        if (m_progress.frames >= m_maxFrames && m_page.isRunning()) {
-            result.end = RunEnd::TimedOut;
             break;
         }
     }

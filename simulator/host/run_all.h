@@ -9,7 +9,7 @@ namespace pictara {
 enum class RunEnd {
     Finished,  ///< the dialog ended the run by itself
     Cancelled, ///< a step failed in a way that the run cannot leave; the driver cancelled it
-    TimedOut,  ///< the bound on frames was reached; the driver cancelled the run
+    TimedOut,  ///< the next tick would go beyond the bound on frames; the driver cancelled the run
 };
 
 /// Where a run stands, for whoever shows its progress.

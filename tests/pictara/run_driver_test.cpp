@@ -106,7 +106,7 @@ TEST_F(RunDriverTest, AnErrorOfAnotherStepDoesNotStopAWorkingOne) {
 }
 
 TEST_F(RunDriverTest, GivesUpAtTheBoundOnFrames) {
-    RunResult const result = run(3, 90);
+    RunResult const result = run(3, 91);
     EXPECT_EQ(result.end, RunEnd::TimedOut);
     EXPECT_EQ(result.last.frames, 90);
     EXPECT_FALSE(DialogPage::find(&dialog).isRunning());
