@@ -82,8 +82,8 @@ inline constexpr double kCountsPerByte = 16;
 
 /// Reads a profile file. A profile may name a `base`, whose file it then merely changes; the base is looked
 /// for beside the file and then among the installed profiles. The origin registers of the correction reset to
-/// the middle of the array. Empty with a message that names the fault and its place in `error` when the file is
-/// malformed.
+/// the middle of the array. Empty with a message that names the fault and its place in `error` when the file
+/// is malformed.
 [[nodiscard]] std::optional<Profile> readProfile(QString const& file, QString* error);
 
 } // namespace simulator

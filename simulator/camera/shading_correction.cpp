@@ -12,6 +12,19 @@ RegisterMap::Register const* at(RegisterMap& registers, RegisterPlace const& pla
     return registers.find(0, place.id, place.address);
 }
 
+// A row's polynomial in u: its terms are the sums over q of c(p, q) v^q.
+std::array<float, kPolynomialTerms> polynomialAt(std::array<double, kCoefficientCount> const& coefficients,
+                                                 double v) {
+    std::array<float, kPolynomialTerms> row{};
+    for (size_t p = 0; p < kPolynomialTerms; ++p) {
+        double sum = 0;
+        for (size_t q = kPolynomialTerms; q-- > 0;)
+            sum = sum * v + coefficients[kPolynomialTerms * p + q];
+        row[p] = float(sum);
+    }
+    return row;
+}
+
 } // namespace
 
 ShadingCorrection::ShadingCorrection(Profile const& profile, RegisterMap& registers)
@@ -51,23 +64,22 @@ void ShadingCorrection::computeGains() {
     m_gains.resize(m_array.pixels());
     double const halfWidth = m_array.width / 2.0;
     double const halfHeight = m_array.height / 2.0;
+    std::vector<float> u(m_array.width);
+    for (uint32_t x = 0; x < m_array.width; ++x)
+        u[x] = float((x + 0.5 - m_values[0]) / halfWidth);
+    std::array<Coefficients, kPlaneCount> coefficients{};
+    for (size_t i = 0; i < kPlaneCount * kCoefficientCount; ++i)
+        coefficients[i / kCoefficientCount][i % kCoefficientCount] =
+            fromBinary16(m_values[kOriginRegisters + i]);
+
     for (uint32_t y = 0; y < m_array.height; ++y) {
         double const v = (y + 0.5 - m_values[1]) / halfHeight;
+        float* const line = &m_gains[size_t(y) * m_array.width];
         for (uint32_t first = 0; first < 2; ++first) {
-            size_t const plane = size_t(m_array.planeAt(first, y));
-            // The row's polynomial in u: c(p) = sum over q of c(p, q) v^q.
-            std::array<float, kPolynomialTerms> row{};
-            for (size_t p = 0; p < kPolynomialTerms; ++p) {
-                double sum = 0;
-                for (size_t q = kPolynomialTerms; q-- > 0;)
-                    sum = sum * v + fromBinary16(m_values[kOriginRegisters + kCoefficientCount * plane +
-                                                          kPolynomialTerms * p + q]);
-                row[p] = float(sum);
-            }
-            float* const line = &m_gains[size_t(y) * m_array.width];
+            auto const row = polynomialAt(coefficients[size_t(m_array.planeAt(first, y))], v);
             for (uint32_t x = first; x < m_array.width; x += 2) {
-                auto const u = float((x + 0.5 - m_values[0]) / halfWidth);
-                float const gain = row[0] + u * (row[1] + u * (row[2] + u * (row[3] + u * row[4])));
+                float const gain =
+                    row[0] + u[x] * (row[1] + u[x] * (row[2] + u[x] * (row[3] + u[x] * row[4])));
                 line[x] = std::max(0.0F, gain); // a negative gain has no digital counterpart
             }
         }
