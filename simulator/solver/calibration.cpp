@@ -82,9 +82,9 @@ bool Calibration::setYcbcrImage(void const* frame, uint32_t width, uint32_t heig
     auto const sampling = ycbcrSampling(input);
     if (!sampling || input.lumaHigh <= input.lumaLow || input.chromaHigh == 0) {
         refuse(QStringLiteral("unknown YCbCr coding: luma %1 to %2, chroma span %3")
-                 .arg(input.lumaLow)
-                 .arg(input.lumaHigh)
-                 .arg(input.chromaHigh));
+                   .arg(input.lumaLow)
+                   .arg(input.lumaHigh)
+                   .arg(input.chromaHigh));
         return false;
     }
     if (!fits(width, height))

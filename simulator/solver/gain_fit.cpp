@@ -3,6 +3,7 @@
 #include "simulator/solver/binary16.h"
 
 #include <Eigen/Cholesky>
+#include <Eigen/LU>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -12,11 +13,12 @@ namespace solver {
 namespace {
 
 constexpr int kUnknowns = static_cast<int>(kPlanes) * kTerms;
-constexpr double kColourWeight = 16;   // of a squared difference between planes; luminance weighs 1
+constexpr double kColourWeight = 8;    // of a squared difference between planes; luminance weighs 1
 constexpr double kTraceWeight = 1e-6;  // of blocks beyond the radius: keeps the gain from running away there
 constexpr double kRidge = 1e-9;        // of the normal matrix's mean diagonal
-constexpr double kCentreRadius = 0.12; // relative radius of the blocks that tell the centre's colour
-constexpr int kPasses = 6;             // of reweighting
+constexpr double kCentreRadius = 0.15; // relative radius of the blocks that tell the centre's colour
+constexpr double kLuminanceShare = 0.25; // how visible an error of luminance is, beside one of colour
+constexpr int kPasses = 4;               // of reweighting
 
 using Normal = Eigen::Matrix<double, kUnknowns, kUnknowns>;
 using Unknowns = Eigen::Matrix<double, kUnknowns, 1>;
@@ -114,13 +116,42 @@ Unknowns rightSide(Design const& design, Eigen::ArrayXd const& weights) {
     return right;
 }
 
-/// Per block the largest difference of a plane from green.
-Eigen::ArrayXd colourError(Design const& design, Unknowns const& unknowns) {
+/// Mean over each block and its neighbours: what a lens leaves, without the noise.
+Eigen::ArrayXd smoothed(Eigen::ArrayXd const& errors, int columns, int rows) {
+    using Grid = Eigen::Array<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+    Eigen::Map<Grid const> const grid(errors.data(), rows, columns);
+    Grid result(rows, columns);
+    for (int row = 0; row < rows; ++row)
+        for (int column = 0; column < columns; ++column) {
+            int const top = std::max(row - 1, 0);
+            int const left = std::max(column - 1, 0);
+            int const bottom = std::min(row + 1, rows - 1);
+            int const right = std::min(column + 1, columns - 1);
+            result(row, column) = grid.block(top, left, bottom - top + 1, right - left + 1).mean();
+        }
+    return result.reshaped<Eigen::RowMajor>();
+}
+
+/// What a correction leaves, per block, and how much of that may be the image's noise.
+struct Remainder {
+    Eigen::ArrayXd luminance;
+    Eigen::ArrayXd colour; ///< largest difference of a plane from green
+    double noise = 0;      ///< of the difference of one block
+};
+
+Remainder remainder(Design const& design, Unknowns const& unknowns, BlockMeans const& means) {
     PerPlane<Eigen::ArrayXd> result;
     for (size_t k = 0; k < kPlanes; ++k)
         result[k] = design[k] * unknowns.segment<kTerms>(static_cast<Eigen::Index>(k) * kTerms);
     Eigen::ArrayXd const green = 0.5 * (result[kGreenRed] + result[kGreenBlue]);
-    return (result[kRed] - green).abs().max((result[kBlue] - green).abs());
+    Remainder left{smoothed(green - 1, means.columns, means.rows).abs(), Eigen::ArrayXd::Zero(green.size())};
+    for (Plane const plane : {kRed, kBlue}) {
+        Eigen::ArrayXd const difference = result[plane] - green;
+        Eigen::ArrayXd const smooth = smoothed(difference, means.columns, means.rows);
+        left.colour = left.colour.max(smooth.abs());
+        left.noise = std::max(left.noise, std::sqrt((difference - smooth).square().mean()));
+    }
+    return left;
 }
 
 struct Fit {
@@ -128,17 +159,17 @@ struct Fit {
     Normal normal;
 };
 
-/// Least squares, repeated with more weight where the colour is worst (Lawson's method), because the worst
-/// block is what is seen.
-Fit solve(Design const& design, Eigen::ArrayXd const& blocks) {
-    Fit fit;
+/// Least squares, repeated with more weight where the result is worst (Lawson's method), because the worst
+/// block is what is seen. Where the noise prevails the weights stay as they are.
+Fit solve(Design const& design, Eigen::ArrayXd const& blocks, BlockMeans const& means) {
     Eigen::ArrayXd weights = blocks;
+    Fit fit;
     for (int pass = 0; pass < kPasses; ++pass) {
         fit.normal = normalMatrix(design, weights);
         fit.unknowns = fit.normal.ldlt().solve(rightSide(design, weights));
-        Eigen::ArrayXd const error = colourError(design, fit.unknowns);
-        double const mean = (error * blocks).sum() / blocks.sum() + 1e-9;
-        weights *= (0.5 + 0.5 * error / mean).min(4.0);
+        Remainder const left = remainder(design, fit.unknowns, means);
+        Eigen::ArrayXd const visible = left.colour.max(kLuminanceShare * left.luminance) + left.noise + 1e-9;
+        weights *= visible / visible.mean();
         weights *= blocks.sum() / weights.sum();
     }
     return fit;
@@ -208,7 +239,7 @@ BlockMeans corrected(BlockMeans const& means, Geometry const& array, BankCoeffic
 BankCoefficients fitGains(BlockMeans const& means, std::vector<bool> const& trusted, Geometry const& array,
                           Target const& target) {
     Design const design = designOf(means, trusted, array, target);
-    Fit fit = solve(design, blockWeights(means, trusted, array, target));
+    Fit fit = solve(design, blockWeights(means, trusted, array, target), means);
     scaleToSmallestGain(fit.unknowns);
     return quantise(fit);
 }

@@ -1,0 +1,72 @@
+#include "tests/solver/sensor.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+namespace {
+
+sf_Handle* create(QByteArray const& block) {
+    return sf_Create2(block.constData(), 50, 1, 0xFFFFFFFF);
+}
+
+TEST(Layout, FaultsAreNamedWithTheirPlace) {
+    struct Row {
+        char const* from;
+        char const* to;
+        char const* fault;
+    };
+    constexpr Row kRows[] = {
+        {"sensor-layout-1", "sensor-layout-2", "first line"},
+        {"\"width\": 640", "\"width\": 6.5e9", "width is missing or out of range"},
+        {"\"height\": 360", "\"height\": 360.5", "height is not a whole number"},
+        {"\"input\": \"bayer\"", "\"input\": \"other\"", "input is none of"},
+        {"\"whiteLevel\": 4095", "\"whiteLevel\": 168", "whiteLevel is not above"},
+        {"\"sampleBytes\": 2", "\"sampleBytes\": 3", "sampleBytes"},
+        {"\"greenBlue\"", "\"green\"", "correction.banks[0].planes.greenBlue"},
+        {"\"stride\": 2", "\"stride\": 400000000", "stride leads beyond"},
+        {"\"slot\": 0", "\"slot\": 1", "slot is none of"},
+        {"\"originRow\"", "\"origin\"", "correction.originRow"},
+        {"\"banks\"", "\"bank\"", "correction.banks is not an array"},
+        {"}", "", "no JSON object"},
+    };
+    QByteArray const good = TestSensor().layout();
+    Handle const handle(create(good));
+    ASSERT_TRUE(handle);
+    for (Row const& row : kRows) {
+        SCOPED_TRACE(row.fault);
+        WarningLog const log;
+        QByteArray bad = good;
+        ASSERT_TRUE(bad.contains(row.from));
+        EXPECT_EQ(create(bad.replace(row.from, row.to)), nullptr);
+        EXPECT_TRUE(log.has(row.fault)) << log.all().constData();
+    }
+}
+
+TEST(Layout, ForeignDataIsNotReadBeyondTheFirstDifference) {
+    WarningLog const log;
+    std::unique_ptr<char[]> const foreign(new char[4]{'s', 'e', 'n', '\0'});
+    EXPECT_EQ(sf_Create2(foreign.get(), 50, 1, 0xFFFFFFFF), nullptr);
+    EXPECT_EQ(sf_Create2(nullptr, 50, 1, 0xFFFFFFFF), nullptr);
+    EXPECT_TRUE(log.has("there is no sensor data"));
+}
+
+TEST(Layout, IsFoundBesideTheLibraryByKindAndVariant) {
+    // The test program lies beside the library.
+    QDir const folder(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath() +
+                      QLatin1String("/layouts"));
+    ASSERT_TRUE(folder.mkpath(QStringLiteral(".")));
+    QFile file(folder.filePath(QStringLiteral("50123-7.layout")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(TestSensor().layout());
+    file.close();
+    Handle const handle(sf_Create(50123, 7, -1));
+    EXPECT_TRUE(handle);
+    WarningLog const log;
+    EXPECT_EQ(sf_Create(50123, 8, -1), nullptr);
+    EXPECT_TRUE(log.has("50123-8.layout"));
+    file.remove();
+}
+
+} // namespace
