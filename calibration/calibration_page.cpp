@@ -56,7 +56,8 @@ void CalibrationPage::connectWidgets() {
     };
     for (auto const& [button, slot] : buttons)
         connect(button, &QPushButton::clicked, this, slot);
-    // By name: the overload with the text is marked obsolete and the one with the index has no text to pass on.
+    // By name: the overload with the text is marked obsolete and the one with the index has no text to pass
+    // on.
     connect(w.Prom_Label, SIGNAL(currentIndexChanged(QString)), this, SLOT(OnCbnSelchangePromLabel(QString)));
     connect(w.Prom_Label, &QComboBox::editTextChanged, this, &CalibrationPage::OnCbnEditchangePromLabel);
     connect(w.GoodCU, &QLineEdit::textChanged, this, &CalibrationPage::OnEnChangeGoodcu);

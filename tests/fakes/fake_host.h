@@ -1,0 +1,37 @@
+#pragma once
+
+#include "common/host_records.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+/// A host that answers from maps and keeps a log of every call, one line a call, for example
+/// `setState Gamma 20`. Bracket calls read `begin` and `end`. One host lives at a time.
+class FakeHost {
+public:
+    FakeHost();
+    ~FakeHost();
+    FakeHost(FakeHost const&) = delete;
+    FakeHost& operator=(FakeHost const&) = delete;
+
+    [[nodiscard]] HostServices services() const;
+
+    std::vector<std::string> log;
+    std::map<std::string, int32_t> states;
+    std::map<std::string, int32_t> intSettings;
+    std::map<std::string, std::string> textSettings;
+    std::map<std::string, uint32_t> registers; ///< by "register.bitfield"
+    /// Runs inside every call, after it was logged.
+    std::function<void(std::string const& call)> onCall;
+
+    /// The log's lines that begin with `prefix`.
+    [[nodiscard]] std::vector<std::string> calls(std::string const& prefix) const;
+    /// Whether every `begin` has its `end`, and no `end` came first.
+    [[nodiscard]] bool isBalanced() const;
+    /// Logs a call that is not the host's own, for example a library's.
+    void note(std::string const& call);
+
+    [[nodiscard]] static FakeHost* current();
+};

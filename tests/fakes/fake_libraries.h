@@ -1,0 +1,44 @@
+#pragma once
+
+#include "common/libraries.h"
+
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+/// Stand-ins for both libraries that answer from plain fields and log their calls into the current
+/// `FakeHost`. Installed while it lives; one lives at a time.
+class FakeLibraries {
+public:
+    FakeLibraries();
+    ~FakeLibraries();
+    FakeLibraries(FakeLibraries const&) = delete;
+    FakeLibraries& operator=(FakeLibraries const&) = delete;
+
+    [[nodiscard]] vy_Camera* camera();
+
+    // The camera's side.
+    std::set<std::string> bitfields; ///< existing ones, by "register.bitfield"
+    bool systemOnChip = false;
+    bool hasDescription = true;
+    vy_SensorDescription description{};
+
+    // The solver's side.
+    bool createsHandle = true;
+    int inputAnswer = 1;
+    int solutionAnswer = 0;
+    int apgaAnswer = 0;
+    int fileAnswer = 0;
+    bool hasList = true;
+    sf_RegList list{};
+    std::vector<sf_RegEntry> entries = {{1, 0x3600, 7}, {0, 0x3602, 8}};
+    int handlesAlive = 0;
+
+    // What the solver was handed last.
+    sf_YcbcrInput ycbcrInput{};
+    sf_SolutionParams solution{};
+    sf_ApgaParams apga{};
+    void const* frame = nullptr;
+    std::string path;
+};

@@ -1,0 +1,150 @@
+#include "hoststate/block_statistics.h"
+#include "hoststate/uniformity.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace {
+
+struct Picture {
+    Picture(int w, int h, uint32_t colour = 0x808080)
+        : width(w), height(h), pixels(size_t(w) * size_t(h), colour) {}
+    Frame frame() { return {pixels.data(), ImageType::Rgb32, width, height, width * 4}; }
+    uint32_t& at(int x, int y) { return pixels[size_t(y) * size_t(width) + size_t(x)]; }
+
+    int width;
+    int height;
+    std::vector<uint32_t> pixels;
+};
+
+// The definition, pixel by pixel.
+double meanRed(Picture& picture, CSbl::Block const& block) {
+    double sum = 0;
+    for (int y = block.top; y < block.bottom; ++y)
+        for (int x = block.left; x < block.right; ++x)
+            sum += double((picture.at(x, y) >> 16) & 0xFF);
+    return sum / (double(block.right - block.left) * double(block.bottom - block.top));
+}
+
+TEST(BlockStatistics, GridFollowsTheAspectRatio) {
+    struct Row {
+        int width, height, columns, rows, blockWidth, blockHeight;
+    };
+    Row const rows[] = {{640, 480, 20, 15, 32, 32},   {1280, 800, 24, 16, 53, 50},
+                        {1920, 1080, 32, 18, 60, 60}, {1415, 1000, 24, 16, 58, 62},
+                        {1414, 1000, 20, 15, 70, 66}, {7, 5, 20, 15, 1, 1}};
+    for (Row const& row : rows) {
+        Picture picture(row.width, row.height);
+        CSbl statistics;
+        statistics.measure(picture.pixels.data(), row.width, row.height, row.width);
+        EXPECT_EQ(statistics.columns(), row.columns) << row.width;
+        EXPECT_EQ(statistics.rows(), row.rows) << row.width;
+        CSbl::Block const& last = statistics.block(row.rows - 1, row.columns - 1);
+        EXPECT_EQ(last.right - last.left, row.blockWidth);
+        EXPECT_EQ(last.bottom - last.top, row.blockHeight);
+        EXPECT_LE(last.right, row.width);
+        EXPECT_LE(last.bottom, row.height);
+    }
+}
+
+TEST(BlockStatistics, MeansAreExactOnNoiseAndPaddedRows) {
+    Picture picture(331, 200);
+    std::mt19937 random(1);
+    for (uint32_t& pixel : picture.pixels)
+        pixel = uint32_t(random());
+    constexpr int kWidth = 320; // the rest of each row is padding
+    CSbl statistics;
+    statistics.measure(picture.pixels.data(), kWidth, picture.height, picture.width);
+    for (int row = 0; row < statistics.rows(); ++row)
+        for (int column = 0; column < statistics.columns(); ++column)
+            EXPECT_EQ(statistics.block(row, column).red, meanRed(picture, statistics.block(row, column)));
+}
+
+TEST(BlockStatistics, WithoutPixelsItAsksForEachOne) {
+    struct Chequered : CSbl {
+        uint32_t pixelAt(int32_t x, int32_t) override { return x < 320 ? 0xFF0000 : 0x0000FF; }
+    };
+    Chequered statistics;
+    statistics.measure(nullptr, 640, 480, 0);
+    EXPECT_EQ(statistics.block(0, 0).red, 255);
+    EXPECT_EQ(statistics.block(0, 19).blue, 255);
+    EXPECT_EQ(CSbl().chartScale(1, 2), 1024U);
+}
+
+TEST(Lab, WhitePointIsTheRoundedOne) {
+    Lab const white = rgbToLab(255, 255, 255);
+    EXPECT_NEAR(white.l, 100, 1e-9);
+    EXPECT_NEAR(white.a, 500 * (std::cbrt(95.05 / 95.0) - 1), 1e-9);
+    EXPECT_NEAR(white.b, 200 * (1 - std::cbrt(108.9 / 108.9)), 1e-9);
+    EXPECT_NEAR(rgbToLab(0, 0, 0).l, 0, 1e-9);
+    EXPECT_NEAR(rgbToLab(10, 10, 10).l, 116 * (7.787 * 10 / 255 / 12.92 + 16.0 / 116) - 16, 1e-3);
+    EXPECT_NEAR(rgbToLab(255, 0, 0).a, 80.1, 0.2);
+}
+
+TEST(Uniformity, GreyIsPerfectAndMarksTheLastBlock) {
+    Picture picture(1920, 1080);
+    auto const result = measureUniformity(picture.frame(), 0);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->value, 0);
+    EXPECT_EQ(result->worstBlock, QRect(QPoint(1860, 1020), QPoint(1920, 1080)));
+}
+
+TEST(Uniformity, FindsTheTintedBlockBehindSkippedRows) {
+    Picture picture(640, 482);
+    for (int y = 2 + 64; y < 2 + 96; ++y)
+        for (int x = 96; x < 128; ++x)
+            picture.at(x, y) = 0x908080;
+    for (int x = 0; x < 640; ++x)
+        picture.at(x, 0) = picture.at(x, 1) = 0xFF00FF; // unusable rows would be the worst by far
+    auto const result = measureUniformity(picture.frame(), 2);
+    ASSERT_TRUE(result);
+    // The rectangle counts from behind the skipped rows.
+    EXPECT_EQ(result->worstBlock, QRect(QPoint(96, 64), QPoint(128, 96)));
+    Lab const grey = rgbToLab(128, 128, 128);
+    Lab const tint = rgbToLab(144, 128, 128);
+    double const distance = std::hypot(tint.a - grey.a, tint.b - grey.b) * 299 / 300;
+    EXPECT_NEAR(result->value, distance, 0.0051);
+}
+
+TEST(Uniformity, FramesThatDoNotHoldTogetherAreNotMeasuredButMissingPixelsAreGrey) {
+    Picture picture(64, 48);
+    Frame frame = picture.frame();
+    frame.pitch = 64 * 4 - 1;
+    EXPECT_FALSE(measureUniformity(frame, 0));
+    frame = picture.frame();
+    EXPECT_FALSE(measureUniformity(frame, 48));
+    frame.data = nullptr;
+    ASSERT_TRUE(measureUniformity(frame, 2));
+    EXPECT_EQ(measureUniformity(frame, 2)->value, 0);
+    // A picture told from its last row upwards.
+    frame = {picture.pixels.data() + 47 * 64, ImageType::Rgb32, 64, 48, -256};
+    ASSERT_TRUE(measureUniformity(frame, 0));
+}
+
+TEST(Ring, LiesOnePixelFurtherOutAtTopAndLeft) {
+    Picture picture(20, 16, 0);
+    paintRing(picture.frame(), QRect(QPoint(5, 4), QPoint(11, 9)), 0xDD2200);
+    for (int y = 0; y < 16; ++y) {
+        for (int x = 0; x < 20; ++x) {
+            bool const inOuter = x >= 3 && x < 13 && y >= 2 && y < 11;
+            bool const inInner = x >= 5 && x < 11 && y >= 4 && y < 9;
+            EXPECT_EQ(picture.at(x, y) == 0xDD2200, inOuter && !inInner) << x << ' ' << y;
+        }
+    }
+}
+
+TEST(Ring, StaysInsideTheFrame) {
+    Picture whole(8, 6, 0);
+    paintRing(whole.frame(), QRect(QPoint(0, 0), QPoint(8, 6)), 1);
+    EXPECT_EQ(std::count(whole.pixels.begin(), whole.pixels.end(), 1U), 0); // wholly outside
+    Picture outside(8, 6, 0); // a block of an earlier, larger frame
+    paintRing(outside.frame(), QRect(QPoint(100, 100), QPoint(120, 120)), 1);
+    paintRing(outside.frame(), QRect(QPoint(2, 100), QPoint(4, 120)), 1);
+    EXPECT_EQ(std::count(outside.pixels.begin(), outside.pixels.end(), 1U), 0);
+}
+
+} // namespace

@@ -1,0 +1,92 @@
+#include "hoststate/pipeline.h"
+
+#include "hoststate/presets.h"
+#include "tests/fakes/fake_host.h"
+#include "tests/fakes/fake_libraries.h"
+
+#include <QTemporaryDir>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace {
+
+class Pipeline : public ::testing::Test {
+protected:
+    Pipeline() {
+        fake.bitfields = {"POLY_SC_ENABLE.ENABLE"};
+        fakeHost.textSettings["IniFileName"] = ini();
+    }
+    std::string ini() const { return m_folder.filePath(QStringLiteral("host.ini")).toStdString(); }
+    void writeIni(std::string const& bytes) { std::ofstream(ini()) << bytes; }
+    Host host() const { return Host(fakeHost.services()); }
+
+    FakeHost fakeHost;
+    FakeLibraries fake;
+    Sensor sensor{fake.camera()};
+    LensCorrection correction{"POLY_SC_ENABLE", "ENABLE"};
+
+private:
+    QTemporaryDir m_folder;
+};
+
+TEST_F(Pipeline, RawSwitchesExposureOffFirstAndOnLast) {
+    setRawPipeline(host(), sensor, correction, true, false);
+    auto const sets = fakeHost.calls("setState");
+    ASSERT_EQ(sets.size(), 29U);
+    EXPECT_EQ(sets.front(), "setState Auto Exposure 0");
+    EXPECT_EQ(sets[4], "setState Gamma 20");
+    EXPECT_EQ(sets[26], "setState Lens Sim Enable Poly 0");
+    EXPECT_EQ(sets[27], "setState Auto Exposure 1");
+    EXPECT_EQ(sets[28], "setState White Balance 0");
+    EXPECT_EQ(fakeHost.calls("setState Relative"), std::vector<std::string>{});
+    // The correction is switched off inside the same bracket.
+    std::vector<std::string> const tail(fakeHost.log.end() - 5, fakeHost.log.end());
+    EXPECT_EQ(tail, (std::vector<std::string>{"existsBitfield POLY_SC_ENABLE ENABLE", "begin",
+                                              "writeRegister POLY_SC_ENABLE ENABLE 0", "end", "end"}));
+}
+
+TEST_F(Pipeline, RawResetsTheGainsBetweenTheListAndTheSecondExposureWrite) {
+    setRawPipeline(host(), sensor, correction, false, true);
+    auto const sets = fakeHost.calls("setState");
+    ASSERT_EQ(sets.size(), 31U);
+    EXPECT_EQ(sets[27], "setState Relative Red Gain 1000");
+    EXPECT_EQ(sets[28], "setState Relative Blue Gain 1000");
+    EXPECT_EQ(sets[29], "setState Auto Exposure 0");
+}
+
+TEST_F(Pipeline, VerifyUsesNoBracketAndAppliesItsPresetBeforeTheCorrection) {
+    writeIni("[Hidden: Lens Calibration Verify]\n");
+    setVerifyPipeline(host(), sensor, correction);
+    EXPECT_EQ(fakeHost.calls("setState").size(), 14U);
+    EXPECT_EQ(fakeHost.log[3], "setState Gamma 9");
+    EXPECT_EQ(fakeHost.log[14], "readText IniFileName");
+    EXPECT_EQ(fakeHost.log[16], "applyPreset 0 Hidden: Lens Calibration Verify");
+    EXPECT_EQ(fakeHost.calls("begin").size(), 1U);
+    EXPECT_EQ(fakeHost.calls("writeRegister").back(), "writeRegister POLY_SC_ENABLE ENABLE 1");
+}
+
+TEST_F(Pipeline, PresetsAreTriedInOrderUnderTheirPrefixes) {
+    struct Row {
+        char const* ini;
+        char const* setup;
+        char const* verify;
+    };
+    Row const rows[] = {
+        {"[Toolbar: Lens Calibration Setup]\n[Toolbar: Lens Calibration Verify]\n",
+         "Toolbar: Lens Calibration Setup", nullptr},
+        {"[toolbar: lens calibration setup]\n[HIDDEN: Lens Calibration Setup]\n",
+         "Hidden: Lens Calibration Setup", nullptr},
+        {"[ lens calibration setup ]\n[Hidden: Lens Calibration Setup]\n[Lens Calibration Verify]\n",
+         "Lens Calibration Setup", "Lens Calibration Verify"},
+        {"", nullptr, nullptr},
+    };
+    for (Row const& row : rows) {
+        writeIni(row.ini);
+        EXPECT_STREQ(findPreset(host(), kSetupPreset), row.setup) << row.ini;
+        EXPECT_STREQ(findPreset(host(), kVerifyPreset), row.verify) << row.ini;
+    }
+    fakeHost.textSettings.clear();
+    EXPECT_FALSE(presetExists(host(), "Lens Calibration Setup"));
+}
+
+} // namespace
