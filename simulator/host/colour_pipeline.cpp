@@ -18,7 +18,7 @@ ToneCurve::ToneCurve(ColourSettings const& settings) {
 
 uint8_t ToneCurve::operator()(float light) const {
     // In this order a light that is not a number shows as black.
-    float const step = std::min(std::max(light * float(kSteps) + 0.5F, 0.0F), float(kSteps));
+    float const step = std::min(std::max(0.0F, light * float(kSteps) + 0.5F), float(kSteps));
     return m_values[size_t(int(step))];
 }
 
