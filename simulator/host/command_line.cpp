@@ -1,0 +1,147 @@
+#include "simulator/host/command_line.h"
+
+#include <QCommandLineParser>
+#include <cmath>
+#include <limits>
+
+namespace pictara {
+namespace {
+
+struct OptionRow {
+    char const* name;
+    char const* valueName; // null: a switch
+    char const* help;
+};
+
+constexpr OptionRow kOptions[] = {
+    {"profile", "NAME|FILE", "The simulated sensor (default poly-12bit)."},
+    {"list-profiles", nullptr, "List the simulated sensors and end."},
+    {"run-all", nullptr, "Calibrate without a window and end with a summary."},
+    {"shading", "FILE", "Put a measured lens before the sensor."},
+    {"light", "KELVIN", "Colour temperature of the lamp, 2000 to 12000 (default 5000)."},
+    {"level", "FACTOR", "Luminance relative to the lamp's normal level (default 1)."},
+    {"gradient", "X", "Relative rise of the luminance from left to right, -1 to 1 (default 0)."},
+    {"object", nullptr, "Put a dark disc into the picture."},
+    {"seed", "N", "Seed of the camera's noise (default 1)."},
+    {"falloff", "PERCENT", "Luminance that the corners may keep (default: the dialog's setting)."},
+    {"output", "DIR", "Folder for the results, created when needed (default pictara-output)."},
+    {"ini", "FILE", "The host's ini file with its presets (default: the one beside the program)."},
+    {"settings", "FILE", "The settings store (default settings.ini in the output folder)."},
+    {"plugin", "FILE", "The plug-in (default KestraMfr beside the program)."},
+    {"frames-per-tick", "N", "Frames between two ticks of the page in a run, 1 to 100 (default 3)."},
+    {"max-frames", "N", "Frames after which a run is given up (default 2000)."},
+};
+
+// Reads values and remembers the first that is wrong.
+class ValueReader {
+public:
+    explicit ValueReader(QCommandLineParser const& parser) : m_parser(parser) {}
+
+    void text(char const* name, QString& value) {
+        if (!isSet(name))
+            return;
+        value = raw(name);
+        if (value.isEmpty())
+            reject(name, QStringLiteral("a name that is not empty"));
+    }
+
+    void number(char const* name, double low, double high, double& value) {
+        if (!isSet(name))
+            return;
+        bool ok = false;
+        double const read = raw(name).toDouble(&ok);
+        if (ok && std::isfinite(read) && read >= low && read <= high)
+            value = read;
+        else
+            reject(name, QStringLiteral("a number from %1 to %2").arg(low).arg(high));
+    }
+
+    void integer(char const* name, int low, int high, int& value) {
+        if (!isSet(name))
+            return;
+        bool ok = false;
+        int const read = raw(name).toInt(&ok);
+        if (ok && read >= low && read <= high)
+            value = read;
+        else
+            reject(name, QStringLiteral("a whole number from %1 to %2").arg(low).arg(high));
+    }
+
+    void seed(char const* name, uint64_t& value) {
+        if (!isSet(name))
+            return;
+        bool ok = false;
+        value = raw(name).toULongLong(&ok);
+        if (!ok)
+            reject(name, QStringLiteral("a whole number that is not negative"));
+    }
+
+    [[nodiscard]] bool isSet(char const* name) const { return m_parser.isSet(QString::fromLatin1(name)); }
+    [[nodiscard]] QString const& error() const { return m_error; }
+
+private:
+    [[nodiscard]] QString raw(char const* name) const { return m_parser.value(QString::fromLatin1(name)); }
+
+    void reject(char const* name, QString const& expected) {
+        if (m_error.isEmpty())
+            m_error = QStringLiteral("--%1 takes %2, not \"%3\".")
+                          .arg(QString::fromLatin1(name), expected, raw(name));
+    }
+
+    QCommandLineParser const& m_parser;
+    QString m_error;
+};
+
+CommandLine usageError(QString const& what) {
+    return {std::nullopt,
+            QStringLiteral("pictara-sim: %1\nTry \"pictara-sim --help\".\n").arg(what.trimmed()), kExitUsage};
+}
+
+Options readOptions(ValueReader& reader) {
+    Options options;
+    options.listProfiles = reader.isSet("list-profiles");
+    options.runAll = reader.isSet("run-all");
+    options.objectInPicture = reader.isSet("object");
+    reader.text("profile", options.profile);
+    reader.text("shading", options.shadingFile);
+    reader.text("output", options.outputFolder);
+    reader.text("ini", options.iniFile);
+    reader.text("settings", options.settingsFile);
+    reader.text("plugin", options.pluginFile);
+    reader.number("light", 2000, 12000, options.lightKelvin);
+    reader.number("level", 0.001, 1000, options.lightLevel);
+    reader.number("gradient", -1, 1, options.lightGradient);
+    reader.seed("seed", options.seed);
+    reader.integer("frames-per-tick", 1, 100, options.framesPerTick);
+    reader.integer("max-frames", 1, std::numeric_limits<int>::max(), options.maxFrames);
+    if (reader.isSet("falloff"))
+        reader.integer("falloff", 50, 125, options.falloffPercent.emplace(0));
+    return options;
+}
+
+} // namespace
+
+CommandLine parseCommandLine(QStringList const& arguments) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Runs the lens-shading calibration dialog on a simulated camera."));
+    parser.addHelpOption();
+    for (OptionRow const& row : kOptions)
+        parser.addOption({QString::fromLatin1(row.name), QString::fromLatin1(row.help),
+                          QString::fromLatin1(row.valueName ? row.valueName : "")});
+    if (!parser.parse(arguments))
+        return usageError(parser.errorText());
+    if (parser.isSet(QStringLiteral("help")))
+        return {std::nullopt, parser.helpText(), kExitDone};
+    if (!parser.positionalArguments().isEmpty())
+        return usageError(
+            QStringLiteral("\"%1\" is not an option.").arg(parser.positionalArguments().first()));
+
+    ValueReader reader(parser);
+    Options const options = readOptions(reader);
+    if (!reader.error().isEmpty())
+        return usageError(reader.error());
+    return {options, {}, kExitDone};
+}
+
+} // namespace pictara

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <cstdint>
+#include <optional>
+
+namespace pictara {
+
+/// Exit codes of the program.
+enum ExitCode : int {
+    kExitDone = 0,
+    kExitNotCalibrated = 1, ///< a step failed, or did not show that it is done
+    kExitUsage = 2,         ///< bad command line, or a file that is missing or malformed
+    kExitTimeout = 3,       ///< the calibration did not end within the bound on frames
+};
+
+/// What the user asked for. File names are as typed; empty ones stand for the defaults told in the help.
+struct Options {
+    QString profile = QStringLiteral("poly-12bit");
+    bool listProfiles = false;
+    bool runAll = false;
+    QString shadingFile;
+    double lightKelvin = 5000;
+    double lightLevel = 1;
+    double lightGradient = 0;
+    bool objectInPicture = false;
+    uint64_t seed = 1;
+    std::optional<int> falloffPercent; ///< none: the page's own setting
+    QString outputFolder = QStringLiteral("pictara-output");
+    QString iniFile;
+    QString settingsFile;
+    QString pluginFile;
+    int framesPerTick = 3;
+    int maxFrames = 2000;
+};
+
+/// The options, or, when there is nothing to run, a text for the user and the exit code.
+struct CommandLine {
+    std::optional<Options> options;
+    QString text;
+    int exitCode = kExitDone;
+};
+
+/// Reads the arguments, the first of which is the program's name. A core application must exist.
+[[nodiscard]] CommandLine parseCommandLine(QStringList const& arguments);
+
+} // namespace pictara

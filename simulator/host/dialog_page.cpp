@@ -1,0 +1,102 @@
+#include "simulator/host/dialog_page.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTimer>
+
+namespace pictara {
+namespace {
+
+constexpr char kRunAll[] = "Run_All";
+constexpr char kIdleText[] = "Run All Steps";
+
+} // namespace
+
+DialogPage DialogPage::find(QWidget* dialog) {
+    DialogPage result;
+    auto const* const button = dialog ? dialog->findChild<QAbstractButton*>(QLatin1String(kRunAll)) : nullptr;
+    // The button may stand in a frame of the page; the page is what has the tick.
+    for (QWidget* widget = button ? button->parentWidget() : nullptr; widget; widget = widget->parentWidget())
+        if (widget->metaObject()->indexOfSlot("start()") >= 0) {
+            result.m_page = widget;
+            break;
+        }
+    return result;
+}
+
+template <typename Widget>
+Widget* DialogPage::widget(char const* name) const {
+    return m_page ? m_page->findChild<Widget*>(QLatin1String(name)) : nullptr;
+}
+
+QString DialogPage::text(char const* name) const {
+    if (auto const* const label = widget<QLabel>(name))
+        return label->text();
+    auto const* const button = widget<QAbstractButton>(name);
+    return button ? button->text() : QString();
+}
+
+QStringList DialogPage::statusTexts() const {
+    QStringList texts;
+    for (StepWidgets const& step : kSteps)
+        texts.append(text(step.status));
+    return texts;
+}
+
+bool DialogPage::isChecked(char const* name) const {
+    auto const* const button = widget<QAbstractButton>(name);
+    return button && button->isChecked();
+}
+
+bool DialogPage::press(char const* name) {
+    auto* const button = widget<QAbstractButton>(name);
+    if (!button || !button->isEnabled())
+        return false;
+    button->click();
+    return true;
+}
+
+bool DialogPage::type(char const* name, QString const& text) {
+    auto* const edit = widget<QLineEdit>(name);
+    if (!edit || !edit->isEnabled())
+        return false;
+    edit->setText(text);
+    return true;
+}
+
+bool DialogPage::choose(char const* name, QString const& text) {
+    auto* const box = widget<QComboBox>(name);
+    int const index = box ? box->findText(text) : -1;
+    if (index < 0 || !box->isEnabled())
+        return false;
+    box->setCurrentIndex(index);
+    return true;
+}
+
+QStringList DialogPage::choices(char const* name) const {
+    QStringList texts;
+    auto const* const box = widget<QComboBox>(name);
+    for (int i = 0; box && i < box->count(); ++i)
+        texts.append(box->itemText(i));
+    return texts;
+}
+
+void DialogPage::stopTimer() {
+    if (!m_page)
+        return;
+    for (auto* const timer : m_page->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly))
+        timer->stop();
+}
+
+void DialogPage::tick() {
+    if (m_page)
+        QMetaObject::invokeMethod(m_page, "start", Qt::DirectConnection);
+}
+
+bool DialogPage::isRunning() const {
+    return m_page && text(kRunAll) != QLatin1String(kIdleText);
+}
+
+} // namespace pictara

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QList>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+#include <QWidget>
+
+namespace pictara {
+
+/// A calibration step as the dialog shows it: its status label and the button that stands for it.
+struct StepWidgets {
+    char const* status;
+    char const* button;
+};
+
+/// Indexes into kSteps.
+enum Step : int { kSetup, kExposure, kColourBalance, kCalibration, kUniformity, kFileSave, kEepromSave };
+
+inline constexpr StepWidgets kSteps[] = {
+    {"SETUP_Status", "LensCalibSetup"},
+    {"AE_Status", "AE"},
+    {"AWB_Status", "AWB"},
+    {"Calibrate_Status", "Calibrate"},
+    {"CU_Status", "ColorUniformity"},
+    {"File_Save_Status", "File_Save"},
+    {"Prom_Save_Status", "Prom_Save"},
+};
+
+/// The calibration page as a person sees it: texts are read and controls are worked by their object names.
+/// A widget that is missing has an empty text and cannot be worked.
+class DialogPage {
+public:
+    /// The widget inside of `dialog` that holds the Run All button; empty when there is none.
+    [[nodiscard]] static DialogPage find(QWidget* dialog);
+    [[nodiscard]] explicit operator bool() const { return !m_page.isNull(); }
+
+    /// Text of a label or button.
+    [[nodiscard]] QString text(char const* name) const;
+    /// The texts of all steps, in the order of kSteps.
+    [[nodiscard]] QStringList statusTexts() const;
+    [[nodiscard]] bool isChecked(char const* button) const;
+    /// Clicks a button; false when it cannot be clicked now.
+    bool press(char const* button);
+    /// Replaces the text of a line edit.
+    bool type(char const* lineEdit, QString const& text);
+    /// Chooses the entry of that text; false when there is none.
+    bool choose(char const* comboBox, QString const& text);
+    [[nodiscard]] QStringList choices(char const* comboBox) const;
+
+    /// Keeps the page's own timer from ticking, so that only `tick()` does.
+    void stopTimer();
+    void tick();
+
+    /// True while Run All works.
+    [[nodiscard]] bool isRunning() const;
+
+private:
+    template <typename Widget>
+    [[nodiscard]] Widget* widget(char const* name) const;
+
+    QPointer<QWidget> m_page;
+};
+
+} // namespace pictara

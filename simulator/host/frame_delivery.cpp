@@ -1,0 +1,50 @@
+#include "simulator/host/frame_delivery.h"
+
+#include "simulator/host/exposure_loop.h"
+
+namespace pictara {
+namespace {
+
+constexpr char kExposureRegister[] = "COARSE_INTEGRATION_TIME";
+
+} // namespace
+
+FrameDelivery::FrameDelivery(simulator::SimulatedCamera& camera, StateVariables const& states,
+                             SensorRegisters& registers, PluginLibrary const& plugin)
+    : m_camera(camera), m_states(states), m_registers(registers), m_plugin(plugin),
+      m_pipeline(camera.description()) {}
+
+void FrameDelivery::deliverNext() {
+    m_frame = m_camera.grab();
+    if (m_states.read("Auto Exposure") == 1)
+        stepExposure();
+    if (!m_camera.description().calibratesFromRgb)
+        m_plugin.imageData(m_frame.pixels.constData(), uint32_t(m_frame.type), m_frame.width, m_frame.height,
+                           m_frame.pitch);
+    m_settings = colourSettings(m_states);
+    m_pipeline.render(m_frame, m_settings, m_picture);
+    if (!m_picture.isNull())
+        m_plugin.rgbImageData(m_picture.bits(), uint32_t(m_picture.width()), m_picture.height(),
+                              m_picture.bytesPerLine());
+}
+
+QImage FrameDelivery::unmarkedPicture() {
+    QImage picture;
+    m_pipeline.render(m_frame, m_settings, picture);
+    return picture;
+}
+
+BlockReport FrameDelivery::blocks() const {
+    return measureBlocks(m_frame, m_camera.description(), m_settings);
+}
+
+void FrameDelivery::stepExposure() {
+    CentreZone const centre =
+        measureCentre(m_frame, m_camera.description(), m_states.read("Auto Exposure Inner Zone"));
+    uint32_t const present = m_registers.read(kExposureRegister, "");
+    uint32_t const next = nextExposure(present, centre, m_states.read("Auto Exposure Target") / 100.0);
+    if (next != present)
+        m_registers.write(kExposureRegister, "", next);
+}
+
+} // namespace pictara

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "simulator/host/block_report.h"
+#include "simulator/host/colour_pipeline.h"
+#include "simulator/host/plugin_library.h"
+#include "simulator/host/sensor_registers.h"
+
+namespace pictara {
+
+/// The host's display loop, one frame a call: the camera exposes, the exposure loop steps, the plug-in sees
+/// the raw frame and then the picture that is displayed.
+class FrameDelivery {
+public:
+    /// What is handed in outlives this object.
+    FrameDelivery(simulator::SimulatedCamera& camera, StateVariables const& states,
+                  SensorRegisters& registers, PluginLibrary const& plugin);
+
+    void deliverNext();
+    /// The picture of the last frame, with what the plug-in painted into it.
+    [[nodiscard]] QImage const& picture() const { return m_picture; }
+    /// The picture of the last frame without it.
+    [[nodiscard]] QImage unmarkedPicture();
+    /// The block statistics of the last frame.
+    [[nodiscard]] BlockReport blocks() const;
+
+private:
+    void stepExposure();
+
+    simulator::SimulatedCamera& m_camera;
+    StateVariables const& m_states;
+    SensorRegisters& m_registers;
+    PluginLibrary const& m_plugin;
+    ColourPipeline m_pipeline;
+    simulator::Frame m_frame;
+    ColourSettings m_settings;
+    QImage m_picture;
+};
+
+} // namespace pictara

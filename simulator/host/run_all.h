@@ -1,0 +1,59 @@
+#pragma once
+
+#include "simulator/host/dialog_page.h"
+
+#include <functional>
+
+namespace pictara {
+
+enum class RunEnd {
+    Finished,  ///< the dialog ended the run by itself
+    Cancelled, ///< a step failed in a way that the run cannot leave; the driver cancelled it
+    TimedOut,  ///< the next tick would go beyond the bound on frames; the driver cancelled the run
+};
+
+/// Where a run stands, for whoever shows its progress.
+struct RunProgress {
+    int frames = 0;
+    int ticks = 0;
+    QStringList statusTexts; ///< of all steps, in the order of kSteps
+};
+
+struct RunResult {
+    RunEnd end = RunEnd::Finished;
+    RunProgress last; ///< as the run left the dialog
+};
+
+/// Drives the dialog as a person would who watches the picture: frames are delivered, and after every few of
+/// them the page ticks. It reads no clock, so that equal runs are equal frame by frame.
+class RunDriver {
+public:
+    /// `deliverFrame` hands the next frame to the plug-in.
+    RunDriver(DialogPage const& page, std::function<void()> deliverFrame, int framesPerTick, int maxFrames);
+
+    /// Called after each tick.
+    void onProgress(std::function<void(RunProgress const&)> observer) { m_observer = std::move(observer); }
+
+    /// Presses Run All and sees it through.
+    RunResult runAll();
+    /// Delivers frames until the uniformity step shows a figure; false when it does not within its bound.
+    bool awaitUniformity(double* figure);
+
+private:
+    void advanceOneTick();
+
+    DialogPage m_page;
+    std::function<void()> m_deliverFrame;
+    std::function<void(RunProgress const&)> m_observer = [](RunProgress const&) {};
+    int m_framesPerTick;
+    int m_maxFrames;
+    RunProgress m_progress;
+};
+
+/// The number that a uniformity status shows; false when it shows none.
+[[nodiscard]] bool shownUniformity(QString const& status, double* figure);
+
+/// True when every step shows that it is done; a headboard may be without an EEPROM.
+[[nodiscard]] bool allStepsDone(QStringList const& statusTexts);
+
+} // namespace pictara

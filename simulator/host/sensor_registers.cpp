@@ -1,0 +1,65 @@
+#include "simulator/host/sensor_registers.h"
+
+#include <bit>
+#include <utility>
+
+namespace pictara {
+
+SensorRegisters::SensorRegisters(vy_Camera* camera, std::function<void()> changed)
+    : m_camera(camera), m_changed(std::move(changed)) {}
+
+uint32_t SensorRegisters::read(char const* reg, char const* bitfield) const {
+    uint32_t value = 0;
+    return vy_ReadSensorRegStr(m_camera, reg, bitfield, &value) == 0 ? value : 0;
+}
+
+bool SensorRegisters::write(char const* reg, char const* bitfield, uint32_t value) {
+    return written(vy_WriteSensorRegStr(m_camera, reg, bitfield, value));
+}
+
+bool SensorRegisters::writeAt(uint32_t addressSpace, uint32_t id, uint32_t address, uint32_t value) {
+    vy_RegisterDescription const* const reg = vy_FindRegisterAddr(m_camera, address, addressSpace, id);
+    return reg && written(vy_WriteSensorReg(m_camera, reg, value));
+}
+
+bool SensorRegisters::writeBitsAt(uint32_t id, uint32_t address, uint32_t mask, uint32_t value) {
+    vy_RegisterDescription const* const reg = vy_FindRegisterAddr(m_camera, address, 0, id);
+    uint32_t present = 0;
+    if (!reg || mask == 0 || vy_ReadSensorReg(m_camera, reg, &present) != 0)
+        return false;
+    uint32_t const bits = (value << std::countr_zero(mask)) & mask;
+    return written(vy_WriteSensorReg(m_camera, reg, (present & ~mask) | bits));
+}
+
+uint32_t SensorRegisters::readBusByte(uint32_t device, uint32_t address) const {
+    uint32_t word = 0;
+    return vy_readRegisters(m_camera, device, address, 1, &word) == 0 ? word & 0xFF : 0;
+}
+
+bool SensorRegisters::writeBusByte(uint32_t device, uint32_t address, uint32_t value) {
+    uint32_t const word = value & 0xFF;
+    return vy_writeRegisters(m_camera, device, address, 1, &word) == 0;
+}
+
+void SensorRegisters::beginChanges() {
+    ++m_depth;
+}
+
+void SensorRegisters::endChanges() {
+    if (m_depth == 0 || --m_depth > 0)
+        return;
+    if (std::exchange(m_pending, false))
+        m_changed();
+}
+
+bool SensorRegisters::written(int status) {
+    if (status != 0)
+        return false;
+    if (m_depth > 0)
+        m_pending = true;
+    else
+        m_changed();
+    return true;
+}
+
+} // namespace pictara

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "common/host_records.h"
+#include "simulator/host/sensor_registers.h"
+#include "simulator/host/settings_store.h"
+#include "simulator/host/state_variables.h"
+
+#include <QString>
+#include <array>
+
+namespace pictara {
+
+/// Serves the plug-in: the table of service functions and what they act on. The functions have no context
+/// pointer, so one desk at a time is open; without one they do nothing and answer 0, the default or an empty
+/// text.
+class ServiceDesk {
+public:
+    /// What is handed in outlives the desk. `iniFile` is what the setting "IniFileName" answers.
+    ServiceDesk(StateVariables& states, SettingsStore& settings, SensorRegisters& registers,
+                QString const& iniFile);
+    ~ServiceDesk();
+    ServiceDesk(ServiceDesk const&) = delete;
+    ServiceDesk& operator=(ServiceDesk const&) = delete;
+
+    [[nodiscard]] static HostServices const& table();
+
+    /// Register-list entries that reached the sensor.
+    [[nodiscard]] uint64_t listEntriesWritten() const { return m_listEntriesWritten; }
+    /// Calls of the slots that this host has no use for, by slot.
+    [[nodiscard]] std::array<uint32_t, 33> const& ignoredCalls() const { return m_ignoredCalls; }
+
+private:
+    friend struct ServiceFunctions;
+
+    StateVariables& m_states;
+    SettingsStore& m_settings;
+    SensorRegisters& m_registers;
+    QString const m_iniFile;
+    std::map<QByteArray, QByteArray> m_options;
+    uint64_t m_listEntriesWritten = 0;
+    std::array<uint32_t, 33> m_ignoredCalls{};
+};
+
+} // namespace pictara

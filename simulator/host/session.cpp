@@ -1,0 +1,99 @@
+#include "simulator/host/session.h"
+
+#include <QCoreApplication>
+#include <QDialog>
+#include <QDir>
+#include <QFile>
+
+namespace pictara {
+namespace {
+
+// The plug-in reads text settings into a buffer of this size, the closing zero included.
+constexpr int kTextSettingSize = 260;
+
+std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, QString* error) {
+    auto camera = simulator::SimulatedCamera::open(options.profile, error);
+    if (!camera)
+        return nullptr;
+    camera->setLight(
+        {options.lightKelvin, options.lightLevel, options.lightGradient, options.objectInPicture});
+    camera->setSeed(options.seed);
+    if (!options.shadingFile.isEmpty() && !camera->useMeasuredShading(options.shadingFile, error))
+        return nullptr;
+    return camera;
+}
+
+// The absolute name of a readable ini file, or an empty one with a message.
+QString checkedIniFile(Options const& options, QString* error) {
+    QString const given =
+        options.iniFile.isEmpty() ? QCoreApplication::applicationDirPath() + "/pictara.ini" : options.iniFile;
+    QString const file = QFileInfo(given).absoluteFilePath();
+    if (QFile probe(file); !QFileInfo(file).isFile() || !probe.open(QIODevice::ReadOnly))
+        *error = QStringLiteral("The ini file %1 cannot be read.").arg(file);
+    else if (QFile::encodeName(file).size() >= kTextSettingSize)
+        *error = QStringLiteral("The name of the ini file is too long for a plug-in: %1").arg(file);
+    else
+        return file;
+    return {};
+}
+
+QString createdFolder(QString const& name, QString* error) {
+    QString const folder = QDir(name).absolutePath();
+    if (QDir().mkpath(folder) && QFileInfo(folder).isWritable())
+        return folder;
+    *error = QStringLiteral("The folder %1 cannot be created or written to.").arg(folder);
+    return {};
+}
+
+} // namespace
+
+std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
+    auto camera = openCamera(options, error);
+    QString const iniFile = camera ? checkedIniFile(options, error) : QString();
+    QString const folder = iniFile.isEmpty() ? QString() : createdFolder(options.outputFolder, error);
+    if (folder.isEmpty())
+        return nullptr;
+    QString const settings = options.settingsFile.isEmpty() ? folder + "/settings.ini" : options.settingsFile;
+    std::unique_ptr<Session> session(new Session(std::move(camera), folder, iniFile, settings));
+    if (!session->m_settings.isOnDisk()) {
+        *error = QStringLiteral("The settings file %1 cannot be read.").arg(settings);
+        return nullptr;
+    }
+    if (!session->m_plugin.load(options.pluginFile, error))
+        return nullptr;
+    return session;
+}
+
+Session::Session(std::unique_ptr<simulator::SimulatedCamera> camera, QString const& outputFolder,
+                 QString const& iniFile, QString const& settingsFile)
+    : m_camera(std::move(camera)), m_outputFolder(outputFolder), m_states(m_camera->description()),
+      m_settings(settingsFile), m_registers(m_camera->handle(), [this] { m_plugin.registerChanged(); }),
+      m_desk(m_states, m_settings, m_registers, iniFile),
+      m_frames(*m_camera, m_states, m_registers, m_plugin) {
+    simulator::CameraDescription const& description = m_camera->description();
+    m_sensor.name = description.sensorName.constData();
+    m_sensor.sensorKind = description.sensorKind;
+    m_sensor.variant = description.variant;
+    m_sensor.fileNamePart = description.fileNamePart.constData();
+    m_sensor.camera = m_camera->handle();
+}
+
+Session::~Session() {
+    // Unloading calls the services, which stand on members that would otherwise go first.
+    closePlugin();
+}
+
+QDialog* Session::openDialog(QWidget* parent, QString* error) {
+    QDialog* const dialog = m_plugin.openDialog(parent, m_sensor, ServiceDesk::table());
+    if (!dialog)
+        *error = QStringLiteral("The plug-in opens no dialog for this sensor: its kind is not supported, or "
+                                "the ini file has no section [Lens Calibration Setup].");
+    return dialog;
+}
+
+void Session::closePlugin() {
+    m_plugin.closeDialog();
+    m_plugin.unload();
+}
+
+} // namespace pictara

@@ -1,0 +1,58 @@
+#include "simulator/host/command_line.h"
+
+#include <gtest/gtest.h>
+
+namespace pictara {
+namespace {
+
+CommandLine parsed(QStringList arguments) {
+    arguments.prepend(QStringLiteral("pictara-sim"));
+    return parseCommandLine(arguments);
+}
+
+TEST(CommandLine, NamesTheOptionThatIsWrong) {
+    struct {
+        QStringList arguments;
+        char const* named;
+    } const rows[] = {
+        {{"--light", "1999"}, "--light"},
+        {{"--light", "warm"}, "--light"},
+        {{"--light", "nan"}, "--light"},
+        {{"--level", "0"}, "--level"},
+        {{"--gradient", "1.5"}, "--gradient"},
+        {{"--seed", "-1"}, "--seed"},
+        {{"--falloff", "95%"}, "--falloff"},
+        {{"--frames-per-tick", "0"}, "--frames-per-tick"},
+        {{"--max-frames", "2.5"}, "--max-frames"},
+        {{"--output", ""}, "--output"},
+        {{"--colour"}, "colour"},
+        {{"poly-12bit"}, "poly-12bit"},
+        {{"--profile"}, "profile"},
+    };
+    for (auto const& row : rows) {
+        CommandLine const result = parsed(row.arguments);
+        EXPECT_FALSE(result.options) << row.named;
+        EXPECT_EQ(result.exitCode, kExitUsage) << row.named;
+        EXPECT_TRUE(result.text.contains(QLatin1String(row.named))) << result.text.toStdString();
+    }
+}
+
+TEST(CommandLine, ReadsEveryValue) {
+    CommandLine const result = parsed({"--profile", "soc", "--run-all", "--light", "2856.5", "--level", "0.5",
+                                       "--gradient", "-0.25", "--object", "--seed", "18446744073709551615",
+                                       "--falloff", "100", "--frames-per-tick", "1", "--max-frames", "99"});
+    ASSERT_TRUE(result.options) << result.text.toStdString();
+    Options const& options = *result.options;
+    EXPECT_EQ(options.profile, QStringLiteral("soc"));
+    EXPECT_TRUE(options.runAll && options.objectInPicture && !options.listProfiles);
+    EXPECT_EQ(options.lightKelvin, 2856.5);
+    EXPECT_EQ(options.lightLevel, 0.5);
+    EXPECT_EQ(options.lightGradient, -0.25);
+    EXPECT_EQ(options.seed, 18446744073709551615U);
+    EXPECT_EQ(options.falloffPercent, 100);
+    EXPECT_EQ(options.framesPerTick, 1);
+    EXPECT_EQ(options.maxFrames, 99);
+}
+
+} // namespace
+} // namespace pictara

@@ -1,0 +1,91 @@
+#include "simulator/host/preset_file.h"
+#include "tests/pictara/fake_sensor.h"
+#include "tests/pictara/test_frames.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace pictara {
+namespace {
+
+constexpr char kIni[] = "[Other]\n"
+                        "STATE = Gamma, 1\n"
+                        "[ lens calibration SETUP ]\r\n"
+                        "#TOOLTIP = STATE = Gamma, 2\n"
+                        "; STATE = Gamma, 3\n"
+                        "// STATE = Gamma, 4\n"
+                        "STATE = Gamma, 20\r\n"
+                        "  state =  Black Offset ,  -7  \n"
+                        "REG = 0, 0x3600, 0x3C00 // first coefficient\n"
+                        "REG = 1, 13824, 77\n"
+                        "REG = ANALOG_GAIN, 32\n"
+                        "BITFIELD = POLY_SC_ENABLE, ENABLE, 1\n"
+                        "BITFIELD = 0, 0x3602, 0x0FF0, 0xAB\n"
+                        "VAR = 3, 0x21, 9\n"
+                        "REG = 0, 0xFFFF, 1\n"
+                        "REG = 0, 0x3600\n"
+                        "REG = 0, 0x3600, many\n"
+                        "LOAD = Other\n"
+                        "nonsense\n"
+                        "STATE = Contrast, 21";
+
+struct PresetTest : testing::Test {
+    PresetTest() {
+        sensor.add("P_GR_P0Q0", 0, 0, 0x3600);
+        sensor.add("SECOND_PAGE", 0, 1, 13824);
+        sensor.add("MASKED", 0, 0, 0x3602);
+        sensor.add("ANALOG_GAIN", 0, 0, 0x3700);
+        sensor.add("POLY_SC_ENABLE", 0, 0, 0x3780);
+        sensor.add("VARIABLE", 1, 3, 0x21);
+        sensor.m_values["MASKED"] = 0xF00F;
+        QFile file(ini);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(kIni) > 0);
+    }
+
+    QTemporaryDir folder;
+    QString const ini = folder.filePath("host.ini");
+    FakeSensor sensor;
+    StateVariables states{bayerCamera(4, 4, 3)};
+    int notified = 0;
+    SensorRegisters registers{sensor.handle(), [this] { ++notified; }};
+    bool found = false;
+};
+
+TEST_F(PresetTest, AppliesEveryKindOfLineAndNothingElse) {
+    auto const lines = readPreset(ini, "Lens Calibration Setup", &found);
+    EXPECT_TRUE(found);
+    EXPECT_EQ(applyPreset(lines, states, registers), 9);
+    EXPECT_EQ(states.read("Gamma"), 20);
+    EXPECT_EQ(states.read("Black Offset"), -7);
+    EXPECT_EQ(states.read("Contrast"), 21);
+    EXPECT_EQ(sensor.value("P_GR_P0Q0"), 0x3C00U);
+    EXPECT_EQ(sensor.value("SECOND_PAGE"), 77U);
+    EXPECT_EQ(sensor.value("ANALOG_GAIN"), 32U);
+    EXPECT_EQ(sensor.value("POLY_SC_ENABLE"), 0x8000U);
+    EXPECT_EQ(sensor.value("MASKED"), 0xFABFU);
+    EXPECT_EQ(sensor.value("VARIABLE"), 9U);
+    EXPECT_EQ(notified, 1);
+}
+
+TEST_F(PresetTest, AMissingSectionIsToldFromAnEmptyOne) {
+    EXPECT_TRUE(readPreset(ini, "Lens Calibration Verify", &found).isEmpty());
+    EXPECT_FALSE(found);
+    EXPECT_TRUE(readPreset(folder.filePath("none.ini"), "Other", &found).isEmpty());
+    EXPECT_FALSE(found);
+    QFile file(ini);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("[Empty]\n[Other]\nSTATE = Gamma, 1\n") > 0);
+    file.close();
+    EXPECT_TRUE(readPreset(ini, "Empty", &found).isEmpty());
+    EXPECT_TRUE(found);
+}
+
+TEST_F(PresetTest, WhatTheCameraDictatesIsNotSet) {
+    states.set("X Offset", 0);
+    states.set("Y Offset", 5);
+    EXPECT_EQ(states.read("X Offset"), 1);
+    EXPECT_EQ(states.read("Y Offset"), 1);
+}
+
+} // namespace
+} // namespace pictara

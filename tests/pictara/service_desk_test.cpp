@@ -1,0 +1,109 @@
+#include "simulator/host/service_desk.h"
+#include "tests/pictara/fake_sensor.h"
+#include "tests/pictara/test_frames.h"
+
+#include <QTemporaryDir>
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace pictara {
+namespace {
+
+struct ServiceDeskTest : testing::Test {
+    ServiceDeskTest() { sensor.add("GAIN", 0, 0, 0x10); }
+
+    QTemporaryDir folder;
+    FakeSensor sensor;
+    StateVariables states{bayerCamera(4, 4)};
+    SettingsStore settings{folder.filePath("settings.ini")};
+    int notified = 0;
+    uint32_t seenByNotification = 0;
+    SensorRegisters registers{sensor.handle(), [this] {
+                                  ++notified;
+                                  seenByNotification = ServiceDesk::table().readRegister("GAIN", "", 1);
+                              }};
+    ServiceDesk desk{states, settings, registers, folder.filePath("host.ini")};
+    HostServices const& host = ServiceDesk::table();
+};
+
+TEST_F(ServiceDeskTest, NotifiesAtOnceOutsideOfAGroupAndOnceForAGroup) {
+    host.writeRegister("GAIN", "", 5);
+    EXPECT_EQ(notified, 1);
+    EXPECT_EQ(seenByNotification, 5U);
+
+    host.beginChanges();
+    host.writeRegister("GAIN", "", 6);
+    host.beginChanges();
+    host.writeListEntry(0x10, 0, 0, 0, 7);
+    host.endChanges();
+    EXPECT_EQ(notified, 1) << "the outer group is still open";
+    host.endChanges();
+    EXPECT_EQ(notified, 2);
+    EXPECT_EQ(seenByNotification, 7U);
+    EXPECT_EQ(desk.listEntriesWritten(), 1U);
+}
+
+TEST_F(ServiceDeskTest, DoesNotNotifyWhenNoRegisterChanged) {
+    host.beginChanges();
+    host.setState("Gamma", 9);
+    host.writeRegister("NO_SUCH", "", 1);
+    host.writeListEntry(0x9999, 0, 0, 0, 1);
+    host.endChanges();
+    EXPECT_EQ(notified, 0);
+    EXPECT_EQ(desk.listEntriesWritten(), 0U);
+    host.endChanges(); // one too many must not open the next group's bracket
+    host.beginChanges();
+    host.writeRegister("GAIN", "", 1);
+    EXPECT_EQ(notified, 0);
+    host.endChanges();
+    EXPECT_EQ(notified, 1);
+}
+
+TEST_F(ServiceDeskTest, TextsAreCutToTheBufferAndFallBack) {
+    char buffer[8] = "xxxxxxx";
+    host.readTextSetting("LensAssist Dir", buffer, 8, "none");
+    EXPECT_STREQ(buffer, "none");
+    host.writeTextSetting("LensAssist Dir", "/home/lens shading");
+    host.readTextSetting("LensAssist Dir", buffer, 8, "none");
+    EXPECT_STREQ(buffer, "/home/l");
+    char path[260];
+    host.readTextSetting("IniFileName", path, sizeof path, "");
+    EXPECT_EQ(QString::fromLocal8Bit(path), folder.filePath("host.ini"));
+    host.writeOption("Still File", "a.png");
+    EXPECT_STREQ(host.readOption("Still File"), "a.png");
+    EXPECT_STREQ(host.readOption("unknown"), "");
+}
+
+TEST_F(ServiceDeskTest, ReachesTheBusAndIgnoresWhatItHasNoUseFor) {
+    host.writeBusByte(0xA0, 0x1FF, 0x5A, 16, 8);
+    EXPECT_EQ(host.readBusByte(0xA0, 0x1FF, 16, 8), 0x5AU);
+    EXPECT_EQ(host.readBusByte(0xB0, 0x1FF, 16, 8), 0U);
+    HostServices::Unused functions[33];
+    static_assert(sizeof functions == sizeof host);
+    std::memcpy(functions, &host, sizeof functions);
+    for (int const slot : {1, 6, 11, 12, 13, 17, 22, 24, 27, 28, 29, 30, 31, 32}) {
+        ASSERT_NE(functions[slot], nullptr) << slot;
+        functions[slot]();
+        EXPECT_EQ(desk.ignoredCalls()[size_t(slot)], 1U) << slot;
+    }
+}
+
+TEST(SettingsStore, KeepsAnyTextForTheNextSitting) {
+    QTemporaryDir const folder;
+    QString const file = folder.filePath("settings.ini");
+    QByteArray const key = "LensAssist Dir for 50% [a=b] \xE4\n", value = " \\\\server\\a=b%20 \r\n\xFC ";
+    {
+        SettingsStore settings(file);
+        settings.setText(key, value);
+        settings.setInteger("LensAssist Falloff for S1", -95);
+        settings.setText("Empty", "");
+    }
+    SettingsStore const settings(file);
+    EXPECT_EQ(settings.text(key, {}), value);
+    EXPECT_EQ(settings.integer("LensAssist Falloff for S1", 1), -95);
+    EXPECT_EQ(settings.text("Empty", "fallback"), QByteArray());
+    EXPECT_EQ(settings.integer(key, 42), 42);
+}
+
+} // namespace
+} // namespace pictara
