@@ -1,4 +1,6 @@
 # Fails when a folder includes from a folder that does not lie below it.
+cmake_minimum_required(VERSION 3.25)
+
 set(below_common common)
 set(below_wizard wizard common)
 set(below_headboard headboard common)
