@@ -1,0 +1,214 @@
+// Writes one picture for each named state of a page: screenshots FOLDER [NAME ...]
+
+#include "lsc_page/lens_assist.h"
+#include "tests/fakes/fake_host.h"
+#include "tests/fakes/fake_libraries.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QStyleFactory>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr int kWidth = 640;
+constexpr int kHeight = 360;
+
+// A page on a fake host, driven to a state as a host and a user would drive it.
+class Scene {
+public:
+    Scene() {
+        writeIni("[Lens Calibration Setup]\n");
+        host.textSettings["LensAssist Dir"] = "/tmp";
+        libraries.bitfields = {"POLY_SC_ENABLE.ENABLE"};
+        sensor.name = "S1";
+        sensor.sensorKind = 200;
+        sensor.fileNamePart = "MODULE";
+        sensor.camera = libraries.camera();
+    }
+
+    void open() {
+        page = new LensAssist(nullptr, sensor, host.services(), &wizard);
+        page->initialise();
+        wizard.addPage(page, QStringLiteral("Lens Calibration"));
+        page->findChild<QTimer*>()->stop();
+        wizard.show();
+    }
+    void press(char const* button) { page->findChild<QPushButton*>(QLatin1String(button))->click(); }
+    void tick() {
+        QMetaObject::invokeMethod(page, "start");
+        page->registerChanged(0, 0);
+    }
+    void rawFrame(ImageType type = ImageType::Raw12) {
+        std::vector<uint16_t> samples(size_t(kWidth) * kHeight);
+        page->onFrame({samples.data(), type, kWidth, kHeight, kWidth * 2});
+    }
+    // A grey picture in which one block is tinted by `tint` counts of red.
+    void frame(uint32_t tint = 0) {
+        std::vector<uint32_t> pixels(size_t(kWidth) * kHeight, 0x808080);
+        for (size_t y = 0; y < 20; ++y)
+            std::fill_n(pixels.begin() + ptrdiff_t(y * kWidth), 20, 0x808080 + (tint << 16));
+        page->onFrame({pixels.data(), ImageType::Rgb32, kWidth, kHeight, kWidth * 4});
+    }
+    void frames(int count) {
+        while (count-- > 0)
+            frame();
+    }
+    void calibrate(ImageType type = ImageType::Raw12, uint32_t tint = 0) {
+        press("Calibrate");
+        frames(6);
+        rawFrame(type);
+        tick();
+        for (int i = 0; i < 6; ++i)
+            frame(tint);
+        tick();
+    }
+    void runAll() {
+        press("Run_All");
+        for (int i = 0; i < 80; ++i) {
+            frames(5);
+            rawFrame();
+            tick();
+        }
+    }
+    void writeIni(std::string const& bytes) {
+        std::string const path = m_folder.filePath(QStringLiteral("host.ini")).toStdString();
+        std::ofstream(path) << bytes;
+        host.textSettings["IniFileName"] = path;
+    }
+
+    FakeHost host;
+    FakeLibraries libraries;
+    SensorRecord sensor{};
+    Wizard wizard{QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), nullptr};
+    LensAssist* page = nullptr; // owned by the wizard's tab
+
+private:
+    QTemporaryDir m_folder;
+};
+
+struct NamedState {
+    char const* name;
+    std::function<void(Scene&)> reach;
+};
+
+NamedState const kStates[] = {
+    {"fresh", [](Scene& s) { s.open(); }},
+    {"no-preset-no-directory",
+     [](Scene& s) {
+         s.writeIni("");
+         s.host.textSettings["LensAssist Dir"] = "/nowhere";
+         s.open();
+     }},
+    {"setup-done",
+     [](Scene& s) {
+         s.open();
+         s.press("LensCalibSetup");
+     }},
+    {"exposure-runs",
+     [](Scene& s) {
+         s.open();
+         s.press("AE");
+         s.frames(11);
+         s.tick();
+     }},
+    {"colour-balance-runs",
+     [](Scene& s) {
+         s.open();
+         s.press("AWB");
+         s.frames(12);
+         s.tick();
+     }},
+    {"run-all-exposes",
+     [](Scene& s) {
+         s.open();
+         s.press("Run_All");
+         s.tick();
+         s.tick();
+         s.frames(16);
+         s.tick();
+     }},
+    {"run-all-calibrates",
+     [](Scene& s) {
+         s.open();
+         s.press("Run_All");
+         while (s.page->state().lscStepState != kInProgress) {
+             s.frames(5);
+             s.tick();
+         }
+         s.frames(4);
+         s.tick();
+     }},
+    {"all-done",
+     [](Scene& s) {
+         s.open();
+         s.runAll();
+     }},
+    {"uniformity-warning",
+     [](Scene& s) {
+         s.open();
+         s.calibrate(ImageType::Raw12, 6);
+     }},
+    {"uniformity-bad",
+     [](Scene& s) {
+         s.open();
+         s.calibrate(ImageType::Raw12, 60);
+     }},
+    {"ycbcr",
+     [](Scene& s) {
+         s.open();
+         s.calibrate(ImageType::Ycbcr);
+     }},
+    {"image-size-failed",
+     [](Scene& s) {
+         s.libraries.solutionAnswer = -2;
+         s.open();
+         s.calibrate();
+     }},
+    {"data-files-missing",
+     [](Scene& s) {
+         s.libraries.createsHandle = false;
+         s.open();
+         s.calibrate();
+     }},
+    {"saving-failed",
+     [](Scene& s) {
+         s.libraries.fileAnswer = 1;
+         s.open();
+         s.calibrate();
+         s.press("File_Save");
+     }},
+};
+
+bool write(NamedState const& state, QDir const& folder) {
+    Scene scene;
+    state.reach(scene);
+    QApplication::processEvents();
+    QString const file = folder.filePath(QLatin1String(state.name) + QStringLiteral(".png"));
+    bool const written = scene.wizard.grab().save(file);
+    std::printf("%s %s\n", written ? "wrote" : "could not write", qUtf8Printable(file));
+    return written;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication const application(argc, argv);
+    QStringList const arguments = QApplication::arguments().mid(1);
+    if (arguments.isEmpty() || !QDir().mkpath(arguments[0])) {
+        std::fputs("usage: screenshots FOLDER [NAME ...]\n", stderr);
+        return 2;
+    }
+    bool good = true;
+    for (NamedState const& state : kStates)
+        if (arguments.size() == 1 || arguments.contains(QLatin1String(state.name)))
+            good = write(state, QDir(arguments[0])) && good;
+    return good ? 0 : 1;
+}
