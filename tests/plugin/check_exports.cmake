@@ -1,0 +1,15 @@
+# Fails when the built plug-in exports anything but its five functions and the class KestraMfr.
+execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX REPLACE "(^|\n)[0-9a-f]* *[A-Za-z] " "\\1" symbols "${symbols}")
+string(STRIP "${symbols}" symbols)
+string(REPLACE ";" "" symbols "${symbols}")
+string(REPLACE "\n" ";" symbols "${symbols}")
+list(REMOVE_DUPLICATES symbols)
+list(SORT symbols)
+set(expected "CloseDialog;ImageData;KestraMfr::KestraMfr();KestraMfr::operator=(KestraMfr const&)")
+list(APPEND expected "KestraMfr::~KestraMfr();OpenQtDialog;RegisterChanged;RgbImageData")
+# The sanitizers' own data stand beside them in an instrumented build.
+list(FILTER symbols EXCLUDE REGEX "^__(asan|odr_asan|ubsan|sanitizer)")
+if(NOT symbols STREQUAL expected)
+    message(FATAL_ERROR "the plug-in exports\n  ${symbols}\ninstead of\n  ${expected}")
+endif()

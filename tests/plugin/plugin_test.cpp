@@ -1,0 +1,151 @@
+#include "tests/fakes/fake_host.h"
+#include "tests/plugin/plugin_library.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QPixmap>
+#include <QPointer>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <vector>
+
+namespace {
+
+class Plugin : public ::testing::Test {
+protected:
+    Plugin() {
+        writeIni("[lens calibration setup]\n");
+        sensor.name = "S1";
+        sensor.sensorKind = 200;
+    }
+    ~Plugin() override { delete dialog.data(); }
+
+    void writeIni(std::string const& bytes) {
+        std::string const path = m_folder.filePath(QStringLiteral("host.ini")).toStdString();
+        std::ofstream(path) << bytes;
+        host.textSettings["IniFileName"] = path;
+    }
+    QDialog* open(uint32_t version = 5) {
+        services = host.services();
+        dialog = plugin.open(version, nullptr, &sensor, &services);
+        return dialog;
+    }
+    std::string text(char const* label) {
+        return dialog->findChild<QLabel*>(QLatin1String(label))->text().toStdString();
+    }
+
+    FakeHost host;
+    SensorRecord sensor{};
+    HostServices services{};
+    PluginLibrary plugin;
+    QPointer<QDialog> dialog;
+
+private:
+    QTemporaryDir m_folder;
+};
+
+TEST_F(Plugin, AnswersNoDialogAndCallsNobodyForWhatItDoesNotServe) {
+    for (uint32_t const version : {0U, 4U, 6U, 0xFFFFFFFFU})
+        EXPECT_FALSE(open(version));
+    EXPECT_FALSE(plugin.open(4, nullptr, nullptr, nullptr));
+    EXPECT_FALSE(plugin.open(5, nullptr, nullptr, &services));
+    EXPECT_FALSE(plugin.open(5, nullptr, &sensor, nullptr));
+    sensor.sensorKind = 36;
+    EXPECT_FALSE(open());
+    EXPECT_TRUE(host.log.empty());
+}
+
+TEST_F(Plugin, OnlyThePlainSetupPresetOpensTheDialog) {
+    for (char const* ini : {"", "[Hidden: Lens Calibration Setup]\n[Toolbar: Lens Calibration Setup]\n"}) {
+        writeIni(ini);
+        EXPECT_FALSE(open());
+    }
+    EXPECT_EQ(host.log, std::vector<std::string>(2, "readText IniFileName"));
+    host.textSettings.clear();
+    EXPECT_FALSE(open());
+    HostServices const nothing{};
+    EXPECT_FALSE(plugin.open(5, nullptr, &sensor, &nothing));
+}
+
+TEST_F(Plugin, KindsChooseTheirTabs) {
+    struct Row {
+        uint32_t kind;
+        int tabs;
+        char const* label;
+    };
+    for (Row const& row : {Row{97, 0, ""}, Row{200, 1, "Lens Calibration"}, Row{0, 1, "Lens Calibration"}}) {
+        sensor.sensorKind = row.kind;
+        ASSERT_TRUE(open()) << row.kind;
+        EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Kestra Headboard Tuning - LSC Wizard"));
+        EXPECT_EQ(dialog->size(), QSize(575, 816));
+        auto* const tabs = dialog->findChild<QTabWidget*>(QStringLiteral("tabWidget"));
+        EXPECT_EQ(tabs->geometry(), QRect(0, 10, 565, 771));
+        EXPECT_EQ(tabs->count(), row.tabs) << row.kind;
+        if (row.tabs > 0) {
+            EXPECT_EQ(tabs->tabText(0), QLatin1String(row.label));
+            EXPECT_TRUE(tabs->isTabEnabled(0));
+        }
+        delete dialog.data();
+    }
+}
+
+TEST_F(Plugin, BulletsComeFromTheLibrarysOwnResources) {
+    ASSERT_TRUE(open());
+    EXPECT_FALSE(
+        dialog->findChild<QLabel*>(QStringLiteral("Setup_Bullet"))->pixmap(Qt::ReturnByValue).isNull());
+    for (char const* colour : {"gray", "blue", "green", "yellow", "red"})
+        EXPECT_FALSE(QPixmap(QStringLiteral(":/Icons/circle_%1.png").arg(QLatin1String(colour))).isNull())
+            << colour;
+}
+
+TEST_F(Plugin, FramesReachThePageThroughBothEntriesAlsoAfterCloseDialog) {
+    std::vector<uint32_t> picture(64 * 48, 0x808080);
+    plugin.image(picture.data(), 11, 64, 48, 256);
+    plugin.registerChanged(0, 0);
+    ASSERT_TRUE(open());
+    auto* const page = dialog->findChild<QDialog*>(QStringLiteral("LensAssist"));
+    ASSERT_TRUE(page);
+    page->findChild<QTimer*>()->stop();
+    QMetaObject::invokeMethod(page, "OnBnClickedAe");
+    plugin.close();
+    plugin.image(picture.data(), 11, 64, 48, 256);
+    plugin.rgbImage(picture.data(), 11, 64, 48, 256);
+    plugin.rgbImage(picture.data(), 13, 64, 48, -256);
+    plugin.image(nullptr, 11, 0xFFFFFFFF, -1, 0xFFFFFFFF);
+    QMetaObject::invokeMethod(page, "OnUpdateStatus");
+    EXPECT_EQ(text("AE_Status"), "In progress... 12 %");
+    host.log.clear();
+    plugin.registerChanged(1, 5);
+    EXPECT_TRUE(host.log.empty());
+}
+
+TEST_F(Plugin, AHostWithoutServicesOrCameraWalksEveryStep) {
+    ASSERT_TRUE(open());
+    auto* const page = dialog->findChild<QDialog*>(QStringLiteral("LensAssist"));
+    page->findChild<QTimer*>()->stop();
+    QMetaObject::invokeMethod(page, "OnBnClickedRunall");
+    std::vector<uint32_t> picture(64 * 48, 0x808080);
+    for (int i = 0; i < 60; ++i) {
+        for (int frame = 0; frame < 5; ++frame)
+            plugin.image(picture.data(), 11, 64, 48, 256);
+        QMetaObject::invokeMethod(page, "start");
+    }
+    // The calibration library has no data for a sensor without a description.
+    EXPECT_EQ(text("Calibrate_Status"), "Error. Are the External sensor data files installed?");
+    EXPECT_TRUE(host.isBalanced());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication const application(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
