@@ -1,5 +1,6 @@
 #include "simulator/solver/flatness.h"
 
+#include "simulator/solver/specks.h"
 #include "simulator/solver/tensor_polynomial.h"
 
 #include <Eigen/Cholesky>
@@ -20,7 +21,6 @@ constexpr double kClippedShare = 0.005; // of a plane's samples; hot pixels stay
 constexpr double kObjectDepth = 0.10;  // in the middle; measured lenses stay below 0.03 there
 constexpr double kCornerDepth = 0.20;  // more in the corners, where some lenses fall off sharply
 constexpr double kObjectShare = 0.004; // of the blocks
-constexpr double kSpeckDepth = 0.03;   // between a block and its neighbours
 constexpr double kRobustWidth = 0.02;  // deviations beyond weigh less in the surface
 
 // Lamps that are brighter at one side.
@@ -31,7 +31,7 @@ constexpr double kLopsidedness = 0.04;   // root mean square of the odd part tha
 /// The green brightness as a logarithm with a smooth surface laid through it.
 class Surface {
 public:
-    Surface(BlockMeans const& means, Geometry const& array) : m_columns(means.columns), m_rows(means.rows) {
+    Surface(BlockMeans const& means, Geometry const& array) {
         auto const blocks = static_cast<Eigen::Index>(means.blocks());
         m_basis.resize(blocks, kTerms);
         m_log.resize(blocks);
@@ -48,7 +48,7 @@ public:
     }
 
     [[nodiscard]] Eigen::VectorXd const& residue() const { return m_residue; }
-    [[nodiscard]] double residue(int column, int row) const { return m_residue(row * m_columns + column); }
+    [[nodiscard]] Eigen::VectorXd perBlock() const { return m_basis * m_coefficients; }
     [[nodiscard]] double at(double u, double v) const { return m_coefficients.dot(chebyshevTerms(u, v)); }
     [[nodiscard]] std::vector<double> const& u() const { return m_u; }
     [[nodiscard]] std::vector<double> const& v() const { return m_v; }
@@ -58,23 +58,6 @@ public:
         Eigen::Map<Eigen::ArrayXd const> const u(m_u.data(), m_log.size());
         Eigen::Map<Eigen::ArrayXd const> const v(m_v.data(), m_log.size());
         return kObjectDepth + kCornerDepth * (0.5 * (u.square() + v.square())).square();
-    }
-
-    /// By how much a block stands out from its neighbours: the median over opposite pairs of them, so that
-    /// slopes cancel. Blocks in the corners have no such pair.
-    [[nodiscard]] double speck(int column, int row) const {
-        constexpr int kDirections[][2] = {{1, 0}, {0, 1}, {1, 1}, {1, -1}, {2, 0}, {0, 2}, {2, 2}, {2, -2}};
-        auto const inside = [&](int x, int y) { return x >= 0 && y >= 0 && x < m_columns && y < m_rows; };
-        std::vector<double> differences;
-        for (auto const& [x, y] : kDirections)
-            if (inside(column + x, row + y) && inside(column - x, row - y))
-                differences.push_back(residue(column, row) -
-                                      0.5 * (residue(column + x, row + y) + residue(column - x, row - y)));
-        if (differences.empty())
-            return 0;
-        auto const middle = differences.begin() + static_cast<std::ptrdiff_t>(differences.size() / 2);
-        std::nth_element(differences.begin(), middle, differences.end());
-        return *middle;
     }
 
 private:
@@ -91,8 +74,6 @@ private:
         }
     }
 
-    int m_columns;
-    int m_rows;
     std::vector<double> m_u;
     std::vector<double> m_v;
     Eigen::MatrixXd m_basis;
@@ -169,18 +150,14 @@ QString gradientFault(Surface const& surface, Geometry const& array) {
 } // namespace
 
 Inspection inspect(BlockMeans const& means, Geometry const& array) {
-    Inspection inspection{exposureFault(means), std::vector<bool>(means.blocks(), true)};
+    Inspection inspection{exposureFault(means), {}};
     if (!inspection.fault.isEmpty())
         return inspection;
     Surface const surface(means, array);
     inspection.fault = objectFault(surface);
     if (inspection.fault.isEmpty())
         inspection.fault = gradientFault(surface, array);
-    for (size_t block = 0; block < means.blocks(); ++block) {
-        int const column = static_cast<int>(block) % means.columns;
-        int const row = static_cast<int>(block) / means.columns;
-        inspection.trusted[block] = std::abs(surface.speck(column, row)) <= kSpeckDepth;
-    }
+    inspection.trusted = blocksWithoutSpecks(means, surface.perBlock());
     return inspection;
 }
 

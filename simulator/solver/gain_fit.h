@@ -29,10 +29,9 @@ struct Target {
 [[nodiscard]] BlockMeans corrected(BlockMeans const& means, Geometry const& array,
                                    BankCoefficients const& correction);
 
-/// Fits the gains that bring the image to the target: least squares of the relative error, in which
-/// differences between the planes, which show as colour, count far more than an error common to all. The
-/// centre keeps its colour, and the smallest gain of all planes is 1. Blocks that are not trusted do not
-/// count.
+/// Fits the gains that bring the image to the target: least squares of the corrected picture's relative error
+/// with the weight on the blocks whose colour is worst. The centre keeps its colour, and the smallest gain of
+/// all planes is 1. Blocks that are not trusted do not count.
 [[nodiscard]] BankCoefficients fitGains(BlockMeans const& means, std::vector<bool> const& trusted,
                                         Geometry const& array, Target const& target);
 

@@ -160,7 +160,7 @@ TEST(Calibration, IsNotMisledByDeviantPixelsAndDust) {
     TestSensor const sensor;
     Response const clean = kLopsidedLens.response(sensor);
     Response const dusty = [&](Colour colour, double x, double y) {
-        return clean(colour, x, y) * (std::hypot(x - 200, y - 100) < 7 ? 0.8 : 1.0);
+        return clean(colour, x, y) * (std::hypot(x - 200, y - 100) < 12 ? 0.7 : 1.0);
     };
     auto const list = calibrate(sensor, dusty, {.deviantPixels = 0.008});
     ASSERT_FALSE(list.empty());
