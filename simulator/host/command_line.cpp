@@ -23,7 +23,7 @@ constexpr OptionRow kOptions[] = {
     {"gradient", "X", "Relative rise of the luminance from left to right, -1 to 1 (default 0)."},
     {"object", nullptr, "Put a dark disc into the picture."},
     {"seed", "N", "Seed of the camera's noise (default 1)."},
-    {"falloff", "PERCENT", "Luminance that the corners may keep (default: the dialog's setting)."},
+    {"falloff", "PERCENT", "Luminance that the corners may keep, for a run (default: the dialog's setting)."},
     {"output", "DIR", "Folder for the results, created when needed (default pictara-output)."},
     {"ini", "FILE", "The host's ini file with its presets (default: the one beside the program)."},
     {"settings", "FILE", "The settings store (default settings.ini in the output folder)."},

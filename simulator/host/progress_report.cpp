@@ -4,6 +4,7 @@
 
 #include <QRegularExpression>
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 #ifdef _WIN32
@@ -86,7 +87,7 @@ void ProgressReport::showBar(RunProgress const& progress) {
     auto const running = std::find_if(texts.begin(), texts.end(), inProgress);
     QString const step =
         running == texts.end() ? QString() : m_page.text(kSteps[running - texts.begin()].button);
-    int const filled = int(shareDone(texts) * kWidth + 0.5);
+    int const filled = int(std::lround(shareDone(texts) * kWidth));
     QString const bar = QString(filled, QLatin1Char('#')) + QString(kWidth - filled, QLatin1Char('.'));
     QString const line = QStringLiteral("[%1] %2 frames  %3").arg(bar).arg(progress.frames).arg(step);
     setProgressLineShown(true);

@@ -27,7 +27,7 @@ std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, Q
 QString checkedIniFile(Options const& options, QString* error) {
     QString const given =
         options.iniFile.isEmpty() ? QCoreApplication::applicationDirPath() + "/pictara.ini" : options.iniFile;
-    QString const file = QFileInfo(given).absoluteFilePath();
+    QString file = QFileInfo(given).absoluteFilePath();
     if (QFile probe(file); !QFileInfo(file).isFile() || !probe.open(QIODevice::ReadOnly))
         *error = QStringLiteral("The ini file %1 cannot be read.").arg(file);
     else if (QFile::encodeName(file).size() >= kTextSettingSize)
@@ -38,7 +38,7 @@ QString checkedIniFile(Options const& options, QString* error) {
 }
 
 QString createdFolder(QString const& name, QString* error) {
-    QString const folder = QDir(name).absolutePath();
+    QString folder = QDir(name).absolutePath();
     if (QDir().mkpath(folder) && QFileInfo(folder).isWritable())
         return folder;
     *error = QStringLiteral("The folder %1 cannot be created or written to.").arg(folder);

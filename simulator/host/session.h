@@ -4,7 +4,6 @@
 #include "simulator/host/frame_delivery.h"
 #include "simulator/host/service_desk.h"
 
-#include <QPointer>
 #include <memory>
 
 class QDialog;
