@@ -1,4 +1,5 @@
 #include "tests/camera/camera_under_test.h"
+#include "tests/measured_folder.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -91,18 +92,15 @@ TEST(MeasuredShading, MalformedFileChangesNothing) {
 
 // The published modules, where they are at hand.
 TEST(MeasuredShading, RealModulesShadeTheCorners) {
-    QString folder = qEnvironmentVariable("KESTRA_MEASURED_SHADING");
-    if (folder.isEmpty())
-        folder = QStringLiteral(KESTRA_SOURCE_FOLDER "/../shared/measured_shading");
-    QStringList const names = QDir(folder).entryList({QStringLiteral("*.json")});
+    QDir const folder = measuredFolder();
+    QStringList const names = folder.entryList({QStringLiteral("*.json")});
     if (names.isEmpty())
-        GTEST_SKIP() << "no measured modules in " << qPrintable(folder);
+        GTEST_SKIP() << "no measured modules in " << qPrintable(folder.path());
     for (QString const& name : names) {
         SCOPED_TRACE(qPrintable(name));
         Camera const camera = openQuiet();
         QString error;
-        ASSERT_TRUE(camera->useMeasuredShading(folder + QLatin1Char('/') + name, &error))
-            << qPrintable(error);
+        ASSERT_TRUE(camera->useMeasuredShading(folder.filePath(name), &error)) << qPrintable(error);
         Frame const frame = camera->grab();
         double const middle = greenMean(*camera, frame, {46, 46, 54, 54});
         for (Region const& corner : {Region{0, 0, 4, 4}, Region{96, 0, 100, 4}, Region{0, 96, 4, 100}})

@@ -1,6 +1,9 @@
-#include <QDir>
+#include "tests/measured_folder.h"
+
 #include <QFile>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -77,18 +80,31 @@ TEST(Program, FlattensFramesOfEveryType) {
     }
 }
 
-TEST(Program, FlattensMeasuredLenses) {
-    QDir const folder(QStringLiteral(MEASURED_SHADING));
+// The colour temperatures at which a module was measured.
+QStringList lampsOf(QString const& module) {
+    QFile file(module);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    QStringList lamps;
+    for (QJsonValue const& illuminant : QJsonDocument::fromJson(file.readAll())["illuminants"].toArray())
+        lamps << QString::number(illuminant["colour_temperature_K"].toInt());
+    return lamps;
+}
+
+TEST(Program, FlattensMeasuredLensesUnderEachLamp) {
+    QDir const folder = measuredFolder();
     QStringList const modules = folder.entryList({"*.json"}, QDir::Files, QDir::Name);
     if (modules.isEmpty())
-        GTEST_SKIP() << "no measured lenses in " << MEASURED_SHADING;
+        GTEST_SKIP() << "no measured lenses in " << folder.path().toStdString();
     for (QString const& module : modules) {
-        SCOPED_TRACE(module.toStdString());
-        ProgramRun const run({"--run-all", "--falloff", "100", "--shading", folder.filePath(module)});
-        EXPECT_EXIT_CODE(run, 0);
-        EXPECT_LE(5 * run.figure("luminance error, largest against the median block, corrected"),
-                  run.figure("luminance error, largest against the median block, uncorrected"));
-        EXPECT_LE(run.figure("luminance error, mean against the median block, corrected"), 3.0);
+        for (QString const& lamp : lampsOf(folder.filePath(module))) {
+            SCOPED_TRACE(module.toStdString() + " at " + lamp.toStdString());
+            ProgramRun const run({"--run-all", "--light", lamp, "--shading", folder.filePath(module)});
+            EXPECT_EXIT_CODE(run, 0);
+            EXPECT_LE(run.figure("uniformity corrected"), 1.0);
+            EXPECT_LE(5 * run.figure("luminance error, largest against the median block, corrected"),
+                      run.figure("luminance error, largest against the median block, uncorrected"));
+            EXPECT_LE(run.figure("luminance error, mean against the median block, corrected"), 3.0);
+        }
     }
 }
 

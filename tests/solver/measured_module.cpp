@@ -1,6 +1,7 @@
 #include "tests/solver/measured_module.h"
 
-#include <QDir>
+#include "tests/measured_folder.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -39,11 +40,6 @@ std::vector<double> numbers(QJsonValue const& array) {
     return result;
 }
 
-QDir folder() {
-    QString const named = qEnvironmentVariable("KESTRA_MEASURED_SHADING");
-    return QDir(named.isEmpty() ? QStringLiteral(KESTRA_SOURCE_DIR "/../../shared/measured_shading") : named);
-}
-
 } // namespace
 
 Response MeasuredShading::response(TestSensor const& sensor) const {
@@ -63,7 +59,7 @@ Response MeasuredShading::response(TestSensor const& sensor) const {
 
 std::vector<MeasuredShading> measuredShadings() {
     std::vector<MeasuredShading> result;
-    QDir const directory = folder();
+    QDir const directory = measuredFolder();
     for (QString const& name : directory.entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name)) {
         QFile file(directory.filePath(name));
         if (!file.open(QIODevice::ReadOnly))

@@ -17,6 +17,5 @@ struct MeasuredShading {
     [[nodiscard]] Response response(TestSensor const& sensor) const;
 };
 
-/// All modules of the folder that KESTRA_MEASURED_SHADING names, or of the one beside the sources. Empty when
-/// there is none.
+/// All modules of the measured folder at all their colour temperatures; empty when there is none.
 [[nodiscard]] std::vector<MeasuredShading> measuredShadings();
