@@ -37,3 +37,7 @@ build_preset() {
     fi
     rm -f "$log"
 }
+
+# Qt asks for a folder of its own for the session and grumbles on machines without a login.
+export XDG_RUNTIME_DIR="${XDG_RUNTIME_DIR:-$PWD/build/runtime}"
+mkdir -p -m 700 "$XDG_RUNTIME_DIR"
