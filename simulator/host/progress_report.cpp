@@ -97,10 +97,12 @@ void ProgressReport::showBar(RunProgress const& progress) {
 double shareDone(QStringList const& texts) {
     double steps = 0;
     for (QString const& status : texts) {
+        // Later steps may stand at their end already, like the save to an EEPROM that is not there.
         if (inProgress(status))
-            steps += percentOf(status) / 100;
-        else if (!status.startsWith(QLatin1String("Not done yet")) && !status.contains(QLatin1String("--")))
-            steps += 1; // done, or as far as it goes
+            return (steps + percentOf(status) / 100) / double(std::size(kSteps));
+        if (status.startsWith(QLatin1String("Not done yet")) || status.contains(QLatin1String("--")))
+            break;
+        steps += 1; // done, or as far as it goes
     }
     return steps / double(std::size(kSteps));
 }
