@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr int32_t kFullProgress = 100;
-constexpr int32_t kFramesToSettle = 5;
 constexpr int32_t kCoefficientPrecision = 16; // bits
 
 } // namespace
@@ -75,9 +73,12 @@ void CalibrationFlow::registerChanged(uint32_t what) {
 
 void CalibrationFlow::onFrame(Frame const& frame) {
     adjustExposureAndColourBalance(core, frame);
-    captureFrame(frame);
-    measureUniformityWhenDue(core, frame, skippedRows());
-    markWorstBlock(core, frame);
+    if (core.alive)
+        captureFrame(frame);
+    if (core.alive)
+        measureUniformityWhenDue(core, frame, skippedRows());
+    if (core.alive)
+        markWorstBlock(core, frame);
 }
 
 void CalibrationFlow::start() {
@@ -141,6 +142,13 @@ void CalibrationFlow::startStep(uint32_t& stepState, int32_t& stepProgress, bool
     core.state.settleFrames = kFramesToSettle;
     stepProgress = 0;
     setRawPipeline(core.host, core.camera(), core.lensCorrection, autoExposure, resetGains);
+    if (core.alive && stepState != kInProgress) {
+        // Cancelled from inside the list, whose end has switched the exposure on again.
+        if (autoExposure)
+            core.host.setState("Auto Exposure", 0);
+    } else if (resetGains) {
+        core.state.settleFrames = kFramesToSettle; // the new gains count from the end of the list on
+    }
     refreshEnables(core);
     refreshStatus(core);
 }
@@ -154,6 +162,7 @@ void CalibrationFlow::adjustColourBalance() {
 }
 
 void CalibrationFlow::calibrate() {
+    uint32_t const runAll = core.state.runAll;
     storeSettings(core);
     // An earlier save no longer matches what will be calibrated now.
     for (uint32_t* const saved : {&core.state.fileState, &core.state.promState})
@@ -163,7 +172,9 @@ void CalibrationFlow::calibrate() {
     core.state.lscStepProgress = 0;
     if (core.alive)
         startCalibration();
-    core.state.lscStepState = core.state.shadingHandle ? kInProgress : kFailedOtherwise;
+    bool const cancelled = runAll != core.state.runAll;
+    if (!cancelled)
+        core.state.lscStepState = core.state.shadingHandle ? kInProgress : kFailedOtherwise;
     refresh();
 }
 
@@ -182,11 +193,12 @@ void CalibrationFlow::startCalibration() {
 void CalibrationFlow::loadSolution(std::vector<sf_RegEntry> const& entries) {
     ShadingHandle const handle = core.state.shadingHandle;
     ChangeGroup const group(core.host);
-    if (!writeRegisterList(core, entries))
+    if (!isCalibrating(handle, phase::kSolved) ||
+        !writeRegisterList(core.host, entries, [&] { return isCalibrating(handle, phase::kSolved); }))
         return;
     core.state.lscStepProgress = phase::kRegistersWritten;
     setVerifyPipeline(core.host, core.camera(), core.lensCorrection);
-    if (!isCalibrating(handle))
+    if (!isCalibrating(handle, phase::kRegistersWritten))
         return;
     core.state.lscStepProgress = phase::kLoaded;
     refreshEnables(core);
@@ -200,8 +212,9 @@ void CalibrationFlow::finishWhenMeasured() {
     refreshEnables(core);
 }
 
-bool CalibrationFlow::isCalibrating(ShadingHandle const& handle) const {
-    return core.alive && core.state.lscStepState == kInProgress && core.state.shadingHandle == handle;
+bool CalibrationFlow::isCalibrating(ShadingHandle const& handle, int32_t atPhase) const {
+    return core.alive && core.state.lscStepState == kInProgress && core.state.lscStepProgress == atPhase &&
+           core.state.shadingHandle == handle;
 }
 
 void CalibrationFlow::testUniformity() {
@@ -270,9 +283,12 @@ void CalibrationFlow::showGraph() {
 }
 
 void CalibrationFlow::browse() {
-    core.host.modalDialog(true);
-    QString const folder = chooseResultFolder();
-    core.host.modalDialog(false);
+    QString folder;
+    {
+        ModalBracket const bracket(core.host);
+        if (core.alive)
+            folder = chooseResultFolder();
+    }
     {
         UpdateGuard const guard(core);
         core.widgets.showSaveDir(folder); // a cancelled chooser empties the field: the next save is refused

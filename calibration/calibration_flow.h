@@ -78,8 +78,9 @@ protected:
     void loadSolution(std::vector<sf_RegEntry> const& entries);
     /// Finishes the step once the uniformity was measured.
     void finishWhenMeasured();
-    /// Whether the calibration that a routine works on is still the page's and still runs.
-    [[nodiscard]] bool isCalibrating(ShadingHandle const& handle) const;
+    /// Whether the calibration that a routine works on is still the page's, and still in the phase that the
+    /// routine works in. Asked after each call from which the page may have been reset or started anew.
+    [[nodiscard]] bool isCalibrating(ShadingHandle const& handle, int32_t atPhase) const;
     void refresh();
     /// Asks the page to update its display.
     void notifyStatus();

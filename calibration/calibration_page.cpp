@@ -141,12 +141,14 @@ void CalibrationPage::OnCbnSelchangePromLabel(QString const& text) {
 void CalibrationPage::OnCbnEditchangePromLabel(QString const&) {
     std::shared_ptr(m_flow)->eepromLabelChanged();
 }
+// The signatures of these two are published, values and all. NOLINTBEGIN(performance-unnecessary-value-param)
 void CalibrationPage::OnEnChangeGoodcu(QString text) {
     std::shared_ptr(m_flow)->uniformityLimitChanged(text);
 }
 void CalibrationPage::OnEnChangeSavedir(QString) {
     std::shared_ptr(m_flow)->saveDirChanged();
 }
+// NOLINTEND(performance-unnecessary-value-param)
 void CalibrationPage::OnBnClickedEnableLC() {
     std::shared_ptr(m_flow)->enableLensCorrectionClicked();
 }

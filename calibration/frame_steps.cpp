@@ -5,30 +5,30 @@
 
 namespace {
 
-constexpr int32_t kFullProgress = 100;
 constexpr int32_t kExposureStep = 4;       // progress a frame: the host's own loop does the work in that time
 constexpr int32_t kColourBalanceStep = 20; // progress a correction
 constexpr int32_t kPhaseStep = 5;          // phase a frame
-constexpr int32_t kFramesAfterCorrection = 5;
 
 constexpr uint32_t kRed = 0xDD2200;
 constexpr uint32_t kAmber = 0xDDBB55;
 
-bool isBalancing(PageCore const& core) {
-    return core.alive && core.state.wbStepState == kInProgress;
+// Whether a correction is still due: the step may be reset, and another frame may correct, inside a host
+// call.
+bool isCorrectionDue(PageCore const& core) {
+    return core.alive && core.state.wbStepState == kInProgress && core.state.settleFrames == 0;
 }
 
 void correctColourBalance(PageCore& core, MeanColour const& mean) {
     Host const host = core.host;
     int32_t const redGain = host.readState("Relative Red Gain");
     int32_t const blueGain = host.readState("Relative Blue Gain");
-    if (!isBalancing(core))
+    if (!isCorrectionDue(core))
         return;
     host.setState("Relative Red Gain", correctedGain(redGain, mean.red, mean.green));
     host.setState("Relative Blue Gain", correctedGain(blueGain, mean.blue, mean.green));
-    if (!isBalancing(core))
+    if (!isCorrectionDue(core))
         return;
-    core.state.settleFrames = kFramesAfterCorrection;
+    core.state.settleFrames = kFramesToSettle;
     core.state.wbStepProgress += kColourBalanceStep;
 }
 

@@ -6,6 +6,8 @@
 #include "common/sensor.h"
 #include "hoststate/lens_correction.h"
 
+#include <functional>
+
 /// What the routines of a calibration page work on. It is shared by the page and every routine that runs: a
 /// host or library call may delete the page, and the routine around it finds `alive` false but nothing freed.
 struct PageCore {
@@ -14,6 +16,8 @@ struct PageCore {
     PageState state;
     PageWidgets widgets;
     LensCorrection lensCorrection;
+    /// Lets the configuration page store its serial number before a save; null while there is no such page.
+    std::function<void()> storeSerialNumber;
     bool alive = true; ///< false from the page's destruction on
 
     [[nodiscard]] Sensor camera() const { return Sensor(sensor.camera); }

@@ -27,6 +27,11 @@ enum StepState : uint32_t {
 /// Presence of the headboard EEPROM, in `PageState::eepromState`.
 enum EepromState : uint32_t { kEepromUnknown = 0, kEepromPresent = 4, kEepromAbsent = 5 };
 
+/// Progress of a step that has reached its end, per cent.
+inline constexpr int32_t kFullProgress = 100;
+/// Frames to let pass after the picture's settings changed.
+inline constexpr int32_t kFramesToSettle = 5;
+
 /// Progress values of the calibration step at which something happens. In between the frame handler counts.
 namespace phase {
 inline constexpr int32_t kSettleEnd = 30; ///< a frame goes to the calibration library

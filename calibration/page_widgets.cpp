@@ -6,10 +6,6 @@ namespace {
 
 constexpr int kFalloffChoices[] = {110, 105, 100, 95, 90, 85, 80, 75}; // per cent
 
-QString translated(char const* text) {
-    return QCoreApplication::translate("LensAssist", text);
-}
-
 void enable(QWidget* widget, bool enabled) {
     if (widget)
         widget->setEnabled(enabled);
@@ -75,12 +71,14 @@ void PageWidgets::showLensCorrection(bool on) {
     if (!Enable_LC)
         return;
     Enable_LC->setChecked(on);
-    Enable_LC->setText(on ? translated("Disable LC") : translated("Enable LC"));
+    Enable_LC->setText(on ? QCoreApplication::translate("LensAssist", "Disable LC")
+                          : QCoreApplication::translate("LensAssist", "Enable LC"));
 }
 
 void PageWidgets::showRunAll(bool running) {
     if (Run_All)
-        Run_All->setText(running ? translated("Cancel Run All") : translated("Run All Steps"));
+        Run_All->setText(running ? QCoreApplication::translate("LensAssist", "Cancel Run All")
+                                 : QCoreApplication::translate("LensAssist", "Run All Steps"));
 }
 
 void PageWidgets::apply(Enabling const& enabling) {

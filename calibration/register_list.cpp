@@ -11,11 +11,11 @@ std::optional<std::vector<sf_RegEntry>> dumpRegisterList(ShadingHandle const& ha
     return std::vector<sf_RegEntry>(list->entries, list->entries + list->count);
 }
 
-bool writeRegisterList(PageCore const& core, std::vector<sf_RegEntry> const& entries) {
-    Host const host = core.host;
+bool writeRegisterList(Host const& host, std::vector<sf_RegEntry> const& entries,
+                       std::function<bool()> const& goOn) {
     for (sf_RegEntry const& entry : entries) {
         host.writeListEntry(entry.first, entry.second, entry.third);
-        if (!core.alive || core.state.lscStepState != kInProgress)
+        if (!goOn())
             return false;
     }
     return true;

@@ -21,7 +21,7 @@ public:
     void writeListEntry(uint32_t id, uint32_t address, uint32_t value) const;
     /// Slot 7: tells the host which register switches lens correction.
     void announceRegister(char const* reg) const;
-    /// Slot 8: brackets a modal dialog of the plug-in's own.
+    /// Slot 8: brackets a modal dialog of the plug-in's own; use `ModalBracket`.
     void modalDialog(bool opening) const;
     /// Slots 9 and 10: host-state variables.
     [[nodiscard]] int32_t readState(char const* variable) const;
@@ -52,6 +52,18 @@ public:
     ~ChangeGroup() { m_host.endChanges(); }
     ChangeGroup(ChangeGroup const&) = delete;
     ChangeGroup& operator=(ChangeGroup const&) = delete;
+
+private:
+    Host const m_host;
+};
+
+/// Brackets a modal dialog of the plug-in's own (slot 8). It copies the host, like `ChangeGroup`.
+class ModalBracket {
+public:
+    explicit ModalBracket(Host const& host) : m_host(host) { m_host.modalDialog(true); }
+    ~ModalBracket() { m_host.modalDialog(false); }
+    ModalBracket(ModalBracket const&) = delete;
+    ModalBracket& operator=(ModalBracket const&) = delete;
 
 private:
     Host const m_host;

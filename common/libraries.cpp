@@ -122,13 +122,17 @@ Table load(QString const& name) {
     QLibrary library;
     // A library is kept for the process: its code may be on the stack when the last page goes.
     library.setLoadHints(QLibrary::PreventUnloadHint);
-    library.setFileName(ownFolder() + QLatin1Char('/') + name);
-    if (!library.load()) {
-        library.setFileName(name);
-        if (!library.load())
-            qWarning("KestraMfr: the library %s cannot be loaded: %s", qUtf8Printable(name),
-                     qUtf8Printable(library.errorString()));
+    // Both failures are told: a library that lies beside the plug-in but does not load is the usual one.
+    QString causes;
+    for (QString const& place : {ownFolder() + QLatin1Char('/') + name, name}) {
+        library.setFileName(place);
+        if (library.load())
+            break;
+        causes += QStringLiteral("\n  ") + library.errorString();
     }
+    if (!library.isLoaded())
+        qWarning("KestraMfr: the library %s cannot be loaded:%s", qUtf8Printable(name),
+                 qUtf8Printable(causes));
     Table table;
     forEachFunction(table, [&](auto& member, auto absent, char const* function) {
         using Function = std::decay_t<decltype(absent)>;

@@ -10,8 +10,7 @@ struct SwitchRow {
     LensCorrection correction;
 };
 
-// The pages differ in three kinds on purpose: sensors of kinds 72 and 76 never reach the lens-shading page,
-// and kind 154 never the other.
+// The pages differ in three kinds on purpose: each knows only the switch of the sensors that it is made for.
 constexpr SwitchRow kSwitches[] = {
     {16, KnownTo::BothPages, {"COLOR_PIPELINE_CONTROL", "LENS_SHADING"}},
     {23, KnownTo::BothPages, {"COLOR_PIPELINE_CONTROL", "LENS_SHADING"}},

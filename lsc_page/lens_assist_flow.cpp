@@ -83,7 +83,7 @@ void LensAssistFlow::calibrationTick() {
 void LensAssistFlow::loadWhenSolved() {
     ShadingHandle const handle = core.state.shadingHandle;
     std::optional<std::vector<sf_RegEntry>> const entries = dumpRegisterList(handle);
-    if (!isCalibrating(handle))
+    if (!isCalibrating(handle, phase::kSolved))
         return;
     if (entries)
         return loadSolution(*entries);
@@ -122,7 +122,7 @@ void LensAssistFlow::solve(Frame const& frame) {
         .bits = frame.type == ImageType::Raw12 ? 12U : 8U,
     };
     int const accepted = handOver(core.host, handle, image);
-    if (!isCalibrating(handle))
+    if (!isCalibrating(handle, phase::kSettleEnd))
         return;
     core.state.inputWasYcbcr = image.isYcbcr ? 1 : 0;
     if (accepted == 0) {
@@ -130,7 +130,7 @@ void LensAssistFlow::solve(Frame const& frame) {
         return;
     }
     int const result = findSolution(core, handle);
-    if (!isCalibrating(handle))
+    if (!isCalibrating(handle, phase::kSettleEnd))
         return;
     if (result == 0)
         core.state.lscStepProgress = phase::kSolved;

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QPointer>
 #include <QtDebug>
 #include <array>
 #include <exception>
@@ -55,18 +56,20 @@ void forgetWhenDestroyed(Object* object, Object* KestraMfr::*member) {
     });
 }
 
-// `configure` sets what only this kind of page has, before the page's first state is computed.
-template <typename Page, typename Configure>
-void addCalibrationPage(Page* KestraMfr::*member, QString const& label, SensorRecord const& sensor,
-                        HostServices const& services, Configure configure) {
+// The tabs' labels; the third is made and never used, since this dialog shows no configuration page.
+constexpr char const* kTabLabels[] = {"Lens Calibration", "Lens Calibration - APGA(Adaptive/Auto)",
+                                      "Headboard Configuration"};
+
+// The host may delete the dialog from inside a service that the page calls on its way.
+void addLensAssist(QPointer<Wizard> const& wizard, SensorRecord const& sensor, HostServices const& services) {
     KestraMfr& kestra = kestraMfr();
-    auto* const page = new Page(kestra.g_parentWidget, sensor, services, kestra.g_wizard);
-    kestra.*member = page;
-    forgetWhenDestroyed(page, member);
-    page->adopt(sensor, services); // the constructor has copied both already; harmless, and hosts count on it
-    configure(*page);
+    QPointer<LensAssist> const page = new LensAssist(kestra.g_parentWidget, sensor, services, wizard);
+    kestra.g_lensAssist = page;
+    forgetWhenDestroyed(page.data(), &KestraMfr::g_lensAssist);
+    page->adopt(sensor, services); // the constructor has copied both already; harmless and kept
     page->initialise();
-    kestra.g_wizard->addPage(page, label);
+    if (wizard && page)
+        wizard->addPage(page, QString::fromLatin1(kTabLabels[0]));
 }
 
 QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices const& services) {
@@ -74,15 +77,14 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
         return nullptr;
     KestraMfr& kestra = kestraMfr();
     kestra.g_parentWidget = parent;
-    kestra.g_wizard =
+    QPointer<Wizard> const wizard =
         new Wizard(QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), kestra.g_parentWidget);
-    forgetWhenDestroyed(kestra.g_wizard, &KestraMfr::g_wizard);
-    Wizard* const wizard = kestra.g_wizard;
-
+    kestra.g_wizard = wizard;
+    forgetWhenDestroyed(wizard.data(), &KestraMfr::g_wizard);
     if (sensor.sensorKind != kKindWithoutPage)
-        addCalibrationPage(&KestraMfr::g_lensAssist, QStringLiteral("Lens Calibration"), sensor, services,
-                           [](LensAssist&) {});
-
+        addLensAssist(wizard, sensor, services);
+    if (!wizard)
+        return nullptr;
     for (int index = 1; index < wizard->pageCount(); ++index)
         wizard->enablePage(index);
     wizard->enablePage(0);
