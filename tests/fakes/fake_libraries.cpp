@@ -23,9 +23,13 @@ sf_Handle* create(std::string const& call) {
 
 Veyra2 cameraTable() {
     Veyra2 table;
+    FakeHeadboard::fillIn(table);
     table.vy_ExistsBitfield = [](vy_Camera*, char const* reg, char const* bitfield) {
         note(std::string("existsBitfield ") + reg + ' ' + bitfield);
-        return int(libraries->bitfields.count(std::string(reg) + "." + bitfield));
+        auto const& registers = libraries->headboard.registers;
+        auto const found = registers.find(reg);
+        return int(libraries->bitfields.contains(std::string(reg) + "." + bitfield) ||
+                   (found != registers.end() && found->second.bitfields.contains(bitfield)));
     };
     table.vy_IsSOC = [](vy_Camera*) {
         note("isSOC");

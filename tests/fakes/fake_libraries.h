@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/libraries.h"
+#include "tests/fakes/fake_headboard.h"
 
 #include <functional>
 #include <set>
@@ -23,6 +24,7 @@ public:
     bool systemOnChip = false;
     bool hasDescription = true;
     vy_SensorDescription description{};
+    FakeHeadboard headboard; ///< registers by name, their bitfields, and the EEPROM
 
     // The solver's side.
     bool createsHandle = true;

@@ -1,0 +1,220 @@
+#include "headboard/headboard_eeprom.h"
+
+#include "common/sensor.h"
+#include "headboard/eeprom_transport.h"
+
+#include <algorithm>
+#include <span>
+
+namespace {
+
+constexpr uint8_t kErased = 0xFF;
+constexpr int32_t kSmallestImage = 8;
+constexpr int kLibraryNoAnswer = 12;
+
+// Where the headboards of these sensor kinds have their EEPROM. Fixed, because the boards are.
+struct BusAddress {
+    uint32_t sensorKind;
+    uint32_t deviceAddress;
+};
+constexpr uint32_t kUsualAddress = 0xA8;
+constexpr BusAddress kBusAddresses[] = {{95, 0xAA}, {99, 0xAA}, {193, 0xAC}, {198, 0xAC}, {199, 0xAC}};
+constexpr uint32_t kBridgeOnlyKinds[] = {71, 103, 111};
+
+uint32_t busAddressOf(uint32_t sensorKind) {
+    auto const* const found =
+        std::find_if(std::begin(kBusAddresses), std::end(kBusAddresses),
+                     [&](BusAddress const& row) { return row.sensorKind == sensorKind; });
+    return found == std::end(kBusAddresses) ? kUsualAddress : found->deviceAddress;
+}
+
+bool isBridgeOnly(uint32_t sensorKind) {
+    return std::find(std::begin(kBridgeOnlyKinds), std::end(kBridgeOnlyKinds), sensorKind) !=
+           std::end(kBridgeOnlyKinds);
+}
+
+bool isInside(HeadboardEeprom const& eeprom, int64_t offset, int64_t count) {
+    int64_t const size = eeprom->imageSize();
+    return offset >= 0 && count >= 0 && offset <= size && count <= size - offset;
+}
+
+struct Run {
+    int32_t offset;
+    int32_t count;
+};
+
+// The first run of bytes in a state from `from` on. It looks at the image as it is now: since the last call,
+// the library may have let something else change it.
+Run nextRun(HeadboardEeprom const& eeprom, ByteState wanted, int64_t from, int64_t end) {
+    std::vector<ByteState> const& state = eeprom->state;
+    auto const last = state.begin() + std::min<int64_t>(end, int64_t(state.size()));
+    auto const first = state.begin() + std::min<int64_t>(from, last - state.begin());
+    auto const begin = std::find(first, last, wanted);
+    auto const stop = std::find_if(begin, last, [&](ByteState s) { return s != wanted; });
+    return {int32_t(begin - state.begin()), int32_t(stop - begin)};
+}
+
+// Hands each run of bytes in a state to `transfer` and stops at the first failure.
+template <typename Transfer>
+int32_t forEachRun(HeadboardEeprom const& eeprom, ByteState wanted, int64_t offset, int64_t end,
+                   Transfer transfer) {
+    for (Run run = nextRun(eeprom, wanted, offset, end); run.count > 0;
+         run = nextRun(eeprom, wanted, int64_t{run.offset} + run.count, end)) {
+        int32_t const status = transfer(run);
+        if (status != kEepromOk)
+            return status;
+    }
+    return kEepromOk;
+}
+
+// The count of bytes that Load and Put work on; negative when the range does not fit. A range that reaches
+// the end of the image is cut before the last byte, deliberately: that byte stays out of the record store.
+int64_t countBeforeLastByte(HeadboardEeprom const& eeprom, int32_t offset, int32_t count) {
+    int64_t const size = eeprom->imageSize();
+    if (offset < 0)
+        return kEepromFailed;
+    return int64_t{offset} + count >= size ? size - 1 - offset : count;
+}
+
+int32_t statusOf(int libraryResult) {
+    if (libraryResult == 0)
+        return kEepromOk;
+    return libraryResult == kLibraryNoAnswer ? kEepromNoAnswer : kEepromFailed;
+}
+
+} // namespace
+
+HeadboardEeprom HeadboardEepromCreate(vy_Camera* camera) {
+    HeadboardEeprom eeprom;
+    HeadboardEepromBind(eeprom, camera);
+    return eeprom;
+}
+
+void HeadboardEepromBind(HeadboardEeprom eeprom, vy_Camera* camera) {
+    if (!camera)
+        return;
+    eeprom->borrowedHandle = true;
+    eeprom->camera = camera;
+    std::optional<SensorInfo> const info = Sensor(camera).info();
+    eeprom->deviceAddress = info ? busAddressOf(info->sensorKind) : kUsualAddress;
+    eeprom->bridgeOnly = info && isBridgeOnly(info->sensorKind);
+}
+
+void HeadboardEepromRelease(HeadboardEeprom eeprom) {
+    eeprom->image.clear();
+    eeprom->state.clear();
+    if (!eeprom->borrowedHandle)
+        Sensor(eeprom->camera).close();
+}
+
+void HeadboardEepromEnsureImage(HeadboardEeprom eeprom) {
+    if (!eeprom->image.empty() && eeprom->imageSize() >= eeprom->deviceSize)
+        return;
+    auto const size = size_t(std::max(eeprom->deviceSize, kSmallestImage));
+    eeprom->image.assign(size, kErased);
+    eeprom->state.assign(size, ByteState::NotRead);
+}
+
+int32_t HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t count, uint8_t* destination) {
+    HeadboardEepromEnsureImage(eeprom);
+    int64_t const clipped = countBeforeLastByte(eeprom, offset, count);
+    if (clipped < 0)
+        return kEepromFailed;
+    int32_t const status = forEachRun(eeprom, ByteState::NotRead, offset, offset + clipped, [&](Run run) {
+        return HeadboardEepromDeviceRead(eeprom, run.offset, run.count);
+    });
+    if (status != kEepromOk)
+        return status;
+    if (!isInside(eeprom, offset, clipped)) // released meanwhile
+        return kEepromFailed;
+    if (destination)
+        std::copy_n(eeprom->image.begin() + offset, clipped, destination);
+    return kEepromOk;
+}
+
+int32_t HeadboardEepromPut(HeadboardEeprom eeprom, int32_t offset, int32_t count, uint8_t const* bytes) {
+    HeadboardEepromEnsureImage(eeprom);
+    int64_t const clipped = countBeforeLastByte(eeprom, offset, count);
+    if (clipped < 0)
+        return kEepromFailed;
+    std::copy_n(bytes, clipped, eeprom->image.begin() + offset);
+    std::fill_n(eeprom->state.begin() + offset, clipped, ByteState::Changed);
+    return kEepromOk;
+}
+
+int32_t HeadboardEepromFlush(HeadboardEeprom eeprom) {
+    if (!eeprom->camera || eeprom->image.empty())
+        return kEepromOk;
+    HeadboardEepromEnsureImage(eeprom);
+    return forEachRun(eeprom, ByteState::Changed, 0, eeprom->imageSize(),
+                      [&](Run run) { return HeadboardEepromDeviceWrite(eeprom, run.offset, run.count); });
+}
+
+int32_t HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count) {
+    HeadboardEepromEnsureImage(eeprom);
+    bool const whole = count < 0;
+    int64_t const begin = whole ? 0 : offset;
+    int64_t const end = std::min<int64_t>(eeprom->imageSize(), whole ? INT32_MAX : begin + count);
+    if (begin < 0 || end < begin)
+        return kEepromFailed;
+    std::vector<uint8_t> const written = eeprom->image;
+    return forEachRun(eeprom, ByteState::Current, begin, end, [&](Run run) -> int32_t {
+        int32_t const status = HeadboardEepromDeviceRead(eeprom, run.offset, run.count);
+        if (status != kEepromOk)
+            return status;
+        auto const read = eeprom->image.begin() + run.offset;
+        return std::equal(read, read + run.count, written.begin() + run.offset) ? kEepromOk : kEepromMismatch;
+    });
+}
+
+int32_t HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                  uint8_t* destination) {
+    HeadboardEepromEnsureImage(eeprom);
+    if (!isInside(eeprom, offset, count))
+        return kEepromFailed;
+    if (count == 0)
+        return kEepromOk;
+    std::vector<uint8_t> bytes(size_t(count), kErased);
+    auto const transport = chooseTransport(eeprom);
+    if (!transport)
+        return kEepromFailed;
+    int32_t const status = statusOf(transport->read(uint32_t(offset), bytes));
+    if (status != kEepromOk)
+        return status;
+    if (!isInside(eeprom, offset, count)) // released meanwhile
+        return kEepromFailed;
+    std::copy(bytes.begin(), bytes.end(), eeprom->image.begin() + offset);
+    std::fill_n(eeprom->state.begin() + offset, count, ByteState::Current);
+    if (destination)
+        std::copy(bytes.begin(), bytes.end(), destination);
+    return kEepromOk;
+}
+
+int32_t HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                   uint8_t const* source) {
+    HeadboardEepromEnsureImage(eeprom);
+    if (!isInside(eeprom, offset, count))
+        return kEepromFailed;
+    if (count == 0)
+        return kEepromOk;
+    // A copy, because the image may change or go while the library is busy.
+    uint8_t const* const from = source ? source : eeprom->image.data() + offset;
+    std::vector<uint8_t> const bytes(from, from + count);
+    auto const transport = chooseTransport(eeprom);
+    if (!transport)
+        return kEepromFailed;
+    int32_t const status = statusOf(transport->write(uint32_t(offset), bytes));
+    if (status != kEepromOk)
+        return status;
+    if (!isInside(eeprom, offset, count)) // released meanwhile
+        return kEepromFailed;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        size_t const at = size_t(offset) + i;
+        if (source)
+            eeprom->image[at] = bytes[i];
+        // A byte that was changed again during the write stays to be written.
+        if (eeprom->image[at] == bytes[i])
+            eeprom->state[at] = ByteState::Current;
+    }
+    return kEepromOk;
+}

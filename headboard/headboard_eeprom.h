@@ -1,0 +1,87 @@
+#pragma once
+
+#include "common/veyra2.h"
+#include "headboard/eeprom_status.h"
+
+#include <memory>
+#include <vector>
+
+/// What is known of a byte of the image.
+enum class ByteState : uint8_t {
+    NotRead = 0, ///< the image holds 0xFF in its place
+    Current = 1, ///< equal to the device
+    Changed = 2, ///< not yet written
+};
+
+/// The serial EEPROM on the camera's headboard: an image of the whole device in memory, read byte by byte as
+/// it is needed and written on request. Used on the host's user-interface thread only.
+///
+/// A value that shares what it describes: copies stand for the same image. Every operation takes its EEPROM
+/// by value, so it holds a share of its own. A library call may spin events, and what runs there may delete
+/// or replace the process-wide EEPROM, or release its image: the operation around it then goes on with the
+/// share that it holds, or fails, and touches nothing that was freed. A routine that makes several operations
+/// copies the process-wide EEPROM once and uses the copy.
+class HeadboardEeprom {
+public:
+    struct Device {
+        vy_Camera* camera = nullptr; ///< null: there is no device
+        int32_t cameraIndex = 0;
+        uint32_t deviceAddress = 0xA8; ///< serial-bus address of the EEPROM, write form
+        int32_t deviceSize = 8176;     ///< bytes
+        bool bridgeOnly = false;       ///< the sensor reaches its EEPROM through registers only
+        uint32_t addressBits = 16;     ///< width of the EEPROM's own addresses
+        bool borrowedHandle = false;   ///< the camera is the host's and never closed here
+        std::vector<uint8_t> image;    ///< empty until it is needed
+        std::vector<ByteState> state;  ///< one for each byte of the image
+
+        [[nodiscard]] int32_t imageSize() const { return int32_t(image.size()); }
+    };
+
+    HeadboardEeprom() : m_device(std::make_shared<Device>()) {}
+
+    [[nodiscard]] Device* operator->() const { return m_device.get(); }
+
+private:
+    std::shared_ptr<Device> m_device;
+};
+
+// Offsets and counts are in bytes. Operations on the device answer `kEepromNoAnswer`, or `kEepromFailed` for
+// every other failure; the bytes of a range that failed keep their state, so the next attempt includes them.
+
+/// An EEPROM with the usual size and addressing, on the host's camera handle or, with null, on none.
+[[nodiscard]] HeadboardEeprom HeadboardEepromCreate(vy_Camera* camera);
+
+/// Takes another camera handle of the host's and finds out where its sensor has the EEPROM. The image stays;
+/// null changes nothing.
+void HeadboardEepromBind(HeadboardEeprom eeprom, vy_Camera* camera);
+
+/// Drops the image with all changes; a camera that is not the host's is closed.
+void HeadboardEepromRelease(HeadboardEeprom eeprom);
+
+/// Allocates the image when there is none, or when the device is larger than it: the old one is then dropped.
+/// Every other operation does this first.
+void HeadboardEepromEnsureImage(HeadboardEeprom eeprom);
+
+/// Reads what was not read yet of a range. A range that reaches the end of the image is cut before its last
+/// byte. `destination`, when given, takes the range's bytes and holds `count`.
+[[nodiscard]] int32_t HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                          uint8_t* destination = nullptr);
+
+/// Changes a range of the image, cut in the same way.
+[[nodiscard]] int32_t HeadboardEepromPut(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                         uint8_t const* bytes);
+
+/// Writes all changed bytes to the device. Without a camera or an image there is nothing to do.
+[[nodiscard]] int32_t HeadboardEepromFlush(HeadboardEeprom eeprom);
+
+/// Reads the current bytes of a range again and compares: `kEepromMismatch` at the first difference, the
+/// image then holding what the device holds. A negative count means the whole image.
+[[nodiscard]] int32_t HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count);
+
+/// Reads a range, whatever its state, into the image and, when given, to `destination`.
+[[nodiscard]] int32_t HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                                uint8_t* destination = nullptr);
+
+/// Writes a range, whatever its state, from `source` or, with null, from the image.
+[[nodiscard]] int32_t HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                                 uint8_t const* source = nullptr);

@@ -1,0 +1,199 @@
+#include "headboard/record_content.h"
+
+#include "headboard/big_endian.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr size_t kHeadSize = 3;
+constexpr size_t kNameField = 9;
+constexpr size_t kBlockHead = 3;
+constexpr uint8_t kNoBlock = 0xFF;
+constexpr int32_t kEntryReserve = 11; // of the capacity; an entry may still end beyond it
+constexpr int32_t kLineReserve = 4;
+
+// What stands behind the name, of as many bytes as the record says and really has.
+std::span<uint8_t const> contentOf(std::span<uint8_t const> record) {
+    if (record.size() < kHeadSize + kNameField)
+        return {};
+    size_t const length = std::min<size_t>(getU16Be(record, 1), record.size() - kHeadSize);
+    return length < kNameField ? std::span<uint8_t const>()
+                               : record.subspan(kHeadSize + kNameField, length - kNameField);
+}
+
+// A block of entries in a record's content. A length that leads out of the content is cut.
+struct Block {
+    size_t offset = 0;
+    uint8_t kind = kNoBlock;
+    std::span<uint8_t const> entries;
+
+    [[nodiscard]] size_t end() const { return offset + kBlockHead + entries.size(); }
+};
+
+// The block at an offset; the kind is `kNoBlock` behind the last one.
+Block blockAt(std::span<uint8_t const> content, size_t offset) {
+    if (offset > content.size() || content.size() - offset < kBlockHead || content[offset] == kNoBlock)
+        return {offset, kNoBlock, {}};
+    size_t const room = content.size() - offset - kBlockHead;
+    size_t const length = std::min<size_t>(getU16Be(content, offset + 1), room);
+    return {offset, content[offset], content.subspan(offset + kBlockHead, length)};
+}
+
+// The last block, or `kNoBlock` at the content's end; empty when the content is no list of blocks.
+std::optional<Block> lastBlock(EepromRecord const& record) {
+    if (record.payload().size() < kNameField)
+        return std::nullopt;
+    std::span<uint8_t const> const content = contentOf(record.bytes());
+    Block last = {0, kNoBlock, {}};
+    for (Block block = blockAt(content, 0); block.kind != kNoBlock; block = blockAt(content, block.end())) {
+        if (!entryKind(block.kind) || block.entries.size() != getU16Be(content, block.offset + 1))
+            return std::nullopt;
+        last = block;
+    }
+    bool const reachesEnd = last.kind == kNoBlock ? content.empty() : last.end() == content.size();
+    return reachesEnd ? std::optional(last) : std::nullopt;
+}
+
+// Address-space kinds of register descriptions whose entries tell id and size, or the id with a condition.
+bool isPlainKind(uint32_t kind) {
+    constexpr uint32_t kPlain[] = {1, 2, 5, 6, 8, 9};
+    return std::find(std::begin(kPlain), std::end(kPlain), kind) != std::end(kPlain);
+}
+bool isSecondaryMapKind(uint32_t kind) {
+    return kind == 4 || kind == 7;
+}
+
+// The entry of a register without mask and value.
+RegisterEntry entryFor(Sensor const& sensor, vy_RegisterDescription const& reg) {
+    std::optional<SensorInfo> const info = sensor.info();
+    RegisterEntry entry;
+    entry.address = reg.address;
+    if (isPlainKind(reg.addressSpace)) {
+        entry.registerClass = reg.addressSpace;
+        entry.id = reg.id;
+        entry.size = sensor.dataSize(reg);
+    } else if (isSecondaryMapKind(reg.addressSpace)) {
+        entry.registerClass = reg.addressSpace;
+        entry.id = info && (info->secondaryMaps >> reg.addressSpace & 1) != 0 ? reg.id : 0;
+    } else {
+        entry.id = info && info->hasPageSelect ? reg.id : 0;
+    }
+    return entry;
+}
+
+// The entry of a register or bitfield by name, as yet without a value; empty when the sensor lacks it.
+std::optional<RegisterEntry> findEntry(Sensor const& sensor, char const* reg, char const* bitfield) {
+    bool const isWhole = *bitfield == '\0';
+    if (!(isWhole ? sensor.existsRegister(reg) : sensor.existsBitfield(reg, bitfield)))
+        return std::nullopt;
+    uint32_t mask = 0;
+    if (!isWhole) {
+        vy_BitfieldDescription const* const found = sensor.findBitfield(reg, bitfield);
+        if (!found)
+            return std::nullopt;
+        mask = found->mask;
+    }
+    vy_RegisterDescription const* const description = sensor.findRegister(reg);
+    if (!description)
+        return std::nullopt;
+    RegisterEntry entry = entryFor(sensor, vy_RegisterDescription(*description));
+    entry.mask = mask;
+    return entry;
+}
+
+} // namespace
+
+int32_t EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEntry entry) {
+    if (record.length() >= int64_t{record.capacity()} - kEntryReserve)
+        return kEepromNoRoom;
+    Sensor const sensor(eeprom->camera);
+    std::optional<SensorInfo> const info = sensor.info();
+    if (entry.size == 0 && info) {
+        if (auto const* const reg = sensor.findRegisterAt(entry.address, entry.registerClass, entry.id))
+            entry.size = sensor.dataSize(vy_RegisterDescription(*reg));
+    }
+    constexpr uint32_t kFirmwareVariable = 1;
+    constexpr uint32_t kUsualVariableSize = 2;
+    if (entry.registerClass == kFirmwareVariable && entry.size == 0)
+        entry.size = kUsualVariableSize;
+
+    std::optional<Block> const last = lastBlock(record);
+    if (!last)
+        return kEepromFailed;
+    EntryKind const kind = chooseEntryKind(entry, info);
+    std::vector<uint8_t> added = encodeEntry(entry, kind, info);
+    auto const entryBytes = uint32_t(added.size());
+    size_t lengthAt = kNameField + last->offset + 1;
+    uint32_t blockLength = uint32_t(last->entries.size());
+    if (last->kind != uint8_t(kind)) {
+        lengthAt = record.payload().size() + 1;
+        blockLength = 0;
+        added.insert(added.begin(), {uint8_t(kind), 0, 0});
+    }
+    if (!record.append(added))
+        return kEepromNoRoom;
+    putU16Be(record.payload(), lengthAt, blockLength + entryBytes);
+    return kEepromOk;
+}
+
+int32_t EepromAddRegister(HeadboardEeprom eeprom, EepromRecord& record, char const* reg, char const* bitfield,
+                          uint32_t value) {
+    std::optional<RegisterEntry> entry = findEntry(Sensor(eeprom->camera), reg, bitfield);
+    if (!entry)
+        return kEepromFailed;
+    entry->value = value;
+    return EepromAddEntry(eeprom, record, *entry);
+}
+
+int32_t EepromAddRegisterCurrent(HeadboardEeprom eeprom, EepromRecord& record, char const* reg,
+                                 char const* bitfield) {
+    Sensor const sensor(eeprom->camera);
+    std::optional<RegisterEntry> entry = findEntry(sensor, reg, bitfield);
+    if (!entry)
+        return kEepromFailed;
+    entry->value = sensor.readRegister(reg, bitfield);
+    return EepromAddEntry(eeprom, record, *entry);
+}
+
+int32_t EepromAddLine(EepromRecord& record, std::string const& text) {
+    int64_t const needed = record.length() + int64_t(text.size()) + int64_t{kHeadSize};
+    if (needed >= int64_t{record.capacity()} - kLineReserve)
+        return kEepromNoRoom;
+    auto const* const bytes = reinterpret_cast<uint8_t const*>(text.c_str());
+    return record.append({bytes, text.size() + 1}) ? kEepromOk : kEepromNoRoom;
+}
+
+int32_t EepromGetEntry(HeadboardEeprom eeprom, std::span<uint8_t const> record, int32_t n,
+                       RegisterEntry& entry) {
+    std::optional<SensorInfo> const info = Sensor(eeprom->camera).info();
+    std::span<uint8_t const> const content = contentOf(record);
+    auto left = size_t(std::max(n, 0));
+    for (Block block = blockAt(content, 0);; block = blockAt(content, block.end())) {
+        std::optional<EntryKind> const kind = entryKind(block.kind);
+        if (!kind)
+            return kEepromFailed;
+        size_t const count = block.entries.size() / entrySize(*kind);
+        if (left < count) {
+            entry =
+                decodeEntry(block.entries.subspan(left * entrySize(*kind), entrySize(*kind)), *kind, info);
+            return kEepromOk;
+        }
+        left -= count;
+    }
+}
+
+int32_t EepromGetLine(std::span<uint8_t const> record, int32_t n, std::string* line) {
+    std::span<uint8_t const> const content = contentOf(record);
+    std::string_view rest(reinterpret_cast<char const*>(content.data()), content.size());
+    for (int32_t i = 0; !rest.empty(); ++i) {
+        std::string_view const text = rest.substr(0, rest.find('\0'));
+        if (i >= n) {
+            if (line)
+                *line = text;
+            return int32_t(text.size());
+        }
+        rest.remove_prefix(std::min(rest.size(), text.size() + 1));
+    }
+    return kEepromFailed;
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "headboard/headboard_eeprom.h"
+
+/// Kind and generation of a sensor.
+struct SensorModel {
+    uint32_t sensorKind = 0;
+    uint32_t variant = 0;
+};
+
+/// Stores the sensor's shading-correction registers, as they are now, as the record "PGA" of a name (null:
+/// "DEFAULT"), in the place of an older one of that name. Its replay switches the correction off, loads the
+/// registers and switches it on. The correction is off while the registers are read, and on again afterwards
+/// if it was. `fallback` counts while the library has no description of the sensor.
+///
+/// Only the image changes: `HeadboardEepromFlush` writes it. After `kEepromNoRoom` the older record is gone
+/// from the image.
+[[nodiscard]] int32_t saveShadingRegisters(HeadboardEeprom eeprom, char const* name, SensorModel fallback);
+
+/// The same for the colour-correction registers and the record "CCM"; nothing is switched.
+[[nodiscard]] int32_t saveCcmRegisters(HeadboardEeprom eeprom, char const* name);

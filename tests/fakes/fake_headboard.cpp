@@ -1,0 +1,240 @@
+#include "tests/fakes/fake_headboard.h"
+
+#include "common/pause.h"
+#include "tests/fakes/fake_host.h"
+
+#include <bit>
+#include <cstdlib>
+
+namespace {
+
+constexpr uint32_t kPageSize = 32;
+constexpr uint32_t kDataTypeOfNoBytes = 100; // unlike a size, so that mixing the two up shows
+constexpr std::chrono::milliseconds kWriteCycle{20};
+
+FakeHeadboard* headboard = nullptr;
+
+template <typename... Parts>
+void note(char const* name, Parts... parts) {
+    FakeHost* const host = FakeHost::current();
+    if (!host)
+        return;
+    std::string line = name;
+    [[maybe_unused]] auto const text = [](auto part) {
+        if constexpr (std::is_arithmetic_v<decltype(part)>)
+            return std::to_string(part);
+        else
+            return std::string(part);
+    };
+    ((line += ' ' + text(parts)), ...);
+    host->note(line);
+}
+
+FakeRegister* find(vy_Camera* camera, char const* reg) {
+    if (!camera)
+        std::abort(); // the library would
+    auto const found = headboard->registers.find(reg);
+    return found == headboard->registers.end() ? nullptr : &found->second;
+}
+
+vy_BitfieldDescription const* find(vy_Camera* camera, char const* reg, char const* bitfield) {
+    FakeRegister* const found = find(camera, reg);
+    if (!found || !found->bitfields.contains(bitfield))
+        return nullptr;
+    return &found->bitfields[bitfield];
+}
+
+uint32_t maskOf(FakeRegister const& reg, char const* bitfield) {
+    return *bitfield ? reg.bitfields.at(bitfield).mask : 0xFFFFFFFF;
+}
+
+} // namespace
+
+// The library's functions, by their own names.
+struct FakeHeadboardFunctions {
+    static int existsRegister(vy_Camera* camera, char const* reg) {
+        note("existsRegister", reg);
+        return find(camera, reg) != nullptr;
+    }
+    static vy_RegisterDescription const* findRegister(vy_Camera* camera, char const* reg) {
+        FakeRegister* const found = find(camera, reg);
+        note("findRegister", reg);
+        return found ? &found->description : nullptr;
+    }
+    static vy_RegisterDescription const* findRegisterAddr(vy_Camera*, uint32_t address, uint32_t space,
+                                                          uint32_t id) {
+        note("findRegisterAddr", address, space, id);
+        for (auto const& [name, reg] : headboard->registers) {
+            vy_RegisterDescription const& d = reg.description;
+            if (d.address == address && d.addressSpace == space && d.id == id)
+                return &d;
+        }
+        return nullptr;
+    }
+    static int readByName(vy_Camera* camera, char const* reg, char const* bitfield, uint32_t* value) {
+        FakeRegister* const found = find(camera, reg);
+        note("read", reg, bitfield);
+        if (!found)
+            return -1;
+        uint32_t const mask = maskOf(*found, bitfield);
+        bool const isStatus = std::string(reg) == "IO_EEPROM_STATUS";
+        uint32_t const whole = isStatus ? headboard->bridgeStatus() : found->value;
+        *value = (whole & mask) >> std::countr_zero(mask);
+        return 0;
+    }
+    static int writeByName(vy_Camera* camera, char const* reg, char const* bitfield, uint32_t value) {
+        FakeRegister* const found = find(camera, reg);
+        note("write", reg, bitfield, value);
+        if (!found)
+            return -1;
+        uint32_t const mask = maskOf(*found, bitfield);
+        found->value = (found->value & ~mask) | (value << std::countr_zero(mask) & mask);
+        if (std::string(reg) == "IO_EEPROM_COMMAND")
+            headboard->runBridge(value);
+        return 0;
+    }
+    static int readDescribed(vy_Camera*, vy_RegisterDescription const* reg, uint32_t* value) {
+        note("readDescribed", reg->addressSpace, reg->id, reg->addressWidth, reg->dataWidth, reg->dataType,
+             reg->address, reg->accessSize);
+        headboard->waitForDevice();
+        uint32_t words[2] = {};
+        int const result = headboard->read(reg->id, reg->address, reg->accessSize, words);
+        *value = reg->accessSize == 2 ? words[0] << 8 | words[1] : words[0];
+        return result;
+    }
+    static int writeDescribed(vy_Camera*, vy_RegisterDescription const* reg, uint32_t value) {
+        note("writeDescribed", reg->address, reg->accessSize, value);
+        headboard->waitForDevice();
+        uint32_t const words[2] = {reg->accessSize == 2 ? value >> 8 : value, value};
+        return headboard->write(reg->id, reg->address, reg->accessSize, words);
+    }
+    static int readBus(vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count, uint32_t* words) {
+        note("readBus", busAddress, start, count);
+        return headboard->read(busAddress, start, count, words);
+    }
+    static int writeBus(vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count,
+                        uint32_t const* words) {
+        note("writeBus", busAddress, start, count, words[0]);
+        return headboard->write(busAddress, start, count, words);
+    }
+};
+
+FakeHeadboard::FakeHeadboard() : device(8192, 0xFF), timesRead(8192), timesWritten(8192) {
+    headboard = this;
+    installPause([this](std::chrono::milliseconds duration) {
+        now += duration;
+        note("pause", duration.count());
+    });
+}
+
+FakeHeadboard::~FakeHeadboard() {
+    installPause({});
+    headboard = nullptr;
+}
+
+void FakeHeadboard::fillIn(Veyra2& table) {
+    using Functions = FakeHeadboardFunctions;
+    table.vy_ExistsRegister = Functions::existsRegister;
+    table.vy_FindRegister = Functions::findRegister;
+    table.vy_FindBitfield = find;
+    table.vy_FindRegisterAddr = Functions::findRegisterAddr;
+    table.vy_dataSize = [](uint32_t dataType) { return dataType - kDataTypeOfNoBytes; };
+    table.vy_ReadSensorRegStr = Functions::readByName;
+    table.vy_WriteSensorRegStr = Functions::writeByName;
+    table.vy_ReadSensorReg = Functions::readDescribed;
+    table.vy_WriteSensorReg = Functions::writeDescribed;
+    table.vy_readRegisters = Functions::readBus;
+    table.vy_writeRegisters = Functions::writeBus;
+    table.vy_setMode = [](vy_Camera*, uint32_t mode, uint32_t value) {
+        note("setMode", mode, value);
+        return 0;
+    };
+    table.vy_InvalidateRegCache = [](vy_Camera*) { note("invalidateCache"); };
+    table.vy_stopTransport = [](vy_Camera*) {
+        note("stopTransport");
+        return 0;
+    };
+    table.vy_CloseCameras = [] { note("closeCameras"); };
+}
+
+FakeRegister& FakeHeadboard::add(std::string const& name, uint32_t addressSpace, uint32_t id,
+                                 uint32_t address, uint32_t bytes, uint32_t value) {
+    FakeRegister& reg = registers[name];
+    reg.description = {.name = nullptr,
+                       .addressSpace = addressSpace,
+                       .id = id,
+                       .address = address,
+                       .addressWidth = 16,
+                       .dataWidth = bytes * 8,
+                       .accessSize = bytes,
+                       .dataType = kDataTypeOfNoBytes + bytes,
+                       .reserved = 0};
+    reg.value = value;
+    return reg;
+}
+
+void FakeHeadboard::addBitfield(std::string const& reg, std::string const& bitfield, uint32_t mask) {
+    registers.at(reg).bitfields[bitfield] = {nullptr, mask, 0};
+}
+
+void FakeHeadboard::addBridge() {
+    for (char const* const name : {"I2C_ADDR", "ADDR", "COMMAND", "STATUS", "DATA"})
+        add(std::string("IO_EEPROM_") + name, 0, 0, uint32_t(0x3100 + 2 * registers.size()), 2);
+}
+
+void FakeHeadboard::waitForDevice() {
+    now = std::max(now, m_busyUntil);
+}
+
+// Counts an operation and tells the library's result of addressing the device.
+int FakeHeadboard::begin(uint32_t busAddress) {
+    int64_t const number = operations++;
+    bool const isHit = faultAt >= 0 && (faultLasts ? number >= faultAt : number == faultAt);
+    m_now = isHit ? fault : DeviceFault::None;
+    if (m_now == DeviceFault::Failure)
+        return 5;
+    bool const isSound = m_now == DeviceFault::None || m_now == DeviceFault::IgnoredWrite;
+    return isSound && busAddress == deviceAddress && now >= m_busyUntil ? 0 : 12;
+}
+
+int FakeHeadboard::read(uint32_t busAddress, uint32_t start, uint32_t count, uint32_t* words) {
+    int const result = begin(busAddress);
+    for (uint32_t i = 0; result == 0 && i < count; ++i) {
+        words[i] = device.at(start + i);
+        ++timesRead[start + i];
+    }
+    return result;
+}
+
+int FakeHeadboard::write(uint32_t busAddress, uint32_t start, uint32_t count, uint32_t const* words) {
+    int const result = begin(busAddress);
+    if (result != 0)
+        return result;
+    m_busyUntil = now + kWriteCycle;
+    for (uint32_t i = 0; i < count && m_now != DeviceFault::IgnoredWrite; ++i) {
+        uint32_t const page = start / kPageSize * kPageSize;
+        uint32_t const at = page + (start + i) % kPageSize;
+        device.at(at) = uint8_t(words[i]);
+        ++timesWritten[at];
+    }
+    return 0;
+}
+
+void FakeHeadboard::runBridge(uint32_t command) {
+    uint32_t const count = command & 0x200 ? 2 : 1;
+    uint32_t const address = registers.at("IO_EEPROM_ADDR").value;
+    uint32_t const device8 = registers.at("IO_EEPROM_I2C_ADDR").value;
+    uint32_t& data = registers.at("IO_EEPROM_DATA").value;
+    uint32_t words[2] = {count == 2 ? data >> 8 : data, data};
+    if (command & 0x080) {
+        m_acknowledged = write(device8, address, count, words) == 0;
+    } else {
+        m_acknowledged = read(device8, address, count, words) == 0;
+        data = count == 2 ? words[0] << 8 | words[1] : words[0];
+    }
+}
+
+uint32_t FakeHeadboard::bridgeStatus() {
+    bool const isBusy = m_now == DeviceFault::BusyForEver || now < m_busyUntil;
+    return (isBusy ? 0x10U : 0U) | (m_acknowledged ? 0x04U : 0U);
+}

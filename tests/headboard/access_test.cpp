@@ -1,0 +1,259 @@
+#include "tests/headboard/headboard_fixture.h"
+
+#include <numeric>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// One poll of the bridge that finds the transfer done.
+void addBridgeTransfer(Lines& lines, Lines const& writes, int polls) {
+    for (std::string const& write : writes)
+        lines.push_back("write IO_EEPROM_" + write);
+    for (int i = 0; i < polls; ++i)
+        lines.insert(lines.end(), {"pause 2", "read IO_EEPROM_STATUS "});
+}
+
+TEST(Access, SensorKindDecidesWhereTheEepromIs) {
+    struct Row {
+        uint32_t kind, address;
+        bool bridgeOnly;
+    };
+    FakeLibraries fake;
+    for (Row const row : {Row{95, 0xAA, false},
+                          {99, 0xAA, false},
+                          {193, 0xAC, false},
+                          {198, 0xAC, false},
+                          {199, 0xAC, false},
+                          {71, 0xA8, true},
+                          {103, 0xA8, true},
+                          {111, 0xA8, true},
+                          {33, 0xA8, false}}) {
+        fake.description.sensorKind = row.kind;
+        HeadboardEeprom const eeprom = HeadboardEepromCreate(fake.camera());
+        EXPECT_EQ(eeprom->deviceAddress, row.address) << row.kind;
+        EXPECT_EQ(eeprom->bridgeOnly, row.bridgeOnly) << row.kind;
+        EXPECT_TRUE(eeprom->borrowedHandle);
+        HeadboardEepromBind(eeprom, nullptr);
+        EXPECT_EQ(eeprom->camera, fake.camera()) << "binding no camera changes nothing";
+        fake.hasDescription = false;
+        HeadboardEepromBind(eeprom, fake.camera());
+        EXPECT_EQ(eeprom->deviceAddress, 0xA8U);
+        EXPECT_FALSE(eeprom->bridgeOnly);
+        fake.hasDescription = true;
+    }
+}
+
+TEST(Access, WithoutCameraTheLibraryIsNotAsked) {
+    FakeHost host;
+    FakeLibraries fake;
+    HeadboardEeprom const eeprom = HeadboardEepromCreate(nullptr);
+    uint8_t byte = 7;
+    EXPECT_EQ(HeadboardEepromLoad(eeprom, 0, 1), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromPut(eeprom, 0, 1, &byte), kEepromOk);
+    EXPECT_EQ(HeadboardEepromFlush(eeprom), kEepromOk);
+    EXPECT_EQ(HeadboardEepromDeviceWrite(eeprom, 0, 1), kEepromFailed);
+    EXPECT_EQ(EepromCheckHeader(eeprom), kEepromFailed);
+    HeadboardEepromRelease(eeprom);
+    EXPECT_EQ(host.log, Lines{});
+}
+
+TEST(Access, RawPathReadsOnceAndWritesAlignedPairs) {
+    Headboard h;
+    std::iota(h.board.device.begin(), h.board.device.begin() + 16, uint8_t{1});
+    std::vector<uint8_t> read(5);
+    ASSERT_EQ(HeadboardEepromLoad(h.eeprom, 3, 5, read.data()), kEepromOk);
+    EXPECT_EQ(read, (std::vector<uint8_t>{4, 5, 6, 7, 8}));
+    EXPECT_EQ(h.host.log, (Lines{"setMode 1 16", "setMode 2 8", "readBus 168 3 5"}));
+
+    h.host.log.clear();
+    std::vector<uint8_t> const bytes = {10, 11, 12, 13, 14, 15};
+    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 7, 6, bytes.data()), kEepromOk);
+    EXPECT_EQ(h.host.log, Lines{}) << "nothing reaches the device before the flush";
+    ASSERT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
+    EXPECT_EQ(h.host.log,
+              (Lines{"setMode 1 16", "setMode 2 8", "writeBus 168 7 1 10", "pause 20", "writeBus 168 8 2 11",
+                     "pause 20", "writeBus 168 10 2 13", "pause 20", "writeBus 168 12 1 15", "pause 20"}));
+    EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), h.board.device.begin() + 7));
+    EXPECT_EQ(HeadboardEepromVerify(h.eeprom, 0, -1), kEepromOk);
+}
+
+TEST(Access, BridgePathSendsOneCommandForTwoBytes) {
+    Headboard h(Path::Bridge);
+    std::iota(h.board.device.begin(), h.board.device.begin() + 16, uint8_t{1});
+    std::vector<uint8_t> read(3);
+    ASSERT_EQ(HeadboardEepromLoad(h.eeprom, 5, 3, read.data()), kEepromOk);
+    EXPECT_EQ(read, (std::vector<uint8_t>{6, 7, 8}));
+    Lines expected = {"existsRegister IO_EEPROM_I2C_ADDR", "setMode 3 0", "write IO_EEPROM_I2C_ADDR  168"};
+    Lines const begin = expected;
+    addBridgeTransfer(expected, {"ADDR  5", "COMMAND  528"}, 1);
+    expected.push_back("read IO_EEPROM_DATA ");
+    addBridgeTransfer(expected, {"ADDR  7", "COMMAND  16"}, 1);
+    expected.push_back("read IO_EEPROM_DATA ");
+    EXPECT_EQ(h.host.log, expected);
+
+    h.host.log.clear();
+    std::vector<uint8_t> const bytes = {0x21, 0x22, 0x23};
+    ASSERT_EQ(HeadboardEepromDeviceWrite(h.eeprom, 4, 3, bytes.data()), kEepromOk);
+    expected = begin;
+    addBridgeTransfer(expected, {"ADDR  4", "DATA  34", "COMMAND  640"}, 10); // 0x0022: the first byte is cut
+    addBridgeTransfer(expected, {"ADDR  6", "DATA  35", "COMMAND  128"}, 10);
+    EXPECT_EQ(h.host.log, expected);
+}
+
+TEST(Access, BusDescriptionPathDescribesEachLocation) {
+    Headboard h(Path::BusDescription);
+    std::iota(h.board.device.begin(), h.board.device.begin() + 16, uint8_t{1});
+    std::vector<uint8_t> read(3);
+    ASSERT_EQ(HeadboardEepromLoad(h.eeprom, 5, 3, read.data()), kEepromOk);
+    EXPECT_EQ(read, (std::vector<uint8_t>{6, 7, 8}));
+    EXPECT_EQ(h.host.calls("readDescribed"),
+              (Lines{"readDescribed 1 168 16 8 0 5 2", "readDescribed 1 168 16 8 0 7 1"}));
+    EXPECT_EQ(h.host.calls("setMode"), Lines{});
+
+    std::vector<uint8_t> const bytes = {0x21, 0x22, 0x23};
+    ASSERT_EQ(HeadboardEepromDeviceWrite(h.eeprom, 5, 3, bytes.data()), kEepromOk);
+    EXPECT_EQ(h.host.calls("writeDescribed"), (Lines{"writeDescribed 5 2 8482", "writeDescribed 7 1 35"}));
+    EXPECT_EQ(HeadboardEepromVerify(h.eeprom, 0, -1), kEepromOk);
+
+    h.board.registers.erase("DMA_CTRL");
+    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, 100, 1), kEepromFailed) << "no path is left";
+}
+
+TEST(Access, BridgeGivesUpAfterFiftyMilliseconds) {
+    Headboard h(Path::Bridge);
+    h.board.fault = DeviceFault::BusyForEver;
+    h.board.faultAt = 0;
+    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, 0, 4), kEepromFailed);
+    EXPECT_EQ(h.board.now.count(), 50);
+    EXPECT_EQ(h.host.calls("pause").size(), 25U);
+    EXPECT_EQ(h.host.calls("write IO_EEPROM_COMMAND").size(), 1U) << "a failure ends the transfer";
+    EXPECT_EQ(h.eeprom->state[0], ByteState::NotRead);
+}
+
+// What the bridge's lost bytes lead to; the users of such boards live with it.
+TEST(Access, BlankBridgeDeviceCannotBeFormatted) {
+    Headboard h(Path::Bridge);
+    ASSERT_EQ(EepromFormat(h.eeprom, -1), kEepromOk);
+    EXPECT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk) << "every transfer was acknowledged";
+    EXPECT_EQ(HeadboardEepromVerify(h.eeprom, 0, -1), kEepromMismatch);
+    HeadboardEepromRelease(h.eeprom);
+    EXPECT_EQ(EepromCheckHeader(h.eeprom), kEepromNotFormatted);
+}
+
+TEST(Access, EveryFailedOperationIsReportedAndMadeGoodByARetry) {
+    struct Answer {
+        DeviceFault fault;
+        int32_t status, statusOnBridge;
+    };
+    constexpr Answer kAnswers[] = {{DeviceFault::NoAnswer, kEepromNoAnswer, kEepromFailed},
+                                   {DeviceFault::Failure, kEepromFailed, kEepromFailed},
+                                   {DeviceFault::BusyForEver, kEepromNoAnswer, kEepromFailed}};
+    std::vector<uint8_t> bytes(7);
+    std::iota(bytes.begin(), bytes.end(), uint8_t{1});
+    int cases = 0;
+    for (Path const path : kPaths)
+        for (Answer const& answer : kAnswers)
+            for (bool const lasts : {false, true})
+                for (int64_t at = 0;; ++at) {
+                    Headboard h(path);
+                    int32_t const expected = path == Path::Bridge ? answer.statusOnBridge : answer.status;
+                    h.board.fault = answer.fault;
+                    h.board.faultAt = at;
+                    h.board.faultLasts = lasts;
+                    int32_t const loaded = HeadboardEepromLoad(h.eeprom, 0, 9);
+                    if (loaded != kEepromOk) {
+                        EXPECT_EQ(loaded, expected);
+                        EXPECT_EQ(h.eeprom->state[0], ByteState::NotRead);
+                    }
+                    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 2, 3, bytes.data()), kEepromOk);
+                    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 7, 7, bytes.data()), kEepromOk);
+                    int32_t const flushed = HeadboardEepromFlush(h.eeprom);
+                    if (flushed != kEepromOk) {
+                        EXPECT_EQ(flushed, expected);
+                        EXPECT_EQ(h.eeprom->state[13], ByteState::Changed);
+                    }
+                    bool const isHit = h.board.operations > at;
+                    EXPECT_EQ(isHit, loaded != kEepromOk || flushed != kEepromOk);
+                    h.board.faultAt = -1;
+                    h.board.now += std::chrono::seconds(1);
+                    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, 0, 9), kEepromOk);
+                    EXPECT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
+                    if (path != Path::Bridge) {
+                        EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), h.board.device.begin() + 7));
+                    }
+                    ++cases;
+                    if (!isHit)
+                        break;
+                }
+    EXPECT_GT(cases, 100);
+}
+
+TEST(Access, IgnoredWriteShowsInTheVerificationOnly) {
+    Headboard h;
+    uint8_t const bytes[] = {1, 2, 3, 4};
+    h.board.fault = DeviceFault::IgnoredWrite;
+    h.board.faultAt = 1;
+    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 0, 4, bytes), kEepromOk);
+    EXPECT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
+    EXPECT_EQ(HeadboardEepromVerify(h.eeprom, 0, 2), kEepromOk);
+    EXPECT_EQ(HeadboardEepromVerify(h.eeprom, 0, 4), kEepromMismatch);
+}
+
+TEST(Access, RangesAreCutBeforeTheLastByteAndCheckedWithoutOverflow) {
+    Headboard h;
+    std::vector<uint8_t> const bytes(16, 0);
+    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, 8170, 6), kEepromOk);
+    EXPECT_EQ(h.host.calls("readBus"), (Lines{"readBus 168 8170 5"}));
+    EXPECT_EQ(HeadboardEepromPut(h.eeprom, 8170, 16, bytes.data()), kEepromOk);
+    EXPECT_EQ(h.eeprom->state[8174], ByteState::Changed);
+    EXPECT_EQ(h.eeprom->state[8175], ByteState::NotRead);
+    EXPECT_EQ(h.eeprom->image[8175], 0xFF);
+    EXPECT_EQ(HeadboardEepromPut(h.eeprom, 8175, 1, bytes.data()), kEepromOk) << "cut to nothing";
+    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, INT32_MAX, INT32_MAX), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, -1, 5), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, 5, -1), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromPut(h.eeprom, INT32_MIN, INT32_MAX, bytes.data()), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromDeviceRead(h.eeprom, 8170, 7), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromDeviceWrite(h.eeprom, INT32_MAX, INT32_MAX), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromVerify(h.eeprom, 8177, 1), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromVerify(h.eeprom, 8170, INT32_MAX), kEepromOk);
+    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, 8176, 0), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, 17, 0), kEepromOk);
+    EXPECT_EQ(h.board.operations, 1);
+}
+
+TEST(Access, NoByteTravelsTwice) {
+    Headboard h;
+    uint8_t const bytes[] = {1, 2, 3, 4};
+    ASSERT_EQ(HeadboardEepromLoad(h.eeprom, 100, 10), kEepromOk);
+    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 120, 4, bytes), kEepromOk);
+    ASSERT_EQ(HeadboardEepromLoad(h.eeprom, 90, 50), kEepromOk);
+    EXPECT_EQ(h.host.calls("readBus"),
+              (Lines{"readBus 168 100 10", "readBus 168 90 10", "readBus 168 110 10", "readBus 168 124 16"}));
+    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 95, 2, bytes), kEepromOk);
+    ASSERT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
+    ASSERT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
+    EXPECT_EQ(std::accumulate(h.board.timesWritten.begin(), h.board.timesWritten.end(), 0), 6);
+}
+
+TEST(Access, ReleaseClosesOnlyACameraOfItsOwnAndGrowthDropsTheImage) {
+    Headboard h;
+    uint8_t const byte = 1;
+    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 0, 1, &byte), kEepromOk);
+    h.eeprom->deviceSize = 9000;
+    EXPECT_EQ(HeadboardEepromPut(h.eeprom, 8990, 1, &byte), kEepromOk);
+    EXPECT_EQ(h.eeprom->imageSize(), 9000);
+    EXPECT_EQ(h.eeprom->state[0], ByteState::NotRead);
+    HeadboardEepromRelease(h.eeprom);
+    EXPECT_EQ(h.eeprom->imageSize(), 0);
+    EXPECT_EQ(h.host.log, Lines{});
+    h.eeprom->borrowedHandle = false;
+    HeadboardEepromRelease(h.eeprom);
+    EXPECT_EQ(h.host.log, (Lines{"stopTransport", "closeCameras"}));
+    h.eeprom->deviceSize = -5;
+    HeadboardEepromEnsureImage(h.eeprom);
+    EXPECT_EQ(h.eeprom->imageSize(), 8);
+}
+
+} // namespace

@@ -1,0 +1,103 @@
+#include "headboard/preset_section.h"
+
+#include "headboard/record_content.h"
+#include "tests/headboard/headboard_fixture.h"
+
+#include <QTemporaryDir>
+#include <fstream>
+
+namespace {
+
+struct PresetSection : ::testing::Test, Headboard {
+    PresetSection() { EXPECT_EQ(EepromFormat(eeprom, -1), kEepromOk); }
+    int32_t import(std::string const& lines, uint8_t type, std::string const& section = "Lens Correction") {
+        std::ofstream(ini()) << "[Other]\nREG = 9, 9\n[" + section + "]\n" + lines + "\n[Last]\nREG = 8, 8\n";
+        return EepromImportSection(eeprom, ini().c_str(), section.c_str(), type);
+    }
+    std::string ini() const { return m_folder.filePath(QStringLiteral("preset.ini")).toStdString(); }
+
+    std::vector<RegisterEntry> entries() {
+        std::vector<RegisterEntry> found;
+        RegisterEntry entry;
+        std::vector<uint8_t> const record = readRecord(eeprom, 5);
+        while (EepromGetEntry(eeprom, record, int32_t(found.size()), entry) == kEepromOk)
+            found.push_back(entry);
+        return found;
+    }
+    std::vector<std::string> lines() {
+        std::vector<std::string> found;
+        std::string line;
+        std::vector<uint8_t> const record = readRecord(eeprom, 5);
+        while (EepromGetLine(record, int32_t(found.size()), &line) >= 0)
+            found.push_back(line);
+        return found;
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+TEST_F(PresetSection, EveryFormOfLineIsTaken) {
+    fake.hasDescription = false; // so that sizes are the lines' own
+    struct Row {
+        char const* line;
+        std::vector<RegisterEntry> entries;
+    };
+    for (Row const& row : std::vector<Row>{
+             {"REG = 4660, 13", {{0, 0, 4660, 1, 0, 13}}},
+             {"REG=3,0x20,0xFFFF // comment", {{0, 0, 0x20, 1, 0, 0xFFFF}}}, // a short entry holds no page
+             {"BITFIELD = 3, 0x20, 0x8000, 1", {{0, 3, 0x20, 0, 0x8000, 1}}},
+             {"BITFIELD = 0x20, 0x8000, 1 ; comment", {{0, 0, 0x20, 0, 0x8000, 1}}},
+             {"VAR = 18, 0x42, 5", {{1, 18, 0x42, 2, 0, 5}}},
+             {"VAR = 18, 0x42, 3, 5", {{1, 18, 0x42, 2, 3, 5}}},
+             {"VAR8 = 18, 0x42, 5", {{1, 18, 0x42, 1, 0, 5}}},
+             {"SFR = 0x1070, 5", {{2, 2, 0x1070, 0, 0, 5}}},
+             {"SFR8 = 0x1070, 1, 5", {{2, 2, 0x1070, 1, 1, 5}}},
+             {"MEM = 4, 0x100, 5", {{2, 4, 0x100, 0, 0, 5}}},
+             {"MEM8 = 4, 0x100, 1, 5", {{2, 4, 0x100, 1, 1, 5}}},
+             {"MEM32 = 4, 0x100, -1", {{2, 4, 0x100, 4, 0, 0xFFFFFFFF}}},
+             {"REG = 010, 1, x", {{0, 0, 8, 1, 0, 1}}}, // two numbers, octal, and something else
+             {"REG = 1\nREG 1, 2\nREGS = 1, 2\nVAR = 1, 2\nSTATE = White Balance, 1\n// REG = 1, 2\nx", {}},
+         }) {
+        ASSERT_EQ(EepromFormat(eeprom, -1), kEepromOk);
+        ASSERT_EQ(import(row.line, kRecordPga), kEepromOk) << row.line;
+        EXPECT_EQ(entries(), row.entries) << row.line;
+        EXPECT_EQ(EepromRecordText(eeprom, 5), "Lens Cor");
+    }
+}
+
+TEST_F(PresetSection, StatesAreTakenByTheTypesThatKnowThem) {
+    std::string const states = "STATE = Lens Curve Red, 1, 2 // comment\nSTATE=lens correction falloff,80\n"
+                               "STATE = WB Speed, 3\nSTATE = WB Custom Led,1\nSTATE = Stereo Shift Y, -4\n"
+                               "STATE = Gamma, 9\nSTATE = " +
+                               std::string(80, 'x') + "\n";
+    using Lines = std::vector<std::string>;
+    for (auto const& [type, expected] :
+         std::map<uint8_t, Lines>{{kRecordSwPga, {"Lens Curve Red, 1, 2", "lens correction falloff,80"}},
+                                  {kRecordSwCcm, {"WB Speed, 3", "WB Custom Led,1"}},
+                                  {kRecordSwStereo, {"Stereo Shift Y, -4"}},
+                                  {kRecordCcm, {}}}) {
+        ASSERT_EQ(EepromFormat(eeprom, -1), kEepromOk);
+        ASSERT_EQ(import(states, type), kEepromOk);
+        EXPECT_EQ(lines(), expected) << int(type);
+    }
+}
+
+TEST_F(PresetSection, WhatCannotBeStoredWholeIsNotStored) {
+    EXPECT_EQ(EepromImportSection(eeprom, ini().c_str(), "Lens Correction", kRecordPga), kEepromFailed);
+    EXPECT_EQ(import("REG = 1, 2", kRecordTimeStamp), kEepromFailed);
+    EXPECT_EQ(import("STATE = WB Speed, 3\nREG = 1, 2", kRecordSwCcm), kEepromFailed);
+    std::string many;
+    for (int i = 0; i < 500; ++i)
+        many += "MEM32 = 4, 0x100, 1\n";
+    EXPECT_EQ(import(many, kRecordPga), kEepromNoRoom);
+    EXPECT_EQ(EepromFindRecord(eeprom, kRecordEnd, nullptr, 0), 5);
+    // Long sections are read whole.
+    EXPECT_EQ(import(std::string(70000, '\n') + "; " + std::string(70000, 'x') + "\nnothing " +
+                         std::string(70000, 'x') + "\nREG = 1, 2",
+                     kRecordPga),
+              kEepromOk);
+    EXPECT_EQ(entries().size(), 1U);
+}
+
+} // namespace

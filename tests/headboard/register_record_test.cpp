@@ -1,0 +1,252 @@
+#include "headboard/register_record.h"
+
+#include "headboard/record_content.h"
+#include "headboard/register_names.h"
+#include "tests/headboard/headboard_fixture.h"
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+// The names of the stored entries and what they set, in order: "NAME.BITFIELD=value".
+using Replay = std::vector<std::string>;
+
+struct RegisterRecord : ::testing::Test, Headboard {
+    RegisterRecord() {
+        fake.description.registerDataWidth = 8;
+        EXPECT_EQ(EepromFormat(eeprom, -1), kEepromOk);
+    }
+    void setModel(uint32_t kind, uint32_t variant) {
+        fake.description.sensorKind = kind;
+        fake.description.variant = variant;
+    }
+    // Registers with addresses of their own and the values 1, 2, 3 and so on.
+    void addRegisters(std::initializer_list<char const*> names) {
+        for (char const* const name : names) {
+            auto const number = uint32_t(board.registers.size() + 1);
+            board.add(name, 0, 0, 0x3000 + 2 * number, 2, number);
+        }
+    }
+    void addEnable(char const* reg, char const* bitfield, bool isOn) {
+        addRegisters({reg});
+        board.addBitfield(reg, bitfield, 1);
+        board.registers[reg].value = isOn;
+    }
+
+    Replay replay(uint8_t type, char const* name) {
+        std::vector<uint8_t> const record = readRecord(eeprom, EepromFindRecord(eeprom, type, name, 0));
+        Replay lines;
+        RegisterEntry entry;
+        while (EepromGetEntry(eeprom, record, int32_t(lines.size()), entry) == kEepromOk)
+            lines.push_back(describe(entry));
+        return lines;
+    }
+
+private:
+    std::string describe(RegisterEntry const& entry) const {
+        for (auto const& [name, reg] : board.registers) {
+            if (reg.description.address != entry.address)
+                continue;
+            std::string line = name;
+            for (auto const& [bitfield, description] : reg.bitfields)
+                if (description.mask == entry.mask)
+                    line += '.' + bitfield;
+            return line + '=' + std::to_string(entry.value);
+        }
+        return "unknown";
+    }
+};
+
+TEST(RegisterNames, CountsAndSamplesOfEveryFamily) {
+    struct Row {
+        size_t place;
+        char const* name;
+    };
+    std::vector<std::string> const& shading = shadingRegisterNames();
+    ASSERT_EQ(shading.size(), 1111U);
+    EXPECT_EQ(std::set<std::string>(shading.begin(), shading.end()).size(), 1111U);
+    for (Row const row : {Row{0, "P_GR_P0Q0"},
+                          {1, "P_G1_P0Q0"},
+                          {2, "P_CR_P0Q0"},
+                          {3, "P_GR_P0Q1"},
+                          {15, "P_GR_P1Q0"},
+                          {75, "P_RD_P0Q0"},
+                          {76, "P_R_P0Q0"},
+                          {125, "P_BL_P0Q0"},
+                          {175, "P_GB_P0Q0"},
+                          {249, "P_CB_P4Q4"},
+                          {251, "CENTER_ROW"},
+                          {254, "PGATABLE_DATA_000"},
+                          {353, "PGATABLE_DATA_099"},
+                          {355, "PGATABLE_CENTERCOLUMN"},
+                          {357, "P_CR_Q5"},
+                          {362, "CAM_PGA_L_CONFIG_COLOUR_TEMP"},
+                          {371, "CAM_PGA_M_CONFIG_BLUE_Q14"},
+                          {377, "PGASETUP_LEFT_COLORTEMP"},
+                          {391, "PGASETUP_RIGHT_BLUEQ14"},
+                          {392, "LENS_CORRECTION_CONTROL"},
+                          {406, "ZONE_X6Y6"},
+                          {407, "FX_RED"},
+                          {418, "SECOND_DERIV_ZONE_7_RED"},
+                          {419, "K_FACTOR_IN_K_FX_FY_R_TL"},
+                          {426, "LENS_K_FACTOR_R_Q3"},
+                          {428, "CF_34_R"},
+                          {450, "CF_34_G1"},
+                          {451, "FX_BLUE"},
+                          {467, "LENS_K_FACTOR_B_Q0"},
+                          {471, "CF_12_G2"},
+                          {494, "CF_34_B"},
+                          {495, "X2_FACTORS"},
+                          {499, "PGATABLEA_DATA_000"},
+                          {599, "PGATABLEA_CENTERROW"},
+                          {601, "PGATABLED65_DATA_000"},
+                          {703, "PGATABLECWF_DATA_000"},
+                          {805, "PGA_TABLE_A_DATA_0"},
+                          {816, "PGA_TABLE_A_DATA_11"},
+                          {905, "PGA_TABLE_A_CENTER_COLUMN"},
+                          {907, "PGA_TABLE_CWF_DATA_0"},
+                          {1110, "PGA_TABLE_D65_CENTER_ROW"}})
+        EXPECT_EQ(shading[row.place], row.name);
+
+    std::vector<std::string> const& ccm = ccmRegisterNames();
+    ASSERT_EQ(ccm.size(), 313U);
+    EXPECT_EQ(std::set<std::string>(ccm.begin(), ccm.end()).size(), 313U);
+    for (Row const row : {Row{0, "AWB_CCM_L_0"},
+                          {10, "AWB_CCM_L_10"},
+                          {11, "AWB_CCM_RL_0"},
+                          {22, "AWB_GAIN_BUFFER_SPEED"},
+                          {34, "AWB_TG_MAX0"},
+                          {35, "PRI_A_CONFIG_AWB_CCM_L_0"},
+                          {56, "PRI_A_CONFIG_AWB_CCM_RL_10"},
+                          {123, "CAM_AWB_CCM_L_0"},
+                          {232, "BIN_OFF_CONFIG_AWB_CCM_RL_10"},
+                          {242, "AWB_LEFT_CCM_R2BRATIO"},
+                          {253, "CAM_AWB_CCM_M_0"},
+                          {272, "CAM_AWB_CCM_L_BG_GAIN"},
+                          {277, "CAM_AWB_CCM_L_CTEMP"},
+                          {280, "AWBTRACKCONFIG_CCMDATA_0_MATRIX_0"},
+                          {307, "AWBTRACKCONFIG_CCMDATA_0_RBRATIO"},
+                          {312, "AWBTRACKCONFIG_CCMDATA_2_COLORTEMP"}})
+        EXPECT_EQ(ccm[row.place], row.name);
+}
+
+TEST_F(RegisterRecord, CorrectionIsOffWhileItsRegistersAreRead) {
+    addEnable("LENS_CORRECTION", "ENABLE", true);
+    addEnable("POLY_SC_ENABLE", "ENABLE", true); // first in order, so the other one is left alone
+    addRegisters({"P_GR_P0Q0", "P_CB_P4Q4", "CENTER_ROW"});
+    ASSERT_EQ(saveShadingRegisters(eeprom, "KestraTune", {}), kEepromOk);
+    EXPECT_EQ(replay(kRecordPga, "KestraTu"), (Replay{"POLY_SC_ENABLE.ENABLE=0", "P_GR_P0Q0=3", "P_CB_P4Q4=4",
+                                                      "CENTER_ROW=5", "POLY_SC_ENABLE.ENABLE=1"}));
+    std::vector<std::string> log;
+    for (std::string const& call : host.log)
+        if (call.starts_with("read P") || call.starts_with("write") || call == "invalidateCache")
+            log.push_back(call);
+    EXPECT_EQ(log, (std::vector<std::string>{"read POLY_SC_ENABLE ENABLE", "write POLY_SC_ENABLE ENABLE 0",
+                                             "invalidateCache", "read P_GR_P0Q0 ", "read P_CB_P4Q4 ",
+                                             "write POLY_SC_ENABLE ENABLE 1"}));
+    EXPECT_EQ(host.calls("writeBus"), Replay{}) << "the caller flushes";
+}
+
+TEST_F(RegisterRecord, SensorIsNotWrittenWhereNothingHasToBeSwitched) {
+    addRegisters({"P_GR_P0Q0"});
+    ASSERT_EQ(saveShadingRegisters(eeprom, nullptr, {}), kEepromOk);
+    EXPECT_EQ(replay(kRecordPga, "default"), Replay{"P_GR_P0Q0=1"});
+    addEnable("POLY_SC_ENABLE", "ENABLE", false);
+    ASSERT_EQ(saveShadingRegisters(eeprom, nullptr, {}), kEepromOk);
+    EXPECT_EQ(replay(kRecordPga, "DEFAULT"),
+              (Replay{"POLY_SC_ENABLE.ENABLE=0", "P_GR_P0Q0=1", "POLY_SC_ENABLE.ENABLE=1"}));
+    EXPECT_EQ(host.calls("write"), Replay{});
+    EXPECT_EQ(host.calls("invalidateCache").size(), 1U);
+    // The first was replaced.
+    EXPECT_EQ(EepromNextRecord(eeprom, EepromNextRecord(eeprom, 5)), kEepromNoRecord);
+}
+
+TEST_F(RegisterRecord, Kind68LoadsItsTablesByTheSequencer) {
+    addEnable("COLOR_PIPELINE_CONTROL", "PGA_ENABLE", false);
+    addRegisters({"P_GR_Q5", "P_CR_Q5", "P_RD_Q5", "P_CB_Q5", "PGASETUP_LEFT_COLORTEMP",
+                  "PGASETUP_RIGHT_BLUEQ14", "PGATABLEA_DATA_000", "PGASETUP_MODE", "PGAOUTPUT_CURZONE",
+                  "SEQUENCERSETUP_CMD"});
+    Replay const on = {"COLOR_PIPELINE_CONTROL.PGA_ENABLE=1"};
+    Replay const begin = {"COLOR_PIPELINE_CONTROL.PGA_ENABLE=0", "P_CR_Q5=3", "P_CB_Q5=5",
+                          "PGATABLEA_DATA_000=8"};
+    auto const expect = [&](uint32_t variant, Replay const& tail) {
+        setModel(68, variant);
+        ASSERT_EQ(saveShadingRegisters(eeprom, "N", {}), kEepromOk);
+        Replay all = begin;
+        all.insert(all.end(), tail.begin(), tail.end());
+        all.push_back(on[0]);
+        EXPECT_EQ(replay(kRecordPga, "N"), all) << variant;
+    };
+    // Without the object register, only what does not hang on it.
+    expect(1, {"PGASETUP_MODE=1", "SEQUENCERSETUP_CMD=255"});
+    expect(2, {"PGAOUTPUT_CURZONE=4"});
+    addRegisters({"SEQUENCERSETUP_MANUALOBJ"});
+    Replay pairs;
+    for (char const* const object : {"339", "595", "851"})
+        pairs.insert(pairs.end(),
+                     {std::string("SEQUENCERSETUP_MANUALOBJ=") + object, "SEQUENCERSETUP_CMD=255"});
+    Replay first = pairs, later = pairs;
+    first.insert(first.end(), {"PGASETUP_MODE=1", "SEQUENCERSETUP_MANUALOBJ=338", "SEQUENCERSETUP_CMD=255"});
+    later.push_back("PGAOUTPUT_CURZONE=4");
+    expect(1, first);
+    expect(3, later);
+    board.registers.erase("PGASETUP_MODE");
+    first.erase(first.end() - 3);
+    expect(1, first);
+}
+
+TEST_F(RegisterRecord, Kind76ReplaysTablesWithoutThePolynomialFromVariant2On) {
+    addEnable("CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", true);
+    board.addBitfield("CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 2);
+    addRegisters({"P_GR_P0Q0", "CENTER_ROW", "CENTER_COLUMN", "P_CB_Q5", "POLY_ORIGIN_C",
+                  "PGA_TABLE_A_DATA_0", "PGA_TABLE_D65_CENTER_ROW", "PGA_CURRENT_ZONE"});
+    Replay const later = {"CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE=0",
+                          "POLY_ORIGIN_C=6",
+                          "PGA_TABLE_A_DATA_0=7",
+                          "PGA_TABLE_D65_CENTER_ROW=8",
+                          "CAM_PGA_PGA_CONTROL.CAM_PGA_AUTO_PGA_ENABLE=1",
+                          "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE=1",
+                          "PGA_CURRENT_ZONE=255"};
+    setModel(76, 1);
+    ASSERT_EQ(saveShadingRegisters(eeprom, "N", {76, 2}), kEepromOk);
+    EXPECT_EQ(replay(kRecordPga, "N"),
+              (Replay{"CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE=0", "P_GR_P0Q0=2", "POLY_ORIGIN_C=6",
+                      "CENTER_ROW=3", "CENTER_COLUMN=4", "P_CB_Q5=5", "PGA_TABLE_A_DATA_0=7",
+                      "PGA_TABLE_D65_CENTER_ROW=8", "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE=1"}));
+    setModel(76, 2);
+    ASSERT_EQ(saveShadingRegisters(eeprom, "N", {}), kEepromOk);
+    EXPECT_EQ(replay(kRecordPga, "N"), later);
+    fake.hasDescription = false;
+    ASSERT_EQ(saveShadingRegisters(eeprom, "N", {76, 2}), kEepromOk);
+    EXPECT_EQ(replay(kRecordPga, "N"), later) << "the host's record tells the model in its place";
+}
+
+TEST_F(RegisterRecord, CcmRecordHoldsItsRegistersOnly) {
+    addEnable("POLY_SC_ENABLE", "ENABLE", true);
+    addRegisters(
+        {"AWB_CCM_L_0", "CAM_AWB_CCM_RL_10", "PGA_CURRENT_ZONE", "AWBTRACKCONFIG_CCMDATA_2_COLORTEMP"});
+    ASSERT_EQ(saveCcmRegisters(eeprom, "A very long name"), kEepromOk);
+    ASSERT_EQ(saveCcmRegisters(eeprom, "A very long name"), kEepromOk);
+    EXPECT_EQ(replay(kRecordCcm, "A very l"),
+              (Replay{"AWB_CCM_L_0=2", "CAM_AWB_CCM_RL_10=3", "AWBTRACKCONFIG_CCMDATA_2_COLORTEMP=5"}));
+    EXPECT_EQ(EepromNextRecord(eeprom, EepromNextRecord(eeprom, 5)), kEepromNoRecord);
+    EXPECT_EQ(host.calls("write"), Replay{});
+}
+
+TEST_F(RegisterRecord, FullOrUnformattedEepromIsReported) {
+    addRegisters({"P_GR_P0Q0"});
+    ASSERT_EQ(saveShadingRegisters(eeprom, "N", {}), kEepromOk);
+    ASSERT_EQ(EepromAppendRecord(eeprom, recordOf(kRecordCustomerData, std::vector<uint8_t>(8140))),
+              kEepromOk);
+    addRegisters({"CENTER_ROW", "CENTER_COLUMN", "P_CB_P4Q4"});
+    EXPECT_EQ(saveShadingRegisters(eeprom, "N", {}), kEepromNoRoom);
+    EXPECT_EQ(EepromFindRecord(eeprom, kRecordPga, "N", 0), kEepromNoRecord) << "the old one went first";
+    eeprom->image[0] = 'X';
+    host.log.clear();
+    EXPECT_EQ(saveShadingRegisters(eeprom, "N", {}), kEepromNotFormatted);
+    EXPECT_EQ(saveCcmRegisters(eeprom, "N"), kEepromNotFormatted);
+    EXPECT_EQ(host.log, Replay{});
+}
+
+} // namespace
