@@ -1,5 +1,9 @@
 #include "tests/calibration/pages.h"
 
+#include "calibration/result_file.h"
+
+#include <cstring>
+
 namespace {
 
 class LensAssistPage : public PageFixture {
@@ -68,18 +72,21 @@ TEST_F(LensAssistPage, CalibrationStartPreparesHostSensorAndLibraryInOrder) {
 }
 
 TEST_F(LensAssistPage, FramesGoToTheLibraryWithTheHostsGeometry) {
+    host.intSettings["LensAssist Radius for S1"] = 321;
     open();
     host.states = {{"X Offset", 1}, {"Y Offset", 1}, {"Sensor Orientation", 2}};
     widget<QComboBox>("FallOff")->setCurrentText(QStringLiteral("110%"));
     solve();
     EXPECT_EQ(host.calls("setInputImage2"), std::vector<std::string>{"setInputImage2 64 48 12 3 2 0 -1 -1"});
-    EXPECT_EQ(libraries.solution.size, 104U);
-    EXPECT_EQ(libraries.solution.falloffPercent, 110U);
-    EXPECT_EQ(libraries.solution.parameter12, 24U);
-    EXPECT_EQ(libraries.solution.parameter40, 1.0);
-    EXPECT_EQ(libraries.apga.size, 48U);
-    EXPECT_EQ(libraries.apga.illuminantSlot, 0U);
-    EXPECT_EQ(libraries.apga.parameter28, 400U);
+    auto const words = [](auto const& record) {
+        std::vector<uint32_t> found(sizeof record / 4);
+        std::memcpy(found.data(), &record, sizeof record);
+        return found;
+    };
+    std::vector<uint32_t> solution = {104, 0, 110, 24, 1, 400, 300, 0, 0, 0, 0, 0x3FF00000, 0, 321};
+    solution.resize(26);
+    EXPECT_EQ(words(libraries.solution), solution);
+    EXPECT_EQ(words(libraries.apga), (std::vector<uint32_t>{48, 0, 110, 0, 0, 0, 0, 400, 300, 0, 321, 0}));
 
     host.log.clear();
     tick();
@@ -280,6 +287,51 @@ TEST_F(LensAssistPage, UnusableTopRowsAreLeftOutForTheirKinds) {
         page->onFrame({pixels.data(), ImageType::Rgb32, 64, 48, 256});
         EXPECT_EQ(state().uniformityValue == 0, kind != 200) << kind;
     }
+}
+
+TEST_F(LensAssistPage, ACalibrationStartedInsideTheLoadIsSolvedFromAFrameOfItsOwn) {
+    for (char const* call : {"writeListEntry 13824 0 1 0 7", "dumpRegList", "setState Color Correction 1"}) {
+        open();
+        solve();
+        host.onCall = [&](std::string const& made) {
+            if (made != call)
+                return;
+            host.onCall = nullptr;
+            QMetaObject::invokeMethod(page, "OnBnClickedCalibrate");
+        };
+        tick();
+        EXPECT_EQ(state().lscStepProgress, 0) << call;
+        host.log.clear();
+        frames(6);
+        frames(1, 13);
+        EXPECT_EQ(host.calls("setInputImage2").size(), 1U) << call;
+    }
+}
+
+TEST_F(LensAssistPage, AFrameInsideALibraryCallDoesNotStartAnother) {
+    open();
+    calibrateToCapture();
+    host.onCall = [&](std::string const& made) {
+        if (made == "findSolution")
+            frames(1, 13);
+    };
+    frames(1, 13);
+    host.onCall = nullptr;
+    EXPECT_EQ(host.calls("setInputImage2").size(), 1U);
+}
+
+TEST_F(LensAssistPage, ANewCalibrationForgetsTheWorstBlock) {
+    open();
+    click("ColorUniformity");
+    frames(1);
+    EXPECT_FALSE(state().worstBlock.isEmpty());
+    click("Calibrate");
+    EXPECT_TRUE(state().worstBlock.isEmpty());
+}
+
+TEST(Label, BearsNoCharacterThatAFileNameCannot) {
+    EXPECT_EQ(sanitisedLabel("a\\b/c:d*e?f|g\"h<i>j"), QByteArray("a-b-c-d-e-f-g'h(i)j"));
+    EXPECT_EQ(sanitisedLabel("Plain label_1.0 %1 \xE4"), QByteArray("Plain label_1.0 %1 \xE4"));
 }
 
 } // namespace

@@ -67,7 +67,7 @@ TEST_P(PageContract, NoKeyStartsOrHidesAnything) {
     }
 }
 
-TEST_P(PageContract, InitialisesInTheToldOrderAndTellsTheVersion) {
+TEST_P(PageContract, InitialisesFromSettingsFirstAndTellsTheVersion) {
     remake();
     EXPECT_TRUE(host.log.empty()) << "construction calls nobody";
     page->initialise();
@@ -223,7 +223,7 @@ TEST_P(PageContract, SetupAppliesThePresetBetweenStoringAndLoading) {
     EXPECT_FALSE(widget<QPushButton>("LensCalibSetup")->isEnabled());
 }
 
-TEST_P(PageContract, HidingTheLensCorrectionBitfieldDisarmsTheButton) {
+TEST_P(PageContract, LensCorrectionButtonFollowsTheSensorAndNotTheClick) {
     open();
     auto* const button = widget<QPushButton>("Enable_LC");
     button->click();
@@ -278,13 +278,100 @@ TEST_P(PageContract, GraphIsToldHalfTheImageWidth) {
 }
 
 TEST_P(PageContract, EditsTakeEffectOnlyFromTheUser) {
+    host.intSettings["LensAssist GoodCU for S1"] = 1234;
     open();
+    EXPECT_EQ(state().uniformityLimit, 1.234) << "the rounded text that code shows is no edit";
     widget<QLineEdit>("GoodCU")->setText(QStringLiteral("abc"));
     EXPECT_EQ(state().uniformityLimit, 0);
+    host.textSettings["LensAssist Dir"] = "/elsewhere";
+    page->setVisible(true);
+    EXPECT_EQ(state().fileState, kReady) << "a path that code shows is no edit";
     widget<QLineEdit>("Save_Dir")->setText(QStringLiteral("/nowhere"));
     EXPECT_EQ(state().fileState, kNotEvaluated);
     emit page->Status();
     EXPECT_EQ(text("File_Save_Status"), "Not done yet.");
+    EXPECT_EQ(widget<QComboBox>("Prom_Label")->windowIconText(),
+              widget<QComboBox>("Prom_Label")->itemText(0));
+}
+
+TEST_P(PageContract, WidgetsShowWhatTheStatesSay) {
+    wizard.reset();
+    open();
+    auto const bullet = [&](char const* label) {
+        return widget<QLabel>(label)->pixmap(Qt::ReturnByValue).cacheKey();
+    };
+    auto const enabled = [&](std::initializer_list<char const*> names) {
+        std::string found;
+        for (char const* name : names)
+            found += widget<QWidget>(name)->isEnabled() ? '1' : '0';
+        return found;
+    };
+    std::initializer_list<char const*> const adjusting = {
+        "AE", "AWB", "Calibrate", "ColorUniformity", "Save_Dir", "Browse", "LensCalibSetup"};
+    std::initializer_list<char const*> const parameters = {"FallOff", "AllowFallOff", "Prom_Label", "label"};
+    std::initializer_list<char const*> const saving = {"File_Save", "Prom_Save", "Prom_Save_Status"};
+    EXPECT_EQ(enabled(adjusting), "1111111");
+    EXPECT_EQ(enabled(parameters), "1111");
+    EXPECT_EQ(enabled(saving), "000");
+    EXPECT_EQ(bullet("Setup_Bullet"), wizard->pixGray.cacheKey());
+    EXPECT_EQ(bullet("PromSave_Bullet"), wizard->pixRed.cacheKey());
+    click("AE");
+    EXPECT_EQ(enabled(adjusting), "0000000");
+    EXPECT_EQ(enabled(parameters), "1111");
+    EXPECT_EQ(bullet("AE_Bullet"), wizard->pixBlue.cacheKey());
+    click("Start_Over");
+    click("Run_All");
+    EXPECT_EQ(enabled(parameters), "0000");
+    click("Run_All");
+    click("ColorUniformity");
+    frames(1);
+    tick();
+    EXPECT_EQ(bullet("CU_Bullet"), wizard->pixGreen.cacheKey());
+    EXPECT_EQ(enabled(saving), "100");
+    writeIni("");
+    click("Start_Over");
+    EXPECT_EQ(bullet("Setup_Bullet"), wizard->pixYellow.cacheKey());
+    EXPECT_EQ(enabled({"LensCalibSetup", "Start_Over", "Show_Graph", "SETUP_Status"}), "0111");
+}
+
+TEST_P(PageContract, CancelledInsideTheListThatStartsItExposureEndsOff) {
+    open();
+    click("Run_All");
+    runTo(&PageState::presetState, kDone);
+    host.onCall = [&](std::string const& made) {
+        if (made != "setState Gamma 20")
+            return;
+        host.onCall = nullptr;
+        QMetaObject::invokeMethod(page, "OnBnClickedRunall");
+    };
+    tick(2);
+    EXPECT_EQ(state().aeStepState, kReady);
+    EXPECT_EQ(host.states["Auto Exposure"], 0);
+}
+
+TEST_P(PageContract, AFrameInsideTheGainReadsCorrectsOnce) {
+    open();
+    click("AWB");
+    frames(5);
+    host.log.clear();
+    host.onCall = [&](std::string const&) {
+        host.onCall = nullptr;
+        frames(1);
+    };
+    frames(1);
+    EXPECT_EQ(host.calls("setState Relative").size(), 2U);
+    EXPECT_EQ(state().wbStepProgress, 20);
+}
+
+TEST_P(PageContract, FramesInsideTheListDoNotShortenTheSettling) {
+    open();
+    host.onCall = [&](std::string const& made) {
+        if (made.starts_with("setState") && state().settleFrames > 0)
+            frames(1);
+    };
+    click("AWB");
+    host.onCall = nullptr;
+    EXPECT_EQ(state().settleFrames, 5);
 }
 
 TEST_P(PageContract, UniformityTestRunsWithoutACalibration) {

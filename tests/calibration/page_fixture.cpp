@@ -26,6 +26,10 @@ void PageFixture::writeIni(std::string const& bytes) {
 void PageFixture::remake() {
     delete page.data();
     wizard = std::make_unique<Wizard>(QStringLiteral("Test"), nullptr);
+    // The pictures are the plug-in's resources; here each bullet is one pixel of its own.
+    for (QPixmap* const pixmap :
+         {&wizard->pixGray, &wizard->pixBlue, &wizard->pixGreen, &wizard->pixYellow, &wizard->pixRed})
+        *pixmap = QPixmap(1, 1);
     page = m_case.make(sensor, host.services(), wizard.get());
 }
 

@@ -3,6 +3,7 @@
 #include "common/libraries.h"
 #include "tests/fakes/fake_headboard.h"
 
+#include <deque>
 #include <functional>
 #include <set>
 #include <string>
@@ -36,6 +37,7 @@ public:
     sf_RegList list{};
     std::vector<sf_RegEntry> entries = {{1, 0x3600, 7}, {0, 0x3602, 8}};
     int handlesAlive = 0;
+    std::deque<char> handles; ///< every handle that was created
 
     // What the solver was handed last.
     sf_YcbcrInput ycbcrInput{};

@@ -34,10 +34,26 @@ TEST_F(Pipeline, RawSwitchesExposureOffFirstAndOnLast) {
     auto const sets = fakeHost.calls("setState");
     ASSERT_EQ(sets.size(), 29U);
     EXPECT_EQ(sets.front(), "setState Auto Exposure 0");
-    EXPECT_EQ(sets[4], "setState Gamma 20");
     EXPECT_EQ(sets[26], "setState Lens Sim Enable Poly 0");
     EXPECT_EQ(sets[27], "setState Auto Exposure 1");
     EXPECT_EQ(sets[28], "setState White Balance 0");
+    // Everything is switched off but what has a neutral or a measuring value.
+    std::map<std::string, int32_t> on;
+    for (auto const& [variable, value] : fakeHost.states)
+        if (value != 0)
+            on[variable] = value;
+    EXPECT_EQ(on, (std::map<std::string, int32_t>{{"Saturation", 10},
+                                                  {"Gamma", 20},
+                                                  {"Contrast", 20},
+                                                  {"Auto Exposure", 1},
+                                                  {"Auto Exposure Inner Zone", 40},
+                                                  {"Auto Exposure Outer Zone", 40},
+                                                  {"Auto Exposure Target", 50},
+                                                  {"Auto Exposure Stability", 1},
+                                                  {"Auto Exposure Speed", 10},
+                                                  {"Auto Exposure Soft Limit", 1},
+                                                  {"Auto Exposure Soft Gain Limit", 10},
+                                                  {"Auto Exposure Software Gain Limit", 100}}));
     EXPECT_EQ(fakeHost.calls("setState Relative"), std::vector<std::string>{});
     // The correction is switched off inside the same bracket.
     std::vector<std::string> const tail(fakeHost.log.end() - 5, fakeHost.log.end());
@@ -59,6 +75,10 @@ TEST_F(Pipeline, VerifyUsesNoBracketAndAppliesItsPresetBeforeTheCorrection) {
     setVerifyPipeline(host(), sensor, correction);
     EXPECT_EQ(fakeHost.calls("setState").size(), 14U);
     EXPECT_EQ(fakeHost.log[3], "setState Gamma 9");
+    int32_t sum = 0; // a wrong value anywhere shows here
+    for (auto const& [variable, value] : fakeHost.states)
+        sum += value;
+    EXPECT_EQ(sum, 1 + 2 + 10 + 9 + 20 + 5 + 3 + 100 + 100 + 100 + 1 + 1);
     EXPECT_EQ(fakeHost.log[14], "readText IniFileName");
     EXPECT_EQ(fakeHost.log[16], "applyPreset 0 Hidden: Lens Calibration Verify");
     EXPECT_EQ(fakeHost.calls("begin").size(), 1U);

@@ -6,6 +6,8 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QFileInfo>
+#include <QLabel>
 #include <QTemporaryDir>
 #include <cstdio>
 #include <cstdlib>
@@ -112,6 +114,28 @@ std::map<std::string, Order> const kOrders = {
          s.frame();
          delete first;
          s.frame();
+         s.unload();
+         delete s.application;
+     }},
+    {"without_libraries",
+     [](Setting& s) {
+         // The plug-in alone in a folder: its libraries are nowhere, which it tells once for each.
+         QString const alone = s.folder.filePath(QFileInfo(QStringLiteral(PLUGIN_FILE)).fileName());
+         if (!QFile::copy(QStringLiteral(PLUGIN_FILE), alone))
+             std::exit(5);
+         s.plugin.load(alone);
+         static int warnings = 0;
+         qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const& text) {
+             warnings += text.contains(QLatin1String("cannot be loaded"));
+         });
+         int stranger = 0;
+         s.sensor.camera = reinterpret_cast<vy_Camera*>(&stranger); // nobody looks behind it
+         QDialog* const dialog = s.open();
+         for (int i = 0; i < 2; ++i)
+             QMetaObject::invokeMethod(dialog->findChild<QDialog*>(), "OnBnClickedCalibrate");
+         auto const* const status = dialog->findChild<QLabel*>(QStringLiteral("Calibrate_Status"));
+         if (!status->text().startsWith(QLatin1String("Error. Are the External")) || warnings != 2)
+             std::exit(6);
          s.unload();
          delete s.application;
      }},
