@@ -69,6 +69,16 @@ TEST(Program, ARunThatTakesTooLongIsGivenUp) {
     EXPECT_LE(late.figure("frames"), 50);
 }
 
+TEST(Program, AWindowWinsOverARunAndEndsWhenItIsClosed) {
+    QTemporaryDir const folder;
+    QString const screenshot = folder.filePath("window.png");
+    ProgramRun const run(
+        {"--run-all", "--window", "--profile", writeSmallProfile(folder.path()), "--screenshot", screenshot});
+    EXPECT_EXIT_CODE(run, 0);
+    EXPECT_TRUE(run.summary().isEmpty());
+    EXPECT_FALSE(QImage(screenshot).isNull());
+}
+
 TEST(Program, WhatCannotBeRunEndsWithAMessage) {
     QTemporaryDir const folder;
     QString const malformed = folder.filePath("lens.json"), noPresets = folder.filePath("host.ini");
