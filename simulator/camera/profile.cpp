@@ -142,6 +142,7 @@ void checkLayoutSamples(JsonPlace const& place, Profile const& profile) {
 }
 
 // The layout block is told in full because it is handed out as it stands, so it must agree with the rest.
+// Only its size may be another: that of a sensor in a mode that its data do not tell of.
 void checkLayout(JsonPlace const& place, Profile const& profile) {
     struct Agreement {
         char const* key;
@@ -149,10 +150,10 @@ void checkLayout(JsonPlace const& place, Profile const& profile) {
         uint32_t inProfile;
     };
     SensorLayout const& layout = profile.layout;
-    for (Agreement const& row :
-         {Agreement{"kind", layout.kind, profile.kind}, Agreement{"variant", layout.variant, profile.variant},
-          Agreement{"width", layout.width, profile.array.width},
-          Agreement{"height", layout.height, profile.array.height}})
+    for (Agreement const& row : {
+             Agreement{"kind", layout.kind, profile.kind},
+             Agreement{"variant", layout.variant, profile.variant},
+         })
         if (row.inLayout != row.inProfile)
             place[row.key].fail(
                 QStringLiteral("%1 differs from the sensor's %2").arg(row.inLayout).arg(row.inProfile));

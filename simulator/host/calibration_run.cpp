@@ -1,22 +1,19 @@
 #include "simulator/host/calibration_run.h"
 
+#include "simulator/host/dialog_setup.h"
 #include "simulator/host/message_log.h"
+#include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
+#include "simulator/host/refusal.h"
 #include "simulator/host/run_summary.h"
 #include "simulator/host/session.h"
 
 #include <QDialog>
-#include <QDir>
-#include <QFile>
 #include <QPixmap>
 #include <cstdio>
 
 namespace pictara {
 namespace {
-
-void complain(QString const& text) {
-    std::fprintf(stderr, "pictara-sim: %s\n", text.toLocal8Bit().constData());
-}
 
 // The figures with the sensor's correction on or off, all else equal. Nothing when the dialog shows none.
 std::optional<Evenness> measure(Session& session, DialogPage& page, RunDriver& driver, bool corrected) {
@@ -38,42 +35,6 @@ std::optional<Evenness> measure(Session& session, DialogPage& page, RunDriver& d
     return result;
 }
 
-// Writes the run's files and tells their names.
-class OutputFolder {
-public:
-    explicit OutputFolder(QString const& folder) : m_folder(folder) {}
-
-    void savePicture(QString const& name, QImage const& picture) {
-        note(name, picture.save(m_folder.filePath(name)));
-    }
-    void saveText(QString const& name, QString const& text) {
-        QFile file(m_folder.filePath(name));
-        note(name, file.open(QIODevice::WriteOnly | QIODevice::Text) && file.write(text.toUtf8()) >= 0);
-    }
-    /// A file that somebody else should have written.
-    [[nodiscard]] bool expect(QString const& name) {
-        bool const there = QFileInfo(m_folder.filePath(name)).isFile();
-        if (there)
-            m_written.append(name);
-        return there;
-    }
-    [[nodiscard]] QStringList const& written() const { return m_written; }
-    [[nodiscard]] bool failed() const { return m_failed; }
-
-private:
-    void note(QString const& name, bool saved) {
-        if (saved)
-            m_written.append(name);
-        else
-            complain(QStringLiteral("The file %1 cannot be written.").arg(m_folder.filePath(name)));
-        m_failed = m_failed || !saved;
-    }
-
-    QDir m_folder;
-    QStringList m_written;
-    bool m_failed = false;
-};
-
 QString causeOf(RunResult const& run) {
     QStringList causes;
     if (run.end == RunEnd::TimedOut)
@@ -91,23 +52,72 @@ QString causeOf(RunResult const& run) {
     return causes.join(QLatin1String(" | "));
 }
 
-// Sets the page up as the user wished; false with a message.
-bool prepare(DialogPage& page, Options const& options, QString const& folder, QString* error) {
-    page.type("Save_Dir", QDir::toNativeSeparators(folder));
-    if (!options.falloffPercent)
-        return true;
-    if (page.choose("FallOff", QString::number(*options.falloffPercent) + QLatin1Char('%')))
-        return true;
-    *error = QStringLiteral("The dialog offers no falloff of %1 %; it offers %2.")
-                 .arg(*options.falloffPercent)
-                 .arg(page.choices("FallOff").join(QLatin1String(", ")));
-    return false;
+bool isDone(RunResult const& run) {
+    return run.end == RunEnd::Finished && allStepsDone(run.last.statusTexts);
+}
+
+bool wasRefusedForItsLight(RunResult const& run) {
+    ExitCode const code = exitCodeOfRefusal(lastSolverMessage());
+    return !isDone(run) && code != kExitNotCalibrated && code != kExitWrongSize;
+}
+
+// Even light at the normal level with nothing in its way, of the same colour.
+void mendLight(simulator::SimulatedCamera& camera) {
+    camera.setLight({.colourTemperature = camera.light().colourTemperature});
 }
 
 int exitCodeOf(RunSummary const& summary) {
-    if (summary.run.end == RunEnd::TimedOut)
-        return kExitTimeout;
-    return summary.succeeded ? kExitDone : kExitNotCalibrated;
+    if (summary.succeeded)
+        return kExitDone;
+    return summary.run.end == RunEnd::TimedOut ? kExitTimeout : exitCodeOfRefusal(lastSolverMessage());
+}
+
+RunSummary describe(Session& session, Options const& options) {
+    RunSummary summary;
+    summary.camera = session.camera().description();
+    summary.shading = options.shadingFile;
+    summary.seed = options.seed;
+    return summary;
+}
+
+void calibrate(Session& session, Options const& options, RunDriver& driver, ProgressReport& progress,
+               RunSummary& summary) {
+    summary.run = driver.runAll();
+    if (options.thenGood && wasRefusedForItsLight(summary.run)) {
+        summary.firstRefusal = causeOf(summary.run);
+        progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
+        forgetSolverMessage();
+        mendLight(session.camera());
+        summary.run = driver.runFrom(kExposure);
+    }
+    summary.light = session.camera().light();
+    summary.solutionRegisters = session.desk().listEntriesWritten();
+    summary.registerWrites = session.camera().registerWrites();
+}
+
+void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& output, RunSummary& summary) {
+    if (!isDone(summary.run)) {
+        summary.cause = causeOf(summary.run);
+        return;
+    }
+    summary.before = measure(session, page, driver, false);
+    summary.after = measure(session, page, driver, true); // leaves the correction on
+    QString const results = summary.run.last.statusTexts[kFileSave].mid(int(qstrlen("Done: ")));
+    summary.succeeded = output.expect(results) && summary.before && summary.after;
+    if (!summary.succeeded)
+        summary.cause =
+            QStringLiteral("The results file %1 or the closing measurement is missing.").arg(results);
+}
+
+void writeResults(OutputFolder& output, RunSummary& summary) {
+    if (summary.before)
+        output.savePicture(QStringLiteral("before.png"),
+                           markedPicture(summary.before->picture, summary.before->blocks.worstBlock));
+    if (summary.after)
+        output.savePicture(QStringLiteral("after.png"),
+                           markedPicture(summary.after->picture, summary.after->blocks.worstBlock));
+    summary.filesWritten = output.written() + QStringList(QStringLiteral("summary.txt"));
+    output.saveText(QStringLiteral("summary.txt"), summaryText(summary));
 }
 
 } // namespace
@@ -126,7 +136,7 @@ int runCalibration(Session& session, Options const& options) {
         return kExitNotCalibrated;
     }
     page.stopTimer();
-    if (!prepare(page, options, session.outputFolder(), &error)) {
+    if (!setUpDialog(page, options, session.outputFolder(), &error)) {
         complain(error);
         return kExitUsage;
     }
@@ -137,38 +147,12 @@ int runCalibration(Session& session, Options const& options) {
         page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
     driver.onProgress([&](RunProgress const& state) { progress.show(state); });
 
-    RunSummary summary;
-    summary.camera = session.camera().description();
-    summary.shading = options.shadingFile;
-    summary.light = session.camera().light();
-    summary.seed = options.seed;
-    summary.run = driver.runAll();
-    summary.solutionRegisters = session.desk().listEntriesWritten();
-    summary.registerWrites = session.camera().registerWrites();
+    RunSummary summary = describe(session, options);
+    calibrate(session, options, driver, progress, summary);
     output.savePicture(QStringLiteral("dialog.png"), dialog->grab().toImage());
-
-    QStringList const& steps = summary.run.last.statusTexts;
-    bool const stepsDone = summary.run.end == RunEnd::Finished && allStepsDone(steps);
-    if (stepsDone) {
-        driver.onProgress([](RunProgress const&) {});
-        summary.before = measure(session, page, driver, false);
-        summary.after = measure(session, page, driver, true); // leaves the correction on
-        QString const results = steps[kFileSave].mid(int(qstrlen("Done: ")));
-        summary.succeeded = output.expect(results) && summary.before && summary.after;
-        if (!summary.succeeded)
-            summary.cause =
-                QStringLiteral("The results file %1 or the closing measurement is missing.").arg(results);
-    } else {
-        summary.cause = causeOf(summary.run);
-    }
-    if (summary.before)
-        output.savePicture(QStringLiteral("before.png"),
-                           markedPicture(summary.before->picture, summary.before->blocks.worstBlock));
-    if (summary.after)
-        output.savePicture(QStringLiteral("after.png"),
-                           markedPicture(summary.after->picture, summary.after->blocks.worstBlock));
-    summary.filesWritten = output.written() + QStringList(QStringLiteral("summary.txt"));
-    output.saveText(QStringLiteral("summary.txt"), summaryText(summary));
+    driver.onProgress([](RunProgress const&) {});
+    judge(session, page, driver, output, summary);
+    writeResults(output, summary);
     progress.say(QLatin1Char('\n') + summaryText(summary));
     if (!summary.cause.isEmpty())
         complain(summary.cause);

@@ -1,5 +1,7 @@
 #include "simulator/host/command_line.h"
 
+#include "simulator/host/light_ranges.h"
+
 #include <QCommandLineParser>
 #include <cmath>
 #include <limits>
@@ -16,14 +18,17 @@ struct OptionRow {
 constexpr OptionRow kOptions[] = {
     {"profile", "NAME|FILE", "The simulated sensor (default poly-12bit)."},
     {"list-profiles", nullptr, "List the simulated sensors and end."},
+    {"window", nullptr, "Show window and dialog for work by hand (default; wins over --run-all)."},
+    {"screenshot", "FILE", "Save a picture of the window after a second or two and end."},
     {"run-all", nullptr, "Calibrate without a window and end with a summary."},
+    {"then-good", nullptr, "In a run, mend the light after a refused picture and calibrate again."},
     {"shading", "FILE", "Put a measured lens before the sensor."},
     {"light", "KELVIN", "Colour temperature of the lamp, 2000 to 12000 (default 5000)."},
-    {"level", "FACTOR", "Luminance relative to the lamp's normal level (default 1)."},
+    {"level", "FACTOR", "Luminance relative to the lamp's normal level, 0.001 to 10000 (default 1)."},
     {"gradient", "X", "Relative rise of the luminance from left to right, -1 to 1 (default 0)."},
     {"object", nullptr, "Put a dark disc into the picture."},
     {"seed", "N", "Seed of the camera's noise (default 1)."},
-    {"falloff", "PERCENT", "Luminance that the corners may keep, for a run (default: the dialog's setting)."},
+    {"falloff", "PERCENT", "Luminance that the corners may keep (default: the dialog's setting)."},
     {"output", "DIR", "Folder for the results, created when needed (default pictara-output)."},
     {"ini", "FILE", "The host's ini file with its presets (default: the one beside the program)."},
     {"settings", "FILE", "The settings store (default settings.ini in the output folder)."},
@@ -45,15 +50,15 @@ public:
             reject(name, QStringLiteral("a name that is not empty"));
     }
 
-    void number(char const* name, double low, double high, double& value) {
+    void number(char const* name, Range const& range, double& value) {
         if (!isSet(name))
             return;
         bool ok = false;
         double const read = raw(name).toDouble(&ok);
-        if (ok && std::isfinite(read) && read >= low && read <= high)
+        if (ok && std::isfinite(read) && read >= range.low && read <= range.high)
             value = read;
         else
-            reject(name, QStringLiteral("a number from %1 to %2").arg(low).arg(high));
+            reject(name, QStringLiteral("a number from %1 to %2").arg(range.low).arg(range.high));
     }
 
     void integer(char const* name, int low, int high, int& value) {
@@ -100,17 +105,21 @@ CommandLine usageError(QString const& what) {
 Options readOptions(ValueReader& reader) {
     Options options;
     options.listProfiles = reader.isSet("list-profiles");
-    options.runAll = reader.isSet("run-all");
+    bool const window = reader.isSet("window") || reader.isSet("screenshot");
+    options.runAll = reader.isSet("run-all") && !window;
+    options.chooseProfile = !options.runAll && !reader.isSet("profile") && !reader.isSet("screenshot");
+    options.thenGood = reader.isSet("then-good");
     options.objectInPicture = reader.isSet("object");
     reader.text("profile", options.profile);
     reader.text("shading", options.shadingFile);
+    reader.text("screenshot", options.screenshotFile);
     reader.text("output", options.outputFolder);
     reader.text("ini", options.iniFile);
     reader.text("settings", options.settingsFile);
     reader.text("plugin", options.pluginFile);
-    reader.number("light", 2000, 12000, options.lightKelvin);
-    reader.number("level", 0.001, 1000, options.lightLevel);
-    reader.number("gradient", -1, 1, options.lightGradient);
+    reader.number("light", kColourTemperatures, options.lightKelvin);
+    reader.number("level", kLevels, options.lightLevel);
+    reader.number("gradient", kGradients, options.lightGradient);
     reader.seed("seed", options.seed);
     reader.integer("frames-per-tick", 1, 100, options.framesPerTick);
     reader.integer("max-frames", 1, std::numeric_limits<int>::max(), options.maxFrames);
@@ -123,8 +132,10 @@ Options readOptions(ValueReader& reader) {
 
 CommandLine parseCommandLine(QStringList const& arguments) {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Runs the lens-shading calibration dialog on a simulated camera."));
+    parser.setApplicationDescription(QStringLiteral(
+        "Runs the lens-shading calibration dialog on a simulated camera.\n\n"
+        "Exit codes: 0 done, 1 not calibrated, 2 bad command line or file, 3 too many frames;\n"
+        "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size."));
     parser.addHelpOption();
     for (OptionRow const& row : kOptions)
         parser.addOption({QString::fromLatin1(row.name), QString::fromLatin1(row.help),

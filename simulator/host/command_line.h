@@ -13,13 +13,21 @@ enum ExitCode : int {
     kExitNotCalibrated = 1, ///< a step failed, or did not show that it is done
     kExitUsage = 2,         ///< bad command line, or a file that is missing or malformed
     kExitTimeout = 3,       ///< the calibration did not end within the bound on frames
+    // The calibration library refused the picture:
+    kExitTooDark = 4,
+    kExitClipped = 5,
+    kExitNotFlat = 6, ///< an object in the picture, or uneven light
+    kExitWrongSize = 7,
 };
 
 /// What the user asked for. File names are as typed; empty ones stand for the defaults told in the help.
 struct Options {
     QString profile = QStringLiteral("poly-12bit");
     bool listProfiles = false;
-    bool runAll = false;
+    bool runAll = false;        ///< never together with a window, which wins
+    bool chooseProfile = false; ///< by hand, before the window opens
+    bool thenGood = false;
+    QString screenshotFile;
     QString shadingFile;
     double lightKelvin = 5000;
     double lightLevel = 1;

@@ -16,6 +16,7 @@ FrameDelivery::FrameDelivery(simulator::SimulatedCamera& camera, StateVariables 
 
 void FrameDelivery::deliverNext() {
     m_frame = m_camera.grab();
+    ++m_frameNumber;
     if (m_states.read("Auto Exposure") == 1)
         stepExposure();
     if (!m_camera.description().calibratesFromRgb)
@@ -38,10 +39,14 @@ BlockReport FrameDelivery::blocks() const {
     return measureBlocks(m_frame, m_camera.description(), m_settings);
 }
 
+uint32_t FrameDelivery::exposure() const {
+    return m_registers.read(kExposureRegister, "");
+}
+
 void FrameDelivery::stepExposure() {
     CentreZone const centre =
         measureCentre(m_frame, m_camera.description(), m_states.read("Auto Exposure Inner Zone"));
-    uint32_t const present = m_registers.read(kExposureRegister, "");
+    uint32_t const present = exposure();
     uint32_t const next = nextExposure(present, centre, m_states.read("Auto Exposure Target") / 100.0);
     if (next != present)
         m_registers.write(kExposureRegister, "", next);

@@ -16,6 +16,10 @@ public:
                   SensorRegisters& registers, PluginLibrary const& plugin);
 
     void deliverNext();
+    /// Number of the last frame, from 1.
+    [[nodiscard]] uint64_t frameNumber() const { return m_frameNumber; }
+    /// What the sensor's exposure register holds, in rows.
+    [[nodiscard]] uint32_t exposure() const;
     /// The picture of the last frame, with what the plug-in painted into it.
     [[nodiscard]] QImage const& picture() const { return m_picture; }
     /// The picture of the last frame without it.
@@ -32,6 +36,7 @@ private:
     PluginLibrary const& m_plugin;
     ColourPipeline m_pipeline;
     simulator::Frame m_frame;
+    uint64_t m_frameNumber = 0;
     ColourSettings m_settings;
     QImage m_picture;
 };

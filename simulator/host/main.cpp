@@ -1,15 +1,21 @@
 #include "simulator/host/calibration_run.h"
-#include "simulator/host/live_window.h"
 #include "simulator/host/message_log.h"
+#include "simulator/host/profile_chooser.h"
 #include "simulator/host/session.h"
+#include "simulator/host/window_run.h"
 
 #include <QApplication>
-#include <QDialog>
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 namespace {
 
 using namespace pictara;
+
+#ifdef Q_OS_LINUX
+constexpr char const* kDisplayVariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+#endif
 
 // The command line is read, and the profiles are listed, without a display.
 CommandLine readCommandLine(int argc, char** argv) {
@@ -22,46 +28,57 @@ CommandLine readCommandLine(int argc, char** argv) {
     return commandLine;
 }
 
-int runWindow(Session& session) {
-    LiveWindow window(session.frames());
-    QString error;
-    QDialog* const dialog = session.openDialog(&window, &error);
-    if (!dialog) {
-        std::fprintf(stderr, "pictara-sim: %s\n", error.toLocal8Bit().constData());
-        return kExitUsage;
-    }
-    window.show();
-    dialog->move(window.frameGeometry().topRight() + QPoint(10, 0));
-    dialog->show();
-    int const code = QApplication::exec();
-    window.stop();
-    // The dialog is a child of the window, but the plug-in's to delete.
-    session.closePlugin();
-    return code;
+#ifdef Q_OS_LINUX
+// Qt would abort.
+bool hasDisplay() {
+    return std::any_of(std::begin(kDisplayVariables), std::end(kDisplayVariables),
+                       [](char const* name) { return !qEnvironmentVariableIsEmpty(name); });
+}
+#else
+bool hasDisplay() {
+    return true;
+}
+#endif
+
+// False when the person wants none.
+bool chooseProfile(Options& options) {
+    ProfileChooser chooser(options.profile);
+    bool const chosen = chooser.exec() == QDialog::Accepted && !chooser.profile().isEmpty();
+    if (chosen)
+        options.profile = chooser.profile();
+    return chosen;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    CommandLine const commandLine = readCommandLine(argc, argv);
+    CommandLine commandLine = readCommandLine(argc, argv);
     if (!commandLine.options) {
         std::fputs(commandLine.text.toLocal8Bit().constData(),
                    commandLine.exitCode == kExitDone ? stdout : stderr);
         return commandLine.exitCode;
     }
-    Options const& options = *commandLine.options;
+    Options& options = *commandLine.options;
     if (options.runAll && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!hasDisplay()) {
+        complain(QStringLiteral("There is no display for the window. --run-all needs none."));
+        return kExitUsage;
+    }
 
     installMessageLog();
     // Qt has options of its own by some of these names; the program's are not for it.
     int onlyTheProgramsName = 1;
     QApplication const application(onlyTheProgramsName, argv);
+    // The main window ends the program itself; the chooser, which closes before it opens, must not.
+    QApplication::setQuitOnLastWindowClosed(false);
+    if (options.chooseProfile && !chooseProfile(options))
+        return kExitDone;
     QString error;
     std::unique_ptr<Session> const session = Session::open(options, &error);
     if (!session) {
-        std::fprintf(stderr, "pictara-sim: %s\n", error.toLocal8Bit().constData());
+        complain(error);
         return kExitUsage;
     }
-    return options.runAll ? runCalibration(*session, options) : runWindow(*session);
+    return options.runAll ? runCalibration(*session, options) : runWindow(*session, options);
 }

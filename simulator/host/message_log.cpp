@@ -40,6 +40,15 @@ QString lastSolverMessage() {
     return log().solverMessage;
 }
 
+void forgetSolverMessage() {
+    QMutexLocker const lock(&log().mutex);
+    log().solverMessage.clear();
+}
+
+void complain(QString const& text) {
+    std::fprintf(stderr, "pictara-sim: %s\n", text.toLocal8Bit().constData());
+}
+
 void setProgressLineShown(bool shown) {
     QMutexLocker const lock(&log().mutex);
     log().progressLineShown = shown;

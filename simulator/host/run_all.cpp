@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace pictara {
@@ -40,32 +41,47 @@ void RunDriver::advanceOneTick() {
     m_observer(m_progress);
 }
 
-RunResult RunDriver::runAll() {
-    m_progress = {};
-    m_page.stopTimer();
-    m_page.press("Run_All");
-    RunResult result;
-    int unchangedTicks = 0, unchangedSince = 0;
-    while (m_page.isRunning()) {
-        if (m_progress.frames + m_framesPerTick > m_maxFrames) {
-            result.end = RunEnd::TimedOut;
-            break;
-        }
+RunEnd RunDriver::watch(std::function<bool()> const& isWorking) {
+    int unchangedTicks = 0, unchangedSince = m_progress.frames;
+    while (isWorking()) {
+        if (m_progress.frames + m_framesPerTick > m_maxFrames)
+            return RunEnd::TimedOut;
         QStringList const before = m_progress.statusTexts;
         advanceOneTick();
         if (m_progress.statusTexts != before) {
             unchangedTicks = 0;
             unchangedSince = m_progress.frames;
         } else if (++unchangedTicks >= kStuckTicks && m_progress.frames - unchangedSince >= kStuckFrames &&
-                   showsError(m_progress.statusTexts) && m_page.isRunning()) {
-            result.end = RunEnd::Cancelled;
-            break;
+                   showsError(m_progress.statusTexts) && isWorking()) {
+            return RunEnd::Cancelled;
         }
     }
-    result.last = m_progress;
+    return RunEnd::Finished;
+}
+
+RunResult RunDriver::runAll() {
+    m_progress = {};
+    m_page.stopTimer();
+    m_page.press("Run_All");
+    RunEnd const end = watch([this] { return m_page.isRunning(); });
+    RunResult const result{end, m_progress};
     if (m_page.isRunning())
         m_page.press("Run_All");
     return result;
+}
+
+RunResult RunDriver::runFrom(Step first) {
+    m_page.stopTimer();
+    RunEnd end = RunEnd::Finished;
+    for (int step = first; step < int(std::size(kSteps)) && end == RunEnd::Finished; ++step) {
+        // The calibration measures the uniformity itself.
+        if (step == kUniformity || !m_page.press(kSteps[step].button))
+            continue;
+        end =
+            watch([&] { return m_page.text(kSteps[step].status).startsWith(QLatin1String("In progress")); });
+    }
+    m_progress.statusTexts = m_page.statusTexts();
+    return {end, m_progress};
 }
 
 bool RunDriver::awaitUniformity(double* figure) {

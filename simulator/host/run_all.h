@@ -36,11 +36,15 @@ public:
 
     /// Presses Run All and sees it through.
     RunResult runAll();
+    /// Presses the steps one after the other from the given one on, as a person does who had to mend
+    /// something; what cannot be pressed is passed over. Frames and ticks are counted on.
+    RunResult runFrom(Step first);
     /// Delivers frames until the uniformity step shows a figure; false when it does not within its bound.
     bool awaitUniformity(double* figure);
 
 private:
     void advanceOneTick();
+    [[nodiscard]] RunEnd watch(std::function<bool()> const& isWorking);
 
     DialogPage m_page;
     std::function<void()> m_deliverFrame;

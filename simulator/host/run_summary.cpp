@@ -57,6 +57,8 @@ QString summaryText(RunSummary const& summary) {
     out << "result: " << (summary.succeeded ? "calibrated" : "not calibrated") << '\n';
     if (!summary.cause.isEmpty())
         out << "cause: " << summary.cause << '\n';
+    if (!summary.firstRefusal.isEmpty())
+        out << "refused before the light was mended: " << summary.firstRefusal << '\n';
     out << '\n';
     writeLight(out, summary);
     out << '\n';

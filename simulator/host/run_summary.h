@@ -28,6 +28,8 @@ struct RunSummary {
     uint64_t solutionRegisters = 0; ///< registers of the solution that reached the sensor
     uint64_t registerWrites = 0;    ///< all register writes until the run ended
     QStringList filesWritten;       ///< without folder
+    QString
+        firstRefusal; ///< cause of the refusal after which the light was mended; empty when there was none
     bool succeeded = false;
     QString cause; ///< of a failure, in the dialog's own words and then the calibration library's
 };

@@ -54,5 +54,24 @@ TEST(CommandLine, ReadsEveryValue) {
     EXPECT_EQ(options.maxFrames, 99);
 }
 
+TEST(CommandLine, AWindowWinsOverARunAndAsksForASensorOnlyWhenNoneIsNamed) {
+    struct {
+        QStringList arguments;
+        bool runAll, chooseProfile;
+    } const rows[] = {
+        {{}, false, true},
+        {{"--run-all"}, true, false},
+        {{"--run-all", "--window"}, false, true},
+        {{"--window", "--run-all", "--profile", "soc"}, false, false},
+        {{"--run-all", "--screenshot", "a.png"}, false, false},
+    };
+    for (auto const& row : rows) {
+        CommandLine const result = parsed(row.arguments);
+        ASSERT_TRUE(result.options) << result.text.toStdString();
+        EXPECT_EQ(result.options->runAll, row.runAll) << row.arguments.join(' ').toStdString();
+        EXPECT_EQ(result.options->chooseProfile, row.chooseProfile) << row.arguments.join(' ').toStdString();
+    }
+}
+
 } // namespace
 } // namespace pictara

@@ -105,6 +105,32 @@ TEST_F(RunDriverTest, AnErrorOfAnotherStepDoesNotStopAWorkingOne) {
     EXPECT_EQ(run().end, RunEnd::Finished);
 }
 
+TEST_F(RunDriverTest, GoesOnFromAStepAndCountsOn) {
+    // Each step works for a few ticks after its button; the last one cannot be pressed.
+    QStringList pressed;
+    int ticksLeft = 0;
+    for (StepWidgets const& step : kSteps)
+        QObject::connect(page->findChild<QPushButton*>(step.button), &QPushButton::clicked, page, [&, step] {
+            EXPECT_EQ(ticksLeft, 0) << "pressed while another step worked";
+            pressed << step.button;
+            ticksLeft = 4;
+            page->setStatus(step.status, QStringLiteral("In progress... 0%"));
+        });
+    page->findChild<QPushButton*>("Prom_Save")->setEnabled(false);
+    page->script = [&](int) {
+        if (--ticksLeft == 0)
+            for (StepWidgets const& step : kSteps)
+                page->setStatus(step.status, QStringLiteral("Done."));
+    };
+    RunDriver driver(
+        DialogPage::find(&dialog), [this] { ++frames; }, 3, 600);
+    RunResult const result = driver.runFrom(kExposure);
+    EXPECT_EQ(result.end, RunEnd::Finished);
+    EXPECT_EQ(pressed, QStringList({"AE", "AWB", "Calibrate", "File_Save"}));
+    EXPECT_EQ(result.last.ticks, 16);
+    EXPECT_EQ(driver.runFrom(kFileSave).last.ticks, 20);
+}
+
 TEST_F(RunDriverTest, GivesUpAtTheBoundOnFrames) {
     RunResult const result = run(3, 91);
     EXPECT_EQ(result.end, RunEnd::TimedOut);

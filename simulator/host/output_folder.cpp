@@ -1,0 +1,33 @@
+#include "simulator/host/output_folder.h"
+
+#include "simulator/host/message_log.h"
+
+#include <QFile>
+
+namespace pictara {
+
+void OutputFolder::savePicture(QString const& name, QImage const& picture) {
+    note(name, picture.save(m_folder.filePath(name)));
+}
+
+void OutputFolder::saveText(QString const& name, QString const& text) {
+    QFile file(m_folder.filePath(name));
+    note(name, file.open(QIODevice::WriteOnly | QIODevice::Text) && file.write(text.toUtf8()) >= 0);
+}
+
+bool OutputFolder::expect(QString const& name) {
+    bool const there = QFileInfo(m_folder.filePath(name)).isFile();
+    if (there)
+        m_written.append(name);
+    return there;
+}
+
+void OutputFolder::note(QString const& name, bool saved) {
+    if (saved)
+        m_written.append(name);
+    else
+        complain(QStringLiteral("The file %1 cannot be written.").arg(m_folder.filePath(name)));
+    m_failed = m_failed || !saved;
+}
+
+} // namespace pictara

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QDir>
+#include <QImage>
+#include <QStringList>
+
+namespace pictara {
+
+/// Writes a run's files and knows their names. What cannot be written is told on the standard error stream.
+class OutputFolder {
+public:
+    explicit OutputFolder(QString const& folder) : m_folder(folder) {}
+
+    void savePicture(QString const& name, QImage const& picture);
+    void saveText(QString const& name, QString const& text);
+    /// A file that somebody else should have written.
+    [[nodiscard]] bool expect(QString const& name);
+    [[nodiscard]] QStringList const& written() const { return m_written; }
+    [[nodiscard]] bool failed() const { return m_failed; }
+
+private:
+    void note(QString const& name, bool saved);
+
+    QDir m_folder;
+    QStringList m_written;
+    bool m_failed = false;
+};
+
+} // namespace pictara

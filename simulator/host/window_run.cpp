@@ -1,0 +1,66 @@
+#include "simulator/host/window_run.h"
+
+#include "simulator/host/host_window.h"
+#include "simulator/host/message_log.h"
+#include "simulator/host/session.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QPainter>
+#include <QPixmap>
+
+namespace pictara {
+namespace {
+
+constexpr quint64 kFramesBeforeScreenshot = 20; // the exposure has settled
+
+// Both windows where they stand, without what else is on the screen.
+QImage picturedTogether(HostWindow& window) {
+    QList<QWidget*> const windows =
+        window.dialog() ? QList<QWidget*>{&window, window.dialog()} : QList<QWidget*>{&window};
+    QRect bounds;
+    for (QWidget const* part : windows)
+        bounds |= part->geometry();
+    qreal const ratio = window.devicePixelRatioF();
+    QImage image(bounds.size() * ratio, QImage::Format_RGB32);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::darkGray);
+    QPainter painter(&image);
+    for (QWidget* part : windows)
+        painter.drawPixmap(part->geometry().topLeft() - bounds.topLeft(), part->grab());
+    return image;
+}
+
+void takeScreenshotAndClose(HostWindow& window, QString const& file, int* exitCode) {
+    QObject::connect(&window, &HostWindow::frameShown, &window, [&window, file, exitCode](quint64 number) {
+        if (number != kFramesBeforeScreenshot)
+            return;
+        if (!picturedTogether(window).save(file)) {
+            complain(QStringLiteral("The screenshot %1 cannot be written.").arg(file));
+            *exitCode = kExitUsage;
+        }
+        window.close();
+    });
+}
+
+} // namespace
+
+int runWindow(Session& session, Options const& options) {
+    HostWindow window(session, options);
+    QString error;
+    int code = kExitDone;
+    if (window.openDialog(&error)) {
+        if (!options.screenshotFile.isEmpty())
+            takeScreenshotAndClose(window, options.screenshotFile, &code);
+        window.showWithDialog();
+        QApplication::exec();
+    } else {
+        complain(error);
+        code = kExitUsage;
+    }
+    // The dialog is a child of the window, but the plug-in's to delete.
+    session.closePlugin();
+    return code;
+}
+
+} // namespace pictara

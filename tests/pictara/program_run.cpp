@@ -1,0 +1,36 @@
+#include "tests/pictara/program_run.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <limits>
+
+namespace {
+
+constexpr int kLongestRunMs = 280'000;
+
+} // namespace
+
+ProgramRun::ProgramRun(QStringList arguments) {
+    arguments << QStringLiteral("--output") << m_folder.path();
+    QProcess process;
+    process.start(QStringLiteral(PICTARA_SIM), arguments);
+    m_ended = process.waitForFinished(kLongestRunMs) && process.exitStatus() == QProcess::NormalExit;
+    m_exitCode = process.exitCode();
+    m_messages = QString::fromLocal8Bit(process.readAllStandardError());
+    QFile summary(file(QStringLiteral("summary.txt")));
+    if (summary.open(QIODevice::ReadOnly))
+        m_summary = QString::fromUtf8(summary.readAll());
+}
+
+QString ProgramRun::value(char const* name) const {
+    QRegularExpression const line(QStringLiteral("^%1: (.*)$").arg(QString::fromLatin1(name)),
+                                  QRegularExpression::MultilineOption);
+    return line.match(m_summary).captured(1);
+}
+
+double ProgramRun::figure(char const* name) const {
+    bool ok = false;
+    double const number = value(name).section(QLatin1Char(' '), 0, 0).toDouble(&ok);
+    return ok ? number : std::numeric_limits<double>::quiet_NaN();
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+/// One run of the program with its results in a folder of its own.
+class ProgramRun {
+public:
+    explicit ProgramRun(QStringList arguments);
+
+    /// -1 when it crashed or did not end.
+    [[nodiscard]] int exitCode() const { return m_ended ? m_exitCode : -1; }
+    [[nodiscard]] QString const& messages() const { return m_messages; }
+    [[nodiscard]] QString const& summary() const { return m_summary; }
+    [[nodiscard]] QString file(QString const& name) const { return m_folder.filePath(name); }
+    /// What a line of the summary says.
+    [[nodiscard]] QString value(char const* name) const;
+    /// The figure of a line of the summary, or one that no comparison likes.
+    [[nodiscard]] double figure(char const* name) const;
+
+private:
+    QTemporaryDir m_folder;
+    bool m_ended = false;
+    int m_exitCode = 0;
+    QString m_messages, m_summary;
+};
+
+#define EXPECT_EXIT_CODE(run, code)                                                                          \
+    EXPECT_EQ((run).exitCode(), code) << (run).messages().toStdString() << (run).summary().toStdString()

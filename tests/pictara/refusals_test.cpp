@@ -1,0 +1,71 @@
+#include "tests/pictara/program_run.h"
+#include "tests/pictara/small_profile.h"
+
+#include <QFile>
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr char kOtherFailure[] = "Calibrate_Status: Error. Are the External sensor data files installed?";
+
+struct Row {
+    QStringList light;
+    int exitCode;
+    char const* cause;
+};
+
+QList<Row> const& rows() {
+    static QList<Row> const all = {
+        {{"--level", "0.001"}, 4, "too dark"},
+        {{"--level", "10000"}, 5, "clipped"},
+        {{"--gradient", "0.5"}, 6, "the lamp is not even"},
+        {{"--gradient", "-0.5"}, 6, "the lamp is not even"},
+        {{"--object"}, 6, "not flat"},
+    };
+    return all;
+}
+
+struct Refusal : testing::Test {
+    QTemporaryDir folder;
+    QStringList const run{"--run-all", "--profile", writeSmallProfile(folder.path())};
+};
+
+TEST_F(Refusal, IsToldByTheDialogTheSummaryAndTheExitCode) {
+    for (Row const& row : rows()) {
+        SCOPED_TRACE(row.cause);
+        ProgramRun const refused(run + row.light);
+        EXPECT_EXIT_CODE(refused, row.exitCode);
+        for (QString const& told : {refused.value("cause"), refused.messages()}) {
+            EXPECT_TRUE(told.contains(kOtherFailure)) << told.toStdString();
+            EXPECT_TRUE(told.contains(row.cause)) << told.toStdString();
+        }
+        EXPECT_EQ(refused.value("step File_Save_Status"), QStringLiteral("Not done yet."));
+        EXPECT_FALSE(QFile::exists(refused.file("after.png")));
+    }
+}
+
+TEST_F(Refusal, DoesNotSpoilTheCalibrationFromTheNextGoodFrame) {
+    for (Row const& row : rows()) {
+        SCOPED_TRACE(row.cause);
+        ProgramRun const mended(run + row.light + QStringList("--then-good"));
+        EXPECT_EXIT_CODE(mended, 0);
+        EXPECT_TRUE(mended.value("refused before the light was mended").contains(row.cause));
+        EXPECT_TRUE(mended.value("cause").isEmpty());
+        EXPECT_GE(mended.figure("uniformity uncorrected"), 4.0);
+        EXPECT_LE(mended.figure("uniformity corrected"), 1.0);
+    }
+}
+
+TEST_F(Refusal, OfAWrongImageSizeIsNotMendedByLight) {
+    ProgramRun const refused({"--run-all", "--then-good", "--profile", "poly-wrong-size"});
+    EXPECT_EXIT_CODE(refused, 7);
+    QString const cause = refused.value("cause");
+    EXPECT_TRUE(cause.contains("Calibrate_Status: Error: Incompatible image size.")) << cause.toStdString();
+    EXPECT_TRUE(cause.contains("1280 x 720 instead of 1920 x 1080")) << cause.toStdString();
+}
+
+TEST(RefusedLight, IsRefusedOnTheDefaultSensorToo) {
+    EXPECT_EXIT_CODE(ProgramRun({"--run-all", "--gradient", "0.5"}), 6);
+}
+
+} // namespace
