@@ -35,6 +35,13 @@ FrameType frameType(OutputFormat format) {
     return FrameType::Ycbcr;
 }
 
+EepromDevice* deviceOrMessage(vy_Camera& camera, QString* error) {
+    EepromDevice* const device = camera.bus.device();
+    if (!device && error)
+        *error = QStringLiteral("the camera has no EEPROM");
+    return device;
+}
+
 CameraDescription describe(Profile const& profile) {
     CameraDescription description;
     description.profile = profile.name;
@@ -192,6 +199,53 @@ Frame SimulatedCamera::grab() {
 
 uint64_t SimulatedCamera::registerWrites() const {
     return m_implementation->handle.registers.writes();
+}
+
+bool SimulatedCamera::hasEeprom() const {
+    return m_implementation->handle.bus.device() != nullptr;
+}
+
+bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
+    EepromDevice* const device = deviceOrMessage(m_implementation->handle, error);
+    std::optional<EepromContents> const contents = device ? readContents(file, error) : std::nullopt;
+    if (contents)
+        device->program(*contents);
+    return contents.has_value();
+}
+
+bool SimulatedCamera::saveEeprom(QString const& file, QString* error) const {
+    EepromDevice const* const device = deviceOrMessage(m_implementation->handle, error);
+    return device && writeContents(device->contents(), file, error);
+}
+
+void SimulatedCamera::useVirtualTime() {
+    m_implementation->handle.bus.clock().useVirtualTime();
+}
+
+void SimulatedCamera::advanceTime(int milliseconds) {
+    m_implementation->handle.bus.clock().advance(std::chrono::milliseconds(milliseconds));
+}
+
+QStringList SimulatedCamera::faultNames() {
+    return deviceFaultNames();
+}
+
+bool SimulatedCamera::injectFault(QString const& name, uint64_t n, bool forEver) {
+    std::optional<DeviceFault> const fault = deviceFaultByName(name);
+    EepromDevice* const device = m_implementation->handle.bus.device();
+    if (fault && device)
+        device->plan(FaultPlan(*fault, n, forEver));
+    return fault.has_value();
+}
+
+uint64_t SimulatedCamera::deviceOperations() const {
+    EepromDevice const* const device = m_implementation->handle.bus.device();
+    return device ? device->operations() : 0;
+}
+
+uint64_t SimulatedCamera::deviceBytesWritten() const {
+    EepromDevice const* const device = m_implementation->handle.bus.device();
+    return device ? device->bytesWritten() : 0;
 }
 
 } // namespace simulator
