@@ -7,6 +7,7 @@
 #include "simulator/camera/noise.h"
 #include "simulator/camera/read_out.h"
 #include "simulator/camera/shading_correction.h"
+#include "simulator/camera/start_up_record.h"
 #include "simulator/camera/ycbcr_pipeline.h"
 
 #include <QFileInfo>
@@ -77,6 +78,7 @@ public:
     void setLight(Light const& changed);
     [[nodiscard]] Field const& lightOnTheArray();
     [[nodiscard]] Frame grab();
+    [[nodiscard]] bool replay(QString const& recordName, QString* error);
 
     Profile const profile;
     CameraDescription const description;
@@ -134,6 +136,15 @@ Frame SimulatedCamera::Implementation::grab() {
                       : rawFrame(profile.array, profile.readOut, mosaic);
     spoilUnusableRows(frame, profile.readOut.unusableRows, stream);
     return frame;
+}
+
+bool SimulatedCamera::Implementation::replay(QString const& recordName, QString* error) {
+    EepromDevice const* const device = deviceOrMessage(handle, error);
+    if (!device)
+        return false;
+    auto const entries =
+        readStartUpRecord(device->contents(), recordName, profile.registerAddressWidth, error);
+    return entries && replayEntries(*entries, handle.registers, error);
 }
 
 SimulatedCamera::SimulatedCamera(std::unique_ptr<Implementation> implementation)
@@ -216,6 +227,14 @@ bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
 bool SimulatedCamera::saveEeprom(QString const& file, QString* error) const {
     EepromDevice const* const device = deviceOrMessage(m_implementation->handle, error);
     return device && writeContents(device->contents(), file, error);
+}
+
+bool SimulatedCamera::replayEeprom(QString* error) {
+    return m_implementation->replay({}, error);
+}
+
+bool SimulatedCamera::replayEeprom(QString const& recordName, QString* error) {
+    return m_implementation->replay(recordName, error);
 }
 
 void SimulatedCamera::useVirtualTime() {

@@ -92,6 +92,12 @@ public:
     /// a message for the user in `error`, and nothing changed, when there is no EEPROM or the file is not so.
     [[nodiscard]] bool loadEeprom(QString const& file, QString* error);
     [[nodiscard]] bool saveEeprom(QString const& file, QString* error) const;
+    /// What a camera does at start-up: writes the register settings of the stored record of shading registers
+    /// (the first one, or the first of that name) into its registers. The EEPROM is read past the bus,
+    /// without faults and time. All is decoded and every register found before the first one is written, so
+    /// that nothing changes on failure; `error` then tells the place and the cause.
+    [[nodiscard]] bool replayEeprom(QString* error);
+    [[nodiscard]] bool replayEeprom(QString const& recordName, QString* error);
 
     /// The EEPROM's write cycle and the bridge's transfers take time: real time, until it is made virtual.
     /// With virtual time, whoever replaces the sleeps of the camera's users passes the slept time on here,
