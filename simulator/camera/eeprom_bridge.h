@@ -11,7 +11,8 @@ namespace simulator {
 
 /// The sensor's bridge to the headboard's bus: five registers through which a host has one or two bytes moved
 /// at a time. A written command starts a transfer; the status register says busy until it is over, after a
-/// write until the device has stored the bytes, and then whether the device acknowledged. A new command
+/// write until the device has stored the bytes, and then whether the device acknowledged. Bytes in different
+/// pages are written one after the other. A new command
 /// drops one that still runs. Without a device the bridge works and nobody acknowledges.
 class EepromBridge {
 public:
@@ -26,13 +27,21 @@ public:
 private:
     /// A transfer whose end the host has not seen yet.
     struct Transfer {
+        EepromDevice* device = nullptr;
         std::optional<CameraClock::Duration> endsAt; ///< none: it never ends
         bool isAcknowledged = false;
-        std::optional<uint32_t> data; ///< what a read brings
+        std::optional<uint32_t> data;    ///< what a read brings
+        uint32_t nextAddress = 0;        ///< of the next page
+        std::optional<uint8_t> nextByte; ///< to be written there
     };
 
     [[nodiscard]] int start(uint32_t command);
-    [[nodiscard]] BusAnswer move(uint32_t command, EepromDevice* device, Transfer& transfer) const;
+    [[nodiscard]] BusAnswer move(uint32_t command, Transfer& transfer) const;
+    [[nodiscard]] BusAnswer read(size_t count, Transfer& transfer) const;
+    [[nodiscard]] BusAnswer write(size_t count, Transfer& transfer) const;
+    void goOnInNextPage();
+    /// The transfer takes its time from now on.
+    void schedule(BusAnswer answer, Transfer& transfer) const;
 
     HeadboardBus* m_bus;
     RegisterMap::Register* m_deviceAddress;

@@ -1,14 +1,18 @@
 #include "simulator/camera/eeprom_device.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace simulator {
 namespace {
 
 constexpr std::chrono::milliseconds kWriteCycle{20};
-constexpr uint32_t kPageSize = 32; // bytes
 
 } // namespace
+
+size_t countInPage(uint32_t address, size_t count) {
+    return std::min<size_t>(count, kEepromPageSize - address % kEepromPageSize);
+}
 
 EepromDevice::EepromDevice(EepromContents const& contents, CameraClock const& clock)
     : m_contents(contents), m_clock(&clock) {}
@@ -46,12 +50,12 @@ BusAnswer EepromDevice::write(uint32_t address, std::span<uint8_t const> bytes) 
     BusAnswer const answer = select(fault);
     if (answer != BusAnswer::Acknowledged)
         return answer;
-    size_t const page = address % kEepromSize / kPageSize * kPageSize;
+    size_t const page = address % kEepromSize / kEepromPageSize * kEepromPageSize;
     bool const isIgnored = fault == DeviceFault::IgnoredWrite;
     for (size_t i = 0; i < bytes.size() && !isIgnored; ++i) {
         if (!m_faults.beginByte())
             return BusAnswer::NotAcknowledged;
-        m_contents[page + (address + i) % kPageSize] = flipped(fault, i, bytes.size(), bytes[i]);
+        m_contents[page + (address + i) % kEepromPageSize] = flipped(fault, i, bytes.size(), bytes[i]);
         ++m_bytesWritten;
     }
     m_readyAt = m_clock->now() + kWriteCycle;

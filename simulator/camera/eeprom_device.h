@@ -9,6 +9,11 @@
 
 namespace simulator {
 
+inline constexpr uint32_t kEepromPageSize = 32; ///< bytes
+
+/// How many of `count` bytes from an address on lie in the address's page.
+[[nodiscard]] size_t countInPage(uint32_t address, size_t count);
+
 /// What whoever addresses the device gets to see.
 enum class BusAnswer {
     Acknowledged,

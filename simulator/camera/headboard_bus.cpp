@@ -97,10 +97,17 @@ int HeadboardBus::writeDescribed(vy_RegisterDescription const& location, uint32_
     if (!isLocation(location))
         return kBadArgument;
     std::array<uint8_t, 2> const bytes = {uint8_t(value >> 8), uint8_t(value)};
-    int const result = status(device->write(location.address, std::span(bytes).last(location.accessSize)));
-    if (result == kDone)
+    uint32_t address = location.address;
+    for (auto rest = std::span(bytes).last(location.accessSize); !rest.empty();) {
+        size_t const count = countInPage(address, rest.size());
+        int const result = status(device->write(address, rest.first(count)));
+        if (result != kDone)
+            return result;
         m_clock.wait(device->readyAt() - m_clock.now());
-    return result;
+        address += uint32_t(count);
+        rest = rest.subspan(count);
+    }
+    return kDone;
 }
 
 } // namespace simulator

@@ -28,7 +28,8 @@ public:
     [[nodiscard]] int readRaw(uint32_t busAddress, uint32_t start, std::span<uint32_t> words);
     [[nodiscard]] int writeRaw(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words);
     /// One location of one or two bytes, big byte first, behind a transient description. The sensor's bus
-    /// master does the transfer; after a write it asks the device until that has stored the bytes.
+    /// master does the transfer, bytes in different pages apart from each other; after each write it asks the
+    /// device until that has stored the bytes.
     [[nodiscard]] int readDescribed(vy_RegisterDescription const& location, uint32_t& value);
     [[nodiscard]] int writeDescribed(vy_RegisterDescription const& location, uint32_t value);
 

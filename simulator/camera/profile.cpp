@@ -23,8 +23,8 @@ QJsonObject readBase(QString const& file, JsonPlace const& place, JsonFault& fau
     QString const base = place.text() + QStringLiteral(".json");
     QString const beside = QFileInfo(file).dir().filePath(base);
     JsonFault baseFault;
-    QJsonObject const whole = readWithBases(
-        QFileInfo::exists(beside) ? beside : profileFolder().filePath(base), baseFault, depth + 1);
+    QJsonObject whole = readWithBases(QFileInfo::exists(beside) ? beside : profileFolder().filePath(base),
+                                      baseFault, depth + 1);
     if (baseFault.isSet())
         fault.set(QStringLiteral("base"), baseFault.message);
     return whole;
@@ -133,7 +133,7 @@ bool hasRegister(Profile const& profile, RegisterPlace const& place) {
 }
 
 QByteArray readRegisterName(JsonPlace const& place, Profile const& profile) {
-    QByteArray const name = place.text().toLatin1();
+    QByteArray name = place.text().toLatin1();
     if (!hasRegister(profile, name))
         place.fail(QStringLiteral("there is no register \"%1\"").arg(QString::fromLatin1(name)));
     return name;
@@ -265,7 +265,7 @@ double ReadOut::deliveredWhite() const {
 
 std::optional<Profile> readProfile(QString const& file, QString* error) {
     JsonFault fault;
-    QJsonObject const whole = readWithBases(file, fault, 0);
+    QJsonObject whole = readWithBases(file, fault, 0);
     Profile profile;
     if (!fault.isSet())
         profile = readSections(JsonPlace(whole, {}, fault));

@@ -91,6 +91,21 @@ TEST(Eeprom, WriteWrapsWithinItsPageAndReadAtTheEnd) {
     EXPECT_EQ(words[2], uint8_t(patterned()[1]));
 }
 
+// A raw pair would wrap here, and the header at the start of the first page would be lost.
+TEST(Eeprom, SensorsOwnTransfersCarryAPairOverTheEndOfAPage) {
+    for (EepromAccess const& access : {kEepromAccesses[1], kEepromAccesses[2]}) {
+        SCOPED_TRACE(access.name);
+        Camera const camera = openFor(access);
+        programContents(*camera, patterned());
+        EXPECT_TRUE(access.write(*camera, 31, "ab"));
+        EXPECT_EQ(contentsOf(*camera), patterned().replace(31, 2, "ab"));
+        EXPECT_EQ(camera->deviceOperations(), 2U);
+        ASSERT_TRUE(camera->injectFault(QStringLiteral("no-acknowledge"), 2));
+        EXPECT_FALSE(access.write(*camera, 63, "cd"));
+        EXPECT_EQ(contentsOf(*camera), patterned().replace(31, 2, "ab").replace(63, 1, "c"));
+    }
+}
+
 TEST(Eeprom, DoesNotAcknowledgeWhileItStores) {
     Camera const camera = openRaw();
     std::vector<uint32_t> word(1);
