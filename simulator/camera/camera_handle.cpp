@@ -14,8 +14,8 @@ std::vector<vy_Camera*>& openCameras() {
 } // namespace
 
 vy_Camera::vy_Camera(simulator::Profile const& profile)
-    : registers(profile.registers), systemOnChip(profile.systemOnChip), m_name(profile.sensorName),
-      m_sensorData(profile.layout.text) {
+    : registers(profile.registers), bus(profile), bridge(registers, bus), systemOnChip(profile.systemOnChip),
+      m_name(profile.sensorName), m_sensorData(profile.layout.text) {
     description = {.recordSize = sizeof description,
                    .sensorKind = profile.kind,
                    .variant = profile.variant,
@@ -33,6 +33,17 @@ vy_Camera::vy_Camera(simulator::Profile const& profile)
 
 vy_Camera::~vy_Camera() {
     std::erase(openCameras(), this);
+}
+
+uint32_t vy_Camera::read(simulator::RegisterMap::Register& reg, uint32_t mask) {
+    bridge.refresh();
+    return simulator::RegisterMap::read(reg, mask);
+}
+
+int vy_Camera::write(simulator::RegisterMap::Register& reg, uint32_t value, uint32_t mask) {
+    bridge.refresh();
+    registers.write(reg, value, mask);
+    return bridge.written(reg);
 }
 
 vy_Camera* vy_Camera::opened(vy_Camera* camera) {

@@ -17,6 +17,19 @@ struct FormatName {
 constexpr FormatName kFormatNames[] = {
     {"raw12", OutputFormat::Raw12}, {"raw8", OutputFormat::Raw8}, {"ycbcr", OutputFormat::Ycbcr}};
 
+QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth);
+
+QJsonObject readBase(QString const& file, JsonPlace const& place, JsonFault& fault, int depth) {
+    QString const base = place.text() + QStringLiteral(".json");
+    QString const beside = QFileInfo(file).dir().filePath(base);
+    JsonFault baseFault;
+    QJsonObject whole = readWithBases(QFileInfo::exists(beside) ? beside : profileFolder().filePath(base),
+                                      baseFault, depth + 1);
+    if (baseFault.isSet())
+        fault.set(QStringLiteral("base"), baseFault.message);
+    return whole;
+}
+
 QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth) {
     QJsonObject changes = readJsonFile(file, fault);
     if (!changes.contains(QStringLiteral("base")))
@@ -25,17 +38,13 @@ QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth) {
         fault.set(QStringLiteral("base"), QStringLiteral("the profiles are based on each other"));
         return {};
     }
-    QString const base = JsonPlace(changes, {}, fault)["base"].text() + QStringLiteral(".json");
-    QString const beside = QFileInfo(file).dir().filePath(base);
-    JsonFault baseFault;
-    QJsonObject const whole = readWithBases(
-        QFileInfo::exists(beside) ? beside : profileFolder().filePath(base), baseFault, depth + 1);
-    if (baseFault.isSet())
-        fault.set(QStringLiteral("base"), baseFault.message);
+    JsonPlace const bases = JsonPlace(changes, {}, fault)["base"];
+    QJsonObject whole;
+    for (JsonPlace const& base : bases.isArray() ? bases.items() : std::vector{bases})
+        whole = mergedJson(whole, readBase(file, base, fault, depth));
     changes.remove(QStringLiteral("base"));
     return mergedJson(whole, changes);
 }
-
 SensorArray readArray(JsonPlace const& place) {
     constexpr uint32_t kSmallestSide = 64;
     constexpr uint32_t kLargestSide = 16384;
@@ -70,12 +79,30 @@ ReadOut readReadOut(JsonPlace const& place) {
     return readOut;
 }
 
+struct WiringName {
+    char const* name;
+    EepromWiring wiring;
+};
+constexpr WiringName kWiringNames[] = {{"none", EepromWiring::None},
+                                       {"serial", EepromWiring::Serial},
+                                       {"bridge", EepromWiring::Bridge},
+                                       {"bus-master", EepromWiring::BusMaster}};
+
 EepromSection readEeprom(JsonPlace const& place) {
-    EepromSection eeprom{.kind = place["kind"].text()};
-    if (eeprom.kind == QLatin1String("serial"))
-        eeprom.busAddress = place["busAddress"].integer(0, 0xFE);
-    else if (eeprom.kind != QLatin1String("none"))
-        place["kind"].fail(QStringLiteral("\"%1\" is none of none, serial").arg(eeprom.kind));
+    EepromSection eeprom;
+    QString const name = place["kind"].text();
+    auto const* const known =
+        std::find_if(std::begin(kWiringNames), std::end(kWiringNames),
+                     [&](WiringName const& row) { return name == QLatin1String(row.name); });
+    if (known == std::end(kWiringNames)) {
+        place["kind"].fail(QStringLiteral("\"%1\" is none of none, serial, bridge, bus-master").arg(name));
+        return eeprom;
+    }
+    eeprom.wiring = known->wiring;
+    if (eeprom.wiring == EepromWiring::None)
+        return eeprom;
+    eeprom.busAddress = place["busAddress"].integer(0, 0xFE);
+    eeprom.isFormatted = place["formatted"].flag();
     return eeprom;
 }
 
@@ -106,7 +133,7 @@ bool hasRegister(Profile const& profile, RegisterPlace const& place) {
 }
 
 QByteArray readRegisterName(JsonPlace const& place, Profile const& profile) {
-    QByteArray const name = place.text().toLatin1();
+    QByteArray name = place.text().toLatin1();
     if (!hasRegister(profile, name))
         place.fail(QStringLiteral("there is no register \"%1\"").arg(QString::fromLatin1(name)));
     return name;
@@ -139,6 +166,21 @@ void checkLayoutSamples(JsonPlace const& place, Profile const& profile) {
     if (layout.blackLevel != profile.readOut.deliveredBlack())
         place["blackLevel"].fail(
             QStringLiteral("the read-out delivers black as %1").arg(profile.readOut.deliveredBlack()));
+}
+
+struct WiringRegister {
+    EepromWiring wiring;
+    char const* reg;
+};
+constexpr WiringRegister kWiringRegisters[] = {
+    {EepromWiring::Bridge, "IO_EEPROM_I2C_ADDR"}, {EepromWiring::Bridge, "IO_EEPROM_ADDR"},
+    {EepromWiring::Bridge, "IO_EEPROM_COMMAND"},  {EepromWiring::Bridge, "IO_EEPROM_STATUS"},
+    {EepromWiring::Bridge, "IO_EEPROM_DATA"},     {EepromWiring::BusMaster, "DMA_CTRL"}};
+
+void checkEepromRegisters(JsonPlace const& place, Profile const& profile) {
+    for (WiringRegister const& row : kWiringRegisters)
+        if (row.wiring == profile.eeprom.wiring && !hasRegister(profile, row.reg))
+            place.fail(QStringLiteral("there is no register \"%1\"").arg(QLatin1String(row.reg)));
 }
 
 // The layout block is told in full because it is handed out as it stands, so it must agree with the rest.
@@ -192,6 +234,7 @@ Profile readSections(JsonPlace const& root) {
     resetOrigin(profile);
     profile.optics = readOptics(root["optics"]);
     profile.eeprom = readEeprom(root["eeprom"]);
+    checkEepromRegisters(root["eeprom"]["kind"], profile);
     return profile;
 }
 
@@ -223,7 +266,7 @@ double ReadOut::deliveredWhite() const {
 
 std::optional<Profile> readProfile(QString const& file, QString* error) {
     JsonFault fault;
-    QJsonObject const whole = readWithBases(file, fault, 0);
+    QJsonObject whole = readWithBases(file, fault, 0);
     Profile profile;
     if (!fault.isSet())
         profile = readSections(JsonPlace(whole, {}, fault));

@@ -46,10 +46,19 @@ struct Exposure {
         0; ///< green in the middle at the reset value under a lamp of level 1, of full scale
 };
 
+/// How the EEPROM of a headboard is reached.
+enum class EepromWiring {
+    None,     ///< there is none
+    Serial,   ///< on the serial bus that the transport reaches
+    Bridge,   ///< behind the sensor's bridge registers
+    BusMaster ///< behind the sensor's own bus master
+};
+
 /// The memory on the headboard.
 struct EepromSection {
-    QString kind; ///< "none", or "serial" for one on the sensor's bus
-    uint32_t busAddress = 0;
+    EepromWiring wiring = EepromWiring::None;
+    uint32_t busAddress = 0;  ///< write form
+    bool isFormatted = false; ///< as it comes from the factory; blank otherwise
 };
 
 /// A sensor on its headboard, as a profile file tells it.
@@ -80,10 +89,11 @@ inline constexpr double kConverterWhite = 4095;
 /// Counts of the converter that make one count of an 8-bit sample.
 inline constexpr double kCountsPerByte = 16;
 
-/// Reads a profile file. A profile may name a `base`, whose file it then merely changes; the base is looked
-/// for beside the file and then among the installed profiles. The origin registers of the correction reset to
-/// the middle of the array. Empty with a message that names the fault and its place in `error` when the file
-/// is malformed.
+/// Reads a profile file. A profile may name a `base`, whose file it then merely changes, or an array of them,
+/// each of which changes the ones before it: a whole profile first, then mostly groups of registers. A base
+/// is looked for beside the file and then among the installed profiles. The origin registers of the
+/// correction reset to the middle of the array. Empty with a message that names the fault and its place in
+/// `error` when the file is malformed.
 [[nodiscard]] std::optional<Profile> readProfile(QString const& file, QString* error);
 
 } // namespace simulator

@@ -1,6 +1,7 @@
 #include "simulator/camera/profile_registers.h"
 
 #include <QSet>
+#include <QStringList>
 #include <algorithm>
 
 namespace simulator {
@@ -16,22 +17,36 @@ struct Index {
     QString letter;
     uint32_t first = 0;
     uint32_t count = 1;
+    QStringList words; ///< what stands for the numbers, where there are any
 };
+
+Index readWords(JsonPlace const& place) {
+    Index index{.letter = place["letter"].text(), .words = {}};
+    for (JsonPlace const& word : place["words"].items())
+        index.words.append(word.text());
+    if (index.words.isEmpty())
+        place["words"].fail(QStringLiteral("at least one word is needed"));
+    index.count = std::max(1U, uint32_t(index.words.size()));
+    return index;
+}
 
 std::vector<Index> readIndices(JsonPlace const& place) {
     std::vector<Index> indices;
     if (!place.has("indices"))
         return indices;
     for (JsonPlace const& item : place["indices"].items())
-        indices.push_back({item["letter"].text(), item.has("first") ? item["first"].integer() : 0,
-                           item["count"].integer(1, kLargestFamily)});
+        indices.push_back(item.has("words") ? readWords(item)
+                                            : Index{item["letter"].text(),
+                                                    item.has("first") ? item["first"].integer() : 0,
+                                                    item["count"].integer(1, kLargestFamily),
+                                                    {}});
     return indices;
 }
 
 // Replaces {letter} and {letter:digits}.
 QString fillIn(QString name, Index const& index, uint32_t value) {
     QString const plain = QLatin1Char('{') + index.letter + QLatin1Char('}');
-    name.replace(plain, QString::number(value));
+    name.replace(plain, index.words.isEmpty() ? QString::number(value) : index.words.value(int(value)));
     for (int digits = 2; digits <= 4; ++digits) {
         QString const padded = QStringLiteral("{%1:%2}").arg(index.letter).arg(digits);
         name.replace(padded, QStringLiteral("%1").arg(value, digits, 10, QLatin1Char('0')));

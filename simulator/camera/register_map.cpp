@@ -81,7 +81,7 @@ vy_BitfieldDescription const* RegisterMap::findBitfield(Register const& reg, cha
 }
 
 uint32_t RegisterMap::read(Register& reg, uint32_t mask) {
-    if (!reg.isCached) {
+    if (!reg.isCached || reg.isVolatile) {
         reg.cached = reg.value;
         reg.isCached = true;
     }

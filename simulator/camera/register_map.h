@@ -55,6 +55,7 @@ public:
         uint32_t value = 0;                                       ///< what the sensor holds
         uint32_t cached = 0;                                      ///< what the library last saw
         bool isCached = false;
+        bool isVolatile = false; ///< the sensor changes it by itself: never answered from the cache
     };
 
     explicit RegisterMap(std::vector<RegisterSpecification> const& specifications);

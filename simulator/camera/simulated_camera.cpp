@@ -7,6 +7,7 @@
 #include "simulator/camera/noise.h"
 #include "simulator/camera/read_out.h"
 #include "simulator/camera/shading_correction.h"
+#include "simulator/camera/start_up_record.h"
 #include "simulator/camera/ycbcr_pipeline.h"
 
 #include <QFileInfo>
@@ -33,6 +34,13 @@ FrameType frameType(OutputFormat format) {
         break;
     }
     return FrameType::Ycbcr;
+}
+
+EepromDevice* deviceOrMessage(vy_Camera& camera, QString* error) {
+    EepromDevice* const device = camera.bus.device();
+    if (!device && error)
+        *error = QStringLiteral("the camera has no EEPROM");
+    return device;
 }
 
 CameraDescription describe(Profile const& profile) {
@@ -70,6 +78,7 @@ public:
     void setLight(Light const& changed);
     [[nodiscard]] Field const& lightOnTheArray();
     [[nodiscard]] Frame grab();
+    [[nodiscard]] bool replay(QString const& recordName, QString* error);
 
     Profile const profile;
     CameraDescription const description;
@@ -127,6 +136,15 @@ Frame SimulatedCamera::Implementation::grab() {
                       : rawFrame(profile.array, profile.readOut, mosaic);
     spoilUnusableRows(frame, profile.readOut.unusableRows, stream);
     return frame;
+}
+
+bool SimulatedCamera::Implementation::replay(QString const& recordName, QString* error) {
+    EepromDevice const* const device = deviceOrMessage(handle, error);
+    if (!device)
+        return false;
+    auto const entries =
+        readStartUpRecord(device->contents(), recordName, profile.registerAddressWidth, error);
+    return entries && replayEntries(*entries, handle.registers, error);
 }
 
 SimulatedCamera::SimulatedCamera(std::unique_ptr<Implementation> implementation)
@@ -192,6 +210,61 @@ Frame SimulatedCamera::grab() {
 
 uint64_t SimulatedCamera::registerWrites() const {
     return m_implementation->handle.registers.writes();
+}
+
+bool SimulatedCamera::hasEeprom() const {
+    return m_implementation->handle.bus.device() != nullptr;
+}
+
+bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
+    EepromDevice* const device = deviceOrMessage(m_implementation->handle, error);
+    std::optional<EepromContents> const contents = device ? readContents(file, error) : std::nullopt;
+    if (contents)
+        device->program(*contents);
+    return contents.has_value();
+}
+
+bool SimulatedCamera::saveEeprom(QString const& file, QString* error) const {
+    EepromDevice const* const device = deviceOrMessage(m_implementation->handle, error);
+    return device && writeContents(device->contents(), file, error);
+}
+
+bool SimulatedCamera::replayEeprom(QString* error) {
+    return m_implementation->replay({}, error);
+}
+
+bool SimulatedCamera::replayEeprom(QString const& recordName, QString* error) {
+    return m_implementation->replay(recordName, error);
+}
+
+void SimulatedCamera::useVirtualTime() {
+    m_implementation->handle.bus.clock().useVirtualTime();
+}
+
+void SimulatedCamera::advanceTime(int milliseconds) {
+    m_implementation->handle.bus.clock().advance(std::chrono::milliseconds(milliseconds));
+}
+
+QStringList SimulatedCamera::faultNames() {
+    return deviceFaultNames();
+}
+
+bool SimulatedCamera::injectFault(QString const& name, uint64_t n, bool forEver) {
+    std::optional<DeviceFault> const fault = deviceFaultByName(name);
+    EepromDevice* const device = m_implementation->handle.bus.device();
+    if (fault && device)
+        device->plan(FaultPlan(*fault, n, forEver));
+    return fault.has_value();
+}
+
+uint64_t SimulatedCamera::deviceOperations() const {
+    EepromDevice const* const device = m_implementation->handle.bus.device();
+    return device ? device->operations() : 0;
+}
+
+uint64_t SimulatedCamera::deviceBytesWritten() const {
+    EepromDevice const* const device = m_implementation->handle.bus.device();
+    return device ? device->bytesWritten() : 0;
 }
 
 } // namespace simulator

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 #include <memory>
 
@@ -85,6 +86,35 @@ public:
     [[nodiscard]] Frame grab();
     /// Number of register writes that reached the sensor since it was opened.
     [[nodiscard]] uint64_t registerWrites() const;
+
+    [[nodiscard]] bool hasEeprom() const;
+    /// The whole EEPROM as a file of exactly 8192 bytes. Loading programs the device past the bus. False with
+    /// a message for the user in `error`, and nothing changed, when there is no EEPROM or the file is not so.
+    [[nodiscard]] bool loadEeprom(QString const& file, QString* error);
+    [[nodiscard]] bool saveEeprom(QString const& file, QString* error) const;
+    /// What a camera does at start-up: writes the register settings of the stored record of shading registers
+    /// (the first one, or the first of that name) into its registers. The EEPROM is read past the bus,
+    /// without faults and time. All is decoded and every register found before the first one is written, so
+    /// that nothing changes on failure; `error` then tells the place and the cause.
+    [[nodiscard]] bool replayEeprom(QString* error);
+    [[nodiscard]] bool replayEeprom(QString const& recordName, QString* error);
+
+    /// The EEPROM's write cycle and the bridge's transfers take time: real time, until it is made virtual.
+    /// With virtual time, whoever replaces the sleeps of the camera's users passes the slept time on here,
+    /// and nobody waits; a user that sleeps by itself must be left with real time. Time may also be advanced
+    /// without virtual time, in addition to what really passes.
+    void useVirtualTime();
+    void advanceTime(int milliseconds);
+
+    /// Names of what can go wrong with the EEPROM, as on a command line.
+    [[nodiscard]] static QStringList faultNames();
+    /// Replaces the fault planned before: it strikes the n-th operation from now on (1 is the next one) and,
+    /// if for ever, all later ones. "power-cut" strikes as soon as n bytes are stored from now on. "none"
+    /// heals. False for a name that is none of them; without an EEPROM nothing can go wrong.
+    bool injectFault(QString const& name, uint64_t n = 1, bool forEver = false);
+    /// Transfers addressed to the EEPROM, and bytes stored in it, since the camera was opened.
+    [[nodiscard]] uint64_t deviceOperations() const;
+    [[nodiscard]] uint64_t deviceBytesWritten() const;
 
     class Implementation;
 

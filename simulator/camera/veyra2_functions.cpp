@@ -38,10 +38,9 @@ RegisterMap::Register* findDescribed(vy_Camera* camera, vy_RegisterDescription c
                 : nullptr;
 }
 
-// Why a described register was not found: behind a transient description lies a device on the serial bus.
-int missingStatus(vy_Camera* camera, vy_RegisterDescription const& description) {
-    bool const onBus = !description.name && description.addressSpace == kSerialBusSpace;
-    return vy_Camera::opened(camera) && onBus ? simulator::kNoAnswer : simulator::kNoSuchRegister;
+// Behind a transient description lies a device on the serial bus.
+bool isOnBus(vy_Camera* camera, vy_RegisterDescription const& description) {
+    return vy_Camera::opened(camera) && !description.name && description.addressSpace == kSerialBusSpace;
 }
 
 } // namespace
@@ -87,7 +86,7 @@ VEYRA2_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, char
     uint32_t const mask = maskOf(*found, bitfield);
     if (mask == 0)
         return simulator::kNoSuchBitfield;
-    *value = RegisterMap::read(*found, mask);
+    *value = camera->read(*found, mask);
     return simulator::kDone;
 }
 
@@ -99,8 +98,7 @@ VEYRA2_FUNCTION int vy_WriteSensorRegStr(vy_Camera* camera, char const* reg, cha
     uint32_t const mask = maskOf(*found, bitfield);
     if (mask == 0)
         return simulator::kNoSuchBitfield;
-    camera->registers.write(*found, value, mask);
-    return simulator::kDone;
+    return camera->write(*found, value, mask);
 }
 
 VEYRA2_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t* value) {
@@ -108,8 +106,8 @@ VEYRA2_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription c
         return simulator::kBadArgument;
     RegisterMap::Register* const found = findDescribed(camera, *reg);
     if (!found)
-        return missingStatus(camera, *reg);
-    *value = RegisterMap::read(*found);
+        return isOnBus(camera, *reg) ? camera->bus.readDescribed(*reg, *value) : simulator::kNoSuchRegister;
+    *value = camera->read(*found);
     return simulator::kDone;
 }
 
@@ -118,24 +116,25 @@ VEYRA2_FUNCTION int vy_WriteSensorReg(vy_Camera* camera, vy_RegisterDescription 
         return simulator::kBadArgument;
     RegisterMap::Register* const found = findDescribed(camera, *reg);
     if (!found)
-        return missingStatus(camera, *reg);
-    camera->registers.write(*found, value);
-    return simulator::kDone;
+        return isOnBus(camera, *reg) ? camera->bus.writeDescribed(*reg, value) : simulator::kNoSuchRegister;
+    return camera->write(*found, value);
 }
 
-// No device lies on the simulated headboard's bus, so none acknowledges its address.
-VEYRA2_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t, uint32_t, uint32_t, uint32_t* words) {
-    return vy_Camera::opened(camera) && words ? simulator::kNoAnswer : simulator::kBadArgument;
+VEYRA2_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
+                                     uint32_t* words) {
+    vy_Camera* const open = vy_Camera::opened(camera);
+    return open && words ? open->bus.readRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
 }
 
-VEYRA2_FUNCTION int vy_writeRegisters(vy_Camera* camera, uint32_t, uint32_t, uint32_t,
+VEYRA2_FUNCTION int vy_writeRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
                                       uint32_t const* words) {
-    return vy_Camera::opened(camera) && words ? simulator::kNoAnswer : simulator::kBadArgument;
+    vy_Camera* const open = vy_Camera::opened(camera);
+    return open && words ? open->bus.writeRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
 }
 
-// The simulated transport works alike in every mode.
-VEYRA2_FUNCTION int vy_setMode(vy_Camera* camera, uint32_t, uint32_t) {
-    return vy_Camera::opened(camera) ? simulator::kDone : simulator::kBadArgument;
+VEYRA2_FUNCTION int vy_setMode(vy_Camera* camera, uint32_t mode, uint32_t value) {
+    vy_Camera* const open = vy_Camera::opened(camera);
+    return open ? open->bus.setMode(mode, value) : simulator::kBadArgument;
 }
 
 VEYRA2_FUNCTION void vy_InvalidateRegCache(vy_Camera* camera) {

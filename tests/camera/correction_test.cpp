@@ -24,8 +24,9 @@ struct Switch {
 // How a host switches the correction of a profile.
 Switch switchOf(SimulatedCamera const& camera) {
     for (Switch const& row :
-         {Switch{"POLY_SC_ENABLE", "ENABLE"}, Switch{"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"},
-          Switch{"COLOR_PIPELINE_CONTROL", "LENS_SHADING"}})
+         {Switch{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"}, Switch{"POLY_SC_ENABLE", "ENABLE"},
+          Switch{"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"}, Switch{"COLOR_PIPELINE_CONTROL", "LENS_SHADING"},
+          Switch{"LENS_CORRECTION", "ENABLE"}, Switch{"LENS_CORRECTION_CONTROL", "ENABLE"}})
         if (vy_ExistsBitfield(camera.handle(), row.reg, row.bitfield))
             return row;
     return {"", ""};

@@ -58,7 +58,7 @@ TEST(LibraryFunctions, NullAndUnknownNamesAnswerFailure) {
 }
 
 TEST(LibraryFunctions, NoDeviceOnTheBusAnswersTwelve) {
-    Camera const camera = openQuiet();
+    Camera const camera = openChanged(R"({"eeprom": {"kind": "none"}})");
     uint32_t word = 0;
     vy_RegisterDescription device{};
     device.addressSpace = 1;

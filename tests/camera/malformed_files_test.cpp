@@ -49,7 +49,13 @@ constexpr Fault kProfileFaults[] = {
     {R"({"base": "poly-12bit", "optics": {"colourMatrix": [1, 0, 0, 0, 1, 0, 0, 0.5, 1]}})",
      "p.json: optics.colourMatrix: row 3 must sum to 1"},
     {R"({"base": "poly-12bit", "eeprom": {"kind": "paper"}})",
-     "p.json: eeprom.kind: \"paper\" is none of none, serial"},
+     "p.json: eeprom.kind: \"paper\" is none of none, serial, bridge, bus-master"},
+    {R"({"base": "poly-12bit", "eeprom": {"kind": "bridge"}})",
+     "p.json: eeprom.kind: there is no register \"IO_EEPROM_I2C_ADDR\""},
+    {R"({"base": ["poly-12bit", "groups/nowhere"]})", "p.json: base: nowhere.json: cannot be read"},
+    {R"({"base": "poly-12bit", "registers": {"more":
+        [{"name": "A_{w}", "address": 1, "stride": 1, "indices": [{"letter": "w", "words": []}]}]}})",
+     "p.json: registers.more[0].indices[0].words: at least one word is needed"},
 };
 
 TEST(MalformedFiles, ProfileFaultIsNamedWithItsPlace) {

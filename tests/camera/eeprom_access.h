@@ -1,0 +1,26 @@
+#pragma once
+
+#include "tests/camera/camera_under_test.h"
+
+#include <QByteArray>
+#include <cstdint>
+#include <functional>
+
+/// One way to the EEPROM, as software on the host goes it: the profile that is wired so, and a transfer of
+/// one or two bytes that answers whether it went well. Time passes only where a host would sleep.
+struct EepromAccess {
+    char const* name;
+    char const* profile;
+    bool (*read)(simulator::SimulatedCamera& camera, uint32_t address,
+                 QByteArray& bytes); ///< as many as it has
+    bool (*write)(simulator::SimulatedCamera& camera, uint32_t address, QByteArray const& bytes);
+};
+
+extern EepromAccess const kEepromAccesses[3];
+
+/// A camera of that access in virtual time.
+[[nodiscard]] Camera openFor(EepromAccess const& access);
+
+/// What the device holds, seen past every access and fault.
+[[nodiscard]] QByteArray contentsOf(simulator::SimulatedCamera const& camera);
+void programContents(simulator::SimulatedCamera& camera, QByteArray const& contents);

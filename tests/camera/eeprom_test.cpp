@@ -1,0 +1,209 @@
+#include "tests/camera/eeprom_access.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <array>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+using namespace simulator;
+
+namespace {
+
+QByteArray patterned() {
+    QByteArray contents(8192, '\0');
+    for (int i = 0; i < contents.size(); ++i)
+        contents[i] = char(i * 7 + i / 256);
+    return contents;
+}
+
+// Raw transfers of any length, after the widths were set.
+int writeBytes(SimulatedCamera& camera, uint32_t address, std::vector<uint32_t> const& words) {
+    return vy_writeRegisters(camera.handle(), 0xA8, address, uint32_t(words.size()), words.data());
+}
+
+int readBytes(SimulatedCamera& camera, uint32_t address, std::vector<uint32_t>& words) {
+    return vy_readRegisters(camera.handle(), 0xA8, address, uint32_t(words.size()), words.data());
+}
+
+Camera openRaw() {
+    Camera camera = openFor(kEepromAccesses[0]);
+    EXPECT_EQ(vy_setMode(camera->handle(), 1, 16), 0);
+    EXPECT_EQ(vy_setMode(camera->handle(), 2, 8), 0);
+    return camera;
+}
+
+TEST(Eeprom, EveryAccessMovesBytesInTheirOrder) {
+    for (EepromAccess const& access : kEepromAccesses) {
+        SCOPED_TRACE(access.name);
+        Camera const camera = openFor(access);
+        programContents(*camera, patterned());
+        QByteArray two(2, '\0');
+        QByteArray one(1, '\0');
+        EXPECT_TRUE(access.read(*camera, 0x1234, two));
+        EXPECT_EQ(two, patterned().mid(0x1234, 2));
+        EXPECT_TRUE(access.read(*camera, 0x1235, one));
+        EXPECT_EQ(one, patterned().mid(0x1235, 1));
+
+        EXPECT_TRUE(access.write(*camera, 0x40, "\xA1\x5B"));
+        EXPECT_TRUE(access.write(*camera, 0x42, "\xC3")) << "the write cycle of the bytes before";
+        EXPECT_EQ(contentsOf(*camera), patterned().replace(0x40, 3, "\xA1\x5B\xC3"));
+        EXPECT_EQ(camera->deviceOperations(), 4U);
+        EXPECT_EQ(camera->deviceBytesWritten(), 3U);
+    }
+}
+
+TEST(Eeprom, AnswersOnlyWhereItIsWired) {
+    for (EepromAccess const& wired : kEepromAccesses) {
+        Camera const camera = openFor(wired);
+        for (EepromAccess const& other : kEepromAccesses) {
+            bool const hasRegisters = other.read != kEepromAccesses[1].read ||
+                                      vy_ExistsRegister(camera->handle(), "IO_EEPROM_DATA");
+            if (&other == &wired || !hasRegisters)
+                continue;
+            SCOPED_TRACE(std::string(wired.name) + " by " + other.name);
+            QByteArray bytes(2, '\0');
+            EXPECT_FALSE(other.read(*camera, 0, bytes));
+            EXPECT_FALSE(other.write(*camera, 0, bytes));
+        }
+        EXPECT_EQ(camera->deviceOperations(), 0U);
+    }
+    Camera const camera = openRaw();
+    uint32_t word = 0;
+    EXPECT_EQ(vy_readRegisters(camera->handle(), 0xAA, 0, 1, &word), 12);
+}
+
+TEST(Eeprom, WriteWrapsWithinItsPageAndReadAtTheEnd) {
+    Camera const camera = openRaw();
+    EXPECT_EQ(writeBytes(*camera, 0x3E, {1, 2, 3, 4}), 0);
+    QByteArray expected(8192, '\xFF');
+    expected.replace(0x3E, 2, "\x01\x02");
+    expected.replace(0x20, 2, "\x03\x04");
+    EXPECT_EQ(contentsOf(*camera), expected);
+    camera->advanceTime(20);
+    EXPECT_EQ(writeBytes(*camera, 0x2000 + 5, {9}), 0) << "the upper address bits are ignored";
+    camera->advanceTime(20);
+    programContents(*camera, patterned());
+    std::vector<uint32_t> words(3);
+    EXPECT_EQ(readBytes(*camera, 8191, words), 0);
+    EXPECT_EQ(words[0], uint8_t(patterned()[8191]));
+    EXPECT_EQ(words[2], uint8_t(patterned()[1]));
+}
+
+// A raw pair would wrap here, and the header at the start of the first page would be lost.
+TEST(Eeprom, SensorsOwnTransfersCarryAPairOverTheEndOfAPage) {
+    for (EepromAccess const& access : {kEepromAccesses[1], kEepromAccesses[2]}) {
+        SCOPED_TRACE(access.name);
+        Camera const camera = openFor(access);
+        programContents(*camera, patterned());
+        EXPECT_TRUE(access.write(*camera, 31, "ab"));
+        EXPECT_EQ(contentsOf(*camera), patterned().replace(31, 2, "ab"));
+        EXPECT_EQ(camera->deviceOperations(), 2U);
+        ASSERT_TRUE(camera->injectFault(QStringLiteral("no-acknowledge"), 2));
+        EXPECT_FALSE(access.write(*camera, 63, "cd"));
+        EXPECT_EQ(contentsOf(*camera), patterned().replace(31, 2, "ab").replace(63, 1, "c"));
+    }
+}
+
+TEST(Eeprom, DoesNotAcknowledgeWhileItStores) {
+    Camera const camera = openRaw();
+    std::vector<uint32_t> word(1);
+    EXPECT_EQ(readBytes(*camera, 0, word), 0) << "a read needs no time to recover";
+    EXPECT_EQ(writeBytes(*camera, 0, {0x11}), 0);
+    EXPECT_EQ(readBytes(*camera, 0, word), 12);
+    camera->advanceTime(19);
+    EXPECT_EQ(readBytes(*camera, 0, word), 12);
+    EXPECT_EQ(writeBytes(*camera, 0, {0x22}), 12);
+    camera->advanceTime(1);
+    EXPECT_EQ(readBytes(*camera, 0, word), 0);
+    EXPECT_EQ(word[0], 0x11U) << "what was not acknowledged is not stored";
+}
+
+TEST(Eeprom, BridgeIsBusyForTheTransferAndTheWriteCycle) {
+    Camera const camera = openFor(kEepromAccesses[1]);
+    programContents(*camera, patterned());
+    writeRegister(*camera, "IO_EEPROM_I2C_ADDR", 0xA8);
+    writeRegister(*camera, "IO_EEPROM_ADDR", 0x100);
+    writeRegister(*camera, "IO_EEPROM_DATA", 0x5A);
+    writeRegister(*camera, "IO_EEPROM_COMMAND", 0x010);
+    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x10U);
+    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_DATA"), 0x5AU) << "data before they are there";
+    camera->advanceTime(1);
+    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x04U);
+    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_DATA"), uint8_t(patterned()[0x100]));
+
+    writeRegister(*camera, "IO_EEPROM_COMMAND", 0x080);
+    camera->advanceTime(19);
+    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x10U);
+    camera->advanceTime(1);
+    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x04U);
+
+    writeRegister(*camera, "IO_EEPROM_I2C_ADDR", 0xA0); // nobody's
+    writeRegister(*camera, "IO_EEPROM_COMMAND", 0x010);
+    camera->advanceTime(1);
+    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0U);
+}
+
+TEST(Eeprom, BadTransfersMoveNothing) {
+    Camera const camera = openRaw();
+    std::vector<uint32_t> words(2);
+    EXPECT_NE(vy_readRegisters(camera->handle(), 0xA8, 0, 0xFFFFFFFF, words.data()), 0);
+    EXPECT_NE(vy_readRegisters(camera->handle(), 0xA8, 0x10000, 1, words.data()), 0);
+    EXPECT_NE(vy_writeRegisters(camera->handle(), 0xA8, 0, 0, words.data()), 0);
+    EXPECT_EQ(vy_setMode(camera->handle(), 2, 16), 0);
+    EXPECT_NE(writeBytes(*camera, 0, {1, 2}), 0) << "words of 16 bits";
+    EXPECT_EQ(vy_setMode(camera->handle(), 2, 8), 0);
+    EXPECT_EQ(vy_setMode(camera->handle(), 1, 8), 0);
+    EXPECT_NE(readBytes(*camera, 0, words), 0) << "addresses of 8 bits";
+
+    Camera const described = openFor(kEepromAccesses[2]);
+    for (auto const& [addressWidth, address, accessSize] :
+         {std::array{8U, 0U, 1U}, std::array{16U, 0x10000U, 1U}, std::array{16U, 0U, 0U},
+          std::array{16U, 0U, 4U}}) {
+        vy_RegisterDescription description{};
+        description.addressSpace = 1;
+        description.id = 0xA8;
+        description.address = address;
+        description.addressWidth = addressWidth;
+        description.accessSize = accessSize;
+        EXPECT_NE(vy_ReadSensorReg(described->handle(), &description, words.data()), 0);
+        EXPECT_NE(vy_WriteSensorReg(described->handle(), &description, 0), 0);
+    }
+    EXPECT_EQ(contentsOf(*camera), QByteArray(8192, '\xFF'));
+    EXPECT_EQ(contentsOf(*described), QByteArray(8192, '\xFF'));
+}
+
+TEST(EepromFile, KeepsAllBytesAndRefusesOtherSizes) {
+    TestFiles const files;
+    Camera const camera = openRaw();
+    programContents(*camera, patterned());
+    EXPECT_EQ(contentsOf(*camera), patterned());
+    QString error;
+    for (int const size : {0, 8191, 8193, 100000}) {
+        EXPECT_FALSE(camera->loadEeprom(files.write(QStringLiteral("e"), QByteArray(size, 'x')), &error));
+        EXPECT_TRUE(error.contains(QStringLiteral("8192")) && error.endsWith(QString::number(size)))
+            << qPrintable(error);
+    }
+    EXPECT_FALSE(camera->loadEeprom(QStringLiteral("/nowhere/e"), &error));
+    EXPECT_TRUE(error.startsWith(QStringLiteral("/nowhere/e: cannot be read"))) << qPrintable(error);
+    EXPECT_EQ(contentsOf(*camera), patterned());
+    EXPECT_FALSE(camera->saveEeprom(QStringLiteral("/nowhere/e"), &error));
+    EXPECT_TRUE(error.startsWith(QStringLiteral("/nowhere/e: cannot be written"))) << qPrintable(error);
+}
+
+TEST(EepromFile, CameraWithoutEepromSaysSoAndTouchesNoFile) {
+    TestFiles const files;
+    QString error;
+    Camera const camera = openChanged(R"({"eeprom": {"kind": "none"}})");
+    EXPECT_FALSE(camera->hasEeprom());
+    QString const name = files.write(QStringLiteral("e"), "kept");
+    for (bool const answer :
+         {camera->loadEeprom(name, &error), camera->saveEeprom(name, &error), camera->replayEeprom(&error)}) {
+        EXPECT_FALSE(answer);
+        EXPECT_EQ(error, QStringLiteral("the camera has no EEPROM"));
+    }
+    EXPECT_EQ(QFileInfo(name).size(), 4);
+}
+
+} // namespace

@@ -1,0 +1,165 @@
+#include "tests/camera/eeprom_access.h"
+
+#include <gtest/gtest.h>
+
+using namespace simulator;
+
+namespace {
+
+QByteArray big16(uint32_t value) {
+    return QByteArray().append(char(value >> 8)).append(char(value));
+}
+
+QByteArray big32(uint32_t value) {
+    return big16(value >> 16) + big16(value);
+}
+
+QByteArray withLength(char type, QByteArray const& payload) {
+    return QByteArray(1, type) + big16(uint32_t(payload.size())) + payload;
+}
+
+QByteArray shadingRecord(QByteArray const& name, QByteArray const& blocks) {
+    return withLength(8, name.leftJustified(9, '\0') + blocks);
+}
+
+QByteArray fullEntry(uint32_t space, uint32_t id, uint32_t address, int size, uint32_t mask, uint32_t value) {
+    return QByteArray(1, char(space)) + big32(id) + big32(address) + QByteArray(1, char(size)) + big32(mask) +
+           big32(value);
+}
+
+QByteArray shortEntry(uint32_t word, uint32_t value) {
+    return big16(word) + big16(value);
+}
+
+QByteArray device(QByteArray const& records) {
+    return (QByteArray("VYEE\x01") + records).leftJustified(8192, '\xFF');
+}
+
+// Full entries of the whole register, a bitfield, a byte, and a register whose own width counts.
+QByteArray const kPolynomial = shadingRecord(
+    "DEFAULT",
+    withLength(2, fullEntry(0, 0, 0x3780, 2, 0x8000, 0)) +
+        withLength(3, shortEntry(0x3600, 0x3E00) + shortEntry(0x3602, 0x1234)) +
+        withLength(2, fullEntry(0, 0, 0x3640, 2, 0, 0x4000) + fullEntry(0, 0, 0x3642, 1, 0, 0xABCD) +
+                          fullEntry(0, 0, 0x3644, 0, 0, 0xABCD) + fullEntry(0, 0, 0x3780, 2, 0x8000, 1)));
+
+Camera openRaw() {
+    return openFor(kEepromAccesses[0]);
+}
+
+TEST(StartUp, WritesEntriesOfEveryKindInTheirOrder) {
+    Camera const camera = openRaw();
+    programContents(*camera, device(kPolynomial));
+    QString error;
+    ASSERT_TRUE(camera->replayEeprom(&error)) << qPrintable(error);
+    EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 0x3E00U);
+    EXPECT_EQ(readRegister(*camera, "P_GR_P0Q1"), 0x1234U);
+    EXPECT_EQ(readRegister(*camera, "P_RD_P0Q0"), 0x4000U);
+    EXPECT_EQ(readRegister(*camera, "P_RD_P0Q1"), 0x00CDU);
+    EXPECT_EQ(readRegister(*camera, "P_RD_P0Q2"), 0xABCDU);
+    EXPECT_EQ(readRegister(*camera, "POLY_SC_ENABLE"), 0x8000U)
+        << "a bitfield's value counts from its lowest bit";
+    EXPECT_EQ(camera->registerWrites(), 7U);
+    EXPECT_EQ(camera->deviceOperations(), 0U);
+}
+
+TEST(StartUp, ShortEntriesHoldPageOrDriver) {
+    QString error;
+    Camera const paged = SimulatedCamera::open(QStringLiteral("kind154"), &error);
+    programContents(*paged, device(shadingRecord("DEFAULT", withLength(3, shortEntry(0x0210, 0x3E00)))));
+    ASSERT_TRUE(paged->replayEeprom(&error)) << qPrintable(error);
+    EXPECT_EQ(readRegister(*paged, "P_GR_P0Q0"), 0x3E00U);
+
+    Camera const firmware = SimulatedCamera::open(QStringLiteral("soc-pga"), &error);
+    QByteArray const variables = withLength(4, shortEntry(0x8000 | 1 << 10 | 0x020, 0x1177) +
+                                                   shortEntry(0x8000 | 2 << 10 | 0x14F, 0x0042));
+    programContents(*firmware, device(shadingRecord("DEFAULT", variables)));
+    ASSERT_TRUE(firmware->replayEeprom(&error)) << qPrintable(error);
+    EXPECT_EQ(readRegister(*firmware, "MODE_STATE"), 0x77U);
+    EXPECT_EQ(readRegister(*firmware, "EXPOSURE_TARGET"), 0x42U);
+
+    Camera const wide = SimulatedCamera::open(QStringLiteral("kind95"), &error);
+    programContents(*wide,
+                    device(shadingRecord("DEFAULT", withLength(4, shortEntry(18 << 10 | 0x0C2, 0x4321)))));
+    ASSERT_TRUE(wide->replayEeprom(&error)) << qPrintable(error);
+    EXPECT_EQ(readRegister(*wide, "CAM_PGA_L_CONFIG_GREEN_RED_Q14"), 0x4321U);
+}
+
+TEST(StartUp, TakesTheFirstRecordOrTheNamedOneBehindOthers) {
+    Camera const camera = openRaw();
+    auto const setting = [](uint32_t value) { return withLength(3, shortEntry(0x3600, value)); };
+    programContents(*camera,
+                    device(withLength(16, "2024/01/01 00:00:00") + withLength(6, "?") +
+                           shadingRecord("FIRST", setting(1)) + shadingRecord("NINECHARS", setting(2)) +
+                           shadingRecord("LAST", setting(3))));
+    QString error;
+    ASSERT_TRUE(camera->replayEeprom(&error)) << qPrintable(error);
+    EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 1U);
+    ASSERT_TRUE(camera->replayEeprom(QStringLiteral("last"), &error)) << qPrintable(error);
+    EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 3U);
+    ASSERT_TRUE(camera->replayEeprom(QStringLiteral("ninechars"), &error)) << qPrintable(error);
+    EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 2U);
+    EXPECT_FALSE(camera->replayEeprom(QStringLiteral("LAS"), &error));
+    EXPECT_EQ(error, QStringLiteral("the EEPROM holds no shading registers named \"LAS\""));
+}
+
+struct Malformed {
+    char const* what;
+    QByteArray contents;
+    char const* message;
+};
+
+TEST(StartUp, MalformedContentsChangeNothing) {
+    QByteArray const good = withLength(3, shortEntry(0x3600, 0x3E00));
+    Malformed const rows[] = {
+        {"blank", QByteArray(8192, '\xFF'), "the EEPROM is not formatted"},
+        {"empty chain", device({}), "the EEPROM holds no shading registers"},
+        {"another type only", device(withLength(12, QByteArray(20, '\0'))), "the EEPROM holds no shading"},
+        {"record beyond the end", device(QByteArray("\x10\x20", 2)),
+         "EEPROM, offset 5: the record runs over"},
+        {"chain up to the last byte", device(withLength(2, QByteArray(8183, 'x')) + '\x08'),
+         "EEPROM, offset 8191: the record runs over"},
+        {"no room for the name", device(withLength(8, "DEFAULT")),
+         "EEPROM, offset 5: the record is too short"},
+        {"unknown kind", device(shadingRecord("A", good + '\x05' + big16(0))), "EEPROM, offset 27: "},
+        {"broken entry", device(shadingRecord("A", good + '\x02' + big16(17) + QByteArray(17, 'x'))),
+         "EEPROM, offset 27: the block's length"},
+        {"block beyond its record", device(shadingRecord("A", good + '\x03' + big16(8) + "abcd")),
+         "EEPROM, offset 24: the block runs over"},
+        {"half a block header", device(shadingRecord("A", good + '\x03')), "EEPROM, offset 24: the block"},
+        {"no such register", device(shadingRecord("A", good + withLength(3, shortEntry(0x3601, 0)))),
+         "EEPROM, offset 27: there is no register of 0 bytes at class 0, id 0, address 0x3601"},
+        {"size of nothing",
+         device(shadingRecord("A", good + withLength(2, fullEntry(0, 0, 0x3600, 5, 0, 1)))),
+         "EEPROM, offset 27: there is no register of 5 bytes"},
+    };
+    for (Malformed const& row : rows) {
+        SCOPED_TRACE(row.what);
+        Camera const camera = openRaw();
+        programContents(*camera, row.contents);
+        QString error;
+        EXPECT_FALSE(camera->replayEeprom(&error));
+        EXPECT_TRUE(error.startsWith(QLatin1String(row.message))) << qPrintable(error);
+        EXPECT_FALSE(camera->replayEeprom(nullptr));
+        EXPECT_EQ(camera->registerWrites(), 0U);
+    }
+}
+
+// Every byte of a good record takes other values: the decoder ends, and says so when it refuses.
+TEST(StartUp, NoByteOfARecordLeadsTheDecoderAstray) {
+    TestFiles const files;
+    Camera const camera = openRaw();
+    QByteArray const good = device(kPolynomial);
+    for (int i = 0; i < 5 + kPolynomial.size() + 1; ++i) {
+        for (int const value : {0x00, 0x80, 0xFF}) {
+            QByteArray contents = good;
+            contents[i] = char(value);
+            QString error;
+            ASSERT_TRUE(camera->loadEeprom(files.write(QStringLiteral("contents"), contents), &error));
+            bool const isDone = camera->replayEeprom(&error);
+            EXPECT_EQ(isDone, error.isEmpty()) << i << ' ' << value;
+        }
+    }
+}
+
+} // namespace
