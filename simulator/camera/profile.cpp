@@ -121,12 +121,12 @@ void readIdentity(JsonPlace const& place, Profile& profile) {
 
 bool hasRegister(Profile const& profile, QByteArray const& name) {
     return std::any_of(profile.registers.begin(), profile.registers.end(),
-                       [&](RegisterSpecification const& reg) { return reg.name == name; });
+                       [&](RegisterDefinition const& reg) { return reg.name == name; });
 }
 
 bool hasRegister(Profile const& profile, RegisterPlace const& place) {
     return std::any_of(profile.registers.begin(), profile.registers.end(),
-                       [&](RegisterSpecification const& reg) {
+                       [&](RegisterDefinition const& reg) {
                            return reg.addressSpace == 0 && reg.id == place.id &&
                                   reg.address == place.address && reg.dataWidth >= 16;
                        });
@@ -205,7 +205,7 @@ void checkLayout(JsonPlace const& place, Profile const& profile) {
 
 // The correction's origin lies in the middle of the array until somebody moves it.
 void resetOrigin(Profile& profile) {
-    for (RegisterSpecification& reg : profile.registers) {
+    for (RegisterDefinition& reg : profile.registers) {
         auto const isAt = [&](RegisterPlace const& place) {
             return reg.addressSpace == 0 && reg.id == place.id && reg.address == place.address;
         };

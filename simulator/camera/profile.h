@@ -78,7 +78,7 @@ struct Profile {
     Exposure exposure;
     QByteArray frameCounter; ///< register that counts the frames
     CorrectionSwitch correctionSwitch;
-    std::vector<RegisterSpecification> registers;
+    std::vector<RegisterDefinition> registers;
     SensorLayout layout;
     Optics optics;
     EepromSection eeprom;

@@ -87,8 +87,8 @@ std::vector<Bitfield> readBitfields(JsonPlace const& place, uint32_t dataWidth) 
     return bitfields;
 }
 
-RegisterSpecification readCommonPart(JsonPlace const& place, uint32_t addressWidth) {
-    RegisterSpecification reg;
+RegisterDefinition readCommonPart(JsonPlace const& place, uint32_t addressWidth) {
+    RegisterDefinition reg;
     reg.addressSpace = place.has("addressSpace") ? place["addressSpace"].integer(0, 31) : 0;
     bool const isFirmware = reg.addressSpace == kFirmwareSpace;
     reg.id = place.has("id") ? place["id"].integer(0, isFirmware ? kLargestFirmwareId : 0xFFFF) : 0;
@@ -100,9 +100,8 @@ RegisterSpecification readCommonPart(JsonPlace const& place, uint32_t addressWid
     return reg;
 }
 
-void appendFamily(JsonPlace const& place, uint32_t addressWidth,
-                  std::vector<RegisterSpecification>& registers) {
-    RegisterSpecification reg = readCommonPart(place, addressWidth);
+void appendFamily(JsonPlace const& place, uint32_t addressWidth, std::vector<RegisterDefinition>& registers) {
+    RegisterDefinition reg = readCommonPart(place, addressWidth);
     QString const name = place["name"].text();
     std::vector<Index> const indices = readIndices(place);
     uint32_t const stride = indices.empty() ? 0 : place["stride"].integer(1, 0xFFFF);
@@ -121,8 +120,8 @@ void appendFamily(JsonPlace const& place, uint32_t addressWidth,
 
 } // namespace
 
-std::vector<RegisterSpecification> readRegisters(JsonPlace const& place, uint32_t addressWidth) {
-    std::vector<RegisterSpecification> registers;
+std::vector<RegisterDefinition> readRegisters(JsonPlace const& place, uint32_t addressWidth) {
+    std::vector<RegisterDefinition> registers;
     QSet<QByteArray> names;
     QSet<QString> places;
     for (QString const& group : place.keys()) {
@@ -130,7 +129,7 @@ std::vector<RegisterSpecification> readRegisters(JsonPlace const& place, uint32_
             size_t const before = registers.size();
             appendFamily(item, addressWidth, registers);
             for (size_t i = before; i < registers.size(); ++i) {
-                RegisterSpecification const& reg = registers[i];
+                RegisterDefinition const& reg = registers[i];
                 QString const name = QString::fromLatin1(reg.name);
                 QString const where =
                     QStringLiteral("%1/%2/%3").arg(reg.addressSpace).arg(reg.id).arg(reg.address);

@@ -22,18 +22,18 @@ uint32_t shiftOf(uint32_t mask) {
     return mask == 0 ? 0 : uint32_t(std::countr_zero(mask));
 }
 
-RegisterMap::Register registerOf(RegisterSpecification const& specification) {
+RegisterMap::Register registerOf(RegisterDefinition const& definition) {
     RegisterMap::Register reg;
-    reg.name = specification.name;
-    reg.description.addressSpace = specification.addressSpace;
-    reg.description.id = specification.id;
-    reg.description.address = specification.address;
-    reg.description.addressWidth = specification.addressWidth;
-    reg.description.dataWidth = specification.dataWidth;
-    reg.description.accessSize = dataTypeSize(specification.dataType);
-    reg.description.dataType = specification.dataType;
-    reg.bitfields = specification.bitfields;
-    reg.value = specification.reset & widthMask(reg.description);
+    reg.name = definition.name;
+    reg.description.addressSpace = definition.addressSpace;
+    reg.description.id = definition.id;
+    reg.description.address = definition.address;
+    reg.description.addressWidth = definition.addressWidth;
+    reg.description.dataWidth = definition.dataWidth;
+    reg.description.accessSize = dataTypeSize(definition.dataType);
+    reg.description.dataType = definition.dataType;
+    reg.bitfields = definition.bitfields;
+    reg.value = definition.reset & widthMask(reg.description);
     return reg;
 }
 
@@ -47,17 +47,16 @@ uint32_t dataTypeOfWidth(uint32_t bits) {
     return bits <= 8 ? 0 : bits <= 16 ? 2 : 4;
 }
 
-RegisterMap::RegisterMap(std::vector<RegisterSpecification> const& specifications) {
-    m_registers.reserve(specifications.size());
-    for (RegisterSpecification const& specification : specifications) {
+RegisterMap::RegisterMap(std::vector<RegisterDefinition> const& definitions) {
+    m_registers.reserve(definitions.size());
+    for (RegisterDefinition const& definition : definitions) {
         size_t const index = m_registers.size();
-        Register& reg = m_registers.emplace_back(registerOf(specification));
+        Register& reg = m_registers.emplace_back(registerOf(definition));
         reg.description.name = reg.name.constData();
         for (Bitfield const& bitfield : reg.bitfields)
             reg.bitfieldDescriptions.push_back({bitfield.name.constData(), bitfield.mask, 0});
         m_byName.insert(reg.name, index);
-        m_byAddress.insert(placeOf(specification.addressSpace, specification.id, specification.address),
-                           index);
+        m_byAddress.insert(placeOf(definition.addressSpace, definition.id, definition.address), index);
     }
 }
 

@@ -25,7 +25,7 @@ struct Bitfield {
 };
 
 /// One register as a sensor's data sheet tells it.
-struct RegisterSpecification {
+struct RegisterDefinition {
     QByteArray name;
     uint32_t addressSpace = 0; ///< address-space kind; 0 is the sensor itself, 1 its firmware's variables
     uint32_t id = 0;           ///< page or driver
@@ -58,7 +58,7 @@ public:
         bool isVolatile = false; ///< the sensor changes it by itself: never answered from the cache
     };
 
-    explicit RegisterMap(std::vector<RegisterSpecification> const& specifications);
+    explicit RegisterMap(std::vector<RegisterDefinition> const& definitions);
     // The descriptions point into the names.
     RegisterMap(RegisterMap const&) = delete;
     RegisterMap& operator=(RegisterMap const&) = delete;
