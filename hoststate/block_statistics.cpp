@@ -58,12 +58,16 @@ void CSbl::chooseGrid(int32_t width, int32_t height) {
 void CSbl::placeBlocks(int32_t width, int32_t height) {
     int32_t const blockWidth = std::max(width / m_columns, 1);
     int32_t const blockHeight = std::max(height / m_rows, 1);
+    std::array<int32_t, kMaxColumns> lefts{};
+    for (int32_t column = 0; column < m_columns; ++column)
+        lefts[size_t(column)] = cellStart(width, column, m_columns, blockWidth);
     for (int32_t row = 0; row < m_rows; ++row) {
+        int32_t const top = cellStart(height, row, m_rows, blockHeight);
         for (int32_t column = 0; column < m_columns; ++column) {
             Block& block = m_blocks[size_t(row)][size_t(column)];
-            block.top = cellStart(height, row, m_rows, blockHeight);
-            block.left = cellStart(width, column, m_columns, blockWidth);
-            block.bottom = block.top + blockHeight;
+            block.top = top;
+            block.left = lefts[size_t(column)];
+            block.bottom = top + blockHeight;
             block.right = block.left + blockWidth;
         }
     }

@@ -22,26 +22,67 @@ Word wordAt(void const* bytes) {
     return word;
 }
 
+// Adds half pixels of several rows to the sums of their columns: of whole words, and of the upper channels
+// alone. Inlined, it takes on the instructions that its caller may use. Without the promise that sums and
+// rows lie apart, no compiler would turn it into vector instructions.
+template <int Rows>
+void addRows(uint8_t const* bytes, ptrdiff_t pitch, size_t halves, uint16_t* __restrict whole,
+             uint16_t* __restrict upper) {
+    for (size_t i = 0; i < halves; ++i) {
+        uint16_t wholeSum = whole[i];
+        uint16_t upperSum = upper[i];
+        for (int row = 0; row < Rows; ++row) {
+            auto const half = wordAt<uint16_t>(bytes + row * pitch + ptrdiff_t(i) * 2);
+            wholeSum = uint16_t(wholeSum + half);
+            upperSum = uint16_t(upperSum + (half >> 8));
+        }
+        whole[i] = wholeSum;
+        upper[i] = upperSum;
+    }
+}
+
+using AddRows = decltype(&addRows<8>);
+
+void addEightRows(uint8_t const* bytes, ptrdiff_t pitch, size_t halves, uint16_t* __restrict whole,
+                  uint16_t* __restrict upper) {
+    addRows<8>(bytes, pitch, halves, whole, upper);
+}
+
+#if defined(__GNUC__) && defined(__x86_64__)
+[[gnu::target("avx2")]] void addEightRowsAvx2(uint8_t const* bytes, ptrdiff_t pitch, size_t halves,
+                                              uint16_t* __restrict whole, uint16_t* __restrict upper) {
+    addRows<8>(bytes, pitch, halves, whole, upper);
+}
+
+AddRows chooseAddEightRows(Vectors vectors) {
+    return vectors == Vectors::Widest && __builtin_cpu_supports("avx2") ? addEightRowsAvx2 : addEightRows;
+}
+#else
+AddRows chooseAddEightRows(Vectors) {
+    return addEightRows;
+}
+#endif
+
 // Sums down each half pixel's column. The picture's rows are added several at a time, so that a column's sum
 // is loaded and stored less often than the pixels.
 class ColumnSums {
 public:
-    // The sums stay in the first-level cache up to this width in pixels; beyond it they would have to travel
-    // between the caches with every row.
+    // The sums of so many columns stay in the first-level cache; those of more would travel between the
+    // caches with every row.
     static constexpr int32_t kMaxWidth = 2560;
     static constexpr int kMaxRows = kMaxAdds;
 
-    // `rows` may be up to kMaxRows, `width` up to kMaxWidth.
-    ColumnSums(uint8_t const* firstRow, ptrdiff_t pitch, int rows, int32_t width) {
+    // `rows` may be up to kMaxRows, `width` up to kMaxWidth pixels.
+    ColumnSums(uint8_t const* firstRow, ptrdiff_t pitch, int rows, int32_t width, AddRows addEight) {
         size_t const halves = size_t(width) * 2;
         std::fill_n(m_lower.begin(), halves, uint16_t{0});
         std::fill_n(m_upper.begin(), halves, uint16_t{0});
         for (; rows >= 8; rows -= 8, firstRow += 8 * pitch)
-            add<8>(firstRow, pitch, halves);
+            addEight(firstRow, pitch, halves, m_lower.data(), m_upper.data());
         for (; rows >= 2; rows -= 2, firstRow += 2 * pitch)
-            add<2>(firstRow, pitch, halves);
+            addRows<2>(firstRow, pitch, halves, m_lower.data(), m_upper.data());
         if (rows == 1)
-            add<1>(firstRow, pitch, halves);
+            addRows<1>(firstRow, pitch, halves, m_lower.data(), m_upper.data());
         for (size_t i = 0; i < halves; ++i)
             m_lower[i] = uint16_t(m_lower[i] - (m_upper[i] << 8));
     }
@@ -63,32 +104,18 @@ public:
     }
 
 private:
-    template <int Rows>
-    void add(uint8_t const* bytes, ptrdiff_t pitch, size_t halves) {
-        for (size_t i = 0; i < halves; ++i) {
-            uint16_t whole = m_lower[i];
-            uint16_t upper = m_upper[i];
-            for (int row = 0; row < Rows; ++row) {
-                auto const half = wordAt<uint16_t>(bytes + row * pitch + ptrdiff_t(i) * 2);
-                whole = uint16_t(whole + half);
-                upper = uint16_t(upper + (half >> 8));
-            }
-            m_lower[i] = whole;
-            m_upper[i] = upper;
-        }
-    }
-
     std::array<uint16_t, size_t{kMaxWidth} * 2> m_lower; // blue and red
     std::array<uint16_t, size_t{kMaxWidth} * 2> m_upper; // green and unused
 };
 
 void addColumns(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows, std::span<ColumnRange const> ranges,
-                std::span<ChannelSums> sums) {
+                std::span<ChannelSums> sums, Vectors vectors) {
     int32_t const left = ranges.front().first;
     int32_t const width = ranges.back().last - left;
     while (rows > 0) {
         int const count = int(std::min<int64_t>(rows, ColumnSums::kMaxRows));
-        ColumnSums const columns(firstRow + ptrdiff_t{left} * 4, pitch, count, width);
+        ColumnSums const columns(firstRow + ptrdiff_t{left} * 4, pitch, count, width,
+                                 chooseAddEightRows(vectors));
         for (size_t i = 0; i < ranges.size(); ++i)
             columns.addTo(sums[i], {ranges[i].first - left, ranges[i].last - left});
         rows -= count;
@@ -119,9 +146,9 @@ void addRun(uint8_t const* bytes, int32_t count, ChannelSums& sums) {
 } // namespace
 
 void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
-                    std::span<ColumnRange const> ranges, std::span<ChannelSums> sums) {
+                    std::span<ColumnRange const> ranges, std::span<ChannelSums> sums, Vectors vectors) {
     if (ranges.back().last - ranges.front().first <= ColumnSums::kMaxWidth)
-        return addColumns(firstRow, pitch, rows, ranges, sums);
+        return addColumns(firstRow, pitch, rows, ranges, sums, vectors);
     for (int64_t y = 0; y < rows; ++y, firstRow += pitch)
         for (size_t i = 0; i < ranges.size(); ++i)
             addRun(firstRow + ptrdiff_t{ranges[i].first} * 4, ranges[i].last - ranges[i].first, sums[i]);

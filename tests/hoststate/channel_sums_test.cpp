@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -51,11 +52,13 @@ void expectEqual(ChannelSums const& sums, ChannelSums const& expected) {
 }
 
 void expectExactSums(OddPicture const& picture, std::vector<ColumnRange> const& ranges) {
-    for (bool const upwards : {false, true}) {
+    for (auto const& [upwards, vectors] :
+         {std::pair(false, Vectors::Widest), std::pair(true, Vectors::Widest),
+          std::pair(false, Vectors::Portable)}) {
         uint8_t const* const first = upwards ? picture.bottom() : picture.top();
         ptrdiff_t const pitch = upwards ? -picture.pitch : picture.pitch;
         std::vector<ChannelSums> sums(ranges.size(), {5, 6, 7}); // what is there already is added to
-        addChannelSums(first, pitch, picture.height, ranges, sums);
+        addChannelSums(first, pitch, picture.height, ranges, sums, vectors);
         for (size_t i = 0; i < ranges.size(); ++i) {
             ChannelSums expected = reference(first, pitch, 0, picture.height, ranges[i]);
             expected.red += 5;
