@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstdlib>
 #include <cstring>
 
 // A pixel is read as little-endian words: blue and green lie in its low half, red and an unused byte in the
@@ -64,12 +65,11 @@ AddRows chooseAddEightRows(Vectors) {
 #endif
 
 // Sums down each half pixel's column. The picture's rows are added several at a time, so that a column's sum
-// is loaded and stored less often than the pixels.
+// is loaded and stored less often than the pixels. The sums of a strip stay in the first-level cache; those
+// of wider pictures would travel between the caches with every row.
 class ColumnSums {
 public:
-    // The sums of so many columns stay in the first-level cache; those of more would travel between the
-    // caches with every row.
-    static constexpr int32_t kMaxWidth = 2560;
+    static constexpr int32_t kMaxWidth = 4096;
     static constexpr int kMaxRows = kMaxAdds;
 
     // `rows` may be up to kMaxRows, `width` up to kMaxWidth pixels.
@@ -143,11 +143,19 @@ void addRun(uint8_t const* bytes, int32_t count, ChannelSums& sums) {
     }
 }
 
+// Where rows are read whole, memory is fastest in its own order, unless the rows are so narrow that all their
+// sums stay in the first-level cache. Where they are skipped in part, several rows at once keep it busier.
+bool isFasterByColumns(int32_t width, ptrdiff_t pitch) {
+    constexpr int32_t kNarrow = 2560;
+    bool const skipsHalf = ptrdiff_t{width} * 8 <= std::abs(pitch);
+    return width <= kNarrow || (skipsHalf && width <= ColumnSums::kMaxWidth);
+}
+
 } // namespace
 
 void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
                     std::span<ColumnRange const> ranges, std::span<ChannelSums> sums, Vectors vectors) {
-    if (ranges.back().last - ranges.front().first <= ColumnSums::kMaxWidth)
+    if (isFasterByColumns(ranges.back().last - ranges.front().first, pitch))
         return addColumns(firstRow, pitch, rows, ranges, sums, vectors);
     for (int64_t y = 0; y < rows; ++y, firstRow += pitch)
         for (size_t i = 0; i < ranges.size(); ++i)

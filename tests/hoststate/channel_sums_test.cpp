@@ -97,7 +97,7 @@ TEST(ChannelSums, EveryBlockAndTheCentreAreTheReferenceBitForBit) {
     };
     // Every grid, pictures smaller than their grid, blocks of more than 257 rows, and wide rows.
     for (Row const& row : {Row{331, 250}, Row{1281, 801}, Row{641, 359}, Row{7, 5}, Row{3, 997},
-                           Row{61, 4001}, Row{2591, 1601}, Row{4001, 501}}) {
+                           Row{61, 4001}, Row{2591, 1601}, Row{4001, 501}, Row{7001, 31}, Row{8197, 9}}) {
         SCOPED_TRACE(testing::Message() << row.width << " x " << row.height);
         OddPicture const picture(row.width, row.height, 4 * (row.height % 5), row.width % 4);
         CSbl statistics;
