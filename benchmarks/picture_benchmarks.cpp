@@ -150,9 +150,9 @@ void registerPictureBenchmarks() {
     atEverySize("white balance plug-in", whiteBalance);
     // Centres that all lie in the same cache: from one cache to the next the price of a pixel changes.
     benchmark::RegisterBenchmark("white balance by height", whiteBalance)
-        ->Args({1920, 540})
         ->Args({1920, 1080})
         ->Args({1920, 2160})
+        ->Args({1920, 3240})
         ->Args({1920, 4320})
         ->Complexity(benchmark::oN);
     atEverySize("white balance plain sum", sumCentre);

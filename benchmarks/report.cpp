@@ -97,7 +97,7 @@ public:
         Table table{{"cost grows with", "from", "to", "root mean square off the line (at most 25 %)"}};
         addLine(table, "pixels of a frame: block statistics", "block statistics plug-in", "640/480",
                 "8000/6000");
-        addLine(table, "pixels of a frame 1920 wide: white balance", "white balance by height", "1920/540",
+        addLine(table, "pixels of a frame 1920 wide: white balance", "white balance by height", "1920/1080",
                 "1920/4320");
         addLine(table, "pixels of a frame: solver", "solver", "800/600", "4000/3000");
         addLine(table, "registers of a list that is loaded", "loading a register list", "64", "16384");

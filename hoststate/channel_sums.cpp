@@ -12,6 +12,11 @@
 // share. The loops are plain so that every compiler turns them into vector instructions.
 static_assert(std::endian::native == std::endian::little);
 
+#if defined(__GNUC__) && !defined(__clang__)
+// GCC would load each word of a picture row twice, once for each of its two uses.
+#pragma GCC optimize("no-tree-ter")
+#endif
+
 namespace {
 
 constexpr int kMaxAdds = 257; // of 255 each, before a sum of 16 bits could overflow
