@@ -1,7 +1,9 @@
 #include "benchmarks/medians.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -24,8 +26,6 @@ void Medians::ReportRuns(std::vector<Run> const& runs) {
         if (run.error_occurred) {
             std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
             m_hasFailures = true;
-        } else if (run.report_rms) {
-            m_lineDeviations[run.run_name.function_name] = run.GetAdjustedCPUTime();
         } else if (run.run_type == Run::RT_Iteration) {
             collect(run);
         }
@@ -37,6 +37,8 @@ void Medians::collect(Run const& run) {
     if (!run.run_name.args.empty())
         name += "/" + run.run_name.args;
     Samples& samples = m_samples[name];
+    samples.family = run.run_name.function_name;
+    samples.size = double(run.complexity_n);
     samples.processor.push_back(run.cpu_accumulated_time / double(run.iterations));
     samples.clock.push_back(run.real_accumulated_time / double(run.iterations));
     for (auto const& [counter, value] : run.counters) {
@@ -63,6 +65,25 @@ std::optional<double> Medians::counter(std::string const& name, std::string cons
 }
 
 std::optional<double> Medians::lineDeviation(std::string const& family) const {
-    auto const found = m_lineDeviations.find(family);
-    return found == m_lineDeviations.end() ? std::nullopt : std::optional(found->second);
+    double sizeSquares = 0;
+    double products = 0;
+    std::vector<std::pair<double, double>> points;
+    for (auto const& [name, samples] : m_samples) {
+        if (samples.family != family || samples.size == 0)
+            continue;
+        double const time = *median(samples.processor);
+        points.emplace_back(samples.size, time);
+        sizeSquares += samples.size * samples.size;
+        products += samples.size * time;
+    }
+    if (points.size() < 2)
+        return std::nullopt;
+    double const slope = products / sizeSquares; // least squares
+    double squares = 0;
+    double sum = 0;
+    for (auto const& [size, time] : points) {
+        squares += (time - slope * size) * (time - slope * size);
+        sum += time;
+    }
+    return std::sqrt(squares / double(points.size())) / (sum / double(points.size()));
 }

@@ -18,7 +18,8 @@ public:
     [[nodiscard]] std::optional<double> clockTime(std::string const& name) const;
     /// A counter that the benchmark set; the largest of its repetitions.
     [[nodiscard]] std::optional<double> counter(std::string const& name, std::string const& counter) const;
-    /// How far a family of sizes lies off a straight line through zero: root mean square over the mean.
+    /// How far the medians of a family of sizes lie off the straight line through zero that fits them best:
+    /// root mean square over the mean.
     [[nodiscard]] std::optional<double> lineDeviation(std::string const& family) const;
     [[nodiscard]] bool hasFailures() const { return m_hasFailures; }
 
@@ -27,11 +28,12 @@ private:
         std::vector<double> processor;
         std::vector<double> clock;
         std::map<std::string, double> counters;
+        std::string family;
+        double size = 0; // in the unit that the cost is to grow with; 0 for none
     };
 
     void collect(Run const& run);
 
     std::map<std::string, Samples> m_samples;
-    std::map<std::string, double> m_lineDeviations;
     bool m_hasFailures = false;
 };

@@ -39,6 +39,5 @@ void registerOverlayBenchmarks() {
         frames->Args({size.width, size.height});
     benchmark::RegisterBenchmark("overlay by side of the ring", sameFrame)
         ->RangeMultiplier(2)
-        ->Range(32, 512)
-        ->Complexity(benchmark::oN);
+        ->Range(32, 512);
 }

@@ -144,7 +144,7 @@ void registerOpencv(std::string const& subject, ChooseBlocks choose) {
 
 void registerPictureBenchmarks() {
     cv::setNumThreads(1);
-    atEverySize("block statistics plug-in", blockStatistics)->Complexity(benchmark::oN);
+    atEverySize("block statistics plug-in", blockStatistics);
     atEverySize("block statistics plain sum", sumWholePicture);
     registerOpencv("block statistics", statisticsBlocks);
     atEverySize("white balance plug-in", whiteBalance);
@@ -153,8 +153,7 @@ void registerPictureBenchmarks() {
         ->Args({1920, 1080})
         ->Args({1920, 2160})
         ->Args({1920, 3240})
-        ->Args({1920, 4320})
-        ->Complexity(benchmark::oN);
+        ->Args({1920, 4320});
     atEverySize("white balance plain sum", sumCentre);
     registerOpencv("white balance", centre);
 }

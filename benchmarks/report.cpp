@@ -208,8 +208,11 @@ Report makeReport(Medians const& medians, double firstOpening, std::string const
         "words in a simple\nloop, built with the same options. All ways to the means are measured on "
         "the same buffers, by processor time.\n\n" +
         reporter.ratios() + "By the clock:\n\n" + reporter.limits(firstOpening) +
-        "The overlay costs what its ring costs, whatever the frame:\n\n" + reporter.overlay() +
-        "Straight lines through zero, fitted to the sizes between:\n\n" + reporter.lines();
+        "The overlay costs what its ring costs, whatever the frame; where rows lie a power of two apart, the "
+        "ring's "
+        "sides\nshare few places of the cache:\n\n" +
+        reporter.overlay() + "Straight lines through zero, fitted to the medians of the sizes between:\n\n" +
+        reporter.lines();
     report.text.pop_back();
     report.hasMissed = reporter.hasMissed() || medians.hasFailures();
     return report;
