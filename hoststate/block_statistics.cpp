@@ -1,31 +1,12 @@
 #include "hoststate/block_statistics.h"
 
+#include "hoststate/channel_sums.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 
 namespace {
-
-struct ChannelSums {
-    uint64_t red = 0;
-    uint64_t green = 0;
-    uint64_t blue = 0;
-
-    void add(uint32_t pixel) {
-        red += (pixel >> 16) & 0xFF;
-        green += (pixel >> 8) & 0xFF;
-        blue += pixel & 0xFF;
-    }
-
-    // `count` pixels of 4 bytes each in memory order: blue, green, red, unused.
-    void addRun(uint8_t const* bytes, int32_t count) {
-        for (int32_t i = 0; i < count; ++i, bytes += 4) {
-            blue += bytes[0];
-            green += bytes[1];
-            red += bytes[2];
-        }
-    }
-};
 
 // First pixel of cell `index` of `cells` along a side, such that `cell` pixels fit behind it.
 int32_t cellStart(int32_t size, int32_t index, int32_t cells, int32_t cell) {
@@ -77,12 +58,16 @@ void CSbl::chooseGrid(int32_t width, int32_t height) {
 void CSbl::placeBlocks(int32_t width, int32_t height) {
     int32_t const blockWidth = std::max(width / m_columns, 1);
     int32_t const blockHeight = std::max(height / m_rows, 1);
+    std::array<int32_t, kMaxColumns> lefts{};
+    for (int32_t column = 0; column < m_columns; ++column)
+        lefts[size_t(column)] = cellStart(width, column, m_columns, blockWidth);
     for (int32_t row = 0; row < m_rows; ++row) {
+        int32_t const top = cellStart(height, row, m_rows, blockHeight);
         for (int32_t column = 0; column < m_columns; ++column) {
             Block& block = m_blocks[size_t(row)][size_t(column)];
-            block.top = cellStart(height, row, m_rows, blockHeight);
-            block.left = cellStart(width, column, m_columns, blockWidth);
-            block.bottom = block.top + blockHeight;
+            block.top = top;
+            block.left = lefts[size_t(column)];
+            block.bottom = top + blockHeight;
             block.right = block.left + blockWidth;
         }
     }
@@ -91,30 +76,43 @@ void CSbl::placeBlocks(int32_t width, int32_t height) {
 void CSbl::averageBlocks(void const* pixels, int32_t pitchInPixels) {
     for (int32_t row = 0; row < m_rows; ++row) {
         std::array<ChannelSums, kMaxColumns> sums{};
-        auto& blocks = m_blocks[size_t(row)];
-        // Picture row by picture row across all blocks: the picture is walked once, in memory order.
-        for (int64_t y = blocks[0].top; y < blocks[0].bottom; ++y) {
-            for (int32_t column = 0; column < m_columns; ++column) {
-                Block const& block = blocks[size_t(column)];
-                ChannelSums& sum = sums[size_t(column)];
-                if (pixels) {
-                    auto const* const bytes = static_cast<uint8_t const*>(pixels);
-                    sum.addRun(bytes + ptrdiff_t(y * pitchInPixels + block.left) * 4,
-                               block.right - block.left);
-                } else {
-                    for (int32_t x = block.left; x < block.right; ++x)
-                        sum.add(pixelAt(x, int32_t(y)));
-                }
-            }
-        }
+        if (pixels)
+            sumPixels(row, static_cast<uint8_t const*>(pixels), ptrdiff_t{pitchInPixels} * 4, sums);
+        else
+            sumAskedPixels(row, sums);
         for (int32_t column = 0; column < m_columns; ++column) {
-            Block& block = blocks[size_t(column)];
+            Block& block = m_blocks[size_t(row)][size_t(column)];
             ChannelSums const& sum = sums[size_t(column)];
             double const count = double(block.right - block.left) * double(block.bottom - block.top);
             block.red = double(sum.red) / count;
             block.green = double(sum.green) / count;
             block.blue = double(sum.blue) / count;
             block.lab = rgbToLab(block.red, block.green, block.blue);
+        }
+    }
+}
+
+void CSbl::sumPixels(int32_t row, uint8_t const* pixels, ptrdiff_t pitch, std::span<ChannelSums> sums) const {
+    auto const& blocks = m_blocks[size_t(row)];
+    std::array<ColumnRange, kMaxColumns> ranges{};
+    for (size_t column = 0; column < size_t(m_columns); ++column)
+        ranges[column] = {blocks[column].left, blocks[column].right};
+    // All blocks of a row at once: a picture larger than the cache is read from memory only once, in order.
+    addChannelSums(pixels + blocks[0].top * pitch, pitch, blocks[0].bottom - blocks[0].top,
+                   std::span(ranges).first(size_t(m_columns)), sums);
+}
+
+void CSbl::sumAskedPixels(int32_t row, std::span<ChannelSums> sums) {
+    auto const& blocks = m_blocks[size_t(row)];
+    for (int32_t y = blocks[0].top; y < blocks[0].bottom; ++y) {
+        for (size_t column = 0; column < size_t(m_columns); ++column) {
+            ChannelSums& sum = sums[column];
+            for (int32_t x = blocks[column].left; x < blocks[column].right; ++x) {
+                uint32_t const pixel = pixelAt(x, y);
+                sum.red += (pixel >> 16) & 0xFF;
+                sum.green += (pixel >> 8) & 0xFF;
+                sum.blue += pixel & 0xFF;
+            }
         }
     }
 }

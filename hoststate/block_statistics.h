@@ -5,6 +5,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
+
+struct ChannelSums;
 
 /// Block colour statistics of one RGB-32 picture: mean colour of each block of a grid, and how far its chroma
 /// lies from the mean chroma of all blocks. About 45 KB: made on the heap for one measurement.
@@ -62,6 +65,8 @@ private:
     void chooseGrid(int32_t width, int32_t height);
     void placeBlocks(int32_t width, int32_t height);
     void averageBlocks(void const* pixels, int32_t pitchInPixels);
+    void sumPixels(int32_t row, uint8_t const* pixels, ptrdiff_t pitch, std::span<ChannelSums> sums) const;
+    void sumAskedPixels(int32_t row, std::span<ChannelSums> sums);
     void rateBlocks();
 
     uint32_t m_patchCount = 36;

@@ -1,16 +1,20 @@
 #include "hoststate/lab.h"
 
-#include <cmath>
+#include "hoststate/fractional_power.h"
 
 namespace {
 
+// A frame's statistics convert several hundred colours.
+FractionalPower const kTransferPower(2.4);
+FractionalPower const kCubeRoot(1.0 / 3);
+
 double linearised(double value) {
     double const c = value / 255;
-    return 100 * (c > 0.03928 ? std::pow((c + 0.055) / 1.055, 2.4) : c / 12.92);
+    return 100 * (c > 0.03928 ? kTransferPower((c + 0.055) / 1.055) : c / 12.92);
 }
 
 double f(double t) {
-    return t > 0.008856 ? std::cbrt(t) : 7.787 * t + 16.0 / 116;
+    return t > 0.008856 ? kCubeRoot(t) : 7.787 * t + 16.0 / 116;
 }
 
 } // namespace

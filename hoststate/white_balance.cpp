@@ -1,6 +1,7 @@
 #include "hoststate/white_balance.h"
 
 #include "common/numbers.h"
+#include "hoststate/channel_sums.h"
 
 std::optional<MeanColour> meanOfCentre(Frame const& frame) {
     if (!frame.hasRgb32Pixels())
@@ -11,19 +12,11 @@ std::optional<MeanColour> meanOfCentre(Frame const& frame) {
     int64_t const right = int64_t{3} * frame.width / 4;
     if (top == bottom || left == right)
         return std::nullopt;
-    uint64_t red = 0;
-    uint64_t green = 0;
-    uint64_t blue = 0;
-    for (int64_t y = top; y < bottom; ++y) {
-        uint8_t const* pixel = frame.row(y) + left * 4;
-        for (int64_t x = left; x < right; ++x, pixel += 4) {
-            blue += pixel[0];
-            green += pixel[1];
-            red += pixel[2];
-        }
-    }
+    ColumnRange const centre{int32_t(left), int32_t(right)};
+    ChannelSums sums;
+    addChannelSums(frame.row(top), frame.pitch, bottom - top, {&centre, 1}, {&sums, 1});
     double const count = double(bottom - top) * double(right - left);
-    return MeanColour{double(red) / count, double(green) / count, double(blue) / count};
+    return MeanColour{double(sums.red) / count, double(sums.green) / count, double(sums.blue) / count};
 }
 
 int32_t correctedGain(int32_t oldGain, double channelMean, double greenMean) {

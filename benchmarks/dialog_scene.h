@@ -1,0 +1,42 @@
+#pragma once
+
+#include "simulator/camera/simulated_camera.h"
+#include "tests/fakes/fake_host.h"
+#include "tests/plugin/plugin_library.h"
+
+#include <QDialog>
+#include <QMetaMethod>
+#include <QTemporaryDir>
+#include <memory>
+#include <vector>
+
+/// The built plug-in on a simulated camera, with its dialog as a host shows it. The dialog's timer is
+/// stopped.
+class DialogScene {
+public:
+    DialogScene();
+    ~DialogScene();
+
+    /// Opens and shows the dialog until it stands painted.
+    void open();
+    void close();
+
+    /// An RGB-32 frame that no step asked for.
+    void frame();
+    /// What the page's timer does.
+    void tick();
+    /// Starts the calibration step, which then waits for frames.
+    void startCalibration();
+
+private:
+    QTemporaryDir m_folder;
+    FakeHost m_host;
+    HostServices m_services{};
+    PluginLibrary m_plugin;
+    std::unique_ptr<simulator::SimulatedCamera> m_camera;
+    SensorRecord m_sensor{};
+    std::unique_ptr<QDialog> m_dialog;
+    QMetaMethod m_tick;
+    QDialog* m_page = nullptr; // owned by the dialog
+    std::vector<uint32_t> m_pixels;
+};

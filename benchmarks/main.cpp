@@ -1,0 +1,49 @@
+// Measures the plug-in and holds it against what it promises: kestra_bench REPORT_FILE [benchmark options]
+// Ends with 1 when a figure misses its target.
+
+#include "benchmarks/benchmarks.h"
+#include "benchmarks/report.h"
+
+#include <QApplication>
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <fstream>
+#include <vector>
+
+int main(int argc, char** argv) {
+    if (argc < 2 || argv[1][0] == '-') {
+        std::fputs("usage: kestra_bench REPORT_FILE [benchmark options]\n", stderr);
+        return 2;
+    }
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // What the command line says comes last and wins.
+    std::string defaults[] = {"--benchmark_repetitions=7", "--benchmark_min_time=0.05",
+                              "--benchmark_enable_random_interleaving=true"};
+    std::vector<char*> arguments{argv[0]};
+    for (std::string& option : defaults)
+        arguments.push_back(option.data());
+    arguments.insert(arguments.end(), argv + 2, argv + argc);
+    int count = int(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
+        return 2;
+
+    QApplication const application(argc, argv);
+    double const firstOpening = measureFirstOpening();
+    registerPictureBenchmarks();
+    registerOverlayBenchmarks();
+    registerDialogBenchmarks();
+    registerSolverBenchmarks();
+    registerRegisterListBenchmarks();
+    Medians medians;
+    benchmark::RunSpecifiedBenchmarks(&medians);
+
+    Report const report = makeReport(medians, firstOpening, "./bench");
+    std::fputs(report.text.c_str(), stdout);
+    if (!(std::ofstream(argv[1]) << report.text)) {
+        std::fprintf(stderr, "%s cannot be written\n", argv[1]);
+        return 2;
+    }
+    return report.hasMissed ? 1 : 0;
+}

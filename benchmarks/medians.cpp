@@ -1,0 +1,89 @@
+#include "benchmarks/medians.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+std::optional<double> median(std::vector<double> values) {
+    if (values.empty())
+        return std::nullopt;
+    auto const middle = values.begin() + ptrdiff_t(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+} // namespace
+
+bool Medians::ReportContext(Context const&) {
+    return true;
+}
+
+void Medians::ReportRuns(std::vector<Run> const& runs) {
+    for (Run const& run : runs) {
+        if (run.error_occurred) {
+            std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
+            m_hasFailures = true;
+        } else if (run.run_type == Run::RT_Iteration) {
+            collect(run);
+        }
+    }
+}
+
+void Medians::collect(Run const& run) {
+    std::string name = run.run_name.function_name;
+    if (!run.run_name.args.empty())
+        name += "/" + run.run_name.args;
+    Samples& samples = m_samples[name];
+    samples.family = run.run_name.function_name;
+    samples.size = double(run.complexity_n);
+    samples.processor.push_back(run.cpu_accumulated_time / double(run.iterations));
+    samples.clock.push_back(run.real_accumulated_time / double(run.iterations));
+    for (auto const& [counter, value] : run.counters) {
+        double& largest = samples.counters[counter];
+        largest = std::max(largest, double(value));
+    }
+}
+
+std::optional<double> Medians::processorTime(std::string const& name) const {
+    auto const found = m_samples.find(name);
+    return found == m_samples.end() ? std::nullopt : median(found->second.processor);
+}
+
+std::optional<double> Medians::clockTime(std::string const& name) const {
+    auto const found = m_samples.find(name);
+    return found == m_samples.end() ? std::nullopt : median(found->second.clock);
+}
+
+std::optional<double> Medians::counter(std::string const& name, std::string const& counter) const {
+    auto const found = m_samples.find(name);
+    if (found == m_samples.end() || !found->second.counters.count(counter))
+        return std::nullopt;
+    return found->second.counters.at(counter);
+}
+
+std::optional<double> Medians::lineDeviation(std::string const& family) const {
+    double sizeSquares = 0;
+    double products = 0;
+    std::vector<std::pair<double, double>> points;
+    for (auto const& [name, samples] : m_samples) {
+        if (samples.family != family || samples.size == 0)
+            continue;
+        double const time = *median(samples.processor);
+        points.emplace_back(samples.size, time);
+        sizeSquares += samples.size * samples.size;
+        products += samples.size * time;
+    }
+    if (points.size() < 2)
+        return std::nullopt;
+    double const slope = products / sizeSquares; // least squares
+    double squares = 0;
+    double sum = 0;
+    for (auto const& [size, time] : points) {
+        squares += (time - slope * size) * (time - slope * size);
+        sum += time;
+    }
+    return std::sqrt(squares / double(points.size())) / (sum / double(points.size()));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Collects what the benchmark library measures: a benchmark's repetitions become one median. A benchmark is
+/// named "subject way/size"; what was not measured is empty.
+class Medians : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(Context const& context) override;
+    void ReportRuns(std::vector<Run> const& runs) override;
+
+    /// Seconds of one iteration: processor time, and time by the clock.
+    [[nodiscard]] std::optional<double> processorTime(std::string const& name) const;
+    [[nodiscard]] std::optional<double> clockTime(std::string const& name) const;
+    /// A counter that the benchmark set; the largest of its repetitions.
+    [[nodiscard]] std::optional<double> counter(std::string const& name, std::string const& counter) const;
+    /// How far the medians of a family of sizes lie off the straight line through zero that fits them best:
+    /// root mean square over the mean.
+    [[nodiscard]] std::optional<double> lineDeviation(std::string const& family) const;
+    [[nodiscard]] bool hasFailures() const { return m_hasFailures; }
+
+private:
+    struct Samples {
+        std::vector<double> processor;
+        std::vector<double> clock;
+        std::map<std::string, double> counters;
+        std::string family;
+        double size = 0; // in the unit that the cost is to grow with; 0 for none
+    };
+
+    void collect(Run const& run);
+
+    std::map<std::string, Samples> m_samples;
+    bool m_hasFailures = false;
+};

@@ -1,0 +1,33 @@
+#include "benchmarks/benchmarks.h"
+#include "calibration/register_list.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+uint64_t g_written = 0;
+
+void loadRegisterList(benchmark::State& state) {
+    HostServices services{};
+    services.writeListEntry = [](uint32_t, uint32_t, uint32_t, uint32_t, uint32_t value) {
+        g_written += value;
+    };
+    PageCore core;
+    core.host = Host(services);
+    core.state.lscStepState = kInProgress;
+    std::vector<sf_RegEntry> const entries(size_t(state.range(0)), {0, 0x3600, 1});
+    for (auto _ : state) {
+        if (!writeRegisterList(core, entries))
+            state.SkipWithError("the list was not written");
+        benchmark::DoNotOptimize(g_written);
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+} // namespace
+
+void registerRegisterListBenchmarks() {
+    benchmark::RegisterBenchmark("loading a register list", loadRegisterList)
+        ->RangeMultiplier(4)
+        ->Range(64, 16384);
+}

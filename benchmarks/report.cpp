@@ -1,0 +1,219 @@
+#include "benchmarks/report.h"
+
+#include "benchmarks/benchmarks.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QSysInfo>
+#include <algorithm>
+#include <fstream>
+#include <opencv2/core/version.hpp>
+
+namespace {
+
+// What is averaged, and how often faster than OpenCV's best way it has to be. The centre is one large block,
+// which OpenCV too reads nearly as fast as memory delivers it.
+struct Subject {
+    char const* name;
+    double timesOpencv;
+};
+constexpr Subject kSubjects[] = {{"block statistics", 2.0}, {"white balance", 1.5}};
+constexpr double kOfPlainSum = 0.7;
+constexpr double kLineDeviation = 0.25;
+constexpr char const* kOpencvWays[] = {"cv::mean", "cv::resize", "cv::integral"};
+
+using Table = std::vector<std::vector<std::string>>;
+
+std::string number(double value, int decimals) {
+    return QString::number(value, 'f', decimals).toStdString();
+}
+
+std::string duration(double seconds) {
+    if (seconds < 1e-6)
+        return number(seconds * 1e9, 1) + " ns";
+    if (seconds < 1e-3)
+        return number(seconds * 1e6, 1) + " µs";
+    return number(seconds * 1e3, 1) + " ms";
+}
+
+// Columns of equal width, so that the table also reads well where it is not set.
+std::string toMarkdown(Table const& table) {
+    std::vector<int> widths(table[0].size());
+    auto const length = [](std::string const& cell) { return QString::fromStdString(cell).size(); };
+    for (auto const& row : table)
+        for (size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], length(row[i]));
+    std::string text;
+    auto const addLine = [&](auto const& cell) {
+        for (size_t i = 0; i < widths.size(); ++i)
+            text.append("|").append(cell(i));
+        text.append("|\n");
+    };
+    for (auto const& row : table) {
+        addLine([&](size_t i) {
+            return ' ' + row[i] + std::string(size_t(widths[i] - length(row[i]) + 1), ' ');
+        });
+        if (&row == &table[0])
+            addLine([&](size_t i) { return std::string(size_t(widths[i]) + 2, '-'); });
+    }
+    return text + "\n";
+}
+
+class Reporter {
+public:
+    explicit Reporter(Medians const& medians) : m_medians(medians) {}
+
+    std::string ratios() {
+        Table table{
+            {"what", "frame", "plug-in", "plain sum", "OpenCV's best", "times OpenCV", "of the plain sum"}};
+        for (Subject const& subject : kSubjects)
+            for (FrameSize const& size : kFrameSizes)
+                addRatios(table, subject, size);
+        return toMarkdown(table);
+    }
+
+    std::string limits(double firstOpening) {
+        Table table{{"what", "figure", "at most"}};
+        auto const add = [&](std::string const& what, std::optional<double> seconds, double most) {
+            table.push_back({what, judged(seconds, seconds && *seconds < most, duration), duration(most)});
+        };
+        auto const clock = [this](char const* name) { return m_medians.clockTime(name); };
+        add("a frame with nothing to do", clock("frame with nothing to do"), 1e-6);
+        add("a tick with nothing to do", clock("tick with nothing to do"), 50e-6);
+        add("a tick of a step that waits for frames", clock("tick of a step that waits"), 50e-6);
+        add("opening the dialog, until it stands painted", clock("opening the dialog"), 50e-3);
+        add("opening it first, libraries loaded", firstOpening, 50e-3);
+        add("solving 2 Mpixel", clock("solver/1632/1224"), 1);
+        add("solving 12 Mpixel", clock("solver/4000/3000"), 1);
+        for (char const* tick : {"tick with nothing to do", "tick of a step that waits"}) {
+            auto const repaints = m_medians.counter(tick, "repaints");
+            table.push_back({std::string("repaints in 100 times a ") + tick,
+                             judged(repaints, repaints == 0.0, [](double n) { return number(n, 0); }), "0"});
+        }
+        return toMarkdown(table);
+    }
+
+    std::string lines() {
+        Table table{{"cost grows with", "from", "to", "root mean square off the line (at most 25 %)"}};
+        addLine(table, "pixels of a frame: block statistics", "block statistics plug-in", "640/480",
+                "8000/6000");
+        addLine(table, "pixels of a frame 1920 wide: white balance", "white balance by height", "1920/1080",
+                "1920/4320");
+        addLine(table, "pixels of a frame: solver", "solver", "800/600", "4000/3000");
+        addLine(table, "registers of a list that is loaded", "loading a register list", "64", "16384");
+        addLine(table, "side of the overlay's ring", "overlay by side of the ring", "32", "512");
+        return toMarkdown(table);
+    }
+
+    std::string overlay() {
+        Table table{{"ring around a block of 60 x 60", "figure"}};
+        for (FrameSize const& size : kFrameSizes) {
+            std::string const name = arguments(size);
+            auto const time = m_medians.processorTime("overlay of one block/" + name);
+            table.push_back({"in a frame of " + picture(size), judged(time, true, duration)});
+        }
+        return toMarkdown(table);
+    }
+
+    [[nodiscard]] bool hasMissed() const { return m_hasMissed; }
+
+private:
+    static std::string arguments(FrameSize size) {
+        return std::to_string(size.width) + "/" + std::to_string(size.height);
+    }
+    static std::string picture(FrameSize size) {
+        return std::to_string(size.width) + " x " + std::to_string(size.height);
+    }
+
+    template <typename Format>
+    std::string judged(std::optional<double> value, bool met, Format format) {
+        m_hasMissed = m_hasMissed || !value || !met;
+        return value ? format(*value) + (met ? "" : " **missed**") : "not measured";
+    }
+
+    void addRatios(Table& table, Subject const& subject, FrameSize size) {
+        auto const time = [&](std::string const& way) {
+            return m_medians.processorTime(std::string(subject.name) + " " + way + "/" + arguments(size));
+        };
+        std::optional<double> best;
+        std::string bestWay;
+        for (char const* way : kOpencvWays) {
+            auto const seconds = time(way);
+            if (seconds && (!best || *seconds < *best)) {
+                best = seconds;
+                bestWay = way;
+            }
+        }
+        auto const plugin = time("plug-in");
+        auto const plain = time("plain sum");
+        auto const ratio = [&](std::optional<double> other, double least) {
+            auto const value = other && plugin ? std::optional(*other / *plugin) : std::nullopt;
+            return judged(value, value && *value >= least,
+                          [least](double v) { return number(v, 2) + " (≥ " + number(least, 1) + ")"; });
+        };
+        auto const shown = [](std::optional<double> seconds) { return seconds ? duration(*seconds) : "-"; };
+        table.push_back({subject.name, picture(size), shown(plugin), shown(plain),
+                         shown(best) + " " + bestWay, ratio(best, subject.timesOpencv),
+                         ratio(plain, kOfPlainSum)});
+    }
+
+    void addLine(Table& table, std::string const& what, std::string const& family, std::string const& first,
+                 std::string const& last) {
+        auto const deviation = m_medians.lineDeviation(family);
+        auto const shown = [&](std::string const& size) {
+            auto const seconds = m_medians.processorTime(family + "/" + size);
+            return seconds ? duration(*seconds) : "-";
+        };
+        table.push_back({what, shown(first), shown(last),
+                         judged(deviation, deviation && *deviation <= kLineDeviation,
+                                [](double v) { return number(v * 100, 1) + " %"; })});
+    }
+
+    Medians const& m_medians;
+    bool m_hasMissed = false;
+};
+
+std::string processorName() {
+    std::ifstream file("/proc/cpuinfo");
+    for (std::string line; std::getline(file, line);)
+        if (line.starts_with("model name"))
+            return line.substr(line.find(':') + 2);
+    return QSysInfo::currentCpuArchitecture().toStdString();
+}
+
+std::string circumstances(std::string const& command) {
+    benchmark::CPUInfo const& cpu = benchmark::CPUInfo::Get();
+    return "# Performance\n\n"
+           "Written by `" +
+           command +
+           "`, not by hand.\n\n"
+           "- Date: " +
+           QDateTime::currentDateTimeUtc().toString(Qt::ISODate).toStdString() +
+           "\n"
+           "- Machine: " +
+           processorName() + ", " + std::to_string(cpu.num_cpus) + " cores, " +
+           QSysInfo::prettyProductName().toStdString() +
+           "\n"
+           "- Built by " COMPILER "; compared with OpenCV " CV_VERSION ", one thread\n\n";
+}
+
+} // namespace
+
+Report makeReport(Medians const& medians, double firstOpening, std::string const& command) {
+    Reporter reporter(medians);
+    Report report;
+    report.text =
+        circumstances(command) +
+        "Medians of several repetitions in random order. The plain sum adds the same buffer's 32-bit "
+        "words in a simple\nloop, built with the same options. All ways to the means are measured on "
+        "the same buffers, by processor time.\n\n" +
+        reporter.ratios() + "By the clock:\n\n" + reporter.limits(firstOpening) +
+        "The overlay costs what its ring costs, whatever the frame; where rows lie a power of two apart, the "
+        "ring's "
+        "sides\nshare few places of the cache:\n\n" +
+        reporter.overlay() + "Straight lines through zero, fitted to the medians of the sizes between:\n\n" +
+        reporter.lines();
+    report.text.pop_back();
+    report.hasMissed = reporter.hasMissed() || medians.hasFailures();
+    return report;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+/// Exact sums of the channel values of RGB-32 pixels.
+struct ChannelSums {
+    uint64_t red = 0;
+    uint64_t green = 0;
+    uint64_t blue = 0;
+};
+
+/// Columns first <= x < last of a picture; not empty.
+struct ColumnRange {
+    int32_t first;
+    int32_t last;
+};
+
+/// Which vector instructions a sum may use; the result is the same.
+enum class Vectors { Portable, Widest };
+
+/// Adds the pixels of each column range, over `rows` picture rows that lie `pitch` bytes apart from
+/// `firstRow` on (negative: upwards), to the sums of the same index. The ranges ascend and may overlap. The
+/// rows are walked once, in memory order; no alignment is needed.
+void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
+                    std::span<ColumnRange const> ranges, std::span<ChannelSums> sums,
+                    Vectors vectors = Vectors::Widest);

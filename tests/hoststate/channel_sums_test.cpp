@@ -1,0 +1,129 @@
+#include "hoststate/block_statistics.h"
+#include "hoststate/channel_sums.h"
+#include "hoststate/white_balance.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace {
+
+// Noise, or full white, with odd padding behind each row and any alignment of the first pixel.
+struct OddPicture {
+    OddPicture(int w, int h, int padding, int misalignment, bool white = false)
+        : width(w), height(h), pitch(ptrdiff_t{w} * 4 + padding),
+          bytes(size_t(pitch * h + misalignment), 0xFF), m_misalignment(misalignment) {
+        std::mt19937 random(uint32_t(w * 31 + h));
+        if (!white)
+            for (uint8_t& byte : bytes)
+                byte = uint8_t(random());
+    }
+    [[nodiscard]] uint8_t const* top() const { return bytes.data() + m_misalignment; }
+    [[nodiscard]] uint8_t const* bottom() const { return top() + (height - 1) * pitch; }
+
+    int width;
+    int height;
+    ptrdiff_t pitch; // bytes
+    std::vector<uint8_t> bytes;
+
+private:
+    int m_misalignment;
+};
+
+// The definition, pixel by pixel.
+ChannelSums reference(uint8_t const* first, ptrdiff_t pitch, int top, int bottom, ColumnRange range) {
+    ChannelSums sums;
+    for (int y = top; y < bottom; ++y) {
+        for (int x = range.first; x < range.last; ++x) {
+            uint8_t const* const pixel = first + y * pitch + ptrdiff_t{x} * 4;
+            sums.blue += pixel[0];
+            sums.green += pixel[1];
+            sums.red += pixel[2];
+        }
+    }
+    return sums;
+}
+
+void expectEqual(ChannelSums const& sums, ChannelSums const& expected) {
+    EXPECT_EQ(sums.red, expected.red);
+    EXPECT_EQ(sums.green, expected.green);
+    EXPECT_EQ(sums.blue, expected.blue);
+}
+
+void expectExactSums(OddPicture const& picture, std::vector<ColumnRange> const& ranges) {
+    for (auto const& [upwards, vectors] :
+         {std::pair(false, Vectors::Widest), std::pair(true, Vectors::Widest),
+          std::pair(false, Vectors::Portable)}) {
+        uint8_t const* const first = upwards ? picture.bottom() : picture.top();
+        ptrdiff_t const pitch = upwards ? -picture.pitch : picture.pitch;
+        std::vector<ChannelSums> sums(ranges.size(), {5, 6, 7}); // what is there already is added to
+        addChannelSums(first, pitch, picture.height, ranges, sums, vectors);
+        for (size_t i = 0; i < ranges.size(); ++i) {
+            ChannelSums expected = reference(first, pitch, 0, picture.height, ranges[i]);
+            expected.red += 5;
+            expected.green += 6;
+            expected.blue += 7;
+            expectEqual(sums[i], expected);
+        }
+    }
+}
+
+TEST(ChannelSums, NoColumnIsLostAtOddSizesPitchesAndAlignments) {
+    // Narrow and wide pictures are summed in different ways; 2560 pixels is where they meet.
+    for (int const width : {1, 2, 7, 33, 331, 2559, 2560, 2561, 5003}) {
+        for (int const height : {1, 2, 3, 9, 23}) {
+            SCOPED_TRACE(testing::Message() << width << " x " << height);
+            OddPicture const picture(width, height, width % 3, height % 4);
+            int const third = width / 3;
+            expectExactSums(picture, {{0, width}});
+            expectExactSums(picture, {{0, third + 1}, {third, width}, {width - 1, width}});
+        }
+    }
+}
+
+TEST(ChannelSums, WhiteOverflowsNoSumAtAnyLength) {
+    for (int const length : {256, 257, 258, 515, 3000}) {
+        SCOPED_TRACE(length);
+        expectExactSums({3, length, 0, 0, true}, {{0, 3}});
+        expectExactSums({length, 3, 0, 0, true}, {{0, length}});
+        expectExactSums({2600 + length, 2, 1, 3, true}, {{0, length}, {2600, 2600 + length}});
+    }
+}
+
+TEST(ChannelSums, EveryBlockAndTheCentreAreTheReferenceBitForBit) {
+    struct Row {
+        int width, height;
+    };
+    // Every grid, pictures smaller than their grid, blocks of more than 257 rows, and wide rows.
+    for (Row const& row : {Row{331, 250}, Row{1281, 801}, Row{641, 359}, Row{7, 5}, Row{3, 997},
+                           Row{61, 4001}, Row{2591, 1601}, Row{4001, 501}, Row{7001, 31}, Row{8197, 9}}) {
+        SCOPED_TRACE(testing::Message() << row.width << " x " << row.height);
+        OddPicture const picture(row.width, row.height, 4 * (row.height % 5), row.width % 4);
+        CSbl statistics;
+        statistics.measure(picture.top(), row.width, row.height, int32_t(picture.pitch / 4));
+        for (int i = 0; i < statistics.rows() * statistics.columns(); ++i) {
+            CSbl::Block const& block = statistics.block(i / statistics.columns(), i % statistics.columns());
+            ChannelSums const sums =
+                reference(picture.top(), picture.pitch, block.top, block.bottom, {block.left, block.right});
+            double const count = double(block.right - block.left) * double(block.bottom - block.top);
+            EXPECT_EQ(block.red, double(sums.red) / count);
+            EXPECT_EQ(block.green, double(sums.green) / count);
+            EXPECT_EQ(block.blue, double(sums.blue) / count);
+        }
+        auto const mean =
+            meanOfCentre({picture.top(), ImageType::Rgb32, row.width, row.height, int32_t(picture.pitch)});
+        int const left = row.width / 4;
+        int const right = 3 * row.width / 4;
+        int const top = row.height / 4;
+        int const bottom = 3 * row.height / 4;
+        ChannelSums const sums = reference(picture.top(), picture.pitch, top, bottom, {left, right});
+        ASSERT_TRUE(mean);
+        double const count = double(bottom - top) * double(right - left);
+        EXPECT_EQ(mean->red, double(sums.red) / count);
+        EXPECT_EQ(mean->green, double(sums.green) / count);
+        EXPECT_EQ(mean->blue, double(sums.blue) / count);
+    }
+}
+
+} // namespace
