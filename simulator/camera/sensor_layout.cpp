@@ -79,6 +79,7 @@ SensorLayout readSensorLayout(JsonPlace const& place) {
     layout.whiteLevel = place["whiteLevel"].number(0, kLargestSample);
 
     JsonPlace const correction = place["correction"];
+    // Told even where every bank has its own: a solution begins with it.
     (void)readRegisterPlace(correction["originColumn"]);
     (void)readRegisterPlace(correction["originRow"]);
     readBanks(correction, layout);
