@@ -1,5 +1,6 @@
 #include "common/libraries.h"
 #include "common/pause.h"
+#include "common/utc_clock.h"
 #include "simulator/camera/simulated_camera.h"
 #include "tests/calibration/pages.h"
 
@@ -55,12 +56,18 @@ Veyra2 realLibrary() {
 // the same name, so that a save reads, deletes, appends and writes.
 class SaveUnderFaults : public PageFixture, public ::testing::WithParamInterface<PageCase> {
 protected:
-    SaveUnderFaults() : PageFixture(GetParam()) {}
+    SaveUnderFaults() : PageFixture(GetParam()) {
+        // Every save of a factory's label stores the same time.
+        installUtcClock([] { return QDateTime(QDate(2024, 5, 31), QTime(23, 59, 7), Qt::UTC); });
+    }
     ~SaveUnderFaults() override {
         delete page.data();
         discardEeprom(eepromSlot);
         installPause({});
+        installUtcClock({});
     }
+
+    [[nodiscard]] static bool verifies() { return GetParam().captureRows.size() > 0; }
 
     void openOn(Access const& access) {
         QString error;
@@ -162,6 +169,9 @@ protected:
 TEST_P(SaveUnderFaults, EveryOperationOfASaveMayFail) {
     uint64_t cases = 0;
     for (Access const& access : kAccesses) {
+        // The page that reads back what it wrote never ends in "Done." there.
+        if (access.losesEvenBytes && verifies())
+            continue;
         ASSERT_NO_FATAL_FAILURE(openOn(access)) << access.profile;
         ASSERT_GT(saveOperations, 20U) << access.profile;
         uint64_t const before = cases;
@@ -183,7 +193,7 @@ TEST_P(SaveUnderFaults, EveryOperationOfASaveMayFail) {
     }
     std::cout << cases << " saves under faults: " << failed << " reported an error, " << done
               << " were done, " << startedOver << " needed the EEPROM to be read again\n";
-    EXPECT_GE(cases, 10000U);
+    EXPECT_GE(cases, verifies() ? 6000U : 10000U);
     EXPECT_GE(failed, 1000);
     EXPECT_GE(done, 1000);
 }
