@@ -45,12 +45,13 @@ struct ServiceFunctions {
             qWarning("pictara: the sensor does not take 0x%X at %u, 0x%X", value, id, address);
     }
 
-    static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t, uint32_t) {
-        return current ? current->m_registers.readBusByte(device, address) : 0;
+    static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
+        return current ? current->m_registers.readBusByte(device, address, {addressBits, dataBits}) : 0;
     }
 
-    static void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t, uint32_t) {
-        if (current && !current->m_registers.writeBusByte(device, address, value))
+    static void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
+                             uint32_t dataBits) {
+        if (current && !current->m_registers.writeBusByte(device, address, value, {addressBits, dataBits}))
             qWarning("pictara: the device 0x%X does not take a byte at 0x%X", device, address);
     }
 
