@@ -18,6 +18,11 @@ char const* textOrEmpty(char const* text) {
     return text ? text : "";
 }
 
+// Options and settings are names of their own and share a file.
+QByteArray keyOf(char const* option) {
+    return QByteArrayLiteral("Option: ") + option;
+}
+
 } // namespace
 
 struct ServiceFunctions {
@@ -70,12 +75,17 @@ struct ServiceFunctions {
     }
 
     static char const* readOption(char const* option) {
-        return current && option ? current->m_options[option].constData() : "";
+        if (!current || !option)
+            return "";
+        // The answer stays valid while the option is not read again.
+        QByteArray& answer = current->m_options[option];
+        answer = current->m_settings.text(keyOf(option), {});
+        return answer.constData();
     }
 
     static void writeOption(char const* option, char const* value) {
         if (current && option)
-            current->m_options[option] = textOrEmpty(value);
+            current->m_settings.setText(keyOf(option), textOrEmpty(value));
     }
 
     static void applyPreset(uint32_t, char const* preset) {
