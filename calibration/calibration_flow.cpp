@@ -20,8 +20,9 @@ constexpr int32_t kCoefficientPrecision = 16; // bits
 
 } // namespace
 
-CalibrationFlow::CalibrationFlow(PageKind kind, SensorRecord const& sensor, HostServices const& services)
-    : m_kind(kind) {
+CalibrationFlow::CalibrationFlow(PageKind kind, SensorRecord const& sensor, HostServices const& services,
+                                 EepromSlot& eepromSlot)
+    : core(eepromSlot), m_kind(kind) {
     adopt(sensor, services);
 }
 
@@ -238,8 +239,9 @@ void CalibrationFlow::saveToEeprom() {
     uint32_t const prom = core.state.promState;
     if (isFailed(core.state.lscStepState) || !(isOpen(prom) || prom == kDone || prom == kFailedOtherwise))
         return;
-    saveCalibrationToEeprom(core);
-    refresh();
+    saveToEepromStep(core, [this](HeadboardEeprom const& eeprom, QByteArray const& label) {
+        return storeInEeprom(eeprom, label);
+    });
 }
 
 void CalibrationFlow::startOver() {

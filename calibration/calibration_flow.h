@@ -15,7 +15,8 @@
 /// or library call that a routine makes may delete the page. Routines check `core.alive` after such calls.
 class CalibrationFlow {
 public:
-    CalibrationFlow(PageKind kind, SensorRecord const& sensor, HostServices const& services);
+    CalibrationFlow(PageKind kind, SensorRecord const& sensor, HostServices const& services,
+                    EepromSlot& eepromSlot);
     virtual ~CalibrationFlow() = default;
     CalibrationFlow(CalibrationFlow const&) = delete;
     CalibrationFlow& operator=(CalibrationFlow const&) = delete;
@@ -70,6 +71,9 @@ protected:
     [[nodiscard]] virtual int skippedRows() const = 0;
     /// Format code of the library's results file.
     [[nodiscard]] virtual uint32_t resultFileFormat() const = 0;
+
+    /// Puts the page's records into the EEPROM's image and writes them; see `StoreInEeprom`.
+    [[nodiscard]] virtual int32_t storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) = 0;
 
     /// Ends Run All, when it runs, and every step that is in progress.
     void setRunAll(bool on);

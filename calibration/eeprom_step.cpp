@@ -1,10 +1,30 @@
 #include "calibration/eeprom_step.h"
 
+#include "calibration/display.h"
+#include "headboard/eeprom_chain.h"
+#include "headboard/time_stamp.h"
+
+#include <optional>
+
 namespace {
 
-// This build reaches no headboard EEPROM: the presence test answers "absent".
-uint32_t probeEeprom(PageCore const&) {
-    return kEepromAbsent;
+constexpr char kFactoryLabel[] = "FACTORY"; // in this spelling only
+
+EepromState stateOf(EepromPresence presence) {
+    switch (presence) {
+    case EepromPresence::Present:
+        return kEepromPresent;
+    case EepromPresence::Absent:
+        return kEepromAbsent;
+    case EepromPresence::Unknown:
+        break;
+    }
+    return kEepromUnknown;
+}
+
+void refreshBoth(PageCore& core) {
+    refreshEnables(core);
+    refreshStatus(core);
 }
 
 } // namespace
@@ -14,11 +34,38 @@ void detectEeprom(PageCore& core) {
     if (state.eepromState != kEepromUnknown)
         return;
     ChangeGroup const group(core.host);
-    state.eepromState = probeEeprom(core);
-    if (state.eepromState == kEepromAbsent && (state.promState == kNotEvaluated || state.promState == kReady))
+    HeadboardEeprom const eeprom = renewEeprom(core.eepromSlot, core.sensor.camera);
+    EepromState const found = stateOf(probeEeprom(eeprom));
+    HeadboardEepromRelease(eeprom);
+    if (state.eepromState != kEepromUnknown)
+        return; // another attempt, made inside this one, has its answer already
+    state.eepromState = found;
+    if (found == kEepromAbsent && isOpen(state.promState))
         state.promState = kFailed;
 }
 
-void saveCalibrationToEeprom(PageCore& core) {
-    core.state.promState = kFailed;
+void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
+    std::optional<WaitCursor> cursor(std::in_place, core);
+    ChangeGroup const group(core.host);
+    core.state.promState = kInProgress;
+    refreshBoth(core);
+    if (core.storeSerialNumber)
+        core.storeSerialNumber();
+    int32_t status = kEepromFailed;
+    HeadboardEeprom eeprom;
+    if (core.alive) {
+        eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
+        status = store(eeprom, core.widgets.eepromLabelText().toLocal8Bit());
+    }
+    // Who discards the EEPROM inside a call drops what is not written: its silence is no success.
+    if (!isSharedEeprom(core.eepromSlot, eeprom))
+        status = kEepromFailed;
+    cursor.reset();
+    if (core.state.promState == kInProgress)
+        core.state.promState = status == kEepromOk ? kDone : kFailedOtherwise;
+    refreshBoth(core);
+}
+
+int32_t addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label) {
+    return label == kFactoryLabel ? EepromReplaceRecord(eeprom, makeTimeStamp()) : int32_t(kEepromOk);
 }

@@ -2,9 +2,20 @@
 
 #include "calibration/page_core.h"
 
-/// Detects the headboard EEPROM while that is not known: `eepromState` becomes present or absent. An absent
-/// one also closes the save-to-EEPROM step ("No EEPROM.").
+#include <QByteArray>
+
+/// Puts a calibration's records into the image under a label, local 8-bit, and writes them to the device;
+/// answers an `EepromStatus`.
+using StoreInEeprom = std::function<int32_t(HeadboardEeprom const& eeprom, QByteArray const& label)>;
+
+/// Detects the headboard EEPROM while that is not known: `eepromState` becomes present or absent, or stays
+/// unknown after a failure that the next attempt may not meet. A blank EEPROM is formatted. An absent one
+/// also closes the save-to-EEPROM step ("No EEPROM.").
 void detectEeprom(PageCore& core);
 
-/// Saves the sensor's shading registers to the headboard EEPROM.
-void saveCalibrationToEeprom(PageCore& core);
+/// Saves to the headboard EEPROM, under the label that the page shows. The step is done only when `store`
+/// says so and nobody has reset it, or discarded the EEPROM, meanwhile.
+void saveToEepromStep(PageCore& core, StoreInEeprom const& store);
+
+/// Adds the current time to a label that stands for the factory's calibration, in place of an older time.
+[[nodiscard]] int32_t addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label);

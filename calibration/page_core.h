@@ -4,6 +4,7 @@
 #include "calibration/page_widgets.h"
 #include "common/host.h"
 #include "common/sensor.h"
+#include "headboard/eeprom_slot.h"
 #include "hoststate/lens_correction.h"
 
 #include <functional>
@@ -11,11 +12,14 @@
 /// What the routines of a calibration page work on. It is shared by the page and every routine that runs: a
 /// host or library call may delete the page, and the routine around it finds `alive` false but nothing freed.
 struct PageCore {
+    explicit PageCore(EepromSlot& slot) : eepromSlot(slot) {}
+
     SensorRecord sensor{}; ///< copy of the host's record; its strings are the host's and read at each use
     Host host;
     PageState state;
     PageWidgets widgets;
     LensCorrection lensCorrection;
+    EepromSlot& eepromSlot; ///< the process-wide headboard EEPROM
     /// Lets the configuration page store its serial number before a save; null while there is no such page.
     std::function<void()> storeSerialNumber;
     bool alive = true; ///< false from the page's destruction on

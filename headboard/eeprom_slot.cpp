@@ -20,6 +20,10 @@ HeadboardEeprom renewEeprom(EepromSlot& slot, vy_Camera* camera) {
     return sharedEeprom(slot, camera);
 }
 
+bool isSharedEeprom(EepromSlot const& slot, HeadboardEeprom const& eeprom) {
+    return slot && slot->operator->() == eeprom.operator->();
+}
+
 void discardEeprom(EepromSlot& slot) {
     std::unique_ptr<HeadboardEeprom> const discarded(std::exchange(slot, nullptr));
     if (discarded)

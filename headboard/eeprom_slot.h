@@ -19,6 +19,9 @@ enum class EepromPresence : uint8_t {
 /// Discards the process-wide EEPROM with all that it has not written, creates it anew and answers a share.
 [[nodiscard]] HeadboardEeprom renewEeprom(EepromSlot& slot, vy_Camera* camera);
 
+/// Whether this is still the process-wide EEPROM, which nobody has discarded.
+[[nodiscard]] bool isSharedEeprom(EepromSlot const& slot, HeadboardEeprom const& eeprom);
+
 /// Drops the image, then the object; the slot is null before a call into the library can find it.
 void discardEeprom(EepromSlot& slot);
 

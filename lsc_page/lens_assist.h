@@ -8,5 +8,6 @@ class LensAssist : public CalibrationPage {
 
 public:
     /// Copies both records. The bullets stay the wizard's; without a wizard there are none.
-    LensAssist(QWidget* parent, SensorRecord const& sensor, HostServices const& services, Wizard* wizard);
+    LensAssist(QWidget* parent, SensorRecord const& sensor, HostServices const& services, Wizard* wizard,
+               EepromSlot& eepromSlot);
 };

@@ -1,11 +1,13 @@
 #include "lsc_page/lens_assist_flow.h"
 
 #include "calibration/display.h"
+#include "calibration/eeprom_step.h"
 #include "calibration/frame_steps.h"
 #include "calibration/library_input.h"
 #include "calibration/register_list.h"
 #include "calibration/settings.h"
 #include "common/libraries.h"
+#include "headboard/register_record.h"
 
 #include <QScopedValueRollback>
 #include <algorithm>
@@ -44,8 +46,9 @@ int findSolution(PageCore const& core, ShadingHandle const& handle) {
 
 } // namespace
 
-LensAssistFlow::LensAssistFlow(SensorRecord const& sensor, HostServices const& services)
-    : CalibrationFlow(PageKind::LensShading, sensor, services) {}
+LensAssistFlow::LensAssistFlow(SensorRecord const& sensor, HostServices const& services,
+                               EepromSlot& eepromSlot)
+    : CalibrationFlow(PageKind::LensShading, sensor, services, eepromSlot) {}
 
 QString LensAssistFlow::eepromLabel() const {
     return QStringLiteral("KestraTune");
@@ -59,6 +62,14 @@ ShadingHandle LensAssistFlow::createCalibration() {
 
 uint32_t LensAssistFlow::resultFileFormat() const {
     return kResultFileFormat;
+}
+
+int32_t LensAssistFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {
+    int32_t status =
+        saveShadingRegisters(eeprom, label.constData(), {core.sensor.sensorKind, core.sensor.variant});
+    if (status == kEepromOk)
+        status = addFactoryTime(eeprom, label);
+    return status >= kEepromOk ? HeadboardEepromFlush(eeprom) : status;
 }
 
 int LensAssistFlow::skippedRows() const {

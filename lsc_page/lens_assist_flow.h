@@ -6,7 +6,7 @@
 /// solution at the next tick.
 class LensAssistFlow : public CalibrationFlow {
 public:
-    LensAssistFlow(SensorRecord const& sensor, HostServices const& services);
+    LensAssistFlow(SensorRecord const& sensor, HostServices const& services, EepromSlot& eepromSlot);
 
 protected:
     [[nodiscard]] QString eepromLabel() const override;
@@ -15,6 +15,7 @@ protected:
     void captureFrame(Frame const& frame) override;
     [[nodiscard]] int skippedRows() const override;
     [[nodiscard]] uint32_t resultFileFormat() const override;
+    [[nodiscard]] int32_t storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) override;
 
 private:
     void loadWhenSolved();

@@ -63,7 +63,8 @@ constexpr char const* kTabLabels[] = {"Lens Calibration", "Lens Calibration - AP
 // The host may delete the dialog from inside a service that the page calls on its way.
 void addLensAssist(QPointer<Wizard> const& wizard, SensorRecord const& sensor, HostServices const& services) {
     KestraMfr& kestra = kestraMfr();
-    QPointer<LensAssist> const page = new LensAssist(kestra.g_parentWidget, sensor, services, wizard);
+    QPointer<LensAssist> const page =
+        new LensAssist(kestra.g_parentWidget, sensor, services, wizard, kestra.g_headboardEeprom);
     kestra.g_lensAssist = page;
     forgetWhenDestroyed(page.data(), &KestraMfr::g_lensAssist);
     page->adopt(sensor, services); // the constructor has copied both already; harmless and kept

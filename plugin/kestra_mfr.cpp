@@ -1,5 +1,6 @@
 #include "plugin/kestra_mfr.h"
 
+#include "headboard/eeprom_slot.h"
 #include "lsc_page/lens_assist.h"
 #include "plugin/library_lifetime.h"
 #include "wizard/wizard.h"
@@ -44,13 +45,14 @@ KestraMfr& KestraMfr::operator=(KestraMfr const& other) = default;
 KestraMfr::~KestraMfr() {
     if (!g_wizard)
         return;
-    if (QCoreApplication::instance()) {
+    bool const qtRuns = QCoreApplication::instance() != nullptr;
+    if (qtRuns)
         deleteMember(g_lensAssist);
+    discardEeprom(g_headboardEeprom);
+    if (qtRuns)
         deleteMember(g_wizard);
-    }
     g_lensAssist = nullptr;
     g_lensAssistApga = nullptr;
     g_wizard = nullptr;
-    g_headboardEeprom = nullptr;
     g_parentWidget = nullptr;
 }

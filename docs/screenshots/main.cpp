@@ -33,7 +33,7 @@ public:
     }
 
     void open() {
-        page = new LensAssist(nullptr, sensor, host.services(), &wizard);
+        page = new LensAssist(nullptr, sensor, host.services(), &wizard, eepromSlot);
         page->initialise();
         wizard.addPage(page, QStringLiteral("Lens Calibration"));
         page->findChild<QTimer*>()->stop();
@@ -85,6 +85,7 @@ public:
     FakeHost host;
     FakeLibraries libraries;
     SensorRecord sensor{};
+    EepromSlot eepromSlot = nullptr;
     Wizard wizard{QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), nullptr};
     LensAssist* page = nullptr; // owned by the wizard's tab
 

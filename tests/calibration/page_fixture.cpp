@@ -11,10 +11,12 @@ PageFixture::PageFixture(PageCase const& pageCase) : m_case(pageCase) {
     sensor.variant = 1;
     sensor.fileNamePart = "BOARD";
     sensor.camera = libraries.camera();
+    libraries.headboard.deviceAddress = 0; // no EEPROM answers, unless a test says otherwise
 }
 
 PageFixture::~PageFixture() {
     delete page.data();
+    discardEeprom(eepromSlot);
 }
 
 void PageFixture::writeIni(std::string const& bytes) {
@@ -30,7 +32,7 @@ void PageFixture::remake() {
     for (QPixmap* const pixmap :
          {&wizard->pixGray, &wizard->pixBlue, &wizard->pixGreen, &wizard->pixYellow, &wizard->pixRed})
         *pixmap = QPixmap(1, 1);
-    page = m_case.make(sensor, host.services(), wizard.get());
+    page = m_case.make(sensor, host.services(), wizard.get(), eepromSlot);
 }
 
 void PageFixture::open() {

@@ -15,7 +15,7 @@
 struct PageCase {
     char const* name;
     uint32_t sensorKind;
-    CalibrationPage* (*make)(SensorRecord const&, HostServices const&, Wizard*);
+    CalibrationPage* (*make)(SensorRecord const&, HostServices const&, Wizard*, EepromSlot&);
 };
 
 /// A page on a fake host with a setup preset, a sensor that can correct, and an existing save directory.
@@ -49,6 +49,7 @@ protected:
     SensorRecord sensor{};
     std::unique_ptr<Wizard> wizard;
     QPointer<CalibrationPage> page;
+    EepromSlot eepromSlot = nullptr;
 
 private:
     PageCase const m_case;
