@@ -77,6 +77,10 @@ void CalibrationPage::setVisible(bool visible) {
 
 void CalibrationPage::reject() {}
 
+void CalibrationPage::setSerialNumberHook(std::function<void()> storeSerialNumber) {
+    m_flow->setSerialNumberHook(std::move(storeSerialNumber));
+}
+
 void CalibrationPage::setDestroyedHook(std::function<void()> hook) {
     m_destroyedHook = std::move(hook);
 }

@@ -20,7 +20,8 @@ struct PageCore {
     PageWidgets widgets;
     LensCorrection lensCorrection;
     EepromSlot& eepromSlot; ///< the process-wide headboard EEPROM
-    /// Lets the configuration page store its serial number before a save; null while there is no such page.
+    /// Lets the configuration page store its serial number before a save to the EEPROM; null while there is
+    /// no such page.
     std::function<void()> storeSerialNumber;
     bool alive = true; ///< false from the page's destruction on
 

@@ -177,6 +177,20 @@ NamedState const kStates[] = {
          s.open();
          s.calibrate();
      }},
+    {"no-eeprom",
+     [](Scene& s) {
+         s.libraries.headboard.deviceAddress = 0;
+         s.open();
+     }},
+    {"eeprom-failed",
+     [](Scene& s) {
+         s.open();
+         s.calibrate();
+         s.libraries.headboard.fault = DeviceFault::Failure;
+         s.libraries.headboard.faultAt = s.libraries.headboard.operations;
+         s.libraries.headboard.faultLasts = true;
+         s.press("Prom_Save");
+     }},
     {"saving-failed",
      [](Scene& s) {
          s.libraries.fileAnswer = 1;

@@ -10,6 +10,7 @@ namespace {
 class Reentry : public PageFixture, public ::testing::WithParamInterface<PageCase> {
 protected:
     Reentry() : PageFixture(GetParam()) {
+        libraries.headboard.deviceAddress = 0xA8; // a headboard with an EEPROM: its calls count too
         setFolderChooser([this] { return QString::fromStdString(saveDir()); });
     }
     ~Reentry() override { setFolderChooser({}); }
