@@ -35,30 +35,44 @@ std::optional<Evenness> measure(Session& session, DialogPage& page, RunDriver& d
     return result;
 }
 
-QString causeOf(RunResult const& run) {
+bool isFailure(QString const& status, RunEnd end, bool hasEeprom) {
+    return status.startsWith(QLatin1String("Error")) || status.startsWith(QLatin1String("Warning")) ||
+           (end == RunEnd::TimedOut && status.startsWith(QLatin1String("In progress"))) ||
+           (hasEeprom && status == QLatin1String("No EEPROM."));
+}
+
+// Of a run that shows no error. Only the EEPROM holds the dialog before the first step: it goes on once that
+// answers or is certain not to be there.
+QString standstillOf(QStringList const& texts) {
+    bool const hasBegun = texts.value(kSetup) == QLatin1String("Done.");
+    return hasBegun ? QStringLiteral("Run All stands still.")
+                    : QStringLiteral("Run All stands still before its first step: it asks for the EEPROM and "
+                                     "does not learn whether there is one.");
+}
+
+QString causeOf(RunResult const& run, bool hasEeprom) {
     QStringList causes;
     if (run.end == RunEnd::TimedOut)
         causes.append(QStringLiteral("The run did not end in %1 frames.").arg(run.last.frames));
     for (int i = 0; i < run.last.statusTexts.size(); ++i) {
         QString const status = run.last.statusTexts[i].trimmed();
-        bool const failed = status.startsWith(QLatin1String("Error")) ||
-                            status.startsWith(QLatin1String("Warning")) ||
-                            (run.end == RunEnd::TimedOut && status.startsWith(QLatin1String("In progress")));
-        if (failed)
+        if (isFailure(status, run.end, hasEeprom))
             causes.append(QString::fromLatin1(kSteps[i].status) + QLatin1String(": ") + status);
     }
     if (QString const solver = lastSolverMessage(); !solver.isEmpty())
         causes.append(solver);
+    if (run.end == RunEnd::Cancelled && causes.isEmpty())
+        causes.append(standstillOf(run.last.statusTexts));
     return causes.join(QLatin1String(" | "));
 }
 
-bool isDone(RunResult const& run) {
-    return run.end == RunEnd::Finished && allStepsDone(run.last.statusTexts);
+bool isDone(RunResult const& run, simulator::SimulatedCamera const& camera) {
+    return run.end == RunEnd::Finished && allStepsDone(run.last.statusTexts, camera.hasEeprom());
 }
 
-bool wasRefusedForItsLight(RunResult const& run) {
+bool wasRefusedForItsLight(RunResult const& run, simulator::SimulatedCamera const& camera) {
     ExitCode const code = exitCodeOfRefusal(lastSolverMessage());
-    return !isDone(run) && code != kExitNotCalibrated && code != kExitWrongSize;
+    return !isDone(run, camera) && code != kExitNotCalibrated && code != kExitWrongSize;
 }
 
 // Even light at the normal level with nothing in its way, of the same colour.
@@ -83,12 +97,13 @@ RunSummary describe(Session& session, Options const& options) {
 void calibrate(Session& session, Options const& options, RunDriver& driver, ProgressReport& progress,
                RunSummary& summary) {
     summary.run = driver.runAll();
-    if (options.thenGood && wasRefusedForItsLight(summary.run)) {
-        summary.firstRefusal = causeOf(summary.run);
+    simulator::SimulatedCamera const& camera = session.camera();
+    if (options.thenGood && wasRefusedForItsLight(summary.run, camera)) {
+        summary.firstRefusal = causeOf(summary.run, camera.hasEeprom());
         progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
         forgetSolverMessage();
         mendLight(session.camera());
-        summary.run = driver.runFrom(kExposure);
+        summary.run = driver.runSteps(kExposure, kEepromSave);
     }
     summary.light = session.camera().light();
     summary.solutionRegisters = session.desk().listEntriesWritten();
@@ -96,8 +111,8 @@ void calibrate(Session& session, Options const& options, RunDriver& driver, Prog
 }
 
 void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& output, RunSummary& summary) {
-    if (!isDone(summary.run)) {
-        summary.cause = causeOf(summary.run);
+    if (!isDone(summary.run, session.camera())) {
+        summary.cause = causeOf(summary.run, session.camera().hasEeprom());
         return;
     }
     summary.before = measure(session, page, driver, false);
@@ -146,6 +161,7 @@ int runCalibration(Session& session, Options const& options) {
     RunDriver driver(
         page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
     driver.onProgress([&](RunProgress const& state) { progress.show(state); });
+    driver.onSaving([&] { progress.say(QStringLiteral("saving to the EEPROM...")); });
 
     RunSummary summary = describe(session, options);
     calibrate(session, options, driver, progress, summary);
