@@ -77,8 +77,8 @@ void CalibrationPage::setVisible(bool visible) {
 
 void CalibrationPage::reject() {}
 
-void CalibrationPage::setSerialNumberHook(std::function<void()> storeSerialNumber) {
-    m_flow->setSerialNumberHook(std::move(storeSerialNumber));
+void CalibrationPage::setSerialNumber(SerialNumber serialNumber) {
+    m_flow->setSerialNumber(std::move(serialNumber));
 }
 
 void CalibrationPage::setDestroyedHook(std::function<void()> hook) {

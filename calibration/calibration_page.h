@@ -29,9 +29,7 @@ public:
     void initialise();
     /// A frame of the host's; see `Frame`.
     void onFrame(Frame const& frame);
-    /// What stores the headboard's serial number before a save to the EEPROM; none while there is no
-    /// configuration page.
-    void setSerialNumberHook(std::function<void()> storeSerialNumber);
+    void setSerialNumber(SerialNumber serialNumber);
     /// Called once when the page goes away, before anything of it is gone.
     void setDestroyedHook(std::function<void()> hook);
 

@@ -155,12 +155,13 @@ TEST_P(EepromStep, TheSerialNumberIsStoredFirst) {
     open();
     host.log.clear();
     int stored = 0;
-    page->setSerialNumberHook([&] {
-        ++stored;
-        EXPECT_EQ(text("Prom_Save_Status"), "In progress...");
-        EXPECT_EQ(host.calls("begin").size(), 1U);
-        EXPECT_TRUE(host.calls("readBus").empty());
-    });
+    page->setSerialNumber({[&] {
+                               ++stored;
+                               EXPECT_EQ(text("Prom_Save_Status"), "In progress...");
+                               EXPECT_EQ(host.calls("begin").size(), 1U);
+                               EXPECT_TRUE(host.calls("readBus").empty());
+                           },
+                           {}});
     click("Prom_Save");
     EXPECT_EQ(stored, 1);
 }
