@@ -22,8 +22,11 @@ struct ConfigCore {
     /// null.
     std::function<void(bool isEmpty)> serialNumberEdited;
     bool alive = true;    ///< false from the page's destruction on
-    bool working = false; ///< a button's routine works on the EEPROM; the others then do nothing
-    bool storing = false; ///< a serial number is being stored
+    bool working = false; ///< a button's routine works on the EEPROM
+    bool storing = false; ///< a serial number is being stored, for a button or for a calibration page
+
+    /// Buttons that work on the EEPROM do nothing meanwhile: what they would drop is half written.
+    [[nodiscard]] bool isBusy() const { return working || storing; }
 };
 
 /// Writes what an operation with this status has changed in an EEPROM to the device. After a failure, also of

@@ -62,7 +62,7 @@ void ConfigFlow::initialise() {
 }
 
 void ConfigFlow::testEeprom() {
-    if (m_core.working)
+    if (m_core.isBusy())
         return;
     QScopedValueRollback<bool> const working(m_core.working, true);
     m_core.state.eepromState = ConfigState::EepromUnknown;
@@ -135,7 +135,7 @@ void ConfigFlow::readIdentificationBytes() {
 }
 
 void ConfigFlow::apply() {
-    if (m_core.working)
+    if (m_core.isBusy())
         return;
     QScopedValueRollback<bool> const working(m_core.working, true);
     ChangeGroup const group(m_core.host);
@@ -193,7 +193,7 @@ void ConfigFlow::applySerialNumber() {
 }
 
 void ConfigFlow::eraseEeprom() {
-    if (m_core.working || m_core.state.eepromState != ConfigState::EepromPresent)
+    if (m_core.isBusy() || m_core.state.eepromState != ConfigState::EepromPresent)
         return;
     QScopedValueRollback<bool> const working(m_core.working, true);
     if (!isEraseConfirmed())
