@@ -2,6 +2,14 @@
 
 #include <array>
 
+namespace {
+
+// How the headboard's devices are addressed, in bits.
+constexpr uint32_t kBusAddressBits = 16;
+constexpr uint32_t kBusDataBits = 8;
+
+} // namespace
+
 uint32_t Host::readRegister(char const* reg, char const* bitfield) const {
     return m_services.readRegister ? m_services.readRegister(reg, bitfield, 1) : 0;
 }
@@ -14,6 +22,16 @@ void Host::writeRegister(char const* reg, char const* bitfield, uint32_t value) 
 void Host::writeListEntry(uint32_t id, uint32_t address, uint32_t value) const {
     if (m_services.writeListEntry)
         m_services.writeListEntry(address, 0, id, 0, value);
+}
+
+uint32_t Host::readBusByte(uint32_t device, uint32_t address) const {
+    return m_services.readBusByte ? m_services.readBusByte(device, address, kBusAddressBits, kBusDataBits)
+                                  : 0;
+}
+
+void Host::writeBusByte(uint32_t device, uint32_t address, uint8_t value) const {
+    if (m_services.writeBusByte)
+        m_services.writeBusByte(device, address, value, kBusAddressBits, kBusDataBits);
 }
 
 void Host::announceRegister(char const* reg) const {
@@ -33,6 +51,16 @@ int32_t Host::readState(char const* variable) const {
 void Host::setState(char const* variable, int32_t value) const {
     if (m_services.setState)
         m_services.setState(variable, value);
+}
+
+QByteArray Host::readOption(char const* option) const {
+    // The text stays the host's; null gives an empty one.
+    return m_services.readOption ? QByteArray(m_services.readOption(option)) : QByteArray();
+}
+
+void Host::writeOption(char const* option, char const* value) const {
+    if (m_services.writeOption)
+        m_services.writeOption(option, value);
 }
 
 void Host::applyPreset(char const* preset) const {

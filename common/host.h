@@ -19,6 +19,10 @@ public:
     void writeRegister(char const* reg, char const* bitfield, uint32_t value) const;
     /// Slot 3: one register of a calibration solution, by page or id and address.
     void writeListEntry(uint32_t id, uint32_t address, uint32_t value) const;
+    /// Slots 4 and 5: one byte of a device on the camera's serial bus, at a 16-bit address of the device's
+    /// own. What a read answers is the host's, and need not fit a byte when the device is silent.
+    [[nodiscard]] uint32_t readBusByte(uint32_t device, uint32_t address) const;
+    void writeBusByte(uint32_t device, uint32_t address, uint8_t value) const;
     /// Slot 7: tells the host which register switches lens correction.
     void announceRegister(char const* reg) const;
     /// Slot 8: brackets a modal dialog of the plug-in's own; use `ModalBracket`.
@@ -26,6 +30,9 @@ public:
     /// Slots 9 and 10: host-state variables.
     [[nodiscard]] int32_t readState(char const* variable) const;
     void setState(char const* variable, int32_t value) const;
+    /// Slots 14 and 15: text options of the host, in the local code page.
+    [[nodiscard]] QByteArray readOption(char const* option) const;
+    void writeOption(char const* option, char const* value) const;
     /// Slot 16: applies a preset of the host's ini file by name.
     void applyPreset(char const* preset) const;
     /// Slots 18 to 21: the host's settings store.

@@ -1,0 +1,99 @@
+#include "config_page/config.h"
+
+#include "common/version.h"
+#include "config_page/config_flow.h"
+#include "ui_config.h"
+
+#include <utility>
+
+namespace {
+
+QString versionText() {
+    QString text = QStringLiteral("Version: %1.%2.%3.%4\n");
+    for (uint32_t const number : kVersion)
+        text = text.arg(number);
+    return text + QStringLiteral("Build Date: %1").arg(QLatin1String(kBuildDate));
+}
+
+} // namespace
+
+Config::Config(QWidget* parent, SensorRecord const& sensor, HostServices const* services, EepromSlot& eeprom,
+               Wizard* wizard, SerialNumberListener serialNumberEdited)
+    : QDialog(parent), m_flow(std::make_shared<ConfigFlow>(sensor, services, eeprom)) {
+    Ui::Config form;
+    form.setupUi(this);
+    m_flow->widgets().bind(this, form, wizard);
+    m_flow->setSerialNumberListener(std::move(serialNumberEdited));
+    form.Version->setText(versionText());
+    connectWidgets();
+}
+
+Config::~Config() {
+    m_flow->pageDestroyed();
+}
+
+void Config::connectWidgets() {
+    ConfigWidgets const& w = m_flow->widgets();
+    connect(w.EEPROM_Test, &QPushButton::clicked, this, &Config::OnBnClickedEepromTest);
+    connect(w.Apply, &QPushButton::clicked, this, &Config::OnBnClickedApply);
+    connect(w.setGrabFileName, &QPushButton::clicked, this, &Config::OnBnClickedSetGrabFileName);
+    connect(w.EEPROM_Erase, &QPushButton::clicked, this, &Config::OnBnClickedEepromErase);
+    connect(w.Doc_UserGuide, &QPushButton::clicked, this, &Config::OnBnClickedDocUserguide);
+    connect(w.SN, &QLineEdit::textChanged, this, &Config::OnEnChangeSn);
+    // By name: the overload with the text is marked obsolete.
+    char const* const handlers[] = {
+        SLOT(OnCbnSelchangePnCombo(QString)), SLOT(OnCbnSelchangeIfCombo(QString)),
+        SLOT(OnCbnSelchangeMiCombo(QString)), SLOT(OnCbnSelchangeSpCombo(QString))};
+    for (size_t i = 0; i < w.combos.size(); ++i)
+        connect(w.combos[i], SIGNAL(currentIndexChanged(QString)), this, handlers[i]);
+}
+
+QString Config::serialNumber() const {
+    return m_flow->widgets().serialNumber();
+}
+
+ConfigState const& Config::state() const {
+    return m_flow->state();
+}
+
+void Config::reject() {}
+
+// Every call below works on a share of the flow of its own: the page may be gone when the flow returns.
+
+void Config::initialise() {
+    std::shared_ptr(m_flow)->initialise();
+}
+void Config::applySerialNumber() {
+    std::shared_ptr(m_flow)->applySerialNumber();
+}
+void Config::OnBnClickedEepromTest() {
+    std::shared_ptr(m_flow)->testEeprom();
+}
+void Config::OnBnClickedApply() {
+    std::shared_ptr(m_flow)->apply();
+}
+void Config::OnBnClickedSetGrabFileName() {
+    std::shared_ptr(m_flow)->setGrabFileName();
+}
+void Config::OnBnClickedEepromErase() {
+    std::shared_ptr(m_flow)->eraseEeprom();
+}
+void Config::OnBnClickedDocUserguide() {
+    std::shared_ptr(m_flow)->openUserGuide();
+}
+void Config::OnCbnSelchangeIfCombo(QString const&) {
+    std::shared_ptr(m_flow)->comboChanged(Identification::Interface);
+}
+void Config::OnCbnSelchangeMiCombo(QString const&) {
+    std::shared_ptr(m_flow)->comboChanged(Identification::Market);
+}
+void Config::OnCbnSelchangePnCombo(QString const&) {
+    std::shared_ptr(m_flow)->comboChanged(Identification::PartNumber);
+}
+void Config::OnCbnSelchangeSpCombo(QString const&) {
+    std::shared_ptr(m_flow)->comboChanged(Identification::Processing);
+}
+// The signature is published, value and all. NOLINTNEXTLINE(performance-unnecessary-value-param)
+void Config::OnEnChangeSn(QString) {
+    std::shared_ptr(m_flow)->serialNumberChanged();
+}

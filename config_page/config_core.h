@@ -1,0 +1,59 @@
+#pragma once
+
+#include "common/host.h"
+#include "config_page/config_state.h"
+#include "config_page/config_widgets.h"
+#include "headboard/eeprom_slot.h"
+
+#include <functional>
+
+/// What the routines of the configuration page work on. It is shared by the page and every routine that runs:
+/// a host or library call may delete the page, and the routine around it finds `alive` false but nothing
+/// freed.
+struct ConfigCore {
+    explicit ConfigCore(EepromSlot& slot) : eepromSlot(slot) {}
+
+    SensorRecord sensor{};  ///< copy of the host's record
+    Host host;              ///< of a copy of the host's table
+    EepromSlot& eepromSlot; ///< the process-wide headboard EEPROM
+    ConfigState state;
+    ConfigWidgets widgets;
+    /// Tells the calibration pages that the serial number was edited, and whether it is empty now; may be
+    /// null.
+    std::function<void(bool isEmpty)> serialNumberEdited;
+    bool alive = true;    ///< false from the page's destruction on
+    bool working = false; ///< a button's routine works on the EEPROM
+    bool storing = false; ///< a serial number is being stored, for a button or for a calibration page
+
+    /// Buttons that work on the EEPROM do nothing meanwhile: what they would drop is half written.
+    [[nodiscard]] bool isBusy() const { return working || storing; }
+};
+
+/// Writes what an operation with this status has changed in an EEPROM to the device. After a failure, also of
+/// the operation, and when the EEPROM was discarded meanwhile, the image is dropped: what is shown next is
+/// what the device holds.
+void flushOrDrop(ConfigCore& core, HeadboardEeprom const& eeprom, int32_t status);
+
+/// Marks widget updates from code, so that change handlers ignore the signals that they raise.
+class ConfigUpdateGuard {
+public:
+    explicit ConfigUpdateGuard(ConfigCore& core) : m_core(core) { ++m_core.state.updateDepth; }
+    ~ConfigUpdateGuard() { --m_core.state.updateDepth; }
+    ConfigUpdateGuard(ConfigUpdateGuard const&) = delete;
+    ConfigUpdateGuard& operator=(ConfigUpdateGuard const&) = delete;
+
+private:
+    ConfigCore& m_core;
+};
+
+/// Shows the wait cursor over the page while it lives.
+class ConfigWaitCursor {
+public:
+    explicit ConfigWaitCursor(ConfigCore const& core);
+    ~ConfigWaitCursor();
+    ConfigWaitCursor(ConfigWaitCursor const&) = delete;
+    ConfigWaitCursor& operator=(ConfigWaitCursor const&) = delete;
+
+private:
+    QPointer<QDialog> m_page;
+};

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "config_page/config_display.h"
+#include "config_page/product_lists.h"
+
+#include <QComboBox>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <array>
+#include <optional>
+
+/// The page's widgets under their object names, as one surface to read from and to show on. All pointers are
+/// guarded and borrowed: what is gone is not touched, so this may outlive its page inside a host call.
+/// Reading a widget that is gone gives an empty text or no code.
+class ConfigWidgets {
+public:
+    /// Takes the widgets from the page's generated form.
+    template <typename Form>
+    void bind(QDialog* pageDialog, Form const& form, Wizard* bulletOwner) {
+        page = pageDialog;
+        wizard = bulletOwner;
+        EEPROM_Bullet = form.EEPROM_Bullet;
+        EEPROM_Status = form.EEPROM_Status;
+        EEPROM_Test = form.EEPROM_Test;
+        EEPROM_Erase = form.EEPROM_Erase;
+        boxes = {form.PN_Box, form.IF_Box, form.MI_Box, form.SP_Box};
+        combos = {form.PN_Combo, form.IF_Combo, form.MI_Combo, form.SP_Combo};
+        SN = form.SN;
+        SN_Bullet = form.SN_Bullet;
+        SN_Status = form.SN_Status;
+        SN_RegStatus = form.SN_RegStatus;
+        setGrabFileName = form.setGrabFileName;
+        Apply = form.Apply;
+        Doc_UserGuide = form.Doc_UserGuide;
+    }
+
+    [[nodiscard]] QString serialNumber() const;
+    /// What the user selected; none in an empty list or when the stored byte is in none of its rows.
+    [[nodiscard]] std::optional<uint8_t> selectedCode(Identification field) const;
+
+    /// Fills all lists but the interfaces, with nothing selected.
+    void fillCombos();
+    /// Fills the list of interfaces anew when the selected part number has others: the selected code stays
+    /// when the new list has it, else it becomes the unspecified one.
+    void fitInterfaces();
+    /// Selects the row of a code, or none.
+    void select(Identification field, uint32_t code);
+    /// Without the signal of an edit, which would come from within the line edit.
+    void showSerialNumber(QString const& number);
+    void showFormatMessage(QString const& text);
+    void show(ConfigStatus const& eeprom, ConfigStatus const& serial);
+    void apply(ConfigEnabling const& enabling);
+
+    QPointer<QDialog> page;
+    QPointer<Wizard> wizard; ///< owner of the bullets
+    QPointer<QLabel> EEPROM_Bullet, EEPROM_Status;
+    QPointer<QPushButton> EEPROM_Test, EEPROM_Erase;
+    std::array<QPointer<QLabel>, 4> boxes;     ///< by `Identification`
+    std::array<QPointer<QComboBox>, 4> combos; ///< by `Identification`
+    QPointer<QLineEdit> SN;
+    QPointer<QLabel> SN_Bullet, SN_Status, SN_RegStatus;
+    QPointer<QPushButton> setGrabFileName, Apply, Doc_UserGuide;
+
+private:
+    [[nodiscard]] QComboBox* combo(Identification field) const { return combos[size_t(field)]; }
+    void fillInterfaces(InterfaceFamily family);
+
+    std::optional<InterfaceFamily> m_shownInterfaces;
+};

@@ -1,0 +1,67 @@
+#include "config_page/product_lists.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr ProductCode kUnspecified = {"Unspecified", kUnspecifiedCode};
+
+constexpr PartNumber kPartNumbers[] = {
+    {{"KV0134 colour (KV0134-C12)", 1}, InterfaceFamily::Sensor},
+    {{"KV0134 monochrome (KV0134-M12)", 2}, InterfaceFamily::Sensor},
+    {{"KV0231 colour (KV0231-C10)", 3}, InterfaceFamily::Sensor},
+    {{"KV0231 near infrared (KV0231-N10)", 4}, InterfaceFamily::Sensor},
+    {{"KV0512 colour (KV0512-C12)", 8}, InterfaceFamily::Sensor},
+    {{"KV0820 colour (KV0820-C12)", 12}, InterfaceFamily::Sensor},
+    {{"Corvo 1.3 module (CM0134-A)", 64}, InterfaceFamily::Module},
+    {{"Corvo 2.3 module (CM0231-A)", 65}, InterfaceFamily::Module},
+    {{"Engineering sample (KVX)", 254}, InterfaceFamily::Sensor},
+    {kUnspecified, InterfaceFamily::Sensor},
+};
+
+constexpr ProductCode kSensorInterfaces[] = {
+    {"Parallel", 1},
+    {"MIPI", 2},
+    {"Tavlink", 3},
+    kUnspecified,
+};
+
+constexpr ProductCode kModuleInterfaces[] = {
+    {"Corvo Parallel", kModuleParallelCode},
+    {"Corvo MIPI", 18},
+    kUnspecified,
+};
+
+constexpr ProductCode kMarketIndicators[] = {
+    {"General purpose", 1}, {"Automotive", 2}, {"Industrial", 3}, {"Medical", 4}, {"Mobile", 5}, kUnspecified,
+};
+
+constexpr ProductCode kSpecialProcessings[] = {
+    {"None", 1},  {"Cover glass removed", 2}, {"Microlenses shifted", 3}, {"Colour filters omitted", 4},
+    kUnspecified,
+};
+
+} // namespace
+
+std::span<PartNumber const> partNumbers() {
+    return kPartNumbers;
+}
+
+std::span<ProductCode const> interfaces(InterfaceFamily family) {
+    return family == InterfaceFamily::Module ? std::span<ProductCode const>(kModuleInterfaces)
+                                             : std::span<ProductCode const>(kSensorInterfaces);
+}
+
+std::span<ProductCode const> marketIndicators() {
+    return kMarketIndicators;
+}
+
+std::span<ProductCode const> specialProcessings() {
+    return kSpecialProcessings;
+}
+
+InterfaceFamily interfaceFamily(uint32_t partNumberCode) {
+    auto const* const row = std::ranges::find_if(
+        kPartNumbers, [&](PartNumber const& part) { return part.product.code == partNumberCode; });
+    return row == std::end(kPartNumbers) ? InterfaceFamily::Sensor : row->interfaces;
+}

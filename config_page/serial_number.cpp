@@ -1,0 +1,68 @@
+#include "config_page/serial_number.h"
+
+#include "headboard/eeprom_chain.h"
+#include "headboard/record_types.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr int kLength = 10;
+constexpr int kCountLength = 3;
+constexpr int kHighestCount = 999;
+constexpr size_t kRecordBuffer = 1000; // header included
+constexpr uint kRecordHead = 3;
+
+bool isDigit(QChar c) {
+    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+}
+
+// A count that is no number counts as 0.
+int countOf(QString const& text) {
+    return std::all_of(text.begin(), text.end(), isDigit) ? text.toInt() : 0;
+}
+
+int32_t replaceInImage(HeadboardEeprom const& eeprom, QByteArray const& number) {
+    auto const length = int32_t(number.size() + 1); // the closing zero belongs to it
+    EepromRecord record = EepromNewRecord(kRecordHeadboardId, length, 0);
+    auto const* const bytes = reinterpret_cast<uint8_t const*>(number.constData());
+    bool const fits = record.append({bytes, size_t(length)});
+    return fits ? EepromReplaceRecord(eeprom, record) : int32_t(kEepromNoRoom);
+}
+
+} // namespace
+
+bool isSerialNumber(QString const& text) {
+    return text.size() == kLength;
+}
+
+std::optional<QString> nextSerialNumber(QString const& last) {
+    if (!isSerialNumber(last))
+        return std::nullopt;
+    int const next = countOf(last.right(kCountLength)) + 1;
+    int const count = next > kHighestCount ? 1 : next;
+    // Not by a pattern: the first part may hold a "%" sign.
+    return last.left(kLength - kCountLength) +
+           QString::number(count).rightJustified(kCountLength, QLatin1Char('0'));
+}
+
+QByteArray storedSerialNumber(ConfigCore& core) {
+    ChangeGroup const group(core.host);
+    if (!core.alive)
+        return {};
+    HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
+    std::array<uint8_t, kRecordBuffer> record{};
+    int32_t const size = EepromReadNth(eeprom, kRecordHeadboardId, nullptr, 0, record);
+    if (size < int32_t(kRecordHead))
+        return {};
+    auto const* const text = reinterpret_cast<char const*>(record.data()) + kRecordHead;
+    return {text, int(qstrnlen(text, uint(size) - kRecordHead))};
+}
+
+void storeSerialNumber(ConfigCore& core, QByteArray const& number) {
+    ConfigWaitCursor const cursor(core);
+    HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
+    if (core.alive)
+        flushOrDrop(core, eeprom, replaceInImage(eeprom, number));
+}

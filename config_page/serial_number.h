@@ -1,0 +1,24 @@
+#pragma once
+
+#include "config_page/config_core.h"
+
+#include <QByteArray>
+#include <QString>
+#include <optional>
+
+// The headboard's serial number: the text of the EEPROM's first "Headboard ID" record. In bytes it is local
+// 8-bit, as the record and the host hold it.
+
+/// Ten characters, whichever they are, make a serial number.
+[[nodiscard]] bool isSerialNumber(QString const& text);
+
+/// The number behind a serial number: its last three characters are a count, which goes from 999 to 1. None
+/// for a text that is no serial number.
+[[nodiscard]] std::optional<QString> nextSerialNumber(QString const& last);
+
+/// The number in the EEPROM; empty when there is none, or none that can be read.
+[[nodiscard]] QByteArray storedSerialNumber(ConfigCore& core);
+
+/// Puts a number in the place of the stored one, in the device too; whether that succeeded is seen by reading
+/// it again.
+void storeSerialNumber(ConfigCore& core, QByteArray const& number);

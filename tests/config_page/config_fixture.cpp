@@ -1,0 +1,125 @@
+#include "tests/config_page/config_fixture.h"
+
+#include <QApplication>
+#include <algorithm>
+
+ConfigFixture::ConfigFixture() {
+    sensor.camera = libraries.camera();
+    // Each bullet is one pixel of its own colour.
+    for (auto const& [pixmap, colour] : {std::pair(&wizard.pixGray, Qt::gray),
+                                         {&wizard.pixGreen, Qt::green},
+                                         {&wizard.pixYellow, Qt::yellow},
+                                         {&wizard.pixRed, Qt::red}}) {
+        *pixmap = QPixmap(1, 1);
+        pixmap->fill(colour);
+    }
+    setMessageAnswer([this](UserMessage const& message) {
+        messages.push_back(message);
+        host.note("message");
+        return answer;
+    });
+}
+
+ConfigFixture::~ConfigFixture() {
+    delete page.data();
+    discardEeprom(slot);
+    setMessageAnswer({});
+}
+
+HostServices ConfigFixture::services() const {
+    HostServices table = host.services();
+    FakeBusServices::fillIn(table);
+    return table;
+}
+
+void ConfigFixture::make(HostServices const* table) {
+    delete page.data();
+    discardEeprom(slot);
+    page = new Config(nullptr, sensor, table, slot, &wizard, [this](bool isEmpty) {
+        edits.push_back(isEmpty);
+        host.note("serialNumberEdited");
+    });
+}
+
+void ConfigFixture::open() {
+    HostServices const table = services();
+    make(&table);
+    page->initialise();
+    host.log.clear();
+    edits.clear();
+}
+
+std::string ConfigFixture::text(char const* label) const {
+    return widget<QLabel>(label)->text().toStdString();
+}
+
+QRgb ConfigFixture::bullet(char const* label) const {
+    QPixmap const pixmap = widget<QLabel>(label)->pixmap(Qt::ReturnByValue);
+    return pixmap.isNull() ? 0 : pixmap.toImage().pixel(0, 0);
+}
+
+int ConfigFixture::code(char const* combo) const {
+    auto const* const list = widget<QComboBox>(combo);
+    return list->currentIndex() < 0 ? -1 : list->currentData().toInt();
+}
+
+void ConfigFixture::choose(char const* combo, int code) {
+    auto* const list = widget<QComboBox>(combo);
+    int const row = list->findData(code);
+    ASSERT_GE(row, 0) << combo << " has no code " << code;
+    list->setCurrentIndex(row);
+}
+
+void ConfigFixture::enter(char const* serialNumber) {
+    widget<QLineEdit>("SN")->setText(QString::fromUtf8(serialNumber));
+}
+
+void ConfigFixture::click(char const* button) {
+    EXPECT_TRUE(isEnabled(button)) << button;
+    widget<QPushButton>(button)->click();
+}
+
+void ConfigFixture::store(std::vector<std::pair<uint8_t, std::string>> const& records) {
+    std::string bytes = "VYEE\x01";
+    for (auto const& [type, payload] : records) {
+        bytes += char(type);
+        bytes += char(payload.size() >> 8);
+        bytes += char(payload.size());
+        bytes += payload;
+    }
+    bytes += '\xFF';
+    std::copy(bytes.begin(), bytes.end(), headboard.device.begin());
+}
+
+std::string ConfigFixture::deviceText(size_t count) const {
+    return {headboard.device.begin(), headboard.device.begin() + ptrdiff_t(count)};
+}
+
+std::string ConfigFixture::deviceNumber() const {
+    std::vector<uint8_t> const& bytes = headboard.device;
+    for (size_t at = 5; at + 3 < 8176 && bytes[at] != 0xFF;) {
+        size_t const length = size_t(bytes[at + 1]) << 8 | bytes[at + 2];
+        if (bytes[at] == 11 && at + 3 + length < 8176)
+            return std::string(bytes.begin() + ptrdiff_t(at + 3), bytes.begin() + ptrdiff_t(at + 3 + length))
+                .c_str();
+        at += 3 + length;
+    }
+    return {};
+}
+
+std::vector<std::string> ConfigFixture::busLog() const {
+    std::vector<std::string> found;
+    for (std::string const& call : host.log)
+        if (call.find("BusByte") != std::string::npos || call.starts_with("setMode 53") ||
+            call == "pause 100" || call == "begin" || call == "end")
+            found.push_back(call);
+    return found;
+}
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication const application(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,390 @@
+#include "config_page/document_opener.h"
+#include "tests/config_page/config_fixture.h"
+
+#include <QCoreApplication>
+#include <algorithm>
+
+namespace {
+
+using Log = std::vector<std::string>;
+
+constexpr size_t kPartNumber = 8191, kInterface = 8177, kMarket = 8179, kProcessing = 8180;
+constexpr uint8_t kHeadboardId = 11;
+constexpr int kModule = 64; // a part number with the interfaces of the module family
+
+class ConfigPage : public ConfigFixture {};
+
+TEST_F(ConfigPage, ABlankEepromIsFormattedByTheFirstCheck) {
+    open();
+    EXPECT_EQ(text("EEPROM_Status"),
+              "EEPROM is present and working normally.\n0 bytes used.  8171 bytes available.");
+    EXPECT_EQ(bullet("EEPROM_Bullet"), QColor(Qt::green).rgb());
+    EXPECT_EQ(deviceText(6), "VYEE\x01\xFF");
+    EXPECT_FALSE(isEnabled("EEPROM_Erase")) << "there is nothing to erase";
+    EXPECT_FALSE(isEnabled("Apply"));
+    EXPECT_EQ(text("SN_Status"), "Enter the serial number.");
+    EXPECT_EQ(bullet("SN_Bullet"), QColor(Qt::red).rgb());
+}
+
+TEST_F(ConfigPage, AFailureOfTheDeviceIsToldApartFromItsSilence) {
+    struct Row {
+        DeviceFault fault;
+        int64_t at;
+        uint32_t state;
+    };
+    // Operation 0 reads the header, 1 is the first write of the formatting.
+    for (Row const& row : {Row{DeviceFault::NoAnswer, 0, 5},
+                           {DeviceFault::Failure, 0, 0},
+                           {DeviceFault::NoAnswer, 1, 5},
+                           {DeviceFault::Failure, 1, 5}}) {
+        SCOPED_TRACE(std::to_string(int(row.fault)) + " at " + std::to_string(row.at));
+        std::fill(headboard.device.begin(), headboard.device.end(), uint8_t(0xFF));
+        headboard.operations = 0;
+        headboard.fault = row.fault;
+        headboard.faultAt = row.at;
+        headboard.faultLasts = true;
+        open();
+        EXPECT_EQ(state().eepromState, row.state);
+        EXPECT_TRUE(host.calls("readBusByte").empty());
+        for (char const* name : {"PN_Box", "IF_Box", "MI_Box", "SP_Box", "PN_Combo", "Apply"})
+            EXPECT_FALSE(isEnabled(name)) << name;
+    }
+    EXPECT_EQ(text("EEPROM_Status"),
+              "The EEPROM was not detected at address 0xA8.\nCheck the PROM ADDR switches on the headboard.");
+    // The switches are set right, and the user checks again.
+    headboard.faultAt = -1;
+    click("EEPROM_Test");
+    EXPECT_EQ(state().eepromState, 4U);
+    EXPECT_TRUE(isEnabled("IF_Combo"));
+}
+
+TEST_F(ConfigPage, ACheckSeesAnotherHeadboard) {
+    store({{kHeadboardId, std::string("ABC1234001\0", 11)}});
+    open();
+    store({{kHeadboardId, std::string("ABC1234002\0", 11)}});
+    enter("");
+    click("EEPROM_Test");
+    EXPECT_EQ(page->serialNumber(), "ABC1234002");
+    // Asked again, a number that is shown already stays.
+    store({});
+    click("EEPROM_Test");
+    EXPECT_EQ(page->serialNumber(), "ABC1234002");
+    EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
+    EXPECT_FALSE(isEnabled("EEPROM_Erase"));
+    EXPECT_TRUE(host.isBalanced());
+}
+
+TEST_F(ConfigPage, TheNumberComesFromTheEepromBeforeItIsGenerated) {
+    host.textSettings["KestraMfr SN"] = "ABC1234999";
+    open();
+    EXPECT_EQ(page->serialNumber(), "ABC1234001");
+    EXPECT_EQ(text("SN_RegStatus"),
+              "Serial Number generated from last \"Apply\".\nCount portion incremented by 1.");
+    EXPECT_TRUE(isEnabled("Apply"));
+
+    store({{3, "other"}, {kHeadboardId, std::string("XYZ7654321\0", 11)}, {kHeadboardId, "second"}});
+    open();
+    EXPECT_EQ(page->serialNumber(), "XYZ7654321");
+    EXPECT_EQ(text("SN_RegStatus"), "Serial Number loaded from EEPROM");
+    EXPECT_EQ(text("SN_Status"), "Done. Serial number is saved.");
+    EXPECT_EQ(bullet("SN_Bullet"), QColor(Qt::green).rgb());
+    EXPECT_FALSE(isEnabled("Apply"));
+    EXPECT_TRUE(isEnabled("EEPROM_Erase"));
+}
+
+TEST_F(ConfigPage, ARecordIsReadNoFurtherThanItsEnd) {
+    store({{kHeadboardId, "ABC"}, {kHeadboardId, "no part of it"}});
+    open();
+    EXPECT_EQ(page->serialNumber(), "ABC");
+    // Header and payload fill the buffer of 1000 bytes, or exceed it.
+    store({{kHeadboardId, std::string(997, 'x')}});
+    open();
+    EXPECT_EQ(page->serialNumber(), QString(997, QLatin1Char('x')));
+    store({{kHeadboardId, std::string(998, 'x')}});
+    open();
+    EXPECT_EQ(page->serialNumber(), QString());
+}
+
+TEST_F(ConfigPage, TheIdentificationBytesSelectWithoutMakingTheListsDirty) {
+    headboard.device[kPartNumber] = kModule;
+    headboard.device[kInterface] = 17;
+    headboard.device[kMarket] = 0x2;
+    headboard.device[kProcessing] = 0x77; // of no row
+    HostServices const table = services();
+    make(&table);
+    page->initialise();
+    EXPECT_EQ(code("PN_Combo"), kModule);
+    EXPECT_EQ(code("IF_Combo"), 17) << "interfaces of the part number";
+    EXPECT_EQ(code("MI_Combo"), 2);
+    EXPECT_EQ(code("SP_Combo"), -1);
+    EXPECT_FALSE(state().combosDirty);
+    EXPECT_FALSE(isEnabled("Apply"));
+    Log reads = busLog();
+    std::erase(reads, "begin");
+    std::erase(reads, "end");
+    EXPECT_EQ(reads,
+              (Log{"readBusByte 168 8191 16 8", "pause 100", "readBusByte 168 8177 16 8", "pause 100",
+                   "readBusByte 168 8179 16 8", "pause 100", "readBusByte 168 8180 16 8", "pause 100"}));
+    EXPECT_EQ(state().identification[0], "0x40");
+    EXPECT_EQ(state().identification[2], "0x2");
+}
+
+TEST_F(ConfigPage, AnotherPartNumberOffersItsOwnInterfaces) {
+    headboard.device[kInterface] = 2;
+    open();
+    choose("PN_Combo", 1);
+    EXPECT_EQ(code("IF_Combo"), 2) << "the same list";
+    choose("PN_Combo", kModule);
+    EXPECT_EQ(code("IF_Combo"), 255) << "the list has no MIPI of a sensor";
+    EXPECT_EQ(widget<QComboBox>("IF_Combo")->findData(2), -1);
+    EXPECT_TRUE(state().combosDirty);
+    EXPECT_TRUE(isEnabled("Apply"));
+}
+
+TEST_F(ConfigPage, ApplyWritesTheCodesInOrderAndGivesTheDeviceItsTime) {
+    open();
+    choose("PN_Combo", kModule);
+    choose("IF_Combo", 17);
+    choose("MI_Combo", 3);
+    choose("SP_Combo", 4);
+    host.log.clear();
+    click("Apply");
+    Log const expected = {"begin",
+                          "writeBusByte 168 8177 17 16 8",
+                          "pause 100",
+                          "setMode 53 1",
+                          "writeBusByte 168 8179 3 16 8",
+                          "pause 100",
+                          "writeBusByte 168 8180 4 16 8",
+                          "pause 100",
+                          "writeBusByte 168 8191 64 16 8",
+                          "pause 100",
+                          "end"};
+    EXPECT_EQ(busLog(), expected);
+    EXPECT_FALSE(isEnabled("Apply"));
+
+    choose("IF_Combo", 18);
+    host.log.clear();
+    click("Apply");
+    EXPECT_TRUE(host.calls("setMode 53").empty()) << "only for the parallel port";
+    EXPECT_EQ(headboard.device[kInterface], 18);
+}
+
+TEST_F(ConfigPage, ApplyKeepsAByteThatNoRowStandsFor) {
+    headboard.device[kProcessing] = 0x77;
+    open();
+    widget<QComboBox>("MI_Combo")->clear();
+    choose("PN_Combo", 3);
+    click("Apply");
+    EXPECT_EQ(headboard.device[kProcessing], 0x77);
+    EXPECT_TRUE(host.calls("writeBusByte 168 8179").empty());
+    EXPECT_EQ(headboard.device[kPartNumber], 3);
+    EXPECT_FALSE(isEnabled("MI_Combo")) << "an empty list offers nothing";
+    EXPECT_TRUE(isEnabled("MI_Box"));
+}
+
+TEST_F(ConfigPage, AListChangedWhileTheCodesAreWrittenIsAppliedNextTime) {
+    open();
+    choose("PN_Combo", 3);
+    host.onCall = [this](std::string const& call) {
+        if (call.starts_with("writeBusByte 168 8191"))
+            choose("MI_Combo", 4);
+    };
+    click("Apply");
+    host.onCall = nullptr;
+    EXPECT_TRUE(isEnabled("Apply"));
+    click("Apply");
+    EXPECT_EQ(headboard.device[kMarket], 4);
+}
+
+TEST_F(ConfigPage, AWrongFormatStillAppliesTheCodes) {
+    open();
+    enter("ABC");
+    choose("MI_Combo", 2);
+    click("Apply");
+    EXPECT_EQ(text("SN_RegStatus"), "Incorrect format - 10 characters required.");
+    EXPECT_EQ(headboard.device[kMarket], 2);
+    EXPECT_EQ(deviceText(6), "VYEE\x01\xFF");
+    EXPECT_FALSE(host.textSettings.contains("KestraMfr SN"));
+    EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
+}
+
+TEST_F(ConfigPage, ApplyReplacesTheRecordAndRemembersTheNumber) {
+    store({{kHeadboardId, std::string("ABC1234001\0", 11)}, {3, "kept"}});
+    open();
+    enter("ABC1234002");
+    EXPECT_EQ(bullet("SN_Bullet"), QColor(Qt::yellow).rgb());
+    click("Apply");
+    std::string const expected = std::string("VYEE\x01") + std::string("\x03\0\x04kept", 7) +
+                                 std::string("\x0B\0\x0B"
+                                             "ABC1234002\0\xFF",
+                                             15);
+    EXPECT_EQ(deviceText(expected.size()), expected);
+    EXPECT_EQ(host.textSettings["KestraMfr SN"], "ABC1234002");
+    EXPECT_EQ(text("SN_Status"), "Done. Serial number is saved.");
+    EXPECT_EQ(text("SN_RegStatus"), "");
+    EXPECT_FALSE(isEnabled("Apply"));
+    EXPECT_TRUE(host.isBalanced());
+
+    host.log.clear();
+    page->applySerialNumber();
+    EXPECT_TRUE(host.calls("writeBus").empty()) << "stored already";
+    EXPECT_TRUE(host.calls("writeText").empty());
+}
+
+TEST_F(ConfigPage, AWriteThatFailedIsNotToldAsDone) {
+    // Whichever operation of the save fails, once or for ever, the page tells what the device holds.
+    int failures = 0;
+    for (bool const lasts : {false, true}) {
+        for (int64_t n = 0;; ++n) {
+            store({{kHeadboardId, std::string("ABC1234001\0", 11)}});
+            headboard.faultAt = -1;
+            open();
+            headboard.fault = DeviceFault::NoAnswer;
+            headboard.faultLasts = lasts;
+            headboard.operations = 0;
+            headboard.faultAt = n;
+            enter("ABC1234002");
+            page->applySerialNumber();
+            if (headboard.operations <= n)
+                break;
+            ++failures;
+            // The last operation of all stores the end marker only.
+            bool const isStored = !lasts && deviceNumber() == "ABC1234002";
+            EXPECT_EQ(text("SN_Status"), isStored ? "Done. Serial number is saved." : "Click Apply to save.")
+                << "operation " << n;
+            EXPECT_EQ(isEnabled("Apply"), !isStored);
+        }
+    }
+    EXPECT_GE(failures, 8);
+}
+
+TEST_F(ConfigPage, ANumberThatFindsNoRoomLeavesTheOldOne) {
+    store({{kHeadboardId, "ABC"}, {3, std::string(8160, 'x')}});
+    open();
+    enter("ABC1234002");
+    click("Apply");
+    EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
+    EXPECT_EQ(deviceText(11).substr(5), std::string("\x0B\0\x03"
+                                                    "ABC",
+                                                    6));
+}
+
+TEST_F(ConfigPage, EraseAsksAndKeepsTheIdentificationBytes) {
+    store({{kHeadboardId, std::string("ABC1234001\0", 11)}});
+    headboard.device[kMarket] = 4;
+    host.textSettings["KestraMfr SN"] = "ABC1234001";
+    open();
+    answer = QMessageBox::Cancel;
+    click("EEPROM_Erase");
+    ASSERT_EQ(messages.size(), 1U);
+    EXPECT_EQ(messages[0].title, "KestraMfr");
+    EXPECT_EQ(messages[0].text, "This will erase all data on the headboard EEPROM. Click OK to continue.");
+    EXPECT_EQ(int(messages[0].icon), 2);
+    EXPECT_EQ(messages[0].buttons, QMessageBox::Ok | QMessageBox::Cancel);
+    EXPECT_EQ(state().serialState, 4U);
+
+    choose("MI_Combo", 5);
+    std::fill(headboard.timesWritten.begin(), headboard.timesWritten.end(), 0);
+    std::string const before = deviceText(8192);
+    host.log.clear();
+    answer = QMessageBox::Ok;
+    click("EEPROM_Erase");
+    EXPECT_EQ(deviceText(8192), "VYEE\x01\xFF" + before.substr(6));
+    EXPECT_EQ(std::count(headboard.timesWritten.begin() + 6, headboard.timesWritten.end(), 0), 8192 - 6);
+    EXPECT_EQ(state().eepromState, 4U);
+    EXPECT_TRUE(host.calls("readBusByte").empty());
+    EXPECT_EQ(code("MI_Combo"), 5);
+    EXPECT_EQ(page->serialNumber(), "ABC1234001") << "a number that is shown stays, unsaved";
+    EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
+    EXPECT_FALSE(isEnabled("EEPROM_Erase"));
+
+    enter("");
+    store({{3, "x"}});
+    click("EEPROM_Test");
+    enter("");
+    click("EEPROM_Erase");
+    EXPECT_EQ(page->serialNumber(), "ABC1234002") << "an empty one is refilled";
+}
+
+TEST_F(ConfigPage, AnEraseThatFailedIsNotToldAsDone) {
+    store({{3, "kept"}});
+    open();
+    headboard.fault = DeviceFault::NoAnswer;
+    headboard.faultAt = headboard.operations;
+    click("EEPROM_Erase");
+    EXPECT_EQ(text("EEPROM_Status").substr(40), "7 bytes used.  8164 bytes available.");
+    EXPECT_TRUE(isEnabled("EEPROM_Erase"));
+}
+
+TEST_F(ConfigPage, TheCalibrationPagesHearOfEveryEdit) {
+    open();
+    enter("A");
+    enter("");
+    EXPECT_EQ(edits, (std::vector{false, true}));
+    host.textSettings["KestraMfr SN"] = "ABC1234001";
+    click("EEPROM_Test");
+    EXPECT_EQ(edits, (std::vector{false, true, false})) << "and of a number from code";
+}
+
+TEST_F(ConfigPage, TheGrabFileIsNamedOnlyAfterANumber) {
+    bus.options["Still File"] = "C:/grab/img";
+    open();
+    click("setGrabFileName");
+    EXPECT_EQ(bus.options["Still File"], "C:/grab/img");
+    enter("ABC1234001");
+    click("setGrabFileName");
+    EXPECT_EQ(bus.options["Still File"], "C:/grab/ABC1234001_");
+}
+
+TEST_F(ConfigPage, TheUserGuideIsLookedForInTheHostsFolder) {
+    open();
+    std::vector<QUrl> opened;
+    bool opens = true;
+    setDocumentOpener([&](QUrl const& url) {
+        opened.push_back(url);
+        return opens;
+    });
+    QString const guide = QStringLiteral("//doc//User Guides//Manufacturing Settings Tool User Guide.pdf");
+    click("Doc_UserGuide"); // the library tells no home
+    Veyra2 library = veyra2();
+    library.vy_Home = []() -> char const* { return "/opt/50%41 #1"; };
+    installVeyra2(library);
+    click("Doc_UserGuide");
+    EXPECT_TRUE(messages.empty());
+    ASSERT_EQ(opened.size(), 2U);
+    EXPECT_EQ(opened[0].toString(), "file:///" + QCoreApplication::applicationDirPath() + guide);
+    EXPECT_EQ(opened[1].path(QUrl::FullyDecoded), "//opt/50%41 #1" + guide);
+
+    opens = false;
+    click("Doc_UserGuide");
+    ASSERT_EQ(messages.size(), 1U);
+    EXPECT_EQ(messages[0].icon, QMessageBox::Warning);
+    EXPECT_EQ(messages[0].title, "Velmora Manufactuing Plug-in");
+    EXPECT_EQ(messages[0].text, "Couldn't open the document file /opt/50%41 #1" + guide);
+    setDocumentOpener({});
+}
+
+TEST_F(ConfigPage, WithoutHostWizardAndCameraItShowsThatNothingIsThere) {
+    sensor.camera = nullptr;
+    page = new Config(nullptr, sensor, nullptr, slot, nullptr);
+    page->initialise();
+    for (char const* slotName : {"OnBnClickedEepromTest", "OnBnClickedApply", "OnBnClickedSetGrabFileName",
+                                 "OnBnClickedEepromErase"})
+        QMetaObject::invokeMethod(page, slotName);
+    enter("ABC1234001");
+    QMetaObject::invokeMethod(page, "OnBnClickedApply");
+    EXPECT_EQ(text("EEPROM_Status"), "The status of the EEPROM is unknown.");
+    EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
+    EXPECT_TRUE(widget<QLabel>("EEPROM_Bullet")->pixmap(Qt::ReturnByValue).isNull());
+    EXPECT_TRUE(text("Version").starts_with("Version: 6.1.63.61641\nBuild Date: "));
+}
+
+TEST_F(ConfigPage, TheEscapeKeyLeavesThePageInItsTab) {
+    open();
+    page->show();
+    page->reject();
+    EXPECT_TRUE(page->isVisible());
+}
+
+} // namespace
