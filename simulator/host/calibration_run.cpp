@@ -27,7 +27,8 @@ bool isFailure(QString const& status, RunEnd end, bool hasEeprom) {
 // answers or is certain not to be there.
 QString standstillOf(QStringList const& texts) {
     bool const hasBegun = texts.value(kSetup) == QLatin1String("Done.");
-    return hasBegun ? QStringLiteral("Run All stands still.")
+    return hasBegun ? QStringLiteral(
+                          "Run All stands still without an error, as it does where it waits for a person.")
                     : QStringLiteral("Run All stands still before its first step: it asks for the EEPROM and "
                                      "does not learn whether there is one.");
 }
