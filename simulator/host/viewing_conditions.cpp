@@ -53,8 +53,8 @@ bool writeConditions(QString const& name, ViewingConditions const& conditions, Q
                              {QLatin1String(kBlueGain), conditions.blueGain},
                              {QLatin1String(kFrames), int(std::min<uint32_t>(conditions.frames, kHighest))}};
     QSaveFile file(name);
-    bool const written =
-        file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(object).toJson()) >= 0 && file.commit();
+    bool const written = file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(object).toJson()) >= 0 &&
+                         file.flush() && file.commit();
     if (!written)
         *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, file.errorString());
     return written;
