@@ -11,6 +11,7 @@ constexpr uint32_t kBitsOfYcbcr = 8;
 constexpr uint32_t kAutomaticBits = 8; // whatever the frame holds: the library knows these sensors
 constexpr int kLibraryIncompatibleSize = -2;
 
+constexpr int32_t kNoRadius = 0;             // the radius belongs to the base solution alone
 constexpr uint32_t kUnsetTemperature = 4000; // kelvin
 constexpr uint32_t kSlots[kIlluminants] = {2, 3, 4};
 
@@ -22,7 +23,7 @@ public:
         : m_core(core), m_host(core.host), m_handle(core.state.shadingHandle), m_captured(captured),
           m_temperatures(temperatures), m_info(core.camera().info()), m_bayer(readBayerCoding(m_host)),
           m_ycbcr(readYcbcrInput(m_host)), m_falloff(falloffPercent(core.widgets.falloffText())),
-          m_apga(makeApgaParams(m_falloff, core.state.lensRadius)) {
+          m_apga(makeApgaParams(m_falloff, kNoRadius)) {
         m_apga.colourTemperature = kUnsetTemperature;
         m_apga.illuminantSlot = kSlots[kFluorescent];
     }

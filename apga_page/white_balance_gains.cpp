@@ -32,8 +32,7 @@ double quadraticThrough(std::array<double, kIlluminants> const& xs,
                         std::array<double, kIlluminants> const& ys, double x) {
     auto const [x0, x1, x2] = xs;
     auto const [y0, y1, y2] = ys;
-    // The first and the last are not compared: a division by zero there gives no finite gain.
-    if (x0 == x1 || x1 == x2)
+    if (x0 == x1 || x1 == x2 || x0 == x2)
         return y0;
     double const a = (y2 - y1) / ((x2 - x1) * (x2 - x0)) - (y0 - y1) / ((x0 - x1) * (x2 - x0));
     double const b = ((y0 - y1) + a * (x1 * x1 - x0 * x0)) / (x0 - x1);

@@ -9,8 +9,8 @@
 [[nodiscard]] bool hasWhiteBalanceGains(CapturedFrames const& captured, uint32_t sensorKind,
                                         uint32_t variant);
 
-/// The value at `x` of the parabola through three points; the first point's value when two neighbouring
-/// points have one abscissa.
+/// The value at `x` of the parabola through three points; the first point's value when two points have
+/// one abscissa.
 [[nodiscard]] double quadraticThrough(std::array<double, kIlluminants> const& xs,
                                       std::array<double, kIlluminants> const& ys, double x);
 

@@ -258,6 +258,7 @@ TEST(Parabola, GoesThroughItsPointsAndFallsBackToTheFirst) {
     for (double const x : {2000.0, 2800.0, 3333.0, 6500.0, 9000.0})
         EXPECT_NEAR(quadraticThrough(xs, ys, x), curve(x), 1e-9) << x;
     EXPECT_EQ(quadraticThrough({4000, 4000, 6500}, {1, 2, 3}, 5000), 1);
+    EXPECT_EQ(quadraticThrough({4000, 2800, 4000}, {1, 2, 3}, 5000), 1);
     EXPECT_EQ(quadraticThrough({2800, 4000, 4000}, {1, 2, 3}, 5000), 1);
 }
 
