@@ -36,7 +36,7 @@ void CalibrationFlow::initialise() {
     core.widgets.fillFalloff();
     core.widgets.fillEepromLabel(eepromLabel());
     core.lensCorrection = chooseLensCorrection(m_kind, core.sensor.sensorKind, core.camera());
-    loadSettings(core);
+    loadAllSettings();
     startOver();
     core.host.announceRegister(core.lensCorrection.lensCorrectionRegister);
 }
@@ -44,7 +44,7 @@ void CalibrationFlow::initialise() {
 void CalibrationFlow::pageShown() {
     UpdateGuard const guard(core);
     core.state.active = 1; // hiding sets it too: only a closed page stops ticking
-    loadSettings(core);
+    loadAllSettings();
     refreshEnables(core);
     refreshStatus(core);
     refreshLensCorrection(core);
@@ -54,7 +54,7 @@ void CalibrationFlow::closePage() {
     core.state.active = 0;
     setRunAll(false);
     if (core.alive)
-        storeSettings(core);
+        storeAllSettings();
     delete core.widgets.timer.data();
     if (core.widgets.page)
         core.widgets.page->hide();
@@ -120,17 +120,29 @@ void CalibrationFlow::applySetup() {
     bool applied = false;
     {
         WaitCursor const cursor(core);
-        storeSettings(core);
+        storeAllSettings();
         refreshStatus(core);
         if (core.alive)
             applied = applyPreset(core.host, kSetupPreset);
         if (core.alive)
-            loadSettings(core);
+            loadAllSettings();
         refreshStatus(core);
     }
     if (core.state.presetState == kInProgress)
         core.state.presetState = applied ? kDone : kFailed;
     refresh();
+}
+
+void CalibrationFlow::loadAllSettings() {
+    loadSettings(core);
+    if (core.alive)
+        loadOwnSettings();
+}
+
+void CalibrationFlow::storeAllSettings() {
+    storeSettings(core);
+    if (core.alive)
+        storeOwnSettings();
 }
 
 void CalibrationFlow::evaluateSetupPreset() {
@@ -164,7 +176,7 @@ void CalibrationFlow::adjustColourBalance() {
 
 void CalibrationFlow::calibrate() {
     uint32_t const runAll = core.state.runAll;
-    storeSettings(core);
+    storeAllSettings();
     // An earlier save no longer matches what will be calibrated now.
     for (uint32_t* const saved : {&core.state.fileState, &core.state.promState})
         if (*saved == kDone)
@@ -230,7 +242,7 @@ void CalibrationFlow::saveToFile() {
         return;
     if (core.state.fileState == kNotEvaluated)
         checkSaveDirectory(core);
-    if (core.state.fileState == kReady)
+    if (core.state.fileState == kReady && maySaveFile())
         saveResultFile(core, resultFileFormat());
     refresh();
 }
@@ -250,6 +262,7 @@ void CalibrationFlow::startOver() {
     detectEeprom(core);
     if (core.alive)
         evaluateSetupPreset();
+    makeInputsReady();
     makeCalibrationReady();
     checkSaveDirectory(core);
     refreshEnables(core);
@@ -265,6 +278,7 @@ void CalibrationFlow::resetSteps() {
         *field = 0;
     for (int32_t* const progress : {&state.aeStepProgress, &state.wbStepProgress, &state.lscStepProgress})
         *progress = 0;
+    dropInputs();
     // Moved out first: destroying the calibration may call back into this flow.
     ShadingHandle const handle = std::exchange(state.shadingHandle, nullptr);
 }
@@ -297,7 +311,7 @@ void CalibrationFlow::browse() {
     }
     if (!core.alive)
         return;
-    storeSettings(core);
+    storeAllSettings();
     core.state.fileState = kNotEvaluated;
     checkSaveDirectory(core);
     refresh();

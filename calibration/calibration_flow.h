@@ -23,6 +23,7 @@ public:
 
     /// What tells the page that its display is out of date; it then calls `updateDisplay`.
     void setStatusSignal(std::function<void()> emitStatus) { m_emitStatus = std::move(emitStatus); }
+    void setSerialNumber(SerialNumber serialNumber) { core.serialNumber = std::move(serialNumber); }
     /// Takes a fresh copy of the host's records.
     void adopt(SensorRecord const& sensor, HostServices const& services);
     [[nodiscard]] PageWidgets& widgets() { return core.widgets; }
@@ -61,6 +62,17 @@ public:
 protected:
     /// The only label that the page offers for its EEPROM record.
     [[nodiscard]] virtual QString eepromLabel() const = 0;
+    /// Drops what the page has taken for a calibration; the page is reset.
+    virtual void dropInputs() {}
+    /// Makes the taking of it ready again, at the end of a reset.
+    virtual void makeInputsReady() {}
+    /// What Run All has to do between the colour balance and the calibration; false when nothing is left.
+    virtual bool takeInputs() { return false; }
+    /// Settings that only this page has, after those of both.
+    virtual void loadOwnSettings() {}
+    virtual void storeOwnSettings() {}
+    /// Whether the results file may be saved; otherwise the page has said why not.
+    virtual bool maySaveFile() { return true; }
     /// A new calibration of the library, null when it has no data for the sensor.
     [[nodiscard]] virtual ShadingHandle createCalibration() = 0;
     /// The tick of the calibration step while it runs.
@@ -101,6 +113,8 @@ private:
     void startStep(uint32_t& stepState, int32_t& stepProgress, bool autoExposure, bool resetGains);
     void startCalibration();
     void evaluateSetupPreset();
+    void loadAllSettings();
+    void storeAllSettings();
     void makeCalibrationReady();
     void resetSteps();
 

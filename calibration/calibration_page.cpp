@@ -77,6 +77,10 @@ void CalibrationPage::setVisible(bool visible) {
 
 void CalibrationPage::reject() {}
 
+void CalibrationPage::setSerialNumber(SerialNumber serialNumber) {
+    m_flow->setSerialNumber(std::move(serialNumber));
+}
+
 void CalibrationPage::setDestroyedHook(std::function<void()> hook) {
     m_destroyedHook = std::move(hook);
 }

@@ -29,6 +29,7 @@ public:
     void initialise();
     /// A frame of the host's; see `Frame`.
     void onFrame(Frame const& frame);
+    void setSerialNumber(SerialNumber serialNumber);
     /// Called once when the page goes away, before anything of it is gone.
     void setDestroyedHook(std::function<void()> hook);
 

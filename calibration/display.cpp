@@ -19,7 +19,8 @@ void refreshStatus(PageCore& core) {
     PageState& state = core.state;
     PageWidgets& widgets = core.widgets;
     if (state.fileState == kDone)
-        state.savedPath = state.savedPath.mid(state.savedPath.lastIndexOf(QLatin1Char('\\')) + 1);
+        state.savedPath =
+            state.savedPath.mid(state.savedPath.lastIndexOf(QLatin1Char(core.display.pathSeparator)) + 1);
     widgets.show(widgets.setup, setupStatus(state));
     widgets.show(widgets.exposure, exposureStatus(state));
     widgets.show(widgets.colourBalance, colourBalanceStatus(state));
@@ -27,12 +28,16 @@ void refreshStatus(PageCore& core) {
     widgets.show(widgets.uniformity, uniformityStatus(state));
     widgets.show(widgets.file, fileStatus(state));
     widgets.show(widgets.eeprom, eepromStatus(state));
+    if (core.display.showOwnStatus)
+        core.display.showOwnStatus();
     widgets.swapIn(stepWithBar(core));
 }
 
 void refreshEnables(PageCore& core) {
     UpdateGuard const guard(core);
     core.widgets.apply(enablingOf(core.state));
+    if (core.display.showOwnEnables)
+        core.display.showOwnEnables();
 }
 
 void refreshLensCorrection(PageCore& core) {

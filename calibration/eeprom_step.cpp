@@ -49,8 +49,8 @@ void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
     ChangeGroup const group(core.host);
     core.state.promState = kInProgress;
     refreshBoth(core);
-    if (core.storeSerialNumber)
-        core.storeSerialNumber();
+    if (core.serialNumber.store)
+        core.serialNumber.store();
     int32_t status = kEepromFailed;
     HeadboardEeprom eeprom;
     if (core.alive) {

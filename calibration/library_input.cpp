@@ -8,15 +8,13 @@ constexpr uint32_t kChromaZero = 128;
 constexpr uint32_t kFullRangeHigh = 255;
 constexpr uint32_t kVideoRangeChromaHigh = 224;
 
-int handOverBayer(Host const& host, ShadingHandle const& handle, LibraryImage const& image) {
+} // namespace
+
+BayerCoding readBayerCoding(Host const& host) {
     auto const xOffset = uint32_t(host.readState("X Offset"));
     auto const yOffset = uint32_t(host.readState("Y Offset"));
-    auto const orientation = uint32_t(host.readState("Sensor Orientation"));
-    return shadefit().sf_SetInputImage2(handle.get(), image.data, image.width, image.height, image.bits,
-                                        xOffset + 2 * yOffset, orientation, 0, -1, -1);
+    return {xOffset + 2 * yOffset, uint32_t(host.readState("Sensor Orientation"))};
 }
-
-} // namespace
 
 sf_YcbcrInput readYcbcrInput(Host const& host) {
     sf_YcbcrInput input{};
@@ -57,10 +55,17 @@ sf_ApgaParams makeApgaParams(int32_t falloffPercent, int32_t radius) {
     return params;
 }
 
-int handOver(Host const& host, ShadingHandle const& handle, LibraryImage const& image) {
-    if (!image.isYcbcr)
-        return handOverBayer(host, handle, image);
-    sf_YcbcrInput const input = readYcbcrInput(host);
-    return shadefit().sf_SetInputImageYcbcr(handle.get(), image.data, image.width, image.height, &input, -1,
+int handOverBayer(ShadingHandle const& handle, LibraryImage const& image, BayerCoding const& coding) {
+    return shadefit().sf_SetInputImage2(handle.get(), image.data, image.width, image.height, image.bits,
+                                        coding.phase, coding.orientation, 0, -1, -1);
+}
+
+int handOverYcbcr(ShadingHandle const& handle, LibraryImage const& image, sf_YcbcrInput const& coding) {
+    return shadefit().sf_SetInputImageYcbcr(handle.get(), image.data, image.width, image.height, &coding, -1,
                                             -1);
+}
+
+int handOver(Host const& host, ShadingHandle const& handle, LibraryImage const& image) {
+    return image.isYcbcr ? handOverYcbcr(handle, image, readYcbcrInput(host))
+                         : handOverBayer(handle, image, readBayerCoding(host));
 }

@@ -14,6 +14,15 @@ struct LibraryImage {
     uint32_t bits = 8; ///< a Bayer sample's
 };
 
+/// How the samples of a Bayer image lie.
+struct BayerCoding {
+    uint32_t phase = 0; ///< X offset + 2 x Y offset of the colour filter
+    uint32_t orientation = 0;
+};
+
+/// The same, read from the host's state variables.
+[[nodiscard]] BayerCoding readBayerCoding(Host const& host);
+
 /// How the host codes a YCbCr image, read from its state variables.
 [[nodiscard]] sf_YcbcrInput readYcbcrInput(Host const& host);
 
@@ -22,6 +31,12 @@ struct LibraryImage {
 
 /// The same for the adaptive solution, without an illuminant.
 [[nodiscard]] sf_ApgaParams makeApgaParams(int32_t falloffPercent, int32_t radius);
+
+/// Hands an image to the library, coded as told. Returns the library's answer: 0 = refused.
+[[nodiscard]] int handOverBayer(ShadingHandle const& handle, LibraryImage const& image,
+                                BayerCoding const& coding);
+[[nodiscard]] int handOverYcbcr(ShadingHandle const& handle, LibraryImage const& image,
+                                sf_YcbcrInput const& coding);
 
 /// Hands an image to the library, with the Bayer phase and orientation, or the YCbCr coding, that the host's
 /// state variables tell. Returns the library's answer: 0 = refused.

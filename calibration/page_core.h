@@ -9,6 +9,19 @@
 
 #include <functional>
 
+/// What a page shows besides the steps that both pages have, and how its file step reads.
+struct PageDisplay {
+    std::function<void()> showOwnStatus;  ///< called whenever the shared steps' status is shown; may be null
+    std::function<void()> showOwnEnables; ///< the same for enabling
+    char pathSeparator = '\\';            ///< the bare name of a results file begins behind the last one
+};
+
+/// What the headboard configuration page tells a calibration page; both are null while there is none.
+struct SerialNumber {
+    std::function<void()> store;     ///< stores it in the EEPROM, before a save there
+    std::function<bool()> isMissing; ///< whether its field is empty
+};
+
 /// What the routines of a calibration page work on. It is shared by the page and every routine that runs: a
 /// host or library call may delete the page, and the routine around it finds `alive` false but nothing freed.
 struct PageCore {
@@ -20,8 +33,8 @@ struct PageCore {
     PageWidgets widgets;
     LensCorrection lensCorrection;
     EepromSlot& eepromSlot; ///< the process-wide headboard EEPROM
-    /// Lets the configuration page store its serial number before a save; null while there is no such page.
-    std::function<void()> storeSerialNumber;
+    PageDisplay display;
+    SerialNumber serialNumber;
     bool alive = true; ///< false from the page's destruction on
 
     [[nodiscard]] Sensor camera() const { return Sensor(sensor.camera); }

@@ -28,8 +28,6 @@ void saveResultFile(PageCore& core, uint32_t format) {
     ShadingHandle const handle = state.shadingHandle;
     if (!handle || isFailed(state.lscStepState))
         return;
-    if (core.storeSerialNumber)
-        core.storeSerialNumber();
     QByteArray const path = resultFilePath(core);
     if (!core.alive)
         return;

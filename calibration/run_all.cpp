@@ -62,6 +62,8 @@ void CalibrationFlow::runAllAction() {
         return adjustColourBalance();
     if (state.wbStepState == kInProgress)
         return colourBalanceTick();
+    if (takeInputs())
+        return;
     if (state.lscStepState == kNotEvaluated)
         return makeCalibrationReady();
     if (state.lscStepState == kReady)

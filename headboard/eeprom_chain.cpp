@@ -226,8 +226,10 @@ int32_t EepromDeleteNth(HeadboardEeprom eeprom, int32_t type, char const* name, 
 int32_t EepromReplaceRecord(HeadboardEeprom eeprom, EepromRecord const& record) {
     std::string const name(record.name());
     bool const isNamed = recordNameWidth(record.type()) > 0;
-    // The append answers for both: most often there is nothing to delete.
-    (void)EepromDeleteNth(eeprom, record.type(), isNamed ? name.c_str() : nullptr, 0);
+    int32_t const deleted = EepromDeleteNth(eeprom, record.type(), isNamed ? name.c_str() : nullptr, 0);
+    // Behind an older record that could not be read the new one would never be found.
+    if (deleted != kEepromOk && deleted != kEepromNoRecord)
+        return deleted;
     return EepromAppendRecord(eeprom, record);
 }
 

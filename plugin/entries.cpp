@@ -1,5 +1,6 @@
 #include "plugin/entries.h"
 
+#include "apga_page/lens_assist_apga.h"
 #include "common/host.h"
 #include "common/ini_section.h"
 #include "hoststate/presets.h"
@@ -12,6 +13,7 @@
 #include <QtDebug>
 #include <array>
 #include <exception>
+#include <optional>
 
 namespace {
 
@@ -60,17 +62,47 @@ void forgetWhenDestroyed(Object* object, Object* KestraMfr::*member) {
 constexpr char const* kTabLabels[] = {"Lens Calibration", "Lens Calibration - APGA(Adaptive/Auto)",
                                       "Headboard Configuration"};
 
+constexpr uint32_t kAutomaticPgaKind = 68;
+constexpr uint32_t kAdaptivePgaKind = 72;
+constexpr uint32_t kEitherPgaKind = 76; // its later variants blend their tables by themselves
+constexpr uint32_t kFirstAutomaticVariant = 2;
+
+// Nothing for a sensor of the lens-shading page.
+std::optional<PgaMode> pgaModeOf(SensorRecord const& sensor) {
+    bool const isAutomatic =
+        sensor.sensorKind == kAutomaticPgaKind ||
+        (sensor.sensorKind == kEitherPgaKind && sensor.variant >= kFirstAutomaticVariant);
+    if (isAutomatic)
+        return PgaMode{.autoPgaMode = 1, .adaptivePgaMode = 0};
+    if (sensor.sensorKind == kAdaptivePgaKind || sensor.sensorKind == kEitherPgaKind)
+        return PgaMode{.autoPgaMode = 0, .adaptivePgaMode = 1};
+    return std::nullopt;
+}
+
 // The host may delete the dialog from inside a service that the page calls on its way.
-void addLensAssist(QPointer<Wizard> const& wizard, SensorRecord const& sensor, HostServices const& services) {
-    KestraMfr& kestra = kestraMfr();
-    QPointer<LensAssist> const page =
-        new LensAssist(kestra.g_parentWidget, sensor, services, wizard, kestra.g_headboardEeprom);
-    kestra.g_lensAssist = page;
-    forgetWhenDestroyed(page.data(), &KestraMfr::g_lensAssist);
+template <typename Page>
+void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wizard,
+             SensorRecord const& sensor, HostServices const& services, char const* label) {
+    QPointer<Page> const page = created;
+    kestraMfr().*member = page;
+    forgetWhenDestroyed(page.data(), member);
     page->adopt(sensor, services); // the constructor has copied both already; harmless and kept
     page->initialise();
     if (wizard && page)
-        wizard->addPage(page, QString::fromLatin1(kTabLabels[0]));
+        wizard->addPage(page, QString::fromLatin1(label));
+}
+
+void addPageOf(SensorRecord const& sensor, HostServices const& services, QPointer<Wizard> const& wizard) {
+    KestraMfr& kestra = kestraMfr();
+    QWidget* const parent = kestra.g_parentWidget;
+    std::optional<PgaMode> const mode = pgaModeOf(sensor);
+    if (!mode) {
+        auto* const page = new LensAssist(parent, sensor, services, wizard, kestra.g_headboardEeprom);
+        return addPage(page, &KestraMfr::g_lensAssist, wizard, sensor, services, kTabLabels[0]);
+    }
+    auto* const page = new LensAssistApga(parent, sensor, services, wizard, kestra.g_headboardEeprom);
+    page->setMode(*mode);
+    addPage(page, &KestraMfr::g_lensAssistApga, wizard, sensor, services, kTabLabels[1]);
 }
 
 QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices const& services) {
@@ -83,7 +115,7 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
     kestra.g_wizard = wizard;
     forgetWhenDestroyed(wizard.data(), &KestraMfr::g_wizard);
     if (sensor.sensorKind != kKindWithoutPage)
-        addLensAssist(wizard, sensor, services);
+        addPageOf(sensor, services, wizard);
     if (!wizard)
         return nullptr;
     for (int index = 1; index < wizard->pageCount(); ++index)
@@ -95,6 +127,8 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
 void deliverFrame(Frame const& frame) {
     // The member is read anew for each page: a page may go away inside the call of the other.
     if (LensAssist* const page = kestraMfr().g_lensAssist)
+        page->onFrame(frame);
+    if (LensAssistApga* const page = kestraMfr().g_lensAssistApga)
         page->onFrame(frame);
 }
 
@@ -133,6 +167,8 @@ void RgbImageData(void const* frame, uint32_t imageType, uint32_t width, uint32_
 void RegisterChanged(uint32_t what, uint32_t value) noexcept {
     guarded("RegisterChanged", [&] {
         if (LensAssist* const page = kestraMfr().g_lensAssist)
+            page->registerChanged(what, value);
+        if (LensAssistApga* const page = kestraMfr().g_lensAssistApga)
             page->registerChanged(what, value);
     });
 }

@@ -1,5 +1,6 @@
 #include "plugin/kestra_mfr.h"
 
+#include "apga_page/lens_assist_apga.h"
 #include "headboard/eeprom_slot.h"
 #include "lsc_page/lens_assist.h"
 #include "plugin/library_lifetime.h"
@@ -46,8 +47,10 @@ KestraMfr::~KestraMfr() {
     if (!g_wizard)
         return;
     bool const qtRuns = QCoreApplication::instance() != nullptr;
-    if (qtRuns)
+    if (qtRuns) {
         deleteMember(g_lensAssist);
+        deleteMember(g_lensAssistApga);
+    }
     discardEeprom(g_headboardEeprom);
     if (qtRuns)
         deleteMember(g_wizard);

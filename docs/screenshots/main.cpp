@@ -1,5 +1,6 @@
 // Writes one picture for each named state of a page: screenshots FOLDER [NAME ...]
 
+#include "apga_page/lens_assist_apga.h"
 #include "docs/screenshots/config_states.h"
 #include "lsc_page/lens_assist.h"
 #include "tests/fakes/fake_host.h"
@@ -34,9 +35,18 @@ public:
     }
 
     void open() {
-        page = new LensAssist(nullptr, sensor, host.services(), &wizard, eepromSlot);
+        openPage(new LensAssist(nullptr, sensor, host.services(), &wizard, eepromSlot), "Lens Calibration");
+    }
+    void openThreeIlluminants() {
+        sensor.sensorKind = 72;
+        auto* const created = new LensAssistApga(nullptr, sensor, host.services(), &wizard, eepromSlot);
+        created->setMode({.autoPgaMode = 0, .adaptivePgaMode = 1});
+        openPage(created, "Lens Calibration - APGA(Adaptive/Auto)");
+    }
+    void openPage(CalibrationPage* created, char const* tab) {
+        page = created;
         page->initialise();
-        wizard.addPage(page, QStringLiteral("Lens Calibration"));
+        wizard.addPage(page, QString::fromLatin1(tab));
         page->findChild<QTimer*>()->stop();
         wizard.show();
     }
@@ -48,6 +58,28 @@ public:
     void rawFrame(ImageType type = ImageType::Raw12) {
         std::vector<uint16_t> samples(size_t(kWidth) * kHeight);
         page->onFrame({samples.data(), type, kWidth, kHeight, kWidth * 2});
+    }
+    CapturedFrames const& captured() const { return static_cast<LensAssistApga*>(page)->captured(); }
+    void runAllUntil(Illuminant illuminant, CaptureState captureState) {
+        if (!page->state().runAll)
+            press("Run_All");
+        while (captured()[illuminant].state != captureState) {
+            frames(5);
+            rawFrame();
+            tick();
+        }
+    }
+    void pressWaitingRows() {
+        if (captured()[kFluorescent].state == kWaiting)
+            press("Fluorescent_Image");
+        if (captured()[kDaylight].state == kWaiting)
+            press("Daylight_Image");
+    }
+    void captureAll() {
+        for (char const* const button : {"Incandescent_Image", "Fluorescent_Image", "Daylight_Image"}) {
+            press(button);
+            rawFrame();
+        }
     }
     // A grey picture in which one block is tinted by `tint` counts of red.
     void frame(uint32_t tint = 0) {
@@ -88,7 +120,7 @@ public:
     SensorRecord sensor{};
     EepromSlot eepromSlot = nullptr;
     Wizard wizard{QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), nullptr};
-    LensAssist* page = nullptr; // owned by the wizard's tab
+    CalibrationPage* page = nullptr; // owned by the wizard's tab
 
 private:
     QTemporaryDir m_folder;
@@ -177,6 +209,64 @@ NamedState const kStates[] = {
          s.libraries.createsHandle = false;
          s.open();
          s.calibrate();
+     }},
+    {"no-eeprom",
+     [](Scene& s) {
+         s.libraries.headboard.deviceAddress = 0;
+         s.open();
+     }},
+    {"eeprom-failed",
+     [](Scene& s) {
+         s.open();
+         s.calibrate();
+         s.libraries.headboard.fault = DeviceFault::Failure;
+         s.libraries.headboard.faultAt = s.libraries.headboard.operations;
+         s.libraries.headboard.faultLasts = true;
+         s.press("Prom_Save");
+     }},
+    {"apga-fresh", [](Scene& s) { s.openThreeIlluminants(); }},
+    {"apga-waits",
+     [](Scene& s) {
+         s.openThreeIlluminants();
+         s.runAllUntil(kFluorescent, kWaiting);
+     }},
+    {"apga-waits-for-daylight",
+     [](Scene& s) {
+         s.openThreeIlluminants();
+         s.runAllUntil(kFluorescent, kWaiting);
+         s.press("Fluorescent_Image");
+         s.runAllUntil(kDaylight, kWaiting);
+         s.tick();
+     }},
+    {"apga-calibrates",
+     [](Scene& s) {
+         s.openThreeIlluminants();
+         s.captureAll();
+         s.press("Calibrate");
+         s.tick();
+         s.tick();
+         s.frames(2);
+         s.tick();
+     }},
+    {"apga-failed",
+     [](Scene& s) {
+         s.libraries.hasList = false;
+         s.openThreeIlluminants();
+         s.captureAll();
+         s.press("Calibrate");
+         s.tick();
+         s.tick();
+     }},
+    {"apga-all-done",
+     [](Scene& s) {
+         s.openThreeIlluminants();
+         s.press("Run_All");
+         while (s.page->state().runAll) {
+             s.frames(5);
+             s.rawFrame();
+             s.pressWaitingRows();
+             s.tick();
+         }
      }},
     {"saving-failed",
      [](Scene& s) {

@@ -53,7 +53,7 @@ bool writeContents(EepromContents const& contents, QString const& file, QString*
     QSaveFile target(file);
     if (target.open(QIODevice::WriteOnly)) {
         target.write(reinterpret_cast<char const*>(contents.data()), qint64(contents.size()));
-        if (target.commit())
+        if (target.flush() && target.commit())
             return true;
     }
     say(error, file, QStringLiteral("cannot be written: %1").arg(target.errorString()));

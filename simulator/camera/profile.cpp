@@ -146,12 +146,18 @@ void checkLayoutRegisters(JsonPlace const& correction, Profile const& profile) {
                            .arg(reg.id)
                            .arg(reg.address, 4, 16, QLatin1Char('0')));
     };
-    require(correction["originColumn"], profile.layout.originColumn);
-    require(correction["originRow"], profile.layout.originRow);
-    JsonPlace const planes = correction["banks"].items(1).front()["planes"];
-    for (size_t plane = 0; plane < kPlaneCount; ++plane)
-        for (uint32_t i = 0; i < kCoefficientCount; ++i)
-            require(planes[kPlaneNames[plane]], profile.layout.planes[plane].place(i));
+    std::vector<JsonPlace> const places = correction["banks"].items();
+    for (size_t i = 0; i < profile.layout.banks.size(); ++i) {
+        SensorLayout::Bank const& bank = profile.layout.banks[i];
+        JsonPlace const& origin = places[i].has("originColumn") ? places[i] : correction;
+        require(origin["originColumn"], bank.originColumn);
+        require(origin["originRow"], bank.originRow);
+        for (size_t plane = 0; plane < kPlaneCount; ++plane)
+            for (uint32_t term = 0; term < kCoefficientCount; ++term)
+                require(places[i]["planes"][kPlaneNames[plane]], bank.planes[plane].place(term));
+        if (bank.colourTemperature)
+            require(places[i]["colourTemperature"], *bank.colourTemperature);
+    }
 }
 
 void checkLayoutSamples(JsonPlace const& place, Profile const& profile) {
@@ -203,17 +209,42 @@ void checkLayout(JsonPlace const& place, Profile const& profile) {
     checkLayoutRegisters(place["correction"], profile);
 }
 
-// The correction's origin lies in the middle of the array until somebody moves it.
-void resetOrigin(Profile& profile) {
-    for (RegisterDefinition& reg : profile.registers) {
-        auto const isAt = [&](RegisterPlace const& place) {
-            return reg.addressSpace == 0 && reg.id == place.id && reg.address == place.address;
-        };
-        if (isAt(profile.layout.originColumn))
-            reg.reset = profile.array.width / 2;
-        if (isAt(profile.layout.originRow))
-            reg.reset = profile.array.height / 2;
+bool lies(RegisterDefinition const& reg, RegisterPlace const& place) {
+    return reg.addressSpace == 0 && reg.id == place.id && reg.address == place.address;
+}
+
+// Every origin lies in the middle of the array until somebody moves it.
+void resetOrigins(Profile& profile) {
+    for (RegisterDefinition& reg : profile.registers)
+        for (SensorLayout::Bank const& bank : profile.layout.banks) {
+            if (lies(reg, bank.originColumn))
+                reg.reset = profile.array.width / 2;
+            if (lies(reg, bank.originRow))
+                reg.reset = profile.array.height / 2;
+        }
+}
+
+RegisterSwitch readSwitch(JsonPlace const& place, Profile const& profile) {
+    return {readRegisterName(place["register"], profile), place["mask"].integer(1), place["value"].integer()};
+}
+
+TableChoice readTableChoice(JsonPlace const& place, Profile const& profile) {
+    TableChoice choice;
+    choice.estimate = readRegisterName(place["estimate"], profile);
+    std::vector<JsonPlace> const temperatures = place["temperatures"].items(kTableCount);
+    for (size_t i = 0; i < kTableCount; ++i) {
+        choice.temperatures[i] = readRegisterName(temperatures[i], profile);
+        // A solution must reach the very register that the sensor asks.
+        auto const& told = profile.layout.bank(kTableSlots[i])->colourTemperature;
+        for (RegisterDefinition const& reg : profile.registers)
+            if (told && reg.name == choice.temperatures[i] && !lies(reg, *told))
+                temperatures[i].fail(QStringLiteral("the layout tells another register"));
     }
+    if (place.has("automatic"))
+        choice.automatic = readSwitch(place["automatic"], profile);
+    if (place.has("zone"))
+        choice.zone = readRegisterName(place["zone"], profile);
+    return choice;
 }
 
 Profile readSections(JsonPlace const& root) {
@@ -226,12 +257,12 @@ Profile readSections(JsonPlace const& root) {
     profile.exposure = {readRegisterName(exposure["register"], profile),
                         exposure["signalAtReset"].number(0.001, 1)};
     profile.frameCounter = readRegisterName(root["frameCounter"], profile);
-    JsonPlace const correctionSwitch = root["correctionSwitch"];
-    profile.correctionSwitch = {readRegisterName(correctionSwitch["register"], profile),
-                                correctionSwitch["mask"].integer(1), correctionSwitch["value"].integer()};
+    profile.correctionSwitch = readSwitch(root["correctionSwitch"], profile);
     profile.layout = readSensorLayout(root["layout"]);
     checkLayout(root["layout"], profile);
-    resetOrigin(profile);
+    resetOrigins(profile);
+    if (profile.layout.hasTables())
+        profile.tableChoice = readTableChoice(root["tableChoice"], profile);
     profile.optics = readOptics(root["optics"]);
     profile.eeprom = readEeprom(root["eeprom"]);
     checkEepromRegisters(root["eeprom"]["kind"], profile);

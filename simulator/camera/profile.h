@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -16,11 +17,20 @@ namespace simulator {
 /// What the read-out delivers.
 enum class OutputFormat { Raw12, Raw8, Ycbcr };
 
-/// The switch of the sensor's own shading correction: on when the masked register equals `value`.
-struct CorrectionSwitch {
+/// A switch among the registers: on when the masked register equals `value`.
+struct RegisterSwitch {
     QByteArray reg;
     uint32_t mask = 0;
     uint32_t value = 0;
+};
+
+/// How a sensor that adapts to the light chooses among its tables.
+struct TableChoice {
+    QByteArray estimate; ///< register that shows the colour temperature which the sensor sees, kelvin
+    std::array<QByteArray, kTableCount> temperatures; ///< registers of the tables' own, left to right
+    std::optional<RegisterSwitch> automatic;          ///< off: the middle table alone. None: always on
+    QByteArray zone; ///< register that holds the table 1, 2 or 3, left to right; other values hold none.
+                     ///< Empty: there is no such register
 };
 
 /// The analogue half of the sensor and its converter, which has 12 bits whatever is delivered.
@@ -76,10 +86,11 @@ struct Profile {
     SensorArray array;
     ReadOut readOut;
     Exposure exposure;
-    QByteArray frameCounter; ///< register that counts the frames
-    CorrectionSwitch correctionSwitch;
+    QByteArray frameCounter;         ///< register that counts the frames
+    RegisterSwitch correctionSwitch; ///< of the sensor's own shading correction
     std::vector<RegisterDefinition> registers;
     SensorLayout layout;
+    std::optional<TableChoice> tableChoice; ///< where the layout has tables
     Optics optics;
     EepromSection eeprom;
 };
@@ -91,8 +102,8 @@ inline constexpr double kCountsPerByte = 16;
 
 /// Reads a profile file. A profile may name a `base`, whose file it then merely changes, or an array of them,
 /// each of which changes the ones before it: a whole profile first, then mostly groups of registers. A base
-/// is looked for beside the file and then among the installed profiles. The origin registers of the
-/// correction reset to the middle of the array. Empty with a message that names the fault and its place in
+/// is looked for beside the file and then among the installed profiles. Origin registers reset to the middle
+/// of the array. Empty with a message that names the fault and its place in
 /// `error` when the file is malformed.
 [[nodiscard]] std::optional<Profile> readProfile(QString const& file, QString* error);
 

@@ -45,25 +45,96 @@ void deliverRow(std::vector<float> const& samples, bool mirrored, uint16_t* deli
         std::transform(samples.begin(), samples.end(), delivered, word);
 }
 
+// Converts the array's rows one by one; the same row of the same exposure is always the same.
+class RowConverter {
+public:
+    RowConverter(SensorArray const& array, ReadOut const& readOut, Exposing const& exposing)
+        : m_exposing(exposing),
+          m_constants{
+              .scale = float(exposing.countsPerLight),
+              .pedestal = float(readOut.pedestal),
+              .shotVariance = float(1 / readOut.electronsPerCount),
+              .readVariance = float(std::pow(readOut.readNoise / readOut.electronsPerCount, 2)),
+          },
+          m_noise(array.width) {}
+
+    [[nodiscard]] RowConstants const& constants() const { return m_constants; }
+
+    void convert(uint32_t y, std::vector<float>& samples) {
+        fillGaussian(mixed(m_exposing.noiseStream) + y, m_noise);
+        convertRow(m_constants, &m_exposing.light[size_t(y) * samples.size()], m_noise.data(), samples.data(),
+                   samples.size());
+    }
+
+private:
+    Exposing const& m_exposing;
+    RowConstants m_constants;
+    std::vector<float> m_noise;
+};
+
+// Red and blue of the cells in which neither is saturated.
+class CellSums {
+public:
+    explicit CellSums(float pedestal) : m_pedestal(pedestal) {}
+
+    void add(float red, float blue) {
+        ++m_cells;
+        if (std::max(red, blue) >= kWhite)
+            return;
+        ++m_usable;
+        m_red += double(red - m_pedestal);
+        m_blue += double(blue - m_pedestal);
+    }
+
+    [[nodiscard]] std::optional<double> redToBlue() const {
+        constexpr double kUsableShare = 0.95; // with fewer cells left, the noise would choose them
+        constexpr double kLeastSignal = 0.5;  // counts
+        if (m_usable < kUsableShare * m_cells || std::min(m_red, m_blue) < kLeastSignal * m_usable)
+            return std::nullopt;
+        return m_red / m_blue;
+    }
+
+private:
+    float m_pedestal;
+    double m_red = 0;
+    double m_blue = 0;
+    double m_cells = 0;
+    double m_usable = 0;
+};
+
 } // namespace
 
+std::optional<double> centreRedToBlue(SensorArray const& array, ReadOut const& readOut,
+                                      Exposing const& exposing) {
+    constexpr uint32_t kShare = 8; // of the width and of the height
+    uint32_t const left = array.width * (kShare - 1) / (2 * kShare) & ~1U;
+    uint32_t const top = array.height * (kShare - 1) / (2 * kShare) & ~1U;
+    RowConverter rows(array, readOut, exposing);
+    CellSums sums(rows.constants().pedestal);
+    // The row of a cell that holds red, and the one that holds blue.
+    std::vector<float> red(array.width);
+    std::vector<float> blue(array.width);
+    uint32_t const redRow = array.bayerPhase >> 1;
+    uint32_t const redColumn = array.bayerPhase & 1;
+    for (uint32_t y = top; y < top + array.height / kShare; y += 2) {
+        rows.convert(y + redRow, red);
+        rows.convert(y + (redRow ^ 1), blue);
+        for (uint32_t x = left; x < left + array.width / kShare; x += 2)
+            sums.add(red[x + redColumn], blue[x + (redColumn ^ 1)]);
+    }
+    return sums.redToBlue();
+}
+
 Mosaic exposeMosaic(SensorArray const& array, ReadOut const& readOut, Exposing const& exposing) {
-    RowConstants const constants{
-        .scale = float(exposing.countsPerLight),
-        .pedestal = float(readOut.pedestal),
-        .shotVariance = float(1 / readOut.electronsPerCount),
-        .readVariance = float(std::pow(readOut.readNoise / readOut.electronsPerCount, 2)),
-    };
+    RowConverter rows(array, readOut, exposing);
     Mosaic mosaic(array.pixels());
-    std::vector<float> noise(array.width);
     std::vector<float> samples(array.width);
     for (uint32_t row = 0; row < array.height; ++row) {
         uint32_t const y = array.arrayRow(row);
-        size_t const start = size_t(y) * array.width;
-        fillGaussian(mixed(exposing.noiseStream) + y, noise);
-        convertRow(constants, &exposing.light[start], noise.data(), samples.data(), array.width);
+        rows.convert(y, samples);
         if (exposing.gains)
-            correctRow(constants, &(*exposing.gains)[start], samples.data(), array.width);
+            correctRow(rows.constants(), &(*exposing.gains)[size_t(y) * array.width], samples.data(),
+                       array.width);
         deliverRow(samples, array.isMirrored(), &mosaic[size_t(row) * array.width]);
     }
     return mosaic;

@@ -4,6 +4,7 @@
 #include "simulator/camera/profile.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace simulator {
@@ -24,6 +25,11 @@ struct Exposing {
 /// quantises; only then the correction multiplies what lies above the pedestal, noise and all, clips and
 /// quantises again.
 [[nodiscard]] Mosaic exposeMosaic(SensorArray const& array, ReadOut const& readOut, Exposing const& exposing);
+
+/// The ratio of red to blue above the pedestal in the middle of an exposure, before any correction: what the
+/// white-balance statistics of a sensor see. Empty when saturation or darkness leaves nothing to compare.
+[[nodiscard]] std::optional<double> centreRedToBlue(SensorArray const& array, ReadOut const& readOut,
+                                                    Exposing const& exposing);
 
 /// Packs a mosaic as little-endian 16-bit words or, rounded to the upper 8 bits, as bytes.
 [[nodiscard]] Frame rawFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic);

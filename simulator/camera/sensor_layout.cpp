@@ -1,6 +1,7 @@
 #include "simulator/camera/sensor_layout.h"
 
 #include <QJsonDocument>
+#include <algorithm>
 
 namespace simulator {
 namespace {
@@ -12,11 +13,56 @@ RegisterPlace readRegisterPlace(JsonPlace const& place) {
     return {place["id"].integer(0, 0xFFFF), place["address"].integer()};
 }
 
+SensorLayout::Bank readBank(JsonPlace const& place, JsonPlace const& correction) {
+    SensorLayout::Bank bank;
+    bank.slot = place["slot"].integer(0, kTableSlots.back());
+    if (bank.slot != kBaseSlot && bank.slot < kTableSlots.front())
+        place["slot"].fail(QStringLiteral("%1 is none of 0, 2, 3, 4").arg(bank.slot));
+    JsonPlace const& origin = place.has("originColumn") ? place : correction;
+    bank.originColumn = readRegisterPlace(origin["originColumn"]);
+    bank.originRow = readRegisterPlace(origin["originRow"]);
+    JsonPlace const planes = place["planes"];
+    for (size_t plane = 0; plane < kPlaneCount; ++plane) {
+        JsonPlace const coefficients = planes[kPlaneNames[plane]];
+        bank.planes[plane] = {readRegisterPlace(coefficients), coefficients["stride"].integer(1, 0xFFFF)};
+    }
+    if (place.has("colourTemperature"))
+        bank.colourTemperature = readRegisterPlace(place["colourTemperature"]);
+    return bank;
+}
+
+void readBanks(JsonPlace const& correction, SensorLayout& layout) {
+    JsonPlace const banks = correction["banks"];
+    for (JsonPlace const& place : banks.items()) {
+        SensorLayout::Bank const bank = readBank(place, correction);
+        if (layout.bank(bank.slot))
+            place["slot"].fail(QStringLiteral("%1 occurs twice").arg(bank.slot));
+        layout.banks.push_back(bank);
+    }
+    auto const tables = std::count_if(kTableSlots.begin(), kTableSlots.end(),
+                                      [&](uint32_t slot) { return layout.bank(slot) != nullptr; });
+    if (tables != 0 && size_t(tables) != kTableCount)
+        banks.fail(QStringLiteral("of the slots 2, 3, 4 some are missing"));
+    if (layout.banks.empty())
+        banks.fail(QStringLiteral("at least one bank is needed"));
+}
+
 QByteArray layoutText(QJsonObject const& object) {
     return QByteArrayLiteral("sensor-layout-1\n") + QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
 } // namespace
+
+bool SensorLayout::hasTables() const {
+    return std::all_of(kTableSlots.begin(), kTableSlots.end(),
+                       [&](uint32_t slot) { return bank(slot) != nullptr; });
+}
+
+SensorLayout::Bank const* SensorLayout::bank(uint32_t slot) const {
+    auto const found =
+        std::find_if(banks.begin(), banks.end(), [&](Bank const& entry) { return entry.slot == slot; });
+    return found == banks.end() ? nullptr : &*found;
+}
 
 SensorLayout readSensorLayout(JsonPlace const& place) {
     SensorLayout layout;
@@ -33,16 +79,10 @@ SensorLayout readSensorLayout(JsonPlace const& place) {
     layout.whiteLevel = place["whiteLevel"].number(0, kLargestSample);
 
     JsonPlace const correction = place["correction"];
-    layout.originColumn = readRegisterPlace(correction["originColumn"]);
-    layout.originRow = readRegisterPlace(correction["originRow"]);
-    JsonPlace const bank = correction["banks"].items(1).front();
-    if (bank["slot"].integer() != 0)
-        bank["slot"].fail(QStringLiteral("only slot 0, the correction that always holds, is simulated"));
-    JsonPlace const planes = bank["planes"];
-    for (size_t plane = 0; plane < kPlaneCount; ++plane) {
-        JsonPlace const coefficients = planes[kPlaneNames[plane]];
-        layout.planes[plane] = {readRegisterPlace(coefficients), coefficients["stride"].integer(1, 0xFFFF)};
-    }
+    // Told even where every bank has its own: a solution begins with it.
+    (void)readRegisterPlace(correction["originColumn"]);
+    (void)readRegisterPlace(correction["originRow"]);
+    readBanks(correction, layout);
     layout.text = layoutText(place.object());
     return layout;
 }

@@ -6,6 +6,8 @@
 #include <QByteArray>
 #include <array>
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace simulator {
 
@@ -17,6 +19,12 @@ struct RegisterPlace {
     uint32_t id = 0;
     uint32_t address = 0;
 };
+
+/// The base, and the tables for the light of an incandescent lamp (left), a fluorescent one (middle) and
+/// daylight (right).
+inline constexpr uint32_t kBaseSlot = 0;
+inline constexpr size_t kTableCount = 3;
+inline constexpr std::array<uint32_t, kTableCount> kTableSlots = {2, 3, 4};
 
 /// Where a sensor's correction lies in its registers and how its calibration frames are coded.
 struct SensorLayout {
@@ -30,6 +38,15 @@ struct SensorLayout {
         }
     };
 
+    /// A polynomial for each plane.
+    struct Bank {
+        uint32_t slot = kBaseSlot;
+        RegisterPlace originColumn; ///< its own, or that of the correction
+        RegisterPlace originRow;
+        std::array<Coefficients, kPlaneCount> planes;   ///< in the order of `Plane`
+        std::optional<RegisterPlace> colourTemperature; ///< of a table, where a solution tells it
+    };
+
     uint32_t kind = 0;
     uint32_t variant = 0;
     uint32_t width = 0;
@@ -38,12 +55,16 @@ struct SensorLayout {
     uint32_t sampleBytes = 1;
     double blackLevel = 0;
     double whiteLevel = 0;
-    RegisterPlace originColumn;
-    RegisterPlace originRow;
-    std::array<Coefficients, kPlaneCount> planes; ///< in the order of `Plane`
-    QByteArray text;                              ///< the block as `sensorData` holds it
+    std::vector<Bank> banks; ///< in the file's order; at least a base, or else all tables
+    QByteArray text;         ///< the block as `sensorData` holds it
+
+    /// Whether there is a table for each illuminant.
+    [[nodiscard]] bool hasTables() const;
+    /// Null when there is none.
+    [[nodiscard]] Bank const* bank(uint32_t slot) const;
 };
 
+/// A sensor has all tables or none.
 [[nodiscard]] SensorLayout readSensorLayout(JsonPlace const& place);
 
 } // namespace simulator

@@ -1,38 +1,33 @@
 #pragma once
 
-#include "simulator/camera/light_field.h"
-#include "simulator/camera/profile.h"
-#include "simulator/camera/register_map.h"
+#include "simulator/camera/gain_polynomial.h"
+#include "simulator/camera/table_blend.h"
 
-#include <array>
+#include <optional>
 #include <vector>
 
 namespace simulator {
 
-/// The sensor's own shading correction. What it does follows from the registers alone: a polynomial gain for
-/// each plane around the correction's origin.
+/// The sensor's own shading correction. What it does follows from the registers and the light that the sensor
+/// sees: the base's gain, times that of the tables for illuminants, mixed for the light.
 class ShadingCorrection {
 public:
-    /// The profile's layout and switch name registers of the map; the map outlives this object.
+    /// The profile names registers of the map; the map outlives this object.
     ShadingCorrection(Profile const& profile, RegisterMap& registers);
 
     /// Whether the switch register says "on" right now.
     [[nodiscard]] bool isOn() const;
-    /// The gain of each photosite by the present registers; computed anew only when one of them has changed.
-    [[nodiscard]] Field const& gains();
+    /// The gain of each photosite by the present registers in light of a colour temperature, which counts
+    /// only where there are tables. Valid until the next call.
+    [[nodiscard]] Field const& gains(double kelvin);
 
 private:
-    using Coefficients = std::array<double, kCoefficientCount>;
-
-    [[nodiscard]] std::vector<uint32_t> registerValues() const;
-    void computeGains();
-
-    SensorArray m_array;
-    CorrectionSwitch m_switch;
+    RegisterSwitch m_switch;
     RegisterMap::Register const* m_switchRegister;
-    std::vector<RegisterMap::Register const*> m_registers; ///< origin column and row, then plane by plane
-    std::vector<uint32_t> m_values;                        ///< of the registers when the gains were computed
-    Field m_gains;
+    std::optional<GainPolynomial> m_base;
+    std::vector<GainPolynomial> m_tables; ///< left to right
+    std::optional<TableBlend> m_blend;    ///< where there are tables
+    Field m_mixed;
 };
 
 } // namespace simulator

@@ -1,6 +1,7 @@
 #include "simulator/camera/simulated_camera.h"
 #include "simulator/camera/camera_handle.h"
 #include "simulator/camera/illuminant.h"
+#include "simulator/camera/illuminant_estimate.h"
 #include "simulator/camera/installed_files.h"
 #include "simulator/camera/light_field.h"
 #include "simulator/camera/measured_shading.h"
@@ -73,17 +74,23 @@ public:
           correction(profile, handle.registers),
           exposureRegister(handle.registers.find(profile.exposure.reg.constData())),
           frameCounter(handle.registers.find(profile.frameCounter.constData())),
-          exposureAtReset(std::max(1U, exposureRegister->value)) {}
+          exposureAtReset(std::max(1U, exposureRegister->value)) {
+        if (profile.tableChoice)
+            illuminant.emplace(profile.optics.filters,
+                               *handle.registers.find(profile.tableChoice->estimate.constData()));
+    }
 
     void setLight(Light const& changed);
     [[nodiscard]] Field const& lightOnTheArray();
     [[nodiscard]] Frame grab();
+    [[nodiscard]] Field const* gains(Exposing const& exposing);
     [[nodiscard]] bool replay(QString const& recordName, QString* error);
 
     Profile const profile;
     CameraDescription const description;
     vy_Camera handle;
     ShadingCorrection correction;
+    std::optional<IlluminantEstimate> illuminant; ///< where the correction depends on the light
     RegisterMap::Register const* const exposureRegister;
     RegisterMap::Register* const frameCounter;
     uint32_t const exposureAtReset;
@@ -118,18 +125,25 @@ Field const& SimulatedCamera::Implementation::lightOnTheArray() {
     return field;
 }
 
+// The light is looked at whether the correction is on or off, so that switching does not change it.
+Field const* SimulatedCamera::Implementation::gains(Exposing const& exposing) {
+    if (illuminant)
+        illuminant->update(centreRedToBlue(profile.array, profile.readOut, exposing));
+    return correction.isOn() ? &correction.gains(illuminant ? illuminant->kelvin() : 0) : nullptr;
+}
+
 Frame SimulatedCamera::Implementation::grab() {
     ++frameNumber;
     frameCounter->value = uint32_t(frameNumber & 0xFFFF);
     uint64_t const stream = mixed(seed) + (frameNumber << 32);
     double const exposure = double(exposureRegister->value) / exposureAtReset;
     double const fullScale = kConverterWhite - profile.readOut.pedestal;
-    Exposing const exposing{
+    Exposing exposing{
         .light = lightOnTheArray(),
         .countsPerLight = profile.exposure.signalAtReset * fullScale * exposure * std::max(0.0, light.level),
-        .gains = correction.isOn() ? &correction.gains() : nullptr,
         .noiseStream = stream,
     };
+    exposing.gains = gains(exposing);
     Mosaic const mosaic = exposeMosaic(profile.array, profile.readOut, exposing);
     Frame frame = profile.readOut.format == OutputFormat::Ycbcr
                       ? ycbcrFrame(profile.array, profile.readOut, mosaic)

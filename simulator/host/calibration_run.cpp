@@ -1,6 +1,7 @@
 #include "simulator/host/calibration_run.h"
 
-#include "simulator/host/dialog_setup.h"
+#include "simulator/host/closing_measurement.h"
+#include "simulator/host/headless_dialog.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
@@ -9,56 +10,52 @@
 #include "simulator/host/session.h"
 
 #include <QDialog>
+#include <QFileInfo>
 #include <QPixmap>
 #include <cstdio>
 
 namespace pictara {
 namespace {
 
-// The figures with the sensor's correction on or off, all else equal. Nothing when the dialog shows none.
-std::optional<Evenness> measure(Session& session, DialogPage& page, RunDriver& driver, bool corrected) {
-    // The test of the dialog switches the correction on; it measures with the next frame, so there is still
-    // time to switch it off.
-    if (!page.press("ColorUniformity"))
-        return std::nullopt;
-    if (!corrected && page.isChecked("Enable_LC"))
-        page.press("Enable_LC");
-    if (page.isChecked("Enable_LC") != corrected) {
-        qWarning("pictara: the dialog shows the lens correction %s", corrected ? "off" : "on");
-        return std::nullopt;
-    }
-    Evenness result;
-    if (!driver.awaitUniformity(&result.uniformity))
-        return std::nullopt;
-    result.blocks = session.frames().blocks();
-    result.picture = session.frames().unmarkedPicture();
-    return result;
+bool isFailure(QString const& status, RunEnd end, bool hasEeprom) {
+    return status.startsWith(QLatin1String("Error")) || status.startsWith(QLatin1String("Warning")) ||
+           (end == RunEnd::TimedOut && status.startsWith(QLatin1String("In progress"))) ||
+           (hasEeprom && status == QLatin1String("No EEPROM."));
 }
 
-QString causeOf(RunResult const& run) {
+// Of a run that shows no error. Only the EEPROM holds the dialog before the first step: it goes on once that
+// answers or is certain not to be there.
+QString standstillOf(QStringList const& texts) {
+    bool const hasBegun = texts.value(kSetup) == QLatin1String("Done.");
+    return hasBegun ? QStringLiteral(
+                          "Run All stands still without an error, as it does where it waits for a person.")
+                    : QStringLiteral("Run All stands still before its first step: it asks for the EEPROM and "
+                                     "does not learn whether there is one.");
+}
+
+QString causeOf(RunResult const& run, bool hasEeprom) {
     QStringList causes;
     if (run.end == RunEnd::TimedOut)
         causes.append(QStringLiteral("The run did not end in %1 frames.").arg(run.last.frames));
     for (int i = 0; i < run.last.statusTexts.size(); ++i) {
         QString const status = run.last.statusTexts[i].trimmed();
-        bool const failed = status.startsWith(QLatin1String("Error")) ||
-                            status.startsWith(QLatin1String("Warning")) ||
-                            (run.end == RunEnd::TimedOut && status.startsWith(QLatin1String("In progress")));
-        if (failed)
+        if (isFailure(status, run.end, hasEeprom))
             causes.append(QString::fromLatin1(kSteps[i].status) + QLatin1String(": ") + status);
     }
     if (QString const solver = lastSolverMessage(); !solver.isEmpty())
         causes.append(solver);
+    if (run.end == RunEnd::Cancelled && causes.isEmpty())
+        causes.append(standstillOf(run.last.statusTexts));
     return causes.join(QLatin1String(" | "));
 }
 
-bool isDone(RunResult const& run) {
-    return run.end == RunEnd::Finished && allStepsDone(run.last.statusTexts);
+bool isDone(RunResult const& run, simulator::SimulatedCamera const& camera) {
+    return run.end == RunEnd::Finished && allStepsDone(run.last.statusTexts, camera.hasEeprom());
 }
 
-bool wasRefusedForItsLight(RunResult const& run) {
+bool wasRefusedForItsLight(RunResult const& run, simulator::SimulatedCamera const& camera) {
     ExitCode const code = exitCodeOfRefusal(lastSolverMessage());
-    return !isDone(run) && code != kExitNotCalibrated && code != kExitWrongSize;
+    return !isDone(run, camera) && code != kExitNotCalibrated && code != kExitWrongSize;
 }
 
 // Even light at the normal level with nothing in its way, of the same colour.
@@ -72,36 +69,56 @@ int exitCodeOf(RunSummary const& summary) {
     return summary.run.end == RunEnd::TimedOut ? kExitTimeout : exitCodeOfRefusal(lastSolverMessage());
 }
 
-RunSummary describe(Session& session, Options const& options) {
-    RunSummary summary;
-    summary.camera = session.camera().description();
-    summary.shading = options.shadingFile;
-    summary.seed = options.seed;
-    return summary;
+QString textOf(FaultWish const& fault) {
+    QString const at = fault.operation ? QStringLiteral("@%1").arg(*fault.operation) : QString();
+    return fault.name + at + QLatin1String(fault.forEver ? "+" : "");
+}
+
+// None on a camera without an EEPROM.
+std::optional<EepromUse> eepromUse(Session& session, Options const& options) {
+    simulator::SimulatedCamera const& camera = session.camera();
+    if (!camera.hasEeprom())
+        return std::nullopt;
+    QFileInfo const file(session.eepromFile());
+    bool const isInFolder = file.absolutePath() == session.outputFolder();
+    return EepromUse{.file = isInFolder ? file.fileName() : file.filePath(),
+                     .fault = options.fault ? textOf(*options.fault) : QString(),
+                     .operations = camera.deviceOperations(),
+                     .bytesWritten = camera.deviceBytesWritten()};
+}
+
+// Nobody else can tell when the dialog starts to save.
+void whenSaving(Session& session, Options const& options, ProgressReport& progress) {
+    progress.say(QStringLiteral("saving to the EEPROM..."));
+    if (options.fault && !options.fault->operation)
+        session.camera().injectFault(options.fault->name, 0, options.fault->forEver);
 }
 
 void calibrate(Session& session, Options const& options, RunDriver& driver, ProgressReport& progress,
                RunSummary& summary) {
     summary.run = driver.runAll();
-    if (options.thenGood && wasRefusedForItsLight(summary.run)) {
-        summary.firstRefusal = causeOf(summary.run);
+    simulator::SimulatedCamera const& camera = session.camera();
+    if (options.thenGood && wasRefusedForItsLight(summary.run, camera)) {
+        summary.firstRefusal = causeOf(summary.run, camera.hasEeprom());
         progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
         forgetSolverMessage();
         mendLight(session.camera());
-        summary.run = driver.runFrom(kExposure);
+        summary.run = driver.runSteps(kExposure, kEepromSave);
     }
-    summary.light = session.camera().light();
+    summary.scene = session.scene();
     summary.solutionRegisters = session.desk().listEntriesWritten();
-    summary.registerWrites = session.camera().registerWrites();
+    summary.registerWrites = camera.registerWrites();
+    summary.eeprom = eepromUse(session, options);
 }
 
 void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& output, RunSummary& summary) {
-    if (!isDone(summary.run)) {
-        summary.cause = causeOf(summary.run);
+    if (!isDone(summary.run, session.camera())) {
+        summary.cause = causeOf(summary.run, session.camera().hasEeprom());
         return;
     }
-    summary.before = measure(session, page, driver, false);
-    summary.after = measure(session, page, driver, true); // leaves the correction on
+    session.noteConditions();
+    summary.before = measureEvenness(session, page, driver, false);
+    summary.after = measureEvenness(session, page, driver, true); // leaves the correction on
     QString const results = summary.run.last.statusTexts[kFileSave].mid(int(qstrlen("Done: ")));
     summary.succeeded = output.expect(results) && summary.before && summary.after;
     if (!summary.succeeded)
@@ -111,11 +128,9 @@ void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& 
 
 void writeResults(OutputFolder& output, RunSummary& summary) {
     if (summary.before)
-        output.savePicture(QStringLiteral("before.png"),
-                           markedPicture(summary.before->picture, summary.before->blocks.worstBlock));
+        output.savePicture(QStringLiteral("before.png"), markedPicture(*summary.before));
     if (summary.after)
-        output.savePicture(QStringLiteral("after.png"),
-                           markedPicture(summary.after->picture, summary.after->blocks.worstBlock));
+        output.savePicture(QStringLiteral("after.png"), markedPicture(*summary.after));
     summary.filesWritten = output.written() + QStringList(QStringLiteral("summary.txt"));
     output.saveText(QStringLiteral("summary.txt"), summaryText(summary));
 }
@@ -123,35 +138,21 @@ void writeResults(OutputFolder& output, RunSummary& summary) {
 } // namespace
 
 int runCalibration(Session& session, Options const& options) {
-    QString error;
-    QDialog* const dialog = session.openDialog(nullptr, &error);
-    if (!dialog) {
-        complain(error);
-        return kExitUsage;
-    }
-    dialog->show();
-    DialogPage page = DialogPage::find(dialog);
-    if (!page) {
-        complain(QStringLiteral("The dialog has no page for this sensor that Run All could work on."));
-        return kExitNotCalibrated;
-    }
-    page.stopTimer();
-    if (!setUpDialog(page, options, session.outputFolder(), &error)) {
-        complain(error);
-        return kExitUsage;
-    }
-
+    HeadlessDialog opened;
+    if (ExitCode const code = openHeadless(session, options, opened); code != kExitDone)
+        return code;
     OutputFolder output(session.outputFolder());
-    ProgressReport progress(stdout, page);
+    ProgressReport progress(stdout, opened.page);
     RunDriver driver(
-        page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
+        opened.page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
     driver.onProgress([&](RunProgress const& state) { progress.show(state); });
+    driver.onSaving([&] { whenSaving(session, options, progress); });
 
-    RunSummary summary = describe(session, options);
+    RunSummary summary;
     calibrate(session, options, driver, progress, summary);
-    output.savePicture(QStringLiteral("dialog.png"), dialog->grab().toImage());
+    output.savePicture(QStringLiteral("dialog.png"), opened.dialog->grab().toImage());
     driver.onProgress([](RunProgress const&) {});
-    judge(session, page, driver, output, summary);
+    judge(session, opened.page, driver, output, summary);
     writeResults(output, summary);
     progress.say(QLatin1Char('\n') + summaryText(summary));
     if (!summary.cause.isEmpty())

@@ -3,6 +3,7 @@
 #include "simulator/host/light_ranges.h"
 
 #include <QCommandLineParser>
+#include <QRegularExpression>
 #include <cmath>
 #include <limits>
 
@@ -20,6 +21,16 @@ constexpr OptionRow kOptions[] = {
     {"list-profiles", nullptr, "List the simulated sensors and end."},
     {"window", nullptr, "Show window and dialog for work by hand (default; wins over --run-all)."},
     {"screenshot", "FILE", "Save a picture of the window after a second or two and end."},
+    {"eeprom", "FILE",
+     "What the camera's EEPROM holds, read and written (default eeprom.bin in the output folder)."},
+    {"replay-eeprom", "FILE",
+     "Replay the correction stored in that EEPROM as a camera does at start-up, and measure it."},
+    {"record", "NAME",
+     "The stored record to be replayed (default: the first one). It holds 8 letters of its label."},
+    {"fault", "NAME[@N][+]",
+     "Let the N-th operation on the EEPROM after the dialog's opening go wrong (power-cut: after N stored "
+     "bytes), with a + all later ones, too. Without @N: the first operation of a run's save."},
+    {"list-faults", nullptr, "List what can go wrong with the EEPROM and end."},
     {"run-all", nullptr, "Calibrate without a window and end with a summary."},
     {"then-good", nullptr, "In a run, mend the light after a refused picture and calibrate again."},
     {"shading", "FILE", "Put a measured lens before the sensor."},
@@ -81,6 +92,21 @@ public:
             reject(name, QStringLiteral("a whole number that is not negative"));
     }
 
+    void fault(char const* name, std::optional<FaultWish>& value) {
+        if (!isSet(name))
+            return;
+        static QRegularExpression const pattern(QStringLiteral("^([^@+]+)(?:@([0-9]+))?(\\+)?$"));
+        auto const match = pattern.match(raw(name));
+        bool ok = match.hasMatch();
+        FaultWish wish{.name = match.captured(1), .operation = {}, .forEver = !match.captured(3).isEmpty()};
+        if (QString const number = match.captured(2); ok && !number.isEmpty())
+            wish.operation = number.toULongLong(&ok);
+        if (ok)
+            value = wish;
+        else
+            reject(name, QStringLiteral("NAME, NAME@N, NAME+ or NAME@N+"));
+    }
+
     [[nodiscard]] bool isSet(char const* name) const { return m_parser.isSet(QString::fromLatin1(name)); }
     [[nodiscard]] QString const& error() const { return m_error; }
 
@@ -102,12 +128,37 @@ CommandLine usageError(QString const& what) {
             QStringLiteral("pictara-sim: %1\nTry \"pictara-sim --help\".\n").arg(what.trimmed()), kExitUsage};
 }
 
+bool wantsWindow(ValueReader const& reader) {
+    return reader.isSet("window") || reader.isSet("screenshot");
+}
+
+// What cannot be had together, or at all without something else.
+QString conflictIn(ValueReader const& reader, Options const& options) {
+    bool const replays = reader.isSet("replay-eeprom");
+    struct {
+        bool isThere;
+        char const* told;
+    } const conflicts[] = {
+        {replays && wantsWindow(reader), "--replay-eeprom shows no window."},
+        {replays && reader.isSet("eeprom"),
+         "--replay-eeprom leaves its file as it is; --eeprom is not for it."},
+        {!replays && reader.isSet("record"), "--record is for --replay-eeprom."},
+        {options.fault && !options.fault->operation && !options.runAll,
+         "--fault without @N strikes when a run saves: it needs --run-all."},
+    };
+    for (auto const& conflict : conflicts)
+        if (conflict.isThere)
+            return QString::fromLatin1(conflict.told);
+    return {};
+}
+
 Options readOptions(ValueReader& reader) {
     Options options;
     options.listProfiles = reader.isSet("list-profiles");
-    bool const window = reader.isSet("window") || reader.isSet("screenshot");
-    options.runAll = reader.isSet("run-all") && !window;
-    options.chooseProfile = !options.runAll && !reader.isSet("profile") && !reader.isSet("screenshot");
+    options.listFaults = reader.isSet("list-faults");
+    options.runAll = reader.isSet("run-all") && !wantsWindow(reader) && !reader.isSet("replay-eeprom");
+    options.chooseProfile = !options.runAll && !reader.isSet("replay-eeprom") && !reader.isSet("profile") &&
+                            !reader.isSet("screenshot");
     options.thenGood = reader.isSet("then-good");
     options.objectInPicture = reader.isSet("object");
     reader.text("profile", options.profile);
@@ -117,6 +168,10 @@ Options readOptions(ValueReader& reader) {
     reader.text("ini", options.iniFile);
     reader.text("settings", options.settingsFile);
     reader.text("plugin", options.pluginFile);
+    reader.text("eeprom", options.eepromFile);
+    reader.text("replay-eeprom", options.replayFile);
+    reader.text("record", options.recordName);
+    reader.fault("fault", options.fault);
     reader.number("light", kColourTemperatures, options.lightKelvin);
     reader.number("level", kLevels, options.lightLevel);
     reader.number("gradient", kGradients, options.lightGradient);
@@ -152,6 +207,8 @@ CommandLine parseCommandLine(QStringList const& arguments) {
     Options const options = readOptions(reader);
     if (!reader.error().isEmpty())
         return usageError(reader.error());
+    if (QString const conflict = conflictIn(reader, options); !conflict.isEmpty())
+        return usageError(conflict);
     return {options, {}, kExitDone};
 }
 

@@ -20,11 +20,20 @@ enum ExitCode : int {
     kExitWrongSize = 7,
 };
 
+/// Something that shall go wrong with the camera's EEPROM.
+struct FaultWish {
+    QString name;
+    std::optional<uint64_t>
+        operation;        ///< of the EEPROM since the dialog opened, from 1; none: when a run saves
+    bool forEver = false; ///< from there on; else once
+};
+
 /// What the user asked for. File names are as typed; empty ones stand for the defaults told in the help.
 struct Options {
     QString profile = QStringLiteral("poly-12bit");
     bool listProfiles = false;
-    bool runAll = false;        ///< never together with a window, which wins
+    bool listFaults = false;
+    bool runAll = false;        ///< never together with a window, which wins, or a replay
     bool chooseProfile = false; ///< by hand, before the window opens
     bool thenGood = false;
     QString screenshotFile;
@@ -39,8 +48,15 @@ struct Options {
     QString iniFile;
     QString settingsFile;
     QString pluginFile;
+    QString eepromFile;
+    QString replayFile; ///< an EEPROM whose record is replayed instead of a calibration; empty: no replay
+    QString recordName; ///< of the record to be replayed; empty: the first one
+    std::optional<FaultWish> fault;
     int framesPerTick = 3;
     int maxFrames = 2000;
+
+    /// Nobody needs a display.
+    [[nodiscard]] bool isHeadless() const { return runAll || !replayFile.isEmpty(); }
 };
 
 /// The options, or, when there is nothing to run, a text for the user and the exit code.

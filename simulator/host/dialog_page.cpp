@@ -50,11 +50,15 @@ bool DialogPage::isChecked(char const* name) const {
     return button && button->isChecked();
 }
 
+bool DialogPage::isEnabled(char const* name) const {
+    auto const* const button = widget<QAbstractButton>(name);
+    return button && button->isEnabled();
+}
+
 bool DialogPage::press(char const* name) {
-    auto* const button = widget<QAbstractButton>(name);
-    if (!button || !button->isEnabled())
+    if (!isEnabled(name))
         return false;
-    button->click();
+    widget<QAbstractButton>(name)->click();
     return true;
 }
 

@@ -40,6 +40,7 @@ public:
     /// The texts of all steps, in the order of kSteps.
     [[nodiscard]] QStringList statusTexts() const;
     [[nodiscard]] bool isChecked(char const* button) const;
+    [[nodiscard]] bool isEnabled(char const* button) const;
     /// Clicks a button; false when it cannot be clicked now.
     bool press(char const* button);
     /// Replaces the text of a line edit.

@@ -2,6 +2,8 @@
 
 #include "simulator/host/exposure_loop.h"
 
+#include <QtDebug>
+
 namespace pictara {
 namespace {
 
@@ -29,6 +31,11 @@ void FrameDelivery::deliverNext() {
                               m_picture.bytesPerLine());
 }
 
+void FrameDelivery::passOver(uint64_t frames) {
+    for (; m_frameNumber < frames; ++m_frameNumber)
+        m_frame = m_camera.grab();
+}
+
 QImage FrameDelivery::unmarkedPicture() {
     QImage picture;
     m_pipeline.render(m_frame, m_settings, picture);
@@ -43,13 +50,18 @@ uint32_t FrameDelivery::exposure() const {
     return m_registers.read(kExposureRegister, "");
 }
 
+void FrameDelivery::setExposure(uint32_t rows) {
+    if (!m_registers.write(kExposureRegister, "", rows))
+        qWarning("pictara: the sensor does not take an exposure of %u rows", rows);
+}
+
 void FrameDelivery::stepExposure() {
     CentreZone const centre =
         measureCentre(m_frame, m_camera.description(), m_states.read("Auto Exposure Inner Zone"));
     uint32_t const present = exposure();
     uint32_t const next = nextExposure(present, centre, m_states.read("Auto Exposure Target") / 100.0);
     if (next != present)
-        m_registers.write(kExposureRegister, "", next);
+        setExposure(next);
 }
 
 } // namespace pictara

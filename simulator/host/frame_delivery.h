@@ -16,10 +16,13 @@ public:
                   SensorRegisters& registers, PluginLibrary const& plugin);
 
     void deliverNext();
+    /// Lets the camera run until it has delivered that many frames, which nobody sees.
+    void passOver(uint64_t frames);
     /// Number of the last frame, from 1.
     [[nodiscard]] uint64_t frameNumber() const { return m_frameNumber; }
     /// What the sensor's exposure register holds, in rows.
     [[nodiscard]] uint32_t exposure() const;
+    void setExposure(uint32_t rows);
     /// The picture of the last frame, with what the plug-in painted into it.
     [[nodiscard]] QImage const& picture() const { return m_picture; }
     /// The picture of the last frame without it.

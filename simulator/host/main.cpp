@@ -1,6 +1,7 @@
 #include "simulator/host/calibration_run.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/profile_chooser.h"
+#include "simulator/host/replay_run.h"
 #include "simulator/host/session.h"
 #include "simulator/host/window_run.h"
 
@@ -17,14 +18,18 @@ using namespace pictara;
 constexpr char const* kDisplayVariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
 #endif
 
-// The command line is read, and the profiles are listed, without a display.
+CommandLine listing(QStringList const& names) {
+    return {std::nullopt, names.join(QLatin1Char('\n')) + QLatin1Char('\n'), kExitDone};
+}
+
+// The command line is read, and lists are told, without a display.
 CommandLine readCommandLine(int argc, char** argv) {
     QCoreApplication const application(argc, argv);
     CommandLine commandLine = parseCommandLine(QCoreApplication::arguments());
-    if (commandLine.options && commandLine.options->listProfiles) {
-        commandLine.text = simulator::SimulatedCamera::profileNames().join(QLatin1Char('\n')) + '\n';
-        commandLine.options.reset();
-    }
+    if (commandLine.options && commandLine.options->listProfiles)
+        return listing(simulator::SimulatedCamera::profileNames());
+    if (commandLine.options && commandLine.options->listFaults)
+        return listing(simulator::SimulatedCamera::faultNames());
     return commandLine;
 }
 
@@ -49,6 +54,12 @@ bool chooseProfile(Options& options) {
     return chosen;
 }
 
+int run(Session& session, Options const& options) {
+    if (!options.replayFile.isEmpty())
+        return runReplay(session, options);
+    return options.runAll ? runCalibration(session, options) : runWindow(session, options);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -59,10 +70,11 @@ int main(int argc, char** argv) {
         return commandLine.exitCode;
     }
     Options& options = *commandLine.options;
-    if (options.runAll && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    if (options.isHeadless() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     if (!hasDisplay()) {
-        complain(QStringLiteral("There is no display for the window. --run-all needs none."));
+        complain(
+            QStringLiteral("There is no display for the window. --run-all and --replay-eeprom need none."));
         return kExitUsage;
     }
 
@@ -80,5 +92,10 @@ int main(int argc, char** argv) {
         complain(error);
         return kExitUsage;
     }
-    return options.runAll ? runCalibration(*session, options) : runWindow(*session, options);
+    int const code = run(*session, options);
+    // Also after a failed run: the device keeps what was written to it.
+    if (session->keepEeprom(&error))
+        return code;
+    complain(error);
+    return code == kExitDone ? kExitNotCalibrated : code;
 }

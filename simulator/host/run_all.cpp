@@ -3,21 +3,29 @@
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace pictara {
 namespace {
 
-// A run that shows an error and no change for so long is not going to change: in every working step the
-// progress moves more often.
+// A run that shows an error, or no step at work, and no change for so long is not going to change: in every
+// working step the progress moves more often.
 constexpr int kStuckTicks = 5;
 constexpr int kStuckFrames = 30;
 constexpr int kUniformityTicks = 40;
 
-bool showsError(QStringList const& texts) {
+bool anyStartsWith(QStringList const& texts, char const* start) {
     return std::any_of(texts.begin(), texts.end(),
-                       [](QString const& text) { return text.startsWith(QLatin1String("Error")); });
+                       [&](QString const& text) { return text.startsWith(QLatin1String(start)); });
+}
+
+bool standsStill(QStringList const& texts) {
+    return anyStartsWith(texts, "Error") || !anyStartsWith(texts, "In progress");
+}
+
+bool isCalibrated(QStringList const& texts) {
+    QString const status = texts.value(kCalibration);
+    return status == QLatin1String("Done.") || status.startsWith(QLatin1String("YCbCr calibration."));
 }
 
 } // namespace
@@ -33,6 +41,8 @@ void RunDriver::advanceOneTick() {
         ++m_progress.frames;
         QCoreApplication::processEvents();
     }
+    if (m_page.isRunning() && isSavingToEepromNext(m_page.statusTexts()))
+        m_savingObserver();
     m_page.stopTimer(); // showing the page again starts its timer again
     m_page.tick();
     ++m_progress.ticks;
@@ -52,7 +62,7 @@ RunEnd RunDriver::watch(std::function<bool()> const& isWorking) {
             unchangedTicks = 0;
             unchangedSince = m_progress.frames;
         } else if (++unchangedTicks >= kStuckTicks && m_progress.frames - unchangedSince >= kStuckFrames &&
-                   showsError(m_progress.statusTexts) && isWorking()) {
+                   standsStill(m_progress.statusTexts) && isWorking()) {
             return RunEnd::Cancelled;
         }
     }
@@ -64,16 +74,18 @@ RunResult RunDriver::runAll() {
     m_page.stopTimer();
     m_page.press("Run_All");
     RunEnd const end = watch([this] { return m_page.isRunning(); });
-    RunResult const result{end, m_progress};
+    RunResult result{end, m_progress};
     if (m_page.isRunning())
         m_page.press("Run_All");
     return result;
 }
 
-RunResult RunDriver::runFrom(Step first) {
+RunResult RunDriver::runSteps(Step first, Step last) {
     m_page.stopTimer();
     RunEnd end = RunEnd::Finished;
-    for (int step = first; step < int(std::size(kSteps)) && end == RunEnd::Finished; ++step) {
+    for (int step = first; step <= last && end == RunEnd::Finished; ++step) {
+        if (step == kEepromSave && m_page.isEnabled(kSteps[step].button))
+            m_savingObserver();
         // The calibration measures the uniformity itself.
         if (step == kUniformity || !m_page.press(kSteps[step].button))
             continue;
@@ -101,16 +113,20 @@ bool shownUniformity(QString const& status, double* figure) {
     return match.hasMatch();
 }
 
-bool allStepsDone(QStringList const& texts) {
+bool allStepsDone(QStringList const& texts, bool hasEeprom) {
     double figure = 0;
     auto const done = [&](Step step) { return texts.value(step) == QLatin1String("Done."); };
     auto const startsWith = [&](Step step, char const* text) {
         return texts.value(step).startsWith(QLatin1String(text));
     };
-    bool const calibrated = done(kCalibration) || startsWith(kCalibration, "YCbCr calibration.");
-    return done(kSetup) && done(kExposure) && done(kColourBalance) && calibrated &&
-           shownUniformity(texts.value(kUniformity), &figure) && startsWith(kFileSave, "Done: ") &&
-           (done(kEepromSave) || startsWith(kEepromSave, "No EEPROM."));
+    bool const saved = hasEeprom ? done(kEepromSave) : startsWith(kEepromSave, "No EEPROM.");
+    return done(kSetup) && done(kExposure) && done(kColourBalance) && isCalibrated(texts) &&
+           shownUniformity(texts.value(kUniformity), &figure) && startsWith(kFileSave, "Done: ") && saved;
+}
+
+bool isSavingToEepromNext(QStringList const& texts) {
+    static QString const open = QStringLiteral("Not done yet.");
+    return isCalibrated(texts) && texts.value(kFileSave) != open && texts.value(kEepromSave) == open;
 }
 
 } // namespace pictara

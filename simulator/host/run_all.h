@@ -8,7 +8,7 @@ namespace pictara {
 
 enum class RunEnd {
     Finished,  ///< the dialog ended the run by itself
-    Cancelled, ///< a step failed in a way that the run cannot leave; the driver cancelled it
+    Cancelled, ///< the run stands still, after a failed step or before any; the driver cancelled it
     TimedOut,  ///< the next tick would go beyond the bound on frames; the driver cancelled the run
 };
 
@@ -34,11 +34,14 @@ public:
     /// Called after each tick.
     void onProgress(std::function<void(RunProgress const&)> observer) { m_observer = std::move(observer); }
 
+    /// Called before the dialog saves to the EEPROM, which takes its time and shows nothing meanwhile.
+    void onSaving(std::function<void()> observer) { m_savingObserver = std::move(observer); }
+
     /// Presses Run All and sees it through.
     RunResult runAll();
-    /// Presses the steps one after the other from the given one on, as a person does who had to mend
+    /// Presses the steps one after the other from the first to the last, as a person does who had to mend
     /// something; what cannot be pressed is passed over. Frames and ticks are counted on.
-    RunResult runFrom(Step first);
+    RunResult runSteps(Step first, Step last);
     /// Delivers frames until the uniformity step shows a figure; false when it does not within its bound.
     bool awaitUniformity(double* figure);
 
@@ -49,6 +52,7 @@ private:
     DialogPage m_page;
     std::function<void()> m_deliverFrame;
     std::function<void(RunProgress const&)> m_observer = [](RunProgress const&) {};
+    std::function<void()> m_savingObserver = [] {};
     int m_framesPerTick;
     int m_maxFrames;
     RunProgress m_progress;
@@ -57,7 +61,10 @@ private:
 /// The number that a uniformity status shows; false when it shows none.
 [[nodiscard]] bool shownUniformity(QString const& status, double* figure);
 
-/// True when every step shows that it is done; a headboard may be without an EEPROM.
-[[nodiscard]] bool allStepsDone(QStringList const& statusTexts);
+/// True when every step shows that it is done; without an EEPROM the last one shows that there is none.
+[[nodiscard]] bool allStepsDone(QStringList const& statusTexts, bool hasEeprom);
+
+/// True when a run has nothing left to do but to save to the EEPROM.
+[[nodiscard]] bool isSavingToEepromNext(QStringList const& statusTexts);
 
 } // namespace pictara

@@ -1,33 +1,28 @@
 #pragma once
 
-#include "simulator/camera/simulated_camera.h"
-#include "simulator/host/block_report.h"
 #include "simulator/host/run_all.h"
-
-#include <QImage>
-#include <optional>
+#include "simulator/host/summary_lines.h"
 
 namespace pictara {
 
-/// How even the picture is in one state of the sensor's correction.
-struct Evenness {
-    double uniformity = 0; ///< the dialog's own figure
-    BlockReport blocks;
-    QImage picture;
+/// What a sitting did to the camera's EEPROM.
+struct EepromUse {
+    QString file;  ///< that holds its bytes
+    QString fault; ///< as the user wished it; empty for none
+    uint64_t operations = 0;
+    uint64_t bytesWritten = 0;
 };
 
 /// What a run leaves for its reader.
 struct RunSummary {
-    simulator::CameraDescription camera;
-    QString shading; ///< the measured lens' file; empty for the profile's own lens
-    simulator::Light light;
-    uint64_t seed = 0;
+    Scene scene;
     RunResult run;
     std::optional<Evenness> before; ///< none when the run did not get so far
     std::optional<Evenness> after;
-    uint64_t solutionRegisters = 0; ///< registers of the solution that reached the sensor
-    uint64_t registerWrites = 0;    ///< all register writes until the run ended
-    QStringList filesWritten;       ///< without folder
+    uint64_t solutionRegisters = 0;  ///< registers of the solution that reached the sensor
+    uint64_t registerWrites = 0;     ///< all register writes until the run ended
+    std::optional<EepromUse> eeprom; ///< none on a camera without one
+    QStringList filesWritten;        ///< without folder
     QString
         firstRefusal; ///< cause of the refusal after which the light was mended; empty when there was none
     bool succeeded = false;
@@ -36,8 +31,5 @@ struct RunSummary {
 
 /// One page, a "name: value" line each.
 [[nodiscard]] QString summaryText(RunSummary const& summary);
-
-/// The picture with a frame around the block.
-[[nodiscard]] QImage markedPicture(QImage const& picture, QRect const& block);
 
 } // namespace pictara

@@ -4,6 +4,12 @@
 #include <utility>
 
 namespace pictara {
+namespace {
+
+constexpr uint32_t kModeAddressBits = 1;
+constexpr uint32_t kModeDataBits = 2;
+
+} // namespace
 
 SensorRegisters::SensorRegisters(vy_Camera* camera, std::function<void()> changed)
     : m_camera(camera), m_changed(std::move(changed)) {}
@@ -31,14 +37,21 @@ bool SensorRegisters::writeBitsAt(uint32_t id, uint32_t address, uint32_t mask, 
     return written(vy_WriteSensorReg(m_camera, reg, (present & ~mask) | bits));
 }
 
-uint32_t SensorRegisters::readBusByte(uint32_t device, uint32_t address) const {
+uint32_t SensorRegisters::readBusByte(uint32_t device, uint32_t address, BusWidths widths) const {
     uint32_t word = 0;
-    return vy_readRegisters(m_camera, device, address, 1, &word) == 0 ? word & 0xFF : 0;
+    bool const isRead = setWidths(widths) && vy_readRegisters(m_camera, device, address, 1, &word) == 0;
+    return isRead ? word & 0xFF : 0;
 }
 
-bool SensorRegisters::writeBusByte(uint32_t device, uint32_t address, uint32_t value) {
+bool SensorRegisters::writeBusByte(uint32_t device, uint32_t address, uint32_t value, BusWidths widths) {
     uint32_t const word = value & 0xFF;
-    return vy_writeRegisters(m_camera, device, address, 1, &word) == 0;
+    return setWidths(widths) && vy_writeRegisters(m_camera, device, address, 1, &word) == 0;
+}
+
+// The library keeps them, so whoever transferred before may have left others.
+bool SensorRegisters::setWidths(BusWidths widths) const {
+    return vy_setMode(m_camera, kModeAddressBits, widths.address) == 0 &&
+           vy_setMode(m_camera, kModeDataBits, widths.data) == 0;
 }
 
 void SensorRegisters::beginChanges() {

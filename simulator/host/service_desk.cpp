@@ -18,6 +18,11 @@ char const* textOrEmpty(char const* text) {
     return text ? text : "";
 }
 
+// Options and settings are names of their own and share a file.
+QByteArray keyOf(char const* option) {
+    return QByteArrayLiteral("Option: ") + option;
+}
+
 } // namespace
 
 struct ServiceFunctions {
@@ -45,12 +50,13 @@ struct ServiceFunctions {
             qWarning("pictara: the sensor does not take 0x%X at %u, 0x%X", value, id, address);
     }
 
-    static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t, uint32_t) {
-        return current ? current->m_registers.readBusByte(device, address) : 0;
+    static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
+        return current ? current->m_registers.readBusByte(device, address, {addressBits, dataBits}) : 0;
     }
 
-    static void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t, uint32_t) {
-        if (current && !current->m_registers.writeBusByte(device, address, value))
+    static void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
+                             uint32_t dataBits) {
+        if (current && !current->m_registers.writeBusByte(device, address, value, {addressBits, dataBits}))
             qWarning("pictara: the device 0x%X does not take a byte at 0x%X", device, address);
     }
 
@@ -69,12 +75,17 @@ struct ServiceFunctions {
     }
 
     static char const* readOption(char const* option) {
-        return current && option ? current->m_options[option].constData() : "";
+        if (!current || !option)
+            return "";
+        // The answer stays valid while the option is not read again.
+        QByteArray& answer = current->m_options[option];
+        answer = current->m_settings.text(keyOf(option), {});
+        return answer.constData();
     }
 
     static void writeOption(char const* option, char const* value) {
         if (current && option)
-            current->m_options[option] = textOrEmpty(value);
+            current->m_settings.setText(keyOf(option), textOrEmpty(value));
     }
 
     static void applyPreset(uint32_t, char const* preset) {

@@ -36,7 +36,7 @@ private:
     SettingsStore& m_settings;
     SensorRegisters& m_registers;
     QString const m_iniFile;
-    std::map<QByteArray, QByteArray> m_options;
+    std::map<QByteArray, QByteArray> m_options; ///< what the plug-in was answered
     uint64_t m_listEntriesWritten = 0;
     std::array<uint32_t, 33> m_ignoredCalls{};
 };

@@ -11,6 +11,9 @@ namespace {
 // The plug-in reads text settings into a buffer of this size, the closing zero included.
 constexpr int kTextSettingSize = 260;
 
+constexpr char kRedGain[] = "Relative Red Gain";
+constexpr char kBlueGain[] = "Relative Blue Gain";
+
 std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, QString* error) {
     auto camera = simulator::SimulatedCamera::open(options.profile, error);
     if (!camera)
@@ -53,8 +56,12 @@ std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     QString const folder = iniFile.isEmpty() ? QString() : createdFolder(options.outputFolder, error);
     if (folder.isEmpty())
         return nullptr;
+    std::optional<EepromStore> eeprom = EepromStore::open(*camera, options, folder, error);
+    if (!eeprom)
+        return nullptr;
     QString const settings = options.settingsFile.isEmpty() ? folder + "/settings.ini" : options.settingsFile;
-    std::unique_ptr<Session> session(new Session(std::move(camera), folder, iniFile, settings));
+    std::unique_ptr<Session> session(
+        new Session(std::move(camera), *std::move(eeprom), options, folder, iniFile, settings));
     if (!session->m_settings.isOnDisk()) {
         *error = QStringLiteral("The settings file %1 cannot be read.").arg(settings);
         return nullptr;
@@ -64,9 +71,11 @@ std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     return session;
 }
 
-Session::Session(std::unique_ptr<simulator::SimulatedCamera> camera, QString const& outputFolder,
-                 QString const& iniFile, QString const& settingsFile)
-    : m_camera(std::move(camera)), m_outputFolder(outputFolder), m_states(m_camera->description()),
+Session::Session(std::unique_ptr<simulator::SimulatedCamera> camera, EepromStore eeprom,
+                 Options const& options, QString const& outputFolder, QString const& iniFile,
+                 QString const& settingsFile)
+    : m_camera(std::move(camera)), m_eeprom(std::move(eeprom)), m_shadingFile(options.shadingFile),
+      m_seed(options.seed), m_outputFolder(outputFolder), m_states(m_camera->description()),
       m_settings(settingsFile), m_registers(m_camera->handle(), [this] { m_plugin.registerChanged(); }),
       m_desk(m_states, m_settings, m_registers, iniFile),
       m_frames(*m_camera, m_states, m_registers, m_plugin) {
@@ -89,6 +98,23 @@ QDialog* Session::openDialog(QWidget* parent, QString* error) {
         *error = QStringLiteral("The plug-in opens no dialog for this sensor: its kind is not supported, or "
                                 "the ini file has no section [Lens Calibration Setup].");
     return dialog;
+}
+
+Scene Session::scene() const {
+    return {m_camera->description(), m_shadingFile, m_camera->light(), m_seed};
+}
+
+ViewingConditions Session::conditions() const {
+    return {m_frames.exposure(), m_states.read(kRedGain), m_states.read(kBlueGain),
+            uint32_t(m_frames.frameNumber())};
+}
+
+void Session::restoreConditions(ViewingConditions const& conditions) {
+    m_states.set("Auto Exposure", 0);
+    m_frames.setExposure(conditions.exposure);
+    m_states.set(kRedGain, conditions.redGain);
+    m_states.set(kBlueGain, conditions.blueGain);
+    m_frames.passOver(conditions.frames);
 }
 
 void Session::closePlugin() {

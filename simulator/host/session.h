@@ -1,8 +1,10 @@
 #pragma once
 
 #include "simulator/host/command_line.h"
+#include "simulator/host/eeprom_store.h"
 #include "simulator/host/frame_delivery.h"
 #include "simulator/host/service_desk.h"
+#include "simulator/host/summary_lines.h"
 
 #include <memory>
 
@@ -23,17 +25,40 @@ public:
     /// Takes dialog, pages and plug-in away.
     void closePlugin();
 
+    /// The camera and what lies before it now.
+    [[nodiscard]] Scene scene() const;
+    /// As they are now.
+    [[nodiscard]] ViewingConditions conditions() const;
+    /// Sets exposure and gains, keeps the exposure from moving, and lets the camera run on to that frame, so
+    /// that with an equal seed the next frame has equal noise.
+    void restoreConditions(ViewingConditions const& conditions);
+
+    /// The EEPROM holds a calibration made under the present conditions: they will be kept with it.
+    void noteConditions() { m_eeprom.conditions = conditions(); }
+    /// Writes the EEPROM to its file, when it has one. False with a message for the user.
+    [[nodiscard]] bool keepEeprom(QString* error) const { return m_eeprom.keep(*m_camera, error); }
+    /// Empty when the EEPROM is not kept.
+    [[nodiscard]] QString const& eepromFile() const { return m_eeprom.file(); }
+    /// Those of the calibration that was replayed, if they were kept with it.
+    [[nodiscard]] std::optional<ViewingConditions> const& replayedConditions() const {
+        return m_eeprom.conditions;
+    }
+    [[nodiscard]] uint64_t replayedWrites() const { return m_eeprom.replayedWrites(); }
+
     [[nodiscard]] simulator::SimulatedCamera& camera() { return *m_camera; }
     [[nodiscard]] FrameDelivery& frames() { return m_frames; }
     [[nodiscard]] ServiceDesk const& desk() const { return m_desk; }
     [[nodiscard]] QString const& outputFolder() const { return m_outputFolder; }
 
 private:
-    Session(std::unique_ptr<simulator::SimulatedCamera> camera, QString const& outputFolder,
-            QString const& iniFile, QString const& settingsFile);
+    Session(std::unique_ptr<simulator::SimulatedCamera> camera, EepromStore eeprom, Options const& options,
+            QString const& outputFolder, QString const& iniFile, QString const& settingsFile);
 
     // In the order in which they stand on one another.
     std::unique_ptr<simulator::SimulatedCamera> m_camera;
+    EepromStore m_eeprom;
+    QString m_shadingFile;
+    uint64_t m_seed;
     QString m_outputFolder;
     StateVariables m_states;
     SettingsStore m_settings;

@@ -57,7 +57,7 @@ void SettingsStore::save() {
     bool written = out.open(QIODevice::WriteOnly);
     for (auto const& [key, value] : m_values)
         written = written && out.write(encoded(key) + '=' + encoded(value) + '\n') >= 0;
-    written = written && out.commit();
+    written = written && out.flush() && out.commit();
     if (!written && m_onDisk)
         qWarning("pictara: the settings cannot be kept in %s", qUtf8Printable(m_file));
     m_onDisk = written;

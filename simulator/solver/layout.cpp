@@ -95,6 +95,10 @@ RegisterPlace readPlace(Node const& node) {
     return {node.whole("id"), node.whole("address")};
 }
 
+OriginRegisters readOrigin(Node const& node) {
+    return {readPlace(node.object("originColumn")), readPlace(node.object("originRow"))};
+}
+
 PlaneRegisters readPlane(Node const& node) {
     PlaneRegisters plane{readPlace(node), node.whole("stride", 1)};
     if (plane.stride > (std::numeric_limits<uint32_t>::max() - plane.first.address) / kLastCoefficient)
@@ -110,7 +114,9 @@ BankRegisters readBank(Node const& node) {
     Node const planes = node.object("planes");
     for (PlaneName const& name : kPlaneNames)
         bank.planes[name.plane] = readPlane(planes.object(name.key));
-    if (bank.slot != 0 || node.has("colourTemperature"))
+    if (node.has("originColumn") || node.has("originRow"))
+        bank.origin = readOrigin(node);
+    if (node.has("colourTemperature"))
         bank.colourTemperature = readPlace(node.object("colourTemperature"));
     return bank;
 }
@@ -152,8 +158,7 @@ SensorLayout readLayout(Node const& node) {
     if (layout.whiteLevel <= layout.blackLevel)
         node.complain("whiteLevel", "is not above blackLevel");
     Node const correction = node.object("correction");
-    layout.originColumn = readPlace(correction.object("originColumn"));
-    layout.originRow = readPlace(correction.object("originRow"));
+    layout.origin = readOrigin(correction);
     layout.banks = readBanks(correction);
     return layout;
 }

@@ -22,11 +22,18 @@ struct PlaneRegisters {
     uint32_t stride = 0;
 };
 
-/// The correction that always holds (slot 0), or one for the illuminant of a slot.
+/// Registers of a correction's origin, in whole pixels of the array.
+struct OriginRegisters {
+    RegisterPlace column;
+    RegisterPlace row;
+};
+
+/// The correction that always holds (slot 0), or the table for the illuminant of a slot.
 struct BankRegisters {
     uint32_t slot = 0;
     PerPlane<PlaneRegisters> planes;
-    std::optional<RegisterPlace> colourTemperature;
+    std::optional<OriginRegisters> origin;          ///< none: that of the correction
+    std::optional<RegisterPlace> colourTemperature; ///< none: the sensor knows it by itself
 };
 
 enum class Input { Bayer, Ycbcr, Rgb32 };
@@ -41,8 +48,7 @@ struct SensorLayout {
     int sampleBytes = 1;
     double blackLevel = 0;
     double whiteLevel = 0;
-    RegisterPlace originColumn;
-    RegisterPlace originRow;
+    OriginRegisters origin;
     std::vector<BankRegisters> banks;
 
     /// The bank of a slot, or null.

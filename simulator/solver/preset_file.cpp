@@ -38,7 +38,7 @@ QByteArray presetText(SensorLayout const& layout, Solution const& solution, Pres
 
 bool writeWhole(QString const& path, QByteArray const& text, QString& fault) {
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit())
+    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush() && file.commit())
         return true;
     fault = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
     return false;

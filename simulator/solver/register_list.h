@@ -29,7 +29,8 @@ struct Solution {
 /// Registers of the base: the origin, then the base's coefficients when there is one.
 [[nodiscard]] std::vector<sf_RegEntry> baseRegisters(SensorLayout const& layout, Solution const& solution);
 
-/// Registers of one table: its coefficients, then its colour temperature.
+/// Registers of one table: its origin where it has its own, its coefficients, then its colour temperature
+/// where the sensor asks for it.
 [[nodiscard]] std::vector<sf_RegEntry> tableRegisters(SensorLayout const& layout, Table const& table);
 
 /// All registers in the order in which they are to be written. Every bank is one of the layout's.

@@ -54,6 +54,14 @@ void PageFixture::click(char const* button) {
     found->click();
 }
 
+void PageFixture::capture(bool all) {
+    for (size_t i = 0; i < m_case.captureRows.size() && page; ++i) {
+        std::string const row = m_case.captureRows[i];
+        if (all || text((row + "_Status").c_str()) == "Waiting for you...")
+            QMetaObject::invokeMethod(page, ("OnBnClicked" + row + "_Image").c_str());
+    }
+}
+
 void PageFixture::tick(int count) {
     while (count-- > 0)
         QMetaObject::invokeMethod(page, "start");

@@ -16,6 +16,10 @@ struct PageCase {
     char const* name;
     uint32_t sensorKind;
     CalibrationPage* (*make)(SensorRecord const&, HostServices const&, Wizard*, EepromSlot&);
+    /// Integer settings that the page has besides those of both, with their defaults.
+    std::vector<std::pair<std::string, int>> ownSettings;
+    /// Its capture buttons' names without "_Image".
+    std::vector<char const*> captureRows;
 };
 
 /// A page on a fake host with a setup preset, a sensor that can correct, and an existing save directory.
@@ -36,6 +40,8 @@ protected:
     }
     [[nodiscard]] std::string text(char const* label) const;
     void click(char const* button);
+    /// Presses the capture buttons of rows that wait for the user; `all`: of every row.
+    void capture(bool all = false);
     void tick(int count = 1);
     /// Delivers RGB-32 frames of one grey, `type` other than 11 delivers raw ones.
     void frames(int count, uint32_t type = 11, uint32_t pixel = 0x808080);
@@ -51,7 +57,8 @@ protected:
     QPointer<CalibrationPage> page;
     EepromSlot eepromSlot = nullptr;
 
-private:
     PageCase const m_case;
+
+private:
     QTemporaryDir m_folder;
 };

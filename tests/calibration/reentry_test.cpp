@@ -10,6 +10,9 @@ namespace {
 class Reentry : public PageFixture, public ::testing::WithParamInterface<PageCase> {
 protected:
     Reentry() : PageFixture(GetParam()) {
+        libraries.description.imageWidth = 64;
+        libraries.description.imageHeight = 48;
+        libraries.headboard.deviceAddress = 0xA8; // a headboard with an EEPROM: its calls count too
         setFolderChooser([this] { return QString::fromStdString(saveDir()); });
     }
     ~Reentry() override { setFolderChooser({}); }
@@ -38,6 +41,7 @@ protected:
                                      test.frames(1, 13);
                                  if (test.page)
                                      test.tick();
+                                 test.capture();
                              }
                          }});
         return found;
@@ -45,10 +49,14 @@ protected:
 
     // With frames and ticks enough, no step may be stuck in progress and no Run All may wait.
     void comeToRest(std::string const& where) {
-        for (int i = 0; i < 60 && page; ++i) {
+        // Whoever pressed Calibrate too early takes the pictures that it waits for.
+        capture(true);
+        for (int i = 0; i < 120 && page; ++i) {
             frames(5);
             frames(1, 13);
-            tick();
+            if (page)
+                tick();
+            capture();
         }
         if (!page)
             return;

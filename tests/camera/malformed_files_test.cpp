@@ -52,6 +52,15 @@ constexpr Fault kProfileFaults[] = {
      "p.json: eeprom.kind: \"paper\" is none of none, serial, bridge, bus-master"},
     {R"({"base": "poly-12bit", "eeprom": {"kind": "bridge"}})",
      "p.json: eeprom.kind: there is no register \"IO_EEPROM_I2C_ADDR\""},
+    {R"({"base": "poly-12bit", "layout": {"correction": {"banks": []}}})",
+     "p.json: layout.correction.banks: at least one bank is needed"},
+    {R"({"base": "kind72-1", "tableChoice": {"temperatures": ["FRAME_COUNT"]}})",
+     "p.json: tableChoice.temperatures: 3 values are expected, not 1"},
+    {R"({"base": "kind72-1", "tableChoice": {"temperatures": ["FRAME_COUNT", "FRAME_COUNT", "FRAME_COUNT"]}})",
+     "p.json: tableChoice.temperatures[0]: the layout tells another register"},
+    {R"({"base": "kind68-1", "tableChoice": {"automatic": {"register": "NONE"}}})",
+     "p.json: tableChoice.automatic.register: there is no register \"NONE\""},
+    {R"({"base": "kind68-1", "tableChoice": null})", "p.json: the key \"tableChoice\" is missing"},
     {R"({"base": ["poly-12bit", "groups/nowhere"]})", "p.json: base: nowhere.json: cannot be read"},
     {R"({"base": "poly-12bit", "registers": {"more":
         [{"name": "A_{w}", "address": 1, "stride": 1, "indices": [{"letter": "w", "words": []}]}]}})",
@@ -69,19 +78,57 @@ TEST(MalformedFiles, ProfileFaultIsNamedWithItsPlace) {
     }
 }
 
+// Each row replaces one text in the layout of a sensor with a base and three tables.
+struct Replacement {
+    char const* from;
+    char const* to;
+    char const* message;
+};
+
+constexpr char kBankPlanes[] = R"("planes": {"greenRed": {"id": 0, "address": 13824, "stride": 2},
+    "red": {"id": 0, "address": 13888, "stride": 2}, "blue": {"id": 0, "address": 13952, "stride": 2},
+    "greenBlue": {"id": 0, "address": 14016, "stride": 2}})";
+
+constexpr Replacement kBankFaults[] = {
+    {"\"slot\": 4", "\"slot\": 1", "p.json: layout.correction.banks[3].slot: 1 is none of 0, 2, 3, 4"},
+    {"\"slot\": 4", "\"slot\": 5", "p.json: layout.correction.banks[3].slot: 5 lies outside 0 to 4"},
+    {"\"slot\": 4", "\"slot\": 3", "p.json: layout.correction.banks[3].slot: 3 occurs twice"},
+    {", {\"slot\": 4, PLANES}", "", "p.json: layout.correction.banks: of the slots 2, 3, 4 some are missing"},
+    {"\"slot\": 3,", "\"slot\": 3, \"originColumn\": {\"id\": 0, \"address\": 14210},",
+     "p.json: layout.correction.banks[2]: the key \"originRow\" is missing"},
+    {"\"slot\": 2,", "\"slot\": 2, \"colourTemperature\": {\"id\": 0, \"address\": 1},",
+     "p.json: layout.correction.banks[1].colourTemperature: there is no 16-bit register at id 0, address "
+     "0x0001"},
+    {"\"slot\": 0, PLANES", "\"slot\": 0",
+     "p.json: layout.correction.banks[0]: the key \"planes\" is missing"},
+};
+
+TEST(MalformedFiles, FaultOfATableIsNamedWithItsPlace) {
+    QByteArray const good = R"({"base": "kind68-1", "layout": {"correction": {"banks": [
+        {"slot": 0, PLANES}, {"slot": 2, PLANES}, {"slot": 3, PLANES}, {"slot": 4, PLANES}]}}})";
+    TestFiles const files;
+    QString error;
+    auto const opens = [&](QByteArray profile) {
+        return SimulatedCamera::open(
+                   files.write(QStringLiteral("p.json"), profile.replace("PLANES", kBankPlanes)), &error) !=
+               nullptr;
+    };
+    ASSERT_TRUE(opens(good)) << qPrintable(error);
+    for (Replacement const& row : kBankFaults) {
+        QByteArray const bad = QByteArray(good).replace(row.from, row.to);
+        ASSERT_NE(bad, good) << row.from;
+        EXPECT_FALSE(opens(bad)) << row.message;
+        EXPECT_TRUE(error.startsWith(QLatin1String(row.message)))
+            << qPrintable(error) << "\nfor " << row.message;
+    }
+}
+
 TEST(MalformedFiles, UnknownProfileNamesTheKnownOnes) {
     QString error;
     EXPECT_FALSE(SimulatedCamera::open(QStringLiteral("nowhere"), &error));
     EXPECT_TRUE(error.contains(QLatin1String("poly-12bit"))) << qPrintable(error);
     EXPECT_FALSE(SimulatedCamera::open(QStringLiteral("nowhere"), nullptr));
 }
-
-// Each row replaces one text of a correct file.
-struct Replacement {
-    char const* from;
-    char const* to;
-    char const* message;
-};
 
 constexpr char kShading[] = R"({
  "format": "shading-gains-1", "name": "m", "columns": 2, "rows": 2,
@@ -91,6 +138,7 @@ constexpr char kShading[] = R"({
  ]
 })";
 
+// Each row replaces one text of a correct file.
 constexpr Replacement kShadingFaults[] = {
     {"]\n}", "]", "m.json: line 6: "},
     {"shading-gains-1", "shading-gains-2", "m.json: format: \"shading-gains-1\" is expected"},

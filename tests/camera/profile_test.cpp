@@ -6,8 +6,7 @@ using namespace simulator;
 
 namespace {
 
-// Rules by which software chooses registers or a way to the EEPROM, and what meets each of them. The
-// registers of the sensors with several illuminants are groups that no lens-shading profile has.
+// Rules by which software chooses registers or a way to the EEPROM, and what meets each of them.
 struct Meeting {
     char const* rule;
     char const* bases; ///< JSON
@@ -37,15 +36,21 @@ constexpr Meeting kMeetings[] = {
     {"bus master", R"("kind103")", "DMA_CTRL", ""},
     {"bus master of a system-on-chip", R"("kind111")", "DMA_CTRL", ""},
     {"colour matrices", R"("kind111")", "AWB_CCM_RL_10", ""},
-    {"sequencer", R"(["poly-12bit", "groups/pga-sequencer"])", "SEQUENCERSETUP_CMD", ""},
-    {"sequencer object", R"(["poly-12bit", "groups/pga-sequencer"])", "SEQUENCERSETUP_MANUALOBJ", ""},
-    {"mode", R"(["poly-12bit", "groups/pga-sequencer"])", "PGASETUP_MODE", ""},
-    {"zone of the mode", R"(["poly-12bit", "groups/pga-sequencer"])", "PGAOUTPUT_CURZONE", ""},
-    {"settings left out", R"(["poly-12bit", "groups/pga-sequencer"])", "PGASETUP_RIGHT_BLUEQ14", ""},
-    {"powers left out, and not", R"(["poly-12bit", "groups/pga-sequencer"])", "P_CB_Q5", ""},
-    {"automatic mode", R"(["poly-12bit", "groups/auto-pga"])", "CAM_PGA_PGA_CONTROL",
-     "CAM_PGA_AUTO_PGA_ENABLE"},
-    {"zone of the automatic mode", R"(["poly-12bit", "groups/auto-pga"])", "PGA_CURRENT_ZONE", ""},
+    {"sequencer", R"("kind68-1")", "SEQUENCERSETUP_CMD", ""},
+    {"sequencer object", R"("kind68-2")", "SEQUENCERSETUP_MANUALOBJ", ""},
+    {"mode", R"("kind68-1")", "PGASETUP_MODE", ""},
+    {"zone of the mode", R"("kind68-2")", "PGAOUTPUT_CURZONE", ""},
+    {"settings left out", R"("kind68-1")", "PGASETUP_RIGHT_BLUEQ14", ""},
+    {"powers left out, and not", R"("kind68-1")", "P_CB_Q5", ""},
+    {"tables", R"("kind68-2")", "PGATABLECWF_DATA_099", ""},
+    {"switch of kind 72", R"("kind72-1")", "CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"},
+    {"temperatures of the colour matrices", R"("kind72-1")", "CAM_AWB_CCM_R_CTEMP", ""},
+    {"white-balance gains", R"("kind72-1")", "CAM_AWB_CCM_L_BG_GAIN", ""},
+    {"tables with columns first", R"("kind76-1")", "PGA_TABLE_D65_CENTER_COLUMN", ""},
+    {"automatic mode", R"("kind76-2")", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE"},
+    {"zone of the automatic mode", R"("kind76-2")", "PGA_CURRENT_ZONE", ""},
+    {"polynomial left out", R"("kind76-2")", "P_GB_P4Q4", ""},
+    {"origin left out", R"("kind76-2")", "CENTER_COLUMN", ""},
 };
 
 Camera openBased(QByteArray const& bases) {
@@ -67,10 +72,14 @@ TEST(Profiles, EveryRuleIsMetBySomeProfile) {
     }
 }
 
-TEST(Profiles, SystemsOnChipOfKind95HaveNoOtherSwitch) {
-    Camera const camera = openBased("\"kind95\"");
-    EXPECT_FALSE(vy_ExistsRegister(camera->handle(), "COLOR_PIPELINE_CONTROL"));
-    EXPECT_FALSE(vy_ExistsRegister(camera->handle(), "POLY_SC_ENABLE"));
+// A stored record switches by the first pair that a sensor has, so a second one would be left as it is.
+TEST(Profiles, SensorsWithAControlOfTheirOwnHaveNoOtherSwitch) {
+    for (char const* const profile : {"kind95", "kind72-1", "kind72-2", "kind76-1", "kind76-2"}) {
+        SCOPED_TRACE(profile);
+        Camera const camera = openBased(QByteArray("\"") + profile + '"');
+        EXPECT_FALSE(vy_ExistsRegister(camera->handle(), "COLOR_PIPELINE_CONTROL"));
+        EXPECT_FALSE(vy_ExistsRegister(camera->handle(), "POLY_SC_ENABLE"));
+    }
 }
 
 struct Wiring {
@@ -84,6 +93,12 @@ TEST(Profiles, EepromsLieWhereTheirKindsLookForThem) {
                               {"kind154", 0xA8, 'V'},
                               {"kind95", 0xAA, '\xFF'},
                               {"kind198", 0xAC, 'V'},
+                              {"kind68-1", 0xA8, 'V'},
+                              {"kind68-2", 0xA8, 'V'},
+                              {"kind72-1", 0xA8, 'V'},
+                              {"kind72-2", 0xA8, '\xFF'},
+                              {"kind76-1", 0xA8, 'V'},
+                              {"kind76-2", 0xA8, 'V'},
                               {"ycbcr", 0, 0},
                               {"kind71", 0, 0},
                               {"kind103", 0, 0}}) {

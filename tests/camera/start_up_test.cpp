@@ -80,9 +80,9 @@ TEST(StartUp, ShortEntriesHoldPageOrDriver) {
 
     Camera const wide = SimulatedCamera::open(QStringLiteral("kind95"), &error);
     programContents(*wide,
-                    device(shadingRecord("DEFAULT", withLength(4, shortEntry(18 << 10 | 0x0C2, 0x4321)))));
+                    device(shadingRecord("DEFAULT", withLength(4, shortEntry(18 << 10 | 0x0BE, 0x4321)))));
     ASSERT_TRUE(wide->replayEeprom(&error)) << qPrintable(error);
-    EXPECT_EQ(readRegister(*wide, "CAM_PGA_L_CONFIG_GREEN_RED_Q14"), 0x4321U);
+    EXPECT_EQ(readRegister(*wide, "CAM_PGA_PGA_CONTROL"), 0x4321U);
 }
 
 TEST(StartUp, TakesTheFirstRecordOrTheNamedOneBehindOthers) {

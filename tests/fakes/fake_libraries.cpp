@@ -45,6 +45,10 @@ Veyra2 cameraTable() {
 
 Shadefit solverTable() {
     Shadefit table;
+    table.sf_Create = [](uint32_t kind, uint32_t variant, int32_t minusOne) {
+        return create("create " + std::to_string(kind) + ' ' + std::to_string(variant) + ' ' +
+                      std::to_string(minusOne));
+    };
     table.sf_Create2 = [](void const* data, uint32_t kind, uint32_t variant, uint32_t bits) {
         return create("create2 " + std::string(data ? "data " : "null ") + std::to_string(kind) + ' ' +
                       std::to_string(variant) + ' ' + std::to_string(bits));
@@ -75,6 +79,11 @@ Shadefit solverTable() {
     table.sf_FindApga = [](sf_Handle*, sf_ApgaParams const* params) {
         libraries->apga = *params;
         note("findApga");
+        return libraries->apgaAnswer;
+    };
+    table.sf_FindAutoPga = [](sf_Handle*, sf_ApgaParams const* params) {
+        libraries->apga = *params;
+        note("findAutoPga");
         return libraries->apgaAnswer;
     };
     table.sf_DumpRegList = [](sf_Handle*) -> sf_RegList const* {

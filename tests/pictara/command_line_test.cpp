@@ -25,6 +25,12 @@ TEST(CommandLine, NamesTheOptionThatIsWrong) {
         {{"--frames-per-tick", "0"}, "--frames-per-tick"},
         {{"--max-frames", "2.5"}, "--max-frames"},
         {{"--output", ""}, "--output"},
+        {{"--run-all", "--fault", "error-12@"}, "--fault"},
+        {{"--run-all", "--fault", "error-12@99999999999999999999"}, "--fault"},
+        {{"--window", "--fault", "error-12"}, "--run-all"},
+        {{"--replay-eeprom", "e.bin", "--window"}, "no window"},
+        {{"--replay-eeprom", "e.bin", "--eeprom", "f.bin"}, "--eeprom"},
+        {{"--run-all", "--record", "DEFAULT"}, "--replay-eeprom"},
         {{"--colour"}, "colour"},
         {{"poly-12bit"}, "poly-12bit"},
         {{"--profile"}, "profile"},
@@ -54,6 +60,26 @@ TEST(CommandLine, ReadsEveryValue) {
     EXPECT_EQ(options.maxFrames, 99);
 }
 
+TEST(CommandLine, ReadsWhichOperationsAFaultStrikes) {
+    struct {
+        char const* text;
+        std::optional<uint64_t> operation;
+        bool forEver;
+    } const rows[] = {
+        {"error-12", std::nullopt, false},
+        {"error-12+", std::nullopt, true},
+        {"error-12@0", 0, false},
+        {"error-12@18446744073709551615+", UINT64_MAX, true},
+    };
+    for (auto const& row : rows) {
+        CommandLine const result = parsed({"--run-all", "--fault", row.text});
+        ASSERT_TRUE(result.options && result.options->fault) << row.text;
+        EXPECT_EQ(result.options->fault->name, QStringLiteral("error-12"));
+        EXPECT_EQ(result.options->fault->operation, row.operation) << row.text;
+        EXPECT_EQ(result.options->fault->forEver, row.forEver) << row.text;
+    }
+}
+
 TEST(CommandLine, AWindowWinsOverARunAndAsksForASensorOnlyWhenNoneIsNamed) {
     struct {
         QStringList arguments;
@@ -64,6 +90,7 @@ TEST(CommandLine, AWindowWinsOverARunAndAsksForASensorOnlyWhenNoneIsNamed) {
         {{"--run-all", "--window"}, false, true},
         {{"--window", "--run-all", "--profile", "soc"}, false, false},
         {{"--run-all", "--screenshot", "a.png"}, false, false},
+        {{"--run-all", "--replay-eeprom", "e.bin"}, false, false},
     };
     for (auto const& row : rows) {
         CommandLine const result = parsed(row.arguments);

@@ -5,7 +5,17 @@ namespace {
 FakeSensor* current = nullptr;
 
 constexpr int kNoAnswer = 12;
+constexpr int kBadArgument = 1;
+constexpr uint32_t kModeAddressBits = 1, kModeDataBits = 2;
 constexpr uint32_t kEnableMask = 0x8000; // of the one bitfield that every register has
+
+// The one device on the bus: addresses of 16 bits, bytes.
+int answerOfBus(uint32_t device) {
+    if (device != 0xA0)
+        return kNoAnswer;
+    bool const fits = current->m_modes[kModeAddressBits] == 16 && current->m_modes[kModeDataBits] == 8;
+    return fits ? 0 : kBadArgument;
+}
 
 } // namespace
 
@@ -59,17 +69,22 @@ int vy_WriteSensorReg(vy_Camera*, vy_RegisterDescription const* reg, uint32_t va
     return 0;
 }
 
+int vy_setMode(vy_Camera*, uint32_t mode, uint32_t value) {
+    current->m_modes[mode] = value;
+    return 0;
+}
+
 int vy_readRegisters(vy_Camera*, uint32_t device, uint32_t start, uint32_t count, uint32_t* words) {
-    if (device != 0xA0)
-        return kNoAnswer;
+    if (int const answer = answerOfBus(device); answer != 0)
+        return answer;
     for (uint32_t i = 0; i < count; ++i)
         words[i] = current->m_busBytes[start + i];
     return 0;
 }
 
 int vy_writeRegisters(vy_Camera*, uint32_t device, uint32_t start, uint32_t count, uint32_t const* words) {
-    if (device != 0xA0)
-        return kNoAnswer;
+    if (int const answer = answerOfBus(device); answer != 0)
+        return answer;
     for (uint32_t i = 0; i < count; ++i)
         current->m_busBytes[start + i] = uint8_t(words[i]);
     return 0;

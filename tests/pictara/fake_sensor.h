@@ -21,4 +21,5 @@ public:
     std::map<std::string, uint32_t> m_values;
     std::map<std::string, vy_RegisterDescription> m_descriptions;
     std::map<uint32_t, uint8_t> m_busBytes;
+    std::map<uint32_t, uint32_t> m_modes;
 };

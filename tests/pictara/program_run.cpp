@@ -18,9 +18,17 @@ ProgramRun::ProgramRun(QStringList arguments) {
     m_ended = process.waitForFinished(kLongestRunMs) && process.exitStatus() == QProcess::NormalExit;
     m_exitCode = process.exitCode();
     m_messages = QString::fromLocal8Bit(process.readAllStandardError());
-    QFile summary(file(QStringLiteral("summary.txt")));
-    if (summary.open(QIODevice::ReadOnly))
-        m_summary = QString::fromUtf8(summary.readAll());
+    m_summary = QString::fromUtf8(contents("summary.txt") + contents("replay-summary.txt"));
+}
+
+QByteArray ProgramRun::contents(QString const& name) const {
+    QFile file(this->file(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(QString const& name, QByteArray const& contents) {
+    QFile file(name);
+    return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size();
 }
 
 QString ProgramRun::value(char const* name) const {

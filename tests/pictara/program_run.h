@@ -4,7 +4,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// One run of the program with its results in a folder of its own.
+/// One run of the program with its results in a folder of its own. A replay's summary is that run's summary.
 class ProgramRun {
 public:
     explicit ProgramRun(QStringList arguments);
@@ -14,6 +14,8 @@ public:
     [[nodiscard]] QString const& messages() const { return m_messages; }
     [[nodiscard]] QString const& summary() const { return m_summary; }
     [[nodiscard]] QString file(QString const& name) const { return m_folder.filePath(name); }
+    /// What a file of that name holds; empty when there is none.
+    [[nodiscard]] QByteArray contents(QString const& name) const;
     /// What a line of the summary says.
     [[nodiscard]] QString value(char const* name) const;
     /// The figure of a line of the summary, or one that no comparison likes.
@@ -25,6 +27,11 @@ private:
     int m_exitCode = 0;
     QString m_messages, m_summary;
 };
+
+/// False when the file cannot be written.
+[[nodiscard]] bool writeFile(QString const& name, QByteArray const& contents);
+
+#define ASSERT_EXIT_CODE(run, code) ASSERT_EQ((run).exitCode(), code)
 
 #define EXPECT_EXIT_CODE(run, code)                                                                          \
     EXPECT_EQ((run).exitCode(), code) << (run).messages().toStdString() << (run).summary().toStdString()

@@ -41,10 +41,13 @@ TEST(Program, FlattensMeasuredLensesUnderEachLamp) {
     QStringList const modules = folder.entryList({"*.json"}, QDir::Files, QDir::Name);
     if (modules.isEmpty())
         GTEST_SKIP() << "no measured lenses in " << folder.path().toStdString();
+    QTemporaryDir const profileFolder;
+    QString const profile = writeChangedProfile(profileFolder.path(), "poly-12bit", kNoEeprom);
     for (QString const& module : modules) {
         for (QString const& lamp : lampsOf(folder.filePath(module))) {
             SCOPED_TRACE(module.toStdString() + " at " + lamp.toStdString());
-            ProgramRun const run({"--run-all", "--light", lamp, "--shading", folder.filePath(module)});
+            ProgramRun const run(
+                {"--run-all", "--profile", profile, "--light", lamp, "--shading", folder.filePath(module)});
             EXPECT_EXIT_CODE(run, 0);
             EXPECT_LE(run.figure("uniformity corrected"), 1.0);
             EXPECT_LE(5 * run.figure("luminance error, largest against the median block, corrected"),
@@ -72,20 +75,20 @@ TEST(Program, ARunThatTakesTooLongIsGivenUp) {
 TEST(Program, AWindowWinsOverARunAndEndsWhenItIsClosed) {
     QTemporaryDir const folder;
     QString const screenshot = folder.filePath("window.png");
-    ProgramRun const run(
-        {"--run-all", "--window", "--profile", writeSmallProfile(folder.path()), "--screenshot", screenshot});
+    ProgramRun const run({"--run-all", "--window", "--profile",
+                          writeSmallProfile(folder.path(), "poly-12bit", {}), "--screenshot", screenshot});
     EXPECT_EXIT_CODE(run, 0);
     EXPECT_TRUE(run.summary().isEmpty());
     EXPECT_FALSE(QImage(screenshot).isNull());
+    EXPECT_TRUE(run.contents("eeprom.bin").startsWith("VYEE")) << "the dialog formats a blank one at once";
 }
 
 TEST(Program, WhatCannotBeRunEndsWithAMessage) {
     QTemporaryDir const folder;
     QString const malformed = folder.filePath("lens.json"), noPresets = folder.filePath("host.ini");
-    for (QString const& name : {malformed, noPresets}) {
-        QFile file(name);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("[Other]\n") > 0);
-    }
+    QString const blank = folder.filePath("blank.bin"), cut = folder.filePath("cut.bin");
+    ASSERT_TRUE(writeFile(malformed, "[Other]\n") && writeFile(noPresets, "[Other]\n"));
+    ASSERT_TRUE(writeFile(blank, QByteArray(8192, '\xFF')) && writeFile(cut, QByteArray(8191, '\xFF')));
     struct {
         QStringList arguments;
         char const* told;
@@ -98,6 +101,13 @@ TEST(Program, WhatCannotBeRunEndsWithAMessage) {
         {{"--plugin", folder.filePath("none.so")}, "none.so"},
         {{"--settings", folder.path()}, "settings"},
         {{"--falloff", "97"}, "95%"},
+        {{"--eeprom", cut}, "8191"},
+        {{"--eeprom", folder.filePath("none/eeprom.bin")}, "none/eeprom.bin"},
+        {{"--eeprom", blank, "--profile", "kind25"}, "has no EEPROM for --eeprom"},
+        {{"--fault", "error-12", "--profile", "kind25"}, "has no EEPROM for --fault"},
+        {{"--fault", "error-13"}, "error-12"},
+        {{"--replay-eeprom", blank}, "EEPROM"},
+        {{"--replay-eeprom", folder.filePath("none.bin")}, "none.bin"},
     };
     for (auto const& row : rows) {
         ProgramRun const run(QStringList(QStringLiteral("--run-all")) + row.arguments);

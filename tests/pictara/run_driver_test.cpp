@@ -69,6 +69,7 @@ struct RunDriverTest : testing::Test {
 };
 
 TEST_F(RunDriverTest, TicksByFramesAndNeverByThePagesTimer) {
+    page->setStatus("AE_Status", QStringLiteral("In progress... 0 %"));
     page->script = [this](int tick) {
         EXPECT_EQ(frames, 4 * tick);
         if (tick == 10)
@@ -93,6 +94,31 @@ TEST_F(RunDriverTest, CancelsARunThatAnErrorHolds) {
     EXPECT_LT(result.last.frames, 100);
     EXPECT_TRUE(result.last.statusTexts[kCalibration].startsWith(QLatin1String("Error")));
     EXPECT_FALSE(DialogPage::find(&dialog).isRunning());
+}
+
+TEST_F(RunDriverTest, CancelsARunThatBeginsNothing) {
+    RunResult const result = run();
+    EXPECT_EQ(result.end, RunEnd::Cancelled);
+    EXPECT_LT(result.last.frames, 100);
+    EXPECT_FALSE(DialogPage::find(&dialog).isRunning());
+}
+
+TEST_F(RunDriverTest, AnnouncesASaveBeforeTheTickThatDoesIt) {
+    page->setStatus("File_Save_Status", QStringLiteral("Error: The directory does not exist."));
+    page->script = [this](int tick) {
+        if (tick == 3)
+            page->setStatus("Calibrate_Status", QStringLiteral("Done."));
+        if (tick == 4)
+            page->setStatus("Prom_Save_Status", QStringLiteral("Done."));
+        if (tick == 6)
+            page->setRunning(false);
+    };
+    RunDriver driver(
+        DialogPage::find(&dialog), [] {}, 3, 600);
+    QList<int> announcedAfter;
+    driver.onSaving([&] { announcedAfter << page->ticks; });
+    EXPECT_EQ(driver.runAll().end, RunEnd::Finished);
+    EXPECT_EQ(announcedAfter, QList<int>{3});
 }
 
 TEST_F(RunDriverTest, AnErrorOfAnotherStepDoesNotStopAWorkingOne) {
@@ -124,14 +150,15 @@ TEST_F(RunDriverTest, GoesOnFromAStepAndCountsOn) {
     };
     RunDriver driver(
         DialogPage::find(&dialog), [this] { ++frames; }, 3, 600);
-    RunResult const result = driver.runFrom(kExposure);
+    RunResult const result = driver.runSteps(kExposure, kEepromSave);
     EXPECT_EQ(result.end, RunEnd::Finished);
     EXPECT_EQ(pressed, QStringList({"AE", "AWB", "Calibrate", "File_Save"}));
     EXPECT_EQ(result.last.ticks, 16);
-    EXPECT_EQ(driver.runFrom(kFileSave).last.ticks, 20);
+    EXPECT_EQ(driver.runSteps(kFileSave, kEepromSave).last.ticks, 20);
 }
 
 TEST_F(RunDriverTest, GivesUpAtTheBoundOnFrames) {
+    page->setStatus("AE_Status", QStringLiteral("In progress... 0 %"));
     RunResult const result = run(3, 91);
     EXPECT_EQ(result.end, RunEnd::TimedOut);
     EXPECT_EQ(result.last.frames, 90);
@@ -146,11 +173,12 @@ TEST(AllStepsDone, EveryStepHasItsSay) {
                               " 0.52   (Lower is better.)",
                               "Done: POLY.ini",
                               "No EEPROM."};
-    EXPECT_TRUE(allStepsDone(done));
+    EXPECT_TRUE(allStepsDone(done, false));
+    EXPECT_FALSE(allStepsDone(done, true)) << "an EEPROM that is there was not found";
     for (int i = 0; i < done.size(); ++i) {
         QStringList texts = done;
         texts[i] = i == kUniformity ? QStringLiteral(" --   (Lower is better)") : QStringLiteral("Error");
-        EXPECT_FALSE(allStepsDone(texts)) << i;
+        EXPECT_FALSE(allStepsDone(texts, false)) << i;
     }
     double figure = 0;
     EXPECT_TRUE(shownUniformity(QStringLiteral("12.30   (Lower is better.)"), &figure));

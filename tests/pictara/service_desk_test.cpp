@@ -69,15 +69,30 @@ TEST_F(ServiceDeskTest, TextsAreCutToTheBufferAndFallBack) {
     char path[260];
     host.readTextSetting("IniFileName", path, sizeof path, "");
     EXPECT_EQ(QString::fromLocal8Bit(path), folder.filePath("host.ini"));
+}
+
+TEST_F(ServiceDeskTest, OptionsAreKeptForTheNextSittingApartFromSettings) {
+    host.writeTextSetting("Still File", "setting");
     host.writeOption("Still File", "a.png");
     EXPECT_STREQ(host.readOption("Still File"), "a.png");
     EXPECT_STREQ(host.readOption("unknown"), "");
+    char buffer[16];
+    host.readTextSetting("Still File", buffer, sizeof buffer, "");
+    EXPECT_STREQ(buffer, "setting");
+    SettingsStore next(folder.filePath("settings.ini"));
+    ServiceDesk const nextDesk(states, next, registers, {});
+    EXPECT_STREQ(host.readOption("Still File"), "a.png");
 }
 
-TEST_F(ServiceDeskTest, ReachesTheBusAndIgnoresWhatItHasNoUseFor) {
+TEST_F(ServiceDeskTest, ReachesTheBusAtTheWidthsOfEachCall) {
     host.writeBusByte(0xA0, 0x1FF, 0x5A, 16, 8);
-    EXPECT_EQ(host.readBusByte(0xA0, 0x1FF, 16, 8), 0x5AU);
+    host.writeBusByte(0xA0, 0x1FF, 0xFF, 8, 8);
+    EXPECT_EQ(host.readBusByte(0xA0, 0x1FF, 16, 16), 0U);
+    EXPECT_EQ(host.readBusByte(0xA0, 0x1FF, 16, 8), 0x5AU) << "widths were left over from another call";
     EXPECT_EQ(host.readBusByte(0xB0, 0x1FF, 16, 8), 0U);
+}
+
+TEST_F(ServiceDeskTest, IgnoresWhatItHasNoUseFor) {
     HostServices::Unused functions[33];
     static_assert(sizeof functions == sizeof host);
     std::memcpy(functions, &host, sizeof functions);

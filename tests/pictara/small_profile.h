@@ -4,13 +4,20 @@
 #include <QFile>
 #include <QString>
 
-/// Writes a profile that is the default one with fewer pixels and gives its path; `more` are further keys,
-/// with a leading comma. Lens and colours are the same, and a run takes a fraction of the time.
-inline QString writeSmallProfile(QString const& folder, QByteArray const& more = {}) {
-    QString const name = folder + QStringLiteral("/small.json");
+/// Writes a profile that changes some keys of another one and gives its path. `changes` begins with a comma.
+inline QString writeChangedProfile(QString const& folder, char const* base, QByteArray const& changes) {
+    QString const name = folder + QStringLiteral("/changed-%1.json").arg(QLatin1String(base));
     QFile file(name);
-    QByteArray const size = R"({"width": 480, "height": 270})";
-    QByteArray const text =
-        R"({"base": "poly-12bit", "array": )" + size + R"(, "layout": )" + size + more + "}";
+    QByteArray const text = QByteArrayLiteral(R"({"base": ")") + base + '"' + changes + '}';
     return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() ? name : QString();
+}
+
+/// Saving to an EEPROM takes seconds; where that does not matter, there is none.
+inline constexpr char kNoEeprom[] = R"(, "eeprom": {"kind": "none"})";
+
+/// The profile with fewer pixels. Lens and colours are the same, and a run takes a fraction of the time.
+inline QString writeSmallProfile(QString const& folder, char const* base = "poly-12bit",
+                                 QByteArray const& more = kNoEeprom) {
+    QByteArray const size = R"({"width": 480, "height": 270})";
+    return writeChangedProfile(folder, base, R"(, "array": )" + size + R"(, "layout": )" + size + more);
 }

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDialog>
+#include <QDir>
 #include <QDoubleSpinBox>
 #include <QLineEdit>
 #include <QPushButton>
@@ -84,7 +85,7 @@ TEST_F(LightPanelTest, UncoveringBringsTheLightBackThatWasSetMeanwhile) {
 
 struct HostWindowTest : testing::Test {
     void SetUp() override {
-        options.profile = writeSmallProfile(folder.path());
+        options.profile = writeSmallProfile(folder.path(), "poly-12bit", {});
         options.outputFolder = folder.filePath("out");
         options.falloffPercent = 80;
         QString error;
@@ -139,6 +140,23 @@ TEST_F(HostWindowTest, TheDialogIsSetUpAndComesBackAfterItWasClosed) {
     part<QPushButton>("dialog")->click();
     ASSERT_TRUE(window->dialog());
     EXPECT_TRUE(window->dialog()->isVisible());
+}
+
+TEST_F(HostWindowTest, WhatTheEepromHoldsIsThereInTheNextSitting) {
+    EXPECT_GT(session->camera().deviceBytesWritten(), 0U) << "nothing was written that could be kept";
+    QString error;
+    ASSERT_TRUE(session->keepEeprom(&error)) << error.toStdString();
+    session->closePlugin();
+    window.reset();
+    session.reset();
+    session = Session::open(options, &error);
+    ASSERT_TRUE(session) << error.toStdString();
+    ASSERT_TRUE(session->openDialog(nullptr, &error)) << error.toStdString();
+    EXPECT_EQ(session->camera().deviceBytesWritten(), 0U) << "the dialog found a blank EEPROM again";
+
+    ASSERT_TRUE(QDir(session->outputFolder()).removeRecursively());
+    EXPECT_FALSE(session->keepEeprom(&error));
+    EXPECT_TRUE(error.contains(session->eepromFile())) << error.toStdString();
 }
 
 TEST_F(HostWindowTest, NoFrameIsDeliveredToAClosedWindow) {

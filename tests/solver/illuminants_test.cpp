@@ -65,6 +65,25 @@ TEST(Illuminants, FullTablesNeedNoBase) {
     }
 }
 
+// Sensors differ in what they ask for beside the coefficients; the origin must come before them, or the
+// sensor would show a table around the wrong place meanwhile.
+TEST(Illuminants, TablesCarryTheirOwnOriginAndOnlyATemperatureThatIsAskedFor) {
+    TestSensor const sensor{
+        .bankSlots = {2, 3, 4}, .tablesHaveOrigins = true, .tablesHaveTemperatures = false};
+    Handle const handle = open(sensor);
+    addTables(handle, sensor, sf_FindAutoPga);
+    auto const list = registers(handle);
+    ASSERT_EQ(list.size(), 2u + 3 * 102);
+    for (uint32_t const slot : {2u, 3u, 4u}) {
+        sf_RegEntry const* const table = &list[2 + (slot - 2) * 102];
+        EXPECT_EQ(table[0].second, originColumnAddress(slot));
+        EXPECT_EQ(table[0].third, 320u);
+        EXPECT_EQ(table[1].second, originRowAddress(slot));
+        EXPECT_EQ(table[1].third, 180u);
+        EXPECT_EQ(table[2].second, planeAddress(slot, 0));
+    }
+}
+
 TEST(Illuminants, NoSlotLeavesTheSolutionAsItIs) {
     TestSensor const sensor;
     Handle const handle = open(sensor);

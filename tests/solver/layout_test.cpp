@@ -44,6 +44,29 @@ TEST(Layout, FaultsAreNamedWithTheirPlace) {
     }
 }
 
+TEST(Layout, FaultsOfATableAreNamedWithItsPlace) {
+    QByteArray const good = TestSensor{.bankSlots = {0, 2, 3, 4}, .tablesHaveOrigins = true}.layout();
+    ASSERT_TRUE(Handle(create(good)));
+    struct Row {
+        char const* from;
+        char const* to;
+        char const* fault;
+    };
+    constexpr Row kRows[] = {
+        {"\"slot\": 4", "\"slot\": 3", "correction.banks[3].slot occurs twice"},
+        {"\"slot\": 4", "\"slot\": 5", "correction.banks[3].slot is missing or out of range"},
+        {"\"address\": 16132", "\"address\": -1", "correction.banks[1].originRow.address"},
+    };
+    for (Row const& row : kRows) {
+        SCOPED_TRACE(row.fault);
+        WarningLog const log;
+        QByteArray bad = good;
+        ASSERT_TRUE(bad.contains(row.from));
+        EXPECT_EQ(create(bad.replace(row.from, row.to)), nullptr);
+        EXPECT_TRUE(log.has(row.fault)) << log.all().constData();
+    }
+}
+
 TEST(Layout, ForeignDataIsNotReadBeyondTheFirstDifference) {
     WarningLog const log;
     std::unique_ptr<char[]> const foreign(new char[4]{'s', 'e', 'n', '\0'});

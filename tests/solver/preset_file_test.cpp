@@ -47,14 +47,14 @@ protected:
     }
 
     QTemporaryDir m_folder;
-    TestSensor m_sensor{.bankSlots = {0, 2, 3}};
+    TestSensor m_sensor{.bankSlots = {0, 2, 3}, .tablesHaveOrigins = true};
     QByteArray m_frame = expose(m_sensor, SyntheticLens{}.response(m_sensor));
     Handle m_handle = open(m_sensor);
 };
 
 TEST_F(PresetFile, GivesBackTheListInBothFormats) {
     auto const list = registers(m_handle);
-    ASSERT_EQ(list.size(), 2u + 100 + 2 * 101);
+    ASSERT_EQ(list.size(), 2u + 100 + 2 * 103);
     for (uint32_t const format : {0u, 2u}) {
         QByteArray const path = pathOf("lens.ini");
         ASSERT_EQ(sf_DumpRegFile(m_handle.get(), path.constData(), format, 0, 0), 0);

@@ -14,7 +14,7 @@ QJsonObject place(uint32_t address) {
     return {{"id", 0}, {"address", static_cast<double>(address)}};
 }
 
-QJsonObject bank(int slot) {
+QJsonObject bank(TestSensor const& sensor, int slot) {
     char const* const names[] = {"greenRed", "red", "blue", "greenBlue"};
     QJsonObject planes;
     for (uint32_t i = 0; i < 4; ++i) {
@@ -23,7 +23,11 @@ QJsonObject bank(int slot) {
         planes[names[i]] = plane;
     }
     QJsonObject result{{"slot", slot}, {"planes", planes}};
-    if (slot != 0)
+    if (slot != 0 && sensor.tablesHaveOrigins) {
+        result["originColumn"] = place(originColumnAddress(static_cast<uint32_t>(slot)));
+        result["originRow"] = place(originRowAddress(static_cast<uint32_t>(slot)));
+    }
+    if (slot != 0 && sensor.tablesHaveTemperatures)
         result["colourTemperature"] = place(temperatureAddress(static_cast<uint32_t>(slot)));
     return result;
 }
@@ -33,7 +37,7 @@ QJsonObject bank(int slot) {
 QByteArray TestSensor::layout() const {
     QJsonArray banks;
     for (int const slot : bankSlots)
-        banks.append(bank(slot));
+        banks.append(bank(*this, slot));
     QJsonObject const correction{
         {"originColumn", place(kOriginColumn)}, {"originRow", place(kOriginRow)}, {"banks", banks}};
     QJsonObject const layout{{"kind", 50},

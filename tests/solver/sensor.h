@@ -16,6 +16,8 @@ struct TestSensor {
     int blackLevel = 168;
     int whiteLevel = 4095;
     std::vector<int> bankSlots{0};
+    bool tablesHaveOrigins = false; ///< of their own
+    bool tablesHaveTemperatures = true;
 
     [[nodiscard]] QByteArray layout() const;
 };
@@ -25,6 +27,12 @@ constexpr uint32_t kOriginColumn = 0x3782;
 constexpr uint32_t kOriginRow = 0x3784;
 constexpr uint32_t planeAddress(uint32_t slot, uint32_t plane) {
     return 0x3600 + slot * 0x400 + plane * 0x40;
+}
+constexpr uint32_t originColumnAddress(uint32_t slot) {
+    return 0x3702 + slot * 0x400;
+}
+constexpr uint32_t originRowAddress(uint32_t slot) {
+    return 0x3704 + slot * 0x400;
 }
 constexpr uint32_t temperatureAddress(uint32_t slot) {
     return 0x3700 + slot * 0x400;

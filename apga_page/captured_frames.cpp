@@ -1,0 +1,55 @@
+#include "apga_page/captured_frames.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+
+namespace {
+
+constexpr int kBytesPerPixel = 2; // of both capturable types
+
+// Zeros for `elements` samples, with the frame's bytes at the start; null when there is no memory.
+CapturedSamples copyOf(Frame const& frame, int64_t bytes, size_t elements) {
+    try {
+        auto samples = std::make_shared<std::vector<uint16_t>>(elements);
+        std::memcpy(samples->data(), frame.data, size_t(bytes));
+        return samples;
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    } catch (std::length_error const&) {
+        return nullptr;
+    }
+}
+
+} // namespace
+
+CaptureRow* CapturedFrames::capturing() {
+    auto const row = std::ranges::find(m_rows, uint32_t{kCapturing}, &CaptureRow::state);
+    return row == m_rows.end() ? nullptr : &*row;
+}
+
+bool CapturedFrames::haveAllFrames() const {
+    return std::ranges::all_of(m_rows, [](CaptureRow const& row) { return row.samples != nullptr; });
+}
+
+void CapturedFrames::capture(CaptureRow& row, Frame const& frame, size_t imagePixels) {
+    int64_t const bytes = int64_t{frame.height} * frame.pitch;
+    if (bytes <= 0 || !frame.isReadableTopDown(kBytesPerPixel))
+        return;
+    if (m_frameBytes < bytes) {
+        for (CaptureRow& each : m_rows)
+            each.samples = nullptr;
+        m_frameBytes = bytes;
+    }
+    // The size is told in bytes and taken as a number of 16-bit samples, so half of a buffer is room.
+    row.samples = copyOf(frame, bytes, std::max(size_t(m_frameBytes), imagePixels));
+    if (!row.samples) {
+        row.state = kCaptureFailed;
+        return;
+    }
+    row.width = frame.width;
+    row.height = frame.height;
+    row.progress = 100;
+    row.state = kCaptured;
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "hoststate/frame.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+/// The three illuminants of a calibration, in the order in which everything here has them: also the sensor's
+/// left, middle and right.
+enum Illuminant : size_t { kIncandescent, kFluorescent, kDaylight, kIlluminants };
+
+/// State of a capture row.
+enum CaptureState : uint32_t {
+    kNotCaptured = 0,
+    kArmed = 1,
+    kWaiting = 2, ///< for the user, who changes the light and presses the row's button
+    kCapturing = 3,
+    kCaptured = 4,
+    kIncompatibleSize = 5,
+    kCaptureFailed = 6,
+};
+
+/// Samples of a captured frame, rows from the top. Shared, so that a reset inside a library call takes no
+/// frame from under it.
+using CapturedSamples = std::shared_ptr<std::vector<uint16_t> const>;
+
+struct CaptureRow {
+    uint32_t state = kNotCaptured;
+    int32_t progress = 0; ///< 0 to 100
+    CapturedSamples samples;
+    int32_t width = 0;   ///< pixels of the captured frame
+    int32_t height = 0;  ///< rows of the captured frame
+    double redGain = 0;  ///< the host's relative gain at capture; 0 when it was not recorded
+    double blueGain = 0; ///< the same for blue
+};
+
+/// The frames that a calibration is made from, one an illuminant. They share one buffer size.
+class CapturedFrames {
+public:
+    [[nodiscard]] CaptureRow& operator[](size_t illuminant) { return m_rows[illuminant]; }
+    [[nodiscard]] CaptureRow const& operator[](size_t illuminant) const { return m_rows[illuminant]; }
+    [[nodiscard]] auto begin() const { return m_rows.begin(); }
+    [[nodiscard]] auto end() const { return m_rows.end(); }
+
+    /// The first row that is capturing; null when there is none.
+    [[nodiscard]] CaptureRow* capturing();
+    /// Whether all rows hold a frame; their states do not matter.
+    [[nodiscard]] bool haveAllFrames() const;
+
+    /// Copies a frame into a row, which is then captured. A frame larger than those before drops all three
+    /// first; the rows keep their states. A frame that cannot be read whole changes nothing. `imagePixels` is
+    /// the sensor's image size: a buffer never holds less, and is zero where the frame has nothing.
+    void capture(CaptureRow& row, Frame const& frame, size_t imagePixels);
+
+    /// Drops all frames, gains and states.
+    void reset() { *this = {}; }
+
+private:
+    std::array<CaptureRow, kIlluminants> m_rows;
+    int64_t m_frameBytes = 0; // height x pitch of the largest frame so far
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "apga_page/captured_frames.h"
+#include "calibration/page_core.h"
+
+/// Which of the library's two calculations a sensor needs. Neither, when neither is set.
+struct PgaMode {
+    uint8_t autoPgaMode = 0; ///< looked at first
+    uint8_t adaptivePgaMode = 0;
+};
+
+/// Colour temperature of each illuminant, kelvin, as the page shows it.
+using IlluminantTemperatures = std::array<int32_t, kIlluminants>;
+
+/// Has the library compute the tables of the three illuminants from the captured frames, for the adaptive
+/// mode on a base solution from the fluorescent one. Works while the calibration step is in progress: a
+/// frame that is refused or a solution that fails sets its failure state, and nothing more is asked.
+void findIlluminantSolution(PageCore& core, CapturedFrames const& captured, PgaMode mode,
+                            IlluminantTemperatures const& temperatures);

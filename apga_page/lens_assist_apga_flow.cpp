@@ -1,0 +1,235 @@
+#include "apga_page/lens_assist_apga_flow.h"
+
+#include "apga_page/white_balance_gains.h"
+#include "calibration/display.h"
+#include "calibration/eeprom_step.h"
+#include "calibration/frame_steps.h"
+#include "calibration/register_list.h"
+#include "calibration/settings.h"
+#include "common/libraries.h"
+#include "common/numbers.h"
+#include "headboard/register_record.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+struct TemperatureSetting {
+    char const* key;
+    int32_t fallback; ///< kelvin
+};
+constexpr TemperatureSetting kTemperatures[kIlluminants] = {
+    {"LensAssist Left Temp", 2800}, {"LensAssist Middle Temp", 4000}, {"LensAssist Right Temp", 6500}};
+
+constexpr int32_t kLibraryMinusOne = -1;
+constexpr uint32_t kKindWithFileFormat2 = 68;
+constexpr double kThousandths = 1000.0;
+// Written before a solution's registers: these sensors select what follows by it.
+constexpr sf_RegEntry kSelectWrite = {.first = 0, .second = 0x098E, .third = 0};
+
+} // namespace
+
+LensAssistApgaFlow::LensAssistApgaFlow(SensorRecord const& sensor, HostServices const& services,
+                                       EepromSlot& eepromSlot)
+    : CalibrationFlow(PageKind::Apga, sensor, services, eepromSlot) {
+    core.display = {.showOwnStatus = [this] { showStatus(); },
+                    .showOwnEnables = [this] { m_display.enable(core.state); },
+                    .pathSeparator = '/'};
+}
+
+QString LensAssistApgaFlow::eepromLabel() const {
+    return QStringLiteral("FACTORY");
+}
+
+int LensAssistApgaFlow::skippedRows() const {
+    return 0;
+}
+
+uint32_t LensAssistApgaFlow::resultFileFormat() const {
+    return core.sensor.sensorKind == kKindWithFileFormat2 ? 2 : 0;
+}
+
+ShadingHandle LensAssistApgaFlow::createCalibration() {
+    return ownShadingHandle(
+        shadefit().sf_Create(core.sensor.sensorKind, core.sensor.variant, kLibraryMinusOne));
+}
+
+void LensAssistApgaFlow::loadOwnSettings() {
+    Host const host = core.host;
+    for (size_t i = 0; i < kIlluminants && core.alive; ++i) {
+        QByteArray const key = sensorSettingKey(kTemperatures[i].key, core.sensor.name);
+        int32_t const kelvin = host.readIntSetting(key, kTemperatures[i].fallback);
+        UpdateGuard const guard(core);
+        m_display.showTemperature(i, QString::number(kelvin));
+    }
+}
+
+void LensAssistApgaFlow::storeOwnSettings() {
+    Host const host = core.host;
+    for (size_t i = 0; i < kIlluminants && core.alive; ++i) {
+        int32_t const kelvin = m_display.temperatureText(i).toInt();
+        host.writeIntSetting(sensorSettingKey(kTemperatures[i].key, core.sensor.name), kelvin);
+    }
+}
+
+void LensAssistApgaFlow::dropInputs() {
+    m_captured.reset();
+}
+
+void LensAssistApgaFlow::makeInputsReady() {
+    arm(m_captured[kIncandescent]);
+}
+
+void LensAssistApgaFlow::arm(CaptureRow& row) {
+    row.state = kArmed;
+    row.progress = 0;
+}
+
+void LensAssistApgaFlow::captureImage(Illuminant illuminant) {
+    m_captured[illuminant].progress = 0;
+    m_captured[illuminant].state = kCapturing;
+    if (illuminant != kIncandescent && core.state.runAll) {
+        core.state.aeStepState = kReady;
+        core.state.wbStepState = kReady;
+    }
+    refresh();
+}
+
+// The first frame is taken under the light that exposure and colour balance were done in; for the other two
+// the user changes the light.
+bool LensAssistApgaFlow::takeInputs() {
+    CaptureRow& first = m_captured[kIncandescent];
+    if (first.state == kNotCaptured) {
+        arm(first);
+        return true;
+    }
+    if (first.state == kArmed) {
+        first.state = kCapturing;
+        return true;
+    }
+    for (size_t i = kIncandescent; i < kIlluminants; ++i) {
+        CaptureRow& row = m_captured[i];
+        if (row.state >= kCapturing)
+            continue;
+        if (row.state != kWaiting) {
+            arm(row);
+            row.state = kWaiting;
+        } else {
+            m_display.blink(i, core.widgets.wizard);
+        }
+        return true;
+    }
+    return false;
+}
+
+void LensAssistApgaFlow::captureFrame(Frame const& frame) {
+    takeFrame(frame);
+    if (core.alive)
+        countPhase(core, frame, phase::kLoaded, phase::kMeasure - 1);
+}
+
+void LensAssistApgaFlow::takeFrame(Frame const& frame) {
+    CaptureRow* const row = m_captured.capturing();
+    bool const isYcbcr = frame.type == ImageType::Ycbcr;
+    if (!row || !(isYcbcr || frame.type == ImageType::Raw12))
+        return;
+    bool const balancedFirst = core.state.runAll != 0;
+    if (balancedFirst && !(core.state.aeStepState == kDone && core.state.wbStepState == kDone))
+        return;
+    std::optional<SensorInfo> const info = core.camera().info();
+    if (!core.alive || row->state != kCapturing)
+        return;
+    m_captured.capture(*row, frame, info ? size_t{info->imageWidth} * info->imageHeight : 0);
+    if (row->state == kCapturing)
+        return; // the frame cannot be read whole; the next one may be good
+    core.state.inputWasYcbcr = isYcbcr ? 1 : 0;
+    if (row->state == kCaptured && balancedFirst) {
+        Host const host = core.host;
+        double const red = host.readState("Relative Red Gain") / kThousandths;
+        double const blue = host.readState("Relative Blue Gain") / kThousandths;
+        if (core.alive && row->state == kCaptured) {
+            row->redGain = red;
+            row->blueGain = blue;
+        }
+    }
+    notifyStatus();
+}
+
+void LensAssistApgaFlow::calibrationTick() {
+    if (!core.state.shadingHandle || !m_captured.haveAllFrames()) {
+        if (core.state.runAll)
+            setRunAll(false);
+        if (core.state.lscStepProgress < phase::kLoaded)
+            return;
+    }
+    if (core.state.lscStepProgress == 0)
+        solve();
+    else if (core.state.lscStepProgress == phase::kSolved)
+        loadWhenSolved();
+    finishWhenMeasured();
+    refreshStatus(core);
+}
+
+void LensAssistApgaFlow::solve() {
+    ShadingHandle const handle = core.state.shadingHandle;
+    IlluminantTemperatures temperatures{};
+    for (size_t i = 0; i < kIlluminants; ++i)
+        temperatures[i] = m_display.temperatureText(i).toInt();
+    findIlluminantSolution(core, m_captured, m_mode, temperatures);
+    PageState& state = core.state;
+    bool const isOurs = core.alive && state.shadingHandle == handle && state.lscStepProgress == 0 &&
+                        (state.lscStepState == kInProgress || isFailed(state.lscStepState));
+    if (!isOurs)
+        return;
+    // Not a failure yet, deliberately: a calculation that failed has no registers, and the next tick says so.
+    state.lscStepState = kInProgress;
+    state.lscStepProgress = phase::kSolved;
+}
+
+void LensAssistApgaFlow::loadWhenSolved() {
+    ShadingHandle const handle = core.state.shadingHandle;
+    std::optional<std::vector<sf_RegEntry>> entries = dumpRegisterList(handle);
+    if (!isCalibrating(handle, phase::kSolved))
+        return;
+    if (!entries || entries->empty()) {
+        core.state.lscStepState = kFailedOtherwise;
+        core.state.lscStepProgress = 0;
+        refreshEnables(core);
+        return;
+    }
+    entries->insert(entries->begin(), kSelectWrite);
+    loadSolution(*entries);
+}
+
+bool LensAssistApgaFlow::maySaveFile() {
+    if (!core.serialNumber.isMissing || !core.serialNumber.isMissing())
+        return true;
+    core.state.fileState = kFailed;
+    return false;
+}
+
+int32_t LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {
+    SensorModel const model = {core.sensor.sensorKind, core.sensor.variant};
+    int32_t const stored = saveShadingRegisters(eeprom, label.constData(), model);
+    if (stored == kEepromOk)
+        (void)addFactoryTime(eeprom, label); // the result is that of the registers
+    if (core.alive && hasWhiteBalanceGains(m_captured, model.sensorKind, model.variant)) {
+        std::array<double, kIlluminants> temperatures{};
+        for (size_t i = 0; i < kIlluminants; ++i)
+            temperatures[i] = leadingDecimal(m_display.temperatureText(i).toLocal8Bit());
+        storeWhiteBalanceGains(eeprom, label.constData(), core.host, m_captured, temperatures);
+    }
+    if (stored < kEepromOk)
+        return stored;
+    int32_t const written = HeadboardEepromFlush(eeprom);
+    return written == kEepromOk ? HeadboardEepromVerify(eeprom, 0, -1) : written;
+}
+
+void LensAssistApgaFlow::showStatus() {
+    m_display.show(m_captured, core.widgets.wizard);
+    bool const noNumber =
+        core.state.fileState == kFailed && core.serialNumber.isMissing && core.serialNumber.isMissing();
+    if (noNumber && core.widgets.file.status)
+        core.widgets.file.status->setText(
+            QCoreApplication::translate("LensAssistApga", "Error: No serial number."));
+}

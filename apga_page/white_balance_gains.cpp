@@ -1,0 +1,65 @@
+#include "apga_page/white_balance_gains.h"
+
+#include "common/numbers.h"
+#include "headboard/eeprom_chain.h"
+#include "headboard/record_content.h"
+#include "headboard/record_types.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constexpr uint32_t kKindWithGains = 72;
+constexpr uint32_t kVariantWithGains = 1;
+constexpr int32_t kBytesLeftFree = 64;
+constexpr double kFixedPointOne = 128; // 7 fraction bits
+constexpr char kSets[kIlluminants] = {'L', 'M', 'R'};
+
+std::string registerOf(char set, char const* what) {
+    return std::string("CAM_AWB_CCM_") + set + what;
+}
+
+} // namespace
+
+bool hasWhiteBalanceGains(CapturedFrames const& captured, uint32_t sensorKind, uint32_t variant) {
+    return sensorKind == kKindWithGains && variant == kVariantWithGains &&
+           std::ranges::all_of(
+               captured, [](CaptureRow const& row) { return row.state == kCaptured && row.redGain != 0; });
+}
+
+double quadraticThrough(std::array<double, kIlluminants> const& xs,
+                        std::array<double, kIlluminants> const& ys, double x) {
+    auto const [x0, x1, x2] = xs;
+    auto const [y0, y1, y2] = ys;
+    // The first and the last are not compared: a division by zero there gives no finite gain.
+    if (x0 == x1 || x1 == x2)
+        return y0;
+    double const a = (y2 - y1) / ((x2 - x1) * (x2 - x0)) - (y0 - y1) / ((x0 - x1) * (x2 - x0));
+    double const b = ((y0 - y1) + a * (x1 * x1 - x0 * x0)) / (x0 - x1);
+    double const c = y0 - a * x0 * x0 - b * x0;
+    return a * x * x + b * x + c;
+}
+
+void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Host const& host,
+                            CapturedFrames const& captured,
+                            std::array<double, kIlluminants> const& temperatures) {
+    std::array<double, kIlluminants> setTemperatures{}, red{}, blue{};
+    for (size_t i = 0; i < kIlluminants; ++i) {
+        setTemperatures[i] = host.readRegister(registerOf(kSets[i], "_CTEMP").c_str(), "");
+        red[i] = captured[i].redGain;
+        blue[i] = captured[i].blueGain;
+    }
+    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom->deviceSize - kBytesLeftFree, name);
+    for (size_t i = 0; i < kIlluminants; ++i) {
+        auto const add = [&](char const* what, std::array<double, kIlluminants> const& gains) {
+            double const gain = quadraticThrough(temperatures, gains, setTemperatures[i]);
+            (void)EepromAddRegister(eeprom, record, registerOf(kSets[i], what).c_str(), "",
+                                    uint32_t(toInt32(gain * kFixedPointOne)));
+        };
+        add("_RG_GAIN", red);
+        add("_BG_GAIN", blue);
+    }
+    // What becomes of it is not asked: the save's result is that of the shading registers.
+    (void)EepromReplaceRecord(eeprom, record);
+}

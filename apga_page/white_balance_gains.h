@@ -1,0 +1,22 @@
+#pragma once
+
+#include "apga_page/captured_frames.h"
+#include "common/host.h"
+#include "headboard/headboard_eeprom.h"
+
+/// Whether a sensor keeps white-balance gains for its colour-correction sets, and all that they are made
+/// from was recorded.
+[[nodiscard]] bool hasWhiteBalanceGains(CapturedFrames const& captured, uint32_t sensorKind,
+                                        uint32_t variant);
+
+/// The value at `x` of the parabola through three points; the first point's value when two neighbouring
+/// points have one abscissa.
+[[nodiscard]] double quadraticThrough(std::array<double, kIlluminants> const& xs,
+                                      std::array<double, kIlluminants> const& ys, double x);
+
+/// Puts the gains of the three colour-correction sets as the record "CCM" of a name into the EEPROM's image,
+/// in place of an older one. Each is interpolated from the gains at capture, over the illuminants'
+/// temperatures in kelvin, at the temperature that the sensor has for the set.
+void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Host const& host,
+                            CapturedFrames const& captured,
+                            std::array<double, kIlluminants> const& temperatures);

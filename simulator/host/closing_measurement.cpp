@@ -1,0 +1,29 @@
+#include "simulator/host/closing_measurement.h"
+
+#include "simulator/host/session.h"
+
+#include <QtDebug>
+
+namespace pictara {
+
+std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunDriver& driver,
+                                        bool corrected) {
+    // The test of the dialog switches the correction on; it measures with the next frame, so there is still
+    // time to switch it off.
+    if (!page.press("ColorUniformity"))
+        return std::nullopt;
+    if (!corrected && page.isChecked("Enable_LC"))
+        page.press("Enable_LC");
+    if (page.isChecked("Enable_LC") != corrected) {
+        qWarning("pictara: the dialog shows the lens correction %s", corrected ? "off" : "on");
+        return std::nullopt;
+    }
+    Evenness result;
+    if (!driver.awaitUniformity(&result.uniformity))
+        return std::nullopt;
+    result.blocks = session.frames().blocks();
+    result.picture = session.frames().unmarkedPicture();
+    return result;
+}
+
+} // namespace pictara

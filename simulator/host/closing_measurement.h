@@ -1,0 +1,15 @@
+#pragma once
+
+#include "simulator/host/run_all.h"
+#include "simulator/host/summary_lines.h"
+
+namespace pictara {
+
+class Session;
+
+/// The dialog's figures with the sensor's correction on or off, all else equal; the correction stays so.
+/// Nothing when the dialog shows none.
+[[nodiscard]] std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunDriver& driver,
+                                                      bool corrected);
+
+} // namespace pictara

@@ -1,0 +1,102 @@
+#include "simulator/host/replay_run.h"
+
+#include "simulator/host/closing_measurement.h"
+#include "simulator/host/headless_dialog.h"
+#include "simulator/host/message_log.h"
+#include "simulator/host/output_folder.h"
+#include "simulator/host/progress_report.h"
+#include "simulator/host/session.h"
+
+#include <QDialog>
+#include <QPixmap>
+#include <QTextStream>
+#include <cstdio>
+
+namespace pictara {
+namespace {
+
+struct ReplaySummary {
+    Scene scene;
+    QString file;
+    QString record;
+    uint64_t replayedWrites = 0;
+    uint64_t dialogsWrites = 0;   ///< register-list entries that the dialog wrote; honest figures need none
+    bool wasOnAtOpening = false;  ///< the sensor's correction
+    bool conditionsFound = false; ///< they were kept with the EEPROM
+    ViewingConditions conditions;
+    std::optional<Evenness> before;
+    std::optional<Evenness> after;
+};
+
+QString textOf(ReplaySummary const& summary) {
+    QString text;
+    QTextStream out(&text);
+    out << "result: " << (summary.before && summary.after ? "measured" : "not measured") << "\n\n"
+        << sceneLines(summary.scene) << '\n'
+        << "EEPROM: " << summary.file << '\n'
+        << "record: " << (summary.record.isEmpty() ? QStringLiteral("the first one") : summary.record) << '\n'
+        << "register writes of the replay: " << summary.replayedWrites << '\n'
+        << "register-list entries written by the dialog: " << summary.dialogsWrites << '\n'
+        << "correction when the dialog opened: " << (summary.wasOnAtOpening ? "on" : "off") << '\n'
+        << "exposure: " << summary.conditions.exposure << " rows\n"
+        << "relative gains: red " << summary.conditions.redGain << ", blue " << summary.conditions.blueGain
+        << '\n'
+        << "exposure and gains: "
+        << (summary.conditionsFound ? "as the calibration left them" : "found by the dialog's steps")
+        << "\n\n"
+        << evennessLines("uncorrected", summary.before) << evennessLines("corrected", summary.after);
+    return text;
+}
+
+// Exposure and colour balance as after the calibration; they leave the correction's tables as they are.
+void bringConditionsBack(Session& session, RunDriver& driver, ReplaySummary& summary) {
+    std::optional<ViewingConditions> const kept = session.replayedConditions();
+    summary.conditionsFound = kept.has_value();
+    if (kept)
+        session.restoreConditions(*kept);
+    else
+        driver.runSteps(kExposure, kColourBalance);
+    summary.conditions = session.conditions();
+}
+
+void savePictures(OutputFolder& output, QDialog& dialog, ReplaySummary const& summary) {
+    output.savePicture(QStringLiteral("replay-dialog.png"), dialog.grab().toImage());
+    if (summary.before)
+        output.savePicture(QStringLiteral("replay-before.png"), markedPicture(*summary.before));
+    if (summary.after)
+        output.savePicture(QStringLiteral("replay-after.png"), markedPicture(*summary.after));
+}
+
+} // namespace
+
+int runReplay(Session& session, Options const& options) {
+    HeadlessDialog opened;
+    if (ExitCode const code = openHeadless(session, options, opened); code != kExitDone)
+        return code;
+    ReplaySummary summary;
+    summary.scene = session.scene();
+    summary.file = options.replayFile;
+    summary.record = options.recordName;
+    summary.replayedWrites = session.replayedWrites();
+    summary.wasOnAtOpening = opened.page.isChecked("Enable_LC");
+
+    OutputFolder output(session.outputFolder());
+    ProgressReport progress(stdout, opened.page);
+    RunDriver driver(
+        opened.page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
+    driver.onProgress([&](RunProgress const& state) { progress.show(state); });
+    bringConditionsBack(session, driver, summary);
+    summary.before = measureEvenness(session, opened.page, driver, false);
+    summary.after = measureEvenness(session, opened.page, driver, true);
+    summary.dialogsWrites = session.desk().listEntriesWritten();
+
+    savePictures(output, *opened.dialog, summary);
+    output.saveText(QStringLiteral("replay-summary.txt"), textOf(summary));
+    progress.say(QLatin1Char('\n') + textOf(summary));
+    bool const isMeasured = summary.before && summary.after;
+    if (!isMeasured)
+        complain(QStringLiteral("The dialog shows no uniformity for the replayed correction."));
+    return isMeasured && !output.failed() ? kExitDone : kExitNotCalibrated;
+}
+
+} // namespace pictara

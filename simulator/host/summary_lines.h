@@ -1,0 +1,34 @@
+#pragma once
+
+#include "simulator/camera/simulated_camera.h"
+#include "simulator/host/block_report.h"
+
+#include <QImage>
+#include <optional>
+
+namespace pictara {
+
+/// What is looked at.
+struct Scene {
+    simulator::CameraDescription camera;
+    QString shading; ///< the measured lens' file; empty for the profile's own lens
+    simulator::Light light;
+    uint64_t seed = 0;
+};
+
+/// How even the picture is in one state of the sensor's correction.
+struct Evenness {
+    double uniformity = 0; ///< the dialog's own figure
+    BlockReport blocks;
+    QImage picture;
+};
+
+/// Lines of a summary, "name: value" each.
+[[nodiscard]] QString sceneLines(Scene const& scene);
+/// `state` names that of the correction; without figures they say so.
+[[nodiscard]] QString evennessLines(char const* state, std::optional<Evenness> const& evenness);
+
+/// The picture with a frame around the worst block.
+[[nodiscard]] QImage markedPicture(Evenness const& evenness);
+
+} // namespace pictara

@@ -1,0 +1,63 @@
+#include "simulator/host/viewing_conditions.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+#include <algorithm>
+
+namespace pictara {
+namespace {
+
+constexpr char kExposure[] = "exposure";
+constexpr char kRedGain[] = "relativeRedGain";
+constexpr char kBlueGain[] = "relativeBlueGain";
+constexpr char kFrames[] = "frames";
+
+constexpr int kHighest = 0xFFFF; // of an exposure; nothing else comes near it
+
+// 0 for what is no whole number in the range.
+int positiveNumber(QJsonObject const& object, char const* key) {
+    int const value = object[QLatin1String(key)].toInt();
+    return value <= kHighest ? value : 0;
+}
+
+} // namespace
+
+QString conditionsFileOf(QString const& eepromFile) {
+    return eepromFile + QStringLiteral(".conditions");
+}
+
+bool readConditions(QString const& name, std::optional<ViewingConditions>* conditions, QString* error) {
+    QFile file(name);
+    if (!file.exists())
+        return true;
+    QByteArray const text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    QJsonObject const object = QJsonDocument::fromJson(text).object();
+    int const exposure = positiveNumber(object, kExposure);
+    int const red = positiveNumber(object, kRedGain), blue = positiveNumber(object, kBlueGain);
+    int const frames = positiveNumber(object, kFrames);
+    if (exposure <= 0 || red <= 0 || blue <= 0 || frames <= 0) {
+        *error = QStringLiteral("The file %1 does not tell %2, %3, %4 and %5 in whole numbers from 1 to %6.")
+                     .arg(name, kExposure, kRedGain, kBlueGain, kFrames)
+                     .arg(kHighest);
+        return false;
+    }
+    *conditions = {uint32_t(exposure), red, blue, uint32_t(frames)};
+    return true;
+}
+
+bool writeConditions(QString const& name, ViewingConditions const& conditions, QString* error) {
+    QJsonObject const object{{QLatin1String(kExposure), int(conditions.exposure)},
+                             {QLatin1String(kRedGain), conditions.redGain},
+                             {QLatin1String(kBlueGain), conditions.blueGain},
+                             {QLatin1String(kFrames), int(std::min<uint32_t>(conditions.frames, kHighest))}};
+    QSaveFile file(name);
+    bool const written = file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(object).toJson()) >= 0 &&
+                         file.flush() && file.commit();
+    if (!written)
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, file.errorString());
+    return written;
+}
+
+} // namespace pictara

@@ -1,0 +1,193 @@
+#include "tests/calibration/pages.h"
+
+#include "common/utc_clock.h"
+#include "headboard/eeprom_chain.h"
+#include "headboard/record_types.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr uint32_t kBusAddress = 0xA8;
+
+// A page whose headboard has an EEPROM, behind the plain serial transfers.
+class EepromStep : public PageFixture, public ::testing::WithParamInterface<PageCase> {
+protected:
+    EepromStep() : PageFixture(GetParam()) {
+        libraries.headboard.deviceAddress = kBusAddress;
+        libraries.headboard.add("P_RD_P0Q0", 0, 0, 0x3640, 2, 0x1234);
+        installUtcClock([] { return QDateTime(QDate(2024, 5, 31), QTime(23, 59, 7), Qt::UTC); });
+    }
+    ~EepromStep() override { installUtcClock({}); }
+
+    void chooseLabel(char const* label) {
+        auto* const box = widget<QComboBox>("Prom_Label");
+        box->addItem(QLatin1String(label));
+        box->setCurrentText(QLatin1String(label));
+    }
+    // What a fresh reader of the device finds.
+    [[nodiscard]] HeadboardEeprom device() const { return HeadboardEepromCreate(sensor.camera); }
+    [[nodiscard]] int records(uint8_t type) const {
+        HeadboardEeprom const eeprom = device();
+        int count = 0;
+        for (int32_t at = EepromFindRecord(eeprom, type, nullptr, 0); at >= 0;
+             at = EepromFindRecord(eeprom, type, nullptr, EepromNextRecord(eeprom, at)))
+            ++count;
+        return count;
+    }
+    [[nodiscard]] std::string recordText(uint8_t type) const {
+        HeadboardEeprom const eeprom = device();
+        return std::string(EepromRecordText(eeprom, EepromFindRecord(eeprom, type, nullptr, 0)));
+    }
+};
+
+TEST_P(EepromStep, OpeningFormatsABlankEepromInSilence) {
+    open();
+    EXPECT_EQ(state().eepromState, kEepromPresent);
+    EXPECT_EQ(state().promState, kNotEvaluated);
+    std::vector<uint8_t> const head(libraries.headboard.device.begin(),
+                                    libraries.headboard.device.begin() + 7);
+    EXPECT_EQ(head, (std::vector<uint8_t>{'V', 'Y', 'E', 'E', 1, 0xFF, 0xFF}));
+    EXPECT_TRUE(widget<QPushButton>("Prom_Save")->isEnabled());
+    EXPECT_TRUE(host.isBalanced());
+}
+
+TEST_P(EepromStep, PresenceIsToldApartFromFailure) {
+    struct Row {
+        DeviceFault fault;
+        bool formatted;
+        int64_t at; // the first operation reads the header, later ones write a blank one
+        uint32_t eepromState, promState;
+    };
+    constexpr Row kRows[] = {
+        {DeviceFault::NoAnswer, true, 0, kEepromAbsent, kFailed},
+        {DeviceFault::Failure, true, 0, kEepromUnknown, kNotEvaluated},
+        {DeviceFault::Failure, false, 1, kEepromAbsent, kFailed},
+        {DeviceFault::NoAnswer, false, 1, kEepromAbsent, kFailed},
+    };
+    for (Row const& row : kRows) {
+        SCOPED_TRACE(&row - kRows);
+        FakeHeadboard& board = libraries.headboard;
+        board.device.assign(8192, 0xFF);
+        if (row.formatted)
+            std::copy_n("VYEE\1", 5, board.device.begin());
+        board.operations = 0;
+        board.fault = row.fault;
+        board.faultAt = row.at;
+        board.faultLasts = true;
+        open();
+        EXPECT_EQ(state().eepromState, row.eepromState);
+        EXPECT_EQ(state().promState, row.promState);
+        EXPECT_TRUE(host.isBalanced());
+        EXPECT_FALSE(widget<QPushButton>("Prom_Save")->isEnabled());
+    }
+}
+
+TEST_P(EepromStep, RunAllAsksAgainWhileTheAnswerIsUnknown) {
+    libraries.headboard.fault = DeviceFault::Failure;
+    libraries.headboard.faultAt = 0;
+    libraries.headboard.faultLasts = true;
+    open();
+    click("Run_All");
+    tick(3);
+    EXPECT_EQ(state().presetState, kReady) << "no step begins before the EEPROM is known";
+    libraries.headboard.faultAt = -1;
+    tick();
+    EXPECT_EQ(state().eepromState, kEepromPresent);
+    tick();
+    EXPECT_EQ(state().presetState, kDone);
+}
+
+TEST_P(EepromStep, StoresUnderTheLabelWithinOneGroupOfChanges) {
+    open();
+    chooseLabel("Lens 12");
+    host.log.clear();
+    bool const hadCursor = page->testAttribute(Qt::WA_SetCursor);
+    host.onCall = [this](std::string const& call) {
+        if (call.starts_with("writeBus")) {
+            EXPECT_EQ(text("Prom_Save_Status"), "In progress...");
+            EXPECT_EQ(page->cursor().shape(), Qt::WaitCursor);
+        }
+    };
+    click("Prom_Save");
+    host.onCall = nullptr;
+    EXPECT_EQ(text("Prom_Save_Status"), "Done.");
+    EXPECT_EQ(host.log.front(), "begin");
+    EXPECT_EQ(host.calls("begin").size(), 1U);
+    EXPECT_EQ(host.log.back(), "end");
+    EXPECT_EQ(recordText(kRecordPga), "Lens 12");
+    EXPECT_EQ(records(kRecordTimeStamp), 0);
+    EXPECT_EQ(page->testAttribute(Qt::WA_SetCursor), hadCursor);
+}
+
+TEST_P(EepromStep, OnlyTheFactorysLabelAddsOneTime) {
+    struct Row {
+        char const* label;
+        int times;
+    };
+    for (Row const& row : {Row{"factory", 0}, Row{"FACTORY", 1}, Row{"FACTORY", 1}}) {
+        open();
+        chooseLabel(row.label);
+        click("Prom_Save");
+        EXPECT_EQ(text("Prom_Save_Status"), "Done.") << row.label;
+        EXPECT_EQ(records(kRecordTimeStamp), row.times) << row.label;
+        EXPECT_EQ(records(kRecordPga), 1) << row.label;
+    }
+    EXPECT_EQ(recordText(kRecordTimeStamp), "2024/05/31 23:59:07");
+}
+
+TEST_P(EepromStep, ALaterChangeMakesTheSaveDueAgain) {
+    open();
+    for (bool const byLabel : {true, false}) {
+        click("Prom_Save");
+        ASSERT_EQ(state().promState, kDone);
+        if (byLabel)
+            chooseLabel("Other");
+        else
+            click("Calibrate");
+        EXPECT_EQ(state().promState, kReady);
+        EXPECT_EQ(text("Prom_Save_Status"), "Not done yet.");
+        open();
+    }
+}
+
+TEST_P(EepromStep, TheSerialNumberIsStoredFirst) {
+    open();
+    host.log.clear();
+    int stored = 0;
+    page->setSerialNumber({[&] {
+                               ++stored;
+                               EXPECT_EQ(text("Prom_Save_Status"), "In progress...");
+                               EXPECT_EQ(host.calls("begin").size(), 1U);
+                               EXPECT_TRUE(host.calls("readBus").empty());
+                           },
+                           {}});
+    click("Prom_Save");
+    EXPECT_EQ(stored, 1);
+}
+
+// What was not written goes with the EEPROM; the flush that then finds nothing to write is no success.
+TEST_P(EepromStep, WhoDiscardsTheEepromInsideASaveMakesItFail) {
+    size_t calls = 1;
+    for (size_t n = 1; n <= calls; ++n) {
+        open();
+        size_t count = 0;
+        host.onCall = [&](std::string const&) {
+            if (++count == n)
+                discardEeprom(eepromSlot);
+        };
+        bool const beforeFirstUse = n == 1; // the bracket opens before the EEPROM is used
+        click("Prom_Save");
+        host.onCall = nullptr;
+        bool const afterTheLast = n == count;
+        EXPECT_EQ(state().promState, beforeFirstUse || afterTheLast ? kDone : kFailedOtherwise) << n;
+        EXPECT_TRUE(host.isBalanced());
+        calls = count;
+    }
+    EXPECT_GT(calls, 20U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages, EepromStep, ::testing::ValuesIn(kPages),
+                         [](auto const& test) { return std::string(test.param.name); });
+
+} // namespace

@@ -1,0 +1,198 @@
+#include "tests/camera/camera_under_test.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <gtest/gtest.h>
+
+using namespace simulator;
+
+namespace {
+
+constexpr Region kMiddle{45, 45, 55, 55};
+
+// Tables of even gains, which a picture tells apart: binary16 patterns and what they stand for.
+constexpr uint32_t kGainPatterns[] = {0x3D00, 0x3E00, 0x4000};
+constexpr std::array<double, 3> kGains = {1.25, 1.5, 2.0};
+constexpr double kTolerance = 0.02;
+
+Camera openProfile(char const* profile) {
+    QString error;
+    Camera camera = SimulatedCamera::open(QString::fromLatin1(profile), &error);
+    EXPECT_TRUE(camera) << qPrintable(error);
+    return camera;
+}
+
+void light(Camera const& camera, double kelvin, double level = 1) {
+    Light lamp;
+    lamp.colourTemperature = kelvin;
+    lamp.level = level;
+    camera->setLight(lamp);
+}
+
+struct Switch {
+    char const* reg;
+    char const* bitfield;
+};
+
+// Gain of the green in the rows that hold red.
+double gainOf(Camera const& camera, Switch const& onOff) {
+    writeRegister(*camera, onOff.reg, 0, onOff.bitfield);
+    double const off = greenMean(*camera, camera->grab(), kMiddle);
+    writeRegister(*camera, onOff.reg, 1, onOff.bitfield);
+    return greenMean(*camera, camera->grab(), kMiddle) / off;
+}
+
+constexpr Switch kControl{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"};
+constexpr char const* kTables[] = {"PGATABLEA_DATA_000", "PGATABLECWF_DATA_000", "PGATABLED65_DATA_000"};
+constexpr char const* kTemperatures[] = {"CAM_PGA_L_CONFIG_COLOUR_TEMP", "CAM_PGA_M_CONFIG_COLOUR_TEMP",
+                                         "CAM_PGA_R_CONFIG_COLOUR_TEMP"};
+
+class TableBlend : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(camera);
+        setTables({2800, 4000, 6500}, {0, 1, 2});
+    }
+
+    /// The gains of the given numbers in the order of the temperatures' registers.
+    void setTables(std::array<uint32_t, 3> const& temperatures, std::array<size_t, 3> const& gains) const {
+        for (size_t i = 0; i < 3; ++i) {
+            writeRegister(*camera, kTables[i], kGainPatterns[gains[i]]);
+            writeRegister(*camera, kTemperatures[i], temperatures[i]);
+        }
+    }
+
+    [[nodiscard]] double gainUnder(double kelvin) const {
+        light(camera, kelvin);
+        return gainOf(camera, kControl);
+    }
+
+    Camera const camera = openProfile("kind72-1");
+};
+
+double between(double kelvin, size_t lower, double lowerKelvin, double upperKelvin) {
+    double const share = (1 / kelvin - 1 / lowerKelvin) / (1 / upperKelvin - 1 / lowerKelvin);
+    return kGains[lower] + share * (kGains[lower + 1] - kGains[lower]);
+}
+
+TEST_F(TableBlend, MixesTheNeighboursInReciprocalKelvinInWhateverOrderTheyStand) {
+    for (bool const reversed : {false, true}) {
+        SCOPED_TRACE(reversed);
+        if (reversed)
+            setTables({6500, 4000, 2800}, {2, 1, 0});
+        EXPECT_NEAR(gainUnder(2200), kGains[0], kTolerance);
+        EXPECT_NEAR(gainUnder(3300), between(3300, 0, 2800, 4000), kTolerance);
+        EXPECT_NEAR(gainUnder(4000), kGains[1], kTolerance);
+        EXPECT_NEAR(gainUnder(4900), between(4900, 1, 4000, 6500), kTolerance);
+        EXPECT_NEAR(gainUnder(9000), kGains[2], kTolerance);
+    }
+}
+
+TEST_F(TableBlend, MultipliesTheBase) {
+    writeRegister(*camera, "P_GR_P0Q0", 0x3E00); // 1.5
+    EXPECT_NEAR(gainUnder(4000), 1.5 * kGains[1], 2 * kTolerance);
+}
+
+TEST_F(TableBlend, TemperaturesThatTellNothingStillChooseATable) {
+    for (std::array<uint32_t, 3> const& temperatures :
+         {std::array{0U, 0U, 0U}, {4000U, 4000U, 4000U}, {0U, 4000U, 0xFFFFU}}) {
+        setTables(temperatures, {0, 1, 2});
+        for (double const kelvin : {2200.0, 4000.0, 9000.0}) {
+            double const gain = gainUnder(kelvin);
+            EXPECT_GE(gain, kGains[0] - kTolerance) << kelvin;
+            EXPECT_LE(gain, kGains[2] + kTolerance) << kelvin;
+        }
+    }
+}
+
+// Registers by which a sensor stops to mix, and the table that it then shows.
+struct Holding {
+    char const* profile;
+    Switch onOff;
+    char const* tableName; ///< %1 stands for A, CWF, D65
+    char const* reg;
+    char const* bitfield;
+    uint32_t value;
+    size_t table; ///< 3: it goes on mixing
+};
+
+constexpr Switch kPolynomial{"POLY_SC_ENABLE", "ENABLE"};
+constexpr Switch kPipeline{"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"};
+constexpr size_t kMixing = 3;
+
+constexpr Holding kHoldings[] = {
+    {"kind68-1", kPolynomial, "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 0, 1},
+    {"kind68-1", kPolynomial, "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 1, kMixing},
+    {"kind68-2", kPipeline, "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 1, 0},
+    {"kind68-2", kPipeline, "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 3, 2},
+    {"kind68-2", kPipeline, "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 4, kMixing},
+    {"kind76-2", kControl, "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 2, 1},
+    {"kind76-2", kControl, "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 255, kMixing},
+    {"kind76-2", kControl, "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 0, 1},
+    {"kind76-2", kControl, "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1,
+     kMixing},
+};
+
+TEST(HeldTable, IsShownUnderEveryLampAndNoneAtReset) {
+    for (Holding const& row : kHoldings) {
+        SCOPED_TRACE(testing::Message() << row.profile << ' ' << row.reg << ' ' << row.value);
+        Camera const camera = openProfile(row.profile);
+        constexpr char const* kNames[] = {"A", "CWF", "D65"};
+        for (size_t i = 0; i < 3; ++i)
+            writeRegister(*camera, QByteArray(row.tableName).replace("%1", kNames[i]).constData(),
+                          kGainPatterns[i]);
+        for (size_t const lamp : {0U, 2U}) {
+            light(camera, lamp == 0 ? 2400 : 8000);
+            EXPECT_NEAR(gainOf(camera, row.onOff), kGains[lamp], kTolerance);
+        }
+        writeRegister(*camera, row.reg, row.value, row.bitfield);
+        for (size_t const lamp : {0U, 2U}) {
+            light(camera, lamp == 0 ? 2400 : 8000);
+            EXPECT_NEAR(gainOf(camera, row.onOff), kGains[row.table == kMixing ? lamp : row.table],
+                        kTolerance);
+        }
+    }
+}
+
+double seen(Camera const& camera) {
+    (void)camera->grab();
+    return readRegister(*camera, "AWB_COLOUR_TEMPERATURE");
+}
+
+TEST(IlluminantEstimate, FollowsTheLampWhateverTheExposureAndTheCorrection) {
+    for (char const* const profile : {"kind68-2", "kind72-2", "kind76-2"}) {
+        SCOPED_TRACE(profile);
+        Camera const camera = openProfile(profile);
+        for (double const kelvin : {2300.0, 2800.0, 4000.0, 4900.0, 6500.0, 9000.0}) {
+            for (double const level : {0.02, 1.0, 3.0}) {
+                light(camera, kelvin, level);
+                EXPECT_NEAR(seen(camera) / kelvin, 1, 0.02) << kelvin << ' ' << level;
+            }
+        }
+        // A correction that colours the middle must not lead the sensor to another table.
+        light(camera, 4900);
+        double const plain = seen(camera);
+        for (char const* const plane : {"P_RD_P0Q0", "P_BL_P0Q0"}) {
+            writeRegister(*camera, plane, plane[2] == 'R' ? 0x4000 : 0x3800);
+            for (Switch const& onOff : {kControl, kPipeline})
+                if (vy_ExistsBitfield(camera->handle(), onOff.reg, onOff.bitfield))
+                    writeRegister(*camera, onOff.reg, 1, onOff.bitfield);
+        }
+        EXPECT_NEAR(seen(camera) / plain, 1, 0.005);
+    }
+}
+
+TEST(IlluminantEstimate, IsKeptWhereThePictureTellsNothing) {
+    Camera const camera = openProfile("kind72-1");
+    light(camera, 3000);
+    double const last = seen(camera);
+    for (double const level : {0.0, 1000.0}) {
+        light(camera, 7000, level);
+        EXPECT_EQ(seen(camera), last) << level;
+    }
+    light(camera, 7000);
+    EXPECT_NEAR(seen(camera) / 7000, 1, 0.02);
+}
+
+} // namespace

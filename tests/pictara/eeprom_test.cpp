@@ -1,0 +1,100 @@
+#include "tests/pictara/program_run.h"
+#include "tests/pictara/small_profile.h"
+
+#include <QFile>
+#include <QImage>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct EepromProgram : testing::Test {
+    QTemporaryDir folder;
+    QString const device = folder.filePath("device.bin");
+    QString const conditions = device + ".conditions";
+
+    [[nodiscard]] QString smallProfile(char const* base) const {
+        return writeSmallProfile(folder.path(), base, {});
+    }
+};
+
+void expectEqual(ProgramRun const& calibrated, ProgramRun const& replayed, QString const& state) {
+    QByteArray const figure = ("uniformity " + state).toLatin1();
+    EXPECT_NEAR(calibrated.figure(figure), replayed.figure(figure), 0.05);
+    QString const picture = state == "corrected" ? "after.png" : "before.png";
+    EXPECT_EQ(QImage(calibrated.file(picture)), QImage(replayed.file("replay-" + picture)))
+        << "some register does not hold what was calibrated";
+}
+
+// On the raw path and behind the sensor's bus master.
+TEST_F(EepromProgram, WhatWasStoredIsWhatCorrects) {
+    for (char const* base : {"poly-12bit", "kind103"}) {
+        SCOPED_TRACE(base);
+        QString const profile = smallProfile(base);
+        ProgramRun const run({"--run-all", "--profile", profile, "--eeprom", device});
+        EXPECT_EXIT_CODE(run, 0);
+        EXPECT_LE(run.figure("uniformity corrected"), 1.0);
+        EXPECT_GT(run.figure("EEPROM bytes written"), 400);
+
+        ProgramRun const replay({"--replay-eeprom", device, "--profile", profile});
+        EXPECT_EXIT_CODE(replay, 0);
+        expectEqual(run, replay, "uncorrected");
+        expectEqual(run, replay, "corrected");
+        EXPECT_EQ(replay.value("correction when the dialog opened"), QStringLiteral("on"));
+        EXPECT_EQ(replay.figure("register-list entries written by the dialog"), 0);
+        ASSERT_TRUE(QFile::remove(device));
+    }
+}
+
+TEST_F(EepromProgram, AReplayFindsLostConditionsByTheDialogsSteps) {
+    QString const profile = smallProfile("poly-12bit");
+    ASSERT_EXIT_CODE(ProgramRun({"--run-all", "--profile", profile, "--eeprom", device}), 0);
+    QStringList const arguments = {"--replay-eeprom", device, "--profile", profile, "--record", "kestratu"};
+    ASSERT_TRUE(writeFile(conditions, "{}"));
+    EXPECT_EXIT_CODE(ProgramRun(arguments), 2);
+    ASSERT_TRUE(QFile::remove(conditions));
+    ProgramRun const replay(arguments);
+    EXPECT_EXIT_CODE(replay, 0);
+    EXPECT_GE(replay.figure("uniformity uncorrected"), 4.0);
+    EXPECT_LE(replay.figure("uniformity corrected"), 1.0);
+    EXPECT_EQ(replay.figure("register-list entries written by the dialog"), 0);
+}
+
+TEST_F(EepromProgram, AFaultIsToldByTheDialogTheSummaryAndTheExitCode) {
+    struct {
+        char const* base;
+        char const* fault;
+        char const* told;
+    } const rows[] = {
+        {"poly-12bit", "error-12", "Prom_Save_Status: Error accessing the EEPROM."},
+        {"poly-12bit", "error-12@1+", "Prom_Save_Status: No EEPROM."},
+        // Behind the bridge the dialog cannot tell silence from absence, and asks for ever.
+        {"kind71", "no-acknowledge@1+", "stands still before its first step"},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.fault);
+        ProgramRun const run({"--run-all", "--profile", smallProfile(row.base), "--fault", row.fault});
+        EXPECT_EXIT_CODE(run, 1);
+        for (QString const& told : {run.value("cause"), run.messages()})
+            EXPECT_TRUE(told.contains(row.told)) << told.toStdString();
+        EXPECT_EQ(run.contents("eeprom.bin").size(), 8192);
+    }
+}
+
+TEST_F(EepromProgram, KeepsWhatAFailedSaveWroteAndDropsTheConditionsOfWhatWasThere) {
+    QByteArray const blank(8192, '\xFF');
+    ASSERT_TRUE(writeFile(device, blank) && writeFile(conditions, "of an earlier calibration"));
+    // Six bytes are the header's, written when the dialog opens.
+    ProgramRun const run({"--run-all", "--profile", smallProfile("poly-12bit"), "--eeprom", device, "--fault",
+                          "power-cut@16+"});
+    EXPECT_EXIT_CODE(run, 1);
+    QFile file(device);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QByteArray const kept = file.readAll();
+    ASSERT_EQ(kept.size(), blank.size());
+    EXPECT_TRUE(kept.startsWith("VYEE"));
+    EXPECT_NE(kept.mid(5, 10), blank.mid(5, 10));
+    EXPECT_EQ(kept.mid(16), blank.mid(16));
+    EXPECT_FALSE(QFile::exists(conditions));
+}
+
+} // namespace

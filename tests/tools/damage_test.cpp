@@ -1,0 +1,147 @@
+#include "headboard/record_types.h"
+#include "tests/tools/image_fixture.h"
+
+#include <functional>
+#include <random>
+#include <span>
+
+namespace {
+
+using headboard_image::kExitDone;
+using headboard_image::kExitRefused;
+using headboard_image::Outcome;
+
+std::vector<EepromRecord> timeStamps(size_t count) {
+    return std::vector<EepromRecord>(count, textRecord(kRecordTimeStamp, "2024/05/31 23:59:07"));
+}
+
+Bytes changed(Bytes image, size_t offset, Bytes const& bytes) {
+    std::copy(bytes.begin(), bytes.end(), image.begin() + std::ptrdiff_t(offset));
+    return image;
+}
+
+TEST_F(ImageUnderTest, CheckFindsNothingWrongWithGoodImages) {
+    write(imageOf(recordsOfEveryKind()));
+    Outcome const outcome = run({"check"});
+    EXPECT_EQ(outcome.exitCode, kExitDone);
+    EXPECT_EQ(outcome.output, "0x0094: remark: the record's type is not known here\n"
+                              "5 records, 149 bytes used, 8022 available\nall is well\n");
+    // The unused bytes of a register set end its blocks.
+    write(imageOf({recordOf(kRecordPga, {3, 0, 4, 0, 0x20, 0, 7, 0xFF, 0xFF}), recordOf(kRecordCcm, {})}));
+    EXPECT_EQ(run({"check"}).exitCode, kExitDone);
+    write(imageOf({}));
+    EXPECT_EQ(run({"check"}).output, "0 records, 0 bytes used, 8171 available\nall is well\n");
+}
+
+TEST_F(ImageUnderTest, CheckNamesEveryDamageAndItsPlace) {
+    struct Row {
+        Bytes image;
+        char const* finding;
+    };
+    Bytes const good = imageOf(timeStamps(2));
+    for (Row const& row : std::vector<Row>{
+             {Bytes(8192, 0xFF), "0x0000: the image is erased, not formatted"},
+             {changed(good, 0, {'V', 'Y', 'E', 0}), R"(it begins with "VYE\x00", not with "VYEE")"},
+             {changed(good, 28, {kRecordTimeStamp, 0x20, 0x00}),
+              "0x001C: the record Time Stamp, length 8192, runs past the end of the store by 47 bytes"},
+             {changed(good, 28, {77, 0x1F, 0xD1, 1}), "0x1FF0: the chain runs into the end of the store"},
+             {changed(changed(good, 28, {77, 0x1F, 0xCF}), 8174, {5}),
+              "0x1FEE: the record SFR_DATA has no length"},
+             {imageOf({recordOf(kRecordLensType, {'x', 'y'})}), "0x0005: the text has no closing NUL"},
+             {imageOf({recordOf(kRecordLensType, {})}), "0x0005: the text has no closing NUL"},
+             {changed(imageOf({recordOf(kRecordPga, {})}), 7, {8}), "too short for its name"},
+             {imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4, 2, 0, 19, 1})}),
+              "0x0018: the block is 18 bytes longer than the rest of its record"},
+             {imageOf({recordOf(kRecordPga, {3, 0, 5, 1, 2, 3, 4, 5})}), "leaves a part of an entry"},
+             {imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4, 3, 0})}), "cuts off the block's head"},
+             {imageOf({recordOf(kRecordPga, {5, 0, 0})}), "0x0011: 0x05 is no kind of entry block"},
+             {imageOf({recordOf(kRecordCcm, {'x', 0})}), "0x0011: 0x78 is no kind of entry block"},
+             {imageOf({recordOf(kRecordSwCcm, {'x', 0, 'y'})}), "the last line has no closing NUL"},
+         }) {
+        write(row.image);
+        Outcome const outcome = run({"check"});
+        EXPECT_EQ(outcome.exitCode, kExitRefused) << row.finding;
+        EXPECT_NE(outcome.output.find(row.finding), std::string::npos) << row.finding << '\n'
+                                                                       << outcome.output;
+        EXPECT_EQ(outcome.output.find("all is well"), std::string::npos) << row.finding;
+    }
+}
+
+TEST_F(ImageUnderTest, WhatIsUnusualButNoDamageIsOnlyRemarked) {
+    struct Row {
+        Bytes image;
+        char const* remark;
+    };
+    Bytes const named = imageOf({recordOf(kRecordPga, {}, "Abc")});
+    for (Row const& row : std::vector<Row>{
+             {changed(imageOf({}), 4, {2}), "version 2 is not known"},
+             {changed(named, 8, {'N', 'i', 'n', 'e', 'B', 'y', 't', 'e', 's'}), "name fills its field"},
+             {imageOf({recordOf(kRecordPga, {}, "Abc"), recordOf(kRecordPga, {}, "aBC")}),
+              "0x0011: remark: never found: the record at 0x0005 has the same type and name"},
+         }) {
+        write(row.image);
+        Outcome const outcome = run({"check"});
+        EXPECT_EQ(outcome.exitCode, kExitDone) << row.remark;
+        EXPECT_NE(outcome.output.find(row.remark), std::string::npos) << row.remark << '\n' << outcome.output;
+    }
+}
+
+TEST_F(ImageUnderTest, ADamagedChainIsShownAsFarAsItGoesAndNeverWrittenTo) {
+    Bytes const damaged = changed(imageOf(timeStamps(2)), 28, {kRecordTimeStamp, 0x20, 0x00});
+    write(damaged);
+    Outcome const list = run({"list"});
+    EXPECT_EQ(list.exitCode, kExitRefused);
+    EXPECT_EQ(list.output, "0x0005  Time Stamp    20    \"2024/05/31 23:59:07\"\n");
+    EXPECT_NE(list.complaint.find("0x001C: the record"), std::string::npos) << list.complaint;
+    EXPECT_EQ(run({"show", "5"}).exitCode, kExitDone);
+    EXPECT_EQ(run({"show", "28"}).exitCode, kExitRefused);
+    EXPECT_EQ(run({"delete", "Time Stamp"}).exitCode, kExitRefused);
+    EXPECT_EQ(run({"import", preset("REG = 1, 2"), "Lens Correction", "PGA"}).exitCode, kExitRefused);
+    EXPECT_EQ(read(), damaged);
+}
+
+TEST_F(ImageUnderTest, ADamagedRecordIsShownAsFarAsItGoesAndCanBeDeleted) {
+    write(imageOf({recordOf(kRecordPga, {3, 0, 4, 0, 0x20, 0, 7, 3, 0, 8, 0, 0x30, 0, 9})}));
+    Outcome const show = run({"show", "5"});
+    EXPECT_EQ(show.exitCode, kExitRefused);
+    EXPECT_NE(show.output.find("0x0030      -     0x0000      0x0009"), std::string::npos) << show.output;
+    EXPECT_NE(show.complaint.find("longer than the rest"), std::string::npos) << show.complaint;
+    EXPECT_EQ(run({"delete", "PGA"}).exitCode, kExitDone);
+    EXPECT_EQ(run({"check"}).exitCode, kExitDone);
+}
+
+TEST_F(ImageUnderTest, GarbageIsReadToItsEndAndEditsOfItLeaveAWholeChain) {
+    // What ends or continues a chain is frequent, most images have a good header, half are mostly erased.
+    constexpr uint8_t kFrequent[] = {0, 0, 0, 0, 0, 2, 3, 4, 8, 9, 10, 13, 17, 20, 77, 0xFF};
+    std::mt19937 random(7);
+    auto const below = [&](size_t count) {
+        return std::uniform_int_distribution<size_t>(0, count - 1)(random);
+    };
+    QString const section = preset("REG = 1, 2");
+    size_t edits = 0;
+    for (int round = 0; round < 400; ++round) {
+        Bytes bytes(round % 5 == 0 ? 8 + below(200) : 8192, 0xFF);
+        size_t const used = round % 2 == 0 ? bytes.size() : std::min(bytes.size(), 8 + below(400));
+        for (uint8_t& byte : std::span(bytes).first(used))
+            byte = round % 3 == 0 ? uint8_t(random()) : kFrequent[below(std::size(kFrequent) - below(2))];
+        if (round % 4 != 0)
+            bytes = changed(bytes, 0, {'V', 'Y', 'E', 'E', 1});
+        write(bytes);
+        bool const isWhole = run({"check"}).output.find(" available\n") != std::string::npos;
+        EXPECT_EQ(run({"list"}).exitCode, isWhole ? kExitDone : kExitRefused);
+        for (QString const& offset : {QStringLiteral("5"), QString::number(below(8192))})
+            EXPECT_LE(run({"show", offset}).exitCode, kExitRefused);
+        for (QStringList const& edit :
+             {QStringList{"import", section, "Lens Correction", "SWPGA"}, QStringList{"delete", "PGA"}}) {
+            Bytes const before = read();
+            bool const done = run(edit).exitCode == kExitDone;
+            edits += done ? 1 : 0;
+            EXPECT_TRUE(done ? isWhole : read() == before);
+            EXPECT_EQ(read().size(), before.size());
+            EXPECT_EQ(run({"list"}).exitCode, isWhole ? kExitDone : kExitRefused);
+        }
+    }
+    EXPECT_GT(edits, 50U);
+}
+
+} // namespace

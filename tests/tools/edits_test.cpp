@@ -1,0 +1,167 @@
+#include "headboard/record_types.h"
+#include "tests/tools/image_fixture.h"
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
+namespace {
+
+using headboard_image::ExitCode;
+using headboard_image::kExitDone;
+using headboard_image::kExitRefused;
+using headboard_image::kExitUnusable;
+using headboard_image::Outcome;
+
+#define EXPECT_SAYS(text, part) EXPECT_NE((text).find(part), std::string::npos) << (text)
+
+TEST_F(ImageUnderTest, AnImportedSectionReadsAsItWasWrittenAndTakesThePlaceOfTheOlder) {
+    write(imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4}, "LENS COR"),
+                   recordOf(kRecordCcm, {}, "Lens Cor"), recordOf(kRecordPga, {}, "Other")}));
+    QString const file =
+        preset("; from a calibration\nREG = 0x0000, 0x3600, 0x3C02\nBITFIELD = 0x3780, 0x8000, 1\n"
+               "VAR = 18, 0x42, 5\nSTATE = Gamma, 9");
+    Outcome const outcome = run({"import", file, "lens correction", "pga"});
+    EXPECT_EQ(outcome.exitCode, kExitDone) << outcome.complaint;
+    EXPECT_EQ(outcome.output, "imported\n0x001D  PGA           44    \"lens cor\"\n"
+                              "in the place of the older one at 0x0005\n");
+    EXPECT_SAYS(run({"show", "0x1D"}).output, R"(
+0      0x00        0x3600      -     0x0000      0x3C02
+0      0x00        0x3780      0     0x8000      0x0001
+1      0x12        0x0042      2     0x0000      0x0005
+)");
+    EXPECT_EQ(run({"list"}).output, "0x0005  CCM           9     \"Lens Cor\"\n"
+                                    "0x0011  PGA           9     \"Other\"\n"
+                                    "0x001D  PGA           44    \"lens cor\"\n");
+    Bytes const before = imageOf({}), after = read();
+    EXPECT_TRUE(
+        std::equal(before.begin() + kStoreSize, before.end(), after.begin() + kStoreSize, after.end()));
+}
+
+TEST_F(ImageUnderTest, PagesAreKeptOrTheImportIsRefused) {
+    write(imageOf({}));
+    QString const file = preset("BITFIELD = 3, 0x20, 1, 1\nREG = 2, 0x10, 7\nREG = 0x11, 8");
+    EXPECT_SAYS(run({"import", file, "Lens Correction", "PGA"}).complaint,
+                "1 register of the section would lose");
+    EXPECT_EQ(read(), imageOf({}));
+    EXPECT_EQ(run({"import", file, "Lens Correction", "PGA", "--paged"}).exitCode, kExitDone);
+    EXPECT_SAYS(run({"show", "5", "--paged"}).output, R"(
+0      0x03        0x0020      0     0x0001      0x0001
+0      0x02        0x0010      -     0x0000      0x0007
+0      0x00        0x0011      -     0x0000      0x0008
+)");
+    Outcome const tooWide = run({"import", preset("REG = 0x3600, 1"), "Lens Correction", "PGA", "--paged"});
+    EXPECT_EQ(tooWide.exitCode, kExitRefused);
+}
+
+TEST_F(ImageUnderTest, ARefusedCommandTellsWhyAndLeavesTheFileAsItWas) {
+    std::string many = "STATE = none,1\n";
+    for (int i = 0; i < 500; ++i)
+        many += "MEM32 = 4, 0x100, 1\n";
+    struct Row {
+        char const* lines;
+        QStringList command; ///< FILE stands for the file of these lines
+        ExitCode exitCode;
+        char const* why;
+    };
+    QString const section = QStringLiteral("Lens Correction");
+    for (Row const& row : std::vector<Row>{
+             {"REG = 1, 2", {"import", "FILE", "Nowhere", "PGA"}, kExitRefused, "has no section [Nowhere]"},
+             {"REG = 1, 2", {"import", "FILE", section, "Time Stamp"}, kExitRefused, "holds no registers"},
+             {"REG 1 2",
+              {"import", "FILE", section, "PGA"},
+              kExitRefused,
+              "no line that a record PGA can hold"},
+             {"STATE = WB Speed,1", {"import", "FILE", section, "PGA"}, kExitRefused, "no line that"},
+             {"STATE = WB Speed,1\nREG = 1, 2", {"import", "FILE", section, "SWCCM"}, kExitRefused, "mixes"},
+             {"REG = 1, 2\nSTATE = WB Speed,1", {"import", "FILE", section, "SWCCM"}, kExitRefused, "mixes"},
+             {many.c_str(), {"import", "FILE", section, "PGA"}, kExitRefused, "does not fit: 8149 bytes"},
+             {"", {"import", "nowhere.ini", section, "PGA"}, kExitUnusable, "cannot read nowhere.ini"},
+             {"", {"import", ".", section, "PGA"}, kExitUnusable, "no regular file"},
+             {"", {"delete", "CCM"}, kExitRefused, "there is no record CCM"},
+             {"", {"delete", "PGA", "Other"}, kExitRefused, "there is no record PGA named \"Other\""},
+             {"", {"delete", "Time Stamp", "Other"}, kExitRefused, "have no name"},
+         }) {
+        Bytes const before = imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4}, "Lens Cor"),
+                                      textRecord(kRecordTimeStamp, "2024/05/31 23:5"), recordOf(77, {})});
+        write(before);
+        QStringList command = row.command;
+        command.replaceInStrings(QStringLiteral("FILE"), preset(row.lines));
+        Outcome const outcome = run(command);
+        EXPECT_EQ(outcome.exitCode, row.exitCode) << row.why;
+        EXPECT_SAYS(outcome.complaint, row.why);
+        EXPECT_EQ(read(), before) << row.why;
+    }
+}
+
+TEST_F(ImageUnderTest, DeleteTakesTheFirstOfTheTypeOrTheNamedOneAndTellsWhatIsLeft) {
+    write(imageOf({recordOf(kRecordPga, {}, "First"), recordOf(kRecordPga, {}, "Second"), recordOf(77, {}),
+                   recordOf(kRecordPga, {}, "Third")}));
+    EXPECT_EQ(run({"delete", "8", "second"}).output,
+              "deleted\n0x0011  PGA           9     \"Second\"\n2 records of this type left\n");
+    EXPECT_EQ(run({"delete", "pga"}).output,
+              "deleted\n0x0005  PGA           9     \"First\"\n1 record of this type left\n");
+    EXPECT_EQ(run({"delete", "77"}).exitCode, kExitDone);
+    EXPECT_EQ(run({"list"}).output, "0x0005  PGA           9     \"Third\"\n");
+}
+
+TEST_F(ImageUnderTest, FormatCreatesAnErasedDeviceAndKeepsTheBytesOfAnOldOne) {
+    EXPECT_EQ(run({"format"}).output, "created and formatted\n");
+    Bytes expected(8192, 0xFF);
+    Bytes const header = {'V', 'Y', 'E', 'E', 1};
+    std::copy(header.begin(), header.end(), expected.begin());
+    EXPECT_EQ(read(), expected);
+
+    Bytes old = imageOf(recordsOfEveryKind());
+    write(old);
+    EXPECT_EQ(run({"format"}).output, "formatted\n5 records can no longer be reached\n");
+    old[5] = 0xFF;
+    EXPECT_EQ(read(), old);
+}
+
+// The end mark of a full store is the store's last byte, which record operations on a whole device leave out.
+TEST_F(ImageUnderTest, AStoreCanBeFilledToItsLastByteWhateverTheSizeOfTheImage) {
+    for (size_t const size : {25, 24, 4096, 8176, 8177, 65536}) {
+        size_t const store = std::min<size_t>(size, kStoreSize);
+        Bytes image(size, 0x55);
+        Bytes const header = {'V', 'Y', 'E', 'E', 1, 77};
+        std::copy(header.begin(), header.end(), image.begin());
+        // The record 77 leaves the room of one more with one entry and, most often, the end mark.
+        size_t const length = store < 30 ? 0 : store - 8 - 19 - 1;
+        image[6] = uint8_t(length >> 8);
+        image[7] = uint8_t(length);
+        image[8 + length] = 0xFF;
+        write(image);
+        bool const fits = store >= 30;
+        QString const file = preset("REG = 1, 2");
+        EXPECT_EQ(run({"import", file, "Lens Correction", "PGA"}).exitCode, fits ? kExitDone : kExitRefused);
+        Bytes const after = read();
+        EXPECT_EQ(after[store - 1], fits ? 0xFF : 0x55) << size;
+        EXPECT_TRUE(std::equal(after.begin() + std::ptrdiff_t(store), after.end(),
+                               image.begin() + std::ptrdiff_t(store), image.end()));
+        EXPECT_EQ(run({"delete", "PGA"}).exitCode, fits ? kExitDone : kExitRefused);
+        EXPECT_EQ(run({"list"}).exitCode, kExitDone) << size;
+    }
+}
+
+#ifdef Q_OS_UNIX
+TEST_F(ImageUnderTest, AWriteThatFailsHalfWayLeavesTheFileAsItWas) {
+    Bytes const before = imageOf({recordOf(77, {})});
+    write(before);
+    rlimit const full{100, RLIM_INFINITY};
+    rlimit unlimited{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    auto const oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    Outcome const outcome = run({"delete", "77"});
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    (void)std::signal(SIGXFSZ, oldHandler);
+    EXPECT_EQ(outcome.exitCode, kExitUnusable);
+    EXPECT_SAYS(outcome.complaint, "cannot write");
+    EXPECT_TRUE(outcome.output.empty());
+    EXPECT_EQ(read(), before);
+}
+#endif
+
+} // namespace

@@ -1,0 +1,171 @@
+#include "command_line.h"
+
+#include "chain_check.h"
+#include "edits.h"
+#include "headboard/record_types.h"
+#include "image_file.h"
+#include "record_display.h"
+
+#include <QCommandLineParser>
+#include <algorithm>
+
+namespace headboard_image {
+namespace {
+
+struct Request {
+    QString image;
+    QStringList arguments; ///< of the command, as many as it takes
+    Addressing addressing = Addressing::Plain;
+};
+
+Outcome usageError(QString const& what) {
+    return unusable(what.trimmed().toStdString() + "\nTry \"headboard-image --help\".");
+}
+
+// Decimal, or hexadecimal behind "0x"; a leading 0 means nothing.
+std::optional<uint32_t> readNumber(QString const& text) {
+    constexpr int kDecimal = 10, kHexadecimal = 16;
+    bool const isHexadecimal = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+    bool ok = false;
+    uint const number = isHexadecimal ? text.mid(2).toUInt(&ok, kHexadecimal) : text.toUInt(&ok, kDecimal);
+    return ok ? std::optional<uint32_t>(number) : std::nullopt;
+}
+
+// A type that a record in the chain can have; the header and the chain's end are none.
+std::optional<uint8_t> readType(QString const& text) {
+    uint32_t const named = recordTypeNamed(text.toUtf8().constData());
+    uint32_t const type = named != 0 ? named : readNumber(text).value_or(kRecordEnd);
+    if (type >= kRecordEnd || type == kRecordIdent)
+        return std::nullopt;
+    return uint8_t(type);
+}
+
+Outcome noType(QString const& text) {
+    return usageError(
+        QStringLiteral("\"%1\" is no type of a record; a type is a name such as PGA, or its number.")
+            .arg(text));
+}
+
+Outcome runOnStore(Request const& request, Outcome (*run)(RecordStore const&, Request const&)) {
+    std::string fault;
+    auto const bytes = readImage(request.image, fault);
+    if (!bytes)
+        return unusable(fault);
+    return run(RecordStore(*bytes), request);
+}
+
+Outcome runList(Request const& request) {
+    return runOnStore(request, [](RecordStore const& store, Request const&) { return listRecords(store); });
+}
+
+Outcome runCheck(Request const& request) {
+    return runOnStore(request, [](RecordStore const& store, Request const&) { return checkImage(store); });
+}
+
+Outcome runShow(Request const& request) {
+    return runOnStore(request, [](RecordStore const& store, Request const& asked) {
+        auto const offset = readNumber(asked.arguments[0]);
+        if (!offset)
+            return usageError(QStringLiteral("\"%1\" is no offset.").arg(asked.arguments[0]));
+        return showRecord(store, int32_t(std::min<uint32_t>(*offset, INT32_MAX)), asked.addressing);
+    });
+}
+
+Outcome runImport(Request const& request) {
+    auto const type = readType(request.arguments[2]);
+    return type ? importSection(request.image, request.arguments[0], request.arguments[1], *type,
+                                request.addressing)
+                : noType(request.arguments[2]);
+}
+
+Outcome runDelete(Request const& request) {
+    auto const type = readType(request.arguments[0]);
+    std::optional<QString> name;
+    if (request.arguments.size() > 1)
+        name = request.arguments[1];
+    return type ? deleteRecord(request.image, *type, name) : noType(request.arguments[0]);
+}
+
+Outcome runFormat(Request const& request) {
+    return formatImage(request.image);
+}
+
+struct Command {
+    char const* name;
+    char const* arguments;
+    int fewest, most; ///< arguments
+    bool knowsPages;
+    Outcome (*run)(Request const&);
+    char const* help;
+};
+constexpr Command kCommands[] = {
+    {"list", "", 0, 0, false, runList, "one line a record: offset, type, length, name or text"},
+    {"show", "OFFSET", 1, 1, true, runShow, "the entries, lines or bytes of a record"},
+    {"check", "", 0, 0, false, runCheck, "everything that is wrong with the image"},
+    {"import", "FILE SECTION TYPE", 3, 3, true, runImport,
+     "a section of a preset or results file as a record, in the place\n"
+     "                            of an older one of the same type and name"},
+    {"delete", "TYPE [NAME]", 1, 2, false, runDelete, "the first record of a type and name"},
+    {"format", "", 0, 0, false, runFormat, "an empty chain; creates an image of 8192 bytes"},
+};
+
+QString description() {
+    QString text =
+        QStringLiteral("Looks at and changes a file of the bytes of a headboard EEPROM.\n\nCommands:\n");
+    for (Command const& command : kCommands) {
+        QString const call =
+            QStringLiteral("%1 %2").arg(QLatin1String(command.name), QLatin1String(command.arguments));
+        text += QStringLiteral("  %1%2\n").arg(call, -26).arg(QLatin1String(command.help));
+    }
+    return text +
+           QStringLiteral(
+               "\nOFFSET is decimal or 0x hexadecimal. TYPE is a name, such as PGA or \"Time Stamp\",\n"
+               "or a number. An image has 8 to 65536 bytes; records lie in the first 8176, and the\n"
+               "bytes behind them are kept. A file changes as a whole or not at all.\n\n"
+               "Exit codes: 0 done, 1 image damaged or operation refused,\n"
+               "2 bad command line, or a file that cannot be read or written.");
+}
+
+Command const* findCommand(QString const& name) {
+    auto const* const found =
+        std::find_if(std::begin(kCommands), std::end(kCommands),
+                     [&](Command const& row) { return name == QLatin1String(row.name); });
+    return found == std::end(kCommands) ? nullptr : found;
+}
+
+Outcome runCommand(QStringList const& words, bool isPaged) {
+    if (words.size() < 2)
+        return usageError(QStringLiteral("An image and a command are needed."));
+    Command const* const command = findCommand(words[1]);
+    if (!command)
+        return usageError(QStringLiteral("\"%1\" is no command. The image comes first.").arg(words[1]));
+    QStringList const arguments = words.mid(2);
+    if (arguments.size() < command->fewest || arguments.size() > command->most)
+        return usageError(QStringLiteral("The command is: %1 %2")
+                              .arg(QLatin1String(command->name), QLatin1String(command->arguments)));
+    if (isPaged && !command->knowsPages)
+        return usageError(QStringLiteral("--paged is for show and import."));
+    return command->run({words[0], arguments, isPaged ? Addressing::Paged : Addressing::Plain});
+}
+
+} // namespace
+
+Outcome runCommandLine(QStringList const& arguments) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(description());
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("IMAGE"), QStringLiteral("The file of device bytes."));
+    parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("One of the commands above."),
+                                 QStringLiteral("COMMAND [ARGUMENTS]"));
+    QCommandLineOption const paged(
+        QStringLiteral("paged"),
+        QStringLiteral("For show and import: the sensor's registers have a page and an 8-bit address."));
+    parser.addOption(paged);
+    if (!parser.parse(arguments))
+        return usageError(parser.errorText());
+    if (parser.isSet(QStringLiteral("help")))
+        return {kExitDone, parser.helpText().toStdString(), {}};
+    return runCommand(parser.positionalArguments(), parser.isSet(paged));
+}
+
+} // namespace headboard_image

@@ -1,0 +1,21 @@
+#include "command_line.h"
+
+#include <QCoreApplication>
+#include <cstdio>
+
+namespace {
+
+void print(std::string const& text, std::FILE* file) {
+    std::fputs(QString::fromStdString(text).toLocal8Bit().constData(), file);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication const application(argc, argv);
+    headboard_image::Outcome const outcome = headboard_image::runCommandLine(QCoreApplication::arguments());
+    print(outcome.output, stdout);
+    if (!outcome.complaint.empty())
+        print("headboard-image: " + outcome.complaint, stderr);
+    return outcome.exitCode;
+}

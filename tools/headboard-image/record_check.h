@@ -1,0 +1,26 @@
+#pragma once
+
+#include "record_store.h"
+
+#include <string>
+#include <vector>
+
+namespace headboard_image {
+
+/// One thing that a check has to say.
+struct Finding {
+    int32_t offset = 0;  ///< in the image
+    bool isFault = true; ///< else a remark: unusual, but no damage
+    std::string text;
+};
+
+[[nodiscard]] bool hasFault(std::vector<Finding> const& findings);
+
+[[nodiscard]] std::string findingText(Finding const& finding);
+/// One line each.
+[[nodiscard]] std::string findingLines(std::vector<Finding> const& findings);
+
+/// What is wrong inside a record, given from its head on.
+[[nodiscard]] std::vector<Finding> checkRecord(RecordPlace const& place, std::span<uint8_t const> record);
+
+} // namespace headboard_image

@@ -1,0 +1,59 @@
+#include "record_store.h"
+
+#include "headboard/eeprom_chain.h"
+
+#include <algorithm>
+
+namespace headboard_image {
+
+RecordPlace const* Chain::at(int32_t offset) const {
+    auto const found = std::find_if(records.begin(), records.end(),
+                                    [&](RecordPlace const& record) { return record.offset == offset; });
+    return found == records.end() ? nullptr : &*found;
+}
+
+RecordStore::RecordStore(std::span<uint8_t const> image, vy_Camera* sensor)
+    : m_eeprom(HeadboardEepromCreate(sensor)) {
+    m_eeprom->deviceSize = int32_t(std::min(image.size(), size_t(m_eeprom->deviceSize)));
+    std::span<uint8_t const> const store = image.first(size_t(m_eeprom->deviceSize));
+    // One byte more than the store, because loads and changes leave out the image's last one.
+    constexpr uint8_t kErased = 0xFF;
+    m_eeprom->image.assign(store.size() + 1, kErased);
+    std::copy(store.begin(), store.end(), m_eeprom->image.begin());
+    // Everything counts as read, so that no device is asked.
+    m_eeprom->state.assign(m_eeprom->image.size(), ByteState::Current);
+}
+
+std::span<uint8_t const> RecordStore::bytes() const {
+    return std::span<uint8_t const>(m_eeprom->image).first(size_t(size()));
+}
+
+Chain RecordStore::chain() const {
+    Chain chain;
+    if (EepromCheckHeader(m_eeprom) != kEepromOk) {
+        chain.end = ChainEnd::NotFormatted;
+        return chain;
+    }
+    int32_t& offset = chain.endOffset;
+    for (offset = EepromNextRecord(m_eeprom, 0); offset < size();) {
+        int32_t const recordSize = EepromReadRecord(m_eeprom, offset, {});
+        if (recordSize < 0) {
+            chain.end = recordSize == kEepromNoRecord ? ChainEnd::Marked : ChainEnd::RecordPastEnd;
+            return chain;
+        }
+        chain.records.push_back({offset, bytes()[size_t(offset)], recordSize});
+        offset += recordSize;
+    }
+    chain.end = ChainEnd::NoMark;
+    return chain;
+}
+
+std::span<uint8_t const> RecordStore::record(RecordPlace const& place) const {
+    return bytes().subspan(size_t(place.offset), size_t(place.size));
+}
+
+void RecordStore::copyTo(std::span<uint8_t> image) const {
+    std::copy(bytes().begin(), bytes().end(), image.begin());
+}
+
+} // namespace headboard_image
