@@ -5,7 +5,7 @@
 void flushOrDrop(ConfigCore& core, HeadboardEeprom const& eeprom, int32_t status) {
     if (status == kEepromOk)
         status = HeadboardEepromFlush(eeprom);
-    if (status != kEepromOk || !isSharedEeprom(core.eepromSlot, eeprom))
+    if (status != kEepromOk)
         HeadboardEepromRelease(sharedEeprom(core.eepromSlot, core.sensor.camera));
 }
 

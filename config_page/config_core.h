@@ -30,8 +30,8 @@ struct ConfigCore {
 };
 
 /// Writes what an operation with this status has changed in an EEPROM to the device. After a failure, also of
-/// the operation, and when the EEPROM was discarded meanwhile, the image is dropped: what is shown next is
-/// what the device holds.
+/// the operation, the image of the process-wide EEPROM is dropped: what is shown next is what the device
+/// holds. Whoever discards the EEPROM meanwhile makes the writing fail.
 void flushOrDrop(ConfigCore& core, HeadboardEeprom const& eeprom, int32_t status);
 
 /// Marks widget updates from code, so that change handlers ignore the signals that they raise.

@@ -1,6 +1,7 @@
 // Writes one picture for each named state of a page: screenshots FOLDER [NAME ...]
 
 #include "apga_page/lens_assist_apga.h"
+#include "docs/screenshots/config_states.h"
 #include "lsc_page/lens_assist.h"
 #include "tests/fakes/fake_host.h"
 #include "tests/fakes/fake_libraries.h"
@@ -301,5 +302,6 @@ int main(int argc, char** argv) {
     for (NamedState const& state : kStates)
         if (arguments.size() == 1 || arguments.contains(QLatin1String(state.name)))
             good = write(state, QDir(arguments[0])) && good;
+    good = writeConfigStates(QDir(arguments[0]), arguments.mid(1)) && good;
     return good ? 0 : 1;
 }

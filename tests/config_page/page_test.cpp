@@ -58,6 +58,17 @@ TEST_F(ConfigPage, AFailureOfTheDeviceIsToldApartFromItsSilence) {
     EXPECT_TRUE(isEnabled("IF_Combo"));
 }
 
+TEST_F(ConfigPage, AnEepromThatWasUnpluggedLeavesItsButtonsAsTheyAre) {
+    store({{3, "x"}});
+    open();
+    headboard.deviceAddress = 0xAA;
+    click("EEPROM_Test");
+    EXPECT_EQ(state().eepromState, 5U);
+    EXPECT_TRUE(isEnabled("EEPROM_Test"));
+    click("EEPROM_Erase");
+    EXPECT_TRUE(messages.empty()) << "there is nothing to erase";
+}
+
 TEST_F(ConfigPage, ACheckSeesAnotherHeadboard) {
     store({{kHeadboardId, std::string("ABC1234001\0", 11)}});
     open();

@@ -144,6 +144,17 @@ TEST_F(ConfigReentry, WhateverHappensInsideACallThePageComesToRest) {
     EXPECT_GE(cases, 600);
 }
 
+TEST_F(ConfigReentry, TheEraseQuestionIsAskedOnce) {
+    prepare();
+    host.onCall = [this](std::string const& call) {
+        if (call == "message" && messages.size() < 3)
+            run("OnBnClickedEepromErase");
+    };
+    run("OnBnClickedEepromErase");
+    host.onCall = nullptr;
+    EXPECT_EQ(messages.size(), 1U);
+}
+
 TEST_F(ConfigReentry, EverySlotMayBeNull) {
     constexpr size_t kSlots = sizeof(HostServices) / sizeof(void*);
     HostServices const all = services();

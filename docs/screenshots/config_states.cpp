@@ -1,0 +1,146 @@
+#include "docs/screenshots/config_states.h"
+
+#include "config_page/config.h"
+#include "config_page/config_display.h"
+#include "tests/config_page/fake_bus_services.h"
+#include "tests/fakes/fake_host.h"
+#include "tests/fakes/fake_libraries.h"
+#include "wizard/bullets.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace {
+
+// The page on a fake headboard, driven to a state as a device and a user would drive it.
+class Scene {
+public:
+    Scene() {
+        sensor.camera = libraries.camera();
+        std::fill(device().begin(), device().end(), uint8_t(0xFF));
+    }
+    ~Scene() {
+        page.reset();
+        discardEeprom(slot);
+    }
+    Scene(Scene const&) = delete;
+    Scene& operator=(Scene const&) = delete;
+
+    void open() {
+        HostServices services = host.services();
+        FakeBusServices::fillIn(services);
+        page = std::make_unique<Config>(nullptr, sensor, &services, slot, &wizard);
+        page->show();
+        page->initialise();
+    }
+    // A headboard that went through this page before.
+    void store(std::string const& number) {
+        std::string const bytes =
+            std::string("VYEE\x01\x0B\0", 7) + char(number.size() + 1) + number + '\0' + '\xFF';
+        std::copy(bytes.begin(), bytes.end(), device().begin());
+        device()[8191] = 64;
+        device()[8177] = 17;
+        device()[8179] = 2;
+        device()[8180] = 1;
+    }
+    void fail(DeviceFault fault) {
+        libraries.headboard.fault = fault;
+        libraries.headboard.faultAt = 0;
+        libraries.headboard.faultLasts = true;
+    }
+    template <typename Widget>
+    Widget* widget(char const* name) {
+        return page->findChild<Widget*>(QLatin1String(name));
+    }
+    void enter(char const* number) { widget<QLineEdit>("SN")->setText(QLatin1String(number)); }
+    void press(char const* button) { widget<QPushButton>(button)->click(); }
+
+    FakeHost host;
+    FakeLibraries libraries;
+    FakeBusServices bus{libraries.headboard};
+    SensorRecord sensor{};
+    EepromSlot slot = nullptr;
+    Wizard wizard{QString(), nullptr};
+    std::unique_ptr<Config> page;
+
+private:
+    [[nodiscard]] std::vector<uint8_t>& device() { return libraries.headboard.device; }
+};
+
+struct NamedState {
+    char const* name;
+    std::function<void(Scene&)> reach;
+};
+
+NamedState const kStates[] = {
+    {"config-unknown",
+     [](Scene& s) {
+         s.fail(DeviceFault::Failure);
+         s.open();
+     }},
+    {"config-blank", [](Scene& s) { s.open(); }},
+    {"config-number-stored",
+     [](Scene& s) {
+         s.store("ABC1234001");
+         s.open();
+     }},
+    {"config-number-generated",
+     [](Scene& s) {
+         s.host.textSettings["KestraMfr SN"] = "ABC1234001";
+         s.open();
+     }},
+    {"config-not-detected",
+     [](Scene& s) {
+         s.fail(DeviceFault::NoAnswer);
+         s.open();
+     }},
+    {"config-error",
+     [](Scene& s) {
+         s.fail(DeviceFault::Failure);
+         s.open();
+         // No check of the page ends so; it is shown as the page would show it.
+         ConfigStatus const status = eepromStatus(ConfigState::EepromError, {}, 0);
+         s.widget<QLabel>("EEPROM_Status")->setText(status.text);
+         s.widget<QLabel>("EEPROM_Bullet")->setPixmap(bulletPixmap(&s.wizard, status.bullet));
+     }},
+    {"config-lists-changed",
+     [](Scene& s) {
+         s.store("ABC1234001");
+         s.open();
+         s.widget<QComboBox>("PN_Combo")->setCurrentIndex(1);
+     }},
+    {"config-wrong-format",
+     [](Scene& s) {
+         s.open();
+         s.enter("ABC");
+         s.press("Apply");
+     }},
+};
+
+bool write(NamedState const& state, QDir const& folder) {
+    Scene scene;
+    state.reach(scene);
+    QApplication::processEvents();
+    QString const file = folder.filePath(QLatin1String(state.name) + QStringLiteral(".png"));
+    bool const written = scene.page->grab().save(file);
+    std::printf("%s %s\n", written ? "wrote" : "could not write", qUtf8Printable(file));
+    return written;
+}
+
+} // namespace
+
+bool writeConfigStates(QDir const& folder, QStringList const& names) {
+    bool good = true;
+    for (NamedState const& state : kStates)
+        if (names.isEmpty() || names.contains(QLatin1String(state.name)))
+            good = write(state, folder) && good;
+    return good;
+}

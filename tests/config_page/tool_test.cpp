@@ -1,0 +1,165 @@
+#include "common/pause.h"
+#include "config_page/config_state.h"
+#include "config_page/message_box.h"
+#include "session.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFile>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr int kLongestRunMs = 60'000;
+
+// The page on the simulated camera, which is told of every pause in the place of the sleep.
+class HeadboardConfig : public ::testing::Test {
+protected:
+    HeadboardConfig() {
+        options.profile = QStringLiteral("poly-12bit");
+        options.eepromFile = file("eeprom.bin");
+        options.settingsFile = file("settings.ini");
+        setMessageAnswer([](UserMessage const&) { return QMessageBox::Ok; });
+    }
+    ~HeadboardConfig() override {
+        setMessageAnswer({});
+        installPause({});
+    }
+
+    void open() {
+        session.reset();
+        QString error;
+        session = Session::open(options, &error);
+        ASSERT_TRUE(session) << error.toStdString();
+        simulator::SimulatedCamera& camera = session->camera();
+        camera.useVirtualTime();
+        installPause(
+            [&camera](std::chrono::milliseconds duration) { camera.advanceTime(int(duration.count())); });
+        session->page().initialise();
+    }
+    QByteArray savedEeprom() {
+        QString error;
+        EXPECT_TRUE(session->saveEeprom(&error)) << error.toStdString();
+        EXPECT_EQ(session->services().openChangeGroups(), 0);
+        QFile saved(options.eepromFile);
+        EXPECT_TRUE(saved.open(QIODevice::ReadOnly));
+        return saved.readAll();
+    }
+    template <typename Widget>
+    Widget* widget(char const* name) {
+        return session->page().findChild<Widget*>(QLatin1String(name));
+    }
+    void choose(char const* combo, int code) {
+        auto* const list = widget<QComboBox>(combo);
+        list->setCurrentIndex(list->findData(code));
+    }
+    [[nodiscard]] QString file(char const* name) const { return m_folder.filePath(QLatin1String(name)); }
+
+    Options options;
+    std::unique_ptr<Session> session;
+
+private:
+    QTemporaryDir m_folder;
+};
+
+TEST_F(HeadboardConfig, WhatAPersonAppliesIsInTheEepromsFileAndComesBack) {
+    open();
+    choose("PN_Combo", 64);
+    choose("IF_Combo", 18);
+    choose("MI_Combo", 2);
+    choose("SP_Combo", 3);
+    widget<QLineEdit>("SN")->setText(QStringLiteral("ABC1234998"));
+    widget<QPushButton>("Apply")->click();
+    widget<QPushButton>("setGrabFileName")->click();
+    QByteArray const eeprom = savedEeprom();
+    ASSERT_EQ(eeprom.size(), 8192);
+    EXPECT_EQ(eeprom.left(20), QByteArray("VYEE\x01\x0B\0\x0B"
+                                          "ABC1234998\0\xFF",
+                                          20));
+    EXPECT_EQ(eeprom[8191], 64);
+    EXPECT_EQ(eeprom[8177], 18);
+    EXPECT_EQ(eeprom[8179], 2);
+    EXPECT_EQ(eeprom[8180], 3);
+    EXPECT_EQ(QSettings(options.settingsFile, QSettings::IniFormat).value("options/Still File").toString(),
+              "ABC1234998_");
+
+    open();
+    EXPECT_EQ(session->page().serialNumber(), "ABC1234998");
+    EXPECT_EQ(widget<QComboBox>("PN_Combo")->currentData().toInt(), 64);
+    EXPECT_EQ(widget<QComboBox>("SP_Combo")->currentData().toInt(), 3);
+    // The next headboard, on which the number goes on.
+    widget<QPushButton>("EEPROM_Erase")->click();
+    widget<QLineEdit>("SN")->clear();
+    widget<QPushButton>("EEPROM_Test")->click();
+    EXPECT_EQ(session->page().serialNumber(), "ABC1234999");
+    QByteArray const erased = savedEeprom();
+    EXPECT_EQ(erased.left(6), QByteArray("VYEE\x01\xFF"));
+    EXPECT_EQ(erased.mid(6), eeprom.mid(6));
+}
+
+TEST_F(HeadboardConfig, EveryWiringOfAnEepromIsFound) {
+    for (auto const& [profile, state] :
+         {std::pair("kind71", 4U), {"kind103", 4U}, {"kind95", 4U}, {"ycbcr", 5U}}) {
+        options.profile = QLatin1String(profile);
+        options.eepromFile = file(profile);
+        open();
+        EXPECT_EQ(session->page().state().eepromState, state) << profile;
+    }
+}
+
+struct ProgramRun {
+    explicit ProgramRun(QStringList const& arguments) {
+        QProcess process;
+        process.start(QStringLiteral(HEADBOARD_CONFIG), arguments);
+        bool const ended = process.waitForFinished(kLongestRunMs);
+        exitCode = ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+        output = QString::fromLocal8Bit(process.readAllStandardOutput());
+        messages = QString::fromLocal8Bit(process.readAllStandardError());
+    }
+    int exitCode;
+    QString output, messages;
+};
+
+TEST_F(HeadboardConfig, TheProgramRunsWithoutAScreenAndKeepsTheEeprom) {
+    QStringList const files = {"--eeprom", options.eepromFile, "--settings", options.settingsFile};
+    ProgramRun const run(files + QStringList{"--profile", "poly-12bit", "--screenshot", file("page.png")});
+    EXPECT_EQ(run.exitCode, kExitDone) << run.messages.toStdString();
+    EXPECT_TRUE(run.output.startsWith(
+        "EEPROM is present and working normally.\n0 bytes used.  8171 bytes available.\n"))
+        << run.output.toStdString();
+    EXPECT_TRUE(run.output.contains("part number: 0xff\n"));
+    EXPECT_GT(QImage(file("page.png")).width(), 500);
+    QFile eeprom(options.eepromFile);
+    ASSERT_TRUE(eeprom.open(QIODevice::ReadOnly));
+    EXPECT_EQ(eeprom.readAll().left(6), QByteArray("VYEE\x01\xFF"));
+}
+
+TEST_F(HeadboardConfig, WrongFilesAndOptionsAreToldByTheExitCode) {
+    QFile shortFile(options.eepromFile);
+    ASSERT_TRUE(shortFile.open(QIODevice::WriteOnly));
+    shortFile.write("VYEE");
+    shortFile.close();
+    QStringList const files = {"--settings", options.settingsFile, "--screenshot", file("page.png")};
+    EXPECT_EQ(ProgramRun(files + QStringList{"--eeprom", options.eepromFile}).exitCode, kExitUsage);
+    EXPECT_EQ(ProgramRun(files + QStringList{"--profile", "none-such"}).exitCode, kExitUsage);
+    EXPECT_EQ(ProgramRun({"--colour"}).exitCode, kExitUsage);
+    EXPECT_EQ(ProgramRun(files + QStringList{"--eeprom", "/no/such/folder/eeprom.bin"}).exitCode,
+              kExitNotSaved);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication const application(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

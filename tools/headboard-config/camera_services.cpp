@@ -1,0 +1,102 @@
+#include "camera_services.h"
+
+#include "common/sensor.h"
+
+#include <QtDebug>
+#include <algorithm>
+#include <cstring>
+#include <span>
+
+namespace {
+
+CameraServices* current = nullptr;
+
+constexpr uint32_t kModeAddressBits = 1;
+constexpr uint32_t kModeDataBits = 2;
+
+QString optionKey(char const* option) {
+    return QStringLiteral("options/") + QString::fromLocal8Bit(option);
+}
+QString settingKey(char const* key) {
+    return QStringLiteral("settings/") + QString::fromLocal8Bit(key);
+}
+
+bool setWidths(Sensor const& camera, uint32_t addressBits, uint32_t dataBits) {
+    return camera.setMode(kModeAddressBits, addressBits) == 0 && camera.setMode(kModeDataBits, dataBits) == 0;
+}
+
+} // namespace
+
+struct CameraServiceFunctions {
+    static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
+        Sensor const camera(current->m_camera);
+        uint32_t word = 0;
+        if (setWidths(camera, addressBits, dataBits) && camera.readBus(device, address, {&word, 1}) == 0)
+            return word;
+        qWarning("headboard-config: the device 0x%X does not tell its byte %u", device, address);
+        return 0;
+    }
+
+    static void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
+                             uint32_t dataBits) {
+        Sensor const camera(current->m_camera);
+        if (!setWidths(camera, addressBits, dataBits) || camera.writeBus(device, address, {&value, 1}) != 0)
+            qWarning("headboard-config: the device 0x%X does not take its byte %u", device, address);
+    }
+
+    static char const* readOption(char const* option) {
+        return (current->m_options[option] = current->stored(optionKey(option), {})).constData();
+    }
+
+    static void writeOption(char const* option, char const* value) {
+        current->store(optionKey(option), value);
+    }
+
+    static void readTextSetting(char const* key, char* buffer, uint32_t size, char const* fallback) {
+        QByteArray const value = current->stored(settingKey(key), fallback);
+        size_t const length = std::min(size_t(value.size()), size_t(size) - 1);
+        std::memcpy(buffer, value.constData(), length);
+        buffer[length] = '\0';
+    }
+
+    static void writeTextSetting(char const* key, char const* value) {
+        current->store(settingKey(key), value);
+    }
+
+    static void beginChanges() { ++current->m_openChangeGroups; }
+    static void endChanges() { --current->m_openChangeGroups; }
+};
+
+CameraServices::CameraServices(vy_Camera* camera, QString const& settingsFile)
+    : m_camera(camera), m_store(settingsFile, QSettings::IniFormat) {
+    current = this;
+}
+
+CameraServices::~CameraServices() {
+    current = nullptr;
+}
+
+HostServices CameraServices::table() {
+    using F = CameraServiceFunctions;
+    HostServices services{};
+    services.readBusByte = F::readBusByte;
+    services.writeBusByte = F::writeBusByte;
+    services.readOption = F::readOption;
+    services.writeOption = F::writeOption;
+    services.readTextSetting = F::readTextSetting;
+    services.writeTextSetting = F::writeTextSetting;
+    services.beginChanges = F::beginChanges;
+    services.endChanges = F::endChanges;
+    return services;
+}
+
+QByteArray CameraServices::stored(QString const& key, QByteArray const& fallback) const {
+    return m_store.contains(key) ? m_store.value(key).toString().toLocal8Bit() : fallback;
+}
+
+void CameraServices::store(QString const& key, char const* value) {
+    m_store.setValue(key, QString::fromLocal8Bit(value));
+    m_store.sync();
+    if (m_store.status() != QSettings::NoError)
+        qWarning("headboard-config: the settings cannot be kept in %s", qUtf8Printable(m_store.fileName()));
+}
