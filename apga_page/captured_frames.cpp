@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr int kBytesPerPixel = 2; // of both capturable types
-
 // Zeros for `elements` samples, with the frame's bytes at the start; null when there is no memory.
 CapturedSamples copyOf(Frame const& frame, int64_t bytes, size_t elements) {
     try {
@@ -35,7 +33,8 @@ bool CapturedFrames::haveAllFrames() const {
 
 void CapturedFrames::capture(CaptureRow& row, Frame const& frame, size_t imagePixels) {
     int64_t const bytes = int64_t{frame.height} * frame.pitch;
-    if (bytes <= 0 || !frame.isReadableTopDown(kBytesPerPixel))
+    if (!frame.data || frame.height <= 0 ||
+        bytes <= 0) // two negatives would tell a size, but not where it begins
         return;
     if (m_frameBytes < bytes) {
         for (CaptureRow& each : m_rows)

@@ -32,7 +32,7 @@ struct CaptureRow {
     CapturedSamples samples;
     int32_t width = 0;   ///< pixels of the captured frame
     int32_t height = 0;  ///< rows of the captured frame
-    double redGain = 0;  ///< the host's relative gain at capture; 0 when it was not recorded
+    double redGain = 0;  ///< the host's relative gain at the last capture that recorded it; 0: none did
     double blueGain = 0; ///< the same for blue
 };
 
@@ -50,7 +50,7 @@ public:
     [[nodiscard]] bool haveAllFrames() const;
 
     /// Copies a frame into a row, which is then captured. A frame larger than those before drops all three
-    /// first; the rows keep their states. A frame that cannot be read whole changes nothing. `imagePixels` is
+    /// first; the rows keep their states. A null frame or one without bytes changes nothing. `imagePixels` is
     /// the sensor's image size: a buffer never holds less, and is zero where the frame has nothing.
     void capture(CaptureRow& row, Frame const& frame, size_t imagePixels);
 

@@ -20,9 +20,10 @@ constexpr uint32_t kSlots[kIlluminants] = {2, 3, 4};
 class Calculation {
 public:
     Calculation(PageCore& core, CapturedFrames const& captured, IlluminantTemperatures const& temperatures)
-        : m_core(core), m_host(core.host), m_handle(core.state.shadingHandle), m_captured(captured),
-          m_temperatures(temperatures), m_info(core.camera().info()), m_bayer(readBayerCoding(m_host)),
-          m_ycbcr(readYcbcrInput(m_host)), m_falloff(falloffPercent(core.widgets.falloffText())),
+        : m_cursor(core), m_core(core), m_host(core.host), m_handle(core.state.shadingHandle),
+          m_captured(captured), m_temperatures(temperatures), m_info(core.camera().info()),
+          m_bayer(readBayerCoding(m_host)), m_ycbcr(readYcbcrInput(m_host, m_bayer.orientation)),
+          m_falloff(falloffPercent(core.widgets.falloffText())),
           m_apga(makeApgaParams(m_falloff, kNoRadius)) {
         m_apga.colourTemperature = kUnsetTemperature;
         m_apga.illuminantSlot = kSlots[kFluorescent];
@@ -31,7 +32,6 @@ public:
     // The base comes from the fluorescent frame, and its own table is found last: the library keeps the
     // order in which the tables are asked for.
     void adaptive() {
-        WaitCursor const cursor(m_core);
         uint32_t const bits = m_core.state.inputWasYcbcr ? kBitsOfYcbcr : kAdaptiveBits;
         if (give(kFluorescent, bits))
             findBase();
@@ -41,7 +41,6 @@ public:
     }
 
     void automatic() {
-        WaitCursor const cursor(m_core);
         for (Illuminant const illuminant : {kIncandescent, kDaylight, kFluorescent})
             if (give(illuminant, kAutomaticBits))
                 find(illuminant, shadefit().sf_FindAutoPga);
@@ -87,6 +86,7 @@ private:
             m_core.state.lscStepState = result == kLibraryIncompatibleSize ? kFailed : kFailedOtherwise;
     }
 
+    WaitCursor const m_cursor; // from before the reads
     PageCore& m_core;
     Host const m_host;
     ShadingHandle const m_handle;

@@ -24,7 +24,7 @@ constexpr TemperatureSetting kTemperatures[kIlluminants] = {
 constexpr int32_t kLibraryMinusOne = -1;
 constexpr uint32_t kKindWithFileFormat2 = 68;
 constexpr double kThousandths = 1000.0;
-// Written before a solution's registers: these sensors select what follows by it.
+// Written before a solution's registers.
 constexpr sf_RegEntry kSelectWrite = {.first = 0, .second = 0x098E, .third = 0};
 
 } // namespace
@@ -218,10 +218,13 @@ int32_t LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteAr
     if (stored == kEepromOk)
         (void)addFactoryTime(eeprom, label); // the result is that of the registers
     if (core.alive && hasWhiteBalanceGains(m_captured, model.sensorKind, model.variant)) {
-        std::array<double, kIlluminants> temperatures{};
-        for (size_t i = 0; i < kIlluminants; ++i)
-            temperatures[i] = leadingDecimal(m_display.temperatureText(i).toLocal8Bit());
-        storeWhiteBalanceGains(eeprom, label.constData(), core.host, m_captured, temperatures);
+        CapturedFrames const captured = m_captured;
+        storeWhiteBalanceGains(eeprom, label.constData(), core.host, captured, [this] {
+            IlluminantKelvins temperatures{};
+            for (size_t i = 0; i < kIlluminants; ++i)
+                temperatures[i] = leadingDecimal(m_display.temperatureText(i).toLocal8Bit());
+            return temperatures;
+        });
     }
     if (stored < kEepromOk)
         return stored;

@@ -28,6 +28,7 @@ protected:
     [[nodiscard]] bool maySaveFile() override;
     [[nodiscard]] ShadingHandle createCalibration() override;
     void calibrationTick() override;
+    [[nodiscard]] bool passesOverFailure() const override { return true; }
     void showLoaded() override;
     void captureFrame(Frame const& frame) override;
     [[nodiscard]] int skippedRows() const override;

@@ -42,13 +42,14 @@ double quadraticThrough(std::array<double, kIlluminants> const& xs,
 
 void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Host const& host,
                             CapturedFrames const& captured,
-                            std::array<double, kIlluminants> const& temperatures) {
+                            std::function<IlluminantKelvins()> const& readTemperatures) {
     std::array<double, kIlluminants> setTemperatures{}, red{}, blue{};
     for (size_t i = 0; i < kIlluminants; ++i) {
         setTemperatures[i] = host.readRegister(registerOf(kSets[i], "_CTEMP").c_str(), "");
         red[i] = captured[i].redGain;
         blue[i] = captured[i].blueGain;
     }
+    IlluminantKelvins const temperatures = readTemperatures();
     EepromRecord record = makeRegisterSet(kRecordCcm, eeprom->deviceSize - kBytesLeftFree, name);
     for (size_t i = 0; i < kIlluminants; ++i) {
         auto const add = [&](char const* what, std::array<double, kIlluminants> const& gains) {
@@ -59,6 +60,8 @@ void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Hos
         add("_RG_GAIN", red);
         add("_BG_GAIN", blue);
     }
-    // What becomes of it is not asked: the save's result is that of the shading registers.
-    (void)EepromReplaceRecord(eeprom, record);
+    // Appended even if the older one could not be deleted, and neither is asked for its result, deliberately:
+    // the save's result is that of the shading registers.
+    (void)EepromDeleteNth(eeprom, kRecordCcm, name, 0);
+    (void)EepromAppendRecord(eeprom, record);
 }

@@ -4,6 +4,11 @@
 #include "common/host.h"
 #include "headboard/headboard_eeprom.h"
 
+#include <functional>
+
+/// Colour temperature of each illuminant, kelvin, with fractions.
+using IlluminantKelvins = std::array<double, kIlluminants>;
+
 /// Whether a sensor keeps white-balance gains for its colour-correction sets, and all that they are made
 /// from was recorded.
 [[nodiscard]] bool hasWhiteBalanceGains(CapturedFrames const& captured, uint32_t sensorKind,
@@ -16,7 +21,8 @@
 
 /// Puts the gains of the three colour-correction sets as the record "CCM" of a name into the EEPROM's image,
 /// in place of an older one. Each is interpolated from the gains at capture, over the illuminants'
-/// temperatures in kelvin, at the temperature that the sensor has for the set.
+/// temperatures, at the temperature that the sensor has for the set. The illuminants' are read after the
+/// sensor's.
 void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Host const& host,
                             CapturedFrames const& captured,
-                            std::array<double, kIlluminants> const& temperatures);
+                            std::function<IlluminantKelvins()> const& readTemperatures);

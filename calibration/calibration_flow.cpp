@@ -282,9 +282,9 @@ void CalibrationFlow::resetSteps() {
         *field = 0;
     for (int32_t* const progress : {&state.aeStepProgress, &state.wbStepProgress, &state.lscStepProgress})
         *progress = 0;
+    // Moved out first: destroying the calibration may call back into this flow. It may hold the inputs.
+    std::exchange(state.shadingHandle, nullptr).reset();
     dropInputs();
-    // Moved out first: destroying the calibration may call back into this flow.
-    ShadingHandle const handle = std::exchange(state.shadingHandle, nullptr);
 }
 
 void CalibrationFlow::makeCalibrationReady() {

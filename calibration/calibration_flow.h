@@ -84,6 +84,8 @@ protected:
     [[nodiscard]] virtual int skippedRows() const = 0;
     /// How the results file is written.
     [[nodiscard]] virtual ResultFile resultFile() const { return {}; }
+    /// Whether Run All passes over the file of a failed calibration, and so ends where there is no EEPROM.
+    [[nodiscard]] virtual bool passesOverFailure() const { return false; }
     /// Shows that a solution is loaded.
     virtual void showLoaded();
 

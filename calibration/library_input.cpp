@@ -13,10 +13,14 @@ constexpr uint32_t kVideoRangeChromaHigh = 224;
 BayerCoding readBayerCoding(Host const& host) {
     auto const xOffset = uint32_t(host.readState("X Offset"));
     auto const yOffset = uint32_t(host.readState("Y Offset"));
-    return {xOffset + 2 * yOffset, uint32_t(host.readState("Sensor Orientation"))};
+    return {xOffset + 2 * yOffset, readOrientation(host)};
 }
 
-sf_YcbcrInput readYcbcrInput(Host const& host) {
+uint32_t readOrientation(Host const& host) {
+    return uint32_t(host.readState("Sensor Orientation"));
+}
+
+sf_YcbcrInput readYcbcrInput(Host const& host, uint32_t orientation) {
     sf_YcbcrInput input{};
     input.size = sizeof input;
     input.srgbStandard = uint32_t(host.readState("sRGB Color Standard"));
@@ -28,7 +32,7 @@ sf_YcbcrInput readYcbcrInput(Host const& host) {
     input.lumaHigh = uint32_t(host.readState("Luma Clip Hi"));
     input.chromaHigh = input.lumaHigh == kFullRangeHigh ? kFullRangeHigh : kVideoRangeChromaHigh;
     input.chromaZero = kChromaZero;
-    input.orientation = uint32_t(host.readState("Sensor Orientation"));
+    input.orientation = orientation;
     return input;
 }
 
@@ -66,6 +70,6 @@ int handOverYcbcr(ShadingHandle const& handle, LibraryImage const& image, sf_Ycb
 }
 
 int handOver(Host const& host, ShadingHandle const& handle, LibraryImage const& image) {
-    return image.isYcbcr ? handOverYcbcr(handle, image, readYcbcrInput(host))
+    return image.isYcbcr ? handOverYcbcr(handle, image, readYcbcrInput(host, readOrientation(host)))
                          : handOverBayer(handle, image, readBayerCoding(host));
 }

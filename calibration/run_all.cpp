@@ -79,10 +79,10 @@ void CalibrationFlow::startRunAllCalibration() {
         setRunAll(false);
 }
 
-// A failed calibration is not saved and leaves the file step open: Run All stays here until the user cancels
-// it.
+// A failed calibration is not saved and leaves the steps open: Run All stays here until the user cancels it.
 void CalibrationFlow::runAllSave() {
-    if (isOpen(core.state.fileState))
+    bool const passesOver = passesOverFailure() && isFailed(core.state.lscStepState);
+    if (isOpen(core.state.fileState) && !passesOver)
         saveToFile();
     else if (isOpen(core.state.promState))
         saveToEeprom();

@@ -122,11 +122,9 @@ RunResult runAllUnderItsLights(Session& session, CaptureRows& rows, RunDriver& d
 
 // Pictures that were taken in a bad light are taken anew; where there is but one, the step of the
 // calibration takes it.
-RunResult runAgain(Session& session, DialogPage& page, CaptureRows& rows, RunDriver& driver,
-                   ProgressReport& progress) {
+RunResult runAgain(Session& session, CaptureRows& rows, RunDriver& driver, ProgressReport& progress) {
     if (rows.read().empty())
         return driver.runSteps(kExposure, kEepromSave);
-    page.press("Start_Over");
     return runAllUnderItsLights(session, rows, driver, progress);
 }
 
@@ -140,7 +138,7 @@ void calibrate(Session& session, DialogPage& page, Options const& options, RunDr
         progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
         forgetSolverMessage();
         mendLight(session.camera());
-        summary.run = runAgain(session, page, rows, driver, progress);
+        summary.run = runAgain(session, rows, driver, progress);
     }
     summary.captures = rows.read();
     summary.scene = session.scene();
@@ -157,7 +155,7 @@ void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& 
     session.noteConditions();
     summary.before = measureEvenness(session, page, driver, false);
     summary.after = measureEvenness(session, page, driver, true); // leaves the correction on
-    // One page shows a part of the folder, too.
+    // One page cuts the name at "/" alone, so that what lies before "\\" stays.
     QString const saved = summary.run.last.statusTexts[kFileSave].mid(int(qstrlen("Done: ")));
     QString const results = saved.mid(saved.lastIndexOf(QRegularExpression(QStringLiteral("[/\\\\]"))) + 1);
     summary.succeeded = output.expect(results) && summary.before && summary.after;
@@ -176,6 +174,9 @@ void judgeLights(Session& session, DialogPage& page, RunDriver& driver, Progress
                    [](CaptureRow const& row) { return row.kelvin; });
     progress.say(QStringLiteral("measuring each table under each light..."));
     summary.lights = measureLights(session, page, driver, lightsToTry(std::move(lights)));
+    summary.succeeded = isComplete(summary.lights);
+    if (!summary.succeeded)
+        summary.cause = QStringLiteral("The dialog did not show the uniformity under every light.");
 }
 
 void writeResults(OutputFolder& output, RunSummary& summary) {

@@ -32,7 +32,8 @@ std::vector<CaptureRow> CaptureRows::read() const {
     std::vector<CaptureRow> rows;
     for (RowWidgets const& widgets : kRows)
         if (QString const button = m_page.text(widgets.button); !button.isEmpty())
-            rows.push_back({.button = button,
+            rows.push_back({.name = widgets.button,
+                            .button = button,
                             .kelvin = m_page.text(widgets.temperature).toDouble(),
                             .status = m_page.text(widgets.status).trimmed()});
     return rows;
@@ -41,10 +42,11 @@ std::vector<CaptureRow> CaptureRows::read() const {
 void CaptureRows::serve(std::function<void(CaptureRow const&)> const& bringLight) {
     std::vector<CaptureRow> const rows = read();
     auto const waiting = std::find_if(rows.begin(), rows.end(), isWaiting);
-    if (waiting == rows.end() || std::any_of(rows.begin(), rows.end(), isCapturing))
+    if (waiting == rows.end() || std::any_of(rows.begin(), rows.end(), isCapturing) ||
+        !m_page.isEnabled(waiting->name))
         return;
     bringLight(*waiting);
-    m_page.press(kRows[waiting - rows.begin()].button);
+    m_page.press(waiting->name);
 }
 
 } // namespace pictara

@@ -9,8 +9,9 @@ namespace pictara {
 
 /// What a row says that takes a picture under a light of its own.
 struct CaptureRow {
-    QString button; ///< its text
-    double kelvin;  ///< colour temperature that the row is for; 0 when it tells none
+    char const* name; ///< its button's object name
+    QString button;   ///< its text
+    double kelvin;    ///< colour temperature that the row is for; 0 when it tells none
     QString status;
 };
 

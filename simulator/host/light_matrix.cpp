@@ -6,6 +6,7 @@
 #include <QTextStream>
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace pictara {
 namespace {
@@ -78,6 +79,14 @@ LightMatrix measureLights(Session& session, DialogPage& page, RunDriver& driver,
     return matrix;
 }
 
+bool isComplete(LightMatrix const& matrix) {
+    return std::all_of(matrix.begin(), matrix.end(), [](LightColumn const& column) {
+        return column.uncorrected && column.corrected &&
+               std::all_of(column.tableAlone.begin(), column.tableAlone.end(),
+                           [](auto const& figure) { return figure.has_value(); });
+    });
+}
+
 QString lightMatrixLines(LightMatrix const& matrix) {
     if (matrix.empty())
         return {};
@@ -93,7 +102,10 @@ QString lightMatrixLines(LightMatrix const& matrix) {
          [](LightColumn const& column) { return QString::number(column.kelvin) + QLatin1String(" K"); });
     line(QStringLiteral("no correction:"),
          [](LightColumn const& column) { return figure(column.uncorrected); });
-    for (size_t table = 0; table < matrix.front().tableAlone.size(); ++table)
+    size_t tables = 0;
+    for (LightColumn const& column : matrix)
+        tables = std::max(tables, column.tableAlone.size());
+    for (size_t table = 0; table < tables; ++table)
         line(QStringLiteral("table %1 alone:").arg(table + 1), [&](LightColumn const& column) {
             return figure(table < column.tableAlone.size() ? column.tableAlone[table] : std::nullopt);
         });

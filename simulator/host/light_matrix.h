@@ -29,6 +29,9 @@ using LightMatrix = std::vector<LightColumn>;
 [[nodiscard]] LightMatrix measureLights(Session& session, DialogPage& page, RunDriver& driver,
                                         std::vector<double> const& lights);
 
+/// Whether the dialog showed every figure.
+[[nodiscard]] bool isComplete(LightMatrix const& matrix);
+
 /// A line for each state of the correction, with a figure for each light.
 [[nodiscard]] QString lightMatrixLines(LightMatrix const& matrix);
 
