@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QLibrary>
 #include <QtDebug>
+#include <optional>
 
 #ifdef Q_OS_WIN
 #include <array>
@@ -146,14 +147,16 @@ Table load(QString const& name) {
     return table;
 }
 
-Veyra2& currentVeyra2() {
-    static Veyra2 table = load<Veyra2>(QStringLiteral("veyra2"));
-    return table;
-}
+// The table in use. It is loaded by whoever asks first, so a table that is installed before that keeps the
+// shared library out of the process.
+template <typename Table>
+std::optional<Table> installed;
 
-Shadefit& currentShadefit() {
-    static Shadefit table = load<Shadefit>(QStringLiteral("shadefit"));
-    return table;
+template <typename Table>
+Table const& current(char const* name) {
+    if (!installed<Table>)
+        installed<Table> = load<Table>(QLatin1String(name));
+    return *installed<Table>;
 }
 
 template <typename Table>
@@ -168,17 +171,17 @@ Table completed(Table table) {
 } // namespace
 
 Veyra2 const& veyra2() {
-    return currentVeyra2();
+    return current<Veyra2>("veyra2");
 }
 
 Shadefit const& shadefit() {
-    return currentShadefit();
+    return current<Shadefit>("shadefit");
 }
 
 void installVeyra2(Veyra2 const& table) {
-    currentVeyra2() = completed(table);
+    installed<Veyra2> = completed(table);
 }
 
 void installShadefit(Shadefit const& table) {
-    currentShadefit() = completed(table);
+    installed<Shadefit> = completed(table);
 }

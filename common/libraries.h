@@ -46,6 +46,7 @@ struct Shadefit {
 Veyra2 const& veyra2();
 Shadefit const& shadefit();
 
-/// Installs another implementation; null members are filled with "absent" stand-ins.
+/// Installs another implementation; null members are filled with "absent" stand-ins. The shared library is
+/// not loaded when this comes first.
 void installVeyra2(Veyra2 const& table);
 void installShadefit(Shadefit const& table);

@@ -35,31 +35,18 @@ protected:
 
 TEST_P(PageContract, DeclaresItsSignalAndSlotsInTheHostsOrder) {
     remake();
-    std::vector<std::string> methods;
+    std::string methods;
     QMetaObject const& meta = *page->metaObject();
-    for (int i = QDialog::staticMetaObject.methodCount(); i < meta.methodCount(); ++i)
-        methods.push_back(meta.method(i).methodSignature().toStdString());
-    std::vector<std::string> const expected = {"Status()",
-                                               "start()",
-                                               "OnBnClicked_LensCalibSetup()",
-                                               "OnBnClickedAe()",
-                                               "OnBnClickedAwb()",
-                                               "OnBnClickedCalibrate()",
-                                               "OnBnClickedFilesave()",
-                                               "OnBnClickedPromsave()",
-                                               "OnBnClickedStartover()",
-                                               "OnBnClickedGraph()",
-                                               "OnBnClickedCU()",
-                                               "OnBnClickedRunall()",
-                                               "OnBnClickedBrowse()",
-                                               "OnCbnSelchangePromLabel(QString)",
-                                               "OnCbnEditchangePromLabel(QString)",
-                                               "OnEnChangeGoodcu(QString)",
-                                               "OnEnChangeSavedir(QString)",
-                                               "OnBnClickedEnableLC()",
-                                               "OnUpdateStatus()"};
-    methods.resize(std::min(methods.size(), expected.size()));
-    EXPECT_EQ(methods, expected);
+    constexpr int kMethods = 19;
+    int const first = QDialog::staticMetaObject.methodCount();
+    for (int i = first; i < std::min(meta.methodCount(), first + kMethods); ++i)
+        methods += meta.method(i).methodSignature().toStdString() + ' ';
+    EXPECT_EQ(methods,
+              "Status() start() OnBnClicked_LensCalibSetup() OnBnClickedAe() OnBnClickedAwb() "
+              "OnBnClickedCalibrate() OnBnClickedFilesave() OnBnClickedPromsave() OnBnClickedStartover() "
+              "OnBnClickedGraph() OnBnClickedCU() OnBnClickedRunall() OnBnClickedBrowse() "
+              "OnCbnSelchangePromLabel(QString) OnCbnEditchangePromLabel(QString) "
+              "OnEnChangeGoodcu(QString) OnEnChangeSavedir(QString) OnBnClickedEnableLC() OnUpdateStatus() ");
 }
 
 TEST_P(PageContract, NoKeyStartsOrHidesAnything) {

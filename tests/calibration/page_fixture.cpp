@@ -1,7 +1,5 @@
 #include "tests/calibration/page_fixture.h"
 
-#include <QApplication>
-
 PageFixture::PageFixture(PageCase const& pageCase) : m_case(pageCase) {
     writeIni("[Lens Calibration Setup]\nREG = 1, 2\n[Lens Calibration Verify]\n");
     host.textSettings["LensAssist Dir"] = saveDir();
@@ -44,16 +42,6 @@ void PageFixture::open() {
     host.log.clear();
 }
 
-std::string PageFixture::text(char const* label) const {
-    return widget<QLabel>(label)->text().toStdString();
-}
-
-void PageFixture::click(char const* button) {
-    auto* const found = widget<QPushButton>(button);
-    EXPECT_TRUE(found->isEnabled()) << button;
-    found->click();
-}
-
 void PageFixture::capture(bool all) {
     for (size_t i = 0; i < m_case.captureRows.size() && page; ++i) {
         std::string const row = m_case.captureRows[i];
@@ -81,12 +69,4 @@ std::vector<std::string> PageFixture::changes() const {
             call != "isSOC")
             found.push_back(call);
     return found;
-}
-
-int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication const application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
 }

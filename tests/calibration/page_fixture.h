@@ -3,10 +3,10 @@
 #include "calibration/calibration_page.h"
 #include "tests/fakes/fake_host.h"
 #include "tests/fakes/fake_libraries.h"
+#include "tests/fakes/page_under_test.h"
 
 #include <QTemporaryDir>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,7 +23,7 @@ struct PageCase {
 };
 
 /// A page on a fake host with a setup preset, a sensor that can correct, and an existing save directory.
-class PageFixture : public ::testing::Test {
+class PageFixture : public PageUnderTest<CalibrationPage> {
 protected:
     explicit PageFixture(PageCase const& pageCase);
     ~PageFixture() override;
@@ -32,14 +32,6 @@ protected:
     void open();
     void remake();
     [[nodiscard]] PageState const& state() const { return page->state(); }
-    template <typename Widget>
-    [[nodiscard]] Widget* widget(char const* name) const {
-        auto* const found = page->findChild<Widget*>(QLatin1String(name));
-        EXPECT_TRUE(found) << name;
-        return found;
-    }
-    [[nodiscard]] std::string text(char const* label) const;
-    void click(char const* button);
     /// Presses the capture buttons of rows that wait for the user; `all`: of every row.
     void capture(bool all = false);
     void tick(int count = 1);
@@ -54,7 +46,6 @@ protected:
     FakeLibraries libraries;
     SensorRecord sensor{};
     std::unique_ptr<Wizard> wizard;
-    QPointer<CalibrationPage> page;
     EepromSlot eepromSlot = nullptr;
 
     PageCase const m_case;

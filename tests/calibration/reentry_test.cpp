@@ -150,7 +150,9 @@ TEST_P(Reentry, EverySlotMayBeNull) {
     for (size_t slot = 0; slot <= kSlots; ++slot) {
         HostServices some = all;
         auto* const table = reinterpret_cast<unsigned char*>(&some);
-        // The last round has no service at all.
+        // The last round has no service at all, and no camera.
+        if (slot == kSlots)
+            sensor.camera = nullptr;
         std::fill(table + (slot < kSlots ? slot * sizeof(void*) : 0),
                   table + (slot < kSlots ? (slot + 1) * sizeof(void*) : sizeof some),
                   static_cast<unsigned char>(0));

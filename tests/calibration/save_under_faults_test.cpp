@@ -1,8 +1,8 @@
-#include "common/libraries.h"
 #include "common/pause.h"
 #include "common/utc_clock.h"
 #include "simulator/camera/simulated_camera.h"
 #include "tests/calibration/pages.h"
+#include "tests/camera/linked_library.h"
 
 #include <QFile>
 #include <array>
@@ -30,28 +30,6 @@ bool isReported(QString const& fault) {
     return fault != QLatin1String("flipped-bit") && fault != QLatin1String("ignored-write");
 }
 
-Veyra2 realLibrary() {
-    return {vy_ExistsRegister,
-            vy_ExistsBitfield,
-            vy_FindRegister,
-            vy_FindBitfield,
-            vy_FindRegisterAddr,
-            vy_dataSize,
-            vy_ReadSensorRegStr,
-            vy_WriteSensorRegStr,
-            vy_ReadSensorReg,
-            vy_WriteSensorReg,
-            vy_readRegisters,
-            vy_writeRegisters,
-            vy_setMode,
-            vy_InvalidateRegCache,
-            vy_IsSOC,
-            vy_Home,
-            vy_stopTransport,
-            vy_CloseCameras,
-            vy_SensorInfo};
-}
-
 // The page saves to the EEPROM of a simulated camera, in virtual time. The device already holds a record of
 // the same name, so that a save reads, deletes, appends and writes.
 class SaveUnderFaults : public PageFixture, public ::testing::WithParamInterface<PageCase> {
@@ -76,7 +54,7 @@ protected:
         ASSERT_TRUE(camera) << qPrintable(error);
         camera->useVirtualTime();
         installPause([this](std::chrono::milliseconds time) { camera->advanceTime(int(time.count())); });
-        installVeyra2(realLibrary());
+        installVeyra2(linkedLibrary());
         sensor.camera = camera->handle();
         open();
         ASSERT_EQ(state().eepromState, kEepromPresent);

@@ -90,13 +90,6 @@ private:
 
 } // namespace
 
-Camera openProfile(char const* profile) {
-    QString error;
-    Camera camera = SimulatedCamera::open(QString::fromLatin1(profile), &error);
-    EXPECT_TRUE(camera) << qPrintable(error);
-    return camera;
-}
-
 void lightAndExpose(SimulatedCamera& camera, double kelvin) {
     simulator::Light light;
     light.colourTemperature = kelvin;
@@ -106,19 +99,6 @@ void lightAndExpose(SimulatedCamera& camera, double kelvin) {
     double const brightest = std::max({colour.red, colour.green, colour.blue});
     uint32_t const exposure = readRegister(camera, "COARSE_INTEGRATION_TIME");
     writeRegister(camera, "COARSE_INTEGRATION_TIME", uint32_t(std::lround(exposure * 0.5 / brightest)));
-}
-
-void switchCorrection(SimulatedCamera const& camera, bool on) {
-    struct Switch {
-        char const* reg;
-        char const* bitfield;
-    };
-    for (Switch const& row : {Switch{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"},
-                              {"POLY_SC_ENABLE", "ENABLE"},
-                              {"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"}})
-        if (vy_ExistsBitfield(camera.handle(), row.reg, row.bitfield))
-            return writeRegister(camera, row.reg, on ? 1 : 0, row.bitfield);
-    ADD_FAILURE() << "the sensor has no switch";
 }
 
 std::vector<sf_RegEntry> solveThreeIlluminants(SimulatedCamera& camera, bool isAutomatic) {

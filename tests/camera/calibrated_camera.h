@@ -29,13 +29,8 @@ inline constexpr Lamp kFluorescent{3, 4000};
 inline constexpr Lamp kDaylight{4, 6500};
 inline constexpr double kBetweenLamps = 4900;
 
-[[nodiscard]] Camera openProfile(char const* profile);
-
 /// Changes the lamp and exposes so that the brightest colour reaches half of the range in the middle.
 void lightAndExpose(simulator::SimulatedCamera& camera, double kelvin);
-
-/// The enable bit, as a host finds it.
-void switchCorrection(simulator::SimulatedCamera const& camera, bool on);
 
 /// Takes the three frames and has the library solve them in the calibration page's order and with its
 /// parameters. Fails the test when a step fails.

@@ -14,16 +14,19 @@ QString TestFiles::write(QString const& name, QByteArray const& content) const {
     return file.fileName();
 }
 
+Camera openProfile(QString const& profile) {
+    QString error;
+    Camera camera = SimulatedCamera::open(profile, &error);
+    EXPECT_TRUE(camera) << qPrintable(error);
+    return camera;
+}
+
 Camera openChanged(QByteArray const& changes) {
     TestFiles const files;
     QJsonObject profile = QJsonDocument::fromJson(changes).object();
     EXPECT_FALSE(profile.isEmpty()) << changes.constData();
     profile.insert(QStringLiteral("base"), QStringLiteral("poly-12bit"));
-    QString error;
-    Camera camera = SimulatedCamera::open(
-        files.write(QStringLiteral("changed.json"), QJsonDocument(profile).toJson()), &error);
-    EXPECT_TRUE(camera) << qPrintable(error);
-    return camera;
+    return openProfile(files.write(QStringLiteral("changed.json"), QJsonDocument(profile).toJson()));
 }
 
 Camera openQuiet(uint32_t arrayPhase, uint32_t orientation) {
@@ -69,6 +72,19 @@ double redMean(SimulatedCamera const& camera, Frame const& frame, Region const& 
 double greenMean(SimulatedCamera const& camera, Frame const& frame, Region const& region) {
     uint32_t const phase = camera.description().bayerPhase;
     return siteMean(camera, frame, region, (phase & 1) ^ 1, phase >> 1);
+}
+
+void switchCorrection(SimulatedCamera const& camera, bool on) {
+    constexpr char const* kSwitches[][2] = {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"},
+                                            {"POLY_SC_ENABLE", "ENABLE"},
+                                            {"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"},
+                                            {"COLOR_PIPELINE_CONTROL", "LENS_SHADING"},
+                                            {"LENS_CORRECTION", "ENABLE"},
+                                            {"LENS_CORRECTION_CONTROL", "ENABLE"}};
+    for (auto const& [reg, bitfield] : kSwitches)
+        if (vy_ExistsBitfield(camera.handle(), reg, bitfield))
+            return writeRegister(camera, reg, on ? 1 : 0, bitfield);
+    ADD_FAILURE() << "the sensor has no switch";
 }
 
 void writeRegister(SimulatedCamera const& camera, char const* reg, uint32_t value, char const* bitfield) {

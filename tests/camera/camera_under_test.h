@@ -19,6 +19,8 @@ private:
     QTemporaryDir m_folder;
 };
 
+/// Opens an installed profile or a profile's file. Fails the test when it cannot.
+[[nodiscard]] Camera openProfile(QString const& profile);
 /// Opens the default profile changed by a JSON object's text. Fails the test when it cannot.
 [[nodiscard]] Camera openChanged(QByteArray const& changes);
 /// The default sensor with 320 x 240 pixels and hardly any noise, read out as told.
@@ -41,6 +43,9 @@ struct Region {
 /// Of the green in the rows that hold red.
 [[nodiscard]] double greenMean(simulator::SimulatedCamera const& camera, simulator::Frame const& frame,
                                Region const& region = {});
+
+/// Switches the sensor's correction as a host does. Fails the test when the sensor has no switch.
+void switchCorrection(simulator::SimulatedCamera const& camera, bool on);
 
 void writeRegister(simulator::SimulatedCamera const& camera, char const* reg, uint32_t value,
                    char const* bitfield = "");

@@ -3,7 +3,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QStringList>
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -16,28 +15,11 @@ constexpr uint32_t kHalf = 0x3800; // 0.5
 constexpr uint32_t kMinusHalf = 0xB800;
 constexpr uint32_t kOneAndHalf = 0x3E00;
 
-struct Switch {
-    char const* reg;
-    char const* bitfield;
-};
-
-// How a host switches the correction of a profile.
-Switch switchOf(SimulatedCamera const& camera) {
-    for (Switch const& row :
-         {Switch{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"}, Switch{"POLY_SC_ENABLE", "ENABLE"},
-          Switch{"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"}, Switch{"COLOR_PIPELINE_CONTROL", "LENS_SHADING"},
-          Switch{"LENS_CORRECTION", "ENABLE"}, Switch{"LENS_CORRECTION_CONTROL", "ENABLE"}})
-        if (vy_ExistsBitfield(camera.handle(), row.reg, row.bitfield))
-            return row;
-    return {"", ""};
-}
-
 // Green of the same frame number without and with the correction, so that the noise is the same too.
 double correctionAt(Camera const& camera, Region const& region) {
-    Switch const onOff = switchOf(*camera);
-    writeRegister(*camera, onOff.reg, 0, onOff.bitfield);
+    switchCorrection(*camera, false);
     double const off = greenMean(*camera, camera->grab(), region);
-    writeRegister(*camera, onOff.reg, 1, onOff.bitfield);
+    switchCorrection(*camera, true);
     return greenMean(*camera, camera->grab(), region) / off;
 }
 
@@ -62,16 +44,15 @@ void writeCoefficient(Camera const& camera, QString const& plane, int p, int q, 
 TEST(Correction, EveryRawProfileMultipliesByThePolynomialInItsRegisters) {
     for (QString const& name : SimulatedCamera::profileNames()) {
         SCOPED_TRACE(qPrintable(name));
-        QString error;
-        Camera const camera = SimulatedCamera::open(name, &error);
-        ASSERT_TRUE(camera) << qPrintable(error);
+        Camera const camera = openProfile(name);
+        ASSERT_TRUE(camera);
         if (camera->description().rawType == FrameType::Ycbcr)
             continue;
         EXPECT_NEAR(correctionAt(camera, {}), 1, 0.01) << "the reset registers change nothing";
         writeCoefficient(camera, QStringLiteral("greenRed"), 0, 0, kOneAndHalf);
         EXPECT_NEAR(correctionAt(camera, {}), 1.5, 0.015);
         double const red = redMean(*camera, camera->grab());
-        writeRegister(*camera, switchOf(*camera).reg, 0, switchOf(*camera).bitfield);
+        switchCorrection(*camera, false);
         EXPECT_NEAR(redMean(*camera, camera->grab()) / red, 1, 0.01) << "one plane is another's";
     }
 }

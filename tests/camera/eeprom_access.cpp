@@ -101,9 +101,7 @@ EepromAccess const kEepromAccesses[3] = {
 };
 
 Camera openFor(EepromAccess const& access) {
-    QString error;
-    Camera camera = SimulatedCamera::open(QString::fromLatin1(access.profile), &error);
-    EXPECT_TRUE(camera) << qPrintable(error);
+    Camera camera = openProfile(access.profile);
     camera->useVirtualTime();
     return camera;
 }

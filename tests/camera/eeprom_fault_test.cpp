@@ -98,14 +98,6 @@ TEST(EepromFault, PowerCutKeepsTheBytesStoredBefore) {
     }
 }
 
-TEST(EepromFault, NamesAreThoseOfTheList) {
-    Camera const camera = openFor(kEepromAccesses[0]);
-    for (QString const& name : SimulatedCamera::faultNames())
-        EXPECT_TRUE(camera->injectFault(name)) << qPrintable(name);
-    EXPECT_EQ(SimulatedCamera::faultNames().size(), 7);
-    EXPECT_FALSE(camera->injectFault(QStringLiteral("nack")));
-}
-
 // A flipped bit that always hit the same place would leave most of a reader untried.
 TEST(EepromFault, FlippedBitsReachEveryBitOfBothBytes) {
     EepromAccess const& access = kEepromAccesses[0];

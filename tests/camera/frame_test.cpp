@@ -16,9 +16,8 @@ TEST(Frame, EveryInstalledProfileOpensAndDeliversWhatItDescribes) {
     ASSERT_TRUE(names.contains(QStringLiteral("poly-12bit")));
     for (QString const& name : names) {
         SCOPED_TRACE(qPrintable(name));
-        QString error;
-        Camera const camera = SimulatedCamera::open(name, &error);
-        ASSERT_TRUE(camera) << qPrintable(error);
+        Camera const camera = openProfile(name);
+        ASSERT_TRUE(camera);
         CameraDescription const& description = camera->description();
         Frame const frame = camera->grab();
         EXPECT_EQ(frame.type, description.rawType);
@@ -136,9 +135,8 @@ TEST(Frame, PhaseAndOrientationAreThoseOfTheDeliveredPicture) {
 }
 
 TEST(Frame, UnusableRowsHoldNoPicture) {
-    QString error;
-    Camera const camera = SimulatedCamera::open(QStringLiteral("kind33"), &error);
-    ASSERT_TRUE(camera) << qPrintable(error);
+    Camera const camera = openProfile("kind33");
+    ASSERT_TRUE(camera);
     Light dark;
     dark.level = 0;
     camera->setLight(dark);
@@ -158,15 +156,11 @@ TEST(Frame, YcbcrCarriesTheColoursOfTheRawPicture) {
         "{\"base\": \"%1\", \"readOut\": {\"electronsPerCount\": 90, \"readNoise\": 0}%2}";
     TestFiles const files;
     QByteArray const rawLayout = ", \"array\": {\"height\": 720}, \"layout\": {\"height\": 720}";
-    QString error;
-    Camera const raw = SimulatedCamera::open(
-        files.write(QStringLiteral("raw.json"),
-                    QByteArray(quiet).replace("%1", "soc-pga").replace("%2", rawLayout)),
-        &error);
-    Camera const coded = SimulatedCamera::open(
-        files.write(QStringLiteral("coded.json"), QByteArray(quiet).replace("%1", "ycbcr").replace("%2", "")),
-        &error);
-    ASSERT_TRUE(raw && coded) << qPrintable(error);
+    Camera const raw = openProfile(files.write(
+        QStringLiteral("raw.json"), QByteArray(quiet).replace("%1", "soc-pga").replace("%2", rawLayout)));
+    Camera const coded = openProfile(files.write(QStringLiteral("coded.json"),
+                                                 QByteArray(quiet).replace("%1", "ycbcr").replace("%2", "")));
+    ASSERT_TRUE(raw && coded);
     for (Camera const* camera : {&raw, &coded})
         writeRegister(**camera, "COARSE_INTEGRATION_TIME", 1400);
     Frame const mosaic = raw->grab();

@@ -57,22 +57,9 @@ TEST(LibraryFunctions, NullAndUnknownNamesAnswerFailure) {
     EXPECT_EQ(vy_ReadSensorRegStr(handle, "POLY_SC_ENABLE", nullptr, &word), 0);
 }
 
-TEST(LibraryFunctions, NoDeviceOnTheBusAnswersTwelve) {
-    Camera const camera = openChanged(R"({"eeprom": {"kind": "none"}})");
-    uint32_t word = 0;
-    vy_RegisterDescription device{};
-    device.addressSpace = 1;
-    device.id = 0xA8;
-    EXPECT_EQ(vy_readRegisters(camera->handle(), 0xA8, 0, 1, &word), 12);
-    EXPECT_EQ(vy_writeRegisters(camera->handle(), 0xA8, 0, 1, &word), 12);
-    EXPECT_EQ(vy_ReadSensorReg(camera->handle(), &device, &word), 12);
-    EXPECT_EQ(vy_WriteSensorReg(camera->handle(), &device, 1), 12);
-}
-
 TEST(LibraryFunctions, DescriptionTellsWhereARegisterLies) {
-    QString error;
-    Camera const camera = SimulatedCamera::open(QStringLiteral("soc-pga"), &error);
-    ASSERT_TRUE(camera) << qPrintable(error);
+    Camera const camera = openProfile("soc-pga");
+    ASSERT_TRUE(camera);
     vy_Camera* const handle = camera->handle();
     EXPECT_TRUE(vy_IsSOC(handle));
     auto const* const last = vy_FindRegister(handle, "PGATABLE_DATA_099");

@@ -16,7 +16,6 @@ constexpr Fault kProfileFaults[] = {
     {R"({"base": "poly-12bit", "kind": )", "p.json: line 1: "},
     {R"([1])", "p.json: an object is expected"},
     {R"({"base": "p"})", "p.json: base: p.json: base: "},
-    {R"({"base": "nowhere"})", "p.json: base: nowhere.json: cannot be read"},
     {R"({"sensorName": "X"})", "p.json: the key \"fileNamePart\" is missing"},
     {R"({"base": "poly-12bit", "optics": {"lens": {"cornerAngle": null}}})",
      "p.json: optics.lens: the key \"cornerAngle\" is missing"},
@@ -24,13 +23,9 @@ constexpr Fault kProfileFaults[] = {
     {R"({"base": "poly-12bit", "array": {"orientation": 4}})",
      "p.json: array.orientation: 4 lies outside 0 to 3"},
     {R"({"base": "poly-12bit", "array": {"width": 641}})", "p.json: array: width and height must be even"},
-    {R"({"base": "poly-12bit", "readOut": {"format": "raw10"}})",
-     "p.json: readOut.format: \"raw10\" is none of raw12, raw8, ycbcr"},
     {R"({"base": "poly-12bit", "readOut": {"format": "raw8"}})",
      "p.json: layout.sampleBytes: the read-out delivers samples of another size"},
     {R"({"base": "poly-12bit", "kind": 7})", "p.json: layout.kind: 200 differs from the sensor's 7"},
-    {R"({"base": "poly-12bit", "exposure": {"register": "NONE"}})",
-     "p.json: exposure.register: there is no register \"NONE\""},
     {R"({"base": "poly-12bit", "layout": {"correction": {"originRow": {"id": 1}}}})",
      "p.json: layout.correction.originRow: there is no 16-bit register at id 1, address 0x3784"},
     {R"({"base": "poly-12bit", "registers": {"more": [{"name": "A", "address": 1}, {"name": "A", "address": 2}]}})",
@@ -54,8 +49,6 @@ constexpr Fault kProfileFaults[] = {
      "p.json: eeprom.kind: there is no register \"IO_EEPROM_I2C_ADDR\""},
     {R"({"base": "poly-12bit", "layout": {"correction": {"banks": []}}})",
      "p.json: layout.correction.banks: at least one bank is needed"},
-    {R"({"base": "kind72-1", "tableChoice": {"temperatures": ["FRAME_COUNT"]}})",
-     "p.json: tableChoice.temperatures: 3 values are expected, not 1"},
     {R"({"base": "kind72-1", "tableChoice": {"temperatures": ["FRAME_COUNT", "FRAME_COUNT", "FRAME_COUNT"]}})",
      "p.json: tableChoice.temperatures[0]: the layout tells another register"},
     {R"({"base": "kind68-1", "tableChoice": {"automatic": {"register": "NONE"}}})",
@@ -99,8 +92,6 @@ constexpr Replacement kBankFaults[] = {
     {"\"slot\": 2,", "\"slot\": 2, \"colourTemperature\": {\"id\": 0, \"address\": 1},",
      "p.json: layout.correction.banks[1].colourTemperature: there is no 16-bit register at id 0, address "
      "0x0001"},
-    {"\"slot\": 0, PLANES", "\"slot\": 0",
-     "p.json: layout.correction.banks[0]: the key \"planes\" is missing"},
 };
 
 TEST(MalformedFiles, FaultOfATableIsNamedWithItsPlace) {
@@ -142,13 +133,10 @@ constexpr char kShading[] = R"({
 constexpr Replacement kShadingFaults[] = {
     {"]\n}", "]", "m.json: line 6: "},
     {"shading-gains-1", "shading-gains-2", "m.json: format: \"shading-gains-1\" is expected"},
-    {"\"format\": \"shading-gains-1\", ", "", "m.json: the key \"format\" is missing"},
     {"\"columns\": 2", "\"columns\": 1", "m.json: columns: 1 lies outside 2 to 1024"},
     {"\"rows\": 2", "\"rows\": 3", "m.json: illuminants[0].red: 6 values are expected, not 4"},
     {"\"red\": [5, ", "\"rot\": [5, ", "m.json: illuminants[1]: the key \"red\" is missing"},
-    {"\"red\": [5, ", "\"red\": [", "m.json: illuminants[1].red: 4 values are expected, not 3"},
     {"[5, 2,", "[5, 0,", "m.json: illuminants[1].red[1]: the gain must be above 0"},
-    {"[5, 2,", "[5, -2,", "m.json: illuminants[1].red[1]: the gain must be above 0"},
     {"[5, 2,", "[5, null,", "m.json: illuminants[1].red[1]: a number is expected"},
     {"[5, 2,", "[5, 1e999,", "m.json: "},
     {"5000", "3000", "m.json: illuminants[1].colour_temperature_K: the temperatures must ascend"},
@@ -159,7 +147,7 @@ TEST(MalformedFiles, ShadingFaultIsNamedWithItsPlace) {
     TestFiles const files;
     Camera const camera = openQuiet();
     QString error;
-    ASSERT_TRUE(camera->useMeasuredShading(files.write(QStringLiteral("m.json"), kShading), &error))
+    ASSERT_TRUE(openQuiet()->useMeasuredShading(files.write(QStringLiteral("m.json"), kShading), &error))
         << qPrintable(error);
     for (Replacement const& row : kShadingFaults) {
         QByteArray const content = QByteArray(kShading).replace(row.from, row.to);
@@ -172,6 +160,7 @@ TEST(MalformedFiles, ShadingFaultIsNamedWithItsPlace) {
     }
     EXPECT_FALSE(camera->useMeasuredShading(QStringLiteral("/nowhere.json"), &error));
     EXPECT_TRUE(error.startsWith(QLatin1String("nowhere.json: cannot be read"))) << qPrintable(error);
+    EXPECT_EQ(camera->grab().pixels, openQuiet()->grab().pixels) << "a part of a refused file was used";
 }
 
 } // namespace

@@ -1,8 +1,5 @@
 #include "tests/camera/camera_under_test.h"
-#include "tests/measured_folder.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <gtest/gtest.h>
 
 using namespace simulator;
@@ -76,36 +73,6 @@ TEST(MeasuredShading, ReplacesTheWholeLensAndGoesOnLinearlyToTheBorder) {
     }
     EXPECT_NEAR(greenMean(*camera, frame, {20, 0, 80, 4}) / greenMean(*camera, frame, {20, 48, 80, 52}), 1,
                 0.01);
-}
-
-TEST(MeasuredShading, MalformedFileChangesNothing) {
-    TestFiles const files;
-    Camera const camera = openQuiet();
-    Camera const untouched = openQuiet();
-    QString error;
-    EXPECT_FALSE(camera->useMeasuredShading(
-        files.write(QStringLiteral("bad.json"),
-                    shadingFile(illuminant(5000, uniformGains(3), "[1, 1, 1, 0]"))),
-        &error));
-    EXPECT_EQ(camera->grab().pixels, untouched->grab().pixels);
-}
-
-// The published modules, where they are at hand.
-TEST(MeasuredShading, RealModulesShadeTheCorners) {
-    QDir const folder = measuredFolder();
-    QStringList const names = folder.entryList({QStringLiteral("*.json")});
-    if (names.isEmpty())
-        GTEST_SKIP() << "no measured modules in " << qPrintable(folder.path());
-    for (QString const& name : names) {
-        SCOPED_TRACE(qPrintable(name));
-        Camera const camera = openQuiet();
-        QString error;
-        ASSERT_TRUE(camera->useMeasuredShading(folder.filePath(name), &error)) << qPrintable(error);
-        Frame const frame = camera->grab();
-        double const middle = greenMean(*camera, frame, {46, 46, 54, 54});
-        for (Region const& corner : {Region{0, 0, 4, 4}, Region{96, 0, 100, 4}, Region{0, 96, 4, 100}})
-            EXPECT_LT(greenMean(*camera, frame, corner), 0.8 * middle);
-    }
 }
 
 } // namespace

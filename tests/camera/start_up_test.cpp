@@ -1,6 +1,8 @@
 #include "tests/camera/eeprom_access.h"
 
 #include <gtest/gtest.h>
+#include <utility>
+#include <vector>
 
 using namespace simulator;
 
@@ -64,25 +66,27 @@ TEST(StartUp, WritesEntriesOfEveryKindInTheirOrder) {
 }
 
 TEST(StartUp, ShortEntriesHoldPageOrDriver) {
-    QString error;
-    Camera const paged = SimulatedCamera::open(QStringLiteral("kind154"), &error);
-    programContents(*paged, device(shadingRecord("DEFAULT", withLength(3, shortEntry(0x0210, 0x3E00)))));
-    ASSERT_TRUE(paged->replayEeprom(&error)) << qPrintable(error);
-    EXPECT_EQ(readRegister(*paged, "P_GR_P0Q0"), 0x3E00U);
-
-    Camera const firmware = SimulatedCamera::open(QStringLiteral("soc-pga"), &error);
-    QByteArray const variables = withLength(4, shortEntry(0x8000 | 1 << 10 | 0x020, 0x1177) +
-                                                   shortEntry(0x8000 | 2 << 10 | 0x14F, 0x0042));
-    programContents(*firmware, device(shadingRecord("DEFAULT", variables)));
-    ASSERT_TRUE(firmware->replayEeprom(&error)) << qPrintable(error);
-    EXPECT_EQ(readRegister(*firmware, "MODE_STATE"), 0x77U);
-    EXPECT_EQ(readRegister(*firmware, "EXPOSURE_TARGET"), 0x42U);
-
-    Camera const wide = SimulatedCamera::open(QStringLiteral("kind95"), &error);
-    programContents(*wide,
-                    device(shadingRecord("DEFAULT", withLength(4, shortEntry(18 << 10 | 0x0BE, 0x4321)))));
-    ASSERT_TRUE(wide->replayEeprom(&error)) << qPrintable(error);
-    EXPECT_EQ(readRegister(*wide, "CAM_PGA_PGA_CONTROL"), 0x4321U);
+    struct Row {
+        char const* profile;
+        QByteArray block;
+        std::vector<std::pair<char const*, uint32_t>> registers;
+    };
+    Row const rows[] = {
+        {"kind154", withLength(3, shortEntry(0x0210, 0x3E00)), {{"P_GR_P0Q0", 0x3E00}}},
+        {"soc-pga",
+         withLength(4, shortEntry(0x8000 | 1 << 10 | 0x020, 0x1177) +
+                           shortEntry(0x8000 | 2 << 10 | 0x14F, 0x0042)),
+         {{"MODE_STATE", 0x77}, {"EXPOSURE_TARGET", 0x42}}},
+        {"kind95", withLength(4, shortEntry(18 << 10 | 0x0BE, 0x4321)), {{"CAM_PGA_PGA_CONTROL", 0x4321}}},
+    };
+    for (Row const& row : rows) {
+        Camera const camera = openProfile(row.profile);
+        programContents(*camera, device(shadingRecord("DEFAULT", row.block)));
+        QString error;
+        ASSERT_TRUE(camera->replayEeprom(&error)) << row.profile << qPrintable(error);
+        for (auto const& [name, value] : row.registers)
+            EXPECT_EQ(readRegister(*camera, name), value) << name;
+    }
 }
 
 TEST(StartUp, TakesTheFirstRecordOrTheNamedOneBehindOthers) {

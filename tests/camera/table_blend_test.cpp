@@ -16,13 +16,6 @@ constexpr uint32_t kGainPatterns[] = {0x3D00, 0x3E00, 0x4000};
 constexpr std::array<double, 3> kGains = {1.25, 1.5, 2.0};
 constexpr double kTolerance = 0.02;
 
-Camera openProfile(char const* profile) {
-    QString error;
-    Camera camera = SimulatedCamera::open(QString::fromLatin1(profile), &error);
-    EXPECT_TRUE(camera) << qPrintable(error);
-    return camera;
-}
-
 void light(Camera const& camera, double kelvin, double level = 1) {
     Light lamp;
     lamp.colourTemperature = kelvin;
@@ -30,20 +23,14 @@ void light(Camera const& camera, double kelvin, double level = 1) {
     camera->setLight(lamp);
 }
 
-struct Switch {
-    char const* reg;
-    char const* bitfield;
-};
-
 // Gain of the green in the rows that hold red.
-double gainOf(Camera const& camera, Switch const& onOff) {
-    writeRegister(*camera, onOff.reg, 0, onOff.bitfield);
+double gainOf(Camera const& camera) {
+    switchCorrection(*camera, false);
     double const off = greenMean(*camera, camera->grab(), kMiddle);
-    writeRegister(*camera, onOff.reg, 1, onOff.bitfield);
+    switchCorrection(*camera, true);
     return greenMean(*camera, camera->grab(), kMiddle) / off;
 }
 
-constexpr Switch kControl{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"};
 constexpr char const* kTables[] = {"PGATABLEA_DATA_000", "PGATABLECWF_DATA_000", "PGATABLED65_DATA_000"};
 constexpr char const* kTemperatures[] = {"CAM_PGA_L_CONFIG_COLOUR_TEMP", "CAM_PGA_M_CONFIG_COLOUR_TEMP",
                                          "CAM_PGA_R_CONFIG_COLOUR_TEMP"};
@@ -65,7 +52,7 @@ protected:
 
     [[nodiscard]] double gainUnder(double kelvin) const {
         light(camera, kelvin);
-        return gainOf(camera, kControl);
+        return gainOf(camera);
     }
 
     Camera const camera = openProfile("kind72-1");
@@ -109,7 +96,6 @@ TEST_F(TableBlend, TemperaturesThatTellNothingStillChooseATable) {
 // Registers by which a sensor stops to mix, and the table that it then shows.
 struct Holding {
     char const* profile;
-    Switch onOff;
     char const* tableName; ///< %1 stands for A, CWF, D65
     char const* reg;
     char const* bitfield;
@@ -117,21 +103,18 @@ struct Holding {
     size_t table; ///< 3: it goes on mixing
 };
 
-constexpr Switch kPolynomial{"POLY_SC_ENABLE", "ENABLE"};
-constexpr Switch kPipeline{"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"};
 constexpr size_t kMixing = 3;
 
 constexpr Holding kHoldings[] = {
-    {"kind68-1", kPolynomial, "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 0, 1},
-    {"kind68-1", kPolynomial, "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 1, kMixing},
-    {"kind68-2", kPipeline, "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 1, 0},
-    {"kind68-2", kPipeline, "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 3, 2},
-    {"kind68-2", kPipeline, "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 4, kMixing},
-    {"kind76-2", kControl, "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 2, 1},
-    {"kind76-2", kControl, "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 255, kMixing},
-    {"kind76-2", kControl, "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 0, 1},
-    {"kind76-2", kControl, "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1,
-     kMixing},
+    {"kind68-1", "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 0, 1},
+    {"kind68-1", "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 1, kMixing},
+    {"kind68-2", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 1, 0},
+    {"kind68-2", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 3, 2},
+    {"kind68-2", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 4, kMixing},
+    {"kind76-2", "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 2, 1},
+    {"kind76-2", "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 255, kMixing},
+    {"kind76-2", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 0, 1},
+    {"kind76-2", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1, kMixing},
 };
 
 TEST(HeldTable, IsShownUnderEveryLampAndNoneAtReset) {
@@ -144,13 +127,12 @@ TEST(HeldTable, IsShownUnderEveryLampAndNoneAtReset) {
                           kGainPatterns[i]);
         for (size_t const lamp : {0U, 2U}) {
             light(camera, lamp == 0 ? 2400 : 8000);
-            EXPECT_NEAR(gainOf(camera, row.onOff), kGains[lamp], kTolerance);
+            EXPECT_NEAR(gainOf(camera), kGains[lamp], kTolerance);
         }
         writeRegister(*camera, row.reg, row.value, row.bitfield);
         for (size_t const lamp : {0U, 2U}) {
             light(camera, lamp == 0 ? 2400 : 8000);
-            EXPECT_NEAR(gainOf(camera, row.onOff), kGains[row.table == kMixing ? lamp : row.table],
-                        kTolerance);
+            EXPECT_NEAR(gainOf(camera), kGains[row.table == kMixing ? lamp : row.table], kTolerance);
         }
     }
 }
@@ -173,12 +155,9 @@ TEST(IlluminantEstimate, FollowsTheLampWhateverTheExposureAndTheCorrection) {
         // A correction that colours the middle must not lead the sensor to another table.
         light(camera, 4900);
         double const plain = seen(camera);
-        for (char const* const plane : {"P_RD_P0Q0", "P_BL_P0Q0"}) {
-            writeRegister(*camera, plane, plane[2] == 'R' ? 0x4000 : 0x3800);
-            for (Switch const& onOff : {kControl, kPipeline})
-                if (vy_ExistsBitfield(camera->handle(), onOff.reg, onOff.bitfield))
-                    writeRegister(*camera, onOff.reg, 1, onOff.bitfield);
-        }
+        writeRegister(*camera, "P_RD_P0Q0", 0x4000);
+        writeRegister(*camera, "P_BL_P0Q0", 0x3800);
+        switchCorrection(*camera, true);
         EXPECT_NEAR(seen(camera) / plain, 1, 0.005);
     }
 }

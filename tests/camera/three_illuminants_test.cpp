@@ -4,8 +4,6 @@
 #include "headboard/eeprom_chain.h"
 #include "headboard/register_record.h"
 
-#include <QFile>
-#include <QJsonDocument>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -118,23 +116,6 @@ TEST_P(ThreeIlluminants, StoredCorrectionGivesTheSamePictureAfterAStart) {
         loaded->setLight(light);
         EXPECT_EQ(started->grab().pixels, loaded->grab().pixels) << kelvin;
     }
-}
-
-// The library knows these sensors by kind and variant alone, so its own files must not differ from the data
-// that a sensor hands out.
-TEST_P(ThreeIlluminants, LibraryKnowsTheSensorsLayout) {
-    simulator::CameraDescription const& description = camera->description();
-    QFile file(QStringLiteral(KESTRA_SOURCE_DIR "/simulator/solver/layouts/%1-%2.layout")
-                   .arg(description.sensorKind)
-                   .arg(description.variant));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(file.fileName());
-    QByteArray const own = file.readAll();
-    QByteArray const data(static_cast<char const*>(vy_SensorInfo(camera->handle())->sensorData));
-    auto const content = [](QByteArray const& text) {
-        return QJsonDocument::fromJson(text.mid(text.indexOf('\n')));
-    };
-    EXPECT_FALSE(content(own).isNull());
-    EXPECT_EQ(content(own), content(data));
 }
 
 } // namespace

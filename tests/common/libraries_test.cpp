@@ -4,10 +4,13 @@
 #include "common/shading_handle.h"
 
 #include <gtest/gtest.h>
+#ifdef Q_OS_UNIX
+#include <dlfcn.h>
+#endif
 
 namespace {
 
-TEST(Libraries, MissingFunctionsAnswerAbsent) {
+TEST(Libraries, MissingFunctionsAnswerAbsentAndNothingIsLoadedInTheirPlace) {
     installVeyra2({});
     installShadefit({});
     int dummy = 0;
@@ -21,6 +24,11 @@ TEST(Libraries, MissingFunctionsAnswerAbsent) {
     EXPECT_EQ(veyra2().vy_setMode(camera, 1, 16), -1);
     EXPECT_EQ(shadefit().sf_Create2(nullptr, 1, 1, 0xFFFFFFFF), nullptr);
     EXPECT_EQ(shadefit().sf_FindSolution(nullptr, nullptr), -1);
+#ifdef Q_OS_UNIX
+    // Both lie beside the test program.
+    for (char const* const library : {"libveyra2.so", "libshadefit.so"})
+        EXPECT_FALSE(dlopen(library, RTLD_LAZY | RTLD_NOLOAD)) << library;
+#endif
 }
 
 TEST(Libraries, NullCameraIsNeverHandedToTheLibrary) {

@@ -1,6 +1,5 @@
 #include "tests/config_page/config_fixture.h"
 
-#include <QApplication>
 #include <algorithm>
 
 ConfigFixture::ConfigFixture() {
@@ -49,10 +48,6 @@ void ConfigFixture::open() {
     edits.clear();
 }
 
-std::string ConfigFixture::text(char const* label) const {
-    return widget<QLabel>(label)->text().toStdString();
-}
-
 QRgb ConfigFixture::bullet(char const* label) const {
     QPixmap const pixmap = widget<QLabel>(label)->pixmap(Qt::ReturnByValue);
     return pixmap.isNull() ? 0 : pixmap.toImage().pixel(0, 0);
@@ -72,11 +67,6 @@ void ConfigFixture::choose(char const* combo, int code) {
 
 void ConfigFixture::enter(char const* serialNumber) {
     widget<QLineEdit>("SN")->setText(QString::fromUtf8(serialNumber));
-}
-
-void ConfigFixture::click(char const* button) {
-    EXPECT_TRUE(isEnabled(button)) << button;
-    widget<QPushButton>(button)->click();
 }
 
 void ConfigFixture::store(std::vector<std::pair<uint8_t, std::string>> const& records) {
@@ -114,12 +104,4 @@ std::vector<std::string> ConfigFixture::busLog() const {
             call == "pause 100" || call == "begin" || call == "end")
             found.push_back(call);
     return found;
-}
-
-int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication const application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
 }

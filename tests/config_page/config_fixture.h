@@ -5,19 +5,16 @@
 #include "config_page/message_box.h"
 #include "tests/config_page/fake_bus_services.h"
 #include "tests/fakes/fake_libraries.h"
+#include "tests/fakes/page_under_test.h"
 #include "wizard/wizard.h"
 
 #include <QComboBox>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
-#include <QPushButton>
-#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 /// The configuration page on a fake host and a headboard whose EEPROM is blank at first.
-class ConfigFixture : public ::testing::Test {
+class ConfigFixture : public PageUnderTest<Config> {
 protected:
     ConfigFixture();
     ~ConfigFixture() override;
@@ -27,20 +24,11 @@ protected:
     void make(HostServices const* services);
     [[nodiscard]] HostServices services() const;
     [[nodiscard]] ConfigState const& state() const { return page->state(); }
-    template <typename Widget>
-    [[nodiscard]] Widget* widget(char const* name) const {
-        auto* const found = page->findChild<Widget*>(QLatin1String(name));
-        EXPECT_TRUE(found) << name;
-        return found;
-    }
-    [[nodiscard]] std::string text(char const* label) const;
     [[nodiscard]] QRgb bullet(char const* label) const;
-    [[nodiscard]] bool isEnabled(char const* name) const { return widget<QWidget>(name)->isEnabled(); }
     /// The code that a list shows, or -1.
     [[nodiscard]] int code(char const* combo) const;
     void choose(char const* combo, int code);
     void enter(char const* serialNumber);
-    void click(char const* button);
 
     /// The device with a record store of these records; each is a type and its payload.
     void store(std::vector<std::pair<uint8_t, std::string>> const& records);
@@ -58,7 +46,6 @@ protected:
     SensorRecord sensor{};
     EepromSlot slot = nullptr;
     Wizard wizard{QStringLiteral("Test"), nullptr};
-    QPointer<Config> page;
     std::vector<bool> edits;           ///< what the calibration pages were told
     std::vector<UserMessage> messages; ///< what the user was shown
     QMessageBox::StandardButton answer = QMessageBox::Ok;

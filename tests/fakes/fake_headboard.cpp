@@ -14,22 +14,6 @@ constexpr std::chrono::milliseconds kWriteCycle{20};
 
 FakeHeadboard* headboard = nullptr;
 
-template <typename... Parts>
-void note(char const* name, Parts... parts) {
-    FakeHost* const host = FakeHost::current();
-    if (!host)
-        return;
-    std::string line = name;
-    [[maybe_unused]] auto const text = [](auto part) {
-        if constexpr (std::is_arithmetic_v<decltype(part)>)
-            return std::to_string(part);
-        else
-            return std::string(part);
-    };
-    ((line += ' ' + text(parts)), ...);
-    host->note(line);
-}
-
 FakeRegister* find(vy_Camera* camera, char const* reg) {
     if (!camera)
         std::abort(); // the library would
@@ -53,17 +37,17 @@ uint32_t maskOf(FakeRegister const& reg, char const* bitfield) {
 // The library's functions, by their own names.
 struct FakeHeadboardFunctions {
     static int existsRegister(vy_Camera* camera, char const* reg) {
-        note("existsRegister", reg);
+        noteCall("existsRegister", reg);
         return find(camera, reg) != nullptr;
     }
     static vy_RegisterDescription const* findRegister(vy_Camera* camera, char const* reg) {
         FakeRegister* const found = find(camera, reg);
-        note("findRegister", reg);
+        noteCall("findRegister", reg);
         return found ? &found->description : nullptr;
     }
     static vy_RegisterDescription const* findRegisterAddr(vy_Camera*, uint32_t address, uint32_t space,
                                                           uint32_t id) {
-        note("findRegisterAddr", address, space, id);
+        noteCall("findRegisterAddr", address, space, id);
         for (auto const& [name, reg] : headboard->registers) {
             vy_RegisterDescription const& d = reg.description;
             if (d.address == address && d.addressSpace == space && d.id == id)
@@ -73,7 +57,7 @@ struct FakeHeadboardFunctions {
     }
     static int readByName(vy_Camera* camera, char const* reg, char const* bitfield, uint32_t* value) {
         FakeRegister* const found = find(camera, reg);
-        note("read", reg, bitfield);
+        noteCall("read", reg, bitfield);
         if (!found)
             return -1;
         uint32_t const mask = maskOf(*found, bitfield);
@@ -84,7 +68,7 @@ struct FakeHeadboardFunctions {
     }
     static int writeByName(vy_Camera* camera, char const* reg, char const* bitfield, uint32_t value) {
         FakeRegister* const found = find(camera, reg);
-        note("write", reg, bitfield, value);
+        noteCall("write", reg, bitfield, value);
         if (!found)
             return -1;
         uint32_t const mask = maskOf(*found, bitfield);
@@ -94,8 +78,8 @@ struct FakeHeadboardFunctions {
         return 0;
     }
     static int readDescribed(vy_Camera*, vy_RegisterDescription const* reg, uint32_t* value) {
-        note("readDescribed", reg->addressSpace, reg->id, reg->addressWidth, reg->dataWidth, reg->dataType,
-             reg->address, reg->accessSize);
+        noteCall("readDescribed", reg->addressSpace, reg->id, reg->addressWidth, reg->dataWidth,
+                 reg->dataType, reg->address, reg->accessSize);
         headboard->waitForDevice();
         uint32_t words[2] = {};
         int const result = headboard->read(reg->id, reg->address, reg->accessSize, words);
@@ -103,18 +87,18 @@ struct FakeHeadboardFunctions {
         return result;
     }
     static int writeDescribed(vy_Camera*, vy_RegisterDescription const* reg, uint32_t value) {
-        note("writeDescribed", reg->address, reg->accessSize, value);
+        noteCall("writeDescribed", reg->address, reg->accessSize, value);
         headboard->waitForDevice();
         uint32_t const words[2] = {reg->accessSize == 2 ? value >> 8 : value, value};
         return headboard->write(reg->id, reg->address, reg->accessSize, words);
     }
     static int readBus(vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count, uint32_t* words) {
-        note("readBus", busAddress, start, count);
+        noteCall("readBus", busAddress, start, count);
         return headboard->read(busAddress, start, count, words);
     }
     static int writeBus(vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count,
                         uint32_t const* words) {
-        note("writeBus", busAddress, start, count, words[0]);
+        noteCall("writeBus", busAddress, start, count, words[0]);
         return headboard->write(busAddress, start, count, words);
     }
 };
@@ -123,7 +107,7 @@ FakeHeadboard::FakeHeadboard() : device(8192, 0xFF), timesRead(8192), timesWritt
     headboard = this;
     installPause([this](std::chrono::milliseconds duration) {
         now += duration;
-        note("pause", duration.count());
+        noteCall("pause", duration.count());
     });
 }
 
@@ -146,15 +130,15 @@ void FakeHeadboard::fillIn(Veyra2& table) {
     table.vy_readRegisters = Functions::readBus;
     table.vy_writeRegisters = Functions::writeBus;
     table.vy_setMode = [](vy_Camera*, uint32_t mode, uint32_t value) {
-        note("setMode", mode, value);
+        noteCall("setMode", mode, value);
         return 0;
     };
-    table.vy_InvalidateRegCache = [](vy_Camera*) { note("invalidateCache"); };
+    table.vy_InvalidateRegCache = [](vy_Camera*) { noteCall("invalidateCache"); };
     table.vy_stopTransport = [](vy_Camera*) {
-        note("stopTransport");
+        noteCall("stopTransport");
         return 0;
     };
-    table.vy_CloseCameras = [] { note("closeCameras"); };
+    table.vy_CloseCameras = [] { noteCall("closeCameras"); };
 }
 
 FakeRegister& FakeHeadboard::add(std::string const& name, uint32_t addressSpace, uint32_t id,

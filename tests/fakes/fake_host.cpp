@@ -6,19 +6,6 @@ namespace {
 
 FakeHost* host = nullptr;
 
-template <typename... Parts>
-void record(char const* name, Parts const&... parts) {
-    std::string line = name;
-    [[maybe_unused]] auto const text = [](auto const& part) {
-        if constexpr (std::is_arithmetic_v<std::decay_t<decltype(part)>>)
-            return std::to_string(part);
-        else
-            return std::string(part);
-    };
-    ((line += ' ' + text(parts)), ...);
-    host->note(line);
-}
-
 template <typename Map>
 auto valueOr(Map const& map, std::string const& key, typename Map::mapped_type fallback) {
     auto const found = map.find(key);
@@ -46,51 +33,51 @@ void FakeHost::note(std::string const& call) {
 HostServices FakeHost::services() const {
     HostServices table{};
     table.readRegister = [](char const* reg, char const* bitfield, uint32_t one) {
-        record("readRegister", reg, bitfield, one);
+        noteCall("readRegister", reg, bitfield, one);
         return valueOr(host->registers, std::string(reg) + "." + bitfield, 0);
     };
     table.writeRegister = [](char const* reg, char const* bitfield, uint32_t value) {
         host->registers[std::string(reg) + "." + bitfield] = value;
-        record("writeRegister", reg, bitfield, value);
+        noteCall("writeRegister", reg, bitfield, value);
     };
     table.writeListEntry = [](uint32_t second, uint32_t zero1, uint32_t first, uint32_t zero2,
                               uint32_t third) {
-        record("writeListEntry", second, zero1, first, zero2, third);
+        noteCall("writeListEntry", second, zero1, first, zero2, third);
     };
     table.announceRegister = [](char const* reg, uint32_t zero1, uint32_t zero2) {
-        record("announceRegister", reg, zero1, zero2);
+        noteCall("announceRegister", reg, zero1, zero2);
     };
-    table.modalDialog = [](uint32_t opening) { record("modalDialog", opening); };
+    table.modalDialog = [](uint32_t opening) { noteCall("modalDialog", opening); };
     table.readState = [](char const* variable) {
-        record("readState", variable);
+        noteCall("readState", variable);
         return valueOr(host->states, variable, 0);
     };
     table.setState = [](char const* variable, int32_t value) {
         host->states[variable] = value;
-        record("setState", variable, value);
+        noteCall("setState", variable, value);
     };
-    table.applyPreset = [](uint32_t zero, char const* preset) { record("applyPreset", zero, preset); };
+    table.applyPreset = [](uint32_t zero, char const* preset) { noteCall("applyPreset", zero, preset); };
     table.readIntSetting = [](char const* key, int32_t fallback) {
-        record("readInt", key, fallback);
+        noteCall("readInt", key, fallback);
         return valueOr(host->intSettings, key, fallback);
     };
     table.writeIntSetting = [](char const* key, int32_t value) {
         host->intSettings[key] = value;
-        record("writeInt", key, value);
+        noteCall("writeInt", key, value);
     };
     table.readTextSetting = [](char const* key, char* buffer, uint32_t size, char const* fallback) {
         std::strncpy(buffer, valueOr(host->textSettings, key, fallback).c_str(), size);
-        record("readText", key);
+        noteCall("readText", key);
     };
     table.writeTextSetting = [](char const* key, char const* value) {
         host->textSettings[key] = value;
-        record("writeText", key, value);
+        noteCall("writeText", key, value);
     };
     table.setupAnalysis = [](uint32_t one, uint32_t zero1, uint32_t value1, uint32_t zero2, uint32_t value2) {
-        record("setupAnalysis", one, zero1, value1, zero2, value2);
+        noteCall("setupAnalysis", one, zero1, value1, zero2, value2);
     };
-    table.beginChanges = [] { record("begin"); };
-    table.endChanges = [] { record("end"); };
+    table.beginChanges = [] { noteCall("begin"); };
+    table.endChanges = [] { noteCall("end"); };
     return table;
 }
 

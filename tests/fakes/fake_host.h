@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 /// A host that answers from maps and keeps a log of every call, one line a call, for example
@@ -35,3 +36,20 @@ public:
 
     [[nodiscard]] static FakeHost* current();
 };
+
+/// Logs a call with its arguments into the current host, if there is one.
+template <typename... Parts>
+void noteCall(char const* name, Parts const&... parts) {
+    FakeHost* const host = FakeHost::current();
+    if (!host)
+        return;
+    std::string line = name;
+    [[maybe_unused]] auto const text = [](auto const& part) {
+        if constexpr (std::is_arithmetic_v<std::decay_t<decltype(part)>>)
+            return std::to_string(part);
+        else
+            return std::string(part);
+    };
+    ((line += ' ' + text(parts)), ...);
+    host->note(line);
+}

@@ -20,15 +20,9 @@ TEST(Access, SensorKindDecidesWhereTheEepromIs) {
         bool bridgeOnly;
     };
     FakeLibraries fake;
-    for (Row const row : {Row{95, 0xAA, false},
-                          {99, 0xAA, false},
-                          {193, 0xAC, false},
-                          {198, 0xAC, false},
-                          {199, 0xAC, false},
-                          {71, 0xA8, true},
-                          {103, 0xA8, true},
-                          {111, 0xA8, true},
-                          {33, 0xA8, false}}) {
+    for (Row const& row : {Row{95, 0xAA, false}, Row{99, 0xAA, false}, Row{193, 0xAC, false},
+                           Row{198, 0xAC, false}, Row{199, 0xAC, false}, Row{71, 0xA8, true},
+                           Row{103, 0xA8, true}, Row{111, 0xA8, true}, Row{33, 0xA8, false}}) {
         fake.description.sensorKind = row.kind;
         HeadboardEeprom const eeprom = HeadboardEepromCreate(fake.camera());
         EXPECT_EQ(eeprom->deviceAddress, row.address) << row.kind;
@@ -129,16 +123,6 @@ TEST(Access, BridgeGivesUpAfterFiftyMilliseconds) {
     EXPECT_EQ(h.host.calls("pause").size(), 25U);
     EXPECT_EQ(h.host.calls("write IO_EEPROM_COMMAND").size(), 1U) << "a failure ends the transfer";
     EXPECT_EQ(h.eeprom->state[0], ByteState::NotRead);
-}
-
-// What the bridge's lost bytes lead to; the users of such boards live with it.
-TEST(Access, BlankBridgeDeviceCannotBeFormatted) {
-    Headboard h(Path::Bridge);
-    ASSERT_EQ(EepromFormat(h.eeprom, -1), kEepromOk);
-    EXPECT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk) << "every transfer was acknowledged";
-    EXPECT_EQ(HeadboardEepromVerify(h.eeprom, 0, -1), kEepromMismatch);
-    HeadboardEepromRelease(h.eeprom);
-    EXPECT_EQ(EepromCheckHeader(h.eeprom), kEepromNotFormatted);
 }
 
 TEST(Access, EveryFailedOperationIsReportedAndMadeGoodByARetry) {

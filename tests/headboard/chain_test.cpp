@@ -143,15 +143,4 @@ TEST_F(Chain, TextIsBoundedByItsRecord) {
         EXPECT_EQ(EepromRecordText(eeprom, noRecord).data(), nullptr) << noRecord;
 }
 
-TEST(RecordTypes, NamesAreLookedUpBothWays) {
-    EXPECT_STREQ(recordTypeName(kRecordSwStereo), "SWSTEREO");
-    EXPECT_EQ(recordTypeName(6), nullptr);
-    EXPECT_EQ(recordTypeNamed("headboard id"), kRecordHeadboardId);
-    EXPECT_EQ(recordTypeNamed("Headboard"), 0);
-    for (uint32_t type = 0; type < 256; ++type)
-        if (char const* const name = recordTypeName(type)) {
-            EXPECT_EQ(recordTypeNamed(name), type);
-        }
-}
-
 } // namespace

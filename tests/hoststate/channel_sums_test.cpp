@@ -111,18 +111,20 @@ TEST(ChannelSums, EveryBlockAndTheCentreAreTheReferenceBitForBit) {
             EXPECT_EQ(block.green, double(sums.green) / count);
             EXPECT_EQ(block.blue, double(sums.blue) / count);
         }
-        auto const mean =
-            meanOfCentre({picture.top(), ImageType::Rgb32, row.width, row.height, int32_t(picture.pitch)});
-        int const left = row.width / 4;
-        int const right = 3 * row.width / 4;
-        int const top = row.height / 4;
-        int const bottom = 3 * row.height / 4;
-        ChannelSums const sums = reference(picture.top(), picture.pitch, top, bottom, {left, right});
-        ASSERT_TRUE(mean);
-        double const count = double(bottom - top) * double(right - left);
-        EXPECT_EQ(mean->red, double(sums.red) / count);
-        EXPECT_EQ(mean->green, double(sums.green) / count);
-        EXPECT_EQ(mean->blue, double(sums.blue) / count);
+        // A quarter of the picture in its middle, told from the first row and from the last one upwards.
+        for (bool const upwards : {false, true}) {
+            uint8_t const* const first = upwards ? picture.bottom() : picture.top();
+            ptrdiff_t const pitch = upwards ? -picture.pitch : picture.pitch;
+            int const left = row.width / 4, right = 3 * row.width / 4;
+            int const top = row.height / 4, bottom = 3 * row.height / 4;
+            auto const mean = meanOfCentre({first, ImageType::Rgb32, row.width, row.height, int32_t(pitch)});
+            ASSERT_TRUE(mean);
+            ChannelSums const sums = reference(first, pitch, top, bottom, {left, right});
+            double const count = double(bottom - top) * double(right - left);
+            EXPECT_EQ(mean->red, double(sums.red) / count);
+            EXPECT_EQ(mean->green, double(sums.green) / count);
+            EXPECT_EQ(mean->blue, double(sums.blue) / count);
+        }
     }
 }
 

@@ -33,14 +33,6 @@ TEST(ColourPipeline, ColoursComeOutRightAtEveryPixelInEveryPhase) {
     }
 }
 
-TEST(ColourPipeline, MemoryHoldsBlueFirst) {
-    CameraDescription const camera = bayerCamera(4, 4);
-    QImage const picture = rendered(camera, bayerFrame(camera, flatScene));
-    uchar const* const bytes = picture.constBits();
-    EXPECT_EQ((std::array<int, 4>{bytes[0], bytes[1], bytes[2], bytes[3]}),
-              (std::array<int, 4>{204, 128, 51, 255}));
-}
-
 // A border that repeats its samples instead of mirroring them breaks the pattern and bends a ramp's inside.
 TEST(ColourPipeline, ARampStaysStraightAwayFromItsEnds) {
     CameraDescription const camera = bayerCamera(16, 8, 1);

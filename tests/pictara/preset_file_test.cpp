@@ -1,5 +1,5 @@
 #include "simulator/host/preset_file.h"
-#include "tests/pictara/fake_sensor.h"
+#include "tests/camera/camera_under_test.h"
 #include "tests/pictara/test_frames.h"
 
 #include <QFile>
@@ -17,9 +17,9 @@ constexpr char kIni[] = "[Other]\n"
                         "// STATE = Gamma, 4\n"
                         "STATE = Gamma, 20\r\n"
                         "  state =  Black Offset ,  -7  \n"
-                        "REG = 0, 0x3600, 0x3C00 // first coefficient\n"
+                        "REG = 0, 0x3600, 0x4000 // first coefficient\n"
                         "REG = 1, 13824, 77\n"
-                        "REG = ANALOG_GAIN, 32\n"
+                        "REG = COARSE_INTEGRATION_TIME, 32\n"
                         "BITFIELD = POLY_SC_ENABLE, ENABLE, 1\n"
                         "BITFIELD = 0, 0x3602, 0x0FF0, 0xAB\n"
                         "VAR = 3, 0x21, 9\n"
@@ -32,23 +32,19 @@ constexpr char kIni[] = "[Other]\n"
 
 struct PresetTest : testing::Test {
     PresetTest() {
-        sensor.add("P_GR_P0Q0", 0, 0, 0x3600);
-        sensor.add("SECOND_PAGE", 0, 1, 13824);
-        sensor.add("MASKED", 0, 0, 0x3602);
-        sensor.add("ANALOG_GAIN", 0, 0, 0x3700);
-        sensor.add("POLY_SC_ENABLE", 0, 0, 0x3780);
-        sensor.add("VARIABLE", 1, 3, 0x21);
-        sensor.m_values["MASKED"] = 0xF00F;
+        writeRegister(*sensor, "P_GR_P0Q1", 0xF00F);
         QFile file(ini);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(kIni) > 0);
     }
 
     QTemporaryDir folder;
     QString const ini = folder.filePath("host.ini");
-    FakeSensor sensor;
+    Camera const sensor = openChanged(R"({"registers": {"more": [
+        {"name": "SECOND_PAGE", "id": 1, "address": 13824},
+        {"name": "VARIABLE", "addressSpace": 1, "id": 3, "address": "0x21"}]}})");
     StateVariables states{bayerCamera(4, 4, 3)};
     int notified = 0;
-    SensorRegisters registers{sensor.handle(), [this] { ++notified; }};
+    SensorRegisters registers{sensor->handle(), [this] { ++notified; }};
     bool found = false;
 };
 
@@ -59,12 +55,12 @@ TEST_F(PresetTest, AppliesEveryKindOfLineAndNothingElse) {
     EXPECT_EQ(states.read("Gamma"), 20);
     EXPECT_EQ(states.read("Black Offset"), -7);
     EXPECT_EQ(states.read("Contrast"), 21);
-    EXPECT_EQ(sensor.value("P_GR_P0Q0"), 0x3C00U);
-    EXPECT_EQ(sensor.value("SECOND_PAGE"), 77U);
-    EXPECT_EQ(sensor.value("ANALOG_GAIN"), 32U);
-    EXPECT_EQ(sensor.value("POLY_SC_ENABLE"), 0x8000U);
-    EXPECT_EQ(sensor.value("MASKED"), 0xFABFU);
-    EXPECT_EQ(sensor.value("VARIABLE"), 9U);
+    EXPECT_EQ(readRegister(*sensor, "P_GR_P0Q0"), 0x4000U);
+    EXPECT_EQ(readRegister(*sensor, "SECOND_PAGE"), 77U);
+    EXPECT_EQ(readRegister(*sensor, "COARSE_INTEGRATION_TIME"), 32U);
+    EXPECT_EQ(readRegister(*sensor, "POLY_SC_ENABLE"), 0x8000U);
+    EXPECT_EQ(readRegister(*sensor, "P_GR_P0Q1"), 0xFABFU);
+    EXPECT_EQ(readRegister(*sensor, "VARIABLE"), 9U);
     EXPECT_EQ(notified, 1);
 }
 

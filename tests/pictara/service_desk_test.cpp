@@ -1,5 +1,5 @@
 #include "simulator/host/service_desk.h"
-#include "tests/pictara/fake_sensor.h"
+#include "tests/camera/camera_under_test.h"
 #include "tests/pictara/test_frames.h"
 
 #include <QTemporaryDir>
@@ -9,32 +9,32 @@
 namespace pictara {
 namespace {
 
-struct ServiceDeskTest : testing::Test {
-    ServiceDeskTest() { sensor.add("GAIN", 0, 0, 0x10); }
+constexpr char kGain[] = "COARSE_INTEGRATION_TIME"; // at 0x3012
 
+struct ServiceDeskTest : testing::Test {
     QTemporaryDir folder;
-    FakeSensor sensor;
+    Camera const sensor = openChanged(R"({"sensorName": "A"})");
     StateVariables states{bayerCamera(4, 4)};
     SettingsStore settings{folder.filePath("settings.ini")};
     int notified = 0;
     uint32_t seenByNotification = 0;
-    SensorRegisters registers{sensor.handle(), [this] {
+    SensorRegisters registers{sensor->handle(), [this] {
                                   ++notified;
-                                  seenByNotification = ServiceDesk::table().readRegister("GAIN", "", 1);
+                                  seenByNotification = ServiceDesk::table().readRegister(kGain, "", 1);
                               }};
     ServiceDesk desk{states, settings, registers, folder.filePath("host.ini")};
     HostServices const& host = ServiceDesk::table();
 };
 
 TEST_F(ServiceDeskTest, NotifiesAtOnceOutsideOfAGroupAndOnceForAGroup) {
-    host.writeRegister("GAIN", "", 5);
+    host.writeRegister(kGain, "", 5);
     EXPECT_EQ(notified, 1);
     EXPECT_EQ(seenByNotification, 5U);
 
     host.beginChanges();
-    host.writeRegister("GAIN", "", 6);
+    host.writeRegister(kGain, "", 6);
     host.beginChanges();
-    host.writeListEntry(0x10, 0, 0, 0, 7);
+    host.writeListEntry(0x3012, 0, 0, 0, 7);
     host.endChanges();
     EXPECT_EQ(notified, 1) << "the outer group is still open";
     host.endChanges();
@@ -53,7 +53,7 @@ TEST_F(ServiceDeskTest, DoesNotNotifyWhenNoRegisterChanged) {
     EXPECT_EQ(desk.listEntriesWritten(), 0U);
     host.endChanges(); // one too many must not open the next group's bracket
     host.beginChanges();
-    host.writeRegister("GAIN", "", 1);
+    host.writeRegister(kGain, "", 1);
     EXPECT_EQ(notified, 0);
     host.endChanges();
     EXPECT_EQ(notified, 1);
@@ -85,10 +85,12 @@ TEST_F(ServiceDeskTest, OptionsAreKeptForTheNextSittingApartFromSettings) {
 }
 
 TEST_F(ServiceDeskTest, ReachesTheBusAtTheWidthsOfEachCall) {
-    host.writeBusByte(0xA0, 0x1FF, 0x5A, 16, 8);
-    host.writeBusByte(0xA0, 0x1FF, 0xFF, 8, 8);
-    EXPECT_EQ(host.readBusByte(0xA0, 0x1FF, 16, 16), 0U);
-    EXPECT_EQ(host.readBusByte(0xA0, 0x1FF, 16, 8), 0x5AU) << "widths were left over from another call";
+    sensor->useVirtualTime();
+    host.writeBusByte(0xA8, 0x1FF, 0x5A, 16, 8);
+    sensor->advanceTime(20);
+    host.writeBusByte(0xA8, 0x1FF, 0xFF, 8, 8);
+    EXPECT_EQ(host.readBusByte(0xA8, 0x1FF, 16, 16), 0U);
+    EXPECT_EQ(host.readBusByte(0xA8, 0x1FF, 16, 8), 0x5AU) << "widths were left over from another call";
     EXPECT_EQ(host.readBusByte(0xB0, 0x1FF, 16, 8), 0U);
 }
 

@@ -1,7 +1,6 @@
 #include "tests/fakes/fake_host.h"
 #include "tests/plugin/plugin_library.h"
 
-#include <QApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QPixmap>
@@ -124,38 +123,4 @@ TEST_F(Plugin, FramesReachThePageThroughBothEntriesAlsoAfterCloseDialog) {
     EXPECT_TRUE(host.log.empty());
 }
 
-TEST_F(Plugin, AHostWithoutCameraAndServicesWalksEveryStep) {
-    // Only the setting that opens the dialog is answered.
-    services = {};
-    services.readTextSetting = host.services().readTextSetting;
-    dialog = plugin.open(5, nullptr, &sensor, &services);
-    ASSERT_TRUE(dialog);
-    auto* const page = dialog->findChild<QDialog*>(QStringLiteral("LensAssist"));
-    page->findChild<QTimer*>()->stop();
-    std::vector<uint32_t> picture(64 * 48, 0x808080);
-    // Whether there is an EEPROM cannot be known without a camera, so Run All asks again and again; the other
-    // steps are pressed one by one.
-    for (char const* const step :
-         {"OnBnClickedRunall", "OnBnClickedRunall", "OnBnClicked_LensCalibSetup", "OnBnClickedAe",
-          "OnBnClickedAwb", "OnBnClickedCalibrate", "OnBnClickedFilesave", "OnBnClickedPromsave"}) {
-        QMetaObject::invokeMethod(page, step);
-        for (int i = 0; i < 10; ++i) {
-            for (int frame = 0; frame < 5; ++frame)
-                plugin.image(picture.data(), 11, 64, 48, 256);
-            QMetaObject::invokeMethod(page, "start");
-        }
-    }
-    // The calibration library has no data for a sensor without a description.
-    EXPECT_EQ(text("Calibrate_Status"), "Error. Are the External sensor data files installed?");
-    EXPECT_TRUE(host.isBalanced());
-}
-
 } // namespace
-
-int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication const application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

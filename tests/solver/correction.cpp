@@ -1,5 +1,8 @@
 #include "tests/solver/correction.h"
 
+#include "hoststate/lab.h"
+#include "simulator/solver/binary16.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -13,35 +16,6 @@ constexpr double kCentreValue = 185;
 
 using Rgb = std::array<double, 3>;
 using PlaneMeans = std::array<double, 4>; // by Colour
-
-double half(uint32_t bits) {
-    int const exponent = static_cast<int>(bits >> 10 & 31);
-    double const fraction = (bits & 1023) / 1024.0;
-    double const magnitude =
-        exponent == 0 ? std::ldexp(fraction, -14) : std::ldexp(1 + fraction, exponent - 15);
-    return (bits & 0x8000) != 0 ? -magnitude : magnitude;
-}
-
-/// sRGB to linear light (IEC 61966-2-1).
-double linear(double value) {
-    double const share = value / 255;
-    return share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
-}
-
-double labCurve(double t) {
-    return t > 0.008856 ? std::cbrt(t) : 7.787 * t + 16.0 / 116;
-}
-
-/// a* and b* (CIE 1976, D65) of a displayed colour of 0 to 255.
-std::array<double, 2> chroma(Rgb const& display) {
-    double const r = linear(display[0]);
-    double const g = linear(display[1]);
-    double const b = linear(display[2]);
-    double const x = labCurve((0.4124 * r + 0.3576 * g + 0.1805 * b) / 0.9505);
-    double const y = labCurve(0.2126 * r + 0.7152 * g + 0.0722 * b);
-    double const z = labCurve((0.0193 * r + 0.1192 * g + 0.9505 * b) / 1.089);
-    return {500 * (x - y), 200 * (y - z)};
-}
 
 Rgb displayed(Rgb const& balanced) {
     constexpr double kMatrix[3][3] = {{1.6, -0.5, -0.1}, {-0.25, 1.5, -0.25}, {0, -0.6, 1.6}};
@@ -83,8 +57,9 @@ double Correction::gain(uint32_t slot, uint32_t plane, double x, double y) const
     double sum = 0;
     for (uint32_t p = 0; p < 5; ++p)
         for (uint32_t q = 0; q < 5; ++q)
-            sum += half(m_registers.at(planeAddress(slot, plane) + 2 * (5 * p + q))) * std::pow(u, p) *
-                   std::pow(v, q);
+            sum +=
+                solver::fromBinary16(uint16_t(m_registers.at(planeAddress(slot, plane) + 2 * (5 * p + q)))) *
+                std::pow(u, p) * std::pow(v, q);
     return sum;
 }
 
@@ -99,29 +74,22 @@ FieldQuality measure(TestSensor const& sensor, Response const& corrected) {
         for (int column = 0; column < kColumns; ++column)
             blocks.push_back(blockMean(sensor, corrected, column, row));
     PlaneMeans const centre = blocks[kRows / 2 * kColumns + kColumns / 2];
-    std::vector<std::array<double, 2>> chromas;
-    std::vector<double> greens;
+    std::vector<Lab> chromas;
     double meanA = 0;
     double meanB = 0;
     FieldQuality quality;
     for (PlaneMeans const& block : blocks) {
-        chromas.push_back(
-            chroma(displayed({block[0] / centre[0], block[1] / centre[1], block[2] / centre[2]})));
-        meanA += chromas.back()[0] / (kColumns * kRows);
-        meanB += chromas.back()[1] / (kColumns * kRows);
-        greens.push_back(block[1]);
+        Rgb const shown = displayed({block[0] / centre[0], block[1] / centre[1], block[2] / centre[2]});
+        chromas.push_back(rgbToLab(shown[0], shown[1], shown[2]));
+        meanA += chromas.back().a / (kColumns * kRows);
+        meanB += chromas.back().b / (kColumns * kRows);
         double const balance = block[kColourGreenBlue] / centre[kColourGreenBlue];
         quality.greenImbalance = std::max(
             quality.greenImbalance, std::abs(balance / (block[kColourGreen] / centre[kColourGreen]) - 1));
         quality.worstLuminance = std::max(quality.worstLuminance, std::abs(block[1] / centre[1] - 1));
     }
-    for (auto const& [a, b] : chromas)
-        quality.colourDeviation = std::max(quality.colourDeviation, std::hypot(a - meanA, b - meanB));
-    auto const middle = greens.begin() + kColumns * kRows / 2;
-    std::nth_element(greens.begin(), middle, greens.end());
-    double const median = *middle;
-    for (double const green : greens)
-        quality.meanLuminanceError += std::abs(green / median - 1) / (kColumns * kRows);
+    for (Lab const& lab : chromas)
+        quality.colourDeviation = std::max(quality.colourDeviation, std::hypot(lab.a - meanA, lab.b - meanB));
     return quality;
 }
 

@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-/// A register list as the sensor understands it: written by the tests' own reading of the register format.
+/// A register list as the sensor understands it.
 class Correction {
 public:
     Correction(TestSensor const& sensor, std::vector<sf_RegEntry> const& registers);
@@ -22,10 +22,9 @@ private:
 
 /// A corrected flat field in 32 x 18 blocks.
 struct FieldQuality {
-    double colourDeviation = 0;    ///< largest distance of a block from the mean in a*, b*
-    double worstLuminance = 0;     ///< largest relative deviation from the centre block
-    double meanLuminanceError = 0; ///< mean relative deviation from the median block
-    double greenImbalance = 0;     ///< largest change of the ratio of the two greens
+    double colourDeviation = 0; ///< largest distance of a block from the mean in a*, b*
+    double worstLuminance = 0;  ///< largest relative deviation from the centre block
+    double greenImbalance = 0;  ///< largest change of the ratio of the two greens
 };
 
 /// Shows the field as a host would (white balance on the centre, colour matrix, exponent 0.45).

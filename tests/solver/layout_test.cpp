@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <gtest/gtest.h>
+#include <span>
 
 namespace {
 
@@ -11,60 +12,49 @@ sf_Handle* create(QByteArray const& block) {
     return sf_Create2(block.constData(), 50, 1, 0xFFFFFFFF);
 }
 
-TEST(Layout, FaultsAreNamedWithTheirPlace) {
-    struct Row {
-        char const* from;
-        char const* to;
-        char const* fault;
-    };
-    constexpr Row kRows[] = {
-        {"sensor-layout-1", "sensor-layout-2", "first line"},
-        {"\"width\": 640", "\"width\": 6.5e9", "width is missing or out of range"},
-        {"\"height\": 360", "\"height\": 360.5", "height is not a whole number"},
-        {"\"input\": \"bayer\"", "\"input\": \"other\"", "input is none of"},
-        {"\"whiteLevel\": 4095", "\"whiteLevel\": 168", "whiteLevel is not above"},
-        {"\"sampleBytes\": 2", "\"sampleBytes\": 3", "sampleBytes"},
-        {"\"greenBlue\"", "\"green\"", "correction.banks[0].planes.greenBlue"},
-        {"\"stride\": 2", "\"stride\": 400000000", "stride leads beyond"},
-        {"\"slot\": 0", "\"slot\": 1", "slot is none of"},
-        {"\"originRow\"", "\"origin\"", "correction.originRow"},
-        {"\"banks\"", "\"bank\"", "correction.banks is not an array"},
-        {"}", "", "no JSON object"},
-    };
-    QByteArray const good = TestSensor().layout();
-    Handle const handle(create(good));
-    ASSERT_TRUE(handle);
-    for (Row const& row : kRows) {
-        SCOPED_TRACE(row.fault);
+// Each row replaces one text of a correct block.
+struct Fault {
+    char const* from;
+    char const* to;
+    char const* named;
+};
+
+constexpr Fault kFaults[] = {
+    {"sensor-layout-1", "sensor-layout-2", "first line"},
+    {"\"width\": 640", "\"width\": 6.5e9", "width is missing or out of range"},
+    {"\"height\": 360", "\"height\": 360.5", "height is not a whole number"},
+    {"\"input\": \"bayer\"", "\"input\": \"other\"", "input is none of"},
+    {"\"whiteLevel\": 4095", "\"whiteLevel\": 168", "whiteLevel is not above"},
+    {"\"sampleBytes\": 2", "\"sampleBytes\": 3", "sampleBytes"},
+    {"\"greenBlue\"", "\"green\"", "correction.banks[0].planes.greenBlue"},
+    {"\"stride\": 2", "\"stride\": 400000000", "stride leads beyond"},
+    {"\"slot\": 0", "\"slot\": 1", "slot is none of"},
+    {"\"originRow\"", "\"origin\"", "correction.originRow"},
+    {"\"banks\"", "\"bank\"", "correction.banks is not an array"},
+    {"}", "", "no JSON object"},
+};
+
+constexpr Fault kTableFaults[] = {
+    {"\"slot\": 4", "\"slot\": 3", "correction.banks[3].slot occurs twice"},
+    {"\"slot\": 4", "\"slot\": 5", "correction.banks[3].slot is missing or out of range"},
+    {"\"address\": 16132", "\"address\": -1", "correction.banks[1].originRow.address"},
+};
+
+void expectNamed(std::span<Fault const> faults, QByteArray const& good) {
+    ASSERT_TRUE(Handle(create(good)));
+    for (Fault const& fault : faults) {
+        SCOPED_TRACE(fault.named);
         WarningLog const log;
         QByteArray bad = good;
-        ASSERT_TRUE(bad.contains(row.from));
-        EXPECT_EQ(create(bad.replace(row.from, row.to)), nullptr);
-        EXPECT_TRUE(log.has(row.fault)) << log.all().constData();
+        ASSERT_TRUE(bad.contains(fault.from));
+        EXPECT_EQ(create(bad.replace(fault.from, fault.to)), nullptr);
+        EXPECT_TRUE(log.has(fault.named)) << log.all().constData();
     }
 }
 
-TEST(Layout, FaultsOfATableAreNamedWithItsPlace) {
-    QByteArray const good = TestSensor{.bankSlots = {0, 2, 3, 4}, .tablesHaveOrigins = true}.layout();
-    ASSERT_TRUE(Handle(create(good)));
-    struct Row {
-        char const* from;
-        char const* to;
-        char const* fault;
-    };
-    constexpr Row kRows[] = {
-        {"\"slot\": 4", "\"slot\": 3", "correction.banks[3].slot occurs twice"},
-        {"\"slot\": 4", "\"slot\": 5", "correction.banks[3].slot is missing or out of range"},
-        {"\"address\": 16132", "\"address\": -1", "correction.banks[1].originRow.address"},
-    };
-    for (Row const& row : kRows) {
-        SCOPED_TRACE(row.fault);
-        WarningLog const log;
-        QByteArray bad = good;
-        ASSERT_TRUE(bad.contains(row.from));
-        EXPECT_EQ(create(bad.replace(row.from, row.to)), nullptr);
-        EXPECT_TRUE(log.has(row.fault)) << log.all().constData();
-    }
+TEST(Layout, FaultsAreNamedWithTheirPlace) {
+    expectNamed(kFaults, TestSensor().layout());
+    expectNamed(kTableFaults, TestSensor{.bankSlots = {0, 2, 3, 4}, .tablesHaveOrigins = true}.layout());
 }
 
 TEST(Layout, ForeignDataIsNotReadBeyondTheFirstDifference) {
