@@ -13,14 +13,10 @@ constexpr uint32_t kVideoRangeChromaHigh = 224;
 BayerCoding readBayerCoding(Host const& host) {
     auto const xOffset = uint32_t(host.readState("X Offset"));
     auto const yOffset = uint32_t(host.readState("Y Offset"));
-    return {xOffset + 2 * yOffset, readOrientation(host)};
+    return {xOffset + 2 * yOffset, uint32_t(host.readState("Sensor Orientation"))};
 }
 
-uint32_t readOrientation(Host const& host) {
-    return uint32_t(host.readState("Sensor Orientation"));
-}
-
-sf_YcbcrInput readYcbcrInput(Host const& host, uint32_t orientation) {
+sf_YcbcrInput readYcbcrInput(Host const& host, std::optional<uint32_t> knownOrientation) {
     sf_YcbcrInput input{};
     input.size = sizeof input;
     input.srgbStandard = uint32_t(host.readState("sRGB Color Standard"));
@@ -32,7 +28,7 @@ sf_YcbcrInput readYcbcrInput(Host const& host, uint32_t orientation) {
     input.lumaHigh = uint32_t(host.readState("Luma Clip Hi"));
     input.chromaHigh = input.lumaHigh == kFullRangeHigh ? kFullRangeHigh : kVideoRangeChromaHigh;
     input.chromaZero = kChromaZero;
-    input.orientation = orientation;
+    input.orientation = knownOrientation ? *knownOrientation : uint32_t(host.readState("Sensor Orientation"));
     return input;
 }
 
@@ -70,6 +66,6 @@ int handOverYcbcr(ShadingHandle const& handle, LibraryImage const& image, sf_Ycb
 }
 
 int handOver(Host const& host, ShadingHandle const& handle, LibraryImage const& image) {
-    return image.isYcbcr ? handOverYcbcr(handle, image, readYcbcrInput(host, readOrientation(host)))
+    return image.isYcbcr ? handOverYcbcr(handle, image, readYcbcrInput(host))
                          : handOverBayer(handle, image, readBayerCoding(host));
 }

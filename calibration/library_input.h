@@ -23,10 +23,9 @@ struct BayerCoding {
 /// The same, read from the host's state variables.
 [[nodiscard]] BayerCoding readBayerCoding(Host const& host);
 
-/// How the host codes a YCbCr image, read from its state variables but for the orientation.
-[[nodiscard]] sf_YcbcrInput readYcbcrInput(Host const& host, uint32_t orientation);
-/// The host's "Sensor Orientation".
-[[nodiscard]] uint32_t readOrientation(Host const& host);
+/// How the host codes a YCbCr image, read from its state variables; the orientation, which both codings have,
+/// only when it is not known yet.
+[[nodiscard]] sf_YcbcrInput readYcbcrInput(Host const& host, std::optional<uint32_t> knownOrientation = {});
 
 /// The solution asked for: `falloffPercent` as the page shows it, `radius` as its setting tells.
 [[nodiscard]] sf_SolutionParams makeSolutionParams(int32_t falloffPercent, int32_t radius);

@@ -1,122 +1,200 @@
-#include "calibration/enabling.h"
-#include "calibration/step_status.h"
-
-#include <gtest/gtest.h>
+#include "tests/calibration/pages.h"
 
 namespace {
 
-using StatusOf = StepStatus (*)(PageState const&);
+// What the shared steps' widgets show, state by state. The states are laid into the page, since no run leads
+// through all of them.
+class Display : public PageFixture, public ::testing::WithParamInterface<PageCase> {
+protected:
+    Display() : PageFixture(GetParam()) {}
 
-PageState stateWith(uint32_t PageState::*field, uint32_t value) {
-    PageState state;
-    state.*field = value;
-    return state;
-}
+    void show(PageState const& shown) {
+        const_cast<PageState&>(state()) = shown;
+        QMetaObject::invokeMethod(page, "OnUpdateStatus");
+    }
+    [[nodiscard]] std::string colour(char const* bullet) const {
+        qint64 const shown = widget<QLabel>(bullet)->pixmap(Qt::ReturnByValue).cacheKey();
+        std::string found;
+        for (auto const& [name, pixmap] : {std::pair("gray", &wizard->pixGray),
+                                           {"blue", &wizard->pixBlue},
+                                           {"green", &wizard->pixGreen},
+                                           {"yellow", &wizard->pixYellow},
+                                           {"red", &wizard->pixRed}})
+            found += shown == pixmap->cacheKey() ? name : "";
+        return found;
+    }
+};
 
-// States that no run of a page leads through; the pages' own tests read the texts of the others.
-TEST(StepStatus, UnusualStatesHaveTheirTextAndBullet) {
-    struct Row {
-        StatusOf status;
-        uint32_t PageState::*field;
-        uint32_t value;
-        char const* text;
-        Bullet bullet;
-    };
+struct StatusRow {
+    uint32_t PageState::*field;
+    uint32_t value;
+    char const* text;
+    char const* colour;
+};
+
+TEST_P(Display, EveryStateHasItsTextAndBullet) {
     constexpr char const* kNoPreset = "Warning: There is no 'Lens Calibration Setup' preset in the ini file.";
     constexpr char const* kUnknown = "The status of the setup preset is unknown.";
-    Row const rows[] = {
-        {setupStatus, &PageState::presetState, 0, kUnknown, Bullet::Gray},
-        {setupStatus, &PageState::presetState, 3, kUnknown, Bullet::Gray},
-        {setupStatus, &PageState::presetState, 5, kNoPreset, Bullet::Yellow},
-        {setupStatus, &PageState::presetState, 6, kNoPreset, Bullet::Yellow},
-        {exposureStatus, &PageState::aeStepState, 3, "In progress... 0 %", Bullet::Blue},
-        {exposureStatus, &PageState::aeStepState, 5, "Error", Bullet::Red},
-        {colourBalanceStatus, &PageState::wbStepState, 3, "In progress... 0%", Bullet::Blue},
-        {colourBalanceStatus, &PageState::wbStepState, 6, "Error", Bullet::Red},
-        {calibrationStatus, &PageState::lscStepState, 3, "In progress... 0%", Bullet::Blue},
-        {calibrationStatus, &PageState::lscStepState, 5, "Error: Incompatible image size.", Bullet::Red},
-        {uniformityStatus, &PageState::lscStepState, 3, " --   (Lower is better)", Bullet::Gray},
-        {fileStatus, &PageState::fileState, 6, "Error saving the file.", Bullet::Red},
-        {eepromStatus, &PageState::promState, 6, "Error accessing the EEPROM.", Bullet::Red},
+    constexpr char const* kNoData = "Error. Are the External sensor data files installed?";
+    constexpr char const* kOpen = "Not done yet.";
+    struct {
+        char const* label;
+        char const* bullet;
+        std::vector<StatusRow> rows;
+    } const steps[] = {
+        {"SETUP_Status",
+         "Setup_Bullet",
+         {{&PageState::presetState, 0, kUnknown, "gray"},
+          {&PageState::presetState, 1, kOpen, "gray"},
+          {&PageState::presetState, 3, kUnknown, "gray"},
+          {&PageState::presetState, 4, "Done.", "green"},
+          {&PageState::presetState, 5, kNoPreset, "yellow"},
+          {&PageState::presetState, 6, kNoPreset, "yellow"}}},
+        {"AE_Status",
+         "AE_Bullet",
+         {{&PageState::aeStepState, 0, kOpen, "gray"},
+          {&PageState::aeStepState, 1, kOpen, "gray"},
+          {&PageState::aeStepState, 3, "In progress... 7 %", "blue"},
+          {&PageState::aeStepState, 4, "Done.", "green"},
+          {&PageState::aeStepState, 5, "Error", "red"},
+          {&PageState::aeStepState, 6, "Error", "red"}}},
+        {"AWB_Status",
+         "AWB_Bullet",
+         {{&PageState::wbStepState, 0, kOpen, "gray"},
+          {&PageState::wbStepState, 1, kOpen, "gray"},
+          {&PageState::wbStepState, 3, "In progress... 8%", "blue"},
+          {&PageState::wbStepState, 4, "Done.", "green"},
+          {&PageState::wbStepState, 5, "Error", "red"},
+          {&PageState::wbStepState, 6, "Error", "red"}}},
+        {"Calibrate_Status",
+         "Calibrate_Bullet",
+         {{&PageState::lscStepState, 0, kOpen, "gray"},
+          {&PageState::lscStepState, 1, kOpen, "gray"},
+          {&PageState::lscStepState, 3, "In progress... 9%", "blue"},
+          {&PageState::lscStepState, 4, "Done.", "green"},
+          {&PageState::lscStepState, 5, "Error: Incompatible image size.", "red"},
+          {&PageState::lscStepState, 6, kNoData, "red"}}},
+        {"CU_Status",
+         "CU_Bullet",
+         {{&PageState::lscStepState, 1, " --   (Lower is better)", "gray"},
+          {&PageState::lscStepState, 3, " --   (Lower is better)", "gray"},
+          {&PageState::lscStepState, 4, " 2.50   (Lower is better.)", "yellow"},
+          {&PageState::lscStepState, 6, " --   (Lower is better)", "gray"}}},
+        {"File_Save_Status",
+         "FileSave_Bullet",
+         {{&PageState::fileState, 0, kOpen, "gray"},
+          {&PageState::fileState, 1, kOpen, "gray"},
+          {&PageState::fileState, 3, "In progress...", "blue"},
+          {&PageState::fileState, 4, "Done: 100%1 %2_%.ini", "green"},
+          {&PageState::fileState, 5, "Error: The directory does not exist.", "red"},
+          {&PageState::fileState, 6, "Error saving the file.", "red"}}},
+        {"Prom_Save_Status",
+         "PromSave_Bullet",
+         {{&PageState::promState, 0, kOpen, "gray"},
+          {&PageState::promState, 1, kOpen, "gray"},
+          {&PageState::promState, 3, "In progress...", "blue"},
+          {&PageState::promState, 4, "Done.", "green"},
+          {&PageState::promState, 5, "No EEPROM.", "red"},
+          {&PageState::promState, 6, "Error accessing the EEPROM.", "red"}}},
     };
-    for (Row const& row : rows) {
-        StepStatus const status = row.status(stateWith(row.field, row.value));
-        EXPECT_EQ(status.text.toStdString(), row.text) << row.value;
-        EXPECT_EQ(status.bullet, row.bullet) << row.text;
+    open();
+    PageState plain;
+    plain.aeStepProgress = 7;
+    plain.wbStepProgress = 8;
+    plain.lscStepProgress = 9;
+    plain.uniformityValue = 2.5;
+    plain.uniformityLimit = 2;
+    plain.savedPath = QStringLiteral("100%1 %2_%.ini");
+    for (auto const& step : steps) {
+        for (StatusRow const& row : step.rows) {
+            PageState shown = plain;
+            shown.*row.field = row.value;
+            show(shown);
+            EXPECT_EQ(text(step.label), row.text) << row.value;
+            EXPECT_EQ(colour(step.bullet), row.colour) << row.text;
+            bool const isCovered = row.value == kInProgress && row.text[strlen(row.text) - 1] == '%';
+            EXPECT_EQ(widget<QLabel>(step.label)->isHidden(), isCovered) << row.text;
+        }
     }
+    plain.lscStepState = kDone;
+    plain.inputWasYcbcr = 1;
+    show(plain);
+    EXPECT_EQ(text("Calibrate_Status"), "YCbCr calibration. Bypass mode recommended.");
+    EXPECT_EQ(colour("Calibrate_Bullet"), "yellow");
 }
 
-TEST(StepStatus, UniformityIsRatedAgainstTheLimit) {
+TEST_P(Display, UniformityIsRatedAgainstTheLimit) {
     struct Row {
         double value;
-        double limit;
         char const* text;
-        Bullet bullet;
+        char const* colour;
     };
-    Row const rows[] = {
-        {2.5, 2.0, " 2.50   (Lower is better.)", Bullet::Yellow},
-        {3.1, 2.0, " 3.10   (Lower is better.)", Bullet::Red},
-        {2.0, 2.0, " 2.00   (Lower is better.)", Bullet::Green},
-        {3.0, 2.0, " 3.00   (Lower is better.)", Bullet::Yellow},
-        {12.345, 2.0, " 12.35   (Lower is better.)", Bullet::Red},
-    };
-    for (Row const& row : rows) {
-        PageState state;
-        state.lscStepState = kDone;
-        state.uniformityValue = row.value;
-        state.uniformityLimit = row.limit;
-        EXPECT_EQ(uniformityStatus(state).text.toStdString(), row.text);
-        EXPECT_EQ(uniformityStatus(state).bullet, row.bullet) << row.text;
+    open();
+    for (Row const& row : {Row{2.5, " 2.50   (Lower is better.)", "yellow"},
+                           {3.1, " 3.10   (Lower is better.)", "red"},
+                           {2.0, " 2.00   (Lower is better.)", "green"},
+                           {3.0, " 3.00   (Lower is better.)", "yellow"},
+                           {12.345, " 12.35   (Lower is better.)", "red"}}) {
+        PageState shown;
+        shown.lscStepState = kDone;
+        shown.uniformityValue = row.value;
+        shown.uniformityLimit = 2;
+        show(shown);
+        EXPECT_EQ(text("CU_Status"), row.text);
+        EXPECT_EQ(colour("CU_Bullet"), row.colour) << row.text;
     }
 }
 
-TEST(StepStatus, AYcbcrCalibrationIsAWarningAndASavedNameComesThroughUnchanged) {
-    PageState state;
-    state.lscStepState = kDone;
-    state.inputWasYcbcr = 1;
-    state.fileState = kDone;
-    state.savedPath = QStringLiteral("100%1 %2_%.ini");
-    EXPECT_EQ(calibrationStatus(state).text, QStringLiteral("YCbCr calibration. Bypass mode recommended."));
-    EXPECT_EQ(calibrationStatus(state).bullet, Bullet::Yellow);
-    EXPECT_EQ(fileStatus(state).text, QStringLiteral("Done: 100%1 %2_%.ini"));
-}
-
-// One letter a widget group, in the order of the members: R S A P F E T; a dash for disabled.
-std::string letters(Enabling const& e) {
-    std::string text;
-    bool const values[] = {e.runAll,   e.setup,      e.adjust,          e.parameters,
-                           e.fileSave, e.eepromSave, e.eepromSaveStatus};
-    for (size_t i = 0; i < std::size(values); ++i)
-        text += values[i] ? "RSAPFET"[i] : '-';
-    return text;
-}
-
-TEST(Enabling, FollowsTheStates) {
+// One letter a group of widgets that go together; a dash for disabled, a question mark where they disagree.
+TEST_P(Display, EnablingFollowsTheStates) {
+    std::pair<char, std::vector<char const*>> const groups[] = {
+        {'R', {"Run_All"}},
+        {'S', {"LensCalibSetup"}},
+        {'A', {"AE", "AWB", "Calibrate", "ColorUniformity", "Save_Dir", "Browse"}},
+        {'P', {"FallOff", "AllowFallOff", "Prom_Label", "label"}},
+        {'F', {"File_Save"}},
+        {'E', {"Prom_Save"}},
+        {'T', {"Prom_Save_Status"}},
+        {'!',
+         {"Start_Over", "Show_Graph", "SETUP_Status", "AE_Status", "AWB_Status", "Calibrate_Status",
+          "File_Save_Status"}},
+    };
     struct Row {
         uint32_t runAll, ae, wb, preset, lsc, file, eeprom;
         char const* enabled;
     };
     Row const rows[] = {
-        {0, 0, 0, 1, 1, 1, 4, "RSAP-ET"}, // fresh
-        {0, 3, 0, 1, 1, 1, 4, "---P--T"}, // exposure by hand
-        {0, 0, 3, 1, 1, 1, 4, "---P--T"}, // colour balance by hand
-        {1, 3, 0, 4, 1, 1, 4, "R-----T"}, // Run All can be cancelled
-        {1, 4, 4, 4, 3, 1, 5, "R------"}, //
-        {0, 0, 0, 5, 4, 1, 5, "R-APF--"}, // no preset, calibrated, no EEPROM
-        {0, 0, 0, 1, 4, 5, 5, "RSAP---"}, // no directory
-        {0, 0, 0, 1, 3, 1, 0, "RSAP---"}, // calibrating by hand leaves the rest usable
+        {0, 0, 0, 1, 1, 1, 4, "RSAP-ET!"}, // fresh
+        {0, 3, 0, 1, 1, 1, 4, "---P--T!"}, // exposure by hand
+        {0, 0, 3, 1, 1, 1, 4, "---P--T!"}, // colour balance by hand
+        {1, 3, 0, 4, 1, 1, 4, "R-----T!"}, // Run All can be cancelled
+        {1, 4, 4, 4, 3, 1, 5, "R------!"}, //
+        {0, 0, 0, 5, 4, 1, 5, "R-APF--!"}, // no preset, calibrated, no EEPROM
+        {0, 0, 0, 1, 4, 5, 5, "RSAP---!"}, // no directory
+        {0, 0, 0, 1, 3, 1, 0, "RSAP---!"}, // calibrating by hand leaves the rest usable
     };
+    open();
     for (Row const& row : rows) {
-        PageState state;
-        state.runAll = row.runAll;
-        state.aeStepState = row.ae;
-        state.wbStepState = row.wb;
-        state.presetState = row.preset;
-        state.lscStepState = row.lsc;
-        state.fileState = row.file;
-        state.eepromState = row.eeprom;
-        EXPECT_EQ(letters(enablingOf(state)), row.enabled);
+        PageState shown;
+        shown.runAll = row.runAll;
+        shown.aeStepState = row.ae;
+        shown.wbStepState = row.wb;
+        shown.presetState = row.preset;
+        shown.lscStepState = row.lsc;
+        shown.fileState = row.file;
+        shown.eepromState = row.eeprom;
+        show(shown);
+        std::string enabled;
+        for (auto const& [letter, names] : groups) {
+            auto const count = size_t(std::ranges::count_if(
+                names, [&](char const* name) { return widget<QWidget>(name)->isEnabled(); }));
+            enabled += count == names.size() ? letter : count == 0 ? '-' : '?';
+        }
+        EXPECT_EQ(enabled, row.enabled);
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Pages, Display, ::testing::ValuesIn(kPages),
+                         [](auto const& test) { return std::string(test.param.name); });
 
 } // namespace

@@ -34,13 +34,15 @@ protected:
         return found;
     }
     // Runs all as the host and a user would, who changes the light and tells the gains that the host found.
-    void runAll(std::vector<int> const& redGains) {
+    void runAll(
+        std::vector<int> const& redGains, std::function<void(size_t)> const& before = [](size_t) {}) {
         click("Run_All");
         size_t light = 0;
         for (int i = 0; i < 400 && state().runAll; ++i) {
             host.states["Relative Red Gain"] = redGains[light];
             host.states["Relative Blue Gain"] = 2 * redGains[light];
             frames(3);
+            before(light);
             frames(1, 13);
             bool const waits = text("Fluorescent_Status") == "Waiting for you..." ||
                                text("Daylight_Status") == "Waiting for you...";
@@ -108,6 +110,11 @@ TEST_F(LensAssistApgaPage, ALargerFrameDropsAllThree) {
     ASSERT_TRUE(captured()[kIncandescent].samples);
     EXPECT_EQ(captured()[kIncandescent].samples->at(80 * 48 - 1), 7);
     EXPECT_EQ(captured()[kIncandescent].samples->at(80 * 48), 0);
+    captureAll();
+    click("Daylight_Image");
+    page->onFrame({larger.data(), ImageType::Raw12, 8, 8, 3});
+    EXPECT_TRUE(captured().haveAllFrames()) << "a smaller frame, with whatever pitch, drops none";
+    EXPECT_EQ(captured()[kDaylight].state, kCaptured);
 }
 
 TEST_F(LensAssistApgaPage, TheUserIsWaitedForUnderTheSecondAndThirdLightOnly) {
@@ -139,42 +146,103 @@ TEST_F(LensAssistApgaPage, TheUserIsWaitedForUnderTheSecondAndThirdLightOnly) {
     tick();
     EXPECT_FALSE(widget<QPushButton>("Daylight_Image")->isEnabled()) << "exposure runs";
     EXPECT_TRUE(widget<QLineEdit>("Daylight_Temp")->isEnabled());
+    for (int i = 0; i < 40 && state().wbStepState != kInProgress; ++i) {
+        frames(3);
+        tick();
+    }
+    frames(1, 13);
+    EXPECT_EQ(captured()[kFluorescent].state, kCapturing) << "colour balance runs";
+}
+
+TEST_F(LensAssistApgaPage, OnlyANewLightDuringRunAllHasExposureRedone) {
+    open();
+    click("Run_All");
+    for (int i = 0; i < 60; ++i) {
+        frames(3);
+        frames(1, 13);
+        tick();
+    }
+    click("Incandescent_Image");
+    EXPECT_EQ(state().aeStepState, kDone);
+    click("Run_All");
+    ASSERT_EQ(state().runAll, 0U);
+    EXPECT_EQ(text("Fluorescent_Status"), "Waiting for you...") << "cancelling leaves the rows";
+    click("Daylight_Image");
+    EXPECT_EQ(state().aeStepState, kDone);
+    EXPECT_EQ(state().wbStepState, kDone);
+}
+
+TEST_F(LensAssistApgaPage, RunAllEndsWhereAFrameIsMissingOrNothingIsLeftToWaitFor) {
+    open();
+    page->findChild<QTimer*>()->stop();
+    runAll({500, 750, 1500}, [this](size_t light) {
+        std::vector<uint16_t> larger(80 * 48, 7);
+        if (light == kDaylight)
+            page->onFrame({larger.data(), ImageType::Raw12, 80, 48, 160});
+    });
+    EXPECT_FALSE(captured().haveAllFrames()) << "the last one dropped the others";
+    EXPECT_EQ(state().lscStepProgress, 0);
+
+    libraries.hasList = false; // and there is no EEPROM
+    open();
+    runAll({500, 750, 1500});
+    EXPECT_EQ(state().lscStepState, kFailedOtherwise);
+    EXPECT_TRUE(host.calls("dumpRegFile").empty());
 }
 
 TEST_F(LensAssistApgaPage, AdaptiveCalculationAsksInItsOrder) {
+    host.intSettings["LensAssist Radius for S1"] = 7; // of the base alone
     open();
     widget<QLineEdit>("Daylight_Temp")->setText("7000");
     startCalibration();
-    std::vector<std::pair<uint32_t, uint32_t>> asked;
     std::vector<void const*> frames;
     host.onCall = [&](std::string const& call) {
-        if (call.starts_with("findApga"))
-            asked.emplace_back(libraries.apga.illuminantSlot, libraries.apga.colourTemperature);
         if (call.starts_with("setInputImage"))
             frames.push_back(libraries.frame);
     };
     tick();
     host.onCall = nullptr;
     EXPECT_EQ(state().lscStepProgress, phase::kSolved);
-    std::vector<std::pair<uint32_t, uint32_t>> const expected = {{2, 2800}, {4, 7000}, {3, 4000}};
-    EXPECT_EQ(asked, expected);
-    EXPECT_EQ(host.calls("findSolution").size(), 1U);
+    std::string const image = "setInputImage2 1920 1080 12 3 2 0 -1 -1"; // not of the frames' own size
+    EXPECT_EQ(solverCalls(),
+              (std::vector<std::string>{image, "findSolution", image, "findApga 2 2800 95 0", image,
+                                        "findApga 4 7000 95 0", image, "findApga 3 4000 95 0"}));
+    EXPECT_EQ(libraries.solution.radius, 7U);
     auto const data = [&](Illuminant i) -> void const* { return captured()[i].samples->data(); };
     EXPECT_EQ(frames, (std::vector<void const*>{data(kFluorescent), data(kIncandescent), data(kDaylight),
                                                 data(kFluorescent)}));
-    EXPECT_EQ(host.calls("readState X Offset").size(), 1U) << "the host is asked once";
-    EXPECT_EQ(libraries.apga.falloffPercent, 95U);
+    for (char const* const state : {"X Offset", "Sensor Orientation", "Luma Clip Hi"})
+        EXPECT_EQ(host.calls(std::string("readState ") + state).size(), 1U) << "the host is asked once";
 }
 
 TEST_F(AutomaticPgaPage, AsksForNoBaseAndTakesSamplesAsEightBits) {
+    libraries.hasDescription = false;
     open();
     startCalibration();
     tick();
-    EXPECT_TRUE(host.calls("findSolution").empty());
-    EXPECT_EQ(host.calls("findAutoPga").size(), 3U);
-    EXPECT_EQ(host.calls("setInputImage2").size(), 3U);
-    for (std::string const& call : host.calls("setInputImage2"))
-        EXPECT_NE(call.find(" 8 "), std::string::npos) << call;
+    std::string const image = "setInputImage2 64 48 8 3 2 0 -1 -1"; // the frames' own size
+    EXPECT_EQ(solverCalls(),
+              (std::vector<std::string>{image, "findAutoPga 2 2800 95 0", image, "findAutoPga 4 6500 95 0",
+                                        image, "findAutoPga 3 4000 95 0"}));
+}
+
+TEST_F(AutomaticPgaPage, TheFirstKindHasAFileFormatOfItsOwn) {
+    open();
+    runAll({500, 750, 1500});
+    EXPECT_EQ(host.calls("dumpRegFile"), std::vector<std::string>{"dumpRegFile 2"});
+}
+
+// A calibration's start forgets it, so only pictures that are taken while it waits for them count.
+TEST_F(LensAssistApgaPage, YcbcrPicturesThatTheCalibrationWaitedForAreHandedOverAsSuch) {
+    open();
+    click("Calibrate");
+    capture(true);
+    frames(3, 5);
+    host.log.clear();
+    tick();
+    EXPECT_EQ(host.calls("setInputImageYcbcr 1920 1080").size(), 4U);
+    EXPECT_TRUE(host.calls("setInputImage2").empty());
+    EXPECT_EQ(libraries.ycbcrInput.orientation, 2U);
 }
 
 TEST_F(LensAssistApgaPage, AFailedCalculationAsksNoMoreAndShowsAtTheNextTick) {
@@ -197,20 +265,31 @@ TEST_F(LensAssistApgaPage, AFailedCalculationAsksNoMoreAndShowsAtTheNextTick) {
     EXPECT_TRUE(host.calls("begin").empty());
 }
 
-TEST_F(LensAssistApgaPage, LoadingBeginsWithTheSelectWriteInsideTheGroup) {
+TEST_F(LensAssistApgaPage, LoadingBeginsWithTheSelectWriteAndShowsItsStatusInsideTheGroup) {
     open();
-    startCalibration();
+    captureAll();
+    host.log.clear();
+    click("Calibrate");
+    EXPECT_EQ(host.calls("create"), std::vector<std::string>{"create 72 1 -1"});
+    frames(6);
+    frames(6, 13);
+    EXPECT_EQ(state().lscStepProgress, 0) << "only the tick solves; no frame counts before";
     tick();
     host.log.clear();
-    tick();
-    ASSERT_GE(host.log.size(), 4U);
-    std::vector<std::string> const entries = host.calls("writeListEntry");
-    ASSERT_EQ(entries.size(), 1 + libraries.entries.size());
-    auto const at = [&](std::string const& call) {
-        return std::find(host.log.begin(), host.log.end(), call) - host.log.begin();
+    std::string shownAtTheEnd;
+    host.onCall = [&](std::string const& call) {
+        if (call == "end")
+            shownAtTheEnd = text("Calibrate_Status");
     };
-    EXPECT_LT(at("begin"), at(entries.front()));
-    EXPECT_NE(entries.front().find(std::to_string(0x098E)), std::string::npos) << entries.front();
+    tick();
+    host.onCall = nullptr;
+    EXPECT_EQ(host.calls("writeListEntry"),
+              (std::vector<std::string>{"writeListEntry 2446 0 0 0 0", "writeListEntry 13824 0 1 0 7",
+                                        "writeListEntry 13826 0 0 0 8"}));
+    EXPECT_EQ(host.log.back(), "end");
+    EXPECT_LT(std::ranges::find(host.log, "begin"),
+              std::ranges::find(host.log, "writeListEntry 2446 0 0 0 0"));
+    EXPECT_EQ(shownAtTheEnd, "In progress... 50%");
     EXPECT_EQ(state().lscStepProgress, phase::kLoaded);
 }
 
@@ -265,18 +344,76 @@ TEST(Parabola, GoesThroughItsPointsAndFallsBackToTheFirst) {
     EXPECT_EQ(quadraticThrough({2800, 4000, 4000}, {1, 2, 3}, 5000), 1);
 }
 
-TEST_F(LensAssistApgaPage, RunAllKeepsTheWhiteBalanceOfTheThreeLights) {
-    libraries.headboard.deviceAddress = 0xA8;
-    for (char const set : {'L', 'M', 'R'})
-        for (char const* const what : {"_RG_GAIN", "_BG_GAIN"})
-            libraries.headboard.add(std::string("CAM_AWB_CCM_") + set + what, 0, 0,
-                                    uint32_t(0x4000 + 2 * libraries.headboard.registers.size()), 2);
-    host.registers = {
-        {"CAM_AWB_CCM_L_CTEMP.", 2800}, {"CAM_AWB_CCM_M_CTEMP.", 4000}, {"CAM_AWB_CCM_R_CTEMP.", 6500}};
+// A sensor that keeps white-balance gains.
+class WhiteBalanceRecord : public LensAssistApgaPage {
+protected:
+    WhiteBalanceRecord() {
+        libraries.headboard.deviceAddress = 0xA8;
+        for (char const set : {'L', 'M', 'R'})
+            for (char const* const what : {"_RG_GAIN", "_BG_GAIN"})
+                libraries.headboard.add(std::string("CAM_AWB_CCM_") + set + what, 0, 0,
+                                        uint32_t(0x4000 + 2 * libraries.headboard.registers.size()), 2);
+        host.registers = {
+            {"CAM_AWB_CCM_L_CTEMP.", 2800}, {"CAM_AWB_CCM_M_CTEMP.", 4000}, {"CAM_AWB_CCM_R_CTEMP.", 6500}};
+    }
+    // In the image that the page works on; what the device holds is another matter.
+    [[nodiscard]] bool has(uint8_t type) const {
+        return EepromFindRecord(eepromSlot ? *eepromSlot : HeadboardEeprom(), type, nullptr, 0) >= 0;
+    }
+};
+
+TEST_F(WhiteBalanceRecord, IsMadeForItsSensorOutOfRecordedGainsOnly) {
+    struct Row {
+        uint32_t kind, variant;
+        std::vector<int> redGains;
+        bool isMade;
+    };
+    for (Row const& row : {Row{72, 1, {500, 750, 1500}, true}, Row{72, 2, {500, 750, 1500}, false},
+                           Row{76, 1, {500, 750, 1500}, false}, Row{72, 1, {500, 0, 1500}, false}}) {
+        libraries.headboard.device.assign(8192, 0xFF);
+        sensor.sensorKind = row.kind;
+        sensor.variant = row.variant;
+        open();
+        runAll(row.redGains);
+        EXPECT_EQ(text("Prom_Save_Status"), "Done.");
+        EXPECT_EQ(has(kRecordCcm), row.isMade) << row.kind << ' ' << row.variant;
+        EXPECT_EQ(host.calls("dumpRegFile"), std::vector<std::string>{"dumpRegFile 0"});
+        host.log.clear();
+    }
+}
+
+TEST_F(WhiteBalanceRecord, IsMadeAlsoWhereTheRegistersFindNoRoomButThenNothingIsWritten) {
+    for (int i = 0; i < 40; ++i)
+        libraries.headboard.add("P_RD_P" + std::to_string(i / 10) + "Q" + std::to_string(i % 10), 0, 0,
+                                uint32_t(0x3640 + 2 * i), 2);
     open();
+    ASSERT_EQ(EepromAppendRecord(*eepromSlot, EepromNewRecord(3, 8100, 8000)), kEepromOk);
+    ASSERT_EQ(HeadboardEepromFlush(*eepromSlot), kEepromOk);
+    std::vector<uint8_t> const before = libraries.headboard.device;
+    runAll({500, 750, 1500});
+    EXPECT_EQ(text("Prom_Save_Status"), "Error accessing the EEPROM.");
+    EXPECT_TRUE(has(kRecordCcm));
+    EXPECT_FALSE(has(kRecordTimeStamp));
+    EXPECT_EQ(libraries.headboard.device, before);
+}
+
+TEST_F(WhiteBalanceRecord, TheSaveIsReadBack) {
+    libraries.headboard.fault = DeviceFault::IgnoredWrite;
+    open();
+    libraries.headboard.faultAt = libraries.headboard.operations;
+    libraries.headboard.faultLasts = true;
+    runAll({500, 750, 1500});
+    EXPECT_EQ(text("Prom_Save_Status"), "Error accessing the EEPROM.");
+}
+
+TEST_F(WhiteBalanceRecord, HoldsTheGainsOfTheThreeLightsAtTheSetsTemperatures) {
+    open();
+    widget<QLineEdit>("Incandescent_Temp")->setText("2000");
     runAll({503, 753, 1503});
     EXPECT_EQ(text("Prom_Save_Status"), "Done.");
     EXPECT_EQ(captured()[kDaylight].redGain, 1.503);
+    EXPECT_EQ(host.calls("writeInt LensAssist Left Temp").back(),
+              "writeInt LensAssist Left Temp for S1 2000");
     HeadboardEeprom const eeprom = HeadboardEepromCreate(sensor.camera);
     std::vector<uint8_t> record(200);
     ASSERT_GT(EepromReadNth(eeprom, kRecordCcm, "FACTORY", 0, record), 0);
@@ -284,7 +421,7 @@ TEST_F(LensAssistApgaPage, RunAllKeepsTheWhiteBalanceOfTheThreeLights) {
     RegisterEntry entry{};
     for (int n = 0; EepromGetEntry(eeprom, record, n, entry) == kEepromOk; ++n)
         gains.push_back(entry.value);
-    EXPECT_EQ(gains, (std::vector<uint32_t>{64, 128, 96, 192, 192, 384}));
+    EXPECT_EQ(gains, (std::vector<uint32_t>{72, 144, 96, 192, 192, 384}));
     EXPECT_GE(EepromFindRecord(eeprom, kRecordTimeStamp, nullptr, 0), 0);
 }
 

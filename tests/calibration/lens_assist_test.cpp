@@ -107,7 +107,7 @@ TEST_F(LensAssistPage, EachKindTakesItsOwnFrames) {
     };
     Row const rows[] = {{200, 13, "setInputImage2 64 48 12 0 0 0 -1 -1"},
                         {200, 2, "setInputImage2 64 48 8 0 0 0 -1 -1"},
-                        {200, 5, "setInputImageYcbcr"},
+                        {200, 5, "setInputImageYcbcr 64 48"},
                         {200, 11, nullptr},
                         {16, 11, "setInputImage2 64 48 8 0 0 0 -1 -1"},
                         {16, 13, nullptr}};

@@ -289,44 +289,30 @@ TEST_P(PageContract, EditsTakeEffectOnlyFromTheUser) {
               widget<QComboBox>("Prom_Label")->itemText(0));
 }
 
-TEST_P(PageContract, WidgetsShowWhatTheStatesSay) {
-    wizard.reset();
+TEST_P(PageContract, ACalibrationIsSavedToItsFileOnceAndFailuresAreTold) {
     open();
-    auto const bullet = [&](char const* label) {
-        return widget<QLabel>(label)->pixmap(Qt::ReturnByValue).cacheKey();
-    };
-    auto const enabled = [&](std::initializer_list<char const*> names) {
-        std::string found;
-        for (char const* name : names)
-            found += widget<QWidget>(name)->isEnabled() ? '1' : '0';
-        return found;
-    };
-    std::initializer_list<char const*> const adjusting = {
-        "AE", "AWB", "Calibrate", "ColorUniformity", "Save_Dir", "Browse", "LensCalibSetup"};
-    std::initializer_list<char const*> const parameters = {"FallOff", "AllowFallOff", "Prom_Label", "label"};
-    std::initializer_list<char const*> const saving = {"File_Save", "Prom_Save", "Prom_Save_Status"};
-    EXPECT_EQ(enabled(adjusting), "1111111");
-    EXPECT_EQ(enabled(parameters), "1111");
-    EXPECT_EQ(enabled(saving), "000");
-    EXPECT_EQ(bullet("Setup_Bullet"), wizard->pixGray.cacheKey());
-    EXPECT_EQ(bullet("PromSave_Bullet"), wizard->pixRed.cacheKey());
-    click("AE");
-    EXPECT_EQ(enabled(adjusting), "0000000");
-    EXPECT_EQ(enabled(parameters), "1111");
-    EXPECT_EQ(bullet("AE_Bullet"), wizard->pixBlue.cacheKey());
-    click("Start_Over");
-    click("Run_All");
-    EXPECT_EQ(enabled(parameters), "0000");
-    click("Run_All");
-    click("ColorUniformity");
-    frames(1);
-    tick();
-    EXPECT_EQ(bullet("CU_Bullet"), wizard->pixGreen.cacheKey());
-    EXPECT_EQ(enabled(saving), "100");
-    writeIni("");
-    click("Start_Over");
-    EXPECT_EQ(bullet("Setup_Bullet"), wizard->pixYellow.cacheKey());
-    EXPECT_EQ(enabled({"LensCalibSetup", "Start_Over", "Show_Graph", "SETUP_Status"}), "0111");
+    capture(true);
+    frames(3, 13);
+    click("Calibrate");
+    runTo(&PageState::lscStepState, kDone);
+    libraries.fileAnswer = 1;
+    click("File_Save");
+    EXPECT_EQ(text("File_Save_Status"), "Error saving the file.");
+    libraries.fileAnswer = 0;
+    click("Calibrate");
+    EXPECT_EQ(state().fileState, kFailedOtherwise) << "only a saved one is to be saved again";
+    runTo(&PageState::lscStepState, kDone);
+    widget<QLineEdit>("Save_Dir")->setText(QString::fromStdString(saveDir() + "/none"));
+    click("File_Save");
+    EXPECT_EQ(text("File_Save_Status"), "Error: The directory does not exist.");
+    widget<QLineEdit>("Save_Dir")->setText(QString::fromStdString(saveDir() + "/"));
+    click("File_Save");
+    EXPECT_EQ(libraries.path, saveDir() + "/\\BOARD_PART.ini");
+    EXPECT_EQ(state().fileState, kDone);
+    click("File_Save");
+    EXPECT_EQ(host.calls("dumpRegFile").size(), 2U) << "an unchanged calibration is saved once";
+    click("Calibrate");
+    EXPECT_EQ(state().fileState, kReady);
 }
 
 TEST_P(PageContract, CancelledInsideTheListThatStartsItExposureEndsOff) {

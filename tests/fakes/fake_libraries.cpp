@@ -54,11 +54,11 @@ Shadefit solverTable() {
         noteCall("setInputImage2", width, height, bits, phase, orientation, zero, a, b);
         return libraries->inputAnswer;
     };
-    table.sf_SetInputImageYcbcr = [](sf_Handle*, void const* frame, uint32_t, uint32_t,
+    table.sf_SetInputImageYcbcr = [](sf_Handle*, void const* frame, uint32_t width, uint32_t height,
                                      sf_YcbcrInput const* input, int32_t, int32_t) {
         libraries->frame = frame;
         libraries->ycbcrInput = *input;
-        noteCall("setInputImageYcbcr");
+        noteCall("setInputImageYcbcr", width, height);
         return libraries->inputAnswer;
     };
     table.sf_FindSolution = [](sf_Handle*, sf_SolutionParams const* params) {
@@ -68,12 +68,14 @@ Shadefit solverTable() {
     };
     table.sf_FindApga = [](sf_Handle*, sf_ApgaParams const* params) {
         libraries->apga = *params;
-        noteCall("findApga");
+        noteCall("findApga", params->illuminantSlot, params->colourTemperature, params->falloffPercent,
+                 params->radius);
         return libraries->apgaAnswer;
     };
     table.sf_FindAutoPga = [](sf_Handle*, sf_ApgaParams const* params) {
         libraries->apga = *params;
-        noteCall("findAutoPga");
+        noteCall("findAutoPga", params->illuminantSlot, params->colourTemperature, params->falloffPercent,
+                 params->radius);
         return libraries->apgaAnswer;
     };
     table.sf_DumpRegList = [](sf_Handle*) -> sf_RegList const* {
