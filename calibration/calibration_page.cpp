@@ -8,13 +8,6 @@ namespace {
 
 constexpr int kTickMs = 500;
 
-QString versionText() {
-    QString text = QStringLiteral("Version: %1.%2.%3.%4\n");
-    for (uint32_t const number : kVersion)
-        text = text.arg(number);
-    return text + QStringLiteral("Build Date: %1").arg(QLatin1String(kBuildDate));
-}
-
 } // namespace
 
 CalibrationPage::CalibrationPage(QWidget* parent, std::shared_ptr<CalibrationFlow> flow)
