@@ -1,7 +1,7 @@
 #include "common/pause.h"
 #include "config_page/config_state.h"
 #include "config_page/message_box.h"
-#include "session.h"
+#include "tools/headboard-config/session.h"
 
 #include <QApplication>
 #include <QComboBox>

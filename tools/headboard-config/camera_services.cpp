@@ -1,4 +1,4 @@
-#include "camera_services.h"
+#include "tools/headboard-config/camera_services.h"
 
 #include "common/sensor.h"
 
