@@ -31,7 +31,7 @@ public:
     // The base comes from the fluorescent frame, and its own table is found last: the library keeps the
     // order in which the tables are asked for.
     void adaptive() {
-        WaitCursor const cursor(m_core);
+        WaitCursor const cursor(m_core.widgets.page);
         uint32_t const bits = m_core.state.inputWasYcbcr ? kBitsOfYcbcr : kAdaptiveBits;
         if (give(kFluorescent, bits))
             findBase();
@@ -41,7 +41,7 @@ public:
     }
 
     void automatic() {
-        WaitCursor const cursor(m_core);
+        WaitCursor const cursor(m_core.widgets.page);
         for (Illuminant const illuminant : {kIncandescent, kDaylight, kFluorescent})
             if (give(illuminant, kAutomaticBits))
                 find(illuminant, shadefit().sf_FindAutoPga);
