@@ -339,6 +339,11 @@ void CalibrationFlow::saveDirChanged() {
     refresh();
 }
 
+void CalibrationFlow::setFileState(StepState state) {
+    core.state.fileState = state;
+    refresh();
+}
+
 void CalibrationFlow::enableLensCorrectionClicked() {
     if (core.state.updateDepth)
         return;

@@ -74,6 +74,10 @@ void CalibrationPage::setSerialNumber(SerialNumber serialNumber) {
     m_flow->setSerialNumber(std::move(serialNumber));
 }
 
+void CalibrationPage::setFileState(StepState state) {
+    std::shared_ptr(m_flow)->setFileState(state);
+}
+
 void CalibrationPage::setDestroyedHook(std::function<void()> hook) {
     m_destroyedHook = std::move(hook);
 }
