@@ -45,8 +45,8 @@ int LensAssistApgaFlow::skippedRows() const {
     return 0;
 }
 
-uint32_t LensAssistApgaFlow::resultFileFormat() const {
-    return core.sensor.sensorKind == kKindWithFileFormat2 ? 2 : 0;
+ResultFile LensAssistApgaFlow::resultFile() const {
+    return {.format = core.sensor.sensorKind == kKindWithFileFormat2 ? 2U : 0U, .sanitisesNames = true};
 }
 
 ShadingHandle LensAssistApgaFlow::createCalibration() {
@@ -120,6 +120,10 @@ bool LensAssistApgaFlow::takeInputs() {
         return true;
     }
     return false;
+}
+
+void LensAssistApgaFlow::showLoaded() {
+    refreshStatus(core);
 }
 
 void LensAssistApgaFlow::captureFrame(Frame const& frame) {

@@ -28,9 +28,10 @@ protected:
     [[nodiscard]] bool maySaveFile() override;
     [[nodiscard]] ShadingHandle createCalibration() override;
     void calibrationTick() override;
+    void showLoaded() override;
     void captureFrame(Frame const& frame) override;
     [[nodiscard]] int skippedRows() const override;
-    [[nodiscard]] uint32_t resultFileFormat() const override;
+    [[nodiscard]] ResultFile resultFile() const override;
     [[nodiscard]] int32_t storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) override;
 
 private:

@@ -214,6 +214,10 @@ void CalibrationFlow::loadSolution(std::vector<sf_RegEntry> const& entries) {
     if (!isCalibrating(handle, phase::kRegistersWritten))
         return;
     core.state.lscStepProgress = phase::kLoaded;
+    showLoaded();
+}
+
+void CalibrationFlow::showLoaded() {
     refreshEnables(core);
 }
 
@@ -243,7 +247,7 @@ void CalibrationFlow::saveToFile() {
     if (core.state.fileState == kNotEvaluated)
         checkSaveDirectory(core);
     if (core.state.fileState == kReady && maySaveFile())
-        saveResultFile(core, resultFileFormat());
+        saveResultFile(core, resultFile());
     refresh();
 }
 

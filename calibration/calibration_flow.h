@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calibration/page_core.h"
+#include "calibration/result_file.h"
 #include "hoststate/frame.h"
 
 #include <functional>
@@ -82,8 +83,10 @@ protected:
     virtual void captureFrame(Frame const& frame) = 0;
     /// Unusable rows at the top of the picture.
     [[nodiscard]] virtual int skippedRows() const = 0;
-    /// Format code of the library's results file.
-    [[nodiscard]] virtual uint32_t resultFileFormat() const = 0;
+    /// How the results file is written.
+    [[nodiscard]] virtual ResultFile resultFile() const { return {}; }
+    /// Shows that a solution is loaded.
+    virtual void showLoaded();
 
     /// Puts the page's records into the EEPROM's image and writes them; see `StoreInEeprom`.
     [[nodiscard]] virtual int32_t storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) = 0;

@@ -5,13 +5,16 @@
 
 namespace {
 
-// The separator is always the host's own system's; names are taken as they are, byte for byte.
-QByteArray resultFilePath(PageCore const& core) {
+// The separator is always the host's own system's.
+QByteArray resultFilePath(PageCore const& core, ResultFile const& file) {
+    auto const part = [&](QByteArray const& name) {
+        return file.sanitisesNames ? sanitisedLabel(name) : name;
+    };
     std::optional<SensorInfo> const info = core.camera().info();
     if (!core.alive)
         return {};
-    return core.widgets.saveDirText().toLocal8Bit() + '\\' + QByteArray(core.sensor.fileNamePart) + '_' +
-           (info ? info->name : QByteArray()) + ".ini";
+    return core.widgets.saveDirText().toLocal8Bit() + '\\' + part(core.sensor.fileNamePart) + '_' +
+           part(info ? info->name : QByteArray()) + ".ini";
 }
 
 } // namespace
@@ -23,16 +26,16 @@ void checkSaveDirectory(PageCore& core) {
     state.fileState = directoryExists(core.widgets.saveDirText().toLocal8Bit()) ? kReady : kFailed;
 }
 
-void saveResultFile(PageCore& core, uint32_t format) {
+void saveResultFile(PageCore& core, ResultFile const& file) {
     PageState& state = core.state;
     ShadingHandle const handle = state.shadingHandle;
     if (!handle || isFailed(state.lscStepState))
         return;
-    QByteArray const path = resultFilePath(core);
+    QByteArray const path = resultFilePath(core, file);
     if (!core.alive)
         return;
     state.savedPath = QString::fromLocal8Bit(path);
-    int const result = shadefit().sf_DumpRegFile(handle.get(), path.constData(), format, 0, 0);
+    int const result = shadefit().sf_DumpRegFile(handle.get(), path.constData(), file.format, 0, 0);
     if (state.shadingHandle == handle) // not reset meanwhile
         state.fileState = result == 0 ? kDone : kFailedOtherwise;
 }

@@ -19,7 +19,6 @@ constexpr uint32_t kKindsWithUnusableTopRows[] = {33, 46, 56, 66};
 constexpr int kUnusableTopRows = 2;
 
 constexpr uint32_t kAllBits = 0xFFFFFFFF;
-constexpr uint32_t kResultFileFormat = 0;
 constexpr int kIncompatibleSize = -2; // a library's result
 
 int bytesPerPixel(ImageType type) {
@@ -58,10 +57,6 @@ ShadingHandle LensAssistFlow::createCalibration() {
     std::optional<SensorInfo> const info = core.camera().info();
     return ownShadingHandle(shadefit().sf_Create2(info ? info->sensorData : nullptr, core.sensor.sensorKind,
                                                   core.sensor.variant, kAllBits));
-}
-
-uint32_t LensAssistFlow::resultFileFormat() const {
-    return kResultFileFormat;
 }
 
 int32_t LensAssistFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {

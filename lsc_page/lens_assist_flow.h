@@ -14,7 +14,6 @@ protected:
     void calibrationTick() override;
     void captureFrame(Frame const& frame) override;
     [[nodiscard]] int skippedRows() const override;
-    [[nodiscard]] uint32_t resultFileFormat() const override;
     [[nodiscard]] int32_t storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) override;
 
 private:

@@ -60,6 +60,9 @@ CameraDescription describe(Profile const& profile) {
     description.orientation = profile.array.orientation;
     description.blackLevel = profile.readOut.deliveredBlack();
     description.whiteLevel = profile.readOut.deliveredWhite();
+    if (profile.tableChoice)
+        description.tableTemperatures.assign(profile.tableChoice->temperatures.begin(),
+                                             profile.tableChoice->temperatures.end());
     std::copy(profile.optics.colourMatrix.begin(), profile.optics.colourMatrix.end(),
               description.colourMatrix);
     return description;

@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #if defined(_WIN32) && defined(SIMULATED_CAMERA_BUILD)
 #define SIMULATED_CAMERA_API __declspec(dllexport)
@@ -56,6 +57,9 @@ struct CameraDescription {
     uint32_t orientation = 0; ///< bit 0: mirrored, bit 1: upside down
     double blackLevel = 0;    ///< counts of the delivered samples
     double whiteLevel = 0;    ///< counts of the delivered samples
+    std::vector<QByteArray>
+        tableTemperatures; ///< registers of the colour temperatures for which the correction's
+                           ///< tables were made, left to right; empty with one correction
     double colourMatrix[9] = {1, 0, 0, 0, 1,
                               0, 0, 0, 1}; ///< sensor RGB to display RGB, row by row, rows sum to 1
 };

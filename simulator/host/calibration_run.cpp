@@ -1,7 +1,9 @@
 #include "simulator/host/calibration_run.h"
 
+#include "simulator/host/capture_rows.h"
 #include "simulator/host/closing_measurement.h"
 #include "simulator/host/headless_dialog.h"
+#include "simulator/host/light_matrix.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
@@ -12,7 +14,10 @@
 #include <QDialog>
 #include <QFileInfo>
 #include <QPixmap>
+#include <QRegularExpression>
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 namespace pictara {
 namespace {
@@ -33,7 +38,7 @@ QString standstillOf(QStringList const& texts) {
                                      "does not learn whether there is one.");
 }
 
-QString causeOf(RunResult const& run, bool hasEeprom) {
+QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, bool hasEeprom) {
     QStringList causes;
     if (run.end == RunEnd::TimedOut)
         causes.append(QStringLiteral("The run did not end in %1 frames.").arg(run.last.frames));
@@ -42,6 +47,9 @@ QString causeOf(RunResult const& run, bool hasEeprom) {
         if (isFailure(status, run.end, hasEeprom))
             causes.append(QString::fromLatin1(kSteps[i].status) + QLatin1String(": ") + status);
     }
+    for (CaptureRow const& row : captures)
+        if (row.status.startsWith(QLatin1String("Error")))
+            causes.append(row.button + QLatin1String(": ") + row.status);
     if (QString const solver = lastSolverMessage(); !solver.isEmpty())
         causes.append(solver);
     if (run.end == RunEnd::Cancelled && causes.isEmpty())
@@ -94,17 +102,47 @@ void whenSaving(Session& session, Options const& options, ProgressReport& progre
         session.camera().injectFault(options.fault->name, 0, options.fault->forEver);
 }
 
-void calibrate(Session& session, Options const& options, RunDriver& driver, ProgressReport& progress,
-               RunSummary& summary) {
-    summary.run = driver.runAll();
+// The person at the camera of a page that calibrates under several lights.
+void changeLamp(Session& session, CaptureRow const& row, ProgressReport& progress) {
+    session.bringLamp(row.kelvin);
+    progress.say(
+        QStringLiteral("The lamp of %1 K is switched on for the %2.").arg(row.kelvin).arg(row.button));
+}
+
+RunResult runAllUnderItsLights(Session& session, CaptureRows& rows, RunDriver& driver,
+                               ProgressReport& progress) {
+    if (std::vector<CaptureRow> const captures = rows.read(); !captures.empty())
+        changeLamp(session, captures.front(), progress);
+    driver.onRequests(
+        [&] { rows.serve([&](CaptureRow const& row) { changeLamp(session, row, progress); }); });
+    RunResult const result = driver.runAll();
+    driver.onRequests([] {});
+    return result;
+}
+
+// Pictures that were taken in a bad light are taken anew; where there is but one, the step of the
+// calibration takes it.
+RunResult runAgain(Session& session, DialogPage& page, CaptureRows& rows, RunDriver& driver,
+                   ProgressReport& progress) {
+    if (rows.read().empty())
+        return driver.runSteps(kExposure, kEepromSave);
+    page.press("Start_Over");
+    return runAllUnderItsLights(session, rows, driver, progress);
+}
+
+void calibrate(Session& session, DialogPage& page, Options const& options, RunDriver& driver,
+               ProgressReport& progress, RunSummary& summary) {
+    CaptureRows rows(page);
+    summary.run = runAllUnderItsLights(session, rows, driver, progress);
     simulator::SimulatedCamera const& camera = session.camera();
     if (options.thenGood && wasRefusedForItsLight(summary.run, camera)) {
-        summary.firstRefusal = causeOf(summary.run, camera.hasEeprom());
+        summary.firstRefusal = causeOf(summary.run, rows.read(), camera.hasEeprom());
         progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
         forgetSolverMessage();
         mendLight(session.camera());
-        summary.run = driver.runSteps(kExposure, kEepromSave);
+        summary.run = runAgain(session, page, rows, driver, progress);
     }
+    summary.captures = rows.read();
     summary.scene = session.scene();
     summary.solutionRegisters = session.desk().listEntriesWritten();
     summary.registerWrites = camera.registerWrites();
@@ -113,17 +151,31 @@ void calibrate(Session& session, Options const& options, RunDriver& driver, Prog
 
 void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& output, RunSummary& summary) {
     if (!isDone(summary.run, session.camera())) {
-        summary.cause = causeOf(summary.run, session.camera().hasEeprom());
+        summary.cause = causeOf(summary.run, summary.captures, session.camera().hasEeprom());
         return;
     }
     session.noteConditions();
     summary.before = measureEvenness(session, page, driver, false);
     summary.after = measureEvenness(session, page, driver, true); // leaves the correction on
-    QString const results = summary.run.last.statusTexts[kFileSave].mid(int(qstrlen("Done: ")));
+    // One page shows a part of the folder, too.
+    QString const saved = summary.run.last.statusTexts[kFileSave].mid(int(qstrlen("Done: ")));
+    QString const results = saved.mid(saved.lastIndexOf(QRegularExpression(QStringLiteral("[/\\\\]"))) + 1);
     summary.succeeded = output.expect(results) && summary.before && summary.after;
     if (!summary.succeeded)
         summary.cause =
             QStringLiteral("The results file %1 or the closing measurement is missing.").arg(results);
+}
+
+// Under each light of the page, and one between.
+void judgeLights(Session& session, DialogPage& page, RunDriver& driver, ProgressReport& progress,
+                 RunSummary& summary) {
+    if (!summary.succeeded || summary.captures.empty())
+        return;
+    std::vector<double> lights;
+    std::transform(summary.captures.begin(), summary.captures.end(), std::back_inserter(lights),
+                   [](CaptureRow const& row) { return row.kelvin; });
+    progress.say(QStringLiteral("measuring each table under each light..."));
+    summary.lights = measureLights(session, page, driver, lightsToTry(std::move(lights)));
 }
 
 void writeResults(OutputFolder& output, RunSummary& summary) {
@@ -141,6 +193,10 @@ int runCalibration(Session& session, Options const& options) {
     HeadlessDialog opened;
     if (ExitCode const code = openHeadless(session, options, opened); code != kExitDone)
         return code;
+    if (options.lightKelvin && !CaptureRows(opened.page).read().empty()) {
+        complain(QStringLiteral("This sensor's page names its lights; --light is not for it."));
+        return kExitUsage;
+    }
     OutputFolder output(session.outputFolder());
     ProgressReport progress(stdout, opened.page);
     RunDriver driver(
@@ -149,10 +205,11 @@ int runCalibration(Session& session, Options const& options) {
     driver.onSaving([&] { whenSaving(session, options, progress); });
 
     RunSummary summary;
-    calibrate(session, options, driver, progress, summary);
+    calibrate(session, opened.page, options, driver, progress, summary);
     output.savePicture(QStringLiteral("dialog.png"), opened.dialog->grab().toImage());
     driver.onProgress([](RunProgress const&) {});
     judge(session, opened.page, driver, output, summary);
+    judgeLights(session, opened.page, driver, progress, summary);
     writeResults(output, summary);
     progress.say(QLatin1Char('\n') + summaryText(summary));
     if (!summary.cause.isEmpty())

@@ -34,7 +34,9 @@ constexpr OptionRow kOptions[] = {
     {"run-all", nullptr, "Calibrate without a window and end with a summary."},
     {"then-good", nullptr, "In a run, mend the light after a refused picture and calibrate again."},
     {"shading", "FILE", "Put a measured lens before the sensor."},
-    {"light", "KELVIN", "Colour temperature of the lamp, 2000 to 12000 (default 5000)."},
+    {"light", "KELVIN",
+     "Colour temperature of the lamp, 2000 to 12000 (default 5000; in a replay, that of the "
+     "calibration). Not for a run on a page that names its lights."},
     {"level", "FACTOR", "Luminance relative to the lamp's normal level, 0.001 to 10000 (default 1)."},
     {"gradient", "X", "Relative rise of the luminance from left to right, -1 to 1 (default 0)."},
     {"object", nullptr, "Put a dark disc into the picture."},
@@ -172,7 +174,8 @@ Options readOptions(ValueReader& reader) {
     reader.text("replay-eeprom", options.replayFile);
     reader.text("record", options.recordName);
     reader.fault("fault", options.fault);
-    reader.number("light", kColourTemperatures, options.lightKelvin);
+    if (reader.isSet("light"))
+        reader.number("light", kColourTemperatures, options.lightKelvin.emplace(0));
     reader.number("level", kLevels, options.lightLevel);
     reader.number("gradient", kGradients, options.lightGradient);
     reader.seed("seed", options.seed);

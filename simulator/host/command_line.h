@@ -38,7 +38,7 @@ struct Options {
     bool thenGood = false;
     QString screenshotFile;
     QString shadingFile;
-    double lightKelvin = 5000;
+    std::optional<double> lightKelvin; ///< of the lamp; none: the usual one, or what a page asks for
     double lightLevel = 1;
     double lightGradient = 0;
     bool objectInPicture = false;

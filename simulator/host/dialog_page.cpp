@@ -34,6 +34,8 @@ Widget* DialogPage::widget(char const* name) const {
 QString DialogPage::text(char const* name) const {
     if (auto const* const label = widget<QLabel>(name))
         return label->text();
+    if (auto const* const edit = widget<QLineEdit>(name))
+        return edit->text();
     auto const* const button = widget<QAbstractButton>(name);
     return button ? button->text() : QString();
 }

@@ -35,7 +35,7 @@ public:
     [[nodiscard]] static DialogPage find(QWidget* dialog);
     [[nodiscard]] explicit operator bool() const { return !m_page.isNull(); }
 
-    /// Text of a label or button.
+    /// Text of a label, line edit or button.
     [[nodiscard]] QString text(char const* name) const;
     /// The texts of all steps, in the order of kSteps.
     [[nodiscard]] QStringList statusTexts() const;

@@ -49,13 +49,16 @@ QString textOf(ReplaySummary const& summary) {
 }
 
 // Exposure and colour balance as after the calibration; they leave the correction's tables as they are.
-void bringConditionsBack(Session& session, RunDriver& driver, ReplaySummary& summary) {
+// Under another lamp than then they are others, too.
+void bringConditionsBack(Session& session, Options const& options, RunDriver& driver,
+                         ReplaySummary& summary) {
     std::optional<ViewingConditions> const kept = session.replayedConditions();
-    summary.conditionsFound = kept.has_value();
-    if (kept)
+    summary.conditionsFound = kept && options.lightKelvin.value_or(kept->lamp) == kept->lamp;
+    if (summary.conditionsFound)
         session.restoreConditions(*kept);
     else
         driver.runSteps(kExposure, kColourBalance);
+    summary.scene = session.scene();
     summary.conditions = session.conditions();
 }
 
@@ -74,7 +77,6 @@ int runReplay(Session& session, Options const& options) {
     if (ExitCode const code = openHeadless(session, options, opened); code != kExitDone)
         return code;
     ReplaySummary summary;
-    summary.scene = session.scene();
     summary.file = options.replayFile;
     summary.record = options.recordName;
     summary.replayedWrites = session.replayedWrites();
@@ -85,7 +87,7 @@ int runReplay(Session& session, Options const& options) {
     RunDriver driver(
         opened.page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
     driver.onProgress([&](RunProgress const& state) { progress.show(state); });
-    bringConditionsBack(session, driver, summary);
+    bringConditionsBack(session, options, driver, summary);
     summary.before = measureEvenness(session, opened.page, driver, false);
     summary.after = measureEvenness(session, opened.page, driver, true);
     summary.dialogsWrites = session.desk().listEntriesWritten();

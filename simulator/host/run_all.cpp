@@ -49,6 +49,7 @@ void RunDriver::advanceOneTick() {
     QCoreApplication::processEvents();
     m_progress.statusTexts = m_page.statusTexts();
     m_observer(m_progress);
+    m_person();
 }
 
 RunEnd RunDriver::watch(std::function<bool()> const& isWorking) {

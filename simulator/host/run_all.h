@@ -34,6 +34,9 @@ public:
     /// Called after each tick.
     void onProgress(std::function<void(RunProgress const&)> observer) { m_observer = std::move(observer); }
 
+    /// Called after each tick, so that a person does what the page asks for.
+    void onRequests(std::function<void()> person) { m_person = std::move(person); }
+
     /// Called before the dialog saves to the EEPROM, which takes its time and shows nothing meanwhile.
     void onSaving(std::function<void()> observer) { m_savingObserver = std::move(observer); }
 
@@ -53,6 +56,7 @@ private:
     std::function<void()> m_deliverFrame;
     std::function<void(RunProgress const&)> m_observer = [](RunProgress const&) {};
     std::function<void()> m_savingObserver = [] {};
+    std::function<void()> m_person = [] {};
     int m_framesPerTick;
     int m_maxFrames;
     RunProgress m_progress;

@@ -10,6 +10,11 @@ void writeSteps(QTextStream& out, QStringList const& texts) {
         out << "step " << kSteps[i].status << ": " << texts[i].trimmed() << '\n';
 }
 
+void writeCaptures(QTextStream& out, std::vector<CaptureRow> const& rows) {
+    for (CaptureRow const& row : rows)
+        out << "capture " << row.button << " at " << row.kelvin << " K: " << row.status << '\n';
+}
+
 void writeEeprom(QTextStream& out, std::optional<EepromUse> const& use) {
     if (!use) {
         out << "EEPROM: none\n";
@@ -35,7 +40,10 @@ QString summaryText(RunSummary const& summary) {
     out << '\n'
         << sceneLines(summary.scene) << '\n'
         << evennessLines("uncorrected", summary.before) << evennessLines("corrected", summary.after) << '\n';
+    if (!summary.lights.empty())
+        out << lightMatrixLines(summary.lights) << '\n';
     writeSteps(out, summary.run.last.statusTexts);
+    writeCaptures(out, summary.captures);
     out << '\n';
     writeEeprom(out, summary.eeprom);
     out << '\n'

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "simulator/host/capture_rows.h"
+#include "simulator/host/light_matrix.h"
 #include "simulator/host/run_all.h"
 #include "simulator/host/summary_lines.h"
 
@@ -17,8 +19,10 @@ struct EepromUse {
 struct RunSummary {
     Scene scene;
     RunResult run;
-    std::optional<Evenness> before; ///< none when the run did not get so far
+    std::vector<CaptureRow> captures; ///< as the run left them; empty where one light does
+    std::optional<Evenness> before;   ///< none when the run did not get so far
     std::optional<Evenness> after;
+    LightMatrix lights;              ///< empty where one light does
     uint64_t solutionRegisters = 0;  ///< registers of the solution that reached the sensor
     uint64_t registerWrites = 0;     ///< all register writes until the run ended
     std::optional<EepromUse> eeprom; ///< none on a camera without one

@@ -11,6 +11,7 @@ namespace {
 // The plug-in reads text settings into a buffer of this size, the closing zero included.
 constexpr int kTextSettingSize = 260;
 
+constexpr double kDefaultLamp = 5000; // kelvin
 constexpr char kRedGain[] = "Relative Red Gain";
 constexpr char kBlueGain[] = "Relative Blue Gain";
 
@@ -18,8 +19,8 @@ std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, Q
     auto camera = simulator::SimulatedCamera::open(options.profile, error);
     if (!camera)
         return nullptr;
-    camera->setLight(
-        {options.lightKelvin, options.lightLevel, options.lightGradient, options.objectInPicture});
+    camera->setLight({options.lightKelvin.value_or(kDefaultLamp), options.lightLevel, options.lightGradient,
+                      options.objectInPicture});
     camera->setSeed(options.seed);
     if (!options.shadingFile.isEmpty() && !camera->useMeasuredShading(options.shadingFile, error))
         return nullptr;
@@ -105,11 +106,18 @@ Scene Session::scene() const {
 }
 
 ViewingConditions Session::conditions() const {
-    return {m_frames.exposure(), m_states.read(kRedGain), m_states.read(kBlueGain),
-            uint32_t(m_frames.frameNumber())};
+    return {m_camera->light().colourTemperature, m_frames.exposure(), m_states.read(kRedGain),
+            m_states.read(kBlueGain), uint32_t(m_frames.frameNumber())};
+}
+
+void Session::bringLamp(double kelvin) {
+    simulator::Light light = m_camera->light();
+    light.colourTemperature = kelvin;
+    m_camera->setLight(light);
 }
 
 void Session::restoreConditions(ViewingConditions const& conditions) {
+    bringLamp(conditions.lamp);
     m_states.set("Auto Exposure", 0);
     m_frames.setExposure(conditions.exposure);
     m_states.set(kRedGain, conditions.redGain);

@@ -29,8 +29,10 @@ public:
     [[nodiscard]] Scene scene() const;
     /// As they are now.
     [[nodiscard]] ViewingConditions conditions() const;
-    /// Sets exposure and gains, keeps the exposure from moving, and lets the camera run on to that frame, so
-    /// that with an equal seed the next frame has equal noise.
+    /// Puts a lamp of that colour temperature, kelvin, before the camera; nothing else of the light changes.
+    void bringLamp(double kelvin);
+    /// Sets lamp, exposure and gains, keeps the exposure from moving, and lets the camera run on to that
+    /// frame, so that with an equal seed the next frame has equal noise.
     void restoreConditions(ViewingConditions const& conditions);
 
     /// The EEPROM holds a calibration made under the present conditions: they will be kept with it.
@@ -46,6 +48,7 @@ public:
     [[nodiscard]] uint64_t replayedWrites() const { return m_eeprom.replayedWrites(); }
 
     [[nodiscard]] simulator::SimulatedCamera& camera() { return *m_camera; }
+    [[nodiscard]] SensorRegisters& registers() { return m_registers; }
     [[nodiscard]] FrameDelivery& frames() { return m_frames; }
     [[nodiscard]] ServiceDesk const& desk() const { return m_desk; }
     [[nodiscard]] QString const& outputFolder() const { return m_outputFolder; }

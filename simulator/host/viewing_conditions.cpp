@@ -1,5 +1,7 @@
 #include "simulator/host/viewing_conditions.h"
 
+#include "simulator/host/light_ranges.h"
+
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -9,6 +11,7 @@
 namespace pictara {
 namespace {
 
+constexpr char kLamp[] = "lamp";
 constexpr char kExposure[] = "exposure";
 constexpr char kRedGain[] = "relativeRedGain";
 constexpr char kBlueGain[] = "relativeBlueGain";
@@ -34,21 +37,26 @@ bool readConditions(QString const& name, std::optional<ViewingConditions>* condi
         return true;
     QByteArray const text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     QJsonObject const object = QJsonDocument::fromJson(text).object();
+    double const lamp = object[QLatin1String(kLamp)].toDouble();
     int const exposure = positiveNumber(object, kExposure);
     int const red = positiveNumber(object, kRedGain), blue = positiveNumber(object, kBlueGain);
     int const frames = positiveNumber(object, kFrames);
-    if (exposure <= 0 || red <= 0 || blue <= 0 || frames <= 0) {
-        *error = QStringLiteral("The file %1 does not tell %2, %3, %4 and %5 in whole numbers from 1 to %6.")
-                     .arg(name, kExposure, kRedGain, kBlueGain, kFrames)
-                     .arg(kHighest);
+    bool const isLamp = lamp >= kColourTemperatures.low && lamp <= kColourTemperatures.high;
+    if (!isLamp || exposure <= 0 || red <= 0 || blue <= 0 || frames <= 0) {
+        *error =
+            QStringLiteral(
+                "The file %1 does not tell %2 in kelvin and %3, %4, %5 and %6 in whole numbers from 1 to %7.")
+                .arg(name, kLamp, kExposure, kRedGain, kBlueGain, kFrames)
+                .arg(kHighest);
         return false;
     }
-    *conditions = {uint32_t(exposure), red, blue, uint32_t(frames)};
+    *conditions = {lamp, uint32_t(exposure), red, blue, uint32_t(frames)};
     return true;
 }
 
 bool writeConditions(QString const& name, ViewingConditions const& conditions, QString* error) {
-    QJsonObject const object{{QLatin1String(kExposure), int(conditions.exposure)},
+    QJsonObject const object{{QLatin1String(kLamp), conditions.lamp},
+                             {QLatin1String(kExposure), int(conditions.exposure)},
                              {QLatin1String(kRedGain), conditions.redGain},
                              {QLatin1String(kBlueGain), conditions.blueGain},
                              {QLatin1String(kFrames), int(std::min<uint32_t>(conditions.frames, kHighest))}};

@@ -9,6 +9,7 @@ namespace pictara {
 /// How the host saw the picture when a calibration ended. An EEPROM holds nothing of it, and a stored
 /// correction can be compared with the calibrated one only under the same conditions.
 struct ViewingConditions {
+    double lamp = 0;       ///< colour temperature, kelvin
     uint32_t exposure = 0; ///< rows
     int32_t redGain = 0;   ///< relative to green, thousandths
     int32_t blueGain = 0;  ///< relative to green, thousandths

@@ -231,8 +231,10 @@ TEST_F(LensAssistApgaPage, CalibratingWaitsForTheMissingFrames) {
     EXPECT_EQ(state().lscStepProgress, phase::kSolved);
 }
 
-TEST_F(LensAssistApgaPage, TheFileNeedsASerialNumberWhereOneIsKept) {
+TEST_F(LensAssistApgaPage, TheFileNeedsASerialNumberAndBearsASanitisedName) {
     bool missing = true;
+    sensor.fileNamePart = "B:%1";
+    libraries.description.name = "P/\"2\"";
     open();
     page->setSerialNumber({{}, [&] { return missing; }});
     startCalibration();
@@ -248,6 +250,10 @@ TEST_F(LensAssistApgaPage, TheFileNeedsASerialNumberWhereOneIsKept) {
     missing = false;
     QMetaObject::invokeMethod(page, "OnUpdateStatus");
     EXPECT_EQ(text("File_Save_Status"), "Error: The directory does not exist.");
+    widget<QLineEdit>("Save_Dir")->setText(QString::fromStdString(saveDir() + "/"));
+    click("File_Save");
+    EXPECT_EQ(libraries.path, saveDir() + "/\\B-%1_P-'2'.ini");
+    EXPECT_EQ(text("File_Save_Status"), "Done: \\B-%1_P-'2'.ini");
 }
 
 TEST(Parabola, GoesThroughItsPointsAndFallsBackToTheFirst) {

@@ -43,15 +43,6 @@ struct HandleDestroyer {
     void operator()(sf_Handle* handle) const { sf_Destroy(handle); }
 };
 
-constexpr sf_YcbcrInput kCoding = {.size = sizeof(sf_YcbcrInput),
-                                   .srgbStandard = 0,
-                                   .componentOrder = {0, 1, 2, 3},
-                                   .lumaLow = 0,
-                                   .lumaHigh = 255,
-                                   .chromaHigh = 255,
-                                   .chromaZero = 128,
-                                   .orientation = 0};
-
 // One calibration by the library.
 class Solving {
 public:
@@ -66,11 +57,8 @@ public:
         simulator::Frame const frame = m_camera.grab();
         simulator::CameraDescription const& camera = m_camera.description();
         int const accepted =
-            frame.type == simulator::FrameType::Ycbcr
-                ? sf_SetInputImageYcbcr(m_handle.get(), frame.pixels.constData(), camera.width, camera.height,
-                                        &kCoding, -1, -1)
-                : sf_SetInputImage2(m_handle.get(), frame.pixels.constData(), camera.width, camera.height,
-                                    bits, camera.bayerPhase, camera.orientation, 0, -1, -1);
+            sf_SetInputImage2(m_handle.get(), frame.pixels.constData(), camera.width, camera.height, bits,
+                              camera.bayerPhase, camera.orientation, 0, -1, -1);
         EXPECT_NE(accepted, 0) << kelvin;
     }
 

@@ -51,7 +51,7 @@ TEST(CommandLine, ReadsEveryValue) {
     Options const& options = *result.options;
     EXPECT_EQ(options.profile, QStringLiteral("soc"));
     EXPECT_TRUE(options.runAll && options.objectInPicture && !options.listProfiles);
-    EXPECT_EQ(options.lightKelvin, 2856.5);
+    EXPECT_EQ(options.lightKelvin, std::optional(2856.5));
     EXPECT_EQ(options.lightLevel, 0.5);
     EXPECT_EQ(options.lightGradient, -0.25);
     EXPECT_EQ(options.seed, 18446744073709551615U);

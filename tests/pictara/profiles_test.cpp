@@ -1,8 +1,11 @@
 #include "tests/pictara/program_run.h"
 #include "tests/pictara/small_profile.h"
 
+#include <QProcess>
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 #include <ostream>
+#include <vector>
 
 namespace {
 
@@ -48,5 +51,70 @@ TEST_P(Profile, IsFlattenedByOneRun) {
 INSTANTIATE_TEST_SUITE_P(LensShading, Profile, testing::ValuesIn(kRows), [](auto const& row) {
     return QString(row.param.profile).remove(QLatin1Char('-')).toStdString();
 });
+
+class AdaptiveProfile : public testing::TestWithParam<char const*> {};
+
+// A line of the matrix, a figure for each light: the three of the rows, redder ones first, and the one
+// between.
+std::vector<double> figures(ProgramRun const& run, char const* line) {
+    std::vector<double> result;
+    for (QString const& text : run.value(line).simplified().split(QLatin1Char(' ')))
+        result.push_back(text.toDouble());
+    return result;
+}
+
+TEST_P(AdaptiveProfile, IsFlattenedUnderEachLightAndBetweenByTheBlendAlone) {
+    QTemporaryDir const folder;
+    ProgramRun const run(
+        {"--run-all", "--profile", writeChangedProfile(folder.path(), GetParam(), kNoEeprom)});
+    EXPECT_EXIT_CODE(run, 0);
+    EXPECT_EQ(run.value("uniformity under the light of").simplified(), "2800 K 4000 K 6500 K 4900 K");
+    std::vector<double> const uncorrected = figures(run, "no correction");
+    std::vector<double> const middleAlone = figures(run, "table 2 alone");
+    std::vector<double> const corrected = figures(run, "blended tables");
+    ASSERT_TRUE(uncorrected.size() == 4 && middleAlone.size() == 4 && corrected.size() == 4)
+        << run.summary().toStdString();
+    for (size_t light = 0; light < 4; ++light) {
+        SCOPED_TRACE(light);
+        EXPECT_GE(uncorrected[light], 3.0);
+        EXPECT_LE(corrected[light], light == 3 ? 1.3 : 1.0);
+        EXPECT_GT(corrected[light], 0.0) << "a noisy picture is never quite even";
+        if (light == 0 || light == 2) {
+            EXPECT_GE(middleAlone[light], 1.5 * corrected[light]);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(ThreeIlluminants, AdaptiveProfile,
+                         testing::Values("kind68-1", "kind68-2", "kind72-1", "kind72-2", "kind76-1",
+                                         "kind76-2"),
+                         [](auto const& row) {
+                             return QString(row.param).remove(QLatin1Char('-')).toStdString();
+                         });
+
+// The three lights differ, so the gains do, and the redder the light the less its red needs.
+TEST(WhiteBalanceRecord, HoldsTheGainsOfTheThreeLights) {
+    ProgramRun const run({"--run-all", "--profile", "kind72-1"});
+    EXPECT_EXIT_CODE(run, 0);
+    QProcess tool;
+    auto const told = [&](QStringList const& command) {
+        tool.start(QStringLiteral(HEADBOARD_IMAGE), QStringList(run.file("eeprom.bin")) + command);
+        EXPECT_TRUE(tool.waitForFinished() && tool.exitCode() == 0);
+        return QString::fromUtf8(tool.readAllStandardOutput());
+    };
+    QRegularExpression const entry("^(0x[0-9A-F]+)  CCM .*\"FACTORY\"$", QRegularExpression::MultilineOption);
+    QString const offset = entry.match(told({"list"})).captured(1);
+    ASSERT_FALSE(offset.isEmpty());
+    std::vector<uint> gains; // red and blue of the left, the middle and the right set
+    auto values = QRegularExpression("0x([0-9A-F]{4})$", QRegularExpression::MultilineOption)
+                      .globalMatch(told({"show", offset}));
+    while (values.hasNext())
+        gains.push_back(values.next().captured(1).toUInt(nullptr, 16));
+    ASSERT_EQ(gains.size(), 6U);
+    EXPECT_LT(gains[0], gains[2]);
+    EXPECT_LT(gains[2], gains[4]);
+    EXPECT_GT(gains[1], gains[3]);
+    EXPECT_GT(gains[3], gains[5]);
+}
 
 } // namespace

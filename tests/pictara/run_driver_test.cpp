@@ -1,8 +1,10 @@
+#include "simulator/host/capture_rows.h"
 #include "simulator/host/progress_report.h"
 #include "simulator/host/run_all.h"
 
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -30,6 +32,11 @@ public:
 
     void setStatus(char const* name, QString const& text) {
         findChild<QLabel*>(QLatin1String(name))->setText(text);
+    }
+    void addCaptureRow(QByteArray const& light, QString const& kelvin, QString const& status) {
+        add<QPushButton>(light + "_Image")->setText(QString(light));
+        add<QLineEdit>(light + "_Temp")->setText(kelvin);
+        add<QLabel>(light + "_Status")->setText(status);
     }
     void setRunning(bool running) {
         m_running = running;
@@ -80,6 +87,23 @@ TEST_F(RunDriverTest, TicksByFramesAndNeverByThePagesTimer) {
     EXPECT_EQ(page->ticks, 10);
     EXPECT_EQ(result.last.ticks, 10);
     EXPECT_EQ(result.last.frames, 40);
+}
+
+TEST_F(RunDriverTest, LightIsNotChangedWhileAPictureIsTaken) {
+    page->addCaptureRow("Incandescent", QStringLiteral("2800"), QStringLiteral("In progress..."));
+    page->addCaptureRow("Fluorescent", QStringLiteral("4000"), QStringLiteral("Waiting for you..."));
+    CaptureRows rows(DialogPage::find(&dialog));
+    QStringList served;
+    auto const serve = [&] {
+        rows.serve([&](CaptureRow const& row) { served << QStringLiteral("%1 K").arg(row.kelvin); });
+    };
+    QObject::connect(page->findChild<QPushButton*>("Fluorescent_Image"), &QPushButton::clicked,
+                     [&] { served << "pressed"; });
+    serve();
+    EXPECT_TRUE(served.isEmpty());
+    page->setStatus("Incandescent_Status", QStringLiteral("Done."));
+    serve();
+    EXPECT_EQ(served, QStringList({"4000 K", "pressed"}));
 }
 
 TEST_F(RunDriverTest, CancelsARunThatAnErrorHolds) {
