@@ -226,17 +226,6 @@ TEST_F(ConfigPage, AWriteThatFailedIsNotToldAsDone) {
     EXPECT_GE(failures, 8);
 }
 
-TEST_F(ConfigPage, ANumberThatFindsNoRoomLeavesTheOldOne) {
-    store({{kHeadboardId, "ABC"}, {3, std::string(8160, 'x')}});
-    open();
-    enter("ABC1234002");
-    click("Apply");
-    EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
-    EXPECT_EQ(deviceText(11).substr(5), std::string("\x0B\0\x03"
-                                                    "ABC",
-                                                    6));
-}
-
 TEST_F(ConfigPage, EraseAsksAndKeepsTheIdentificationBytes) {
     store({{kHeadboardId, std::string("ABC1234001\0", 11)}});
     host.textSettings["KestraMfr SN"] = "ABC1234001";
