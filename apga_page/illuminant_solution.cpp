@@ -20,7 +20,7 @@ constexpr uint32_t kSlots[kIlluminants] = {2, 3, 4};
 class Calculation {
 public:
     Calculation(PageCore& core, CapturedFrames const& captured, IlluminantTemperatures const& temperatures)
-        : m_cursor(core), m_core(core), m_host(core.host), m_handle(core.state.shadingHandle),
+        : m_cursor(core.widgets.page), m_core(core), m_host(core.host), m_handle(core.state.shadingHandle),
           m_captured(captured), m_temperatures(temperatures), m_info(core.camera().info()),
           m_bayer(readBayerCoding(m_host)), m_ycbcr(readYcbcrInput(m_host, m_bayer.orientation)),
           m_falloff(falloffPercent(core.widgets.falloffText())),

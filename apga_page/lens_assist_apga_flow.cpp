@@ -59,7 +59,7 @@ void LensAssistApgaFlow::loadOwnSettings() {
     for (size_t i = 0; i < kIlluminants && core.alive; ++i) {
         QByteArray const key = sensorSettingKey(kTemperatures[i].key, core.sensor.name);
         int32_t const kelvin = host.readIntSetting(key, kTemperatures[i].fallback);
-        UpdateGuard const guard(core);
+        UpdateGuard const guard(core.state.updateDepth);
         m_display.showTemperature(i, QString::number(kelvin));
     }
 }

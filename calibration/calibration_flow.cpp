@@ -32,7 +32,7 @@ void CalibrationFlow::adopt(SensorRecord const& sensor, HostServices const& serv
 }
 
 void CalibrationFlow::initialise() {
-    UpdateGuard const guard(core);
+    UpdateGuard const guard(core.state.updateDepth);
     core.widgets.fillFalloff();
     core.widgets.fillEepromLabel(eepromLabel());
     core.lensCorrection = chooseLensCorrection(m_kind, core.sensor.sensorKind, core.camera());
@@ -42,7 +42,7 @@ void CalibrationFlow::initialise() {
 }
 
 void CalibrationFlow::pageShown() {
-    UpdateGuard const guard(core);
+    UpdateGuard const guard(core.state.updateDepth);
     core.state.active = 1; // hiding sets it too: only a closed page stops ticking
     loadAllSettings();
     refreshEnables(core);
@@ -67,7 +67,7 @@ void CalibrationFlow::pageDestroyed() {
 }
 
 void CalibrationFlow::registerChanged(uint32_t what) {
-    UpdateGuard const guard(core);
+    UpdateGuard const guard(core.state.updateDepth);
     if (what == 0)
         refreshLensCorrection(core);
 }
@@ -119,7 +119,7 @@ void CalibrationFlow::applySetup() {
     core.state.presetState = kInProgress;
     bool applied = false;
     {
-        WaitCursor const cursor(core);
+        WaitCursor const cursor(core.widgets.page);
         storeAllSettings();
         refreshStatus(core);
         if (core.alive)
@@ -262,7 +262,7 @@ void CalibrationFlow::saveToEeprom() {
 
 void CalibrationFlow::startOver() {
     resetSteps();
-    UpdateGuard const guard(core);
+    UpdateGuard const guard(core.state.updateDepth);
     detectEeprom(core);
     if (core.alive)
         evaluateSetupPreset();
@@ -310,7 +310,7 @@ void CalibrationFlow::browse() {
             folder = chooseResultFolder();
     }
     {
-        UpdateGuard const guard(core);
+        UpdateGuard const guard(core.state.updateDepth);
         core.widgets.showSaveDir(folder); // a cancelled chooser empties the field: the next save is refused
     }
     if (!core.alive)
@@ -340,6 +340,11 @@ void CalibrationFlow::saveDirChanged() {
     if (core.state.updateDepth)
         return;
     core.state.fileState = kNotEvaluated;
+    refresh();
+}
+
+void CalibrationFlow::setFileState(StepState state) {
+    core.state.fileState = state;
     refresh();
 }
 

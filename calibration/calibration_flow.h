@@ -25,6 +25,7 @@ public:
     /// What tells the page that its display is out of date; it then calls `updateDisplay`.
     void setStatusSignal(std::function<void()> emitStatus) { m_emitStatus = std::move(emitStatus); }
     void setSerialNumber(SerialNumber serialNumber) { core.serialNumber = std::move(serialNumber); }
+    void setFileState(StepState state);
     /// Takes a fresh copy of the host's records.
     void adopt(SensorRecord const& sensor, HostServices const& services);
     [[nodiscard]] PageWidgets& widgets() { return core.widgets; }

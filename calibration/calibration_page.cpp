@@ -8,13 +8,6 @@ namespace {
 
 constexpr int kTickMs = 500;
 
-QString versionText() {
-    QString text = QStringLiteral("Version: %1.%2.%3.%4\n");
-    for (uint32_t const number : kVersion)
-        text = text.arg(number);
-    return text + QStringLiteral("Build Date: %1").arg(QLatin1String(kBuildDate));
-}
-
 } // namespace
 
 CalibrationPage::CalibrationPage(QWidget* parent, std::shared_ptr<CalibrationFlow> flow)
@@ -79,6 +72,10 @@ void CalibrationPage::reject() {}
 
 void CalibrationPage::setSerialNumber(SerialNumber serialNumber) {
     m_flow->setSerialNumber(std::move(serialNumber));
+}
+
+void CalibrationPage::setFileState(StepState state) {
+    std::shared_ptr(m_flow)->setFileState(state);
 }
 
 void CalibrationPage::setDestroyedHook(std::function<void()> hook) {

@@ -30,6 +30,8 @@ public:
     /// A frame of the host's; see `Frame`.
     void onFrame(Frame const& frame);
     void setSerialNumber(SerialNumber serialNumber);
+    /// Overrules how the file step stands.
+    void setFileState(StepState state);
     /// Called once when the page goes away, before anything of it is gone.
     void setDestroyedHook(std::function<void()> hook);
 

@@ -15,7 +15,7 @@ StepWidgets const* stepWithBar(PageCore const& core) {
 } // namespace
 
 void refreshStatus(PageCore& core) {
-    UpdateGuard const guard(core);
+    UpdateGuard const guard(core.state.updateDepth);
     PageState& state = core.state;
     PageWidgets& widgets = core.widgets;
     if (state.fileState == kDone)
@@ -34,7 +34,7 @@ void refreshStatus(PageCore& core) {
 }
 
 void refreshEnables(PageCore& core) {
-    UpdateGuard const guard(core);
+    UpdateGuard const guard(core.state.updateDepth);
     core.widgets.apply(enablingOf(core.state));
     if (core.display.showOwnEnables)
         core.display.showOwnEnables();
@@ -42,6 +42,6 @@ void refreshEnables(PageCore& core) {
 
 void refreshLensCorrection(PageCore& core) {
     bool const on = lensCorrectionEnabled(core.host, core.camera(), core.lensCorrection);
-    UpdateGuard const guard(core);
+    UpdateGuard const guard(core.state.updateDepth);
     core.widgets.showLensCorrection(on);
 }

@@ -45,7 +45,7 @@ void detectEeprom(PageCore& core) {
 }
 
 void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
-    std::optional<WaitCursor> cursor(std::in_place, core);
+    std::optional<WaitCursor> cursor(std::in_place, core.widgets.page);
     ChangeGroup const group(core.host);
     core.state.promState = kInProgress;
     refreshBoth(core);

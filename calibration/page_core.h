@@ -6,6 +6,7 @@
 #include "common/sensor.h"
 #include "headboard/eeprom_slot.h"
 #include "hoststate/lens_correction.h"
+#include "wizard/page_scopes.h"
 
 #include <functional>
 
@@ -38,34 +39,4 @@ struct PageCore {
     bool alive = true; ///< false from the page's destruction on
 
     [[nodiscard]] Sensor camera() const { return Sensor(sensor.camera); }
-};
-
-/// Marks widget updates from code, so that change handlers ignore the signals that they raise.
-class UpdateGuard {
-public:
-    explicit UpdateGuard(PageCore& core) : m_core(core) { ++m_core.state.updateDepth; }
-    ~UpdateGuard() { --m_core.state.updateDepth; }
-    UpdateGuard(UpdateGuard const&) = delete;
-    UpdateGuard& operator=(UpdateGuard const&) = delete;
-
-private:
-    PageCore& m_core;
-};
-
-/// Shows the wait cursor over the page while it lives.
-class WaitCursor {
-public:
-    explicit WaitCursor(PageCore& core) : m_page(core.widgets.page) {
-        if (m_page)
-            m_page->setCursor(Qt::WaitCursor);
-    }
-    ~WaitCursor() {
-        if (m_page)
-            m_page->unsetCursor();
-    }
-    WaitCursor(WaitCursor const&) = delete;
-    WaitCursor& operator=(WaitCursor const&) = delete;
-
-private:
-    QPointer<QDialog> m_page;
 };

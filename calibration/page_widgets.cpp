@@ -6,11 +6,6 @@ namespace {
 
 constexpr int kFalloffChoices[] = {110, 105, 100, 95, 90, 85, 80, 75}; // per cent
 
-void enable(QWidget* widget, bool enabled) {
-    if (widget)
-        widget->setEnabled(enabled);
-}
-
 QString textOf(QLineEdit const* edit) {
     return edit ? edit->text() : QString();
 }
@@ -110,7 +105,7 @@ void PageWidgets::showBullet(StepWidgets& step, Bullet bullet) {
     // A bullet that stands already is not painted again: this runs at every tick.
     if (!step.bullet || step.shownBullet == bullet)
         return;
-    step.bullet->setPixmap(bulletPixmap(wizard, bullet));
+    paintBullet(step.bullet, bullet);
     step.shownBullet = bullet;
 }
 

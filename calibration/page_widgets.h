@@ -2,12 +2,10 @@
 
 #include "calibration/enabling.h"
 #include "calibration/step_status.h"
+#include "wizard/page_surface.h"
 
 #include <QComboBox>
-#include <QDialog>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QString>
@@ -22,10 +20,8 @@ struct StepWidgets {
     std::optional<Bullet> shownBullet;
 };
 
-/// The widgets that both calibration pages have, under their object names, as one surface to read from and to
-/// show on. All pointers are guarded and borrowed: what is gone is not touched, so this may outlive its page
-/// inside a host call. Reading a widget that is gone gives an empty text.
-class PageWidgets {
+/// The widgets that both calibration pages have.
+class PageWidgets : public PageSurface {
 public:
     /// Takes the widgets from a page's generated form, which knows them by the same names on both pages.
     template <typename Form>
@@ -81,9 +77,7 @@ public:
     /// none.
     void swapIn(StepWidgets const* step);
 
-    QPointer<QDialog> page;
-    QPointer<QTimer> timer;  ///< owned by the page; null once the page was closed
-    QPointer<Wizard> wizard; ///< owner of the bullets
+    QPointer<QTimer> timer; ///< owned by the page; null once the page was closed
 
     QPointer<QPushButton> Run_All, Start_Over, LensCalibSetup, Show_Graph, AE, AWB;
     QPointer<QLabel> AllowFallOff;

@@ -41,7 +41,7 @@ void loadSettings(PageCore& core) {
     int32_t const radius = read(kRadiusKey, kDefaultRadius);
     int32_t const limit = read(kUniformityLimitKey, kDefaultUniformityLimit);
 
-    UpdateGuard const guard(core);
+    UpdateGuard const guard(core.state.updateDepth);
     core.widgets.showSaveDir(QString::fromLocal8Bit(directory));
     core.widgets.selectFalloff(QStringLiteral("%1%").arg(falloff));
     core.state.lensRadius = radius;

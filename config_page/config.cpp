@@ -6,17 +6,6 @@
 
 #include <utility>
 
-namespace {
-
-QString versionText() {
-    QString text = QStringLiteral("Version: %1.%2.%3.%4\n");
-    for (uint32_t const number : kVersion)
-        text = text.arg(number);
-    return text + QStringLiteral("Build Date: %1").arg(QLatin1String(kBuildDate));
-}
-
-} // namespace
-
 Config::Config(QWidget* parent, SensorRecord const& sensor, HostServices const* services, EepromSlot& eeprom,
                Wizard* wizard, SerialNumberListener serialNumberEdited)
     : QDialog(parent), m_flow(std::make_shared<ConfigFlow>(sensor, services, eeprom)) {

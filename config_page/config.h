@@ -17,7 +17,8 @@ class Config : public QDialog {
     Q_OBJECT
 
 public:
-    /// Told when the serial number was edited, by the user or from code, and whether it is empty now.
+    /// Told when the serial number was edited, by the user or from code, and whether it is empty now; whoever
+    /// makes the page passes it on to the calibration pages.
     using SerialNumberListener = std::function<void(bool isEmpty)>;
 
     /// Copies both records; without services nothing is asked of the host. The slot is that of the

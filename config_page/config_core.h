@@ -4,6 +4,7 @@
 #include "config_page/config_state.h"
 #include "config_page/config_widgets.h"
 #include "headboard/eeprom_slot.h"
+#include "wizard/page_scopes.h"
 
 #include <functional>
 
@@ -33,27 +34,3 @@ struct ConfigCore {
 /// the operation, the image of the process-wide EEPROM is dropped: what is shown next is what the device
 /// holds. Whoever discards the EEPROM meanwhile makes the writing fail.
 void flushOrDrop(ConfigCore& core, HeadboardEeprom const& eeprom, int32_t status);
-
-/// Marks widget updates from code, so that change handlers ignore the signals that they raise.
-class ConfigUpdateGuard {
-public:
-    explicit ConfigUpdateGuard(ConfigCore& core) : m_core(core) { ++m_core.state.updateDepth; }
-    ~ConfigUpdateGuard() { --m_core.state.updateDepth; }
-    ConfigUpdateGuard(ConfigUpdateGuard const&) = delete;
-    ConfigUpdateGuard& operator=(ConfigUpdateGuard const&) = delete;
-
-private:
-    ConfigCore& m_core;
-};
-
-/// Shows the wait cursor over the page while it lives.
-class ConfigWaitCursor {
-public:
-    explicit ConfigWaitCursor(ConfigCore const& core);
-    ~ConfigWaitCursor();
-    ConfigWaitCursor(ConfigWaitCursor const&) = delete;
-    ConfigWaitCursor& operator=(ConfigWaitCursor const&) = delete;
-
-private:
-    QPointer<QDialog> m_page;
-};

@@ -54,7 +54,7 @@ void ConfigFlow::setSerialNumberListener(std::function<void(bool isEmpty)> liste
 
 void ConfigFlow::initialise() {
     {
-        ConfigUpdateGuard const guard(m_core);
+        UpdateGuard const guard(m_core.state.updateDepth);
         m_core.widgets.fillCombos();
         m_core.widgets.fitInterfaces();
     }
@@ -76,7 +76,7 @@ void ConfigFlow::testEeprom() {
 // Every step below looks first whether the page still lives.
 
 void ConfigFlow::detectEeprom() {
-    ConfigWaitCursor const cursor(m_core);
+    WaitCursor const cursor(m_core.widgets.page);
     ChangeGroup const group(m_core.host);
     if (!m_core.alive)
         return;
@@ -110,7 +110,7 @@ void ConfigFlow::showSerialNumber(QString const& number, QString const& origin) 
     // What the user entered meanwhile stays.
     if (!m_core.alive || !m_core.widgets.serialNumber().isEmpty())
         return;
-    ConfigUpdateGuard const guard(m_core);
+    UpdateGuard const guard(m_core.state.updateDepth);
     m_core.widgets.showSerialNumber(number);
     m_core.widgets.showFormatMessage(origin);
     serialNumberChanged();
@@ -119,14 +119,14 @@ void ConfigFlow::showSerialNumber(QString const& number, QString const& origin) 
 void ConfigFlow::readIdentificationBytes() {
     if (!m_core.alive || m_core.state.eepromState != ConfigState::EepromPresent || !m_core.eepromSlot)
         return;
-    ConfigWaitCursor const cursor(m_core);
+    WaitCursor const cursor(m_core.widgets.page);
     uint32_t const device = (*m_core.eepromSlot)->deviceAddress;
     // The part number comes first: it decides which interfaces there are to select from.
     for (auto const& [field, address] : kIdentificationFields) {
         uint32_t const code = readIdentification(m_core.host, device, field);
         if (!m_core.alive)
             return;
-        ConfigUpdateGuard const guard(m_core);
+        UpdateGuard const guard(m_core.state.updateDepth);
         m_core.state.identification[size_t(field)] = identificationText(code);
         m_core.widgets.select(field, code);
         if (field == Identification::PartNumber)
@@ -150,7 +150,7 @@ void ConfigFlow::apply() {
 }
 
 void ConfigFlow::writeIdentificationBytes() {
-    ConfigWaitCursor const cursor(m_core);
+    WaitCursor const cursor(m_core.widgets.page);
     uint32_t const device = (*m_core.eepromSlot)->deviceAddress;
     for (Identification const field : kIdentificationWriteOrder) {
         std::optional<uint8_t> const code = m_core.widgets.selectedCode(field);
@@ -217,7 +217,7 @@ bool ConfigFlow::isEraseConfirmed() {
 }
 
 void ConfigFlow::formatEeprom() {
-    ConfigWaitCursor const cursor(m_core);
+    WaitCursor const cursor(m_core.widgets.page);
     HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
     if (m_core.alive)
         flushOrDrop(m_core, eeprom, EepromFormat(eeprom, kFormatVersion));
@@ -248,7 +248,7 @@ void ConfigFlow::comboChanged(Identification field) {
     if (m_core.state.updateDepth > 0)
         return;
     if (field == Identification::PartNumber) {
-        ConfigUpdateGuard const guard(m_core);
+        UpdateGuard const guard(m_core.state.updateDepth);
         m_core.widgets.fitInterfaces();
     }
     m_core.state.combosDirty = true;

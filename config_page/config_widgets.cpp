@@ -17,11 +17,6 @@ void fill(QComboBox* combo, std::span<ProductCode const> products) {
     combo->setCurrentIndex(-1);
 }
 
-void enable(QWidget* widget, bool enabled) {
-    if (widget)
-        widget->setEnabled(enabled);
-}
-
 void showText(QLabel* label, QString const& text) {
     if (label)
         label->setText(text);
@@ -90,10 +85,8 @@ void ConfigWidgets::showFormatMessage(QString const& text) {
 void ConfigWidgets::show(ConfigStatus const& eeprom, ConfigStatus const& serial) {
     showText(EEPROM_Status, eeprom.text);
     showText(SN_Status, serial.text);
-    if (EEPROM_Bullet)
-        EEPROM_Bullet->setPixmap(bulletPixmap(wizard, eeprom.bullet));
-    if (SN_Bullet)
-        SN_Bullet->setPixmap(bulletPixmap(wizard, serial.bullet));
+    paintBullet(EEPROM_Bullet, eeprom.bullet);
+    paintBullet(SN_Bullet, serial.bullet);
 }
 
 void ConfigWidgets::apply(ConfigEnabling const& enabling) {

@@ -2,20 +2,16 @@
 
 #include "config_page/config_display.h"
 #include "config_page/product_lists.h"
+#include "wizard/page_surface.h"
 
 #include <QComboBox>
-#include <QDialog>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
 #include <QPushButton>
 #include <array>
 #include <optional>
 
-/// The page's widgets under their object names, as one surface to read from and to show on. All pointers are
-/// guarded and borrowed: what is gone is not touched, so this may outlive its page inside a host call.
-/// Reading a widget that is gone gives an empty text or no code.
-class ConfigWidgets {
+/// The configuration page's widgets. Reading a list that is gone gives no code.
+class ConfigWidgets : public PageSurface {
 public:
     /// Takes the widgets from the page's generated form.
     template <typename Form>
@@ -54,8 +50,6 @@ public:
     void show(ConfigStatus const& eeprom, ConfigStatus const& serial);
     void apply(ConfigEnabling const& enabling);
 
-    QPointer<QDialog> page;
-    QPointer<Wizard> wizard; ///< owner of the bullets
     QPointer<QLabel> EEPROM_Bullet, EEPROM_Status;
     QPointer<QPushButton> EEPROM_Test, EEPROM_Erase;
     std::array<QPointer<QLabel>, 4> boxes;     ///< by `Identification`

@@ -61,7 +61,7 @@ QByteArray storedSerialNumber(ConfigCore& core) {
 }
 
 void storeSerialNumber(ConfigCore& core, QByteArray const& number) {
-    ConfigWaitCursor const cursor(core);
+    WaitCursor const cursor(core.widgets.page);
     HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
     if (core.alive)
         flushOrDrop(core, eeprom, replaceInImage(eeprom, number));

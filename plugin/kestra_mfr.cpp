@@ -1,6 +1,7 @@
 #include "plugin/kestra_mfr.h"
 
 #include "apga_page/lens_assist_apga.h"
+#include "config_page/config.h"
 #include "headboard/eeprom_slot.h"
 #include "lsc_page/lens_assist.h"
 #include "plugin/library_lifetime.h"
@@ -16,6 +17,14 @@ namespace {
 template <typename Object>
 void deleteMember(Object*& member) {
     delete std::exchange(member, nullptr);
+}
+
+// Whoever looks at the members behind the destructor finds null. The compiler would leave out a plain store to
+// an object that ends.
+template <typename Object>
+void clear(Object*& member) {
+    Object* volatile& kept = member;
+    kept = nullptr;
 }
 
 // The instance of this library. At process exit Qt's own statics may be gone although an application object
@@ -52,10 +61,12 @@ KestraMfr::~KestraMfr() {
         deleteMember(g_lensAssistApga);
     }
     discardEeprom(g_headboardEeprom);
-    if (qtRuns)
+    if (qtRuns) {
+        delete g_configPage; // the member keeps its old value, deliberately
         deleteMember(g_wizard);
-    g_lensAssist = nullptr;
-    g_lensAssistApga = nullptr;
-    g_wizard = nullptr;
-    g_parentWidget = nullptr;
+    }
+    clear(g_lensAssist);
+    clear(g_lensAssistApga);
+    clear(g_wizard);
+    clear(g_parentWidget);
 }

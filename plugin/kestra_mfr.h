@@ -29,7 +29,10 @@ public:
     /// Qt still runs.
     ~KestraMfr();
 
-    Config* g_configPage;               ///< never set in this build
+    /// The headboard configuration page; nothing in this build makes one. Whoever does passes its edits on by
+    /// `tellSerialNumberEdited`, and sets this back to null when someone else deletes the page. The
+    /// destructor deletes it and leaves the old value, deliberately.
+    Config* g_configPage;
     LensAssist* g_lensAssist;           ///< the lens-shading page, when one was created
     LensAssistApga* g_lensAssistApga;   ///< the three-illuminant page, when one was created
     Wizard* g_wizard;                   ///< the dialog that the host was given

@@ -43,9 +43,9 @@ void ConfigFixture::make(HostServices const* table) {
 void ConfigFixture::open() {
     HostServices const table = services();
     make(&table);
+    edits.clear();
     page->initialise();
     host.log.clear();
-    edits.clear();
 }
 
 QRgb ConfigFixture::bullet(char const* label) const {
@@ -101,7 +101,7 @@ std::vector<std::string> ConfigFixture::busLog() const {
     std::vector<std::string> found;
     for (std::string const& call : host.log)
         if (call.find("BusByte") != std::string::npos || call.starts_with("setMode 53") ||
-            call == "pause 100" || call == "begin" || call == "end")
+            call == "pause 100")
             found.push_back(call);
     return found;
 }

@@ -1,18 +1,17 @@
-#include "camera_services.h"
+#include "tools/headboard-config/camera_services.h"
 
-#include "common/sensor.h"
+#include "headboard/eeprom_transport.h"
 
 #include <QtDebug>
 #include <algorithm>
 #include <cstring>
-#include <span>
+#include <memory>
 
 namespace {
 
 CameraServices* current = nullptr;
 
-constexpr uint32_t kModeAddressBits = 1;
-constexpr uint32_t kModeDataBits = 2;
+constexpr uint32_t kByteBits = 8;
 
 QString optionKey(char const* option) {
     return QStringLiteral("options/") + QString::fromLocal8Bit(option);
@@ -21,26 +20,34 @@ QString settingKey(char const* key) {
     return QStringLiteral("settings/") + QString::fromLocal8Bit(key);
 }
 
-bool setWidths(Sensor const& camera, uint32_t addressBits, uint32_t dataBits) {
-    return camera.setMode(kModeAddressBits, addressBits) == 0 && camera.setMode(kModeDataBits, dataBits) == 0;
+// A host reaches a headboard's devices whichever way the sensor offers, so the way is the EEPROM's own.
+std::unique_ptr<EepromTransport> wayTo(vy_Camera* camera, uint32_t device, uint32_t addressBits,
+                                       uint32_t dataBits) {
+    if (dataBits != kByteBits)
+        return nullptr;
+    HeadboardEeprom const eeprom = HeadboardEepromCreate(camera);
+    eeprom->deviceAddress = device;
+    eeprom->addressBits = addressBits;
+    return chooseTransport(eeprom);
 }
 
 } // namespace
 
 struct CameraServiceFunctions {
     static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
-        Sensor const camera(current->m_camera);
-        uint32_t word = 0;
-        if (setWidths(camera, addressBits, dataBits) && camera.readBus(device, address, {&word, 1}) == 0)
-            return word;
+        auto const way = wayTo(current->m_camera, device, addressBits, dataBits);
+        uint8_t byte = 0;
+        if (way && way->read(address, {&byte, 1}) == 0)
+            return byte;
         qWarning("headboard-config: the device 0x%X does not tell its byte %u", device, address);
         return 0;
     }
 
     static void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
                              uint32_t dataBits) {
-        Sensor const camera(current->m_camera);
-        if (!setWidths(camera, addressBits, dataBits) || camera.writeBus(device, address, {&value, 1}) != 0)
+        auto const way = wayTo(current->m_camera, device, addressBits, dataBits);
+        auto const byte = uint8_t(value);
+        if (!way || way->write(address, {&byte, 1}) != 0)
             qWarning("headboard-config: the device 0x%X does not take its byte %u", device, address);
     }
 

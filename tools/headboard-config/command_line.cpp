@@ -1,4 +1,4 @@
-#include "command_line.h"
+#include "tools/headboard-config/command_line.h"
 
 #include "simulator/camera/simulated_camera.h"
 

@@ -1,7 +1,7 @@
 // headboard-config: the headboard configuration page on a simulated camera, for work by hand.
 
 #include "config_page/config_state.h"
-#include "session.h"
+#include "tools/headboard-config/session.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,4 +1,4 @@
-#include "session.h"
+#include "tools/headboard-config/session.h"
 
 #include <QFileInfo>
 #include <QVBoxLayout>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "camera_services.h"
-#include "command_line.h"
 #include "config_page/config.h"
 #include "simulator/camera/simulated_camera.h"
+#include "tools/headboard-config/camera_services.h"
+#include "tools/headboard-config/command_line.h"
 #include "wizard/wizard.h"
 
 #include <QWidget>

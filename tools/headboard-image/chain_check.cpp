@@ -1,9 +1,9 @@
-#include "chain_check.h"
+#include "tools/headboard-image/chain_check.h"
 
 #include "headboard/big_endian.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_types.h"
-#include "printed_text.h"
+#include "tools/headboard-image/printed_text.h"
 
 #include <algorithm>
 

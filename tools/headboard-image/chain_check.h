@@ -1,7 +1,7 @@
 #pragma once
 
-#include "outcome.h"
-#include "record_check.h"
+#include "tools/headboard-image/outcome.h"
+#include "tools/headboard-image/record_check.h"
 
 #include <optional>
 

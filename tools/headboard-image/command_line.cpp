@@ -1,10 +1,10 @@
-#include "command_line.h"
+#include "tools/headboard-image/command_line.h"
 
-#include "chain_check.h"
-#include "edits.h"
 #include "headboard/record_types.h"
-#include "image_file.h"
-#include "record_display.h"
+#include "tools/headboard-image/chain_check.h"
+#include "tools/headboard-image/edits.h"
+#include "tools/headboard-image/image_file.h"
+#include "tools/headboard-image/record_display.h"
 
 #include <QCommandLineParser>
 #include <algorithm>

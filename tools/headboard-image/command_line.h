@@ -1,6 +1,6 @@
 #pragma once
 
-#include "outcome.h"
+#include "tools/headboard-image/outcome.h"
 
 #include <QStringList>
 

@@ -1,16 +1,16 @@
-#include "edits.h"
+#include "tools/headboard-image/edits.h"
 
-#include "chain_check.h"
 #include "common/ini_section.h"
-#include "entry_blocks.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/preset_section.h"
 #include "headboard/record_content.h"
 #include "headboard/record_types.h"
-#include "image_file.h"
-#include "printed_text.h"
-#include "record_display.h"
-#include "sensor_stand_in.h"
+#include "tools/headboard-image/chain_check.h"
+#include "tools/headboard-image/entry_blocks.h"
+#include "tools/headboard-image/image_file.h"
+#include "tools/headboard-image/printed_text.h"
+#include "tools/headboard-image/record_display.h"
+#include "tools/headboard-image/sensor_stand_in.h"
 
 #include <QFileInfo>
 #include <algorithm>

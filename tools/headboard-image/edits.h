@@ -1,7 +1,7 @@
 #pragma once
 
-#include "addressing.h"
-#include "outcome.h"
+#include "tools/headboard-image/addressing.h"
+#include "tools/headboard-image/outcome.h"
 
 #include <QString>
 #include <optional>

@@ -1,9 +1,9 @@
-#include "entry_blocks.h"
+#include "tools/headboard-image/entry_blocks.h"
 
 #include "headboard/big_endian.h"
 #include "headboard/record_types.h"
 #include "headboard/register_entry.h"
-#include "record_store.h"
+#include "tools/headboard-image/record_store.h"
 
 #include <algorithm>
 

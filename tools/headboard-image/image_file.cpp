@@ -1,4 +1,4 @@
-#include "image_file.h"
+#include "tools/headboard-image/image_file.h"
 
 #include <QFileInfo>
 #include <QSaveFile>

@@ -1,4 +1,4 @@
-#include "command_line.h"
+#include "tools/headboard-image/command_line.h"
 
 #include <QCoreApplication>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "printed_text.h"
+#include "tools/headboard-image/printed_text.h"
 
 #include "headboard/record_types.h"
 

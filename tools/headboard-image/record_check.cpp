@@ -1,9 +1,9 @@
-#include "record_check.h"
+#include "tools/headboard-image/record_check.h"
 
-#include "entry_blocks.h"
 #include "headboard/record_types.h"
 #include "headboard/register_entry.h"
-#include "printed_text.h"
+#include "tools/headboard-image/entry_blocks.h"
+#include "tools/headboard-image/printed_text.h"
 
 #include <algorithm>
 

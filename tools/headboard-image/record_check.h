@@ -1,6 +1,6 @@
 #pragma once
 
-#include "record_store.h"
+#include "tools/headboard-image/record_store.h"
 
 #include <string>
 #include <vector>

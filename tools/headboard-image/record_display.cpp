@@ -1,13 +1,13 @@
-#include "record_display.h"
+#include "tools/headboard-image/record_display.h"
 
-#include "chain_check.h"
 #include "common/sensor.h"
-#include "entry_blocks.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"
 #include "headboard/record_types.h"
 #include "headboard/register_entry.h"
-#include "printed_text.h"
+#include "tools/headboard-image/chain_check.h"
+#include "tools/headboard-image/entry_blocks.h"
+#include "tools/headboard-image/printed_text.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "addressing.h"
-#include "outcome.h"
-#include "record_store.h"
+#include "tools/headboard-image/addressing.h"
+#include "tools/headboard-image/outcome.h"
+#include "tools/headboard-image/record_store.h"
 
 namespace headboard_image {
 

@@ -1,4 +1,4 @@
-#include "record_store.h"
+#include "tools/headboard-image/record_store.h"
 
 #include "headboard/eeprom_chain.h"
 

@@ -1,4 +1,4 @@
-#include "sensor_stand_in.h"
+#include "tools/headboard-image/sensor_stand_in.h"
 
 #include "common/libraries.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "addressing.h"
 #include "common/veyra2.h"
+#include "tools/headboard-image/addressing.h"
 
 #include <vector>
 

@@ -1,0 +1,40 @@
+#include "calibration/serial_number_edits.h"
+
+#include "lsc_page/lens_assist.h"
+#include "tests/fakes/fake_host.h"
+#include "tests/fakes/fake_libraries.h"
+
+#include <QLabel>
+#include <array>
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(SerialNumberEdits, AFileStepThatIsOverIsOpenAgainOnBothPages) {
+    FakeHost host;
+    FakeLibraries libraries;
+    HeadboardEeprom* slot = nullptr;
+    LensAssist first(nullptr, {}, host.services(), nullptr, slot);
+    LensAssist second(nullptr, {}, host.services(), nullptr, slot);
+    std::array<CalibrationPage*, 2> const both = {&first, &second};
+    struct Row {
+        std::array<StepState, 2> before;
+        bool isEmpty;
+        std::array<uint32_t, 2> after;
+    };
+    for (Row const& row : {Row{{kReady, kDone}, true, {5, 5}},
+                           {{kFailed, kFailed}, false, {0, 0}},
+                           {{kReady, kDone}, false, {0, 0}},
+                           {{kReady, kReady}, false, {1, 1}}}) {
+        first.setFileState(row.before[0]);
+        second.setFileState(row.before[1]);
+        tellSerialNumberEdited(both, row.isEmpty);
+        EXPECT_EQ((std::array{first.state().fileState, second.state().fileState}), row.after);
+    }
+    auto const* const status = first.findChild<QLabel*>(QStringLiteral("File_Save_Status"));
+    QString const ready = status->text();
+    tellSerialNumberEdited(std::array<CalibrationPage*, 2>{&first, nullptr}, true);
+    EXPECT_NE(status->text(), ready) << "shown at once";
+}
+
+} // namespace

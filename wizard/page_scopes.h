@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+#include <cstdint>
+
+/// Marks widget updates from code while it lives, so that change handlers ignore the signals that they raise.
+/// It counts in `depth`, which outlives it.
+class UpdateGuard {
+public:
+    explicit UpdateGuard(uint32_t& depth) : m_depth(depth) { ++m_depth; }
+    ~UpdateGuard() { --m_depth; }
+    UpdateGuard(UpdateGuard const&) = delete;
+    UpdateGuard& operator=(UpdateGuard const&) = delete;
+
+private:
+    uint32_t& m_depth;
+};
+
+/// Shows the wait cursor over a page while it lives. The page may be null, and may go away meanwhile.
+class WaitCursor {
+public:
+    explicit WaitCursor(QWidget* page) : m_page(page) {
+        if (m_page)
+            m_page->setCursor(Qt::WaitCursor);
+    }
+    ~WaitCursor() {
+        if (m_page)
+            m_page->unsetCursor();
+    }
+    WaitCursor(WaitCursor const&) = delete;
+    WaitCursor& operator=(WaitCursor const&) = delete;
+
+private:
+    QPointer<QWidget> m_page;
+};
