@@ -33,6 +33,10 @@ void HeadboardDevice::cutPowerAfter(uint64_t bytes) {
     m_eeprom.plan({simulator::DeviceFault::PowerCut, bytes, true});
 }
 
+void HeadboardDevice::restorePower() {
+    m_eeprom.plan({});
+}
+
 void HeadboardDevice::install() {
     installPause([](std::chrono::milliseconds duration) { threadClock->advance(duration); });
     Veyra2 library;

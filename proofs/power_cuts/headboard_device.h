@@ -19,6 +19,7 @@ public:
 
     /// From now on, the power fails as soon as so many bytes are stored, and stays away.
     void cutPowerAfter(uint64_t bytes);
+    void restorePower();
 
     [[nodiscard]] simulator::EepromContents const& contents() const { return m_eeprom.contents(); }
     [[nodiscard]] uint64_t bytesWritten() const { return m_eeprom.bytesWritten(); }

@@ -17,12 +17,9 @@ struct Column {
     uint64_t Row::*count;
 };
 constexpr Column kColumns[] = {
-    {"cuts", &Row::cuts},
-    {"by list", &Row::listNames},
-    {"by check", &Row::checkNames},
-    {"others lost", &Row::othersHarmed},
-    {"next save", &Row::nextSaves},
-    {"mends all", &Row::mended},
+    {"cuts", &Row::cuts},           {"by list", &Row::listNames},
+    {"by check", &Row::checkNames}, {"others lost", &Row::othersHarmed},
+    {"next save", &Row::nextSaves}, {"mends all", &Row::mended},
 };
 
 constexpr size_t kFirstWidth = 31;
