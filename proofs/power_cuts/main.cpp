@@ -62,6 +62,7 @@ int main(int argc, char** argv) {
     }
     power_cuts::HeadboardDevice::install();
     std::printf("cutting the power after every byte of %u saves; this takes minutes\n", arguments.saves);
+    std::fflush(stdout);
     power_cuts::Tally const tally = cutAll(arguments);
     std::printf("%llu saves, %llu cuts\n\n%s", static_cast<unsigned long long>(tally.saves),
                 static_cast<unsigned long long>(tally.cuts()), text(tally).c_str());
