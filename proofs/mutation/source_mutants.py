@@ -27,9 +27,11 @@ class Mutant:
         return f"{self.file}:{self.line}: {self.kind}\n      {before}\n   -> {after}"
 
 
-# Comments, literals, directives, compile-time checks and attributes: changing them shows nothing about the tests.
+# Comments, literals, directives, compile-time checks, attributes and what only another system builds: changing them
+# shows nothing about the tests.
 _NO_CODE = re.compile(
-    r"""//[^\n]*
+    r"""^\#ifdef\ (?:_WIN32|Q_OS_WIN)\n.*?^\#(?:else|endif)
+      | //[^\n]*
       | /\*.*?\*/
       | "(?:\\.|[^"\\\n])*"
       | (?<![0-9A-Fa-f])'(?:\\.|[^'\\\n])*'

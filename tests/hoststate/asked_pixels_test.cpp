@@ -11,7 +11,7 @@ constexpr int32_t kHeight = 481;
 
 struct Asked : CSbl {
     explicit Asked(std::vector<uint32_t> const& shown) : pixels(shown) {}
-    uint32_t pixelAt(int32_t x, int32_t y) override { return pixels[size_t(y * kWidth + x)]; }
+    uint32_t pixelAt(int32_t x, int32_t y) override { return pixels[size_t(y) * kWidth + size_t(x)]; }
     std::vector<uint32_t> const& pixels;
 };
 
