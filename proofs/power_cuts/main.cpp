@@ -66,6 +66,7 @@ int main(int argc, char** argv) {
     power_cuts::Tally const tally = cutAll(arguments);
     std::printf("%llu saves, %llu cuts\n\n%s", static_cast<unsigned long long>(tally.saves),
                 static_cast<unsigned long long>(tally.cuts()), text(tally).c_str());
+    std::fflush(stdout);
     for (size_t i = 0; i < std::min(tally.failures.size(), kMostFailuresShown); ++i)
         std::fprintf(stderr, "%s\n", tally.failures[i].c_str());
     if (!tally.failures.empty())
