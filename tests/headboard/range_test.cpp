@@ -46,4 +46,13 @@ TEST(Range, NothingFollowsARecordThatLeadsOutOfTheStore) {
     }
 }
 
+TEST(Range, ARecordGrowsToWhatItsLengthCanTellAndNoFurther) {
+    EepromRecord record = EepromNewRecord(kRecordCustomerData, 0x10000, 0xFFFE);
+    Bytes const one = {7};
+    EXPECT_TRUE(record.append(one));
+    EXPECT_EQ(record.length(), 0xFFFF);
+    EXPECT_FALSE(record.append(one));
+    EXPECT_EQ(getU16Be(record.bytes(), 1), 0xFFFFU);
+}
+
 } // namespace
