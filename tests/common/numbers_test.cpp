@@ -1,0 +1,38 @@
+#include "common/directory.h"
+#include "common/numbers.h"
+
+#include <QDir>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace {
+
+TEST(Numbers, NoDoubleOverflowsAnInteger) {
+    constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
+    constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+    EXPECT_EQ(toInt32(std::numeric_limits<double>::quiet_NaN()), 0);
+    EXPECT_EQ(toInt32(std::numeric_limits<double>::infinity()), kMost);
+    EXPECT_EQ(toInt32(-1e300), kLeast);
+    EXPECT_EQ(toInt32(double(kMost) - 0.5), kMost - 1);
+    EXPECT_EQ(toInt32(-2.9), -2);
+}
+
+TEST(Numbers, DecimalIsReadAsFarAsItIsOne) {
+    struct Row {
+        char const* text;
+        double value;
+    };
+    for (Row const& row : {Row{"2.0abc", 2}, Row{" \t\n+1.5", 1.5}, Row{"-0.25", -0.25}, Row{"+-1", 0},
+                           Row{"++1", 0}, Row{"+", 0}, Row{"", 0}, Row{"  ", 0}, Row{"1,5", 1}, Row{"x1", 0},
+                           Row{"inf", 0}, Row{"nan", 0}, Row{"1e999", 0}, Row{"+7", 7}})
+        EXPECT_EQ(leadingDecimal(row.text), row.value) << '"' << row.text << '"';
+}
+
+TEST(Directory, OnlyAnExistingFolderIsOne) {
+    EXPECT_TRUE(directoryExists(QDir::tempPath().toLocal8Bit()));
+    EXPECT_FALSE(directoryExists(QDir::tempPath().toLocal8Bit() + "/there is no such folder"));
+    EXPECT_FALSE(directoryExists(KESTRA_SOURCE_DIR "/README.md"));
+    EXPECT_FALSE(directoryExists(""));
+}
+
+} // namespace

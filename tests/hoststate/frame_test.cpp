@@ -1,0 +1,32 @@
+#include "hoststate/frame.h"
+
+#include "hoststate/white_balance.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace {
+
+// As the host numbers them.
+constexpr auto kRgb32 = ImageType(11);
+constexpr auto kRaw12 = ImageType(13);
+
+TEST(FrameRules, OnlyAFrameThatIsWideEnoughInMemoryIsWalkedFromItsFirstByteOn) {
+    uint16_t const pixels[8] = {};
+    EXPECT_TRUE((Frame{pixels, kRaw12, 4, 2, 8}.isReadableTopDown(2)));
+    EXPECT_FALSE((Frame{nullptr, kRaw12, 4, 2, 8}.isReadableTopDown(2)));
+    EXPECT_FALSE((Frame{pixels, kRaw12, 4, 2, -8}.isReadableTopDown(2)));
+    EXPECT_FALSE((Frame{pixels, kRaw12, 4, 2, 7}.isReadableTopDown(2)));
+    EXPECT_FALSE((Frame{pixels, kRaw12, 4, 0, 8}.isReadableTopDown(2)));
+    EXPECT_EQ(kRaw12, ImageType::Raw12);
+    EXPECT_EQ(ImageType(5), ImageType::Ycbcr);
+}
+
+TEST(FrameRules, AFrameOfOneColumnOrOneRowHasNoCentre) {
+    std::vector<uint32_t> const pixels(16);
+    EXPECT_FALSE(meanOfCentre({pixels.data(), kRgb32, 1, 16, 4}));
+    EXPECT_FALSE(meanOfCentre({pixels.data(), kRgb32, 16, 1, 64}));
+    EXPECT_TRUE(meanOfCentre({pixels.data(), kRgb32, 2, 8, 8}));
+}
+
+} // namespace
