@@ -191,6 +191,16 @@ TEST_F(LensAssistApgaPage, AFailedCalculationAsksNoMoreAndShowsAtTheNextTick) {
     EXPECT_TRUE(host.isBalanced());
 }
 
+TEST_F(LensAssistApgaPage, FramesOfASensorWhosePictureHasGrownAreNotHandedOver) {
+    libraries.description.imageWidth = 64;
+    libraries.description.imageHeight = 48;
+    open();
+    startCalibration();
+    libraries.description.imageHeight = 4096;
+    tick();
+    EXPECT_EQ(solverCalls(), std::vector<std::string>{});
+}
+
 TEST_F(LensAssistApgaPage, ASolutionWithoutRegistersIsAFailure) {
     libraries.list.count = 0;
     open();
