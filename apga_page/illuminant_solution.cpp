@@ -63,6 +63,11 @@ private:
             .isYcbcr = m_core.state.inputWasYcbcr != 0,
             .bits = bits,
         };
+        // The sensor's picture may have grown since the capture; the library reads as much as it is told of.
+        if (uint64_t{image.width} * image.height > row.samples->size()) {
+            m_core.state.lscStepState = kFailed;
+            return false;
+        }
         int const accepted =
             image.isYcbcr ? handOverYcbcr(m_handle, image, m_ycbcr) : handOverBayer(m_handle, image, m_bayer);
         if (goesOn() && accepted == 0)

@@ -246,23 +246,43 @@ TEST_F(LensAssistApgaPage, YcbcrPicturesThatTheCalibrationWaitedForAreHandedOver
 }
 
 TEST_F(LensAssistApgaPage, AFailedCalculationAsksNoMoreAndShowsAtTheNextTick) {
-    open();
-    startCalibration();
-    libraries.solutionAnswer = -2;
-    libraries.hasList = false;
-    tick();
-    EXPECT_EQ(solverCalls().size(), 2U) << "image and base solution";
-    EXPECT_EQ(state().lscStepState, kInProgress);
-    EXPECT_EQ(state().lscStepProgress, phase::kSolved);
-    tick();
-    EXPECT_EQ(text("Calibrate_Status"), "Error. Are the External sensor data files installed?");
-    libraries.solutionAnswer = 0;
+    struct Row {
+        int input, solution, table;
+        size_t calls;
+    };
+    for (Row const& row : {Row{0, 0, 0, 1}, Row{1, -2, 0, 2}, Row{1, 1, 0, 2}, Row{1, 0, -2, 4}}) {
+        SCOPED_TRACE(row.calls);
+        libraries.inputAnswer = row.input;
+        libraries.solutionAnswer = row.solution;
+        libraries.apgaAnswer = row.table;
+        libraries.hasList = false;
+        open();
+        startCalibration();
+        tick();
+        EXPECT_EQ(solverCalls().size(), row.calls);
+        EXPECT_EQ(state().lscStepState, kInProgress);
+        EXPECT_EQ(state().lscStepProgress, phase::kSolved);
+        tick();
+        EXPECT_EQ(text("Calibrate_Status"), "Error. Are the External sensor data files installed?");
+    }
+    libraries.apgaAnswer = 0;
     libraries.hasList = true;
     libraries.list.count = 0;
     startCalibration();
     tick(2);
     EXPECT_EQ(state().lscStepState, kFailedOtherwise) << "a solution without registers";
+    EXPECT_EQ(state().lscStepProgress, 0);
     EXPECT_TRUE(host.calls("begin").empty());
+}
+
+TEST_F(LensAssistApgaPage, FramesOfASensorWhosePictureHasGrownAreNotHandedOver) {
+    libraries.description.imageWidth = 64;
+    libraries.description.imageHeight = 48;
+    open();
+    startCalibration();
+    libraries.description.imageHeight = 4096;
+    tick();
+    EXPECT_EQ(solverCalls(), std::vector<std::string>{});
 }
 
 TEST_F(LensAssistApgaPage, LoadingBeginsWithTheSelectWriteAndShowsItsStatusInsideTheGroup) {

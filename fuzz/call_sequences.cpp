@@ -1,0 +1,190 @@
+// Whole call sequences over the five entries, with hostile services: they answer garbage, they are missing,
+// and they call back into the plug-in or delete its dialog, its page or the dialog's parent. A short input is
+// played again until a sequence has its calls.
+
+#include "calibration/calibration_page.h"
+#include "fuzz/dialog_session.h"
+#include "fuzz/fuzz_target.h"
+#include "fuzz/guarded_frame.h"
+#include "plugin/entries.h"
+
+#include <QDialog>
+#include <QPointer>
+#include <cstring>
+
+namespace {
+
+constexpr int kCallsOfASequence = 100;
+constexpr int kDeepest = 2; // of calls from inside services
+
+uint64_t calls = 0;
+uint64_t sequences = 0;
+
+InputReader* answers = nullptr;
+HostServices fakeServices;
+bool isHostile = false;
+
+class Sequence {
+public:
+    Sequence(DialogSession& session, InputReader& input) : m_session(session), m_input(input) {}
+    void play();
+
+private:
+    void call();
+    void open();
+    void remove();
+    void chooseServices();
+    void insideService();
+    [[nodiscard]] bool mayDelete() const;
+
+    DialogSession& m_session;
+    InputReader& m_input;
+    QPointer<QWidget> m_parent;
+    QPointer<QDialog> m_dialog;
+    int m_depth = 0;
+    int m_left = kCallsOfASequence;
+    int m_opening = 0;
+};
+
+// Reads that answer what the input says; the fake host is asked too, so that its log and its hook see them.
+void answerGarbage(HostServices& table) {
+    table.readRegister = [](char const* reg, char const* bitfield, uint32_t one) {
+        uint32_t const value = fakeServices.readRegister(reg, bitfield, one);
+        return isHostile ? answers->number() : value;
+    };
+    table.readState = [](char const* variable) {
+        int32_t const value = fakeServices.readState(variable);
+        return isHostile ? int32_t(answers->number()) : value;
+    };
+    table.readIntSetting = [](char const* key, int32_t fallback) {
+        int32_t const value = fakeServices.readIntSetting(key, fallback);
+        return isHostile ? int32_t(answers->number()) : value;
+    };
+    table.readTextSetting = [](char const* key, char* buffer, uint32_t size, char const* fallback) {
+        fakeServices.readTextSetting(key, buffer, size, fallback);
+        // Anything up to the last byte of the buffer, without an end; mostly not where the ini file is told.
+        if (isHostile && (std::strcmp(key, "IniFileName") != 0 || answers->chance(16)))
+            for (uint32_t i = 0; i < size; ++i)
+                buffer[i] = char(answers->byte());
+    };
+}
+
+void Sequence::chooseServices() {
+    HostServices table = fakeServices;
+    answerGarbage(table);
+    isHostile = m_input.chance(2);
+    for (int missing = m_input.byte() % 4; missing > 0; --missing) {
+        size_t const slot = m_input.byte() % (sizeof table / sizeof(void*));
+        std::memset(reinterpret_cast<unsigned char*>(&table) + slot * sizeof(void*), 0, sizeof(void*));
+    }
+    if (!table.beginChanges || !table.endChanges) // half a bracket could not be counted
+        table.beginChanges = table.endChanges = nullptr;
+    m_session.services = table;
+    constexpr uint32_t kKinds[] = {200, 72, 68, 76, 97, 36, 16, 33, 154};
+    m_session.sensor.sensorKind = m_input.pick(kKinds);
+    m_session.sensor.variant = m_input.byte() % 3;
+    m_session.sensor.name = m_input.chance(4) ? nullptr : "%1 %2";
+    m_session.sensor.camera = m_input.chance(4) ? nullptr : m_session.libraries.camera();
+}
+
+// Qt cannot bear that a widget goes while it is being built or shown.
+bool Sequence::mayDelete() const {
+    CalibrationPage const* const page = DialogSession::page();
+    return m_opening == 0 || (m_opening == 1 && page && page->state().active == 0);
+}
+
+void Sequence::open() {
+    if (m_opening > 0)
+        return;
+    ++m_opening;
+    if (!m_parent && m_input.chance(2))
+        m_parent = new QWidget;
+    chooseServices();
+    uint32_t const version = m_input.chance(8) ? m_input.number() : 5;
+    m_dialog = m_session.open(version, m_parent);
+    --m_opening;
+}
+
+void Sequence::remove() {
+    if (!mayDelete())
+        return;
+    switch (m_input.byte() % 3) {
+    case 0:
+        delete m_parent.data();
+        break;
+    case 1:
+        delete m_dialog.data();
+        break;
+    default:
+        delete DialogSession::page();
+        break;
+    }
+}
+
+void Sequence::call() {
+    --m_left;
+    ++calls;
+    uint8_t const what = m_input.byte();
+    switch (what % 16) {
+    case 0:
+        return what > 128 ? open() : CloseDialog();
+    case 1:
+        return what > 160 ? remove() : m_session.changeLibraryAnswers();
+    case 2:
+        return RegisterChanged(m_input.number(), m_input.number());
+    case 3: {
+        constexpr char const* kFields[] = {"GoodCU", "Save_Dir", "Prom_Label", "FallOff"};
+        return DialogSession::type(m_input.pick(kFields), QString::fromLatin1(m_input.text().c_str()));
+    }
+    case 4:
+    case 5:
+    case 6:
+        return DialogSession::pressAny(what / 16);
+    case 7:
+    case 8:
+    case 9:
+        return DialogSession::press("start");
+    default:
+        return GuardedFrame(m_input).deliver();
+    }
+}
+
+void Sequence::insideService() {
+    if (m_depth >= kDeepest || m_left <= 0 || !m_input.chance(64))
+        return;
+    ++m_depth;
+    call();
+    --m_depth;
+}
+
+void Sequence::play() {
+    fakeServices = m_session.services;
+    answers = &m_input;
+    m_session.host.onCall = [this](std::string const&) { insideService(); };
+    for (open(); m_left > 0;) {
+        if (!m_dialog && m_input.chance(4))
+            open();
+        call();
+    }
+    m_session.host.onCall = nullptr;
+    delete m_parent.data();
+}
+
+} // namespace
+
+int LLVMFuzzerInitialize(int*, char***) {
+    DialogSession::prepare();
+    std::atexit([] {
+        std::fprintf(stderr, "calls: %llu in %llu sequences\n", static_cast<unsigned long long>(calls),
+                     static_cast<unsigned long long>(sequences));
+    });
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
+    InputReader input({data, size}, InputReader::AtEnd::Repeat);
+    DialogSession session(input);
+    ++sequences;
+    Sequence(session, input).play();
+    return 0;
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "fuzz/input_reader.h"
+#include "tests/fakes/fake_host.h"
+#include "tests/fakes/fake_libraries.h"
+
+#include <QString>
+
+class CalibrationPage;
+class QDialog;
+class QWidget;
+
+/// The plug-in with a host and libraries whose answers come from a fuzz input. At its end everything is
+/// deleted, and what must be balanced by then is checked. One lives at a time.
+class DialogSession {
+public:
+    explicit DialogSession(InputReader& answers);
+    ~DialogSession();
+    DialogSession(DialogSession const&) = delete;
+    DialogSession& operator=(DialogSession const&) = delete;
+
+    /// Makes the one application object; called before the first session.
+    static void prepare();
+
+    QDialog* open(uint32_t apiVersion = 5, QWidget* parent = nullptr);
+    /// The page that frames go to; null when there is none.
+    [[nodiscard]] static CalibrationPage* page();
+    /// Runs one of the page's slots, when there is a page that has it.
+    static void press(char const* slot);
+    /// Types into a field of the page.
+    static void type(char const* field, QString const& text);
+    /// Runs one of the page's buttons, all told by number; the saves into the EEPROM are slow and the last.
+    static void pressAny(uint8_t number);
+    /// Another input's answers from here on.
+    void answerFrom(InputReader& answers);
+    /// New answers of the libraries: null, short and absurd ones among them.
+    void changeLibraryAnswers();
+
+    FakeHost host;
+    FakeLibraries libraries;
+    SensorRecord sensor{};
+    HostServices services{};
+
+private:
+    std::string m_partName;
+};

@@ -1,0 +1,84 @@
+// Frames of any type, size, pitch and sequence, through the two exported entries, in every phase of a
+// calibration: nothing outside of the pixels is read, nothing outside of a displayed picture is written.
+
+#include "calibration/calibration_page.h"
+#include "fuzz/dialog_session.h"
+#include "fuzz/fuzz_target.h"
+#include "fuzz/guarded_frame.h"
+#include "plugin/entries.h"
+
+namespace {
+
+constexpr int kMostFrames = 24;
+
+struct OpenDialogs {
+    explicit OpenDialogs(InputReader& input) : session(input) {
+        for (uint32_t const kind : {200, 16, 33, 72, 68}) {
+            session.sensor.sensorKind = kind;
+            session.open();
+            pages.push_back({kind, kestraMfr().g_lensAssist, kestraMfr().g_lensAssistApga});
+            kestraMfr().g_lensAssist = nullptr;
+            kestraMfr().g_lensAssistApga = nullptr;
+        }
+    }
+    void choose(InputReader& input) {
+        session.answerFrom(input);
+        session.host.log.clear();
+        Page const& page = pages[input.byte() % pages.size()];
+        session.sensor.sensorKind = page.kind;
+        kestraMfr().g_lensAssist = page.lensAssist;
+        kestraMfr().g_lensAssistApga = page.lensAssistApga;
+        DialogSession::press("OnBnClickedStartover");
+    }
+
+    struct Page {
+        uint32_t kind;
+        LensAssist* lensAssist;
+        LensAssistApga* lensAssistApga;
+    };
+    DialogSession session;
+    std::vector<Page> pages;
+};
+
+// Brings the page to where a frame does something, by good frames and ticks.
+void advance(int ticks) {
+    constexpr uint8_t kGoodFrame[] = {0, 0, 0, 3, 32, 3, 24, 2, 0, 0x80, 0x90, 0x70, 0};
+    constexpr uint8_t kGoodRaw[] = {2, 0, 0, 3, 32, 3, 24, 2, 0, 0x08, 0x09, 0x07, 0};
+    for (int i = 0; i < ticks; ++i) {
+        for (int frame = 0; frame < 6; ++frame) {
+            InputReader reader(kGoodFrame);
+            GuardedFrame(reader).deliver();
+        }
+        InputReader reader(kGoodRaw);
+        GuardedFrame(reader).deliver();
+        DialogSession::press("start");
+    }
+}
+
+} // namespace
+
+int LLVMFuzzerInitialize(int*, char***) {
+    DialogSession::prepare();
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
+    InputReader input({data, size});
+    // The dialogs stay for all runs, each of which starts its page over: opening takes longer than a run.
+    static auto* const dialogs = new OpenDialogs(input);
+    dialogs->choose(input);
+    DialogSession::pressAny(input.byte() % 11);
+    DialogSession::pressAny(input.byte() % 11);
+    DialogSession::type("GoodCU", QString::number(input.byte() % 4));
+    advance(input.byte() % 4);
+    for (int i = 0; i < kMostFrames && !input.isUsedUp(); ++i) {
+        GuardedFrame(input).deliver();
+        uint8_t const next = input.byte();
+        if (next % 4 == 0)
+            DialogSession::press("start");
+        if (next % 16 == 1)
+            DialogSession::pressAny(next / 16 % 11);
+    }
+    MUST_HOLD(dialogs->session.host.isBalanced());
+    return 0;
+}

@@ -1,0 +1,97 @@
+#include "fuzz/guarded_frame.h"
+
+#include "fuzz/fuzz_target.h"
+#include "plugin/entries.h"
+
+#include <cstring>
+
+#if defined(__SANITIZE_ADDRESS__) || (defined(__clang__) && __has_feature(address_sanitizer))
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(begin, size)
+#define ASAN_UNPOISON_MEMORY_REGION(begin, size)
+#endif
+
+namespace {
+
+constexpr size_t kGuard = 4096;
+constexpr size_t kMostBytes = 65536;
+constexpr uint32_t kYcbcr = 5, kRgb32 = 11, kRaw12 = 13, kRaw8 = 8;
+
+alignas(16) uint8_t arena[kGuard + kMostBytes + kGuard];
+uint8_t* const pixels = arena + kGuard;
+
+} // namespace
+
+GuardedFrame::GuardedFrame(InputReader& input) {
+    chooseSizes(input);
+    ASAN_UNPOISON_MEMORY_REGION(arena, sizeof arena);
+    if (isConsistent() && !m_isNull)
+        fill(input);
+    ASAN_POISON_MEMORY_REGION(arena, sizeof arena);
+    ASAN_UNPOISON_MEMORY_REGION(pixels, m_before.size());
+}
+
+size_t GuardedFrame::bytesPerPixel() const {
+    return m_type == kRgb32 ? 4 : m_type == kRaw12 || m_type == kYcbcr ? 2 : 1;
+}
+
+size_t GuardedFrame::rowBytes() const {
+    return size_t(m_pitch < 0 ? -int64_t{m_pitch} : int64_t{m_pitch});
+}
+
+bool GuardedFrame::isConsistent() const {
+    return m_width > 0 && m_height > 0 && rowBytes() >= size_t(m_width) * bytesPerPixel();
+}
+
+void GuardedFrame::chooseSizes(InputReader& input) {
+    constexpr uint32_t kTypes[] = {kRgb32, kRgb32, kRaw12, kYcbcr, kRaw8, 0, 0xFFFFFFFF, kRgb32};
+    m_type = input.pick(kTypes);
+    m_isRgbEntry = input.chance(2);
+    m_isNull = input.chance(16);
+    m_width = int32_t(input.number());
+    m_height = int32_t(input.number());
+    switch (input.byte() % 4) {
+    case 0:
+        m_pitch = int32_t(input.number());
+        break;
+    case 1:
+        m_pitch = int32_t(0U - uint32_t(m_width) * uint32_t(bytesPerPixel()) - input.byte());
+        break;
+    default:
+        m_pitch = int32_t(uint32_t(m_width) * uint32_t(bytesPerPixel()) + input.byte() % 8);
+        break;
+    }
+    if (m_isNull || !isConsistent())
+        return;
+    // A host tells the truth about the memory that it hands over, so the sizes have to fit into what is here.
+    if (rowBytes() > kMostBytes) {
+        m_width = 1 + m_width % 1024;
+        m_pitch = m_width * int32_t(bytesPerPixel());
+    }
+    m_height = std::min(m_height, int32_t(kMostBytes / rowBytes()));
+}
+
+void GuardedFrame::fill(InputReader& input) {
+    m_before.resize(size_t(m_height) * rowBytes());
+    uint32_t const pattern = input.word();
+    for (size_t i = 0; i + 4 <= m_before.size(); i += 4)
+        std::memcpy(&m_before[i], &pattern, 4);
+    for (int spots = input.byte() % 8; spots > 0; --spots)
+        m_before[input.word() % m_before.size()] = input.byte();
+    std::memcpy(pixels, m_before.data(), m_before.size());
+}
+
+void GuardedFrame::deliver() {
+    // Walked upwards, a frame begins with its last row in memory.
+    uint8_t* const first = m_pitch < 0 && !m_before.empty() ? pixels + m_before.size() - rowBytes() : pixels;
+    void const* const data = m_isNull ? nullptr : first;
+    if (m_isRgbEntry)
+        RgbImageData(data, m_type, uint32_t(m_width), uint32_t(m_height), m_pitch);
+    else
+        ImageData(data, m_type, uint32_t(m_width), m_height, uint32_t(m_pitch));
+    // Only the pixels of a displayed frame may be painted into, never what pads its rows.
+    size_t const painted = m_type == kRgb32 ? size_t(m_width) * 4 : 0;
+    for (size_t row = 0; row < m_before.size(); row += rowBytes())
+        MUST_HOLD(!std::memcmp(pixels + row + painted, &m_before[row] + painted, rowBytes() - painted));
+}

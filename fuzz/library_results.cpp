@@ -1,0 +1,119 @@
+// Results of library calls: null, short and absurd ones, changing from call to call, while a page calibrates
+// and saves. What the page reports as done has been done.
+
+#include "calibration/calibration_page.h"
+#include "fuzz/dialog_session.h"
+#include "fuzz/fuzz_target.h"
+#include "headboard/eeprom_chain.h"
+#include "headboard/record_types.h"
+#include "plugin/entries.h"
+
+#include <QComboBox>
+#include <vector>
+
+namespace {
+
+constexpr int kMostSteps = 24;
+
+void deliver(uint32_t type, int count) {
+    static std::vector<uint32_t> picture(64 * 48, 0x809070);
+    for (; count > 0; --count)
+        ImageData(picture.data(), type, 64, 48, type == 11 ? 256 : 128);
+}
+
+// The registers that a tick wrote are those of the library's list, all of them or none.
+void tick(DialogSession& session) {
+    size_t const before = session.host.calls("writeListEntry").size();
+    DialogSession::press("start");
+    size_t const written = session.host.calls("writeListEntry").size() - before;
+    size_t const select = kestraMfr().g_lensAssistApga ? 1 : 0;
+    MUST_HOLD(written == 0 || written == size_t(session.libraries.list.count) + select);
+}
+
+// Saves, and reads the device as the next start would.
+void saveToEeprom(DialogSession& session, InputReader& input) {
+    constexpr DeviceFault kFaults[] = {DeviceFault::None, DeviceFault::None, DeviceFault::NoAnswer,
+                                       DeviceFault::Failure};
+    CalibrationPage* const page = DialogSession::page();
+    FakeHeadboard& board = session.libraries.headboard;
+    board.fault = input.pick(kFaults);
+    board.faultAt = board.operations + input.byte();
+    board.faultLasts = input.chance(2);
+    uint32_t const before = page->state().promState;
+    DialogSession::press("OnBnClickedPromsave");
+    board.fault = DeviceFault::None;
+    if (page->state().promState != kDone || before == kDone)
+        return;
+    QByteArray const label =
+        page->findChild<QComboBox*>(QStringLiteral("Prom_Label"))->currentText().toLatin1();
+    HeadboardEeprom const eeprom = HeadboardEepromCreate(session.libraries.camera());
+    MUST_HOLD(EepromFindRecord(eeprom, kRecordPga, label.left(8).constData(), 0) > 0);
+}
+
+void saveToFile(DialogSession& session) {
+    CalibrationPage* const page = DialogSession::page();
+    DialogSession::press("OnBnClickedFilesave");
+    if (page->state().fileState == kDone)
+        MUST_HOLD(session.libraries.fileAnswer == 0 || page->state().lscStepState == kFailed);
+}
+
+// The registers that the sensor's map has, of odd sizes.
+void addRegisters(FakeHeadboard& board, InputReader& input) {
+    for (char const* const name : {"P_GR_P0Q0", "P_RD_P0Q0", "PGA_CURRENT_ZONE", "CENTER_ROW"})
+        if (!input.chance(4))
+            board.add(name, input.byte() % 10, input.number(), input.number(), input.number(), input.word());
+}
+
+} // namespace
+
+int LLVMFuzzerInitialize(int*, char***) {
+    DialogSession::prepare();
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
+    InputReader input({data, size});
+    DialogSession session(input);
+    constexpr uint32_t kKinds[] = {200, 16, 72, 68, 76};
+    session.sensor.sensorKind = input.pick(kKinds);
+    session.sensor.variant = input.byte() % 4;
+    if (input.chance(2))
+        session.changeLibraryAnswers();
+    addRegisters(session.libraries.headboard, input);
+    session.open();
+    for (int i = 0; i < kMostSteps && !input.isUsedUp(); ++i) {
+        uint8_t const next = input.byte();
+        switch (next % 8) {
+        case 0:
+            session.changeLibraryAnswers();
+            break;
+        case 1:
+            saveToFile(session);
+            break;
+        case 2:
+            if (next > 192)
+                saveToEeprom(session, input);
+            break;
+        case 3:
+            DialogSession::pressAny(next / 8 % 15);
+            break;
+        case 4:
+            // Everything that a calibration waits for.
+            for (int const button : {8, 9, 10, 2}) {
+                DialogSession::pressAny(uint8_t(button));
+                deliver(13, 1);
+            }
+            deliver(session.sensor.sensorKind == 16 ? 11 : 13, 1);
+            break;
+        case 5:
+            deliver(next / 8 % 2 == 0 ? 13 : 5, 1);
+            break;
+        default:
+            deliver(11, 6);
+            deliver(13, 1);
+            tick(session);
+            break;
+        }
+    }
+    return 0;
+}
