@@ -18,3 +18,20 @@ function(kestra_folder name)
     target_include_directories(kestra_${name} PUBLIC ${PROJECT_SOURCE_DIR})
     target_link_libraries(kestra_${name} PUBLIC ${ARG_DEPENDS} PRIVATE kestra_options)
 endfunction()
+
+# Data files that a library looks for beside its own file, at the same place below it as below the folder; a changed
+# one is copied by the next build.
+function(kestra_data_beside library pattern)
+    file(GLOB_RECURSE names RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS
+        ${CMAKE_CURRENT_SOURCE_DIR}/${pattern})
+    set(installed_files "")
+    foreach(name IN LISTS names)
+        set(installed ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${name})
+        add_custom_command(OUTPUT ${installed}
+            COMMAND ${CMAKE_COMMAND} -E copy ${CMAKE_CURRENT_SOURCE_DIR}/${name} ${installed}
+            DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name} VERBATIM)
+        list(APPEND installed_files ${installed})
+    endforeach()
+    add_custom_target(${library}_data DEPENDS ${installed_files})
+    add_dependencies(${library} ${library}_data)
+endfunction()

@@ -1,6 +1,5 @@
 #include "tests/camera/eeprom_access.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <array>
 #include <gtest/gtest.h>
@@ -172,24 +171,6 @@ TEST(Eeprom, BadTransfersMoveNothing) {
     }
     EXPECT_EQ(contentsOf(*camera), QByteArray(8192, '\xFF'));
     EXPECT_EQ(contentsOf(*described), QByteArray(8192, '\xFF'));
-}
-
-TEST(EepromFile, KeepsAllBytesAndRefusesOtherSizes) {
-    TestFiles const files;
-    Camera const camera = openRaw();
-    programContents(*camera, patterned());
-    EXPECT_EQ(contentsOf(*camera), patterned());
-    QString error;
-    for (int const size : {0, 8191, 8193, 100000}) {
-        EXPECT_FALSE(camera->loadEeprom(files.write(QStringLiteral("e"), QByteArray(size, 'x')), &error));
-        EXPECT_TRUE(error.contains(QStringLiteral("8192")) && error.endsWith(QString::number(size)))
-            << qPrintable(error);
-    }
-    EXPECT_FALSE(camera->loadEeprom(QStringLiteral("/nowhere/e"), &error));
-    EXPECT_TRUE(error.startsWith(QStringLiteral("/nowhere/e: cannot be read"))) << qPrintable(error);
-    EXPECT_EQ(contentsOf(*camera), patterned());
-    EXPECT_FALSE(camera->saveEeprom(QStringLiteral("/nowhere/e"), &error));
-    EXPECT_TRUE(error.startsWith(QStringLiteral("/nowhere/e: cannot be written"))) << qPrintable(error);
 }
 
 TEST(EepromFile, CameraWithoutEepromSaysSoAndTouchesNoFile) {

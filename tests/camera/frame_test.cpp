@@ -106,34 +106,6 @@ TEST(Frame, LampColourRampAndObjectReachThePicture) {
     EXPECT_LT(ratio({60, 38, 64, 42}), 0.3);
 }
 
-// Rows: every phase of the array with every direction of the read-out. Under a warm lamp red is the brightest
-// and blue the darkest site; the lens lights the array's upper right.
-TEST(Frame, PhaseAndOrientationAreThoseOfTheDeliveredPicture) {
-    for (uint32_t phase = 0; phase < 4; ++phase) {
-        for (uint32_t orientation = 0; orientation < 4; ++orientation) {
-            SCOPED_TRACE(testing::Message() << "phase " << phase << " orientation " << orientation);
-            Camera const camera = openQuiet(phase, orientation);
-            Light warm;
-            warm.colourTemperature = 2200;
-            camera->setLight(warm);
-            Frame const frame = camera->grab();
-            std::array<double, 4> sites{};
-            for (uint32_t site = 0; site < 4; ++site)
-                sites[site] = siteMean(*camera, frame, kMiddle, site & 1, site >> 1);
-            auto const brightest = uint32_t(std::max_element(sites.begin(), sites.end()) - sites.begin());
-            auto const darkest = uint32_t(std::min_element(sites.begin(), sites.end()) - sites.begin());
-            EXPECT_EQ(brightest, camera->description().bayerPhase);
-            EXPECT_EQ(darkest, camera->description().bayerPhase ^ 3);
-            double const left = greenMean(*camera, frame, {0, 0, 10, 100});
-            double const right = greenMean(*camera, frame, {90, 0, 100, 100});
-            double const top = greenMean(*camera, frame, {0, 0, 100, 10});
-            double const bottom = greenMean(*camera, frame, {0, 90, 100, 100});
-            EXPECT_EQ(left > right, (orientation & 1) != 0);
-            EXPECT_EQ(bottom > top, (orientation & 2) != 0);
-        }
-    }
-}
-
 TEST(Frame, UnusableRowsHoldNoPicture) {
     Camera const camera = openProfile("kind33");
     ASSERT_TRUE(camera);

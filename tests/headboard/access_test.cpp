@@ -125,54 +125,6 @@ TEST(Access, BridgeGivesUpAfterFiftyMilliseconds) {
     EXPECT_EQ(h.eeprom->state[0], ByteState::NotRead);
 }
 
-TEST(Access, EveryFailedOperationIsReportedAndMadeGoodByARetry) {
-    struct Answer {
-        DeviceFault fault;
-        int32_t status, statusOnBridge;
-    };
-    constexpr Answer kAnswers[] = {{DeviceFault::NoAnswer, kEepromNoAnswer, kEepromFailed},
-                                   {DeviceFault::Failure, kEepromFailed, kEepromFailed},
-                                   {DeviceFault::BusyForEver, kEepromNoAnswer, kEepromFailed}};
-    std::vector<uint8_t> bytes(7);
-    std::iota(bytes.begin(), bytes.end(), uint8_t{1});
-    int cases = 0;
-    for (Path const path : kPaths)
-        for (Answer const& answer : kAnswers)
-            for (bool const lasts : {false, true})
-                for (int64_t at = 0;; ++at) {
-                    Headboard h(path);
-                    int32_t const expected = path == Path::Bridge ? answer.statusOnBridge : answer.status;
-                    h.board.fault = answer.fault;
-                    h.board.faultAt = at;
-                    h.board.faultLasts = lasts;
-                    int32_t const loaded = HeadboardEepromLoad(h.eeprom, 0, 9);
-                    if (loaded != kEepromOk) {
-                        EXPECT_EQ(loaded, expected);
-                        EXPECT_EQ(h.eeprom->state[0], ByteState::NotRead);
-                    }
-                    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 2, 3, bytes.data()), kEepromOk);
-                    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 7, 7, bytes.data()), kEepromOk);
-                    int32_t const flushed = HeadboardEepromFlush(h.eeprom);
-                    if (flushed != kEepromOk) {
-                        EXPECT_EQ(flushed, expected);
-                        EXPECT_EQ(h.eeprom->state[13], ByteState::Changed);
-                    }
-                    bool const isHit = h.board.operations > at;
-                    EXPECT_EQ(isHit, loaded != kEepromOk || flushed != kEepromOk);
-                    h.board.faultAt = -1;
-                    h.board.now += std::chrono::seconds(1);
-                    EXPECT_EQ(HeadboardEepromLoad(h.eeprom, 0, 9), kEepromOk);
-                    EXPECT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
-                    if (path != Path::Bridge) {
-                        EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), h.board.device.begin() + 7));
-                    }
-                    ++cases;
-                    if (!isHit)
-                        break;
-                }
-    EXPECT_GT(cases, 100);
-}
-
 TEST(Access, IgnoredWriteShowsInTheVerificationOnly) {
     Headboard h;
     uint8_t const bytes[] = {1, 2, 3, 4};

@@ -2,8 +2,6 @@
 #include "headboard/record_content.h"
 #include "tests/headboard/headboard_fixture.h"
 
-#include <random>
-
 namespace {
 
 constexpr size_t kImageSize = 8192;
@@ -67,20 +65,6 @@ std::vector<uint8_t> validImage() {
     EXPECT_EQ(EepromAppendRecord(eeprom, recordOf(kRecordScratchpad, std::vector<uint8_t>(20, 'x'))),
               kEepromOk);
     return eeprom->image;
-}
-
-TEST(BrokenContent, RandomBytesLeadNowhereElse) {
-    std::mt19937 random(20240531);
-    for (int i = 0; i < 3000; ++i) {
-        std::vector<uint8_t> image(kImageSize);
-        // Small numbers make short records, and so chains that go far.
-        bool const isSmall = i % 2 == 0;
-        for (uint8_t& byte : image)
-            byte = uint8_t(isSmall && random() % 3 ? random() % 20 : random());
-        if (i % 4 != 3)
-            std::copy_n("VYEE", 4, image.begin());
-        exercise(image);
-    }
 }
 
 TEST(BrokenContent, EverySingleFlippedBitIsSurvived) {

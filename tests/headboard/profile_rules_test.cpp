@@ -28,6 +28,15 @@ struct Row {
     std::vector<char const*> alsoStored; ///< registers that must not be passed over with them
 };
 
+// The sequencer loads each of the three tables before anything else.
+std::vector<Stored> behindTheTables(std::vector<Stored> const& last) {
+    std::vector<Stored> tail;
+    for (uint32_t const table : {339U, 595U, 851U})
+        tail.insert(tail.end(), {{"SEQUENCERSETUP_MANUALOBJ", "", table}, {"SEQUENCERSETUP_CMD", "", 255}});
+    tail.insert(tail.end(), last.begin(), last.end());
+    return tail;
+}
+
 std::vector<Row> const& rows() {
     static std::vector<Row> const all = {
         {"kind22",
@@ -45,28 +54,15 @@ std::vector<Row> const& rows() {
         {"kind198", 0xAC, {}, {}, {"P_CB_P4Q4", "P_GB_Q5"}},
         {"kind68-1",
          0xA8,
-         {{"SEQUENCERSETUP_MANUALOBJ", "", 339},
-          {"SEQUENCERSETUP_CMD", "", 255},
-          {"SEQUENCERSETUP_MANUALOBJ", "", 595},
-          {"SEQUENCERSETUP_CMD", "", 255},
-          {"SEQUENCERSETUP_MANUALOBJ", "", 851},
-          {"SEQUENCERSETUP_CMD", "", 255},
-          {"PGASETUP_MODE", "", 1},
-          {"SEQUENCERSETUP_MANUALOBJ", "", 338},
-          {"SEQUENCERSETUP_CMD", "", 255},
-          {nullptr, nullptr, 1}},
+         behindTheTables({{"PGASETUP_MODE", "", 1},
+                          {"SEQUENCERSETUP_MANUALOBJ", "", 338},
+                          {"SEQUENCERSETUP_CMD", "", 255},
+                          {nullptr, nullptr, 1}}),
          {"P_GR_Q5", "P_RD_Q5", "PGASETUP_LEFT_COLORTEMP", "PGASETUP_RIGHT_BLUEQ14"},
          {"P_CR_Q5", "P_CB_Q5"}},
         {"kind68-2",
          0xA8,
-         {{"SEQUENCERSETUP_MANUALOBJ", "", 339},
-          {"SEQUENCERSETUP_CMD", "", 255},
-          {"SEQUENCERSETUP_MANUALOBJ", "", 595},
-          {"SEQUENCERSETUP_CMD", "", 255},
-          {"SEQUENCERSETUP_MANUALOBJ", "", 851},
-          {"SEQUENCERSETUP_CMD", "", 255},
-          {"PGAOUTPUT_CURZONE", "", 4},
-          {nullptr, nullptr, 1}},
+         behindTheTables({{"PGAOUTPUT_CURZONE", "", 4}, {nullptr, nullptr, 1}}),
          {"P_BL_Q5"},
          {"PGATABLECWF_DATA_099"}},
         {"kind72-1",

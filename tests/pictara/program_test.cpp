@@ -49,7 +49,7 @@ TEST(Program, FlattensMeasuredLensesUnderEachLamp) {
             ProgramRun const run(
                 {"--run-all", "--profile", profile, "--light", lamp, "--shading", folder.filePath(module)});
             EXPECT_EXIT_CODE(run, 0);
-            EXPECT_LE(run.figure("uniformity corrected"), 1.0);
+            EXPECT_LE(run.figure("uniformity corrected"), 0.7);
             EXPECT_LE(5 * run.figure("luminance error, largest against the median block, corrected"),
                       run.figure("luminance error, largest against the median block, uncorrected"));
             EXPECT_LE(run.figure("luminance error, mean against the median block, corrected"), 3.0);
