@@ -19,8 +19,8 @@ void deleteMember(Object*& member) {
     delete std::exchange(member, nullptr);
 }
 
-// Whoever looks at the members behind the destructor finds null. The compiler would leave out a plain store to
-// an object that ends.
+// Whoever looks at the members behind the destructor finds null. The compiler would leave out a plain store
+// to an object that ends.
 template <typename Object>
 void clear(Object*& member) {
     Object* volatile& kept = member;
