@@ -3,6 +3,7 @@
 #include "simulator/host/capture_rows.h"
 #include "simulator/host/closing_measurement.h"
 #include "simulator/host/headless_dialog.h"
+#include "simulator/host/interruption.h"
 #include "simulator/host/light_matrix.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
@@ -206,10 +207,14 @@ int runCalibration(Session& session, Options const& options) {
 
     RunSummary summary;
     calibrate(session, opened.page, options, driver, progress, summary);
+    if (isInterrupted())
+        return kExitInterrupted;
     output.savePicture(QStringLiteral("dialog.png"), opened.dialog->grab().toImage());
     driver.onProgress([](RunProgress const&) {});
     judge(session, opened.page, driver, output, summary);
     judgeLights(session, opened.page, driver, progress, summary);
+    if (isInterrupted())
+        return kExitInterrupted;
     writeResults(output, summary);
     progress.say(QLatin1Char('\n') + summaryText(summary));
     if (!summary.cause.isEmpty())

@@ -193,7 +193,7 @@ CommandLine parseCommandLine(QStringList const& arguments) {
     parser.setApplicationDescription(QStringLiteral(
         "Runs the lens-shading calibration dialog on a simulated camera.\n\n"
         "Exit codes: 0 done, 1 not calibrated, 2 bad command line or file, 3 too many frames;\n"
-        "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size."));
+        "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size; 130 interrupted."));
     parser.addHelpOption();
     for (OptionRow const& row : kOptions)
         parser.addOption({QString::fromLatin1(row.name), QString::fromLatin1(row.help),

@@ -18,6 +18,7 @@ enum ExitCode : int {
     kExitClipped = 5,
     kExitNotFlat = 6, ///< an object in the picture, or uneven light
     kExitWrongSize = 7,
+    kExitInterrupted = 130, ///< by Ctrl-C or a request to terminate
 };
 
 /// Something that shall go wrong with the camera's EEPROM.

@@ -1,4 +1,5 @@
 #include "simulator/host/calibration_run.h"
+#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/profile_chooser.h"
 #include "simulator/host/replay_run.h"
@@ -86,6 +87,7 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     if (options.chooseProfile && !chooseProfile(options))
         return kExitDone;
+    noteInterruptions();
     QString error;
     std::unique_ptr<Session> const session = Session::open(options, &error);
     if (!session) {
@@ -93,6 +95,8 @@ int main(int argc, char** argv) {
         return kExitUsage;
     }
     int const code = run(*session, options);
+    if (isInterrupted())
+        complain(QStringLiteral("Interrupted."));
     // Also after a failed run: the device keeps what was written to it.
     if (session->keepEeprom(&error))
         return code;
