@@ -68,19 +68,14 @@ bool wasRefusedForItsLight(RunResult const& run, simulator::SimulatedCamera cons
 }
 
 // Even light at the normal level with nothing in its way, of the same colour.
-void mendLight(simulator::SimulatedCamera& camera) {
-    camera.setLight({.colourTemperature = camera.light().colourTemperature});
+void mendLight(Session& session) {
+    session.setLight({.colourTemperature = session.camera().light().colourTemperature});
 }
 
 int exitCodeOf(RunSummary const& summary) {
     if (summary.succeeded)
         return kExitDone;
     return summary.run.end == RunEnd::TimedOut ? kExitTimeout : exitCodeOfRefusal(lastSolverMessage());
-}
-
-QString textOf(FaultWish const& fault) {
-    QString const at = fault.operation ? QStringLiteral("@%1").arg(*fault.operation) : QString();
-    return fault.name + at + QLatin1String(fault.forEver ? "+" : "");
 }
 
 // None on a camera without an EEPROM.
@@ -100,7 +95,7 @@ std::optional<EepromUse> eepromUse(Session& session, Options const& options) {
 void whenSaving(Session& session, Options const& options, ProgressReport& progress) {
     progress.say(QStringLiteral("saving to the EEPROM..."));
     if (options.fault && !options.fault->operation)
-        session.camera().injectFault(options.fault->name, 0, options.fault->forEver);
+        (void)session.injectFault({options.fault->name, 0, options.fault->forEver});
 }
 
 // The person at the camera of a page that calibrates under several lights.
@@ -140,7 +135,7 @@ void calibrate(Session& session, DialogPage& page, Options const& options, RunDr
         summary.firstRefusal = causeOf(summary.run, rows.read(), camera.hasEeprom());
         progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
         forgetSolverMessage();
-        mendLight(session.camera());
+        mendLight(session);
         summary.run = runAgain(session, page, rows, driver, progress);
     }
     summary.captures = rows.read();

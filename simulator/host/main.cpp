@@ -2,6 +2,8 @@
 #include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/profile_chooser.h"
+#include "simulator/host/recorder.h"
+#include "simulator/host/recording_replay.h"
 #include "simulator/host/replay_run.h"
 #include "simulator/host/session.h"
 #include "simulator/host/window_run.h"
@@ -61,33 +63,8 @@ int run(Session& session, Options const& options) {
     return options.runAll ? runCalibration(session, options) : runWindow(session, options);
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    CommandLine commandLine = readCommandLine(argc, argv);
-    if (!commandLine.options) {
-        std::fputs(commandLine.text.toLocal8Bit().constData(),
-                   commandLine.exitCode == kExitDone ? stdout : stderr);
-        return commandLine.exitCode;
-    }
-    Options& options = *commandLine.options;
-    if (options.isHeadless() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    if (!hasDisplay()) {
-        complain(
-            QStringLiteral("There is no display for the window. --run-all and --replay-eeprom need none."));
-        return kExitUsage;
-    }
-
-    installMessageLog();
-    // Qt has options of its own by some of these names; the program's are not for it.
-    int onlyTheProgramsName = 1;
-    QApplication const application(onlyTheProgramsName, argv);
-    // The main window ends the program itself; the chooser, which closes before it opens, must not.
-    QApplication::setQuitOnLastWindowClosed(false);
-    if (options.chooseProfile && !chooseProfile(options))
-        return kExitDone;
-    noteInterruptions();
+// One sitting from its beginning to its end.
+int sit(Options const& options) {
     QString error;
     std::unique_ptr<Session> const session = Session::open(options, &error);
     if (!session) {
@@ -102,4 +79,50 @@ int main(int argc, char** argv) {
         return code;
     complain(error);
     return code == kExitDone ? kExitNotCalibrated : code;
+}
+
+int sitAndRecord(Options const& options) {
+    QString error;
+    std::unique_ptr<Recorder> const recorder = Recorder::start(options, &error);
+    if (!recorder) {
+        complain(error);
+        return kExitUsage;
+    }
+    int const code = sit(options);
+    if (recorder->finish(&error))
+        return code;
+    complain(error);
+    return code == kExitDone ? kExitNotCalibrated : code;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CommandLine commandLine = readCommandLine(argc, argv);
+    if (!commandLine.options) {
+        std::fputs(commandLine.text.toLocal8Bit().constData(),
+                   commandLine.exitCode == kExitDone ? stdout : stderr);
+        return commandLine.exitCode;
+    }
+    Options& options = *commandLine.options;
+    if (options.isHeadless() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!hasDisplay()) {
+        complain(QStringLiteral("There is no display for the window. --run-all, --replay and "
+                                "--replay-eeprom need none."));
+        return kExitUsage;
+    }
+
+    installMessageLog();
+    // Qt has options of its own by some of these names; the program's are not for it.
+    int onlyTheProgramsName = 1;
+    QApplication const application(onlyTheProgramsName, argv);
+    // The main window ends the program itself; the chooser, which closes before it opens, must not.
+    QApplication::setQuitOnLastWindowClosed(false);
+    if (options.chooseProfile && !chooseProfile(options))
+        return kExitDone;
+    noteInterruptions();
+    if (!options.replayedRecordingFile.isEmpty())
+        return runRecordingReplay(options);
+    return options.recordingFile.isEmpty() ? sit(options) : sitAndRecord(options);
 }
