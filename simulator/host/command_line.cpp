@@ -31,7 +31,8 @@ constexpr OptionRow kOptions[] = {
      "bytes), with a + all later ones, too. Without @N: the first operation of a run's save."},
     {"list-faults", nullptr, "List what can go wrong with the EEPROM and end."},
     {"run-all", nullptr, "Calibrate without a window and end with a summary."},
-    {"record", "FILE", "Keep every call between host, plug-in and libraries of a run."},
+    {"script", "FILE", "Work the dialog by the commands in that file, without a window."},
+    {"record", "FILE", "Keep every call between host, plug-in and libraries of a run or a script."},
     {"replay", "FILE", "Do to the plug-in what was recorded, and name the first call that differs."},
     {"then-good", nullptr, "In a run, mend the light after a refused picture and calibrate again."},
     {"shading", "FILE", "Put a measured lens before the sensor."},
@@ -141,7 +142,7 @@ QString needlessForReplay(ValueReader const& reader) {
 
 // What cannot be had together, or at all without something else.
 QString conflictIn(ValueReader const& reader, Options const& options) {
-    bool const replays = reader.isSet("replay-eeprom");
+    bool const replays = reader.isSet("replay-eeprom"), isScripted = reader.isSet("script");
     struct {
         bool isThere;
         char const* told;
@@ -150,9 +151,12 @@ QString conflictIn(ValueReader const& reader, Options const& options) {
         {replays && reader.isSet("eeprom"),
          "--replay-eeprom leaves its file as it is; --eeprom is not for it."},
         {!replays && reader.isSet("stored-record"), "--stored-record is for --replay-eeprom."},
-        {reader.isSet("record") && !options.runAll, "--record needs --run-all."},
+        {isScripted && (options.runAll || replays || wantsWindow(reader)),
+         "--script walks its own way: --run-all, --replay-eeprom and --window are not for it."},
+        {reader.isSet("record") && !options.runAll && !isScripted, "--record needs --run-all or --script."},
         {options.fault && !options.fault->operation && !options.runAll,
          "--fault without @N strikes when a run saves: it needs --run-all."},
+        {reader.isSet("then-good") && isScripted, "--then-good is for --run-all."},
     };
     if (reader.isSet("replay"))
         return needlessForReplay(reader);
@@ -181,6 +185,7 @@ Options readOptions(ValueReader& reader) {
     reader.text("stored-record", options.recordName);
     reader.text("record", options.recordingFile);
     reader.text("replay", options.replayedRecordingFile);
+    reader.text("script", options.scriptFile);
     reader.fault("fault", options.fault);
     options.chooseProfile = !options.isHeadless() && !reader.isSet("profile") && !reader.isSet("screenshot");
     if (reader.isSet("light"))
@@ -203,7 +208,8 @@ CommandLine parseCommandLine(QStringList const& arguments) {
         "Runs the lens-shading calibration dialog on a simulated camera.\n\n"
         "Exit codes: 0 done, 1 not calibrated, 2 bad command line or file, 3 too many frames;\n"
         "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size; 130 interrupted.\n"
-        "Of a replay: 0 all calls are equal, 1 one differs."));
+        "Of a replay: 0 all calls are equal, 1 one differs. Of a script: 1 a command failed, 3 a wait "
+        "ended in vain."));
     parser.addHelpOption();
     for (OptionRow const& row : kOptions)
         parser.addOption({QString::fromLatin1(row.name), QString::fromLatin1(row.help),

@@ -49,12 +49,13 @@ struct Options {
     std::optional<FaultWish> fault;
     QString recordingFile;         ///< where the calls across the boundary are kept; empty: nowhere
     QString replayedRecordingFile; ///< a recording that is replayed instead of anything else; empty: none
+    QString scriptFile;            ///< of commands that work the dialog instead of a person; empty: none
     int framesPerTick = 3;
     int maxFrames = 2000;
 
     /// Nobody needs a display.
     [[nodiscard]] bool isHeadless() const {
-        return runAll || !replayFile.isEmpty() || !replayedRecordingFile.isEmpty();
+        return runAll || !replayFile.isEmpty() || !scriptFile.isEmpty() || !replayedRecordingFile.isEmpty();
     }
 };
 

@@ -5,6 +5,7 @@
 #include "simulator/host/recorder.h"
 #include "simulator/host/recording_replay.h"
 #include "simulator/host/replay_run.h"
+#include "simulator/host/script_run.h"
 #include "simulator/host/session.h"
 #include "simulator/host/window_run.h"
 
@@ -60,6 +61,8 @@ bool chooseProfile(Options& options) {
 int run(Session& session, Options const& options) {
     if (!options.replayFile.isEmpty())
         return runReplay(session, options);
+    if (!options.scriptFile.isEmpty())
+        return runScript(session, options);
     return options.runAll ? runCalibration(session, options) : runWindow(session, options);
 }
 
@@ -108,7 +111,7 @@ int main(int argc, char** argv) {
     if (options.isHeadless() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     if (!hasDisplay()) {
-        complain(QStringLiteral("There is no display for the window. --run-all, --replay and "
+        complain(QStringLiteral("There is no display for the window. --run-all, --script, --replay and "
                                 "--replay-eeprom need none."));
         return kExitUsage;
     }

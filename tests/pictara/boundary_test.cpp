@@ -1,6 +1,7 @@
 #include "simulator/host/call_log.h"
 #include "simulator/host/observed_services.h"
 #include "simulator/host/recorded_lines.h"
+#include "simulator/host/script.h"
 #include "simulator/host/service_desk.h"
 #include "tests/pictara/fake_sensor.h"
 #include "tests/pictara/test_frames.h"
@@ -162,6 +163,43 @@ TEST(ShownLines, ALongWriteIsBrokenBetweenCallsAndTheTimeIsNot) {
     EXPECT_EQ(longRead("2026/11/21 16:42:49"), longRead("2027/01/01 00:00:00"));
     EXPECT_NE(longRead("2026/11/21 16:42:49"), longRead("2026/11/21 16-42-49"));
     EXPECT_EQ(shownLines("press AE"), std::vector<QByteArray>{"press AE"});
+}
+
+TEST(Script, NamesTheLineThatIsWrong) {
+    QTemporaryDir const folder;
+    QString const file = folder.filePath("walk.txt");
+    struct {
+        char const* line;
+        char const* told;
+    } const rows[] = {
+        {"push AE", "push"},
+        {"press", "press NAME"},
+        {"set FallOff 80 %", "in quotes"},
+        {"light 1999", "light KELVIN"},
+        {"frames 0", "frames N"},
+        {"wait AE_Status Done. soon", "[FRAMES]"},
+        {"expect AE_Status \"Done.", "quote"},
+        {"fault @3", "fault NAME"},
+    };
+    for (auto const& row : rows) {
+        QFile out(file);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+        out.write(QByteArray("# a comment\n\npress AE # and another\n") + row.line + '\n');
+        out.close();
+        std::vector<ScriptCommand> commands;
+        QString error;
+        EXPECT_FALSE(readScript(file, commands, &error)) << row.line;
+        EXPECT_TRUE(error.startsWith(file + ":4: ") && error.contains(QLatin1String(row.told)))
+            << error.toStdString();
+    }
+}
+
+TEST(Script, AStarStandsForAnyTextAndNothingElseDoes) {
+    EXPECT_TRUE(matches("Done: A_(1).ini", "Done: *.ini"));
+    EXPECT_TRUE(matches("", "*"));
+    EXPECT_FALSE(matches("Done.", "Done?"));
+    EXPECT_FALSE(matches("Done. ", "Done."));
+    EXPECT_FALSE(matches("Not done. Done.", "Done*"));
 }
 
 } // namespace

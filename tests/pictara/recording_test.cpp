@@ -21,6 +21,7 @@ struct RecordingProgram : testing::Test {
     QString const recorded = QStringLiteral(KESTRA_SOURCE_DIR "/tests/pictara/recordings/default-run.txt");
     QTemporaryDir folder;
     QString const copy = folder.filePath("copy.txt");
+    QString const script = folder.filePath("walk.txt");
 };
 
 TEST_F(RecordingProgram, TheDefaultRunBehavesAsRecorded) {
@@ -79,6 +80,75 @@ TEST_F(RecordingProgram, WhatIsNoRecordingIsRefusedWithTheLine) {
         ProgramRun const run({"--replay", copy});
         EXPECT_EXIT_CODE(run, 2);
         EXPECT_TRUE(run.messages().contains(QLatin1String(row.told))) << run.messages().toStdString();
+    }
+}
+
+constexpr char kCalibrationByHand[] = R"(
+expect SETUP_Status "Not done yet."
+set FallOff 80%
+set Prom_Label "By hand"
+press LensCalibSetup
+wait SETUP_Status Done. 30
+press AE
+wait AE_Status Done. 300
+press AWB
+wait AWB_Status Done. 300
+press Calibrate
+expect Calibrate_Status "In progress*"
+wait Calibrate_Status Done. 300
+press File_Save
+wait File_Save_Status "Done: *.ini" 30
+press Prom_Save
+tick 2
+expect Prom_Save_Status Done.
+press Enable_LC           # off
+expect enabled Run_All
+frames 4
+)";
+
+// Light, EEPROM and settings at the beginning are the recording's, whatever became of the files.
+TEST_F(RecordingProgram, AScriptWalksThroughACalibrationAndItsRecordingTellsAll) {
+    QString const device = folder.filePath("device.bin"),
+                  profile = writeSmallProfile(folder.path(), "poly-12bit", {});
+    QString const picture = folder.filePath("dialog.png");
+    ASSERT_TRUE(writeFile(device, QByteArray::fromHex("5659454501ff") + QByteArray(8186, '\x11')));
+    ASSERT_TRUE(writeFile(script, kCalibrationByHand + ("screenshot " + picture.toUtf8() + '\n')));
+    ProgramRun const run({"--script", script, "--profile", profile, "--eeprom", device, "--light", "3200",
+                          "--seed", "7", "--record", copy});
+    ASSERT_EXIT_CODE(run, 0) << run.messages().toStdString();
+    EXPECT_TRUE(contentsOf(picture).startsWith("\x89PNG"));
+    QByteArray const recording = contentsOf(copy);
+    EXPECT_FALSE(recording.contains(run.file({}).toUtf8())) << "names the folder of one machine";
+    EXPECT_TRUE(recording.contains("vy_writeRegisters 0xA8"));
+    EXPECT_TRUE(recording.contains("sf_FindSolution handle1 {0x50 "));
+    EXPECT_TRUE(recording.contains("sf_DumpRegFile handle1 \"<output>\\"));
+    EXPECT_FALSE(recording.contains("COARSE_INTEGRATION_TIME")) << "the host's own exposure loop is recorded";
+    ProgramRun const replay({"--replay", copy});
+    EXPECT_EXIT_CODE(replay, 0);
+}
+
+TEST_F(RecordingProgram, AScriptEndsAtTheLineThatFails) {
+    QString const profile = writeSmallProfile(folder.path());
+    struct {
+        char const* line;
+        int code;
+        char const* told;
+    } const rows[] = {
+        {"expect SETUP_Status Done", 1, "shows \"Done.\", not \"Done\""},
+        {"expect disabled Run_All", 1, "is not disabled"},
+        {"press No_Such", 1, "has no \"No_Such\""},
+        {"press Enable_LC\nexpect SETUP_Status Done.\nexpect disabled Enable_LC", 1, ":5: "},
+        {"set FallOff 97%", 1, "it offers"},
+        {"wait AE_Status Done. 4", 3, "after 4 frames"},
+        {"push AE", 2, ":3: there is no command"},
+        {"fault error-12", 1, "no EEPROM"},
+    };
+    for (auto const& row : rows) {
+        ASSERT_TRUE(writeFile(script, QByteArray("press LensCalibSetup\nframes 3\n") + row.line));
+        ProgramRun const run({"--script", script, "--profile", profile});
+        EXPECT_EXIT_CODE(run, row.code);
+        EXPECT_TRUE(run.messages().contains(script + ':') && run.messages().contains(QLatin1String(row.told)))
+            << run.messages().toStdString();
     }
 }
 
