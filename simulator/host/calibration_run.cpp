@@ -3,6 +3,7 @@
 #include "simulator/host/capture_rows.h"
 #include "simulator/host/closing_measurement.h"
 #include "simulator/host/headless_dialog.h"
+#include "simulator/host/interruption.h"
 #include "simulator/host/light_matrix.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
@@ -67,19 +68,14 @@ bool wasRefusedForItsLight(RunResult const& run, simulator::SimulatedCamera cons
 }
 
 // Even light at the normal level with nothing in its way, of the same colour.
-void mendLight(simulator::SimulatedCamera& camera) {
-    camera.setLight({.colourTemperature = camera.light().colourTemperature});
+void mendLight(Session& session) {
+    session.setLight({.colourTemperature = session.camera().light().colourTemperature});
 }
 
 int exitCodeOf(RunSummary const& summary) {
     if (summary.succeeded)
         return kExitDone;
     return summary.run.end == RunEnd::TimedOut ? kExitTimeout : exitCodeOfRefusal(lastSolverMessage());
-}
-
-QString textOf(FaultWish const& fault) {
-    QString const at = fault.operation ? QStringLiteral("@%1").arg(*fault.operation) : QString();
-    return fault.name + at + QLatin1String(fault.forEver ? "+" : "");
 }
 
 // None on a camera without an EEPROM.
@@ -99,7 +95,7 @@ std::optional<EepromUse> eepromUse(Session& session, Options const& options) {
 void whenSaving(Session& session, Options const& options, ProgressReport& progress) {
     progress.say(QStringLiteral("saving to the EEPROM..."));
     if (options.fault && !options.fault->operation)
-        session.camera().injectFault(options.fault->name, 0, options.fault->forEver);
+        (void)session.injectFault({options.fault->name, 0, options.fault->forEver});
 }
 
 // The person at the camera of a page that calibrates under several lights.
@@ -137,7 +133,7 @@ void calibrate(Session& session, DialogPage& page, Options const& options, RunDr
         summary.firstRefusal = causeOf(summary.run, rows.read(), camera.hasEeprom());
         progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
         forgetSolverMessage();
-        mendLight(session.camera());
+        mendLight(session);
         summary.run = runAgain(session, rows, driver, progress);
     }
     summary.captures = rows.read();
@@ -207,10 +203,14 @@ int runCalibration(Session& session, Options const& options) {
 
     RunSummary summary;
     calibrate(session, opened.page, options, driver, progress, summary);
+    if (isInterrupted())
+        return kExitInterrupted;
     output.savePicture(QStringLiteral("dialog.png"), opened.dialog->grab().toImage());
     driver.onProgress([](RunProgress const&) {});
     judge(session, opened.page, driver, output, summary);
     judgeLights(session, opened.page, driver, progress, summary);
+    if (isInterrupted())
+        return kExitInterrupted;
     writeResults(output, summary);
     progress.say(QLatin1Char('\n') + summaryText(summary));
     if (!summary.cause.isEmpty())

@@ -3,7 +3,6 @@
 #include "simulator/host/light_ranges.h"
 
 #include <QCommandLineParser>
-#include <QRegularExpression>
 #include <cmath>
 #include <limits>
 
@@ -25,13 +24,16 @@ constexpr OptionRow kOptions[] = {
      "What the camera's EEPROM holds, read and written (default eeprom.bin in the output folder)."},
     {"replay-eeprom", "FILE",
      "Replay the correction stored in that EEPROM as a camera does at start-up, and measure it."},
-    {"record", "NAME",
+    {"stored-record", "NAME",
      "The stored record to be replayed (default: the first one). It holds 8 letters of its label."},
     {"fault", "NAME[@N][+]",
      "Let the N-th operation on the EEPROM after the dialog's opening go wrong (power-cut: after N stored "
      "bytes), with a + all later ones, too. Without @N: the first operation of a run's save."},
     {"list-faults", nullptr, "List what can go wrong with the EEPROM and end."},
     {"run-all", nullptr, "Calibrate without a window and end with a summary."},
+    {"script", "FILE", "Work the dialog by the commands in that file, without a window."},
+    {"record", "FILE", "Keep every call between host, plug-in and libraries of a run or a script."},
+    {"replay", "FILE", "Do to the plug-in what was recorded, and name the first call that differs."},
     {"then-good", nullptr, "In a run, mend the light after a refused picture and calibrate again."},
     {"shading", "FILE", "Put a measured lens before the sensor."},
     {"light", "KELVIN",
@@ -97,13 +99,7 @@ public:
     void fault(char const* name, std::optional<FaultWish>& value) {
         if (!isSet(name))
             return;
-        static QRegularExpression const pattern(QStringLiteral("^([^@+]+)(?:@([0-9]+))?(\\+)?$"));
-        auto const match = pattern.match(raw(name));
-        bool ok = match.hasMatch();
-        FaultWish wish{.name = match.captured(1), .operation = {}, .forEver = !match.captured(3).isEmpty()};
-        if (QString const number = match.captured(2); ok && !number.isEmpty())
-            wish.operation = number.toULongLong(&ok);
-        if (ok)
+        if (auto const wish = parseFaultWish(raw(name)))
             value = wish;
         else
             reject(name, QStringLiteral("NAME, NAME@N, NAME+ or NAME@N+"));
@@ -134,9 +130,19 @@ bool wantsWindow(ValueReader const& reader) {
     return reader.isSet("window") || reader.isSet("screenshot");
 }
 
+// A recording tells all but the plug-in that it is tried on.
+QString needlessForReplay(ValueReader const& reader) {
+    for (OptionRow const& row : kOptions) {
+        QLatin1String const name(row.name);
+        if (name != QLatin1String("replay") && name != QLatin1String("plugin") && reader.isSet(row.name))
+            return QStringLiteral("--replay takes all from the recording; --%1 is not for it.").arg(name);
+    }
+    return {};
+}
+
 // What cannot be had together, or at all without something else.
 QString conflictIn(ValueReader const& reader, Options const& options) {
-    bool const replays = reader.isSet("replay-eeprom");
+    bool const replays = reader.isSet("replay-eeprom"), isScripted = reader.isSet("script");
     struct {
         bool isThere;
         char const* told;
@@ -144,10 +150,16 @@ QString conflictIn(ValueReader const& reader, Options const& options) {
         {replays && wantsWindow(reader), "--replay-eeprom shows no window."},
         {replays && reader.isSet("eeprom"),
          "--replay-eeprom leaves its file as it is; --eeprom is not for it."},
-        {!replays && reader.isSet("record"), "--record is for --replay-eeprom."},
+        {!replays && reader.isSet("stored-record"), "--stored-record is for --replay-eeprom."},
+        {isScripted && (options.runAll || replays || wantsWindow(reader)),
+         "--script walks its own way: --run-all, --replay-eeprom and --window are not for it."},
+        {reader.isSet("record") && !options.runAll && !isScripted, "--record needs --run-all or --script."},
         {options.fault && !options.fault->operation && !options.runAll,
          "--fault without @N strikes when a run saves: it needs --run-all."},
+        {reader.isSet("then-good") && isScripted, "--then-good is for --run-all."},
     };
+    if (reader.isSet("replay"))
+        return needlessForReplay(reader);
     for (auto const& conflict : conflicts)
         if (conflict.isThere)
             return QString::fromLatin1(conflict.told);
@@ -159,8 +171,6 @@ Options readOptions(ValueReader& reader) {
     options.listProfiles = reader.isSet("list-profiles");
     options.listFaults = reader.isSet("list-faults");
     options.runAll = reader.isSet("run-all") && !wantsWindow(reader) && !reader.isSet("replay-eeprom");
-    options.chooseProfile = !options.runAll && !reader.isSet("replay-eeprom") && !reader.isSet("profile") &&
-                            !reader.isSet("screenshot");
     options.thenGood = reader.isSet("then-good");
     options.objectInPicture = reader.isSet("object");
     reader.text("profile", options.profile);
@@ -172,8 +182,12 @@ Options readOptions(ValueReader& reader) {
     reader.text("plugin", options.pluginFile);
     reader.text("eeprom", options.eepromFile);
     reader.text("replay-eeprom", options.replayFile);
-    reader.text("record", options.recordName);
+    reader.text("stored-record", options.recordName);
+    reader.text("record", options.recordingFile);
+    reader.text("replay", options.replayedRecordingFile);
+    reader.text("script", options.scriptFile);
     reader.fault("fault", options.fault);
+    options.chooseProfile = !options.isHeadless() && !reader.isSet("profile") && !reader.isSet("screenshot");
     if (reader.isSet("light"))
         reader.number("light", kColourTemperatures, options.lightKelvin.emplace(0));
     reader.number("level", kLevels, options.lightLevel);
@@ -193,7 +207,9 @@ CommandLine parseCommandLine(QStringList const& arguments) {
     parser.setApplicationDescription(QStringLiteral(
         "Runs the lens-shading calibration dialog on a simulated camera.\n\n"
         "Exit codes: 0 done, 1 not calibrated, 2 bad command line or file, 3 too many frames;\n"
-        "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size."));
+        "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size; 130 interrupted.\n"
+        "Of a replay: 0 all calls are equal, 1 one differs. Of a script: 1 a command failed, 3 a wait "
+        "ended in vain."));
     parser.addHelpOption();
     for (OptionRow const& row : kOptions)
         parser.addOption({QString::fromLatin1(row.name), QString::fromLatin1(row.help),

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "simulator/host/fault_wish.h"
+
 #include <QString>
 #include <QStringList>
 #include <cstdint>
@@ -18,14 +20,7 @@ enum ExitCode : int {
     kExitClipped = 5,
     kExitNotFlat = 6, ///< an object in the picture, or uneven light
     kExitWrongSize = 7,
-};
-
-/// Something that shall go wrong with the camera's EEPROM.
-struct FaultWish {
-    QString name;
-    std::optional<uint64_t>
-        operation;        ///< of the EEPROM since the dialog opened, from 1; none: when a run saves
-    bool forEver = false; ///< from there on; else once
+    kExitInterrupted = 130, ///< by Ctrl-C or a request to terminate
 };
 
 /// What the user asked for. File names are as typed; empty ones stand for the defaults told in the help.
@@ -52,11 +47,16 @@ struct Options {
     QString replayFile; ///< an EEPROM whose record is replayed instead of a calibration; empty: no replay
     QString recordName; ///< of the record to be replayed; empty: the first one
     std::optional<FaultWish> fault;
+    QString recordingFile;         ///< where the calls across the boundary are kept; empty: nowhere
+    QString replayedRecordingFile; ///< a recording that is replayed instead of anything else; empty: none
+    QString scriptFile;            ///< of commands that work the dialog instead of a person; empty: none
     int framesPerTick = 3;
     int maxFrames = 2000;
 
     /// Nobody needs a display.
-    [[nodiscard]] bool isHeadless() const { return runAll || !replayFile.isEmpty(); }
+    [[nodiscard]] bool isHeadless() const {
+        return runAll || !replayFile.isEmpty() || !scriptFile.isEmpty() || !replayedRecordingFile.isEmpty();
+    }
 };
 
 /// The options, or, when there is nothing to run, a text for the user and the exit code.

@@ -1,5 +1,8 @@
 #include "simulator/host/dialog_page.h"
 
+#include "simulator/host/boundary.h"
+#include "simulator/host/recorded_input.h"
+
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QLabel>
@@ -36,6 +39,8 @@ QString DialogPage::text(char const* name) const {
         return label->text();
     if (auto const* const edit = widget<QLineEdit>(name))
         return edit->text();
+    if (auto const* const box = widget<QComboBox>(name))
+        return box->currentText();
     auto const* const button = widget<QAbstractButton>(name);
     return button ? button->text() : QString();
 }
@@ -47,28 +52,40 @@ QStringList DialogPage::statusTexts() const {
     return texts;
 }
 
+bool DialogPage::has(char const* name) const {
+    return widget<QWidget>(name) != nullptr;
+}
+
 bool DialogPage::isChecked(char const* name) const {
     auto const* const button = widget<QAbstractButton>(name);
     return button && button->isChecked();
 }
 
 bool DialogPage::isEnabled(char const* name) const {
-    auto const* const button = widget<QAbstractButton>(name);
-    return button && button->isEnabled();
+    auto const* const control = widget<QWidget>(name);
+    return control && control->isEnabled();
 }
 
 bool DialogPage::press(char const* name) {
-    if (!isEnabled(name))
+    auto* const button = widget<QAbstractButton>(name);
+    if (!button || !button->isEnabled())
         return false;
-    widget<QAbstractButton>(name)->click();
+    Boundary::instance().doing(pressInput(name));
+    button->click();
     return true;
 }
 
 bool DialogPage::type(char const* name, QString const& text) {
     auto* const edit = widget<QLineEdit>(name);
-    if (!edit || !edit->isEnabled())
+    auto* const box = widget<QComboBox>(name);
+    bool const isEditable = (edit && edit->isEnabled()) || (box && box->isEditable() && box->isEnabled());
+    if (!isEditable)
         return false;
-    edit->setText(text);
+    Boundary::instance().doing(typeInput(name, text));
+    if (edit)
+        edit->setText(text);
+    else
+        box->setEditText(text);
     return true;
 }
 
@@ -77,6 +94,7 @@ bool DialogPage::choose(char const* name, QString const& text) {
     int const index = box ? box->findText(text) : -1;
     if (index < 0 || !box->isEnabled())
         return false;
+    Boundary::instance().doing(chooseInput(name, text));
     box->setCurrentIndex(index);
     return true;
 }
@@ -97,8 +115,10 @@ void DialogPage::stopTimer() {
 }
 
 void DialogPage::tick() {
-    if (m_page)
-        QMetaObject::invokeMethod(m_page, "start", Qt::DirectConnection);
+    if (!m_page)
+        return;
+    Boundary::instance().doing(QStringLiteral("tick"));
+    QMetaObject::invokeMethod(m_page, "start", Qt::DirectConnection);
 }
 
 bool DialogPage::isRunning() const {

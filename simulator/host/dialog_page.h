@@ -35,16 +35,17 @@ public:
     [[nodiscard]] static DialogPage find(QWidget* dialog);
     [[nodiscard]] explicit operator bool() const { return !m_page.isNull(); }
 
-    /// Text of a label, line edit or button.
+    [[nodiscard]] bool has(char const* widget) const;
+    /// Text of a label, line edit, combo box or button.
     [[nodiscard]] QString text(char const* name) const;
     /// The texts of all steps, in the order of kSteps.
     [[nodiscard]] QStringList statusTexts() const;
     [[nodiscard]] bool isChecked(char const* button) const;
-    [[nodiscard]] bool isEnabled(char const* button) const;
+    [[nodiscard]] bool isEnabled(char const* widget) const;
     /// Clicks a button; false when it cannot be clicked now.
     bool press(char const* button);
-    /// Replaces the text of a line edit.
-    bool type(char const* lineEdit, QString const& text);
+    /// Replaces the text of a line edit, or of a combo box that takes text.
+    bool type(char const* field, QString const& text);
     /// Chooses the entry of that text; false when there is none.
     bool choose(char const* comboBox, QString const& text);
     [[nodiscard]] QStringList choices(char const* comboBox) const;

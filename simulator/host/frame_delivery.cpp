@@ -1,5 +1,6 @@
 #include "simulator/host/frame_delivery.h"
 
+#include "simulator/host/boundary.h"
 #include "simulator/host/exposure_loop.h"
 
 #include <QtDebug>
@@ -19,6 +20,7 @@ FrameDelivery::FrameDelivery(simulator::SimulatedCamera& camera, StateVariables 
 void FrameDelivery::deliverNext() {
     m_frame = m_camera.grab();
     ++m_frameNumber;
+    Boundary::instance().doing(QStringLiteral("frame %1").arg(m_frameNumber));
     if (m_states.read("Auto Exposure") == 1)
         stepExposure();
     if (!m_camera.description().calibratesFromRgb)

@@ -1,5 +1,6 @@
 #include "simulator/host/headless_dialog.h"
 
+#include "simulator/host/boundary.h"
 #include "simulator/host/dialog_setup.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/session.h"
@@ -8,20 +9,31 @@
 
 namespace pictara {
 
+bool makeHeadless(Session& session, HeadlessDialog& opened, QString* error) {
+    opened.dialog = session.openDialog(nullptr, error);
+    return opened.dialog != nullptr;
+}
+
+bool showHeadless(HeadlessDialog& opened, QString* error) {
+    Boundary::instance().doing(QStringLiteral("show"));
+    opened.dialog->show();
+    opened.page = DialogPage::find(opened.dialog);
+    opened.page.stopTimer();
+    if (!opened.page)
+        *error = QStringLiteral("The dialog has no page for this sensor that Run All could work on.");
+    return bool(opened.page);
+}
+
 ExitCode openHeadless(Session& session, Options const& options, HeadlessDialog& opened) {
     QString error;
-    opened.dialog = session.openDialog(nullptr, &error);
-    if (!opened.dialog) {
+    if (!makeHeadless(session, opened, &error)) {
         complain(error);
         return kExitUsage;
     }
-    opened.dialog->show();
-    opened.page = DialogPage::find(opened.dialog);
-    if (!opened.page) {
-        complain(QStringLiteral("The dialog has no page for this sensor that Run All could work on."));
+    if (!showHeadless(opened, &error)) {
+        complain(error);
         return kExitNotCalibrated;
     }
-    opened.page.stopTimer();
     if (setUpDialog(opened.page, options, session.outputFolder(), &error))
         return kExitDone;
     complain(error);

@@ -19,4 +19,8 @@ struct HeadlessDialog {
 /// code than kExitDone when that is not to be had.
 [[nodiscard]] ExitCode openHeadless(Session& session, Options const& options, HeadlessDialog& opened);
 
+/// The steps of it: makes the dialog, and shows it with its timer at rest. False with a message.
+[[nodiscard]] bool makeHeadless(Session& session, HeadlessDialog& opened, QString* error);
+[[nodiscard]] bool showHeadless(HeadlessDialog& opened, QString* error);
+
 } // namespace pictara

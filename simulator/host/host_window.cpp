@@ -66,7 +66,7 @@ QWidget* HostWindow::newSidePanel() {
     auto* const panel = new LightPanel(m_session.camera().light());
     (new QVBoxLayout(light))->addWidget(panel);
     connect(panel, &LightPanel::lightChanged, this,
-            [this](simulator::Light const& changed) { m_session.camera().setLight(changed); });
+            [this](simulator::Light const& changed) { m_session.setLight(changed); });
     layout->addWidget(light);
 
     layout->addStretch();

@@ -14,23 +14,23 @@ namespace {
 // Tells the sensor that all its tables but one were made for redder lights than there are.
 class OneTable {
 public:
-    OneTable(SensorRegisters& registers, std::vector<QByteArray> const& temperatures, size_t table)
-        : m_registers(registers), m_names(temperatures) {
+    OneTable(Session& session, std::vector<QByteArray> const& temperatures, size_t table)
+        : m_session(session), m_names(temperatures) {
         uint32_t unreal = 1; // kelvin
         for (size_t i = 0; i < m_names.size(); ++i) {
-            m_values.push_back(m_registers.read(m_names[i].constData(), ""));
-            m_registers.write(m_names[i].constData(), "", i == table ? uint32_t(m_names.size()) : unreal++);
+            m_values.push_back(m_session.registers().read(m_names[i].constData(), ""));
+            m_session.setRegister(m_names[i], i == table ? uint32_t(m_names.size()) : unreal++);
         }
     }
     ~OneTable() {
         for (size_t i = 0; i < m_names.size(); ++i)
-            m_registers.write(m_names[i].constData(), "", m_values[i]);
+            m_session.setRegister(m_names[i], m_values[i]);
     }
     OneTable(OneTable const&) = delete;
     OneTable& operator=(OneTable const&) = delete;
 
 private:
-    SensorRegisters& m_registers;
+    Session& m_session;
     std::vector<QByteArray> const& m_names;
     std::vector<uint32_t> m_values;
 };
@@ -48,7 +48,7 @@ LightColumn measureLight(Session& session, DialogPage& page, RunDriver& driver, 
     column.uncorrected = uniformity(false);
     std::vector<QByteArray> const& temperatures = session.camera().description().tableTemperatures;
     for (size_t table = 0; table < temperatures.size(); ++table) {
-        OneTable const alone(session.registers(), temperatures, table);
+        OneTable const alone(session, temperatures, table);
         column.tableAlone.push_back(uniformity(true));
     }
     column.corrected = uniformity(true);

@@ -1,7 +1,11 @@
 #include "simulator/host/calibration_run.h"
+#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/profile_chooser.h"
+#include "simulator/host/recorder.h"
+#include "simulator/host/recording_replay.h"
 #include "simulator/host/replay_run.h"
+#include "simulator/host/script_run.h"
 #include "simulator/host/session.h"
 #include "simulator/host/window_run.h"
 
@@ -57,7 +61,41 @@ bool chooseProfile(Options& options) {
 int run(Session& session, Options const& options) {
     if (!options.replayFile.isEmpty())
         return runReplay(session, options);
+    if (!options.scriptFile.isEmpty())
+        return runScript(session, options);
     return options.runAll ? runCalibration(session, options) : runWindow(session, options);
+}
+
+// One sitting from its beginning to its end.
+int sit(Options const& options) {
+    QString error;
+    std::unique_ptr<Session> const session = Session::open(options, &error);
+    if (!session) {
+        complain(error);
+        return kExitUsage;
+    }
+    int const code = run(*session, options);
+    if (isInterrupted())
+        complain(QStringLiteral("Interrupted."));
+    // Also after a failed run: the device keeps what was written to it.
+    if (session->keepEeprom(&error))
+        return code;
+    complain(error);
+    return code == kExitDone ? kExitNotCalibrated : code;
+}
+
+int sitAndRecord(Options const& options) {
+    QString error;
+    std::unique_ptr<Recorder> const recorder = Recorder::start(options, &error);
+    if (!recorder) {
+        complain(error);
+        return kExitUsage;
+    }
+    int const code = sit(options);
+    if (recorder->finish(&error))
+        return code;
+    complain(error);
+    return code == kExitDone ? kExitNotCalibrated : code;
 }
 
 } // namespace
@@ -73,8 +111,8 @@ int main(int argc, char** argv) {
     if (options.isHeadless() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     if (!hasDisplay()) {
-        complain(
-            QStringLiteral("There is no display for the window. --run-all and --replay-eeprom need none."));
+        complain(QStringLiteral("There is no display for the window. --run-all, --script, --replay and "
+                                "--replay-eeprom need none."));
         return kExitUsage;
     }
 
@@ -86,16 +124,8 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     if (options.chooseProfile && !chooseProfile(options))
         return kExitDone;
-    QString error;
-    std::unique_ptr<Session> const session = Session::open(options, &error);
-    if (!session) {
-        complain(error);
-        return kExitUsage;
-    }
-    int const code = run(*session, options);
-    // Also after a failed run: the device keeps what was written to it.
-    if (session->keepEeprom(&error))
-        return code;
-    complain(error);
-    return code == kExitDone ? kExitNotCalibrated : code;
+    noteInterruptions();
+    if (!options.replayedRecordingFile.isEmpty())
+        return runRecordingReplay(options);
+    return options.recordingFile.isEmpty() ? sit(options) : sitAndRecord(options);
 }

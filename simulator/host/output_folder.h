@@ -6,11 +6,13 @@
 
 namespace pictara {
 
-/// Writes a run's files and knows their names. What cannot be written is told on the standard error stream.
+/// Writes a run's files, each as a whole or not at all, and knows their names. What cannot be written is told
+/// on the standard error stream.
 class OutputFolder {
 public:
     explicit OutputFolder(QString const& folder) : m_folder(folder) {}
 
+    /// As PNG, whatever the name says.
     void savePicture(QString const& name, QImage const& picture);
     void saveText(QString const& name, QString const& text);
     /// A file that somebody else should have written.

@@ -1,6 +1,8 @@
 #include "simulator/host/plugin_library.h"
 
+#include "simulator/boundary/call_text.h"
 #include "simulator/camera/simulated_camera.h"
+#include "simulator/host/boundary.h"
 
 #include <QCoreApplication>
 #include <QtDebug>
@@ -18,6 +20,16 @@ bool resolve(QLibrary& library, char const* name, Function& function, QString* e
         *error = QStringLiteral("The plug-in %1 lacks the function %2.")
                      .arg(library.fileName(), QString::fromLatin1(name));
     return function != nullptr;
+}
+
+QByteArray hashOf(void const* pixels, int32_t height, uint32_t pitch) {
+    return simulator::hashText({static_cast<unsigned char const*>(pixels), size_t(height) * pitch});
+}
+
+QByteArray pictureText(void const* pixels, uint32_t type, uint32_t width, int32_t height, uint32_t pitch) {
+    return "type " + QByteArray::number(type) + ", " + QByteArray::number(width) + 'x' +
+           QByteArray::number(height) + ", pitch " + QByteArray::number(pitch) + ", " +
+           hashOf(pixels, height, pitch);
 }
 
 } // namespace
@@ -58,19 +70,30 @@ void PluginLibrary::closeDialog() const {
 
 void PluginLibrary::imageData(void const* pixels, uint32_t type, uint32_t width, int32_t height,
                               uint32_t pitch) const {
-    if (m_functions.imageData)
-        m_functions.imageData(pixels, type, width, height, pitch);
+    if (!m_functions.imageData)
+        return;
+    Crossing const crossing(CallSource::Plugin, "ImageData",
+                            [&] { return pictureText(pixels, type, width, height, pitch); });
+    m_functions.imageData(pixels, type, width, height, pitch);
 }
 
 void PluginLibrary::rgbImageData(void* pixels, uint32_t width, int32_t height, int32_t pitch) const {
-    if (m_functions.rgbImageData)
-        m_functions.rgbImageData(pixels, uint32_t(simulator::FrameType::Rgb32), width, uint32_t(height),
-                                 pitch);
+    if (!m_functions.rgbImageData)
+        return;
+    constexpr auto kType = uint32_t(simulator::FrameType::Rgb32);
+    Crossing crossing(CallSource::Plugin, "RgbImageData",
+                      [&] { return pictureText(pixels, kType, width, height, uint32_t(pitch)); });
+    m_functions.rgbImageData(pixels, kType, width, uint32_t(height), pitch);
+    if (crossing.isTold())
+        crossing.setResult(hashOf(pixels, height, uint32_t(pitch)));
 }
 
 void PluginLibrary::registerChanged() const {
-    if (m_functions.registerChanged)
-        m_functions.registerChanged(kAnyRegister, 0);
+    if (!m_functions.registerChanged)
+        return;
+    Crossing const crossing(CallSource::Plugin, "RegisterChanged",
+                            [] { return simulator::callTexts(kAnyRegister, 0U); });
+    m_functions.registerChanged(kAnyRegister, 0);
 }
 
 } // namespace pictara

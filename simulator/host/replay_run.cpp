@@ -2,6 +2,7 @@
 
 #include "simulator/host/closing_measurement.h"
 #include "simulator/host/headless_dialog.h"
+#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
@@ -90,6 +91,8 @@ int runReplay(Session& session, Options const& options) {
     bringConditionsBack(session, options, driver, summary);
     summary.before = measureEvenness(session, opened.page, driver, false);
     summary.after = measureEvenness(session, opened.page, driver, true);
+    if (isInterrupted())
+        return kExitInterrupted;
     summary.dialogsWrites = session.desk().listEntriesWritten();
 
     savePictures(output, *opened.dialog, summary);

@@ -37,6 +37,8 @@ RunDriver::RunDriver(DialogPage const& page, std::function<void()> deliverFrame,
 
 void RunDriver::advanceOneTick() {
     for (int i = 0; i < m_framesPerTick; ++i) {
+        if (m_isStopWanted())
+            return;
         m_deliverFrame();
         ++m_progress.frames;
         QCoreApplication::processEvents();
@@ -55,6 +57,8 @@ void RunDriver::advanceOneTick() {
 RunEnd RunDriver::watch(std::function<bool()> const& isWorking) {
     int unchangedTicks = 0, unchangedSince = m_progress.frames;
     while (isWorking()) {
+        if (m_isStopWanted())
+            return RunEnd::Interrupted;
         if (m_progress.frames + m_framesPerTick > m_maxFrames)
             return RunEnd::TimedOut;
         QStringList const before = m_progress.statusTexts;
@@ -98,7 +102,7 @@ RunResult RunDriver::runSteps(Step first, Step last) {
 }
 
 bool RunDriver::awaitUniformity(double* figure) {
-    for (int tick = 0; tick < kUniformityTicks; ++tick) {
+    for (int tick = 0; tick < kUniformityTicks && !m_isStopWanted(); ++tick) {
         advanceOneTick();
         if (shownUniformity(m_progress.statusTexts.at(kUniformity), figure))
             return true;

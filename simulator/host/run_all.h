@@ -1,15 +1,17 @@
 #pragma once
 
 #include "simulator/host/dialog_page.h"
+#include "simulator/host/interruption.h"
 
 #include <functional>
 
 namespace pictara {
 
 enum class RunEnd {
-    Finished,  ///< the dialog ended the run by itself
-    Cancelled, ///< the run stands still, after a failed step or before any; the driver cancelled it
-    TimedOut,  ///< the next tick would go beyond the bound on frames; the driver cancelled the run
+    Finished,    ///< the dialog ended the run by itself
+    Cancelled,   ///< the run stands still, after a failed step or before any; the driver cancelled it
+    Interrupted, ///< the user wants the program to end; the driver cancelled the run
+    TimedOut,    ///< the next tick would go beyond the bound on frames; the driver cancelled the run
 };
 
 /// Where a run stands, for whoever shows its progress.
@@ -40,6 +42,9 @@ public:
     /// Called before the dialog saves to the EEPROM, which takes its time and shows nothing meanwhile.
     void onSaving(std::function<void()> observer) { m_savingObserver = std::move(observer); }
 
+    /// Asked at each frame whether to go on. Without a word of its own a driver looks for an interruption.
+    void stopWhen(std::function<bool()> wanted) { m_isStopWanted = std::move(wanted); }
+
     /// Presses Run All and sees it through.
     RunResult runAll();
     /// Presses the steps one after the other from the first to the last, as a person does who had to mend
@@ -57,6 +62,7 @@ private:
     std::function<void(RunProgress const&)> m_observer = [](RunProgress const&) {};
     std::function<void()> m_savingObserver = [] {};
     std::function<void()> m_person = [] {};
+    std::function<bool()> m_isStopWanted = isInterrupted;
     int m_framesPerTick;
     int m_maxFrames;
     RunProgress m_progress;

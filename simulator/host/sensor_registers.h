@@ -38,7 +38,8 @@ public:
     void endChanges();
 
 private:
-    bool written(int status);
+    template <typename Write>
+    bool written(Write write);
     [[nodiscard]] bool setWidths(BusWidths widths) const;
 
     vy_Camera* m_camera;

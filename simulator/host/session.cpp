@@ -1,9 +1,14 @@
 #include "simulator/host/session.h"
 
+#include "simulator/host/boundary.h"
+#include "simulator/host/observed_services.h"
+#include "simulator/host/recorded_input.h"
+
 #include <QCoreApplication>
 #include <QDialog>
 #include <QDir>
 #include <QFile>
+#include <utility>
 
 namespace pictara {
 namespace {
@@ -94,7 +99,9 @@ Session::~Session() {
 }
 
 QDialog* Session::openDialog(QWidget* parent, QString* error) {
-    QDialog* const dialog = m_plugin.openDialog(parent, m_sensor, ServiceDesk::table());
+    Boundary::instance().doing(QStringLiteral("open"));
+    QDialog* const dialog = m_plugin.openDialog(parent, m_sensor, observedServices());
+    m_isDialogMade = m_isDialogMade || dialog;
     if (!dialog)
         *error = QStringLiteral("The plug-in opens no dialog for this sensor: its kind is not supported, or "
                                 "the ini file has no section [Lens Calibration Setup].");
@@ -113,7 +120,22 @@ ViewingConditions Session::conditions() const {
 void Session::bringLamp(double kelvin) {
     simulator::Light light = m_camera->light();
     light.colourTemperature = kelvin;
+    setLight(light);
+}
+
+void Session::setLight(simulator::Light const& light) {
+    Boundary::instance().doing(lightInput(light));
     m_camera->setLight(light);
+}
+
+bool Session::injectFault(FaultWish const& wish) {
+    Boundary::instance().doing(QStringLiteral("fault ") + textOf(wish));
+    return m_camera->injectFault(wish.name, wish.operation.value_or(1), wish.forEver);
+}
+
+void Session::setRegister(QByteArray const& name, uint32_t value) {
+    Boundary::instance().doing(registerInput(name, value));
+    m_registers.write(name.constData(), "", value);
 }
 
 void Session::restoreConditions(ViewingConditions const& conditions) {
@@ -126,6 +148,8 @@ void Session::restoreConditions(ViewingConditions const& conditions) {
 }
 
 void Session::closePlugin() {
+    if (std::exchange(m_isDialogMade, false))
+        Boundary::instance().doing(QStringLiteral("close"));
     m_plugin.closeDialog();
     m_plugin.unload();
 }

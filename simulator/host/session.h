@@ -29,6 +29,12 @@ public:
     [[nodiscard]] Scene scene() const;
     /// As they are now.
     [[nodiscard]] ViewingConditions conditions() const;
+    void setLight(simulator::Light const& light);
+    /// Replaces the fault planned before; operations of the EEPROM count from now on, and none stands for the
+    /// next one. False for a name that is none of a fault.
+    bool injectFault(FaultWish const& wish);
+    /// Writes a register as the host's own register view does. The sensor may refuse the value.
+    void setRegister(QByteArray const& name, uint32_t value);
     /// Puts a lamp of that colour temperature, kelvin, before the camera; nothing else of the light changes.
     void bringLamp(double kelvin);
     /// Sets lamp, exposure and gains, keeps the exposure from moving, and lets the camera run on to that
@@ -70,6 +76,7 @@ private:
     ServiceDesk m_desk;
     FrameDelivery m_frames;
     SensorRecord m_sensor{};
+    bool m_isDialogMade = false;
 };
 
 } // namespace pictara

@@ -1,6 +1,7 @@
 #include "simulator/host/window_run.h"
 
 #include "simulator/host/host_window.h"
+#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/session.h"
 
@@ -13,6 +14,16 @@ namespace pictara {
 namespace {
 
 constexpr quint64 kFramesBeforeScreenshot = 20; // the exposure has settled
+
+// The window's clock delivers frames; the next one sees the interruption.
+void closeWhenInterrupted(HostWindow& window, int* exitCode) {
+    QObject::connect(&window, &HostWindow::frameShown, &window, [&window, exitCode] {
+        if (!isInterrupted())
+            return;
+        *exitCode = kExitInterrupted;
+        window.close();
+    });
+}
 
 // Both windows where they stand, without what else is on the screen.
 QImage picturedTogether(HostWindow& window) {
@@ -50,6 +61,7 @@ int runWindow(Session& session, Options const& options) {
     QString error;
     int code = kExitDone;
     if (window.openDialog(&error)) {
+        closeWhenInterrupted(window, &code);
         if (!options.screenshotFile.isEmpty())
             takeScreenshotAndClose(window, options.screenshotFile, &code);
         window.showWithDialog();

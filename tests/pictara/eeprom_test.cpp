@@ -48,7 +48,8 @@ TEST_F(EepromProgram, WhatWasStoredIsWhatCorrects) {
 TEST_F(EepromProgram, AReplayFindsLostConditionsByTheDialogsSteps) {
     QString const profile = smallProfile("poly-12bit");
     ASSERT_EXIT_CODE(ProgramRun({"--run-all", "--profile", profile, "--eeprom", device}), 0);
-    QStringList const arguments = {"--replay-eeprom", device, "--profile", profile, "--record", "kestratu"};
+    QStringList const arguments = {"--replay-eeprom", device,    "--profile", profile,
+                                   "--stored-record", "kestratu"};
     ASSERT_TRUE(writeFile(conditions, "{}"));
     EXPECT_EXIT_CODE(ProgramRun(arguments), 2);
     ASSERT_TRUE(QFile::remove(conditions));

@@ -12,7 +12,9 @@ constexpr int kLongestRunMs = 280'000;
 } // namespace
 
 ProgramRun::ProgramRun(QStringList arguments) {
-    arguments << QStringLiteral("--output") << m_folder.path();
+    // A recording is replayed in a folder of the program's own.
+    if (!arguments.contains(QStringLiteral("--replay")))
+        arguments << QStringLiteral("--output") << m_folder.path();
     QProcess process;
     process.start(QStringLiteral(PICTARA_SIM), arguments);
     m_ended = process.waitForFinished(kLongestRunMs) && process.exitStatus() == QProcess::NormalExit;

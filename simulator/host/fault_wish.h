@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <optional>
+
+namespace pictara {
+
+/// Something that shall go wrong with the camera's EEPROM.
+struct FaultWish {
+    QString name;
+    std::optional<uint64_t>
+        operation;        ///< of the EEPROM since the dialog opened, from 1; none: when a run saves
+    bool forEver = false; ///< from there on; else once
+};
+
+/// How it is typed: NAME, NAME@N, NAME+ or NAME@N+. The name is not looked at.
+[[nodiscard]] std::optional<FaultWish> parseFaultWish(QString const& text);
+[[nodiscard]] QString textOf(FaultWish const& wish);
+
+} // namespace pictara

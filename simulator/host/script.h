@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <vector>
+
+namespace pictara {
+
+enum class ScriptVerb { Press, Set, Light, Frames, Tick, Fault, Expect, Wait, Screenshot };
+
+/// A line of a script.
+struct ScriptCommand {
+    ScriptVerb verb;
+    QStringList arguments; ///< as many as the verb takes
+    int line = 0;          ///< in the file, from 1
+};
+
+/// Reads a script: a command a line, words apart by blanks, texts with blanks in quotes, comments from a word
+/// that begins with "#". False with "FILE:LINE: cause"; numbers are checked, names of widgets are not.
+[[nodiscard]] bool readScript(QString const& file, std::vector<ScriptCommand>& commands, QString* error);
+
+/// True when the whole text is the pattern's, in which "*" stands for any text.
+[[nodiscard]] bool matches(QString const& text, QString const& pattern);
+
+} // namespace pictara

@@ -1,0 +1,178 @@
+#include "tests/pictara/program_run.h"
+#include "tests/pictara/small_profile.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <csignal>
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr char kRenew[] = "If the change is meant: pictara-sim --run-all --output $(mktemp -d) --record "
+                          "tests/pictara/recordings/default-run.txt";
+
+QByteArray contentsOf(QString const& name) {
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+struct RecordingProgram : testing::Test {
+    QString const recorded = QStringLiteral(KESTRA_SOURCE_DIR "/tests/pictara/recordings/default-run.txt");
+    QTemporaryDir folder;
+    QString const copy = folder.filePath("copy.txt");
+    QString const script = folder.filePath("walk.txt");
+};
+
+TEST_F(RecordingProgram, TheDefaultRunBehavesAsRecorded) {
+    ProgramRun const run({"--replay", recorded});
+    ASSERT_EXIT_CODE(run, 0) << run.messages().toStdString() << kRenew;
+}
+
+TEST_F(RecordingProgram, ADifferenceIsNamedByItsLine) {
+    QByteArray const whole = contentsOf(recorded);
+    QByteArray const result = "\"LensAssist Falloff for POLY12\" 95 = 95";
+    QByteArray const call = "    vy_setMode 2 8 = 0\n", input = "press Run_All";
+    struct {
+        char const* fault;
+        QByteArray from, to, told;
+    } const rows[] = {
+        {"another result", result, QByteArray(result).replace("= 95", "= 80"), "95 = 80"},
+        {"a call that is no more made", call, "    vy_setMode 9 9 = 0\n" + call, "vy_setMode 9 9"},
+        {"a call that was not made then", call, "", "replayed: vy_setMode 2 8 = 0"},
+        {"an input that cannot be given", input, "press No_Such", "recorded: press No_Such"},
+        {"another state at the beginning", "\n\nopen", "\nsetting LensAssist Dir=<output>/x\n\nopen",
+         "recorded: readTextSetting \"LensAssist Dir\" 0x104 \"\" = \"\""},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.fault);
+        int const at = whole.indexOf(row.from);
+        ASSERT_GT(at, 0) << "the recording was renewed: choose another line";
+        QByteArray changed = whole;
+        changed.replace(at, row.from.size(), row.to);
+        ASSERT_TRUE(writeFile(copy, changed));
+        ProgramRun const run({"--replay", copy});
+        EXPECT_EXIT_CODE(run, 1);
+        EXPECT_TRUE(run.messages().contains(QString::fromUtf8(row.told))) << run.messages().toStdString();
+        // The message's line is the one of the file that is shown as recorded.
+        QRegularExpression const told(QStringLiteral(":(\\d+): the replay differs.*recorded: ([^\n]*)"),
+                                      QRegularExpression::DotMatchesEverythingOption);
+        auto const match = told.match(run.messages());
+        QList<QByteArray> const lines = changed.split('\n');
+        ASSERT_TRUE(match.hasMatch()) << run.messages().toStdString();
+        EXPECT_EQ(QString::fromUtf8(lines.value(match.captured(1).toInt() - 1).trimmed()), match.captured(2));
+    }
+}
+
+TEST_F(RecordingProgram, WhatIsNoRecordingIsRefusedWithTheLine) {
+    struct {
+        QByteArray contents;
+        char const* told;
+    } const rows[] = {
+        {"[Other]\n", "no recording"},
+        {"pictara-sim recording 1\nprofile poly-12bit\nseed one\n\nopen\n", "copy.txt:3: "},
+        {"pictara-sim recording 1\neeprom 8190 ffffff\n\nopen\n", "copy.txt:2: "},
+        {"pictara-sim recording 1\nprofile poly-12bit\n", "no input"},
+        {"pictara-sim recording 1\nprofile no-such\n\nopen\n", "no-such"},
+    };
+    for (auto const& row : rows) {
+        ASSERT_TRUE(writeFile(copy, row.contents));
+        ProgramRun const run({"--replay", copy});
+        EXPECT_EXIT_CODE(run, 2);
+        EXPECT_TRUE(run.messages().contains(QLatin1String(row.told))) << run.messages().toStdString();
+    }
+}
+
+constexpr char kCalibrationByHand[] = R"(
+expect SETUP_Status "Not done yet."
+set FallOff 80%
+set Prom_Label "By hand"
+press LensCalibSetup
+wait SETUP_Status Done. 30
+press AE
+wait AE_Status Done. 300
+press AWB
+wait AWB_Status Done. 300
+press Calibrate
+expect Calibrate_Status "In progress*"
+wait Calibrate_Status Done. 300
+press File_Save
+wait File_Save_Status "Done: *.ini" 30
+press Prom_Save
+tick 2
+expect Prom_Save_Status Done.
+press Enable_LC           # off
+expect enabled Run_All
+frames 4
+)";
+
+// Light, EEPROM and settings at the beginning are the recording's, whatever became of the files.
+TEST_F(RecordingProgram, AScriptWalksThroughACalibrationAndItsRecordingTellsAll) {
+    QString const device = folder.filePath("device.bin"),
+                  profile = writeSmallProfile(folder.path(), "poly-12bit", {});
+    QString const picture = folder.filePath("dialog.png");
+    ASSERT_TRUE(writeFile(device, QByteArray::fromHex("5659454501ff") + QByteArray(8186, '\x11')));
+    ASSERT_TRUE(writeFile(script, kCalibrationByHand + ("screenshot " + picture.toUtf8() + '\n')));
+    ProgramRun const run({"--script", script, "--profile", profile, "--eeprom", device, "--light", "3200",
+                          "--seed", "7", "--record", copy});
+    ASSERT_EXIT_CODE(run, 0) << run.messages().toStdString();
+    EXPECT_TRUE(contentsOf(picture).startsWith("\x89PNG"));
+    QByteArray const recording = contentsOf(copy);
+    EXPECT_FALSE(recording.contains(run.file({}).toUtf8())) << "names the folder of one machine";
+    EXPECT_TRUE(recording.contains("vy_writeRegisters 0xA8"));
+    EXPECT_TRUE(recording.contains("sf_FindSolution handle1 {0x50 "));
+    EXPECT_TRUE(recording.contains("sf_DumpRegFile handle1 \"<output>\\"));
+    EXPECT_FALSE(recording.contains("COARSE_INTEGRATION_TIME")) << "the host's own exposure loop is recorded";
+    ProgramRun const replay({"--replay", copy});
+    EXPECT_EXIT_CODE(replay, 0);
+}
+
+TEST_F(RecordingProgram, AScriptEndsAtTheLineThatFails) {
+    QString const profile = writeSmallProfile(folder.path());
+    struct {
+        char const* line;
+        int code;
+        char const* told;
+    } const rows[] = {
+        {"expect SETUP_Status Done", 1, "shows \"Done.\", not \"Done\""},
+        {"expect disabled Run_All", 1, "is not disabled"},
+        {"press No_Such", 1, "has no \"No_Such\""},
+        {"press Enable_LC\nexpect SETUP_Status Done.\nexpect disabled Enable_LC", 1, ":5: "},
+        {"set FallOff 97%", 1, "it offers"},
+        {"wait AE_Status Done. 4", 3, "after 4 frames"},
+        {"push AE", 2, ":3: there is no command"},
+        {"fault error-12", 1, "no EEPROM"},
+    };
+    for (auto const& row : rows) {
+        ASSERT_TRUE(writeFile(script, QByteArray("press LensCalibSetup\nframes 3\n") + row.line));
+        ProgramRun const run({"--script", script, "--profile", profile});
+        EXPECT_EXIT_CODE(run, row.code);
+        EXPECT_TRUE(run.messages().contains(script + ':') && run.messages().contains(QLatin1String(row.told)))
+            << run.messages().toStdString();
+    }
+}
+
+#ifdef Q_OS_UNIX
+TEST_F(RecordingProgram, AnInterruptedRunLeavesWholeFiles) {
+    QString const output = folder.filePath("out"), settings = output + "/settings.ini";
+    for (int const signal : {SIGINT, SIGTERM}) {
+        QProcess process;
+        process.start(QStringLiteral(PICTARA_SIM),
+                      {"--run-all", "--profile", writeSmallProfile(folder.path(), "poly-12bit", {}),
+                       "--output", output, "--record", copy});
+        // The first line of progress: frames are on their way.
+        ASSERT_TRUE(process.waitForReadyRead(60'000));
+        ASSERT_EQ(::kill(pid_t(process.processId()), signal), 0);
+        ASSERT_TRUE(process.waitForFinished(60'000));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), 130) << process.readAllStandardError().toStdString();
+        EXPECT_EQ(QFile(output + "/eeprom.bin").size(), 8192);
+        EXPECT_TRUE(contentsOf(settings).endsWith('\n'));
+        EXPECT_EQ(QDir(output).entryList(QDir::Files), QStringList({"eeprom.bin", "settings.ini"}));
+        ProgramRun const replay({"--replay", copy});
+        EXPECT_EXIT_CODE(replay, 0);
+    }
+}
+#endif
+
+} // namespace
