@@ -21,7 +21,9 @@ _ALL_TESTS = sorted({test for tests in TESTS.values() for test in tests})
 
 _LONGEST_BUILD = 600  # seconds
 _LONG = 0.1  # seconds; tests that take longer run last, because most mutants die in the others
-_MEMORY = 4 << 30  # bytes; a broken loop must not take the machine along
+# A broken loop must not take the machine along, even when this script is stopped meanwhile.
+_MEMORY = 4 << 30  # bytes
+_PROCESSOR_TIME = 300  # seconds
 
 
 class Fate(enum.Enum):
@@ -31,8 +33,9 @@ class Fate(enum.Enum):
     NOT_BUILT = "does not compile"
 
 
-def _bound_memory():
+def _bound_resources():
     resource.setrlimit(resource.RLIMIT_AS, (_MEMORY, _MEMORY))
+    resource.setrlimit(resource.RLIMIT_CPU, (_PROCESSOR_TIME, _PROCESSOR_TIME))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
@@ -117,7 +120,7 @@ class Workshop:
     def _test(self, test, seconds, *options):
         command = [str(self._build / "bin" / test), "--gtest_fail_fast", "--gtest_brief=1", *options]
         environment = dict(os.environ, QT_QPA_PLATFORM="offscreen")
-        return _run(command, seconds, env=environment, cwd=self._build, preexec_fn=_bound_memory)
+        return _run(command, seconds, env=environment, cwd=self._build, preexec_fn=_bound_resources)
 
     def fate_of(self, mutant):
         """Tries a mutant and puts the copy in order again."""
