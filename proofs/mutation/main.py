@@ -148,6 +148,8 @@ def main():
     workshops = open_workshops(max(arguments.jobs, 1))
     trial = Trial(workshops, candidates, arguments.mutants)
     trial.run()
+    for workshop in workshops:
+        workshop.close()
     survived = print_report(trial, sources)
     tried = len(trial.results)
     killed = tried - survived

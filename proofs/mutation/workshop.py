@@ -1,5 +1,6 @@
 """A copy of the tree with a build of its own, in which a mutant lives and dies."""
 
+import atexit
 import enum
 import itertools
 import json
@@ -39,19 +40,35 @@ def _bound_resources():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
+_running = set()
+
+
+def _end(process):
+    if process.poll() is None:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+
+
+@atexit.register
+def _end_all():
+    """Nothing outlives a script that is interrupted: a build that goes on would meddle with the next one."""
+    for process in list(_running):
+        _end(process)
+
+
 def _run(command, seconds, **options):
     """The exit code, or None when the time was over; then whatever the command started is ended too."""
     process = subprocess.Popen(
         command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True, **options
     )
+    _running.add(process)
     try:
         return process.wait(seconds)
     except subprocess.TimeoutExpired:
         return None
     finally:
-        if process.poll() is None:
-            os.killpg(process.pid, signal.SIGKILL)
-            process.wait()
+        _end(process)
+        _running.discard(process)
 
 
 def _copy_tree(source, target):
@@ -92,7 +109,15 @@ class Workshop:
         self._tree = folder / "tree"
         self._build = folder / "build"
         self._runs = {}
+        self._unfinished = folder / "unfinished"
+        # A run that was stopped may have left objects of a mutant that look up to date.
+        if self._unfinished.exists():
+            shutil.rmtree(self._build, ignore_errors=True)
         _copy_tree(source, self._tree)
+        self._unfinished.touch()
+
+    def close(self):
+        self._unfinished.unlink()
 
     def open(self):
         """Builds the tests and runs them on the tree as it is; tells what went wrong, or None."""
