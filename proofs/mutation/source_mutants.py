@@ -113,7 +113,8 @@ def _removed_statements(code):
         # The next statement may begin where this one ends.
         position = match.end() - 1
         statement = match.group(1)
-        if statement.endswith(";") and not _NO_STATEMENT.match(statement):
+        is_declaration = re.search(r"= (?:delete|default);$", statement)
+        if statement.endswith(";") and not is_declaration and not _NO_STATEMENT.match(statement):
             yield "statement", match.start(1), match.end(1), ";"
 
 

@@ -1,5 +1,6 @@
 """A copy of the tree with a build of its own, in which a mutant lives and dies."""
 
+import atexit
 import enum
 import itertools
 import json
@@ -21,7 +22,9 @@ _ALL_TESTS = sorted({test for tests in TESTS.values() for test in tests})
 
 _LONGEST_BUILD = 600  # seconds
 _LONG = 0.1  # seconds; tests that take longer run last, because most mutants die in the others
-_MEMORY = 4 << 30  # bytes; a broken loop must not take the machine along
+# A broken loop must not take the machine along, even when this script is stopped meanwhile.
+_MEMORY = 4 << 30  # bytes
+_PROCESSOR_TIME = 300  # seconds
 
 
 class Fate(enum.Enum):
@@ -31,9 +34,26 @@ class Fate(enum.Enum):
     NOT_BUILT = "does not compile"
 
 
-def _bound_memory():
+def _bound_resources():
     resource.setrlimit(resource.RLIMIT_AS, (_MEMORY, _MEMORY))
+    resource.setrlimit(resource.RLIMIT_CPU, (_PROCESSOR_TIME, _PROCESSOR_TIME))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+_running = set()
+
+
+def _end(process):
+    if process.poll() is None:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+
+
+@atexit.register
+def _end_all():
+    """Nothing outlives a script that is interrupted: a build that goes on would meddle with the next one."""
+    for process in list(_running):
+        _end(process)
 
 
 def _run(command, seconds, **options):
@@ -41,14 +61,14 @@ def _run(command, seconds, **options):
     process = subprocess.Popen(
         command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True, **options
     )
+    _running.add(process)
     try:
         return process.wait(seconds)
     except subprocess.TimeoutExpired:
         return None
     finally:
-        if process.poll() is None:
-            os.killpg(process.pid, signal.SIGKILL)
-            process.wait()
+        _end(process)
+        _running.discard(process)
 
 
 def _copy_tree(source, target):
@@ -89,7 +109,15 @@ class Workshop:
         self._tree = folder / "tree"
         self._build = folder / "build"
         self._runs = {}
+        self._unfinished = folder / "unfinished"
+        # A run that was stopped may have left objects of a mutant that look up to date.
+        if self._unfinished.exists():
+            shutil.rmtree(self._build, ignore_errors=True)
         _copy_tree(source, self._tree)
+        self._unfinished.touch()
+
+    def close(self):
+        self._unfinished.unlink()
 
     def open(self):
         """Builds the tests and runs them on the tree as it is; tells what went wrong, or None."""
@@ -117,7 +145,7 @@ class Workshop:
     def _test(self, test, seconds, *options):
         command = [str(self._build / "bin" / test), "--gtest_fail_fast", "--gtest_brief=1", *options]
         environment = dict(os.environ, QT_QPA_PLATFORM="offscreen")
-        return _run(command, seconds, env=environment, cwd=self._build, preexec_fn=_bound_memory)
+        return _run(command, seconds, env=environment, cwd=self._build, preexec_fn=_bound_resources)
 
     def fate_of(self, mutant):
         """Tries a mutant and puts the copy in order again."""
