@@ -142,8 +142,15 @@ void Sequence::call() {
         return DialogSession::pressAny(what / 16);
     case 7:
     case 8:
-    case 9:
         return DialogSession::press("start");
+    case 9:
+    case 10:
+        return GuardedFrame::deliverGood(5, 1);
+    case 11:
+        // A calibration as far as the host's side can bring it.
+        for (uint8_t const button : std::initializer_list<uint8_t>{8, 9, 10, 2})
+            DialogSession::pressAny(button);
+        return;
     default:
         return GuardedFrame(m_input).deliver();
     }
