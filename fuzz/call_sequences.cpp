@@ -160,7 +160,10 @@ void Sequence::insideService() {
     if (m_depth >= kDeepest || m_left <= 0 || !m_input.chance(64))
         return;
     ++m_depth;
-    call();
+    if (m_input.chance(4))
+        remove();
+    else
+        call();
     --m_depth;
 }
 
@@ -169,7 +172,7 @@ void Sequence::play() {
     answers = &m_input;
     m_session.host.onCall = [this](std::string const&) { insideService(); };
     for (open(); m_left > 0;) {
-        if (!m_dialog && m_input.chance(4))
+        if (!(m_dialog && DialogSession::page()) && m_input.chance(4))
             open();
         call();
     }
