@@ -222,7 +222,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     static FakeHeadboard board;
     InputReader input({data, size});
     Session session(board, input);
-    std::array<std::array<uint8_t, 4>, 6> steps{};
+    std::array<std::array<uint8_t, 4>, 4> steps{};
     size_t const count = 1 + input.byte() % steps.size();
     for (size_t i = 0; i < count; ++i)
         for (uint8_t& byte : steps[i])
