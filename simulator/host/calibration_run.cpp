@@ -155,8 +155,8 @@ void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& 
         return;
     }
     session.noteConditions();
-    summary.before = measureEvenness(session, page, driver, false);
-    summary.after = measureEvenness(session, page, driver, true); // leaves the correction on
+    summary.before = measureInDetail(session, page, driver, false);
+    summary.after = measureInDetail(session, page, driver, true); // leaves the correction on
     // One page shows a part of the folder, too.
     QString const saved = summary.run.last.statusTexts[kFileSave].mid(int(qstrlen("Done: ")));
     QString const results = saved.mid(saved.lastIndexOf(QRegularExpression(QStringLiteral("[/\\\\]"))) + 1);
@@ -178,11 +178,12 @@ void judgeLights(Session& session, DialogPage& page, RunDriver& driver, Progress
     summary.lights = measureLights(session, page, driver, lightsToTry(std::move(lights)));
 }
 
-void writeResults(OutputFolder& output, RunSummary& summary) {
+void writeResults(Session& session, OutputFolder& output, RunSummary& summary) {
     if (summary.before)
         output.savePicture(QStringLiteral("before.png"), markedPicture(*summary.before));
     if (summary.after)
         output.savePicture(QStringLiteral("after.png"), markedPicture(*summary.after));
+    writeReport(reportOf(session, summary), output);
     summary.filesWritten = output.written() + QStringList(QStringLiteral("summary.txt"));
     output.saveText(QStringLiteral("summary.txt"), summaryText(summary));
 }
@@ -210,7 +211,7 @@ int runCalibration(Session& session, Options const& options) {
     driver.onProgress([](RunProgress const&) {});
     judge(session, opened.page, driver, output, summary);
     judgeLights(session, opened.page, driver, progress, summary);
-    writeResults(output, summary);
+    writeResults(session, output, summary);
     progress.say(QLatin1Char('\n') + summaryText(summary));
     if (!summary.cause.isEmpty())
         complain(summary.cause);

@@ -2,17 +2,25 @@
 
 #include "simulator/host/message_log.h"
 
-#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
 
 namespace pictara {
 
 void OutputFolder::savePicture(QString const& name, QImage const& picture) {
-    note(name, picture.save(m_folder.filePath(name)));
+    QSaveFile file(m_folder.filePath(name));
+    note(name, file.open(QIODevice::WriteOnly) && picture.save(&file, "PNG") && file.commit());
 }
 
 void OutputFolder::saveText(QString const& name, QString const& text) {
-    QFile file(m_folder.filePath(name));
-    note(name, file.open(QIODevice::WriteOnly | QIODevice::Text) && file.write(text.toUtf8()) >= 0);
+    QSaveFile file(m_folder.filePath(name));
+    note(name, file.open(QIODevice::WriteOnly | QIODevice::Text) && file.write(text.toUtf8()) >= 0 &&
+                   file.commit());
+}
+
+void OutputFolder::saveBytes(QString const& name, QByteArray const& bytes) {
+    QSaveFile file(m_folder.filePath(name));
+    note(name, file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit());
 }
 
 bool OutputFolder::expect(QString const& name) {

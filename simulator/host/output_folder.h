@@ -6,13 +6,15 @@
 
 namespace pictara {
 
-/// Writes a run's files and knows their names. What cannot be written is told on the standard error stream.
+/// Writes a run's files, each whole or not at all, and knows their names. What cannot be written is told on
+/// the standard error stream.
 class OutputFolder {
 public:
     explicit OutputFolder(QString const& folder) : m_folder(folder) {}
 
     void savePicture(QString const& name, QImage const& picture);
     void saveText(QString const& name, QString const& text);
+    void saveBytes(QString const& name, QByteArray const& bytes);
     /// A file that somebody else should have written.
     [[nodiscard]] bool expect(QString const& name);
     [[nodiscard]] QStringList const& written() const { return m_written; }
