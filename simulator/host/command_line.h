@@ -52,11 +52,18 @@ struct Options {
     QString replayFile; ///< an EEPROM whose record is replayed instead of a calibration; empty: no replay
     QString recordName; ///< of the record to be replayed; empty: the first one
     std::optional<FaultWish> fault;
+    QString measureShadingFile; ///< that a measured shading table is written to; empty: none is measured
+    QString flatFieldFile;      ///< a recorded picture to measure it from; empty: the simulated camera's
+    QStringList comparedFiles;  ///< two shading tables to be laid side by side; or none
     int framesPerTick = 3;
     int maxFrames = 2000;
 
     /// Nobody needs a display.
-    [[nodiscard]] bool isHeadless() const { return runAll || !replayFile.isEmpty(); }
+    [[nodiscard]] bool isHeadless() const { return runAll || !replayFile.isEmpty() || isAboutShading(); }
+    /// No dialog is opened, but shading tables are made or compared.
+    [[nodiscard]] bool isAboutShading() const {
+        return !measureShadingFile.isEmpty() || !comparedFiles.isEmpty();
+    }
 };
 
 /// The options, or, when there is nothing to run, a text for the user and the exit code.

@@ -3,6 +3,7 @@
 #include "simulator/host/profile_chooser.h"
 #include "simulator/host/replay_run.h"
 #include "simulator/host/session.h"
+#include "simulator/host/shading_run.h"
 #include "simulator/host/window_run.h"
 
 #include <QApplication>
@@ -86,6 +87,8 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     if (options.chooseProfile && !chooseProfile(options))
         return kExitDone;
+    if (options.isAboutShading())
+        return runShading(options);
     QString error;
     std::unique_ptr<Session> const session = Session::open(options, &error);
     if (!session) {
