@@ -103,7 +103,7 @@ QCPRange rangeOf(HeatMap const& chart) {
     auto const [low, high] = std::minmax_element(chart.values.begin(), chart.values.end());
     constexpr double kLeastSpan = 0.01; // what is flat must not be shown as a mountain of rounding
     if (!chart.isSigned)
-        return {*low, std::max(*high, *low + kLeastSpan)};
+        return {*low, std::max({*high, chart.end, *low + kLeastSpan})};
     double const span = std::max({std::abs(*low), std::abs(*high), kLeastSpan});
     return {-span, span};
 }

@@ -18,6 +18,7 @@ struct HeatMap {
     std::vector<double> values;
     double aspect = 1;    ///< the picture's width over its height
     bool isSigned = true; ///< colours diverge from a neutral zero; else they rise from the lowest value
+    double end = 0; ///< where the colours of an unsigned map end, so that maps compare; 0: at its highest
 };
 
 /// Lines over a common range, from its start to its end in even steps.

@@ -83,14 +83,16 @@ double rootMeanSquare(std::vector<double> const& values) {
     return std::sqrt(sum);
 }
 
-HeatMap mapOf(QString const& title, char const* unit, std::vector<double> const& values, bool isSigned) {
+HeatMap mapOf(QString const& title, char const* unit, std::vector<double> const& values, bool isSigned,
+              double end = 0) {
     return {.title = title,
             .unit = QString::fromLatin1(unit),
             .columns = int(kColumns),
             .rows = int(kRows),
             .values = values,
             .aspect = double(kColumns) / kRows,
-            .isSigned = isSigned};
+            .isSigned = isSigned,
+            .end = end};
 }
 
 void addFigures(ReportPage& page, std::vector<Comparison> const& all, bool areTwo) {
@@ -120,7 +122,8 @@ void addMaps(ReportPage& page, std::vector<Comparison> const& all) {
         page.beginRow();
         for (size_t i = 0; i < comparison.gains.size(); ++i)
             page.chart(mapOf(QStringLiteral("%1: %2").arg(i == 0 ? "A" : "B", place), "gain",
-                             comparison.gains[i], false));
+                             comparison.gains[i], false,
+                             std::max(largest(comparison.gains.front()), largest(comparison.gains.back()))));
         if (!comparison.difference.empty())
             page.chart(mapOf(QStringLiteral("B above A: ") + place, "%", comparison.difference, true));
         page.endRow();
