@@ -141,7 +141,8 @@ QImage drawChart(HeatMap const& chart, Scheme scheme) {
     map->data()->setRange({across, 100 - across}, {down, 100 - down});
     for (int row = 0; row < chart.rows; ++row)
         for (int column = 0; column < chart.columns; ++column)
-            map->data()->setCell(column, row, chart.values[size_t(row * chart.columns + column)]);
+            map->data()->setCell(column, row,
+                                 chart.values[size_t(row) * size_t(chart.columns) + size_t(column)]);
     map->setInterpolate(false);
     addScale(plot, *map, chart.unit, palette);
     map->setGradient(gradientOf(chart, palette));

@@ -39,7 +39,7 @@ std::optional<Frame> readPng(QString const& name, CameraDescription const& camer
         auto const* const row = reinterpret_cast<quint16 const*>(wide.constScanLine(y));
         for (int x = 0; x < wide.width(); ++x)
             qToLittleEndian<quint16>(quint16(row[x] / spread),
-                                     frame.pixels.data() + y * int(frame.pitch) + 2 * x);
+                                     frame.pixels.data() + qsizetype(y) * frame.pitch + 2 * qsizetype(x));
     }
     return frame;
 }
