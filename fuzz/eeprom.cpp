@@ -10,7 +10,9 @@
 #include "headboard/record_types.h"
 #include "tests/fakes/fake_headboard.h"
 
+#include <algorithm>
 #include <optional>
+#include <span>
 
 namespace {
 
@@ -223,14 +225,13 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     InputReader input({data, size});
     Session session(board, input);
     std::array<std::array<uint8_t, 4>, 4> steps{};
-    size_t const count = 1 + input.byte() % steps.size();
-    for (size_t i = 0; i < count; ++i)
-        for (uint8_t& byte : steps[i])
-            byte = input.byte();
+    std::span const used = std::span(steps).first(1 + input.byte() % steps.size());
+    for (auto& step : used)
+        std::ranges::generate(step, [&] { return input.byte(); });
     std::fill(board.device.begin(), board.device.end(), uint8_t{0xFF});
     auto const content = input.rest(board.registers.empty() ? 1024 : 64);
     std::copy(content.begin(), content.end(), board.device.begin());
-    for (size_t i = 0; i < count; ++i)
-        session.step(steps[i]);
+    for (auto const& step : used)
+        session.step(step);
     return 0;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/camera/lens_response.h"
+#include "simulator/camera/simulated_camera.h"
 
 #include <QString>
 #include <array>
@@ -24,11 +25,12 @@ struct MeasuredShading {
 
 /// Reads a file of the format shading-gains-1. Empty with a message that names the fault and its place in
 /// `error` when it is malformed.
-[[nodiscard]] std::optional<MeasuredShading> readMeasuredShading(QString const& file, QString* error);
+[[nodiscard]] SIMULATED_CAMERA_API std::optional<MeasuredShading> readMeasuredShading(QString const& file,
+                                                                                      QString* error);
 
 /// A measured lens under one illuminant: the response is 1 / gain at the centres of the cells, a bicubic
 /// surface between them (cubic convolution, Keys 1981, a = -1/2), and goes on linearly to the border.
-class MeasuredLens : public LensResponse {
+class SIMULATED_CAMERA_API MeasuredLens : public LensResponse {
 public:
     MeasuredLens(MeasuredShading const& shading, SensorArray const& array, double colourTemperature);
     void row(Plane plane, uint32_t y, std::span<float> response) const override;

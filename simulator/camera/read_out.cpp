@@ -140,6 +140,21 @@ Mosaic exposeMosaic(SensorArray const& array, ReadOut const& readOut, Exposing c
     return mosaic;
 }
 
+std::vector<float> exposeIdeal(SensorArray const& array, ReadOut const& readOut, Exposing const& exposing) {
+    auto const scale = float(exposing.countsPerLight / (kConverterWhite - readOut.pedestal));
+    std::vector<float> ideal(array.pixels());
+    for (uint32_t row = 0; row < array.height; ++row) {
+        size_t const from = size_t(array.arrayRow(row)) * array.width;
+        size_t const to = size_t(row) * array.width;
+        for (size_t x = 0; x < array.width; ++x) {
+            float const signal = std::min(exposing.light[from + x] * scale, 1.0F);
+            float const corrected = exposing.gains ? signal * (*exposing.gains)[from + x] : signal;
+            ideal[to + (array.isMirrored() ? array.width - 1 - x : x)] = std::clamp(corrected, 0.0F, 1.0F);
+        }
+    }
+    return ideal;
+}
+
 Frame rawFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic) {
     bool const wide = readOut.format == OutputFormat::Raw12;
     Frame frame{.type = wide ? FrameType::Raw12 : FrameType::Raw8,

@@ -31,6 +31,11 @@ struct Exposing {
 [[nodiscard]] std::optional<double> centreRedToBlue(SensorArray const& array, ReadOut const& readOut,
                                                     Exposing const& exposing);
 
+/// The same exposure without noise and without steps: 0 at black and 1 at full scale, clipped where the
+/// converter and the correction clip, in the order of the delivered picture.
+[[nodiscard]] std::vector<float> exposeIdeal(SensorArray const& array, ReadOut const& readOut,
+                                             Exposing const& exposing);
+
 /// Packs a mosaic as little-endian 16-bit words or, rounded to the upper 8 bits, as bytes.
 [[nodiscard]] Frame rawFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic);
 

@@ -58,6 +58,7 @@ CameraDescription describe(Profile const& profile) {
     description.calibratesFromRgb = profile.layout.input == QLatin1String("rgb32");
     description.bayerPhase = profile.array.deliveredPhase();
     description.orientation = profile.array.orientation;
+    description.unusableRows = profile.readOut.unusableRows;
     description.blackLevel = profile.readOut.deliveredBlack();
     description.whiteLevel = profile.readOut.deliveredWhite();
     if (profile.tableChoice)
@@ -86,7 +87,9 @@ public:
     void setLight(Light const& changed);
     [[nodiscard]] Field const& lightOnTheArray();
     [[nodiscard]] Frame grab();
-    [[nodiscard]] Field const* gains(Exposing const& exposing);
+    [[nodiscard]] IdealFrame idealFrame();
+    [[nodiscard]] Exposing exposing();
+    [[nodiscard]] Field const* gains();
     [[nodiscard]] bool replay(QString const& recordName, QString* error);
 
     Profile const profile;
@@ -128,10 +131,16 @@ Field const& SimulatedCamera::Implementation::lightOnTheArray() {
     return field;
 }
 
-// The light is looked at whether the correction is on or off, so that switching does not change it.
-Field const* SimulatedCamera::Implementation::gains(Exposing const& exposing) {
-    if (illuminant)
-        illuminant->update(centreRedToBlue(profile.array, profile.readOut, exposing));
+Exposing SimulatedCamera::Implementation::exposing() {
+    double const exposure = double(exposureRegister->value) / exposureAtReset;
+    double const fullScale = kConverterWhite - profile.readOut.pedestal;
+    return {
+        .light = lightOnTheArray(),
+        .countsPerLight = profile.exposure.signalAtReset * fullScale * exposure * std::max(0.0, light.level),
+    };
+}
+
+Field const* SimulatedCamera::Implementation::gains() {
     return correction.isOn() ? &correction.gains(illuminant ? illuminant->kelvin() : 0) : nullptr;
 }
 
@@ -139,20 +148,24 @@ Frame SimulatedCamera::Implementation::grab() {
     ++frameNumber;
     frameCounter->value = uint32_t(frameNumber & 0xFFFF);
     uint64_t const stream = mixed(seed) + (frameNumber << 32);
-    double const exposure = double(exposureRegister->value) / exposureAtReset;
-    double const fullScale = kConverterWhite - profile.readOut.pedestal;
-    Exposing exposing{
-        .light = lightOnTheArray(),
-        .countsPerLight = profile.exposure.signalAtReset * fullScale * exposure * std::max(0.0, light.level),
-        .noiseStream = stream,
-    };
-    exposing.gains = gains(exposing);
-    Mosaic const mosaic = exposeMosaic(profile.array, profile.readOut, exposing);
+    Exposing exposed = exposing();
+    exposed.noiseStream = stream;
+    // The light is looked at whether the correction is on or off, so that switching does not change it.
+    if (illuminant)
+        illuminant->update(centreRedToBlue(profile.array, profile.readOut, exposed));
+    exposed.gains = gains();
+    Mosaic const mosaic = exposeMosaic(profile.array, profile.readOut, exposed);
     Frame frame = profile.readOut.format == OutputFormat::Ycbcr
                       ? ycbcrFrame(profile.array, profile.readOut, mosaic)
                       : rawFrame(profile.array, profile.readOut, mosaic);
     spoilUnusableRows(frame, profile.readOut.unusableRows, stream);
     return frame;
+}
+
+IdealFrame SimulatedCamera::Implementation::idealFrame() {
+    Exposing exposed = exposing();
+    exposed.gains = gains();
+    return {profile.array.width, profile.array.height, exposeIdeal(profile.array, profile.readOut, exposed)};
 }
 
 bool SimulatedCamera::Implementation::replay(QString const& recordName, QString* error) {
@@ -223,6 +236,14 @@ bool SimulatedCamera::useMeasuredShading(QString const& file, QString* error) {
 
 Frame SimulatedCamera::grab() {
     return m_implementation->grab();
+}
+
+IdealFrame SimulatedCamera::idealFrame() const {
+    return m_implementation->idealFrame();
+}
+
+bool SimulatedCamera::isCorrecting() const {
+    return m_implementation->correction.isOn();
 }
 
 uint64_t SimulatedCamera::registerWrites() const {

@@ -40,6 +40,15 @@ struct Frame {
     QByteArray pixels;
 };
 
+/// A picture without noise and without the converter's steps, as no camera could deliver it: the signal of
+/// each photosite, 0 at black and 1 at full scale, in the order and with the Bayer phase of the delivered
+/// frames, whatever their type.
+struct IdealFrame {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    std::vector<float> samples;
+};
+
 /// What a host is told of the camera besides its registers.
 struct CameraDescription {
     QString profile;         ///< the profile's name
@@ -54,9 +63,10 @@ struct CameraDescription {
     bool calibratesFromRgb = false;       ///< the calibration takes the host's RGB-32 picture
     uint32_t bayerPhase =
         0; ///< bit 0: column offset, bit 1: row offset of the first red pixel; of the delivered frame
-    uint32_t orientation = 0; ///< bit 0: mirrored, bit 1: upside down
-    double blackLevel = 0;    ///< counts of the delivered samples
-    double whiteLevel = 0;    ///< counts of the delivered samples
+    uint32_t orientation = 0;  ///< bit 0: mirrored, bit 1: upside down
+    uint32_t unusableRows = 0; ///< rows at the top of a frame that hold no picture
+    double blackLevel = 0;     ///< counts of the delivered samples
+    double whiteLevel = 0;     ///< counts of the delivered samples
     std::vector<QByteArray>
         tableTemperatures; ///< registers of the colour temperatures for which the correction's
                            ///< tables were made, left to right; empty with one correction
@@ -88,6 +98,11 @@ public:
 
     /// Exposes and reads out the next frame.
     [[nodiscard]] Frame grab();
+    /// What a frame would show now if light, lens, exposure and correction were all there is. Nothing of the
+    /// camera changes, not even the noise of the next frame.
+    [[nodiscard]] IdealFrame idealFrame() const;
+    /// Whether the sensor's own shading correction is switched on.
+    [[nodiscard]] bool isCorrecting() const;
     /// Number of register writes that reached the sensor since it was opened.
     [[nodiscard]] uint64_t registerWrites() const;
 

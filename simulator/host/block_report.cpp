@@ -1,6 +1,6 @@
 #include "simulator/host/block_report.h"
 
-#include "simulator/host/linear_picture.h"
+#include "simulator/host/block_means.h"
 
 #include <algorithm>
 #include <array>
@@ -12,8 +12,6 @@ namespace {
 
 constexpr int kColumns = 32;
 
-using Colour = std::array<double, 3>;
-
 // CIE 1976 L*a*b* of linear sRGB against its own white, the two colour axes only.
 std::array<double, 2> colourAxes(Colour const& c) {
     auto const f = [](double t) { return t > 0.008856 ? std::cbrt(t) : 7.787 * t + 16.0 / 116; };
@@ -21,10 +19,6 @@ std::array<double, 2> colourAxes(Colour const& c) {
     double const y = f(0.2126 * c[0] + 0.7152 * c[1] + 0.0722 * c[2]);
     double const z = f((0.0193 * c[0] + 0.1192 * c[1] + 0.9505 * c[2]) / 1.0890);
     return {500 * (x - y), 200 * (y - z)};
-}
-
-double luminance(Colour const& c) {
-    return 0.2126 * c[0] + 0.7152 * c[1] + 0.0722 * c[2];
 }
 
 double medianOf(std::vector<double> values) {
@@ -37,37 +31,10 @@ double medianOf(std::vector<double> values) {
 std::vector<QRect> blockRects(int width, int height) {
     int const columns = std::min(kColumns, width);
     int const rows = std::clamp(int(std::lround(double(columns) * height / width)), 1, height);
-    std::vector<QRect> rects;
-    for (int row = 0; row < rows; ++row)
-        for (int column = 0; column < columns; ++column) {
-            int const left = width * column / columns, top = height * row / rows;
-            rects.emplace_back(QPoint(left, top),
-                               QPoint(width * (column + 1) / columns - 1, height * (row + 1) / rows - 1));
-        }
+    std::vector<QRect> rects = gridCells(width, height, columns, rows);
     QSize const size(std::max(width / columns, 1), std::max(height / rows, 1));
     rects.emplace_back(QPoint((width - size.width()) / 2, (height - size.height()) / 2), size);
     return rects;
-}
-
-void addRow(ColourRow const& row, QRect const& rect, Colour& sum) {
-    std::vector<float> const* const planes[] = {&row.red, &row.green, &row.blue};
-    for (size_t colour = 0; colour < 3; ++colour)
-        for (int x = rect.left(); x <= rect.right(); ++x)
-            sum[colour] += double((*planes[colour])[size_t(x)]);
-}
-
-std::vector<Colour> blockMeans(std::vector<QRect> const& rects, simulator::Frame const& frame,
-                               simulator::CameraDescription const& camera, ColourSettings const& settings) {
-    std::vector<Colour> means(rects.size());
-    forEachLinearRow(frame, camera, settings, [&](uint32_t y, ColourRow const& row) {
-        for (size_t i = 0; i < rects.size(); ++i)
-            if (int(y) >= rects[i].top() && int(y) <= rects[i].bottom())
-                addRow(row, rects[i], means[i]);
-    });
-    for (size_t i = 0; i < rects.size(); ++i)
-        for (double& channel : means[i])
-            channel /= double(rects[i].width()) * rects[i].height();
-    return means;
 }
 
 void rateLuminance(std::vector<double> const& blocks, double reference, double& largest, double& mean) {
@@ -98,13 +65,12 @@ void rateColour(std::vector<Colour> const& blocks, std::vector<QRect> const& rec
 
 } // namespace
 
-BlockReport measureBlocks(simulator::Frame const& frame, simulator::CameraDescription const& camera,
-                          ColourSettings const& settings) {
+BlockReport measureBlocks(RowSource const& linear) {
     BlockReport report;
-    if (!isWhole(frame))
+    if (linear.width < 1 || linear.height < 1)
         return report;
-    std::vector<QRect> const rects = blockRects(int(frame.width), frame.height);
-    std::vector<Colour> means = blockMeans(rects, frame, camera, settings);
+    std::vector<QRect> const rects = blockRects(linear.width, linear.height);
+    std::vector<Colour> means = blockMeans(linear, rects);
     double const centre = luminance(means.back());
     means.pop_back();
     std::vector<double> blocks;

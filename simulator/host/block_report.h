@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/host/colour_settings.h"
+#include "simulator/host/row_source.h"
 
 #include <QRect>
 
@@ -16,10 +16,8 @@ struct BlockReport {
     QRect worstBlock;                  ///< the block of the largest colour deviation
 };
 
-/// Measures the frame as the colour pipeline sees it before the tone curve, on 32 columns of blocks that are
-/// about square. A frame that is not whole gives an empty report.
-[[nodiscard]] BlockReport measureBlocks(simulator::Frame const& frame,
-                                        simulator::CameraDescription const& camera,
-                                        ColourSettings const& settings);
+/// Measures rows of linear light, as the colour pipeline sees them before the tone curve, on 32 columns of
+/// blocks that are about square. An empty picture gives an empty report.
+[[nodiscard]] BlockReport measureBlocks(RowSource const& linear);
 
 } // namespace pictara

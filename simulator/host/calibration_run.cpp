@@ -149,8 +149,8 @@ void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& 
         return;
     }
     session.noteConditions();
-    summary.before = measureEvenness(session, page, driver, false);
-    summary.after = measureEvenness(session, page, driver, true); // leaves the correction on
+    summary.before = measureInDetail(session, page, driver, false);
+    summary.after = measureInDetail(session, page, driver, true); // leaves the correction on
     // One page cuts the name at "/" alone, so that what lies before "\\" stays.
     QString const saved = summary.run.last.statusTexts[kFileSave].mid(int(qstrlen("Done: ")));
     QString const results = saved.mid(saved.lastIndexOf(QRegularExpression(QStringLiteral("[/\\\\]"))) + 1);
@@ -175,11 +175,12 @@ void judgeLights(Session& session, DialogPage& page, RunDriver& driver, Progress
         summary.cause = QStringLiteral("The dialog did not show the uniformity under every light.");
 }
 
-void writeResults(OutputFolder& output, RunSummary& summary) {
+void writeResults(Session& session, OutputFolder& output, RunSummary& summary) {
     if (summary.before)
         output.savePicture(QStringLiteral("before.png"), markedPicture(*summary.before));
     if (summary.after)
         output.savePicture(QStringLiteral("after.png"), markedPicture(*summary.after));
+    writeReport(reportOf(session, summary), output);
     summary.filesWritten = output.written() + QStringList(QStringLiteral("summary.txt"));
     output.saveText(QStringLiteral("summary.txt"), summaryText(summary));
 }
@@ -211,7 +212,7 @@ int runCalibration(Session& session, Options const& options) {
     judgeLights(session, opened.page, driver, progress, summary);
     if (isInterrupted())
         return kExitInterrupted;
-    writeResults(output, summary);
+    writeResults(session, output, summary);
     progress.say(QLatin1Char('\n') + summaryText(summary));
     if (!summary.cause.isEmpty())
         complain(summary.cause);

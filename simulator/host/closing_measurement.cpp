@@ -26,4 +26,12 @@ std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunD
     return result;
 }
 
+std::optional<Evenness> measureInDetail(Session& session, DialogPage& page, RunDriver& driver,
+                                        bool corrected) {
+    std::optional<Evenness> evenness = measureEvenness(session, page, driver, corrected);
+    if (evenness)
+        evenness->detail = session.frames().detail();
+    return evenness;
+}
+
 } // namespace pictara

@@ -11,5 +11,8 @@ class Session;
 /// Nothing when the dialog shows none.
 [[nodiscard]] std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunDriver& driver,
                                                       bool corrected);
+/// With all the detail that a report tells.
+[[nodiscard]] std::optional<Evenness> measureInDetail(Session& session, DialogPage& page, RunDriver& driver,
+                                                      bool corrected);
 
 } // namespace pictara

@@ -36,6 +36,14 @@ constexpr OptionRow kOptions[] = {
     {"replay", "FILE", "Do to the plug-in what was recorded, and name the first call that differs."},
     {"then-good", nullptr, "In a run, mend the light after a refused picture and calibrate again."},
     {"shading", "FILE", "Put a measured lens before the sensor."},
+    {"measure-shading", "FILE",
+     "Write the shading of the simulated camera's flat field as a table for --shading, at 2856, 4000 and "
+     "6500 K "
+     "or at that of --light, and end."},
+    {"flat-field", "FILE",
+     "For --measure-shading: a recorded flat field of the profile's sensor, a 16-bit greyscale PNG or bare "
+     "samples, taken at the --light."},
+    {"compare-shading", "A B", "Lay two shading tables side by side in a report, and end."},
     {"light", "KELVIN",
      "Colour temperature of the lamp, 2000 to 12000 (default 5000; in a replay, that of the "
      "calibration). Not for a run on a page that names its lights."},
@@ -148,6 +156,13 @@ QString conflictIn(ValueReader const& reader, Options const& options) {
         char const* told;
     } const conflicts[] = {
         {replays && wantsWindow(reader), "--replay-eeprom shows no window."},
+        {reader.isSet("measure-shading") && reader.isSet("compare-shading"),
+         "--measure-shading and --compare-shading are two runs."},
+        {(reader.isSet("measure-shading") || reader.isSet("compare-shading")) &&
+             (replays || wantsWindow(reader)),
+         "Shading tables are made and compared without a window or a replay."},
+        {reader.isSet("flat-field") && !reader.isSet("measure-shading"),
+         "--flat-field is for --measure-shading."},
         {replays && reader.isSet("eeprom"),
          "--replay-eeprom leaves its file as it is; --eeprom is not for it."},
         {!replays && reader.isSet("stored-record"), "--stored-record is for --replay-eeprom."},
@@ -170,11 +185,15 @@ Options readOptions(ValueReader& reader) {
     Options options;
     options.listProfiles = reader.isSet("list-profiles");
     options.listFaults = reader.isSet("list-faults");
-    options.runAll = reader.isSet("run-all") && !wantsWindow(reader) && !reader.isSet("replay-eeprom");
+    bool const isAboutShading = reader.isSet("measure-shading") || reader.isSet("compare-shading");
+    bool const isOtherRun = isAboutShading || reader.isSet("replay-eeprom");
+    options.runAll = reader.isSet("run-all") && !wantsWindow(reader) && !isOtherRun;
     options.thenGood = reader.isSet("then-good");
     options.objectInPicture = reader.isSet("object");
     reader.text("profile", options.profile);
     reader.text("shading", options.shadingFile);
+    reader.text("measure-shading", options.measureShadingFile);
+    reader.text("flat-field", options.flatFieldFile);
     reader.text("screenshot", options.screenshotFile);
     reader.text("output", options.outputFolder);
     reader.text("ini", options.iniFile);
@@ -187,7 +206,8 @@ Options readOptions(ValueReader& reader) {
     reader.text("replay", options.replayedRecordingFile);
     reader.text("script", options.scriptFile);
     reader.fault("fault", options.fault);
-    options.chooseProfile = !options.isHeadless() && !reader.isSet("profile") && !reader.isSet("screenshot");
+    options.chooseProfile =
+        !options.isHeadless() && !isAboutShading && !reader.isSet("profile") && !reader.isSet("screenshot");
     if (reader.isSet("light"))
         reader.number("light", kColourTemperatures, options.lightKelvin.emplace(0));
     reader.number("level", kLevels, options.lightLevel);
@@ -218,12 +238,19 @@ CommandLine parseCommandLine(QStringList const& arguments) {
         return usageError(parser.errorText());
     if (parser.isSet(QStringLiteral("help")))
         return {std::nullopt, parser.helpText(), kExitDone};
-    if (!parser.positionalArguments().isEmpty())
-        return usageError(
-            QStringLiteral("\"%1\" is not an option.").arg(parser.positionalArguments().first()));
+    // The second table of a comparison belongs to no option.
+    QStringList others = parser.positionalArguments();
+    QStringList compared = parser.values(QStringLiteral("compare-shading"));
+    if (compared.size() == 1 && !others.isEmpty())
+        compared.append(others.takeFirst());
+    if (!others.isEmpty())
+        return usageError(QStringLiteral("\"%1\" is not an option.").arg(others.first()));
+    if (compared.size() != 0 && compared.size() != 2)
+        return usageError(QStringLiteral("--compare-shading takes two files."));
 
     ValueReader reader(parser);
-    Options const options = readOptions(reader);
+    Options options = readOptions(reader);
+    options.comparedFiles = compared;
     if (!reader.error().isEmpty())
         return usageError(reader.error());
     if (QString const conflict = conflictIn(reader, options); !conflict.isEmpty())

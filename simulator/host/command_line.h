@@ -50,12 +50,20 @@ struct Options {
     QString recordingFile;         ///< where the calls across the boundary are kept; empty: nowhere
     QString replayedRecordingFile; ///< a recording that is replayed instead of anything else; empty: none
     QString scriptFile;            ///< of commands that work the dialog instead of a person; empty: none
+    QString measureShadingFile;    ///< that a measured shading table is written to; empty: none is measured
+    QString flatFieldFile;         ///< a recorded picture to measure it from; empty: the simulated camera's
+    QStringList comparedFiles;     ///< two shading tables to be laid side by side; or none
     int framesPerTick = 3;
     int maxFrames = 2000;
 
     /// Nobody needs a display.
     [[nodiscard]] bool isHeadless() const {
-        return runAll || !replayFile.isEmpty() || !scriptFile.isEmpty() || !replayedRecordingFile.isEmpty();
+        return runAll || !replayFile.isEmpty() || !scriptFile.isEmpty() || !replayedRecordingFile.isEmpty() ||
+               isAboutShading();
+    }
+    /// No dialog is opened, but shading tables are made or compared.
+    [[nodiscard]] bool isAboutShading() const {
+        return !measureShadingFile.isEmpty() || !comparedFiles.isEmpty();
     }
 };
 

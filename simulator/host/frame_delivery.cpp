@@ -45,7 +45,12 @@ QImage FrameDelivery::unmarkedPicture() {
 }
 
 BlockReport FrameDelivery::blocks() const {
-    return measureBlocks(m_frame, m_camera.description(), m_settings);
+    return measureBlocks(linearRows(m_frame, m_camera.description(), m_settings));
+}
+
+PictureDetail FrameDelivery::detail() {
+    return measureDetail(m_frame, m_camera.idealFrame(), m_camera.description(), m_settings,
+                         unmarkedPicture());
 }
 
 uint32_t FrameDelivery::exposure() const {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/host/block_report.h"
 #include "simulator/host/colour_pipeline.h"
+#include "simulator/host/picture_detail.h"
 #include "simulator/host/plugin_library.h"
 #include "simulator/host/sensor_registers.h"
 
@@ -29,6 +29,8 @@ public:
     [[nodiscard]] QImage unmarkedPicture();
     /// The block statistics of the last frame.
     [[nodiscard]] BlockReport blocks() const;
+    /// All about the last frame, and about the same without noise.
+    [[nodiscard]] PictureDetail detail();
 
 private:
     void stepExposure();

@@ -6,6 +6,7 @@ namespace pictara {
 namespace {
 
 using Matrix = std::array<float, 9>;
+using RowUse = std::function<void(uint32_t, ColourRow const&)>;
 
 // Luminance weights of linear sRGB (IEC 61966-2-1).
 constexpr double kLuminance[3] = {0.2126, 0.7152, 0.0722};
@@ -37,6 +38,20 @@ void multiply(Matrix const& m, ColourRow& row) {
     }
 }
 
+template <typename ReadRow>
+void handOut(uint32_t height, simulator::CameraDescription const& camera, ColourSettings const& settings,
+             RowUse const& use, ReadRow const& readRow) {
+    Matrix const matrix = colourMatrix(camera, settings);
+    bool const plain = !settings.colourCorrection && settings.saturation == 1;
+    ColourRow row;
+    for (uint32_t y = 0; y < height; ++y) {
+        readRow(y, row);
+        if (!plain)
+            multiply(matrix, row);
+        use(y, row);
+    }
+}
+
 uint64_t rowBytes(simulator::Frame const& frame) {
     switch (frame.type) {
     case simulator::FrameType::Raw8:
@@ -60,32 +75,31 @@ bool isWhole(simulator::Frame const& frame) {
 }
 
 void forEachLinearRow(simulator::Frame const& frame, simulator::CameraDescription const& camera,
-                      ColourSettings const& settings,
-                      std::function<void(uint32_t, ColourRow const&)> const& use) {
+                      ColourSettings const& settings, RowUse const& use) {
     if (!isWhole(frame))
         return;
-    Matrix const matrix = colourMatrix(camera, settings);
-    bool const plain = !settings.colourCorrection && settings.saturation == 1;
     auto const redGain = float(settings.redGain);
     auto const blueGain = float(settings.blueGain);
-    ColourRow row;
     auto const readAll = [&](auto&& readRow) {
-        for (uint32_t y = 0; y < uint32_t(frame.height); ++y) {
-            readRow(y);
-            if (!plain)
-                multiply(matrix, row);
-            use(y, row);
-        }
+        handOut(uint32_t(frame.height), camera, settings, use, readRow);
     };
     if (frame.type == simulator::FrameType::Rgb32) {
-        readAll([&](uint32_t y) { readRgb32Row(frame, y, redGain, blueGain, row); });
+        readAll([&](uint32_t y, ColourRow& row) { readRgb32Row(frame, y, redGain, blueGain, row); });
     } else if (frame.type == simulator::FrameType::Ycbcr) {
         YcbcrRows const rows(frame, camera, redGain, blueGain);
-        readAll([&](uint32_t y) { rows.read(y, row); });
+        readAll([&](uint32_t y, ColourRow& row) { rows.read(y, row); });
     } else {
         BayerRows rows(frame, camera, redGain, blueGain);
-        readAll([&](uint32_t y) { rows.read(y, row); });
+        readAll([&](uint32_t y, ColourRow& row) { rows.read(y, row); });
     }
+}
+
+void forEachLinearRow(simulator::IdealFrame const& frame, simulator::CameraDescription const& camera,
+                      ColourSettings const& settings, RowUse const& use) {
+    if (frame.width < 2 || frame.height < 2 || frame.samples.size() != size_t(frame.width) * frame.height)
+        return;
+    BayerRows rows(frame, camera, float(settings.redGain), float(settings.blueGain));
+    handOut(frame.height, camera, settings, use, [&](uint32_t y, ColourRow& row) { rows.read(y, row); });
 }
 
 } // namespace pictara

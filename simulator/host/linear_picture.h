@@ -17,4 +17,9 @@ void forEachLinearRow(simulator::Frame const& frame, simulator::CameraDescriptio
                       ColourSettings const& settings,
                       std::function<void(uint32_t y, ColourRow const& row)> const& use);
 
+/// The same for an ideal frame, black level and full scale being 0 and 1.
+void forEachLinearRow(simulator::IdealFrame const& frame, simulator::CameraDescription const& camera,
+                      ColourSettings const& settings,
+                      std::function<void(uint32_t y, ColourRow const& row)> const& use);
+
 } // namespace pictara

@@ -7,6 +7,7 @@
 #include "simulator/host/replay_run.h"
 #include "simulator/host/script_run.h"
 #include "simulator/host/session.h"
+#include "simulator/host/shading_run.h"
 #include "simulator/host/window_run.h"
 
 #include <QApplication>
@@ -125,6 +126,8 @@ int main(int argc, char** argv) {
     if (options.chooseProfile && !chooseProfile(options))
         return kExitDone;
     noteInterruptions();
+    if (options.isAboutShading())
+        return runShading(options);
     if (!options.replayedRecordingFile.isEmpty())
         return runRecordingReplay(options);
     return options.recordingFile.isEmpty() ? sit(options) : sitAndRecord(options);

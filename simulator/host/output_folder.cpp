@@ -18,6 +18,11 @@ void OutputFolder::saveText(QString const& name, QString const& text) {
                    file.commit());
 }
 
+void OutputFolder::saveBytes(QString const& name, QByteArray const& bytes) {
+    QSaveFile file(m_folder.filePath(name));
+    note(name, file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit());
+}
+
 bool OutputFolder::expect(QString const& name) {
     bool const there = QFileInfo(m_folder.filePath(name)).isFile();
     if (there)

@@ -15,6 +15,7 @@ public:
     /// As PNG, whatever the name says.
     void savePicture(QString const& name, QImage const& picture);
     void saveText(QString const& name, QString const& text);
+    void saveBytes(QString const& name, QByteArray const& bytes);
     /// A file that somebody else should have written.
     [[nodiscard]] bool expect(QString const& name);
     [[nodiscard]] QStringList const& written() const { return m_written; }

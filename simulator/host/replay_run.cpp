@@ -6,6 +6,7 @@
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
+#include "simulator/host/run_report.h"
 #include "simulator/host/session.h"
 
 #include <QDialog>
@@ -49,6 +50,32 @@ QString textOf(ReplaySummary const& summary) {
     return text;
 }
 
+RunReport reportOf(Session& session, ReplaySummary const& summary) {
+    auto const text = [](char const* key, QString const& value) {
+        return Fact(QString::fromLatin1(key), QString::fromLatin1(key), value);
+    };
+    FactTable const eeprom{
+        QStringLiteral("eeprom"),
+        QStringLiteral("EEPROM"),
+        {text("file", summary.file),
+         text("record", summary.record),
+         {"replayed_register_writes", "register writes of the replay", double(summary.replayedWrites)},
+         {"correction_was_on", "correction was on when the dialog opened", summary.wasOnAtOpening},
+         {"conditions_were_kept", "exposure and gains are those of the calibration",
+          summary.conditionsFound}}};
+    return {.run = QStringLiteral("replay"),
+            .result =
+                summary.before && summary.after ? QStringLiteral("measured") : QStringLiteral("not measured"),
+            .cause = {},
+            .tables = {sceneFacts(summary.scene),
+                       registerFacts(session, summary.dialogsWrites, session.camera().registerWrites()),
+                       eeprom},
+            .before = summary.before,
+            .after = summary.after,
+            .lights = {},
+            .registers = solutionOf(session)};
+}
+
 // Exposure and colour balance as after the calibration; they leave the correction's tables as they are.
 // Under another lamp than then they are others, too.
 void bringConditionsBack(Session& session, Options const& options, RunDriver& driver,
@@ -89,13 +116,14 @@ int runReplay(Session& session, Options const& options) {
         opened.page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
     driver.onProgress([&](RunProgress const& state) { progress.show(state); });
     bringConditionsBack(session, options, driver, summary);
-    summary.before = measureEvenness(session, opened.page, driver, false);
-    summary.after = measureEvenness(session, opened.page, driver, true);
+    summary.before = measureInDetail(session, opened.page, driver, false);
+    summary.after = measureInDetail(session, opened.page, driver, true);
     if (isInterrupted())
         return kExitInterrupted;
     summary.dialogsWrites = session.desk().listEntriesWritten();
 
     savePictures(output, *opened.dialog, summary);
+    writeReport(reportOf(session, summary), output);
     output.saveText(QStringLiteral("replay-summary.txt"), textOf(summary));
     progress.say(QLatin1Char('\n') + textOf(summary));
     bool const isMeasured = summary.before && summary.after;

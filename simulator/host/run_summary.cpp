@@ -27,7 +27,49 @@ void writeEeprom(QTextStream& out, std::optional<EepromUse> const& use) {
         << "EEPROM bytes written: " << use->bytesWritten << '\n';
 }
 
+FactTable stepFacts(RunSummary const& summary) {
+    FactTable table{QStringLiteral("steps"), QStringLiteral("Steps"), {}};
+    QStringList const& texts = summary.run.last.statusTexts;
+    for (int i = 0; i < texts.size(); ++i)
+        table.facts.emplace_back(QString::fromLatin1(kSteps[i].status), QString::fromLatin1(kSteps[i].status),
+                                 texts[i].trimmed());
+    for (size_t i = 0; i < summary.captures.size(); ++i) {
+        CaptureRow const& row = summary.captures[i];
+        table.facts.emplace_back(QStringLiteral("capture_%1").arg(i + 1),
+                                 QStringLiteral("%1 at %2 K").arg(row.button).arg(row.kelvin), row.status);
+    }
+    table.facts.emplace_back("frames", "frames", summary.run.last.frames);
+    table.facts.emplace_back("ticks", "ticks", summary.run.last.ticks);
+    return table;
+}
+
+FactTable eepromFacts(std::optional<EepromUse> const& use) {
+    FactTable table{QStringLiteral("eeprom"),
+                    QStringLiteral("EEPROM"),
+                    {{"has_eeprom", "there is one", use.has_value()}}};
+    if (!use)
+        return table;
+    table.facts.emplace_back(QStringLiteral("file"), QStringLiteral("file"), use->file);
+    table.facts.emplace_back(QStringLiteral("fault"), QStringLiteral("fault"), use->fault);
+    table.facts.emplace_back("operations", "operations", double(use->operations));
+    table.facts.emplace_back("written_bytes", "bytes written", double(use->bytesWritten));
+    return table;
+}
+
 } // namespace
+
+RunReport reportOf(Session& session, RunSummary const& summary) {
+    return {.run = QStringLiteral("calibration"),
+            .result = summary.succeeded ? QStringLiteral("calibrated") : QStringLiteral("not calibrated"),
+            .cause = summary.cause,
+            .tables = {sceneFacts(summary.scene), stepFacts(summary),
+                       registerFacts(session, summary.solutionRegisters, summary.registerWrites),
+                       eepromFacts(summary.eeprom)},
+            .before = summary.before,
+            .after = summary.after,
+            .lights = summary.lights,
+            .registers = solutionOf(session)};
+}
 
 QString summaryText(RunSummary const& summary) {
     QString text;

@@ -3,6 +3,7 @@
 #include "simulator/host/capture_rows.h"
 #include "simulator/host/light_matrix.h"
 #include "simulator/host/run_all.h"
+#include "simulator/host/run_report.h"
 #include "simulator/host/summary_lines.h"
 
 namespace pictara {
@@ -32,6 +33,9 @@ struct RunSummary {
     bool succeeded = false;
     QString cause; ///< of a failure, in the dialog's own words and then the calibration library's
 };
+
+/// The same for a report.
+[[nodiscard]] RunReport reportOf(Session& session, RunSummary const& summary);
 
 /// One page, a "name: value" line each.
 [[nodiscard]] QString summaryText(RunSummary const& summary);

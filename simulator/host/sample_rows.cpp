@@ -17,33 +17,51 @@ void prepare(ColourRow& row, size_t width) {
 
 } // namespace
 
-BayerRows::BayerRows(simulator::Frame const& frame, simulator::CameraDescription const& camera, float redGain,
-                     float blueGain)
-    : m_frame(frame), m_redColumn(camera.bayerPhase & 1), m_redRow(camera.bayerPhase >> 1 & 1),
-      m_black(float(camera.blackLevel)), m_scale(float(1 / (camera.whiteLevel - camera.blackLevel))),
-      m_redGain(redGain), m_blueGain(blueGain) {
-    size_t const padded = frame.width + 2;
+BayerRows::BayerRows(uint32_t width, int64_t height, simulator::CameraDescription const& camera,
+                     float redGain, float blueGain)
+    : m_width(width), m_height(height), m_redColumn(camera.bayerPhase & 1),
+      m_redRow(camera.bayerPhase >> 1 & 1), m_black(float(camera.blackLevel)),
+      m_scale(float(1 / (camera.whiteLevel - camera.blackLevel))), m_redGain(redGain), m_blueGain(blueGain) {
+    size_t const padded = m_width + 2;
     for (auto* row : {&m_above, &m_present, &m_below, &m_isGreen})
         row->resize(padded);
     for (size_t i = 0; i < padded; ++i)
         m_isGreen[i] = float((int64_t(i) - 1 - m_redColumn) & 1);
 }
 
+BayerRows::BayerRows(simulator::Frame const& frame, simulator::CameraDescription const& camera, float redGain,
+                     float blueGain)
+    : BayerRows(frame.width, frame.height, camera, redGain, blueGain) {
+    m_frame = &frame;
+}
+
+BayerRows::BayerRows(simulator::IdealFrame const& frame, simulator::CameraDescription const& camera,
+                     float redGain, float blueGain)
+    : BayerRows(frame.width, frame.height, camera, redGain, blueGain) {
+    m_ideal = &frame;
+    m_black = 0;
+    m_scale = 1;
+}
+
 int64_t BayerRows::mirrored(int64_t y) const {
     if (y < 0)
         return -y;
-    return y < m_frame.height ? y : 2 * int64_t(m_frame.height) - 2 - y;
+    return y < m_height ? y : 2 * m_height - 2 - y;
 }
 
 void BayerRows::load(int64_t y, std::vector<float>& samples) const {
-    size_t const width = m_frame.width;
+    size_t const width = m_width;
     float const colourGain = isRedRow(y) ? m_redGain : m_blueGain;
     bool const colourAtEven = (m_redColumn == 0) == isRedRow(y);
     std::array<float, 2> const scale = {m_scale * (colourAtEven ? colourGain : 1),
                                         m_scale * (colourAtEven ? 1 : colourGain)};
-    uchar const* const row = rowOf(m_frame, mirrored(y));
     float* const out = samples.data() + 1;
-    if (m_frame.type == simulator::FrameType::Raw12) {
+    uchar const* const row = m_frame ? rowOf(*m_frame, mirrored(y)) : nullptr;
+    if (m_ideal) {
+        float const* const ideal = m_ideal->samples.data() + size_t(mirrored(y)) * width;
+        for (size_t x = 0; x < width; ++x)
+            out[x] = ideal[x] * scale[x & 1];
+    } else if (m_frame->type == simulator::FrameType::Raw12) {
         for (size_t x = 0; x < width; ++x)
             out[x] = (float(row[2 * x] | row[2 * x + 1] << 8) - m_black) * scale[x & 1];
     } else {
@@ -65,7 +83,7 @@ void BayerRows::read(uint32_t y, ColourRow& out) {
     }
     load(int64_t(y) + 1, m_below);
 
-    size_t const width = m_frame.width;
+    size_t const width = m_width;
     prepare(out, width);
     // A red row holds red and green, a blue row blue and green, with the roles of the columns exchanged.
     bool const redRow = isRedRow(y);

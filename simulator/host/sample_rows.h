@@ -19,6 +19,10 @@ public:
     BayerRows(simulator::Frame const& frame, simulator::CameraDescription const& camera, float redGain,
               float blueGain);
 
+    /// Of an ideal frame, which outlives this object.
+    BayerRows(simulator::IdealFrame const& frame, simulator::CameraDescription const& camera, float redGain,
+              float blueGain);
+
     /// Fills the row `y`; rows are asked for from the top down.
     void read(uint32_t y, ColourRow& out);
 
@@ -27,7 +31,13 @@ private:
     [[nodiscard]] int64_t mirrored(int64_t y) const;
     [[nodiscard]] bool isRedRow(int64_t y) const { return ((y ^ m_redRow) & 1) == 0; }
 
-    simulator::Frame const& m_frame;
+    BayerRows(uint32_t width, int64_t height, simulator::CameraDescription const& camera, float redGain,
+              float blueGain);
+
+    simulator::Frame const* m_frame = nullptr; // either this one
+    simulator::IdealFrame const* m_ideal = nullptr;
+    size_t m_width;
+    int64_t m_height;
     int64_t m_redColumn, m_redRow;
     float m_black, m_scale, m_redGain, m_blueGain;
     std::vector<float> m_above, m_present, m_below; // each with one mirrored sample at either end

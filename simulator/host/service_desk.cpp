@@ -44,10 +44,12 @@ struct ServiceFunctions {
     static void writeListEntry(uint32_t address, uint32_t, uint32_t id, uint32_t, uint32_t value) {
         if (!current)
             return;
-        if (current->m_registers.writeAt(kRegisterSpace, id, address, value))
+        if (current->m_registers.writeAt(kRegisterSpace, id, address, value)) {
             ++current->m_listEntriesWritten;
-        else
+            current->m_listEntries[{id, address}] = value;
+        } else {
             qWarning("pictara: the sensor does not take 0x%X at %u, 0x%X", value, id, address);
+        }
     }
 
     static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {

@@ -7,6 +7,8 @@
 
 #include <QString>
 #include <array>
+#include <map>
+#include <utility>
 
 namespace pictara {
 
@@ -26,6 +28,10 @@ public:
 
     /// Register-list entries that reached the sensor.
     [[nodiscard]] uint64_t listEntriesWritten() const { return m_listEntriesWritten; }
+    /// What the last of them left, by id and address.
+    [[nodiscard]] std::map<std::pair<uint32_t, uint32_t>, uint32_t> const& listEntries() const {
+        return m_listEntries;
+    }
     /// Calls of the slots that this host has no use for, by slot.
     [[nodiscard]] std::array<uint32_t, 33> const& ignoredCalls() const { return m_ignoredCalls; }
 
@@ -38,6 +44,7 @@ private:
     QString const m_iniFile;
     std::map<QByteArray, QByteArray> m_options; ///< what the plug-in was answered
     uint64_t m_listEntriesWritten = 0;
+    std::map<std::pair<uint32_t, uint32_t>, uint32_t> m_listEntries;
     std::array<uint32_t, 33> m_ignoredCalls{};
 };
 

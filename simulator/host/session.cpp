@@ -20,18 +20,6 @@ constexpr double kDefaultLamp = 5000; // kelvin
 constexpr char kRedGain[] = "Relative Red Gain";
 constexpr char kBlueGain[] = "Relative Blue Gain";
 
-std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, QString* error) {
-    auto camera = simulator::SimulatedCamera::open(options.profile, error);
-    if (!camera)
-        return nullptr;
-    camera->setLight({options.lightKelvin.value_or(kDefaultLamp), options.lightLevel, options.lightGradient,
-                      options.objectInPicture});
-    camera->setSeed(options.seed);
-    if (!options.shadingFile.isEmpty() && !camera->useMeasuredShading(options.shadingFile, error))
-        return nullptr;
-    return camera;
-}
-
 // The absolute name of a readable ini file, or an empty one with a message.
 QString checkedIniFile(Options const& options, QString* error) {
     QString const given =
@@ -46,6 +34,20 @@ QString checkedIniFile(Options const& options, QString* error) {
     return {};
 }
 
+} // namespace
+
+std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, QString* error) {
+    auto camera = simulator::SimulatedCamera::open(options.profile, error);
+    if (!camera)
+        return nullptr;
+    camera->setLight({options.lightKelvin.value_or(kDefaultLamp), options.lightLevel, options.lightGradient,
+                      options.objectInPicture});
+    camera->setSeed(options.seed);
+    if (!options.shadingFile.isEmpty() && !camera->useMeasuredShading(options.shadingFile, error))
+        return nullptr;
+    return camera;
+}
+
 QString createdFolder(QString const& name, QString* error) {
     QString folder = QDir(name).absolutePath();
     if (QDir().mkpath(folder) && QFileInfo(folder).isWritable())
@@ -53,8 +55,6 @@ QString createdFolder(QString const& name, QString* error) {
     *error = QStringLiteral("The folder %1 cannot be created or written to.").arg(folder);
     return {};
 }
-
-} // namespace
 
 std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     auto camera = openCamera(options, error);

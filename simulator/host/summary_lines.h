@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simulator/camera/simulated_camera.h"
-#include "simulator/host/block_report.h"
+#include "simulator/host/picture_detail.h"
 
 #include <QImage>
 #include <optional>
@@ -21,6 +21,7 @@ struct Evenness {
     double uniformity = 0; ///< the dialog's own figure
     BlockReport blocks;
     QImage picture;
+    PictureDetail detail; ///< empty unless it was asked for
 };
 
 /// Lines of a summary, "name: value" each.

@@ -13,7 +13,7 @@ TEST(BlockReport, FindsTheDarkBlockAndItsError) {
     auto const frame = bayerFrame(camera, [](Site, uint32_t x, uint32_t y) {
         return x < 10 && y < 10 ? 500.0 : 600.0; // 0.4 of full scale in the first block, 0.5 elsewhere
     });
-    BlockReport const report = measureBlocks(frame, camera, {});
+    BlockReport const report = measureBlocks(linearRows(frame, camera, {}));
     EXPECT_NEAR(report.largestAgainstMedian, 0.2, 0.01); // its border is shared with brighter neighbours
     EXPECT_NEAR(report.largestAgainstCentre, 0.2, 0.01);
     EXPECT_NEAR(report.meanAgainstMedian, 0.2 / (32 * 18), 1e-4);
@@ -26,7 +26,7 @@ TEST(BlockReport, MarksTheColouredBlock) {
         bool const coloured = x >= 200 && x < 210 && y >= 100 && y < 110;
         return coloured && site == Site::Red ? 700.0 : 600.0;
     });
-    BlockReport const report = measureBlocks(frame, camera, {});
+    BlockReport const report = measureBlocks(linearRows(frame, camera, {}));
     EXPECT_EQ(report.worstBlock, QRect(200, 100, 10, 10));
     EXPECT_GT(report.largestColourDeviation, 5);
 }

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "simulator/camera/measured_shading.h"
+#include "simulator/host/block_means.h"
+
+#include <optional>
+
+namespace pictara {
+
+/// The lights of a shading table when nobody asks for others: an incandescent lamp, a fluorescent one and
+/// daylight, kelvin.
+inline constexpr std::array<double, 3> kStandardLights = {2856, 4000, 6500};
+
+/// Measures the shading that a camera shows of a flat field under each light, its own correction being off:
+/// gains on 32 columns of cells that are about square, the mean of several frames. The camera's light and
+/// exposure are changed. Empty with a message for the user when a picture is of no use.
+[[nodiscard]] std::optional<simulator::MeasuredShading>
+measureShading(simulator::SimulatedCamera& camera, std::vector<double> const& lights, QString* error);
+
+/// The same of one recorded flat field, taken by a camera of that description under a lamp of that colour
+/// temperature: a greyscale PNG of up to 16 bits whose values are the sensor's counts, of any size, or the
+/// bare samples of a raw frame.
+[[nodiscard]] std::optional<simulator::MeasuredShading>
+measureRecordedShading(QString const& file, simulator::CameraDescription const& camera, double kelvin,
+                       QString* error);
+
+} // namespace pictara
