@@ -27,7 +27,7 @@ struct BoundaryTest : testing::Test {
 
     static Placeholders placeholders() {
         Placeholders names;
-        names.add(QStringLiteral("/tmp/out"), "<output>");
+        names.add(QStringLiteral("/dir/out"), "<output>");
         return names;
     }
 
@@ -60,7 +60,7 @@ TEST_F(BoundaryTest, EverySlotIsToldByItsName) {
         EXPECT_EQ(desk.ignoredCalls()[size_t(slot)], 1U) << "told but not passed on";
     }
     char buffer[8];
-    host.writeTextSetting("Dir", "/tmp/out/a");
+    host.writeTextSetting("Dir", "/dir/out/a");
     host.readTextSetting("Dir", buffer, sizeof buffer, nullptr);
     host.setState("Gamma", -1);
     host.setupAnalysis(1, 0, 960, 0, 960);
@@ -69,7 +69,7 @@ TEST_F(BoundaryTest, EverySlotIsToldByItsName) {
     EXPECT_EQ(
         written.mid(written.size() - 5),
         QList<QByteArray>({"    writeTextSetting \"Dir\" \"<output>/a\"",
-                           "    readTextSetting \"Dir\" 8 null = \"/tmp/ou\"", "    setState \"Gamma\" -1",
+                           "    readTextSetting \"Dir\" 8 null = \"/dir/ou\"", "    setState \"Gamma\" -1",
                            "    setupAnalysis 1 0 0x3C0 0 0x3C0", "    readState \"Gamma\" = -1"}));
 }
 
