@@ -3,7 +3,6 @@
 #include "config_page/message_box.h"
 #include "tools/headboard-config/session.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QFile>
 #include <QImage>
@@ -150,11 +149,3 @@ TEST_F(HeadboardConfig, TheProgramRunsWithoutAScreenAndTellsItsEndByTheExitCode)
 }
 
 } // namespace
-
-int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication const application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}
