@@ -222,15 +222,13 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     static FakeHeadboard board;
     InputReader input({data, size});
     Session session(board, input);
-    std::array<std::array<uint8_t, 4>, 4> steps{};
-    size_t const count = 1 + input.byte() % steps.size();
-    for (size_t i = 0; i < count; ++i)
-        for (uint8_t& byte : steps[i])
-            byte = input.byte();
+    std::vector<std::array<uint8_t, 4>> steps(1 + input.byte() % 4);
+    for (std::array<uint8_t, 4>& step : steps)
+        step = {input.byte(), input.byte(), input.byte(), input.byte()};
     std::fill(board.device.begin(), board.device.end(), uint8_t{0xFF});
     auto const content = input.rest(board.registers.empty() ? 1024 : 64);
     std::copy(content.begin(), content.end(), board.device.begin());
-    for (size_t i = 0; i < count; ++i)
-        session.step(steps[i]);
+    for (std::array<uint8_t, 4> const& step : steps)
+        session.step(step);
     return 0;
 }
