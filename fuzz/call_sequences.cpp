@@ -44,6 +44,7 @@ private:
     int m_depth = 0;
     int m_left = kCallsOfASequence;
     int m_opening = 0;
+    bool m_isDeleting = false;
 };
 
 // Reads that answer what the input says; the fake host is asked too, so that its log and its hook see them.
@@ -87,8 +88,10 @@ void Sequence::chooseServices() {
     m_session.sensor.camera = m_input.chance(4) ? nullptr : m_session.libraries.camera();
 }
 
-// Qt cannot bear that a widget goes while it is being built or shown.
+// Qt cannot bear that a widget goes while it is being built or shown, or its parent while the widget goes.
 bool Sequence::mayDelete() const {
+    if (m_isDeleting)
+        return false;
     CalibrationPage const* const page = DialogSession::page();
     return m_opening == 0 || (m_opening == 1 && page && page->state().active == 0);
 }
@@ -108,6 +111,7 @@ void Sequence::open() {
 void Sequence::remove() {
     if (!mayDelete())
         return;
+    m_isDeleting = true;
     switch (m_input.byte() % 3) {
     case 0:
         delete m_parent.data();
@@ -119,6 +123,7 @@ void Sequence::remove() {
         delete DialogSession::page();
         break;
     }
+    m_isDeleting = false;
 }
 
 void Sequence::call() {

@@ -10,9 +10,7 @@
 #include "headboard/record_types.h"
 #include "tests/fakes/fake_headboard.h"
 
-#include <algorithm>
 #include <optional>
-#include <span>
 
 namespace {
 
@@ -224,14 +222,13 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     static FakeHeadboard board;
     InputReader input({data, size});
     Session session(board, input);
-    std::array<std::array<uint8_t, 4>, 4> steps{};
-    std::span const used = std::span(steps).first(1 + input.byte() % steps.size());
-    for (auto& step : used)
-        std::ranges::generate(step, [&] { return input.byte(); });
+    std::vector<std::array<uint8_t, 4>> steps(1 + input.byte() % 4);
+    for (std::array<uint8_t, 4>& step : steps)
+        step = {input.byte(), input.byte(), input.byte(), input.byte()};
     std::fill(board.device.begin(), board.device.end(), uint8_t{0xFF});
     auto const content = input.rest(board.registers.empty() ? 1024 : 64);
     std::copy(content.begin(), content.end(), board.device.begin());
-    for (auto const& step : used)
+    for (std::array<uint8_t, 4> const& step : steps)
         session.step(step);
     return 0;
 }
