@@ -11,6 +11,15 @@ constexpr int kHeight = 1080;
 constexpr uint32_t kApiVersion = 5;
 constexpr uint32_t kRgb32 = 11;
 
+// A camera comes from the factory with a blank EEPROM; only its first dialog ever formats it, which takes
+// three write cycles.
+std::string formattedEeprom() {
+    constexpr size_t kBytes = 8192;
+    std::string contents("VYEE\x01");
+    contents.resize(kBytes, '\xFF');
+    return contents;
+}
+
 } // namespace
 
 DialogScene::DialogScene() : m_pixels(size_t(kWidth) * kHeight, 0x808080) {
@@ -22,6 +31,10 @@ DialogScene::DialogScene() : m_pixels(size_t(kWidth) * kHeight, 0x808080) {
     QString error;
     m_camera = simulator::SimulatedCamera::open(QStringLiteral("poly-12bit"), &error);
     if (!m_camera)
+        qFatal("%s", qUtf8Printable(error));
+    QString const eeprom = m_folder.filePath(QStringLiteral("eeprom.bin"));
+    std::ofstream(eeprom.toStdString(), std::ios::binary) << formattedEeprom();
+    if (!m_camera->loadEeprom(eeprom, &error))
         qFatal("%s", qUtf8Printable(error));
     simulator::CameraDescription const& camera = m_camera->description();
     m_sensor.name = camera.sensorName.constData();

@@ -12,14 +12,14 @@ void loadRegisterList(benchmark::State& state) {
     services.writeListEntry = [](uint32_t, uint32_t, uint32_t, uint32_t, uint32_t value) {
         g_written += value;
     };
-    PageCore core;
-    core.host = Host(services);
-    core.state.lscStepState = kInProgress;
+    Host const host(services);
+    bool isCalibrating = true;
     std::vector<sf_RegEntry> const entries(size_t(state.range(0)), {0, 0x3600, 1});
     for (auto _ : state) {
-        if (!writeRegisterList(core, entries))
+        if (!writeRegisterList(host, entries, [&] { return isCalibrating; }))
             state.SkipWithError("the list was not written");
         benchmark::DoNotOptimize(g_written);
+        benchmark::DoNotOptimize(isCalibrating);
     }
     state.SetComplexityN(state.range(0));
 }

@@ -1,8 +1,20 @@
 #pragma once
 
+#include "benchmarks/eeprom_cost.h"
 #include "benchmarks/medians.h"
+#include "benchmarks/run_all_cost.h"
 
+#include <optional>
 #include <string>
+#include <vector>
+
+/// All figures of one run.
+struct Measured {
+    Medians medians;
+    double firstOpening = 0; ///< seconds
+    std::optional<RunAllCost> runAll;
+    std::vector<EepromCost> eeprom;
+};
 
 /// What a run has shown, held against what the plug-in promises.
 struct Report {
@@ -10,5 +22,5 @@ struct Report {
     bool hasMissed = false; ///< a figure misses its target, or was not measured
 };
 
-/// `command` is the line that the reader can repeat; `firstOpening` is in seconds.
-[[nodiscard]] Report makeReport(Medians const& medians, double firstOpening, std::string const& command);
+/// `command` is the line that the reader can repeat.
+[[nodiscard]] Report makeReport(Measured const& measured, std::string const& command);

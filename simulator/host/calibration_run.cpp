@@ -185,6 +185,15 @@ void writeResults(Session& session, OutputFolder& output, RunSummary& summary) {
     output.saveText(QStringLiteral("summary.txt"), summaryText(summary));
 }
 
+// For the screen alone: the files of equal runs are equal.
+QString timeLines(TimeSpent const& ticks) {
+    auto const seconds = [](double value) { return QString::number(value, 'f', 2); };
+    return QStringLiteral("processor time: %1 s\n"
+                          "processor time in ticks: %2 s\n"
+                          "pauses in ticks: %3 s\n")
+        .arg(seconds(processorTime()), seconds(ticks.processor), seconds(ticks.waited()));
+}
+
 } // namespace
 
 int runCalibration(Session& session, Options const& options) {
@@ -214,6 +223,7 @@ int runCalibration(Session& session, Options const& options) {
         return kExitInterrupted;
     writeResults(session, output, summary);
     progress.say(QLatin1Char('\n') + summaryText(summary));
+    progress.say(timeLines(driver.timeInTicks()));
     if (!summary.cause.isEmpty())
         complain(summary.cause);
     return output.failed() ? int(kExitNotCalibrated) : exitCodeOf(summary);

@@ -42,13 +42,9 @@ void ColourPipeline::render(simulator::Frame const& frame, ColourSettings const&
     uchar* const bits = picture.bits();
     qsizetype const pitch = picture.bytesPerLine();
     forEachLinearRow(frame, m_camera, settings, [&](uint32_t y, ColourRow const& row) {
-        uchar* out = bits + qsizetype(y) * pitch;
-        for (size_t x = 0; x < frame.width; ++x, out += 4) {
-            out[0] = m_tone(row.blue[x]);
-            out[1] = m_tone(row.green[x]);
-            out[2] = m_tone(row.red[x]);
-            out[3] = 0xFF;
-        }
+        auto* const out = reinterpret_cast<QRgb*>(bits + qsizetype(y) * pitch);
+        for (size_t x = 0; x < frame.width; ++x)
+            out[x] = qRgb(m_tone(row.red[x]), m_tone(row.green[x]), m_tone(row.blue[x]));
     });
 }
 

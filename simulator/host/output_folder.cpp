@@ -1,6 +1,7 @@
 #include "simulator/host/output_folder.h"
 
 #include "simulator/host/message_log.h"
+#include "simulator/host/png_effort.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
@@ -9,7 +10,7 @@ namespace pictara {
 
 void OutputFolder::savePicture(QString const& name, QImage const& picture) {
     QSaveFile file(m_folder.filePath(name));
-    note(name, file.open(QIODevice::WriteOnly) && picture.save(&file, "PNG") && file.commit());
+    note(name, file.open(QIODevice::WriteOnly) && picture.save(&file, "PNG", kPngEffort) && file.commit());
 }
 
 void OutputFolder::saveText(QString const& name, QString const& text) {

@@ -1,5 +1,7 @@
 #include "simulator/host/report_page.h"
 
+#include "simulator/host/png_effort.h"
+
 #include <QBuffer>
 #include <algorithm>
 #include <cmath>
@@ -35,8 +37,7 @@ td.text { text-align: left; overflow-wrap: anywhere; }
 QByteArray png(QImage const& picture) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    constexpr int kSmallest = 0; // the writer's quality, which a format without losses takes as effort
-    picture.save(&buffer, "PNG", kSmallest);
+    picture.save(&buffer, "PNG", kPngEffort);
     return bytes;
 }
 

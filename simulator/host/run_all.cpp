@@ -46,7 +46,10 @@ void RunDriver::advanceOneTick() {
     if (m_page.isRunning() && isSavingToEepromNext(m_page.statusTexts()))
         m_savingObserver();
     m_page.stopTimer(); // showing the page again starts its timer again
-    m_page.tick();
+    {
+        TimeTaken const taken(m_timeInTicks);
+        m_page.tick();
+    }
     ++m_progress.ticks;
     QCoreApplication::processEvents();
     m_progress.statusTexts = m_page.statusTexts();

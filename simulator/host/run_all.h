@@ -2,6 +2,7 @@
 
 #include "simulator/host/dialog_page.h"
 #include "simulator/host/interruption.h"
+#include "simulator/host/time_spent.h"
 
 #include <functional>
 
@@ -27,7 +28,7 @@ struct RunResult {
 };
 
 /// Drives the dialog as a person would who watches the picture: frames are delivered, and after every few of
-/// them the page ticks. It reads no clock, so that equal runs are equal frame by frame.
+/// them the page ticks. It obeys no clock, so that equal runs are equal frame by frame.
 class RunDriver {
 public:
     /// `deliverFrame` hands the next frame to the plug-in.
@@ -53,6 +54,9 @@ public:
     /// Delivers frames until the uniformity step shows a figure; false when it does not within its bound.
     bool awaitUniformity(double* figure);
 
+    /// Of all ticks so far. They are short, but for the pauses of a save to the EEPROM.
+    [[nodiscard]] TimeSpent const& timeInTicks() const { return m_timeInTicks; }
+
 private:
     void advanceOneTick();
     [[nodiscard]] RunEnd watch(std::function<bool()> const& isWorking);
@@ -66,6 +70,7 @@ private:
     int m_framesPerTick;
     int m_maxFrames;
     RunProgress m_progress;
+    TimeSpent m_timeInTicks;
 };
 
 /// The number that a uniformity status shows; false when it shows none.

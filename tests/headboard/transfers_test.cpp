@@ -1,0 +1,107 @@
+#include "tests/headboard/headboard_fixture.h"
+#include "tests/headboard/least_transfers.h"
+
+#include <algorithm>
+#include <random>
+
+namespace {
+
+using std::chrono::milliseconds;
+
+// Counts the transfers of an operation and the virtual time that it takes.
+struct CountedBoard : Headboard {
+    explicit CountedBoard(Path way) : Headboard(way), path(way) {}
+
+    [[nodiscard]] int64_t least(ByteState wanted, size_t begin, size_t end, bool isWrite) const {
+        Transfer const raw = isWrite ? Transfer::RawWrite : Transfer::RawRead;
+        return leastTransfers(eeprom->state, wanted, begin, end, path == Path::Raw ? raw : Transfer::Pair);
+    }
+    // The bridge is asked every 2 ms; a raw read waits for nobody, and the library for the device alone.
+    [[nodiscard]] milliseconds timeOfReads(int64_t transfers) const {
+        return path == Path::Bridge ? milliseconds(2 * transfers) : milliseconds(0);
+    }
+
+    template <typename Operation>
+    void expect(int64_t transfers, milliseconds time, Operation operation) {
+        int64_t const before = board.operations;
+        milliseconds const start = board.now;
+        EXPECT_EQ(operation(), kEepromOk);
+        EXPECT_EQ(board.operations - before, transfers) << int(path);
+        EXPECT_EQ(board.now - start, time) << int(path);
+    }
+    void load(int32_t offset, int32_t count) {
+        HeadboardEepromEnsureImage(eeprom);
+        int64_t const transfers =
+            least(ByteState::NotRead, size_t(offset), size_t(offset) + size_t(count), false);
+        expect(transfers, timeOfReads(transfers), [&] { return HeadboardEepromLoad(eeprom, offset, count); });
+    }
+    void save() {
+        int64_t const transfers = least(ByteState::Changed, 0, eeprom->state.size(), true);
+        // Behind the last write by description nobody waits for the device.
+        int64_t const cycles = path == Path::BusDescription ? std::max<int64_t>(transfers - 1, 0) : transfers;
+        expect(transfers, milliseconds(20 * cycles), [&] { return HeadboardEepromFlush(eeprom); });
+        board.now += milliseconds(20);
+    }
+    void verify() {
+        int64_t const transfers = least(ByteState::Current, 0, eeprom->state.size(), false);
+        expect(transfers, timeOfReads(transfers), [&] { return HeadboardEepromVerify(eeprom, 0, -1); });
+    }
+
+    Path path;
+};
+
+TEST(Transfers, LoadSaveAndVerifyTakeNoneThatTheirBytesDoNotNeed) {
+    for (Path const path : kPaths) {
+        CountedBoard h(path);
+        std::mt19937 random(11);
+        auto const below = [&](int32_t n) { return int32_t(random() % uint32_t(n)); };
+        // Pairs at odd addresses would wrap at the end of a page, and the bridge cuts the first byte of a
+        // pair.
+        int32_t const evenForPairs = path == Path::Raw ? ~0 : ~1;
+        std::vector<uint8_t> const bytes(64, 0);
+        for (int i = 0; i < 60; ++i) {
+            h.load(below(2000), 1 + below(40));
+            ASSERT_EQ(HeadboardEepromPut(h.eeprom, below(2000) & evenForPairs, 1 + below(15), bytes.data()),
+                      kEepromOk);
+            if (i % 20 == 19)
+                h.save();
+        }
+        h.load(0, 2100);
+        h.save(); // has nothing to do
+        EXPECT_EQ(*std::max_element(h.board.timesRead.begin(), h.board.timesRead.end()), 1) << int(path);
+        h.verify();
+    }
+}
+
+std::vector<uint8_t> deviceWithRecords() {
+    Headboard h;
+    EXPECT_EQ(EepromFormat(h.eeprom, -1), kEepromOk);
+    for (EepromRecord const& record :
+         {makeRegisterSet(kRecordPga, 8112, "one"), recordOf(kRecordDefectMap, std::vector<uint8_t>(301, 7)),
+          makeRegisterSet(kRecordPga, 8112, "two"), recordOf(kRecordScratchpad, {'h', 'i', 0})})
+        EXPECT_EQ(EepromAppendRecord(h.eeprom, record), kEepromOk);
+    EXPECT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
+    return h.board.device;
+}
+
+TEST(Transfers, RecordsThatAreSearchedReadAndReplacedTravelOnce) {
+    std::vector<uint8_t> const device = deviceWithRecords();
+    for (Path const path : kPaths) {
+        CountedBoard h(path);
+        h.board.device = device;
+        int32_t const second = EepromFindRecord(h.eeprom, kRecordPga, "TWO", 0);
+        ASSERT_GT(second, 0);
+        EXPECT_FALSE(readRecord(h.eeprom, second).empty());
+        EXPECT_EQ(EepromRecordText(h.eeprom, second), "two");
+        ASSERT_EQ(EepromReplaceRecord(h.eeprom, makeRegisterSet(kRecordPga, 8112, "one")), kEepromOk);
+        EXPECT_GT(EepromFreeSpace(h.eeprom), 0);
+        h.save();
+        h.load(0, 8176);
+        auto const& read = h.board.timesRead;
+        auto const& written = h.board.timesWritten;
+        EXPECT_EQ(*std::max_element(read.begin(), read.end()), 1) << int(path);
+        EXPECT_EQ(*std::max_element(written.begin(), written.end()), 1) << int(path);
+    }
+}
+
+} // namespace
