@@ -43,7 +43,15 @@ TEST(Range, NothingFollowsARecordThatLeadsOutOfTheStore) {
         EXPECT_EQ(EepromNextRecord(h.eeprom, 5), fits ? end : kEepromNoRecord) << length;
         EXPECT_EQ(EepromReadRecord(h.eeprom, 5, {}), fits ? end - 5 : kEepromFailed) << length;
         EXPECT_EQ(EepromFindRecord(h.eeprom, kRecordEnd, nullptr, 0), fits ? end : kEepromNoRecord) << length;
+        EXPECT_EQ(EepromDeleteRecord(h.eeprom, 5), fits ? kEepromOk : kEepromFailed) << length;
     }
+    // Old bytes behind the end mark are no length.
+    image[5] = kRecordEnd;
+    putU16Be(image, 6, 4);
+    h.setImage(image);
+    EXPECT_EQ(EepromNextRecord(h.eeprom, 5), kEepromNoRecord);
+    EXPECT_EQ(EepromDeleteRecord(h.eeprom, 5), kEepromFailed);
+    EXPECT_EQ(h.eeprom->image, image);
 }
 
 TEST(Range, ARecordGrowsToWhatItsLengthCanTellAndNoFurther) {
@@ -53,6 +61,14 @@ TEST(Range, ARecordGrowsToWhatItsLengthCanTellAndNoFurther) {
     EXPECT_EQ(record.length(), 0xFFFF);
     EXPECT_FALSE(record.append(one));
     EXPECT_EQ(getU16Be(record.bytes(), 1), 0xFFFFU);
+}
+
+// Callers take what is below 0 for a failure, and what is not for an offset or a size.
+TEST(Range, OnlyFailuresAreBelowZero) {
+    EXPECT_EQ(kEepromOk, 0);
+    for (int32_t const status : {kEepromFailed, kEepromNotFormatted, kEepromNoRoom, kEepromNoRecord,
+                                 kEepromNoAnswer, kEepromBufferTooSmall, kEepromMismatch})
+        EXPECT_LT(status, 0);
 }
 
 } // namespace
