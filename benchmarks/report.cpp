@@ -232,11 +232,11 @@ Report makeReport(Measured const& measured, std::string const& command) {
         "the same buffers, by processor time.\n\n" +
         reporter.ratios() + "By the clock:\n\n" + reporter.limits(measured.firstOpening) +
         "A full Run All of the default camera without a window, from the program's start to its report, in "
-        "processor\ntime; the pauses by the clock:\n\n" +
+        "processor\ntime; the pauses by the clock. [Where it goes](simulator-profile.md):\n\n" +
         reporter.runAll(measured.runAll) +
-        "The bus transfers of the EEPROM on a device of 8176 bytes. Of a save, a raw write ends with a pause "
-        "of "
-        "20 ms;\nthe bridge is asked every 2 ms whether it is done:\n\n" +
+        "Bus transfers of an EEPROM of 8176 bytes. A raw write ends with a pause of 20 ms; the bridge is "
+        "asked "
+        "every 2 ms\nwhether it is done:\n\n" +
         reporter.eeprom(measured.eeprom) +
         "The overlay costs what its ring costs, whatever the frame; where rows lie a power of two apart, the "
         "ring's "
