@@ -9,6 +9,7 @@
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QTableView>
 #include <QTreeWidget>
@@ -28,6 +29,8 @@ QTreeWidgetItem* newItem(size_t offset, size_t size, QString const& what, QStrin
         {QStringLiteral("%1").arg(offset, 4, 16, QLatin1Char('0')).toUpper(), what, held});
     item->setData(Place, Offset, qulonglong(offset));
     item->setData(Place, Size, qulonglong(size));
+    item->setToolTip(What, what);
+    item->setToolTip(Held, held);
     return item;
 }
 
@@ -80,6 +83,10 @@ EepromPanel::EepromPanel(simulator::SimulatedCamera const& camera, QWidget* pare
     parts->addWidget(newRecordTree());
     parts->setStretchFactor(1, 1);
     parts->setChildrenCollapsible(false);
+    // All of a row's bytes, if there is room for them.
+    int const bytes = m_table->horizontalHeader()->length() + m_table->verticalHeader()->sizeHint().width() +
+                      m_table->verticalScrollBar()->sizeHint().width() + 4;
+    parts->setSizes({bytes, bytes / 2});
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(newStateLine());
     layout->addWidget(parts, 1);
@@ -110,8 +117,8 @@ QWidget* EepromPanel::newRecordTree() {
     m_records->setToolTip(QStringLiteral("The records of the chain; choosing one marks its bytes"));
     m_records->setUniformRowHeights(true);
     int const em = fontMetrics().averageCharWidth();
-    m_records->setColumnWidth(Place, 16 * em);
-    m_records->setColumnWidth(What, 34 * em);
+    m_records->setColumnWidth(Place, 12 * em);
+    m_records->setColumnWidth(What, 24 * em);
     connect(m_records, &QTreeWidget::currentItemChanged, this, &EepromPanel::chooseBytesOfRecord);
     return m_records;
 }
@@ -157,7 +164,7 @@ void EepromPanel::chooseBytesOfRecord() {
 
 void EepromPanel::tellState() {
     m_state->setText(m_camera.hasEeprom()
-                         ? QStringLiteral("%1 operations, %2 bytes stored since the start; %3 bytes changed")
+                         ? QStringLiteral("Operations: %1    Bytes stored: %2    Bytes changed: %3")
                                .arg(m_camera.deviceOperations())
                                .arg(m_camera.deviceBytesWritten())
                                .arg(m_bytes.changedBytes())

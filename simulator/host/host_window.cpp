@@ -40,6 +40,8 @@ constexpr int kFrameIntervalMs = 66; // about 15 frames a second
 constexpr int kShortestRestMs = 15;
 constexpr int kMessageMs = 15'000;
 constexpr int kGap = 10; // pixels between window and dialog
+constexpr int kPreferredHeight = 1000;
+constexpr int kTitleBar = 30; // about; the screen's system adds it
 constexpr quint64 kFramesBetweenRefreshes = 4;
 
 NamedValues::Values valuesOf(std::map<QByteArray, int32_t> const& variables) {
@@ -78,7 +80,8 @@ QWidget* scrolled(QWidget* column) {
 
 HostWindow::HostWindow(Session& session, Options const& options)
     : m_session(session), m_options(options), m_watching(m_log, options.pluginFile), m_view(new LiveView),
-      m_tabs(new QTabWidget), m_scale(new QLabel), m_status(new QLabel) {
+      m_parts(new QSplitter(Qt::Vertical)), m_tabs(new QTabWidget), m_scale(new QLabel),
+      m_status(new QLabel) {
     setWindowTitle(QStringLiteral("Pictara - %1").arg(session.camera().description().profile));
     addPanelsBelow();
     setCentralWidget(newCentre());
@@ -90,15 +93,14 @@ HostWindow::HostWindow(Session& session, Options const& options)
 }
 
 QWidget* HostWindow::newCentre() {
-    auto* const parts = new QSplitter(Qt::Vertical);
-    parts->setChildrenCollapsible(false);
-    parts->addWidget(m_view);
-    parts->addWidget(m_tabs);
-    parts->setStretchFactor(0, 3);
-    parts->setStretchFactor(1, 1);
+    m_parts->setChildrenCollapsible(false);
+    m_parts->addWidget(m_view);
+    m_parts->addWidget(m_tabs);
+    m_parts->setStretchFactor(0, 3);
+    m_parts->setStretchFactor(1, 1);
     auto* const centre = new QWidget;
     auto* const layout = new QHBoxLayout(centre);
-    layout->addWidget(parts, 1);
+    layout->addWidget(m_parts, 1);
     layout->addWidget(newSidePanel());
     return centre;
 }
@@ -178,8 +180,9 @@ void HostWindow::addStatus() {
     statusBar()->addPermanentWidget(m_scale);
     statusBar()->addPermanentWidget(m_status);
     m_scale->setToolTip(QStringLiteral("Size of the picture on the screen"));
-    connect(m_view, &LiveView::scaleChanged, this,
-            [this](double scale) { m_scale->setText(QStringLiteral("%1 %").arg(100 * scale, 0, 'f', 0)); });
+    connect(m_view, &LiveView::scaleChanged, this, [this](double scale) {
+        m_scale->setText(QStringLiteral("Size %1 %    ").arg(100 * scale, 0, 'f', 0));
+    });
     m_status->setToolTip(
         QStringLiteral("Frames since the start, the sensor's exposure register, and the seed "
                        "of the camera's noise"));
@@ -208,6 +211,7 @@ void HostWindow::bringDialogBack() {
 void HostWindow::showWithDialog() {
     placeBeside();
     show();
+    shareHeight();
     refreshPanels();
     m_clock.start(0);
     if (m_dialog)
@@ -219,11 +223,18 @@ void HostWindow::placeBeside() {
     QSize const dialog = m_dialog ? m_dialog->size() : QSize(0, 0);
     QSize const wanted = sizeHint();
     int const width = std::min(wanted.width(), room.width() - dialog.width() - kGap);
-    // Of a narrower picture in its proportions; the window does not go below its smallest size.
-    resize(width, wanted.height() - (wanted.width() - width) * 9 / 16);
+    // The window does not go below its smallest size.
+    resize(width, std::min(kPreferredHeight, room.height() - kTitleBar));
     move(room.topLeft());
     if (m_dialog)
         m_dialog->move(std::min(x() + this->width() + kGap, room.right() + 1 - dialog.width()), y());
+}
+
+// The picture gets the height of its proportions, what lies below it the rest.
+void HostWindow::shareHeight() {
+    simulator::CameraDescription const& camera = m_session.camera().description();
+    int const picture = m_view->width() * int(camera.height) / std::max(1, int(camera.width));
+    m_parts->setSizes({picture, std::max(1, m_parts->height() - picture)});
 }
 
 void HostWindow::onClock() {

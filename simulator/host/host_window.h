@@ -11,6 +11,7 @@
 
 class QDialog;
 class QLabel;
+class QSplitter;
 class QTabWidget;
 
 namespace pictara {
@@ -53,6 +54,7 @@ private:
     void addStatus();
     void bringDialogBack();
     void placeBeside();
+    void shareHeight();
     void onClock();
     void refreshPanels();
     void showStatus();
@@ -63,6 +65,7 @@ private:
     Watching m_watching;
     QPointer<QDialog> m_dialog; ///< the plug-in's
     LiveView* m_view;
+    QSplitter* m_parts; ///< picture and tabs
     QTabWidget* m_tabs;
     QLabel* m_scale;
     QLabel* m_status;
