@@ -234,7 +234,7 @@ void HostWindow::placeBeside() {
 void HostWindow::shareHeight() {
     simulator::CameraDescription const& camera = m_session.camera().description();
     int const picture = m_view->width() * int(camera.height) / std::max(1, int(camera.width));
-    m_parts->setSizes({picture, std::max(1, m_parts->height() - picture)});
+    m_parts->setSizes({picture, std::max(1, m_parts->height() - m_parts->handleWidth() - picture)});
 }
 
 void HostWindow::onClock() {
