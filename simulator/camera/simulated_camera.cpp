@@ -9,6 +9,7 @@
 #include "simulator/camera/read_out.h"
 #include "simulator/camera/shading_correction.h"
 #include "simulator/camera/start_up_record.h"
+#include "simulator/camera/stored_records.h"
 #include "simulator/camera/ycbcr_pipeline.h"
 
 #include <QFileInfo>
@@ -265,6 +266,20 @@ bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
 bool SimulatedCamera::saveEeprom(QString const& file, QString* error) const {
     EepromDevice const* const device = deviceOrMessage(m_implementation->handle, error);
     return device && writeContents(device->contents(), file, error);
+}
+
+QByteArray SimulatedCamera::eepromBytes() const {
+    EepromDevice const* const device = m_implementation->handle.bus.device();
+    return device ? QByteArray(reinterpret_cast<char const*>(device->contents().data()),
+                               int(device->contents().size()))
+                  : QByteArray();
+}
+
+std::vector<StoredRecord> SimulatedCamera::eepromRecords() const {
+    EepromDevice const* const device = m_implementation->handle.bus.device();
+    return device ? storedRecords(device->contents(), m_implementation->profile.registerAddressWidth,
+                                  m_implementation->handle.registers)
+                  : std::vector<StoredRecord>();
 }
 
 bool SimulatedCamera::replayEeprom(QString* error) {

@@ -49,6 +49,26 @@ struct IdealFrame {
     std::vector<float> samples;
 };
 
+/// A register's value as a record of the EEPROM holds it.
+struct StoredSetting {
+    size_t offset = 0; ///< in the EEPROM
+    QByteArray name;   ///< of the sensor's register; empty when the sensor has none there
+    QString place;     ///< address-space kind, id and address
+    uint32_t value = 0;
+    uint32_t mask = 0; ///< 0: whole register
+};
+
+/// A record of the EEPROM's chain.
+struct StoredRecord {
+    size_t offset = 0; ///< of its type byte in the EEPROM
+    size_t size = 0;   ///< bytes, those of type and length included
+    uint8_t type = 0;
+    QString typeName; ///< empty for a type that nobody knows
+    QString text;     ///< its name, or what it says
+    std::vector<StoredSetting> settings;
+    QString fault; ///< why decoding ended early; empty for a sound record
+};
+
 /// What a host is told of the camera besides its registers.
 struct CameraDescription {
     QString profile;         ///< the profile's name
@@ -111,6 +131,11 @@ public:
     /// a message for the user in `error`, and nothing changed, when there is no EEPROM or the file is not so.
     [[nodiscard]] bool loadEeprom(QString const& file, QString* error);
     [[nodiscard]] bool saveEeprom(QString const& file, QString* error) const;
+    /// All of the EEPROM's bytes, read past the bus; none without an EEPROM.
+    [[nodiscard]] QByteArray eepromBytes() const;
+    /// The records of its chain, from the first one to the end or the first one that is broken, whose fault
+    /// is told; none on a device that is not formatted.
+    [[nodiscard]] std::vector<StoredRecord> eepromRecords() const;
     /// What a camera does at start-up: writes the register settings of the stored record of shading registers
     /// (the first one, or the first of that name) into its registers. The EEPROM is read past the bus,
     /// without faults and time. All is decoded and every register found before the first one is written, so

@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <algorithm>
 #include <iterator>
-#include <span>
 
 namespace simulator {
 namespace {
@@ -26,34 +25,11 @@ constexpr uint32_t kWholeRegister = 0xFFFFFFFF;
 // Registers with fewer address bits share the address word with their page.
 constexpr uint32_t kLeastBitsOfAWholeAddress = 9;
 
-/// A part of the EEPROM that knows where it lies. Whoever reads asks for the size first.
-class Bytes {
-public:
-    Bytes(std::span<uint8_t const> bytes, size_t offset) : m_bytes(bytes), m_offset(offset) {}
-
-    [[nodiscard]] size_t size() const { return m_bytes.size(); }
-    [[nodiscard]] size_t offset() const { return m_offset; }
-    [[nodiscard]] bool holds(size_t from, size_t count) const {
-        return from <= size() && count <= size() - from;
-    }
-    [[nodiscard]] Bytes part(size_t from, size_t count) const {
-        return {m_bytes.subspan(from, count), m_offset + from};
-    }
-    [[nodiscard]] Bytes from(size_t first) const { return part(first, size() - first); }
-    [[nodiscard]] uint8_t byte(size_t i) const { return m_bytes[i]; }
-    [[nodiscard]] uint32_t big16(size_t i) const { return uint32_t(byte(i)) << 8 | byte(i + 1); }
-    [[nodiscard]] uint32_t big32(size_t i) const { return big16(i) << 16 | big16(i + 2); }
-
-private:
-    std::span<uint8_t const> m_bytes;
-    size_t m_offset;
-};
-
-QString at(Bytes const& place, char const* what) {
+QString at(EepromBytes const& place, char const* what) {
     return QStringLiteral("EEPROM, offset %1: %2").arg(place.offset()).arg(QLatin1String(what));
 }
 
-bool isNamed(Bytes const& payload, QString const& name) {
+bool isNamed(EepromBytes const& payload, QString const& name) {
     QByteArray stored;
     for (size_t i = 0; i < kNameSize && payload.byte(i) != 0; ++i)
         stored.append(char(payload.byte(i)));
@@ -61,18 +37,18 @@ bool isNamed(Bytes const& payload, QString const& name) {
 }
 
 // The payload of the record looked for.
-std::optional<Bytes> findRecord(EepromContents const& contents, QString const& name, QString& fault) {
+std::optional<EepromBytes> findRecord(EepromContents const& contents, QString const& name, QString& fault) {
     if (!std::equal(std::begin(kMagic), std::end(kMagic), contents.begin())) {
         fault = QStringLiteral("the EEPROM is not formatted");
         return std::nullopt;
     }
-    Bytes rest = Bytes(contents, 0).from(kFirstRecord);
+    EepromBytes rest = EepromBytes(contents, 0).from(kFirstRecord);
     while (rest.size() > 0 && rest.byte(0) != kEnd) {
         if (!rest.holds(0, kRecordHeader) || !rest.holds(kRecordHeader, rest.big16(1))) {
             fault = at(rest, "the record runs over the end");
             return std::nullopt;
         }
-        Bytes const payload = rest.part(kRecordHeader, rest.big16(1));
+        EepromBytes const payload = rest.part(kRecordHeader, rest.big16(1));
         if (rest.byte(0) == kShadingRecord) {
             if (payload.size() < kNameSize) {
                 fault = at(rest, "the record is too short for its name");
@@ -88,7 +64,7 @@ std::optional<Bytes> findRecord(EepromContents const& contents, QString const& n
     return std::nullopt;
 }
 
-StoredEntry fullEntry(Bytes const& entry) {
+StoredEntry fullEntry(EepromBytes const& entry) {
     return {.offset = entry.offset(),
             .addressSpace = entry.byte(0),
             .id = entry.big32(1),
@@ -98,7 +74,7 @@ StoredEntry fullEntry(Bytes const& entry) {
             .value = entry.big32(14)};
 }
 
-StoredEntry shortRegister(Bytes const& entry, bool isPaged) {
+StoredEntry shortRegister(EepromBytes const& entry, bool isPaged) {
     uint32_t const word = entry.big16(0);
     return {.offset = entry.offset(),
             .addressSpace = 0,
@@ -107,7 +83,7 @@ StoredEntry shortRegister(Bytes const& entry, bool isPaged) {
             .value = entry.big16(2)};
 }
 
-StoredEntry shortVariable(Bytes const& entry) {
+StoredEntry shortVariable(EepromBytes const& entry) {
     uint32_t const word = entry.big16(0);
     return {.offset = entry.offset(),
             .addressSpace = 1,
@@ -122,7 +98,7 @@ uint32_t valueOf(StoredEntry const& entry) {
                                                           : entry.value & ((1U << 8 * entry.size) - 1);
 }
 
-bool appendBlock(uint8_t kind, Bytes const& entries, bool isPaged, std::vector<StoredEntry>& decoded,
+bool appendBlock(uint8_t kind, EepromBytes const& entries, bool isPaged, std::vector<StoredEntry>& decoded,
                  QString& fault) {
     if (kind != kFullEntry && kind != kShortRegister && kind != kShortVariable) {
         fault = at(entries, "the block before is of no known kind");
@@ -134,7 +110,7 @@ bool appendBlock(uint8_t kind, Bytes const& entries, bool isPaged, std::vector<S
         return false;
     }
     for (size_t i = 0; i < entries.size(); i += size) {
-        Bytes const entry = entries.part(i, size);
+        EepromBytes const entry = entries.part(i, size);
         decoded.push_back(kind == kFullEntry       ? fullEntry(entry)
                           : kind == kShortRegister ? shortRegister(entry, isPaged)
                                                    : shortVariable(entry));
@@ -142,14 +118,22 @@ bool appendBlock(uint8_t kind, Bytes const& entries, bool isPaged, std::vector<S
     return true;
 }
 
-bool decode(Bytes const& payload, bool isPaged, std::vector<StoredEntry>& decoded, QString& fault) {
-    Bytes rest = payload.from(kNameSize);
+} // namespace
+
+bool readEntries(EepromBytes const& payload, uint32_t registerAddressWidth, std::vector<StoredEntry>& decoded,
+                 QString& fault) {
+    bool const isPaged = registerAddressWidth < kLeastBitsOfAWholeAddress;
+    if (payload.size() < kNameSize) {
+        fault = at(payload, "the record is too short for its name");
+        return false;
+    }
+    EepromBytes rest = payload.from(kNameSize);
     while (rest.size() > 0 && rest.byte(0) != kEnd) {
         if (!rest.holds(0, kBlockHeader) || !rest.holds(kBlockHeader, rest.big16(1))) {
             fault = at(rest, "the block runs over the end of its record");
             return false;
         }
-        Bytes const entries = rest.part(kBlockHeader, rest.big16(1));
+        EepromBytes const entries = rest.part(kBlockHeader, rest.big16(1));
         if (!appendBlock(rest.byte(0), entries, isPaged, decoded, fault))
             return false;
         rest = rest.from(kBlockHeader + entries.size());
@@ -157,14 +141,12 @@ bool decode(Bytes const& payload, bool isPaged, std::vector<StoredEntry>& decode
     return true;
 }
 
-} // namespace
-
 std::optional<std::vector<StoredEntry>> readStartUpRecord(EepromContents const& contents, QString const& name,
                                                           uint32_t registerAddressWidth, QString* error) {
     QString fault;
     std::vector<StoredEntry> entries;
-    std::optional<Bytes> const payload = findRecord(contents, name, fault);
-    if (payload && decode(*payload, registerAddressWidth < kLeastBitsOfAWholeAddress, entries, fault))
+    std::optional<EepromBytes> const payload = findRecord(contents, name, fault);
+    if (payload && readEntries(*payload, registerAddressWidth, entries, fault))
         return entries;
     if (error)
         *error = fault;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/camera/eeprom_bytes.h"
 #include "simulator/camera/eeprom_contents.h"
 #include "simulator/camera/register_map.h"
 
@@ -29,6 +30,11 @@ struct StoredEntry {
                                                                         QString const& name,
                                                                         uint32_t registerAddressWidth,
                                                                         QString* error);
+
+/// The entries behind the name of a register record, appended as far as they are well-formed. False with a
+/// message that names the place when they are not to the end.
+[[nodiscard]] bool readEntries(EepromBytes const& payload, uint32_t registerAddressWidth,
+                               std::vector<StoredEntry>& decoded, QString& fault);
 
 /// Writes the entries in their order. False with a message in `error`, and nothing written, when a register
 /// is not there or an entry fits none.

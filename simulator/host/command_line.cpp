@@ -20,6 +20,10 @@ constexpr OptionRow kOptions[] = {
     {"list-profiles", nullptr, "List the simulated sensors and end."},
     {"window", nullptr, "Show window and dialog for work by hand (default; wins over --run-all)."},
     {"screenshot", "FILE", "Save a picture of the window after a second or two and end."},
+    {"show", "PART,PART",
+     "Bring parts of the window to the front at first: calls, states, settings, eeprom; or lay over "
+     "the picture: uniformity, cross."},
+    {"dark", nullptr, "Show the window in dark colours."},
     {"eeprom", "FILE",
      "What the camera's EEPROM holds, read and written (default eeprom.bin in the output folder)."},
     {"replay-eeprom", "FILE",
@@ -195,6 +199,10 @@ Options readOptions(ValueReader& reader) {
     reader.text("measure-shading", options.measureShadingFile);
     reader.text("flat-field", options.flatFieldFile);
     reader.text("screenshot", options.screenshotFile);
+    QString parts;
+    reader.text("show", parts);
+    options.shownParts = parts.split(QLatin1Char(','), Qt::SkipEmptyParts);
+    options.dark = reader.isSet("dark");
     reader.text("output", options.outputFolder);
     reader.text("ini", options.iniFile);
     reader.text("settings", options.settingsFile);

@@ -32,6 +32,8 @@ struct Options {
     bool chooseProfile = false; ///< by hand, before the window opens
     bool thenGood = false;
     QString screenshotFile;
+    QStringList shownParts; ///< parts of the window that are brought to the front at first
+    bool dark = false;      ///< colours of the window
     QString shadingFile;
     std::optional<double> lightKelvin; ///< of the lamp; none: the usual one, or what a page asks for
     double lightLevel = 1;

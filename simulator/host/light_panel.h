@@ -5,13 +5,14 @@
 #include <QWidget>
 
 class QCheckBox;
+class QComboBox;
 
 namespace pictara {
 
 class QuantityControl;
 
-/// Where a person sets the light before the camera. Its controls are children named "temperature", "level",
-/// "gradient", "object", "cover" and "normal".
+/// Where a person sets the light before the camera. Its controls are children named "illuminant",
+/// "temperature", "level", "gradient", "object", "cover" and "normal".
 class LightPanel : public QWidget {
     Q_OBJECT
 public:
@@ -22,11 +23,14 @@ signals:
     void lightChanged(simulator::Light const& light);
 
 private:
+    void addIlluminants();
     void connectControls();
+    void showIlluminant();
     void showLight();
     void announce();
 
     simulator::Light m_light; ///< as it falls into the lens that is not covered
+    QComboBox* m_illuminant;
     QuantityControl* m_temperature;
     QuantityControl* m_level;
     QuantityControl* m_gradient;

@@ -59,23 +59,23 @@ bool chooseProfile(Options& options) {
     return chosen;
 }
 
-int run(Session& session, Options const& options) {
+int run(Session& session, Options const& options, QString* nextProfile) {
     if (!options.replayFile.isEmpty())
         return runReplay(session, options);
     if (!options.scriptFile.isEmpty())
         return runScript(session, options);
-    return options.runAll ? runCalibration(session, options) : runWindow(session, options);
+    return options.runAll ? runCalibration(session, options) : runWindow(session, options, nextProfile);
 }
 
 // One sitting from its beginning to its end.
-int sit(Options const& options) {
+int sitOnce(Options const& options, QString* nextProfile) {
     QString error;
     std::unique_ptr<Session> const session = Session::open(options, &error);
     if (!session) {
         complain(error);
         return kExitUsage;
     }
-    int const code = run(*session, options);
+    int const code = run(*session, options, nextProfile);
     if (isInterrupted())
         complain(QStringLiteral("Interrupted."));
     // Also after a failed run: the device keeps what was written to it.
@@ -83,6 +83,17 @@ int sit(Options const& options) {
         return code;
     complain(error);
     return code == kExitDone ? kExitNotCalibrated : code;
+}
+
+// Another sensor needs another sitting.
+int sit(Options options) {
+    for (;;) {
+        QString nextProfile;
+        int const code = sitOnce(options, &nextProfile);
+        if (nextProfile.isEmpty())
+            return code;
+        options.profile = nextProfile;
+    }
 }
 
 int sitAndRecord(Options const& options) {

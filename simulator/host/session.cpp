@@ -138,6 +138,11 @@ void Session::setRegister(QByteArray const& name, uint32_t value) {
     m_registers.write(name.constData(), "", value);
 }
 
+void Session::setSeed(uint64_t seed) {
+    m_seed = seed;
+    m_camera->setSeed(seed);
+}
+
 void Session::restoreConditions(ViewingConditions const& conditions) {
     bringLamp(conditions.lamp);
     m_states.set("Auto Exposure", 0);

@@ -40,6 +40,9 @@ public:
     bool injectFault(FaultWish const& wish);
     /// Writes a register as the host's own register view does. The sensor may refuse the value.
     void setRegister(QByteArray const& name, uint32_t value);
+    /// Of the camera's noise, from the next frame on.
+    void setSeed(uint64_t seed);
+    [[nodiscard]] uint64_t seed() const { return m_seed; }
     /// Puts a lamp of that colour temperature, kelvin, before the camera; nothing else of the light changes.
     void bringLamp(double kelvin);
     /// Sets lamp, exposure and gains, keeps the exposure from moving, and lets the camera run on to that
@@ -61,6 +64,8 @@ public:
     [[nodiscard]] simulator::SimulatedCamera& camera() { return *m_camera; }
     [[nodiscard]] SensorRegisters& registers() { return m_registers; }
     [[nodiscard]] FrameDelivery& frames() { return m_frames; }
+    [[nodiscard]] StateVariables& states() { return m_states; }
+    [[nodiscard]] SettingsStore const& settings() const { return m_settings; }
     [[nodiscard]] ServiceDesk const& desk() const { return m_desk; }
     [[nodiscard]] QString const& outputFolder() const { return m_outputFolder; }
 

@@ -20,6 +20,7 @@ public:
     [[nodiscard]] int32_t integer(QByteArray const& key, int32_t fallback) const;
     void setInteger(QByteArray const& key, int32_t value);
 
+    [[nodiscard]] std::map<QByteArray, QByteArray> const& all() const { return m_values; }
     /// False once the file could not be read or written; the settings are then kept in memory only.
     [[nodiscard]] bool isOnDisk() const { return m_onDisk; }
 

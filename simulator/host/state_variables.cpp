@@ -83,4 +83,10 @@ void StateVariables::set(QByteArray const& name, int32_t value) {
         m_values[name] = value;
 }
 
+std::map<QByteArray, int32_t> StateVariables::all() const {
+    std::map<QByteArray, int32_t> values = m_ofCamera;
+    values.insert(m_values.begin(), m_values.end());
+    return values;
+}
+
 } // namespace pictara

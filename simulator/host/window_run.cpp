@@ -1,5 +1,7 @@
 #include "simulator/host/window_run.h"
 
+#include "simulator/host/bench_actions.h"
+#include "simulator/host/dark_palette.h"
 #include "simulator/host/host_window.h"
 #include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
@@ -56,11 +58,18 @@ void takeScreenshotAndClose(HostWindow& window, QString const& file, int* exitCo
 
 } // namespace
 
-int runWindow(Session& session, Options const& options) {
+int runWindow(Session& session, Options const& options, QString* nextProfile) {
+    if (options.dark) {
+        QApplication::setStyle(QStringLiteral("Fusion")); // which takes all colours from the palette
+        QApplication::setPalette(darkPalette());
+    }
     HostWindow window(session, options);
     QString error;
     int code = kExitDone;
-    if (window.openDialog(&error)) {
+    if (!showParts(window, options.shownParts)) {
+        complain(QStringLiteral("--show names a part that the window does not have."));
+        code = kExitUsage;
+    } else if (window.openDialog(&error)) {
         closeWhenInterrupted(window, &code);
         if (!options.screenshotFile.isEmpty())
             takeScreenshotAndClose(window, options.screenshotFile, &code);
@@ -70,6 +79,7 @@ int runWindow(Session& session, Options const& options) {
         complain(error);
         code = kExitUsage;
     }
+    *nextProfile = window.nextProfile();
     // The dialog is a child of the window, but the plug-in's to delete.
     session.closePlugin();
     return code;

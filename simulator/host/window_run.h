@@ -6,7 +6,8 @@ namespace pictara {
 
 class Session;
 
-/// Shows live picture, light and dialog until the person closes the window. Returns the program's exit code.
-[[nodiscard]] int runWindow(Session& session, Options const& options);
+/// Shows the bench and the dialog until the person closes the window. Returns the program's exit code, and in
+/// `nextProfile` the sensor for which the person wants another sitting, or nothing.
+[[nodiscard]] int runWindow(Session& session, Options const& options, QString* nextProfile);
 
 } // namespace pictara

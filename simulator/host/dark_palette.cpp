@@ -1,0 +1,26 @@
+#include "simulator/host/dark_palette.h"
+
+namespace pictara {
+
+QPalette darkPalette() {
+    QColor const ground(45, 46, 50), field(32, 33, 36), text(226, 226, 230), faint(128, 128, 134);
+    QPalette palette(ground); // shades for frames and bevels come from it
+    palette.setColor(QPalette::Window, ground);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Base, field);
+    palette.setColor(QPalette::AlternateBase, QColor(39, 40, 44));
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::PlaceholderText, faint);
+    palette.setColor(QPalette::Button, QColor(58, 59, 64));
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::ToolTipBase, field);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::Highlight, QColor(46, 110, 190));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(110, 170, 250));
+    for (QPalette::ColorRole const role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, faint);
+    return palette;
+}
+
+} // namespace pictara

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "simulator/host/display_blocks.h"
+
+#include <QGradient>
+#include <QImage>
+
+namespace pictara {
+
+/// The colours of deviations from none to the largest one shown, by increasing lightness.
+[[nodiscard]] QGradientStops deviationColours();
+
+/// A picture of one pixel a block, in the colours of the blocks' deviations; `end` is where they end.
+[[nodiscard]] QImage uniformityMap(DisplayBlocks const& blocks, double end);
+
+} // namespace pictara

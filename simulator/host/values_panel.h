@@ -1,0 +1,24 @@
+#pragma once
+
+#include "simulator/host/live_panel.h"
+#include "simulator/host/named_values.h"
+
+#include <functional>
+
+namespace pictara {
+
+/// A live table of named values with a field that narrows it to the names wanted.
+class ValuesPanel : public LivePanel {
+public:
+    using Read = std::function<NamedValues::Values()>;
+
+    /// `read` gives the values as they are now; what it stands on outlives the panel.
+    ValuesPanel(QString const& toolTip, Read read, QWidget* parent = nullptr);
+    void refresh(quint64 frame) override;
+
+private:
+    Read m_read;
+    NamedValues m_values;
+};
+
+} // namespace pictara
