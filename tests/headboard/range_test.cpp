@@ -1,4 +1,5 @@
 #include "headboard/big_endian.h"
+#include "headboard/plain_text.h"
 #include "tests/headboard/headboard_fixture.h"
 
 #include <numeric>
@@ -61,6 +62,11 @@ TEST(Range, ARecordGrowsToWhatItsLengthCanTellAndNoFurther) {
     EXPECT_EQ(record.length(), 0xFFFF);
     EXPECT_FALSE(record.append(one));
     EXPECT_EQ(getU16Be(record.bytes(), 1), 0xFFFFU);
+}
+
+TEST(Range, CaseIsThatOfLettersAToZOnly) {
+    EXPECT_TRUE(equalWithoutCase("AZaz", "azAZ"));
+    EXPECT_FALSE(equalWithoutCase("@[", "`{"));
 }
 
 // Callers take what is below 0 for a failure, and what is not for an offset or a size.
