@@ -142,8 +142,15 @@ void Sequence::call() {
         return DialogSession::pressAny(what / 16);
     case 7:
     case 8:
-    case 9:
         return DialogSession::press("start");
+    case 9:
+    case 10:
+        return GuardedFrame::deliverGood(5, 1);
+    case 11:
+        // A calibration as far as the host's side can bring it.
+        for (uint8_t const button : std::initializer_list<uint8_t>{8, 9, 10, 2})
+            DialogSession::pressAny(button);
+        return;
     default:
         return GuardedFrame(m_input).deliver();
     }
@@ -153,7 +160,10 @@ void Sequence::insideService() {
     if (m_depth >= kDeepest || m_left <= 0 || !m_input.chance(64))
         return;
     ++m_depth;
-    call();
+    if (m_input.chance(4))
+        remove();
+    else
+        call();
     --m_depth;
 }
 
@@ -162,7 +172,7 @@ void Sequence::play() {
     answers = &m_input;
     m_session.host.onCall = [this](std::string const&) { insideService(); };
     for (open(); m_left > 0;) {
-        if (!m_dialog && m_input.chance(4))
+        if (!(m_dialog && DialogSession::page()) && m_input.chance(4))
             open();
         call();
     }

@@ -12,10 +12,10 @@
 #include <QPointer>
 #include <QTemporaryDir>
 #include <fstream>
+#include <map>
 
 namespace {
 
-DialogSession* session = nullptr;
 InputReader* answers = nullptr;
 Shadefit fakes;
 volatile uint8_t sink = 0;
@@ -29,16 +29,31 @@ void readWhole(void const* frame, uint64_t bytes) {
     sink = sum;
 }
 
-uint64_t bayerBytes(uint32_t bits) {
+// Bytes of a pixel by calibration: only the library knows by the sensor what its page hands over as 8 bits.
+std::map<sf_Handle*, uint64_t> bytesPerPixel;
+
+sf_Handle* create(uint32_t kind, uint32_t variant, int32_t minusOne) {
+    sf_Handle* const made = fakes.sf_Create(kind, variant, minusOne);
+    bytesPerPixel[made] = 2;
+    return made;
+}
+
+sf_Handle* create2(void const* sensorData, uint32_t kind, uint32_t variant, uint32_t bits) {
     constexpr uint32_t kRgbInputKind = 16;
-    if (session->sensor.sensorKind == kRgbInputKind)
-        return 4;
-    return bits > 8 || kestraMfr().g_lensAssistApga ? 2 : 1;
+    sf_Handle* const made = fakes.sf_Create2(sensorData, kind, variant, bits);
+    bytesPerPixel[made] = kind == kRgbInputKind ? 4 : 1;
+    return made;
+}
+
+void destroy(sf_Handle* handle) {
+    bytesPerPixel.erase(handle);
+    fakes.sf_Destroy(handle);
 }
 
 int readBayer(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height, uint32_t bits,
               uint32_t phase, uint32_t orientation, uint32_t zero, int32_t a, int32_t b) {
-    readWhole(frame, uint64_t{width} * height * bayerBytes(bits));
+    readWhole(frame,
+              uint64_t{width} * height * std::max<uint64_t>(bytesPerPixel.at(handle), bits > 8 ? 2 : 1));
     return fakes.sf_SetInputImage2(handle, frame, width, height, bits, phase, orientation, zero, a, b);
 }
 
@@ -88,10 +103,12 @@ void DialogSession::prepare() {
 }
 
 DialogSession::DialogSession(InputReader& input) {
-    session = this;
     answers = &input;
     fakes = shadefit();
     Shadefit table = fakes;
+    table.sf_Create = create;
+    table.sf_Create2 = create2;
+    table.sf_Destroy = destroy;
     table.sf_SetInputImage2 = readBayer;
     table.sf_SetInputImageYcbcr = readYcbcr;
     installShadefit(table);
@@ -126,7 +143,6 @@ DialogSession::~DialogSession() {
     MUST_HOLD(host.isBalanced());
     MUST_HOLD(libraries.handlesAlive == 0);
     setFolderChooser({});
-    session = nullptr;
 }
 
 void DialogSession::answerFrom(InputReader& input) {

@@ -42,15 +42,8 @@ struct OpenDialogs {
 
 // Brings the page to where a frame does something, by good frames and ticks.
 void advance(int ticks) {
-    constexpr uint8_t kGoodFrame[] = {0, 0, 0, 3, 32, 3, 24, 2, 0, 0x80, 0x90, 0x70, 0};
-    constexpr uint8_t kGoodRaw[] = {2, 0, 0, 3, 32, 3, 24, 2, 0, 0x08, 0x09, 0x07, 0};
     for (int i = 0; i < ticks; ++i) {
-        for (int frame = 0; frame < 6; ++frame) {
-            InputReader reader(kGoodFrame);
-            GuardedFrame(reader).deliver();
-        }
-        InputReader reader(kGoodRaw);
-        GuardedFrame(reader).deliver();
+        GuardedFrame::deliverGood(6, 1);
         DialogSession::press("start");
     }
 }

@@ -9,6 +9,9 @@
 
 namespace {
 
+// Without pixel data each pixel is asked for: larger than any sensor's, a picture would hold up the host.
+constexpr int64_t kMostAskedPixels = 1 << 26;
+
 // Columns first <= x < last of a row, or rows of a column, as far as they lie in the frame.
 struct Span {
     int64_t first;
@@ -39,6 +42,8 @@ void paintColumn(Frame const& frame, int64_t x, Span rows, uint32_t pixel) {
 
 std::optional<Uniformity> measureUniformity(Frame const& frame, int skippedRows) {
     if (!frame.isConsistent(4) || frame.height <= skippedRows)
+        return std::nullopt;
+    if (!frame.data && int64_t{frame.width} * frame.height > kMostAskedPixels)
         return std::nullopt;
     auto const statistics = std::make_unique<CSbl>();
     statistics->measure(frame.data ? frame.row(skippedRows) : nullptr, frame.width,

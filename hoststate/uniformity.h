@@ -14,7 +14,7 @@ struct Uniformity {
 
 /// Measures an RGB-32 frame without its first `skippedRows` rows. The block's rows count from behind the
 /// skipped ones. A frame without pixel data is measured as mid grey; empty when its sizes do not hold
-/// together.
+/// together, or without data are larger than any sensor's.
 [[nodiscard]] std::optional<Uniformity> measureUniformity(Frame const& frame, int skippedRows);
 
 /// Paints a two pixels wide ring around a block into an RGB-32 frame. It lies one pixel further out at the
