@@ -28,14 +28,12 @@ CapturedFrames const& LensAssistApga::captured() const {
     return m_flow->captured();
 }
 
-// As in the base: each call works on a share of its own.
-
 void LensAssistApga::OnBnClickedIncandescent_Image() {
-    std::shared_ptr(m_flow)->captureImage(kIncandescent);
+    runStep(m_flow, &LensAssistApgaFlow::captureImage, kIncandescent);
 }
 void LensAssistApga::OnBnClickedFluorescent_Image() {
-    std::shared_ptr(m_flow)->captureImage(kFluorescent);
+    runStep(m_flow, &LensAssistApgaFlow::captureImage, kFluorescent);
 }
 void LensAssistApga::OnBnClickedDaylight_Image() {
-    std::shared_ptr(m_flow)->captureImage(kDaylight);
+    runStep(m_flow, &LensAssistApgaFlow::captureImage, kDaylight);
 }

@@ -360,6 +360,13 @@ void CalibrationFlow::updateDisplay() {
     refreshStatus(core);
 }
 
+void CalibrationFlow::stepCutShort() {
+    if (core.state.presetState == kInProgress)
+        core.state.presetState = kReady;
+    if (core.state.promState == kInProgress)
+        core.state.promState = kFailedOtherwise;
+}
+
 void CalibrationFlow::refresh() {
     refreshStatus(core);
     refreshEnables(core);

@@ -60,6 +60,8 @@ public:
     void saveDirChanged();
     void enableLensCorrectionClicked();
     void updateDisplay();
+    /// A step was cut short by an error: none that only its own routine ends is left in progress.
+    void stepCutShort();
 
 protected:
     /// The only label that the page offers for its EEPROM record.

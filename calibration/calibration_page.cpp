@@ -58,9 +58,16 @@ void CalibrationPage::connectWidgets() {
     connect(this, &CalibrationPage::Status, this, &CalibrationPage::OnUpdateStatus);
 }
 
+template <typename Step, typename... Arguments>
+void CalibrationPage::run(Step step, Arguments const&... arguments) {
+    std::shared_ptr const flow = m_flow;
+    if (!runStep(flow, step, arguments...))
+        flow->stepCutShort();
+}
+
 void CalibrationPage::setVisible(bool visible) {
     QPointer<CalibrationPage> const self(this);
-    std::shared_ptr(m_flow)->pageShown();
+    run(&CalibrationFlow::pageShown);
     if (!self)
         return;
     if (QTimer* const timer = m_flow->widgets().timer)
@@ -75,7 +82,7 @@ void CalibrationPage::setSerialNumber(SerialNumber serialNumber) {
 }
 
 void CalibrationPage::setFileState(StepState state) {
-    std::shared_ptr(m_flow)->setFileState(state);
+    run(&CalibrationFlow::setFileState, state);
 }
 
 void CalibrationPage::setDestroyedHook(std::function<void()> hook) {
@@ -86,73 +93,72 @@ void CalibrationPage::adopt(SensorRecord const& sensor, HostServices const& serv
     m_flow->adopt(sensor, services);
 }
 
-// Every call below works on a share of the flow of its own: the page may be gone when the flow returns.
-
+// What this throws is for the one who opens the dialog: the host gets none.
 void CalibrationPage::initialise() {
     std::shared_ptr(m_flow)->initialise();
 }
 void CalibrationPage::closePage() {
-    std::shared_ptr(m_flow)->closePage();
+    run(&CalibrationFlow::closePage);
 }
 void CalibrationPage::registerChanged(uint32_t what, uint32_t) {
-    std::shared_ptr(m_flow)->registerChanged(what);
+    run(&CalibrationFlow::registerChanged, what);
 }
 void CalibrationPage::onFrame(Frame const& frame) {
-    std::shared_ptr(m_flow)->onFrame(frame);
+    run(&CalibrationFlow::onFrame, frame);
 }
 void CalibrationPage::start() {
-    std::shared_ptr(m_flow)->start();
+    run(&CalibrationFlow::start);
 }
 void CalibrationPage::OnBnClicked_LensCalibSetup() {
-    std::shared_ptr(m_flow)->applySetup();
+    run(&CalibrationFlow::applySetup);
 }
 void CalibrationPage::OnBnClickedAe() {
-    std::shared_ptr(m_flow)->adjustExposure();
+    run(&CalibrationFlow::adjustExposure);
 }
 void CalibrationPage::OnBnClickedAwb() {
-    std::shared_ptr(m_flow)->adjustColourBalance();
+    run(&CalibrationFlow::adjustColourBalance);
 }
 void CalibrationPage::OnBnClickedCalibrate() {
-    std::shared_ptr(m_flow)->calibrate();
+    run(&CalibrationFlow::calibrate);
 }
 void CalibrationPage::OnBnClickedFilesave() {
-    std::shared_ptr(m_flow)->saveToFile();
+    run(&CalibrationFlow::saveToFile);
 }
 void CalibrationPage::OnBnClickedPromsave() {
-    std::shared_ptr(m_flow)->saveToEeprom();
+    run(&CalibrationFlow::saveToEeprom);
 }
 void CalibrationPage::OnBnClickedStartover() {
-    std::shared_ptr(m_flow)->startOver();
+    run(&CalibrationFlow::startOver);
 }
 void CalibrationPage::OnBnClickedGraph() {
-    std::shared_ptr(m_flow)->showGraph();
+    run(&CalibrationFlow::showGraph);
 }
 void CalibrationPage::OnBnClickedCU() {
-    std::shared_ptr(m_flow)->testUniformity();
+    run(&CalibrationFlow::testUniformity);
 }
 void CalibrationPage::OnBnClickedRunall() {
-    std::shared_ptr(m_flow)->toggleRunAll();
+    run(&CalibrationFlow::toggleRunAll);
 }
 void CalibrationPage::OnBnClickedBrowse() {
-    std::shared_ptr(m_flow)->browse();
+    run(&CalibrationFlow::browse);
 }
 void CalibrationPage::OnCbnSelchangePromLabel(QString const& text) {
     OnCbnEditchangePromLabel(text);
 }
 void CalibrationPage::OnCbnEditchangePromLabel(QString const&) {
-    std::shared_ptr(m_flow)->eepromLabelChanged();
+    run(&CalibrationFlow::eepromLabelChanged);
 }
 // The signatures of these two are published, values and all. NOLINTBEGIN(performance-unnecessary-value-param)
 void CalibrationPage::OnEnChangeGoodcu(QString text) {
-    std::shared_ptr(m_flow)->uniformityLimitChanged(text);
+    run(&CalibrationFlow::uniformityLimitChanged, text);
 }
 void CalibrationPage::OnEnChangeSavedir(QString) {
-    std::shared_ptr(m_flow)->saveDirChanged();
+    run(&CalibrationFlow::saveDirChanged);
 }
 // NOLINTEND(performance-unnecessary-value-param)
 void CalibrationPage::OnBnClickedEnableLC() {
-    std::shared_ptr(m_flow)->enableLensCorrectionClicked();
+    run(&CalibrationFlow::enableLensCorrectionClicked);
 }
 void CalibrationPage::OnUpdateStatus() {
-    std::shared_ptr(m_flow)->updateDisplay();
+    run(&CalibrationFlow::updateDisplay);
 }

@@ -72,6 +72,9 @@ protected:
     }
 
 private:
+    // Runs a step of the flow, from which nothing is thrown.
+    template <typename Step, typename... Arguments>
+    void run(Step step, Arguments const&... arguments);
     void finishBuilding(QLabel* version);
     void connectWidgets();
 

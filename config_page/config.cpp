@@ -47,42 +47,40 @@ ConfigState const& Config::state() const {
 
 void Config::reject() {}
 
-// Every call below works on a share of the flow of its own: the page may be gone when the flow returns.
-
 void Config::initialise() {
-    std::shared_ptr(m_flow)->initialise();
+    runStep(m_flow, &ConfigFlow::initialise);
 }
 void Config::applySerialNumber() {
-    std::shared_ptr(m_flow)->applySerialNumber();
+    runStep(m_flow, &ConfigFlow::applySerialNumber);
 }
 void Config::OnBnClickedEepromTest() {
-    std::shared_ptr(m_flow)->testEeprom();
+    runStep(m_flow, &ConfigFlow::testEeprom);
 }
 void Config::OnBnClickedApply() {
-    std::shared_ptr(m_flow)->apply();
+    runStep(m_flow, &ConfigFlow::apply);
 }
 void Config::OnBnClickedSetGrabFileName() {
-    std::shared_ptr(m_flow)->setGrabFileName();
+    runStep(m_flow, &ConfigFlow::setGrabFileName);
 }
 void Config::OnBnClickedEepromErase() {
-    std::shared_ptr(m_flow)->eraseEeprom();
+    runStep(m_flow, &ConfigFlow::eraseEeprom);
 }
 void Config::OnBnClickedDocUserguide() {
-    std::shared_ptr(m_flow)->openUserGuide();
+    runStep(m_flow, &ConfigFlow::openUserGuide);
 }
 void Config::OnCbnSelchangeIfCombo(QString const&) {
-    std::shared_ptr(m_flow)->comboChanged(Identification::Interface);
+    runStep(m_flow, &ConfigFlow::comboChanged, Identification::Interface);
 }
 void Config::OnCbnSelchangeMiCombo(QString const&) {
-    std::shared_ptr(m_flow)->comboChanged(Identification::Market);
+    runStep(m_flow, &ConfigFlow::comboChanged, Identification::Market);
 }
 void Config::OnCbnSelchangePnCombo(QString const&) {
-    std::shared_ptr(m_flow)->comboChanged(Identification::PartNumber);
+    runStep(m_flow, &ConfigFlow::comboChanged, Identification::PartNumber);
 }
 void Config::OnCbnSelchangeSpCombo(QString const&) {
-    std::shared_ptr(m_flow)->comboChanged(Identification::Processing);
+    runStep(m_flow, &ConfigFlow::comboChanged, Identification::Processing);
 }
 // The signature is published, value and all. NOLINTNEXTLINE(performance-unnecessary-value-param)
 void Config::OnEnChangeSn(QString) {
-    std::shared_ptr(m_flow)->serialNumberChanged();
+    runStep(m_flow, &ConfigFlow::serialNumberChanged);
 }

@@ -2,38 +2,31 @@
 
 #include "fuzz/fuzz_target.h"
 #include "plugin/entries.h"
+#include "tests/fakes/guarded_memory.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 
-#if defined(__SANITIZE_ADDRESS__) || (defined(__clang__) && __has_feature(address_sanitizer))
-#include <sanitizer/asan_interface.h>
-#else
-#define ASAN_POISON_MEMORY_REGION(begin, size)
-#define ASAN_UNPOISON_MEMORY_REGION(begin, size)
-#endif
-
 namespace {
 
-constexpr size_t kGuard = 4096;
 constexpr size_t kMostBytes = 65536;
 constexpr uint32_t kYcbcr = 5, kRgb32 = 11, kRaw12 = 13, kRaw8 = 8;
 
-alignas(16) uint8_t arenas[4][kGuard + kMostBytes + kGuard];
+GuardedMemory arenas[] = {GuardedMemory(kMostBytes), GuardedMemory(kMostBytes), GuardedMemory(kMostBytes),
+                          GuardedMemory(kMostBytes)};
 size_t alive = 0;
 
 } // namespace
 
 GuardedFrame::GuardedFrame(InputReader& input) {
     MUST_HOLD(alive < std::size(arenas));
-    uint8_t* const arena = arenas[alive++];
-    m_pixels = arena + kGuard;
+    GuardedMemory& arena = arenas[alive++];
     chooseSizes(input);
-    ASAN_UNPOISON_MEMORY_REGION(arena, sizeof arenas[0]);
     if (isConsistent() && !m_isNull)
         fill(input);
-    ASAN_POISON_MEMORY_REGION(arena, sizeof arenas[0]);
-    ASAN_UNPOISON_MEMORY_REGION(m_pixels, m_before.size());
+    m_pixels = arena.placeAtRear(m_before.size());
+    std::copy(m_before.begin(), m_before.end(), m_pixels);
 }
 
 GuardedFrame::~GuardedFrame() {
@@ -58,6 +51,9 @@ size_t GuardedFrame::rowBytes() const {
 }
 
 bool GuardedFrame::isConsistent() const {
+    // These two are captured by their rows' bytes alone.
+    if (m_type == kRaw12 || m_type == kYcbcr)
+        return m_height > 0 && m_pitch != 0;
     return m_width > 0 && m_height > 0 && rowBytes() >= size_t(m_width) * bytesPerPixel();
 }
 
@@ -83,7 +79,7 @@ void GuardedFrame::chooseSizes(InputReader& input) {
         return;
     // A host tells the truth about the memory that it hands over, so the sizes have to fit into what is here.
     if (rowBytes() > kMostBytes) {
-        m_width = 1 + m_width % 1024;
+        m_width = 1 + int32_t(uint32_t(m_width) % 1024);
         m_pitch = m_width * int32_t(bytesPerPixel());
     }
     m_height = std::min(m_height, int32_t(kMostBytes / rowBytes()));
@@ -96,7 +92,6 @@ void GuardedFrame::fill(InputReader& input) {
         std::memcpy(&m_before[i], &pattern, 4);
     for (int spots = input.byte() % 8; spots > 0; --spots)
         m_before[input.word() % m_before.size()] = input.byte();
-    std::memcpy(m_pixels, m_before.data(), m_before.size());
 }
 
 void GuardedFrame::deliver() {

@@ -5,8 +5,8 @@
 #include <vector>
 
 /// A frame whose type, sizes and pitch come from a fuzz input. When they hold together its pixels are really
-/// there and nothing around them may be touched; when they do not, nothing at all may be. Up
-/// to four live at a time, one made inside the delivery of the other.
+/// there and nothing around them may be touched; when they do not, nothing at all may be. Up to four live at
+/// a time, one made inside the delivery of the other.
 class GuardedFrame {
 public:
     explicit GuardedFrame(InputReader& input);
@@ -27,7 +27,7 @@ private:
     [[nodiscard]] size_t bytesPerPixel() const;
     [[nodiscard]] size_t rowBytes() const;
 
-    uint8_t* m_pixels;
+    uint8_t* m_pixels = nullptr;
     uint32_t m_type = 0;
     int32_t m_width = 0, m_height = 0, m_pitch = 0;
     bool m_isNull = false, m_isRgbEntry = false;

@@ -1,6 +1,7 @@
 #include "plugin/entries.h"
 
 #include "apga_page/lens_assist_apga.h"
+#include "common/guarded.h"
 #include "common/host.h"
 #include "common/ini_section.h"
 #include "hoststate/presets.h"
@@ -10,9 +11,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPointer>
-#include <QtDebug>
 #include <array>
-#include <exception>
 #include <optional>
 
 namespace {
@@ -20,18 +19,6 @@ namespace {
 constexpr uint32_t kApiVersion = 5;
 constexpr uint32_t kKindWithoutCalibration = 36;
 constexpr uint32_t kKindWithoutPage = 97;
-
-// Nothing may cross the boundary into a host that was built with another compiler.
-template <typename Call>
-void guarded(char const* entry, Call call) noexcept {
-    try {
-        call();
-    } catch (std::exception const& error) {
-        qWarning("KestraMfr: %s: %s", entry, error.what());
-    } catch (...) {
-        qWarning("KestraMfr: %s: unknown error", entry);
-    }
-}
 
 // The mismatch is silent to the user, deliberately: the box is made and never shown. It needs an application.
 void reportVersionMismatch() {
@@ -58,6 +45,20 @@ void forgetWhenDestroyed(Object* object, Object* KestraMfr::*member) {
     });
 }
 
+// Deletes a part of a dialog that is not finished, since the host does not get that dialog.
+class Unfinished {
+public:
+    explicit Unfinished(QWidget* part) : m_part(part) {}
+    ~Unfinished() { delete m_part.data(); }
+    Unfinished(Unfinished const&) = delete;
+    Unfinished& operator=(Unfinished const&) = delete;
+
+    void finish() { m_part.clear(); }
+
+private:
+    QPointer<QWidget> m_part;
+};
+
 // The tabs' labels; the third is made and never used, since this dialog shows no configuration page.
 constexpr char const* kTabLabels[] = {"Lens Calibration", "Lens Calibration - APGA(Adaptive/Auto)",
                                       "Headboard Configuration"};
@@ -83,6 +84,7 @@ std::optional<PgaMode> pgaModeOf(SensorRecord const& sensor) {
 template <typename Page>
 void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wizard,
              SensorRecord const& sensor, HostServices const& services, char const* label) {
+    Unfinished unfinished(created);
     QPointer<Page> const page = created;
     kestraMfr().*member = page;
     forgetWhenDestroyed(page.data(), member);
@@ -90,6 +92,7 @@ void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wi
     page->initialise();
     if (wizard && page)
         wizard->addPage(page, QString::fromLatin1(label));
+    unfinished.finish();
 }
 
 void addPageOf(SensorRecord const& sensor, HostServices const& services, QPointer<Wizard> const& wizard) {
@@ -112,6 +115,7 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
     kestra.g_parentWidget = parent;
     QPointer<Wizard> const wizard =
         new Wizard(QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), kestra.g_parentWidget);
+    Unfinished unfinished(wizard);
     kestra.g_wizard = wizard;
     forgetWhenDestroyed(wizard.data(), &KestraMfr::g_wizard);
     if (sensor.sensorKind != kKindWithoutPage)
@@ -121,6 +125,7 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
     for (int index = 1; index < wizard->pageCount(); ++index)
         wizard->enablePage(index);
     wizard->enablePage(0);
+    unfinished.finish();
     return wizard;
 }
 

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "common/guarded.h"
+
 #include <QPointer>
 #include <QWidget>
 #include <cstdint>
+#include <functional>
+#include <memory>
 
 /// Marks widget updates from code while it lives, so that change handlers ignore the signals that they raise.
 /// It counts in `depth`, which outlives it.
@@ -34,3 +38,11 @@ public:
 private:
     QPointer<QWidget> m_page;
 };
+
+/// Runs a step of a page's flow, on a share of the flow of its own: the page may be gone when the flow
+/// returns. Most steps are begun by Qt, which nothing may be thrown through. False when the step was cut
+/// short.
+template <typename Flow, typename Step, typename... Arguments>
+bool runStep(std::shared_ptr<Flow> flow, Step step, Arguments const&... arguments) noexcept {
+    return guarded("a step of the page", [&] { std::invoke(step, *flow, arguments...); });
+}

@@ -165,6 +165,36 @@ TEST_P(Reentry, EverySlotMayBeNull) {
     }
 }
 
+// A library of another version may lack a function, which then answers that nothing is there.
+template <typename Table, typename Install>
+int withEachMissing(Table const& all, Install install, std::function<void()> const& deed) {
+    constexpr size_t kFunctions = sizeof(Table) / sizeof(void*);
+    for (size_t function = 0; function < kFunctions; ++function) {
+        Table some = all;
+        auto* const first = reinterpret_cast<unsigned char*>(&some) + function * sizeof(void*);
+        std::fill(first, first + sizeof(void*), static_cast<unsigned char>(0));
+        install(some);
+        deed();
+    }
+    install(all);
+    return kFunctions;
+}
+
+TEST_P(Reentry, EveryLibraryFunctionMayBeMissing) {
+    auto const runAllActions = [this] {
+        for (Action const& action : actions()) {
+            open();
+            action.run(*this);
+            ASSERT_TRUE(page) << action.name;
+            EXPECT_TRUE(host.isBalanced()) << action.name;
+            EXPECT_EQ(state().updateDepth, 0U) << action.name;
+        }
+    };
+    int missing = withEachMissing(Veyra2(veyra2()), installVeyra2, runAllActions);
+    missing += withEachMissing(Shadefit(shadefit()), installShadefit, runAllActions);
+    EXPECT_EQ(missing, 29);
+}
+
 INSTANTIATE_TEST_SUITE_P(Pages, Reentry, ::testing::ValuesIn(kPages),
                          [](auto const& test) { return std::string(test.param.name); });
 

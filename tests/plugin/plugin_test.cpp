@@ -2,6 +2,7 @@
 #include "tests/plugin/plugin_library.h"
 
 #include <QDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QPixmap>
 #include <QPointer>
@@ -43,8 +44,6 @@ protected:
     HostServices services{};
     PluginLibrary plugin;
     QPointer<QDialog> dialog;
-
-private:
     QTemporaryDir m_folder;
 };
 
@@ -121,6 +120,27 @@ TEST_F(Plugin, FramesReachThePageThroughBothEntriesAlsoAfterCloseDialog) {
     host.log.clear();
     plugin.registerChanged(1, 5);
     EXPECT_TRUE(host.log.empty());
+}
+
+TEST_F(Plugin, AloneInItsFolderItTellsOnceThatEachLibraryIsMissing) {
+    QString const alone = m_folder.filePath(QFileInfo(QStringLiteral(PLUGIN_FILE)).fileName());
+    ASSERT_TRUE(QFile::copy(QStringLiteral(PLUGIN_FILE), alone));
+    plugin.load(alone);
+    static int warnings;
+    warnings = 0;
+    qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const& text) {
+        warnings += text.contains(QLatin1String("cannot be loaded"));
+    });
+    int stranger = 0;
+    sensor.camera = reinterpret_cast<vy_Camera*>(&stranger); // nobody looks behind it
+    ASSERT_TRUE(open());
+    for (int i = 0; i < 2; ++i)
+        QMetaObject::invokeMethod(dialog->findChild<QDialog*>(), "OnBnClickedCalibrate");
+    qInstallMessageHandler(nullptr);
+    EXPECT_EQ(warnings, 2);
+    EXPECT_EQ(text("Calibrate_Status").substr(0, 25), "Error. Are the External s");
+    EXPECT_TRUE(plugin.library.unload());
+    EXPECT_FALSE(dialog) << "the library's end deletes its dialog";
 }
 
 } // namespace

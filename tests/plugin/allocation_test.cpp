@@ -1,0 +1,181 @@
+// The plug-in in the simulated host, without memory for one of its own allocations after the other. What its
+// libraries, the host and Qt allocate never fails.
+
+#include "simulator/host/capture_rows.h"
+#include "simulator/host/headless_dialog.h"
+#include "simulator/host/run_all.h"
+#include "simulator/host/session.h"
+#include "tests/pictara/small_profile.h"
+#include "tests/plugin/plugin_library.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <link.h>
+#include <new>
+#include <string_view>
+
+namespace {
+
+struct CodeRange {
+    uintptr_t first = 0, last = 0;
+};
+
+simulator::SimulatedCamera* camera = nullptr; // its time passes by the sleeps of the plug-in
+CodeRange pluginCode;
+int allocationsLeft = 0; // of the plug-in's, up to the one that fails; 0: none fails
+
+int findPlugin(dl_phdr_info* info, size_t, void*) {
+    if (!std::string_view(info->dlpi_name).ends_with("/KestraMfr.so"))
+        return 0;
+    for (int i = 0; i < info->dlpi_phnum; ++i) {
+        auto const& segment = info->dlpi_phdr[i];
+        if (segment.p_type == PT_LOAD && segment.p_flags & PF_X) {
+            uintptr_t const first = info->dlpi_addr + segment.p_vaddr;
+            pluginCode = {first, first + segment.p_memsz};
+        }
+    }
+    return 1;
+}
+
+bool isPluginCode(void const* caller) {
+    auto const address = reinterpret_cast<uintptr_t>(caller);
+    return address >= pluginCode.first && address < pluginCode.last;
+}
+
+} // namespace
+
+void* operator new(size_t size) {
+    if (allocationsLeft > 0 && isPluginCode(__builtin_return_address(0)) && --allocationsLeft == 0)
+        throw std::bad_alloc();
+    if (void* const memory = std::malloc(size ? size : 1))
+        return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
+
+extern "C" [[gnu::visibility("default")]] int nanosleep(timespec const* time, timespec*) {
+    if (camera)
+        camera->advanceTime(int(time->tv_sec * 1000 + (time->tv_nsec + 999'999) / 1'000'000));
+    return 0;
+}
+
+namespace pictara {
+namespace {
+
+constexpr int kMostTicks = 100;
+constexpr char kThreeIlluminants[] = "kind72-1";
+
+// The sensor of the three-illuminant page has the size that the solver's own layout files tell.
+QString smallProfile(QString const& folder, char const* base) {
+    constexpr char kFormatted[] = R"(, "eeprom": {"formatted": true})";
+    return base == kThreeIlluminants ? writeChangedProfile(folder, base, kFormatted)
+                                     : writeSmallProfile(folder, base, kFormatted);
+}
+
+class Allocation : public testing::TestWithParam<char const*> {
+protected:
+    // Calls again and again without memory for the first allocation, the second, and so on, until the call
+    // needs no more.
+    template <typename Call>
+    void withoutMemory(Call call) {
+        for (int n = 1;; ++n) {
+            allocationsLeft = n;
+            EXPECT_NO_THROW(call());
+            bool const wentThrough = allocationsLeft > 0;
+            allocationsLeft = 0;
+            if (wentThrough)
+                return;
+            ++failures;
+        }
+    }
+    void SetUp() override {
+        options.profile = smallProfile(folder.path(), GetParam());
+        options.outputFolder = folder.filePath("out");
+        QString error;
+        session = Session::open(options, &error);
+        ASSERT_TRUE(session) << error.toStdString();
+        camera = &session->camera();
+        camera->useVirtualTime();
+        dl_iterate_phdr(findPlugin, nullptr);
+        ASSERT_NE(pluginCode.last, 0U);
+    }
+    void TearDown() override {
+        session.reset();
+        camera = nullptr;
+    }
+
+    void deliver() {
+        withoutMemory([&] { session->frames().deliverNext(); });
+    }
+
+    QTemporaryDir folder;
+    Options options;
+    std::unique_ptr<Session> session;
+    int failures = 0;
+};
+
+TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
+    ::PluginLibrary plugin;
+    HeadlessDialog opened;
+    ASSERT_EQ(openHeadless(*session, options, opened), kExitDone);
+    DialogPage page = opened.page;
+    CaptureRows rows(page);
+    auto const changeLamp = [&](CaptureRow const& row) { session->bringLamp(row.kelvin); };
+    for (StepWidgets const& step : kSteps)
+        withoutMemory([&] { page.press(step.button); });
+    page.press("Start_Over");
+    page.press("Run_All");
+    for (int tick = 0; tick < kMostTicks && page.isRunning(); ++tick) {
+        for (int frame = 0; frame < 3; ++frame)
+            deliver();
+        withoutMemory([&] { plugin.registerChanged(0, 0); });
+        withoutMemory([&] { page.tick(); });
+        rows.serve(changeLamp);
+    }
+    withoutMemory([&] { page.press("Prom_Save"); });
+    std::cout << failures << " allocations failed\n";
+    EXPECT_GT(failures, 50);
+    plugin.library.unload(); // as often as it was loaded
+
+    page.press("Start_Over");
+    RunDriver driver(
+        page, [&] { session->frames().deliverNext(); }, 3, 2000);
+    driver.onRequests([&] { rows.serve(changeLamp); });
+    RunResult const result = driver.runAll();
+    EXPECT_EQ(result.end, RunEnd::Finished);
+    EXPECT_TRUE(allStepsDone(result.last.statusTexts, true))
+        << result.last.statusTexts.join(" | ").toStdString();
+}
+
+TEST_P(Allocation, ThatFailsWhileTheDialogIsMadeLeavesNoneAndTheNextOneOpens) {
+    QString error;
+    int dialogs = 0;
+    withoutMemory([&] {
+        QDialog* const dialog = session->openDialog(nullptr, &error);
+        QWidgetList const widgets = QApplication::topLevelWidgets();
+        auto const left = std::count_if(widgets.begin(), widgets.end(),
+                                        [](QWidget const* widget) { return !widget->parentWidget(); });
+        EXPECT_EQ(left, dialog ? 1 : 0) << "failure " << failures;
+        dialogs += dialog != nullptr;
+        delete dialog;
+    });
+    std::cout << failures << " allocations failed, " << dialogs << " dialogs opened\n";
+    EXPECT_GT(failures, 100);
+    EXPECT_GE(dialogs, 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Profiles, Allocation, testing::Values("poly-12bit", kThreeIlluminants));
+
+} // namespace
+} // namespace pictara

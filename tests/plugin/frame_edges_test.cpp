@@ -1,0 +1,225 @@
+// All combinations of a dozen widths, heights, pitches and types, in every state in which a page looks at
+// frames. The pixels lie right at a guard page, in turn the one before them and the one behind; a frame whose
+// sizes do not hold together has none at all.
+
+#include "apga_page/lens_assist_apga.h"
+#include "fuzz/dialog_session.h"
+#include "hoststate/block_statistics.h"
+#include "hoststate/white_balance.h"
+#include "plugin/entries.h"
+#include "tests/fakes/guarded_memory.h"
+
+#include <QDialog>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <iostream>
+
+namespace {
+
+constexpr int32_t kWidths[] = {INT32_MIN, -1, 0, 1, 2, 3, 4, 31, 32, 33, 129, INT32_MAX};
+constexpr int32_t kHeights[] = {INT32_MIN, -1, 0, 1, 2, 3, 15, 17, 18, 19, 65, 97};
+constexpr uint32_t kTypes[] = {0, 1, 4, 5, 6, 8, 10, 11, 12, 13, 14, UINT32_MAX};
+constexpr uint32_t kYcbcr = 5, kRgb32 = 11, kRaw12 = 13;
+// Of a row's own bytes; the others are pitches as they stand.
+constexpr int kSpareBytes[] = {-1, 0, 1, 3};
+constexpr int32_t kOtherPitches[] = {INT32_MIN, 0, 1, INT32_MAX};
+constexpr size_t kCombinations = 12 * 12 * 12 * 12;
+
+struct Sizes {
+    uint32_t type;
+    int32_t width, height, pitch;
+
+    [[nodiscard]] int64_t rowBytes() const {
+        return int64_t{width} * (type == kRgb32 ? 4 : type == kRaw12 || type == kYcbcr ? 2 : 1);
+    }
+    [[nodiscard]] int64_t step() const { return std::abs(int64_t{pitch}); }
+    [[nodiscard]] bool holdTogether() const {
+        // These two are captured by their rows' bytes alone.
+        if (type == kRaw12 || type == kYcbcr)
+            return height > 0 && pitch != 0;
+        return width > 0 && height > 0 && step() >= rowBytes();
+    }
+};
+
+template <typename Visit>
+size_t forEachCombination(Visit visit) {
+    size_t count = 0;
+    for (uint32_t const type : kTypes)
+        for (int32_t const width : kWidths)
+            for (int32_t const height : kHeights) {
+                auto const row = Sizes{type, width, height, 0}.rowBytes();
+                for (int const spare : kSpareBytes)
+                    for (int const sign : {1, -1})
+                        visit(Sizes{type, width, height, int32_t(sign * (row + spare))}, count++);
+                for (int32_t const pitch : kOtherPitches)
+                    visit(Sizes{type, width, height, pitch}, count++);
+            }
+    return count;
+}
+
+class EdgeFrame {
+public:
+    /// The pixels that belong to the sizes, noise in them; null when no truthful host has so many.
+    void place(Sizes const& sizes, bool atRear) {
+        m_sizes = sizes;
+        int64_t const bytes = sizes.holdTogether() ? sizes.step() * sizes.height : 0;
+        if (bytes > int64_t(m_memory.size())) {
+            data = nullptr;
+            m_bytes = 0;
+            return;
+        }
+        m_bytes = size_t(bytes);
+        m_first = atRear ? m_memory.placeAtRear(m_bytes) : m_memory.placeAtFront(m_bytes);
+        for (size_t i = 0; i < m_bytes; ++i)
+            m_first[i] = uint8_t(i * 37 >> 3);
+        // Walked upwards, a frame begins with its last row in memory.
+        data = sizes.pitch < 0 && bytes > 0 ? m_first + m_bytes - sizes.step() : m_first;
+    }
+    void deliver(bool asRgb) const {
+        if (asRgb)
+            RgbImageData(data, m_sizes.type, uint32_t(m_sizes.width), uint32_t(m_sizes.height),
+                         m_sizes.pitch);
+        else
+            ImageData(data, m_sizes.type, uint32_t(m_sizes.width), m_sizes.height, uint32_t(m_sizes.pitch));
+        checkPadding();
+    }
+
+    uint8_t* data = nullptr;
+
+private:
+    // Only the pixels of a displayed frame may be painted into, never what pads its rows.
+    void checkPadding() const {
+        if (!data || m_bytes == 0)
+            return;
+        auto const painted = size_t(m_sizes.type == kRgb32 ? m_sizes.rowBytes() : 0);
+        for (size_t i = 0; i < m_bytes; ++i)
+            if (i % size_t(m_sizes.step()) >= painted && m_first[i] != uint8_t(i * 37 >> 3))
+                FAIL() << "painted behind a row of " << m_sizes.width << " pixels";
+    }
+
+    GuardedMemory m_memory{size_t{256} * 1024};
+    Sizes m_sizes{};
+    uint8_t* m_first = nullptr;
+    size_t m_bytes = 0;
+};
+
+void settle(PageState const& state, bool (*isDue)(PageState const&)) {
+    for (int frames = 0; !isDue(state) && frames < 40; ++frames)
+        ImageData(nullptr, kRgb32, 0, 0, 0); // counts as a frame, has no pixels
+    ASSERT_TRUE(isDue(state));
+}
+
+// What a page is brought to before each frame, when it is not there already.
+struct Due {
+    char const* name;
+    void (*bring)(PageState const&);
+};
+
+void bringToColourBalance(PageState const& state) {
+    if (state.wbStepState != kInProgress)
+        DialogSession::press("OnBnClickedAwb");
+    settle(state, [](PageState const& now) { return now.settleFrames == 0; });
+}
+
+void bringToMeasurement(PageState const& state) {
+    if (state.lscStepState == kInProgress && state.lscStepProgress == phase::kMeasured)
+        DialogSession::press("start"); // done: the next frame gets a ring, then it is measured again
+    else if (state.lscStepState != kInProgress || state.lscStepProgress != phase::kMeasure)
+        DialogSession::press("OnBnClickedCU");
+}
+
+// The ring around a block of a larger frame than any that comes.
+void bringToRing(PageState const& state) {
+    if (state.lscStepState == kDone)
+        return;
+    DialogSession::press("OnBnClickedCU");
+    std::vector<uint32_t> picture(128 * 96, 0x808080);
+    picture.back() = 0xFF0000;
+    ImageData(picture.data(), kRgb32, 128, 96, 512);
+    DialogSession::press("start");
+    ASSERT_GT(state.worstBlock.right(), 120);
+}
+
+void bringToCapture(PageState const& state) {
+    if (LensAssistApga const* const page = kestraMfr().g_lensAssistApga) {
+        // All three frames are what was last delivered; with them the page calculates.
+        if (page->captured().haveAllFrames() && page->captured()[kDaylight].state == kCaptured) {
+            DialogSession::press("OnBnClickedCalibrate");
+            DialogSession::press("start");
+        }
+        for (auto const& [row, slot] : {std::pair{kIncandescent, "OnBnClickedIncandescent_Image"},
+                                        std::pair{kFluorescent, "OnBnClickedFluorescent_Image"},
+                                        std::pair{kDaylight, "OnBnClickedDaylight_Image"}})
+            if (page->captured()[row].state != kCapturing)
+                DialogSession::press(slot);
+        return;
+    }
+    auto const isDue = [](PageState const& now) {
+        return now.lscStepState == kInProgress && now.lscStepProgress == phase::kSettleEnd;
+    };
+    if (!isDue(state))
+        DialogSession::press("OnBnClickedCalibrate");
+    settle(state, isDue);
+}
+
+constexpr Due kDue[] = {{"colour balance", bringToColourBalance},
+                        {"measurement", bringToMeasurement},
+                        {"ring", bringToRing},
+                        {"capture", bringToCapture}};
+
+class FrameEdges : public ::testing::TestWithParam<uint32_t> {};
+
+TEST_P(FrameEdges, NothingBesideThePixelsIsTouchedInAnyStateOfThePage) {
+    InputReader nothing({});
+    DialogSession session(nothing);
+    session.sensor.sensorKind = GetParam();
+    session.services.announceRegister = nullptr;
+    ASSERT_TRUE(session.open());
+    CalibrationPage* const page = DialogSession::page();
+    page->setVisible(true); // it ticks only when shown
+    DialogSession::type("GoodCU", QStringLiteral("-1"));
+    EdgeFrame frame;
+    size_t withPixels = 0;
+    for (Due const& due : kDue) {
+        SCOPED_TRACE(due.name);
+        DialogSession::press("OnBnClickedStartover");
+        size_t const count = forEachCombination([&](Sizes const& sizes, size_t number) {
+            due.bring(page->state());
+            frame.place(sizes, number % 2 == 0);
+            withPixels += frame.data && sizes.holdTogether();
+            frame.deliver(number / 2 % 2 == 0);
+            session.host.log.clear();
+        });
+        EXPECT_GE(count, kCombinations);
+    }
+    EXPECT_EQ(page->state().updateDepth, 0U);
+    std::cout << std::size(kDue) * kCombinations << " frames, " << withPixels << " of them with pixels\n";
+    EXPECT_GT(withPixels, 10000U);
+}
+
+// The pages of both forms, and the kinds that skip rows, calibrate from the displayed picture, or blend.
+INSTANTIATE_TEST_SUITE_P(Kinds, FrameEdges, ::testing::Values(200, 33, 16, 72, 68));
+
+TEST(FrameEdgesOfTheStatistics, BlocksAndCentreTouchNothingBesideThePixels) {
+    EdgeFrame frame;
+    size_t measured = 0;
+    forEachCombination([&](Sizes const& sizes, size_t number) {
+        frame.place(sizes, number % 2 == 0);
+        Frame const told{frame.data, ImageType(sizes.type), sizes.width, sizes.height, sizes.pitch};
+        measured += meanOfCentre(told).has_value();
+        if (sizes.type != kRgb32 || !frame.data || !sizes.holdTogether() || sizes.pitch % 4 != 0)
+            return;
+        CSbl statistics;
+        statistics.measure(frame.data, sizes.width, sizes.height, sizes.pitch / 4);
+        EXPECT_GE(statistics.block(0, 0).red, 0);
+    });
+    EXPECT_GT(measured, 100U);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    DialogSession::prepare();
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,176 @@
+// Every order in which host, dialog, library and application may come together and to their ends, each in a
+// process of its own, which must end with 0. The processes are forks: one that stands at the end of a
+// sequence is the beginning of all that are longer.
+
+#include "tests/fakes/fake_host.h"
+#include "tests/plugin/plugin_library.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+// What is alive when a process ends is left to the system, deliberately: that is no leak.
+extern "C" [[gnu::visibility("default")]] int __lsan_is_turned_off() {
+    return 1;
+}
+
+namespace {
+
+struct Setting {
+    int argc = 1;
+    char name[15] = "orders_test";
+    char* argv[2] = {name, nullptr};
+    QApplication* application = new QApplication(argc, argv);
+    QTemporaryDir folder;
+    FakeHost host;
+    SensorRecord sensor{};
+    HostServices services{};
+    PluginLibrary plugin;
+    QPointer<QWidget> parent = new QWidget;
+    std::vector<QPointer<QDialog>> dialogs;
+
+    Setting() {
+        std::string const ini = folder.filePath(QStringLiteral("host.ini")).toStdString();
+        std::ofstream(ini) << "[Lens Calibration Setup]\n";
+        host.textSettings["IniFileName"] = ini;
+        services = host.services();
+    }
+    void open(uint32_t kind) {
+        sensor.sensorKind = kind;
+        dialogs.emplace_back(plugin.open(5, parent, &sensor, &services));
+        if (!dialogs.back())
+            std::_Exit(2);
+        dialogs.back()->show();
+        invoke("OnBnClickedRunall");
+    }
+    void invoke(char const* slot) {
+        if (QDialog* const found = page())
+            QMetaObject::invokeMethod(found, slot);
+    }
+    [[nodiscard]] QDialog* page() const {
+        return dialogs.empty() || !dialogs.back() ? nullptr : dialogs.back()->findChild<QDialog*>();
+    }
+    void frame() {
+        static std::vector<uint32_t> picture(64 * 48, 0x808080);
+        plugin.rgbImage(picture.data(), 11, 64, 48, 256);
+        plugin.image(picture.data(), 13, 64, 48, 128);
+    }
+    // The library deletes the dialog that it gave last; those before it have only the host. Without the
+    // application nobody may delete any.
+    void unload() {
+        bool const maySweep = QCoreApplication::instance() != nullptr;
+        for (size_t i = 0; maySweep && i + 1 < dialogs.size(); ++i)
+            delete dialogs[i].data();
+        if (!plugin.library.unload())
+            std::_Exit(3);
+        if (maySweep && !dialogs.empty() && dialogs.back())
+            std::_Exit(4);
+    }
+    void endApplication() {
+        QApplication::processEvents();
+        delete std::exchange(application, nullptr);
+    }
+};
+
+using Deed = void (*)(Setting&);
+struct Event {
+    char const* name;
+    Deed run;
+};
+
+constexpr Event kEvents[] = {
+    {"open", [](Setting& s) { s.open(200); }},
+    {"open another kind", [](Setting& s) { s.open(72); }},
+    {"tick", [](Setting& s) { s.invoke("start"); }},
+    {"frame", [](Setting& s) { s.frame(); }},
+    {"notification", [](Setting& s) { s.plugin.registerChanged(0, 0); }},
+    {"close", [](Setting& s) { s.plugin.close(); }},
+    {"delete by parent", [](Setting& s) { delete s.parent.data(); }},
+    {"delete dialog", [](Setting& s) { delete (s.dialogs.empty() ? nullptr : s.dialogs.back().data()); }},
+    {"delete page", [](Setting& s) { delete s.page(); }},
+};
+constexpr Event kEnds[] = {
+    {"unload", [](Setting& s) { s.unload(), s.endApplication(); }},
+    {"application, unload", [](Setting& s) { s.endApplication(), s.unload(); }},
+    {"application, exit", [](Setting& s) { s.endApplication(); }},
+    {"exit", [](Setting&) {}},
+};
+
+struct Counts {
+    int orders, failed;
+};
+
+class Orders {
+public:
+    explicit Orders(size_t longest)
+        : m_longest(longest),
+          m_counts(static_cast<Counts*>(
+              mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {}
+
+    [[nodiscard]] Counts run() {
+        // Never destroyed: what an order leaves alive is alive at the process's exit.
+        auto* const setting = new Setting;
+        walk(*setting, 0);
+        return *m_counts;
+    }
+
+private:
+    void walk(Setting& setting, unsigned done) {
+        for (Event const& end : kEnds)
+            inChild(end, [&] {
+                end.run(setting);
+                std::exit(0);
+            });
+        for (size_t i = 0; i < std::size(kEvents) && m_path.size() < m_longest; ++i) {
+            if (done & 1U << i)
+                continue;
+            inChild(kEvents[i], [&] {
+                kEvents[i].run(setting);
+                walk(setting, done | 1U << i);
+                std::_Exit(0);
+            });
+        }
+    }
+
+    template <typename Call>
+    void inChild(Event const& event, Call call) {
+        m_path.push_back(event.name);
+        std::fflush(nullptr); // or the child would write it once more
+        pid_t const child = fork();
+        if (child == 0)
+            call();
+        int status = 0;
+        m_counts->orders += &event >= kEnds && &event < std::end(kEnds);
+        if (child < 0 || waitpid(child, &status, 0) != child || status != 0) {
+            ++m_counts->failed;
+            for (char const* const step : m_path)
+                std::cerr << step << ", ";
+            std::cerr << "ends with " << status << '\n';
+        }
+        m_path.pop_back();
+    }
+
+    size_t const m_longest;
+    Counts* const m_counts;
+    std::vector<char const*> m_path;
+};
+
+TEST(Orders, WhateverComesFirstTheProcessGoesOnAndEndsCleanly) {
+    char const* const longest = std::getenv("KESTRA_LONGEST_ORDER");
+    Counts const counts = Orders(longest ? size_t(std::atoi(longest)) : 3).run();
+    std::cout << counts.orders << " orders\n";
+    EXPECT_EQ(counts.failed, 0);
+    EXPECT_GT(counts.orders, 0);
+}
+
+} // namespace

@@ -1,0 +1,93 @@
+// A host that spins events inside a service, or a library that does, reaches the plug-in by its entries
+// again, and may delete the dialog with the dialog's parent.
+
+#include "apga_page/lens_assist_apga.h"
+#include "fuzz/dialog_session.h"
+#include "plugin/entries.h"
+
+#include <QDialog>
+#include <QPointer>
+#include <gtest/gtest.h>
+#include <iostream>
+
+namespace {
+
+void deliverFrames() {
+    static std::vector<uint32_t> picture(64 * 48, 0x808080);
+    RgbImageData(picture.data(), 11, 64, 48, 256);
+    ImageData(picture.data(), 13, 64, 48, 128);
+}
+
+void pressWaitingRows() {
+    LensAssistApga const* const page = kestraMfr().g_lensAssistApga;
+    if (!page)
+        return;
+    for (auto const& [row, slot] : {std::pair{kFluorescent, "OnBnClickedFluorescent_Image"},
+                                    std::pair{kDaylight, "OnBnClickedDaylight_Image"}})
+        if (page->captured()[row].state == kWaiting)
+            return DialogSession::press(slot);
+}
+
+// All that the host sends while Run All goes its way.
+void runAll() {
+    DialogSession::press("OnBnClickedRunall");
+    for (int i = 0; i < 60 && DialogSession::page(); ++i) {
+        for (int frame = 0; frame < 5; ++frame)
+            deliverFrames();
+        RegisterChanged(0, 0);
+        DialogSession::press("start");
+        pressWaitingRows();
+    }
+}
+
+class EntriesReentry : public ::testing::TestWithParam<uint32_t> {
+protected:
+    // Runs all again and again, doing `deed` inside the first call, the second, and so on.
+    int doInsideEveryCall(std::function<void(QPointer<QWidget> const&)> const& deed) {
+        for (size_t n = 1;; ++n) {
+            InputReader nothing({});
+            DialogSession session(nothing); // looks at what is left at its end
+            session.sensor.sensorKind = GetParam();
+            session.libraries.headboard.deviceAddress = 0;
+            QPointer<QWidget> const parent = new QWidget;
+            EXPECT_TRUE(session.open(5, parent));
+            DialogSession::page()->setVisible(true);
+            size_t calls = 0;
+            session.host.onCall = [&](std::string const&) {
+                if (++calls == n)
+                    deed(parent);
+            };
+            runAll();
+            if (calls < n)
+                return int(n) - 1;
+            session.host.onCall = nullptr;
+            runAll();
+            if (CalibrationPage const* const page = DialogSession::page()) {
+                EXPECT_EQ(page->state().runAll, 0U) << "call " << n;
+                EXPECT_EQ(page->state().lscStepState, kDone) << "call " << n;
+            }
+            delete parent.data();
+        }
+    }
+};
+
+TEST_P(EntriesReentry, TheDialogMayGoWithItsParentInsideAnyCall) {
+    int const cases = doInsideEveryCall([](QPointer<QWidget> const& parent) { delete parent.data(); });
+    std::cout << cases << " deletions inside a call\n";
+    EXPECT_GE(cases, 200);
+}
+
+TEST_P(EntriesReentry, EntriesMayBeCalledInsideAnyCallAndTheNextRunIsWhole) {
+    int const cases = doInsideEveryCall([](QPointer<QWidget> const&) {
+        DialogSession::press("start");
+        deliverFrames();
+        RegisterChanged(0, 0);
+        CloseDialog();
+    });
+    std::cout << cases << " interruptions inside a call\n";
+    EXPECT_GE(cases, 200);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, EntriesReentry, ::testing::Values(200, 72));
+
+} // namespace
