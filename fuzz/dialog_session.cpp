@@ -103,7 +103,6 @@ void DialogSession::prepare() {
 }
 
 DialogSession::DialogSession(InputReader& input) {
-    answers = &input;
     fakes = shadefit();
     Shadefit table = fakes;
     table.sf_Create = create;
@@ -112,15 +111,7 @@ DialogSession::DialogSession(InputReader& input) {
     table.sf_SetInputImage2 = readBayer;
     table.sf_SetInputImageYcbcr = readYcbcr;
     installShadefit(table);
-    for (auto const& [reg, bitfield] :
-         {std::pair{"POLY_SC_ENABLE", "ENABLE"}, std::pair{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"}}) {
-        libraries.headboard.add(reg, 0, 0, 0x3600, 2);
-        libraries.headboard.addBitfield(reg, bitfield, 0x8000);
-    }
-    libraries.description.imageWidth = 64;
-    libraries.description.imageHeight = 48;
-    host.textSettings["IniFileName"] = iniFile().toStdString();
-    host.textSettings["LensAssist Dir"] = QFileInfo(iniFile()).path().toStdString();
+    beginAnew(input);
     setFolderChooser([] { return QString::fromStdString(answers->text()); });
     sensor.name = "S1";
     sensor.sensorKind = 200;
@@ -145,8 +136,30 @@ DialogSession::~DialogSession() {
     setFolderChooser({});
 }
 
-void DialogSession::answerFrom(InputReader& input) {
+void DialogSession::beginAnew(InputReader& input) {
     answers = &input;
+    host.log.clear();
+    host.states.clear();
+    host.intSettings.clear();
+    host.textSettings.clear();
+    libraries.resetAnswers();
+    FakeHeadboard& board = libraries.headboard;
+    board.registers.clear();
+    board.device.assign(board.device.size(), 0xFF);
+    board.deviceAddress = 0xA8;
+    board.fault = DeviceFault::None;
+    board.faultLasts = false;
+    board.operations = 0;
+    discardEeprom(kestraMfr().g_headboardEeprom);
+    for (auto const& [reg, bitfield] :
+         {std::pair{"POLY_SC_ENABLE", "ENABLE"}, std::pair{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"}}) {
+        board.add(reg, 0, 0, 0x3600, 2);
+        board.addBitfield(reg, bitfield, 0x8000);
+    }
+    libraries.description.imageWidth = 64;
+    libraries.description.imageHeight = 48;
+    host.textSettings["IniFileName"] = iniFile().toStdString();
+    host.textSettings["LensAssist Dir"] = QFileInfo(iniFile()).path().toStdString();
 }
 
 QDialog* DialogSession::open(uint32_t apiVersion, QWidget* parent) {

@@ -31,8 +31,8 @@ public:
     static void type(char const* field, QString const& text);
     /// Runs one of the page's buttons, all told by number; the saves into the EEPROM are slow and the last.
     static void pressAny(uint8_t number);
-    /// Another input's answers from here on.
-    void answerFrom(InputReader& answers);
+    /// Another input's answers from here on, with the host, the libraries and the headboard of the beginning.
+    void beginAnew(InputReader& answers);
     /// New answers of the libraries: null, short and absurd ones among them.
     void changeLibraryAnswers();
 

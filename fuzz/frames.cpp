@@ -2,43 +2,13 @@
 // calibration: nothing outside of the pixels is read, nothing outside of a displayed picture is written.
 
 #include "calibration/calibration_page.h"
-#include "fuzz/dialog_session.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/guarded_frame.h"
-#include "plugin/entries.h"
+#include "fuzz/open_dialogs.h"
 
 namespace {
 
 constexpr int kMostFrames = 24;
-
-struct OpenDialogs {
-    explicit OpenDialogs(InputReader& input) : session(input) {
-        for (uint32_t const kind : {200, 16, 33, 72, 68}) {
-            session.sensor.sensorKind = kind;
-            session.open();
-            pages.push_back({kind, kestraMfr().g_lensAssist, kestraMfr().g_lensAssistApga});
-            kestraMfr().g_lensAssist = nullptr;
-            kestraMfr().g_lensAssistApga = nullptr;
-        }
-    }
-    void choose(InputReader& input) {
-        session.answerFrom(input);
-        session.host.log.clear();
-        Page const& page = pages[input.byte() % pages.size()];
-        session.sensor.sensorKind = page.kind;
-        kestraMfr().g_lensAssist = page.lensAssist;
-        kestraMfr().g_lensAssistApga = page.lensAssistApga;
-        DialogSession::press("OnBnClickedStartover");
-    }
-
-    struct Page {
-        uint32_t kind;
-        LensAssist* lensAssist;
-        LensAssistApga* lensAssistApga;
-    };
-    DialogSession session;
-    std::vector<Page> pages;
-};
 
 // Brings the page to where a frame does something, by good frames and ticks.
 void advance(int ticks) {
@@ -57,8 +27,7 @@ int LLVMFuzzerInitialize(int*, char***) {
 
 int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     InputReader input({data, size});
-    // The dialogs stay for all runs, each of which starts its page over: opening takes longer than a run.
-    static auto* const dialogs = new OpenDialogs(input);
+    static auto* const dialogs = new OpenDialogs(input, {200, 16, 33, 72, 68});
     dialogs->choose(input);
     DialogSession::pressAny(input.byte() % 11);
     DialogSession::pressAny(input.byte() % 11);
@@ -72,6 +41,6 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
         if (next % 16 == 1)
             DialogSession::pressAny(next / 16 % 11);
     }
-    MUST_HOLD(dialogs->session.host.isBalanced());
+    dialogs->checkBalance();
     return 0;
 }

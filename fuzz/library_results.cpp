@@ -2,9 +2,9 @@
 // and saves. What the page reports as done has been done.
 
 #include "calibration/calibration_page.h"
-#include "fuzz/dialog_session.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/guarded_frame.h"
+#include "fuzz/open_dialogs.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_types.h"
 #include "plugin/entries.h"
@@ -68,14 +68,13 @@ int LLVMFuzzerInitialize(int*, char***) {
 
 int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     InputReader input({data, size});
-    DialogSession session(input);
-    constexpr uint32_t kKinds[] = {200, 16, 72, 68, 76};
-    session.sensor.sensorKind = input.pick(kKinds);
+    static auto* const dialogs = new OpenDialogs(input, {200, 16, 72, 68, 76});
+    dialogs->choose(input);
+    DialogSession& session = dialogs->session;
     session.sensor.variant = input.byte() % 4;
     if (input.chance(2))
         session.changeLibraryAnswers();
     addRegisters(session.libraries.headboard, input);
-    session.open();
     for (int i = 0; i < kMostSteps && !input.isUsedUp(); ++i) {
         uint8_t const next = input.byte();
         switch (next % 8) {
@@ -109,5 +108,6 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
             break;
         }
     }
+    dialogs->checkBalance();
     return 0;
 }

@@ -96,14 +96,17 @@ Shadefit solverTable() {
 
 } // namespace
 
-FakeLibraries::FakeLibraries() {
-    libraries = this;
-    list = {int32_t(entries.size()), entries.data()};
+LibraryAnswers::LibraryAnswers() {
     description.recordSize = sizeof description;
     description.imageWidth = 1920;
     description.imageHeight = 1080;
     description.name = "PART";
     description.sensorData = &handleStandIn;
+}
+
+FakeLibraries::FakeLibraries() {
+    libraries = this;
+    resetAnswers();
     installVeyra2(cameraTable());
     installShadefit(solverTable());
 }
@@ -112,6 +115,11 @@ FakeLibraries::~FakeLibraries() {
     installVeyra2({});
     installShadefit({});
     libraries = nullptr;
+}
+
+void FakeLibraries::resetAnswers() {
+    static_cast<LibraryAnswers&>(*this) = {};
+    list = {int32_t(entries.size()), entries.data()};
 }
 
 vy_Camera* FakeLibraries::camera() {

@@ -9,23 +9,15 @@
 #include <string>
 #include <vector>
 
-/// Stand-ins for both libraries that answer from plain fields and log their calls into the current
-/// `FakeHost`. Installed while it lives; one lives at a time.
-class FakeLibraries {
-public:
-    FakeLibraries();
-    ~FakeLibraries();
-    FakeLibraries(FakeLibraries const&) = delete;
-    FakeLibraries& operator=(FakeLibraries const&) = delete;
-
-    [[nodiscard]] vy_Camera* camera();
+/// What the stand-ins of both libraries answer.
+struct LibraryAnswers {
+    LibraryAnswers();
 
     // The camera's side.
     std::set<std::string> bitfields; ///< existing ones, by "register.bitfield"
     bool systemOnChip = false;
     bool hasDescription = true;
     vy_SensorDescription description{};
-    FakeHeadboard headboard; ///< registers by name, their bitfields, and the EEPROM
 
     // The solver's side.
     bool createsHandle = true;
@@ -34,8 +26,24 @@ public:
     int apgaAnswer = 0;
     int fileAnswer = 0;
     bool hasList = true;
-    sf_RegList list{};
     std::vector<sf_RegEntry> entries = {{1, 0x3600, 7}, {0, 0x3602, 8}};
+};
+
+/// Stand-ins for both libraries that answer from plain fields and log their calls into the current
+/// `FakeHost`. Installed while it lives; one lives at a time.
+class FakeLibraries : public LibraryAnswers {
+public:
+    FakeLibraries();
+    ~FakeLibraries();
+    FakeLibraries(FakeLibraries const&) = delete;
+    FakeLibraries& operator=(FakeLibraries const&) = delete;
+
+    [[nodiscard]] vy_Camera* camera();
+    /// The answers of the beginning again.
+    void resetAnswers();
+
+    FakeHeadboard headboard; ///< registers by name, their bitfields, and the EEPROM
+    sf_RegList list{};       ///< of the solver; over `entries` at first
     int handlesAlive = 0;
     std::deque<char> handles; ///< every handle that was created
 
