@@ -29,6 +29,13 @@ TEST_F(RecordingProgram, TheDefaultRunBehavesAsRecorded) {
     ASSERT_EXIT_CODE(run, 0) << run.messages().toStdString() << kRenew;
 }
 
+TEST_F(RecordingProgram, NothingThatTheHostAsksForItsReportIsTakenForThePlugIns) {
+    ASSERT_EXIT_CODE(
+        ProgramRun({"--run-all", "--profile", writeSmallProfile(folder.path()), "--record", copy}), 0);
+    ProgramRun const replay({"--replay", copy});
+    EXPECT_EXIT_CODE(replay, 0);
+}
+
 TEST_F(RecordingProgram, ADifferenceIsNamedByItsLine) {
     QByteArray const whole = contentsOf(recorded);
     QByteArray const result = "\"LensAssist Falloff for POLY12\" 95 = 95";
