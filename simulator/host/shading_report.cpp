@@ -1,7 +1,7 @@
 #include "simulator/host/shading_report.h"
 
 #include "simulator/host/report_page.h"
-#include "simulator/host/summary_json.h"
+#include "simulator/host/rounded_numbers.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
