@@ -70,8 +70,9 @@ void judgeLights(Session& session, DialogPage& page, RunDriver& driver, Progress
     std::vector<double> lights;
     std::transform(summary.captures.begin(), summary.captures.end(), std::back_inserter(lights),
                    [](CaptureRow const& row) { return row.kelvin; });
-    progress.say(QStringLiteral("measuring each table under each light..."));
-    summary.lights = measureLights(session, page, driver, lightsToTry(std::move(lights)));
+    summary.lights = measureLights(session, page, driver, lightsToTry(std::move(lights)), [&](double kelvin) {
+        progress.say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
+    });
     summary.succeeded = isComplete(summary.lights);
     if (!summary.succeeded)
         summary.cause = QStringLiteral("The dialog did not show the uniformity under every light.");
