@@ -1,19 +1,16 @@
 #include "simulator/host/calibration_run.h"
 
-#include "simulator/host/capture_rows.h"
 #include "simulator/host/closing_measurement.h"
 #include "simulator/host/headless_dialog.h"
 #include "simulator/host/interruption.h"
-#include "simulator/host/light_matrix.h"
+#include "simulator/host/lit_run.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
-#include "simulator/host/refusal.h"
-#include "simulator/host/run_summary.h"
+#include "simulator/host/run_verdict.h"
 #include "simulator/host/session.h"
 
 #include <QDialog>
-#include <QFileInfo>
 #include <QPixmap>
 #include <QRegularExpression>
 #include <algorithm>
@@ -23,105 +20,11 @@
 namespace pictara {
 namespace {
 
-bool isFailure(QString const& status, RunEnd end, bool hasEeprom) {
-    return status.startsWith(QLatin1String("Error")) || status.startsWith(QLatin1String("Warning")) ||
-           (end == RunEnd::TimedOut && status.startsWith(QLatin1String("In progress"))) ||
-           (hasEeprom && status == QLatin1String("No EEPROM."));
-}
-
-// Of a run that shows no error. Only the EEPROM holds the dialog before the first step: it goes on once that
-// answers or is certain not to be there.
-QString standstillOf(QStringList const& texts) {
-    bool const hasBegun = texts.value(kSetup) == QLatin1String("Done.");
-    return hasBegun ? QStringLiteral(
-                          "Run All stands still without an error, as it does where it waits for a person.")
-                    : QStringLiteral("Run All stands still before its first step: it asks for the EEPROM and "
-                                     "does not learn whether there is one.");
-}
-
-QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, bool hasEeprom) {
-    QStringList causes;
-    if (run.end == RunEnd::TimedOut)
-        causes.append(QStringLiteral("The run did not end in %1 frames.").arg(run.last.frames));
-    for (int i = 0; i < run.last.statusTexts.size(); ++i) {
-        QString const status = run.last.statusTexts[i].trimmed();
-        if (isFailure(status, run.end, hasEeprom))
-            causes.append(QString::fromLatin1(kSteps[i].status) + QLatin1String(": ") + status);
-    }
-    for (CaptureRow const& row : captures)
-        if (row.status.startsWith(QLatin1String("Error")))
-            causes.append(row.button + QLatin1String(": ") + row.status);
-    if (QString const solver = lastSolverMessage(); !solver.isEmpty())
-        causes.append(solver);
-    if (run.end == RunEnd::Cancelled && causes.isEmpty())
-        causes.append(standstillOf(run.last.statusTexts));
-    return causes.join(QLatin1String(" | "));
-}
-
-bool isDone(RunResult const& run, simulator::SimulatedCamera const& camera) {
-    return run.end == RunEnd::Finished && allStepsDone(run.last.statusTexts, camera.hasEeprom());
-}
-
-bool wasRefusedForItsLight(RunResult const& run, simulator::SimulatedCamera const& camera) {
-    ExitCode const code = exitCodeOfRefusal(lastSolverMessage());
-    return !isDone(run, camera) && code != kExitNotCalibrated && code != kExitWrongSize;
-}
-
-// Even light at the normal level with nothing in its way, of the same colour.
-void mendLight(Session& session) {
-    session.setLight({.colourTemperature = session.camera().light().colourTemperature});
-}
-
-int exitCodeOf(RunSummary const& summary) {
-    if (summary.succeeded)
-        return kExitDone;
-    return summary.run.end == RunEnd::TimedOut ? kExitTimeout : exitCodeOfRefusal(lastSolverMessage());
-}
-
-// None on a camera without an EEPROM.
-std::optional<EepromUse> eepromUse(Session& session, Options const& options) {
-    simulator::SimulatedCamera const& camera = session.camera();
-    if (!camera.hasEeprom())
-        return std::nullopt;
-    QFileInfo const file(session.eepromFile());
-    bool const isInFolder = file.absolutePath() == session.outputFolder();
-    return EepromUse{.file = isInFolder ? file.fileName() : file.filePath(),
-                     .fault = options.fault ? textOf(*options.fault) : QString(),
-                     .operations = camera.deviceOperations(),
-                     .bytesWritten = camera.deviceBytesWritten()};
-}
-
 // Nobody else can tell when the dialog starts to save.
 void whenSaving(Session& session, Options const& options, ProgressReport& progress) {
     progress.say(QStringLiteral("saving to the EEPROM..."));
     if (options.fault && !options.fault->operation)
         (void)session.injectFault({options.fault->name, 0, options.fault->forEver});
-}
-
-// The person at the camera of a page that calibrates under several lights.
-void changeLamp(Session& session, CaptureRow const& row, ProgressReport& progress) {
-    session.bringLamp(row.kelvin);
-    progress.say(
-        QStringLiteral("The lamp of %1 K is switched on for the %2.").arg(row.kelvin).arg(row.button));
-}
-
-RunResult runAllUnderItsLights(Session& session, CaptureRows& rows, RunDriver& driver,
-                               ProgressReport& progress) {
-    if (std::vector<CaptureRow> const captures = rows.read(); !captures.empty())
-        changeLamp(session, captures.front(), progress);
-    driver.onRequests(
-        [&] { rows.serve([&](CaptureRow const& row) { changeLamp(session, row, progress); }); });
-    RunResult const result = driver.runAll();
-    driver.onRequests([] {});
-    return result;
-}
-
-// Pictures that were taken in a bad light are taken anew; where there is but one, the step of the
-// calibration takes it.
-RunResult runAgain(Session& session, CaptureRows& rows, RunDriver& driver, ProgressReport& progress) {
-    if (rows.read().empty())
-        return driver.runSteps(kExposure, kEepromSave);
-    return runAllUnderItsLights(session, rows, driver, progress);
 }
 
 void calibrate(Session& session, DialogPage& page, Options const& options, RunDriver& driver,
@@ -133,14 +36,13 @@ void calibrate(Session& session, DialogPage& page, Options const& options, RunDr
         summary.firstRefusal = causeOf(summary.run, rows.read(), camera.hasEeprom());
         progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
         forgetSolverMessage();
-        mendLight(session);
         summary.run = runAgain(session, rows, driver, progress);
     }
     summary.captures = rows.read();
     summary.scene = session.scene();
     summary.solutionRegisters = session.desk().listEntriesWritten();
     summary.registerWrites = camera.registerWrites();
-    summary.eeprom = eepromUse(session, options);
+    summary.eeprom = eepromUseOf(session, options);
 }
 
 void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& output, RunSummary& summary) {
@@ -168,8 +70,9 @@ void judgeLights(Session& session, DialogPage& page, RunDriver& driver, Progress
     std::vector<double> lights;
     std::transform(summary.captures.begin(), summary.captures.end(), std::back_inserter(lights),
                    [](CaptureRow const& row) { return row.kelvin; });
-    progress.say(QStringLiteral("measuring each table under each light..."));
-    summary.lights = measureLights(session, page, driver, lightsToTry(std::move(lights)));
+    summary.lights = measureLights(session, page, driver, lightsToTry(std::move(lights)), [&](double kelvin) {
+        progress.say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
+    });
     summary.succeeded = isComplete(summary.lights);
     if (!summary.succeeded)
         summary.cause = QStringLiteral("The dialog did not show the uniformity under every light.");

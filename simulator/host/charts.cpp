@@ -18,21 +18,9 @@ struct Palette {
 
 Palette const& paletteOf(Scheme scheme) {
     static Palette const light{
-        QColor(255, 255, 255),
-        QColor(32, 32, 36),
-        QColor(215, 215, 220),
-        QColor(244, 244, 244),
-        QColor(33, 102, 172),
-        QColor(178, 24, 43),
-        {QColor(200, 90, 20), QColor(30, 100, 180), QColor(90, 90, 90), Qt::darkGreen}};
+        0xFFFFFF, 0x202024, 0xD7D7DC, 0xF4F4F4, 0x2166AC, 0xB2182B, {0xC85A14, 0x1E64B4, 0x5A5A5A, 0x008000}};
     static Palette const dark{
-        QColor(25, 25, 33),
-        QColor(225, 225, 230),
-        QColor(70, 70, 76),
-        QColor(48, 49, 53),
-        QColor(90, 165, 245),
-        QColor(250, 110, 90),
-        {QColor(250, 160, 80), QColor(110, 180, 255), QColor(190, 190, 190), Qt::green}};
+        0x191921, 0xE1E1E6, 0x46464C, 0x303135, 0x5AA5F5, 0xFA6E5A, {0xFAA050, 0x6EB4FF, 0xBEBEBE, 0x00FF00}};
     return scheme == Scheme::Dark ? dark : light;
 }
 

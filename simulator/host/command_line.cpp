@@ -170,12 +170,14 @@ QString conflictIn(ValueReader const& reader, Options const& options) {
         {replays && reader.isSet("eeprom"),
          "--replay-eeprom leaves its file as it is; --eeprom is not for it."},
         {!replays && reader.isSet("stored-record"), "--stored-record is for --replay-eeprom."},
-        {isScripted && (options.runAll || replays || wantsWindow(reader)),
-         "--script walks its own way: --run-all, --replay-eeprom and --window are not for it."},
+        {isScripted && (replays || wantsWindow(reader)),
+         "--script walks its own way: --replay-eeprom and --window are not for it."},
         {reader.isSet("record") && !options.runAll && !isScripted, "--record needs --run-all or --script."},
         {options.fault && !options.fault->operation && !options.runAll,
          "--fault without @N strikes when a run saves: it needs --run-all."},
-        {reader.isSet("then-good") && isScripted, "--then-good is for --run-all."},
+        {reader.isSet("then-good") && !options.runAll, "--then-good is for --run-all."},
+        {(reader.isSet("show") || reader.isSet("dark")) && options.isHeadless(),
+         "--show and --dark are for the window."},
     };
     if (reader.isSet("replay"))
         return needlessForReplay(reader);
@@ -190,7 +192,7 @@ Options readOptions(ValueReader& reader) {
     options.listProfiles = reader.isSet("list-profiles");
     options.listFaults = reader.isSet("list-faults");
     bool const isAboutShading = reader.isSet("measure-shading") || reader.isSet("compare-shading");
-    bool const isOtherRun = isAboutShading || reader.isSet("replay-eeprom");
+    bool const isOtherRun = isAboutShading || reader.isSet("replay-eeprom") || reader.isSet("script");
     options.runAll = reader.isSet("run-all") && !wantsWindow(reader) && !isOtherRun;
     options.thenGood = reader.isSet("then-good");
     options.objectInPicture = reader.isSet("object");

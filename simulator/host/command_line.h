@@ -28,7 +28,7 @@ struct Options {
     QString profile = QStringLiteral("poly-12bit");
     bool listProfiles = false;
     bool listFaults = false;
-    bool runAll = false;        ///< never together with a window, which wins, or a replay
+    bool runAll = false;        ///< anything else that is asked for wins
     bool chooseProfile = false; ///< by hand, before the window opens
     bool thenGood = false;
     QString screenshotFile;

@@ -72,10 +72,13 @@ std::vector<double> lightsToTry(std::vector<double> lights) {
 }
 
 LightMatrix measureLights(Session& session, DialogPage& page, RunDriver& driver,
-                          std::vector<double> const& lights) {
+                          std::vector<double> const& lights,
+                          std::function<void(double kelvin)> const& onLight) {
     LightMatrix matrix;
-    std::transform(lights.begin(), lights.end(), std::back_inserter(matrix),
-                   [&](double kelvin) { return measureLight(session, page, driver, kelvin); });
+    for (double const kelvin : lights) {
+        onLight(kelvin);
+        matrix.push_back(measureLight(session, page, driver, kelvin));
+    }
     return matrix;
 }
 

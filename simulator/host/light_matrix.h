@@ -25,9 +25,10 @@ using LightMatrix = std::vector<LightColumn>;
 
 /// Measures what each of the sensor's tables, and their blend, makes of the picture under each light. To see
 /// one table alone, the registers of the tables' colour temperatures are set so that every light lies beyond
-/// it, and set back. The last light stays, and so does the correction.
+/// it, and set back. The last light stays, and so does the correction. `onLight` is called before each light.
 [[nodiscard]] LightMatrix measureLights(Session& session, DialogPage& page, RunDriver& driver,
-                                        std::vector<double> const& lights);
+                                        std::vector<double> const& lights,
+                                        std::function<void(double kelvin)> const& onLight);
 
 /// Whether the dialog showed every figure.
 [[nodiscard]] bool isComplete(LightMatrix const& matrix);

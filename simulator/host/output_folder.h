@@ -18,6 +18,8 @@ public:
     void saveBytes(QString const& name, QByteArray const& bytes);
     /// A file that somebody else should have written.
     [[nodiscard]] bool expect(QString const& name);
+    /// Absolute, whether it is there or not.
+    [[nodiscard]] QString pathOf(QString const& name) const { return m_folder.absoluteFilePath(name); }
     [[nodiscard]] QStringList const& written() const { return m_written; }
     [[nodiscard]] bool failed() const { return m_failed; }
 

@@ -123,9 +123,11 @@ int runReplay(Session& session, Options const& options) {
     summary.dialogsWrites = session.desk().listEntriesWritten();
 
     savePictures(output, *opened.dialog, summary);
-    writeReport(reportOf(session, summary), output);
+    QString const page = writeReport(reportOf(session, summary), output);
     output.saveText(QStringLiteral("replay-summary.txt"), textOf(summary));
     progress.say(QLatin1Char('\n') + textOf(summary));
+    if (!output.failed())
+        progress.say(QStringLiteral("The report is %1.").arg(page));
     bool const isMeasured = summary.before && summary.after;
     if (!isMeasured)
         complain(QStringLiteral("The dialog shows no uniformity for the replayed correction."));

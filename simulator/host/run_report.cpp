@@ -179,9 +179,16 @@ QByteArray pageOf(RunReport const& report) {
 
 } // namespace
 
-void writeReport(RunReport const& report, OutputFolder& output) {
-    output.saveBytes(QStringLiteral("report.html"), pageOf(report));
-    output.saveBytes(QStringLiteral("summary.json"), summaryJson(report));
+QString resultName(QString const& run, char const* name) {
+    QString const prefix = run == QLatin1String("calibration") ? QString() : run + QLatin1Char('-');
+    return prefix + QLatin1String(name);
+}
+
+QString writeReport(RunReport const& report, OutputFolder& output) {
+    QString const page = resultName(report.run, "report.html");
+    output.saveBytes(page, pageOf(report));
+    output.saveBytes(resultName(report.run, "summary.json"), summaryJson(report));
+    return output.pathOf(page);
 }
 
 } // namespace pictara

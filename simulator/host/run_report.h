@@ -36,7 +36,7 @@ struct SolutionRegister {
 
 /// What a headless run tells: one page for people, and the same figures for scripts.
 struct RunReport {
-    QString run;    ///< "calibration" or "replay"
+    QString run;    ///< "calibration", "replay" or "script"
     QString result; ///< as in the text summary
     QString cause;  ///< of a failure
     std::vector<FactTable> tables;
@@ -54,7 +54,11 @@ class Session;
 /// The solution that the plug-in wrote, by address.
 [[nodiscard]] std::vector<SolutionRegister> solutionOf(Session& session);
 
-/// Writes report.html and summary.json.
-void writeReport(RunReport const& report, OutputFolder& output);
+/// What a calibration leaves has a bare name, such as "report.html"; what another run leaves bears its kind
+/// before it, so that it replaces no calibration's.
+[[nodiscard]] QString resultName(QString const& run, char const* name);
+
+/// Writes report.html and summary.json by their resultName(). Returns the page's absolute name.
+QString writeReport(RunReport const& report, OutputFolder& output);
 
 } // namespace pictara

@@ -1,5 +1,8 @@
 #include "simulator/host/run_summary.h"
 
+#include "simulator/host/session.h"
+
+#include <QFileInfo>
 #include <QTextStream>
 
 namespace pictara {
@@ -57,6 +60,18 @@ FactTable eepromFacts(std::optional<EepromUse> const& use) {
 }
 
 } // namespace
+
+std::optional<EepromUse> eepromUseOf(Session& session, Options const& options) {
+    simulator::SimulatedCamera const& camera = session.camera();
+    if (!camera.hasEeprom())
+        return std::nullopt;
+    QFileInfo const file(session.eepromFile());
+    bool const isInFolder = file.absolutePath() == session.outputFolder();
+    return EepromUse{.file = isInFolder ? file.fileName() : file.filePath(),
+                     .fault = options.fault ? textOf(*options.fault) : QString(),
+                     .operations = camera.deviceOperations(),
+                     .bytesWritten = camera.deviceBytesWritten()};
+}
 
 RunReport reportOf(Session& session, RunSummary const& summary) {
     return {.run = QStringLiteral("calibration"),

@@ -8,6 +8,9 @@
 
 namespace pictara {
 
+class Session;
+struct Options;
+
 /// What a sitting did to the camera's EEPROM.
 struct EepromUse {
     QString file;  ///< that holds its bytes
@@ -33,6 +36,9 @@ struct RunSummary {
     bool succeeded = false;
     QString cause; ///< of a failure, in the dialog's own words and then the calibration library's
 };
+
+/// None on a camera without an EEPROM.
+[[nodiscard]] std::optional<EepromUse> eepromUseOf(Session& session, Options const& options);
 
 /// The same for a report.
 [[nodiscard]] RunReport reportOf(Session& session, RunSummary const& summary);

@@ -6,6 +6,7 @@
 #include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
 #include "simulator/host/script.h"
+#include "simulator/host/script_report.h"
 #include "simulator/host/session.h"
 
 #include <QCoreApplication>
@@ -30,6 +31,7 @@ public:
 
     [[nodiscard]] Outcome run(ScriptCommand const& command);
     void say(QString const& text) { m_progress.say(text); }
+    [[nodiscard]] RunProgress const& state() const { return m_state; }
 
 private:
     [[nodiscard]] Outcome press(QStringList const& words);
@@ -204,17 +206,32 @@ int runScript(Session& session, Options const& options) {
     if (ExitCode const code = openHeadless(session, options, opened); code != kExitDone)
         return code;
     ScriptRun run(session, options, opened);
+    ScriptEnd end{.commands = commands.size(), .done = 0, .cause = {}, .state = {}};
+    int code = kExitDone;
     for (ScriptCommand const& command : commands) {
         Outcome const outcome = run.run(command);
         if (isInterrupted())
             return kExitInterrupted;
-        if (outcome.cause.isEmpty())
-            continue;
-        complain(QStringLiteral("%1:%2: %3").arg(options.scriptFile).arg(command.line).arg(outcome.cause));
-        return outcome.code;
+        if (!outcome.cause.isEmpty()) {
+            end.cause =
+                QStringLiteral("%1:%2: %3").arg(options.scriptFile).arg(command.line).arg(outcome.cause);
+            code = outcome.code;
+            break;
+        }
+        ++end.done;
     }
-    run.say(QStringLiteral("%1: done, %2 commands.").arg(options.scriptFile).arg(commands.size()));
-    return kExitDone;
+    end.state = run.state();
+    OutputFolder output(session.outputFolder());
+    QString const page = reportScript(session, opened.page, options, end, output);
+    if (isInterrupted())
+        return kExitInterrupted;
+    if (!end.cause.isEmpty())
+        complain(end.cause);
+    else
+        run.say(QStringLiteral("%1: done, %2 commands.").arg(options.scriptFile).arg(commands.size()));
+    if (!output.failed())
+        run.say(QStringLiteral("The report is %1.").arg(page));
+    return code == kExitDone && output.failed() ? int(kExitNotCalibrated) : code;
 }
 
 } // namespace pictara

@@ -1,31 +1,20 @@
 #include "simulator/host/shading_file.h"
 
-#include "simulator/host/summary_json.h"
+#include "simulator/host/rounded_numbers.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
 
 namespace pictara {
-namespace {
-
-QJsonArray arrayOf(std::vector<double> const& gains) {
-    QJsonArray array;
-    for (double const gain : gains)
-        array.append(rounded(gain));
-    return array;
-}
-
-} // namespace
 
 bool writeMeasuredShading(QString const& name, simulator::MeasuredShading const& shading, QString* error) {
     QJsonArray illuminants;
     for (auto const& illuminant : shading.illuminants)
         illuminants.append(QJsonObject{{QStringLiteral("colour_temperature_K"), illuminant.temperature},
-                                       {QStringLiteral("red"), arrayOf(illuminant.gains[0])},
-                                       {QStringLiteral("green"), arrayOf(illuminant.gains[1])},
-                                       {QStringLiteral("blue"), arrayOf(illuminant.gains[2])}});
+                                       {QStringLiteral("red"), roundedNumbers(illuminant.gains[0])},
+                                       {QStringLiteral("green"), roundedNumbers(illuminant.gains[1])},
+                                       {QStringLiteral("blue"), roundedNumbers(illuminant.gains[2])}});
     QJsonObject const root{{QStringLiteral("format"), QStringLiteral("shading-gains-1")},
                            {QStringLiteral("name"), shading.name},
                            {QStringLiteral("columns"), int(shading.columns)},

@@ -1,6 +1,7 @@
 #include "simulator/host/shading_measurement.h"
 
 #include "simulator/host/exposure_loop.h"
+#include "simulator/host/interruption.h"
 #include "simulator/host/recorded_picture.h"
 #include "simulator/host/sensor_registers.h"
 
@@ -102,7 +103,7 @@ LightGrid meanOfFrames(simulator::SimulatedCamera& camera) {
     double const side = double(told.width) / kColumns;
     int const frames = int(std::clamp(std::ceil(kSamples / (side * side)), kFewestFrames, kMostFrames));
     LightGrid sum;
-    for (int i = 0; i < frames; ++i)
+    for (int i = 0; i < frames && !isInterrupted(); ++i)
         add(cellsOf(camera.grab(), told), sum);
     for (Colour& cell : sum.cells)
         for (double& channel : cell)
@@ -113,7 +114,8 @@ LightGrid meanOfFrames(simulator::SimulatedCamera& camera) {
 } // namespace
 
 std::optional<MeasuredShading> measureShading(simulator::SimulatedCamera& camera,
-                                              std::vector<double> const& lights, QString* error) {
+                                              std::vector<double> const& lights, QString* error,
+                                              std::function<void(double kelvin)> const& onLight) {
     if (camera.isCorrecting()) {
         *error = QStringLiteral("The sensor's own shading correction is on.");
         return std::nullopt;
@@ -122,9 +124,14 @@ std::optional<MeasuredShading> measureShading(simulator::SimulatedCamera& camera
     for (double const kelvin : lights) {
         simulator::Light light = camera.light();
         light.colourTemperature = kelvin;
+        onLight(kelvin);
         camera.setLight(light);
         expose(camera);
         LightGrid const cells = meanOfFrames(camera);
+        if (isInterrupted()) {
+            *error = QStringLiteral("Interrupted.");
+            return std::nullopt;
+        }
         if (QString const fault = faultOf(cells); !fault.isEmpty()) {
             *error = QStringLiteral("The picture at %1 K is of no use: %2.").arg(kelvin).arg(fault);
             return std::nullopt;

@@ -3,6 +3,7 @@
 #include "simulator/camera/measured_shading.h"
 #include "simulator/host/block_means.h"
 
+#include <functional>
 #include <optional>
 
 namespace pictara {
@@ -13,9 +14,11 @@ inline constexpr std::array<double, 3> kStandardLights = {2856, 4000, 6500};
 
 /// Measures the shading that a camera shows of a flat field under each light, its own correction being off:
 /// gains on 32 columns of cells that are about square, the mean of several frames. The camera's light and
-/// exposure are changed. Empty with a message for the user when a picture is of no use.
-[[nodiscard]] std::optional<simulator::MeasuredShading>
-measureShading(simulator::SimulatedCamera& camera, std::vector<double> const& lights, QString* error);
+/// exposure are changed; `onLight` is called before each light. Empty with a message for the user when a
+/// picture is of no use, or after an interruption.
+[[nodiscard]] std::optional<simulator::MeasuredShading> measureShading(
+    simulator::SimulatedCamera& camera, std::vector<double> const& lights, QString* error,
+    std::function<void(double kelvin)> const& onLight = [](double) {});
 
 /// The same of one recorded flat field, taken by a camera of that description under a lamp of that colour
 /// temperature: a greyscale PNG of up to 16 bits whose values are the sensor's counts, of any size, or the

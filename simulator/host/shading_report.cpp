@@ -1,7 +1,8 @@
 #include "simulator/host/shading_report.h"
 
 #include "simulator/host/report_page.h"
-#include "simulator/host/summary_json.h"
+#include "simulator/host/rounded_numbers.h"
+#include "simulator/host/run_report.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -13,6 +14,7 @@
 namespace pictara {
 namespace {
 
+constexpr char kRun[] = "shading";
 constexpr uint32_t kColumns = 32;
 constexpr uint32_t kRows = 24;
 
@@ -170,7 +172,7 @@ QByteArray jsonOf(std::vector<NamedShading> const& tables, std::vector<Compariso
         planes.append(plane);
     }
     return QJsonDocument(QJsonObject{{QStringLiteral("format"), QStringLiteral("pictara-summary-1")},
-                                     {QStringLiteral("run"), QStringLiteral("shading")},
+                                     {QStringLiteral("run"), QLatin1String(kRun)},
                                      {QStringLiteral("tables"), files},
                                      {QStringLiteral("planes"), planes}})
         .toJson();
@@ -178,10 +180,12 @@ QByteArray jsonOf(std::vector<NamedShading> const& tables, std::vector<Compariso
 
 } // namespace
 
-void writeShadingReport(std::vector<NamedShading> const& tables, OutputFolder& output) {
+QString writeShadingReport(std::vector<NamedShading> const& tables, OutputFolder& output) {
+    QString const run = QLatin1String(kRun), page = resultName(run, "report.html");
     std::vector<Comparison> const all = compareAll(tables);
-    output.saveBytes(QStringLiteral("report.html"), pageOf(tables, all));
-    output.saveBytes(QStringLiteral("summary.json"), jsonOf(tables, all));
+    output.saveBytes(page, pageOf(tables, all));
+    output.saveBytes(resultName(run, "summary.json"), jsonOf(tables, all));
+    return output.pathOf(page);
 }
 
 } // namespace pictara

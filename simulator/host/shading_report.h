@@ -11,9 +11,9 @@ struct NamedShading {
     simulator::MeasuredShading shading;
 };
 
-/// Writes report.html and summary.json about one table, or about two side by side with how far the second one
+/// Writes a run's report and summary about one table, or about two side by side with how far the second one
 /// lies above the first. Tables may differ in grid and lights: both are brought to a common grid and to the
-/// lights of either, as a camera would that they are put before.
-void writeShadingReport(std::vector<NamedShading> const& tables, OutputFolder& output);
+/// lights of either, as a camera would that they are put before. Returns the page's absolute name.
+QString writeShadingReport(std::vector<NamedShading> const& tables, OutputFolder& output);
 
 } // namespace pictara

@@ -1,17 +1,28 @@
 #include "simulator/host/shading_run.h"
 
+#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/session.h"
 #include "simulator/host/shading_file.h"
 #include "simulator/host/shading_measurement.h"
 #include "simulator/host/shading_report.h"
 
+#include <QFileInfo>
 #include <cstdio>
 
 namespace pictara {
 namespace {
 
 using simulator::MeasuredShading;
+
+void tell(QString const& text) {
+    std::printf("%s\n", text.toLocal8Bit().constData());
+    std::fflush(stdout);
+}
+
+void tellLight(double kelvin) {
+    tell(QStringLiteral("measuring at %1 K...").arg(kelvin));
+}
 
 std::optional<MeasuredShading> measure(Options const& options, QString* error) {
     auto const camera = openCamera(options, error);
@@ -23,7 +34,7 @@ std::optional<MeasuredShading> measure(Options const& options, QString* error) {
     std::vector<double> lights(kStandardLights.begin(), kStandardLights.end());
     if (options.lightKelvin)
         lights = {*options.lightKelvin};
-    return measureShading(*camera, lights, error);
+    return measureShading(*camera, lights, error, tellLight);
 }
 
 // Empty with a message.
@@ -53,12 +64,17 @@ int runShading(Options const& options) {
         folder.isEmpty() ? std::vector<NamedShading>() : tablesFor(options, &error);
     if (tables.empty()) {
         complain(error);
-        return kExitUsage;
+        return isInterrupted() ? kExitInterrupted : kExitUsage;
     }
+    if (!options.measureShadingFile.isEmpty())
+        tell(
+            QStringLiteral("The table is %1.").arg(QFileInfo(options.measureShadingFile).absoluteFilePath()));
     OutputFolder output(folder);
-    writeShadingReport(tables, output);
-    std::printf("%s\n", qPrintable(QStringLiteral("The report is %1/report.html.").arg(folder)));
-    return output.failed() ? kExitNotCalibrated : kExitDone;
+    QString const page = writeShadingReport(tables, output);
+    if (output.failed())
+        return kExitNotCalibrated;
+    tell(QStringLiteral("The report is %1.").arg(page));
+    return kExitDone;
 }
 
 } // namespace pictara

@@ -1,29 +1,22 @@
 #include "simulator/host/summary_json.h"
 
 #include "simulator/host/report_figures.h"
+#include "simulator/host/rounded_numbers.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <algorithm>
-#include <cmath>
 
 namespace pictara {
 namespace {
-
-QJsonArray numbers(std::vector<double> const& values) {
-    QJsonArray array;
-    for (double const value : values)
-        array.append(rounded(value));
-    return array;
-}
 
 // Rows of a grid.
 QJsonArray gridRows(std::vector<double> const& values, int columns) {
     QJsonArray rows;
     for (size_t from = 0; from < values.size(); from += size_t(columns))
-        rows.append(numbers({values.begin() + std::ptrdiff_t(from),
-                             values.begin() + std::ptrdiff_t(from) + std::ptrdiff_t(columns)}));
+        rows.append(roundedNumbers({values.begin() + std::ptrdiff_t(from),
+                                    values.begin() + std::ptrdiff_t(from) + std::ptrdiff_t(columns)}));
     return rows;
 }
 
@@ -31,7 +24,7 @@ QJsonObject diagonals(LightMaps const& maps) {
     QJsonObject object;
     for (Quantity const& quantity : pictureQuantities())
         object[QLatin1String(quantity.key)] =
-            numbers(diagonal(quantity.of(maps), maps.sensor.columns, maps.sensor.rows));
+            roundedNumbers(diagonal(quantity.of(maps), maps.sensor.columns, maps.sensor.rows));
     return object;
 }
 
@@ -42,7 +35,7 @@ QJsonObject extremes(LightMaps const& maps) {
         if (values.empty())
             continue;
         auto const [low, high] = std::minmax_element(values.begin(), values.end());
-        object[QLatin1String(quantity.key)] = numbers({*low, *high});
+        object[QLatin1String(quantity.key)] = roundedNumbers({*low, *high});
     }
     return object;
 }
@@ -99,11 +92,6 @@ QJsonArray registersArray(std::vector<SolutionRegister> const& registers) {
 }
 
 } // namespace
-
-double rounded(double value) {
-    constexpr double kFractions = 1e5;
-    return std::isfinite(value) ? std::round(value * kFractions) / kFractions : 0;
-}
 
 QByteArray summaryJson(RunReport const& report) {
     QJsonObject root{{QStringLiteral("format"), QStringLiteral("pictara-summary-1")},

@@ -3,12 +3,11 @@
 #include "simulator/host/display_blocks.h"
 #include "simulator/host/eeprom_bytes_table.h"
 #include "simulator/host/histogram_panel.h"
-#include "simulator/host/host_window.h"
 #include "simulator/host/live_view.h"
 #include "simulator/host/named_values.h"
-#include "simulator/host/session.h"
+#include "simulator/host/recording.h"
 #include "simulator/host/uniformity_map.h"
-#include "tests/pictara/small_profile.h"
+#include "tests/pictara/open_bench.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -17,8 +16,6 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialog>
-#include <QFile>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -30,10 +27,8 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QToolButton>
 #include <QTreeWidget>
-#include <gtest/gtest.h>
 
 namespace pictara {
 namespace {
@@ -48,39 +43,18 @@ QByteArray smallImage() {
     return image.leftJustified(8192, '\xFF');
 }
 
-struct BenchTest : testing::Test {
+struct BenchTest : OpenBench {
     void open(QByteArray const& eeprom) {
-        options.profile = writeSmallProfile(folder.path(), "poly-12bit", {});
-        options.outputFolder = folder.filePath("out");
         options.eepromFile = folder.filePath("board.bin");
-        QFile file(options.eepromFile);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(eeprom);
-        file.close();
-        QString error;
-        session = Session::open(options, &error);
-        ASSERT_TRUE(session) << error.toStdString();
-        window = std::make_unique<HostWindow>(*session, options);
-        ASSERT_TRUE(window->openDialog(&error)) << error.toStdString();
-        window->showWithDialog();
-    }
-    void TearDown() override {
-        if (session)
-            session->closePlugin();
-    }
-    template <typename Widget>
-    [[nodiscard]] Widget* part(char const* name) const {
-        return window->findChild<Widget*>(QLatin1String(name));
+        ASSERT_TRUE(writeWhole(options.eepromFile, eeprom, &error));
+        OpenBench::open();
     }
     void deliver(int frames) {
         for (int i = 0; i < frames; ++i)
             window->deliverFrame();
     }
 
-    QTemporaryDir folder;
-    Options options;
-    std::unique_ptr<Session> session;
-    std::unique_ptr<HostWindow> window;
+    QString error;
 };
 
 template <typename... Kinds>

@@ -32,7 +32,9 @@ TEST(CommandLine, NamesTheOptionThatIsWrong) {
         {{"--replay-eeprom", "e.bin", "--eeprom", "f.bin"}, "--eeprom"},
         {{"--run-all", "--stored-record", "DEFAULT"}, "--replay-eeprom"},
         {{"--window", "--record", "calls.txt"}, "--script"},
-        {{"--script", "walk.txt", "--run-all"}, "--run-all"},
+        {{"--script", "walk.txt", "--window"}, "--window"},
+        {{"--run-all", "--window", "--then-good"}, "--then-good"},
+        {{"--run-all", "--dark"}, "--dark"},
         {{"--replay", "calls.txt", "--seed", "2"}, "--seed"},
         {{"--replay", "calls.txt", "--script", "walk.txt"}, "--script"},
         {{"--colour"}, "colour"},
@@ -86,6 +88,7 @@ TEST(CommandLine, AWindowWinsOverARunAndAsksForASensorOnlyWhenNoneIsNamed) {
         {{"--window", "--run-all", "--profile", "soc"}, false, false},
         {{"--run-all", "--screenshot", "a.png"}, false, false},
         {{"--run-all", "--replay-eeprom", "e.bin"}, false, false},
+        {{"--run-all", "--script", "walk.txt"}, false, false},
     };
     for (auto const& row : rows) {
         CommandLine const result = parsed(row.arguments);

@@ -41,6 +41,8 @@ TEST_F(EepromProgram, WhatWasStoredIsWhatCorrects) {
         expectEqual(run, replay, "corrected");
         EXPECT_EQ(replay.value("correction when the dialog opened"), QStringLiteral("on"));
         EXPECT_EQ(replay.figure("register-list entries written by the dialog"), 0);
+        EXPECT_FALSE(replay.contents("replay-report.html").isEmpty());
+        EXPECT_TRUE(replay.contents("report.html").isEmpty()) << "a calibration's would be lost";
         ASSERT_TRUE(QFile::remove(device));
     }
 }

@@ -2,6 +2,8 @@
 #include "tests/pictara/small_profile.h"
 
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
 #include <csignal>
@@ -27,6 +29,13 @@ struct RecordingProgram : testing::Test {
 TEST_F(RecordingProgram, TheDefaultRunBehavesAsRecorded) {
     ProgramRun const run({"--replay", recorded});
     ASSERT_EXIT_CODE(run, 0) << run.messages().toStdString() << kRenew;
+}
+
+TEST_F(RecordingProgram, NothingThatTheHostAsksForItsReportIsTakenForThePlugIns) {
+    ASSERT_EXIT_CODE(
+        ProgramRun({"--run-all", "--profile", writeSmallProfile(folder.path()), "--record", copy}), 0);
+    ProgramRun const replay({"--replay", copy});
+    EXPECT_EXIT_CODE(replay, 0);
 }
 
 TEST_F(RecordingProgram, ADifferenceIsNamedByItsLine) {
@@ -117,6 +126,9 @@ TEST_F(RecordingProgram, AScriptWalksThroughACalibrationAndItsRecordingTellsAll)
                           "--seed", "7", "--record", copy});
     ASSERT_EXIT_CODE(run, 0) << run.messages().toStdString();
     EXPECT_TRUE(contentsOf(picture).startsWith("\x89PNG"));
+    QJsonObject const told = QJsonDocument::fromJson(run.contents("script-summary.json")).object();
+    EXPECT_GT(told["uncorrected"]["dialog_colour_deviation_ab"].toDouble(), 4.0);
+    EXPECT_LT(told["corrected"]["dialog_colour_deviation_ab"].toDouble(1e9), 2.0);
     QByteArray const recording = contentsOf(copy);
     EXPECT_FALSE(recording.contains(run.file({}).toUtf8())) << "names the folder of one machine";
     EXPECT_TRUE(recording.contains("vy_writeRegisters 0xA8"));

@@ -10,12 +10,12 @@
 
 namespace {
 
-QJsonObject summaryOf(ProgramRun const& run) {
-    return QJsonDocument::fromJson(run.contents("summary.json")).object();
+QJsonObject summaryOf(ProgramRun const& run, QString const& kind = {}) {
+    return QJsonDocument::fromJson(run.contents(kind + "summary.json")).object();
 }
 
-void expectPage(ProgramRun const& run) {
-    QByteArray const page = run.contents("report.html");
+void expectPage(ProgramRun const& run, QString const& kind = {}) {
+    QByteArray const page = run.contents(kind + "report.html");
     EXPECT_GT(page.size(), 1000);
     EXPECT_LT(page.size(), 2'000'000);
     QXmlStreamReader reader(page);
@@ -59,14 +59,14 @@ TEST(ShadingRun, MeasuresALensAndLaysTwoSideBySide) {
     QString const first = folder.filePath("a <&>.json"), second = folder.filePath("b.json");
     ProgramRun const strong({"--measure-shading", first, "--profile", writeSmallProfile(folder.path())});
     EXPECT_EXIT_CODE(strong, 0);
-    expectPage(strong);
+    expectPage(strong, "shading-");
     ProgramRun const again({"--measure-shading", second, "--shading", first, "--light", "4000", "--profile",
                             writeSmallProfile(folder.path())});
     EXPECT_EXIT_CODE(again, 0);
     ProgramRun const both({"--compare-shading", first, second});
     EXPECT_EXIT_CODE(both, 0);
-    expectPage(both);
-    QJsonArray const planes = summaryOf(both)["planes"].toArray();
+    expectPage(both, "shading-");
+    QJsonArray const planes = summaryOf(both, "shading-")["planes"].toArray();
     ASSERT_EQ(planes.size(), 9);
     for (int plane = 3; plane < 6; ++plane) {
         EXPECT_EQ(planes[plane]["colour_temperature_K"].toInt(), 4000);

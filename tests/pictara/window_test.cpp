@@ -1,21 +1,16 @@
 #include "simulator/host/dialog_page.h"
-#include "simulator/host/host_window.h"
 #include "simulator/host/light_panel.h"
 #include "simulator/host/quantity_control.h"
-#include "simulator/host/session.h"
-#include "tests/pictara/small_profile.h"
+#include "tests/pictara/open_bench.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
-#include <QDialog>
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
-#include <QTemporaryDir>
-#include <gtest/gtest.h>
 
 namespace pictara {
 namespace {
@@ -83,31 +78,11 @@ TEST_F(LightPanelTest, UncoveringBringsTheLightBackThatWasSetMeanwhile) {
     EXPECT_FALSE(light.objectInPicture || button("object")->isChecked() || button("cover")->isChecked());
 }
 
-struct HostWindowTest : testing::Test {
+struct HostWindowTest : OpenBench {
     void SetUp() override {
-        options.profile = writeSmallProfile(folder.path(), "poly-12bit", {});
-        options.outputFolder = folder.filePath("out");
         options.falloffPercent = 80;
-        QString error;
-        session = Session::open(options, &error);
-        ASSERT_TRUE(session) << error.toStdString();
-        window = std::make_unique<HostWindow>(*session, options);
-        ASSERT_TRUE(window->openDialog(&error)) << error.toStdString();
-        window->showWithDialog();
+        open();
     }
-    void TearDown() override {
-        if (session)
-            session->closePlugin();
-    }
-    template <typename Widget>
-    [[nodiscard]] Widget* part(char const* name) const {
-        return window->findChild<Widget*>(QLatin1String(name));
-    }
-
-    QTemporaryDir folder;
-    Options options;
-    std::unique_ptr<Session> session;
-    std::unique_ptr<HostWindow> window;
 };
 
 TEST_F(HostWindowTest, ThePictureFollowsThePanel) {
