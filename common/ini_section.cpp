@@ -80,12 +80,12 @@ bool skipToSection(std::FILE* file, std::string& line, char const* sectionName) 
 
 } // namespace
 
-OpenFile openFileUtf8(char const* name, char const* mode) {
+FileHandle openFileUtf8(char const* name, char const* mode) {
 #ifdef _WIN32
-    return OpenFile(_wfopen(QString::fromUtf8(name).toStdWString().c_str(),
-                            QString::fromUtf8(mode).toStdWString().c_str()));
+    return FileHandle(_wfopen(QString::fromUtf8(name).toStdWString().c_str(),
+                              QString::fromUtf8(mode).toStdWString().c_str()));
 #else
-    return OpenFile(std::fopen(name, mode));
+    return FileHandle(std::fopen(name, mode));
 #endif
 }
 
@@ -131,7 +131,7 @@ size_t normaliseIniLine(char* line) {
 size_t readIniSection(char const* sectionName, char* buffer, size_t bufferSize, char const* iniFileName) {
     if (!sectionName || !iniFileName)
         return 0;
-    OpenFile const file = openFileUtf8(iniFileName, "r");
+    FileHandle const file = openFileUtf8(iniFileName, "r");
     std::string line;
     if (!file || !skipToSection(file.get(), line, sectionName))
         return 0;

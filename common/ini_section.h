@@ -18,10 +18,10 @@
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
-using OpenFile = std::unique_ptr<std::FILE, FileCloser>;
+using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 
 /// Opens a file by its UTF-8 name; on systems with byte file names the bytes are passed on unchanged.
-[[nodiscard]] OpenFile openFileUtf8(char const* name, char const* mode);
+[[nodiscard]] FileHandle openFileUtf8(char const* name, char const* mode);
 
 /// Reads up to the next line feed, which is dropped. False at the end of the file, when not even one
 /// character was left, and when memory runs out.

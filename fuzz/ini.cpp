@@ -7,12 +7,18 @@
 #include "headboard/preset_section.h"
 #include "headboard/record_types.h"
 
+#include <QCoreApplication>
 #include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string_view>
+
+#ifdef _WIN32
+#include <io.h>
+#else
 #include <unistd.h>
+#endif
 
 namespace {
 
@@ -21,9 +27,21 @@ std::string const& iniFile() {
     static std::filesystem::path const memory = "/dev/shm";
     static std::string const path =
         ((std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path()) /
-         ("fuzz-" + std::to_string(getpid()) + ".ini"))
+         ("fuzz-" + std::to_string(QCoreApplication::applicationPid()) + ".ini"))
             .string();
     return path;
+}
+
+// Opening the file anew each time would take longer.
+bool replaceContents(std::FILE* file, std::span<uint8_t const> bytes) {
+#ifdef _WIN32
+    std::rewind(file);
+    return std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() && std::fflush(file) == 0 &&
+           _chsize(_fileno(file), long(bytes.size())) == 0;
+#else
+    return pwrite(fileno(file), bytes.data(), bytes.size(), 0) == ssize_t(bytes.size()) &&
+           ftruncate(fileno(file), off_t(bytes.size())) == 0;
+#endif
 }
 
 // One line of the reader's answer: trimmed, "key=value", and as it stands when it is read once more.
@@ -74,7 +92,10 @@ void checkImport(char const* section, uint8_t type) {
 
 int LLVMFuzzerInitialize(int*, char***) {
     (void)iniFile(); // made first, so that it outlives the file's removal
-    std::atexit([] { std::filesystem::remove(iniFile()); });
+    std::atexit([] {
+        std::error_code stillOpen; // which keeps it on some systems
+        std::filesystem::remove(iniFile(), stillOpen);
+    });
     return 0;
 }
 
@@ -85,9 +106,8 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     size_t const smallSize = input.byte();
     uint8_t const type = input.byte();
     auto const bytes = input.rest(2048 - 2);
-    static OpenFile const file = openFileUtf8(iniFile().c_str(), "wb"); // opening it anew would take longer
-    MUST_HOLD(file && pwrite(fileno(file.get()), bytes.data(), bytes.size(), 0) == ssize_t(bytes.size()));
-    MUST_HOLD(ftruncate(fileno(file.get()), off_t(bytes.size())) == 0);
+    static FileHandle const file = openFileUtf8(iniFile().c_str(), "wb");
+    MUST_HOLD(file && replaceContents(file.get(), bytes));
     checkSection(section, smallSize);
     if (type < 20)
         checkImport(section, type);

@@ -25,6 +25,14 @@ QByteArray keyOf(char const* option) {
 
 } // namespace
 
+QByteArray iniFileSetting(QString const& iniFile) {
+#ifdef Q_OS_WIN
+    return iniFile.toUtf8();
+#else
+    return QFile::encodeName(iniFile);
+#endif
+}
+
 struct ServiceFunctions {
     template <size_t Slot>
     static void ignore() {
@@ -115,7 +123,7 @@ struct ServiceFunctions {
             return;
         QByteArray value = textOrEmpty(fallback);
         if (current && key)
-            value = qstrcmp(key, "IniFileName") == 0 ? QFile::encodeName(current->m_iniFile)
+            value = qstrcmp(key, "IniFileName") == 0 ? iniFileSetting(current->m_iniFile)
                                                      : current->m_settings.text(key, value);
         size_t const length = std::min(size_t(value.size()), size_t(size) - 1);
         std::memcpy(buffer, value.constData(), length);

@@ -12,6 +12,9 @@
 
 namespace pictara {
 
+/// The setting "IniFileName" for a file. Plug-ins read it as UTF-8 on Windows, whatever the code page.
+[[nodiscard]] QByteArray iniFileSetting(QString const& iniFile);
+
 /// Serves the plug-in: the table of service functions and what they act on. The functions have no context
 /// pointer, so one desk at a time is open; without one they do nothing and answer 0, the default or an empty
 /// text.

@@ -27,7 +27,7 @@ QString checkedIniFile(Options const& options, QString* error) {
     QString file = QFileInfo(given).absoluteFilePath();
     if (QFile probe(file); !QFileInfo(file).isFile() || !probe.open(QIODevice::ReadOnly))
         *error = QStringLiteral("The ini file %1 cannot be read.").arg(file);
-    else if (QFile::encodeName(file).size() >= kTextSettingSize)
+    else if (iniFileSetting(file).size() >= kTextSettingSize)
         *error = QStringLiteral("The name of the ini file is too long for a plug-in: %1").arg(file);
     else
         return file;

@@ -2,14 +2,11 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 
 namespace pictara {
 
 /// Processor time of the program so far, all its threads together, in seconds.
-[[nodiscard]] inline double processorTime() {
-    return double(std::clock()) / CLOCKS_PER_SEC;
-}
+[[nodiscard]] double processorTime();
 
 /// Where time went, in seconds.
 struct TimeSpent {

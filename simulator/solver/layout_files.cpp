@@ -4,6 +4,7 @@
 #include <QFileInfo>
 
 #ifdef _WIN32
+#include <array>
 #include <windows.h>
 #else
 #include <dlfcn.h>
@@ -18,13 +19,13 @@ QString ownFileName() {
     static char const anchor = 0;
 #ifdef _WIN32
     HMODULE module = nullptr;
-    wchar_t name[MAX_PATH] = {};
+    std::array<wchar_t, 32768> name{}; // the longest path
     if (GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
                                GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                            reinterpret_cast<wchar_t const*>(&anchor), &module) == 0 ||
-        GetModuleFileNameW(module, name, MAX_PATH) == 0)
+        GetModuleFileNameW(module, name.data(), DWORD(name.size() - 1)) == 0)
         return {};
-    return QString::fromWCharArray(name);
+    return QString::fromWCharArray(name.data());
 #else
     Dl_info info{};
     if (dladdr(&anchor, &info) == 0 || info.dli_fname == nullptr)

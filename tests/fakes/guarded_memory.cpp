@@ -1,7 +1,12 @@
 #include "tests/fakes/guarded_memory.h"
 
 #include <cstdlib>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <sys/mman.h>
+#endif
 
 #if defined(__SANITIZE_ADDRESS__)
 #define KESTRA_ADDRESS_SANITIZER
@@ -22,6 +27,21 @@ namespace {
 
 constexpr size_t kPage = 4096;
 
+#ifdef _WIN32
+
+uint8_t* guardedPages(size_t size) {
+    void* const all = VirtualAlloc(nullptr, size + 2 * kPage, MEM_RESERVE, PAGE_NOACCESS);
+    if (!all || !VirtualAlloc(static_cast<uint8_t*>(all) + kPage, size, MEM_COMMIT, PAGE_READWRITE))
+        std::abort();
+    return static_cast<uint8_t*>(all) + kPage;
+}
+
+void freePages(uint8_t* first, size_t) {
+    VirtualFree(first - kPage, 0, MEM_RELEASE);
+}
+
+#else
+
 uint8_t* guardedPages(size_t size) {
     void* const all = mmap(nullptr, size + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (all == MAP_FAILED)
@@ -32,6 +52,12 @@ uint8_t* guardedPages(size_t size) {
     return first;
 }
 
+void freePages(uint8_t* first, size_t size) {
+    munmap(first - kPage, size + 2 * kPage);
+}
+
+#endif
+
 } // namespace
 
 GuardedMemory::GuardedMemory(size_t size)
@@ -39,7 +65,7 @@ GuardedMemory::GuardedMemory(size_t size)
 
 GuardedMemory::~GuardedMemory() {
     ASAN_UNPOISON_MEMORY_REGION(m_first, m_size);
-    munmap(m_first - kPage, m_size + 2 * kPage);
+    freePages(m_first, m_size);
 }
 
 uint8_t* GuardedMemory::place(size_t offset, size_t bytes) {
