@@ -100,6 +100,10 @@ protected:
         }
     }
     void SetUp() override {
+        // Never unloaded, so that a report of leaks can name the plug-in's functions.
+        QLibrary kept(QStringLiteral(PLUGIN_FILE));
+        kept.setLoadHints(QLibrary::PreventUnloadHint);
+        ASSERT_TRUE(kept.load());
         options.profile = smallProfile(folder.path(), GetParam());
         options.outputFolder = folder.filePath("out");
         QString error;
