@@ -11,14 +11,23 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QTableView>
+#include <QToolButton>
 
 namespace pictara {
+namespace {
+
+QToolButton* newButton(QString const& text) {
+    auto* const button = new QToolButton;
+    button->setText(text);
+    return button;
+}
+
+} // namespace
 
 CallPanel::CallPanel(CallLog& log, QWidget* parent)
     : LivePanel(parent), m_log(log), m_text(new QLineEdit), m_kinds(new QMenu(this)),
-      m_follows(new QCheckBox(QStringLiteral("&Jump to the end"))),
+      m_follows(new QCheckBox(QStringLiteral("&Jump"))),
       m_table(newBenchTable(
           QStringLiteral("Calls between host, plug-in and libraries; inner calls are indented"))) {
     m_kinds->setToolTipsVisible(true);
@@ -47,20 +56,22 @@ QWidget* CallPanel::newFilterLine() {
     m_text->setObjectName(QStringLiteral("callText"));
     m_text->setClearButtonEnabled(true);
     m_text->setToolTip(QStringLiteral("Show only calls with this text in name, arguments or result"));
-    auto* const kinds = new QPushButton(QStringLiteral("S&how"));
+    // Narrower than push buttons, which would not fit beside the dialog on a screen at 150 %.
+    auto* const kinds = newButton(QStringLiteral("S&how"));
+    kinds->setPopupMode(QToolButton::InstantPopup);
     kinds->setToolTip(QStringLiteral("Choose the kinds of calls that are shown"));
     kinds->setMenu(m_kinds);
     m_follows->setObjectName(QStringLiteral("follows"));
     m_follows->setChecked(true);
     m_follows->setToolTip(QStringLiteral("Scroll to the newest call as calls come"));
-    auto* const clear = new QPushButton(QStringLiteral("Clear"));
+    auto* const clear = newButton(QStringLiteral("Clear"));
     clear->setShortcut(QKeySequence(QStringLiteral("Ctrl+L")));
     clear->setToolTip(QStringLiteral("Forget the calls so far (Ctrl+L)"));
-    connect(clear, &QPushButton::clicked, this, [this] { m_log.clear(); });
-    auto* const save = new QPushButton(QStringLiteral("Save..."));
+    connect(clear, &QToolButton::clicked, this, [this] { m_log.clear(); });
+    auto* const save = newButton(QStringLiteral("Save..."));
     save->setShortcut(QKeySequence::Save);
     save->setToolTip(QStringLiteral("Write the calls that are shown to a text file (Ctrl+S)"));
-    connect(save, &QPushButton::clicked, this, &CallPanel::askAndSave);
+    connect(save, &QToolButton::clicked, this, &CallPanel::askAndSave);
 
     auto* const line = new QWidget;
     auto* const layout = new QHBoxLayout(line);

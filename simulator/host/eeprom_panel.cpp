@@ -23,6 +23,7 @@ enum ItemData { Offset = Qt::UserRole, Size };
 
 constexpr int kFullEntrySize = 18; // bytes
 constexpr int kShortEntrySize = 4;
+constexpr int kHeaderGrowth = 24; // pixels that the offsets' column gains when it is shown
 
 QTreeWidgetItem* newItem(size_t offset, size_t size, QString const& what, QString const& held) {
     auto* const item = new QTreeWidgetItem(
@@ -83,18 +84,20 @@ EepromPanel::EepromPanel(simulator::SimulatedCamera const& camera, QWidget* pare
     parts->addWidget(newRecordTree());
     parts->setStretchFactor(1, 1);
     parts->setChildrenCollapsible(false);
-    // All of a row's bytes, if there is room for them.
-    int const bytes = m_table->horizontalHeader()->length() + m_table->verticalHeader()->sizeHint().width() +
-                      m_table->verticalScrollBar()->sizeHint().width() + 4;
-    parts->setSizes({bytes, bytes / 2});
+    // All of a row's bytes, if there is room for them, and the rest for the records.
+    parts->setSizes({m_table->horizontalHeader()->length() + m_table->verticalHeader()->sizeHint().width() +
+                         m_table->verticalScrollBar()->sizeHint().width() + kHeaderGrowth,
+                     1});
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(newStateLine());
     layout->addWidget(parts, 1);
 }
 
 QWidget* EepromPanel::newByteTable() {
-    QFont const font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPointSizeF(0.9 * font.pointSizeF());
     m_table->setFont(font);
+    m_table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     m_table->setSelectionBehavior(QAbstractItemView::SelectItems);
     m_table->setAlternatingRowColors(false);
     m_table->setModel(&m_bytes);
@@ -104,7 +107,7 @@ QWidget* EepromPanel::newByteTable() {
     m_table->verticalHeader()->show();
     QFontMetrics const metrics(font);
     for (int column = 0; column < EepromBytesTable::kBytesPerRow; ++column)
-        m_table->setColumnWidth(column, metrics.horizontalAdvance(QStringLiteral("FF")) + 8);
+        m_table->setColumnWidth(column, metrics.horizontalAdvance(QStringLiteral("FF")) + 7);
     m_table->setColumnWidth(EepromBytesTable::kBytesPerRow,
                             metrics.averageCharWidth() * (EepromBytesTable::kBytesPerRow + 2));
     return m_table;
@@ -112,13 +115,12 @@ QWidget* EepromPanel::newByteTable() {
 
 QWidget* EepromPanel::newRecordTree() {
     m_records->setObjectName(QStringLiteral("records"));
-    m_records->setHeaderLabels(
-        {QStringLiteral("Offset"), QStringLiteral("Record or register"), QStringLiteral("Holds")});
+    m_records->setHeaderLabels({QStringLiteral("Offset"), QStringLiteral("Record"), QStringLiteral("Holds")});
     m_records->setToolTip(QStringLiteral("The records of the chain; choosing one marks its bytes"));
     m_records->setUniformRowHeights(true);
     int const em = fontMetrics().averageCharWidth();
-    m_records->setColumnWidth(Place, 12 * em);
-    m_records->setColumnWidth(What, 24 * em);
+    m_records->setColumnWidth(Place, 10 * em);
+    m_records->setColumnWidth(What, 14 * em);
     connect(m_records, &QTreeWidget::currentItemChanged, this, &EepromPanel::chooseBytesOfRecord);
     return m_records;
 }
@@ -130,6 +132,8 @@ QWidget* EepromPanel::newStateLine() {
         m_bytes.beginAnew();
         tellState();
     });
+    m_state->setToolTip(
+        QStringLiteral("Operations of the device and bytes stored since the start, and bytes that changed"));
     auto* const line = new QWidget;
     auto* const layout = new QHBoxLayout(line);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -163,12 +167,11 @@ void EepromPanel::chooseBytesOfRecord() {
 }
 
 void EepromPanel::tellState() {
-    m_state->setText(m_camera.hasEeprom()
-                         ? QStringLiteral("Operations: %1    Bytes stored: %2    Bytes changed: %3")
-                               .arg(m_camera.deviceOperations())
-                               .arg(m_camera.deviceBytesWritten())
-                               .arg(m_bytes.changedBytes())
-                         : QStringLiteral("This headboard has no EEPROM."));
+    m_state->setText(m_camera.hasEeprom() ? QStringLiteral("Operations %1    Stored %2    Changed %3")
+                                                .arg(m_camera.deviceOperations())
+                                                .arg(m_camera.deviceBytesWritten())
+                                                .arg(m_bytes.changedBytes())
+                                          : QStringLiteral("This headboard has no EEPROM."));
 }
 
 } // namespace pictara
