@@ -129,7 +129,7 @@ TEST_F(HeadboardConfig, TheProgramRunsWithoutAScreenAndTellsItsEndByTheExitCode)
         QStringList const files = {"--settings", options.settingsFile, "--screenshot", file("page.png")};
         process.start(QStringLiteral(HEADBOARD_CONFIG), files + arguments);
         bool const ended = process.waitForFinished(kLongestRunMs);
-        output = process.readAllStandardOutput();
+        output = process.readAllStandardOutput().replace("\r\n", "\n");
         return ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     };
     EXPECT_EQ(run({"--eeprom", options.eepromFile}), kExitDone);

@@ -100,7 +100,7 @@ TEST(WhiteBalanceRecord, HoldsTheGainsOfTheThreeLights) {
     auto const told = [&](QStringList const& command) {
         tool.start(QStringLiteral(HEADBOARD_IMAGE), QStringList(run.file("eeprom.bin")) + command);
         EXPECT_TRUE(tool.waitForFinished() && tool.exitCode() == 0);
-        return QString::fromUtf8(tool.readAllStandardOutput());
+        return QString::fromUtf8(tool.readAllStandardOutput()).remove(QLatin1Char('\r'));
     };
     QRegularExpression const entry("^(0x[0-9A-F]+)  CCM .*\"FACTORY\"$", QRegularExpression::MultilineOption);
     QString const offset = entry.match(told({"list"})).captured(1);

@@ -19,8 +19,10 @@ ProgramRun::ProgramRun(QStringList arguments) {
     process.start(QStringLiteral(PICTARA_SIM), arguments);
     m_ended = process.waitForFinished(kLongestRunMs) && process.exitStatus() == QProcess::NormalExit;
     m_exitCode = process.exitCode();
-    m_messages = QString::fromLocal8Bit(process.readAllStandardError());
-    m_summary = QString::fromUtf8(contents("summary.txt") + contents("replay-summary.txt"));
+    // Lines end as the system's do.
+    m_messages = QString::fromLocal8Bit(process.readAllStandardError()).remove(QLatin1Char('\r'));
+    m_summary =
+        QString::fromUtf8(contents("summary.txt") + contents("replay-summary.txt")).remove(QLatin1Char('\r'));
 }
 
 QByteArray ProgramRun::contents(QString const& name) const {

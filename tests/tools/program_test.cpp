@@ -34,8 +34,8 @@ TEST_F(ImageUnderTest, TheProgramHandsOnExitCodesAndTellsAnswersFromComplaints) 
         QProcess process;
         process.start(QStringLiteral(HEADBOARD_IMAGE), QStringList{image()} + command);
         bool const ended = process.waitForFinished() && process.exitStatus() == QProcess::NormalExit;
-        output = process.readAllStandardOutput();
-        complaint = process.readAllStandardError();
+        output = process.readAllStandardOutput().replace("\r\n", "\n");
+        complaint = process.readAllStandardError().replace("\r\n", "\n");
         return ended ? process.exitCode() : -1;
     };
     QByteArray output, complaint;

@@ -1,0 +1,10 @@
+# The last step of an installation: a list of its files with their checksums, as sha256sum --check reads it.
+set(folder "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}")
+set(lines "")
+foreach(file IN LISTS CMAKE_INSTALL_MANIFEST_FILES)
+    file(RELATIVE_PATH name "${CMAKE_INSTALL_PREFIX}" "${file}")
+    file(SHA256 "$ENV{DESTDIR}${file}" checksum)
+    string(APPEND lines "${checksum}  ${name}\n")
+endforeach()
+file(WRITE "${folder}/KestraMfr/files.txt" "${lines}")
+list(APPEND CMAKE_INSTALL_MANIFEST_FILES "${CMAKE_INSTALL_PREFIX}/KestraMfr/files.txt")
