@@ -2,6 +2,9 @@
 # its name with the guide and the list of the files.
 install(TARGETS KestraMfr RUNTIME DESTINATION . LIBRARY DESTINATION .)
 install(FILES docs/users-guide.md DESTINATION KestraMfr)
+file(STRINGS docs/users-guide.md pictures REGEX "\\]\\(images/")
+list(TRANSFORM pictures REPLACE ".*\\]\\((images/[^)]*)\\).*" "docs/\\1")
+install(FILES ${pictures} DESTINATION KestraMfr/images)
 install(SCRIPT cmake/write_file_list.cmake)
 
 set(CPACK_PACKAGE_VENDOR "KestraMfr")
