@@ -118,6 +118,10 @@ double highestCount(HistogramChart const& chart) {
 
 } // namespace
 
+bool hasCharts() {
+    return true;
+}
+
 QImage drawChart(HeatMap const& chart, Scheme scheme) {
     Palette const& palette = paletteOf(scheme);
     QCustomPlot plot;

@@ -45,6 +45,9 @@ struct HistogramChart {
     std::vector<int> counts;
 };
 
+/// False where the chart library is missing: then nothing is drawn.
+[[nodiscard]] bool hasCharts();
+
 /// Draw a chart, a picture of twice the size in which it is meant to be shown. Null where the program was
 /// built without the chart library. A GUI application must exist.
 [[nodiscard]] QImage drawChart(HeatMap const& chart, Scheme scheme);

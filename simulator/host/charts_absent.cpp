@@ -3,6 +3,10 @@
 
 namespace pictara {
 
+bool hasCharts() {
+    return false;
+}
+
 QImage drawChart(HeatMap const&, Scheme) {
     return {};
 }

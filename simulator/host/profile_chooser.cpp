@@ -33,6 +33,9 @@ ProfileChooser::ProfileChooser(QString const& preferred, QWidget* parent)
     label->setBuddy(m_list);
     m_description->setMinimumWidth(m_description->fontMetrics().averageCharWidth() * 64);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Open | QDialogButtonBox::Cancel);
+    buttons->button(QDialogButtonBox::Open)
+        ->setToolTip(QStringLiteral("Begin with this sensor (Enter or a double click)"));
+    buttons->button(QDialogButtonBox::Cancel)->setToolTip(QStringLiteral("End the program (Esc)"));
 
     auto* const layout = new QVBoxLayout(this);
     for (QWidget* const row : std::initializer_list<QWidget*>{label, m_list, m_description, buttons})

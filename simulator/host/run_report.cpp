@@ -113,11 +113,17 @@ void addCoarseGrids(ReportPage& page, State const& state) {
 void addStates(ReportPage& page, RunReport const& report) {
     State const states[] = {{"uncorrected", report.before}, {"corrected", report.after}};
     addPictures(page, report);
-    page.heading(QStringLiteral("Colour and luminance over the picture"));
-    for (State const& state : states)
-        addMaps(page, state);
-    addProfiles(page, report);
-    addDeviations(page, report);
+    if (hasCharts()) {
+        page.heading(QStringLiteral("Colour and luminance over the picture"));
+        for (State const& state : states)
+            addMaps(page, state);
+        addProfiles(page, report);
+        addDeviations(page, report);
+    } else {
+        page.paragraph(
+            QStringLiteral("This program was built without charts; the JSON beside this page holds "
+                           "profiles and histograms."));
+    }
     page.heading(QStringLiteral("What is left on 11 x 11 blocks"));
     for (State const& state : states)
         addCoarseGrids(page, state);

@@ -147,7 +147,8 @@ QByteArray pageOf(std::vector<NamedShading> const& tables, std::vector<Compariso
                        .arg(kColumns)
                        .arg(kRows));
     addFigures(page, all, tables.size() == 2);
-    addMaps(page, all);
+    if (hasCharts())
+        addMaps(page, all);
     return page.finish();
 }
 
