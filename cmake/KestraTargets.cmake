@@ -1,9 +1,18 @@
 # Options that every target of this project is built with.
 add_library(kestra_options INTERFACE)
 target_compile_definitions(kestra_options INTERFACE QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS)
-target_compile_options(kestra_options INTERFACE -Wall -Wextra -Wconversion -Wshadow)
+if(WIN32)
+    # Its headers would define macros by the names min and max.
+    target_compile_definitions(kestra_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()
+if(MSVC)
+    target_compile_definitions(kestra_options INTERFACE _CRT_SECURE_NO_WARNINGS)
+    target_compile_options(kestra_options INTERFACE /W4 /utf-8 /permissive- /Zc:__cplusplus)
+else()
+    target_compile_options(kestra_options INTERFACE -Wall -Wextra -Wconversion -Wshadow)
+endif()
 if(KESTRA_WERROR)
-    target_compile_options(kestra_options INTERFACE -Werror)
+    target_compile_options(kestra_options INTERFACE $<IF:$<CXX_COMPILER_ID:MSVC>,/WX,-Werror>)
 endif()
 if(KESTRA_SANITIZE)
     target_compile_options(kestra_options INTERFACE

@@ -119,8 +119,7 @@ double robustMean(std::span<uint16_t> samples) {
     auto const middle = samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2);
     std::nth_element(samples.begin(), middle, samples.end());
     int const median = *middle;
-    static thread_local std::vector<uint16_t> deviations;
-    deviations.resize(samples.size());
+    std::vector<uint16_t> deviations(samples.size());
     std::transform(samples.begin(), samples.end(), deviations.begin(),
                    [&](uint16_t sample) { return static_cast<uint16_t>(std::abs(sample - median)); });
     auto const middleDeviation = deviations.begin() + (middle - samples.begin());

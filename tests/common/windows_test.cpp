@@ -1,0 +1,64 @@
+// What the plug-in asks of Windows itself.
+
+#include "common/directory.h"
+#include "common/ini_section.h"
+#include "common/pause.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+namespace {
+
+// In every Western code page, so its name is one that the dialog's text can hold.
+QString const kUmlauts = QStringLiteral("Pr\u00FCfstand \u00E4\u00F6");
+
+QByteArray backslashed(QString const& path) {
+    return QDir::toNativeSeparators(path).toLocal8Bit();
+}
+
+TEST(Windows, DirectoriesAreFoundByTheirAttributesUnderLocalNames) {
+    ASSERT_NE(GetACP(), UINT(CP_UTF8)) << "no code page of its own, so nothing is tried";
+    QTemporaryDir const folder;
+    ASSERT_TRUE(QDir(folder.path()).mkdir(kUmlauts));
+    QString const inner = folder.filePath(kUmlauts);
+    QByteArray const local = backslashed(inner);
+    ASSERT_EQ(local.size(), inner.size()) << "one byte a letter";
+    EXPECT_TRUE(directoryExists(local));
+    EXPECT_TRUE(directoryExists(local + '\\'));
+    EXPECT_TRUE(directoryExists(inner.toLocal8Bit()));
+    EXPECT_FALSE(directoryExists(backslashed(inner) + "\\none"));
+    EXPECT_FALSE(directoryExists(QDir::toNativeSeparators(inner).toUtf8()));
+    QFile file(inner + QStringLiteral("/file"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_FALSE(directoryExists(local + "\\file"));
+    ASSERT_TRUE(SetFileAttributesA(local.constData(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_TRUE(directoryExists(local));
+    SetFileAttributesA(local.constData(), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST(Windows, IniFilesAreOpenedUnderNamesThatNoCodePageHolds) {
+    QTemporaryDir const folder;
+    QString const name = folder.filePath(QStringLiteral("\u30AB\u30E1\u30E9 \u00FC\u0416.ini"));
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("[S]\r\nA = 1\r\n");
+    file.close();
+    char lines[32];
+    EXPECT_EQ(readIniSection("s", lines, sizeof lines, name.toUtf8().constData()), 5U);
+    EXPECT_STREQ(lines, "A=1");
+    EXPECT_EQ(readIniSection("s", lines, sizeof lines, name.toLocal8Bit().constData()), 0U);
+}
+
+// The one test that sleeps: a device's write cycle is waited for by this.
+TEST(Windows, APauseIsNeverShorterThanAskedFor) {
+    QElapsedTimer timer;
+    timer.start();
+    pauseFor(std::chrono::milliseconds(20));
+    EXPECT_GE(timer.nsecsElapsed(), 19'900'000);
+}
+
+} // namespace
