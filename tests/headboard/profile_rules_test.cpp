@@ -2,8 +2,9 @@
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"
 #include "headboard/record_types.h"
+#include "headboard/register_names.h"
 #include "headboard/register_record.h"
-#include "simulator/camera/simulated_camera.h"
+#include "tests/camera/eeprom_access.h"
 #include "tests/camera/linked_library.h"
 
 #include <algorithm>
@@ -70,6 +71,7 @@ std::vector<Row> const& rows() {
          {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 1}},
          {},
          {"CAM_AWB_CCM_R_CTEMP", "CAM_AWB_CCM_L_BG_GAIN"}},
+        {"kind72-2", 0xA8, {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 1}}, {}, {}},
         {"kind76-1",
          0xA8,
          {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 1}},
@@ -90,9 +92,7 @@ class ProfileRules : public ::testing::TestWithParam<Row> {
 protected:
     void SetUp() override {
         installVeyra2(linkedLibrary());
-        QString error;
-        camera = simulator::SimulatedCamera::open(QString::fromLatin1(GetParam().profile), &error);
-        ASSERT_TRUE(camera) << qPrintable(error);
+        ASSERT_TRUE(camera);
         camera->useVirtualTime();
         installPause([this](std::chrono::milliseconds time) { camera->advanceTime(int(time.count())); });
     }
@@ -131,7 +131,7 @@ protected:
         return std::ranges::any_of(entries, [&](RegisterEntry const& entry) { return isOf(entry, reg); });
     }
 
-    std::unique_ptr<simulator::SimulatedCamera> camera;
+    Camera const camera = openProfile(GetParam().profile);
 };
 
 TEST_P(ProfileRules, AreKeptOnAWholeCamera) {
@@ -155,6 +155,30 @@ TEST_P(ProfileRules, AreKeptOnAWholeCamera) {
     std::vector<RegisterEntry> const matrices = storedEntries(kRecordCcm);
     for (char const* const name : GetParam().alsoStored)
         EXPECT_TRUE(holds(entries, name) || holds(matrices, name)) << name;
+}
+
+TEST_P(ProfileRules, StoredCorrectionGivesTheSamePictureAfterAStart) {
+    bool const hasBase = !std::ranges::count(GetParam().passedOver, std::string_view("P_GR_P0Q0"));
+    uint32_t value = 0x2800; // 1/32 as binary16, and a little more for each coefficient
+    for (std::string const& name : shadingRegisterNames())
+        if (((hasBase && name.starts_with("P_")) || name.find("_DATA_") != std::string::npos) &&
+            vy_ExistsRegister(camera->handle(), name.c_str()))
+            writeRegister(*camera, name.c_str(), ++value);
+    switchCorrection(*camera, true);
+    store();
+    Camera const started = openProfile(GetParam().profile), reset = openProfile(GetParam().profile);
+    programContents(*started, contentsOf(*camera));
+    QString error;
+    ASSERT_TRUE(started->replayEeprom(QStringLiteral("rules"), &error)) << qPrintable(error);
+    for (double const kelvin : {2800.0, 4900.0}) {
+        simulator::Light light;
+        light.colourTemperature = kelvin;
+        for (Camera const* each : {&camera, &started, &reset})
+            (*each)->setLight(light);
+        QByteArray const stored = camera->grab().pixels;
+        EXPECT_TRUE(started->grab().pixels == stored) << kelvin;
+        EXPECT_FALSE(reset->grab().pixels == stored) << kelvin;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Headboard, ProfileRules, ::testing::ValuesIn(rows()), [](auto const& test) {
