@@ -1,27 +1,21 @@
 #include "common/libraries.h"
 #include "common/sensor.h"
 #include "common/shading_handle.h"
+#include "tests/fakes/fake_host.h"
+#include "tests/fakes/fake_libraries.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 TEST(Libraries, NullCameraIsNeverHandedToTheLibrary) {
-    static int calls;
-    calls = 0;
-    Veyra2 table;
-    table.vy_ExistsBitfield = [](vy_Camera*, char const*, char const*) { return ++calls; };
-    table.vy_IsSOC = [](vy_Camera*) { return ++calls; };
-    table.vy_SensorInfo = [](vy_Camera*) -> vy_SensorDescription const* {
-        ++calls;
-        return nullptr;
-    };
-    installVeyra2(table);
+    FakeHost const host;
+    FakeLibraries const library;
     Sensor const none(nullptr);
     EXPECT_FALSE(none.existsBitfield("R", "B"));
     EXPECT_FALSE(none.isSystemOnChip());
     EXPECT_FALSE(none.info().has_value());
-    EXPECT_EQ(calls, 0);
+    EXPECT_TRUE(host.log.empty());
 }
 
 TEST(ShadingHandle, IsDestroyedOnceWhenTheLastShareGoes) {
