@@ -13,10 +13,14 @@ QByteArray uniformGains(double gain) {
     return '[' + text + ',' + text + ',' + text + ',' + text + ']';
 }
 
-QByteArray shadingFile(QByteArray const& illuminants,
-                       QByteArray const& size = "\"columns\": 2, \"rows\": 2") {
-    return "{\"format\": \"shading-gains-1\", \"name\": \"m\", " + size + ", \"illuminants\": [" +
-           illuminants + "]}";
+void useShading(Camera const& camera, int columns, QByteArray const& illuminants) {
+    TestFiles const files;
+    QString error;
+    QByteArray const text =
+        "{\"format\": \"shading-gains-1\", \"name\": \"m\", \"columns\": " + QByteArray::number(columns) +
+        ", \"rows\": 2, \"illuminants\": [" + illuminants + "]}";
+    ASSERT_TRUE(camera->useMeasuredShading(files.write(QStringLiteral("m.json"), text), &error))
+        << qPrintable(error);
 }
 
 QByteArray illuminant(int kelvin, QByteArray const& red, QByteArray const& green) {
@@ -32,18 +36,10 @@ double redUnder(Camera const& camera, double kelvin) {
 }
 
 TEST(MeasuredShading, GainsAreLinearInReciprocalKelvinAndHeldOutside) {
-    TestFiles const files;
-    QString error;
-    Camera const flat = openQuiet();
-    Camera const camera = openQuiet();
+    Camera const flat = openQuiet(), camera = openQuiet();
     QByteArray const one = uniformGains(1);
-    ASSERT_TRUE(flat->useMeasuredShading(
-        files.write(QStringLiteral("flat.json"), shadingFile(illuminant(5000, one, one))), &error));
-    ASSERT_TRUE(camera->useMeasuredShading(
-        files.write(QStringLiteral("two.json"),
-                    shadingFile(illuminant(3000, one, one) + ',' + illuminant(6000, uniformGains(2), one))),
-        &error))
-        << qPrintable(error);
+    useShading(flat, 2, illuminant(5000, one, one));
+    useShading(camera, 2, illuminant(3000, one, one) + ',' + illuminant(6000, uniformGains(2), one));
     struct Row {
         double kelvin;
         double gain;
@@ -55,15 +51,9 @@ TEST(MeasuredShading, GainsAreLinearInReciprocalKelvinAndHeldOutside) {
 
 // A response that falls linearly from 1 to 1/4 between the outer cells' centres goes on to the border.
 TEST(MeasuredShading, ReplacesTheWholeLensAndGoesOnLinearlyToTheBorder) {
-    TestFiles const files;
-    QString error;
     Camera const camera = openQuiet();
     QByteArray const gains = "[1, 1.3333333, 2, 4, 1, 1.3333333, 2, 4]"; // responses 1, 3/4, 1/2, 1/4
-    ASSERT_TRUE(camera->useMeasuredShading(
-        files.write(QStringLiteral("ramp.json"),
-                    shadingFile(illuminant(5000, gains, gains), "\"columns\": 4, \"rows\": 2")),
-        &error))
-        << qPrintable(error);
+    useShading(camera, 4, illuminant(5000, gains, gains));
     Frame const frame = camera->grab();
     double const middle = greenMean(*camera, frame, {49, 0, 51, 100});
     for (uint32_t percent = 0; percent < 100; percent += 7) {

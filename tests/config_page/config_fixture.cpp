@@ -1,5 +1,8 @@
 #include "tests/config_page/config_fixture.h"
 
+#include "headboard/eeprom_chain.h"
+#include "headboard/record_types.h"
+
 #include <algorithm>
 
 ConfigFixture::ConfigFixture() {
@@ -86,15 +89,8 @@ std::string ConfigFixture::deviceText(size_t count) const {
 }
 
 std::string ConfigFixture::deviceNumber() const {
-    std::vector<uint8_t> const& bytes = headboard.device;
-    for (size_t at = 5; at + 3 < 8176 && bytes[at] != 0xFF;) {
-        size_t const length = size_t(bytes[at + 1]) << 8 | bytes[at + 2];
-        if (bytes[at] == 11 && at + 3 + length < 8176)
-            return std::string(bytes.begin() + ptrdiff_t(at + 3), bytes.begin() + ptrdiff_t(at + 3 + length))
-                .c_str();
-        at += 3 + length;
-    }
-    return {};
+    HeadboardEeprom const fresh = HeadboardEepromCreate(sensor.camera);
+    return std::string(EepromRecordText(fresh, EepromFindRecord(fresh, kRecordHeadboardId, nullptr, 0)));
 }
 
 std::vector<std::string> ConfigFixture::busLog() const {

@@ -4,13 +4,6 @@ namespace {
 
 FakeBusServices* services = nullptr;
 
-template <typename... Numbers>
-void note(char const* name, Numbers... numbers) {
-    std::string line = name;
-    ((line += ' ' + std::to_string(numbers)), ...);
-    FakeHost::current()->note(line);
-}
-
 } // namespace
 
 FakeBusServices::FakeBusServices(FakeHeadboard& board) : headboard(board) {
@@ -24,21 +17,21 @@ void FakeBusServices::fillIn(HostServices& table) {
     table.readBusByte = [](uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
         uint32_t const byte =
             device == services->headboard.deviceAddress ? services->headboard.device.at(address) : 0U;
-        note("readBusByte", device, address, addressBits, dataBits);
+        noteCall("readBusByte", device, address, addressBits, dataBits);
         return byte;
     };
     table.writeBusByte = [](uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
                             uint32_t dataBits) {
         if (device == services->headboard.deviceAddress)
             services->headboard.device.at(address) = uint8_t(value);
-        note("writeBusByte", device, address, value, addressBits, dataBits);
+        noteCall("writeBusByte", device, address, value, addressBits, dataBits);
     };
     table.readOption = [](char const* option) {
-        FakeHost::current()->note(std::string("readOption ") + option);
+        noteCall("readOption", option);
         return services ? services->options[option].c_str() : nullptr;
     };
     table.writeOption = [](char const* option, char const* value) {
         services->options[option] = value;
-        FakeHost::current()->note(std::string("writeOption ") + option + ' ' + value);
+        noteCall("writeOption", option, value);
     };
 }

@@ -48,10 +48,8 @@ protected:
             page->initialise();
         } else if (action == "applySerialNumber") {
             page->applySerialNumber();
-        } else if (action == "OnEnChangeSn") {
-            QMetaObject::invokeMethod(page, "OnEnChangeSn", Q_ARG(QString, QString()));
-        } else if (action == "OnCbnSelchangePnCombo") {
-            QMetaObject::invokeMethod(page, "OnCbnSelchangePnCombo", Q_ARG(QString, QString()));
+        } else if (action == "OnEnChangeSn" || action == "OnCbnSelchangePnCombo") {
+            QMetaObject::invokeMethod(page, action.c_str(), Q_ARG(QString, QString()));
         } else {
             QMetaObject::invokeMethod(page, action.c_str());
         }

@@ -159,20 +159,6 @@ TEST(Access, RangesAreCutBeforeTheLastByteAndCheckedWithoutOverflow) {
     EXPECT_EQ(h.board.operations, 1);
 }
 
-TEST(Access, NoByteTravelsTwice) {
-    Headboard h;
-    uint8_t const bytes[] = {1, 2, 3, 4};
-    ASSERT_EQ(HeadboardEepromLoad(h.eeprom, 100, 10), kEepromOk);
-    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 120, 4, bytes), kEepromOk);
-    ASSERT_EQ(HeadboardEepromLoad(h.eeprom, 90, 50), kEepromOk);
-    EXPECT_EQ(h.host.calls("readBus"),
-              (Lines{"readBus 168 100 10", "readBus 168 90 10", "readBus 168 110 10", "readBus 168 124 16"}));
-    ASSERT_EQ(HeadboardEepromPut(h.eeprom, 95, 2, bytes), kEepromOk);
-    ASSERT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
-    ASSERT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
-    EXPECT_EQ(std::accumulate(h.board.timesWritten.begin(), h.board.timesWritten.end(), 0), 6);
-}
-
 TEST(Access, ReleaseClosesOnlyACameraOfItsOwnAndGrowthDropsTheImage) {
     Headboard h;
     uint8_t const byte = 1;

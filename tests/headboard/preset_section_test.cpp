@@ -87,10 +87,6 @@ TEST_F(PresetSection, WhatCannotBeStoredWholeIsNotStored) {
     EXPECT_EQ(EepromImportSection(eeprom, ini().c_str(), "Lens Correction", kRecordPga), kEepromFailed);
     EXPECT_EQ(import("REG = 1, 2", kRecordTimeStamp), kEepromFailed);
     EXPECT_EQ(import("STATE = WB Speed, 3\nREG = 1, 2", kRecordSwCcm), kEepromFailed);
-    std::string many;
-    for (int i = 0; i < 500; ++i)
-        many += "MEM32 = 4, 0x100, 1\n";
-    EXPECT_EQ(import(many, kRecordPga), kEepromNoRoom);
     EXPECT_EQ(EepromFindRecord(eeprom, kRecordEnd, nullptr, 0), 5);
     // Long sections are read whole.
     EXPECT_EQ(import(std::string(70000, '\n') + "; " + std::string(70000, 'x') + "\nnothing " +
@@ -98,6 +94,18 @@ TEST_F(PresetSection, WhatCannotBeStoredWholeIsNotStored) {
                      kRecordPga),
               kEepromOk);
     EXPECT_EQ(entries().size(), 1U);
+}
+
+// A record's capacity is 64 bytes below the device, and 11 bytes before it no entry is taken any more: behind
+// the name, 2023 registers of 4 bytes go in. The device has room for more.
+TEST_F(PresetSection, IsRefusedWhereTheRecordEndsNotWhereTheDeviceDoes) {
+    std::string registers;
+    for (int i = 0; i < 2023; ++i)
+        registers += "REG = " + std::to_string(i) + ", 1\n";
+    EXPECT_EQ(import(registers + "REG = 2023, 1", kRecordPga), kEepromNoRoom);
+    EXPECT_EQ(EepromFindRecord(eeprom, kRecordEnd, nullptr, 0), 5);
+    EXPECT_EQ(import(registers, kRecordPga), kEepromOk);
+    EXPECT_EQ(EepromFindRecord(eeprom, kRecordEnd, nullptr, 0), 5 + 3 + 9 + 3 + 4 * 2023);
 }
 
 } // namespace

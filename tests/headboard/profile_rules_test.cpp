@@ -2,8 +2,9 @@
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"
 #include "headboard/record_types.h"
+#include "headboard/register_names.h"
 #include "headboard/register_record.h"
-#include "simulator/camera/simulated_camera.h"
+#include "tests/camera/eeprom_access.h"
 #include "tests/camera/linked_library.h"
 
 #include <algorithm>
@@ -38,48 +39,37 @@ std::vector<Stored> behindTheTables(std::vector<Stored> const& last) {
 }
 
 std::vector<Row> const& rows() {
+    constexpr Stored pgaOn{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 1};
+    constexpr Stored switchOn{nullptr, nullptr, 1}; // whichever register switches the correction
     static std::vector<Row> const all = {
         {"kind22",
          0xA8,
-         {{nullptr, nullptr, 1}},
+         {switchOn},
          {},
          {"ZONE_BOUNDS_X1_X2", "ZONE_X6Y6", "SECOND_DERIV_ZONE_7_GREEN2", "DF_DY_RED",
           "K_FACTOR_IN_K_FX_FY_G2_BR", "LENS_K_FACTOR_G1_Q3", "CF_34_B", "CORNER_FACTOR_CONTROL"}},
-        {"kind95",
-         0xAA,
-         {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 1}},
-         {},
-         {"CAM_PGA_R_CONFIG_BLUE_Q14"}},
-        {"kind111", 0xA8, {{nullptr, nullptr, 1}}, {}, {"AWB_CCM_RL_10"}},
+        {"kind95", 0xAA, {pgaOn}, {}, {"CAM_PGA_R_CONFIG_BLUE_Q14"}},
+        {"kind111", 0xA8, {switchOn}, {}, {"AWB_CCM_RL_10"}},
         {"kind198", 0xAC, {}, {}, {"P_CB_P4Q4", "P_GB_Q5"}},
         {"kind68-1",
          0xA8,
          behindTheTables({{"PGASETUP_MODE", "", 1},
                           {"SEQUENCERSETUP_MANUALOBJ", "", 338},
                           {"SEQUENCERSETUP_CMD", "", 255},
-                          {nullptr, nullptr, 1}}),
+                          switchOn}),
          {"P_GR_Q5", "P_RD_Q5", "PGASETUP_LEFT_COLORTEMP", "PGASETUP_RIGHT_BLUEQ14"},
          {"P_CR_Q5", "P_CB_Q5"}},
         {"kind68-2",
          0xA8,
-         behindTheTables({{"PGAOUTPUT_CURZONE", "", 4}, {nullptr, nullptr, 1}}),
+         behindTheTables({{"PGAOUTPUT_CURZONE", "", 4}, switchOn}),
          {"P_BL_Q5"},
          {"PGATABLECWF_DATA_099"}},
-        {"kind72-1",
-         0xA8,
-         {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 1}},
-         {},
-         {"CAM_AWB_CCM_R_CTEMP", "CAM_AWB_CCM_L_BG_GAIN"}},
-        {"kind76-1",
-         0xA8,
-         {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 1}},
-         {},
-         {"P_GR_P0Q0", "CENTER_ROW", "PGA_TABLE_D65_CENTER_COLUMN"}},
+        {"kind72-1", 0xA8, {pgaOn}, {}, {"CAM_AWB_CCM_R_CTEMP", "CAM_AWB_CCM_L_BG_GAIN"}},
+        {"kind72-2", 0xA8, {pgaOn}, {}, {}},
+        {"kind76-1", 0xA8, {pgaOn}, {}, {"P_GR_P0Q0", "CENTER_ROW", "PGA_TABLE_D65_CENTER_COLUMN"}},
         {"kind76-2",
          0xA8,
-         {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1},
-          {nullptr, nullptr, 1},
-          {"PGA_CURRENT_ZONE", "", 255}},
+         {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1}, switchOn, {"PGA_CURRENT_ZONE", "", 255}},
          {"P_GR_P0Q0", "CENTER_ROW", "CENTER_COLUMN"},
          {"PGA_TABLE_A_DATA_0"}},
     };
@@ -90,9 +80,7 @@ class ProfileRules : public ::testing::TestWithParam<Row> {
 protected:
     void SetUp() override {
         installVeyra2(linkedLibrary());
-        QString error;
-        camera = simulator::SimulatedCamera::open(QString::fromLatin1(GetParam().profile), &error);
-        ASSERT_TRUE(camera) << qPrintable(error);
+        ASSERT_TRUE(camera);
         camera->useVirtualTime();
         installPause([this](std::chrono::milliseconds time) { camera->advanceTime(int(time.count())); });
     }
@@ -131,7 +119,7 @@ protected:
         return std::ranges::any_of(entries, [&](RegisterEntry const& entry) { return isOf(entry, reg); });
     }
 
-    std::unique_ptr<simulator::SimulatedCamera> camera;
+    Camera const camera = openProfile(GetParam().profile);
 };
 
 TEST_P(ProfileRules, AreKeptOnAWholeCamera) {
@@ -155,6 +143,30 @@ TEST_P(ProfileRules, AreKeptOnAWholeCamera) {
     std::vector<RegisterEntry> const matrices = storedEntries(kRecordCcm);
     for (char const* const name : GetParam().alsoStored)
         EXPECT_TRUE(holds(entries, name) || holds(matrices, name)) << name;
+}
+
+TEST_P(ProfileRules, StoredCorrectionGivesTheSamePictureAfterAStart) {
+    bool const hasBase = !std::ranges::count(GetParam().passedOver, std::string_view("P_GR_P0Q0"));
+    uint32_t value = 0x2800; // 1/32 as binary16, and a little more for each coefficient
+    for (std::string const& name : shadingRegisterNames())
+        if (((hasBase && name.starts_with("P_")) || name.find("_DATA_") != std::string::npos) &&
+            vy_ExistsRegister(camera->handle(), name.c_str()))
+            writeRegister(*camera, name.c_str(), ++value);
+    switchCorrection(*camera, true);
+    store();
+    Camera const started = openProfile(GetParam().profile), reset = openProfile(GetParam().profile);
+    programContents(*started, contentsOf(*camera));
+    QString error;
+    ASSERT_TRUE(started->replayEeprom(QStringLiteral("rules"), &error)) << qPrintable(error);
+    for (double const kelvin : {2800.0, 4900.0}) {
+        simulator::Light light;
+        light.colourTemperature = kelvin;
+        for (Camera const* each : {&camera, &started, &reset})
+            (*each)->setLight(light);
+        QByteArray const stored = camera->grab().pixels;
+        EXPECT_TRUE(started->grab().pixels == stored) << kelvin;
+        EXPECT_FALSE(reset->grab().pixels == stored) << kelvin;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Headboard, ProfileRules, ::testing::ValuesIn(rows()), [](auto const& test) {

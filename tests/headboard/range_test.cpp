@@ -2,11 +2,16 @@
 #include "headboard/plain_text.h"
 #include "tests/headboard/headboard_fixture.h"
 
+#include <algorithm>
 #include <numeric>
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
+
+// Callers take what is below 0 for a failure, and what is not for an offset or a size.
+static_assert(kEepromOk == 0 && std::max({kEepromFailed, kEepromNotFormatted, kEepromNoRoom, kEepromNoRecord,
+                                          kEepromNoAnswer, kEepromBufferTooSmall, kEepromMismatch}) < 0);
 
 TEST(Range, ReadAndWriteOfTheDeviceUseTheCallersBufferAndTheImageAlike) {
     Headboard h;
@@ -67,14 +72,6 @@ TEST(Range, ARecordGrowsToWhatItsLengthCanTellAndNoFurther) {
 TEST(Range, CaseIsThatOfLettersAToZOnly) {
     EXPECT_TRUE(equalWithoutCase("AZaz", "azAZ"));
     EXPECT_FALSE(equalWithoutCase("@[", "`{"));
-}
-
-// Callers take what is below 0 for a failure, and what is not for an offset or a size.
-TEST(Range, OnlyFailuresAreBelowZero) {
-    EXPECT_EQ(kEepromOk, 0);
-    for (int32_t const status : {kEepromFailed, kEepromNotFormatted, kEepromNoRoom, kEepromNoRecord,
-                                 kEepromNoAnswer, kEepromBufferTooSmall, kEepromMismatch})
-        EXPECT_LT(status, 0);
 }
 
 } // namespace
