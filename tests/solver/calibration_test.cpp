@@ -31,6 +31,15 @@ FieldQuality correctedQuality(TestSensor const& sensor, Response const& response
     return measure(sensor, after(response, Correction(sensor, list)));
 }
 
+void expectFlat(TestSensor const& sensor, Response const& response, std::vector<sf_RegEntry> const& list,
+                double colourDeviation, double luminance, double greenImbalance = 1) {
+    ASSERT_EQ(list.size(), 102u);
+    FieldQuality const quality = correctedQuality(sensor, response, list);
+    EXPECT_LE(quality.colourDeviation, colourDeviation);
+    EXPECT_LE(quality.worstLuminance, luminance);
+    EXPECT_LE(quality.greenImbalance, greenImbalance);
+}
+
 TEST(Calibration, FlattensEveryLensOfTheRange) {
     struct Row {
         SyntheticLens lens;
@@ -53,11 +62,7 @@ TEST(Calibration, FlattensEveryLensOfTheRange) {
         SCOPED_TRACE(testing::Message() << "gain " << row.lens.peakGain << ", spread " << row.lens.spread
                                         << ", offset " << row.lens.offsetX);
         Response const response = row.lens.response(sensor);
-        auto const list = calibrate(sensor, response);
-        ASSERT_EQ(list.size(), 102u);
-        FieldQuality const quality = correctedQuality(sensor, response, list);
-        EXPECT_LE(quality.colourDeviation, 1.0);
-        EXPECT_LE(quality.worstLuminance, row.luminance);
+        expectFlat(sensor, response, calibrate(sensor, response), 1.0, row.luminance);
     }
 }
 
@@ -73,11 +78,7 @@ TEST(Calibration, PutsEveryPhaseAndOrientationInItsPlace) {
         for (unsigned i = 0; i < 16; ++i) {
             SCOPED_TRACE(testing::Message() << "phase " << i % 4 << ", orientation " << i / 4);
             auto const list = calibrate(sensor, response, {.bayerPhase = i % 4, .orientation = i / 4});
-            ASSERT_FALSE(list.empty());
-            FieldQuality const quality = correctedQuality(sensor, response, list);
-            EXPECT_LE(quality.colourDeviation, 1.0);
-            EXPECT_LE(quality.worstLuminance, 0.015);
-            EXPECT_LE(quality.greenImbalance, 0.01);
+            expectFlat(sensor, response, list, 1.0, 0.015, 0.01);
         }
     }
 }
@@ -101,9 +102,7 @@ TEST(Calibration, ReadsDisplayAndLumaChromaPicturesOfEveryOrientation) {
                     : setImage(handle, sensor, frame, 0, orientation);
             ASSERT_TRUE(accepted);
             ASSERT_EQ(findSolution(handle), 0);
-            FieldQuality const quality = correctedQuality(sensor, response, registers(handle));
-            EXPECT_LE(quality.colourDeviation, 1.5);
-            EXPECT_LE(quality.worstLuminance, 0.02);
+            expectFlat(sensor, response, registers(handle), 1.5, 0.02);
         }
     }
 }
@@ -163,10 +162,7 @@ TEST(Calibration, IsNotMisledByDeviantPixelsAndDust) {
         return clean(colour, x, y) * (std::hypot(x - 200, y - 100) < 12 ? 0.7 : 1.0);
     };
     auto const list = calibrate(sensor, dusty, {.deviantPixels = 0.008});
-    ASSERT_FALSE(list.empty());
-    FieldQuality const quality = correctedQuality(sensor, clean, list);
-    EXPECT_LE(quality.colourDeviation, 1.0);
-    EXPECT_LE(quality.worstLuminance, 0.01);
+    expectFlat(sensor, clean, list, 1.0, 0.01);
 }
 
 TEST(Calibration, SolvesTheSmallestAndOddSensors) {
@@ -177,10 +173,8 @@ TEST(Calibration, SolvesTheSmallestAndOddSensors) {
         Response const response = kLopsidedLens.response(sensor);
         for (unsigned orientation = 0; orientation < 4; ++orientation) {
             auto const list = calibrate(sensor, response, {.noise = 0.001, .orientation = orientation});
-            ASSERT_FALSE(list.empty()) << width;
-            FieldQuality const quality = correctedQuality(sensor, response, list);
-            EXPECT_LE(quality.worstLuminance, 0.03) << width;
-            EXPECT_LE(quality.colourDeviation, 2) << width;
+            SCOPED_TRACE(width);
+            expectFlat(sensor, response, list, 2, 0.03);
         }
     }
 }

@@ -11,6 +11,7 @@ protected:
     TestSensor m_sensor;
     Response m_lens = SyntheticLens{}.response(m_sensor);
     WarningLog m_log;
+    Handle m_handle = open(m_sensor);
 };
 
 TEST_F(Refusal, NamesWhatIsWrongWithThePicture) {
@@ -50,38 +51,35 @@ TEST_F(Refusal, NamesWhatIsWrongWithThePicture) {
 }
 
 TEST_F(Refusal, LeavesNoEarlierSolution) {
-    Handle const handle = open(m_sensor);
-    ASSERT_TRUE(setImage(handle, m_sensor, expose(m_sensor, m_lens)));
-    ASSERT_EQ(findSolution(handle), 0);
-    EXPECT_FALSE(setImage(handle, m_sensor, expose(m_sensor, m_lens, {.level = 0.01})));
-    EXPECT_EQ(sf_DumpRegList(handle.get()), nullptr);
+    ASSERT_TRUE(setImage(m_handle, m_sensor, expose(m_sensor, m_lens)));
+    ASSERT_EQ(findSolution(m_handle), 0);
+    EXPECT_FALSE(setImage(m_handle, m_sensor, expose(m_sensor, m_lens, {.level = 0.01})));
+    EXPECT_EQ(sf_DumpRegList(m_handle.get()), nullptr);
 }
 
 TEST_F(Refusal, FramesOfAnotherSizeAreToldByTheSolution) {
-    Handle const handle = open(m_sensor);
     char const tooSmallToBeRead = 0;
-    EXPECT_NE(sf_SetInputImage2(handle.get(), &tooSmallToBeRead, 640, 362, 12, 0, 0, 0, -1, -1), 0);
-    EXPECT_EQ(findSolution(handle), -2);
+    EXPECT_NE(sf_SetInputImage2(m_handle.get(), &tooSmallToBeRead, 640, 362, 12, 0, 0, 0, -1, -1), 0);
+    EXPECT_EQ(findSolution(m_handle), -2);
     EXPECT_TRUE(m_log.has("640 x 362 instead of 640 x 360"));
-    ASSERT_TRUE(setImage(handle, m_sensor, expose(m_sensor, m_lens)));
-    EXPECT_EQ(findSolution(handle), 0);
+    ASSERT_TRUE(setImage(m_handle, m_sensor, expose(m_sensor, m_lens)));
+    EXPECT_EQ(findSolution(m_handle), 0);
 }
 
 TEST_F(Refusal, EmptyFramesAndForeignRecords) {
-    Handle const handle = open(m_sensor);
     char const byte = 0;
-    EXPECT_EQ(sf_SetInputImage2(handle.get(), nullptr, 640, 360, 12, 0, 0, 0, -1, -1), 0);
-    EXPECT_EQ(sf_SetInputImage2(handle.get(), &byte, 0, 360, 12, 0, 0, 0, -1, -1), 0);
-    EXPECT_EQ(sf_SetInputImage2(handle.get(), &byte, 640, 0, 12, 0, 0, 0, -1, -1), 0);
+    EXPECT_EQ(sf_SetInputImage2(m_handle.get(), nullptr, 640, 360, 12, 0, 0, 0, -1, -1), 0);
+    EXPECT_EQ(sf_SetInputImage2(m_handle.get(), &byte, 0, 360, 12, 0, 0, 0, -1, -1), 0);
+    EXPECT_EQ(sf_SetInputImage2(m_handle.get(), &byte, 640, 0, 12, 0, 0, 0, -1, -1), 0);
     sf_YcbcrInput const coding{sizeof coding, 0, {0, 1, 2, 3}, 0, 255, 255, 128, 0};
-    EXPECT_EQ(sf_SetInputImageYcbcr(handle.get(), &byte, 640, 360, &coding, -1, -1), 0);
+    EXPECT_EQ(sf_SetInputImageYcbcr(m_handle.get(), &byte, 640, 360, &coding, -1, -1), 0);
     EXPECT_TRUE(m_log.has("sensor delivers none"));
 
-    ASSERT_TRUE(setImage(handle, m_sensor, expose(m_sensor, m_lens)));
+    ASSERT_TRUE(setImage(m_handle, m_sensor, expose(m_sensor, m_lens)));
     sf_SolutionParams solution{};
-    EXPECT_EQ(sf_FindSolution(handle.get(), &solution), -1);
-    EXPECT_EQ(sf_FindSolution(handle.get(), nullptr), -1);
-    EXPECT_EQ(sf_FindApga(handle.get(), nullptr), -1);
+    EXPECT_EQ(sf_FindSolution(m_handle.get(), &solution), -1);
+    EXPECT_EQ(sf_FindSolution(m_handle.get(), nullptr), -1);
+    EXPECT_EQ(sf_FindApga(m_handle.get(), nullptr), -1);
 }
 
 TEST_F(Refusal, UnknownLumaChromaCodings) {
