@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <ostream>
 
 // The simulated sensors meet the rules that only few kinds of sensors do, so that a rule that was lost is
 // noticed on a whole camera and not only on a register map made for its test.
@@ -28,6 +29,11 @@ struct Row {
     std::vector<char const*> passedOver; ///< registers that the sensor has and the record has not
     std::vector<char const*> alsoStored; ///< registers that must not be passed over with them
 };
+
+// By name, not by bytes, some of which nobody sets.
+void PrintTo(Row const& row, std::ostream* out) {
+    *out << row.profile;
+}
 
 // The sequencer loads each of the three tables before anything else.
 std::vector<Stored> behindTheTables(std::vector<Stored> const& last) {
