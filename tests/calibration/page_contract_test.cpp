@@ -76,7 +76,7 @@ TEST_P(PageContract, InitialisesFromSettingsFirstAndTellsTheVersion) {
     EXPECT_EQ(timer->interval(), 500);
     EXPECT_FALSE(timer->isActive());
     EXPECT_EQ(text(GetParam().sensorKind == 200 ? "Version_Lens" : "Version_APGA"),
-              std::string("Version: 6.1.63.61641\nBuild Date: ") + kBuildDate);
+              versionText().toStdString());
 }
 
 TEST_P(PageContract, ShowingLoadsTheSettingsStartsTheTimerAndIsNotUndoneByHiding) {

@@ -1,0 +1,11 @@
+#include "common/version.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Version, IsToldAsTheHostsUsersKnowIt) {
+    EXPECT_EQ(versionText().toStdString(), std::string("Version: 6.1.63.61641\nBuild Date: ") + kBuildDate);
+}
+
+} // namespace
