@@ -25,4 +25,30 @@ TEST_F(Slot, AllUsersShareOneEepromUntilItIsRenewed) {
     EXPECT_EQ(slot, nullptr);
 }
 
+TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
+    EXPECT_EQ(probeEeprom(eeprom), EepromPresence::Present);
+    std::vector<uint8_t> const head(board.device.begin(), board.device.begin() + 6);
+    EXPECT_EQ(head, (std::vector<uint8_t>{'V', 'Y', 'E', 'E', 1, 0xFF}));
+    int64_t const written = board.operations;
+    EXPECT_EQ(probeEeprom(eeprom), EepromPresence::Present);
+    EXPECT_EQ(board.operations, written) << "a formatted one is left alone";
+    struct Row {
+        bool isFormatted;
+        DeviceFault fault;
+        EepromPresence presence;
+    };
+    for (Row const& row : {Row{true, DeviceFault::NoAnswer, EepromPresence::Absent},
+                           Row{true, DeviceFault::Failure, EepromPresence::Unknown},
+                           Row{false, DeviceFault::NoAnswer, EepromPresence::Absent},
+                           Row{false, DeviceFault::Failure, EepromPresence::Absent}}) {
+        HeadboardEepromRelease(eeprom);
+        board.device[0] = row.isFormatted ? 'V' : 0xFF;
+        board.fault = row.fault;
+        board.faultLasts = true;
+        // A read comes first: of a blank device it succeeds, and the write of the header meets the fault.
+        board.faultAt = board.operations + (row.isFormatted ? 0 : 1);
+        EXPECT_EQ(probeEeprom(eeprom), row.presence) << row.isFormatted << int(row.fault);
+    }
+}
+
 } // namespace
