@@ -9,13 +9,21 @@ std::function<void(std::chrono::milliseconds)>& installedPause() {
     return pause;
 }
 
+// A system's sleep may end early, and a device does not answer before its write cycle is over.
+void sleepAtLeast(std::chrono::milliseconds duration) {
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point const end = Clock::now() + duration;
+    for (auto now = Clock::now(); now < end; now = Clock::now())
+        std::this_thread::sleep_for(std::chrono::ceil<std::chrono::milliseconds>(end - now));
+}
+
 } // namespace
 
 void pauseFor(std::chrono::milliseconds duration) {
     if (auto const& pause = installedPause())
         pause(duration);
     else
-        std::this_thread::sleep_for(duration);
+        sleepAtLeast(duration);
 }
 
 void installPause(std::function<void(std::chrono::milliseconds)> pause) {

@@ -24,9 +24,10 @@ void CameraClock::advance(Duration time) {
 
 void CameraClock::wait(Duration time) {
     if (m_isVirtual)
-        advance(time);
-    else
-        std::this_thread::sleep_for(time);
+        return advance(time);
+    // A system's sleep may end early; who waited for the device must find it ready.
+    for (Duration const end = now() + time; now() < end;)
+        std::this_thread::sleep_for(std::chrono::ceil<std::chrono::milliseconds>(end - now()));
 }
 
 } // namespace simulator
