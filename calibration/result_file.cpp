@@ -2,6 +2,7 @@
 
 #include "common/directory.h"
 #include "common/libraries.h"
+#include "common/local_text.h"
 
 namespace {
 
@@ -41,8 +42,12 @@ void saveResultFile(PageCore& core, ResultFile const& file) {
 }
 
 QByteArray sanitisedLabel(QByteArray label) {
-    for (char& c : label) {
-        switch (c) {
+    for (int i = 0; i < label.size(); ++i) {
+        if (beginsTwoByteLetter(label[i])) {
+            ++i; // its other half belongs to the letter
+            continue;
+        }
+        switch (char& c = label.data()[i]; c) {
         case '\\':
         case '/':
         case ':':

@@ -1,8 +1,22 @@
 #include "config_page/grab_file_name.h"
 
+#include "common/local_text.h"
+
+namespace {
+
+int lastOf(char separator, QByteArray const& path) {
+    int last = -1;
+    for (int i = 0; i < path.size(); i += beginsTwoByteLetter(path[i]) ? 2 : 1)
+        if (path[i] == separator)
+            last = i;
+    return last;
+}
+
+} // namespace
+
 QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumber) {
-    int separator = present.lastIndexOf('/');
+    int separator = lastOf('/', present);
     if (separator < 0)
-        separator = present.lastIndexOf('\\');
+        separator = lastOf('\\', present);
     return present.left(separator + 1) + serialNumber + '_'; // none: the number alone
 }
