@@ -50,6 +50,16 @@ bool hasDisplay() {
 }
 #endif
 
+void drawWithoutScreen() {
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+#ifdef Q_OS_WIN
+    // That platform knows none of the system's fonts, and draws no text without.
+    if (!qEnvironmentVariableIsSet("QT_QPA_FONTDIR"))
+        qputenv("QT_QPA_FONTDIR", qgetenv("WINDIR") + "\\Fonts");
+#endif
+}
+
 // False when the person wants none.
 bool chooseProfile(Options& options) {
     ProfileChooser chooser(options.profile);
@@ -120,8 +130,8 @@ int main(int argc, char** argv) {
         return commandLine.exitCode;
     }
     Options& options = *commandLine.options;
-    if (options.isHeadless() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (options.isHeadless())
+        drawWithoutScreen();
     if (!hasDisplay()) {
         complain(QStringLiteral("There is no display for the window. --run-all, --script, --replay and "
                                 "--replay-eeprom need none."));
