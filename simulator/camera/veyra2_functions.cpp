@@ -12,7 +12,12 @@
 // The library's functions over the simulated camera. A null or closed camera, a null name and a register that
 // the sensor lacks are answered, never followed.
 
+#ifdef _MSC_VER
+// Declared without an export, no definition may have one there; the linker exports all.
+#define VEYRA2_FUNCTION extern "C"
+#else
 #define VEYRA2_FUNCTION extern "C" SIMULATED_CAMERA_API
+#endif
 
 namespace {
 

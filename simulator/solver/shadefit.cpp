@@ -10,7 +10,10 @@
 #include <exception>
 #include <memory>
 
-#ifdef _WIN32
+#ifdef _MSC_VER
+// Declared without an export, no definition may have one there; the linker exports all.
+#define SHADEFIT_API extern "C"
+#elif defined(_WIN32)
 #define SHADEFIT_API extern "C" __declspec(dllexport)
 #else
 #define SHADEFIT_API extern "C" __attribute__((visibility("default")))
