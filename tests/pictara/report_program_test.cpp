@@ -56,7 +56,7 @@ TEST(RunReport, AFailedRunHasOneToo) {
 
 TEST(ShadingRun, MeasuresALensAndLaysTwoSideBySide) {
     QTemporaryDir const folder;
-    QString const first = folder.filePath("a <&>.json"), second = folder.filePath("b.json");
+    QString const first = folder.filePath("a & b.json"), second = folder.filePath("b.json");
     ProgramRun const strong({"--measure-shading", first, "--profile", writeSmallProfile(folder.path())});
     EXPECT_EXIT_CODE(strong, 0);
     expectPage(strong, "shading-");

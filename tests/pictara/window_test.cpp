@@ -101,7 +101,8 @@ TEST_F(HostWindowTest, TheDialogIsSetUpAndComesBackAfterItWasClosed) {
     ASSERT_TRUE(page.press("LensCalibSetup"));
     EXPECT_EQ(page.text("SETUP_Status"), QStringLiteral("Done."));
     EXPECT_EQ(dialog->findChild<QComboBox*>("FallOff")->currentText(), QStringLiteral("80%"));
-    EXPECT_EQ(dialog->findChild<QLineEdit*>("Save_Dir")->text(), session->outputFolder());
+    EXPECT_EQ(dialog->findChild<QLineEdit*>("Save_Dir")->text(),
+              QDir::toNativeSeparators(session->outputFolder()));
     dialog->close();
     window->deliverFrame();
     EXPECT_FALSE(dialog->isVisible());

@@ -1,9 +1,10 @@
 # Fails when the built DLL exports anything but its five functions and the class KestraMfr, or needs any other file than
 # Qt, the C runtime and Windows itself: the compiler's own run-time libraries are to be in it.
+cmake_minimum_required(VERSION 3.25)
 execute_process(COMMAND ${OBJDUMP} -p ${LIBRARY} OUTPUT_VARIABLE headers COMMAND_ERROR_IS_FATAL ANY)
 
 # A line of the table of names: a number in brackets and the name.
-string(REGEX MATCHALL "\n\t\\[ *[0-9]+\\] [A-Za-z0-9_]+" exports "${headers}")
+string(REGEX MATCHALL "\n\t\\[ *[0-9]+\\] [^+\n][^\n]*" exports "${headers}")
 list(TRANSFORM exports REPLACE ".*\\] " "")
 list(SORT exports)
 set(expected CloseDialog ImageData OpenQtDialog RegisterChanged RgbImageData)

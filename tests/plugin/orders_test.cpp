@@ -126,7 +126,7 @@ int numberOfOrders(size_t events, size_t longest) {
 
 #ifdef Q_OS_WIN
 
-constexpr size_t kUsualLongest = 1;
+constexpr size_t kUsualLongest = 2;
 constexpr char kOneOrder[] = "--one-order";
 
 // The numbers of events, and of an end.

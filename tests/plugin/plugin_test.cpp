@@ -13,6 +13,9 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
 
 namespace {
 
@@ -125,6 +128,9 @@ TEST_F(Plugin, FramesReachThePageThroughBothEntriesAlsoAfterCloseDialog) {
 TEST_F(Plugin, AloneInItsFolderItTellsOnceThatEachLibraryIsMissing) {
     QString const alone = m_folder.filePath(QFileInfo(QStringLiteral(PLUGIN_FILE)).fileName());
     ASSERT_TRUE(QFile::copy(QStringLiteral(PLUGIN_FILE), alone));
+#ifdef Q_OS_WIN
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32); // not the program's own, where both libraries lie
+#endif
     plugin.load(alone);
     static int warnings;
     warnings = 0;
@@ -137,6 +143,9 @@ TEST_F(Plugin, AloneInItsFolderItTellsOnceThatEachLibraryIsMissing) {
     for (int i = 0; i < 2; ++i)
         QMetaObject::invokeMethod(dialog->findChild<QDialog*>(), "OnBnClickedCalibrate");
     qInstallMessageHandler(nullptr);
+#ifdef Q_OS_WIN
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_DEFAULT_DIRS); // PATH is left out from now on
+#endif
     EXPECT_EQ(warnings, 2);
     EXPECT_EQ(text("Calibrate_Status").substr(0, 25), "Error. Are the External s");
     EXPECT_TRUE(plugin.library.unload());

@@ -66,9 +66,7 @@ TEST(Layout, ForeignDataIsNotReadBeyondTheFirstDifference) {
 }
 
 TEST(Layout, IsFoundBesideTheLibraryByKindAndVariant) {
-    // The test program lies beside the library.
-    QDir const folder(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath() +
-                      QLatin1String("/layouts"));
+    QDir const folder(QFileInfo(QStringLiteral(SOLVER_FILE)).path() + QLatin1String("/layouts"));
     ASSERT_TRUE(folder.mkpath(QStringLiteral(".")));
     QFile file(folder.filePath(QStringLiteral("50123-7.layout")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
