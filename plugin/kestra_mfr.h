@@ -10,7 +10,7 @@ class QWidget;
 class Wizard;
 
 #ifdef Q_OS_WIN
-#define KESTRA_EXPORT __declspec(dllexport)
+#define KESTRA_EXPORT __declspec(dllexport) // also for whoever links to it: nothing of the class is inline
 #else
 #define KESTRA_EXPORT __attribute__((visibility("default")))
 #endif

@@ -95,7 +95,8 @@ struct CameraDescription {
 };
 
 /// The camera behind the simulated library `veyra2`: one sensor on one headboard, told by a profile. It is
-/// driven by its registers alone; what can be set here is only what stands outside of it.
+/// driven by its registers alone; what can be set here is only what stands outside of it. Containers cross
+/// the library's border, so whoever uses it is built with the same compiler and run-time library.
 class SIMULATED_CAMERA_API SimulatedCamera {
 public:
     /// Opens a camera by a profile's name or file; null with a message for the user in `error` otherwise.

@@ -9,6 +9,9 @@
 #include <QFile>
 #include <exception>
 #include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
 
 #ifdef _MSC_VER
 // Declared without an export, no definition may have one there; the linker exports all.

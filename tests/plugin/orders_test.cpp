@@ -14,6 +14,9 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <iterator>
+#include <string>
+#include <utility>
 #include <vector>
 
 #ifdef Q_OS_WIN
