@@ -1,11 +1,5 @@
 # Sourced: where the libraries for Windows lie, outside of the repository. Other options for Qt, another folder.
 windows_cache="${XDG_CACHE_HOME:-$HOME/.cache}/kestra-windows"
-case "$windows_cache" in
-    *[[:space:]]* | [!/]*)
-        echo "Qt cannot be built in a folder with blanks or without a root: $windows_cache (see XDG_CACHE_HOME)" >&2
-        exit 2
-        ;;
-esac
 KESTRA_WINDOWS_PREFIX="$windows_cache/qt-$(cksum <cmake/windows/qt-options | cut -d' ' -f1)"
 export KESTRA_WINDOWS_PREFIX
 
