@@ -60,8 +60,10 @@ void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Hos
         add("_RG_GAIN", red);
         add("_BG_GAIN", blue);
     }
+    // The older one bears the name as stored, which may be shorter than the one asked for.
+    std::string const stored(record.name());
     // Appended even if the older one could not be deleted, and neither is asked for its result, deliberately:
     // the save's result is that of the shading registers.
-    (void)EepromDeleteNth(eeprom, kRecordCcm, name, 0);
+    (void)EepromDeleteNth(eeprom, kRecordCcm, stored.c_str(), 0);
     (void)EepromAppendRecord(eeprom, record);
 }

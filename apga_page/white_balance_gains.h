@@ -20,9 +20,9 @@ using IlluminantKelvins = std::array<double, kIlluminants>;
                                       std::array<double, kIlluminants> const& ys, double x);
 
 /// Puts the gains of the three colour-correction sets as the record "CCM" of a name into the EEPROM's image,
-/// in place of an older one. Each is interpolated from the gains at capture, over the illuminants'
-/// temperatures, at the temperature that the sensor has for the set. The illuminants' are read after the
-/// sensor's.
+/// in place of an older one of that name as stored. Each is interpolated from the gains at capture, over the
+/// illuminants' temperatures, at the temperature that the sensor has for the set. The illuminants' are read
+/// after the sensor's.
 void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Host const& host,
                             CapturedFrames const& captured,
                             std::function<IlluminantKelvins()> const& readTemperatures);

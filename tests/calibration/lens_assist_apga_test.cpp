@@ -376,6 +376,15 @@ protected:
         host.registers = {
             {"CAM_AWB_CCM_L_CTEMP.", 2800}, {"CAM_AWB_CCM_M_CTEMP.", 4000}, {"CAM_AWB_CCM_R_CTEMP.", 6500}};
     }
+    // What a fresh reader of the device finds; every type is counted under its number.
+    [[nodiscard]] std::map<uint8_t, int> recordsOnDevice() const {
+        HeadboardEeprom const eeprom = HeadboardEepromCreate(sensor.camera);
+        std::map<uint8_t, int> found;
+        std::vector<uint8_t> record(8192);
+        for (int n = 0; EepromReadNth(eeprom, kAnyRecordType, nullptr, n, record) > 0; ++n)
+            ++found[record[0]];
+        return found;
+    }
     // In the image that the page works on; what the device holds is another matter.
     [[nodiscard]] bool has(uint8_t type) const {
         return EepromFindRecord(eepromSlot ? *eepromSlot : HeadboardEeprom(), type, nullptr, 0) >= 0;
@@ -415,6 +424,22 @@ TEST_F(WhiteBalanceRecord, IsMadeAlsoWhereTheRegistersFindNoRoomButThenNothingIs
     EXPECT_TRUE(has(kRecordCcm));
     EXPECT_FALSE(has(kRecordTimeStamp));
     EXPECT_EQ(libraries.headboard.device, before);
+}
+
+// A record bears at most 8 characters of its label.
+TEST_F(WhiteBalanceRecord, EverySaveUnderALongLabelReplacesTheOneBefore) {
+    open();
+    runAll({500, 750, 1500});
+    widget<QComboBox>("Prom_Label")->addItem("KestraTune");
+    widget<QComboBox>("Prom_Label")->setCurrentText("KestraTune");
+    discardEeprom(eepromSlot);
+    libraries.headboard.device.assign(8192, 0xFF);
+    std::copy_n("VYEE\1", 5, libraries.headboard.device.begin());
+    for (int saves = 1; saves <= 3; ++saves) {
+        click("Prom_Save");
+        ASSERT_EQ(text("Prom_Save_Status"), "Done.");
+        EXPECT_EQ(recordsOnDevice(), (std::map<uint8_t, int>{{kRecordPga, 1}, {kRecordCcm, 1}})) << saves;
+    }
 }
 
 TEST_F(WhiteBalanceRecord, TheSaveIsReadBack) {
