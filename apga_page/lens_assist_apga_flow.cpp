@@ -216,7 +216,7 @@ int32_t LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteAr
     SensorModel const model = {core.sensor.sensorKind, core.sensor.variant};
     int32_t const stored = saveShadingRegisters(eeprom, label.constData(), model);
     if (stored == kEepromOk)
-        (void)addFactoryTime(eeprom, label); // the result is that of the registers
+        (void)addFactoryTime(eeprom, label, OlderTime::MayStay); // the result is that of the registers
     if (core.alive && hasWhiteBalanceGains(m_captured, model.sensorKind, model.variant)) {
         CapturedFrames const captured = m_captured;
         storeWhiteBalanceGains(eeprom, label.constData(), core.host, captured, [this] {

@@ -2,6 +2,7 @@
 
 #include "calibration/display.h"
 #include "headboard/eeprom_chain.h"
+#include "headboard/record_types.h"
 #include "headboard/time_stamp.h"
 
 #include <optional>
@@ -66,6 +67,14 @@ void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
     refreshBoth(core);
 }
 
-int32_t addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label) {
-    return label == kFactoryLabel ? EepromReplaceRecord(eeprom, makeTimeStamp()) : int32_t(kEepromOk);
+int32_t addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label, OlderTime older) {
+    if (label != kFactoryLabel)
+        return kEepromOk;
+    // A record behind an older one is never found, so what must be found ends its save there: the shading
+    // records and the serial number always, a time where the save answers for it. The other page's save does
+    // not, and keeps the new time beside the older one.
+    if (older == OlderTime::MustGo)
+        return EepromReplaceRecord(eeprom, makeTimeStamp());
+    (void)EepromDeleteNth(eeprom, kRecordTimeStamp, nullptr, 0);
+    return EepromAppendRecord(eeprom, makeTimeStamp());
 }

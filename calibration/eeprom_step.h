@@ -17,5 +17,8 @@ void detectEeprom(PageCore& core);
 /// says so and nobody has reset it, or discarded the EEPROM, meanwhile.
 void saveToEepromStep(PageCore& core, StoreInEeprom const& store);
 
+/// What becomes of a new time when the older one cannot be deleted.
+enum class OlderTime { MustGo, MayStay };
+
 /// Adds the current time to a label that stands for the factory's calibration, in place of an older time.
-[[nodiscard]] int32_t addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label);
+[[nodiscard]] int32_t addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label, OlderTime older);

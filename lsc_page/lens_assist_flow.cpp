@@ -63,7 +63,7 @@ int32_t LensAssistFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray 
     int32_t status =
         saveShadingRegisters(eeprom, label.constData(), {core.sensor.sensorKind, core.sensor.variant});
     if (status == kEepromOk)
-        status = addFactoryTime(eeprom, label);
+        status = addFactoryTime(eeprom, label, OlderTime::MustGo);
     return status >= kEepromOk ? HeadboardEepromFlush(eeprom) : status;
 }
 

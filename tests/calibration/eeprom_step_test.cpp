@@ -136,6 +136,36 @@ TEST_P(EepromStep, OnlyTheFactorysLabelAddsOneTime) {
     EXPECT_EQ(recordText(kRecordTimeStamp), "2024/05/31 23:59:07");
 }
 
+// An older time stands before a serial number, whose bytes the deletion of that time is the first to read.
+TEST_P(EepromStep, AnOlderTimeThatCannotBeDeletedEndsTheSaveOrStaysBesideTheNewOne) {
+    bool const newOneIsKept = GetParam().captureRows.size() > 0;
+    constexpr char kOlder[] = "\x10\0\x14"
+                              "2001/01/01 01:01:01"; // with its NUL
+    int left = 0;
+    for (int64_t n = 0;; ++n) {
+        FakeHeadboard& board = libraries.headboard;
+        board.device.assign(8192, 0xFF);
+        auto at = std::copy_n("VYEE\1", 5, board.device.begin());
+        at = std::copy_n(kOlder, sizeof kOlder, at);
+        std::copy_n("\x0B\0\xB4", 3, at);
+        open();
+        chooseLabel("FACTORY");
+        board.fault = DeviceFault::Failure;
+        board.faultAt = board.operations + n;
+        click("Prom_Save");
+        bool const wasHit = board.operations > board.faultAt;
+        board.faultAt = -1;
+        if (!wasHit)
+            break;
+        if (text("Prom_Save_Status") != "Done.")
+            continue;
+        std::string const device(board.device.begin(), board.device.end());
+        EXPECT_NE(device.find("2024/05/31 23:59:07"), std::string::npos) << n;
+        left += records(kRecordTimeStamp) - 1;
+    }
+    EXPECT_EQ(left > 0, newOneIsKept);
+}
+
 TEST_P(EepromStep, ALaterChangeMakesTheSaveDueAgain) {
     open();
     for (bool const byLabel : {true, false}) {
