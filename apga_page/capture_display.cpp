@@ -1,5 +1,7 @@
 #include "apga_page/capture_display.h"
 
+#include "common/numbers.h"
+
 #include <QCoreApplication>
 
 namespace {
@@ -62,14 +64,14 @@ void CaptureDisplay::blink(size_t illuminant, Wizard const* wizard) {
     showBullet(m_rows[illuminant], m_blinks & 1 ? Bullet::Blue : Bullet::Gray, wizard);
 }
 
-QString CaptureDisplay::temperatureText(size_t illuminant) const {
+double CaptureDisplay::temperature(size_t illuminant) const {
     QLineEdit const* const edit = m_rows[illuminant].temperature;
-    return edit ? edit->text() : QString();
+    return edit ? leadingDecimal(edit->text().toLocal8Bit()) : 0;
 }
 
-void CaptureDisplay::showTemperature(size_t illuminant, QString const& text) {
+void CaptureDisplay::showTemperature(size_t illuminant, int32_t kelvin) {
     if (m_rows[illuminant].temperature)
-        m_rows[illuminant].temperature->setText(text);
+        m_rows[illuminant].temperature->setText(QString::number(kelvin));
 }
 
 void CaptureDisplay::showBullet(Row& row, Bullet bullet, Wizard const* wizard) {

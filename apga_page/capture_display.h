@@ -29,8 +29,9 @@ public:
     /// Shows the other one of a waiting row's two bullets.
     void blink(size_t illuminant, Wizard const* wizard);
 
-    [[nodiscard]] QString temperatureText(size_t illuminant) const;
-    void showTemperature(size_t illuminant, QString const& text);
+    /// The colour temperature that a row's text begins with, kelvin, with its fraction; 0 without a number.
+    [[nodiscard]] double temperature(size_t illuminant) const;
+    void showTemperature(size_t illuminant, int32_t kelvin);
 
 private:
     struct Row {

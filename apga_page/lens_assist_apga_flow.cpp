@@ -60,14 +60,14 @@ void LensAssistApgaFlow::loadOwnSettings() {
         QByteArray const key = sensorSettingKey(kTemperatures[i].key, core.sensor.name);
         int32_t const kelvin = host.readIntSetting(key, kTemperatures[i].fallback);
         UpdateGuard const guard(core.state.updateDepth);
-        m_display.showTemperature(i, QString::number(kelvin));
+        m_display.showTemperature(i, kelvin);
     }
 }
 
 void LensAssistApgaFlow::storeOwnSettings() {
     Host const host = core.host;
     for (size_t i = 0; i < kIlluminants && core.alive; ++i) {
-        int32_t const kelvin = m_display.temperatureText(i).toInt();
+        int32_t const kelvin = toInt32(m_display.temperature(i));
         host.writeIntSetting(sensorSettingKey(kTemperatures[i].key, core.sensor.name), kelvin);
     }
 }
@@ -178,7 +178,7 @@ void LensAssistApgaFlow::solve() {
     ShadingHandle const handle = core.state.shadingHandle;
     IlluminantTemperatures temperatures{};
     for (size_t i = 0; i < kIlluminants; ++i)
-        temperatures[i] = m_display.temperatureText(i).toInt();
+        temperatures[i] = toInt32(m_display.temperature(i));
     findIlluminantSolution(core, m_captured, m_mode, temperatures);
     PageState& state = core.state;
     bool const isOurs = core.alive && state.shadingHandle == handle && state.lscStepProgress == 0 &&
@@ -222,7 +222,7 @@ int32_t LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteAr
         storeWhiteBalanceGains(eeprom, label.constData(), core.host, captured, [this] {
             IlluminantKelvins temperatures{};
             for (size_t i = 0; i < kIlluminants; ++i)
-                temperatures[i] = leadingDecimal(m_display.temperatureText(i).toLocal8Bit());
+                temperatures[i] = m_display.temperature(i);
             return temperatures;
         });
     }

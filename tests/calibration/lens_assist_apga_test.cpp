@@ -215,6 +215,28 @@ TEST_F(LensAssistApgaPage, AdaptiveCalculationAsksInItsOrder) {
         EXPECT_EQ(host.calls(std::string("readState ") + state).size(), 1U) << "the host is asked once";
 }
 
+TEST_F(LensAssistApgaPage, ATemperatureIsTheNumberInFrontOfItsTextWithoutItsFraction) {
+    struct Row {
+        char const* text;
+        char const* kelvin;
+    };
+    for (Row const& row : {Row{"2856.5", "2856"}, Row{"2856K", "2856"}, Row{" +2856.9 K", "2856"},
+                           Row{"abc", "0"}, Row{"", "0"}, Row{"1e99", "2147483647"}}) {
+        SCOPED_TRACE(row.text);
+        open();
+        widget<QLineEdit>("Incandescent_Temp")->setText(row.text);
+        captureAll();
+        host.log.clear();
+        click("Calibrate");
+        EXPECT_EQ(host.calls("writeInt LensAssist Left").back(),
+                  std::string("writeInt LensAssist Left Temp for S1 ") + row.kelvin);
+        tick();
+        EXPECT_EQ(host.calls("findApga 2").back(), std::string("findApga 2 ") + row.kelvin + " 95 0");
+        page->setVisible(true);
+        EXPECT_EQ(widget<QLineEdit>("Incandescent_Temp")->text(), row.kelvin) << "as it is stored";
+    }
+}
+
 TEST_F(AutomaticPgaPage, AsksForNoBaseAndTakesSamplesAsEightBits) {
     libraries.hasDescription = false;
     open();
@@ -468,6 +490,19 @@ TEST_F(WhiteBalanceRecord, HoldsTheGainsOfTheThreeLightsAtTheSetsTemperatures) {
         gains.push_back(entry.value);
     EXPECT_EQ(gains, (std::vector<uint32_t>{72, 144, 96, 192, 192, 384}));
     EXPECT_GE(EepromFindRecord(eeprom, kRecordTimeStamp, nullptr, 0), 0);
+
+    // Temperatures that their fractions alone tell apart, on a line that reaches its third point.
+    for (auto const& [field, kelvin] :
+         {std::pair{"Incandescent_Temp", "2800.25 K"}, std::pair{"Fluorescent_Temp", "2800.5"},
+          std::pair{"Daylight_Temp", "2800.75"}})
+        widget<QLineEdit>(field)->setText(kelvin);
+    host.registers["CAM_AWB_CCM_L_CTEMP."] = 2801;
+    click("Prom_Save");
+    HeadboardEeprom const again = HeadboardEepromCreate(sensor.camera);
+    ASSERT_GT(EepromReadNth(again, kRecordCcm, "FACTORY", 0, record), 0);
+    ASSERT_EQ(EepromGetEntry(again, record, 0, entry), kEepromOk);
+    EXPECT_EQ(entry.value,
+              uint32_t(quadraticThrough({2800.25, 2800.5, 2800.75}, {0.503, 0.753, 1.503}, 2801) * 128));
 }
 
 } // namespace
