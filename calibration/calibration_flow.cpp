@@ -11,6 +11,7 @@
 #include "hoststate/pipeline.h"
 #include "hoststate/presets.h"
 
+#include <QScopeGuard>
 #include <QScopedValueRollback>
 #include <utility>
 
@@ -205,6 +206,18 @@ void CalibrationFlow::startCalibration() {
 
 void CalibrationFlow::loadSolution(std::vector<sf_RegEntry> const& entries) {
     ShadingHandle const handle = core.state.shadingHandle;
+    // An exception would leave the step in a phase that no frame and no tick ends.
+    auto endFailed = qScopeGuard([&] {
+        if (!isCalibrating(handle, phase::kSolved) && !isCalibrating(handle, phase::kRegistersWritten))
+            return;
+        core.state.lscStepState = kFailedOtherwise;
+        core.state.lscStepProgress = 0;
+    });
+    loadAndVerify(handle, entries);
+    endFailed.dismiss();
+}
+
+void CalibrationFlow::loadAndVerify(ShadingHandle const& handle, std::vector<sf_RegEntry> const& entries) {
     ChangeGroup const group(core.host);
     if (!isCalibrating(handle, phase::kSolved) ||
         !writeRegisterList(core.host, entries, [&] { return isCalibrating(handle, phase::kSolved); }))
@@ -365,6 +378,7 @@ void CalibrationFlow::stepCutShort() {
         core.state.presetState = kReady;
     if (core.state.promState == kInProgress)
         core.state.promState = kFailedOtherwise;
+    refresh();
 }
 
 void CalibrationFlow::refresh() {

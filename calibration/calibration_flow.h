@@ -60,7 +60,7 @@ public:
     void saveDirChanged();
     void enableLensCorrectionClicked();
     void updateDisplay();
-    /// A step was cut short by an error: none that only its own routine ends is left in progress.
+    /// A step was cut short by an error: none that only its own routine ends is left, or shown, in progress.
     void stepCutShort();
 
 protected:
@@ -98,7 +98,8 @@ protected:
     /// Ends Run All, when it runs, and every step that is in progress.
     void setRunAll(bool on);
     /// Loads a solution's registers into the sensor and sets the host up for verification; the phase becomes
-    /// `phase::kLoaded`. Does no more when the page is reset or deleted meanwhile.
+    /// `phase::kLoaded`. Does no more when the page is reset or deleted meanwhile; an exception fails the
+    /// step.
     void loadSolution(std::vector<sf_RegEntry> const& entries);
     /// Finishes the step once the uniformity was measured.
     void finishWhenMeasured();
@@ -120,6 +121,7 @@ private:
     void colourBalanceTick();
     void startStep(uint32_t& stepState, int32_t& stepProgress, bool autoExposure, bool resetGains);
     void startCalibration();
+    void loadAndVerify(ShadingHandle const& handle, std::vector<sf_RegEntry> const& entries);
     void evaluateSetupPreset();
     void loadAllSettings();
     void storeAllSettings();

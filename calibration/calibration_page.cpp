@@ -62,7 +62,7 @@ template <typename Step, typename... Arguments>
 void CalibrationPage::run(Step step, Arguments const&... arguments) {
     std::shared_ptr const flow = m_flow;
     if (!runStep(flow, step, arguments...))
-        flow->stepCutShort();
+        runStep(flow, &CalibrationFlow::stepCutShort);
 }
 
 void CalibrationPage::setVisible(bool visible) {

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMetaMethod>
+#include <stdexcept>
 
 namespace {
 
@@ -353,6 +354,49 @@ TEST_P(PageContract, FramesInsideTheListDoNotShortenTheSettling) {
     click("AWB");
     host.onCall = nullptr;
     EXPECT_EQ(state().settleFrames, 5);
+}
+
+// A service of the host's may throw; no step may then be left, or shown, in progress.
+TEST_P(PageContract, AnExceptionInsideAStepEndsItAndIsShown) {
+    struct Row {
+        char const* call;
+        char const* text;
+    };
+    for (Row const& row :
+         {Row{"writeListEntry 13824", "Error. Are the External sensor data files installed?"},
+          Row{"setState Color Correction 1", "Error. Are the External sensor data files installed?"}}) {
+        SCOPED_TRACE(row.call);
+        open();
+        capture(true);
+        frames(3, 13);
+        click("Calibrate");
+        auto const throwing = [&](std::string const& call) {
+            if (call.starts_with(row.call))
+                throw std::runtime_error("the host's");
+        };
+        for (bool const throws : {true, false}) {
+            for (int i = 0; i < 10 && state().lscStepProgress != phase::kSolved; ++i) {
+                frames(1);
+                frames(1, 13);
+                if (state().lscStepProgress != phase::kSolved)
+                    tick();
+            }
+            ASSERT_EQ(state().lscStepProgress, phase::kSolved);
+            if (throws)
+                host.onCall = throwing;
+            tick();
+            host.onCall = nullptr;
+            EXPECT_TRUE(host.isBalanced());
+            if (!throws)
+                break;
+            EXPECT_EQ(state().lscStepState, kFailedOtherwise);
+            EXPECT_EQ(state().lscStepProgress, 0);
+            EXPECT_EQ(text("Calibrate_Status"), row.text);
+            EXPECT_FALSE(widget<QLabel>("Calibrate_Status")->isHidden());
+            click("Calibrate");
+        }
+        EXPECT_EQ(state().lscStepProgress, phase::kLoaded);
+    }
 }
 
 TEST_P(PageContract, UniformityTestRunsWithoutACalibration) {
