@@ -26,11 +26,13 @@ struct ConfigCore {
     bool working = false; ///< a button's routine works on the EEPROM
     bool storing = false; ///< a serial number is being stored, for a button or for a calibration page
 
-    /// Buttons that work on the EEPROM do nothing meanwhile: what they would drop is half written.
+    /// Buttons that work on the EEPROM do nothing meanwhile: what a check would drop is half written.
     [[nodiscard]] bool isBusy() const { return working || storing; }
 };
 
-/// Writes what an operation with this status has changed in an EEPROM to the device. After a failure, also of
-/// the operation, the image of the process-wide EEPROM is dropped: what is shown next is what the device
-/// holds. Whoever discards the EEPROM meanwhile makes the writing fail.
-void flushOrDrop(ConfigCore& core, HeadboardEeprom const& eeprom, int32_t status);
+/// Writes what was changed in an EEPROM to the device. What could not be written stays changed in the image,
+/// and the next flush completes it: the device may hold a torn chain until then.
+void flushChanges(ConfigCore& core, HeadboardEeprom const& eeprom);
+
+/// Whether a change of the image still waits to be written.
+[[nodiscard]] bool hasUnwritten(HeadboardEeprom const& eeprom);

@@ -26,7 +26,10 @@ constexpr SerialRow kSerialRows[] = {
 } // namespace
 
 ConfigStatus eepromStatus(uint32_t eepromState, RecordSpace const& space, uint32_t busAddress) {
-    switch (eepromState) {
+    // A board whose chain is half written or broken does not work normally.
+    bool const isTorn = space.unwritten || space.available < 0;
+    switch (eepromState == ConfigState::EepromPresent && isTorn ? uint32_t{ConfigState::EepromError}
+                                                                : eepromState) {
     case ConfigState::EepromPresent:
         return {translated(QT_TRANSLATE_NOOP(
                                "Config", "EEPROM is present and working normally.\n%1 bytes used.  %2 bytes "
@@ -60,5 +63,6 @@ ConfigEnabling configEnabling(ConfigState const& state, RecordSpace const& space
     return {.combos = true,
             .apply = state.combosDirty || state.serialState == ConfigState::SerialEdited,
             .touchesErase = true,
-            .erase = space.used > 0};
+            // A broken chain has no end to be found and shows nothing used; it needs the erasing most.
+            .erase = space.used > 0 || space.available < 0 || space.unwritten};
 }

@@ -16,6 +16,7 @@ struct ConfigStatus {
 struct RecordSpace {
     int32_t used = 0;
     int32_t available = 0;
+    bool unwritten = false; ///< the figures are those of changes that the device has not taken yet
 };
 
 [[nodiscard]] ConfigStatus eepromStatus(uint32_t eepromState, RecordSpace const& space, uint32_t busAddress);

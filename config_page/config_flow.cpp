@@ -219,8 +219,8 @@ bool ConfigFlow::isEraseConfirmed() {
 void ConfigFlow::formatEeprom() {
     WaitCursor const cursor(m_core.widgets.page);
     HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    if (m_core.alive)
-        flushOrDrop(m_core, eeprom, EepromFormat(eeprom, kFormatVersion));
+    if (m_core.alive && EepromFormat(eeprom, kFormatVersion) == kEepromOk)
+        flushChanges(m_core, eeprom);
 }
 
 void ConfigFlow::setGrabFileName() {
@@ -283,8 +283,10 @@ void ConfigFlow::refreshDisplays() {
         return;
     HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
     RecordSpace space;
-    if (m_core.alive && m_core.state.eepromState == ConfigState::EepromPresent)
+    if (m_core.alive && m_core.state.eepromState == ConfigState::EepromPresent) {
         space.available = EepromFreeSpace(eeprom, &space.used);
+        space.unwritten = hasUnwritten(eeprom);
+    }
     if (!m_core.alive)
         return;
     m_core.widgets.show(eepromStatus(m_core.state.eepromState, space, eeprom->deviceAddress),

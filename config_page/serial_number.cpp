@@ -23,11 +23,26 @@ int countOf(QString const& text) {
     return std::all_of(text.begin(), text.end(), isDigit) ? text.toInt() : 0;
 }
 
+QByteArray numberInImage(HeadboardEeprom const& eeprom) {
+    std::array<uint8_t, kRecordBuffer> record{};
+    int32_t const size = EepromReadNth(eeprom, kRecordHeadboardId, nullptr, 0, record);
+    if (size < int32_t(kRecordHead))
+        return {};
+    auto const* const text = reinterpret_cast<char const*>(record.data()) + kRecordHead;
+    return {text, int(qstrnlen(text, uint(size) - kRecordHead))};
+}
+
 int32_t replaceInImage(HeadboardEeprom const& eeprom, QByteArray const& number) {
     auto const length = int32_t(number.size() + 1); // the closing zero belongs to it
     EepromRecord record = EepromNewRecord(kRecordHeadboardId, length, 0);
     auto const* const bytes = reinterpret_cast<uint8_t const*>(number.constData());
-    bool const fits = record.append({bytes, size_t(length)});
+    // Room is made sure of first: without it the replacing would only take the older number away.
+    int32_t const available = EepromFreeSpace(eeprom);
+    int32_t const older = EepromReadNth(eeprom, kRecordHeadboardId, nullptr, 0, {});
+    if (available < 0)
+        return available;
+    bool const fits = record.append({bytes, size_t(length)}) &&
+                      int64_t(record.bytes().size()) < int64_t{available} + std::max(older, 0);
     return fits ? EepromReplaceRecord(eeprom, record) : int32_t(kEepromNoRoom);
 }
 
@@ -52,17 +67,15 @@ QByteArray storedSerialNumber(ConfigCore& core) {
     if (!core.alive)
         return {};
     HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
-    std::array<uint8_t, kRecordBuffer> record{};
-    int32_t const size = EepromReadNth(eeprom, kRecordHeadboardId, nullptr, 0, record);
-    if (size < int32_t(kRecordHead))
-        return {};
-    auto const* const text = reinterpret_cast<char const*>(record.data()) + kRecordHead;
-    return {text, int(qstrnlen(text, uint(size) - kRecordHead))};
+    QByteArray const number = numberInImage(eeprom);
+    return hasUnwritten(eeprom) ? QByteArray() : number;
 }
 
 void storeSerialNumber(ConfigCore& core, QByteArray const& number) {
     WaitCursor const cursor(core.widgets.page);
     HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
-    if (core.alive)
-        flushOrDrop(core, eeprom, replaceInImage(eeprom, number));
+    // What an earlier attempt could not write is in the image already and only waits for the flush.
+    bool const isInImage = numberInImage(eeprom) == number;
+    if (core.alive && (isInImage || replaceInImage(eeprom, number) == kEepromOk))
+        flushChanges(core, eeprom);
 }

@@ -16,7 +16,8 @@
 /// for a text that is no serial number.
 [[nodiscard]] std::optional<QString> nextSerialNumber(QString const& last);
 
-/// The number in the EEPROM; empty when there is none, or none that can be read.
+/// The number in the EEPROM; empty when there is none, none that can be read, or while the chain that holds
+/// it is not wholly written.
 [[nodiscard]] QByteArray storedSerialNumber(ConfigCore& core);
 
 /// Puts a number in the place of the stored one, in the device too; whether that succeeded is seen by reading

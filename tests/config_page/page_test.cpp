@@ -199,31 +199,120 @@ TEST_F(ConfigPage, ApplyReplacesTheRecordAndRemembersTheNumber) {
     EXPECT_TRUE(host.calls("writeText").empty());
 }
 
-TEST_F(ConfigPage, AWriteThatFailedIsNotToldAsDone) {
-    // Whichever operation of the save fails, once or for ever, the page tells what the device holds.
-    int failures = 0;
-    for (bool const lasts : {false, true}) {
-        for (int64_t n = 0;; ++n) {
-            store({{kHeadboardId, std::string("ABC1234001\0", 11)}});
-            headboard.faultAt = -1;
-            open();
-            headboard.fault = DeviceFault::NoAnswer;
-            headboard.faultLasts = lasts;
-            headboard.operations = 0;
-            headboard.faultAt = n;
-            enter("ABC1234002");
-            page->applySerialNumber();
-            if (headboard.operations <= n)
-                break;
-            ++failures;
-            // The last operation of all stores the end marker only.
-            bool const isStored = !lasts && deviceNumber() == "ABC1234002";
-            EXPECT_EQ(text("SN_Status"), isStored ? "Done. Serial number is saved." : "Click Apply to save.")
-                << "operation " << n;
-            EXPECT_EQ(isEnabled("Apply"), !isStored);
-        }
+// The faults that the library tells of; a silent one shows only when the board is checked again.
+class ConfigFaults : public ConfigFixture {
+protected:
+    static std::string record(char type, std::string const& payload) {
+        return std::string{type, '\0', char(payload.size())} + payload;
     }
-    EXPECT_GE(failures, 8);
+    static std::string numberRecord(char const* number) {
+        return record(kHeadboardId, number + std::string(1, '\0'));
+    }
+
+    // Runs a deed on a board with a calibration behind its number, of which nothing is read yet, while its
+    // first operation on the device fails, its second, and so on.
+    template <typename Deed, typename Retry>
+    int failEveryOperation(Deed deed, Retry retry) {
+        int failures = 0;
+        for (DeviceFault const fault :
+             {DeviceFault::NoAnswer, DeviceFault::Failure, DeviceFault::BusyForEver}) {
+            for (int64_t n = 0;; ++n) {
+                bool wasReached = false;
+                for (bool const lasts : {false, true}) {
+                    std::string const chain =
+                        "VYEE\x01" + numberRecord("ABC1234001") + m_calibration + "\xFF";
+                    std::copy(chain.begin(), chain.end(), headboard.device.begin());
+                    open();
+                    HeadboardEepromRelease(*slot);
+                    enter("ABC1234002");
+                    HeadboardEepromRelease(*slot);
+                    headboard.fault = fault;
+                    headboard.faultLasts = lasts;
+                    headboard.operations = 0;
+                    headboard.faultAt = n;
+                    deed();
+                    wasReached = headboard.operations > n;
+                    headboard.faultAt = -1;
+                    SCOPED_TRACE("operation " + std::to_string(n));
+                    retry();
+                    EXPECT_TRUE(host.isBalanced());
+                    failures += wasReached;
+                }
+                if (!wasReached)
+                    break;
+            }
+        }
+        return failures;
+    }
+
+    // What the page tells is what the device holds from its beginning on.
+    void expectOnDevice(std::string const& records) {
+        EXPECT_EQ(deviceText(6 + records.size()), "VYEE\x01" + records + "\xFF");
+        EXPECT_TRUE(text("EEPROM_Status").starts_with("EEPROM is present")) << text("EEPROM_Status");
+    }
+
+    std::string const m_calibration = record(8, std::string("FACTORY\0\0\x03\0\x04\x36\x00\x12\x34", 16));
+};
+
+TEST_F(ConfigFaults, ANumberThatCouldNotBeWrittenIsWrittenWholeByTheNextApply) {
+    std::string const whole = m_calibration + numberRecord("ABC1234002");
+    auto const apply = [this] { page->OnBnClickedApply(); };
+    int const failures = failEveryOperation(apply, [&] {
+        bool const isSaved = text("SN_Status") == "Done. Serial number is saved.";
+        EXPECT_EQ(isEnabled("Apply"), !isSaved);
+        if (!isSaved) {
+            EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
+            click("Apply");
+        }
+        expectOnDevice(whole);
+        EXPECT_EQ(text("SN_Status"), "Done. Serial number is saved.");
+        EXPECT_EQ(host.textSettings["KestraMfr SN"], "ABC1234002");
+    });
+    EXPECT_GE(failures, 3 * 2 * 20);
+    // Another number instead of the one that failed.
+    failEveryOperation(apply, [&] {
+        enter("ABC1234003");
+        click("Apply");
+        expectOnDevice(m_calibration + numberRecord("ABC1234003"));
+    });
+}
+
+TEST_F(ConfigFaults, AnEraseThatFailedIsToldAndCompletedByTheNextEraseOrApply) {
+    auto const erase = [this] { page->OnBnClickedEepromErase(); };
+    int const failures = failEveryOperation(erase, [&] {
+        if (text("EEPROM_Status") == "Error accessing the EEPROM.")
+            click("EEPROM_Erase");
+        expectOnDevice({});
+        EXPECT_FALSE(isEnabled("EEPROM_Erase"));
+    });
+    EXPECT_GE(failures, 3 * 2 * 3);
+    failEveryOperation(erase, [&] {
+        click("Apply");
+        expectOnDevice(numberRecord("ABC1234002"));
+    });
+}
+
+TEST_F(ConfigPage, ANumberWithoutRoomTakesTheOlderOneNotAway) {
+    store({{kHeadboardId, std::string("ABC\0", 4)}, {3, std::string(8160, 'x')}});
+    open();
+    std::string const before = deviceText(8192);
+    enter("ABC1234002");
+    click("Apply");
+    EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
+    EXPECT_EQ(HeadboardEepromFlush(*slot), kEepromOk) << "as by the next save of a calibration page";
+    EXPECT_EQ(deviceText(8192), before);
+}
+
+TEST_F(ConfigPage, ABrokenChainCanBeErased) {
+    store({{3, "whole"}});
+    headboard.device[6] = 0x7F; // the record ends behind the device
+    open();
+    EXPECT_EQ(text("EEPROM_Status"), "Error accessing the EEPROM.");
+    click("EEPROM_Erase");
+    EXPECT_EQ(deviceText(6), "VYEE\x01\xFF");
+    EXPECT_EQ(text("EEPROM_Status"),
+              "EEPROM is present and working normally.\n0 bytes used.  8171 bytes available.");
+    EXPECT_FALSE(isEnabled("EEPROM_Erase"));
 }
 
 TEST_F(ConfigPage, EraseAsksAndKeepsTheIdentificationBytes) {
@@ -242,7 +331,8 @@ TEST_F(ConfigPage, EraseAsksAndKeepsTheIdentificationBytes) {
     headboard.fault = DeviceFault::NoAnswer;
     headboard.faultAt = headboard.operations;
     click("EEPROM_Erase");
-    EXPECT_EQ(text("SN_Status"), "Done. Serial number is saved.") << "the erasing failed";
+    EXPECT_EQ(text("EEPROM_Status"), "Error accessing the EEPROM.");
+    EXPECT_EQ(bullet("EEPROM_Bullet"), QColor(Qt::red).rgb());
 
     choose("MI_Combo", 5);
     std::fill(headboard.timesWritten.begin(), headboard.timesWritten.end(), 0);
