@@ -90,8 +90,10 @@ void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wi
     forgetWhenDestroyed(page.data(), member);
     page->adopt(sensor, services); // the constructor has copied both already; harmless and kept
     page->initialise();
-    if (wizard && page)
-        wizard->addPage(page, QString::fromLatin1(label));
+    // The page's parent is the host's widget: without its wizard it would stay, unseen, and get every frame.
+    if (!wizard || !page)
+        return;
+    wizard->addPage(page, QString::fromLatin1(label));
     unfinished.finish();
 }
 

@@ -88,6 +88,30 @@ TEST_P(EntriesReentry, EntriesMayBeCalledInsideAnyCallAndTheNextRunIsWhole) {
     EXPECT_GE(cases, 200);
 }
 
+TEST_P(EntriesReentry, APageGoesWithTheWizardThatIsDeletedWhileItOpens) {
+    for (size_t n = 1;; ++n) {
+        InputReader nothing({});
+        DialogSession session(nothing);
+        session.sensor.sensorKind = GetParam();
+        QWidget parent;
+        size_t calls = 0;
+        bool isInitialised = false;
+        session.host.onCall = [&](std::string const& call) {
+            if (!isInitialised && ++calls == n)
+                delete kestraMfr().g_wizard;
+            isInitialised |= call.starts_with("announceRegister"); // what comes later is the wizard's own
+        };
+        QDialog const* const dialog = session.open(5, &parent);
+        if (calls < n)
+            break;
+        bool const wasBefore = dialog != nullptr; // the call came before the wizard was made
+        EXPECT_EQ(kestraMfr().g_wizard != nullptr, wasBefore) << "call " << n;
+        EXPECT_EQ(DialogSession::page() != nullptr, wasBefore) << "call " << n;
+        EXPECT_EQ(parent.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly).size(), int(wasBefore))
+            << "call " << n;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Kinds, EntriesReentry, ::testing::Values(200, 72));
 
 } // namespace
