@@ -205,13 +205,6 @@ void LensAssistApgaFlow::loadWhenSolved() {
     loadSolution(*entries);
 }
 
-bool LensAssistApgaFlow::maySaveFile() {
-    if (!core.serialNumber.isMissing || !core.serialNumber.isMissing())
-        return true;
-    core.state.fileState = kFailed;
-    return false;
-}
-
 int32_t LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {
     SensorModel const model = {core.sensor.sensorKind, core.sensor.variant};
     int32_t const stored = saveShadingRegisters(eeprom, label.constData(), model);
@@ -234,9 +227,7 @@ int32_t LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteAr
 
 void LensAssistApgaFlow::showStatus() {
     m_display.show(m_captured, core.widgets.wizard);
-    bool const noNumber =
-        core.state.fileState == kFailed && core.serialNumber.isMissing && core.serialNumber.isMissing();
-    if (noNumber && core.widgets.file.status)
+    if (core.state.fileState == kFailed && isNumberMissing(core) && core.widgets.file.status)
         core.widgets.file.status->setText(
             QCoreApplication::translate("LensAssistApga", "Error: No serial number."));
 }

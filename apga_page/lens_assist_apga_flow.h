@@ -25,7 +25,6 @@ protected:
     [[nodiscard]] bool takeInputs() override;
     void loadOwnSettings() override;
     void storeOwnSettings() override;
-    [[nodiscard]] bool maySaveFile() override;
     [[nodiscard]] ShadingHandle createCalibration() override;
     void calibrationTick() override;
     [[nodiscard]] bool passesOverFailure() const override { return true; }

@@ -259,7 +259,9 @@ void CalibrationFlow::saveToFile() {
         return;
     if (core.state.fileState == kNotEvaluated)
         checkSaveDirectory(core);
-    if (core.state.fileState == kReady && maySaveFile())
+    if (core.state.fileState == kReady && isNumberMissing(core))
+        core.state.fileState = kFailed;
+    if (core.state.fileState == kReady)
         saveResultFile(core, resultFile());
     refresh();
 }

@@ -75,8 +75,6 @@ protected:
     /// Settings that only this page has, after those of both.
     virtual void loadOwnSettings() {}
     virtual void storeOwnSettings() {}
-    /// Whether the results file may be saved; otherwise the page has said why not.
-    virtual bool maySaveFile() { return true; }
     /// A new calibration of the library, null when it has no data for the sensor.
     [[nodiscard]] virtual ShadingHandle createCalibration() = 0;
     /// The tick of the calibration step while it runs.

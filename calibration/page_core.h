@@ -17,10 +17,10 @@ struct PageDisplay {
     char pathSeparator = '\\';            ///< the bare name of a results file begins behind the last one
 };
 
-/// What the headboard configuration page tells a calibration page; both are null while there is none.
+/// What a calibration page asks of the headboard configuration page; both may be null.
 struct SerialNumber {
     std::function<void()> store;     ///< stores it in the EEPROM, before a save there
-    std::function<bool()> isMissing; ///< whether its field is empty
+    std::function<bool()> isMissing; ///< whether there is such a page and its field is empty
 };
 
 /// What the routines of a calibration page work on. It is shared by the page and every routine that runs: a
@@ -40,3 +40,8 @@ struct PageCore {
 
     [[nodiscard]] Sensor camera() const { return Sensor(sensor.camera); }
 };
+
+/// Whether the headboard lacks its serial number, without which no results file is saved.
+[[nodiscard]] inline bool isNumberMissing(PageCore const& core) {
+    return core.serialNumber.isMissing && core.serialNumber.isMissing();
+}

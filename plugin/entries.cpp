@@ -6,6 +6,7 @@
 #include "common/ini_section.h"
 #include "hoststate/presets.h"
 #include "lsc_page/lens_assist.h"
+#include "plugin/config_page_link.h"
 #include "wizard/wizard.h"
 
 #include <QApplication>
@@ -89,6 +90,7 @@ void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wi
     kestraMfr().*member = page;
     forgetWhenDestroyed(page.data(), member);
     page->adopt(sensor, services); // the constructor has copied both already; harmless and kept
+    page->setSerialNumber(serialNumberOfConfigPage());
     page->initialise();
     // The page's parent is the host's widget: without its wizard it would stay, unseen, and get every frame.
     if (!wizard || !page)

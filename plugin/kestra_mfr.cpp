@@ -19,12 +19,16 @@ void deleteMember(Object*& member) {
     delete std::exchange(member, nullptr);
 }
 
-// Whoever looks at the members behind the destructor finds null. The compiler would leave out a plain store
+// Whoever looks at the members behind the destructor finds this. The compiler would leave out a plain store
 // to an object that ends.
 template <typename Object>
-void clear(Object*& member) {
+void leave(Object*& member, Object* value) {
     Object* volatile& kept = member;
-    kept = nullptr;
+    kept = value;
+}
+template <typename Object>
+void clear(Object*& member) {
+    leave<Object>(member, nullptr);
 }
 
 // The instance of this library. At process exit Qt's own statics may be gone although an application object
@@ -62,7 +66,9 @@ KestraMfr::~KestraMfr() {
     }
     discardEeprom(g_headboardEeprom);
     if (qtRuns) {
-        delete g_configPage; // the member keeps its old value, deliberately
+        Config* const configPage = g_configPage;
+        delete configPage;
+        leave(g_configPage, configPage); // the old value, deliberately
         deleteMember(g_wizard);
     }
     clear(g_lensAssist);

@@ -29,9 +29,9 @@ public:
     /// Qt still runs.
     ~KestraMfr();
 
-    /// The headboard configuration page; nothing in this build makes one. Whoever does passes its edits on by
-    /// `tellSerialNumberEdited`, and sets this back to null when someone else deletes the page. The
-    /// destructor deletes it and leaves the old value, deliberately.
+    /// The headboard configuration page, asked by the calibration pages before they save. Null in this build,
+    /// whose dialog shows none; `makeConfigPage` sets it. The destructor deletes it and leaves the old value,
+    /// deliberately.
     Config* g_configPage;
     LensAssist* g_lensAssist;           ///< the lens-shading page, when one was created
     LensAssistApga* g_lensAssistApga;   ///< the three-illuminant page, when one was created

@@ -1,0 +1,121 @@
+// The configuration page beside a calibration page, as a dialog would show both.
+
+#include "calibration/calibration_page.h"
+#include "config_page/config.h"
+#include "config_page/config_state.h"
+#include "fuzz/dialog_session.h"
+#include "headboard/eeprom_chain.h"
+#include "headboard/record_types.h"
+#include "plugin/config_page_link.h"
+#include "plugin/kestra_mfr.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <gtest/gtest.h>
+
+namespace {
+
+class ConfigPageLink : public ::testing::TestWithParam<uint32_t> {
+protected:
+    void SetUp() override {
+        session.sensor.sensorKind = GetParam();
+        ASSERT_TRUE(session.open());
+        DialogSession::press("OnBnClickedCalibrate"); // a results file needs a calibration
+        EXPECT_FALSE(kestraMfr().g_configPage) << "this build's dialog has none";
+    }
+
+    void makePage(char const* number) {
+        config = makeConfigPage(session.sensor, session.services);
+        config->initialise();
+        enter(number);
+    }
+    void enter(char const* number) const {
+        config->findChild<QLineEdit*>(QStringLiteral("SN"))->setText(QLatin1String(number));
+    }
+    [[nodiscard]] static uint32_t fileState() { return DialogSession::page()->state().fileState; }
+    // Saves to the file, and counts the calls of the library for it.
+    size_t saveToFile() {
+        session.host.log.clear();
+        DialogSession::press("OnBnClickedFilesave");
+        return session.host.calls("dumpRegFile").size();
+    }
+    uint32_t saveToEeprom() {
+        session.host.log.clear();
+        DialogSession::press("OnBnClickedPromsave");
+        CalibrationPage const* const page = DialogSession::page();
+        return page ? page->state().promState : kNotEvaluated;
+    }
+    std::string deviceNumber() {
+        HeadboardEeprom const fresh = HeadboardEepromCreate(session.sensor.camera);
+        return std::string(EepromRecordText(fresh, EepromFindRecord(fresh, kRecordHeadboardId, nullptr, 0)));
+    }
+
+    InputReader nothing{{}};
+    DialogSession session{nothing};
+    QPointer<Config> config;
+};
+
+TEST_P(ConfigPageLink, NoFileIsSavedWithoutASerialNumber) {
+    EXPECT_EQ(saveToFile(), 1U) << "without the page nothing is asked";
+    makePage("");
+    for (bool const checksFirst : {true, false}) {
+        DialogSession::page()->setFileState(checksFirst ? kNotEvaluated : kReady);
+        EXPECT_EQ(saveToFile(), 0U);
+        EXPECT_EQ(fileState(), kFailed);
+    }
+    enter("ABC1234001");
+    EXPECT_EQ(saveToFile(), 1U);
+    EXPECT_EQ(fileState(), kDone);
+}
+
+TEST_P(ConfigPageLink, EditsOpenTheFileStepAgainOrCloseIt) {
+    makePage("");
+    DialogSession::page()->setFileState(kDone);
+    enter("A");
+    EXPECT_EQ(fileState(), kNotEvaluated);
+    enter("");
+    EXPECT_EQ(fileState(), kFailed);
+    enter("AB");
+    EXPECT_EQ(fileState(), kNotEvaluated);
+}
+
+TEST_P(ConfigPageLink, TheNumberIsStoredBeforeTheCalibration) {
+    makePage("ABC1234001");
+    ASSERT_EQ(config->state().serialState, ConfigState::SerialEdited);
+    EXPECT_EQ(saveToEeprom(), kDone);
+    EXPECT_EQ(deviceNumber(), "ABC1234001");
+    EXPECT_EQ(config->state().serialState, ConfigState::SerialSaved);
+    HeadboardEeprom const fresh = HeadboardEepromCreate(session.sensor.camera);
+    EXPECT_LT(EepromFindRecord(fresh, kRecordHeadboardId, nullptr, 0),
+              EepromFindRecord(fresh, kRecordPga, nullptr, 0));
+
+    makePage("ABC1234002");
+    delete config.data();
+    EXPECT_FALSE(kestraMfr().g_configPage);
+    EXPECT_EQ(saveToEeprom(), kDone);
+    EXPECT_EQ(deviceNumber(), "ABC1234001");
+    EXPECT_EQ(saveToFile(), 1U);
+}
+
+TEST_P(ConfigPageLink, ThePageMayBeDeletedInsideAnyCallOfASave) {
+    size_t calls = 1;
+    for (size_t n = 1; n <= calls; ++n) {
+        makePage(n % 2 ? "ABC1234001" : "ABC1234002");
+        size_t count = 0;
+        session.host.onCall = [&](std::string const&) {
+            if (++count == n)
+                delete config.data();
+        };
+        EXPECT_EQ(saveToEeprom(), kDone) << n;
+        session.host.onCall = nullptr;
+        EXPECT_FALSE(config);
+        EXPECT_TRUE(session.host.isBalanced());
+        calls = count;
+    }
+    EXPECT_GT(calls, 50U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, ConfigPageLink, ::testing::Values(200, 72));
+
+} // namespace
