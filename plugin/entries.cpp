@@ -133,12 +133,18 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
     return wizard;
 }
 
-void deliverFrame(Frame const& frame) {
-    // The member is read anew for each page: a page may go away inside the call of the other.
-    if (LensAssist* const page = kestraMfr().g_lensAssist)
-        page->onFrame(frame);
-    if (LensAssistApga* const page = kestraMfr().g_lensAssistApga)
-        page->onFrame(frame);
+// What both entries do. Neither calls the other: the program's loader binds an exported name to the first
+// function of that name, which may be one of the host's own.
+void deliverFrame(void const* data, uint32_t type, int32_t width, int32_t height, int32_t pitch) noexcept {
+    guarded("ImageData", [&] {
+        Frame const frame = {
+            .data = data, .type = ImageType(type), .width = width, .height = height, .pitch = pitch};
+        // The member is read anew for each page: a page may go away inside the call of the other.
+        if (LensAssist* const page = kestraMfr().g_lensAssist)
+            page->onFrame(frame);
+        if (LensAssistApga* const page = kestraMfr().g_lensAssistApga)
+            page->onFrame(frame);
+    });
 }
 
 } // namespace
@@ -159,18 +165,12 @@ void CloseDialog() noexcept {}
 
 void ImageData(void const* frame, uint32_t imageType, uint32_t width, int32_t height,
                uint32_t pitch) noexcept {
-    guarded("ImageData", [&] {
-        deliverFrame({.data = frame,
-                      .type = ImageType(imageType),
-                      .width = int32_t(width),
-                      .height = height,
-                      .pitch = int32_t(pitch)});
-    });
+    deliverFrame(frame, imageType, int32_t(width), height, int32_t(pitch));
 }
 
 void RgbImageData(void const* frame, uint32_t imageType, uint32_t width, uint32_t height,
                   int32_t pitch) noexcept {
-    ImageData(frame, imageType, width, int32_t(height), uint32_t(pitch));
+    deliverFrame(frame, imageType, int32_t(width), int32_t(height), pitch);
 }
 
 void RegisterChanged(uint32_t what, uint32_t value) noexcept {

@@ -17,6 +17,11 @@
 #include <windows.h>
 #endif
 
+// A host's program may export functions of the same names; the plug-in calls its own.
+extern "C" [[gnu::visibility("default")]] void ImageData(void const*, uint32_t, uint32_t, int32_t, uint32_t) {
+    ADD_FAILURE() << "the host's function instead of the plug-in's";
+}
+
 namespace {
 
 class Plugin : public ::testing::Test {
