@@ -4,10 +4,11 @@
 #include <QFileInfo>
 #include <QLibrary>
 #include <QtDebug>
+#include <filesystem>
 #include <optional>
 
 #ifdef Q_OS_WIN
-#include <array>
+#include <vector>
 #include <windows.h>
 #else
 #include <dlfcn.h>
@@ -101,20 +102,33 @@ void forEachFunction(Shadefit& table, Each each) {
 #undef KESTRA_FUNCTION
 }
 
-// The folder of the file that holds this code: the plug-in's own.
-QString ownFolder() {
+// The file that holds this code: the plug-in's own. No text of Qt: that would fix the locale's encoding
+// before a program has chosen its locale.
+std::filesystem::path findOwnFile() {
 #ifdef Q_OS_WIN
     HMODULE module = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&ownFolder), &module);
-    std::array<wchar_t, 32768> path{};
+                       reinterpret_cast<LPCWSTR>(&findOwnFile), &module);
+    std::vector<wchar_t> path(32768);
     GetModuleFileNameW(module, path.data(), DWORD(path.size() - 1));
-    return QFileInfo(QString::fromWCharArray(path.data())).absolutePath();
+    return path.data();
 #else
     Dl_info info{};
-    if (!dladdr(reinterpret_cast<void const*>(&ownFolder), &info) || !info.dli_fname)
+    if (!dladdr(reinterpret_cast<void const*>(&findOwnFile), &info) || !info.dli_fname)
         return {};
-    return QFileInfo(QFile::decodeName(info.dli_fname)).absolutePath();
+    std::error_code error; // without the current folder there is none to be found
+    return std::filesystem::absolute(info.dli_fname, error);
+#endif
+}
+
+// Found at loading: a host that loads the plug-in by a relative path may change its folder later.
+std::filesystem::path const ownFile = findOwnFile();
+
+QString ownFolder() {
+#ifdef Q_OS_WIN
+    return QFileInfo(QString::fromStdWString(ownFile.wstring())).absolutePath();
+#else
+    return QFileInfo(QFile::decodeName(ownFile.c_str())).absolutePath();
 #endif
 }
 

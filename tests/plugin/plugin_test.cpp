@@ -2,6 +2,7 @@
 #include "tests/plugin/plugin_library.h"
 
 #include <QDialog>
+#include <QDir>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPixmap>
@@ -15,6 +16,8 @@
 #include <vector>
 #ifdef Q_OS_WIN
 #include <windows.h>
+#else
+#include <dlfcn.h>
 #endif
 
 // A host's program may export functions of the same names; the plug-in calls its own.
@@ -156,5 +159,30 @@ TEST_F(Plugin, AloneInItsFolderItTellsOnceThatEachLibraryIsMissing) {
     EXPECT_TRUE(plugin.library.unload());
     EXPECT_FALSE(dialog) << "the library's end deletes its dialog";
 }
+
+#ifndef Q_OS_WIN // whose loader itself keeps a library's whole path
+TEST_F(Plugin, LoadedByARelativePathItFindsItsLibrariesFromAnyFolder) {
+    QTemporaryDir elsewhere;
+    for (QString const& file : {QStringLiteral(PLUGIN_FILE), QStringLiteral(SOLVER_FILE)})
+        ASSERT_TRUE(QFile::copy(file, m_folder.filePath(QFileInfo(file).fileName())));
+    QString const before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(m_folder.path()));
+    void* const loaded = dlopen("./KestraMfr.so", RTLD_NOW | RTLD_LOCAL);
+    ASSERT_TRUE(loaded) << dlerror();
+    ASSERT_TRUE(QDir::setCurrent(elsewhere.path()));
+    static QStringList missing;
+    qInstallMessageHandler(
+        [](QtMsgType, QMessageLogContext const&, QString const& text) { missing += text; });
+    plugin.open = reinterpret_cast<decltype(plugin.open)>(dlsym(loaded, "OpenQtDialog"));
+    bool const opened = open();
+    if (opened)
+        QMetaObject::invokeMethod(dialog->findChild<QDialog*>(), "OnBnClickedCalibrate");
+    qInstallMessageHandler(nullptr);
+    QDir::setCurrent(before);
+    EXPECT_TRUE(opened);
+    EXPECT_EQ(missing.filter(QStringLiteral("cannot be loaded")), QStringList());
+    dlclose(loaded);
+}
+#endif
 
 } // namespace
