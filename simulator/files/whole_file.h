@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <optional>
+
+/// Files that users name. Only regular ones are opened: a pipe or a device may never answer, or never end,
+/// and a rename would put a file in its place. A link to a regular file counts as one, and stays a link.
+namespace files {
+
+/// Bytes that no text written by hand comes near.
+inline constexpr qint64 kMostText = 1 << 20;
+
+/// What a file of at most `most` bytes holds; empty, with the reason in `fault`, for any other.
+[[nodiscard]] std::optional<QByteArray> read(QString const& name, qint64 most, QString* fault);
+
+/// Whether `replace` would find a place for its file, so that the user is told before the work and not after
+/// it; otherwise `fault` holds the reason.
+[[nodiscard]] bool isReplaceable(QString const& name, QString* fault);
+
+/// Writes under another name and renames: whatever fails, the file is the old or the new one. False, with the
+/// reason in `fault`, when it is the old one.
+[[nodiscard]] bool replace(QString const& name, QByteArray const& contents, QString* fault);
+
+} // namespace files

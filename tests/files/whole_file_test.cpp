@@ -1,0 +1,65 @@
+#include "simulator/files/whole_file.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
+
+namespace {
+
+struct WholeFile : testing::Test {
+    QTemporaryDir folder;
+    QString const name = folder.filePath("file");
+    QString fault;
+};
+
+TEST_F(WholeFile, IsReadUpToItsBoundAndNotBeyond) {
+    ASSERT_TRUE(files::replace(name, "12345678", &fault));
+    EXPECT_EQ(files::read(name, 8, &fault), QByteArray("12345678"));
+    EXPECT_FALSE(files::read(name, 7, &fault));
+    EXPECT_EQ(fault, "it has more than 7 bytes");
+    // Larger than any memory.
+    ASSERT_TRUE(QFile::resize(name, qint64(1) << 40));
+    EXPECT_FALSE(files::read(name, files::kMostText, &fault));
+    EXPECT_FALSE(files::read(folder.filePath("none"), 8, &fault));
+}
+
+TEST_F(WholeFile, IsTheOldOneWhenItCannotBeReplaced) {
+    QString const inNoFolder = folder.filePath("none/file");
+    EXPECT_FALSE(files::isReplaceable(inNoFolder, &fault));
+    EXPECT_FALSE(files::replace(inNoFolder, "new", &fault));
+    EXPECT_TRUE(files::isReplaceable(name, &fault));
+    ASSERT_TRUE(files::replace(name, "old", &fault) && files::replace(name, "new", &fault));
+    EXPECT_EQ(files::read(name, 3, &fault), QByteArray("new"));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList("file"));
+}
+
+#ifdef Q_OS_UNIX
+TEST_F(WholeFile, WhatIsNoRegularFileIsNeitherOpenedNorReplaced) {
+    QString const pipe = folder.filePath("pipe"), link = folder.filePath("link");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link(pipe, link));
+    for (QString const& other : {pipe, link, folder.path(), QStringLiteral("/dev/zero")}) {
+        SCOPED_TRACE(other.toStdString());
+        EXPECT_FALSE(files::read(other, files::kMostText, &fault));
+        EXPECT_EQ(fault, "it is no regular file");
+        EXPECT_FALSE(files::isReplaceable(other, &fault));
+        EXPECT_FALSE(files::replace(other, "new", &fault));
+        EXPECT_FALSE(QFileInfo(other).isFile());
+    }
+}
+
+TEST_F(WholeFile, ALinkStaysALink) {
+    QString const link = folder.filePath("link");
+    ASSERT_TRUE(files::replace(name, "old", &fault) && QFile::link(name, link));
+    ASSERT_TRUE(files::replace(link, "new", &fault)) << fault.toStdString();
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(files::read(name, 3, &fault), QByteArray("new"));
+}
+#endif
+
+} // namespace
