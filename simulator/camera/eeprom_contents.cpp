@@ -1,7 +1,6 @@
 #include "simulator/camera/eeprom_contents.h"
+#include "simulator/files/whole_file.h"
 
-#include <QFile>
-#include <QSaveFile>
 #include <algorithm>
 
 namespace simulator {
@@ -30,33 +29,27 @@ EepromContents formattedContents() {
 }
 
 std::optional<EepromContents> readContents(QString const& file, QString* error) {
-    QFile source(file);
-    if (!source.open(QIODevice::ReadOnly)) {
-        say(error, file, QStringLiteral("cannot be read: %1").arg(source.errorString()));
+    QString fault;
+    auto const bytes = files::read(file, files::kMostText, &fault);
+    if (!bytes) {
+        say(error, file, QStringLiteral("cannot be read: %1").arg(fault));
         return std::nullopt;
     }
-    // One byte more than fits shows that the file is too long without reading all of it.
-    QByteArray const bytes = source.read(qint64(kEepromSize) + 1);
-    if (size_t(bytes.size()) != kEepromSize) {
+    if (size_t(bytes->size()) != kEepromSize) {
         say(error, file,
-            QStringLiteral("the EEPROM has %1 bytes, the file has %2")
-                .arg(kEepromSize)
-                .arg(std::max<qint64>(source.size(), bytes.size())));
+            QStringLiteral("the EEPROM has %1 bytes, the file has %2").arg(kEepromSize).arg(bytes->size()));
         return std::nullopt;
     }
     EepromContents contents;
-    std::copy(bytes.begin(), bytes.end(), contents.begin());
+    std::copy(bytes->begin(), bytes->end(), contents.begin());
     return contents;
 }
 
 bool writeContents(EepromContents const& contents, QString const& file, QString* error) {
-    QSaveFile target(file);
-    if (target.open(QIODevice::WriteOnly)) {
-        target.write(reinterpret_cast<char const*>(contents.data()), qint64(contents.size()));
-        if (target.flush() && target.commit())
-            return true;
-    }
-    say(error, file, QStringLiteral("cannot be written: %1").arg(target.errorString()));
+    QString fault;
+    if (files::replace(file, {reinterpret_cast<char const*>(contents.data()), int(contents.size())}, &fault))
+        return true;
+    say(error, file, QStringLiteral("cannot be written: %1").arg(fault));
     return false;
 }
 

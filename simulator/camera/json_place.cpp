@@ -1,6 +1,6 @@
 #include "simulator/camera/json_place.h"
+#include "simulator/files/whole_file.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -9,6 +9,11 @@
 #include <utility>
 
 namespace simulator {
+namespace {
+
+constexpr qint64 kMostBytes = 16 << 20; // numbers for the largest grid that anybody measures
+
+} // namespace
 
 void JsonFault::set(QString const& path, QString const& what) {
     if (isSet())
@@ -113,16 +118,16 @@ QJsonObject JsonPlace::object() const {
 
 QJsonObject readJsonFile(QString const& file, JsonFault& fault) {
     fault.file = QFileInfo(file).fileName();
-    QFile source(file);
-    if (!source.open(QIODevice::ReadOnly)) {
-        fault.set({}, QStringLiteral("cannot be read: %1").arg(source.errorString()));
+    QString why;
+    auto const bytes = files::read(file, kMostBytes, &why);
+    if (!bytes) {
+        fault.set({}, QStringLiteral("cannot be read: %1").arg(why));
         return {};
     }
-    QByteArray const bytes = source.readAll();
     QJsonParseError parseError{};
-    QJsonDocument const document = QJsonDocument::fromJson(bytes, &parseError);
+    QJsonDocument const document = QJsonDocument::fromJson(*bytes, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
-        auto const line = bytes.left(parseError.offset).count('\n') + 1;
+        auto const line = bytes->left(parseError.offset).count('\n') + 1;
         fault.set(QStringLiteral("line %1").arg(line), parseError.errorString());
     } else if (!document.isObject()) {
         fault.set({}, QStringLiteral("an object is expected"));

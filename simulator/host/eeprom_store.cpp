@@ -1,6 +1,7 @@
 #include "simulator/host/eeprom_store.h"
 
-#include <QDir>
+#include "simulator/files/whole_file.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -48,13 +49,12 @@ std::optional<EepromStore> EepromStore::open(simulator::SimulatedCamera& camera,
 }
 
 bool EepromStore::load(simulator::SimulatedCamera& camera, QString* error) const {
-    QFileInfo const info(m_file);
-    if (info.exists())
-        return camera.loadEeprom(m_file, error);
-    // Told now and not after the run.
-    bool const hasPlace = info.dir().exists() && QFileInfo(info.path()).isWritable();
+    if (QFileInfo::exists(m_file) && !camera.loadEeprom(m_file, error))
+        return false;
+    QString fault;
+    bool const hasPlace = files::isReplaceable(m_file, &fault);
     if (!hasPlace)
-        *error = QStringLiteral("The file %1 cannot be made in its folder.").arg(m_file);
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(m_file, fault);
     return hasPlace;
 }
 
@@ -76,7 +76,7 @@ bool EepromStore::keep(simulator::SimulatedCamera const& camera, QString* error)
     QString const conditionsFile = conditionsFileOf(m_file);
     if (conditions)
         return writeConditions(conditionsFile, *conditions, error);
-    if (camera.deviceBytesWritten() > 0)
+    if (camera.deviceBytesWritten() > 0 && QFileInfo(conditionsFile).isFile())
         QFile::remove(conditionsFile);
     return true;
 }

@@ -1,27 +1,36 @@
 #include "simulator/host/output_folder.h"
 
+#include "simulator/files/whole_file.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/png_effort.h"
 
+#include <QBuffer>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace pictara {
 
 void OutputFolder::savePicture(QString const& name, QImage const& picture) {
-    QSaveFile file(m_folder.filePath(name));
-    note(name, file.open(QIODevice::WriteOnly) && picture.save(&file, "PNG", kPngEffort) && file.commit());
+    QBuffer buffer;
+    (void)(buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "PNG", kPngEffort));
+    saveBytes(name, buffer.data());
 }
 
 void OutputFolder::saveText(QString const& name, QString const& text) {
-    QSaveFile file(m_folder.filePath(name));
-    note(name, file.open(QIODevice::WriteOnly | QIODevice::Text) && file.write(text.toUtf8()) >= 0 &&
-                   file.commit());
+    QByteArray bytes = text.toUtf8();
+#ifdef Q_OS_WIN
+    bytes.replace('\n', "\r\n");
+#endif
+    saveBytes(name, bytes);
 }
 
 void OutputFolder::saveBytes(QString const& name, QByteArray const& bytes) {
-    QSaveFile file(m_folder.filePath(name));
-    note(name, file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit());
+    QString fault = QStringLiteral("it would be empty");
+    bool const saved = !bytes.isEmpty() && files::replace(pathOf(name), bytes, &fault);
+    if (saved)
+        m_written.append(name);
+    else
+        complain(QStringLiteral("The file %1 cannot be written: %2").arg(m_folder.filePath(name), fault));
+    m_failed = m_failed || !saved;
 }
 
 bool OutputFolder::expect(QString const& name) {
@@ -29,14 +38,6 @@ bool OutputFolder::expect(QString const& name) {
     if (there)
         m_written.append(name);
     return there;
-}
-
-void OutputFolder::note(QString const& name, bool saved) {
-    if (saved)
-        m_written.append(name);
-    else
-        complain(QStringLiteral("The file %1 cannot be written.").arg(m_folder.filePath(name)));
-    m_failed = m_failed || !saved;
 }
 
 } // namespace pictara

@@ -24,8 +24,6 @@ public:
     [[nodiscard]] bool failed() const { return m_failed; }
 
 private:
-    void note(QString const& name, bool saved);
-
     QDir m_folder;
     QStringList m_written;
     bool m_failed = false;

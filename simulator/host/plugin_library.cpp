@@ -5,6 +5,7 @@
 #include "simulator/host/boundary.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QtDebug>
 
 namespace pictara {
@@ -35,6 +36,11 @@ QByteArray pictureText(void const* pixels, uint32_t type, uint32_t width, int32_
 } // namespace
 
 bool PluginLibrary::load(QString const& file, QString* error) {
+    // The loader would wait for a pipe.
+    if (QFileInfo const info(file); info.exists() && !info.isFile()) {
+        *error = QStringLiteral("The plug-in %1 is no regular file.").arg(file);
+        return false;
+    }
     m_library.setFileName(file.isEmpty() ? QCoreApplication::applicationDirPath() + "/KestraMfr" : file);
     if (!m_library.load()) {
         *error = QStringLiteral("The plug-in cannot be loaded: %1").arg(m_library.errorString());

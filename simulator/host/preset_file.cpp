@@ -1,6 +1,7 @@
 #include "simulator/host/preset_file.h"
 
-#include <QFile>
+#include "simulator/files/whole_file.h"
+
 #include <QtDebug>
 #include <algorithm>
 #include <optional>
@@ -99,11 +100,12 @@ bool apply(PresetLine const& line, StateVariables& states, SensorRegisters& regi
 QList<PresetLine> readPreset(QString const& iniFile, QByteArray const& section, bool* found) {
     QList<PresetLine> lines;
     *found = false;
-    QFile file(iniFile);
-    if (!file.open(QIODevice::ReadOnly))
+    QString fault;
+    auto const text = files::read(iniFile, files::kMostText, &fault);
+    if (!text)
         return lines;
-    while (!file.atEnd()) {
-        QByteArray const line = file.readLine().trimmed();
+    for (QByteArray const& untrimmed : text->split('\n')) {
+        QByteArray const line = untrimmed.trimmed();
         if (auto const name = sectionName(line)) {
             if (*found)
                 break;

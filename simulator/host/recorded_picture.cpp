@@ -1,8 +1,11 @@
 #include "simulator/host/recorded_picture.h"
 
-#include <QFile>
+#include "simulator/files/whole_file.h"
+
+#include <QBuffer>
 #include <QImageReader>
 #include <QtEndian>
+#include <algorithm>
 
 namespace pictara {
 namespace {
@@ -11,12 +14,29 @@ using simulator::CameraDescription;
 using simulator::Frame;
 using simulator::FrameType;
 
+constexpr qint64 kMostPngBytes = 256 << 20;
+constexpr int kLongestSide = 16384; // pixels
+
 uint32_t bytesPerPixel(FrameType type) {
     return type == FrameType::Raw8 ? 1 : 2;
 }
 
 std::optional<Frame> readPng(QString const& name, CameraDescription const& camera, QString* error) {
-    QImageReader reader(name);
+    QString fault;
+    auto bytes = files::read(name, kMostPngBytes, &fault);
+    if (!bytes) {
+        *error = QStringLiteral("The picture %1 cannot be read: %2").arg(name, fault);
+        return std::nullopt;
+    }
+    QBuffer buffer(&*bytes);
+    QImageReader reader(&buffer, "png");
+    // Asked first: few bytes can tell a picture that no memory holds.
+    QSize const size = reader.size();
+    if (size.width() > kLongestSide || size.height() > kLongestSide) {
+        *error =
+            QStringLiteral("The picture %1 has a side of more than %2 pixels.").arg(name).arg(kLongestSide);
+        return std::nullopt;
+    }
     QImage const picture = reader.read();
     if (picture.isNull())
         *error = QStringLiteral("The picture %1 cannot be read: %2").arg(name, reader.errorString());
@@ -50,23 +70,23 @@ std::optional<Frame> readSamples(QString const& name, CameraDescription const& c
                 .height = int32_t(camera.height),
                 .pitch = camera.width * bytesPerPixel(camera.rawType),
                 .pixels = {}};
-    QFile file(name);
-    qint64 const bytes = qint64(frame.pitch) * frame.height;
-    if (!file.open(QIODevice::ReadOnly))
-        *error = QStringLiteral("The file %1 cannot be read: %2").arg(name, file.errorString());
-    else if (file.size() != bytes)
+    qint64 const needed = qint64(frame.pitch) * frame.height;
+    QString fault;
+    auto const bytes = files::read(name, std::max(needed, files::kMostText), &fault);
+    if (!bytes) {
+        *error = QStringLiteral("The file %1 cannot be read: %2").arg(name, fault);
+        return std::nullopt;
+    }
+    if (bytes->size() != needed) {
         *error = QStringLiteral("The file %1 has %2 bytes; a frame of the profile %3 has %4.")
                      .arg(name)
-                     .arg(file.size())
+                     .arg(bytes->size())
                      .arg(camera.profile)
-                     .arg(bytes);
-    else
-        frame.pixels = file.readAll();
-    if (qint64(frame.pixels.size()) == bytes)
-        return frame;
-    if (error->isEmpty())
-        *error = QStringLiteral("The file %1 cannot be read.").arg(name);
-    return std::nullopt;
+                     .arg(needed);
+        return std::nullopt;
+    }
+    frame.pixels = *bytes;
+    return frame;
 }
 
 } // namespace

@@ -1,15 +1,14 @@
 #include "simulator/host/recorder.h"
 
+#include "simulator/files/whole_file.h"
 #include "simulator/host/message_log.h"
-
-#include <QFileInfo>
 
 namespace pictara {
 
 std::unique_ptr<Recorder> Recorder::start(Options const& options, QString* error) {
-    QFileInfo const folder(QFileInfo(options.recordingFile).absolutePath());
-    if (!folder.isDir() || !folder.isWritable()) {
-        *error = QStringLiteral("The recording %1 cannot be made in its folder.").arg(options.recordingFile);
+    QString fault;
+    if (!files::isReplaceable(options.recordingFile, &fault)) {
+        *error = QStringLiteral("The recording %1 cannot be written: %2").arg(options.recordingFile, fault);
         return nullptr;
     }
     std::unique_ptr<Recorder> recorder(new Recorder(options));

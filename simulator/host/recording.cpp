@@ -1,11 +1,11 @@
 #include "simulator/host/recording.h"
 
+#include "simulator/files/whole_file.h"
 #include "simulator/host/recorded_input.h"
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
-#include <QSaveFile>
+#include <QFileInfo>
 
 namespace pictara {
 namespace {
@@ -13,6 +13,7 @@ namespace {
 constexpr char kFirstLine[] = "pictara-sim recording 1";
 constexpr int kEepromSize = 8192, kRowSize = 32;
 constexpr char kBlankEeprom[] = "blank";
+constexpr qint64 kMostBytes = 64 << 20; // an hour of a script
 
 bool readNumber(QString const& text, double& number) {
     bool ok = false;
@@ -37,7 +38,9 @@ constexpr HeadOption kHeadOptions[] = {
          return ok;
      }},
     {"light", [](Options const& o) { return o.lightKelvin ? exactly(*o.lightKelvin) : QString(); },
-     [](QString const& text, Options& o) { return readNumber(text, o.lightKelvin.emplace()); }},
+     [](QString const& text, Options& o) {
+         return readNumber(text, o.lightKelvin.emplace());
+     }},
     {"level", [](Options const& o) { return exactly(o.lightLevel); },
      [](QString const& text, Options& o) { return readNumber(text, o.lightLevel); }},
     {"gradient", [](Options const& o) { return exactly(o.lightGradient); },
@@ -56,9 +59,10 @@ constexpr HeadOption kHeadOptions[] = {
      [](QString const& text, Options& o) { return bool(o.fault = parseFaultWish(text)); }},
 };
 
+// One that cannot be read ends the session before it begins.
 QByteArray contentsOf(QString const& file) {
-    QFile source(file);
-    return source.open(QIODevice::ReadOnly) ? source.readAll() : QByteArray();
+    QString fault;
+    return files::read(file, files::kMostText, &fault).value_or(QByteArray());
 }
 
 QString fileInOutput(Options const& options, QString const& given, char const* usual) {
@@ -117,16 +121,20 @@ QByteArray recordingHead(Options const& options, Placeholders const& placeholder
 }
 
 std::optional<Recording> readRecording(QString const& name, QString* error) {
-    QFile file(name);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("The recording %1 cannot be read: %2").arg(name, file.errorString());
+    QString fault;
+    auto text = files::read(name, kMostBytes, &fault);
+    if (!text) {
+        *error = QStringLiteral("The recording %1 cannot be read: %2").arg(name, fault);
         return std::nullopt;
     }
+    if (text->endsWith('\n'))
+        text->chop(1);
     Recording recording;
     bool isHead = true;
-    for (int number = 1; !file.atEnd(); ++number) {
-        QByteArray line = file.readLine();
-        while (line.endsWith('\n') || line.endsWith('\r'))
+    int number = 0;
+    for (QByteArray line : text->split('\n')) {
+        ++number;
+        while (line.endsWith('\r'))
             line.chop(1);
         bool const isGood =
             !isHead || line.isEmpty() || (number == 1 ? line == kFirstLine : readHeadLine(line, recording));
@@ -173,10 +181,10 @@ Placeholders placeholdersOf(Options const& options) {
 }
 
 bool writeWhole(QString const& name, QByteArray const& contents, QString* error) {
-    QSaveFile file(name);
-    if (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.commit())
+    QString fault;
+    if (files::replace(name, contents, &fault))
         return true;
-    *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, file.errorString());
+    *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, fault);
     return false;
 }
 

@@ -1,9 +1,9 @@
 #include "simulator/host/script.h"
 
+#include "simulator/files/whole_file.h"
 #include "simulator/host/fault_wish.h"
 #include "simulator/host/light_ranges.h"
 
-#include <QFile>
 #include <QRegularExpression>
 #include <algorithm>
 #include <iterator>
@@ -98,13 +98,16 @@ QString read(QStringList words, ScriptCommand& command) {
 } // namespace
 
 bool readScript(QString const& name, std::vector<ScriptCommand>& commands, QString* error) {
-    QFile file(name);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("The script %1 cannot be read: %2").arg(name, file.errorString());
+    QString fault;
+    auto const text = files::read(name, files::kMostText, &fault);
+    if (!text) {
+        *error = QStringLiteral("The script %1 cannot be read: %2").arg(name, fault);
         return false;
     }
-    for (int number = 1; !file.atEnd(); ++number) {
-        auto const words = wordsOf(QString::fromUtf8(file.readLine()));
+    int number = 0;
+    for (QByteArray const& line : text->split('\n')) {
+        ++number;
+        auto const words = wordsOf(QString::fromUtf8(line));
         if (words && words->isEmpty())
             continue;
         ScriptCommand command{ScriptVerb::Press, {}, number};

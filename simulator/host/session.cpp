@@ -1,5 +1,6 @@
 #include "simulator/host/session.h"
 
+#include "simulator/files/whole_file.h"
 #include "simulator/host/boundary.h"
 #include "simulator/host/observed_services.h"
 #include "simulator/host/recorded_input.h"
@@ -7,7 +8,7 @@
 #include <QCoreApplication>
 #include <QDialog>
 #include <QDir>
-#include <QFile>
+#include <QFileInfo>
 #include <utility>
 
 namespace pictara {
@@ -25,8 +26,9 @@ QString checkedIniFile(Options const& options, QString* error) {
     QString const given =
         options.iniFile.isEmpty() ? QCoreApplication::applicationDirPath() + "/pictara.ini" : options.iniFile;
     QString file = QFileInfo(given).absoluteFilePath();
-    if (QFile probe(file); !QFileInfo(file).isFile() || !probe.open(QIODevice::ReadOnly))
-        *error = QStringLiteral("The ini file %1 cannot be read.").arg(file);
+    QString fault;
+    if (!files::read(file, files::kMostText, &fault))
+        *error = QStringLiteral("The ini file %1 cannot be read: %2").arg(file, fault);
     else if (iniFileSetting(file).size() >= kTextSettingSize)
         *error = QStringLiteral("The name of the ini file is too long for a plug-in: %1").arg(file);
     else
@@ -69,7 +71,8 @@ std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     std::unique_ptr<Session> session(
         new Session(std::move(camera), *std::move(eeprom), options, folder, iniFile, settings));
     if (!session->m_settings.isOnDisk()) {
-        *error = QStringLiteral("The settings file %1 cannot be read.").arg(settings);
+        *error = QStringLiteral("The settings file %1 cannot be read: %2")
+                     .arg(settings, session->m_settings.fault());
         return nullptr;
     }
     if (!session->m_plugin.load(options.pluginFile, error))

@@ -1,7 +1,8 @@
 #include "simulator/host/settings_store.h"
 
-#include <QFile>
-#include <QSaveFile>
+#include "simulator/files/whole_file.h"
+
+#include <QFileInfo>
 #include <QtDebug>
 
 namespace pictara {
@@ -14,13 +15,10 @@ QByteArray encoded(QByteArray const& text) {
 } // namespace
 
 SettingsStore::SettingsStore(QString const& file) : m_file(file) {
-    QFile in(file);
-    if (!in.exists())
+    if (!QFileInfo::exists(file))
         return;
-    m_onDisk = in.open(QIODevice::ReadOnly);
-    while (m_onDisk && !in.atEnd()) {
-        QByteArray line = in.readLine();
-        while (line.endsWith('\n') || line.endsWith('\r'))
+    for (QByteArray line : files::read(file, files::kMostText, &m_fault).value_or(QByteArray()).split('\n')) {
+        while (line.endsWith('\r'))
             line.chop(1);
         int const equals = line.indexOf('=');
         if (equals > 0)
@@ -53,14 +51,16 @@ void SettingsStore::setInteger(QByteArray const& key, int32_t value) {
 }
 
 void SettingsStore::save() {
-    QSaveFile out(m_file);
-    bool written = out.open(QIODevice::WriteOnly);
+    QByteArray text;
     for (auto const& [key, value] : m_values)
-        written = written && out.write(encoded(key) + '=' + encoded(value) + '\n') >= 0;
-    written = written && out.flush() && out.commit();
-    if (!written && m_onDisk)
-        qWarning("pictara: the settings cannot be kept in %s", qUtf8Printable(m_file));
-    m_onDisk = written;
+        text += encoded(key) + '=' + encoded(value) + '\n';
+    QString fault;
+    if (files::replace(m_file, text, &fault))
+        fault.clear();
+    else if (isOnDisk())
+        qWarning("pictara: the settings cannot be kept in %s: %s", qUtf8Printable(m_file),
+                 qUtf8Printable(fault));
+    m_fault = fault;
 }
 
 } // namespace pictara

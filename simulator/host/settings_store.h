@@ -22,14 +22,16 @@ public:
 
     [[nodiscard]] std::map<QByteArray, QByteArray> const& all() const { return m_values; }
     /// False once the file could not be read or written; the settings are then kept in memory only.
-    [[nodiscard]] bool isOnDisk() const { return m_onDisk; }
+    [[nodiscard]] bool isOnDisk() const { return m_fault.isEmpty(); }
+    /// Why not.
+    [[nodiscard]] QString const& fault() const { return m_fault; }
 
 private:
     void save();
 
     QString m_file;
     std::map<QByteArray, QByteArray> m_values;
-    bool m_onDisk = true;
+    QString m_fault;
 };
 
 } // namespace pictara

@@ -1,10 +1,10 @@
 #include "simulator/host/shading_file.h"
 
+#include "simulator/files/whole_file.h"
 #include "simulator/host/rounded_numbers.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace pictara {
 
@@ -20,11 +20,10 @@ bool writeMeasuredShading(QString const& name, simulator::MeasuredShading const&
                            {QStringLiteral("columns"), int(shading.columns)},
                            {QStringLiteral("rows"), int(shading.rows)},
                            {QStringLiteral("illuminants"), illuminants}};
-    QSaveFile file(name);
-    bool const written = file.open(QIODevice::WriteOnly) &&
-                         file.write(QJsonDocument(root).toJson(QJsonDocument::Compact)) >= 0 && file.commit();
+    QString fault;
+    bool const written = files::replace(name, QJsonDocument(root).toJson(QJsonDocument::Compact), &fault);
     if (!written)
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, file.errorString());
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, fault);
     return written;
 }
 

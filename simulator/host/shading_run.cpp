@@ -1,5 +1,6 @@
 #include "simulator/host/shading_run.h"
 
+#include "simulator/files/whole_file.h"
 #include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/session.h"
@@ -25,6 +26,12 @@ void tellLight(double kelvin) {
 }
 
 std::optional<MeasuredShading> measure(Options const& options, QString* error) {
+    // Told now and not after the measuring.
+    QString fault;
+    if (!files::isReplaceable(options.measureShadingFile, &fault)) {
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(options.measureShadingFile, fault);
+        return std::nullopt;
+    }
     auto const camera = openCamera(options, error);
     if (!camera)
         return std::nullopt;

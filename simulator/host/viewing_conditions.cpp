@@ -1,11 +1,11 @@
 #include "simulator/host/viewing_conditions.h"
 
+#include "simulator/files/whole_file.h"
 #include "simulator/host/light_ranges.h"
 
-#include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <algorithm>
 
 namespace pictara {
@@ -32,11 +32,15 @@ QString conditionsFileOf(QString const& eepromFile) {
 }
 
 bool readConditions(QString const& name, std::optional<ViewingConditions>* conditions, QString* error) {
-    QFile file(name);
-    if (!file.exists())
+    if (!QFileInfo::exists(name))
         return true;
-    QByteArray const text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    QJsonObject const object = QJsonDocument::fromJson(text).object();
+    QString fault;
+    auto const text = files::read(name, files::kMostText, &fault);
+    if (!text) {
+        *error = QStringLiteral("The file %1 cannot be read: %2").arg(name, fault);
+        return false;
+    }
+    QJsonObject const object = QJsonDocument::fromJson(*text).object();
     double const lamp = object[QLatin1String(kLamp)].toDouble();
     int const exposure = positiveNumber(object, kExposure);
     int const red = positiveNumber(object, kRedGain), blue = positiveNumber(object, kBlueGain);
@@ -60,11 +64,10 @@ bool writeConditions(QString const& name, ViewingConditions const& conditions, Q
                              {QLatin1String(kRedGain), conditions.redGain},
                              {QLatin1String(kBlueGain), conditions.blueGain},
                              {QLatin1String(kFrames), int(std::min<uint32_t>(conditions.frames, kHighest))}};
-    QSaveFile file(name);
-    bool const written = file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(object).toJson()) >= 0 &&
-                         file.flush() && file.commit();
+    QString fault;
+    bool const written = files::replace(name, QJsonDocument(object).toJson(), &fault);
     if (!written)
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, file.errorString());
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, fault);
     return written;
 }
 

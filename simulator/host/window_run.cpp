@@ -1,5 +1,6 @@
 #include "simulator/host/window_run.h"
 
+#include "simulator/files/whole_file.h"
 #include "simulator/host/bench_actions.h"
 #include "simulator/host/dark_palette.h"
 #include "simulator/host/host_window.h"
@@ -8,7 +9,9 @@
 #include "simulator/host/session.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QDialog>
+#include <QFileInfo>
 #include <QPainter>
 #include <QPixmap>
 
@@ -48,8 +51,13 @@ void takeScreenshotAndClose(HostWindow& window, QString const& file, int* exitCo
     QObject::connect(&window, &HostWindow::frameShown, &window, [&window, file, exitCode](quint64 number) {
         if (number != kFramesBeforeScreenshot)
             return;
-        if (!picturedTogether(window).save(file)) {
-            complain(QStringLiteral("The screenshot %1 cannot be written.").arg(file));
+        QByteArray const format = QFileInfo(file).suffix().toLatin1();
+        QBuffer buffer;
+        QString error = QStringLiteral("its name ends like no picture's");
+        if (!buffer.open(QIODevice::WriteOnly) ||
+            !picturedTogether(window).save(&buffer, format.constData()) ||
+            !files::replace(file, buffer.data(), &error)) {
+            complain(QStringLiteral("The screenshot %1 cannot be written: %2").arg(file, error));
             *exitCode = kExitUsage;
         }
         window.close();

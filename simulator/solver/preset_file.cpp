@@ -1,7 +1,8 @@
 #include "simulator/solver/preset_file.h"
 
+#include "simulator/files/whole_file.h"
+
 #include <QDir>
-#include <QSaveFile>
 
 namespace solver {
 
@@ -37,10 +38,10 @@ QByteArray presetText(SensorLayout const& layout, Solution const& solution, Pres
 }
 
 bool writeWhole(QString const& path, QByteArray const& text, QString& fault) {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush() && file.commit())
+    QString why;
+    if (files::replace(path, text, &why))
         return true;
-    fault = QStringLiteral("cannot write %1: %2").arg(path, file.errorString());
+    fault = QStringLiteral("cannot write %1: %2").arg(path, why);
     return false;
 }
 

@@ -3,11 +3,16 @@
 #include "tests/pictara/small_profile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
 
 namespace {
 
@@ -115,5 +120,31 @@ TEST(Program, WhatCannotBeRunEndsWithAMessage) {
         EXPECT_TRUE(run.messages().contains(QLatin1String(row.told))) << run.messages().toStdString();
     }
 }
+
+#ifdef Q_OS_UNIX
+// A pipe that nobody writes to would hold the program up, and a rename would put a file in its place.
+TEST(Program, WhatIsNoRegularFileIsRefusedAndStays) {
+    QTemporaryDir const folder;
+    QString const pipe = folder.filePath("pipe");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    QString const profile = writeSmallProfile(folder.path(), "poly-12bit", {});
+    for (char const* option : {"--eeprom", "--settings", "--ini", "--shading", "--record", "--profile",
+                               "--script", "--replay-eeprom", "--measure-shading", "--plugin"}) {
+        SCOPED_TRACE(option);
+        ProgramRun const run({"--run-all", "--profile", profile, option, pipe});
+        EXPECT_EXIT_CODE(run, 2);
+        EXPECT_TRUE(run.messages().contains(pipe) || run.messages().contains("pipe: "))
+            << run.messages().toStdString();
+        EXPECT_EQ(run.messages().count("pictara-sim: "), 1) << run.messages().toStdString();
+        EXPECT_FALSE(QFileInfo(pipe).isFile());
+    }
+    EXPECT_EXIT_CODE(ProgramRun({"--replay", pipe}), 2);
+    // The conditions beside an EEPROM are read, too.
+    QString const eeprom = folder.filePath("eeprom.bin");
+    ASSERT_EXIT_CODE(ProgramRun({"--run-all", "--profile", profile, "--eeprom", eeprom}), 0);
+    ASSERT_TRUE(QFile::remove(eeprom + ".conditions") && QFile::rename(pipe, eeprom + ".conditions"));
+    EXPECT_EXIT_CODE(ProgramRun({"--replay-eeprom", eeprom, "--profile", profile}), 2);
+}
+#endif
 
 } // namespace

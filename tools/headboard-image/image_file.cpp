@@ -1,7 +1,6 @@
 #include "tools/headboard-image/image_file.h"
 
-#include <QFileInfo>
-#include <QSaveFile>
+#include "simulator/files/whole_file.h"
 
 namespace headboard_image {
 namespace {
@@ -13,49 +12,37 @@ std::string about(char const* what, QString const& fileName, QString const& why)
     return std::string(what) + ' ' + fileName.toStdString() + ": " + why.toStdString();
 }
 
-// Devices and pipes may never end, and a folder can be opened on some systems.
-bool openRegularFile(QFile& file, std::string& fault) {
-    bool const isOther = file.exists() && !QFileInfo(file).isFile();
-    if (!isOther && file.open(QIODevice::ReadOnly))
-        return true;
-    fault = about("cannot read", file.fileName(),
-                  isOther ? QStringLiteral("it is no regular file") : file.errorString());
-    return false;
+std::optional<QByteArray> read(QString const& fileName, std::string& fault) {
+    QString why;
+    auto bytes = files::read(fileName, files::kMostText, &why);
+    if (!bytes)
+        fault = about("cannot read", fileName, why);
+    return bytes;
 }
 
 } // namespace
 
 bool isReadableFile(QString const& fileName, std::string& fault) {
-    QFile file(fileName);
-    return openRegularFile(file, fault);
+    return read(fileName, fault).has_value();
 }
 
 std::optional<std::vector<uint8_t>> readImage(QString const& fileName, std::string& fault) {
-    QFile file(fileName);
-    if (!openRegularFile(file, fault))
+    auto const bytes = read(fileName, fault);
+    if (!bytes)
         return std::nullopt;
-    QByteArray const bytes = file.read(kLargestImage + 1);
-    if (file.error() != QFileDevice::NoError) {
-        fault = about("cannot read", fileName, file.errorString());
-        return std::nullopt;
-    }
-    if (bytes.size() < kSmallestImage || bytes.size() > kLargestImage) {
+    if (bytes->size() < kSmallestImage || bytes->size() > kLargestImage) {
         fault = about("no image:", fileName,
-                      QStringLiteral("it has %1 bytes, an image 8 to 65536").arg(file.size()));
+                      QStringLiteral("it has %1 bytes, an image 8 to 65536").arg(bytes->size()));
         return std::nullopt;
     }
-    return std::vector<uint8_t>(bytes.begin(), bytes.end());
+    return std::vector<uint8_t>(bytes->begin(), bytes->end());
 }
 
 bool writeImage(QString const& fileName, std::span<uint8_t const> image, std::string& fault) {
-    QSaveFile file(fileName);
-    auto const size = qint64(image.size());
-    // Flushed here, because a commit does not notice when what is still buffered cannot be written.
-    if (file.open(QIODevice::WriteOnly) &&
-        file.write(reinterpret_cast<char const*>(image.data()), size) == size && file.flush() &&
-        file.commit())
+    QString why;
+    if (files::replace(fileName, {reinterpret_cast<char const*>(image.data()), int(image.size())}, &why))
         return true;
-    fault = about("cannot write", fileName, file.errorString());
+    fault = about("cannot write", fileName, why);
     return false;
 }
 
