@@ -10,6 +10,9 @@ namespace {
 
 constexpr std::array<char const*, 3> kColourNames = {"red", "green", "blue"};
 constexpr uint32_t kLargestGrid = 1024; // cells in a direction
+constexpr size_t kMostIlluminants = 16;
+constexpr double kLargestGain = 1000;
+constexpr double kLowestTemperature = 500, kHighestTemperature = 50000; // kelvin
 
 std::vector<double> readGains(JsonPlace const& place, size_t cells) {
     std::vector<double> gains;
@@ -18,6 +21,7 @@ std::vector<double> readGains(JsonPlace const& place, size_t cells) {
         gains.push_back(item.number());
         if (!(gains.back() > 0))
             item.fail(QStringLiteral("the gain must be above 0"));
+        (void)item.number(1 / kLargestGain, kLargestGain);
     }
     return gains;
 }
@@ -31,11 +35,16 @@ MeasuredShading readGrid(JsonPlace const& root) {
     shading.rows = root["rows"].integer(2, kLargestGrid);
     size_t const cells = size_t(shading.columns) * shading.rows;
     for (JsonPlace const& item : root["illuminants"].items()) {
+        if (shading.illuminants.size() == kMostIlluminants) {
+            item.fail(QStringLiteral("no more than %1 illuminants are read").arg(kMostIlluminants));
+            break;
+        }
         MeasuredShading::Illuminant illuminant;
         JsonPlace const temperature = item["colour_temperature_K"];
         illuminant.temperature = temperature.number();
         if (!(illuminant.temperature > 0))
             temperature.fail(QStringLiteral("the temperature must be above 0"));
+        (void)temperature.number(kLowestTemperature, kHighestTemperature);
         if (!shading.illuminants.empty() && illuminant.temperature <= shading.illuminants.back().temperature)
             temperature.fail(QStringLiteral("the temperatures must ascend"));
         for (size_t colour = 0; colour < kColourNames.size(); ++colour)

@@ -8,6 +8,7 @@ namespace {
 constexpr double kSteepestAngle = 80; // degrees
 constexpr double kLargestCentreOffset = 0.5;
 constexpr double kLargestTerm = 2;
+constexpr size_t kMostIlluminants = 16;
 constexpr double kRowSumTolerance = 1e-6;
 constexpr std::array<char const*, 3> kFilterNames = {"red", "green", "blue"};
 
@@ -29,6 +30,10 @@ Lens readLens(JsonPlace const& place) {
 std::vector<ColourShading> readShading(JsonPlace const& place) {
     std::vector<ColourShading> shading;
     for (JsonPlace const& item : place.items()) {
+        if (shading.size() == kMostIlluminants) {
+            item.fail(QStringLiteral("no more than %1 illuminants are read").arg(kMostIlluminants));
+            break;
+        }
         ColourShading illuminant{.temperature = item["temperature"].number(500, 50000)};
         for (size_t plane = 0; plane < kPlaneCount; ++plane)
             illuminant.terms[plane] = readNumbers<5>(item[kPlaneNames[plane]], kLargestTerm);

@@ -9,6 +9,7 @@ namespace simulator {
 namespace {
 
 constexpr int kDeepestBase = 4;
+constexpr int kMostFiles = 64; // each base may name several
 
 struct FormatName {
     char const* name;
@@ -17,20 +18,26 @@ struct FormatName {
 constexpr FormatName kFormatNames[] = {
     {"raw12", OutputFormat::Raw12}, {"raw8", OutputFormat::Raw8}, {"ycbcr", OutputFormat::Ycbcr}};
 
-QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth);
+QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth, int& filesRead);
 
-QJsonObject readBase(QString const& file, JsonPlace const& place, JsonFault& fault, int depth) {
+QJsonObject readBase(QString const& file, JsonPlace const& place, JsonFault& fault, int depth,
+                     int& filesRead) {
     QString const base = place.text() + QStringLiteral(".json");
     QString const beside = QFileInfo(file).dir().filePath(base);
     JsonFault baseFault;
     QJsonObject whole = readWithBases(QFileInfo::exists(beside) ? beside : profileFolder().filePath(base),
-                                      baseFault, depth + 1);
+                                      baseFault, depth + 1, filesRead);
     if (baseFault.isSet())
         fault.set(QStringLiteral("base"), baseFault.message);
     return whole;
 }
 
-QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth) {
+QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth, int& filesRead) {
+    if (++filesRead > kMostFiles) {
+        fault.file = QFileInfo(file).fileName();
+        fault.set({}, QStringLiteral("no more than %1 files make a profile").arg(kMostFiles));
+        return {};
+    }
     QJsonObject changes = readJsonFile(file, fault);
     if (!changes.contains(QStringLiteral("base")))
         return changes;
@@ -41,19 +48,23 @@ QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth) {
     JsonPlace const bases = JsonPlace(changes, {}, fault)["base"];
     QJsonObject whole;
     for (JsonPlace const& base : bases.isArray() ? bases.items() : std::vector{bases})
-        whole = mergedJson(whole, readBase(file, base, fault, depth));
+        if (!fault.isSet())
+            whole = mergedJson(whole, readBase(file, base, fault, depth, filesRead));
     changes.remove(QStringLiteral("base"));
     return mergedJson(whole, changes);
 }
 SensorArray readArray(JsonPlace const& place) {
     constexpr uint32_t kSmallestSide = 64;
     constexpr uint32_t kLargestSide = 16384;
+    constexpr uint64_t kMostPixels = 1 << 25; // a run on more would take an hour
     SensorArray array{.width = place["width"].integer(kSmallestSide, kLargestSide),
                       .height = place["height"].integer(kSmallestSide, kLargestSide),
                       .bayerPhase = place["bayerPhase"].integer(0, 3),
                       .orientation = place["orientation"].integer(0, 3)};
     if (array.width % 2 != 0 || array.height % 2 != 0)
         place.fail(QStringLiteral("width and height must be even"));
+    if (uint64_t(array.width) * array.height > kMostPixels)
+        place.fail(QStringLiteral("no more than %1 pixels are simulated").arg(kMostPixels));
     return array;
 }
 
@@ -297,7 +308,8 @@ double ReadOut::deliveredWhite() const {
 
 std::optional<Profile> readProfile(QString const& file, QString* error) {
     JsonFault fault;
-    QJsonObject whole = readWithBases(file, fault, 0);
+    int filesRead = 0;
+    QJsonObject whole = readWithBases(file, fault, 0, filesRead);
     Profile profile;
     if (!fault.isSet())
         profile = readSections(JsonPlace(whole, {}, fault));

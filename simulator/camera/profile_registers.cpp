@@ -8,6 +8,7 @@ namespace simulator {
 namespace {
 
 constexpr uint32_t kLargestFamily = 4096;
+constexpr size_t kMostRegisters = 65536;
 // Bounds of the short addresses that firmware variables have.
 constexpr uint32_t kFirmwareSpace = 1;
 constexpr uint32_t kLargestFirmwareId = 31;
@@ -127,6 +128,10 @@ std::vector<RegisterDefinition> readRegisters(JsonPlace const& place, uint32_t a
     for (QString const& group : place.keys()) {
         for (JsonPlace const& item : place[group.toUtf8().constData()].items()) {
             size_t const before = registers.size();
+            if (before > kMostRegisters) {
+                item.fail(QStringLiteral("no more than %1 registers are read").arg(kMostRegisters));
+                return registers;
+            }
             appendFamily(item, addressWidth, registers);
             for (size_t i = before; i < registers.size(); ++i) {
                 RegisterDefinition const& reg = registers[i];

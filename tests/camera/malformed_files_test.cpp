@@ -71,6 +71,45 @@ TEST(MalformedFiles, ProfileFaultIsNamedWithItsPlace) {
     }
 }
 
+QByteArray repeated(char const* item, int times) {
+    QByteArray items = item;
+    for (int i = 1; i < times; ++i)
+        items += ',' + QByteArray(item).replace("$", QByteArray::number(i));
+    return items.replace("$", "0");
+}
+
+// A file of a few lines must not ask for hours or for more than the memory.
+TEST(MalformedFiles, CountsAreBounded) {
+    TestFiles const files;
+    (void)files.write(QStringLiteral("q.json"), R"({"base": [)" + repeated("\"poly-12bit\"", 8) + "]}");
+    struct {
+        QByteArray content;
+        char const* message;
+    } const rows[] = {
+        {R"({"base": "poly-12bit", "array": {"width": 16384, "height": 16384}})",
+         "p.json: array: no more than 33554432 pixels"},
+        {R"({"base": [)" + repeated("\"q\"", 8) + "]}", "p.json: base: q.json: no more than 64 files"},
+        {R"({"base": "poly-12bit", "registers": {"more": [)" +
+             repeated(R"({"name": "R$_{i}_{j}", "address": 1, "id": $, "stride": 1, "indices": [
+                          {"letter": "i", "count": 64}, {"letter": "j", "count": 64}]})",
+                      20) +
+             "]}}",
+         "p.json: registers.more[16]: no more than 65536 registers"},
+        {R"({"base": "poly-12bit", "optics": {"colourShading": [)" +
+             repeated(R"({"temperature": 1$00, "red": [0,0,0,0,0], "greenRed": [0,0,0,0,0],
+                          "greenBlue": [0,0,0,0,0], "blue": [0,0,0,0,0]})",
+                      17) +
+             "]}}",
+         "p.json: optics.colourShading[16]: no more than 16 illuminants"},
+    };
+    for (auto const& row : rows) {
+        QString error;
+        EXPECT_FALSE(SimulatedCamera::open(files.write(QStringLiteral("p.json"), row.content), &error));
+        EXPECT_TRUE(error.startsWith(QLatin1String(row.message)))
+            << qPrintable(error) << "\nfor " << row.message;
+    }
+}
+
 // Each row replaces one text in the layout of a sensor with a base and three tables.
 struct Replacement {
     char const* from;
@@ -137,6 +176,8 @@ constexpr Replacement kShadingFaults[] = {
     {"\"rows\": 2", "\"rows\": 3", "m.json: illuminants[0].red: 6 values are expected, not 4"},
     {"\"red\": [5, ", "\"rot\": [5, ", "m.json: illuminants[1]: the key \"red\" is missing"},
     {"[5, 2,", "[5, 0,", "m.json: illuminants[1].red[1]: the gain must be above 0"},
+    {"[5, 2,", "[5, 1e-300,", "m.json: illuminants[1].red[1]: 1e-300 lies outside 0.001 to 1000"},
+    {"5000", "1e300", "m.json: illuminants[1].colour_temperature_K: 1e+300 lies outside 500 to 50000"},
     {"[5, 2,", "[5, null,", "m.json: illuminants[1].red[1]: a number is expected"},
     {"[5, 2,", "[5, 1e999,", "m.json: "},
     {"5000", "3000", "m.json: illuminants[1].colour_temperature_K: the temperatures must ascend"},
@@ -158,6 +199,15 @@ TEST(MalformedFiles, ShadingFaultIsNamedWithItsPlace) {
         EXPECT_TRUE(error.startsWith(QLatin1String(row.message)))
             << qPrintable(error) << "\nfor " << row.message;
     }
+    // Each light of a table is a page of charts where two are compared.
+    QByteArray const many =
+        R"({"format": "shading-gains-1", "name": "m", "columns": 2, "rows": 2, "illuminants": [)" +
+        repeated(R"({"colour_temperature_K": 1$00, "red": [1,1,1,1], "green": [1,1,1,1], "blue": [1,1,1,1]})",
+                 17) +
+        "]}";
+    EXPECT_FALSE(camera->useMeasuredShading(files.write(QStringLiteral("m.json"), many), &error));
+    EXPECT_EQ(error, QStringLiteral("m.json: illuminants[16]: no more than 16 illuminants are read"))
+        << qPrintable(error);
     EXPECT_FALSE(camera->useMeasuredShading(QStringLiteral("/nowhere.json"), &error));
     EXPECT_TRUE(error.startsWith(QLatin1String("nowhere.json: cannot be read"))) << qPrintable(error);
     EXPECT_EQ(camera->grab().pixels, openQuiet()->grab().pixels) << "a part of a refused file was used";
