@@ -5,6 +5,14 @@
 namespace pictara {
 namespace {
 
+constexpr int kNoted[] = {
+    SIGINT,
+    SIGTERM,
+#ifdef SIGHUP
+    SIGHUP,
+#endif
+};
+
 volatile std::sig_atomic_t interrupted = 0;
 
 } // namespace
@@ -17,8 +25,9 @@ static void onInterruption(int number) {
 }
 
 void noteInterruptions() {
-    std::signal(SIGINT, onInterruption);
-    std::signal(SIGTERM, onInterruption);
+    for (int const number : kNoted)
+        if (std::signal(number, onInterruption) == SIG_IGN)
+            std::signal(number, SIG_IGN); // whoever started the program wants it to go on
 }
 
 bool isInterrupted() {

@@ -4,6 +4,7 @@
 #include "tools/headboard-config/session.h"
 
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QLabel>
@@ -12,6 +13,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <csignal>
 #include <gtest/gtest.h>
 
 namespace {
@@ -145,7 +147,42 @@ TEST_F(HeadboardConfig, TheProgramRunsWithoutAScreenAndTellsItsEndByTheExitCode)
     EXPECT_EQ(run({"--eeprom", options.eepromFile}), kExitUsage);
     EXPECT_EQ(run({"--profile", "none-such"}), kExitUsage);
     EXPECT_EQ(run({"--colour"}), kExitUsage);
-    EXPECT_EQ(run({"--eeprom", "/no/such/folder/eeprom.bin"}), kExitNotSaved);
+    EXPECT_EQ(run({"--eeprom", "/no/such/folder/eeprom.bin"}), kExitUsage);
+    EXPECT_EQ(run({"--eeprom", file("other.bin"), "--settings", file("")}), kExitUsage);
+    EXPECT_EQ(run({"--eeprom", file("other.bin"), "--screenshot", "/no/such/folder/page.png"}),
+              kExitNotSaved);
 }
+
+#ifdef Q_OS_LINUX
+// Whether a process catches a signal, as the system tells it; it may not have come so far yet.
+bool catches(qint64 process, int signal) {
+    QFile status(QStringLiteral("/proc/%1/status").arg(process));
+    if (!status.open(QIODevice::ReadOnly))
+        return false;
+    QByteArray const text = status.readAll();
+    int const at = text.indexOf("SigCgt:\t");
+    return at >= 0 && (text.mid(at + 8, 16).toULongLong(nullptr, 16) >> (signal - 1) & 1) != 0;
+}
+
+// Blank, so that opening the page formats it: what the device keeps was written in this session.
+TEST_F(HeadboardConfig, AnInterruptedSessionKeepsWhatTheDeviceKeeps) {
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        QFile::remove(options.eepromFile);
+        QProcess process;
+        process.start(QStringLiteral(HEADBOARD_CONFIG),
+                      {"--settings", options.settingsFile, "--eeprom", options.eepromFile});
+        while (!catches(process.processId(), signal))
+            ASSERT_FALSE(process.waitForFinished(5)) << "it ended before it was told to";
+        ASSERT_EQ(::kill(pid_t(process.processId()), signal), 0);
+        ASSERT_TRUE(process.waitForFinished(kLongestRunMs));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), kExitInterrupted);
+        EXPECT_EQ(QFile(options.eepromFile).size(), 8192);
+        EXPECT_EQ(QDir(QFileInfo(options.eepromFile).path()).entryList(QDir::Files).filter("eeprom"),
+                  QStringList("eeprom.bin"));
+    }
+}
+#endif
 
 } // namespace

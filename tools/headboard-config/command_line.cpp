@@ -37,7 +37,8 @@ CommandLine parseCommandLine(QStringList const& arguments) {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Shows the headboard configuration page on a simulated camera.\n\n"
-        "Exit codes: 0 done, 1 the EEPROM or the picture could not be written, 2 bad command line or file."));
+        "Exit codes: 0 done, 1 the EEPROM or the picture could not be written, 2 bad command line or file, "
+        "130 interrupted."));
     parser.addHelpOption();
     for (OptionRow const& row : kOptions)
         parser.addOption({QString::fromLatin1(row.name), QString::fromLatin1(row.help),

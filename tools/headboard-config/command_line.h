@@ -7,8 +7,9 @@
 /// Exit codes of the program.
 enum ExitCode : int {
     kExitDone = 0,
-    kExitNotSaved = 1, ///< the EEPROM's file, or the picture, could not be written
-    kExitUsage = 2,    ///< bad command line, or a file that is missing or malformed
+    kExitNotSaved = 1,      ///< the EEPROM's file, or the picture, could not be written
+    kExitUsage = 2,         ///< bad command line, or a file that is missing or malformed
+    kExitInterrupted = 130, ///< by Ctrl-C, a request to terminate or the end of the terminal; all is kept
 };
 
 /// What the user asked for. File names are as typed.

@@ -1,15 +1,22 @@
 // headboard-config: the headboard configuration page on a simulated camera, for work by hand.
 
 #include "config_page/config_state.h"
+#include "simulator/files/whole_file.h"
+#include "simulator/host/interruption.h"
 #include "tools/headboard-config/session.h"
 
 #include <QApplication>
+#include <QBuffer>
+#include <QFileInfo>
 #include <QLabel>
+#include <QTimer>
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
 
 namespace {
+
+constexpr int kLookForInterruptionMs = 50;
 
 void complain(QString const& text) {
     std::fprintf(stderr, "headboard-config: %s\n", text.toLocal8Bit().constData());
@@ -48,24 +55,46 @@ void report(Config const& page) {
         std::printf("%s: %s\n", kNames[i], page.state().identification[i].toLocal8Bit().constData());
 }
 
+bool savePicture(QWidget& window, QString const& file) {
+    QByteArray const format = QFileInfo(file).suffix().toLatin1();
+    QBuffer buffer;
+    QString error = QStringLiteral("its name ends like no picture's");
+    bool const saved = buffer.open(QIODevice::WriteOnly) && window.grab().save(&buffer, format.constData()) &&
+                       files::replace(file, buffer.data(), &error);
+    if (!saved)
+        complain(QStringLiteral("The picture %1 cannot be written: %2").arg(file, error));
+    return saved;
+}
+
+// A signal may come at any place, so nothing is done in it; a step that is at work ends first.
+void workUntilClosedOrInterrupted() {
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [] {
+        if (pictara::isInterrupted())
+            QApplication::quit();
+    });
+    timer.start(kLookForInterruptionMs);
+    QApplication::exec();
+}
+
 int run(Session& session, Options const& options) {
     session.window().show();
     session.page().initialise();
     bool pictured = true;
     if (options.screenshotFile.isEmpty()) {
-        QApplication::exec();
+        workUntilClosedOrInterrupted();
     } else {
         QApplication::processEvents();
-        pictured = session.window().grab().save(options.screenshotFile);
-        if (!pictured)
-            complain(QStringLiteral("The picture %1 cannot be written.").arg(options.screenshotFile));
+        pictured = savePicture(session.window(), options.screenshotFile);
         report(session.page());
     }
     QString error;
     bool const saved = session.saveEeprom(&error);
     if (!saved)
         complain(error);
-    return saved && pictured ? kExitDone : kExitNotSaved;
+    if (!saved || !pictured)
+        return kExitNotSaved;
+    return pictara::isInterrupted() ? kExitInterrupted : kExitDone;
 }
 
 } // namespace
@@ -86,6 +115,8 @@ int main(int argc, char** argv) {
     // Qt has options of its own; the program's are not for it.
     int onlyTheProgramsName = 1;
     QApplication const application(onlyTheProgramsName, argv);
+    // The number on the label is spent once it was stored, so the EEPROM that bears it is not to be lost.
+    pictara::noteInterruptions();
     QString error;
     std::unique_ptr<Session> const session = Session::open(*commandLine.options, &error);
     if (!session) {

@@ -1,5 +1,7 @@
 #include "tools/headboard-config/session.h"
 
+#include "simulator/files/whole_file.h"
+
 #include <QFileInfo>
 #include <QVBoxLayout>
 
@@ -16,14 +18,29 @@ SensorRecord recordOf(simulator::SimulatedCamera const& camera) {
     return sensor;
 }
 
+// Told now: what a session stored could not be kept. Whoever reads the settings would wait for a pipe.
+bool isUsable(char const* what, QString const& file, QString* error) {
+    QString fault;
+    if (files::isReplaceable(file, &fault) &&
+        (!QFileInfo::exists(file) || files::read(file, files::kMostText, &fault)))
+        return true;
+    *error = QStringLiteral("The %1 file %2 cannot be used: %3").arg(QLatin1String(what), file, fault);
+    return false;
+}
+
 } // namespace
 
 std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     auto camera = simulator::SimulatedCamera::open(options.profile, error);
     if (!camera)
         return nullptr;
-    if (camera->hasEeprom() && QFileInfo::exists(options.eepromFile) &&
-        !camera->loadEeprom(options.eepromFile, error))
+    if (camera->hasEeprom()) {
+        if (QFileInfo::exists(options.eepromFile) && !camera->loadEeprom(options.eepromFile, error))
+            return nullptr;
+        if (!isUsable("EEPROM", options.eepromFile, error))
+            return nullptr;
+    }
+    if (!isUsable("settings", options.settingsFile, error))
         return nullptr;
     return std::unique_ptr<Session>(new Session(std::move(camera), options));
 }

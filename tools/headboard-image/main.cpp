@@ -1,3 +1,4 @@
+#include "simulator/host/interruption.h"
 #include "tools/headboard-image/command_line.h"
 
 #include <QCoreApplication>
@@ -13,6 +14,8 @@ void print(std::string const& text, std::FILE* file) {
 
 int main(int argc, char** argv) {
     QCoreApplication const application(argc, argv);
+    // A command takes no time that anybody would cut short, and leaves no half-written file beside the image.
+    pictara::noteInterruptions();
     headboard_image::Outcome const outcome = headboard_image::runCommandLine(QCoreApplication::arguments());
     print(outcome.output, stdout);
     if (!outcome.complaint.empty())
