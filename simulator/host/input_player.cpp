@@ -1,10 +1,12 @@
 #include "simulator/host/input_player.h"
 
 #include "simulator/host/boundary.h"
+#include "simulator/host/light_ranges.h"
 #include "simulator/host/session.h"
 
 #include <QCoreApplication>
 #include <QDialog>
+#include <utility>
 
 namespace pictara {
 
@@ -13,20 +15,24 @@ struct InputKinds {
     using Do = bool (*)(InputPlayer& player, QString const& rest, QString* error);
 
     static bool open(InputPlayer& player, QString const&, QString* error) {
-        return makeHeadless(player.m_session, player.m_dialog, error);
+        return !player.m_dialog.dialog && makeHeadless(player.m_session, player.m_dialog, error);
     }
 
     static bool show(InputPlayer& player, QString const&, QString* error) {
-        return player.m_dialog.dialog && showHeadless(player.m_dialog, error);
+        return player.m_dialog.dialog && !player.m_dialog.page && showHeadless(player.m_dialog, error);
     }
 
     static bool frame(InputPlayer& player, QString const&, QString*) {
+        if (!player.m_dialog.dialog)
+            return false;
         player.m_session.frames().deliverNext();
         QCoreApplication::processEvents();
         return true;
     }
 
     static bool tick(InputPlayer& player, QString const&, QString*) {
+        if (!player.m_dialog.page)
+            return false;
         player.m_dialog.page.stopTimer();
         player.m_dialog.page.tick();
         QCoreApplication::processEvents();
@@ -47,10 +53,12 @@ struct InputKinds {
 
     static bool light(InputPlayer& player, QString const& rest, QString*) {
         QStringList const words = rest.split(QLatin1Char(' '));
-        if (words.size() < 3)
+        simulator::Light const light{words.value(0).toDouble(), words.value(1).toDouble(),
+                                     words.value(2).toDouble(), words.value(3) == QLatin1String("object")};
+        if (!isIn(kColourTemperatures, light.colourTemperature) || !isIn(kLevels, light.level) ||
+            !isIn(kGradients, light.gradient))
             return false;
-        player.m_session.setLight({words[0].toDouble(), words[1].toDouble(), words[2].toDouble(),
-                                   words.value(3) == QLatin1String("object")});
+        player.m_session.setLight(light);
         return true;
     }
 
@@ -65,11 +73,14 @@ struct InputKinds {
     }
 
     static bool close(InputPlayer& player, QString const&, QString*) {
+        if (!std::exchange(player.m_dialog, {}).dialog)
+            return false;
         player.m_session.closePlugin();
         return true;
     }
 
 private:
+    static bool isIn(Range const& range, double value) { return value >= range.low && value <= range.high; }
     static QByteArray name(QString const& rest) { return rest.section(QLatin1Char(' '), 0, 0).toLatin1(); }
     static QString text(QString const& rest) { return rest.section(QLatin1Char(' '), 1); }
 };

@@ -1,6 +1,7 @@
 #include "simulator/host/recording.h"
 
 #include "simulator/files/whole_file.h"
+#include "simulator/host/light_ranges.h"
 #include "simulator/host/recorded_input.h"
 
 #include <QCoreApplication>
@@ -15,10 +16,10 @@ constexpr int kEepromSize = 8192, kRowSize = 32;
 constexpr char kBlankEeprom[] = "blank";
 constexpr qint64 kMostBytes = 64 << 20; // an hour of a script
 
-bool readNumber(QString const& text, double& number) {
+bool readNumber(QString const& text, Range const& range, double& number) {
     bool ok = false;
     number = text.toDouble(&ok);
-    return ok;
+    return ok && number >= range.low && number <= range.high;
 }
 
 /// An option in the head; one that stands as by default has no line, but for those that every head shows.
@@ -39,12 +40,12 @@ constexpr HeadOption kHeadOptions[] = {
      }},
     {"light", [](Options const& o) { return o.lightKelvin ? exactly(*o.lightKelvin) : QString(); },
      [](QString const& text, Options& o) {
-         return readNumber(text, o.lightKelvin.emplace());
+         return readNumber(text, kColourTemperatures, o.lightKelvin.emplace());
      }},
     {"level", [](Options const& o) { return exactly(o.lightLevel); },
-     [](QString const& text, Options& o) { return readNumber(text, o.lightLevel); }},
+     [](QString const& text, Options& o) { return readNumber(text, kLevels, o.lightLevel); }},
     {"gradient", [](Options const& o) { return exactly(o.lightGradient); },
-     [](QString const& text, Options& o) { return readNumber(text, o.lightGradient); }},
+     [](QString const& text, Options& o) { return readNumber(text, kGradients, o.lightGradient); }},
     {"object", [](Options const& o) { return QString::fromLatin1(o.objectInPicture ? "yes" : "no"); },
      [](QString const& text, Options& o) {
          o.objectInPicture = text == QLatin1String("yes");

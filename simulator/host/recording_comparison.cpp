@@ -5,8 +5,8 @@ namespace pictara {
 QByteArray RecordingComparison::nextInput() {
     if (m_difference || m_next >= m_recording.lines.size())
         return {};
-    // The replay made less calls than recorded.
-    if (!isInput(m_recording.lines[m_next])) {
+    // The replay made less calls than recorded, or did not even do what it was told last.
+    if (!isInput(m_recording.lines[m_next]) || (m_inputs > 0 && m_next == m_input)) {
         differ({});
         return {};
     }

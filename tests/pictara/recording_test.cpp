@@ -82,6 +82,7 @@ TEST_F(RecordingProgram, WhatIsNoRecordingIsRefusedWithTheLine) {
         {"pictara-sim recording 1\nprofile poly-12bit\nseed one\n\nopen\n", "copy.txt:3: "},
         {"pictara-sim recording 1\neeprom 8190 ffffff\n\nopen\n", "copy.txt:2: "},
         {"pictara-sim recording 1\nprofile poly-12bit\n", "no input"},
+        {"pictara-sim recording 1\nlight nan\n\nopen\n", "copy.txt:2: "},
         {"pictara-sim recording 1\nprofile no-such\n\nopen\n", "no-such"},
     };
     for (auto const& row : rows) {
@@ -89,6 +90,19 @@ TEST_F(RecordingProgram, WhatIsNoRecordingIsRefusedWithTheLine) {
         ProgramRun const run({"--replay", copy});
         EXPECT_EXIT_CODE(run, 2);
         EXPECT_TRUE(run.messages().contains(QLatin1String(row.told))) << run.messages().toStdString();
+    }
+}
+
+// The first of them once hung, since the replay did nothing, and the second one crashed.
+TEST_F(RecordingProgram, AnInputThatCannotBeGivenYetIsRefusedWithItsLine) {
+    for (char const* input : {"tick", "close", "frame 1", "show", "press AE", "light nan 1 0",
+                              "light 5000 1e9 0", "open\n\n    x", "fault"}) {
+        SCOPED_TRACE(input);
+        ASSERT_TRUE(
+            writeFile(copy, QByteArray("pictara-sim recording 1\nprofile kind25\n\n") + input + '\n'));
+        ProgramRun const run({"--replay", copy});
+        EXPECT_EXIT_CODE(run, 1);
+        EXPECT_TRUE(run.messages().contains(copy + QLatin1String(":"))) << run.messages().toStdString();
     }
 }
 
@@ -167,7 +181,7 @@ TEST_F(RecordingProgram, AScriptEndsAtTheLineThatFails) {
 #ifdef Q_OS_UNIX
 TEST_F(RecordingProgram, AnInterruptedRunLeavesWholeFiles) {
     QString const output = folder.filePath("out"), settings = output + "/settings.ini";
-    for (int const signal : {SIGINT, SIGTERM}) {
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
         QProcess process;
         process.start(QStringLiteral(PICTARA_SIM),
                       {"--run-all", "--profile", writeSmallProfile(folder.path(), "poly-12bit", {}),
