@@ -73,7 +73,7 @@ void ConfigFlow::testEeprom() {
     refreshDisplays();
 }
 
-// Every step below looks first whether the page still lives.
+// A host or library call may delete the page: whoever goes on after one looks first whether it still lives.
 
 void ConfigFlow::detectEeprom() {
     WaitCursor const cursor(m_core.widgets.page);

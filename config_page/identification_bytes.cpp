@@ -32,6 +32,7 @@ void writeIdentification(Host const& host, uint32_t device, Identification field
 }
 
 QString identificationText(uint32_t code) {
-    // To Qt "%02" is a marker's number and no width: 1 is told as 0x1, deliberately.
+    // To Qt "%02" is a marker's number and no width: 1 is told as 0x1, deliberately, as the text is only read
+    // by people.
     return QStringLiteral("0x%02").arg(code, 0, 16);
 }

@@ -18,11 +18,12 @@ struct RegisterEntry {
     friend bool operator==(RegisterEntry const&, RegisterEntry const&) = default;
 };
 
-/// How an entry is coded. The short kinds hold no mask and 16 bits of value.
+/// How an entry is coded. The short kinds hold no mask, 16 bits of value and only the low bits of id and
+/// address.
 enum class EntryKind : uint8_t {
     Full = 2,          ///< 18 bytes: everything
     ShortRegister = 3, ///< 4 bytes: a sensor register
-    ShortVariable = 4, ///< 4 bytes: a firmware variable with id up to 31 and address up to 0x3FF
+    ShortVariable = 4, ///< 4 bytes: a firmware variable, 5 bits of its id and 10 of its address
 };
 
 /// The kind of a coded byte; empty for any other value.
@@ -31,7 +32,9 @@ enum class EntryKind : uint8_t {
 /// Bytes that an entry of a kind takes.
 [[nodiscard]] size_t entrySize(EntryKind kind);
 
-/// The shortest kind that an entry fits. `sensor` is what the library says of the open sensor.
+/// The kind that an entry is written in: a short one when class, size and mask allow it. Id, address and
+/// value are not looked at, so a short kind may cut them. `sensor` is what the library says of the open
+/// sensor.
 [[nodiscard]] EntryKind chooseEntryKind(RegisterEntry const& entry, std::optional<SensorInfo> const& sensor);
 
 /// `entrySize(kind)` bytes; what the kind has no room for is cut off.

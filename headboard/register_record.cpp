@@ -43,7 +43,7 @@ constexpr ModelRange kKind68Later = {68, 2, kAnyVariant};
 constexpr ModelRange kKind76Later = {76, 2, kAnyVariant};
 
 // Registers that a model has but does not replay. A trailing "*" stands for any rest of the name. Of kind 68,
-// P_CR_Q5 and P_CB_Q5 are replayed, deliberately.
+// P_CR_Q5 and P_CB_Q5 are replayed, deliberately: only the terms of the four planes are left out.
 struct LeftOut {
     ModelRange models;
     std::string_view pattern;

@@ -17,6 +17,6 @@ struct Uniformity {
 /// together, or without data are larger than any sensor's.
 [[nodiscard]] std::optional<Uniformity> measureUniformity(Frame const& frame, int skippedRows);
 
-/// Paints a two pixels wide ring around a block into an RGB-32 frame. It lies one pixel further out at the
-/// top and left than at the bottom and right; that is the look which users know.
+/// Paints a ring close around a block into an RGB-32 frame, two pixels wide on all sides. Since the block's
+/// right and bottom edges are exclusive, it begins at them, and one pixel before the left and top ones.
 void paintRing(Frame const& frame, QRect const& block, uint32_t pixel);

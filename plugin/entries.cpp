@@ -21,7 +21,8 @@ constexpr uint32_t kApiVersion = 5;
 constexpr uint32_t kKindWithoutCalibration = 36;
 constexpr uint32_t kKindWithoutPage = 97;
 
-// The mismatch is silent to the user, deliberately: the box is made and never shown. It needs an application.
+// The mismatch is silent to the user, deliberately: the null result tells the host, who knows what it asked
+// for. So the box is made and never shown; it needs an application.
 void reportVersionMismatch() {
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
         return;

@@ -11,12 +11,13 @@ class QDialog;
 extern "C" {
 
 /// Makes the wizard for a sensor. Null for another interface version than 5, for a sensor kind that has no
-/// calibration, and when the host's ini file holds no calibration preset. The plug-in keeps the dialog until
-/// the library is unloaded; the host may delete it earlier.
+/// calibration, and when the host's ini file holds no calibration preset. The plug-in keeps the last dialog
+/// until the library is unloaded; the host may delete it earlier.
 KESTRA_EXPORT QDialog* OpenQtDialog(uint32_t apiVersion, QWidget* parent, SensorRecord const* sensor,
                                     HostServices const* services) noexcept;
 
-/// Does nothing: the dialog stays for the next `OpenQtDialog`, or for the library's end.
+/// Does nothing: the dialog stays where it is. The next `OpenQtDialog` makes another one and leaves this one
+/// to the host, and to its parent.
 KESTRA_EXPORT void CloseDialog() noexcept;
 
 /// Hands a frame to the pages. An RGB-32 frame may be painted into.
