@@ -68,7 +68,8 @@ KestraMfr::~KestraMfr() {
     if (qtRuns) {
         Config* const configPage = g_configPage;
         delete configPage;
-        leave(g_configPage, configPage); // the old value, deliberately
+        leave(g_configPage,
+              configPage); // the old value, deliberately: what is set from outside is cleared there
         deleteMember(g_wizard);
     }
     clear(g_lensAssist);

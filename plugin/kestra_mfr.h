@@ -31,7 +31,7 @@ public:
 
     /// The headboard configuration page, asked by the calibration pages before they save. Null in this build,
     /// whose dialog shows none; `makeConfigPage` sets it. The destructor deletes it and leaves the old value,
-    /// deliberately.
+    /// deliberately: what is set from outside is cleared there.
     Config* g_configPage;
     LensAssist* g_lensAssist;           ///< the lens-shading page, when one was created
     LensAssistApga* g_lensAssistApga;   ///< the three-illuminant page, when one was created
