@@ -2,6 +2,11 @@
 
 #include "common/libraries.h"
 
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+#include <vector>
+
 namespace {
 
 constexpr uint32_t kChromaZero = 128;
@@ -9,6 +14,26 @@ constexpr uint32_t kFullRangeHigh = 255;
 constexpr uint32_t kVideoRangeChromaHigh = 224;
 
 } // namespace
+
+std::shared_ptr<void const> gaplessPixels(Frame const& frame) {
+    int64_t const rowBytes = int64_t{frame.width} * frame.bytesPerPixel();
+    if (!frame.data || frame.width <= 0 || frame.height <= 0)
+        return nullptr;
+    if (frame.pitch == 0 || frame.pitch == rowBytes)
+        return {std::shared_ptr<void>(), frame.data};
+    if (!frame.isConsistent(frame.bytesPerPixel()))
+        return nullptr;
+    try {
+        auto const copy = std::make_shared<std::vector<uint8_t>>(size_t(rowBytes * frame.height));
+        for (int64_t y = 0; y < frame.height; ++y)
+            std::copy_n(frame.row(y), rowBytes, copy->begin() + ptrdiff_t(y * rowBytes));
+        return {copy, copy->data()};
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    } catch (std::length_error const&) {
+        return nullptr;
+    }
+}
 
 BayerCoding readBayerCoding(Host const& host) {
     auto const xOffset = uint32_t(host.readState("X Offset"));

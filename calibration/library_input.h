@@ -3,6 +3,9 @@
 #include "calibration/page_core.h"
 
 #include "common/shadefit.h"
+#include "hoststate/frame.h"
+
+#include <memory>
 
 /// An image for the calibration library: rows from the top without gaps, in the library's 8-bit or 16-bit
 /// form.
@@ -13,6 +16,12 @@ struct LibraryImage {
     bool isYcbcr = false;
     uint32_t bits = 8; ///< a Bayer sample's
 };
+
+/// A frame's pixels as the library reads them, which knows no pitch: rows from the top without gaps. They are
+/// borrowed from the frame, pitch 0 telling that it has no gaps, or a copy where they lie otherwise. Null
+/// when they cannot be read: no data, a size of 0 or less, a pitch shorter than a row, no memory for the
+/// copy.
+[[nodiscard]] std::shared_ptr<void const> gaplessPixels(Frame const& frame);
 
 /// How the samples of a Bayer image lie.
 struct BayerCoding {

@@ -47,13 +47,16 @@ size_t GuardedFrame::bytesPerPixel() const {
 }
 
 size_t GuardedFrame::rowBytes() const {
+    // Pitch 0 tells of a raw frame without gaps.
+    if (m_pitch == 0)
+        return m_width > 0 ? size_t(m_width) * bytesPerPixel() : 0;
     return size_t(m_pitch < 0 ? -int64_t{m_pitch} : int64_t{m_pitch});
 }
 
 bool GuardedFrame::isConsistent() const {
     // These two are captured by their rows' bytes alone.
     if (m_type == kRaw12 || m_type == kYcbcr)
-        return m_height > 0 && m_pitch != 0;
+        return m_height > 0 && rowBytes() > 0;
     return m_width > 0 && m_height > 0 && rowBytes() >= size_t(m_width) * bytesPerPixel();
 }
 
@@ -104,7 +107,7 @@ void GuardedFrame::deliver() {
     else
         ImageData(data, m_type, uint32_t(m_width), m_height, uint32_t(m_pitch));
     // Only the pixels of a displayed frame may be painted into, never what pads its rows.
-    size_t const painted = m_type == kRgb32 ? size_t(m_width) * 4 : 0;
+    size_t const painted = m_type == kRgb32 && m_pitch != 0 ? size_t(m_width) * 4 : 0;
     for (size_t row = 0; row < m_before.size(); row += rowBytes())
         MUST_HOLD(!std::memcmp(m_pixels + row + painted, &m_before[row] + painted, rowBytes() - painted));
 }

@@ -17,6 +17,12 @@ struct Frame {
 
     [[nodiscard]] bool isRgb32() const { return type == ImageType::Rgb32; }
 
+    [[nodiscard]] int bytesPerPixel() const {
+        if (isRgb32())
+            return 4;
+        return type == ImageType::Ycbcr || type == ImageType::Raw12 ? 2 : 1;
+    }
+
     /// Whether the sizes hold together for `bytesPerPixel`: both above 0 and the pitch wide enough for a row.
     [[nodiscard]] bool isConsistent(int bytesPerPixel) const {
         int64_t const step = pitch < 0 ? -int64_t{pitch} : int64_t{pitch};
@@ -25,11 +31,6 @@ struct Frame {
 
     /// Whether RGB-32 pixels of the frame may be touched.
     [[nodiscard]] bool hasRgb32Pixels() const { return data && isRgb32() && isConsistent(4); }
-
-    /// Whether a reader that knows no pitch may walk the frame from its first byte on.
-    [[nodiscard]] bool isReadableTopDown(int bytesPerPixel) const {
-        return data && pitch > 0 && isConsistent(bytesPerPixel);
-    }
 
     /// First byte of a row.
     [[nodiscard]] uint8_t const* row(int64_t y) const {

@@ -21,17 +21,6 @@ constexpr int kUnusableTopRows = 2;
 constexpr uint32_t kAllBits = 0xFFFFFFFF;
 constexpr int kIncompatibleSize = -2; // a library's result
 
-int bytesPerPixel(ImageType type) {
-    switch (type) {
-    case ImageType::Rgb32:
-        return 4;
-    case ImageType::Ycbcr:
-    case ImageType::Raw12:
-        return 2;
-    }
-    return 1;
-}
-
 int findSolution(PageCore const& core, ShadingHandle const& handle) {
     int32_t const falloff = falloffPercent(core.widgets.falloffText());
     sf_SolutionParams const solution = makeSolutionParams(falloff, core.state.lensRadius);
@@ -107,9 +96,7 @@ void LensAssistFlow::captureFrame(Frame const& frame) {
     countPhase(core, frame, phase::kLoaded, phase::kMeasure - 1);
     bool const due =
         core.state.lscStepState == kInProgress && core.state.lscStepProgress == phase::kSettleEnd;
-    // A frame that the library cannot read whole is not handed over; the next one may be good.
-    if (!due || m_solving || !isCalibrationInput(frame) ||
-        !frame.isReadableTopDown(bytesPerPixel(frame.type)))
+    if (!due || m_solving || !isCalibrationInput(frame))
         return;
     QScopedValueRollback<bool> const solving(m_solving, true);
     solve(frame);
@@ -120,8 +107,13 @@ void LensAssistFlow::solve(Frame const& frame) {
     ShadingHandle const handle = core.state.shadingHandle;
     if (!handle)
         return;
+    std::shared_ptr<void const> const pixels = gaplessPixels(frame); // until the library has solved
+    if (!pixels) {
+        core.state.lscStepState = kFailedOtherwise; // to wait for a better one would tell the user nothing
+        return;
+    }
     LibraryImage const image = {
-        .data = frame.data,
+        .data = pixels.get(),
         .width = uint32_t(frame.width),
         .height = uint32_t(frame.height),
         .isYcbcr = frame.type == ImageType::Ycbcr,

@@ -126,17 +126,65 @@ TEST_F(LensAssistPage, EachKindTakesItsOwnFrames) {
     }
 }
 
-TEST_F(LensAssistPage, FramesThatTheLibraryCannotReadWholeWait) {
+TEST_F(LensAssistPage, AFrameThatCannotBeReadFailsTheStepAndTheNextCalibrationSucceeds) {
     open();
-    calibrateToCapture();
     uint8_t const pixels[64] = {};
     for (Frame const& frame :
          {Frame{nullptr, ImageType::Raw12, 4, 4, 8}, Frame{pixels, ImageType::Raw12, 4, 4, 7},
-          Frame{pixels, ImageType::Raw12, 0, 4, 8}, Frame{pixels, ImageType::Raw12, 4, -4, 8},
-          Frame{pixels, ImageType::Raw12, 4, 4, -8}})
+          Frame{pixels, ImageType::Raw12, 4, 4, -7}, Frame{pixels, ImageType::Raw12, 0, 4, 8},
+          Frame{pixels, ImageType::Raw12, -4, 4, 0}, Frame{pixels, ImageType::Raw12, 4, -4, 8},
+          Frame{nullptr, ImageType::Raw12, 4, 4, 0},
+          Frame{pixels, ImageType::Ycbcr, INT32_MAX, INT32_MAX, INT32_MIN}}) {
+        SCOPED_TRACE(frame.pitch);
+        calibrateToCapture();
+        host.log.clear();
         page->onFrame(frame);
-    EXPECT_TRUE(host.calls("setInput").empty());
-    EXPECT_EQ(state().lscStepProgress, 30);
+        EXPECT_TRUE(host.calls("setInput").empty());
+        EXPECT_EQ(text("Calibrate_Status"), "Error. Are the External sensor data files installed?");
+        frames(1, 13);
+        EXPECT_EQ(state().lscStepState, kFailedOtherwise);
+        solve();
+    }
+}
+
+TEST_F(LensAssistPage, TheLibraryGetsTheRowsFromTheTopWithoutGapsWhateverThePitch) {
+    struct Row {
+        uint32_t kind, type;
+        int bytesPerPixel;
+    };
+    constexpr int kWidth = 5, kHeight = 3;
+    for (Row const& row : {Row{200, 13, 2}, Row{200, 5, 2}, Row{200, 8, 1}, Row{16, 11, 4}}) {
+        int const rowBytes = kWidth * row.bytesPerPixel;
+        for (int const pitch : {0, rowBytes, rowBytes + 3, -rowBytes, -rowBytes - 1}) {
+            SCOPED_TRACE(std::to_string(row.type) + ' ' + std::to_string(pitch));
+            sensor.sensorKind = row.kind;
+            libraries.bitfields.insert("COLOR_PIPELINE_CONTROL.LENS_SHADING");
+            open();
+            click("Calibrate");
+            frames(row.kind == 16 ? 5 : 6);
+            int const step = pitch == 0 ? rowBytes : std::abs(pitch);
+            std::vector<uint8_t> memory(size_t(step * kHeight), 0xEE), expected;
+            uint8_t* const first = pitch < 0 ? memory.data() + step * (kHeight - 1) : memory.data();
+            for (int y = 0; y < kHeight; ++y)
+                for (int x = 0; x < rowBytes; ++x) {
+                    expected.push_back(uint8_t(50 * y + x));
+                    first[(pitch < 0 ? -step : step) * y + x] = expected.back();
+                }
+            std::vector<uint8_t> handedOver;
+            // The library may read until it has solved.
+            host.onCall = [&](std::string const& call) {
+                if (call != "findSolution")
+                    return;
+                auto const* const bytes = static_cast<uint8_t const*>(libraries.frame);
+                handedOver.assign(bytes, bytes + expected.size());
+            };
+            page->onFrame({first, ImageType(row.type), kWidth, kHeight, pitch});
+            host.onCall = nullptr;
+            EXPECT_EQ(handedOver, expected);
+            EXPECT_EQ(libraries.frame == first, pitch == 0 || pitch == rowBytes) << "copied without need";
+            EXPECT_EQ(state().lscStepProgress, phase::kSolved);
+        }
+    }
 }
 
 TEST_F(LensAssistPage, YcbcrInputCarriesTheLumaRange) {
