@@ -34,6 +34,7 @@ void detectEeprom(PageCore& core) {
     PageState& state = core.state;
     if (state.eepromState != kEepromUnknown)
         return;
+    WaitCursor const cursor(core.widgets.page);
     ChangeGroup const group(core.host);
     HeadboardEeprom const eeprom = renewEeprom(core.eepromSlot, core.sensor.camera);
     EepromState const found = stateOf(probeEeprom(eeprom));

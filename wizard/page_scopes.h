@@ -29,8 +29,11 @@ public:
             m_page->setCursor(Qt::WaitCursor);
     }
     ~WaitCursor() {
-        if (m_page)
-            m_page->unsetCursor();
+        if (!m_page)
+            return;
+        m_page->unsetCursor();
+        // A window keeps this, and once it is a tab would not take the cursor of its dialog.
+        m_page->setAttribute(Qt::WA_SetCursor, false);
     }
     WaitCursor(WaitCursor const&) = delete;
     WaitCursor& operator=(WaitCursor const&) = delete;

@@ -50,6 +50,19 @@ TEST_P(EepromStep, OpeningFormatsABlankEepromInSilence) {
     EXPECT_EQ(head, (std::vector<uint8_t>{'V', 'Y', 'E', 'E', 1, 0xFF, 0xFF}));
     EXPECT_TRUE(widget<QPushButton>("Prom_Save")->isEnabled());
     EXPECT_TRUE(host.isBalanced());
+
+    int transfers = 0;
+    host.onCall = [&](std::string const& call) {
+        if (!call.starts_with("readBus") && !call.starts_with("writeBus"))
+            return;
+        ++transfers;
+        EXPECT_EQ(page->cursor().shape(), Qt::WaitCursor);
+    };
+    libraries.headboard.device[0] = 0xFF;
+    click("Start_Over");
+    host.onCall = nullptr;
+    EXPECT_GE(transfers, 4);
+    EXPECT_EQ(page->cursor().shape(), Qt::ArrowCursor);
 }
 
 TEST_P(EepromStep, PresenceIsToldApartFromFailure) {
