@@ -110,10 +110,12 @@ void ConfigFlow::showSerialNumber(QString const& number, QString const& origin) 
     // What the user entered meanwhile stays.
     if (!m_core.alive || !m_core.widgets.serialNumber().isEmpty())
         return;
-    UpdateGuard const guard(m_core.state.updateDepth);
-    m_core.widgets.showSerialNumber(number);
+    {
+        UpdateGuard const guard(m_core.state.updateDepth);
+        m_core.widgets.showSerialNumber(number);
+    }
     m_core.widgets.showFormatMessage(origin);
-    serialNumberChanged();
+    tellSerialNumberEdited();
 }
 
 void ConfigFlow::readIdentificationBytes() {
@@ -256,11 +258,15 @@ void ConfigFlow::comboChanged(Identification field) {
 }
 
 void ConfigFlow::serialNumberChanged() {
-    if (m_core.state.updateDepth == 0) {
-        refreshSerialState();
-        refreshDisplays();
-    }
-    // The calibration pages are told of numbers from code, too.
+    // A number from the page itself is told of by the page, once the line edit has done its part.
+    if (m_core.state.updateDepth > 0)
+        return;
+    refreshSerialState();
+    refreshDisplays();
+    tellSerialNumberEdited();
+}
+
+void ConfigFlow::tellSerialNumberEdited() {
     if (m_core.alive && m_core.serialNumberEdited)
         std::function(m_core.serialNumberEdited)(m_core.widgets.serialNumber().isEmpty());
 }

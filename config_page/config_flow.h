@@ -27,6 +27,7 @@ private:
     void detectEeprom();
     void refillSerialNumber();
     void showSerialNumber(QString const& number, QString const& origin);
+    void tellSerialNumberEdited();
     void readIdentificationBytes();
     void writeIdentificationBytes();
     void applyEnteredNumber();

@@ -1,7 +1,5 @@
 #include "config_page/config_widgets.h"
 
-#include <QSignalBlocker>
-
 namespace {
 
 void add(QComboBox& combo, ProductCode const& product) {
@@ -72,10 +70,8 @@ void ConfigWidgets::select(Identification field, uint32_t code) {
 }
 
 void ConfigWidgets::showSerialNumber(QString const& number) {
-    if (!SN)
-        return;
-    QSignalBlocker const silent(SN.data());
-    SN->setText(number);
+    if (SN)
+        SN->setText(number);
 }
 
 void ConfigWidgets::showFormatMessage(QString const& text) {

@@ -44,7 +44,6 @@ public:
     void fitInterfaces();
     /// Selects the row of a code, or none.
     void select(Identification field, uint32_t code);
-    /// Without the signal of an edit, which would come from within the line edit.
     void showSerialNumber(QString const& number);
     void showFormatMessage(QString const& text);
     void show(ConfigStatus const& eeprom, ConfigStatus const& serial);

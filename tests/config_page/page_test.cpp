@@ -64,8 +64,14 @@ TEST_F(ConfigPage, AFailureOfTheDeviceIsToldApartFromItsSilence) {
 
 TEST_F(ConfigPage, TheNumberComesFromTheEepromBeforeItIsGenerated) {
     host.textSettings["KestraMfr SN"] = "ABC1234999";
-    open();
+    HostServices const table = services();
+    make(&table);
+    QStringList signalled;
+    QObject::connect(widget<QLineEdit>("SN"), &QLineEdit::textChanged,
+                     [&](QString const& number) { signalled += number; });
+    page->initialise();
     EXPECT_EQ(page->serialNumber(), "ABC1234001");
+    EXPECT_EQ(signalled, QStringList("ABC1234001")) << "like a typed one";
     EXPECT_EQ(text("SN_RegStatus"),
               "Serial Number generated from last \"Apply\".\nCount portion incremented by 1.");
     EXPECT_TRUE(isEnabled("Apply"));
