@@ -93,9 +93,9 @@ void ConfigFlow::refillSerialNumber() {
     if (!m_core.alive || m_core.state.eepromState != ConfigState::EepromPresent ||
         !m_core.widgets.serialNumber().isEmpty())
         return;
-    QByteArray const stored = storedSerialNumber(m_core);
+    QString const stored = storedSerialNumber(m_core);
     if (!stored.isEmpty())
-        return showSerialNumber(QString::fromLocal8Bit(stored),
+        return showSerialNumber(stored,
                                 translated(QT_TRANSLATE_NOOP("Config", "Serial Number loaded from EEPROM")));
     if (!m_core.alive)
         return;
@@ -182,13 +182,13 @@ void ConfigFlow::applySerialNumber() {
     if (m_core.storing || !m_core.alive)
         return;
     QScopedValueRollback<bool> const storing(m_core.storing, true);
-    QByteArray const number = m_core.widgets.serialNumber().toLocal8Bit();
+    QString const number = m_core.widgets.serialNumber();
     if (!number.isEmpty() && number != storedSerialNumber(m_core) && m_core.alive) {
         storeSerialNumber(m_core, number);
         if (!m_core.alive)
             return;
         // Also after a failure: the next number follows the last one that was asked for.
-        m_core.host.writeTextSetting(kLastNumberSetting, number.constData());
+        m_core.host.writeTextSetting(kLastNumberSetting, number.toLocal8Bit().constData());
     }
     refreshSerialState();
     refreshDisplays();
@@ -274,10 +274,9 @@ void ConfigFlow::tellSerialNumberEdited() {
 void ConfigFlow::refreshSerialState() {
     if (!m_core.alive)
         return;
-    QByteArray const stored =
-        m_core.widgets.serialNumber().isEmpty() ? QByteArray() : storedSerialNumber(m_core);
+    QString const stored = m_core.widgets.serialNumber().isEmpty() ? QString() : storedSerialNumber(m_core);
     // The text anew: it may have been edited meanwhile.
-    QByteArray const number = m_core.widgets.serialNumber().toLocal8Bit();
+    QString const number = m_core.widgets.serialNumber();
     if (number.isEmpty())
         m_core.state.serialState = ConfigState::SerialEmpty;
     else

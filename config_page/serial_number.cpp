@@ -23,13 +23,13 @@ int countOf(QString const& text) {
     return std::all_of(text.begin(), text.end(), isDigit) ? text.toInt() : 0;
 }
 
-QByteArray numberInImage(HeadboardEeprom const& eeprom) {
+QString numberInImage(HeadboardEeprom const& eeprom) {
     std::array<uint8_t, kRecordBuffer> record{};
     int32_t const size = EepromReadNth(eeprom, kRecordHeadboardId, nullptr, 0, record);
     if (size < int32_t(kRecordHead))
         return {};
     auto const* const text = reinterpret_cast<char const*>(record.data()) + kRecordHead;
-    return {text, int(qstrnlen(text, uint(size) - kRecordHead))};
+    return QString::fromLocal8Bit(text, int(qstrnlen(text, uint(size) - kRecordHead)));
 }
 
 int32_t replaceInImage(HeadboardEeprom const& eeprom, QByteArray const& number) {
@@ -62,20 +62,20 @@ std::optional<QString> nextSerialNumber(QString const& last) {
            QString::number(count).rightJustified(kCountLength, QLatin1Char('0'));
 }
 
-QByteArray storedSerialNumber(ConfigCore& core) {
+QString storedSerialNumber(ConfigCore& core) {
     ChangeGroup const group(core.host);
     if (!core.alive)
         return {};
     HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
-    QByteArray const number = numberInImage(eeprom);
-    return hasUnwritten(eeprom) ? QByteArray() : number;
+    QString const number = numberInImage(eeprom);
+    return hasUnwritten(eeprom) ? QString() : number;
 }
 
-void storeSerialNumber(ConfigCore& core, QByteArray const& number) {
+void storeSerialNumber(ConfigCore& core, QString const& number) {
     WaitCursor const cursor(core.widgets.page);
     HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
     // What an earlier attempt could not write is in the image already and only waits for the flush.
     bool const isInImage = numberInImage(eeprom) == number;
-    if (core.alive && (isInImage || replaceInImage(eeprom, number) == kEepromOk))
+    if (core.alive && (isInImage || replaceInImage(eeprom, number.toLocal8Bit()) == kEepromOk))
         flushChanges(core, eeprom);
 }

@@ -2,12 +2,12 @@
 
 #include "config_page/config_core.h"
 
-#include <QByteArray>
 #include <QString>
 #include <optional>
 
-// The headboard's serial number: the text of the EEPROM's first "Headboard ID" record. In bytes it is local
-// 8-bit, as the record and the host hold it.
+// The headboard's serial number: the text of the EEPROM's first "Headboard ID" record. Record and host hold
+// it in local 8-bit, which may lack letters of a number and allows bytes that are no letter; so numbers are
+// compared as texts.
 
 /// Ten characters, whichever they are, make a serial number.
 [[nodiscard]] bool isSerialNumber(QString const& text);
@@ -18,8 +18,8 @@
 
 /// The number in the EEPROM; empty when there is none, none that can be read, or while the chain that holds
 /// it is not wholly written.
-[[nodiscard]] QByteArray storedSerialNumber(ConfigCore& core);
+[[nodiscard]] QString storedSerialNumber(ConfigCore& core);
 
 /// Puts a number in the place of the stored one, in the device too; whether that succeeded is seen by reading
 /// it again.
-void storeSerialNumber(ConfigCore& core, QByteArray const& number);
+void storeSerialNumber(ConfigCore& core, QString const& number);

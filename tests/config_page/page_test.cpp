@@ -3,6 +3,7 @@
 #include "tests/config_page/config_fixture.h"
 
 #include <QCoreApplication>
+#include <QTextCodec>
 #include <algorithm>
 
 namespace {
@@ -96,6 +97,22 @@ TEST_F(ConfigPage, TheNumberComesFromTheEepromBeforeItIsGenerated) {
         open();
         EXPECT_EQ(page->serialNumber().size(), length == 997 ? length : 0);
     }
+}
+
+TEST_F(ConfigPage, ANumberIsStoredOnlyWhenItComesBackAsTheSameText) {
+    QTextCodec* const usual = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    store({{kHeadboardId, "AB\xFF"}}); // no text in this encoding
+    open();
+    EXPECT_EQ(page->serialNumber(), QString::fromUtf8("AB\uFFFD"));
+    EXPECT_EQ(text("SN_Status"), "Done. Serial number is saved.") << "as it is shown";
+
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    enter("ABC123400\u03A9"); // a letter that it lacks
+    click("Apply");
+    EXPECT_EQ(deviceNumber(), "ABC123400?");
+    EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
+    QTextCodec::setCodecForLocale(usual);
 }
 
 TEST_F(ConfigPage, TheIdentificationBytesSelectAndOnlyTheUserMakesTheListsDirty) {
