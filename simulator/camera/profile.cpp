@@ -56,7 +56,7 @@ QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth, int&
 SensorArray readArray(JsonPlace const& place) {
     constexpr uint32_t kSmallestSide = 64;
     constexpr uint32_t kLargestSide = 16384;
-    constexpr uint64_t kMostPixels = 1 << 25; // a run on more would take an hour
+    constexpr uint64_t kMostPixels = 1 << 25; // a run takes a minute and 1 GB
     SensorArray array{.width = place["width"].integer(kSmallestSide, kLargestSide),
                       .height = place["height"].integer(kSmallestSide, kLargestSide),
                       .bayerPhase = place["bayerPhase"].integer(0, 3),
