@@ -179,7 +179,9 @@ void LensAssistApgaFlow::solve() {
     IlluminantTemperatures temperatures{};
     for (size_t i = 0; i < kIlluminants; ++i)
         temperatures[i] = toInt32(m_display.temperature(i));
-    findIlluminantSolution(core, m_captured, m_mode, temperatures);
+    core.widgets.paintAtOnce(core.widgets.calibration);
+    if (core.alive)
+        findIlluminantSolution(core, m_captured, m_mode, temperatures);
     PageState& state = core.state;
     bool const isOurs = core.alive && state.shadingHandle == handle && state.lscStepProgress == 0 &&
                         (state.lscStepState == kInProgress || isFailed(state.lscStepState));

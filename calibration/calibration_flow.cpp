@@ -123,6 +123,7 @@ void CalibrationFlow::applySetup() {
         WaitCursor const cursor(core.widgets.page);
         storeAllSettings();
         refreshStatus(core);
+        core.widgets.paintAtOnce(core.widgets.setup);
         if (core.alive)
             applied = applyPreset(core.host, kSetupPreset);
         if (core.alive)

@@ -51,6 +51,7 @@ void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
     ChangeGroup const group(core.host);
     core.state.promState = kInProgress;
     refreshBoth(core);
+    core.widgets.paintAtOnce(core.widgets.eeprom); // who saw the old state might pull the board meanwhile
     if (core.serialNumber.store)
         core.serialNumber.store();
     int32_t status = kEepromFailed;

@@ -109,6 +109,10 @@ void PageWidgets::showBullet(StepWidgets& step, Bullet bullet) {
     step.shownBullet = bullet;
 }
 
+void PageWidgets::paintAtOnce(StepWidgets const& step) {
+    PageSurface::paintAtOnce({step.status.data(), step.bar.data(), step.bullet.data()});
+}
+
 void PageWidgets::swapIn(StepWidgets const* step) {
     QProgressBar* const bar = step ? step->bar.data() : nullptr;
     if (bar == swappedBar)

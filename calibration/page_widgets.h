@@ -73,6 +73,8 @@ public:
     void apply(Enabling const& enabling);
     void show(StepWidgets& step, StepStatus const& status);
     void showBullet(StepWidgets& step, Bullet bullet);
+    /// Paints what a step shows, before a call that may take long.
+    static void paintAtOnce(StepWidgets const& step);
     /// Puts the bar of one step in the place of its text, and gives the step before its text back; null for
     /// none.
     void swapIn(StepWidgets const* step);

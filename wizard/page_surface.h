@@ -4,7 +4,9 @@
 
 #include <QDialog>
 #include <QLabel>
+#include <QLayout>
 #include <QPointer>
+#include <initializer_list>
 
 /// What a page is shown on, without its own widgets: they are derived, under their object names, as one
 /// surface to read from and to show on. All pointers are guarded and borrowed: what is gone is not touched,
@@ -22,5 +24,19 @@ protected:
     void paintBullet(QLabel* label, Bullet bullet) const {
         if (label)
             label->setPixmap(bulletPixmap(wizard, bullet));
+    }
+    /// Paints widgets, as far as they are visible, before a call that keeps the event loop waiting for
+    /// seconds. No event is taken from the queue.
+    static void paintAtOnce(std::initializer_list<QPointer<QWidget>> widgets) {
+        for (QPointer<QWidget> const& widget : widgets) {
+            // A text that grew gets its room from the layouts, which wait for the event loop otherwise.
+            for (QPointer<QWidget> outer = widget; outer && !outer->isWindow();) {
+                outer = outer->parentWidget();
+                if (QLayout* const layout = outer->layout())
+                    layout->activate();
+            }
+            if (widget)
+                widget->repaint();
+        }
     }
 };

@@ -356,6 +356,47 @@ TEST_P(PageContract, FramesInsideTheListDoNotShortenTheSettling) {
     EXPECT_EQ(state().settleFrames, 5);
 }
 
+// Inside these calls, which may take seconds, nothing is painted.
+TEST_P(PageContract, ARowIsPaintedBeforeTheCallThatTakesLong) {
+    struct Row {
+        char const* slot;
+        char const* status;
+        char const* bullet;
+        char const* call;
+        char const* text;
+    };
+    std::vector<Row> rows = {
+        {"OnBnClickedPromsave", "Prom_Save_Status", "PromSave_Bullet", "Bus ", "In progress..."},
+        {"OnBnClicked_LensCalibSetup", "SETUP_Status", "Setup_Bullet", "applyPreset",
+         "The status of the setup preset is unknown."}};
+    if (!GetParam().captureRows.empty())
+        rows.push_back({"start", "Calib_progressBar", "Calibrate_Bullet", "setInputImage", "0%"});
+    libraries.headboard.deviceAddress = 0xA8;
+    open();
+    wizard->show();
+    capture(true);
+    frames(3, 13);
+    click("Prom_Save");
+    QApplication::processEvents();
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.slot);
+        if (row.slot == std::string("start"))
+            click("Calibrate");
+        PaintWatch const status(widget<QWidget>(row.status)), bullet(widget<QWidget>(row.bullet));
+        int calls = 0;
+        host.onCall = [&](std::string const& call) {
+            if (call.find(row.call) == std::string::npos || calls++ > 0)
+                return;
+            EXPECT_EQ(widget<QWidget>(row.status)->property("text").toString(), QLatin1String(row.text));
+            EXPECT_TRUE(status.isPainted());
+            EXPECT_TRUE(bullet.isPainted());
+        };
+        QMetaObject::invokeMethod(page, row.slot);
+        host.onCall = nullptr;
+        EXPECT_GT(calls, 0);
+    }
+}
+
 // A service of the host's may throw; no step may then be left, or shown, in progress.
 TEST_P(PageContract, AnExceptionInsideAStepEndsItAndIsShown) {
     struct Row {
