@@ -141,6 +141,7 @@ void ConfigFlow::apply() {
         return;
     QScopedValueRollback<bool> const working(m_core.working, true);
     ChangeGroup const group(m_core.host);
+    m_core.widgets.paintStatusAtOnce();
     if (!m_core.alive)
         return;
     // Cleared before the writing, so that a list which the user changes meanwhile is dirty again.
@@ -220,6 +221,7 @@ bool ConfigFlow::isEraseConfirmed() {
 
 void ConfigFlow::formatEeprom() {
     WaitCursor const cursor(m_core.widgets.page);
+    m_core.widgets.paintStatusAtOnce();
     HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
     if (m_core.alive && EepromFormat(eeprom, kFormatVersion) == kEepromOk)
         flushChanges(m_core, eeprom);

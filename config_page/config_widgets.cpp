@@ -85,6 +85,10 @@ void ConfigWidgets::show(ConfigStatus const& eeprom, ConfigStatus const& serial)
     paintBullet(SN_Bullet, serial.bullet);
 }
 
+void ConfigWidgets::paintStatusAtOnce() const {
+    paintAtOnce({EEPROM_Status.data(), EEPROM_Bullet.data(), SN_Status.data(), SN_Bullet.data()});
+}
+
 void ConfigWidgets::apply(ConfigEnabling const& enabling) {
     for (QLabel* const box : boxes)
         enable(box, enabling.combos);

@@ -48,6 +48,8 @@ public:
     void showFormatMessage(QString const& text);
     void show(ConfigStatus const& eeprom, ConfigStatus const& serial);
     void apply(ConfigEnabling const& enabling);
+    /// Paints both statuses, before a call that may take long.
+    void paintStatusAtOnce() const;
 
     QPointer<QLabel> EEPROM_Bullet, EEPROM_Status;
     QPointer<QPushButton> EEPROM_Test, EEPROM_Erase;

@@ -377,6 +377,30 @@ TEST_F(ConfigPage, EraseAsksAndKeepsTheIdentificationBytes) {
     EXPECT_EQ(page->serialNumber(), "ABC1234002") << "an empty one is refilled";
 }
 
+// Inside these calls, which may take seconds, nothing is painted.
+TEST_F(ConfigPage, TheStatusIsPaintedBeforeApplyAndEraseReachTheDevice) {
+    store({{3, "other"}});
+    open();
+    page->show();
+    for (auto const& [button, number] :
+         {std::pair{"Apply", "ABC1234001"}, std::pair{"EEPROM_Erase", "ABC1234002"}}) {
+        SCOPED_TRACE(button);
+        QApplication::processEvents();
+        PaintWatch const status(widget<QLabel>("SN_Status")), dot(widget<QLabel>("SN_Bullet"));
+        enter(number);
+        int writes = 0;
+        host.onCall = [&](std::string const& call) {
+            if (!call.starts_with("writeBus") || writes++ > 0)
+                return;
+            EXPECT_TRUE(status.isPainted());
+            EXPECT_TRUE(dot.isPainted());
+        };
+        click(button);
+        host.onCall = nullptr;
+        EXPECT_GT(writes, 0);
+    }
+}
+
 TEST_F(ConfigPage, TheUserGuideIsLookedForInTheHostsFolder) {
     open();
     std::vector<QUrl> opened;
