@@ -44,7 +44,7 @@ constexpr Figure kFigures[] = {
      [](Evenness const& e) { return spread(ratioResidual(e.detail.maps.sensor, 2)); }, 2},
 };
 
-constexpr Quantity kQuantities[] = {
+constexpr PictureQuantity kQuantities[] = {
     {"red_to_green_percent", "R/G against its mean",
      [](LightMaps const& maps) { return ratioResidual(maps.sensor, 0); }},
     {"blue_to_green_percent", "B/G against its mean",
@@ -59,7 +59,7 @@ std::span<Figure const> pictureFigures() {
     return kFigures;
 }
 
-std::span<Quantity const> pictureQuantities() {
+std::span<PictureQuantity const> pictureQuantities() {
     return kQuantities;
 }
 

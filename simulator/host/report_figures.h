@@ -25,13 +25,13 @@ struct DeviationBins {
 [[nodiscard]] DeviationBins deviationBins(std::vector<double> const& deviations);
 
 /// A quantity over the picture, of the delivered and of the ideal one.
-struct Quantity {
+struct PictureQuantity {
     char const* key;
     char const* title;
     std::vector<double> (*of)(LightMaps const& maps);
 };
 
 /// R/G, B/G and luminance as residuals in percent.
-[[nodiscard]] std::span<Quantity const> pictureQuantities();
+[[nodiscard]] std::span<PictureQuantity const> pictureQuantities();
 
 } // namespace pictara

@@ -41,7 +41,7 @@ void addMaps(ReportPage& page, State const& state) {
     LightMaps const& maps = state.evenness->detail.maps;
     double const aspect = double(state.evenness->picture.width()) / state.evenness->picture.height();
     page.beginRow();
-    for (Quantity const& quantity : pictureQuantities())
+    for (PictureQuantity const& quantity : pictureQuantities())
         page.chart(HeatMap{
             .title = QStringLiteral("%1, %2").arg(QLatin1String(quantity.title), QLatin1String(state.name)),
             .unit = QStringLiteral("%"),
@@ -56,7 +56,7 @@ void addProfiles(ReportPage& page, RunReport const& report) {
     page.heading(QStringLiteral("Profiles from the top left to the bottom right corner"));
     page.beginRow();
     LightGrid const& grid = report.before->detail.maps.sensor;
-    for (Quantity const& quantity : pictureQuantities()) {
+    for (PictureQuantity const& quantity : pictureQuantities()) {
         auto const line = [&](char const* name, LightMaps const& maps, bool isReference) {
             return ProfileChart::Line{QString::fromLatin1(name),
                                       diagonal(quantity.of(maps), grid.columns, grid.rows), isReference};

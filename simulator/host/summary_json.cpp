@@ -22,7 +22,7 @@ QJsonArray gridRows(std::vector<double> const& values, int columns) {
 
 QJsonObject diagonals(LightMaps const& maps) {
     QJsonObject object;
-    for (Quantity const& quantity : pictureQuantities())
+    for (PictureQuantity const& quantity : pictureQuantities())
         object[QLatin1String(quantity.key)] =
             roundedNumbers(diagonal(quantity.of(maps), maps.sensor.columns, maps.sensor.rows));
     return object;
@@ -30,7 +30,7 @@ QJsonObject diagonals(LightMaps const& maps) {
 
 QJsonObject extremes(LightMaps const& maps) {
     QJsonObject object;
-    for (Quantity const& quantity : pictureQuantities()) {
+    for (PictureQuantity const& quantity : pictureQuantities()) {
         std::vector<double> const values = quantity.of(maps);
         if (values.empty())
             continue;
