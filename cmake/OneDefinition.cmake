@@ -1,0 +1,38 @@
+# kestra_one_definition(program): a test that links the program's objects, as the compiler saw them, once more, and
+# fails where two of them mean different things by one name. The objects hold code and what that link reads, so that
+# nothing is compiled twice; the link makes no code and takes a second.
+function(kestra_one_definition program)
+    set(parts "")
+    set(open ${program})
+    while(open)
+        list(POP_FRONT open part)
+        if(NOT TARGET ${part} OR part IN_LIST parts)
+            continue()
+        endif()
+        get_target_property(type ${part} TYPE)
+        get_target_property(is_imported ${part} IMPORTED)
+        if(is_imported OR NOT (part STREQUAL program OR type STREQUAL STATIC_LIBRARY))
+            continue()
+        endif()
+        list(APPEND parts ${part})
+        get_target_property(libraries ${part} LINK_LIBRARIES)
+        list(APPEND open ${libraries})
+    endwhile()
+    set(objects "")
+    foreach(part IN LISTS parts)
+        list(APPEND objects $<TARGET_OBJECTS:${part}>)
+        get_target_property(is_prepared ${part} KESTRA_ONE_DEFINITION)
+        if(NOT is_prepared)
+            target_compile_options(${part} PRIVATE -flto -ffat-lto-objects)
+            target_link_options(${part} PUBLIC -fno-lto)
+            set_target_properties(${part} PROPERTIES KESTRA_ONE_DEFINITION TRUE)
+        endif()
+    endforeach()
+    add_test(NAME one_definition.${program}
+        COMMAND ${CMAKE_CXX_COMPILER} -r -flto -flinker-output=rel -Werror=odr -Werror=lto-type-mismatch -o ${program}.merged.o ${objects}
+        COMMAND_EXPAND_LISTS)
+endfunction()
+
+foreach(program IN ITEMS KestraMfr veyra2 shadefit pictara-sim headboard-image headboard-config)
+    kestra_one_definition(${program})
+endforeach()
