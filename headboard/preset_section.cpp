@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -89,11 +90,11 @@ char const* valueOf(std::string const& line, std::string_view key) {
 }
 
 // Up to `most` numbers, decimal, octal or hexadecimal as their prefix says, with commas between them.
-std::vector<uint32_t> numbersOf(char const* text, size_t most) {
-    std::vector<uint32_t> numbers;
+std::vector<int64_t> numbersOf(char const* text, size_t most) {
+    std::vector<int64_t> numbers;
     while (numbers.size() < most) {
         char* end = nullptr;
-        auto const number = uint32_t(std::strtoull(text, &end, 0));
+        int64_t const number = std::strtoll(text, &end, 0);
         if (end == text)
             break;
         numbers.push_back(number);
@@ -104,37 +105,48 @@ std::vector<uint32_t> numbersOf(char const* text, size_t most) {
     return numbers;
 }
 
-RegisterEntry entryOf(LineForm const& form, std::string_view fields, std::vector<uint32_t> const& numbers) {
+RegisterEntry entryOf(LineForm const& form, std::string_view fields, std::vector<int64_t> const& numbers) {
     RegisterEntry entry = form.entry;
     for (size_t i = 0; i < fields.size(); ++i) {
+        // Numbers of more than 32 bits lose the upper ones.
+        auto const number = uint32_t(numbers[i]);
         switch (fields[i]) {
         case 'i':
-            entry.id = numbers[i];
+            entry.id = number;
             break;
         case 'a':
-            entry.address = numbers[i];
+            entry.address = number;
             break;
         case 'm':
-            entry.mask = numbers[i];
+            entry.mask = number;
             break;
         default:
-            entry.value = numbers[i];
+            entry.value = number;
             break;
         }
     }
     return entry;
 }
 
-std::optional<RegisterEntry> parseEntry(std::string const& line) {
+bool isOf32Bits(int64_t number) {
+    return number >= INT32_MIN && number <= int64_t{UINT32_MAX};
+}
+
+PresetEntry presetEntry(std::string const& line, LineForm const& form, std::string_view fields,
+                        std::vector<int64_t> const& numbers) {
+    return {line, entryOf(form, fields, numbers), std::all_of(numbers.begin(), numbers.end(), isOf32Bits)};
+}
+
+std::optional<PresetEntry> parseEntry(std::string const& line) {
     for (LineForm const& form : kLineForms) {
         char const* const value = valueOf(line, form.key);
         if (!value)
             continue;
-        std::vector<uint32_t> const numbers = numbersOf(value, form.longFields.size());
+        std::vector<int64_t> const numbers = numbersOf(value, form.longFields.size());
         if (numbers.size() == form.longFields.size())
-            return entryOf(form, form.longFields, numbers);
+            return presetEntry(line, form, form.longFields, numbers);
         if (numbers.size() == form.shortFields.size())
-            return entryOf(form, form.shortFields, numbers);
+            return presetEntry(line, form, form.shortFields, numbers);
     }
     return std::nullopt;
 }
@@ -155,23 +167,25 @@ std::optional<std::string> parseState(std::string const& line, uint8_t type) {
 
 int32_t addPresetLine(HeadboardEeprom const& eeprom, EepromRecord& record, std::string const& line) {
     if (auto const entry = parseEntry(line))
-        return EepromAddEntry(eeprom, record, *entry);
+        return EepromAddEntry(eeprom, record, entry->entry);
     if (auto const state = parseState(line, record.type()))
         return EepromAddLine(record, *state);
     return kEepromOk;
 }
 
-// The section's lines, each ended by a NUL; empty when there is no such section.
-std::vector<char> readSection(char const* iniFileName, char const* sectionName) {
+// The section's lines without comments; empty when there is no such section.
+std::vector<std::string> readSection(char const* iniFileName, char const* sectionName) {
     constexpr size_t kFirstSize = 0x10000;
     for (size_t size = kFirstSize;; size *= 2) {
-        std::vector<char> lines(size);
-        size_t const written = readIniSection(sectionName, lines.data(), size, iniFileName);
+        std::vector<char> bytes(size);
+        size_t const written = readIniSection(sectionName, bytes.data(), size, iniFileName);
         // A list that fills its buffer may have been cut.
-        if (written + 2 < size) {
-            lines.resize(written);
-            return lines;
-        }
+        if (written + 2 >= size)
+            continue;
+        std::vector<std::string> lines;
+        for (size_t at = 0; at < written; at += std::strlen(&bytes[at]) + 1)
+            lines.push_back(withoutComment(&bytes[at]));
+        return lines;
     }
 }
 
@@ -181,16 +195,22 @@ int32_t EepromImportSection(HeadboardEeprom eeprom, char const* iniFileName, cha
                             uint8_t type) {
     if (recordPayload(type) != RecordPayload::RegisterSet)
         return kEepromFailed;
-    std::vector<char> const lines = readSection(iniFileName, sectionName);
+    std::vector<std::string> const lines = readSection(iniFileName, sectionName);
     if (lines.empty())
         return kEepromFailed;
     EepromRecord record = makeRegisterSet(type, eeprom->deviceSize - kCapacityReserve, sectionName);
-    for (size_t at = 0; at < lines.size();) {
-        std::string_view const line(lines.data() + at);
-        int32_t const status = addPresetLine(eeprom, record, withoutComment(line));
+    for (std::string const& line : lines) {
+        int32_t const status = addPresetLine(eeprom, record, line);
         if (status != kEepromOk)
             return status;
-        at += line.size() + 1;
     }
     return EepromAppendRecord(eeprom, record);
+}
+
+std::vector<PresetEntry> presetEntries(char const* iniFileName, char const* sectionName) {
+    std::vector<PresetEntry> entries;
+    for (std::string const& line : readSection(iniFileName, sectionName))
+        if (auto const entry = parseEntry(line))
+            entries.push_back(*entry);
+    return entries;
 }
