@@ -43,7 +43,7 @@ TEST_F(ImageUnderTest, PagesAreKeptOrTheImportIsRefused) {
     write(imageOf({}));
     QString const file = preset("BITFIELD = 3, 0x20, 1, 1\nREG = 2, 0x10, 7\nREG = 0x11, 8");
     EXPECT_SAYS(run({"import", file, "Lens Correction", "PGA"}).complaint,
-                "1 register of the section would lose");
+                "the record would hold the id 0x00 instead of 0x02; --paged is for");
     EXPECT_EQ(read(), imageOf({}));
     EXPECT_EQ(run({"import", file, "Lens Correction", "PGA", "--paged"}).exitCode, kExitDone);
     EXPECT_SAYS(run({"show", "5", "--paged"}).output, R"(
@@ -53,6 +53,95 @@ TEST_F(ImageUnderTest, PagesAreKeptOrTheImportIsRefused) {
 )");
     Outcome const tooWide = run({"import", preset("REG = 0x3600, 1"), "Lens Correction", "PGA", "--paged"});
     EXPECT_EQ(tooWide.exitCode, kExitRefused);
+}
+
+TEST_F(ImageUnderTest, WhatARecordCannotSayIsRefusedWithItsLine) {
+    struct Row {
+        char const* line;
+        char const* told; ///< null: it fits
+    };
+    for (Row const& row :
+         {Row{"REG = 0x3000, 0xFFFF", nullptr},
+          {"REG = 0x3000,0x12345", "\"REG=0x3000,0x12345\": the record would hold the value 0x2345"},
+          {"REG = 0x13000, 1", "address 0x3000 instead of 0x13000; --paged"},
+          {"VAR = 31, 0x3FF, 0xFFFF", nullptr},
+          {"VAR = 40,0x1234,0x54321", "the id 0x08 instead of 0x28"},
+          {"VAR = 18, 0x400, 1", "the address 0x00 instead of 0x400"},
+          {"VAR = 18, 0x42, 1, 0x54321", "0x54321 is more than 2 bytes can hold"},
+          {"VAR8 = 18, 0x42, 0x100", "0x100 is more than 1 byte can hold"},
+          {"MEM8 = 4, 0x100, 0x1FF, 1", "0x1FF is more than 1 byte can hold"},
+          {"MEM32 = 4, 0x12345678, -1", nullptr},
+          {"MEM32 = 4, 0x100, 0x100000001", "a number has more than 32 bits"},
+          {"BITFIELD = 3, 0x12345678, 0x80000000, 1", nullptr},
+          {"BITFIELD = 0x20, 0xFFFFFFFFFFFFFFFFF, 1", "a number has more than 32 bits"}}) {
+        write(imageOf({}));
+        QString const file = preset(std::string("REG = 1, 2\n") + row.line);
+        Outcome const outcome = run({"import", file, "Lens Correction", "PGA"});
+        EXPECT_EQ(outcome.exitCode, row.told ? kExitRefused : kExitDone) << row.line << outcome.complaint;
+        EXPECT_SAYS(outcome.complaint, row.told ? row.told : "");
+        EXPECT_EQ(read() == imageOf({}), row.told != nullptr) << row.line;
+    }
+}
+
+TEST_F(ImageUnderTest, ALabelNamesTheRecordAndAnOlderOneOfThatNameGoes) {
+    write(imageOf({recordOf(kRecordPga, {}, "line 7"), recordOf(kRecordPga, {}, "Lens Cor")}));
+    Outcome const outcome =
+        run({"import", preset("REG = 1, 2"), "Lens Correction", "PGA", "--label", "Line 7"});
+    EXPECT_EQ(outcome.exitCode, kExitDone);
+    EXPECT_SAYS(outcome.complaint, "--sensor PROFILE adds");
+    EXPECT_EQ(outcome.complaint.find("--label"), std::string::npos);
+    EXPECT_EQ(run({"list"}).output, "0x0005  PGA           9     \"Lens Cor\"\n"
+                                    "0x0011  PGA           16    \"Line 7\"\n");
+    EXPECT_SAYS(run({"import", preset("REG = 1, 2"), "Lens Correction", "PGA"}).complaint,
+                "--label NAME names it");
+    EXPECT_EQ(run({"import", preset("REG = 1, 2"), "Lens Correction", "CCM"}).complaint, "");
+}
+
+TEST_F(ImageUnderTest, ForASensorTheRecordSwitchesTheCorrectionAndHoldsOnlyWhatWasTold) {
+    struct Row {
+        char const* profile;
+        char const* lines;
+        char const* shown;
+        char const* note = "";
+    };
+    for (Row const& row : {Row{"poly-12bit", "REG = 0, 0x3784, 0x21C\nREG = 0, 0x3602, 7", R"(
+0      0x00        0x3780      2     0x8000      0x0000
+0      0x00        0x3602      -     0x0000      0x0007
+0      0x00        0x3784      -     0x0000      0x021C
+0      0x00        0x3780      2     0x8000      0x0001
+(Add)"},
+                           {"kind76-2", "REG = 0, 0x3782, 0x280\nREG = 0, 0x3B00, 0xAF0\n", R"(
+1      0x12        0x00BE      2     0x0001      0x0000
+0      0x00        0x3B00      -     0x0000      0x0AF0
+1      0x12        0x00BE      2     0x0002      0x0001
+1      0x12        0x00BE      2     0x0001      0x0001
+1      0x0C        0x000A      1     0x0000      0x00FF
+(Add)",
+                            "leave out 1 line of the section, the first is \"REG=0, 0x3782"}}) {
+        write(imageOf({}));
+        Outcome const outcome =
+            run({"import", preset(row.lines), "Lens Correction", "PGA", "--sensor", row.profile});
+        EXPECT_EQ(outcome.exitCode, kExitDone);
+        EXPECT_SAYS(outcome.complaint, row.note);
+        EXPECT_SAYS(run({"show", "5"}).output, row.shown);
+    }
+    for (auto const& [line, why] :
+         {std::pair{"REG = 0x1234, 1", "the line \"REG=0x1234, 1\": the sensor has no register"},
+          {"REG = 0x3602, 0x10000", "of 16 bits, has no room for 0x10000"},
+          {"BITFIELD = 0x3780, 0x8000, 2", "has no room for 0x0002"},
+          {"REG = 0x3602, 0x100000000", "more than 32 bits"},
+          {"STATE = Gamma, 9", "no line of a register"}}) {
+        write(imageOf({}));
+        Outcome const outcome =
+            run({"import", preset(line), "Lens Correction", "PGA", "--sensor", "poly-12bit"});
+        EXPECT_EQ(outcome.exitCode, kExitRefused);
+        EXPECT_SAYS(outcome.complaint, why);
+        EXPECT_EQ(read(), imageOf({}));
+    }
+    QString const file = preset("REG = 0x3602, 1");
+    EXPECT_EQ(run({"import", file, "Lens Correction", "CCM", "--sensor", "poly-12bit"}).exitCode,
+              kExitRefused);
+    EXPECT_EQ(run({"import", file, "Lens Correction", "PGA", "--sensor", "none"}).exitCode, kExitUnusable);
 }
 
 TEST_F(ImageUnderTest, ARefusedCommandTellsWhyAndLeavesTheFileAsItWas) {

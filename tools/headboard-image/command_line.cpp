@@ -16,6 +16,7 @@ struct Request {
     QString image;
     QStringList arguments; ///< of the command, as many as it takes
     Addressing addressing = Addressing::Plain;
+    QString sensor, label; ///< of an import; empty: not told
 };
 
 Outcome usageError(QString const& what) {
@@ -73,8 +74,12 @@ Outcome runShow(Request const& request) {
 
 Outcome runImport(Request const& request) {
     auto const type = readType(request.arguments[2]);
-    return type ? importSection(request.image, request.arguments[0], request.arguments[1], *type,
-                                request.addressing)
+    return type ? importSection(request.image, {.presetFile = request.arguments[0],
+                                                .section = request.arguments[1],
+                                                .type = *type,
+                                                .addressing = request.addressing,
+                                                .sensor = request.sensor,
+                                                .label = request.label})
                 : noType(request.arguments[2]);
 }
 
@@ -119,6 +124,10 @@ QString description() {
     }
     return text +
            QStringLiteral(
+               "\nAn import holds what the section's lines say, or is refused. With --sensor it is the "
+               "record\n"
+               "that a calibration of that sensor stores: the correction is off while the registers are\n"
+               "loaded and on at the end. Without, a note tells what a record PGA lacks.\n"
                "\nOFFSET is decimal or 0x hexadecimal. TYPE is a name, such as PGA or \"Time Stamp\",\n"
                "or a number. An image has 8 to 65536 bytes; records lie in the first 8176, and the\n"
                "bytes behind them are kept. A file changes as a whole or not at all.\n\n"
@@ -133,19 +142,25 @@ Command const* findCommand(QString const& name) {
     return found == std::end(kCommands) ? nullptr : found;
 }
 
-Outcome runCommand(QStringList const& words, bool isPaged) {
+Outcome runCommand(QStringList const& words, Request request, bool isPaged) {
     if (words.size() < 2)
         return usageError(QStringLiteral("An image and a command are needed."));
     Command const* const command = findCommand(words[1]);
     if (!command)
         return usageError(QStringLiteral("\"%1\" is no command. The image comes first.").arg(words[1]));
-    QStringList const arguments = words.mid(2);
-    if (arguments.size() < command->fewest || arguments.size() > command->most)
+    request.image = words[0];
+    request.arguments = words.mid(2);
+    if (request.arguments.size() < command->fewest || request.arguments.size() > command->most)
         return usageError(QStringLiteral("The command is: %1 %2")
                               .arg(QLatin1String(command->name), QLatin1String(command->arguments)));
     if (isPaged && !command->knowsPages)
         return usageError(QStringLiteral("--paged is for show and import."));
-    return command->run({words[0], arguments, isPaged ? Addressing::Paged : Addressing::Plain});
+    if (!(request.sensor.isEmpty() && request.label.isEmpty()) && command->run != runImport)
+        return usageError(QStringLiteral("--sensor and --label are for import."));
+    if (isPaged && !request.sensor.isEmpty())
+        return usageError(QStringLiteral("The --sensor tells its addresses; --paged is not for it."));
+    request.addressing = isPaged ? Addressing::Paged : Addressing::Plain;
+    return command->run(request);
 }
 
 } // namespace
@@ -160,12 +175,27 @@ Outcome runCommandLine(QStringList const& arguments) {
     QCommandLineOption const paged(
         QStringLiteral("paged"),
         QStringLiteral("For show and import: the sensor's registers have a page and an 8-bit address."));
-    parser.addOption(paged);
+    QCommandLineOption const sensor(
+        QStringLiteral("sensor"),
+        QStringLiteral("For import of a record PGA: the profile of the sensor, as pictara-sim knows it."),
+        QStringLiteral("NAME|FILE"));
+    QCommandLineOption const label(
+        QStringLiteral("label"),
+        QStringLiteral(
+            "For import: the record's name, of which 8 characters count (default: the section's)."),
+        QStringLiteral("NAME"));
+    parser.addOptions({paged, sensor, label});
     if (!parser.parse(arguments))
         return usageError(parser.errorText());
     if (parser.isSet(QStringLiteral("help")))
         return {kExitDone, parser.helpText().toStdString(), {}};
-    return runCommand(parser.positionalArguments(), parser.isSet(paged));
+    for (QCommandLineOption const& named : {sensor, label})
+        if (parser.isSet(named) && parser.value(named).isEmpty())
+            return usageError(QStringLiteral("--%1 takes a name.").arg(named.names().first()));
+    Request request;
+    request.sensor = parser.value(sensor);
+    request.label = parser.value(label);
+    return runCommand(parser.positionalArguments(), request, parser.isSet(paged));
 }
 
 } // namespace headboard_image

@@ -9,11 +9,13 @@
 #include "tools/headboard-image/entry_blocks.h"
 #include "tools/headboard-image/image_file.h"
 #include "tools/headboard-image/printed_text.h"
+#include "tools/headboard-image/profile_sensor.h"
 #include "tools/headboard-image/record_display.h"
 #include "tools/headboard-image/sensor_stand_in.h"
 
 #include <QFileInfo>
 #include <algorithm>
+#include <set>
 
 namespace headboard_image {
 namespace {
@@ -44,27 +46,56 @@ std::string removeOlder(RecordStore const& store, uint8_t type, std::string cons
     return "in the place of the older one at " + offsetText(offset) + '\n';
 }
 
-// Sensor registers that the record tells otherwise than the section does. Short entries have no room for a
-// page, or for addresses above one byte, as the sensor's addressing has it.
-int64_t countMisfits(RecordStore const& store, RecordPlace const& place, SensorStandIn const& sensor) {
-    int64_t misfits = 0;
-    auto told = sensor.lookedUp().begin();
-    RegisterEntry entry;
-    std::span<uint8_t const> const record = store.record(place);
-    for (int32_t n = 0; EepromGetEntry(store.eeprom(), record, n, entry) == kEepromOk; ++n) {
-        if (entry.registerClass != 0 || told == sensor.lookedUp().end())
-            continue;
-        misfits += *told++ == SensorStandIn::Register{entry.id, entry.address} ? 0 : 1;
-    }
-    return misfits;
+struct EntryField {
+    char const* name;
+    uint32_t RegisterEntry::*number;
+};
+constexpr EntryField kEntryFields[] = {{"id", &RegisterEntry::id},
+                                       {"address", &RegisterEntry::address},
+                                       {"mask", &RegisterEntry::mask},
+                                       {"value", &RegisterEntry::value}};
+
+// What a record's entry does not say of a line; empty when it says everything.
+std::string lossOf(PresetEntry const& told, RegisterEntry const& stored) {
+    if (!told.isWhole)
+        return "a number has more than 32 bits";
+    for (EntryField const& field : kEntryFields)
+        if (told.entry.*field.number != stored.*field.number)
+            return std::string("the record would hold the ") + field.name + ' ' +
+                   hexadecimal(stored.*field.number, 2) + " instead of " +
+                   hexadecimal(told.entry.*field.number, 2);
+    // A sensor register's size is the sensor's; that of the others is told in bytes.
+    constexpr uint32_t kBits = 8, kWhole = 4;
+    bool const isSized = stored.registerClass != 0 && stored.size > 0 && stored.size < kWhole;
+    if (isSized && (stored.value | stored.mask) >> stored.size * kBits != 0)
+        return hexadecimal(std::max(stored.value, stored.mask), 2) + " is more than " +
+               counted(stored.size, "byte") + " can hold";
+    return {};
 }
 
-std::string misfitText(int64_t misfits, Addressing addressing) {
-    return counted(misfits, "register") +
-           (addressing == Addressing::Plain
-                ? " of the section would lose a page or bits of the address; --paged is for sensors with "
-                  "8-bit addresses"
-                : " of the section would lose bits; with --paged, pages and addresses go up to 0xFF");
+std::string lineFault(PresetEntry const& told, std::string const& fault) {
+    return "the line " + quoted(told.line) + ": " + fault;
+}
+
+// The first line that the record does not say, and why. Short entries have no room for a page, or for
+// addresses above one byte, as the sensor's addressing has it.
+std::string firstLoss(RecordStore const& store, RecordPlace const& place,
+                      std::vector<PresetEntry> const& lines, Addressing addressing) {
+    std::span<uint8_t const> const record = store.record(place);
+    for (size_t n = 0; n < lines.size(); ++n) {
+        RegisterEntry stored;
+        (void)EepromGetEntry(store.eeprom(), record, int32_t(n), stored);
+        std::string const loss = lossOf(lines[n], stored);
+        if (loss.empty())
+            continue;
+        bool const isElsewhere = lines[n].entry.id != stored.id || lines[n].entry.address != stored.address;
+        std::string const advice = stored.registerClass != 0 || !isElsewhere ? ""
+                                   : addressing == Addressing::Plain
+                                       ? "; --paged is for sensors with 8-bit addresses"
+                                       : "; with --paged, pages and addresses go up to 0xFF";
+        return lineFault(lines[n], loss + advice);
+    }
+    return {};
 }
 
 std::string importFailure(RecordStore const& store, int32_t status) {
@@ -75,47 +106,133 @@ std::string importFailure(RecordStore const& store, int32_t status) {
 }
 
 // What makes an imported record worse than none; empty for a good one.
-std::string flawOf(RecordStore const& store, RecordPlace const& place, SensorStandIn const& sensor,
-                   Addressing addressing) {
+std::string flawOf(RecordStore const& store, RecordPlace const& place) {
     RegisterSetContent const content = splitRegisterSet(store.record(place));
     if (content.blocks.empty() && content.rest.empty())
         return "the section has no line that a record " + typeText(place.type) + " can hold";
-    if (hasFault(checkRecord(place, store.record(place))))
-        return importFailure(store, kEepromFailed);
-    int64_t const misfits = countMisfits(store, place, sensor);
-    return misfits > 0 ? misfitText(misfits, addressing) : std::string();
+    return hasFault(checkRecord(place, store.record(place))) ? importFailure(store, kEepromFailed)
+                                                             : std::string();
+}
+
+// The lines that the record does not tell, as the sensor's own records do not.
+std::string leftOutText(RecordStore const& store, RecordPlace const& place,
+                        std::vector<PresetEntry> const& lines) {
+    std::set<std::pair<uint32_t, uint32_t>> stored;
+    RegisterEntry entry;
+    for (int32_t n = 0; EepromGetEntry(store.eeprom(), store.record(place), n, entry) == kEepromOk; ++n)
+        stored.insert({entry.registerClass, entry.address});
+    std::vector<std::string> missing;
+    for (PresetEntry const& told : lines)
+        if (!stored.contains({told.entry.registerClass, told.entry.address}))
+            missing.push_back(told.line);
+    return missing.empty()
+               ? std::string()
+               : "note: this sensor's records leave out " + counted(int64_t(missing.size()), "line") +
+                     " of the section, the first is " + quoted(missing.front()) + '\n';
+}
+
+// What a record without the sensor's help lacks.
+std::string lackingText(Import const& import) {
+    if (import.type != kRecordPga || !import.sensor.isEmpty())
+        return {};
+    return "note: the record holds the section's lines alone; --sensor PROFILE adds what loads the "
+           "correction "
+           "safely and\nswitches it on at start-up" +
+           std::string(import.label.isEmpty() ? ", --label NAME names it\n" : "\n");
+}
+
+void rename(RecordStore const& store, int32_t offset, std::string name) {
+    name.resize(recordNameWidth(kRecordPga), '\0');
+    auto const* const bytes = reinterpret_cast<uint8_t const*>(name.data());
+    (void)HeadboardEepromPut(store.eeprom(), offset + RecordPlace::kHeadSize, int32_t(name.size()), bytes);
+}
+
+// Everything that an import works with.
+struct Work {
+    std::vector<uint8_t> const& bytes;
+    QString const& image;
+    Import const& import;
+    QByteArray file, section, label;
+    std::vector<PresetEntry> lines;
+};
+
+Outcome finish(Work const& work, RecordStore const& store, std::string const& replaced,
+               std::string const& note) {
+    RecordPlace const place = store.chain().records.back();
+    if (std::string const flaw = flawOf(store, place); !flaw.empty())
+        return refused(flaw);
+    Outcome outcome = save(work.image, work.bytes, store, "imported\n" + recordLine(store, place) + replaced);
+    if (outcome.exitCode == kExitDone)
+        outcome.complaint = note;
+    return outcome;
+}
+
+Outcome importLines(Work const& work) {
+    SensorStandIn sensor(work.import.addressing);
+    RecordStore const store(work.bytes, sensor.camera());
+    if (auto const refusal = refusalOf(store))
+        return *refusal;
+    std::string const name(makeRegisterSet(work.import.type, 0, work.label.constData()).name());
+    std::string const replaced = removeOlder(store, work.import.type, name);
+    int32_t const status = EepromImportSection(store.eeprom(), work.file.constData(),
+                                               work.section.constData(), work.import.type);
+    if (status != kEepromOk)
+        return refused(importFailure(store, status));
+    RecordPlace const place = store.chain().records.back();
+    std::string const loss = firstLoss(store, place, work.lines, work.import.addressing);
+    if (!loss.empty() && flawOf(store, place).empty())
+        return refused(loss);
+    if (!work.import.label.isEmpty())
+        rename(store, place.offset, name);
+    return finish(work, store, replaced, lackingText(work.import));
+}
+
+Outcome importForSensor(Work const& work) {
+    std::string fault;
+    auto const sensor = ProfileSensor::open(work.import.sensor, fault);
+    if (!sensor)
+        return unusable(fault);
+    RecordStore const store(work.bytes, sensor->camera());
+    if (auto const refusal = refusalOf(store))
+        return *refusal;
+    if (work.import.type != kRecordPga)
+        return refused("--sensor is for records PGA");
+    if (work.lines.empty())
+        return refused("the section has no line of a register");
+    for (PresetEntry const& told : work.lines) {
+        fault = told.isWhole ? "" : lossOf(told, told.entry);
+        if (!fault.empty() || !sensor->set(told.entry, fault))
+            return refused(lineFault(told, fault));
+    }
+    std::string const name(makeRegisterSet(kRecordPga, 0, work.label.constData()).name());
+    std::string const replaced = removeOlder(store, kRecordPga, name);
+    int32_t const status = saveShadingRegisters(store.eeprom(), work.label.constData(), sensor->model());
+    if (status != kEepromOk)
+        return refused(importFailure(store, status));
+    return finish(work, store, replaced, leftOutText(store, store.chain().records.back(), work.lines));
 }
 
 } // namespace
 
-Outcome importSection(QString const& image, QString const& presetFile, QString const& section, uint8_t type,
-                      Addressing addressing) {
+Outcome importSection(QString const& image, Import const& import) {
     std::string fault;
     auto const bytes = readImage(image, fault);
-    if (!bytes || !isReadableFile(presetFile, fault))
+    if (!bytes || !isReadableFile(import.presetFile, fault))
         return unusable(fault);
-    if (recordPayload(type) != RecordPayload::RegisterSet)
-        return refused("a record " + typeText(type) + " holds no registers");
-    QByteArray const fileName = presetFile.toUtf8();
-    QByteArray const sectionName = section.toUtf8();
-    if (readIniSection(sectionName.constData(), nullptr, 0, fileName.constData()) == 0)
-        return refused(presetFile.toStdString() + " has no section [" + section.toStdString() + ']');
-
-    SensorStandIn sensor(addressing);
-    RecordStore const store(*bytes, sensor.camera());
-    if (auto const refusal = refusalOf(store))
-        return *refusal;
-    std::string const name(makeRegisterSet(type, 0, sectionName.constData()).name());
-    std::string const replaced = removeOlder(store, type, name);
-    int32_t const status =
-        EepromImportSection(store.eeprom(), fileName.constData(), sectionName.constData(), type);
-    if (status != kEepromOk)
-        return refused(importFailure(store, status));
-    RecordPlace const place = store.chain().records.back();
-    std::string const flaw = flawOf(store, place, sensor, addressing);
-    if (!flaw.empty())
-        return refused(flaw);
-    return save(image, *bytes, store, "imported\n" + recordLine(store, place) + replaced);
+    if (recordPayload(import.type) != RecordPayload::RegisterSet)
+        return refused("a record " + typeText(import.type) + " holds no registers");
+    Work work{.bytes = *bytes,
+              .image = image,
+              .import = import,
+              .file = import.presetFile.toUtf8(),
+              .section = import.section.toUtf8(),
+              .label = (import.label.isEmpty() ? import.section : import.label).toUtf8(),
+              .lines = {}};
+    if (readIniSection(work.section.constData(), nullptr, 0, work.file.constData()) == 0)
+        return refused(import.presetFile.toStdString() + " has no section [" + import.section.toStdString() +
+                       ']');
+    work.lines = presetEntries(work.file.constData(), work.section.constData());
+    return import.sensor.isEmpty() ? importLines(work) : importForSensor(work);
 }
 
 Outcome deleteRecord(QString const& image, uint8_t type, std::optional<QString> const& name) {

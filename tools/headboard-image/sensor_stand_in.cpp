@@ -14,13 +14,6 @@ SensorStandIn::SensorStandIn(Addressing addressing) {
     library.vy_SensorInfo = [](vy_Camera* camera) -> vy_SensorDescription const* {
         return &of(camera).m_description;
     };
-    library.vy_FindRegisterAddr = [](vy_Camera* camera, uint32_t address, uint32_t addressSpace,
-                                     uint32_t selector) -> vy_RegisterDescription const* {
-        constexpr uint32_t kSensorRegisters = 0;
-        if (addressSpace == kSensorRegisters)
-            of(camera).m_lookedUp.push_back({selector, address});
-        return nullptr;
-    };
     installVeyra2(library);
 }
 
