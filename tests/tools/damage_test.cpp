@@ -1,4 +1,7 @@
+#include "common/libraries.h"
+#include "headboard/eeprom_chain.h"
 #include "headboard/record_types.h"
+#include "simulator/camera/simulated_camera.h"
 #include "tests/tools/image_fixture.h"
 
 #include <functional>
@@ -71,6 +74,39 @@ TEST_F(ImageUnderTest, CheckNamesEveryDamageAndItsPlaceAndOnlyRemarksWhatIsUnusu
                                                                        << outcome.output;
         EXPECT_EQ(outcome.output.find("all is well") == std::string::npos, row.isDamage) << row.finding;
     }
+}
+
+// The plug-in's own judgement of a device with the same bytes; its last byte is one that the plug-in never
+// reads.
+TEST_F(ImageUnderTest, CheckAndThePlugInAgreeOnChainsThatEndAtTheLastByte) {
+    QString error;
+    auto const camera = simulator::SimulatedCamera::open(QStringLiteral("poly-12bit"), &error);
+    ASSERT_TRUE(camera) << qPrintable(error);
+    installVeyra2({.vy_ExistsRegister = ::vy_ExistsRegister,
+                   .vy_readRegisters = ::vy_readRegisters,
+                   .vy_setMode = ::vy_setMode});
+    int whole = 0;
+    for (uint8_t const last : Bytes{0xFF, 0x55, 0x00})
+        for (int32_t end = kStoreSize - 5; end <= kStoreSize + 1; ++end) {
+            int32_t const length = end - 8;
+            Bytes image = changed(imageOf({}), 5, {77, uint8_t(length >> 8), uint8_t(length)});
+            for (int32_t at = end; at < kStoreSize; ++at)
+                image[size_t(at)] = 0xFF;
+            image[kStoreSize - 1] = last;
+            write(image);
+            ASSERT_TRUE(camera->loadEeprom(this->image(), &error)) << qPrintable(error);
+            bool const isWhole = EepromFreeSpace(HeadboardEepromCreate(camera->handle())) >= 0;
+            whole += isWhole ? 1 : 0;
+            Outcome const outcome = run({"check"});
+            EXPECT_EQ(outcome.exitCode == kExitDone, isWhole) << end << ' ' << int(last) << outcome.output;
+            bool const isUnreadMark = isWhole && end == kStoreSize - 1 && last != 0xFF;
+            EXPECT_EQ(outcome.output.find("0x1FEF: remark") != std::string::npos, isUnreadMark)
+                << outcome.output;
+            // An edit keeps the byte where the chain does not reach it.
+            EXPECT_EQ(run({"delete", "77"}).exitCode == kExitDone, isWhole);
+            EXPECT_EQ(read()[kStoreSize - 1], last);
+        }
+    EXPECT_GT(whole, 6);
 }
 
 TEST_F(ImageUnderTest, ADamagedChainIsShownAsFarAsItGoesAndNeverWrittenTo) {

@@ -45,6 +45,16 @@ std::optional<Finding> hiddenRemark(RecordStore const& store, RecordPlace const&
                    "never found: the record at " + offsetText(first) + " has the same type and name"};
 }
 
+// Neither written nor read by the plug-in, whose chain ends there all the same.
+std::optional<Finding> endMarkRemark(RecordStore const& store, Chain const& chain) {
+    int32_t const last = store.size() - 1;
+    if (chain.end != ChainEnd::Marked || chain.endOffset != last || store.lastByte() == kErased)
+        return std::nullopt;
+    return Finding{last, false,
+                   "the chain ends at the store's last byte, which is " + hexadecimal(store.lastByte(), 2) +
+                       ": the plug-in takes it for an end mark unread, other readers may not"};
+}
+
 std::vector<Finding> findingsOf(RecordStore const& store, Chain const& chain) {
     std::vector<Finding> findings;
     uint8_t const version = store.bytes()[kVersionOffset];
@@ -57,6 +67,8 @@ std::vector<Finding> findingsOf(RecordStore const& store, Chain const& chain) {
         if (auto const hidden = hiddenRemark(store, place))
             findings.push_back(*hidden);
     }
+    if (auto const remark = endMarkRemark(store, chain))
+        findings.push_back(*remark);
     if (auto const fault = chainFault(store, chain))
         findings.push_back(*fault);
     return findings;

@@ -16,10 +16,12 @@ RecordStore::RecordStore(std::span<uint8_t const> image, vy_Camera* sensor)
     : m_eeprom(HeadboardEepromCreate(sensor)) {
     m_eeprom->deviceSize = int32_t(std::min(image.size(), size_t(m_eeprom->deviceSize)));
     std::span<uint8_t const> const store = image.first(size_t(m_eeprom->deviceSize));
-    // One byte more than the store, because loads and changes leave out the image's last one.
+    // One byte more than the store, so that an end mark can be put into the store's last one.
     constexpr uint8_t kErased = 0xFF;
     m_eeprom->image.assign(store.size() + 1, kErased);
-    std::copy(store.begin(), store.end(), m_eeprom->image.begin());
+    // The plug-in never reads a device's last byte: an end mark is always there.
+    m_lastByte = store.back();
+    std::copy(store.begin(), store.end() - 1, m_eeprom->image.begin());
     // Everything counts as read, so that no device is asked.
     m_eeprom->state.assign(m_eeprom->image.size(), ByteState::Current);
 }
@@ -53,7 +55,9 @@ std::span<uint8_t const> RecordStore::record(RecordPlace const& place) const {
 }
 
 void RecordStore::copyTo(std::span<uint8_t> image) const {
-    std::copy(bytes().begin(), bytes().end(), image.begin());
+    for (size_t i = 0; i < bytes().size(); ++i)
+        if (m_eeprom->state[i] == ByteState::Changed)
+            image[i] = bytes()[i];
 }
 
 } // namespace headboard_image

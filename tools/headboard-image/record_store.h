@@ -44,17 +44,21 @@ public:
     /// What the record operations work on.
     [[nodiscard]] HeadboardEeprom const& eeprom() const { return m_eeprom; }
     [[nodiscard]] int32_t size() const { return m_eeprom->deviceSize; }
+    /// The last one is 0xFF, whatever the image holds.
     [[nodiscard]] std::span<uint8_t const> bytes() const;
+    /// What the image holds there.
+    [[nodiscard]] uint8_t lastByte() const { return m_lastByte; }
 
     [[nodiscard]] Chain chain() const;
     /// Valid until the next change.
     [[nodiscard]] std::span<uint8_t const> record(RecordPlace const& place) const;
 
-    /// Puts the store, as it is now, back into the image that it was taken from.
+    /// Puts what was changed into the image that the store was taken from.
     void copyTo(std::span<uint8_t> image) const;
 
 private:
     HeadboardEeprom m_eeprom;
+    uint8_t m_lastByte = 0;
 };
 
 } // namespace headboard_image
