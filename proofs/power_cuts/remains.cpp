@@ -56,8 +56,9 @@ bool tellsTheTruth(RecordStore const& store, Chain const& chain, Outcome const& 
     bool const checkIsRight = check.exitCode == (isClean ? kExitDone : kExitRefused) &&
                               (check.output.find("all is well") != std::string::npos) == isClean &&
                               (!fault || check.output.find(findingText(*fault)) != std::string::npos);
-    return listIsRight && checkIsRight &&
-           std::ranges::count(list.output, '\n') == std::ptrdiff_t(chain.records.size());
+    // An empty list says so in a line of its own.
+    size_t const lines = !fault && chain.records.empty() ? 1 : chain.records.size();
+    return listIsRight && checkIsRight && std::ranges::count(list.output, '\n') == std::ptrdiff_t(lines);
 }
 
 } // namespace

@@ -32,8 +32,13 @@ TEST_F(ImageUnderTest, CheckFindsNothingWrongWithGoodImages) {
     // The unused bytes of a register set end its blocks.
     write(imageOf({recordOf(kRecordPga, {3, 0, 4, 0, 0x20, 0, 7, 0xFF, 0xFF}), recordOf(kRecordCcm, {})}));
     EXPECT_EQ(run({"check"}).exitCode, kExitDone);
+    // So do a text's, and values may have all bits set.
+    write(imageOf({recordOf(kRecordLensType, {'x', 0, 0xFF, 0xFF}),
+                   recordOf(kRecordPga, {3, 0, 4, 0, 0x20, 0xFF, 0xFF})}));
+    EXPECT_EQ(run({"check"}).exitCode, kExitDone);
     write(imageOf({}));
     EXPECT_EQ(run({"check"}).output, "0 records, 0 bytes used, 8171 available\nall is well\n");
+    EXPECT_EQ(run({"list"}).output, "no records\n");
 }
 
 TEST_F(ImageUnderTest, CheckNamesEveryDamageAndItsPlaceAndOnlyRemarksWhatIsUnusual) {
@@ -61,6 +66,15 @@ TEST_F(ImageUnderTest, CheckNamesEveryDamageAndItsPlaceAndOnlyRemarksWhatIsUnusu
              {imageOf({recordOf(kRecordPga, {5, 0, 0})}), "0x0011: 0x05 is no kind of entry block"},
              {imageOf({recordOf(kRecordCcm, {'x', 0})}), "0x0011: 0x78 is no kind of entry block"},
              {imageOf({recordOf(kRecordSwCcm, {'x', 0, 'y'})}), "the last line has no closing NUL"},
+             // Cuts while a record was written into erased bytes: behind its head, in its name, in and behind
+             // a block.
+             {changed(imageOf({}), 5, {kRecordPga, 1, 0xCE}),
+              "0x0008: the record's last 462 bytes are erased: its writing was cut off"},
+             {imageOf({recordOf(kRecordPga, Bytes(20, 0xFF), "Abc")}), "0x0011: the record's last 20 bytes"},
+             {imageOf({recordOf(kRecordPga, {3, 0, 8, 1, 2, 3, 4, 0xFF, 0xFF, 0xFF, 0xFF})}), "last 4 bytes"},
+             {imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4, 0xFF, 0xFF, 0xFF})}), "last 3 bytes"},
+             {imageOf({recordOf(kRecordLensType, {'x', 0xFF, 0xFF})}), "0x0009: the record's last 2 bytes"},
+             {imageOf({recordOf(77, Bytes(20, 0xFF))}), "remark: the record's last 20 bytes", false},
              {changed(imageOf({}), 4, {2}), "version 2 is not known", false},
              {changed(named, 8, {'N', 'i', 'n', 'e', 'B', 'y', 't', 'e', 's'}), "name fills its field",
               false},

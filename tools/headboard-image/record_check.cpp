@@ -11,6 +11,7 @@ namespace headboard_image {
 namespace {
 
 constexpr uint8_t kNul = 0;
+constexpr uint8_t kErased = 0xFF;
 
 // The types whose register sets may consist of lines of state instead.
 bool mayHoldLines(uint8_t type) {
@@ -23,6 +24,7 @@ public:
         : m_place(place), m_record(record) {}
 
     std::vector<Finding> run() {
+        checkTail();
         switch (recordPayload(m_place.type)) {
         case RecordPayload::Opaque:
             if (!recordTypeName(m_place.type))
@@ -53,6 +55,36 @@ private:
         m_findings.push_back({m_place.offset + int32_t(at), true, std::move(text)});
     }
     void remark(std::string text) { m_findings.push_back({m_place.offset, false, std::move(text)}); }
+
+    // When the power fails while a record is written into erased bytes, its head tells more than there is.
+    void checkTail() {
+        auto const last =
+            std::find_if(m_record.rbegin(), m_record.rend(), [](uint8_t byte) { return byte != kErased; });
+        auto const erased = std::min(size_t(last - m_record.rbegin()), payload().size());
+        if (erased < leastErased() || erased == 0)
+            return;
+        std::string const text = "the record's last " + counted(int64_t(erased), "byte") + " are erased";
+        bool const isCutOff = recordPayload(m_place.type) == RecordPayload::RegisterSet ||
+                              recordPayload(m_place.type) == RecordPayload::Text;
+        if (isCutOff)
+            fault(m_record.size() - erased, text + ": its writing was cut off");
+        else
+            remark(text);
+    }
+
+    // As many bytes 0xFF as no whole record of the type ends with.
+    [[nodiscard]] size_t leastErased() const {
+        constexpr size_t kUnlikely = 16, kBlockHead = 3, kShortEntry = 4, kMaskAndValue = 8;
+        if (recordPayload(m_place.type) == RecordPayload::Text)
+            return std::ranges::count(payload(), kNul) == 0 ? 1 : payload().size() + 1;
+        if (recordPayload(m_place.type) != RecordPayload::RegisterSet)
+            return std::min(payload().size(), kUnlikely);
+        RegisterSetContent const content = splitRegisterSet(m_record);
+        // Values may be so, and unused bytes that are too few for a block.
+        if (content.blocks.empty() || content.restOffset < m_record.size())
+            return kBlockHead;
+        return content.blocks.back().kind == uint8_t(EntryKind::Full) ? kMaskAndValue : kShortEntry;
+    }
 
     // False when there is nothing behind the name to look at.
     bool checkName() {

@@ -129,6 +129,8 @@ Outcome listRecords(RecordStore const& store) {
     Outcome outcome;
     for (RecordPlace const& place : chain.records)
         outcome.output += recordLine(store, place);
+    if (chain.records.empty() && chain.end == ChainEnd::Marked)
+        outcome.output = "no records\n";
     if (auto const fault = chainFault(store, chain)) {
         outcome.exitCode = kExitRefused;
         outcome.complaint = findingText(*fault) + '\n';
