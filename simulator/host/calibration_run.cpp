@@ -32,7 +32,7 @@ void calibrate(Session& session, DialogPage& page, Options const& options, RunDr
     CaptureRows rows(page);
     summary.run = runAllUnderItsLights(session, rows, driver, progress);
     simulator::SimulatedCamera const& camera = session.camera();
-    if (options.thenGood && wasRefusedForItsLight(summary.run, camera)) {
+    if (options.thenGood && wasRefusedForItsLight(summary.run)) {
         summary.firstRefusal = causeOf(summary.run, rows.read(), camera.hasEeprom());
         progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
         forgetSolverMessage();
@@ -45,27 +45,55 @@ void calibrate(Session& session, DialogPage& page, Options const& options, RunDr
     summary.eeprom = eepromUseOf(session, options);
 }
 
+// Without its folder; empty when none was saved.
+QString resultsFile(RunResult const& run) {
+    QString const saved = run.last.statusTexts[kFileSave];
+    if (!saved.startsWith(QLatin1String("Done: ")))
+        return {};
+    // One page cuts the name at "/" alone, so that what lies before "\\" stays.
+    return saved.mid(std::max(saved.lastIndexOf(QRegularExpression(QStringLiteral("[/\\\\]"))) + 1,
+                              int(qstrlen("Done: "))));
+}
+
+void judgeSaves(Session& session, OutputFolder& output, RunSummary& summary) {
+    bool const hasEeprom = session.camera().hasEeprom();
+    QString const results = resultsFile(summary.run);
+    bool const hasResults = output.expect(results);
+    if (!isSaved(summary.run.last.statusTexts, hasEeprom)) {
+        summary.cause = causeOf(summary.run, summary.captures, hasEeprom);
+    } else if (!hasResults) {
+        summary.cause = QStringLiteral("The results file %1 is missing.").arg(results);
+    } else {
+        session.noteConditions();
+        return;
+    }
+    summary.verdict = Verdict::NotSaved;
+}
+
+// The dialog's test is pressed once more without the correction and with it; what it shows then is what is
+// pictured, told and judged.
 void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& output, RunSummary& summary) {
-    if (!isDone(summary.run, session.camera())) {
+    if (!isCalibrated(summary.run)) {
         summary.cause = causeOf(summary.run, summary.captures, session.camera().hasEeprom());
         return;
     }
-    session.noteConditions();
+    summary.verdict = Verdict::Calibrated;
+    judgeSaves(session, output, summary);
     summary.before = measureInDetail(session, page, driver, false);
     summary.after = measureInDetail(session, page, driver, true); // leaves the correction on
-    // One page cuts the name at "/" alone, so that what lies before "\\" stays.
-    QString const saved = summary.run.last.statusTexts[kFileSave].mid(int(qstrlen("Done: ")));
-    QString const results = saved.mid(saved.lastIndexOf(QRegularExpression(QStringLiteral("[/\\\\]"))) + 1);
-    summary.succeeded = output.expect(results) && summary.before && summary.after;
-    if (!summary.succeeded)
-        summary.cause =
-            QStringLiteral("The results file %1 or the closing measurement is missing.").arg(results);
+    summary.run.last.statusTexts = page.statusTexts();
+    if (!summary.before || !summary.after) {
+        summary.verdict = Verdict::NotCalibrated;
+        summary.cause = QStringLiteral("The closing measurement is missing.");
+    } else if (summary.verdict == Verdict::Calibrated && isBeyondLimit(*summary.after)) {
+        summary.verdict = Verdict::BeyondLimit;
+    }
 }
 
 // Under each light of the page, and one between.
 void judgeLights(Session& session, DialogPage& page, RunDriver& driver, ProgressReport& progress,
                  RunSummary& summary) {
-    if (!summary.succeeded || summary.captures.empty())
+    if (summary.verdict == Verdict::NotCalibrated || summary.captures.empty())
         return;
     std::vector<double> lights;
     std::transform(summary.captures.begin(), summary.captures.end(), std::back_inserter(lights),
@@ -73,9 +101,10 @@ void judgeLights(Session& session, DialogPage& page, RunDriver& driver, Progress
     summary.lights = measureLights(session, page, driver, lightsToTry(std::move(lights)), [&](double kelvin) {
         progress.say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
     });
-    summary.succeeded = isComplete(summary.lights);
-    if (!summary.succeeded)
-        summary.cause = QStringLiteral("The dialog did not show the uniformity under every light.");
+    if (isComplete(summary.lights))
+        return;
+    summary.verdict = Verdict::NotCalibrated;
+    summary.cause = QStringLiteral("The dialog did not show the uniformity under every light.");
 }
 
 void writeResults(Session& session, OutputFolder& output, RunSummary& summary) {
@@ -109,21 +138,22 @@ int runCalibration(Session& session, Options const& options) {
     }
     OutputFolder output(session.outputFolder());
     ProgressReport progress(stdout, opened.page);
+    RunSummary summary;
     RunDriver driver(
         opened.page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
     driver.onProgress([&](RunProgress const& state) { progress.show(state); });
     driver.onSaving([&] { whenSaving(session, options, progress); });
 
-    RunSummary summary;
     calibrate(session, opened.page, options, driver, progress, summary);
     if (isInterrupted())
         return kExitInterrupted;
-    output.savePicture(QStringLiteral("dialog.png"), opened.dialog->grab().toImage());
-    driver.onProgress([](RunProgress const&) {});
     judge(session, opened.page, driver, output, summary);
+    driver.onProgress([](RunProgress const&) {});
+    QImage const dialog = opened.dialog->grab().toImage();
     judgeLights(session, opened.page, driver, progress, summary);
     if (isInterrupted())
         return kExitInterrupted;
+    output.savePicture(QStringLiteral("dialog.png"), dialog);
     writeResults(session, output, summary);
     progress.say(QLatin1Char('\n') + summaryText(summary));
     progress.say(timeLines(driver.timeInTicks()));

@@ -3,6 +3,7 @@
 #include "simulator/host/session.h"
 
 #include <QtDebug>
+#include <limits>
 
 namespace pictara {
 
@@ -21,6 +22,11 @@ std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunD
     Evenness result;
     if (!driver.awaitUniformity(&result.uniformity))
         return std::nullopt;
+    bool isNumber = false;
+    result.limit = page.text("GoodCU").toDouble(&isNumber);
+    if (!isNumber)
+        result.limit = std::numeric_limits<double>::quiet_NaN();
+    result.rating = page.colour("CU_Bullet");
     result.blocks = session.frames().blocks();
     result.picture = session.frames().unmarkedPicture();
     return result;

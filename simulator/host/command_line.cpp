@@ -237,7 +237,9 @@ CommandLine parseCommandLine(QStringList const& arguments) {
     parser.setApplicationDescription(QStringLiteral(
         "Runs the lens-shading calibration dialog on a simulated camera.\n\n"
         "Exit codes: 0 done, 1 not calibrated, 2 bad command line or file, 3 too many frames;\n"
-        "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size; 130 interrupted.\n"
+        "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size;\n"
+        "calibrated, but: 8 the uniformity is beyond the dialog's limit (of a replay, too), 9 not saved;\n"
+        "130 interrupted.\n"
         "Of a replay: 0 all calls are equal, 1 one differs. Of a script: 1 a command failed, 3 a wait "
         "ended in vain."));
     parser.addHelpOption();

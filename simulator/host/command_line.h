@@ -20,6 +20,8 @@ enum ExitCode : int {
     kExitClipped = 5,
     kExitNotFlat = 6, ///< an object in the picture, or uneven light
     kExitWrongSize = 7,
+    kExitBeyondLimit = 8,   ///< calibrated and saved, but the uniformity is beyond the dialog's limit
+    kExitNotSaved = 9,      ///< calibrated, but the file or the EEPROM does not hold the solution
     kExitInterrupted = 130, ///< by Ctrl-C or a request to terminate
 };
 

@@ -7,7 +7,10 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPixmap>
 #include <QTimer>
+#include <algorithm>
+#include <iterator>
 
 namespace pictara {
 namespace {
@@ -50,6 +53,25 @@ QStringList DialogPage::statusTexts() const {
     for (StepWidgets const& step : kSteps)
         texts.append(text(step.status));
     return texts;
+}
+
+QString DialogPage::colour(char const* name) const {
+    auto const* const label = widget<QLabel>(name);
+    QPixmap const pixmap = label ? label->pixmap(Qt::ReturnByValue) : QPixmap();
+    if (pixmap.isNull())
+        return {};
+    QImage const middle = pixmap.toImage().scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QColor const mean = middle.pixelColor(0, 0);
+    constexpr int kPale = 50; // of 255
+    if (mean.hsvSaturation() < kPale)
+        return QStringLiteral("gray");
+    constexpr struct {
+        int endsAt; ///< hue in degrees
+        char const* name;
+    } kHues[] = {{20, "red"}, {75, "yellow"}, {165, "green"}, {300, "blue"}, {360, "red"}};
+    return QString::fromLatin1(std::find_if(std::begin(kHues), std::end(kHues), [&](auto const& hue) {
+                                   return mean.hsvHue() < hue.endsAt;
+                               })->name);
 }
 
 bool DialogPage::has(char const* name) const {

@@ -40,6 +40,8 @@ public:
     [[nodiscard]] QString text(char const* name) const;
     /// The texts of all steps, in the order of kSteps.
     [[nodiscard]] QStringList statusTexts() const;
+    /// The colour of a bullet: "red", "yellow", "green" or "blue", "gray" for a pale one; empty without any.
+    [[nodiscard]] QString colour(char const* bullet) const;
     [[nodiscard]] bool isChecked(char const* button) const;
     [[nodiscard]] bool isEnabled(char const* widget) const;
     /// Clicks a button; false when it cannot be clicked now.

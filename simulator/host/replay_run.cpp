@@ -18,6 +18,14 @@ namespace pictara {
 namespace {
 
 struct ReplaySummary {
+    [[nodiscard]] bool isMeasured() const { return before && after; }
+    [[nodiscard]] QString result() const {
+        if (!isMeasured())
+            return QStringLiteral("not measured");
+        return isBeyondLimit(*after) ? QStringLiteral("measured, uniformity beyond the limit")
+                                     : QStringLiteral("measured");
+    }
+
     Scene scene;
     QString file;
     QString record;
@@ -33,7 +41,7 @@ struct ReplaySummary {
 QString textOf(ReplaySummary const& summary) {
     QString text;
     QTextStream out(&text);
-    out << "result: " << (summary.before && summary.after ? "measured" : "not measured") << "\n\n"
+    out << "result: " << summary.result() << "\n\n"
         << sceneLines(summary.scene) << '\n'
         << "EEPROM: " << summary.file << '\n'
         << "record: " << (summary.record.isEmpty() ? QStringLiteral("the first one") : summary.record) << '\n'
@@ -64,8 +72,7 @@ RunReport reportOf(Session& session, ReplaySummary const& summary) {
          {"conditions_were_kept", "exposure and gains are those of the calibration",
           summary.conditionsFound}}};
     return {.run = QStringLiteral("replay"),
-            .result =
-                summary.before && summary.after ? QStringLiteral("measured") : QStringLiteral("not measured"),
+            .result = summary.result(),
             .cause = {},
             .tables = {sceneFacts(summary.scene),
                        registerFacts(session, summary.dialogsWrites, session.camera().registerWrites()),
@@ -128,10 +135,11 @@ int runReplay(Session& session, Options const& options) {
     progress.say(QLatin1Char('\n') + textOf(summary));
     if (!output.failed())
         progress.say(QStringLiteral("The report is %1.").arg(page));
-    bool const isMeasured = summary.before && summary.after;
-    if (!isMeasured)
+    if (!summary.isMeasured())
         complain(QStringLiteral("The dialog shows no uniformity for the replayed correction."));
-    return isMeasured && !output.failed() ? kExitDone : kExitNotCalibrated;
+    if (!summary.isMeasured() || output.failed())
+        return kExitNotCalibrated;
+    return isBeyondLimit(*summary.after) ? kExitBeyondLimit : kExitDone;
 }
 
 } // namespace pictara

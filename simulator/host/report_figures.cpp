@@ -16,6 +16,8 @@ double spread(std::vector<double> const& values) {
 constexpr Figure kFigures[] = {
     {"dialog_colour_deviation_ab", "colour deviation, largest, as the dialog showed it (a*b*)",
      [](Evenness const& e) { return e.uniformity; }, 2},
+    {"dialog_colour_deviation_limit_ab", "the dialog's limit for it (a*b*)",
+     [](Evenness const& e) { return e.limit; }, 2},
     {"picture_colour_deviation_ab", "the same, measured by the host on the next pictures (a*b*)",
      [](Evenness const& e) { return e.detail.shown.largest; }, 2},
     {"true_colour_deviation_ab", "the same, true: without noise and quantisation (a*b*)",

@@ -23,7 +23,7 @@ bool standsStill(QStringList const& texts) {
     return anyStartsWith(texts, "Error") || !anyStartsWith(texts, "In progress");
 }
 
-bool isCalibrated(QStringList const& texts) {
+bool hasSolution(QStringList const& texts) {
     QString const status = texts.value(kCalibration);
     return status == QLatin1String("Done.") || status.startsWith(QLatin1String("YCbCr calibration."));
 }
@@ -121,20 +121,22 @@ bool shownUniformity(QString const& status, double* figure) {
     return match.hasMatch();
 }
 
-bool allStepsDone(QStringList const& texts, bool hasEeprom) {
-    double figure = 0;
+bool isCalibrated(QStringList const& texts) {
     auto const done = [&](Step step) { return texts.value(step) == QLatin1String("Done."); };
-    auto const startsWith = [&](Step step, char const* text) {
-        return texts.value(step).startsWith(QLatin1String(text));
-    };
-    bool const saved = hasEeprom ? done(kEepromSave) : startsWith(kEepromSave, "No EEPROM.");
-    return done(kSetup) && done(kExposure) && done(kColourBalance) && isCalibrated(texts) &&
-           shownUniformity(texts.value(kUniformity), &figure) && startsWith(kFileSave, "Done: ") && saved;
+    double figure = 0;
+    return done(kSetup) && done(kExposure) && done(kColourBalance) && hasSolution(texts) &&
+           shownUniformity(texts.value(kUniformity), &figure);
+}
+
+bool isSaved(QStringList const& texts, bool hasEeprom) {
+    QString const eeprom = texts.value(kEepromSave);
+    return texts.value(kFileSave).startsWith(QLatin1String("Done: ")) &&
+           (hasEeprom ? eeprom == QLatin1String("Done.") : eeprom.startsWith(QLatin1String("No EEPROM.")));
 }
 
 bool isSavingToEepromNext(QStringList const& texts) {
     static QString const open = QStringLiteral("Not done yet.");
-    return isCalibrated(texts) && texts.value(kFileSave) != open && texts.value(kEepromSave) == open;
+    return hasSolution(texts) && texts.value(kFileSave) != open && texts.value(kEepromSave) == open;
 }
 
 } // namespace pictara

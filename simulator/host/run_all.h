@@ -76,8 +76,11 @@ private:
 /// The number that a uniformity status shows; false when it shows none.
 [[nodiscard]] bool shownUniformity(QString const& status, double* figure);
 
-/// True when every step shows that it is done; without an EEPROM the last one shows that there is none.
-[[nodiscard]] bool allStepsDone(QStringList const& statusTexts, bool hasEeprom);
+/// True when every step up to the uniformity shows that it is done.
+[[nodiscard]] bool isCalibrated(QStringList const& statusTexts);
+
+/// True when both saves show that they are done; without an EEPROM the last one shows that there is none.
+[[nodiscard]] bool isSaved(QStringList const& statusTexts, bool hasEeprom);
 
 /// True when a run has nothing left to do but to save to the EEPROM.
 [[nodiscard]] bool isSavingToEepromNext(QStringList const& statusTexts);

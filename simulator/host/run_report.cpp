@@ -17,7 +17,11 @@ QString shownFigure(std::optional<double> const& value, int decimals) {
 }
 
 void addFigures(ReportPage& page, RunReport const& report) {
-    std::vector<QStringList> rows{{QString(), QStringLiteral("uncorrected"), QStringLiteral("corrected")}};
+    QStringList rating{QStringLiteral("the dialog's rating")};
+    for (auto const* evenness : {&report.before, &report.after})
+        rating << (*evenness ? (*evenness)->rating : QStringLiteral("-"));
+    std::vector<QStringList> rows{{QString(), QStringLiteral("uncorrected"), QStringLiteral("corrected")},
+                                  rating};
     for (Figure const& figure : pictureFigures()) {
         QStringList row{QString::fromLatin1(figure.label)};
         for (auto const* evenness : {&report.before, &report.after})

@@ -1,5 +1,6 @@
 #include "simulator/host/run_summary.h"
 
+#include "simulator/host/run_verdict.h"
 #include "simulator/host/session.h"
 
 #include <QFileInfo>
@@ -75,7 +76,7 @@ std::optional<EepromUse> eepromUseOf(Session& session, Options const& options) {
 
 RunReport reportOf(Session& session, RunSummary const& summary) {
     return {.run = QStringLiteral("calibration"),
-            .result = summary.succeeded ? QStringLiteral("calibrated") : QStringLiteral("not calibrated"),
+            .result = toldOf(summary.verdict),
             .cause = summary.cause,
             .tables = {sceneFacts(summary.scene), stepFacts(summary),
                        registerFacts(session, summary.solutionRegisters, summary.registerWrites),
@@ -89,7 +90,7 @@ RunReport reportOf(Session& session, RunSummary const& summary) {
 QString summaryText(RunSummary const& summary) {
     QString text;
     QTextStream out(&text);
-    out << "result: " << (summary.succeeded ? "calibrated" : "not calibrated") << '\n';
+    out << "result: " << toldOf(summary.verdict) << '\n';
     if (!summary.cause.isEmpty())
         out << "cause: " << summary.cause << '\n';
     if (!summary.firstRefusal.isEmpty())

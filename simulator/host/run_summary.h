@@ -19,6 +19,9 @@ struct EepromUse {
     uint64_t bytesWritten = 0;
 };
 
+/// How a calibration ended, the worst first.
+enum class Verdict { NotCalibrated, NotSaved, BeyondLimit, Calibrated };
+
 /// What a run leaves for its reader.
 struct RunSummary {
     Scene scene;
@@ -33,7 +36,7 @@ struct RunSummary {
     QStringList filesWritten;        ///< without folder
     QString
         firstRefusal; ///< cause of the refusal after which the light was mended; empty when there was none
-    bool succeeded = false;
+    Verdict verdict = Verdict::NotCalibrated;
     QString cause; ///< of a failure, in the dialog's own words and then the calibration library's
 };
 

@@ -24,13 +24,13 @@ QString standstillOf(QStringList const& texts) {
 
 } // namespace
 
-bool isDone(RunResult const& run, simulator::SimulatedCamera const& camera) {
-    return run.end == RunEnd::Finished && allStepsDone(run.last.statusTexts, camera.hasEeprom());
+bool isCalibrated(RunResult const& run) {
+    return run.end == RunEnd::Finished && isCalibrated(run.last.statusTexts);
 }
 
-bool wasRefusedForItsLight(RunResult const& run, simulator::SimulatedCamera const& camera) {
+bool wasRefusedForItsLight(RunResult const& run) {
     ExitCode const code = exitCodeOfRefusal(lastSolverMessage());
-    return !isDone(run, camera) && code != kExitNotCalibrated && code != kExitWrongSize;
+    return !isCalibrated(run) && code != kExitNotCalibrated && code != kExitWrongSize;
 }
 
 QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, bool hasEeprom) {
@@ -52,9 +52,31 @@ QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, b
     return causes.join(QLatin1String(" | "));
 }
 
+QString toldOf(Verdict verdict) {
+    switch (verdict) {
+    case Verdict::NotSaved:
+        return QStringLiteral("calibrated, not saved");
+    case Verdict::BeyondLimit:
+        return QStringLiteral("calibrated, uniformity beyond the limit");
+    case Verdict::Calibrated:
+        return QStringLiteral("calibrated");
+    case Verdict::NotCalibrated:
+        break;
+    }
+    return QStringLiteral("not calibrated");
+}
+
 int exitCodeOf(RunSummary const& summary) {
-    if (summary.succeeded)
+    switch (summary.verdict) {
+    case Verdict::NotSaved:
+        return kExitNotSaved;
+    case Verdict::BeyondLimit:
+        return kExitBeyondLimit;
+    case Verdict::Calibrated:
         return kExitDone;
+    case Verdict::NotCalibrated:
+        break;
+    }
     return summary.run.end == RunEnd::TimedOut ? kExitTimeout : exitCodeOfRefusal(lastSolverMessage());
 }
 

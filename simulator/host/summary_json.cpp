@@ -46,6 +46,7 @@ QJsonValue stateObject(std::optional<Evenness> const& evenness) {
     QJsonObject state;
     for (Figure const& figure : pictureFigures())
         state[QLatin1String(figure.key)] = rounded(figure.of(*evenness));
+    state[QStringLiteral("dialog_rating")] = evenness->rating;
     PictureDetail const& detail = evenness->detail;
     DeviationBins const bins = deviationBins(detail.shown.deviations);
     QJsonArray counts;

@@ -16,6 +16,10 @@ QString orMissing(QString const& text) {
 
 } // namespace
 
+bool isBeyondLimit(Evenness const& evenness) {
+    return evenness.rating != QLatin1String("green");
+}
+
 QString sceneLines(Scene const& scene) {
     QString text;
     QTextStream out(&text);
@@ -40,6 +44,9 @@ QString evennessLines(char const* state, std::optional<Evenness> const& evenness
         out << what << ' ' << state << ": " << orMissing(evenness ? valueOf(*evenness) : QString()) << '\n';
     };
     line("uniformity", [](Evenness const& e) { return QString::number(e.uniformity, 'f', 2); });
+    line("uniformity rating", [](Evenness const& e) {
+        return QStringLiteral("%1, limit %2").arg(e.rating).arg(e.limit, 0, 'f', 2);
+    });
     line("luminance error, largest against the median block,",
          [](Evenness const& e) { return percent(e.blocks.largestAgainstMedian); });
     line("luminance error, mean against the median block,",

@@ -19,10 +19,15 @@ struct Scene {
 /// How even the picture is in one state of the sensor's correction.
 struct Evenness {
     double uniformity = 0; ///< the dialog's own figure
+    double limit = 0;      ///< for it, as the dialog shows it; NaN when that is no number
+    QString rating;        ///< the colour by which the dialog rates it: "green" up to the limit
     BlockReport blocks;
     QImage picture;
     PictureDetail detail; ///< empty unless it was asked for
 };
+
+/// The dialog finds the figure beyond its limit.
+[[nodiscard]] bool isBeyondLimit(Evenness const& evenness);
 
 /// Lines of a summary, "name: value" each.
 [[nodiscard]] QString sceneLines(Scene const& scene);

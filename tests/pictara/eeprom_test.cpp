@@ -66,17 +66,23 @@ TEST_F(EepromProgram, AFaultIsToldByTheDialogTheSummaryAndTheExitCode) {
     struct {
         char const* base;
         char const* fault;
+        int exitCode;
+        char const* result;
         char const* told;
     } const rows[] = {
-        {"poly-12bit", "error-12", "Prom_Save_Status: Error accessing the EEPROM."},
-        {"poly-12bit", "error-12@1+", "Prom_Save_Status: No EEPROM."},
+        {"poly-12bit", "error-12", 9, "calibrated, not saved",
+         "Prom_Save_Status: Error accessing the EEPROM."},
+        {"poly-12bit", "error-12@1+", 9, "calibrated, not saved", "Prom_Save_Status: No EEPROM."},
         // Behind the bridge the dialog cannot tell silence from absence, and asks for ever.
-        {"kind71", "no-acknowledge@1+", "stands still before its first step"},
+        {"kind71", "no-acknowledge@1+", 1, "not calibrated", "stands still before its first step"},
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.fault);
         ProgramRun const run({"--run-all", "--profile", smallProfile(row.base), "--fault", row.fault});
-        EXPECT_EXIT_CODE(run, 1);
+        EXPECT_EXIT_CODE(run, row.exitCode);
+        EXPECT_EQ(run.value("result").toStdString(), row.result);
+        EXPECT_EQ(run.figure("uniformity corrected") < 1, row.exitCode == 9)
+            << "what was calibrated is measured";
         for (QString const& told : {run.value("cause"), run.messages()})
             EXPECT_TRUE(told.contains(row.told)) << told.toStdString();
         EXPECT_EQ(run.contents("eeprom.bin").size(), 8192);
@@ -89,7 +95,7 @@ TEST_F(EepromProgram, KeepsWhatAFailedSaveWroteAndDropsTheConditionsOfWhatWasThe
     // Six bytes are the header's, written when the dialog opens.
     ProgramRun const run({"--run-all", "--profile", smallProfile("poly-12bit"), "--eeprom", device, "--fault",
                           "power-cut@16+"});
-    EXPECT_EXIT_CODE(run, 1);
+    EXPECT_EXIT_CODE(run, 9);
     QFile file(device);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     QByteArray const kept = file.readAll();

@@ -45,6 +45,36 @@ TEST(RunReport, ScriptsReadWhatTheSummaryTellsPeople) {
     EXPECT_EQ(json["eeprom"]["operations"].toInt(), int(run.figure("EEPROM operations")));
 }
 
+TEST(RunReport, TellsTheDialogsOneFigureItsLimitAndItsRating) {
+    QTemporaryDir const folder;
+    QString const settings = folder.filePath("settings.ini");
+    struct {
+        char const* limit; ///< thousandths
+        int exitCode;
+        char const* result;
+        char const* rating;
+    } const rows[] = {{"2000", 0, "calibrated", "green, limit 2.00"},
+                      {"1", 8, "calibrated, uniformity beyond the limit", "yellow, limit 0.00"},
+                      {"-2000", 8, "calibrated, uniformity beyond the limit", "red, limit -2.00"}};
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.limit);
+        ASSERT_TRUE(writeFile(settings, QByteArray("LensAssist GoodCU for POLY12=") + row.limit + '\n'));
+        ProgramRun const run(
+            {"--run-all", "--profile", writeSmallProfile(folder.path()), "--settings", settings});
+        EXPECT_EXIT_CODE(run, row.exitCode);
+        EXPECT_EQ(run.value("result").toStdString(), row.result);
+        EXPECT_EQ(run.value("uniformity rating corrected").toStdString(), row.rating);
+        EXPECT_TRUE(run.value("step CU_Status").startsWith(run.value("uniformity corrected") + ' '))
+            << run.summary().toStdString();
+        QJsonObject const told = summaryOf(run)["corrected"].toObject();
+        EXPECT_EQ(told["dialog_rating"].toString(), QString(row.rating).section(',', 0, 0));
+        EXPECT_NEAR(told["dialog_colour_deviation_limit_ab"].toDouble(),
+                    QByteArray(row.limit).toDouble() / 1000, 0.005);
+        QByteArray const page = run.contents("report.html");
+        EXPECT_TRUE(page.contains(row.result) && page.contains(told["dialog_rating"].toString().toUtf8()));
+    }
+}
+
 TEST(RunReport, AFailedRunHasOneToo) {
     QTemporaryDir const folder;
     ProgramRun const run({"--run-all", "--object", "--profile", writeSmallProfile(folder.path())});

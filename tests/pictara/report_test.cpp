@@ -50,6 +50,8 @@ Evenness someEvenness() {
     QImage picture(32, 18, QImage::Format_RGB32);
     picture.fill(Qt::gray);
     return {.uniformity = 1.25,
+            .limit = 1,
+            .rating = QStringLiteral("yellow"),
             .blocks = {},
             .picture = picture,
             .detail = {.maps = {light, light},

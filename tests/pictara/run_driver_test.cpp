@@ -189,7 +189,7 @@ TEST_F(RunDriverTest, GivesUpAtTheBoundOnFrames) {
     EXPECT_FALSE(DialogPage::find(&dialog).isRunning());
 }
 
-TEST(AllStepsDone, EveryStepHasItsSay) {
+TEST(Verdict, EveryStepHasItsSay) {
     QStringList const done = {"Done.",
                               "Done.",
                               "Done.",
@@ -197,12 +197,14 @@ TEST(AllStepsDone, EveryStepHasItsSay) {
                               " 0.52   (Lower is better.)",
                               "Done: POLY.ini",
                               "No EEPROM."};
-    EXPECT_TRUE(allStepsDone(done, false));
-    EXPECT_FALSE(allStepsDone(done, true)) << "an EEPROM that is there was not found";
+    EXPECT_TRUE(isCalibrated(done) && isSaved(done, false));
+    EXPECT_FALSE(isSaved(done, true)) << "an EEPROM that is there was not found";
     for (int i = 0; i < done.size(); ++i) {
         QStringList texts = done;
         texts[i] = i == kUniformity ? QStringLiteral(" --   (Lower is better)") : QStringLiteral("Error");
-        EXPECT_FALSE(allStepsDone(texts, false)) << i;
+        bool const isOfTheSaves = i == kFileSave || i == kEepromSave;
+        EXPECT_EQ(isCalibrated(texts), isOfTheSaves) << i;
+        EXPECT_EQ(isSaved(texts, false), !isOfTheSaves) << i;
     }
     double figure = 0;
     EXPECT_TRUE(shownUniformity(QStringLiteral("12.30   (Lower is better.)"), &figure));
