@@ -120,6 +120,8 @@ EepromSection readEeprom(JsonPlace const& place) {
 void readIdentity(JsonPlace const& place, Profile& profile) {
     profile.sensorName = place["sensorName"].text().toLocal8Bit();
     profile.fileNamePart = place["fileNamePart"].text().toLocal8Bit();
+    if (place.has("note"))
+        profile.note = place["note"].text();
     profile.kind = place["kind"].integer();
     profile.variant = place["variant"].integer();
     profile.systemOnChip = place["systemOnChip"].flag();

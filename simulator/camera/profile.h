@@ -76,6 +76,7 @@ struct Profile {
     QString name;
     QByteArray sensorName;
     QByteArray fileNamePart;
+    QString note; ///< what its user must know; mostly empty
     uint32_t kind = 0;
     uint32_t variant = 0;
     bool systemOnChip = false;

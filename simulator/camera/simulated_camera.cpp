@@ -50,6 +50,7 @@ CameraDescription describe(Profile const& profile) {
     description.profile = profile.name;
     description.sensorName = profile.sensorName;
     description.fileNamePart = profile.fileNamePart;
+    description.note = profile.note;
     description.sensorKind = profile.kind;
     description.variant = profile.variant;
     description.systemOnChip = profile.systemOnChip;

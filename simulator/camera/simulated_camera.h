@@ -74,6 +74,7 @@ struct CameraDescription {
     QString profile;         ///< the profile's name
     QByteArray sensorName;   ///< for the sensor record's first name
     QByteArray fileNamePart; ///< for the sensor record's file name part
+    QString note;            ///< what its user must know; mostly empty
     uint32_t sensorKind = 0;
     uint32_t variant = 0;
     bool systemOnChip = false;

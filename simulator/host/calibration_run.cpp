@@ -42,7 +42,7 @@ void calibrate(Session& session, DialogPage& page, Options const& options, RunDr
     summary.scene = session.scene();
     summary.solutionRegisters = session.desk().listEntriesWritten();
     summary.registerWrites = camera.registerWrites();
-    summary.eeprom = eepromUseOf(session, options);
+    summary.eeprom = eepromUseOf(session, page, options);
 }
 
 // Without its folder; empty when none was saved.
@@ -63,6 +63,11 @@ void judgeSaves(Session& session, OutputFolder& output, RunSummary& summary) {
         summary.cause = causeOf(summary.run, summary.captures, hasEeprom);
     } else if (!hasResults) {
         summary.cause = QStringLiteral("The results file %1 is missing.").arg(results);
+    } else if (summary.eeprom && summary.eeprom->lack && !summary.eeprom->lack->isEmpty()) {
+        // Not every sensor's dialog reads back what it saved.
+        summary.cause =
+            QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: %1.")
+                .arg(*summary.eeprom->lack);
     } else {
         session.noteConditions();
         return;

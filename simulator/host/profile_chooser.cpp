@@ -12,13 +12,14 @@ namespace pictara {
 namespace {
 
 QString describedBy(simulator::CameraDescription const& camera) {
-    return QStringLiteral("%1: kind %2, variant %3, %4 x %5 pixels%6")
+    return QStringLiteral("%1: kind %2, variant %3, %4 x %5 pixels%6%7")
         .arg(QString::fromLocal8Bit(camera.sensorName))
         .arg(camera.sensorKind)
         .arg(camera.variant)
         .arg(camera.width)
         .arg(camera.height)
-        .arg(camera.systemOnChip ? QStringLiteral(", system on chip") : QString());
+        .arg(camera.systemOnChip ? QStringLiteral(", system on chip") : QString())
+        .arg(camera.note.isEmpty() ? QString() : QStringLiteral(";\n") + camera.note);
 }
 
 } // namespace
@@ -31,6 +32,7 @@ ProfileChooser::ProfileChooser(QString const& preferred, QWidget* parent)
     m_list->addItems(simulator::SimulatedCamera::profileNames());
     auto* const label = new QLabel(QStringLiteral("&Sensor on the headboard:"));
     label->setBuddy(m_list);
+    m_description->setWordWrap(true);
     m_description->setMinimumWidth(m_description->fontMetrics().averageCharWidth() * 64);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Open | QDialogButtonBox::Cancel);
     buttons->button(QDialogButtonBox::Open)

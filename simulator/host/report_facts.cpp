@@ -22,7 +22,7 @@ FactTable sceneFacts(Scene const& scene) {
     auto const text = [](char const* key, char const* label, QString const& value) {
         return Fact(QString::fromLatin1(key), QString::fromLatin1(label), value);
     };
-    return {
+    FactTable table{
         QStringLiteral("scene"),
         QStringLiteral("Camera and light"),
         {
@@ -39,6 +39,9 @@ FactTable sceneFacts(Scene const& scene) {
             {"object_in_picture", "object in the picture", light.objectInPicture},
             {"noise_seed", "seed of the noise", double(scene.seed)},
         }};
+    if (!camera.note.isEmpty())
+        table.facts.push_back(text("profile_note", "note", camera.note));
+    return table;
 }
 
 FactTable registerFacts(Session& session, uint64_t solutionRegisters, uint64_t registerWrites) {

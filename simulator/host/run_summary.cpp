@@ -2,6 +2,7 @@
 
 #include "simulator/host/run_verdict.h"
 #include "simulator/host/session.h"
+#include "simulator/host/stored_solution.h"
 
 #include <QFileInfo>
 #include <QTextStream>
@@ -19,12 +20,19 @@ void writeCaptures(QTextStream& out, std::vector<CaptureRow> const& rows) {
         out << "capture " << row.button << " at " << row.kelvin << " K: " << row.status << '\n';
 }
 
+QString heldIn(EepromUse const& use) {
+    if (!use.lack)
+        return QStringLiteral("nothing was saved, there is no solution");
+    return use.lack->isEmpty() ? QStringLiteral("holds the solution")
+                               : QStringLiteral("does not hold the solution: ") + *use.lack;
+}
+
 void writeEeprom(QTextStream& out, std::optional<EepromUse> const& use) {
     if (!use) {
         out << "EEPROM: none\n";
         return;
     }
-    out << "EEPROM: " << use->file << '\n';
+    out << "EEPROM: " << heldIn(*use) << '\n' << "EEPROM file: " << use->file << '\n';
     if (!use->fault.isEmpty())
         out << "EEPROM fault: " << use->fault << '\n';
     out << "EEPROM operations: " << use->operations << '\n'
@@ -53,6 +61,9 @@ FactTable eepromFacts(std::optional<EepromUse> const& use) {
                     {{"has_eeprom", "there is one", use.has_value()}}};
     if (!use)
         return table;
+    table.facts.emplace_back(QStringLiteral("contents"), QStringLiteral("contents"), heldIn(*use));
+    if (use->lack)
+        table.facts.emplace_back("holds_solution", "holds the solution", use->lack->isEmpty());
     table.facts.emplace_back(QStringLiteral("file"), QStringLiteral("file"), use->file);
     table.facts.emplace_back(QStringLiteral("fault"), QStringLiteral("fault"), use->fault);
     table.facts.emplace_back("operations", "operations", double(use->operations));
@@ -62,16 +73,20 @@ FactTable eepromFacts(std::optional<EepromUse> const& use) {
 
 } // namespace
 
-std::optional<EepromUse> eepromUseOf(Session& session, Options const& options) {
+std::optional<EepromUse> eepromUseOf(Session& session, DialogPage const& page, Options const& options) {
     simulator::SimulatedCamera const& camera = session.camera();
     if (!camera.hasEeprom())
         return std::nullopt;
     QFileInfo const file(session.eepromFile());
     bool const isInFolder = file.absolutePath() == session.outputFolder();
+    std::optional<QString> lack;
+    if (session.desk().listEntriesWritten() > 0)
+        lack = lackOfStoredSolution(session, options.profile, page.text("Prom_Label"));
     return EepromUse{.file = isInFolder ? file.fileName() : file.filePath(),
                      .fault = options.fault ? textOf(*options.fault) : QString(),
                      .operations = camera.deviceOperations(),
-                     .bytesWritten = camera.deviceBytesWritten()};
+                     .bytesWritten = camera.deviceBytesWritten(),
+                     .lack = lack};
 }
 
 RunReport reportOf(Session& session, RunSummary const& summary) {

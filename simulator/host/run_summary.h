@@ -17,6 +17,8 @@ struct EepromUse {
     QString fault; ///< as the user wished it; empty for none
     uint64_t operations = 0;
     uint64_t bytesWritten = 0;
+    std::optional<QString>
+        lack; ///< why it does not hold the solution, empty: it does; none without a solution
 };
 
 /// How a calibration ended, the worst first.
@@ -40,8 +42,10 @@ struct RunSummary {
     QString cause; ///< of a failure, in the dialog's own words and then the calibration library's
 };
 
-/// None on a camera without an EEPROM.
-[[nodiscard]] std::optional<EepromUse> eepromUseOf(Session& session, Options const& options);
+/// None on a camera without an EEPROM. What the dialog solved is compared with what a camera that starts up
+/// from the EEPROM holds, whatever the dialog shows of the save.
+[[nodiscard]] std::optional<EepromUse> eepromUseOf(Session& session, DialogPage const& page,
+                                                   Options const& options);
 
 /// The same for a report.
 [[nodiscard]] RunReport reportOf(Session& session, RunSummary const& summary);

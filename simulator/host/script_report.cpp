@@ -24,7 +24,7 @@ RunSummary summaryOf(Session& session, DialogPage const& page, Options const& op
     summary.captures = CaptureRows(page).read();
     summary.solutionRegisters = session.desk().listEntriesWritten();
     summary.registerWrites = session.camera().registerWrites();
-    summary.eeprom = eepromUseOf(session, options);
+    summary.eeprom = eepromUseOf(session, page, options);
     summary.cause = end.cause;
     return summary;
 }

@@ -26,8 +26,10 @@ QString sceneLines(Scene const& scene) {
     simulator::Light const& light = scene.light;
     out << "sensor: " << scene.camera.sensorName << " (kind " << scene.camera.sensorKind << ", variant "
         << scene.camera.variant << "), " << scene.camera.width << " x " << scene.camera.height << '\n'
-        << "profile: " << scene.camera.profile << '\n'
-        << "lens: " << (scene.shading.isEmpty() ? QStringLiteral("of the profile") : scene.shading) << '\n'
+        << "profile: " << scene.camera.profile << '\n';
+    if (!scene.camera.note.isEmpty())
+        out << "note: " << scene.camera.note << '\n';
+    out << "lens: " << (scene.shading.isEmpty() ? QStringLiteral("of the profile") : scene.shading) << '\n'
         << "light: " << light.colourTemperature << " K, level " << light.level;
     if (light.gradient != 0)
         out << ", gradient " << light.gradient;

@@ -34,6 +34,7 @@ TEST_F(EepromProgram, WhatWasStoredIsWhatCorrects) {
         EXPECT_EXIT_CODE(run, 0);
         EXPECT_LE(run.figure("uniformity corrected"), 1.0);
         EXPECT_GT(run.figure("EEPROM bytes written"), 400);
+        EXPECT_EQ(run.value("EEPROM"), QStringLiteral("holds the solution"));
 
         ProgramRun const replay({"--replay-eeprom", device, "--profile", profile});
         EXPECT_EXIT_CODE(replay, 0);
@@ -73,6 +74,9 @@ TEST_F(EepromProgram, AFaultIsToldByTheDialogTheSummaryAndTheExitCode) {
         {"poly-12bit", "error-12", 9, "calibrated, not saved",
          "Prom_Save_Status: Error accessing the EEPROM."},
         {"poly-12bit", "error-12@1+", 9, "calibrated, not saved", "Prom_Save_Status: No EEPROM."},
+        // The dialog says that it saved.
+        {"poly-12bit", "ignored-write+", 9, "calibrated, not saved", "does not hold the solution"},
+        {"kind71", "none", 9, "calibrated, not saved", "does not hold the solution"},
         // Behind the bridge the dialog cannot tell silence from absence, and asks for ever.
         {"kind71", "no-acknowledge@1+", 1, "not calibrated", "stands still before its first step"},
     };
