@@ -3,15 +3,20 @@
 #include <QMutex>
 #include <QtGlobal>
 #include <cstdio>
+#include <utility>
 
 namespace pictara {
 namespace {
 
 constexpr char kSolverMark[] = "shadefit:";
+constexpr char kBlocksMark[] = "refused blocks of ";
+constexpr char kConsequence[] = "there is no ";
 
 struct Log {
     QMutex mutex; // messages come from any thread
     QString solverMessage;
+    QString blocks;        ///< of the next message
+    QString refusedBlocks; ///< of the last one
     bool progressLineShown = false;
 };
 
@@ -20,10 +25,19 @@ Log& log() {
     return instance;
 }
 
+void noteSolver(QString const& told) {
+    if (told.startsWith(QLatin1String(kBlocksMark))) {
+        log().blocks = told.mid(int(sizeof kBlocksMark) - 1);
+    } else if (!told.startsWith(QLatin1String(kConsequence)) || log().solverMessage.isEmpty()) {
+        log().solverMessage = told;
+        log().refusedBlocks = std::exchange(log().blocks, {});
+    }
+}
+
 void onMessage(QtMsgType type, QMessageLogContext const&, QString const& text) {
     QMutexLocker const lock(&log().mutex);
     if (text.startsWith(QLatin1String(kSolverMark)))
-        log().solverMessage = text.mid(int(sizeof kSolverMark) - 1).trimmed();
+        noteSolver(text.mid(int(sizeof kSolverMark) - 1).trimmed());
     std::fprintf(stderr, "%s%s\n", log().progressLineShown ? "\r\033[K" : "", text.toLocal8Bit().constData());
     if (type == QtFatalMsg)
         std::abort();
@@ -40,9 +54,15 @@ QString lastSolverMessage() {
     return log().solverMessage;
 }
 
+QString lastRefusedBlocks() {
+    QMutexLocker const lock(&log().mutex);
+    return log().refusedBlocks;
+}
+
 void forgetSolverMessage() {
     QMutexLocker const lock(&log().mutex);
     log().solverMessage.clear();
+    log().refusedBlocks.clear();
 }
 
 void complain(QString const& text) {

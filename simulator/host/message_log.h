@@ -8,8 +8,11 @@ namespace pictara {
 /// the calibration library logged.
 void installMessageLog();
 
-/// The last message of the calibration library, without its mark; empty when it logged none.
+/// The cause that the calibration library logged last, without its mark; empty when it logged none. That it
+/// then has no solution is no cause of its own.
 [[nodiscard]] QString lastSolverMessage();
+/// The blocks that the cause is about, as the library logged them before it; empty without any.
+[[nodiscard]] QString lastRefusedBlocks();
 
 /// What was logged so far is no cause of what comes.
 void forgetSolverMessage();

@@ -82,10 +82,13 @@ struct RowReduction {
     void reduce(BlockRow& row, size_t firstBlock, bool mirrored) {
         for (size_t i = 0; i < row.size(); ++i) {
             auto& block = row[i];
-            samples += block.size();
-            clipped += static_cast<size_t>(std::count_if(
+            auto const above = static_cast<size_t>(std::count_if(
                 block.begin(), block.end(), [&](uint16_t sample) { return sample >= whiteLevel; }));
-            means.mean[firstBlock + (mirrored ? row.size() - 1 - i : i)] = robustMean(block);
+            samples += block.size();
+            clipped += above;
+            size_t const place = firstBlock + (mirrored ? row.size() - 1 - i : i);
+            means.clipped[place] = static_cast<double>(above) / static_cast<double>(block.size());
+            means.mean[place] = robustMean(block);
             block.clear();
         }
     }
@@ -148,6 +151,7 @@ std::vector<ComponentMeans> readBlocks(void const* frame, Geometry const& array,
         means[i].x = positions(columnEdges, component.firstColumn, component.columnStep, sampling.mirrored);
         means[i].y = positions(rowEdges, component.firstRow, component.rowStep, sampling.upsideDown);
         means[i].mean.resize(grid.blocks());
+        means[i].clipped.resize(grid.blocks());
         reductions.push_back({means[i], whiteLevel});
     }
     std::vector<BlockRow> blocks(means.size(), BlockRow(columns));

@@ -26,10 +26,11 @@ struct BlockGrid {
 
 /// One component of a frame, block by block, row by row from the array's top left.
 struct ComponentMeans {
-    std::vector<double> x;    ///< mean position of the samples of each block column, pixels of the array
-    std::vector<double> y;    ///< the same for each block row
-    std::vector<double> mean; ///< mean of each block's samples without outliers, counts
-    double clippedShare = 0;  ///< share of all samples that lie at or above the white level
+    std::vector<double> x;       ///< mean position of the samples of each block column, pixels of the array
+    std::vector<double> y;       ///< the same for each block row
+    std::vector<double> mean;    ///< mean of each block's samples without outliers, counts
+    std::vector<double> clipped; ///< share of each block's samples that lie at or above the white level
+    double clippedShare = 0;     ///< the same of all samples
 };
 
 /// Mean of the samples that lie within the noise around their median: hot and dead pixels and specks of dust

@@ -2,6 +2,7 @@
 
 #include "simulator/solver/gain_fit.h"
 
+#include <QStringList>
 #include <QtDebug>
 #include <algorithm>
 #include <utility>
@@ -22,6 +23,31 @@ uint32_t clampedFalloff(uint32_t percent) {
 void logCause(QString const& cause) {
     qWarning("shadefit: %s", qPrintable(cause));
 }
+
+namespace {
+
+// Row by row from the array's top, each as its number and its runs of blocks.
+void logRefusedBlocks(BlockMeans const& means, std::vector<bool> const& refused) {
+    QStringList rows;
+    for (int row = 0; row < means.rows && !refused.empty(); ++row) {
+        auto const first = refused.begin() + std::ptrdiff_t(row) * means.columns, end = first + means.columns;
+        QStringList runs;
+        for (auto from = std::find(first, end, true); from != end;) {
+            auto const to = std::find(from, end, false);
+            runs << QStringLiteral("%1-%2").arg(from - first).arg(to - first - 1);
+            from = std::find(to, end, true);
+        }
+        if (!runs.isEmpty())
+            rows << QStringLiteral("%1:%2").arg(row).arg(runs.join(QLatin1Char(',')));
+    }
+    if (!rows.isEmpty())
+        logCause(QStringLiteral("refused blocks of %1 x %2: %3")
+                     .arg(means.columns)
+                     .arg(means.rows)
+                     .arg(rows.join(QLatin1Char(' '))));
+}
+
+} // namespace
 
 Calibration::Calibration(SensorLayout layout) : m_layout(std::move(layout)) {}
 
@@ -51,6 +77,7 @@ bool Calibration::fits(uint32_t width, uint32_t height) {
 bool Calibration::take(BlockMeans means) {
     Inspection inspection = inspect(means, m_layout.array);
     if (!inspection.fault.isEmpty()) {
+        logRefusedBlocks(means, inspection.refused);
         refuse(inspection.fault);
         return false;
     }

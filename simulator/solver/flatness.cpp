@@ -86,7 +86,16 @@ QString percent(double share) {
     return QString::number(100 * share, 'f', 1) + QLatin1String(" %");
 }
 
-QString exposureFault(BlockMeans const& means) {
+template <typename Test>
+std::vector<bool> blocksOf(BlockMeans const& means, Test const& isRefused) {
+    std::vector<bool> refused(means.blocks());
+    for (size_t i = 0; i < refused.size(); ++i)
+        refused[i] = std::any_of(means.planes.begin(), means.planes.end(),
+                                 [&](ComponentMeans const& plane) { return isRefused(plane, i); });
+    return refused;
+}
+
+void findExposureFault(BlockMeans const& means, Inspection& inspection) {
     double brightest = 0;
     double darkest = 1;
     double clipped = 0;
@@ -96,22 +105,32 @@ QString exposureFault(BlockMeans const& means) {
         darkest = std::min(darkest, *low);
         clipped = std::max(clipped, plane.clippedShare);
     }
-    if (clipped > kClippedShare)
-        return QStringLiteral("the image is clipped: %1 of a colour's samples are at the white level")
-            .arg(percent(clipped));
-    if (brightest < kDarkestCentre || darkest < kDarkestBlock)
-        return QStringLiteral("the image is too dark: brightest block %1, darkest %2 of the range")
-            .arg(percent(brightest), percent(darkest));
-    return {};
+    if (clipped > kClippedShare) {
+        inspection.fault =
+            QStringLiteral("the image is clipped: %1 of a colour's samples are at the white level")
+                .arg(percent(clipped));
+        inspection.refused = blocksOf(
+            means, [](ComponentMeans const& plane, size_t i) { return plane.clipped[i] > kClippedShare; });
+    } else if (brightest < kDarkestCentre || darkest < kDarkestBlock) {
+        inspection.fault =
+            QStringLiteral("the image is too dark: brightest block %1, darkest %2 of the range")
+                .arg(percent(brightest), percent(darkest));
+        if (brightest >= kDarkestCentre)
+            inspection.refused = blocksOf(
+                means, [](ComponentMeans const& plane, size_t i) { return plane.mean[i] < kDarkestBlock; });
+    }
 }
 
-QString objectFault(Surface const& surface) {
+void findObject(Surface const& surface, Inspection& inspection) {
     Eigen::ArrayXd const deviation = surface.residue().array().abs();
-    auto const blocks = static_cast<double>((deviation > surface.tolerance()).count());
+    auto const beyond = (deviation > surface.tolerance()).eval();
+    auto const blocks = static_cast<double>(beyond.count());
     if (blocks <= std::max(1.0, kObjectShare * static_cast<double>(deviation.size())))
-        return {};
-    return QStringLiteral("the image is not flat: %1 blocks deviate by up to %2 from a smooth field")
-        .arg(QString::number(blocks), percent(-std::expm1(-deviation.maxCoeff())));
+        return;
+    inspection.fault =
+        QStringLiteral("the image is not flat: %1 blocks deviate by up to %2 from a smooth field")
+            .arg(QString::number(blocks), percent(-std::expm1(-deviation.maxCoeff())));
+    inspection.refused.assign(beyond.data(), beyond.data() + beyond.size());
 }
 
 /// A lens that is offset by d shows L(r - d), about L(r) - d grad L(r): the odd part of the surface is the
@@ -150,11 +169,12 @@ QString gradientFault(Surface const& surface, Geometry const& array) {
 } // namespace
 
 Inspection inspect(BlockMeans const& means, Geometry const& array) {
-    Inspection inspection{exposureFault(means), {}};
+    Inspection inspection;
+    findExposureFault(means, inspection);
     if (!inspection.fault.isEmpty())
         return inspection;
     Surface const surface(means, array);
-    inspection.fault = objectFault(surface);
+    findObject(surface, inspection);
     if (inspection.fault.isEmpty())
         inspection.fault = gradientFault(surface, array);
     inspection.trusted = blocksWithoutSpecks(means, surface.perBlock());

@@ -11,6 +11,7 @@ namespace solver {
 struct Inspection {
     QString fault;             ///< empty, or why the image is refused, with figures
     std::vector<bool> trusted; ///< per block: false where dust or a speck spoils it
+    std::vector<bool> refused; ///< per block: what the fault is about; empty where that is the whole picture
 };
 
 /// Tells an evenly lit field from one that is too dark, clipped, holds an object or is lit from one side. A

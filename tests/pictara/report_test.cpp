@@ -1,4 +1,5 @@
 #include "simulator/host/picture_detail.h"
+#include "simulator/host/refusal.h"
 #include "simulator/host/report_figures.h"
 #include "simulator/host/run_report.h"
 
@@ -131,6 +132,22 @@ TEST(Report, ResidualsAreSignedAndHaveTheirZeroWhereTheyShould) {
     EXPECT_GT(ratio[2], 0);
     EXPECT_LT(ratio[0], 0);
     EXPECT_EQ(diagonal({1, 2, 3, 4, 5, 6, 7, 8, 9}, 3, 3), (std::vector<double>{1, 5, 9}));
+}
+
+TEST(Refusal, IsMarkedAsThePictureShowsTheArray) {
+    QImage picture(40, 20, QImage::Format_RGB32);
+    picture.fill(Qt::gray);
+    for (uint32_t orientation : {0U, 1U, 2U, 3U}) {
+        QImage const marked = markedRefusal(picture, QStringLiteral("4 x 2: 0:0-1,3-3 1:2-2"), orientation);
+        for (int block = 0; block < 8; ++block) {
+            int const column = block % 4, row = block / 4;
+            int const x = 10 * ((orientation & 1) != 0 ? 3 - column : column) + 5;
+            int const y = 10 * ((orientation & 2) != 0 ? 1 - row : row) + 5;
+            bool const isRefused = row == 0 ? column != 2 : column == 2;
+            EXPECT_EQ(marked.pixel(x, y) != picture.pixel(x, y), isRefused) << orientation << ' ' << block;
+        }
+    }
+    EXPECT_EQ(markedRefusal(picture, {}, 0), picture) << "the whole picture is refused";
 }
 
 TEST(Report, EveryBlockFallsIntoABin) {

@@ -30,12 +30,13 @@ TEST_F(Refusal, NamesWhatIsWrongWithThePicture) {
         char const* cause;
         Response response;
         double level = 0.8;
+        bool hasBlocks = false; ///< else it is the whole picture
     };
     Row const rows[] = {
         {"too dark", m_lens, 0.03},
-        {"clipped", m_lens, 1.05},
-        {"not flat", disc(30, 0.9)},
-        {"not flat", disc(120, 0.4)},
+        {"clipped", m_lens, 1.05, true},
+        {"not flat", disc(30, 0.9), 0.8, true},
+        {"not flat", disc(120, 0.4), 0.8, true},
         {"lamp is not even", lamp(0.5, 1, 0)},
         {"lamp is not even", lamp(-0.5, 1, 0)},
         {"lamp is not even", lamp(0.6, 0, 1)},
@@ -46,6 +47,7 @@ TEST_F(Refusal, NamesWhatIsWrongWithThePicture) {
         Handle const handle = open(m_sensor);
         EXPECT_FALSE(setImage(handle, m_sensor, expose(m_sensor, row.response, {.level = row.level})));
         EXPECT_TRUE(log.has(row.cause)) << log.all().constData();
+        EXPECT_EQ(log.has("refused blocks of"), row.hasBlocks) << log.all().constData();
         EXPECT_EQ(findSolution(handle), -1);
     }
 }
