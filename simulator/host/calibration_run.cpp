@@ -7,6 +7,7 @@
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
+#include "simulator/host/refusal.h"
 #include "simulator/host/run_verdict.h"
 #include "simulator/host/session.h"
 
@@ -20,11 +21,24 @@
 namespace pictara {
 namespace {
 
+constexpr char kResultsSection[] = "[Lens Correction]"; // in every results file
+
 // Nobody else can tell when the dialog starts to save.
 void whenSaving(Session& session, Options const& options, ProgressReport& progress) {
     progress.say(QStringLiteral("saving to the EEPROM..."));
     if (options.fault && !options.fault->operation)
         (void)session.injectFault({options.fault->name, 0, options.fault->forEver});
+}
+
+// The library looks at a picture when the plug-in hands it over, or when it has all that it needs.
+void deliverAndWatch(Session& session, RunSummary& summary) {
+    session.frames().deliverNext();
+    if (!summary.refused.isNull() || lastSolverMessage().isEmpty())
+        return;
+    QString const blocks = lastRefusedBlocks();
+    summary.hasRefusedBlocks = !blocks.isEmpty();
+    summary.refused =
+        markedRefusal(session.frames().unmarkedPicture(), blocks, session.camera().description().orientation);
 }
 
 void calibrate(Session& session, DialogPage& page, Options const& options, RunDriver& driver,
@@ -36,6 +50,7 @@ void calibrate(Session& session, DialogPage& page, Options const& options, RunDr
         summary.firstRefusal = causeOf(summary.run, rows.read(), camera.hasEeprom());
         progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
         forgetSolverMessage();
+        summary.refused = {};
         summary.run = runAgain(session, rows, driver, progress);
     }
     summary.captures = rows.read();
@@ -117,6 +132,12 @@ void writeResults(Session& session, OutputFolder& output, RunSummary& summary) {
         output.savePicture(QStringLiteral("before.png"), markedPicture(*summary.before));
     if (summary.after)
         output.savePicture(QStringLiteral("after.png"), markedPicture(*summary.after));
+    if (summary.verdict != Verdict::NotCalibrated)
+        summary.refused = {};
+    if (!summary.refused.isNull())
+        output.savePicture(QStringLiteral("refused.png"), summary.refused);
+    output.removeOthers({"before.png", "after.png", "refused.png"});
+    summary.earlierResults = output.filesOfOthers(QStringLiteral("*.ini"), kResultsSection);
     writeReport(reportOf(session, summary), output);
     summary.filesWritten = output.written() + QStringList(QStringLiteral("summary.txt"));
     output.saveText(QStringLiteral("summary.txt"), summaryText(summary));
@@ -145,7 +166,7 @@ int runCalibration(Session& session, Options const& options) {
     ProgressReport progress(stdout, opened.page);
     RunSummary summary;
     RunDriver driver(
-        opened.page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
+        opened.page, [&] { deliverAndWatch(session, summary); }, options.framesPerTick, options.maxFrames);
     driver.onProgress([&](RunProgress const& state) { progress.show(state); });
     driver.onSaving([&] { whenSaving(session, options, progress); });
 

@@ -40,4 +40,26 @@ bool OutputFolder::expect(QString const& name) {
     return there;
 }
 
+void OutputFolder::removeOthers(std::initializer_list<char const*> names) {
+    for (char const* const name : names) {
+        QString const path = m_folder.filePath(QLatin1String(name));
+        if (m_written.contains(QLatin1String(name)) || !QFileInfo(path).isFile() || QFile::remove(path))
+            continue;
+        complain(QStringLiteral("The file %1 of an earlier run cannot be removed.").arg(path));
+        m_failed = true;
+    }
+}
+
+QStringList OutputFolder::filesOfOthers(QString const& wildcard, QByteArray const& text) const {
+    QStringList found;
+    for (QString const& name : m_folder.entryList({wildcard}, QDir::Files, QDir::Name)) {
+        QFile file(m_folder.filePath(name));
+        constexpr qint64 kLookedAt = 1 << 20; // bytes
+        if (!m_written.contains(name) && file.open(QIODevice::ReadOnly) &&
+            file.read(kLookedAt).contains(text))
+            found << name;
+    }
+    return found;
+}
+
 } // namespace pictara

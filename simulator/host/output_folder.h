@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QImage>
 #include <QStringList>
+#include <initializer_list>
 
 namespace pictara {
 
@@ -18,6 +19,11 @@ public:
     void saveBytes(QString const& name, QByteArray const& bytes);
     /// A file that somebody else should have written.
     [[nodiscard]] bool expect(QString const& name);
+    /// Removes those of the names that this run did not write, so that nothing of an earlier one is taken for
+    /// its own.
+    void removeOthers(std::initializer_list<char const*> names);
+    /// Files that match the wildcard and hold the text, but are none of this run.
+    [[nodiscard]] QStringList filesOfOthers(QString const& wildcard, QByteArray const& text) const;
     /// Absolute, whether it is there or not.
     [[nodiscard]] QString pathOf(QString const& name) const { return m_folder.absoluteFilePath(name); }
     [[nodiscard]] QStringList const& written() const { return m_written; }

@@ -79,6 +79,8 @@ RunReport reportOf(Session& session, ReplaySummary const& summary) {
                        eeprom},
             .before = summary.before,
             .after = summary.after,
+            .refused = {},
+            .refusedCaption = {},
             .lights = {},
             .registers = solutionOf(session)};
 }
@@ -103,6 +105,7 @@ void savePictures(OutputFolder& output, QDialog& dialog, ReplaySummary const& su
         output.savePicture(QStringLiteral("replay-before.png"), markedPicture(*summary.before));
     if (summary.after)
         output.savePicture(QStringLiteral("replay-after.png"), markedPicture(*summary.after));
+    output.removeOthers({"replay-before.png", "replay-after.png"});
 }
 
 } // namespace

@@ -179,7 +179,12 @@ QByteArray pageOf(RunReport const& report) {
     page.paragraph(QStringLiteral("Result: %1.").arg(report.result));
     if (!report.cause.isEmpty())
         page.paragraph(QStringLiteral("Cause: %1").arg(report.cause));
-    addFigures(page, report);
+    if (!report.refused.isNull()) {
+        page.heading(QStringLiteral("Refused"));
+        page.picture(report.refused, report.refusedCaption);
+    }
+    if (report.before || report.after)
+        addFigures(page, report);
     if (report.before && report.after)
         addStates(page, report);
     addLights(page, report.lights);

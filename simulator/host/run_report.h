@@ -41,6 +41,8 @@ struct RunReport {
     QString cause;  ///< of a failure
     std::vector<FactTable> tables;
     std::optional<Evenness> before, after;
+    QImage refused; ///< with its blocks; null for none
+    QString refusedCaption;
     LightMatrix lights;
     std::vector<SolutionRegister> registers;
 };

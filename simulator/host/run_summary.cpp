@@ -71,6 +71,24 @@ FactTable eepromFacts(std::optional<EepromUse> const& use) {
     return table;
 }
 
+// A page that takes several pictures has them solved when it has all.
+QString refusedCaption(RunSummary const& summary) {
+    QString const what =
+        summary.captures.empty()
+            ? QStringLiteral("The picture that the calibration library refused")
+            : QStringLiteral("The view when the calibration library refused one of the pictures");
+    return summary.hasRefusedBlocks ? what + QStringLiteral("; the refused blocks are marked") : what;
+}
+
+FactTable fileFacts(RunSummary const& summary) {
+    FactTable table{QStringLiteral("files"), QStringLiteral("Files"), {}};
+    if (!summary.earlierResults.isEmpty())
+        table.facts.emplace_back(QStringLiteral("earlier_results"),
+                                 QStringLiteral("results of earlier runs in this folder"),
+                                 summary.earlierResults.join(QLatin1String(", ")));
+    return table;
+}
+
 } // namespace
 
 std::optional<EepromUse> eepromUseOf(Session& session, DialogPage const& page, Options const& options) {
@@ -95,9 +113,11 @@ RunReport reportOf(Session& session, RunSummary const& summary) {
             .cause = summary.cause,
             .tables = {sceneFacts(summary.scene), stepFacts(summary),
                        registerFacts(session, summary.solutionRegisters, summary.registerWrites),
-                       eepromFacts(summary.eeprom)},
+                       eepromFacts(summary.eeprom), fileFacts(summary)},
             .before = summary.before,
             .after = summary.after,
+            .refused = summary.refused,
+            .refusedCaption = refusedCaption(summary),
             .lights = summary.lights,
             .registers = solutionOf(session)};
 }
@@ -125,6 +145,8 @@ QString summaryText(RunSummary const& summary) {
         << "registers of the solution written: " << summary.solutionRegisters << '\n'
         << "register writes in all: " << summary.registerWrites << '\n'
         << "files: " << summary.filesWritten.join(QLatin1String(", ")) << '\n';
+    if (!summary.earlierResults.isEmpty())
+        out << "results files of earlier runs: " << summary.earlierResults.join(QLatin1String(", ")) << '\n';
     return text;
 }
 

@@ -31,11 +31,14 @@ struct RunSummary {
     std::vector<CaptureRow> captures; ///< as the run left them; empty where one light does
     std::optional<Evenness> before;   ///< none when the run did not get so far
     std::optional<Evenness> after;
+    QImage refused; ///< the picture that the library refused, with its blocks; null when it refused none
+    bool hasRefusedBlocks = false;   ///< else it refused the whole picture
     LightMatrix lights;              ///< empty where one light does
     uint64_t solutionRegisters = 0;  ///< registers of the solution that reached the sensor
     uint64_t registerWrites = 0;     ///< all register writes until the run ended
     std::optional<EepromUse> eeprom; ///< none on a camera without one
     QStringList filesWritten;        ///< without folder
+    QStringList earlierResults;      ///< results files in the folder that are not of this run
     QString
         firstRefusal; ///< cause of the refusal after which the light was mended; empty when there was none
     Verdict verdict = Verdict::NotCalibrated;

@@ -90,6 +90,7 @@ TEST_F(EepromProgram, AFaultIsToldByTheDialogTheSummaryAndTheExitCode) {
         for (QString const& told : {run.value("cause"), run.messages()})
             EXPECT_TRUE(told.contains(row.told)) << told.toStdString();
         EXPECT_EQ(run.contents("eeprom.bin").size(), 8192);
+        EXPECT_EQ(run.value("results files of earlier runs"), QString());
     }
 }
 

@@ -11,10 +11,11 @@ constexpr int kLongestRunMs = 280'000;
 
 } // namespace
 
-ProgramRun::ProgramRun(QStringList arguments) {
+ProgramRun::ProgramRun(QStringList arguments, QString const& folder)
+    : m_output(folder.isEmpty() ? m_folder.path() : folder) {
     // A recording is replayed in a folder of the program's own.
     if (!arguments.contains(QStringLiteral("--replay")))
-        arguments << QStringLiteral("--output") << m_folder.path();
+        arguments << QStringLiteral("--output") << m_output;
     QProcess process;
     process.start(QStringLiteral(PICTARA_SIM), arguments);
     m_ended = process.waitForFinished(kLongestRunMs) && process.exitStatus() == QProcess::NormalExit;

@@ -1,19 +1,21 @@
 #pragma once
 
+#include <QDir>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// One run of the program with its results in a folder of its own. A replay's summary is that run's summary.
+/// One run of the program with its results in a folder of its own, unless one is given. A replay's summary is
+/// that run's summary.
 class ProgramRun {
 public:
-    explicit ProgramRun(QStringList arguments);
+    explicit ProgramRun(QStringList arguments, QString const& folder = {});
 
     /// -1 when it crashed or did not end.
     [[nodiscard]] int exitCode() const { return m_ended ? m_exitCode : -1; }
     [[nodiscard]] QString const& messages() const { return m_messages; }
     [[nodiscard]] QString const& summary() const { return m_summary; }
-    [[nodiscard]] QString file(QString const& name) const { return m_folder.filePath(name); }
+    [[nodiscard]] QString file(QString const& name) const { return QDir(m_output).filePath(name); }
     /// What a file of that name holds; empty when there is none.
     [[nodiscard]] QByteArray contents(QString const& name) const;
     /// What a line of the summary says.
@@ -23,6 +25,7 @@ public:
 
 private:
     QTemporaryDir m_folder;
+    QString m_output;
     bool m_ended = false;
     int m_exitCode = 0;
     QString m_messages, m_summary;

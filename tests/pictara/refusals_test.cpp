@@ -2,6 +2,7 @@
 #include "tests/pictara/small_profile.h"
 
 #include <QFile>
+#include <QImage>
 #include <gtest/gtest.h>
 
 namespace {
@@ -54,6 +55,38 @@ TEST_F(Refusal, DoesNotSpoilTheCalibrationFromTheNextGoodFrame) {
         EXPECT_GE(mended.figure("uniformity uncorrected"), 4.0);
         EXPECT_LE(mended.figure("uniformity corrected"), 1.0);
     }
+}
+
+// Where the object is, the picture is marked; what an earlier run left is gone or told.
+TEST_F(Refusal, IsPicturedAmongOutputsOfThisRunAlone) {
+    QString const output = folder.filePath("output");
+    ASSERT_EXIT_CODE(ProgramRun(run, output), 0);
+    ProgramRun const refused(run + QStringList("--object"), output);
+    EXPECT_EXIT_CODE(refused, 6);
+    for (char const* picture : {"before.png", "after.png"})
+        EXPECT_FALSE(QFile::exists(refused.file(picture))) << picture;
+    QImage const picture(refused.file("refused.png"));
+    auto const isMarked = [&](int x, int y) {
+        QColor const colour = picture.pixelColor(x, y);
+        return colour.red() > colour.green() + 30 && colour.blue() > colour.green() + 30;
+    };
+    ASSERT_EQ(picture.size(), QSize(480, 270));
+    EXPECT_TRUE(isMarked(297, 107));
+    EXPECT_FALSE(isMarked(240, 200));
+    EXPECT_TRUE(refused.contents("report.html").contains("<h2>Refused</h2>"));
+    EXPECT_EQ(refused.value("results files of earlier runs"), QStringLiteral("POLY12_POLY12.ini"));
+
+    ProgramRun const mended(run + QStringList({"--object", "--then-good"}), output);
+    EXPECT_EXIT_CODE(mended, 0);
+    EXPECT_FALSE(QFile::exists(mended.file("refused.png")));
+    EXPECT_EQ(mended.value("results files of earlier runs"), QString());
+}
+
+TEST_F(Refusal, IsToldOnAPageOfSeveralLightsToo) {
+    ProgramRun const refused(
+        {"--run-all", "--object", "--profile", writeChangedProfile(folder.path(), "kind72-1", kNoEeprom)});
+    EXPECT_EXIT_CODE(refused, 6);
+    EXPECT_TRUE(refused.value("cause").contains("not flat")) << refused.value("cause").toStdString();
 }
 
 TEST_F(Refusal, OfAWrongImageSizeIsNotMendedByLight) {

@@ -77,6 +77,8 @@ TEST(Report, IsWellFormedSelfContainedAndEscapesNames) {
                      {QStringLiteral("file"), QStringLiteral("file"), QString::fromLatin1(kNasty)}}}},
         .before = someEvenness(),
         .after = someEvenness(),
+        .refused = {},
+        .refusedCaption = {},
         .lights = {},
         .registers = {{3, 0x3600, QString::fromLatin1(kNasty), 17}}};
     writeReport(report, output);
@@ -106,6 +108,8 @@ TEST(Report, TellsTheTablesUnderTheLightsAndWhatIsMissing) {
         .tables = {},
         .before = {},
         .after = {},
+        .refused = {},
+        .refusedCaption = {},
         .lights = {{2850, 7.5, {1.25, std::nullopt}, 0.5}, {6500, 6.5, {2.25, 0.75}, std::nullopt}},
         .registers = {}};
     writeReport(report, output);
