@@ -20,6 +20,7 @@ public:
     /// Borrows the camera.
     explicit EepromPanel(simulator::SimulatedCamera const& camera, QWidget* parent = nullptr);
     void refresh(quint64 frame) override;
+    [[nodiscard]] bool tellsChanges() const override { return true; }
 
 private:
     [[nodiscard]] QWidget* newByteTable();

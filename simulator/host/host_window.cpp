@@ -17,8 +17,8 @@
 #include <QApplication>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QGridLayout>
 #include <QGroupBox>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -80,9 +80,10 @@ QWidget* scrolled(QWidget* column) {
 
 HostWindow::HostWindow(Session& session, Options const& options)
     : m_session(session), m_options(options), m_watching(m_log, options.pluginFile), m_view(new LiveView),
-      m_parts(new QSplitter(Qt::Vertical)), m_tabs(new QTabWidget), m_scale(new QLabel),
-      m_status(new QLabel) {
+      m_parts(new QSplitter(Qt::Vertical)), m_tabs(new QTabWidget), m_scale(new QLabel), m_status(new QLabel),
+      m_refusal(new QLabel) {
     setWindowTitle(QStringLiteral("Pictara - %1").arg(session.camera().description().profile));
+    forgetSolverMessage(); // that of another sitting
     addPanelsBelow();
     setCentralWidget(newCentre());
     addMenus();
@@ -98,10 +99,17 @@ QWidget* HostWindow::newCentre() {
     m_parts->addWidget(m_tabs);
     m_parts->setStretchFactor(0, 3);
     m_parts->setStretchFactor(1, 1);
+    m_refusal->setObjectName(QStringLiteral("refusal"));
+    m_refusal->setToolTip(QStringLiteral("Why the calibration library refused the last picture"));
+    m_refusal->setWordWrap(true);
+    m_refusal->hide();
     auto* const centre = new QWidget;
-    auto* const layout = new QHBoxLayout(centre);
-    layout->addWidget(m_parts, 1);
-    layout->addWidget(newSidePanel());
+    auto* const layout = new QGridLayout(centre);
+    layout->addWidget(m_parts, 0, 0);
+    layout->addWidget(newSidePanel(), 0, 1);
+    layout->addWidget(m_refusal, 1, 0, 1, 2);
+    layout->setRowStretch(0, 1);
+    layout->setColumnStretch(0, 1);
     return centre;
 }
 
@@ -111,6 +119,8 @@ void HostWindow::addPanelsBelow() {
         panel->setObjectName(QLatin1String(name));
         m_tabs->setTabToolTip(m_tabs->addTab(panel, title), toolTip);
         m_panels.push_back(panel);
+        if (panel->tellsChanges())
+            panel->refresh(0); // what is there before the dialog opens has not changed
     };
     add("calls", QStringLiteral("Calls"), QStringLiteral("Calls between host, plug-in and libraries"),
         new CallPanel(m_log));
@@ -248,19 +258,21 @@ void HostWindow::onClock() {
 
 void HostWindow::deliverFrame() {
     FrameDelivery& frames = m_session.frames();
+    forgetAtATry();
     frames.deliverNext();
     if (!frames.picture().isNull())
         m_view->setPicture(frames.picture());
     if (frames.frameNumber() % kFramesBetweenRefreshes == 0)
         refreshPanels();
     showStatus();
+    showRefusal();
     emit frameShown(frames.frameNumber());
 }
 
 void HostWindow::refreshPanels() {
     FrameDelivery& frames = m_session.frames();
     for (LivePanel* const panel : m_panels)
-        if (panel->isVisible())
+        if (panel->isVisible() || panel->tellsChanges())
             panel->refresh(frames.frameNumber());
     if (m_view->isUniformityShown() && !frames.picture().isNull()) {
         auto const skipped = int(m_session.camera().description().unusableRows);
@@ -274,11 +286,22 @@ void HostWindow::showStatus() {
                           .arg(frames.frameNumber())
                           .arg(frames.exposure())
                           .arg(m_session.seed()));
-    // The dialog says only that a picture was refused; the library says why.
-    if (QString const told = lastSolverMessage(); told != m_toldBySolver) {
-        m_toldBySolver = told;
-        statusBar()->showMessage(told, kMessageMs);
-    }
+}
+
+void HostWindow::forgetAtATry() {
+    QString const status = DialogPage::find(m_dialog).text(kSteps[kCalibration].status);
+    bool const isTrying = status.startsWith(QLatin1String("In progress"));
+    if (isTrying && !m_isTrying)
+        forgetSolverMessage();
+    m_isTrying = isTrying;
+}
+
+// The dialog says only that a picture was refused; the library says why.
+void HostWindow::showRefusal() {
+    QString const status = DialogPage::find(m_dialog).text(kSteps[kCalibration].status);
+    QString const told = lastSolverMessage();
+    m_refusal->setText(QStringLiteral("Refused: ") + told);
+    m_refusal->setVisible(!told.isEmpty() && status.startsWith(QLatin1String("Error")));
 }
 
 void HostWindow::closeEvent(QCloseEvent* event) {

@@ -58,6 +58,8 @@ private:
     void onClock();
     void refreshPanels();
     void showStatus();
+    void forgetAtATry();
+    void showRefusal();
 
     Session& m_session;
     Options const& m_options;
@@ -69,9 +71,10 @@ private:
     QTabWidget* m_tabs;
     QLabel* m_scale;
     QLabel* m_status;
+    QLabel* m_refusal; ///< why the library refused the last picture
     std::vector<LivePanel*> m_panels;
     QString m_nextProfile;
-    QString m_toldBySolver;
+    bool m_isTrying = false;
     QTimer m_clock;
 };
 

@@ -11,6 +11,7 @@ constexpr char const* kColumns[] = {"Name", "Value", "Changed at frame"};
 } // namespace
 
 void NamedValues::show(Values const& values, quint64 frame) {
+    frame = std::max<quint64>(frame, 1); // what opening the dialog changes comes before the first one
     // Names are added but never taken away, so one walk over both finds each one's place.
     size_t i = 0;
     for (auto const& [name, value] : values) {

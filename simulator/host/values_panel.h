@@ -15,6 +15,7 @@ public:
     /// `read` gives the values as they are now; what it stands on outlives the panel.
     ValuesPanel(QString const& toolTip, Read read, QWidget* parent = nullptr);
     void refresh(quint64 frame) override;
+    [[nodiscard]] bool tellsChanges() const override { return true; }
 
 private:
     Read m_read;

@@ -176,6 +176,22 @@ TEST_F(BenchTest, TheEepromsRecordsAreToldWithTheirRegisters) {
     EXPECT_EQ(size_t(bytes->selectionModel()->selectedIndexes().size()), records[0].size);
 }
 
+TEST_F(BenchTest, ChangesBeforeTheFirstLookAreMarked) {
+    open(QByteArray(8192, '\xFF')); // which the dialog formats
+    session->states().set("Gamma", 7);
+    deliver(4);
+    ASSERT_TRUE(showParts(*window, {QStringLiteral("states")}));
+    auto const* const values = part<QWidget>("states")->findChild<QTableView*>()->model();
+    QModelIndexList const gamma =
+        values->match(values->index(0, NamedValues::Name), Qt::DisplayRole, "Gamma", 1, Qt::MatchExactly);
+    ASSERT_EQ(gamma.size(), 1);
+    EXPECT_EQ(gamma.first().siblingAtColumn(NamedValues::ChangedAt).data().toInt(), 4);
+    QStringList told;
+    for (QLabel const* label : part<QWidget>("eeprom")->findChildren<QLabel*>())
+        told << label->text();
+    EXPECT_TRUE(told.join(' ').contains(QRegularExpression("Changed [1-9]"))) << told.join(' ').toStdString();
+}
+
 TEST_F(BenchTest, ABrokenChainIsToldUpToItsFault) {
     QByteArray image = smallImage();
     image[29 + 1] = 0x40; // the text's length, far beyond the end
@@ -239,6 +255,18 @@ TEST_F(BenchTest, CallsAreFilteredAndOutOfSightFollowedByNoTable) {
     EXPECT_GT(all, 9);
     ASSERT_TRUE(showParts(*window, {QStringLiteral("states")}));
     EXPECT_FALSE(table->model());
+}
+
+TEST(LivePicture, TheMapsColoursDoNotFlicker) {
+    LiveView view;
+    struct {
+        double largest, end;
+    } const rows[] = {{0.4, 2}, {3.98, 4}, {4.02, 5}, {3.98, 5}, {3.51, 5}, {3.49, 4}, {3.51, 4}, {0.4, 2}};
+    for (auto const& row : rows) {
+        view.setUniformity(
+            {.columns = 1, .rows = 1, .deviations = {row.largest}, .largest = row.largest, .mean = 0}, 0);
+        EXPECT_EQ(view.uniformityEnd(), row.end) << row.largest;
+    }
 }
 
 TEST(LivePicture, CountsEveryChannelAndColoursEveryBlock) {

@@ -1,5 +1,6 @@
 #include "simulator/host/dialog_page.h"
 #include "simulator/host/light_panel.h"
+#include "simulator/host/message_log.h"
 #include "simulator/host/quantity_control.h"
 #include "tests/pictara/open_bench.h"
 
@@ -8,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QDoubleSpinBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
@@ -133,6 +135,38 @@ TEST_F(HostWindowTest, WhatTheEepromHoldsIsThereInTheNextSitting) {
     ASSERT_TRUE(QDir(session->outputFolder()).removeRecursively());
     EXPECT_FALSE(session->keepEeprom(&error));
     EXPECT_TRUE(error.contains(session->eepromFile())) << error.toStdString();
+}
+
+TEST_F(HostWindowTest, WhyAPictureWasRefusedStaysUntilTheNextTry) {
+    installMessageLog();
+    session->setLight({.objectInPicture = true});
+    DialogPage page = DialogPage::find(window->dialog());
+    auto const* const reason = part<QLabel>("refusal");
+    auto const work = [&](int ticks) {
+        for (int i = 0; i < ticks; ++i) {
+            window->deliverFrame();
+            page.stopTimer();
+            page.tick();
+        }
+    };
+    auto const workUntilRefused = [&] {
+        for (int i = 0; i < 200 && !page.text("Calibrate_Status").startsWith("Error"); ++i)
+            work(1);
+        work(1);
+        EXPECT_TRUE(reason->isVisible() && reason->text().contains("not flat"))
+            << reason->text().toStdString();
+    };
+    EXPECT_FALSE(reason->isVisible());
+    page.press("Run_All");
+    workUntilRefused();
+    page.press("Run_All");
+    page.press("Calibrate");
+    work(1);
+    EXPECT_FALSE(reason->isVisible()) << "another try";
+    workUntilRefused(); // for the same reason
+    HostWindow const next(*session, options);
+    EXPECT_EQ(lastSolverMessage(), QString()) << "another sensor begins with this one's refusal";
+    qInstallMessageHandler(nullptr);
 }
 
 TEST_F(HostWindowTest, NoFrameIsDeliveredToAClosedWindow) {
