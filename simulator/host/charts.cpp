@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <qcustomplot.h>
+#include <unordered_map>
 
 namespace pictara {
 namespace {
@@ -50,17 +51,43 @@ void prepare(QCustomPlot& plot, QString const& title, Palette const& palette) {
         axis->setTicks(false);
 }
 
-// So few shades that a palette holds them all, which makes the picture a third as large.
+int nearestOf(QVector<QRgb> const& palette, QRgb colour) {
+    auto const distance = [colour](QRgb other) {
+        int const red = qRed(other) - qRed(colour), green = qGreen(other) - qGreen(colour),
+                  blue = qBlue(other) - qBlue(colour);
+        return red * red + green * green + blue * blue;
+    };
+    auto const nearest = std::min_element(palette.begin(), palette.end(),
+                                          [&](QRgb a, QRgb b) { return distance(a) < distance(b); });
+    return int(nearest - palette.begin());
+}
+
+// As many colours as a palette holds, which makes the picture a third as large: the most frequent ones as
+// they are, so that a chart's background is the page's, and for each other the nearest of these.
 QImage indexed(QImage const& picture) {
-    constexpr int kSteps = 31;
-    auto const stepped = [](int value) { return (value * kSteps + 127) / 255 * 255 / kSteps; };
-    QImage result = picture.convertToFormat(QImage::Format_RGB32);
-    for (int y = 0; y < result.height(); ++y) {
-        auto* const row = reinterpret_cast<QRgb*>(result.scanLine(y));
-        for (int x = 0; x < result.width(); ++x)
-            row[x] = qRgb(stepped(qRed(row[x])), stepped(qGreen(row[x])), stepped(qBlue(row[x])));
-    }
-    return result.convertToFormat(QImage::Format_Indexed8, Qt::ThresholdDither | Qt::AvoidDither);
+    constexpr int kMostColours = 256;
+    QImage const source = picture.convertToFormat(QImage::Format_RGB32);
+    std::unordered_map<QRgb, int> uses;
+    for (int y = 0; y < source.height(); ++y)
+        for (int x = 0; x < source.width(); ++x)
+            ++uses[source.pixel(x, y)];
+    std::vector<std::pair<int, QRgb>> byUse;
+    for (auto const& [colour, count] : uses)
+        byUse.emplace_back(count, colour);
+    std::sort(byUse.rbegin(), byUse.rend());
+    QVector<QRgb> palette;
+    for (auto const& [count, colour] : byUse)
+        if (palette.size() < kMostColours)
+            palette.append(colour);
+    std::unordered_map<QRgb, int> places;
+    for (auto const& [count, colour] : byUse)
+        places[colour] = nearestOf(palette, colour);
+    QImage result(source.size(), QImage::Format_Indexed8);
+    result.setColorTable(palette);
+    for (int y = 0; y < source.height(); ++y)
+        for (int x = 0; x < source.width(); ++x)
+            result.scanLine(y)[x] = uchar(places[source.pixel(x, y)]);
+    return result;
 }
 
 QImage pictureOf(QCustomPlot& plot, int width, int height) {

@@ -1,3 +1,4 @@
+#include "simulator/host/charts.h"
 #include "simulator/host/picture_detail.h"
 #include "simulator/host/refusal.h"
 #include "simulator/host/report_figures.h"
@@ -152,6 +153,26 @@ TEST(Refusal, IsMarkedAsThePictureShowsTheArray) {
         }
     }
     EXPECT_EQ(markedRefusal(picture, {}, 0), picture) << "the whole picture is refused";
+}
+
+TEST(Report, AChartHasTheBackgroundOfItsPage) {
+    if (!hasCharts())
+        GTEST_SKIP();
+    std::vector<double> slope(32 * 24);
+    std::iota(slope.begin(), slope.end(), -300.0);
+    for (bool const isSigned : {true, false})
+        for (auto const& [scheme, background] :
+             {std::pair{Scheme::Light, 0xFFFFFFFF}, std::pair{Scheme::Dark, 0xFF191921}}) {
+            HeatMap const map{.title = "slope",
+                              .unit = "%",
+                              .columns = 32,
+                              .rows = 24,
+                              .values = slope,
+                              .isSigned = isSigned};
+            QImage const chart = drawChart(map, scheme);
+            EXPECT_EQ(chart.pixel(1, 1), background) << isSigned;
+            EXPECT_EQ(chart.format(), QImage::Format_Indexed8);
+        }
 }
 
 TEST(Report, EveryBlockFallsIntoABin) {
