@@ -71,10 +71,11 @@ std::vector<Comparison> compareAll(std::vector<NamedShading> const& tables) {
     return all;
 }
 
+// The value that is farthest from zero, with its sign.
 double largest(std::vector<double> const& values) {
     double result = 0;
     for (double const value : values)
-        result = std::max(result, std::abs(value));
+        result = std::abs(value) > std::abs(result) ? value : result;
     return result;
 }
 
@@ -100,8 +101,8 @@ HeatMap mapOf(QString const& title, char const* unit, std::vector<double> const&
 void addFigures(ReportPage& page, std::vector<Comparison> const& all, bool areTwo) {
     std::vector<QStringList> rows{{QStringLiteral("plane and light"), QStringLiteral("A, largest gain")}};
     if (areTwo)
-        rows[0] << QStringLiteral("B, largest gain") << QStringLiteral("B above A, largest (%)")
-                << QStringLiteral("B above A, r.m.s. (%)");
+        rows[0] << QStringLiteral("B, largest gain") << QStringLiteral("B above (-: below) A, largest (%)")
+                << QStringLiteral("difference, r.m.s. (%)");
     for (Comparison const& comparison : all) {
         QStringList row{
             QStringLiteral("%1, %2 K").arg(QLatin1String(comparison.plane)).arg(comparison.kelvin)};
@@ -127,7 +128,8 @@ void addMaps(ReportPage& page, std::vector<Comparison> const& all) {
                              comparison.gains[i], false,
                              std::max(largest(comparison.gains.front()), largest(comparison.gains.back()))));
         if (!comparison.difference.empty())
-            page.chart(mapOf(QStringLiteral("B above A: ") + place, "%", comparison.difference, true));
+            page.chart(
+                mapOf(QStringLiteral("B above (-: below) A: ") + place, "%", comparison.difference, true));
         page.endRow();
     }
 }
