@@ -121,6 +121,7 @@ QJsonObject readJsonFile(QString const& file, JsonFault& fault) {
     QString why;
     auto const bytes = files::read(file, kMostBytes, &why);
     if (!bytes) {
+        fault.file = file; // where it was looked for is what its user needs to know
         fault.set({}, QStringLiteral("cannot be read: %1").arg(why));
         return {};
     }

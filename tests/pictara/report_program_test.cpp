@@ -117,6 +117,7 @@ TEST(ShadingRun, WhatCannotBeMeasuredOrComparedEndsWithAMessage) {
         {{"--compare-shading", other}, "two files"},
         {{"--compare-shading", other, other, other}, "not an option"},
         {{"--compare-shading", other, other}, "other.json"},
+        {{"--compare-shading", "none/a.json", other}, "none/a.json: cannot be read"},
         {{"--measure-shading", table, "--window"}, "without a window"},
         {{"--measure-shading", table, "--flat-field", cut}, "cut.raw"},
         {{"--measure-shading", table, "--level", "0.001"}, "too dark"},
