@@ -55,7 +55,8 @@ constexpr OptionRow kOptions[] = {
     {"gradient", "X", "Relative rise of the luminance from left to right, -1 to 1 (default 0)."},
     {"object", nullptr, "Put a dark disc into the picture."},
     {"seed", "N", "Seed of the camera's noise (default 1)."},
-    {"falloff", "PERCENT", "Luminance that the corners may keep (default: the dialog's setting)."},
+    {"falloff", "PERCENT",
+     "Luminance that the corners may keep, 75 to 110 in steps of 5 (default: the dialog's setting)."},
     {"output", "DIR", "Folder for the results, created when needed (default pictara-output)."},
     {"ini", "FILE", "The host's ini file with its presets (default: the one beside the program)."},
     {"settings", "FILE", "The settings store (default settings.ini in the output folder)."},
@@ -88,15 +89,18 @@ public:
             reject(name, QStringLiteral("a number from %1 to %2").arg(range.low).arg(range.high));
     }
 
-    void integer(char const* name, int low, int high, int& value) {
+    void integer(char const* name, int low, int high, int& value, int step = 1) {
         if (!isSet(name))
             return;
         bool ok = false;
         int const read = raw(name).toInt(&ok);
-        if (ok && read >= low && read <= high)
+        if (ok && read >= low && read <= high && (read - low) % step == 0)
             value = read;
         else
-            reject(name, QStringLiteral("a whole number from %1 to %2").arg(low).arg(high));
+            reject(name, QStringLiteral("a whole number from %1 to %2%3")
+                             .arg(low)
+                             .arg(high)
+                             .arg(step > 1 ? QStringLiteral(" in steps of %1").arg(step) : QString()));
     }
 
     void seed(char const* name, uint64_t& value) {
@@ -111,10 +115,10 @@ public:
     void fault(char const* name, std::optional<FaultWish>& value) {
         if (!isSet(name))
             return;
-        if (auto const wish = parseFaultWish(raw(name)))
+        if (auto const wish = parseFaultWish(raw(name)); wish && canStrike(*wish))
             value = wish;
         else
-            reject(name, QStringLiteral("NAME, NAME@N, NAME+ or NAME@N+"));
+            reject(name, QStringLiteral("NAME, NAME@N, NAME+ or NAME@N+ with N from 1"));
     }
 
     [[nodiscard]] bool isSet(char const* name) const { return m_parser.isSet(QString::fromLatin1(name)); }
@@ -226,7 +230,7 @@ Options readOptions(ValueReader& reader) {
     reader.integer("frames-per-tick", 1, 100, options.framesPerTick);
     reader.integer("max-frames", 1, std::numeric_limits<int>::max(), options.maxFrames);
     if (reader.isSet("falloff"))
-        reader.integer("falloff", 50, 125, options.falloffPercent.emplace(0));
+        reader.integer("falloff", 75, 110, options.falloffPercent.emplace(0), 5); // what the dialog offers
     return options;
 }
 

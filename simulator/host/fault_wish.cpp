@@ -14,6 +14,10 @@ std::optional<FaultWish> parseFaultWish(QString const& text) {
     return ok ? std::optional(wish) : std::nullopt;
 }
 
+bool canStrike(FaultWish const& wish) {
+    return wish.operation != 0U || wish.name == QLatin1String("power-cut");
+}
+
 QString textOf(FaultWish const& wish) {
     QString const at = wish.operation ? QStringLiteral("@%1").arg(*wish.operation) : QString();
     return wish.name + at + QLatin1String(wish.forEver ? "+" : "");

@@ -31,7 +31,8 @@ bool isLight(QStringList const& words) {
 }
 
 bool isFault(QStringList const& words) {
-    return bool(parseFaultWish(words[0]));
+    auto const wish = parseFaultWish(words[0]);
+    return wish && canStrike(*wish);
 }
 
 struct VerbRow {
@@ -50,7 +51,7 @@ constexpr VerbRow kVerbs[] = {
      "frames N"},
     {"tick", ScriptVerb::Tick, 0, 1,
      [](QStringList const& words) { return words.isEmpty() || isCount(words[0]); }, "tick [N]"},
-    {"fault", ScriptVerb::Fault, 1, 1, isFault, "fault NAME[@N][+]"},
+    {"fault", ScriptVerb::Fault, 1, 1, isFault, "fault NAME[@N][+] with N from 1"},
     {"expect", ScriptVerb::Expect, 2, 2, nullptr,
      "expect NAME TEXT, expect enabled NAME or expect disabled NAME"},
     {"wait", ScriptVerb::Wait, 2, 3,

@@ -22,10 +22,13 @@ TEST(CommandLine, NamesTheOptionThatIsWrong) {
         {{"--gradient", "1.5"}, "--gradient"},
         {{"--seed", "-1"}, "--seed"},
         {{"--falloff", "95%"}, "--falloff"},
+        {{"--falloff", "50"}, "75 to 110 in steps of 5"},
+        {{"--falloff", "97"}, "75 to 110 in steps of 5"},
         {{"--frames-per-tick", "0"}, "--frames-per-tick"},
         {{"--max-frames", "2.5"}, "--max-frames"},
         {{"--output", ""}, "--output"},
         {{"--run-all", "--fault", "error-12@"}, "--fault"},
+        {{"--run-all", "--fault", "error-12@0"}, "with N from 1"},
         {{"--run-all", "--fault", "error-12@99999999999999999999"}, "--fault"},
         {{"--window", "--fault", "error-12"}, "--run-all"},
         {{"--replay-eeprom", "e.bin", "--window"}, "no window"},
@@ -65,9 +68,10 @@ TEST(CommandLine, ReadsWhichOperationsAFaultStrikes) {
     } const rows[] = {
         {"error-12", std::nullopt, false},
         {"error-12+", std::nullopt, true},
-        {"error-12@0", 0, false},
+        {"error-12@1", 1, false},
         {"error-12@18446744073709551615+", UINT64_MAX, true},
     };
+    EXPECT_TRUE(parsed({"--run-all", "--fault", "power-cut@0"}).options) << "before the first byte is stored";
     for (auto const& row : rows) {
         CommandLine const result = parsed({"--run-all", "--fault", row.text});
         ASSERT_TRUE(result.options && result.options->fault) << row.text;

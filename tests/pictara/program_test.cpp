@@ -105,7 +105,6 @@ TEST(Program, WhatCannotBeRunEndsWithAMessage) {
         {{"--ini", folder.filePath("none.ini")}, "none.ini"},
         {{"--plugin", folder.filePath("none.so")}, "none.so"},
         {{"--settings", folder.path()}, "settings"},
-        {{"--falloff", "97"}, "95%"},
         {{"--eeprom", cut}, "8191"},
         {{"--eeprom", folder.filePath("none/eeprom.bin")}, "none/eeprom.bin"},
         {{"--eeprom", blank, "--profile", "kind25"}, "has no EEPROM for --eeprom"},
