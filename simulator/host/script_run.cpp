@@ -11,6 +11,7 @@
 
 #include <QCoreApplication>
 #include <QDialog>
+#include <QDir>
 #include <QFileInfo>
 #include <QPixmap>
 
@@ -162,7 +163,7 @@ Outcome ScriptRun::await(QStringList const& words) {
 }
 
 Outcome ScriptRun::savePicture(QString const& file) {
-    QFileInfo const info(file);
+    QFileInfo const info(QDir(m_session.outputFolder()), file);
     OutputFolder folder(info.absolutePath());
     folder.savePicture(info.fileName(), m_dialog->grab().toImage());
     return folder.failed() ? Outcome{QStringLiteral("the picture cannot be saved")} : Outcome{};

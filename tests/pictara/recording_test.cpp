@@ -133,13 +133,13 @@ frames 4
 TEST_F(RecordingProgram, AScriptWalksThroughACalibrationAndItsRecordingTellsAll) {
     QString const device = folder.filePath("device.bin"),
                   profile = writeSmallProfile(folder.path(), "poly-12bit", {});
-    QString const picture = folder.filePath("dialog.png");
+    QString const picture = QStringLiteral("dialog.png"); // in the output folder
     ASSERT_TRUE(writeFile(device, QByteArray::fromHex("5659454501ff") + QByteArray(8186, '\x11')));
     ASSERT_TRUE(writeFile(script, kCalibrationByHand + ("screenshot " + picture.toUtf8() + '\n')));
     ProgramRun const run({"--script", script, "--profile", profile, "--eeprom", device, "--light", "3200",
                           "--seed", "7", "--record", copy});
     ASSERT_EXIT_CODE(run, 0) << run.messages().toStdString();
-    EXPECT_TRUE(contentsOf(picture).startsWith("\x89PNG"));
+    EXPECT_TRUE(run.contents("dialog.png").startsWith("\x89PNG"));
     QJsonObject const told = QJsonDocument::fromJson(run.contents("script-summary.json")).object();
     EXPECT_GT(told["uncorrected"]["dialog_colour_deviation_ab"].toDouble(), 4.0);
     EXPECT_LT(told["corrected"]["dialog_colour_deviation_ab"].toDouble(1e9), 2.0);
@@ -168,6 +168,7 @@ TEST_F(RecordingProgram, AScriptEndsAtTheLineThatFails) {
         {"wait AE_Status Done. 4", 3, "after 4 frames"},
         {"push AE", 2, ":3: there is no command"},
         {"fault error-12", 1, "no EEPROM"},
+        {"fault error-12@0", 2, "N from 1"},
     };
     for (auto const& row : rows) {
         ASSERT_TRUE(writeFile(script, QByteArray("press LensCalibSetup\nframes 3\n") + row.line));
