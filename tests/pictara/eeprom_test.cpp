@@ -1,8 +1,10 @@
 #include "tests/pictara/program_run.h"
 #include "tests/pictara/small_profile.h"
 
+#include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QProcess>
 #include <gtest/gtest.h>
 
 namespace {
@@ -25,6 +27,20 @@ void expectEqual(ProgramRun const& calibrated, ProgramRun const& replayed, QStri
         << "some register does not hold what was calibrated";
 }
 
+// What the results file of a run becomes in a new image, by the tool.
+QByteArray importedResults(ProgramRun const& run, QString const& profile) {
+    QDir const results(run.file({}));
+    QString const image = run.file("imported.bin");
+    QStringList const files = results.entryList({"*_*.ini"});
+    EXPECT_EQ(files.size(), 1);
+    for (QStringList const& command :
+         {QStringList{"format"}, QStringList{"import", results.filePath(files.value(0)), "Lens Correction",
+                                             "PGA", "--sensor", profile, "--label", "KestraTune"}}) {
+        EXPECT_EQ(QProcess::execute(QStringLiteral(HEADBOARD_IMAGE), QStringList(image) + command), 0);
+    }
+    return run.contents("imported.bin");
+}
+
 // On the raw path and behind the sensor's bus master.
 TEST_F(EepromProgram, WhatWasStoredIsWhatCorrects) {
     for (char const* base : {"poly-12bit", "kind103"}) {
@@ -35,6 +51,9 @@ TEST_F(EepromProgram, WhatWasStoredIsWhatCorrects) {
         EXPECT_LE(run.figure("uniformity corrected"), 1.0);
         EXPECT_GT(run.figure("EEPROM bytes written"), 400);
         EXPECT_EQ(run.value("EEPROM"), QStringLiteral("holds the solution"));
+        QFile stored(device);
+        EXPECT_TRUE(stored.open(QIODevice::ReadOnly) && stored.readAll() == importedResults(run, profile))
+            << "the tool makes another record of the results than the dialog";
 
         ProgramRun const replay({"--replay-eeprom", device, "--profile", profile});
         EXPECT_EXIT_CODE(replay, 0);
