@@ -72,6 +72,7 @@ QImage indexed(QImage const& picture) {
         for (int x = 0; x < source.width(); ++x)
             ++uses[source.pixel(x, y)];
     std::vector<std::pair<int, QRgb>> byUse;
+    byUse.reserve(uses.size());
     for (auto const& [colour, count] : uses)
         byUse.emplace_back(count, colour);
     std::sort(byUse.rbegin(), byUse.rend());
