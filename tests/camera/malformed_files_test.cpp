@@ -1,5 +1,6 @@
 #include "tests/camera/camera_under_test.h"
 
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 using namespace simulator;
@@ -66,6 +67,7 @@ TEST(MalformedFiles, ProfileFaultIsNamedWithItsPlace) {
         QString error;
         EXPECT_FALSE(SimulatedCamera::open(files.write(QStringLiteral("p.json"), row.content), &error))
             << row.content;
+        error.remove(QRegularExpression(QStringLiteral("/[^ ]*/"))); // the folder of a file that is not there
         EXPECT_TRUE(error.startsWith(QLatin1String(row.message)))
             << qPrintable(error) << "\nfor " << row.message;
     }
@@ -209,7 +211,7 @@ TEST(MalformedFiles, ShadingFaultIsNamedWithItsPlace) {
     EXPECT_EQ(error, QStringLiteral("m.json: illuminants[16]: no more than 16 illuminants are read"))
         << qPrintable(error);
     EXPECT_FALSE(camera->useMeasuredShading(QStringLiteral("/nowhere.json"), &error));
-    EXPECT_TRUE(error.startsWith(QLatin1String("nowhere.json: cannot be read"))) << qPrintable(error);
+    EXPECT_TRUE(error.startsWith(QLatin1String("/nowhere.json: cannot be read"))) << qPrintable(error);
     EXPECT_EQ(camera->grab().pixels, openQuiet()->grab().pixels) << "a part of a refused file was used";
 }
 
