@@ -26,7 +26,8 @@ constexpr SerialRow kSerialRows[] = {
 } // namespace
 
 ConfigStatus eepromStatus(uint32_t eepromState, RecordSpace const& space, uint32_t busAddress) {
-    // A board whose chain is half written or broken does not work normally.
+    // A board whose chain is half written or broken does not work normally: what the state's own text would
+    // tell, records that the device lacks, invites pulling it. The state stays, so that Apply and Erase do.
     bool const isTorn = space.unwritten || space.available < 0;
     switch (eepromState == ConfigState::EepromPresent && isTorn ? uint32_t{ConfigState::EepromError}
                                                                 : eepromState) {

@@ -172,11 +172,24 @@ void ConfigFlow::writeIdentificationBytes() {
 void ConfigFlow::applyEnteredNumber() {
     if (!m_core.alive)
         return;
-    if (!isSerialNumber(m_core.widgets.serialNumber()))
+    if (!isSerialNumber(m_core.widgets.serialNumber())) {
+        writeWhatWaits();
         return m_core.widgets.showFormatMessage(
             translated(QT_TRANSLATE_NOOP("Config", "Incorrect format - 10 characters required.")));
+    }
     applySerialNumber();
     m_core.widgets.showFormatMessage({});
+}
+
+// What an earlier Apply or Erase could not write; with a number, storing that number writes it.
+void ConfigFlow::writeWhatWaits() {
+    HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
+    if (!m_core.alive || !hasUnwritten(eeprom))
+        return;
+    WaitCursor const cursor(m_core.widgets.page);
+    flushChanges(m_core, eeprom);
+    refreshSerialState();
+    refreshDisplays();
 }
 
 void ConfigFlow::applySerialNumber() {

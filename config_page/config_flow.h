@@ -31,6 +31,7 @@ private:
     void readIdentificationBytes();
     void writeIdentificationBytes();
     void applyEnteredNumber();
+    void writeWhatWaits();
     [[nodiscard]] bool isEraseConfirmed();
     void formatEeprom();
     void refreshSerialState();

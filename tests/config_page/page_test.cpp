@@ -314,6 +314,13 @@ TEST_F(ConfigFaults, AnEraseThatFailedIsToldAndCompletedByTheNextEraseOrApply) {
         click("Apply");
         expectOnDevice(numberRecord("ABC1234002"));
     });
+    // Apply completes it also without a number to be stored.
+    failEveryOperation(erase, [&] {
+        enter("ABC");
+        choose("MI_Combo", 5);
+        click("Apply");
+        expectOnDevice({});
+    });
 }
 
 TEST_F(ConfigPage, ANumberWithoutRoomTakesTheOlderOneNotAway) {
