@@ -260,6 +260,7 @@ void CalibrationFlow::saveToFile() {
         return;
     if (core.state.fileState == kNotEvaluated)
         checkSaveDirectory(core);
+    // The three-lamp page says that the number is missing; the other has no text but that of the directory.
     if (core.state.fileState == kReady && isNumberMissing(core))
         core.state.fileState = kFailed;
     if (core.state.fileState == kReady)
