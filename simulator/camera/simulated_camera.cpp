@@ -186,7 +186,9 @@ SimulatedCamera::~SimulatedCamera() = default;
 
 std::unique_ptr<SimulatedCamera> SimulatedCamera::open(QString const& profile, QString* error) {
     QString const file = profileFile(profile);
-    if (!QFileInfo(file).isFile()) {
+    // Whoever names a file is told what is wrong with it, and whoever names a profile which there are.
+    bool const isNamedFile = QFileInfo::exists(file) || profile == file;
+    if (!isNamedFile) {
         if (error)
             *error = QStringLiteral("There is no camera profile \"%1\" (known: %2)")
                          .arg(profile, profileNames().join(QStringLiteral(", ")));
@@ -204,6 +206,14 @@ QStringList SimulatedCamera::profileNames() {
     for (QFileInfo const& file :
          profileFolder().entryInfoList({QStringLiteral("*.json")}, QDir::Files, QDir::Name))
         names.append(file.completeBaseName());
+    return names;
+}
+
+QStringList SimulatedCamera::notedProfileNames() {
+    QStringList names = profileNames();
+    for (QString& name : names)
+        if (auto const camera = open(name, nullptr); camera && !camera->description().note.isEmpty())
+            name += QStringLiteral("  (") + camera->description().note + QLatin1Char(')');
     return names;
 }
 

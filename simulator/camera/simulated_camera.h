@@ -104,6 +104,8 @@ public:
     [[nodiscard]] static std::unique_ptr<SimulatedCamera> open(QString const& profile, QString* error);
     /// The names of the profiles that are installed beside the library.
     [[nodiscard]] static QStringList profileNames();
+    /// The same with what is to be known of each.
+    [[nodiscard]] static QStringList notedProfileNames();
     ~SimulatedCamera();
 
     /// The handle for the library's functions, valid as long as this object.

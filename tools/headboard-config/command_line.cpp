@@ -52,7 +52,7 @@ CommandLine parseCommandLine(QStringList const& arguments) {
         return usageError(
             QStringLiteral("\"%1\" is not an option.").arg(parser.positionalArguments().first()));
     if (parser.isSet(QStringLiteral("list-profiles")))
-        return {std::nullopt, simulator::SimulatedCamera::profileNames().join(QLatin1Char('\n')) + '\n',
+        return {std::nullopt, simulator::SimulatedCamera::notedProfileNames().join(QLatin1Char('\n')) + '\n',
                 kExitDone};
     return {Options{.profile = parser.value(QStringLiteral("profile")),
                     .eepromFile = parser.value(QStringLiteral("eeprom")),

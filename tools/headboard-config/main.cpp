@@ -58,8 +58,12 @@ void report(Config const& page) {
 bool savePicture(QWidget& window, QString const& file) {
     QByteArray const format = QFileInfo(file).suffix().toLatin1();
     QBuffer buffer;
-    QString error = QStringLiteral("its name ends like no picture's");
-    bool const saved = buffer.open(QIODevice::WriteOnly) && window.grab().save(&buffer, format.constData()) &&
+    QString error;
+    bool const hasPlace = files::isReplaceable(file, &error);
+    if (hasPlace)
+        error = QStringLiteral("its name ends like no picture's");
+    bool const saved = hasPlace && buffer.open(QIODevice::WriteOnly) &&
+                       window.grab().save(&buffer, format.constData()) &&
                        files::replace(file, buffer.data(), &error);
     if (!saved)
         complain(QStringLiteral("The picture %1 cannot be written: %2").arg(file, error));
