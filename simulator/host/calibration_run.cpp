@@ -107,6 +107,7 @@ void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& 
         summary.cause = QStringLiteral("The closing measurement is missing.");
     } else if (summary.verdict == Verdict::Calibrated && isBeyondLimit(*summary.after)) {
         summary.verdict = Verdict::BeyondLimit;
+        summary.cause = QStringLiteral("The uniformity is beyond the dialog's limit.");
     }
 }
 
@@ -173,6 +174,8 @@ int runCalibration(Session& session, Options const& options) {
     calibrate(session, opened.page, options, driver, progress, summary);
     if (isInterrupted())
         return kExitInterrupted;
+    if (isCalibrated(summary.run))
+        progress.say(QStringLiteral("measuring once more, without the correction and with it..."));
     judge(session, opened.page, driver, output, summary);
     driver.onProgress([](RunProgress const&) {});
     QImage const dialog = opened.dialog->grab().toImage();

@@ -27,21 +27,12 @@ CommandLine listing(QStringList const& names) {
     return {std::nullopt, names.join(QLatin1Char('\n')) + QLatin1Char('\n'), kExitDone};
 }
 
-QStringList notedProfiles() {
-    QStringList names = simulator::SimulatedCamera::profileNames();
-    for (QString& name : names)
-        if (auto const camera = simulator::SimulatedCamera::open(name, nullptr);
-            camera && !camera->description().note.isEmpty())
-            name += QStringLiteral("  (") + camera->description().note + QLatin1Char(')');
-    return names;
-}
-
 // The command line is read, and lists are told, without a display.
 CommandLine readCommandLine(int argc, char** argv) {
     QCoreApplication const application(argc, argv);
     CommandLine commandLine = parseCommandLine(QCoreApplication::arguments());
     if (commandLine.options && commandLine.options->listProfiles)
-        return listing(notedProfiles());
+        return listing(simulator::SimulatedCamera::notedProfileNames());
     if (commandLine.options && commandLine.options->listFaults)
         return listing(simulator::SimulatedCamera::faultNames());
     return commandLine;
