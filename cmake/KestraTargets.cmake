@@ -1,5 +1,7 @@
 # Options that every target of this project is built with.
 add_library(kestra_options INTERFACE)
+# The product's headers are included as "folder/file.h", all others by their path from the root.
+target_include_directories(kestra_options INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
 target_compile_definitions(kestra_options INTERFACE QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS)
 if(WIN32)
     # Its headers would define macros by the names min and max.
@@ -20,11 +22,10 @@ if(KESTRA_SANITIZE)
     target_link_options(kestra_options INTERFACE -fsanitize=${KESTRA_SANITIZE})
 endif()
 
-# One static library per folder; its headers are included as "folder/file.h".
+# One static library per folder.
 function(kestra_folder name)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
     add_library(kestra_${name} STATIC ${ARG_SOURCES})
-    target_include_directories(kestra_${name} PUBLIC ${PROJECT_SOURCE_DIR})
     target_link_libraries(kestra_${name} PUBLIC ${ARG_DEPENDS} PRIVATE kestra_options)
 endfunction()
 

@@ -6,7 +6,7 @@ import sys
 from pathlib import Path
 
 _SOURCE = Path(__file__).resolve().parents[1]
-_FOLDERS = ("common", "headboard", "hoststate")
+_FOLDERS = ("src/common", "src/headboard", "src/hoststate")
 _KINDS = ("lines", "branches")
 
 

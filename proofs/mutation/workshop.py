@@ -14,9 +14,9 @@ from pathlib import Path
 
 # The programs that test a folder.
 TESTS = {
-    "common": ["common_test", "headboard_test", "hoststate_test", "headboard_image_test"],
-    "headboard": ["profile_rules_test", "headboard_test", "headboard_image_test"],
-    "hoststate": ["hoststate_test"],
+    "src/common": ["common_test", "headboard_test", "hoststate_test", "headboard_image_test"],
+    "src/headboard": ["profile_rules_test", "headboard_test", "headboard_image_test"],
+    "src/hoststate": ["hoststate_test"],
 }
 _ALL_TESTS = sorted({test for tests in TESTS.values() for test in tests})
 
