@@ -6,7 +6,7 @@
 #include "fuzz/dialog_session.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/guarded_frame.h"
-#include "plugin/entries.h"
+#include "published/entries.h"
 
 #include <QDialog>
 #include <QPointer>

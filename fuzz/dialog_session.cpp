@@ -4,7 +4,7 @@
 #include "calibration/folder_chooser.h"
 #include "fuzz/fuzz_target.h"
 #include "lsc_page/lens_assist.h"
-#include "plugin/entries.h"
+#include "plugin/instance.h"
 
 #include <QApplication>
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #include "fuzz/guarded_frame.h"
 
 #include "fuzz/fuzz_target.h"
-#include "plugin/entries.h"
+#include "published/entries.h"
 #include "tests/fakes/guarded_memory.h"
 
 #include <algorithm>

@@ -7,7 +7,7 @@
 #include "fuzz/open_dialogs.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_types.h"
-#include "plugin/entries.h"
+#include "plugin/instance.h"
 
 #include <QComboBox>
 #include <utility>

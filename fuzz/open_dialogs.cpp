@@ -2,7 +2,7 @@
 
 #include "calibration/calibration_page.h"
 #include "fuzz/fuzz_target.h"
-#include "plugin/entries.h"
+#include "plugin/instance.h"
 
 OpenDialogs::OpenDialogs(InputReader& input, std::initializer_list<uint32_t> kinds) : session(input) {
     KestraMfr& plugin = kestraMfr();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/veyra2.h"
+#include "published/veyra2.h"
 #include "simulator/camera/eeprom_device.h"
 
 namespace power_cuts {

@@ -5,7 +5,7 @@
 #include "simulator/camera/profile.h"
 #include "simulator/camera/register_map.h"
 
-#include "common/veyra2.h"
+#include "published/veyra2.h"
 
 #include <QByteArray>
 

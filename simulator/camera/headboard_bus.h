@@ -4,7 +4,7 @@
 #include "simulator/camera/eeprom_device.h"
 #include "simulator/camera/profile.h"
 
-#include "common/veyra2.h"
+#include "published/veyra2.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/veyra2.h"
+#include "published/veyra2.h"
 
 #include <QByteArray>
 #include <QHash>

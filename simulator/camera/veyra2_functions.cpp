@@ -5,7 +5,7 @@
 #include "simulator/camera/register_map.h"
 #include "simulator/camera/simulated_camera.h"
 
-#include "common/veyra2.h"
+#include "published/veyra2.h"
 
 #include <QFile>
 

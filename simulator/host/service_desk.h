@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/host_records.h"
+#include "published/host_records.h"
 #include "simulator/host/sensor_registers.h"
 #include "simulator/host/settings_store.h"
 #include "simulator/host/state_variables.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/shadefit.h"
+#include "published/shadefit.h"
 #include "simulator/solver/layout.h"
 
 #include <QString>

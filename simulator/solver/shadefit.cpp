@@ -1,4 +1,4 @@
-#include "common/shadefit.h"
+#include "published/shadefit.h"
 
 #include "simulator/boundary/call_text.h"
 #include "simulator/boundary/observed_call.h"

@@ -2,8 +2,8 @@
 
 #include "calibration/page_core.h"
 
-#include "common/shadefit.h"
 #include "hoststate/frame.h"
+#include "published/shadefit.h"
 
 #include <memory>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/shadefit.h"
-#include "common/veyra2.h"
+#include "published/shadefit.h"
+#include "published/veyra2.h"
 
 /// The functions of the sensor-access library by their own names. No member is null once installed.
 struct Veyra2 {

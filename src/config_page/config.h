@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/host_records.h"
 #include "headboard/eeprom_slot.h"
+#include "published/host_records.h"
 
 #include <QDialog>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/veyra2.h"
 #include "headboard/eeprom_status.h"
+#include "published/veyra2.h"
 
 #include <memory>
 #include <vector>

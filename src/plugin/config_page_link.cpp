@@ -4,7 +4,7 @@
 #include "calibration/serial_number_edits.h"
 #include "config_page/config.h"
 #include "lsc_page/lens_assist.h"
-#include "plugin/kestra_mfr.h"
+#include "plugin/instance.h"
 
 #include <array>
 

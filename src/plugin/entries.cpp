@@ -1,4 +1,4 @@
-#include "plugin/entries.h"
+#include "plugin/instance.h"
 
 #include "apga_page/lens_assist_apga.h"
 #include "common/guarded.h"

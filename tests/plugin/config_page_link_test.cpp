@@ -7,7 +7,7 @@
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_types.h"
 #include "plugin/config_page_link.h"
-#include "plugin/kestra_mfr.h"
+#include "plugin/instance.h"
 
 #include <QLabel>
 #include <QLineEdit>

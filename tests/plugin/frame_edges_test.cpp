@@ -6,7 +6,7 @@
 #include "fuzz/dialog_session.h"
 #include "hoststate/block_statistics.h"
 #include "hoststate/white_balance.h"
-#include "plugin/entries.h"
+#include "plugin/instance.h"
 #include "tests/fakes/guarded_memory.h"
 
 #include <QDialog>

@@ -1,4 +1,4 @@
-#include "plugin/kestra_mfr.h"
+#include "published/entries.h"
 
 #include "config_page/config.h"
 #include "tests/fakes/fake_host.h"

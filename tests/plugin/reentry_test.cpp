@@ -3,7 +3,7 @@
 
 #include "apga_page/lens_assist_apga.h"
 #include "fuzz/dialog_session.h"
-#include "plugin/entries.h"
+#include "plugin/instance.h"
 
 #include <QDialog>
 #include <QPointer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/shadefit.h"
+#include "published/shadefit.h"
 
 #include <QByteArray>
 #include <QStringList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/host_records.h"
+#include "published/host_records.h"
 
 #include <QByteArray>
 #include <QSettings>

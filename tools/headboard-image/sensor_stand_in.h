@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/veyra2.h"
+#include "published/veyra2.h"
 #include "tools/headboard-image/addressing.h"
 
 namespace headboard_image {

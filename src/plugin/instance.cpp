@@ -1,16 +1,21 @@
-#include "plugin/kestra_mfr.h"
+#include "plugin/instance.h"
 
 #include "apga_page/lens_assist_apga.h"
 #include "config_page/config.h"
 #include "headboard/eeprom_slot.h"
 #include "lsc_page/lens_assist.h"
-#include "plugin/library_lifetime.h"
 #include "wizard/wizard.h"
 
 #include <QCoreApplication>
 #include <utility>
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 namespace {
+
+bool unloading = false;
 
 // The member is null before the object goes: its destruction calls back into the library, which must not find
 // it.
@@ -76,4 +81,27 @@ KestraMfr::~KestraMfr() {
     clear(g_lensAssistApga);
     clear(g_wizard);
     clear(g_parentWidget);
+}
+
+#ifdef _WIN32
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
+    if (reason == DLL_PROCESS_DETACH && !processEnds)
+        unloading = true;
+    return TRUE;
+}
+
+#else
+
+// At unload a library's finalisers run before the destructors of its static objects, which its start-up code
+// put first into the list that is worked off backwards. At process exit those destructors run on their own,
+// before any finaliser. So a static destructor that finds the mark set belongs to an unload.
+[[gnu::destructor]] static void markUnloading() {
+    unloading = true;
+}
+
+#endif
+
+bool isLibraryBeingUnloaded() {
+    return unloading;
 }
