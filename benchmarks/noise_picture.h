@@ -1,7 +1,7 @@
 #pragma once
 
 #include "benchmarks/benchmarks.h"
-#include "hoststate/frame.h"
+#include "pictures/frame.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "benchmarks/benchmarks.h"
 #include "benchmarks/noise_picture.h"
-#include "hoststate/uniformity.h"
+#include "pictures/uniformity.h"
 
 #include <QRect>
 #include <benchmark/benchmark.h>

@@ -2,8 +2,8 @@
 #include "benchmarks/noise_picture.h"
 #include "benchmarks/opencv_means.h"
 #include "benchmarks/plain_sum.h"
-#include "hoststate/block_statistics.h"
-#include "hoststate/white_balance.h"
+#include "pictures/block_statistics.h"
+#include "pictures/white_balance.h"
 
 #include <benchmark/benchmark.h>
 #include <cmath>

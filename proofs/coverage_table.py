@@ -6,7 +6,7 @@ import sys
 from pathlib import Path
 
 _SOURCE = Path(__file__).resolve().parents[1]
-_FOLDERS = ("src/common", "src/headboard", "src/hoststate")
+_FOLDERS = ("src/common", "src/headboard", "src/hoststate", "src/pictures")
 _KINDS = ("lines", "branches")
 
 

@@ -14,9 +14,10 @@ from pathlib import Path
 
 # The programs that test a folder.
 TESTS = {
-    "src/common": ["common_test", "headboard_test", "hoststate_test", "headboard_image_test"],
+    "src/common": ["common_test", "headboard_test", "hoststate_test", "pictures_test", "headboard_image_test"],
     "src/headboard": ["profile_rules_test", "headboard_test", "headboard_image_test"],
     "src/hoststate": ["hoststate_test"],
+    "src/pictures": ["pictures_test"],
 }
 _ALL_TESTS = sorted({test for tests in TESTS.values() for test in tests})
 

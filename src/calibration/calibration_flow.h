@@ -2,7 +2,7 @@
 
 #include "calibration/page_core.h"
 #include "calibration/result_file.h"
-#include "hoststate/frame.h"
+#include "pictures/frame.h"
 
 #include <functional>
 #include <utility>

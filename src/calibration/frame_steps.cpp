@@ -1,7 +1,7 @@
 #include "calibration/frame_steps.h"
 
-#include "hoststate/uniformity.h"
-#include "hoststate/white_balance.h"
+#include "pictures/uniformity.h"
+#include "pictures/white_balance.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "calibration/page_core.h"
-#include "hoststate/frame.h"
+#include "pictures/frame.h"
 
 /// What both pages do with a displayed frame, in the order in which they do it. Frames of other types and
 /// steps that do not run leave everything as it is.

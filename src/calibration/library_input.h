@@ -2,7 +2,7 @@
 
 #include "calibration/page_core.h"
 
-#include "hoststate/frame.h"
+#include "pictures/frame.h"
 #include "published/shadefit.h"
 
 #include <memory>

@@ -1,4 +1,4 @@
-#include "hoststate/block_statistics.h"
+#include "pictures/block_statistics.h"
 #include "simulator/host/colour_pipeline.h"
 #include "simulator/host/display_blocks.h"
 #include "tests/pictara/test_frames.h"

@@ -4,8 +4,8 @@
 
 #include "apga_page/lens_assist_apga.h"
 #include "fuzz/dialog_session.h"
-#include "hoststate/block_statistics.h"
-#include "hoststate/white_balance.h"
+#include "pictures/block_statistics.h"
+#include "pictures/white_balance.h"
 #include "plugin/instance.h"
 #include "tests/fakes/guarded_memory.h"
 

@@ -1,6 +1,6 @@
 #include "tests/solver/correction.h"
 
-#include "hoststate/lab.h"
+#include "pictures/lab.h"
 #include "simulator/solver/binary16.h"
 
 #include <algorithm>

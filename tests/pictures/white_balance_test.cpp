@@ -1,4 +1,4 @@
-#include "hoststate/white_balance.h"
+#include "pictures/white_balance.h"
 
 #include <gtest/gtest.h>
 #include <limits>

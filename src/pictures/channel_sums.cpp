@@ -1,4 +1,4 @@
-#include "hoststate/channel_sums.h"
+#include "pictures/channel_sums.h"
 
 #include <algorithm>
 #include <array>

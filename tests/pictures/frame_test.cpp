@@ -1,7 +1,7 @@
-#include "hoststate/frame.h"
+#include "pictures/frame.h"
 
-#include "hoststate/uniformity.h"
-#include "hoststate/white_balance.h"
+#include "pictures/uniformity.h"
+#include "pictures/white_balance.h"
 
 #include <gtest/gtest.h>
 #include <vector>

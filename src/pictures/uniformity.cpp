@@ -1,6 +1,6 @@
-#include "hoststate/uniformity.h"
+#include "pictures/uniformity.h"
 
-#include "hoststate/block_statistics.h"
+#include "pictures/block_statistics.h"
 
 #include <algorithm>
 #include <cmath>

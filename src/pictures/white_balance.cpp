@@ -1,7 +1,7 @@
-#include "hoststate/white_balance.h"
+#include "pictures/white_balance.h"
 
 #include "common/numbers.h"
-#include "hoststate/channel_sums.h"
+#include "pictures/channel_sums.h"
 
 std::optional<MeanColour> meanOfCentre(Frame const& frame) {
     if (!frame.hasRgb32Pixels())

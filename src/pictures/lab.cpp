@@ -1,6 +1,6 @@
-#include "hoststate/lab.h"
+#include "pictures/lab.h"
 
-#include "hoststate/fractional_power.h"
+#include "pictures/fractional_power.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
-#include "hoststate/block_statistics.h"
-#include "hoststate/uniformity.h"
+#include "pictures/block_statistics.h"
+#include "pictures/uniformity.h"
 
 #include <algorithm>
 #include <cmath>

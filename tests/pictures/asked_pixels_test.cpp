@@ -1,4 +1,4 @@
-#include "hoststate/block_statistics.h"
+#include "pictures/block_statistics.h"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hoststate/frame.h"
+#include "pictures/frame.h"
 
 #include <QRect>
 #include <optional>

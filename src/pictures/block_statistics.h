@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hoststate/lab.h"
+#include "pictures/lab.h"
 
 #include <array>
 #include <cstddef>

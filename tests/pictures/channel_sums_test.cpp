@@ -1,6 +1,6 @@
-#include "hoststate/block_statistics.h"
-#include "hoststate/channel_sums.h"
-#include "hoststate/white_balance.h"
+#include "pictures/block_statistics.h"
+#include "pictures/channel_sums.h"
+#include "pictures/white_balance.h"
 
 #include <gtest/gtest.h>
 #include <random>

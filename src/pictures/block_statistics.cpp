@@ -1,6 +1,6 @@
-#include "hoststate/block_statistics.h"
+#include "pictures/block_statistics.h"
 
-#include "hoststate/channel_sums.h"
+#include "pictures/channel_sums.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "hoststate/fractional_power.h"
+#include "pictures/fractional_power.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

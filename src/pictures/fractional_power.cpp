@@ -1,4 +1,4 @@
-#include "hoststate/fractional_power.h"
+#include "pictures/fractional_power.h"
 
 FractionalPower::FractionalPower(double exponent) : m_exponent(exponent) {
     double coefficient = 1;
