@@ -3,7 +3,7 @@
 #include "calibration/calibration_page.h"
 #include "config_page/config.h"
 #include "config_page/config_state.h"
-#include "fuzz/dialog_session.h"
+#include "hardening/fuzz/dialog_session.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_types.h"
 #include "plugin/config_page_link.h"

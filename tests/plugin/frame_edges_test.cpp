@@ -3,7 +3,7 @@
 // sizes do not hold together has none at all.
 
 #include "apga_page/lens_assist_apga.h"
-#include "fuzz/dialog_session.h"
+#include "hardening/fuzz/dialog_session.h"
 #include "pictures/block_statistics.h"
 #include "pictures/white_balance.h"
 #include "plugin/instance.h"

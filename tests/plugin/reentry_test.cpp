@@ -2,7 +2,7 @@
 // again, and may delete the dialog with the dialog's parent.
 
 #include "apga_page/lens_assist_apga.h"
-#include "fuzz/dialog_session.h"
+#include "hardening/fuzz/dialog_session.h"
 #include "plugin/instance.h"
 
 #include <QDialog>

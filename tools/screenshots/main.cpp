@@ -1,10 +1,10 @@
 // Writes one picture for each named state of a page: screenshots FOLDER [NAME ...]
 
 #include "apga_page/lens_assist_apga.h"
-#include "docs/screenshots/config_states.h"
 #include "lsc_page/lens_assist.h"
 #include "tests/fakes/fake_host.h"
 #include "tests/fakes/fake_libraries.h"
+#include "tools/screenshots/config_states.h"
 
 #include <QApplication>
 #include <QDir>

@@ -18,7 +18,7 @@ _PUBLISHED = {"src/published/veyra2.h", "src/published/shadefit.h", "src/publish
 
 
 def read_arguments():
-    parser = argparse.ArgumentParser(prog="proofs/mutate", description=__doc__)
+    parser = argparse.ArgumentParser(prog="hardening/mutate", description=__doc__)
     parser.add_argument("--mutants", type=int, default=300, help="how many to try; 300")
     parser.add_argument("--seed", type=int, default=1, help="decides which ones; 1")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="how many at a time; one a core")

@@ -2,9 +2,9 @@
 // calibration: nothing outside of the pixels is read, nothing outside of a displayed picture is written.
 
 #include "calibration/calibration_page.h"
-#include "fuzz/fuzz_target.h"
-#include "fuzz/guarded_frame.h"
-#include "fuzz/open_dialogs.h"
+#include "hardening/fuzz/fuzz_target.h"
+#include "hardening/fuzz/guarded_frame.h"
+#include "hardening/fuzz/open_dialogs.h"
 
 namespace {
 

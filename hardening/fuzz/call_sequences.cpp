@@ -3,9 +3,9 @@
 // played again until a sequence has its calls.
 
 #include "calibration/calibration_page.h"
-#include "fuzz/dialog_session.h"
-#include "fuzz/fuzz_target.h"
-#include "fuzz/guarded_frame.h"
+#include "hardening/fuzz/dialog_session.h"
+#include "hardening/fuzz/fuzz_target.h"
+#include "hardening/fuzz/guarded_frame.h"
 #include "published/entries.h"
 
 #include <QDialog>

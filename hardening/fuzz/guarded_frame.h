@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fuzz/input_reader.h"
+#include "hardening/fuzz/input_reader.h"
 
 #include <vector>
 

@@ -1,8 +1,8 @@
-#include "fuzz/dialog_session.h"
+#include "hardening/fuzz/dialog_session.h"
 
 #include "apga_page/lens_assist_apga.h"
 #include "calibration/folder_chooser.h"
-#include "fuzz/fuzz_target.h"
+#include "hardening/fuzz/fuzz_target.h"
 #include "lsc_page/lens_assist.h"
 #include "plugin/instance.h"
 

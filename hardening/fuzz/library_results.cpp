@@ -2,9 +2,9 @@
 // and saves. What the page reports as done has been done.
 
 #include "calibration/calibration_page.h"
-#include "fuzz/fuzz_target.h"
-#include "fuzz/guarded_frame.h"
-#include "fuzz/open_dialogs.h"
+#include "hardening/fuzz/fuzz_target.h"
+#include "hardening/fuzz/guarded_frame.h"
+#include "hardening/fuzz/open_dialogs.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_types.h"
 #include "plugin/instance.h"

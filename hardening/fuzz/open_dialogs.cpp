@@ -1,7 +1,7 @@
-#include "fuzz/open_dialogs.h"
+#include "hardening/fuzz/open_dialogs.h"
 
 #include "calibration/calibration_page.h"
-#include "fuzz/fuzz_target.h"
+#include "hardening/fuzz/fuzz_target.h"
 #include "plugin/instance.h"
 
 OpenDialogs::OpenDialogs(InputReader& input, std::initializer_list<uint32_t> kinds) : session(input) {

@@ -1,6 +1,6 @@
-#include "fuzz/guarded_frame.h"
+#include "hardening/fuzz/guarded_frame.h"
 
-#include "fuzz/fuzz_target.h"
+#include "hardening/fuzz/fuzz_target.h"
 #include "published/entries.h"
 #include "tests/fakes/guarded_memory.h"
 

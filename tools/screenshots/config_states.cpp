@@ -1,4 +1,4 @@
-#include "docs/screenshots/config_states.h"
+#include "tools/screenshots/config_states.h"
 
 #include "config_page/config.h"
 #include "config_page/config_display.h"

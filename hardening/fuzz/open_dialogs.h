@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fuzz/dialog_session.h"
+#include "hardening/fuzz/dialog_session.h"
 
 #include <initializer_list>
 #include <vector>

@@ -1,8 +1,8 @@
 // Ini files, however broken: the section reader stays inside its buffer, and what it answers holds together.
 
 #include "common/ini_section.h"
-#include "fuzz/fuzz_target.h"
-#include "fuzz/input_reader.h"
+#include "hardening/fuzz/fuzz_target.h"
+#include "hardening/fuzz/input_reader.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/preset_section.h"
 #include "headboard/record_types.h"

@@ -2,8 +2,8 @@
 // an operation changes the chain of records as it says and no further, and what a flush reported as written
 // is on the device.
 
-#include "fuzz/fuzz_target.h"
-#include "fuzz/input_reader.h"
+#include "hardening/fuzz/fuzz_target.h"
+#include "hardening/fuzz/input_reader.h"
 #include "headboard/big_endian.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"

@@ -1,6 +1,6 @@
 // Stands in for clang's fuzzer in builds without it: tries every file of the named folders once.
 
-#include "fuzz/fuzz_target.h"
+#include "hardening/fuzz/fuzz_target.h"
 
 #include <algorithm>
 #include <filesystem>
