@@ -1,8 +1,8 @@
 #pragma once
 
 #include "simulator/camera/simulated_camera.h"
-#include "tests/fakes/fake_host.h"
-#include "tests/plugin/plugin_library.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/plugin_library.h"
 
 #include <QDialog>
 #include <QMetaMethod>

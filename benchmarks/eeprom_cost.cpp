@@ -1,7 +1,7 @@
 #include "benchmarks/eeprom_cost.h"
 
-#include "tests/fakes/fake_libraries.h"
-#include "tests/headboard/least_transfers.h"
+#include "tests/support/fake_libraries.h"
+#include "tests/support/least_transfers.h"
 
 #include <cstdlib>
 

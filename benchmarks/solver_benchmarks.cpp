@@ -1,5 +1,5 @@
 #include "benchmarks/benchmarks.h"
-#include "tests/solver/synthetic.h"
+#include "tests/support/synthetic.h"
 
 #include <benchmark/benchmark.h>
 #include <map>

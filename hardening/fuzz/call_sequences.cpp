@@ -3,10 +3,10 @@
 // played again until a sequence has its calls.
 
 #include "calibration/calibration_page.h"
-#include "hardening/fuzz/dialog_session.h"
 #include "hardening/fuzz/fuzz_target.h"
 #include "hardening/fuzz/guarded_frame.h"
 #include "published/entries.h"
+#include "tests/support/dialog_session.h"
 
 #include <QDialog>
 #include <QPointer>

@@ -2,7 +2,7 @@
 
 #include "hardening/fuzz/fuzz_target.h"
 #include "published/entries.h"
-#include "tests/fakes/guarded_memory.h"
+#include "tests/support/guarded_memory.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hardening/fuzz/input_reader.h"
+#include "tests/support/input_reader.h"
 
 #include <vector>
 

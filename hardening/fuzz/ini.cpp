@@ -2,10 +2,10 @@
 
 #include "common/ini_section.h"
 #include "hardening/fuzz/fuzz_target.h"
-#include "hardening/fuzz/input_reader.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/preset_section.h"
 #include "headboard/record_types.h"
+#include "tests/support/input_reader.h"
 
 #include <QCoreApplication>
 #include <cctype>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hardening/fuzz/dialog_session.h"
+#include "tests/support/dialog_session.h"
 
 #include <initializer_list>
 #include <vector>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "calibration/calibration_page.h"
-#include "tests/fakes/fake_host.h"
-#include "tests/fakes/fake_libraries.h"
-#include "tests/fakes/page_under_test.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_libraries.h"
+#include "tests/support/page_under_test.h"
 
 #include <QTemporaryDir>
 #include <fstream>

@@ -2,7 +2,7 @@
 #include "common/utc_clock.h"
 #include "simulator/camera/simulated_camera.h"
 #include "tests/calibration/pages.h"
-#include "tests/camera/linked_library.h"
+#include "tests/support/linked_library.h"
 
 #include <QFile>
 #include <array>

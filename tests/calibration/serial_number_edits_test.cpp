@@ -1,8 +1,8 @@
 #include "calibration/serial_number_edits.h"
 
 #include "lsc_page/lens_assist.h"
-#include "tests/fakes/fake_host.h"
-#include "tests/fakes/fake_libraries.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_libraries.h"
 
 #include <QLabel>
 #include <array>

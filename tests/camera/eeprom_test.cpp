@@ -1,4 +1,4 @@
-#include "tests/camera/eeprom_access.h"
+#include "tests/support/eeprom_access.h"
 
 #include <QFileInfo>
 #include <array>

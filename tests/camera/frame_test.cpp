@@ -1,4 +1,4 @@
-#include "tests/camera/camera_under_test.h"
+#include "tests/support/camera_under_test.h"
 
 #include <QStringList>
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "common/host.h"
 
-#include "tests/fakes/fake_host.h"
+#include "tests/support/fake_host.h"
 
 #include <gtest/gtest.h>
 

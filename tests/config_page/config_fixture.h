@@ -3,9 +3,9 @@
 #include "config_page/config.h"
 #include "config_page/config_state.h"
 #include "config_page/message_box.h"
-#include "tests/config_page/fake_bus_services.h"
-#include "tests/fakes/fake_libraries.h"
-#include "tests/fakes/page_under_test.h"
+#include "tests/support/fake_bus_services.h"
+#include "tests/support/fake_libraries.h"
+#include "tests/support/page_under_test.h"
 #include "wizard/wizard.h"
 
 #include <QComboBox>

@@ -2,8 +2,8 @@
 
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_types.h"
-#include "tests/fakes/fake_host.h"
-#include "tests/fakes/fake_libraries.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_libraries.h"
 
 #include <gtest/gtest.h>
 

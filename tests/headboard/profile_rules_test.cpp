@@ -4,8 +4,8 @@
 #include "headboard/record_types.h"
 #include "headboard/register_names.h"
 #include "headboard/register_record.h"
-#include "tests/camera/eeprom_access.h"
-#include "tests/camera/linked_library.h"
+#include "tests/support/eeprom_access.h"
+#include "tests/support/linked_library.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "tests/headboard/headboard_fixture.h"
-#include "tests/headboard/least_transfers.h"
+#include "tests/support/least_transfers.h"
 
 #include <algorithm>
 #include <random>

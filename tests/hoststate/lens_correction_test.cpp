@@ -1,7 +1,7 @@
 #include "hoststate/lens_correction.h"
 
-#include "tests/fakes/fake_host.h"
-#include "tests/fakes/fake_libraries.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_libraries.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "hoststate/pipeline.h"
 
 #include "hoststate/presets.h"
-#include "tests/fakes/fake_host.h"
-#include "tests/fakes/fake_libraries.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_libraries.h"
 
 #include <QTemporaryDir>
 #include <fstream>

@@ -3,8 +3,8 @@
 #include "simulator/host/recorded_lines.h"
 #include "simulator/host/script.h"
 #include "simulator/host/service_desk.h"
-#include "tests/camera/camera_under_test.h"
 #include "tests/pictara/test_frames.h"
+#include "tests/support/camera_under_test.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 #include "simulator/host/preset_file.h"
-#include "tests/camera/camera_under_test.h"
 #include "tests/pictara/test_frames.h"
+#include "tests/support/camera_under_test.h"
 
 #include <QFile>
 #include <QTemporaryDir>

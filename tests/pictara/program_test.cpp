@@ -1,6 +1,6 @@
-#include "tests/measured_folder.h"
 #include "tests/pictara/program_run.h"
 #include "tests/pictara/small_profile.h"
+#include "tests/support/measured_folder.h"
 
 #include <QFile>
 #include <QFileInfo>

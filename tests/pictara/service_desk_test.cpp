@@ -1,6 +1,6 @@
 #include "simulator/host/service_desk.h"
-#include "tests/camera/camera_under_test.h"
 #include "tests/pictara/test_frames.h"
+#include "tests/support/camera_under_test.h"
 
 #include <QTemporaryDir>
 #include <cstring>

@@ -6,7 +6,7 @@
 #include "simulator/host/run_all.h"
 #include "simulator/host/session.h"
 #include "tests/pictara/small_profile.h"
-#include "tests/plugin/plugin_library.h"
+#include "tests/support/plugin_library.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -3,11 +3,11 @@
 #include "calibration/calibration_page.h"
 #include "config_page/config.h"
 #include "config_page/config_state.h"
-#include "hardening/fuzz/dialog_session.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_types.h"
 #include "plugin/config_page_link.h"
 #include "plugin/instance.h"
+#include "tests/support/dialog_session.h"
 
 #include <QLabel>
 #include <QLineEdit>

@@ -3,11 +3,11 @@
 // sizes do not hold together has none at all.
 
 #include "apga_page/lens_assist_apga.h"
-#include "hardening/fuzz/dialog_session.h"
 #include "pictures/block_statistics.h"
 #include "pictures/white_balance.h"
 #include "plugin/instance.h"
-#include "tests/fakes/guarded_memory.h"
+#include "tests/support/dialog_session.h"
+#include "tests/support/guarded_memory.h"
 
 #include <QDialog>
 #include <cstring>

@@ -1,8 +1,8 @@
 #include "published/entries.h"
 
 #include "config_page/config.h"
-#include "tests/fakes/fake_host.h"
-#include "tests/fakes/fake_libraries.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_libraries.h"
 #include "wizard/wizard.h"
 
 #include <QApplication>

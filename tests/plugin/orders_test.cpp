@@ -2,8 +2,8 @@
 // process of its own, which must end with 0. Where processes fork, one that stands at the end of a sequence
 // is the beginning of all that are longer; elsewhere each begins anew, and fewer are tried.
 
-#include "tests/fakes/fake_host.h"
-#include "tests/plugin/plugin_library.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/plugin_library.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -1,5 +1,5 @@
-#include "tests/fakes/fake_host.h"
-#include "tests/plugin/plugin_library.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/plugin_library.h"
 
 #include <QDialog>
 #include <QDir>

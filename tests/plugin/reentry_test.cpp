@@ -2,8 +2,8 @@
 // again, and may delete the dialog with the dialog's parent.
 
 #include "apga_page/lens_assist_apga.h"
-#include "hardening/fuzz/dialog_session.h"
 #include "plugin/instance.h"
+#include "tests/support/dialog_session.h"
 
 #include <QDialog>
 #include <QPointer>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tests/solver/sensor.h"
-#include "tests/solver/synthetic.h"
+#include "tests/support/solver_sensor.h"
+#include "tests/support/synthetic.h"
 
 #include <map>
 #include <vector>

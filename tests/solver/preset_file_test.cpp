@@ -1,6 +1,6 @@
 #include "common/ini_section.h"
-#include "tests/solver/sensor.h"
-#include "tests/solver/synthetic.h"
+#include "tests/support/solver_sensor.h"
+#include "tests/support/synthetic.h"
 
 #include <QDir>
 #include <QFile>

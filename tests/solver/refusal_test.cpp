@@ -1,5 +1,5 @@
-#include "tests/solver/sensor.h"
-#include "tests/solver/synthetic.h"
+#include "tests/support/solver_sensor.h"
+#include "tests/support/synthetic.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

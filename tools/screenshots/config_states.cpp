@@ -2,9 +2,9 @@
 
 #include "config_page/config.h"
 #include "config_page/config_display.h"
-#include "tests/config_page/fake_bus_services.h"
-#include "tests/fakes/fake_host.h"
-#include "tests/fakes/fake_libraries.h"
+#include "tests/support/fake_bus_services.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_libraries.h"
 #include "wizard/bullets.h"
 
 #include <QApplication>

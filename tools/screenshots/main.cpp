@@ -2,8 +2,8 @@
 
 #include "apga_page/lens_assist_apga.h"
 #include "lsc_page/lens_assist.h"
-#include "tests/fakes/fake_host.h"
-#include "tests/fakes/fake_libraries.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_libraries.h"
 #include "tools/screenshots/config_states.h"
 
 #include <QApplication>

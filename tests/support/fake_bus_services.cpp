@@ -1,4 +1,4 @@
-#include "tests/config_page/fake_bus_services.h"
+#include "tests/support/fake_bus_services.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/solver/sensor.h"
+#include "tests/support/solver_sensor.h"
 
 #include <QByteArray>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/libraries.h"
-#include "tests/fakes/fake_headboard.h"
+#include "tests/support/fake_headboard.h"
 
 #include <deque>
 #include <functional>

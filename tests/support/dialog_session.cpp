@@ -1,10 +1,10 @@
-#include "hardening/fuzz/dialog_session.h"
+#include "tests/support/dialog_session.h"
 
 #include "apga_page/lens_assist_apga.h"
 #include "calibration/folder_chooser.h"
-#include "hardening/fuzz/fuzz_target.h"
 #include "lsc_page/lens_assist.h"
 #include "plugin/instance.h"
+#include "tests/support/must_hold.h"
 
 #include <QApplication>
 #include <QComboBox>

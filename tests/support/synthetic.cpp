@@ -1,4 +1,4 @@
-#include "tests/solver/synthetic.h"
+#include "tests/support/synthetic.h"
 
 #include <algorithm>
 #include <cmath>

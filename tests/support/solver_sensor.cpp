@@ -1,4 +1,4 @@
-#include "tests/solver/sensor.h"
+#include "tests/support/solver_sensor.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,6 +1,6 @@
-#include "tests/fakes/fake_libraries.h"
+#include "tests/support/fake_libraries.h"
 
-#include "tests/fakes/fake_host.h"
+#include "tests/support/fake_host.h"
 
 namespace {
 

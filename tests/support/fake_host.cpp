@@ -1,4 +1,4 @@
-#include "tests/fakes/fake_host.h"
+#include "tests/support/fake_host.h"
 
 #include <cstring>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tests/fakes/fake_headboard.h"
-#include "tests/fakes/fake_host.h"
+#include "tests/support/fake_headboard.h"
+#include "tests/support/fake_host.h"
 
 #include <map>
 #include <string>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "hardening/fuzz/input_reader.h"
-#include "tests/fakes/fake_host.h"
-#include "tests/fakes/fake_libraries.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_libraries.h"
+#include "tests/support/input_reader.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/camera/camera_under_test.h"
+#include "tests/support/camera_under_test.h"
 
 #include <QByteArray>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "tests/fakes/guarded_memory.h"
+#include "tests/support/guarded_memory.h"
 
 #include <cstdlib>
 

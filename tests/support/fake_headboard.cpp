@@ -1,7 +1,7 @@
-#include "tests/fakes/fake_headboard.h"
+#include "tests/support/fake_headboard.h"
 
 #include "common/pause.h"
-#include "tests/fakes/fake_host.h"
+#include "tests/support/fake_host.h"
 
 #include <bit>
 #include <cstdlib>
