@@ -1,8 +1,8 @@
 #include "simulator/host/calibration_run.h"
 
+#include "simulator/files/interruption.h"
 #include "simulator/host/closing_measurement.h"
 #include "simulator/host/headless_dialog.h"
-#include "simulator/host/interruption.h"
 #include "simulator/host/lit_run.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
@@ -172,7 +172,7 @@ int runCalibration(Session& session, Options const& options) {
     driver.onSaving([&] { whenSaving(session, options, progress); });
 
     calibrate(session, opened.page, options, driver, progress, summary);
-    if (isInterrupted())
+    if (files::isInterrupted())
         return kExitInterrupted;
     if (isCalibrated(summary.run))
         progress.say(QStringLiteral("measuring once more, without the correction and with it..."));
@@ -180,7 +180,7 @@ int runCalibration(Session& session, Options const& options) {
     driver.onProgress([](RunProgress const&) {});
     QImage const dialog = opened.dialog->grab().toImage();
     judgeLights(session, opened.page, driver, progress, summary);
-    if (isInterrupted())
+    if (files::isInterrupted())
         return kExitInterrupted;
     output.savePicture(QStringLiteral("dialog.png"), dialog);
     writeResults(session, output, summary);

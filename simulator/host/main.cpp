@@ -1,5 +1,5 @@
+#include "simulator/files/interruption.h"
 #include "simulator/host/calibration_run.h"
-#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/profile_chooser.h"
 #include "simulator/host/recorder.h"
@@ -86,7 +86,7 @@ int sitOnce(Options const& options, QString* nextProfile) {
         return kExitUsage;
     }
     int const code = run(*session, options, nextProfile);
-    if (isInterrupted())
+    if (files::isInterrupted())
         complain(QStringLiteral("Interrupted."));
     // Also after a failed run: the device keeps what was written to it.
     if (session->keepEeprom(&error))
@@ -146,7 +146,7 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     if (options.chooseProfile && !chooseProfile(options))
         return kExitDone;
-    noteInterruptions();
+    files::noteInterruptions();
     if (options.isAboutShading())
         return runShading(options);
     if (!options.replayedRecordingFile.isEmpty())

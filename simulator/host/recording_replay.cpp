@@ -1,7 +1,7 @@
 #include "simulator/host/recording_replay.h"
 
+#include "simulator/files/interruption.h"
 #include "simulator/host/input_player.h"
-#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/progress_report.h"
 #include "simulator/host/recorded_lines.h"
@@ -37,7 +37,7 @@ void replayAll(Session& session, RecordingComparison& comparison, RecordedLines&
                Placeholders const& placeholders) {
     InputPlayer player(session);
     ReplayProgress progress;
-    for (QByteArray input = comparison.nextInput(); !input.isEmpty() && !isInterrupted();
+    for (QByteArray input = comparison.nextInput(); !input.isEmpty() && !files::isInterrupted();
          input = comparison.nextInput()) {
         QString cause;
         if (!player.play(QString::fromUtf8(placeholders.reveal(input)), &cause))
@@ -73,7 +73,7 @@ int runRecordingReplay(Options const& given) {
         }
         replayAll(*session, comparison, lines, placeholders);
     }
-    if (isInterrupted())
+    if (files::isInterrupted())
         return kExitInterrupted;
     if (comparison.difference()) {
         complain(textOf(*comparison.difference(), given.replayedRecordingFile));

@@ -1,8 +1,8 @@
 #include "simulator/host/replay_run.h"
 
+#include "simulator/files/interruption.h"
 #include "simulator/host/closing_measurement.h"
 #include "simulator/host/headless_dialog.h"
-#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
@@ -128,7 +128,7 @@ int runReplay(Session& session, Options const& options) {
     bringConditionsBack(session, options, driver, summary);
     summary.before = measureInDetail(session, opened.page, driver, false);
     summary.after = measureInDetail(session, opened.page, driver, true);
-    if (isInterrupted())
+    if (files::isInterrupted())
         return kExitInterrupted;
     summary.dialogsWrites = session.desk().listEntriesWritten();
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "simulator/files/interruption.h"
 #include "simulator/host/dialog_page.h"
-#include "simulator/host/interruption.h"
 #include "simulator/host/time_spent.h"
 
 #include <functional>
@@ -66,7 +66,7 @@ private:
     std::function<void(RunProgress const&)> m_observer = [](RunProgress const&) {};
     std::function<void()> m_savingObserver = [] {};
     std::function<void()> m_person = [] {};
-    std::function<bool()> m_isStopWanted = isInterrupted;
+    std::function<bool()> m_isStopWanted = files::isInterrupted;
     int m_framesPerTick;
     int m_maxFrames;
     RunProgress m_progress;

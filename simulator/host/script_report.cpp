@@ -40,7 +40,7 @@ QString reportScript(Session& session, DialogPage& page, Options const& options,
         summary.before = measureInDetail(session, page, driver, false);
         summary.after = measureInDetail(session, page, driver, true);
     }
-    if (isInterrupted())
+    if (files::isInterrupted())
         return {};
     RunReport report = reportOf(session, summary);
     report.run = QStringLiteral("script");

@@ -1,7 +1,7 @@
 #include "simulator/host/script_run.h"
 
+#include "simulator/files/interruption.h"
 #include "simulator/host/headless_dialog.h"
-#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/output_folder.h"
 #include "simulator/host/progress_report.h"
@@ -151,7 +151,7 @@ Outcome ScriptRun::await(QStringList const& words) {
         return {missing(words[0])};
     int const bound = words.size() > 2 ? words[2].toInt() : m_options.maxFrames;
     for (int frames = 0; !matches(m_page.text(name.constData()), words[1]); ++frames) {
-        if (isInterrupted())
+        if (files::isInterrupted())
             return {};
         if (frames == bound)
             return {QStringLiteral("after %1 frames \"%2\" shows \"%3\", not \"%4\"")
@@ -170,7 +170,7 @@ Outcome ScriptRun::savePicture(QString const& file) {
 }
 
 Outcome ScriptRun::deliverFrames(int count) {
-    for (int i = 0; i < count && !isInterrupted(); ++i)
+    for (int i = 0; i < count && !files::isInterrupted(); ++i)
         frame();
     return {};
 }
@@ -183,7 +183,7 @@ void ScriptRun::frame() {
 }
 
 Outcome ScriptRun::tick(int count) {
-    for (int i = 0; i < count && !isInterrupted(); ++i) {
+    for (int i = 0; i < count && !files::isInterrupted(); ++i) {
         m_page.stopTimer(); // showing the page again starts its timer again
         m_page.tick();
         QCoreApplication::processEvents();
@@ -211,7 +211,7 @@ int runScript(Session& session, Options const& options) {
     int code = kExitDone;
     for (ScriptCommand const& command : commands) {
         Outcome const outcome = run.run(command);
-        if (isInterrupted())
+        if (files::isInterrupted())
             return kExitInterrupted;
         if (!outcome.cause.isEmpty()) {
             end.cause =
@@ -224,7 +224,7 @@ int runScript(Session& session, Options const& options) {
     end.state = run.state();
     OutputFolder output(session.outputFolder());
     QString const page = reportScript(session, opened.page, options, end, output);
-    if (isInterrupted())
+    if (files::isInterrupted())
         return kExitInterrupted;
     if (!end.cause.isEmpty())
         complain(end.cause);

@@ -1,7 +1,7 @@
 #include "simulator/host/shading_measurement.h"
 
+#include "simulator/files/interruption.h"
 #include "simulator/host/exposure_loop.h"
-#include "simulator/host/interruption.h"
 #include "simulator/host/recorded_picture.h"
 #include "simulator/host/sensor_registers.h"
 
@@ -103,7 +103,7 @@ LightGrid meanOfFrames(simulator::SimulatedCamera& camera) {
     double const side = double(told.width) / kColumns;
     int const frames = int(std::clamp(std::ceil(kSamples / (side * side)), kFewestFrames, kMostFrames));
     LightGrid sum;
-    for (int i = 0; i < frames && !isInterrupted(); ++i)
+    for (int i = 0; i < frames && !files::isInterrupted(); ++i)
         add(cellsOf(camera.grab(), told), sum);
     for (Colour& cell : sum.cells)
         for (double& channel : cell)
@@ -128,7 +128,7 @@ std::optional<MeasuredShading> measureShading(simulator::SimulatedCamera& camera
         camera.setLight(light);
         expose(camera);
         LightGrid const cells = meanOfFrames(camera);
-        if (isInterrupted()) {
+        if (files::isInterrupted()) {
             *error = QStringLiteral("Interrupted.");
             return std::nullopt;
         }

@@ -1,7 +1,7 @@
 #include "simulator/host/shading_run.h"
 
+#include "simulator/files/interruption.h"
 #include "simulator/files/whole_file.h"
-#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/session.h"
 #include "simulator/host/shading_file.h"
@@ -71,7 +71,7 @@ int runShading(Options const& options) {
         folder.isEmpty() ? std::vector<NamedShading>() : tablesFor(options, &error);
     if (tables.empty()) {
         complain(error);
-        return isInterrupted() ? kExitInterrupted : kExitUsage;
+        return files::isInterrupted() ? kExitInterrupted : kExitUsage;
     }
     if (!options.measureShadingFile.isEmpty())
         tell(

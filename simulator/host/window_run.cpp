@@ -1,10 +1,10 @@
 #include "simulator/host/window_run.h"
 
+#include "simulator/files/interruption.h"
 #include "simulator/files/whole_file.h"
 #include "simulator/host/bench_actions.h"
 #include "simulator/host/dark_palette.h"
 #include "simulator/host/host_window.h"
-#include "simulator/host/interruption.h"
 #include "simulator/host/message_log.h"
 #include "simulator/host/session.h"
 
@@ -23,7 +23,7 @@ constexpr quint64 kFramesBeforeScreenshot = 20; // the exposure has settled
 // The window's clock delivers frames; the next one sees the interruption.
 void closeWhenInterrupted(HostWindow& window, int* exitCode) {
     QObject::connect(&window, &HostWindow::frameShown, &window, [&window, exitCode] {
-        if (!isInterrupted())
+        if (!files::isInterrupted())
             return;
         *exitCode = kExitInterrupted;
         window.close();

@@ -1,8 +1,8 @@
 // headboard-config: the headboard configuration page on a simulated camera, for work by hand.
 
 #include "config_page/config_state.h"
+#include "simulator/files/interruption.h"
 #include "simulator/files/whole_file.h"
-#include "simulator/host/interruption.h"
 #include "tools/headboard-config/session.h"
 
 #include <QApplication>
@@ -74,7 +74,7 @@ bool savePicture(QWidget& window, QString const& file) {
 void workUntilClosedOrInterrupted() {
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [] {
-        if (pictara::isInterrupted())
+        if (files::isInterrupted())
             QApplication::quit();
     });
     timer.start(kLookForInterruptionMs);
@@ -98,7 +98,7 @@ int run(Session& session, Options const& options) {
         complain(error);
     if (!saved || !pictured)
         return kExitNotSaved;
-    return pictara::isInterrupted() ? kExitInterrupted : kExitDone;
+    return files::isInterrupted() ? kExitInterrupted : kExitDone;
 }
 
 } // namespace
@@ -120,7 +120,7 @@ int main(int argc, char** argv) {
     int onlyTheProgramsName = 1;
     QApplication const application(onlyTheProgramsName, argv);
     // The number on the label is spent once it was stored, so the EEPROM that bears it is not to be lost.
-    pictara::noteInterruptions();
+    files::noteInterruptions();
     QString error;
     std::unique_ptr<Session> const session = Session::open(*commandLine.options, &error);
     if (!session) {

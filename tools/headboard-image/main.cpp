@@ -1,4 +1,4 @@
-#include "simulator/host/interruption.h"
+#include "simulator/files/interruption.h"
 #include "tools/headboard-image/command_line.h"
 
 #include <QCoreApplication>
@@ -15,7 +15,7 @@ void print(std::string const& text, std::FILE* file) {
 int main(int argc, char** argv) {
     QCoreApplication const application(argc, argv);
     // A command takes no time that anybody would cut short, and leaves no half-written file beside the image.
-    pictara::noteInterruptions();
+    files::noteInterruptions();
     headboard_image::Outcome const outcome = headboard_image::runCommandLine(QCoreApplication::arguments());
     print(outcome.output, stdout);
     if (!outcome.complaint.empty())

@@ -1,8 +1,8 @@
-#include "simulator/host/interruption.h"
+#include "simulator/files/interruption.h"
 
 #include <csignal>
 
-namespace pictara {
+namespace files {
 namespace {
 
 constexpr int kNoted[] = {
@@ -34,4 +34,4 @@ bool isInterrupted() {
     return interrupted != 0;
 }
 
-} // namespace pictara
+} // namespace files

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace pictara {
+namespace files {
 
 /// From now on Ctrl-C, a request to terminate and the end of the terminal do not end the program but are
 /// noted, once: whoever works for long asks, and leaves its files whole. The next one ends the program at
@@ -8,4 +8,4 @@ namespace pictara {
 void noteInterruptions();
 [[nodiscard]] bool isInterrupted();
 
-} // namespace pictara
+} // namespace files
