@@ -1,7 +1,7 @@
 #include "cut_save.h"
 
 #include "headboard/eeprom_chain.h"
-#include "headboard/eeprom_slot.h"
+#include "headboard/headboard_eeprom.h"
 #include "headboard_device.h"
 
 namespace power_cuts {

@@ -4,7 +4,7 @@
 #include "calibration/page_widgets.h"
 #include "common/host.h"
 #include "common/sensor.h"
-#include "headboard/eeprom_slot.h"
+#include "headboard/headboard_eeprom.h"
 #include "hoststate/lens_correction.h"
 #include "wizard/page_scopes.h"
 

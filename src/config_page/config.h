@@ -1,6 +1,6 @@
 #pragma once
 
-#include "headboard/eeprom_slot.h"
+#include "headboard/headboard_eeprom.h"
 #include "published/host_records.h"
 
 #include <QDialog>

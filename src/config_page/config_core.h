@@ -3,7 +3,7 @@
 #include "common/host.h"
 #include "config_page/config_state.h"
 #include "config_page/config_widgets.h"
-#include "headboard/eeprom_slot.h"
+#include "headboard/headboard_eeprom.h"
 #include "wizard/page_scopes.h"
 
 #include <functional>

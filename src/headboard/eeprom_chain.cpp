@@ -249,3 +249,16 @@ std::string_view EepromRecordText(HeadboardEeprom eeprom, int32_t offset) {
     std::string_view const text(reinterpret_cast<char const*>(payload.data()), payload.size());
     return text.substr(0, text.find('\0'));
 }
+
+EepromPresence probeEeprom(HeadboardEeprom eeprom) {
+    int32_t status = EepromCheckHeader(eeprom);
+    if (status == kEepromNotFormatted) {
+        status = EepromFormat(eeprom, -1);
+        if (status == kEepromOk)
+            status = HeadboardEepromFlush(eeprom);
+        return status == kEepromOk ? EepromPresence::Present : EepromPresence::Absent;
+    }
+    if (status == kEepromOk)
+        return EepromPresence::Present;
+    return status == kEepromNoAnswer ? EepromPresence::Absent : EepromPresence::Unknown;
+}

@@ -61,3 +61,13 @@ constexpr int32_t kAnyRecordType = -1;
 /// valid until the next operation on an EEPROM that the caller holds. Without data for other types, and when
 /// it cannot be read.
 [[nodiscard]] std::string_view EepromRecordText(HeadboardEeprom eeprom, int32_t offset);
+
+/// What a presence test finds.
+enum class EepromPresence : uint8_t {
+    Unknown, ///< the device failed in another way than by its silence
+    Present, ///< and formatted
+    Absent,  ///< or it cannot be formatted
+};
+
+/// Looks whether the device answers and is formatted. One that is not formatted is formatted silently.
+[[nodiscard]] EepromPresence probeEeprom(HeadboardEeprom eeprom);

@@ -4,7 +4,9 @@
 #include "headboard/eeprom_transport.h"
 
 #include <algorithm>
+#include <memory>
 #include <span>
+#include <utility>
 
 namespace {
 
@@ -217,4 +219,29 @@ int32_t HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32
             eeprom->state[at] = ByteState::Current;
     }
     return kEepromOk;
+}
+
+HeadboardEeprom sharedEeprom(EepromSlot& slot, vy_Camera* camera) {
+    if (slot)
+        return *slot;
+    HeadboardEeprom eeprom = HeadboardEepromCreate(camera);
+    // The library may have spun events while the object was made, and someone else been the first user.
+    if (!slot)
+        slot = new HeadboardEeprom(eeprom);
+    return *slot;
+}
+
+HeadboardEeprom renewEeprom(EepromSlot& slot, vy_Camera* camera) {
+    discardEeprom(slot);
+    return sharedEeprom(slot, camera);
+}
+
+bool isSharedEeprom(EepromSlot const& slot, HeadboardEeprom const& eeprom) {
+    return slot && slot->operator->() == eeprom.operator->();
+}
+
+void discardEeprom(EepromSlot& slot) {
+    std::unique_ptr<HeadboardEeprom> const discarded(std::exchange(slot, nullptr));
+    if (discarded)
+        HeadboardEepromRelease(*discarded);
 }

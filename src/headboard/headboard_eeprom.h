@@ -1,10 +1,23 @@
 #pragma once
 
-#include "headboard/eeprom_status.h"
 #include "published/veyra2.h"
 
+#include <cstdint>
 #include <memory>
 #include <vector>
+
+/// What the operations on the headboard EEPROM answer: 0 for success, or one of these. Operations that answer
+/// an offset, a size or a length answer a negative status in its place.
+enum EepromStatus : int32_t {
+    kEepromOk = 0,
+    kEepromFailed = -1,       ///< no camera, a range that does not fit, a missing register, a failed transfer
+    kEepromNotFormatted = -2, ///< the image does not begin with the magic
+    kEepromNoRoom = -3,       ///< the EEPROM's end or the record's capacity would be reached
+    kEepromNoRecord = -4,     ///< no such record; the chain ended
+    kEepromNoAnswer = -6,     ///< the device does not answer
+    kEepromBufferTooSmall = -7,
+    kEepromMismatch = -10, ///< the device holds something else than was written
+};
 
 /// What is known of a byte of the image.
 enum class ByteState : uint8_t {
@@ -85,3 +98,19 @@ void HeadboardEepromEnsureImage(HeadboardEeprom eeprom);
 /// Writes a range, whatever its state, from `source` or, with null, from the image.
 [[nodiscard]] int32_t HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32_t count,
                                                  uint8_t const* source = nullptr);
+
+/// The process-wide EEPROM, null until its first user. Every page that uses the headboard is handed a
+/// reference to it and owns nothing of it.
+using EepromSlot = HeadboardEeprom*;
+
+/// A share of the process-wide EEPROM; the first user creates it on its camera.
+[[nodiscard]] HeadboardEeprom sharedEeprom(EepromSlot& slot, vy_Camera* camera);
+
+/// Discards the process-wide EEPROM with all that it has not written, creates it anew and answers a share.
+[[nodiscard]] HeadboardEeprom renewEeprom(EepromSlot& slot, vy_Camera* camera);
+
+/// Whether this is still the process-wide EEPROM, which nobody has discarded.
+[[nodiscard]] bool isSharedEeprom(EepromSlot const& slot, HeadboardEeprom const& eeprom);
+
+/// Drops the image, then the object; the slot is null before a call into the library can find it.
+void discardEeprom(EepromSlot& slot);

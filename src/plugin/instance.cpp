@@ -2,7 +2,7 @@
 
 #include "apga_page/lens_assist_apga.h"
 #include "config_page/config.h"
-#include "headboard/eeprom_slot.h"
+#include "headboard/headboard_eeprom.h"
 #include "lsc_page/lens_assist.h"
 #include "wizard/wizard.h"
 

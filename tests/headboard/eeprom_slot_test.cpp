@@ -1,4 +1,5 @@
-#include "headboard/eeprom_slot.h"
+#include "headboard/eeprom_chain.h"
+#include "headboard/headboard_eeprom.h"
 
 #include "tests/headboard/headboard_fixture.h"
 
