@@ -3,10 +3,9 @@
 // is on the device.
 
 #include "hardening/fuzz/fuzz_target.h"
-#include "headboard/big_endian.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "tests/support/fake_headboard.h"
 #include "tests/support/input_reader.h"
 

@@ -4,7 +4,7 @@
 #include "hardening/fuzz/fuzz_target.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/preset_section.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "tests/support/input_reader.h"
 
 #include <QCoreApplication>

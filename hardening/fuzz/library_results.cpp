@@ -6,7 +6,7 @@
 #include "hardening/fuzz/guarded_frame.h"
 #include "hardening/fuzz/open_dialogs.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "plugin/instance.h"
 
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #include "remains.h"
 
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "tools/headboard-image/chain_check.h"
 #include "tools/headboard-image/record_display.h"
 

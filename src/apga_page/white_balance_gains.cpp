@@ -3,7 +3,7 @@
 #include "common/numbers.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 #include <string>

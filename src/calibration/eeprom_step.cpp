@@ -2,7 +2,7 @@
 
 #include "calibration/display.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "headboard/time_stamp.h"
 
 #include <optional>

@@ -1,7 +1,7 @@
 #include "config_page/serial_number.h"
 
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 #include <array>

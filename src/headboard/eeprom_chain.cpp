@@ -1,8 +1,6 @@
 #include "headboard/eeprom_chain.h"
 
-#include "headboard/big_endian.h"
-#include "headboard/plain_text.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 #include <array>

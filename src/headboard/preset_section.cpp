@@ -2,9 +2,8 @@
 
 #include "common/ini_section.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/plain_text.h"
 #include "headboard/record_content.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include "headboard/record_content.h"
 
-#include "headboard/big_endian.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "headboard/eeprom_record.h"
 #include "headboard/headboard_eeprom.h"
+#include "headboard/record_format.h"
 #include "headboard/register_entry.h"
 
 #include <span>

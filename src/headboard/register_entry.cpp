@@ -1,6 +1,6 @@
 #include "headboard/register_entry.h"
 
-#include "headboard/big_endian.h"
+#include "headboard/record_format.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "common/sensor.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "headboard/register_names.h"
 
 #include <algorithm>

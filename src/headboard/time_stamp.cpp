@@ -1,7 +1,7 @@
 #include "headboard/time_stamp.h"
 
 #include "common/utc_clock.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 

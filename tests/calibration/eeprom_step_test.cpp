@@ -2,7 +2,7 @@
 
 #include "common/utc_clock.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 #include "apga_page/white_balance_gains.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "tests/config_page/config_fixture.h"
 
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-#include "headboard/big_endian.h"
 #include "headboard/record_content.h"
+#include "headboard/record_format.h"
 #include "tests/headboard/headboard_fixture.h"
 
 namespace {

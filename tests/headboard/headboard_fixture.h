@@ -1,7 +1,7 @@
 #pragma once
 
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_libraries.h"
 

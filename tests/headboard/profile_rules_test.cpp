@@ -1,7 +1,7 @@
 #include "common/pause.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "headboard/register_names.h"
 #include "headboard/register_record.h"
 #include "tests/support/eeprom_access.h"

@@ -1,5 +1,4 @@
-#include "headboard/big_endian.h"
-#include "headboard/plain_text.h"
+#include "headboard/record_format.h"
 #include "tests/headboard/headboard_fixture.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 #include "config_page/config.h"
 #include "config_page/config_state.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "plugin/config_page_link.h"
 #include "plugin/instance.h"
 #include "tests/support/dialog_session.h"

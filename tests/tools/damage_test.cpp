@@ -1,6 +1,6 @@
 #include "common/libraries.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "simulator/camera/simulated_camera.h"
 #include "tests/tools/image_fixture.h"
 

@@ -2,7 +2,7 @@
 
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_content.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "tools/headboard-image/command_line.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "headboard/eeprom_record.h"
+#include "headboard/record_format.h"
 #include "tools/headboard-image/outcome.h"
 
 #include <QStringList>

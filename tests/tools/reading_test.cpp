@@ -1,4 +1,4 @@
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "tests/tools/image_fixture.h"
 
 namespace {

@@ -1,8 +1,7 @@
 #include "tools/headboard-image/chain_check.h"
 
-#include "headboard/big_endian.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "tools/headboard-image/printed_text.h"
 
 #include <algorithm>

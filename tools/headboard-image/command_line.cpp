@@ -1,6 +1,6 @@
 #include "tools/headboard-image/command_line.h"
 
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "tools/headboard-image/chain_check.h"
 #include "tools/headboard-image/edits.h"
 #include "tools/headboard-image/image_file.h"

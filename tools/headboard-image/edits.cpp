@@ -4,7 +4,7 @@
 #include "headboard/eeprom_chain.h"
 #include "headboard/preset_section.h"
 #include "headboard/record_content.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "tools/headboard-image/chain_check.h"
 #include "tools/headboard-image/entry_blocks.h"
 #include "tools/headboard-image/image_file.h"

@@ -1,7 +1,6 @@
 #include "tools/headboard-image/entry_blocks.h"
 
-#include "headboard/big_endian.h"
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "headboard/register_entry.h"
 #include "tools/headboard-image/record_store.h"
 

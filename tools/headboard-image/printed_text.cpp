@@ -1,6 +1,6 @@
 #include "tools/headboard-image/printed_text.h"
 
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "tools/headboard-image/record_check.h"
 
-#include "headboard/record_types.h"
+#include "headboard/record_format.h"
 #include "headboard/register_entry.h"
 #include "tools/headboard-image/entry_blocks.h"
 #include "tools/headboard-image/printed_text.h"

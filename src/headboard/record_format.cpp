@@ -1,6 +1,4 @@
-#include "headboard/record_types.h"
-
-#include "headboard/plain_text.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
 
@@ -33,7 +31,6 @@ constexpr RecordTypeRow kRecordTypes[] = {
     {kRecordEnd, "END_OF_RECORDS", RecordPayload::Opaque},
 };
 
-constexpr size_t kRegisterSetNameWidth = 9;
 constexpr size_t kNamedDataNameWidth = 15;
 
 RecordTypeRow const* rowOf(uint32_t type) {
@@ -41,6 +38,10 @@ RecordTypeRow const* rowOf(uint32_t type) {
                                            [&](RecordTypeRow const& row) { return row.type == type; });
     return found == std::end(kRecordTypes) ? nullptr : found;
 }
+
+constexpr size_t kMostPayload = 0xFFFF;
+constexpr size_t kNameLength = 8;
+constexpr char kNoName[] = "DEFAULT";
 
 } // namespace
 
@@ -52,7 +53,7 @@ RecordPayload recordPayload(uint32_t type) {
 size_t recordNameWidth(uint32_t type) {
     switch (recordPayload(type)) {
     case RecordPayload::RegisterSet:
-        return kRegisterSetNameWidth;
+        return kRecordName;
     case RecordPayload::NamedData:
         return kNamedDataNameWidth;
     case RecordPayload::Opaque:
@@ -72,4 +73,61 @@ uint8_t recordTypeNamed(char const* name) {
         if (equalWithoutCase(row.name, name))
             return row.type;
     return 0;
+}
+
+EepromRecord::EepromRecord(uint8_t type, int32_t capacity, int32_t initialLength) : m_capacity(capacity) {
+    auto const length = size_t(std::clamp<int64_t>(initialLength, 0, kMostPayload));
+    m_bytes.assign(kRecordHead + length, kErased);
+    m_bytes[0] = type;
+    putU16Be(m_bytes, 1, uint32_t(length));
+}
+
+int32_t EepromRecord::length() const {
+    return int32_t(m_bytes.size() - kRecordHead);
+}
+
+std::span<uint8_t const> EepromRecord::bytes() const {
+    return m_bytes;
+}
+
+std::span<uint8_t> EepromRecord::payload() {
+    return std::span(m_bytes).subspan(kRecordHead);
+}
+
+bool EepromRecord::append(std::span<uint8_t const> bytes) {
+    size_t const length = m_bytes.size() - kRecordHead;
+    if (bytes.size() > kMostPayload - length)
+        return false;
+    m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
+    putU16Be(m_bytes, 1, uint32_t(length + bytes.size()));
+    return true;
+}
+
+void EepromRecord::setName(char const* name) {
+    if (payload().size() < kRecordName)
+        return;
+    std::string_view const text = std::string_view(name ? name : kNoName).substr(0, kNameLength);
+    std::span<uint8_t> const field = payload().subspan(0, kRecordName);
+    std::fill(field.begin(), field.end(), uint8_t{0});
+    std::copy(text.begin(), text.end(), field.begin());
+}
+
+std::string_view EepromRecord::name() const {
+    return recordName(type(), payload());
+}
+
+std::string_view recordName(uint8_t type, std::span<uint8_t const> payload) {
+    size_t const width = std::min(recordNameWidth(type), payload.size());
+    std::string_view const field(reinterpret_cast<char const*>(payload.data()), width);
+    return field.substr(0, field.find('\0'));
+}
+
+EepromRecord EepromNewRecord(uint8_t type, int32_t capacity, int32_t initialLength) {
+    return {type, capacity, initialLength};
+}
+
+EepromRecord makeRegisterSet(uint8_t type, int32_t capacity, char const* name) {
+    EepromRecord record = EepromNewRecord(type, capacity, kRecordName);
+    record.setName(name);
+    return record;
 }
