@@ -12,7 +12,6 @@ namespace {
 
 constexpr uint32_t kKindWithGains = 72;
 constexpr uint32_t kVariantWithGains = 1;
-constexpr int32_t kBytesLeftFree = 64;
 constexpr double kFixedPointOne = 128; // 7 fraction bits
 constexpr char kSets[kIlluminants] = {'L', 'M', 'R'};
 
@@ -50,7 +49,7 @@ void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Hos
         blue[i] = captured[i].blueGain;
     }
     IlluminantKelvins const temperatures = readTemperatures();
-    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom->deviceSize - kBytesLeftFree, name);
+    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom->deviceSize - kReservedBytes, name);
     for (size_t i = 0; i < kIlluminants; ++i) {
         auto const add = [&](char const* what, std::array<double, kIlluminants> const& gains) {
             double const gain = quadraticThrough(temperatures, gains, setTemperatures[i]);

@@ -12,7 +12,6 @@ constexpr int kLength = 10;
 constexpr int kCountLength = 3;
 constexpr int kHighestCount = 999;
 constexpr size_t kRecordBuffer = 1000; // header included
-constexpr uint kRecordHead = 3;
 
 bool isDigit(QChar c) {
     return c >= QLatin1Char('0') && c <= QLatin1Char('9');
@@ -26,10 +25,10 @@ int countOf(QString const& text) {
 QString numberInImage(HeadboardEeprom const& eeprom) {
     std::array<uint8_t, kRecordBuffer> record{};
     int32_t const size = EepromReadNth(eeprom, kRecordHeadboardId, nullptr, 0, record);
-    if (size < int32_t(kRecordHead))
+    if (size < kRecordHead)
         return {};
     auto const* const text = reinterpret_cast<char const*>(record.data()) + kRecordHead;
-    return QString::fromLocal8Bit(text, int(qstrnlen(text, uint(size) - kRecordHead)));
+    return QString::fromLocal8Bit(text, int(qstrnlen(text, uint(size - kRecordHead))));
 }
 
 int32_t replaceInImage(HeadboardEeprom const& eeprom, QByteArray const& number) {

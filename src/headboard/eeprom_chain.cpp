@@ -11,8 +11,6 @@ namespace {
 constexpr std::array<uint8_t, 4> kMagic = {'V', 'Y', 'E', 'E'};
 constexpr uint8_t kUsualVersion = 1;
 constexpr int32_t kHeaderSize = 5;
-constexpr int32_t kHeadSize = 3;
-constexpr uint8_t kErased = 0xFF;
 
 // The image's bytes from an offset on, at most `count`; fewer at its end.
 std::span<uint8_t const> bytesAt(HeadboardEeprom const& eeprom, int64_t offset, int64_t count) {
@@ -27,14 +25,14 @@ struct RecordHead {
     uint8_t type;
     int32_t length;
 
-    [[nodiscard]] int64_t size() const { return int64_t{length} + kHeadSize; }
+    [[nodiscard]] int64_t size() const { return int64_t{length} + kRecordHead; }
 };
 
 RecordHead loadHead(HeadboardEeprom const& eeprom, int64_t offset) {
     // Always all three bytes: the first may have come in behind a short record's name, the others not.
-    int32_t const status = HeadboardEepromLoad(eeprom, int32_t(offset), kHeadSize);
-    std::array<uint8_t, kHeadSize> head = {kErased, kErased, kErased};
-    std::span<uint8_t const> const bytes = bytesAt(eeprom, offset, kHeadSize);
+    int32_t const status = HeadboardEepromLoad(eeprom, int32_t(offset), kRecordHead);
+    std::array<uint8_t, kRecordHead> head = {kErased, kErased, kErased};
+    std::span<uint8_t const> const bytes = bytesAt(eeprom, offset, kRecordHead);
     std::copy(bytes.begin(), bytes.end(), head.begin());
     return {status, head[0], int32_t(getU16Be(head, 1))};
 }
@@ -63,7 +61,7 @@ int32_t matchName(HeadboardEeprom const& eeprom, int64_t offset, RecordHead cons
     int32_t const status = loadText(eeprom, offset, head);
     if (status != kEepromOk)
         return status;
-    std::string_view const found = recordName(head.type, bytesAt(eeprom, offset + kHeadSize, head.length));
+    std::string_view const found = recordName(head.type, bytesAt(eeprom, offset + kRecordHead, head.length));
     return equalWithoutCase(found, name) ? kEepromOk : kEepromNoRecord;
 }
 
@@ -241,7 +239,7 @@ std::string_view EepromRecordText(HeadboardEeprom eeprom, int32_t offset) {
         return {};
     if (loadText(eeprom, offset, head) != kEepromOk)
         return {};
-    std::span<uint8_t const> const payload = bytesAt(eeprom, offset + kHeadSize, head.length);
+    std::span<uint8_t const> const payload = bytesAt(eeprom, offset + kRecordHead, head.length);
     if (recordPayload(head.type) != RecordPayload::Text)
         return recordName(head.type, payload);
     std::string_view const text(reinterpret_cast<char const*>(payload.data()), payload.size());

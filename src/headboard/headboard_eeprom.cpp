@@ -1,4 +1,5 @@
 #include "headboard/headboard_eeprom.h"
+#include "headboard/record_format.h"
 
 #include "common/sensor.h"
 #include "headboard/eeprom_transport.h"
@@ -10,7 +11,6 @@
 
 namespace {
 
-constexpr uint8_t kErased = 0xFF;
 constexpr int32_t kSmallestImage = 8;
 constexpr int kLibraryNoAnswer = 12;
 

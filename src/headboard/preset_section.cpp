@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr int32_t kCapacityReserve = 64;
 constexpr size_t kLongestStateName = 79;
 
 // One form of line: "KEY = number,number,...". The meanings of the numbers are told by a letter each (i id,
@@ -197,7 +196,7 @@ int32_t EepromImportSection(HeadboardEeprom eeprom, char const* iniFileName, cha
     std::vector<std::string> const lines = readSection(iniFileName, sectionName);
     if (lines.empty())
         return kEepromFailed;
-    EepromRecord record = makeRegisterSet(type, eeprom->deviceSize - kCapacityReserve, sectionName);
+    EepromRecord record = makeRegisterSet(type, eeprom->deviceSize - kReservedBytes, sectionName);
     for (std::string const& line : lines) {
         int32_t const status = addPresetLine(eeprom, record, line);
         if (status != kEepromOk)

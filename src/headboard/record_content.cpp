@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr size_t kHeadSize = 3;
-constexpr size_t kNameField = 9;
 constexpr size_t kBlockHead = 3;
 constexpr uint8_t kNoBlock = 0xFF;
 constexpr int32_t kEntryReserve = 11; // of the capacity; an entry may still end beyond it
@@ -15,11 +13,11 @@ constexpr int32_t kLineReserve = 4;
 
 // What stands behind the name, of as many bytes as the record says and really has.
 std::span<uint8_t const> contentOf(std::span<uint8_t const> record) {
-    if (record.size() < kHeadSize + kNameField)
+    if (record.size() < kRecordHead + kRecordName)
         return {};
-    size_t const length = std::min<size_t>(getU16Be(record, 1), record.size() - kHeadSize);
-    return length < kNameField ? std::span<uint8_t const>()
-                               : record.subspan(kHeadSize + kNameField, length - kNameField);
+    size_t const length = std::min<size_t>(getU16Be(record, 1), record.size() - kRecordHead);
+    return length < kRecordName ? std::span<uint8_t const>()
+                                : record.subspan(kRecordHead + kRecordName, length - kRecordName);
 }
 
 // A block of entries in a record's content. A length that leads out of the content is cut.
@@ -42,7 +40,7 @@ Block blockAt(std::span<uint8_t const> content, size_t offset) {
 
 // The last block, or `kNoBlock` at the content's end; empty when the content is no list of blocks.
 std::optional<Block> lastBlock(EepromRecord const& record) {
-    if (record.payload().size() < kNameField)
+    if (record.payload().size() < kRecordName)
         return std::nullopt;
     std::span<uint8_t const> const content = contentOf(record.bytes());
     Block last = {0, kNoBlock, {}};
@@ -124,7 +122,7 @@ int32_t EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEnt
     EntryKind const kind = chooseEntryKind(entry, info);
     std::vector<uint8_t> added = encodeEntry(entry, kind, info);
     auto const entryBytes = uint32_t(added.size());
-    size_t lengthAt = kNameField + last->offset + 1;
+    size_t lengthAt = kRecordName + last->offset + 1;
     uint32_t blockLength = uint32_t(last->entries.size());
     if (last->kind != uint8_t(kind)) {
         lengthAt = record.payload().size() + 1;
@@ -157,7 +155,7 @@ int32_t EepromAddRegisterCurrent(HeadboardEeprom eeprom, EepromRecord& record, c
 }
 
 int32_t EepromAddLine(EepromRecord& record, std::string const& text) {
-    int64_t const needed = record.length() + int64_t(text.size()) + int64_t{kHeadSize};
+    int64_t const needed = record.length() + int64_t(text.size()) + kRecordHead;
     if (needed >= int64_t{record.capacity()} - kLineReserve)
         return kEepromNoRoom;
     auto const* const bytes = reinterpret_cast<uint8_t const*>(text.c_str());

@@ -10,10 +10,10 @@
 /// A byte that was never written, on the device and in a record.
 inline constexpr uint8_t kErased = 0xFF;
 /// Bytes before a record's payload: its type and its length.
-inline constexpr size_t kRecordHead = 3;
+inline constexpr int32_t kRecordHead = 3;
 /// Bytes of the name that a register set begins with.
-inline constexpr size_t kRecordName = 9;
-/// Bytes of the device that no record of registers may ask for.
+inline constexpr int32_t kRecordName = 9;
+/// Bytes of the device that a record of registers leaves free.
 inline constexpr int32_t kReservedBytes = 64;
 
 /// Numbers as the EEPROM holds them, most significant byte first. The caller has checked the range.
@@ -122,5 +122,6 @@ private:
 /// A record with an unset payload of `initialLength` bytes.
 [[nodiscard]] EepromRecord EepromNewRecord(uint8_t type, int32_t capacity, int32_t initialLength);
 
-/// A register set under a name (null: "DEFAULT"), as yet without entries.
+/// A register set under a name (null: "DEFAULT"), as yet without entries, of at most `capacity` bytes:
+/// what goes to a device leaves `kReservedBytes` of it free.
 [[nodiscard]] EepromRecord makeRegisterSet(uint8_t type, int32_t capacity, char const* name);

@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr int32_t kCapacityReserve = 64;
 constexpr uint32_t kAnyVariant = UINT32_MAX;
 
 struct EnablePair {
@@ -164,7 +163,7 @@ int32_t saveShadingRegisters(HeadboardEeprom eeprom, char const* name, SensorMod
     int32_t const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(kRecordPga, eeprom->deviceSize - kCapacityReserve, name);
+    EepromRecord record = makeRegisterSet(kRecordPga, eeprom->deviceSize - kReservedBytes, name);
     addBracketedTables(eeprom, record, fallback);
     addFixed(eeprom, record, kAfterEnable, modelOf(eeprom, fallback));
     return EepromReplaceRecord(eeprom, record);
@@ -174,7 +173,7 @@ int32_t saveCcmRegisters(HeadboardEeprom eeprom, char const* name) {
     int32_t const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom->deviceSize - kCapacityReserve, name);
+    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom->deviceSize - kReservedBytes, name);
     for (std::string const& reg : ccmRegisterNames())
         (void)EepromAddRegisterCurrent(eeprom, record, reg.c_str(), "");
     return EepromReplaceRecord(eeprom, record);

@@ -17,7 +17,6 @@ RecordStore::RecordStore(std::span<uint8_t const> image, vy_Camera* sensor)
     m_eeprom->deviceSize = int32_t(std::min(image.size(), size_t(m_eeprom->deviceSize)));
     std::span<uint8_t const> const store = image.first(size_t(m_eeprom->deviceSize));
     // One byte more than the store, so that an end mark can be put into the store's last one.
-    constexpr uint8_t kErased = 0xFF;
     m_eeprom->image.assign(store.size() + 1, kErased);
     // The plug-in never reads a device's last byte: an end mark is always there.
     m_lastByte = store.back();
