@@ -4,8 +4,8 @@
 
 #include "hardening/fuzz/fuzz_target.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_content.h"
 #include "headboard/record_format.h"
+#include "headboard/register_set.h"
 #include "tests/support/fake_headboard.h"
 #include "tests/support/input_reader.h"
 

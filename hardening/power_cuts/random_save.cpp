@@ -1,8 +1,8 @@
 #include "random_save.h"
 
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_content.h"
 #include "headboard/record_format.h"
+#include "headboard/register_set.h"
 #include "headboard_device.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "headboard/headboard_eeprom.h"
-#include "headboard/register_entry.h"
+#include "headboard/register_set.h"
 
 #include <string>
 #include <vector>

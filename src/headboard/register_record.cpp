@@ -2,9 +2,9 @@
 
 #include "common/sensor.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_content.h"
 #include "headboard/record_format.h"
 #include "headboard/register_names.h"
+#include "headboard/register_set.h"
 
 #include <algorithm>
 #include <string_view>

@@ -2,8 +2,8 @@
 
 #include "apga_page/white_balance_gains.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_content.h"
 #include "headboard/record_format.h"
+#include "headboard/register_set.h"
 
 namespace {
 

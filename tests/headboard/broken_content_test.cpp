@@ -1,5 +1,5 @@
-#include "headboard/record_content.h"
 #include "headboard/record_format.h"
+#include "headboard/register_set.h"
 #include "tests/headboard/headboard_fixture.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "headboard/preset_section.h"
 
-#include "headboard/record_content.h"
+#include "headboard/register_set.h"
 #include "tests/headboard/headboard_fixture.h"
 
 #include <QTemporaryDir>

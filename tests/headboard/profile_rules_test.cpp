@@ -1,9 +1,9 @@
 #include "common/pause.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_content.h"
 #include "headboard/record_format.h"
 #include "headboard/register_names.h"
 #include "headboard/register_record.h"
+#include "headboard/register_set.h"
 #include "tests/support/eeprom_access.h"
 #include "tests/support/linked_library.h"
 

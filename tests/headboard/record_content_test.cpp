@@ -1,4 +1,4 @@
-#include "headboard/record_content.h"
+#include "headboard/register_set.h"
 #include "tests/headboard/headboard_fixture.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "headboard/register_record.h"
 
-#include "headboard/record_content.h"
 #include "headboard/register_names.h"
+#include "headboard/register_set.h"
 #include "tests/headboard/headboard_fixture.h"
 
 #include <algorithm>

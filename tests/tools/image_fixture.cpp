@@ -1,8 +1,8 @@
 #include "tests/tools/image_fixture.h"
 
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_content.h"
 #include "headboard/record_format.h"
+#include "headboard/register_set.h"
 #include "tools/headboard-image/command_line.h"
 
 #include <QCoreApplication>

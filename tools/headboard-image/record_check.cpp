@@ -1,7 +1,7 @@
 #include "tools/headboard-image/record_check.h"
 
 #include "headboard/record_format.h"
-#include "headboard/register_entry.h"
+#include "headboard/register_set.h"
 #include "tools/headboard-image/entry_blocks.h"
 #include "tools/headboard-image/printed_text.h"
 

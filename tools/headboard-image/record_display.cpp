@@ -2,9 +2,8 @@
 
 #include "common/sensor.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_content.h"
 #include "headboard/record_format.h"
-#include "headboard/register_entry.h"
+#include "headboard/register_set.h"
 #include "tools/headboard-image/chain_check.h"
 #include "tools/headboard-image/entry_blocks.h"
 #include "tools/headboard-image/printed_text.h"
