@@ -3,7 +3,7 @@
 #include "calibration/display.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
-#include "headboard/time_stamp.h"
+#include "headboard/register_record.h"
 
 #include <optional>
 

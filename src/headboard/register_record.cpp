@@ -1,6 +1,7 @@
 #include "headboard/register_record.h"
 
 #include "common/sensor.h"
+#include "common/utc_clock.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 #include "headboard/register_names.h"
@@ -177,4 +178,12 @@ int32_t saveCcmRegisters(HeadboardEeprom eeprom, char const* name) {
     for (std::string const& reg : ccmRegisterNames())
         (void)EepromAddRegisterCurrent(eeprom, record, reg.c_str(), "");
     return EepromReplaceRecord(eeprom, record);
+}
+
+EepromRecord makeTimeStamp() {
+    std::string const text = currentUtcTime().toString(QStringLiteral("yyyy/MM/dd HH:mm:ss")).toStdString();
+    auto const length = int32_t(text.size() + 1);
+    EepromRecord record = EepromNewRecord(kRecordTimeStamp, length, length);
+    std::copy_n(text.c_str(), length, record.payload().begin());
+    return record;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "headboard/headboard_eeprom.h"
+#include "headboard/record_format.h"
 
 /// Kind and generation of a sensor.
 struct SensorModel {
@@ -19,3 +20,6 @@ struct SensorModel {
 
 /// The same for the colour-correction registers and the record "CCM"; nothing is switched.
 [[nodiscard]] int32_t saveCcmRegisters(HeadboardEeprom eeprom, char const* name);
+
+/// The record "Time Stamp" of the current UTC time, as text such as "2024/05/31 23:59:07" with its NUL.
+[[nodiscard]] EepromRecord makeTimeStamp();

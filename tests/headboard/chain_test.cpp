@@ -1,5 +1,5 @@
 #include "common/utc_clock.h"
-#include "headboard/time_stamp.h"
+#include "headboard/register_record.h"
 #include "tests/headboard/headboard_fixture.h"
 
 namespace {
