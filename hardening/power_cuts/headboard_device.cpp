@@ -1,7 +1,7 @@
 #include "headboard_device.h"
 
 #include "common/libraries.h"
-#include "common/pause.h"
+#include "common/system.h"
 
 #include <algorithm>
 #include <vector>

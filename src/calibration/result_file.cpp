@@ -1,8 +1,7 @@
 #include "calibration/result_file.h"
 
-#include "common/directory.h"
 #include "common/libraries.h"
-#include "common/local_text.h"
+#include "common/system.h"
 
 namespace {
 

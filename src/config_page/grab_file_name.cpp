@@ -1,6 +1,6 @@
 #include "config_page/grab_file_name.h"
 
-#include "common/local_text.h"
+#include "common/system.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "config_page/identification_bytes.h"
 
-#include "common/pause.h"
+#include "common/system.h"
 
 namespace {
 

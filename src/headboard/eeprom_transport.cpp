@@ -1,6 +1,6 @@
 #include "headboard/eeprom_transport.h"
 
-#include "common/pause.h"
+#include "common/system.h"
 
 #include <algorithm>
 #include <vector>

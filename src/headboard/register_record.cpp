@@ -1,7 +1,7 @@
 #include "headboard/register_record.h"
 
 #include "common/sensor.h"
-#include "common/utc_clock.h"
+#include "common/system.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 #include "headboard/register_names.h"

@@ -1,6 +1,6 @@
 #include "tests/calibration/pages.h"
 
-#include "common/utc_clock.h"
+#include "common/system.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 

@@ -1,5 +1,4 @@
-#include "common/pause.h"
-#include "common/utc_clock.h"
+#include "common/system.h"
 #include "simulator/camera/simulated_camera.h"
 #include "tests/calibration/pages.h"
 #include "tests/support/linked_library.h"

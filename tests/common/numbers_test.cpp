@@ -1,5 +1,5 @@
-#include "common/directory.h"
 #include "common/numbers.h"
+#include "common/system.h"
 
 #include <QDir>
 #include <gtest/gtest.h>

@@ -1,8 +1,7 @@
 // What the plug-in asks of Windows itself.
 
-#include "common/directory.h"
 #include "common/ini_section.h"
-#include "common/pause.h"
+#include "common/system.h"
 
 #include <QDir>
 #include <QFile>

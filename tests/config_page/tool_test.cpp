@@ -1,4 +1,4 @@
-#include "common/pause.h"
+#include "common/system.h"
 #include "config_page/config_state.h"
 #include "config_page/message_box.h"
 #include "tools/headboard-config/session.h"

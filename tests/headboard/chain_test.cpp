@@ -1,4 +1,4 @@
-#include "common/utc_clock.h"
+#include "common/system.h"
 #include "headboard/register_record.h"
 #include "tests/headboard/headboard_fixture.h"
 

@@ -1,4 +1,4 @@
-#include "common/pause.h"
+#include "common/system.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 #include "headboard/register_names.h"

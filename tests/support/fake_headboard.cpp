@@ -1,6 +1,6 @@
 #include "tests/support/fake_headboard.h"
 
-#include "common/pause.h"
+#include "common/system.h"
 #include "tests/support/fake_host.h"
 
 #include <bit>
