@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/shading_handle.h"
+#include "common/libraries.h"
 
 #include <QRect>
 #include <QString>

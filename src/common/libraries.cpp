@@ -199,3 +199,9 @@ void installVeyra2(Veyra2 const& table) {
 void installShadefit(Shadefit const& table) {
     installed<Shadefit> = completed(table);
 }
+
+ShadingHandle ownShadingHandle(sf_Handle* handle) {
+    if (!handle)
+        return nullptr;
+    return ShadingHandle(handle, [](sf_Handle* last) { shadefit().sf_Destroy(last); });
+}

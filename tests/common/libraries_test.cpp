@@ -1,7 +1,6 @@
 #include "common/host.h"
 #include "common/libraries.h"
 #include "common/sensor.h"
-#include "common/shading_handle.h"
 
 #include <gtest/gtest.h>
 #ifdef Q_OS_WIN
