@@ -1,7 +1,5 @@
 #include "pictures/lab.h"
 
-#include "pictures/fractional_power.h"
-
 namespace {
 
 // A frame's statistics convert several hundred colours.
@@ -28,4 +26,16 @@ Lab rgbToLab(double red, double green, double blue) {
     double const y = f((0.2126 * r + 0.7152 * g + 0.0722 * b) / 100.0);
     double const z = f((0.0193 * r + 0.1192 * g + 0.9505 * b) / 108.9);
     return {116 * y - 16, 500 * (x - y), 200 * (y - z)};
+}
+
+FractionalPower::FractionalPower(double exponent) : m_exponent(exponent) {
+    double coefficient = 1;
+    for (size_t k = 0; k < m_coefficients.size(); ++k) {
+        coefficient *= (exponent - double(k)) / double(k + 1);
+        m_coefficients[k] = coefficient;
+    }
+    for (size_t i = 0; i < m_nodes.size(); ++i) {
+        double const node = nodeAt(kFirst + i);
+        m_nodes[i] = {std::pow(node, exponent), 1 / node};
+    }
 }

@@ -1,4 +1,4 @@
-#include "pictures/fractional_power.h"
+#include "pictures/lab.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
