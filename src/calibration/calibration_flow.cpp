@@ -9,7 +9,6 @@
 #include "calibration/settings.h"
 #include "common/numbers.h"
 #include "hoststate/pipeline.h"
-#include "hoststate/presets.h"
 
 #include <QScopeGuard>
 #include <QScopedValueRollback>

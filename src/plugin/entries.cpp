@@ -4,7 +4,7 @@
 #include "common/guarded.h"
 #include "common/host.h"
 #include "common/ini_section.h"
-#include "hoststate/presets.h"
+#include "hoststate/pipeline.h"
 #include "lsc_page/lens_assist.h"
 #include "plugin/config_page_link.h"
 #include "wizard/wizard.h"

@@ -1,6 +1,5 @@
 #include "hoststate/pipeline.h"
 
-#include "hoststate/presets.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_libraries.h"
 
