@@ -1,5 +1,5 @@
 #include "benchmarks/benchmarks.h"
-#include "calibration/register_list.h"
+#include "calibration/solver_input.h"
 
 #include <benchmark/benchmark.h>
 

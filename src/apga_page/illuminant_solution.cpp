@@ -1,7 +1,7 @@
 #include "apga_page/illuminant_solution.h"
 
-#include "calibration/library_input.h"
 #include "calibration/settings.h"
+#include "calibration/solver_input.h"
 #include "common/libraries.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include "calibration/eeprom_step.h"
 #include "calibration/folder_chooser.h"
 #include "calibration/frame_steps.h"
-#include "calibration/register_list.h"
 #include "calibration/result_file.h"
 #include "calibration/settings.h"
+#include "calibration/solver_input.h"
 #include "common/numbers.h"
 #include "hoststate/pipeline.h"
 

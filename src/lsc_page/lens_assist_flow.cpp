@@ -3,9 +3,8 @@
 #include "calibration/display.h"
 #include "calibration/eeprom_step.h"
 #include "calibration/frame_steps.h"
-#include "calibration/library_input.h"
-#include "calibration/register_list.h"
 #include "calibration/settings.h"
+#include "calibration/solver_input.h"
 #include "common/libraries.h"
 #include "headboard/register_record.h"
 

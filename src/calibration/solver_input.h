@@ -1,11 +1,13 @@
 #pragma once
 
 #include "calibration/page_core.h"
-
 #include "pictures/frame.h"
 #include "published/shadefit.h"
 
+#include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 /// An image for the calibration library: rows from the top without gaps, in the library's 8-bit or 16-bit
 /// form.
@@ -51,3 +53,12 @@ struct BayerCoding {
 /// Hands an image to the library, with the Bayer phase and orientation, or the YCbCr coding, that the host's
 /// state variables tell. Returns the library's answer: 0 = refused.
 [[nodiscard]] int handOver(Host const& host, ShadingHandle const& handle, LibraryImage const& image);
+
+/// The registers of a calibration's solution, copied from the library. Empty when it has none: no list, or a
+/// list that promises entries and has no pointer to them. A negative count is no entries.
+[[nodiscard]] std::optional<std::vector<sf_RegEntry>> dumpRegisterList(ShadingHandle const& handle);
+
+/// Writes the entries into the sensor through the host, in order, as long as `goOn` answers true after each:
+/// the page may be reset or deleted from inside a write. False when it did not write all.
+[[nodiscard]] bool writeRegisterList(Host const& host, std::vector<sf_RegEntry> const& entries,
+                                     std::function<bool()> const& goOn);
