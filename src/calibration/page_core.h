@@ -1,7 +1,7 @@
 #pragma once
 
-#include "calibration/page_state.h"
 #include "calibration/page_widgets.h"
+#include "calibration/view.h"
 #include "common/host.h"
 #include "common/sensor.h"
 #include "headboard/headboard_eeprom.h"

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "calibration/enabling.h"
-#include "calibration/step_status.h"
+#include "calibration/view.h"
 #include "wizard/page_surface.h"
 
 #include <QComboBox>

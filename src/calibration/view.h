@@ -1,10 +1,12 @@
 #pragma once
 
 #include "common/libraries.h"
+#include "wizard/bullets.h"
 
 #include <QRect>
 #include <QString>
 #include <cstdint>
+#include <optional>
 
 /// State of a calibration step; 5 and 6 are the two failures that the step's status text tells apart.
 enum StepState : uint32_t {
@@ -69,3 +71,33 @@ struct PageState {
     int32_t settleFrames = 0;    ///< frames to let pass before the colour balance looks at one
     QRect worstBlock;            ///< block of the worst colour deviation, right and bottom exclusive
 };
+
+/// What a step shows: its status text and bullet, and while it runs its progress in place of the text.
+struct StepStatus {
+    QString text;
+    Bullet bullet = Bullet::Gray;
+    std::optional<int> progress; ///< per cent, while a progress bar covers the text
+};
+
+/// What the steps that both pages share show.
+[[nodiscard]] StepStatus setupStatus(PageState const& state);
+[[nodiscard]] StepStatus exposureStatus(PageState const& state);
+[[nodiscard]] StepStatus colourBalanceStatus(PageState const& state);
+[[nodiscard]] StepStatus calibrationStatus(PageState const& state);
+[[nodiscard]] StepStatus uniformityStatus(PageState const& state);
+/// Shows `savedPath` as it stands: the page cuts it to the bare file name first.
+[[nodiscard]] StepStatus fileStatus(PageState const& state);
+[[nodiscard]] StepStatus eepromStatus(PageState const& state);
+
+/// Which of the widgets that both pages share accept input.
+struct Enabling {
+    bool runAll = false;     ///< the Run All button
+    bool setup = false;      ///< the setup button
+    bool adjust = false;     ///< exposure, colour balance, calibration, uniformity, directory and its chooser
+    bool parameters = false; ///< falloff and EEPROM label with their captions
+    bool fileSave = false;   ///< the save-to-file button
+    bool eepromSave = false; ///< the save-to-EEPROM button
+    bool eepromSaveStatus = false; ///< the EEPROM status text
+};
+
+[[nodiscard]] Enabling enablingOf(PageState const& state);
