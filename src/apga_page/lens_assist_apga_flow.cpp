@@ -2,8 +2,8 @@
 
 #include "apga_page/white_balance_gains.h"
 #include "calibration/display.h"
-#include "calibration/eeprom_step.h"
 #include "calibration/frame_steps.h"
+#include "calibration/saving.h"
 #include "calibration/settings.h"
 #include "calibration/solver_input.h"
 #include "common/libraries.h"

@@ -1,10 +1,9 @@
 #include "calibration/calibration_flow.h"
 
 #include "calibration/display.h"
-#include "calibration/eeprom_step.h"
 #include "calibration/folder_chooser.h"
 #include "calibration/frame_steps.h"
-#include "calibration/result_file.h"
+#include "calibration/saving.h"
 #include "calibration/settings.h"
 #include "calibration/solver_input.h"
 #include "common/numbers.h"

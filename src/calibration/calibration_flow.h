@@ -1,7 +1,7 @@
 #pragma once
 
 #include "calibration/page_core.h"
-#include "calibration/result_file.h"
+#include "calibration/saving.h"
 #include "pictures/frame.h"
 
 #include <functional>

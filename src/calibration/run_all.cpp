@@ -1,7 +1,7 @@
 #include "calibration/calibration_flow.h"
 
 #include "calibration/display.h"
-#include "calibration/eeprom_step.h"
+#include "calibration/saving.h"
 
 namespace {
 

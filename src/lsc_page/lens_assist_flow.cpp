@@ -1,8 +1,8 @@
 #include "lsc_page/lens_assist_flow.h"
 
 #include "calibration/display.h"
-#include "calibration/eeprom_step.h"
 #include "calibration/frame_steps.h"
+#include "calibration/saving.h"
 #include "calibration/settings.h"
 #include "calibration/solver_input.h"
 #include "common/libraries.h"

@@ -1,6 +1,6 @@
 #include "tests/calibration/pages.h"
 
-#include "calibration/result_file.h"
+#include "calibration/saving.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 // Texts in a code page whose letters take two bytes, some of them with the byte of "\" as the second.
 
-#include "calibration/result_file.h"
+#include "calibration/saving.h"
 #include "common/system.h"
 #include "config_page/grab_file_name.h"
 
