@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apga_page/captured_frames.h"
+#include "apga_page/capture_rows.h"
 #include "calibration/page_core.h"
 
 /// Which of the library's two calculations a sensor needs. Neither, when neither is set.

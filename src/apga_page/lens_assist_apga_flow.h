@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apga_page/capture_display.h"
+#include "apga_page/capture_rows.h"
 #include "apga_page/illuminant_solution.h"
 #include "calibration/calibration_flow.h"
 

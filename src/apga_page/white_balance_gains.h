@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apga_page/captured_frames.h"
+#include "apga_page/capture_rows.h"
 #include "common/host.h"
 #include "headboard/headboard_eeprom.h"
 

@@ -1,10 +1,27 @@
-#include "apga_page/capture_display.h"
+#include "apga_page/capture_rows.h"
 
 #include "common/numbers.h"
 
 #include <QCoreApplication>
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <stdexcept>
 
 namespace {
+
+// Zeros for `elements` samples, with the frame's bytes at the start; null when there is no memory.
+CapturedSamples copyOf(Frame const& frame, int64_t bytes, size_t elements) {
+    try {
+        auto samples = std::make_shared<std::vector<uint16_t>>(elements);
+        std::memcpy(samples->data(), frame.data, size_t(bytes));
+        return samples;
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    } catch (std::length_error const&) {
+        return nullptr;
+    }
+}
 
 QString translated(char const* text) {
     return QCoreApplication::translate("LensAssistApga", text);
@@ -42,6 +59,37 @@ Bullet bulletOf(uint32_t captureState) {
 }
 
 } // namespace
+
+CaptureRow* CapturedFrames::capturing() {
+    auto const row = std::ranges::find(m_rows, uint32_t{kCapturing}, &CaptureRow::state);
+    return row == m_rows.end() ? nullptr : &*row;
+}
+
+bool CapturedFrames::haveAllFrames() const {
+    return std::ranges::all_of(m_rows, [](CaptureRow const& row) { return row.samples != nullptr; });
+}
+
+void CapturedFrames::capture(CaptureRow& row, Frame const& frame, size_t imagePixels) {
+    int64_t const bytes = int64_t{frame.height} * frame.pitch;
+    if (!frame.data || frame.height <= 0 ||
+        bytes <= 0) // two negatives would tell a size, but not where it begins
+        return;
+    if (m_frameBytes < bytes) {
+        for (CaptureRow& each : m_rows)
+            each.samples = nullptr;
+        m_frameBytes = bytes;
+    }
+    // The size is told in bytes and taken as a number of 16-bit samples, so half of a buffer is room.
+    row.samples = copyOf(frame, bytes, std::max(size_t(m_frameBytes), imagePixels));
+    if (!row.samples) {
+        row.state = kCaptureFailed;
+        return;
+    }
+    row.width = frame.width;
+    row.height = frame.height;
+    row.progress = 100;
+    row.state = kCaptured;
+}
 
 void CaptureDisplay::show(CapturedFrames const& captured, Wizard const* wizard) {
     for (size_t i = 0; i < kIlluminants; ++i) {
