@@ -1,8 +1,7 @@
 #pragma once
 
 #include "common/host.h"
-#include "config_page/config_state.h"
-#include "config_page/config_widgets.h"
+#include "config_page/config_display.h"
 #include "headboard/headboard_eeprom.h"
 #include "wizard/page_scopes.h"
 

@@ -1,10 +1,31 @@
 #pragma once
 
-#include "config_page/config_state.h"
+#include "config_page/identification.h"
 #include "wizard/bullets.h"
+#include "wizard/page_surface.h"
 
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QString>
+#include <array>
 #include <cstdint>
+#include <optional>
+
+/// What the configuration page knows. Plain data: status texts and enabling are functions of it.
+struct ConfigState {
+    enum EepromState : uint32_t { EepromUnknown = 0, EepromPresent = 4, EepromAbsent = 5, EepromError = 6 };
+    enum SerialState : uint32_t { SerialUnknown = 0, SerialEdited = 1, SerialSaved = 4, SerialEmpty = 5 };
+
+    uint32_t updateDepth =
+        0; ///< nesting of widget updates from code; change handlers ignore signals meanwhile
+    uint32_t eepromState = EepromUnknown;
+    uint32_t serialState = SerialUnknown;
+    bool combosDirty = false; ///< a list was changed by the user and not applied since
+    QMessageBox::Icon messageBoxIcon = QMessageBox::NoIcon;           ///< of the erase question
+    std::array<QString, kIdentificationFields.size()> identification; ///< bytes as last read, as text
+};
 
 /// What stands beside a step: its text and its bullet.
 struct ConfigStatus {
@@ -31,3 +52,59 @@ struct ConfigEnabling {
 };
 
 [[nodiscard]] ConfigEnabling configEnabling(ConfigState const& state, RecordSpace const& space);
+
+/// The configuration page's widgets. Reading a list that is gone gives no code.
+class ConfigWidgets : public PageSurface {
+public:
+    /// Takes the widgets from the page's generated form.
+    template <typename Form>
+    void bind(QDialog* pageDialog, Form const& form, Wizard* bulletOwner) {
+        page = pageDialog;
+        wizard = bulletOwner;
+        EEPROM_Bullet = form.EEPROM_Bullet;
+        EEPROM_Status = form.EEPROM_Status;
+        EEPROM_Test = form.EEPROM_Test;
+        EEPROM_Erase = form.EEPROM_Erase;
+        boxes = {form.PN_Box, form.IF_Box, form.MI_Box, form.SP_Box};
+        combos = {form.PN_Combo, form.IF_Combo, form.MI_Combo, form.SP_Combo};
+        SN = form.SN;
+        SN_Bullet = form.SN_Bullet;
+        SN_Status = form.SN_Status;
+        SN_RegStatus = form.SN_RegStatus;
+        setGrabFileName = form.setGrabFileName;
+        Apply = form.Apply;
+        Doc_UserGuide = form.Doc_UserGuide;
+    }
+
+    [[nodiscard]] QString serialNumber() const;
+    /// What the user selected; none in an empty list or when the stored byte is in none of its rows.
+    [[nodiscard]] std::optional<uint8_t> selectedCode(Identification field) const;
+
+    /// Fills all lists but the interfaces, with nothing selected.
+    void fillCombos();
+    /// Fills the list of interfaces anew when the selected part number has others: the selected code stays
+    /// when the new list has it, else it becomes the unspecified one.
+    void fitInterfaces();
+    /// Selects the row of a code, or none.
+    void select(Identification field, uint32_t code);
+    void showSerialNumber(QString const& number);
+    void showFormatMessage(QString const& text);
+    void show(ConfigStatus const& eeprom, ConfigStatus const& serial);
+    void apply(ConfigEnabling const& enabling);
+    /// Paints both statuses, before a call that may take long.
+    void paintStatusAtOnce() const;
+
+    QPointer<QLabel> EEPROM_Bullet, EEPROM_Status;
+    QPointer<QPushButton> EEPROM_Test, EEPROM_Erase;
+    std::array<QPointer<QLabel>, 4> boxes;     ///< by `Identification`
+    std::array<QPointer<QComboBox>, 4> combos; ///< by `Identification`
+    QPointer<QLineEdit> SN;
+    QPointer<QLabel> SN_Bullet, SN_Status, SN_RegStatus;
+    QPointer<QPushButton> setGrabFileName, Apply, Doc_UserGuide;
+
+private:
+    [[nodiscard]] QComboBox* combo(Identification field) const { return combos[size_t(field)]; }
+    void fillInterfaces(InterfaceFamily family);
+
+    std::optional<InterfaceFamily> m_shownInterfaces;
+};

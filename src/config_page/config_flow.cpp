@@ -3,7 +3,6 @@
 #include "common/sensor.h"
 #include "config_page/config_display.h"
 #include "config_page/document_opener.h"
-#include "config_page/grab_file_name.h"
 #include "config_page/message_box.h"
 #include "config_page/serial_number.h"
 #include "config_page/user_guide.h"

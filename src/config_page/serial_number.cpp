@@ -1,5 +1,6 @@
 #include "config_page/serial_number.h"
 
+#include "common/system.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 
@@ -45,6 +46,14 @@ int32_t replaceInImage(HeadboardEeprom const& eeprom, QByteArray const& number) 
     return fits ? EepromReplaceRecord(eeprom, record) : int32_t(kEepromNoRoom);
 }
 
+int lastOf(char separator, QByteArray const& path) {
+    int last = -1;
+    for (int i = 0; i < path.size(); i += beginsTwoByteLetter(path[i]) ? 2 : 1)
+        if (path[i] == separator)
+            last = i;
+    return last;
+}
+
 } // namespace
 
 bool isSerialNumber(QString const& text) {
@@ -77,4 +86,11 @@ void storeSerialNumber(ConfigCore& core, QString const& number) {
     bool const isInImage = numberInImage(eeprom) == number;
     if (core.alive && (isInImage || replaceInImage(eeprom, number.toLocal8Bit()) == kEepromOk))
         flushChanges(core, eeprom);
+}
+
+QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumber) {
+    int separator = lastOf('/', present);
+    if (separator < 0)
+        separator = lastOf('\\', present);
+    return present.left(separator + 1) + serialNumber + '_'; // none: the number alone
 }

@@ -2,6 +2,7 @@
 
 #include "config_page/config_core.h"
 
+#include <QByteArray>
 #include <QString>
 #include <optional>
 
@@ -23,3 +24,7 @@
 /// Puts a number in the place of the stored one, in the device too; whether that succeeded is seen by reading
 /// it again.
 void storeSerialNumber(ConfigCore& core, QString const& number);
+
+/// The host's file name for grabbed pictures with a serial number in the place of its last part: the folder
+/// stays, and the host goes on behind the "_". Texts are local 8-bit.
+[[nodiscard]] QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumber);

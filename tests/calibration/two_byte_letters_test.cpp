@@ -2,7 +2,7 @@
 
 #include "calibration/saving.h"
 #include "common/system.h"
-#include "config_page/grab_file_name.h"
+#include "config_page/serial_number.h"
 
 #include <QDir>
 #include <QTemporaryDir>

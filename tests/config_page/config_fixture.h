@@ -1,7 +1,7 @@
 #pragma once
 
 #include "config_page/config.h"
-#include "config_page/config_state.h"
+#include "config_page/config_display.h"
 #include "config_page/message_box.h"
 #include "tests/support/fake_bus_services.h"
 #include "tests/support/fake_libraries.h"

@@ -1,6 +1,5 @@
 #include "config_page/config_display.h"
-#include "config_page/grab_file_name.h"
-#include "config_page/product_lists.h"
+#include "config_page/identification.h"
 #include "config_page/serial_number.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "common/system.h"
-#include "config_page/config_state.h"
+#include "config_page/config_display.h"
 #include "config_page/message_box.h"
 #include "tools/headboard-config/session.h"
 

@@ -2,7 +2,7 @@
 
 #include "calibration/calibration_page.h"
 #include "config_page/config.h"
-#include "config_page/config_state.h"
+#include "config_page/config_display.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 #include "plugin/config_page_link.h"
