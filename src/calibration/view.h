@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/libraries.h"
-#include "wizard/bullets.h"
+#include "wizard/page_surface.h"
 
 #include <QRect>
 #include <QString>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "config_page/identification.h"
-#include "wizard/bullets.h"
 #include "wizard/page_surface.h"
 
 #include <QComboBox>

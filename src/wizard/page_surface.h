@@ -1,12 +1,34 @@
 #pragma once
 
-#include "wizard/bullets.h"
+#include "wizard/wizard.h"
 
 #include <QDialog>
 #include <QLabel>
 #include <QLayout>
 #include <QPointer>
 #include <initializer_list>
+
+/// Colour of a step's status bullet.
+enum class Bullet { Gray, Blue, Green, Yellow, Red };
+
+/// The wizard's picture of a bullet; a null pixmap when there is no wizard.
+[[nodiscard]] inline QPixmap bulletPixmap(Wizard const* wizard, Bullet bullet) {
+    if (!wizard)
+        return {};
+    switch (bullet) {
+    case Bullet::Gray:
+        break;
+    case Bullet::Blue:
+        return wizard->pixBlue;
+    case Bullet::Green:
+        return wizard->pixGreen;
+    case Bullet::Yellow:
+        return wizard->pixYellow;
+    case Bullet::Red:
+        return wizard->pixRed;
+    }
+    return wizard->pixGray;
+}
 
 /// What a page is shown on, without its own widgets: they are derived, under their object names, as one
 /// surface to read from and to show on. All pointers are guarded and borrowed: what is gone is not touched,

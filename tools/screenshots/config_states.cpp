@@ -5,7 +5,7 @@
 #include "tests/support/fake_bus_services.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_libraries.h"
-#include "wizard/bullets.h"
+#include "wizard/page_surface.h"
 
 #include <QApplication>
 #include <QComboBox>
