@@ -1,13 +1,13 @@
 #include "calibration/calibration_flow.h"
 
 #include "calibration/display.h"
-#include "calibration/folder_chooser.h"
 #include "calibration/frame_steps.h"
 #include "calibration/saving.h"
 #include "calibration/settings.h"
 #include "calibration/solver_input.h"
 #include "common/numbers.h"
 #include "hoststate/pipeline.h"
+#include "wizard/dialogs.h"
 
 #include <QScopeGuard>
 #include <QScopedValueRollback>

@@ -2,11 +2,10 @@
 
 #include "common/sensor.h"
 #include "config_page/config_display.h"
-#include "config_page/document_opener.h"
-#include "config_page/message_box.h"
 #include "config_page/serial_number.h"
 #include "config_page/user_guide.h"
 #include "headboard/eeprom_chain.h"
+#include "wizard/dialogs.h"
 
 #include <QCoreApplication>
 #include <QScopedValueRollback>

@@ -1,7 +1,7 @@
 #include "tests/calibration/pages.h"
 
-#include "calibration/folder_chooser.h"
 #include "common/version.h"
+#include "wizard/dialogs.h"
 
 #include <QApplication>
 #include <QKeyEvent>

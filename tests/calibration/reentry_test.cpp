@@ -1,6 +1,6 @@
 #include "tests/calibration/pages.h"
 
-#include "calibration/folder_chooser.h"
+#include "wizard/dialogs.h"
 
 #include <iostream>
 

@@ -2,10 +2,10 @@
 
 #include "config_page/config.h"
 #include "config_page/config_display.h"
-#include "config_page/message_box.h"
 #include "tests/support/fake_bus_services.h"
 #include "tests/support/fake_libraries.h"
 #include "tests/support/page_under_test.h"
+#include "wizard/dialogs.h"
 #include "wizard/wizard.h"
 
 #include <QComboBox>

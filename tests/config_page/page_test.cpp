@@ -1,6 +1,6 @@
 #include "common/version.h"
-#include "config_page/document_opener.h"
 #include "tests/config_page/config_fixture.h"
+#include "wizard/dialogs.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>

@@ -1,6 +1,6 @@
-#include "config_page/document_opener.h"
 #include "headboard/eeprom_chain.h"
 #include "tests/config_page/config_fixture.h"
+#include "wizard/dialogs.h"
 
 #include <functional>
 #include <iostream>

@@ -1,7 +1,7 @@
 #include "common/system.h"
 #include "config_page/config_display.h"
-#include "config_page/message_box.h"
 #include "tools/headboard-config/session.h"
+#include "wizard/dialogs.h"
 
 #include <QComboBox>
 #include <QDir>

@@ -1,10 +1,10 @@
 #include "tests/support/dialog_session.h"
 
 #include "apga_page/lens_assist_apga.h"
-#include "calibration/folder_chooser.h"
 #include "lsc_page/lens_assist.h"
 #include "plugin/instance.h"
 #include "tests/support/must_hold.h"
+#include "wizard/dialogs.h"
 
 #include <QApplication>
 #include <QComboBox>
