@@ -2,6 +2,7 @@
 
 #include "common/version.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -161,4 +162,14 @@ void CalibrationPage::OnBnClickedEnableLC() {
 }
 void CalibrationPage::OnUpdateStatus() {
     run(&CalibrationFlow::updateDisplay);
+}
+
+void tellSerialNumberEdited(std::span<CalibrationPage* const> pages, bool isEmpty) {
+    bool const allReady = std::ranges::all_of(
+        pages, [](CalibrationPage const* page) { return !page || page->state().fileState == kReady; });
+    if (!isEmpty && allReady)
+        return;
+    for (CalibrationPage* const page : pages)
+        if (page)
+            page->setFileState(isEmpty ? kFailed : kNotEvaluated);
 }

@@ -1,7 +1,7 @@
 #include "plugin/config_page_link.h"
 
 #include "apga_page/lens_assist_apga.h"
-#include "calibration/serial_number_edits.h"
+#include "calibration/calibration_page.h"
 #include "config_page/config.h"
 #include "lsc_page/lens_assist.h"
 #include "plugin/instance.h"

@@ -1,4 +1,4 @@
-#include "calibration/serial_number_edits.h"
+#include "calibration/calibration_page.h"
 
 #include "lsc_page/lens_assist.h"
 #include "tests/support/fake_host.h"
