@@ -6,7 +6,6 @@
 #include "common/ini_section.h"
 #include "hoststate/pipeline.h"
 #include "lsc_page/lens_assist.h"
-#include "plugin/config_page_link.h"
 #include "wizard/wizard.h"
 
 #include <QApplication>

@@ -1,12 +1,14 @@
 #include "plugin/instance.h"
 
 #include "apga_page/lens_assist_apga.h"
+#include "calibration/calibration_page.h"
 #include "config_page/config.h"
 #include "headboard/headboard_eeprom.h"
 #include "lsc_page/lens_assist.h"
 #include "wizard/wizard.h"
 
 #include <QCoreApplication>
+#include <array>
 #include <utility>
 
 #ifdef _WIN32
@@ -104,4 +106,34 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
 
 bool isLibraryBeingUnloaded() {
     return unloading;
+}
+
+SerialNumber serialNumberOfConfigPage() {
+    return {.store =
+                [] {
+                    if (Config* const page = kestraMfr().g_configPage)
+                        page->applySerialNumber();
+                },
+            .isMissing =
+                [] {
+                    Config const* const page = kestraMfr().g_configPage;
+                    return page && page->serialNumber().isEmpty();
+                }};
+}
+
+Config* makeConfigPage(SensorRecord const& sensor, HostServices const& services) {
+    KestraMfr& kestra = kestraMfr();
+    auto const tellCalibrationPages = [](bool isEmpty) {
+        std::array<CalibrationPage*, 2> const pages = {kestraMfr().g_lensAssist,
+                                                       kestraMfr().g_lensAssistApga};
+        tellSerialNumberEdited(pages, isEmpty);
+    };
+    auto* const page = new Config(kestra.g_parentWidget, sensor, &services, kestra.g_headboardEeprom,
+                                  kestra.g_wizard, tellCalibrationPages);
+    kestra.g_configPage = page;
+    QObject::connect(page, &QObject::destroyed, [page] {
+        if (kestraMfr().g_configPage == page)
+            kestraMfr().g_configPage = nullptr;
+    });
+    return page;
 }

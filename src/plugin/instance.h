@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calibration/page_core.h"
 #include "published/entries.h"
 
 /// The one instance.
@@ -9,3 +10,14 @@
 /// true only inside the destructors of static objects. In the latter case nothing of Qt may be touched any
 /// more.
 [[nodiscard]] bool isLibraryBeingUnloaded();
+
+class Config;
+
+/// What the calibration pages ask of the configuration page. The instance is looked at in each call: without
+/// such a page no number is missing and none is stored.
+[[nodiscard]] SerialNumber serialNumberOfConfigPage();
+
+/// Makes the configuration page, for a dialog that shows one; this build's does not. It becomes
+/// `g_configPage`, until someone deletes it, and its edits reset the file step of the calibration pages. Its
+/// parent is the host's widget; the caller puts it into a tab and then lets it initialise.
+Config* makeConfigPage(SensorRecord const& sensor, HostServices const& services);

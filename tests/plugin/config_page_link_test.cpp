@@ -5,7 +5,6 @@
 #include "config_page/config_display.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
-#include "plugin/config_page_link.h"
 #include "plugin/instance.h"
 #include "tests/support/dialog_session.h"
 
