@@ -1,13 +1,14 @@
 #include "config_page/config_flow.h"
 
+#include "common/libraries.h"
 #include "common/sensor.h"
 #include "config_page/config_display.h"
 #include "config_page/serial_number.h"
-#include "config_page/user_guide.h"
 #include "headboard/eeprom_chain.h"
 #include "wizard/dialogs.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QScopedValueRollback>
 #include <utility>
 
@@ -310,4 +311,15 @@ void ConfigFlow::refreshDisplays() {
     m_core.widgets.show(eepromStatus(m_core.state.eepromState, space, eeprom->deviceAddress),
                         serialStatus(m_core.state.serialState));
     m_core.widgets.apply(configEnabling(m_core.state, space));
+}
+
+QString userGuidePath() {
+    QString const home = QFile::decodeName(veyra2().vy_Home()); // null gives an empty text
+    // Two slashes each: so the path is shown to the user when it cannot be opened.
+    return (home.isEmpty() ? QCoreApplication::applicationDirPath() : home) +
+           QStringLiteral("//doc//User Guides//Manufacturing Settings Tool User Guide.pdf");
+}
+
+QUrl userGuideUrl(QString const& path) {
+    return QUrl(QStringLiteral("file:///") + QString::fromLatin1(QUrl::toPercentEncoding(path, "/:")));
 }

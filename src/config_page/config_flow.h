@@ -2,6 +2,9 @@
 
 #include "config_page/config_core.h"
 
+#include <QString>
+#include <QUrl>
+
 /// What the configuration page does. Page and running routines share it: every routine may be the one inside
 /// which the page goes away, and then does nothing more.
 class ConfigFlow {
@@ -39,3 +42,10 @@ private:
 
     ConfigCore m_core;
 };
+
+/// Where the host's folder has the user guide. The folder is what the sensor-access library calls its home,
+/// or, where it tells none, that of the running program.
+[[nodiscard]] QString userGuidePath();
+
+/// The path as the desktop takes it; signs that mean something in an address stay a part of the name.
+[[nodiscard]] QUrl userGuideUrl(QString const& path);
