@@ -1,11 +1,11 @@
 #include "plugin/instance.h"
 
 #include "apga_page/lens_assist_apga.h"
-#include "common/guarded.h"
 #include "common/host.h"
 #include "common/ini_section.h"
 #include "hoststate/pipeline.h"
 #include "lsc_page/lens_assist.h"
+#include "wizard/page_scopes.h"
 #include "wizard/wizard.h"
 
 #include <QApplication>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "common/guarded.h"
-
 #include <QPointer>
 #include <QWidget>
+#include <QtDebug>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 
@@ -48,4 +48,19 @@ private:
 template <typename Flow, typename Step, typename... Arguments>
 bool runStep(std::shared_ptr<Flow> flow, Step step, Arguments const&... arguments) noexcept {
     return guarded("a step of the page", [&] { std::invoke(step, *flow, arguments...); });
+}
+
+/// Runs a call and lets nothing that it throws out; the cause is told under `name`. False when the call was
+/// cut short.
+template <typename Call>
+bool guarded(char const* name, Call call) noexcept {
+    try {
+        call();
+        return true;
+    } catch (std::exception const& error) {
+        qWarning("KestraMfr: %s: %s", name, error.what());
+    } catch (...) {
+        qWarning("KestraMfr: %s: unknown error", name);
+    }
+    return false;
 }
