@@ -38,7 +38,7 @@ void HeadboardDevice::restorePower() {
 }
 
 void HeadboardDevice::install() {
-    installPause([](std::chrono::milliseconds duration) { threadClock->advance(duration); });
+    pauseFor.replace([](std::chrono::milliseconds duration) { threadClock->advance(duration); });
     Veyra2 library;
     library.vy_setMode = [](vy_Camera*, uint32_t, uint32_t) { return 0; };
     library.vy_readRegisters = [](vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,

@@ -10,22 +10,12 @@
 
 namespace {
 
-std::function<void(std::chrono::milliseconds)>& installedPause() {
-    static std::function<void(std::chrono::milliseconds)> pause;
-    return pause;
-}
-
 // A system's sleep may end early, and a device does not answer before its write cycle is over.
 void sleepAtLeast(std::chrono::milliseconds duration) {
     using Clock = std::chrono::steady_clock;
     Clock::time_point const end = Clock::now() + duration;
     for (auto now = Clock::now(); now < end; now = Clock::now())
         std::this_thread::sleep_for(std::chrono::ceil<std::chrono::milliseconds>(end - now));
-}
-
-std::function<QDateTime()>& installedClock() {
-    static std::function<QDateTime()> clock;
-    return clock;
 }
 
 } // namespace
@@ -50,22 +40,6 @@ bool beginsTwoByteLetter([[maybe_unused]] char byte) {
 #endif
 }
 
-void pauseFor(std::chrono::milliseconds duration) {
-    if (auto const& pause = installedPause())
-        pause(duration);
-    else
-        sleepAtLeast(duration);
-}
+Replaceable<void(std::chrono::milliseconds)> pauseFor(sleepAtLeast);
 
-void installPause(std::function<void(std::chrono::milliseconds)> pause) {
-    installedPause() = std::move(pause);
-}
-
-QDateTime currentUtcTime() {
-    auto const& clock = installedClock();
-    return clock ? clock() : QDateTime::currentDateTimeUtc();
-}
-
-void installUtcClock(std::function<QDateTime()> clock) {
-    installedClock() = std::move(clock);
-}
+Replaceable<QDateTime()> currentUtcTime(QDateTime::currentDateTimeUtc);

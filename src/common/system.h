@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <chrono>
 #include <functional>
+#include <utility>
 
 /// Whether a path, in the local 8-bit encoding, names an existing directory. An empty path does not.
 [[nodiscard]] bool directoryExists(QByteArray const& path);
@@ -13,15 +14,27 @@
 /// letter looks like another letter there.
 [[nodiscard]] bool beginsTwoByteLetter(char byte);
 
-/// Every wait of the plug-in: the calling thread sleeps.
-void pauseFor(std::chrono::milliseconds duration);
+/// A function for which tests put another in its place; called like the function itself.
+template <typename Signature>
+class Replaceable;
+template <typename Result, typename... Arguments>
+class Replaceable<Result(Arguments...)> {
+public:
+    explicit Replaceable(Result (*real)(Arguments...)) : m_real(real) {}
 
-/// Puts another function in the place of the sleep, for example a counter of virtual time; an empty one
-/// restores the sleep.
-void installPause(std::function<void(std::chrono::milliseconds)> pause);
+    Result operator()(Arguments... arguments) const {
+        return m_replacement ? m_replacement(arguments...) : m_real(arguments...);
+    }
+    /// An empty function restores the real one.
+    void replace(std::function<Result(Arguments...)> replacement) { m_replacement = std::move(replacement); }
+
+private:
+    Result (*m_real)(Arguments...);
+    std::function<Result(Arguments...)> m_replacement;
+};
+
+/// Every wait of the plug-in: the calling thread sleeps.
+extern Replaceable<void(std::chrono::milliseconds)> pauseFor;
 
 /// The current time in UTC.
-[[nodiscard]] QDateTime currentUtcTime();
-
-/// Puts another clock in the place of the system's; an empty one restores it.
-void installUtcClock(std::function<QDateTime()> clock);
+extern Replaceable<QDateTime()> currentUtcTime;

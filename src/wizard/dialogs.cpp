@@ -4,30 +4,10 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QPointer>
-#include <utility>
 
 namespace {
 
-std::function<QString()>& replacement() {
-    static std::function<QString()> chooser;
-    return chooser;
-}
-
-std::function<QMessageBox::StandardButton(UserMessage const&)>& replacement() {
-    static std::function<QMessageBox::StandardButton(UserMessage const&)> answer;
-    return answer;
-}
-
-std::function<bool(QUrl const&)>& replacement() {
-    static std::function<bool(QUrl const&)> opener;
-    return opener;
-}
-
-} // namespace
-
-QString chooseResultFolder() {
-    if (replacement())
-        return replacement()();
+QString chooseByDialog() {
     // Always starts there, whatever the page shows: users know the chooser so.
     return QFileDialog::getExistingDirectory(
         nullptr,
@@ -35,13 +15,7 @@ QString chooseResultFolder() {
         QStringLiteral("/home"), QFileDialog::ShowDirsOnly | QFileDialog::DontResolveSymlinks);
 }
 
-void setFolderChooser(std::function<QString()> chooser) {
-    replacement() = std::move(chooser);
-}
-
-QMessageBox::StandardButton showMessage(QWidget* parent, UserMessage const& message) {
-    if (replacement())
-        return replacement()(message);
+QMessageBox::StandardButton showBox(QWidget* parent, UserMessage const& message) {
     // On the heap: the parent deletes it with itself when it goes away meanwhile.
     QPointer<QMessageBox> const box(
         new QMessageBox(message.icon, message.title, message.text, message.buttons, parent));
@@ -50,14 +24,10 @@ QMessageBox::StandardButton showMessage(QWidget* parent, UserMessage const& mess
     return QMessageBox::StandardButton(answer);
 }
 
-void setMessageAnswer(std::function<QMessageBox::StandardButton(UserMessage const&)> answer) {
-    replacement() = std::move(answer);
-}
+} // namespace
 
-bool openDocument(QUrl const& url) {
-    return replacement() ? replacement()(url) : QDesktopServices::openUrl(url);
-}
+Replaceable<QString()> chooseResultFolder(chooseByDialog);
 
-void setDocumentOpener(std::function<bool(QUrl const&)> opener) {
-    replacement() = std::move(opener);
-}
+Replaceable<QMessageBox::StandardButton(QWidget*, UserMessage const&)> showMessage(showBox);
+
+Replaceable<bool(QUrl const&)> openDocument(QDesktopServices::openUrl);

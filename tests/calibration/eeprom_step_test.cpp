@@ -16,9 +16,9 @@ protected:
     EepromStep() : PageFixture(GetParam()) {
         libraries.headboard.deviceAddress = kBusAddress;
         libraries.headboard.add("P_RD_P0Q0", 0, 0, 0x3640, 2, 0x1234);
-        installUtcClock([] { return QDateTime(QDate(2024, 5, 31), QTime(23, 59, 7), Qt::UTC); });
+        currentUtcTime.replace([] { return QDateTime(QDate(2024, 5, 31), QTime(23, 59, 7), Qt::UTC); });
     }
-    ~EepromStep() override { installUtcClock({}); }
+    ~EepromStep() override { currentUtcTime.replace({}); }
 
     void chooseLabel(char const* label) {
         auto* const box = widget<QComboBox>("Prom_Label");

@@ -240,26 +240,26 @@ TEST_P(PageContract, LensCorrectionButtonFollowsTheSensorAndNotTheClick) {
 
 TEST_P(PageContract, BrowseKeepsWhatTheChooserAnswersAndBracketsIt) {
     open();
-    setFolderChooser([] { return QString(); });
+    chooseResultFolder.replace([] { return QString(); });
     click("Browse");
     EXPECT_EQ(host.calls("modalDialog"), (std::vector<std::string>{"modalDialog 1", "modalDialog 0"}));
     EXPECT_EQ(widget<QLineEdit>("Save_Dir")->text(), QString());
     EXPECT_EQ(text("File_Save_Status"), "Error: The directory does not exist.");
     EXPECT_EQ(host.textSettings["LensAssist Dir"], "");
 
-    setFolderChooser([this] { return QString::fromStdString(saveDir()); });
+    chooseResultFolder.replace([this] { return QString::fromStdString(saveDir()); });
     click("Browse");
     EXPECT_EQ(state().fileState, kReady);
 
     host.log.clear();
-    setFolderChooser([this] {
+    chooseResultFolder.replace([this] {
         tick(3);
         delete page.data();
         return QStringLiteral("x");
     });
     click("Browse");
     EXPECT_EQ(host.log.back(), "modalDialog 0");
-    setFolderChooser({});
+    chooseResultFolder.replace({});
 }
 
 TEST_P(PageContract, GraphIsToldHalfTheImageWidth) {

@@ -13,9 +13,9 @@ protected:
         libraries.description.imageWidth = 64;
         libraries.description.imageHeight = 48;
         libraries.headboard.deviceAddress = 0xA8; // a headboard with an EEPROM: its calls count too
-        setFolderChooser([this] { return QString::fromStdString(saveDir()); });
+        chooseResultFolder.replace([this] { return QString::fromStdString(saveDir()); });
     }
-    ~Reentry() override { setFolderChooser({}); }
+    ~Reentry() override { chooseResultFolder.replace({}); }
 
     struct Action {
         char const* name;

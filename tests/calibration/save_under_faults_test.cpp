@@ -35,13 +35,13 @@ class SaveUnderFaults : public PageFixture, public ::testing::WithParamInterface
 protected:
     SaveUnderFaults() : PageFixture(GetParam()) {
         // Every save of a factory's label stores the same time.
-        installUtcClock([] { return QDateTime(QDate(2024, 5, 31), QTime(23, 59, 7), Qt::UTC); });
+        currentUtcTime.replace([] { return QDateTime(QDate(2024, 5, 31), QTime(23, 59, 7), Qt::UTC); });
     }
     ~SaveUnderFaults() override {
         delete page.data();
         discardEeprom(eepromSlot);
-        installPause({});
-        installUtcClock({});
+        pauseFor.replace({});
+        currentUtcTime.replace({});
     }
 
     [[nodiscard]] static bool verifies() { return GetParam().captureRows.size() > 0; }
@@ -52,7 +52,7 @@ protected:
         camera = SimulatedCamera::open(QString::fromLatin1(access.profile), &error);
         ASSERT_TRUE(camera) << qPrintable(error);
         camera->useVirtualTime();
-        installPause([this](std::chrono::milliseconds time) { camera->advanceTime(int(time.count())); });
+        pauseFor.replace([this](std::chrono::milliseconds time) { camera->advanceTime(int(time.count())); });
         installVeyra2(linkedLibrary());
         sensor.camera = camera->handle();
         open();

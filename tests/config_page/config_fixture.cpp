@@ -15,7 +15,7 @@ ConfigFixture::ConfigFixture() {
         *pixmap = QPixmap(1, 1);
         pixmap->fill(colour);
     }
-    setMessageAnswer([this](UserMessage const& message) {
+    showMessage.replace([this](QWidget*, UserMessage const& message) {
         messages.push_back(message);
         host.note("message");
         return answer;
@@ -25,7 +25,7 @@ ConfigFixture::ConfigFixture() {
 ConfigFixture::~ConfigFixture() {
     delete page.data();
     discardEeprom(slot);
-    setMessageAnswer({});
+    showMessage.replace({});
 }
 
 HostServices ConfigFixture::services() const {

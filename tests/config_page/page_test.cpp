@@ -412,7 +412,7 @@ TEST_F(ConfigPage, TheUserGuideIsLookedForInTheHostsFolder) {
     open();
     std::vector<QUrl> opened;
     bool opens = true;
-    setDocumentOpener([&](QUrl const& url) {
+    openDocument.replace([&](QUrl const& url) {
         opened.push_back(url);
         return opens;
     });
@@ -433,7 +433,7 @@ TEST_F(ConfigPage, TheUserGuideIsLookedForInTheHostsFolder) {
     EXPECT_EQ(messages[0].icon, QMessageBox::Warning);
     EXPECT_EQ(messages[0].title, "Velmora Manufactuing Plug-in");
     EXPECT_EQ(messages[0].text, "Couldn't open the document file /opt/50%41 #1" + guide);
-    setDocumentOpener({});
+    openDocument.replace({});
 }
 
 TEST_F(ConfigPage, WithoutHostWizardAndCameraItShowsThatNothingIsThere) {

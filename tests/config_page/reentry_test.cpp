@@ -12,12 +12,12 @@ class ConfigReentry : public ConfigFixture {
 protected:
     ConfigReentry() {
         host.textSettings["KestraMfr SN"] = "ABC1234005";
-        setDocumentOpener([this](QUrl const&) {
+        openDocument.replace([this](QUrl const&) {
             host.note("openDocument");
             return false;
         });
     }
-    ~ConfigReentry() override { setDocumentOpener({}); }
+    ~ConfigReentry() override { openDocument.replace({}); }
 
     static std::vector<std::string> actions() {
         return {"initialise",        "OnBnClickedEepromTest",      "OnBnClickedApply",

@@ -27,11 +27,11 @@ protected:
         options.profile = QStringLiteral("poly-12bit");
         options.eepromFile = file("eeprom.bin");
         options.settingsFile = file("settings.ini");
-        setMessageAnswer([](UserMessage const&) { return QMessageBox::Ok; });
+        showMessage.replace([](QWidget*, UserMessage const&) { return QMessageBox::Ok; });
     }
     ~HeadboardConfig() override {
-        setMessageAnswer({});
-        installPause({});
+        showMessage.replace({});
+        pauseFor.replace({});
     }
 
     void open() {
@@ -41,7 +41,7 @@ protected:
         ASSERT_TRUE(session) << error.toStdString();
         simulator::SimulatedCamera& camera = session->camera();
         camera.useVirtualTime();
-        installPause(
+        pauseFor.replace(
             [&camera](std::chrono::milliseconds duration) { camera.advanceTime(int(duration.count())); });
         session->page().initialise();
     }

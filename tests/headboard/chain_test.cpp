@@ -131,9 +131,9 @@ TEST_F(Chain, TextIsBoundedByItsRecord) {
     ASSERT_EQ(append(recordOf(kRecordHeadboardId, {'n', 'o', ' ', 'e', 'n', 'd'})), kEepromOk);
     ASSERT_EQ(append(recordOf(kRecordLensType, {'L', 0, 'x'})), kEepromOk);
     ASSERT_EQ(append(recordOf(kRecordDefectMap, {'D', 0})), kEepromOk);
-    installUtcClock([] { return QDateTime({2024, 5, 31}, {23, 59, 7}, Qt::UTC); });
+    currentUtcTime.replace([] { return QDateTime({2024, 5, 31}, {23, 59, 7}, Qt::UTC); });
     ASSERT_EQ(EepromReplaceRecord(eeprom, makeTimeStamp()), kEepromOk);
-    installUtcClock({});
+    currentUtcTime.replace({});
     EXPECT_EQ(EepromRecordText(eeprom, 5), "no end");
     EXPECT_EQ(EepromRecordText(eeprom, 14), "L");
     EXPECT_EQ(EepromRecordText(eeprom, 20).data(), nullptr);

@@ -88,10 +88,10 @@ protected:
         installVeyra2(linkedLibrary());
         ASSERT_TRUE(camera);
         camera->useVirtualTime();
-        installPause([this](std::chrono::milliseconds time) { camera->advanceTime(int(time.count())); });
+        pauseFor.replace([this](std::chrono::milliseconds time) { camera->advanceTime(int(time.count())); });
     }
     void TearDown() override {
-        installPause({});
+        pauseFor.replace({});
         installVeyra2({});
     }
 

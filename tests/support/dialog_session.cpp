@@ -112,7 +112,7 @@ DialogSession::DialogSession(InputReader& input) {
     table.sf_SetInputImageYcbcr = readYcbcr;
     installShadefit(table);
     beginAnew(input);
-    setFolderChooser([] { return QString::fromStdString(answers->text()); });
+    chooseResultFolder.replace([] { return QString::fromStdString(answers->text()); });
     sensor.name = "S1";
     sensor.sensorKind = 200;
     sensor.fileNamePart = "BOARD";
@@ -133,7 +133,7 @@ DialogSession::~DialogSession() {
     kestraMfr().g_parentWidget = nullptr;
     MUST_HOLD(host.isBalanced());
     MUST_HOLD(libraries.handlesAlive == 0);
-    setFolderChooser({});
+    chooseResultFolder.replace({});
 }
 
 void DialogSession::beginAnew(InputReader& input) {

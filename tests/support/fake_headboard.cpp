@@ -105,14 +105,14 @@ struct FakeHeadboardFunctions {
 
 FakeHeadboard::FakeHeadboard() : device(8192, 0xFF), timesRead(8192), timesWritten(8192) {
     headboard = this;
-    installPause([this](std::chrono::milliseconds duration) {
+    pauseFor.replace([this](std::chrono::milliseconds duration) {
         now += duration;
         noteCall("pause", duration.count());
     });
 }
 
 FakeHeadboard::~FakeHeadboard() {
-    installPause({});
+    pauseFor.replace({});
     headboard = nullptr;
 }
 
