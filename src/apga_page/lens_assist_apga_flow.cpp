@@ -22,7 +22,6 @@ constexpr TemperatureSetting kTemperatures[kIlluminants] = {
     {"LensAssist Left Temp", 2800}, {"LensAssist Middle Temp", 4000}, {"LensAssist Right Temp", 6500}};
 
 constexpr int32_t kLibraryMinusOne = -1;
-constexpr uint32_t kKindWithFileFormat2 = 68;
 constexpr double kThousandths = 1000.0;
 // Written before a solution's registers.
 constexpr sf_RegEntry kSelectWrite = {.first = 0, .second = 0x098E, .third = 0};
@@ -46,7 +45,7 @@ int LensAssistApgaFlow::skippedRows() const {
 }
 
 ResultFile LensAssistApgaFlow::resultFile() const {
-    return {.format = core.sensor.sensorKind == kKindWithFileFormat2 ? 2U : 0U, .sanitisesNames = true};
+    return {.format = core.kind().resultFileFormat, .sanitisesNames = true};
 }
 
 ShadingHandle LensAssistApgaFlow::createCalibration() {
@@ -212,7 +211,7 @@ int32_t LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteAr
     int32_t const stored = saveShadingRegisters(eeprom, label.constData(), model);
     if (stored == kEepromOk)
         (void)addFactoryTime(eeprom, label, OlderTime::MayStay); // the result is that of the registers
-    if (core.alive && hasWhiteBalanceGains(m_captured, model.sensorKind, model.variant)) {
+    if (core.alive && core.kind().keepsWhiteBalanceGains && hasWhiteBalanceGains(m_captured)) {
         CapturedFrames const captured = m_captured;
         storeWhiteBalanceGains(eeprom, label.constData(), core.host, captured, [this] {
             IlluminantKelvins temperatures{};

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr uint32_t kKindWithGains = 72;
-constexpr uint32_t kVariantWithGains = 1;
 constexpr double kFixedPointOne = 128; // 7 fraction bits
 constexpr char kSets[kIlluminants] = {'L', 'M', 'R'};
 
@@ -21,10 +19,9 @@ std::string registerOf(char set, char const* what) {
 
 } // namespace
 
-bool hasWhiteBalanceGains(CapturedFrames const& captured, uint32_t sensorKind, uint32_t variant) {
-    return sensorKind == kKindWithGains && variant == kVariantWithGains &&
-           std::ranges::all_of(
-               captured, [](CaptureRow const& row) { return row.state == kCaptured && row.redGain != 0; });
+bool hasWhiteBalanceGains(CapturedFrames const& captured) {
+    return std::ranges::all_of(
+        captured, [](CaptureRow const& row) { return row.state == kCaptured && row.redGain != 0; });
 }
 
 double quadraticThrough(std::array<double, kIlluminants> const& xs,

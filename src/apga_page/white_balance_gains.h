@@ -9,10 +9,8 @@
 /// Colour temperature of each illuminant, kelvin, with fractions.
 using IlluminantKelvins = std::array<double, kIlluminants>;
 
-/// Whether a sensor keeps white-balance gains for its colour-correction sets, and all that they are made
-/// from was recorded.
-[[nodiscard]] bool hasWhiteBalanceGains(CapturedFrames const& captured, uint32_t sensorKind,
-                                        uint32_t variant);
+/// Whether all was recorded that the white-balance gains of the colour-correction sets are made from.
+[[nodiscard]] bool hasWhiteBalanceGains(CapturedFrames const& captured);
 
 /// The value at `x` of the parabola through three points; the first point's value when two points have
 /// one abscissa.

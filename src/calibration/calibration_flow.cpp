@@ -34,7 +34,7 @@ void CalibrationFlow::initialise() {
     UpdateGuard const guard(core.state.updateDepth);
     core.widgets.fillFalloff();
     core.widgets.fillEepromLabel(eepromLabel());
-    core.lensCorrection = chooseLensCorrection(m_kind, core.sensor.sensorKind, core.camera());
+    core.lensCorrection = chooseLensCorrection(m_kind, core.kind(), core.camera());
     loadAllSettings();
     startOver();
     core.host.announceRegister(core.lensCorrection.lensCorrectionRegister);

@@ -39,6 +39,8 @@ struct PageCore {
     bool alive = true; ///< false from the page's destruction on
 
     [[nodiscard]] Sensor camera() const { return Sensor(sensor.camera); }
+    /// What the sensor is to the plug-in, by the host's record.
+    [[nodiscard]] SensorKind const& kind() const { return sensorKind(sensor.sensorKind, sensor.variant); }
 };
 
 /// Whether the headboard lacks its serial number, without which no results file is saved.

@@ -2,6 +2,7 @@
 #include "headboard/record_format.h"
 
 #include "common/sensor.h"
+#include "common/sensor_kinds.h"
 #include "headboard/eeprom_transport.h"
 
 #include <algorithm>
@@ -13,27 +14,6 @@ namespace {
 
 constexpr int32_t kSmallestImage = 8;
 constexpr int kLibraryNoAnswer = 12;
-
-// Where the headboards of these sensor kinds have their EEPROM. Fixed, because the boards are.
-struct BusAddress {
-    uint32_t sensorKind;
-    uint32_t deviceAddress;
-};
-constexpr uint32_t kUsualAddress = 0xA8;
-constexpr BusAddress kBusAddresses[] = {{95, 0xAA}, {99, 0xAA}, {193, 0xAC}, {198, 0xAC}, {199, 0xAC}};
-constexpr uint32_t kBridgeOnlyKinds[] = {71, 103, 111};
-
-uint32_t busAddressOf(uint32_t sensorKind) {
-    auto const* const found =
-        std::find_if(std::begin(kBusAddresses), std::end(kBusAddresses),
-                     [&](BusAddress const& row) { return row.sensorKind == sensorKind; });
-    return found == std::end(kBusAddresses) ? kUsualAddress : found->deviceAddress;
-}
-
-bool isBridgeOnly(uint32_t sensorKind) {
-    return std::find(std::begin(kBridgeOnlyKinds), std::end(kBridgeOnlyKinds), sensorKind) !=
-           std::end(kBridgeOnlyKinds);
-}
 
 bool isInside(HeadboardEeprom const& eeprom, int64_t offset, int64_t count) {
     int64_t const size = eeprom->imageSize();
@@ -98,8 +78,10 @@ void HeadboardEepromBind(HeadboardEeprom eeprom, vy_Camera* camera) {
     eeprom->borrowedHandle = true;
     eeprom->camera = camera;
     std::optional<SensorInfo> const info = Sensor(camera).info();
-    eeprom->deviceAddress = info ? busAddressOf(info->sensorKind) : kUsualAddress;
-    eeprom->bridgeOnly = info && isBridgeOnly(info->sensorKind);
+    // By the library's description of the open sensor, not by the host's record.
+    SensorKind const& kind = info ? sensorKind(info->sensorKind, info->variant) : unknownSensorKind();
+    eeprom->deviceAddress = kind.eepromAddress;
+    eeprom->bridgeOnly = kind.eepromBridgeOnly;
 }
 
 void HeadboardEepromRelease(HeadboardEeprom eeprom) {

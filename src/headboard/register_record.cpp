@@ -1,6 +1,7 @@
 #include "headboard/register_record.h"
 
 #include "common/sensor.h"
+#include "common/sensor_kinds.h"
 #include "common/system.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
@@ -11,8 +12,6 @@
 #include <string_view>
 
 namespace {
-
-constexpr uint32_t kAnyVariant = UINT32_MAX;
 
 struct EnablePair {
     char const* reg;
@@ -27,83 +26,28 @@ constexpr EnablePair kEnablePairs[] = {
     {"LENS_CORRECTION_CONTROL", "ENABLE"},
 };
 
-struct ModelRange {
-    uint32_t sensorKind;
-    uint32_t firstVariant;
-    uint32_t lastVariant;
-
-    [[nodiscard]] bool holds(SensorModel model) const {
-        return model.sensorKind == sensorKind && model.variant >= firstVariant &&
-               model.variant <= lastVariant;
-    }
-};
-constexpr ModelRange kKind68 = {68, 0, kAnyVariant};
-constexpr ModelRange kKind68First = {68, 1, 1};
-constexpr ModelRange kKind68Later = {68, 2, kAnyVariant};
-constexpr ModelRange kKind76Later = {76, 2, kAnyVariant};
-
-// Registers that a model has but does not replay. A trailing "*" stands for any rest of the name. Of kind 68,
-// P_CR_Q5 and P_CB_Q5 are replayed, deliberately: only the terms of the four planes are left out.
-struct LeftOut {
-    ModelRange models;
-    std::string_view pattern;
-};
-constexpr LeftOut kLeftOut[] = {
-    {kKind68, "P_GR_Q5"},          {kKind68, "P_RD_Q5"},
-    {kKind68, "P_BL_Q5"},          {kKind68, "P_GB_Q5"},
-    {kKind68, "PGASETUP_LEFT_*"},  {kKind68, "PGASETUP_MIDDLE_*"},
-    {kKind68, "PGASETUP_RIGHT_*"}, {kKind76Later, "P_*"},
-    {kKind76Later, "CENTER_ROW"},  {kKind76Later, "CENTER_COLUMN"},
-};
-
-// Fixed entries that make a model's firmware take over the tables, in the order of their replay. With
-// `onlyWith`, an entry is stored where that register exists, too.
-struct FixedEntry {
-    ModelRange models;
-    char const* onlyWith;
-    char const* reg;
-    char const* bitfield;
-    uint32_t value;
-};
-constexpr char kObject[] = "SEQUENCERSETUP_MANUALOBJ";
-constexpr char kCommand[] = "SEQUENCERSETUP_CMD";
-constexpr FixedEntry kBeforeEnable[] = {
-    {kKind68, kObject, kObject, "", 0x153},
-    {kKind68, kObject, kCommand, "", 255},
-    {kKind68, kObject, kObject, "", 0x253},
-    {kKind68, kObject, kCommand, "", 255},
-    {kKind68, kObject, kObject, "", 0x353},
-    {kKind68, kObject, kCommand, "", 255},
-    {kKind68First, nullptr, "PGASETUP_MODE", "", 1},
-    {kKind68First, nullptr, kObject, "", 0x152},
-    {kKind68First, nullptr, kCommand, "", 255},
-    {kKind68Later, nullptr, "PGAOUTPUT_CURZONE", "", 4},
-    {kKind76Later, nullptr, "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1},
-};
-constexpr FixedEntry kAfterEnable[] = {
-    {kKind76Later, nullptr, "PGA_CURRENT_ZONE", "", 255},
-};
-
 // Asked anew for each use: the library may have reopened the sensor meanwhile.
 SensorModel modelOf(HeadboardEeprom const& eeprom, SensorModel fallback) {
     std::optional<SensorInfo> const info = Sensor(eeprom->camera).info();
     return info ? SensorModel{info->sensorKind, info->variant} : fallback;
 }
 
-bool isLeftOut(std::string_view name, SensorModel model) {
-    return std::any_of(std::begin(kLeftOut), std::end(kLeftOut), [&](LeftOut const& row) {
-        std::string_view const pattern = row.pattern;
-        bool const matches = pattern.ends_with('*') ? name.starts_with(pattern.substr(0, pattern.size() - 1))
-                                                    : name == pattern;
-        return matches && row.models.holds(model);
+SensorKind const& kindOf(SensorModel model) {
+    return sensorKind(model.sensorKind, model.variant);
+}
+
+bool isLeftOut(std::string_view name, SensorKind const& kind) {
+    return std::ranges::any_of(kind.leftOut, [&](std::string_view pattern) {
+        return pattern.ends_with('*') ? name.starts_with(pattern.substr(0, pattern.size() - 1))
+                                      : name == pattern;
     });
 }
 
 // Entries are added without a look at the result: what the sensor lacks is not stored.
 void addFixed(HeadboardEeprom const& eeprom, EepromRecord& record, std::span<FixedEntry const> entries,
-              SensorModel model) {
+              uint32_t variant) {
     for (FixedEntry const& entry : entries) {
-        bool const isWanted = entry.models.holds(model) &&
+        bool const isWanted = entry.variants.holds(variant) &&
                               (!entry.onlyWith || Sensor(eeprom->camera).existsRegister(entry.onlyWith));
         if (isWanted)
             (void)EepromAddRegister(eeprom, record, entry.reg, entry.bitfield, entry.value);
@@ -140,11 +84,12 @@ private:
 };
 
 void addTables(HeadboardEeprom const& eeprom, EepromRecord& record, SensorModel fallback) {
-    SensorModel const model = modelOf(eeprom, fallback);
+    SensorKind const& kind = kindOf(modelOf(eeprom, fallback));
     for (std::string const& name : shadingRegisterNames())
-        if (!isLeftOut(name, model))
+        if (!isLeftOut(name, kind))
             (void)EepromAddRegisterCurrent(eeprom, record, name.c_str(), "");
-    addFixed(eeprom, record, kBeforeEnable, modelOf(eeprom, fallback));
+    SensorModel const model = modelOf(eeprom, fallback);
+    addFixed(eeprom, record, kindOf(model).beforeEnable, model.variant);
 }
 
 void addBracketedTables(HeadboardEeprom const& eeprom, EepromRecord& record, SensorModel fallback) {
@@ -166,7 +111,8 @@ int32_t saveShadingRegisters(HeadboardEeprom eeprom, char const* name, SensorMod
         return status;
     EepromRecord record = makeRegisterSet(kRecordPga, eeprom->deviceSize - kReservedBytes, name);
     addBracketedTables(eeprom, record, fallback);
-    addFixed(eeprom, record, kAfterEnable, modelOf(eeprom, fallback));
+    SensorModel const model = modelOf(eeprom, fallback);
+    addFixed(eeprom, record, kindOf(model).afterEnable, model.variant);
     return EepromReplaceRecord(eeprom, record);
 }
 

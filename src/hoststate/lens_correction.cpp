@@ -2,46 +2,11 @@
 
 namespace {
 
-enum class KnownTo { BothPages, LensShadingOnly, ApgaOnly };
-
-struct SwitchRow {
-    uint32_t sensorKind;
-    KnownTo pages;
-    LensCorrection correction;
-};
-
-// The pages differ in three kinds on purpose: each knows only the switch of the sensors that it is made for.
-constexpr SwitchRow kSwitches[] = {
-    {16, KnownTo::BothPages, {"COLOR_PIPELINE_CONTROL", "LENS_SHADING"}},
-    {23, KnownTo::BothPages, {"COLOR_PIPELINE_CONTROL", "LENS_SHADING"}},
-    {22, KnownTo::BothPages, {"LENS_CORRECTION_CONTROL", "ENABLE"}},
-    {40, KnownTo::BothPages, {"LENS_CORRECTION_CONTROL", "ENABLE"}},
-    {25, KnownTo::BothPages, {"LENS_CORRECTION", "ENABLE"}},
-    {27, KnownTo::BothPages, {"LENS_CORRECTION", "ENABLE"}},
-    {72, KnownTo::ApgaOnly, {"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"}},
-    {76, KnownTo::ApgaOnly, {"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"}},
-    {95, KnownTo::BothPages, {"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"}},
-    {115, KnownTo::BothPages, {"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"}},
-    {154, KnownTo::LensShadingOnly, {"POLY_SC_ENABLE", ""}},
-};
-
 constexpr LensCorrection kSensorDefault = {"POLY_SC_ENABLE", "ENABLE"};
 constexpr LensCorrection kSystemOnChipDefault = {"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"};
 
 // Value of a whole register that is the switch.
 constexpr uint32_t kWholeRegisterOn = 0x8000;
-
-bool knows(PageKind page, KnownTo pages) {
-    switch (pages) {
-    case KnownTo::LensShadingOnly:
-        return page == PageKind::LensShading;
-    case KnownTo::ApgaOnly:
-        return page == PageKind::Apga;
-    case KnownTo::BothPages:
-        break;
-    }
-    return true;
-}
 
 bool isWholeRegister(LensCorrection const& correction) {
     return *correction.lensCorrectionBitfield == '\0';
@@ -54,10 +19,11 @@ bool exists(Sensor const& sensor, LensCorrection const& correction) {
 
 } // namespace
 
-LensCorrection chooseLensCorrection(PageKind page, uint32_t sensorKind, Sensor const& sensor) {
-    for (SwitchRow const& row : kSwitches)
-        if (row.sensorKind == sensorKind && knows(page, row.pages))
-            return row.correction;
+LensCorrection chooseLensCorrection(PageKind page, SensorKind const& kind, Sensor const& sensor) {
+    bool const isKnown =
+        page == PageKind::Apga ? kind.correctionKnownToApga : kind.correctionKnownToLensShading;
+    if (isKnown && *kind.correction.lensCorrectionRegister)
+        return kind.correction;
     return sensor.isSystemOnChip() ? kSystemOnChipDefault : kSensorDefault;
 }
 

@@ -9,13 +9,8 @@
 #include "headboard/register_record.h"
 
 #include <QScopedValueRollback>
-#include <algorithm>
 
 namespace {
-
-constexpr uint32_t kRgbInputKind = 16; // calibrated from the displayed picture
-constexpr uint32_t kKindsWithUnusableTopRows[] = {33, 46, 56, 66};
-constexpr int kUnusableTopRows = 2;
 
 constexpr uint32_t kAllBits = 0xFFFFFFFF;
 constexpr int kIncompatibleSize = -2; // a library's result
@@ -56,9 +51,7 @@ int32_t LensAssistFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray 
 }
 
 int LensAssistFlow::skippedRows() const {
-    bool const unusable = std::ranges::find(kKindsWithUnusableTopRows, core.sensor.sensorKind) !=
-                          std::end(kKindsWithUnusableTopRows);
-    return unusable ? kUnusableTopRows : 0;
+    return core.kind().unusableTopRows;
 }
 
 void LensAssistFlow::calibrationTick() {
@@ -87,7 +80,7 @@ void LensAssistFlow::loadWhenSolved() {
 }
 
 bool LensAssistFlow::isCalibrationInput(Frame const& frame) const {
-    return frame.isRgb32() == (core.sensor.sensorKind == kRgbInputKind);
+    return frame.isRgb32() == core.kind().calibratesFromRgb;
 }
 
 void LensAssistFlow::captureFrame(Frame const& frame) {

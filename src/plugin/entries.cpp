@@ -3,6 +3,7 @@
 #include "apga_page/lens_assist_apga.h"
 #include "common/host.h"
 #include "common/ini_section.h"
+#include "common/sensor_kinds.h"
 #include "hoststate/pipeline.h"
 #include "lsc_page/lens_assist.h"
 #include "wizard/page_scopes.h"
@@ -12,14 +13,10 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <array>
-#include <optional>
 
 namespace {
 
 constexpr uint32_t kApiVersion = 5;
-constexpr uint32_t kKindWithoutCalibration = 36;
-constexpr uint32_t kKindWithoutPage = 97;
-
 // The mismatch is silent to the user, deliberately: the null result tells the host, who knows what it asked
 // for. So the box is made and never shown; it needs an application.
 void reportVersionMismatch() {
@@ -64,23 +61,6 @@ private:
 constexpr char const* kTabLabels[] = {"Lens Calibration", "Lens Calibration - APGA(Adaptive/Auto)",
                                       "Headboard Configuration"};
 
-constexpr uint32_t kAutomaticPgaKind = 68;
-constexpr uint32_t kAdaptivePgaKind = 72;
-constexpr uint32_t kEitherPgaKind = 76; // its later variants blend their tables by themselves
-constexpr uint32_t kFirstAutomaticVariant = 2;
-
-// Nothing for a sensor of the lens-shading page.
-std::optional<PgaMode> pgaModeOf(SensorRecord const& sensor) {
-    bool const isAutomatic =
-        sensor.sensorKind == kAutomaticPgaKind ||
-        (sensor.sensorKind == kEitherPgaKind && sensor.variant >= kFirstAutomaticVariant);
-    if (isAutomatic)
-        return PgaMode{.autoPgaMode = 1, .adaptivePgaMode = 0};
-    if (sensor.sensorKind == kAdaptivePgaKind || sensor.sensorKind == kEitherPgaKind)
-        return PgaMode{.autoPgaMode = 0, .adaptivePgaMode = 1};
-    return std::nullopt;
-}
-
 // The host may delete the dialog from inside a service that the page calls on its way.
 template <typename Page>
 void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wizard,
@@ -102,18 +82,20 @@ void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wi
 void addPageOf(SensorRecord const& sensor, HostServices const& services, QPointer<Wizard> const& wizard) {
     KestraMfr& kestra = kestraMfr();
     QWidget* const parent = kestra.g_parentWidget;
-    std::optional<PgaMode> const mode = pgaModeOf(sensor);
-    if (!mode) {
+    DialogPage const choice = sensorKind(sensor.sensorKind, sensor.variant).page;
+    if (choice == DialogPage::LensShading) {
         auto* const page = new LensAssist(parent, sensor, services, wizard, kestra.g_headboardEeprom);
         return addPage(page, &KestraMfr::g_lensAssist, wizard, sensor, services, kTabLabels[0]);
     }
+    bool const isAutomatic = choice == DialogPage::AutomaticPga;
     auto* const page = new LensAssistApga(parent, sensor, services, wizard, kestra.g_headboardEeprom);
-    page->setMode(*mode);
+    page->setMode({.autoPgaMode = isAutomatic, .adaptivePgaMode = !isAutomatic});
     addPage(page, &KestraMfr::g_lensAssistApga, wizard, sensor, services, kTabLabels[1]);
 }
 
 QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices const& services) {
-    if (sensor.sensorKind == kKindWithoutCalibration || !hasSetupPreset(Host(services)))
+    DialogPage const page = sensorKind(sensor.sensorKind, sensor.variant).page;
+    if (page == DialogPage::NoDialog || !hasSetupPreset(Host(services)))
         return nullptr;
     KestraMfr& kestra = kestraMfr();
     kestra.g_parentWidget = parent;
@@ -122,7 +104,7 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
     Unfinished unfinished(wizard);
     kestra.g_wizard = wizard;
     forgetWhenDestroyed(wizard.data(), &KestraMfr::g_wizard);
-    if (sensor.sensorKind != kKindWithoutPage)
+    if (page != DialogPage::EmptyDialog)
         addPageOf(sensor, services, wizard);
     if (!wizard)
         return nullptr;

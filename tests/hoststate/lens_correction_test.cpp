@@ -39,11 +39,13 @@ TEST(LensCorrection, EveryKindHasItsSwitchOnEachPage) {
     for (Row const& row : rows) {
         fake.systemOnChip = row.systemOnChip;
         host.log.clear();
-        EXPECT_EQ(name(chooseLensCorrection(PageKind::LensShading, row.kind, Sensor(fake.camera()))),
-                  row.lensShading)
+        EXPECT_EQ(
+            name(chooseLensCorrection(PageKind::LensShading, sensorKind(row.kind, 1), Sensor(fake.camera()))),
+            row.lensShading)
             << row.kind;
         EXPECT_EQ(!host.log.empty(), row.asksTheLibrary) << row.kind;
-        EXPECT_EQ(name(chooseLensCorrection(PageKind::Apga, row.kind, Sensor(fake.camera()))), row.apga)
+        EXPECT_EQ(name(chooseLensCorrection(PageKind::Apga, sensorKind(row.kind, 1), Sensor(fake.camera()))),
+                  row.apga)
             << row.kind;
     }
 }
