@@ -5,7 +5,7 @@
 #include "common/host.h"
 #include "common/sensor.h"
 #include "headboard/headboard_eeprom.h"
-#include "hoststate/lens_correction.h"
+#include "hoststate/pipeline.h"
 #include "wizard/page_scopes.h"
 
 #include <functional>

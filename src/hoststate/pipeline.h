@@ -1,7 +1,8 @@
 #pragma once
 
 #include "common/host.h"
-#include "hoststate/lens_correction.h"
+#include "common/sensor.h"
+#include "common/sensor_kinds.h"
 
 #include <QByteArray>
 #include <span>
@@ -38,3 +39,16 @@ inline constexpr char const* kVerifyPreset[] = {
 
 /// Lets the host apply the first of the names that exists; false when there is none.
 [[nodiscard]] bool applyPreset(Host const& host, PresetNames names);
+
+/// The switch of a sensor kind. The library is asked whether the sensor is a system-on-chip only for the
+/// kinds whose switch depends on it.
+[[nodiscard]] LensCorrection chooseLensCorrection(PageKind page, SensorKind const& kind,
+                                                  Sensor const& sensor);
+
+/// Switches the correction; leaves a sensor that lacks the bitfield untouched.
+void setLensCorrection(Host const& host, Sensor const& sensor, LensCorrection const& correction,
+                       bool enabled);
+
+/// Whether the correction is on; false for a sensor that lacks the bitfield.
+[[nodiscard]] bool lensCorrectionEnabled(Host const& host, Sensor const& sensor,
+                                         LensCorrection const& correction);

@@ -1,4 +1,4 @@
-#include "hoststate/lens_correction.h"
+#include "hoststate/pipeline.h"
 
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_libraries.h"
