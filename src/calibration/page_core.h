@@ -6,7 +6,7 @@
 #include "common/sensor.h"
 #include "headboard/headboard_eeprom.h"
 #include "hoststate/pipeline.h"
-#include "wizard/page_scopes.h"
+#include "wizard/page_surface.h"
 
 #include <functional>
 

@@ -3,7 +3,7 @@
 #include "common/host.h"
 #include "config_page/config_display.h"
 #include "headboard/headboard_eeprom.h"
-#include "wizard/page_scopes.h"
+#include "wizard/page_surface.h"
 
 #include <functional>
 
