@@ -28,10 +28,3 @@ struct ConfigCore {
     /// Buttons that work on the EEPROM do nothing meanwhile: what a check would drop is half written.
     [[nodiscard]] bool isBusy() const { return working || storing; }
 };
-
-/// Writes what was changed in an EEPROM to the device. What could not be written stays changed in the image,
-/// and the next flush completes it: the device may hold a torn chain until then.
-void flushChanges(ConfigCore& core, HeadboardEeprom const& eeprom);
-
-/// Whether a change of the image still waits to be written.
-[[nodiscard]] bool hasUnwritten(HeadboardEeprom const& eeprom);

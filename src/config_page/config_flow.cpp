@@ -183,7 +183,7 @@ void ConfigFlow::applyEnteredNumber() {
 // What an earlier Apply or Erase could not write; with a number, storing that number writes it.
 void ConfigFlow::writeWhatWaits() {
     HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    if (!m_core.alive || !hasUnwritten(eeprom))
+    if (!m_core.alive || !HeadboardEepromHasChanges(eeprom))
         return;
     WaitCursor const cursor(m_core.widgets.page);
     flushChanges(m_core, eeprom);
@@ -304,7 +304,7 @@ void ConfigFlow::refreshDisplays() {
     RecordSpace space;
     if (m_core.alive && m_core.state.eepromState == ConfigState::EepromPresent) {
         space.available = EepromFreeSpace(eeprom, &space.used);
-        space.unwritten = hasUnwritten(eeprom);
+        space.unwritten = HeadboardEepromHasChanges(eeprom);
     }
     if (!m_core.alive)
         return;

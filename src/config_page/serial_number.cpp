@@ -76,7 +76,7 @@ QString storedSerialNumber(ConfigCore& core) {
         return {};
     HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
     QString const number = numberInImage(eeprom);
-    return hasUnwritten(eeprom) ? QString() : number;
+    return HeadboardEepromHasChanges(eeprom) ? QString() : number;
 }
 
 void storeSerialNumber(ConfigCore& core, QString const& number) {
@@ -93,4 +93,11 @@ QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumbe
     if (separator < 0)
         separator = lastOf('\\', present);
     return present.left(separator + 1) + serialNumber + '_'; // none: the number alone
+}
+
+void flushChanges(ConfigCore& core, HeadboardEeprom const& eeprom) {
+    (void)HeadboardEepromFlush(eeprom); // a failure is seen by what stays unwritten
+    // Who discarded it meanwhile may have read the device before the last of these bytes.
+    if (core.eepromSlot && !isSharedEeprom(core.eepromSlot, eeprom))
+        HeadboardEepromRelease(*core.eepromSlot);
 }

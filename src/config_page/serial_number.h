@@ -28,3 +28,7 @@ void storeSerialNumber(ConfigCore& core, QString const& number);
 /// The host's file name for grabbed pictures with a serial number in the place of its last part: the folder
 /// stays, and the host goes on behind the "_". Texts are local 8-bit.
 [[nodiscard]] QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumber);
+
+/// Writes what was changed in an EEPROM to the device. What could not be written stays changed in the image,
+/// and the next flush completes it: the device may hold a torn chain until then.
+void flushChanges(ConfigCore& core, HeadboardEeprom const& eeprom);

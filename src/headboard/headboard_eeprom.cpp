@@ -134,6 +134,10 @@ int32_t HeadboardEepromFlush(HeadboardEeprom eeprom) {
                       [&](Run run) { return HeadboardEepromDeviceWrite(eeprom, run.offset, run.count); });
 }
 
+bool HeadboardEepromHasChanges(HeadboardEeprom const& eeprom) {
+    return std::ranges::find(eeprom->state, ByteState::Changed) != eeprom->state.end();
+}
+
 int32_t HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count) {
     HeadboardEepromEnsureImage(eeprom);
     bool const whole = count < 0;

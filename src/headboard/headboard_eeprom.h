@@ -87,6 +87,9 @@ void HeadboardEepromEnsureImage(HeadboardEeprom eeprom);
 /// Writes all changed bytes to the device. Without a camera or an image there is nothing to do.
 [[nodiscard]] int32_t HeadboardEepromFlush(HeadboardEeprom eeprom);
 
+/// Whether a change of the image still waits to be written.
+[[nodiscard]] bool HeadboardEepromHasChanges(HeadboardEeprom const& eeprom);
+
 /// Reads the current bytes of a range again and compares: `kEepromMismatch` at the first difference, the
 /// image then holding what the device holds. A negative count means the whole image.
 [[nodiscard]] int32_t HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count);
