@@ -74,8 +74,8 @@ private:
     // A board with a broken chain is not taken for a blank one, which would be formatted in silence.
     void expectPresence(EepromContents const& left, uint64_t cut) {
         HeadboardDevice board(left);
-        EepromPresence const presence = probeEeprom(HeadboardEepromCreate(board.camera()));
-        expect(presence == EepromPresence::Present && board.bytesWritten() == 0,
+        EepromState const presence = probeEeprom(HeadboardEepromCreate(board.camera()));
+        expect(presence == EepromState::Present && board.bytesWritten() == 0,
                "a test for presence leaves the board as it is", cut);
     }
 

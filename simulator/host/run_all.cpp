@@ -1,5 +1,7 @@
 #include "simulator/host/run_all.h"
 
+#include "simulator/files/interruption.h"
+
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <algorithm>
@@ -37,7 +39,7 @@ RunDriver::RunDriver(DialogPage const& page, std::function<void()> deliverFrame,
 
 void RunDriver::advanceOneTick() {
     for (int i = 0; i < m_framesPerTick; ++i) {
-        if (m_isStopWanted())
+        if (files::isInterrupted())
             return;
         m_deliverFrame();
         ++m_progress.frames;
@@ -60,7 +62,7 @@ void RunDriver::advanceOneTick() {
 RunEnd RunDriver::watch(std::function<bool()> const& isWorking) {
     int unchangedTicks = 0, unchangedSince = m_progress.frames;
     while (isWorking()) {
-        if (m_isStopWanted())
+        if (files::isInterrupted())
             return RunEnd::Interrupted;
         if (m_progress.frames + m_framesPerTick > m_maxFrames)
             return RunEnd::TimedOut;
@@ -105,7 +107,7 @@ RunResult RunDriver::runSteps(Step first, Step last) {
 }
 
 bool RunDriver::awaitUniformity(double* figure) {
-    for (int tick = 0; tick < kUniformityTicks && !m_isStopWanted(); ++tick) {
+    for (int tick = 0; tick < kUniformityTicks && !files::isInterrupted(); ++tick) {
         advanceOneTick();
         if (shownUniformity(m_progress.statusTexts.at(kUniformity), figure))
             return true;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "simulator/files/interruption.h"
 #include "simulator/host/dialog_page.h"
 #include "simulator/host/time_spent.h"
 
@@ -43,9 +42,6 @@ public:
     /// Called before the dialog saves to the EEPROM, which takes its time and shows nothing meanwhile.
     void onSaving(std::function<void()> observer) { m_savingObserver = std::move(observer); }
 
-    /// Asked at each frame whether to go on. Without a word of its own a driver looks for an interruption.
-    void stopWhen(std::function<bool()> wanted) { m_isStopWanted = std::move(wanted); }
-
     /// Presses Run All and sees it through.
     RunResult runAll();
     /// Presses the steps one after the other from the first to the last, as a person does who had to mend
@@ -66,7 +62,6 @@ private:
     std::function<void(RunProgress const&)> m_observer = [](RunProgress const&) {};
     std::function<void()> m_savingObserver = [] {};
     std::function<void()> m_person = [] {};
-    std::function<bool()> m_isStopWanted = files::isInterrupted;
     int m_framesPerTick;
     int m_maxFrames;
     RunProgress m_progress;

@@ -1,5 +1,7 @@
 #include "simulator/host/script_report.h"
 
+#include "simulator/files/interruption.h"
+
 #include "simulator/host/closing_measurement.h"
 #include "simulator/host/run_summary.h"
 #include "simulator/host/session.h"

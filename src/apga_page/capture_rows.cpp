@@ -27,7 +27,7 @@ QString translated(char const* text) {
     return QCoreApplication::translate("LensAssistApga", text);
 }
 
-QString statusText(uint32_t captureState) {
+QString statusText(CaptureState captureState) {
     switch (captureState) {
     case kWaiting:
         return translated(QT_TRANSLATE_NOOP("LensAssistApga", "Waiting for you..."));
@@ -44,7 +44,7 @@ QString statusText(uint32_t captureState) {
     }
 }
 
-Bullet bulletOf(uint32_t captureState) {
+Bullet bulletOf(CaptureState captureState) {
     switch (captureState) {
     case kCapturing:
         return Bullet::Blue;
@@ -61,7 +61,7 @@ Bullet bulletOf(uint32_t captureState) {
 } // namespace
 
 CaptureRow* CapturedFrames::capturing() {
-    auto const row = std::ranges::find(m_rows, uint32_t{kCapturing}, &CaptureRow::state);
+    auto const row = std::ranges::find(m_rows, kCapturing, &CaptureRow::state);
     return row == m_rows.end() ? nullptr : &*row;
 }
 

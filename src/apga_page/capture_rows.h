@@ -28,7 +28,7 @@ enum CaptureState : uint32_t {
 using CapturedSamples = std::shared_ptr<std::vector<uint16_t> const>;
 
 struct CaptureRow {
-    uint32_t state = kNotCaptured;
+    CaptureState state = kNotCaptured;
     int32_t progress = 0; ///< 0 to 100
     CapturedSamples samples;
     int32_t width = 0;   ///< pixels of the captured frame

@@ -9,7 +9,6 @@ namespace {
 constexpr uint32_t kAdaptiveBits = 12;
 constexpr uint32_t kBitsOfYcbcr = 8;
 constexpr uint32_t kAutomaticBits = 8; // whatever the frame holds: the library knows these sensors
-constexpr int kLibraryIncompatibleSize = -2;
 
 constexpr int32_t kNoRadius = 0;             // the radius belongs to the base solution alone
 constexpr uint32_t kUnsetTemperature = 4000; // kelvin
@@ -88,7 +87,7 @@ private:
 
     void judge(int result) {
         if (result != 0 && goesOn())
-            m_core.state.lscStepState = result == kLibraryIncompatibleSize ? kFailed : kFailedOtherwise;
+            m_core.state.lscStepState = failureOf(result);
     }
 
     WaitCursor const m_cursor; // from before the reads

@@ -12,6 +12,7 @@
 #include "common/libraries.h"
 #include "common/numbers.h"
 #include "headboard/register_record.h"
+#include "hoststate/pipeline.h"
 #include "ui_lens_assist_apga.h"
 
 #include <QCoreApplication>
@@ -194,8 +195,8 @@ void LensAssistApgaFlow::takeFrame(Frame const& frame) {
     core.state.inputWasYcbcr = isYcbcr ? 1 : 0;
     if (row->state == kCaptured && balancedFirst) {
         Host const host = core.host;
-        double const red = host.readState("Relative Red Gain") / kThousandths;
-        double const blue = host.readState("Relative Blue Gain") / kThousandths;
+        double const red = host.readState(kRelativeRedGain) / kThousandths;
+        double const blue = host.readState(kRelativeBlueGain) / kThousandths;
         if (core.alive && row->state == kCaptured) {
             row->redGain = red;
             row->blueGain = blue;

@@ -99,7 +99,7 @@ void CalibrationFlow::start() {
 void CalibrationFlow::exposureTick() {
     if (core.state.aeStepProgress >= kFullProgress) {
         core.state.aeStepState = kDone;
-        core.host.setState("Auto Exposure", 0);
+        core.host.setState(kAutoExposure, 0);
         refreshEnables(core);
     }
     refreshStatus(core);
@@ -149,7 +149,7 @@ void CalibrationFlow::evaluateSetupPreset() {
     core.state.presetState = findPreset(core.host, kSetupPreset) ? kReady : kFailed;
 }
 
-void CalibrationFlow::startStep(uint32_t& stepState, int32_t& stepProgress, bool autoExposure,
+void CalibrationFlow::startStep(StepState& stepState, int32_t& stepProgress, bool autoExposure,
                                 bool resetGains) {
     stepState = kInProgress;
     core.state.settleFrames = kFramesToSettle;
@@ -158,7 +158,7 @@ void CalibrationFlow::startStep(uint32_t& stepState, int32_t& stepProgress, bool
     if (core.alive && stepState != kInProgress) {
         // Cancelled from inside the list, whose end has switched the exposure on again.
         if (autoExposure)
-            core.host.setState("Auto Exposure", 0);
+            core.host.setState(kAutoExposure, 0);
     } else if (resetGains) {
         core.state.settleFrames = kFramesToSettle; // the new gains count from the end of the list on
     }
@@ -178,7 +178,7 @@ void CalibrationFlow::calibrate() {
     uint32_t const runAll = core.state.runAll;
     storeAllSettings();
     // An earlier save no longer matches what will be calibrated now.
-    for (uint32_t* const saved : {&core.state.fileState, &core.state.promState})
+    for (StepState* const saved : {&core.state.fileState, &core.state.promState})
         if (*saved == kDone)
             *saved = kReady;
     core.state.settleFrames = kFramesToSettle;
@@ -267,7 +267,7 @@ void CalibrationFlow::saveToFile() {
 }
 
 void CalibrationFlow::saveToEeprom() {
-    uint32_t const prom = core.state.promState;
+    StepState const prom = core.state.promState;
     if (isFailed(core.state.lscStepState) || !(isOpen(prom) || prom == kDone || prom == kFailedOtherwise))
         return;
     saveToEepromStep(core, [this](HeadboardEeprom const& eeprom, QByteArray const& label) {
@@ -291,10 +291,11 @@ void CalibrationFlow::startOver() {
 
 void CalibrationFlow::resetSteps() {
     PageState& state = core.state;
-    for (uint32_t* const field :
-         {&state.runAll, &state.eepromState, &state.presetState, &state.aeStepState, &state.wbStepState,
-          &state.lscStepState, &state.fileState, &state.promState})
-        *field = 0;
+    state.runAll = 0;
+    state.eepromState = EepromState::Unknown;
+    for (StepState* const step : {&state.presetState, &state.aeStepState, &state.wbStepState,
+                                  &state.lscStepState, &state.fileState, &state.promState})
+        *step = kNotEvaluated;
     for (int32_t* const progress : {&state.aeStepProgress, &state.wbStepProgress, &state.lscStepProgress})
         *progress = 0;
     // Moved out first: destroying the calibration may call back into this flow. It may hold the inputs.
@@ -303,7 +304,7 @@ void CalibrationFlow::resetSteps() {
 }
 
 void CalibrationFlow::makeCalibrationReady() {
-    uint32_t& lsc = core.state.lscStepState;
+    StepState& lsc = core.state.lscStepState;
     if (lsc != kNotEvaluated && !isFailed(lsc))
         return;
     lsc = kReady;

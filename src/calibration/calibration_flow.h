@@ -117,7 +117,7 @@ private:
     void runAllSave();
     void exposureTick();
     void colourBalanceTick();
-    void startStep(uint32_t& stepState, int32_t& stepProgress, bool autoExposure, bool resetGains);
+    void startStep(StepState& stepState, int32_t& stepProgress, bool autoExposure, bool resetGains);
     void startCalibration();
     void loadAndVerify(ShadingHandle const& handle, std::vector<sf_RegEntry> const& entries);
     void evaluateSetupPreset();

@@ -1,5 +1,6 @@
 #include "calibration/frame_steps.h"
 
+#include "hoststate/pipeline.h"
 #include "pictures/uniformity.h"
 #include "pictures/white_balance.h"
 
@@ -20,12 +21,12 @@ bool isCorrectionDue(PageCore const& core) {
 
 void correctColourBalance(PageCore& core, MeanColour const& mean) {
     Host const host = core.host;
-    int32_t const redGain = host.readState("Relative Red Gain");
-    int32_t const blueGain = host.readState("Relative Blue Gain");
+    int32_t const redGain = host.readState(kRelativeRedGain);
+    int32_t const blueGain = host.readState(kRelativeBlueGain);
     if (!isCorrectionDue(core))
         return;
-    host.setState("Relative Red Gain", correctedGain(redGain, mean.red, mean.green));
-    host.setState("Relative Blue Gain", correctedGain(blueGain, mean.blue, mean.green));
+    host.setState(kRelativeRedGain, correctedGain(redGain, mean.red, mean.green));
+    host.setState(kRelativeBlueGain, correctedGain(blueGain, mean.blue, mean.green));
     if (!isCorrectionDue(core))
         return;
     core.state.settleFrames = kFramesToSettle;

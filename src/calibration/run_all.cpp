@@ -1,4 +1,5 @@
 #include "calibration/calibration_flow.h"
+#include "hoststate/pipeline.h"
 
 #include "calibration/display.h"
 #include "calibration/saving.h"
@@ -6,7 +7,7 @@
 namespace {
 
 // A step that runs goes back to ready; true when it ran.
-bool stopStep(uint32_t& stepState, int32_t& stepProgress) {
+bool stopStep(StepState& stepState, int32_t& stepProgress) {
     if (stepState != kInProgress)
         return false;
     stepState = kReady;
@@ -28,7 +29,7 @@ void CalibrationFlow::setRunAll(bool on) {
         PageState& state = core.state;
         state.runAll = 0;
         if (stopStep(state.aeStepState, state.aeStepProgress))
-            core.host.setState("Auto Exposure", 0);
+            core.host.setState(kAutoExposure, 0);
         stopStep(state.wbStepState, state.wbStepProgress);
         stopStep(state.lscStepState, state.lscStepProgress);
     }
@@ -45,7 +46,7 @@ void CalibrationFlow::runAllStep() {
 // One action a tick: the host shows each step before the next one begins.
 void CalibrationFlow::runAllAction() {
     PageState const& state = core.state;
-    if (state.eepromState == kEepromUnknown)
+    if (state.eepromState == EepromState::Unknown)
         return detectEeprom(core);
     if (state.presetState == kNotEvaluated)
         return evaluateSetupPreset();

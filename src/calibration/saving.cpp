@@ -13,18 +13,6 @@ namespace {
 
 constexpr char kFactoryLabel[] = "FACTORY"; // in this spelling only
 
-EepromState stateOf(EepromPresence presence) {
-    switch (presence) {
-    case EepromPresence::Present:
-        return kEepromPresent;
-    case EepromPresence::Absent:
-        return kEepromAbsent;
-    case EepromPresence::Unknown:
-        break;
-    }
-    return kEepromUnknown;
-}
-
 void refreshBoth(PageCore& core) {
     refreshEnables(core);
     refreshStatus(core);
@@ -46,17 +34,17 @@ QByteArray resultFilePath(PageCore const& core, ResultFile const& file) {
 
 void detectEeprom(PageCore& core) {
     PageState& state = core.state;
-    if (state.eepromState != kEepromUnknown)
+    if (state.eepromState != EepromState::Unknown)
         return;
     WaitCursor const cursor(core.widgets.page);
     ChangeGroup const group(core.host);
     HeadboardEeprom const eeprom = renewEeprom(core.eepromSlot, core.sensor.camera);
-    EepromState const found = stateOf(probeEeprom(eeprom));
+    EepromState const found = probeEeprom(eeprom);
     HeadboardEepromRelease(eeprom);
-    if (state.eepromState != kEepromUnknown)
+    if (state.eepromState != EepromState::Unknown)
         return; // another attempt, made inside this one, has its answer already
     state.eepromState = found;
-    if (found == kEepromAbsent && isOpen(state.promState))
+    if (found == EepromState::Absent && isOpen(state.promState))
         state.promState = kFailed;
 }
 

@@ -113,3 +113,8 @@ bool writeRegisterList(Host const& host, std::vector<sf_RegEntry> const& entries
     }
     return true;
 }
+
+StepState failureOf(int libraryResult) {
+    constexpr int kIncompatibleSize = -2;
+    return libraryResult == kIncompatibleSize ? kFailed : kFailedOtherwise;
+}

@@ -62,3 +62,7 @@ struct BayerCoding {
 /// the page may be reset or deleted from inside a write. False when it did not write all.
 [[nodiscard]] bool writeRegisterList(Host const& host, std::vector<sf_RegEntry> const& entries,
                                      std::function<bool()> const& goOn);
+
+/// The step's state after a result of the library that is no success: it tells pictures of a wrong size
+/// apart.
+[[nodiscard]] StepState failureOf(int libraryResult);

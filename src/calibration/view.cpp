@@ -73,7 +73,7 @@ constexpr Cell kYcbcrCalibration = {
 constexpr char const* kUniformityText = QT_TRANSLATE_NOOP("LensAssist", " %1   (Lower is better.)");
 constexpr char const* kNoUniformityText = QT_TRANSLATE_NOOP("LensAssist", " --   (Lower is better)");
 
-Cell cellOf(StepRow const& row, uint32_t state) {
+Cell cellOf(StepRow const& row, StepState state) {
     switch (state) {
     case kInProgress:
         return row.inProgress.text ? row.inProgress : row.otherwise;
@@ -92,7 +92,7 @@ StepStatus shown(Cell const& cell) {
     return {translated(cell.text), cell.bullet, std::nullopt};
 }
 
-StepStatus stepStatus(StepRow const& row, uint32_t state, int32_t progress) {
+StepStatus stepStatus(StepRow const& row, StepState state, int32_t progress) {
     StepStatus status = shown(cellOf(row, state));
     if (state == kInProgress && row.hasProgressBar) {
         status.text = status.text.arg(progress);
@@ -155,7 +155,7 @@ Enabling enablingOf(PageState const& state) {
     bool const busy = state.aeStepState == kInProgress || state.wbStepState == kInProgress;
     bool const run = state.runAll != 0;
     bool const free = !busy && !run;
-    bool const eepromPresent = state.eepromState == kEepromPresent;
+    bool const eepromPresent = state.eepromState == EepromState::Present;
     return {
         .runAll = !busy || run, // a running Run All can always be cancelled
         .setup = free && state.presetState != kFailed,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/libraries.h"
+#include "headboard/eeprom_chain.h"
 #include "wizard/page_surface.h"
 
 #include <QRect>
@@ -19,15 +20,12 @@ enum StepState : uint32_t {
 };
 
 /// A step that nobody has run yet.
-[[nodiscard]] inline bool isOpen(uint32_t stepState) {
+[[nodiscard]] inline bool isOpen(StepState stepState) {
     return stepState == kNotEvaluated || stepState == kReady;
 }
-[[nodiscard]] inline bool isFailed(uint32_t stepState) {
+[[nodiscard]] inline bool isFailed(StepState stepState) {
     return stepState == kFailed || stepState == kFailedOtherwise;
 }
-
-/// Presence of the headboard EEPROM, in `PageState::eepromState`.
-enum EepromState : uint32_t { kEepromUnknown = 0, kEepromPresent = 4, kEepromAbsent = 5 };
 
 /// Progress of a step that has reached its end, per cent.
 inline constexpr int32_t kFullProgress = 100;
@@ -52,16 +50,16 @@ struct PageState {
         0;               ///< nesting of widget updates from code; change handlers ignore signals meanwhile
     uint32_t active = 0; ///< 1 once the page was shown
     uint32_t runAll = 0; ///< 1 while Run All is in progress
-    uint32_t eepromState = kEepromUnknown;
-    uint32_t presetState = kNotEvaluated;
-    uint32_t aeStepState = kNotEvaluated;
+    EepromState eepromState = EepromState::Unknown;
+    StepState presetState = kNotEvaluated;
+    StepState aeStepState = kNotEvaluated;
     int32_t aeStepProgress = 0; ///< 0 to 100
-    uint32_t wbStepState = kNotEvaluated;
+    StepState wbStepState = kNotEvaluated;
     int32_t wbStepProgress = 0; ///< 0 to 100
-    uint32_t lscStepState = kNotEvaluated;
+    StepState lscStepState = kNotEvaluated;
     int32_t lscStepProgress = 0; ///< 0 to 100, also the phase
-    uint32_t fileState = kNotEvaluated;
-    uint32_t promState = kNotEvaluated;
+    StepState fileState = kNotEvaluated;
+    StepState promState = kNotEvaluated;
     ShadingHandle shadingHandle; ///< null when there is no calibration
     uint32_t inputWasYcbcr = 0;  ///< 1 when the last calibration was made from a YCbCr image
     double uniformityValue = 0;  ///< last measured colour uniformity, lower is better

@@ -43,33 +43,32 @@ void showText(QLabel* label, QString const& text) {
 
 } // namespace
 
-ConfigStatus eepromStatus(uint32_t eepromState, RecordSpace const& space, uint32_t busAddress) {
+ConfigStatus eepromStatus(EepromState eepromState, RecordSpace const& space, uint32_t busAddress) {
     // A board whose chain is half written or broken does not work normally: what the state's own text would
     // tell, records that the device lacks, invites pulling it. The state stays, so that Apply and Erase do.
     bool const isTorn = space.unwritten || space.available < 0;
-    switch (eepromState == ConfigState::EepromPresent && isTorn ? uint32_t{ConfigState::EepromError}
-                                                                : eepromState) {
-    case ConfigState::EepromPresent:
+    switch (eepromState == EepromState::Present && isTorn ? EepromState::Error : eepromState) {
+    case EepromState::Present:
         return {translated(QT_TRANSLATE_NOOP(
                                "Config", "EEPROM is present and working normally.\n%1 bytes used.  %2 bytes "
                                          "available."))
                     .arg(space.used)
                     .arg(space.available),
                 Bullet::Green};
-    case ConfigState::EepromAbsent:
+    case EepromState::Absent:
         return {translated(QT_TRANSLATE_NOOP("Config", "The EEPROM was not detected at address 0x%1.\nCheck "
                                                        "the PROM ADDR switches on the headboard."))
                     .arg(QString::number(busAddress, 16).toUpper()),
                 Bullet::Red};
-    case ConfigState::EepromError:
+    case EepromState::Error:
         return {translated(QT_TRANSLATE_NOOP("Config", "Error accessing the EEPROM.")), Bullet::Red};
-    default:
-        return {translated(QT_TRANSLATE_NOOP("Config", "The status of the EEPROM is unknown.")),
-                Bullet::Gray};
+    case EepromState::Unknown:
+        break;
     }
+    return {translated(QT_TRANSLATE_NOOP("Config", "The status of the EEPROM is unknown.")), Bullet::Gray};
 }
 
-ConfigStatus serialStatus(uint32_t serialState) {
+ConfigStatus serialStatus(ConfigState::SerialState serialState) {
     for (SerialRow const& row : kSerialRows)
         if (row.state == serialState)
             return {translated(row.text), row.bullet};
@@ -77,7 +76,7 @@ ConfigStatus serialStatus(uint32_t serialState) {
 }
 
 ConfigEnabling configEnabling(ConfigState const& state, RecordSpace const& space) {
-    if (state.eepromState != ConfigState::EepromPresent)
+    if (state.eepromState != EepromState::Present)
         return {};
     return {.combos = true,
             .apply = state.combosDirty || state.serialState == ConfigState::SerialEdited,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config_page/identification.h"
+#include "headboard/eeprom_chain.h"
 #include "wizard/page_surface.h"
 
 #include <QComboBox>
@@ -14,13 +15,12 @@
 
 /// What the configuration page knows. Plain data: status texts and enabling are functions of it.
 struct ConfigState {
-    enum EepromState : uint32_t { EepromUnknown = 0, EepromPresent = 4, EepromAbsent = 5, EepromError = 6 };
     enum SerialState : uint32_t { SerialUnknown = 0, SerialEdited = 1, SerialSaved = 4, SerialEmpty = 5 };
 
     uint32_t updateDepth =
         0; ///< nesting of widget updates from code; change handlers ignore signals meanwhile
-    uint32_t eepromState = EepromUnknown;
-    uint32_t serialState = SerialUnknown;
+    EepromState eepromState = EepromState::Unknown;
+    SerialState serialState = SerialUnknown;
     bool combosDirty = false; ///< a list was changed by the user and not applied since
     QMessageBox::Icon messageBoxIcon = QMessageBox::NoIcon;           ///< of the erase question
     std::array<QString, kIdentificationFields.size()> identification; ///< bytes as last read, as text
@@ -39,8 +39,9 @@ struct RecordSpace {
     bool unwritten = false; ///< the figures are those of changes that the device has not taken yet
 };
 
-[[nodiscard]] ConfigStatus eepromStatus(uint32_t eepromState, RecordSpace const& space, uint32_t busAddress);
-[[nodiscard]] ConfigStatus serialStatus(uint32_t serialState);
+[[nodiscard]] ConfigStatus eepromStatus(EepromState eepromState, RecordSpace const& space,
+                                        uint32_t busAddress);
+[[nodiscard]] ConfigStatus serialStatus(ConfigState::SerialState serialState);
 
 /// Which controls can be used. A combo box is enabled only when it also has items.
 struct ConfigEnabling {

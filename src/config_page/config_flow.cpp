@@ -27,18 +27,6 @@ QString translated(char const* text) {
     return QCoreApplication::translate("Config", text);
 }
 
-uint32_t stateOf(EepromPresence presence) {
-    switch (presence) {
-    case EepromPresence::Present:
-        return ConfigState::EepromPresent;
-    case EepromPresence::Absent:
-        return ConfigState::EepromAbsent;
-    case EepromPresence::Unknown:
-        break;
-    }
-    return ConfigState::EepromUnknown;
-}
-
 } // namespace
 
 ConfigFlow::ConfigFlow(SensorRecord const& sensor, HostServices const* services, EepromSlot& slot)
@@ -64,7 +52,7 @@ void ConfigFlow::testEeprom() {
     if (m_core.isBusy())
         return;
     QScopedValueRollback<bool> const working(m_core.working, true);
-    m_core.state.eepromState = ConfigState::EepromUnknown;
+    m_core.state.eepromState = EepromState::Unknown;
     detectEeprom();
     refillSerialNumber();
     refreshSerialState();
@@ -80,16 +68,16 @@ void ConfigFlow::detectEeprom() {
     if (!m_core.alive)
         return;
     HeadboardEeprom const eeprom = renewEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    EepromPresence const presence = probeEeprom(eeprom);
+    EepromState const found = probeEeprom(eeprom);
     if (!m_core.alive)
         return;
-    m_core.state.eepromState = stateOf(presence);
+    m_core.state.eepromState = found;
     // For what it reads: the displays then find the whole chain in the image.
     (void)EepromFreeSpace(eeprom);
 }
 
 void ConfigFlow::refillSerialNumber() {
-    if (!m_core.alive || m_core.state.eepromState != ConfigState::EepromPresent ||
+    if (!m_core.alive || m_core.state.eepromState != EepromState::Present ||
         !m_core.widgets.serialNumber().isEmpty())
         return;
     QString const stored = storedSerialNumber(m_core);
@@ -118,7 +106,7 @@ void ConfigFlow::showSerialNumber(QString const& number, QString const& origin) 
 }
 
 void ConfigFlow::readIdentificationBytes() {
-    if (!m_core.alive || m_core.state.eepromState != ConfigState::EepromPresent || !m_core.eepromSlot)
+    if (!m_core.alive || m_core.state.eepromState != EepromState::Present || !m_core.eepromSlot)
         return;
     WaitCursor const cursor(m_core.widgets.page);
     uint32_t const device = (*m_core.eepromSlot)->deviceAddress;
@@ -145,7 +133,7 @@ void ConfigFlow::apply() {
         return;
     // Cleared before the writing, so that a list which the user changes meanwhile is dirty again.
     bool const dirty = std::exchange(m_core.state.combosDirty, false);
-    if (dirty && m_core.eepromSlot && m_core.state.eepromState == ConfigState::EepromPresent)
+    if (dirty && m_core.eepromSlot && m_core.state.eepromState == EepromState::Present)
         writeIdentificationBytes();
     refreshDisplays();
     applyEnteredNumber();
@@ -208,7 +196,7 @@ void ConfigFlow::applySerialNumber() {
 }
 
 void ConfigFlow::eraseEeprom() {
-    if (m_core.isBusy() || m_core.state.eepromState != ConfigState::EepromPresent)
+    if (m_core.isBusy() || m_core.state.eepromState != EepromState::Present)
         return;
     QScopedValueRollback<bool> const working(m_core.working, true);
     if (!isEraseConfirmed())
@@ -302,7 +290,7 @@ void ConfigFlow::refreshDisplays() {
         return;
     HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
     RecordSpace space;
-    if (m_core.alive && m_core.state.eepromState == ConfigState::EepromPresent) {
+    if (m_core.alive && m_core.state.eepromState == EepromState::Present) {
         space.available = EepromFreeSpace(eeprom, &space.used);
         space.unwritten = HeadboardEepromHasChanges(eeprom);
     }

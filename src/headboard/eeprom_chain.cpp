@@ -246,15 +246,15 @@ std::string_view EepromRecordText(HeadboardEeprom eeprom, int32_t offset) {
     return text.substr(0, text.find('\0'));
 }
 
-EepromPresence probeEeprom(HeadboardEeprom eeprom) {
+EepromState probeEeprom(HeadboardEeprom eeprom) {
     int32_t status = EepromCheckHeader(eeprom);
     if (status == kEepromNotFormatted) {
         status = EepromFormat(eeprom, -1);
         if (status == kEepromOk)
             status = HeadboardEepromFlush(eeprom);
-        return status == kEepromOk ? EepromPresence::Present : EepromPresence::Absent;
+        return status == kEepromOk ? EepromState::Present : EepromState::Absent;
     }
     if (status == kEepromOk)
-        return EepromPresence::Present;
-    return status == kEepromNoAnswer ? EepromPresence::Absent : EepromPresence::Unknown;
+        return EepromState::Present;
+    return status == kEepromNoAnswer ? EepromState::Absent : EepromState::Unknown;
 }

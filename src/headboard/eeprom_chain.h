@@ -62,12 +62,13 @@ constexpr int32_t kAnyRecordType = -1;
 /// it cannot be read.
 [[nodiscard]] std::string_view EepromRecordText(HeadboardEeprom eeprom, int32_t offset);
 
-/// What a presence test finds.
-enum class EepromPresence : uint8_t {
-    Unknown, ///< the device failed in another way than by its silence
-    Present, ///< and formatted
-    Absent,  ///< or it cannot be formatted
+/// What is known of the headboard's EEPROM.
+enum class EepromState : uint32_t {
+    Unknown = 0, ///< not looked at, or it failed in another way than by its silence
+    Present = 4, ///< and formatted
+    Absent = 5,  ///< or it cannot be formatted
+    Error = 6,
 };
 
 /// Looks whether the device answers and is formatted. One that is not formatted is formatted silently.
-[[nodiscard]] EepromPresence probeEeprom(HeadboardEeprom eeprom);
+[[nodiscard]] EepromState probeEeprom(HeadboardEeprom eeprom);

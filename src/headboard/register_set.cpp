@@ -216,7 +216,6 @@ int32_t EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEnt
         if (auto const* const reg = sensor.findRegisterAt(entry.address, entry.registerClass, entry.id))
             entry.size = sensor.dataSize(vy_RegisterDescription(*reg));
     }
-    constexpr uint32_t kFirmwareVariable = 1;
     constexpr uint32_t kUsualVariableSize = 2;
     if (entry.registerClass == kFirmwareVariable && entry.size == 0)
         entry.size = kUsualVariableSize;

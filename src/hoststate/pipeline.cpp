@@ -12,7 +12,7 @@ struct StateSetting {
 };
 
 constexpr StateSetting kRawPipeline[] = {
-    {"Auto Exposure", 0},
+    {kAutoExposure, 0},
     {"White Balance", 0},
     {"Color Correction", 0},
     {"Saturation", 10},
@@ -87,12 +87,12 @@ void setRawPipeline(Host const& host, Sensor const& sensor, LensCorrection const
     ChangeGroup const group(host);
     setAll(host, kRawPipeline);
     if (resetWhiteBalanceGains) {
-        host.setState("Relative Red Gain", kUnityGain);
-        host.setState("Relative Blue Gain", kUnityGain);
+        host.setState(kRelativeRedGain, kUnityGain);
+        host.setState(kRelativeBlueGain, kUnityGain);
     }
     // The list has forced the automatic exposure off with the rest; only now may it run again on the new
     // state.
-    host.setState("Auto Exposure", autoExposure ? 1 : 0);
+    host.setState(kAutoExposure, autoExposure ? 1 : 0);
     host.setState("White Balance", 0);
     setLensCorrection(host, sensor, correction, false);
 }

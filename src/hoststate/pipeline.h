@@ -4,6 +4,11 @@
 #include "common/sensor.h"
 #include "common/sensor_kinds.h"
 
+// Host-state variables that more than one routine reads or sets.
+inline constexpr char kAutoExposure[] = "Auto Exposure";
+inline constexpr char kRelativeRedGain[] = "Relative Red Gain";   // thousandths
+inline constexpr char kRelativeBlueGain[] = "Relative Blue Gain"; // thousandths
+
 #include <QByteArray>
 #include <span>
 

@@ -15,7 +15,6 @@
 namespace {
 
 constexpr uint32_t kAllBits = 0xFFFFFFFF;
-constexpr int kIncompatibleSize = -2; // a library's result
 
 int findSolution(PageCore const& core, ShadingHandle const& handle) {
     int32_t const falloff = falloffPercent(core.widgets.falloffText());
@@ -149,7 +148,7 @@ void LensAssistFlow::solve(Frame const& frame) {
     if (result == 0)
         core.state.lscStepProgress = phase::kSolved;
     else
-        core.state.lscStepState = result == kIncompatibleSize ? kFailed : kFailedOtherwise;
+        core.state.lscStepState = failureOf(result);
 }
 
 LensAssist::LensAssist(QWidget* parent, SensorRecord const& sensor, HostServices const& services,

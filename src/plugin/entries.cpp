@@ -2,7 +2,6 @@
 
 #include "apga_page/lens_assist_apga.h"
 #include "common/host.h"
-#include "common/ini_section.h"
 #include "common/sensor_kinds.h"
 #include "hoststate/pipeline.h"
 #include "lsc_page/lens_assist.h"
@@ -12,7 +11,6 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPointer>
-#include <array>
 
 namespace {
 
@@ -25,13 +23,6 @@ void reportVersionMismatch() {
     QMessageBox const box(QMessageBox::Information, QStringLiteral("KestraMfr Plug-in"),
                           QStringLiteral("Pictara dialog plugin API mismatch."), QMessageBox::Ok, nullptr,
                           Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint);
-}
-
-bool hasSetupPreset(Host const& host) {
-    // Only the plain name opens the dialog; the host's prefixed forms count later, in the setup step.
-    QByteArray const iniFile = host.readTextSetting("IniFileName");
-    std::array<char, 32> section{};
-    return readIniSection(kSetupPreset[0], section.data(), section.size(), iniFile.constData()) > 0;
 }
 
 // Whoever deletes the object, the instance does not keep a pointer to it.
@@ -94,8 +85,9 @@ void addPageOf(SensorRecord const& sensor, HostServices const& services, QPointe
 }
 
 QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices const& services) {
+    // Only the preset's plain name opens the dialog; the host's prefixed forms count in the setup step.
     DialogPage const page = sensorKind(sensor.sensorKind, sensor.variant).page;
-    if (page == DialogPage::NoDialog || !hasSetupPreset(Host(services)))
+    if (page == DialogPage::NoDialog || !presetExists(Host(services), kSetupPreset[0]))
         return nullptr;
     KestraMfr& kestra = kestraMfr();
     kestra.g_parentWidget = parent;

@@ -26,7 +26,7 @@ protected:
 };
 
 struct StatusRow {
-    uint32_t PageState::*field;
+    StepState PageState::*field;
     uint32_t value;
     char const* text;
     char const* colour;
@@ -108,7 +108,7 @@ TEST_P(Display, EveryStateHasItsTextAndBullet) {
     for (auto const& step : steps) {
         for (StatusRow const& row : step.rows) {
             PageState shown = plain;
-            shown.*row.field = row.value;
+            shown.*row.field = StepState(row.value);
             show(shown);
             EXPECT_EQ(text(step.label), row.text) << row.value;
             EXPECT_EQ(colour(step.bullet), row.colour) << row.text;
@@ -177,12 +177,12 @@ TEST_P(Display, EnablingFollowsTheStates) {
     for (Row const& row : rows) {
         PageState shown;
         shown.runAll = row.runAll;
-        shown.aeStepState = row.ae;
-        shown.wbStepState = row.wb;
-        shown.presetState = row.preset;
-        shown.lscStepState = row.lsc;
-        shown.fileState = row.file;
-        shown.eepromState = row.eeprom;
+        shown.aeStepState = StepState(row.ae);
+        shown.wbStepState = StepState(row.wb);
+        shown.presetState = StepState(row.preset);
+        shown.lscStepState = StepState(row.lsc);
+        shown.fileState = StepState(row.file);
+        shown.eepromState = EepromState(row.eeprom);
         show(shown);
         std::string enabled;
         for (auto const& [letter, names] : groups) {

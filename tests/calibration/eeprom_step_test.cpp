@@ -43,7 +43,7 @@ protected:
 
 TEST_P(EepromStep, OpeningFormatsABlankEepromInSilence) {
     open();
-    EXPECT_EQ(state().eepromState, kEepromPresent);
+    EXPECT_EQ(state().eepromState, EepromState::Present);
     EXPECT_EQ(state().promState, kNotEvaluated);
     std::vector<uint8_t> const head(libraries.headboard.device.begin(),
                                     libraries.headboard.device.begin() + 7);
@@ -70,13 +70,14 @@ TEST_P(EepromStep, PresenceIsToldApartFromFailure) {
         DeviceFault fault;
         bool formatted;
         int64_t at; // the first operation reads the header, later ones write a blank one
-        uint32_t eepromState, promState;
+        EepromState eepromState;
+        StepState promState;
     };
     constexpr Row kRows[] = {
-        {DeviceFault::NoAnswer, true, 0, kEepromAbsent, kFailed},
-        {DeviceFault::Failure, true, 0, kEepromUnknown, kNotEvaluated},
-        {DeviceFault::Failure, false, 1, kEepromAbsent, kFailed},
-        {DeviceFault::NoAnswer, false, 1, kEepromAbsent, kFailed},
+        {DeviceFault::NoAnswer, true, 0, EepromState::Absent, kFailed},
+        {DeviceFault::Failure, true, 0, EepromState::Unknown, kNotEvaluated},
+        {DeviceFault::Failure, false, 1, EepromState::Absent, kFailed},
+        {DeviceFault::NoAnswer, false, 1, EepromState::Absent, kFailed},
     };
     for (Row const& row : kRows) {
         SCOPED_TRACE(&row - kRows);
@@ -106,7 +107,7 @@ TEST_P(EepromStep, RunAllAsksAgainWhileTheAnswerIsUnknown) {
     EXPECT_EQ(state().presetState, kReady) << "no step begins before the EEPROM is known";
     libraries.headboard.faultAt = -1;
     tick();
-    EXPECT_EQ(state().eepromState, kEepromPresent);
+    EXPECT_EQ(state().eepromState, EepromState::Present);
     tick();
     EXPECT_EQ(state().presetState, kDone);
 }

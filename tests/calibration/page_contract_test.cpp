@@ -22,7 +22,7 @@ protected:
     }
     PageContract() : PageFixture(GetParam()) {}
 
-    void runTo(uint32_t PageState::*step, uint32_t value) {
+    void runTo(StepState PageState::*step, StepState value) {
         for (int i = 0; i < 200 && page && state().*step != value; ++i) {
             frames(3);
             frames(1, 13);

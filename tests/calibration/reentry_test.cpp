@@ -60,9 +60,9 @@ protected:
         }
         if (!page)
             return;
-        for (uint32_t const step :
-             {state().aeStepState, state().wbStepState, state().lscStepState, state().fileState,
-              state().promState, state().presetState, state().runAll * 3})
+        EXPECT_EQ(state().runAll, 0U) << where;
+        for (StepState const step : {state().aeStepState, state().wbStepState, state().lscStepState,
+                                     state().fileState, state().promState, state().presetState})
             EXPECT_NE(step, kInProgress) << where << " phase " << state().lscStepProgress;
     }
 

@@ -56,7 +56,7 @@ protected:
         installVeyra2(linkedLibrary());
         sensor.camera = camera->handle();
         open();
-        ASSERT_EQ(state().eepromState, kEepromPresent);
+        ASSERT_EQ(state().eepromState, EepromState::Present);
         // What the bridge stores cannot be read again; there the older record is that of another path.
         if (!access.losesEvenBytes) {
             ASSERT_EQ(save(), "Done.") << "the older record";
@@ -93,7 +93,7 @@ protected:
 
     std::string startOverAndSave() {
         click("Start_Over");
-        return state().eepromState == kEepromPresent ? save() : "not detected";
+        return state().eepromState == EepromState::Present ? save() : "not detected";
     }
 
     // Every byte that the device lacks is marked for the next attempt.

@@ -20,12 +20,12 @@ TEST(SerialNumberEdits, AFileStepThatIsOverIsOpenAgainOnBothPages) {
     struct Row {
         std::array<StepState, 2> before;
         bool isEmpty;
-        std::array<uint32_t, 2> after;
+        std::array<StepState, 2> after;
     };
-    for (Row const& row : {Row{{kReady, kDone}, true, {5, 5}},
-                           {{kFailed, kFailed}, false, {0, 0}},
-                           {{kReady, kDone}, false, {0, 0}},
-                           {{kReady, kReady}, false, {1, 1}}}) {
+    for (Row const& row : {Row{{kReady, kDone}, true, {kFailed, kFailed}},
+                           {{kFailed, kFailed}, false, {kNotEvaluated, kNotEvaluated}},
+                           {{kReady, kDone}, false, {kNotEvaluated, kNotEvaluated}},
+                           {{kReady, kReady}, false, {kReady, kReady}}}) {
         first.setFileState(row.before[0]);
         second.setFileState(row.before[1]);
         tellSerialNumberEdited(both, row.isEmpty);

@@ -9,13 +9,13 @@ namespace {
 
 // The states that no check or edit of the page ends in.
 TEST(ConfigDisplay, StatesOfNoCheckAreShownToo) {
-    ConfigStatus const error = eepromStatus(ConfigState::EepromError, {}, 0);
+    ConfigStatus const error = eepromStatus(EepromState::Error, {}, 0);
     EXPECT_EQ(error.text, "Error accessing the EEPROM.");
     EXPECT_EQ(error.bullet, Bullet::Red);
-    EXPECT_EQ(eepromStatus(3, {}, 0).text, "The status of the EEPROM is unknown.");
+    EXPECT_EQ(eepromStatus(EepromState(3), {}, 0).text, "The status of the EEPROM is unknown.");
     for (auto const& [state, bullet] : {std::pair(6U, Bullet::Red), {0U, Bullet::Gray}, {2U, Bullet::Gray}}) {
-        EXPECT_EQ(serialStatus(state).text, "Enter the serial number.") << state;
-        EXPECT_EQ(serialStatus(state).bullet, bullet) << state;
+        EXPECT_EQ(serialStatus(ConfigState::SerialState(state)).text, "Enter the serial number.") << state;
+        EXPECT_EQ(serialStatus(ConfigState::SerialState(state)).bullet, bullet) << state;
     }
 }
 

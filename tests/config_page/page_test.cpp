@@ -31,11 +31,12 @@ TEST_F(ConfigPage, AFailureOfTheDeviceIsToldApartFromItsSilence) {
     struct Row {
         DeviceFault fault;
         int64_t at;
-        uint32_t state;
+        EepromState state;
     };
     // Operation 0 reads the header, 1 is the first write of the formatting.
-    for (Row const& row :
-         {Row{DeviceFault::Failure, 0, 0}, {DeviceFault::Failure, 1, 5}, {DeviceFault::NoAnswer, 0, 5}}) {
+    for (Row const& row : {Row{DeviceFault::Failure, 0, EepromState::Unknown},
+                           {DeviceFault::Failure, 1, EepromState::Absent},
+                           {DeviceFault::NoAnswer, 0, EepromState::Absent}}) {
         std::fill(headboard.device.begin(), headboard.device.end(), uint8_t(0xFF));
         headboard.operations = 0;
         headboard.fault = row.fault;
@@ -57,7 +58,7 @@ TEST_F(ConfigPage, AFailureOfTheDeviceIsToldApartFromItsSilence) {
     EXPECT_EQ(page->serialNumber(), "ABC1234002");
     headboard.deviceAddress = 0xAA;
     click("EEPROM_Test");
-    EXPECT_EQ(state().eepromState, 5U);
+    EXPECT_EQ(state().eepromState, EepromState::Absent);
     click("EEPROM_Erase"); // stays as it was
     EXPECT_TRUE(messages.empty()) << "there is nothing to erase";
     EXPECT_TRUE(host.isBalanced());

@@ -89,7 +89,7 @@ protected:
         EXPECT_EQ(state().updateDepth, 0U);
         enter("ABC1234777");
         QMetaObject::invokeMethod(page, "OnBnClickedEepromTest");
-        EXPECT_EQ(state().eepromState, 4U);
+        EXPECT_EQ(state().eepromState, EepromState::Present);
         QMetaObject::invokeMethod(page, "OnBnClickedApply");
         EXPECT_EQ(text("SN_Status") == "Done. Serial number is saved.", deviceNumber() == "ABC1234777");
         // Whoever discards the EEPROM while it is written leaves a torn chain; nobody else may.
@@ -150,7 +150,7 @@ TEST_F(ConfigReentry, EverySlotMayBeNull) {
         for (char const* action :
              {"OnBnClickedApply", "OnBnClickedSetGrabFileName", "OnBnClickedEepromErase"})
             run(action);
-        EXPECT_EQ(state().eepromState, 4U) << "without slot " << slotNumber;
+        EXPECT_EQ(state().eepromState, EepromState::Present) << "without slot " << slotNumber;
     }
 }
 

@@ -111,7 +111,7 @@ TEST_F(HeadboardConfig, EveryWiringOfAnEepromLeadsToItsIdentificationBytes) {
         options.profile = QLatin1String(profile);
         options.eepromFile = file(profile);
         open();
-        EXPECT_EQ(session->page().state().eepromState, 4U);
+        EXPECT_EQ(session->page().state().eepromState, EepromState::Present);
         EXPECT_EQ(widget<QComboBox>("MI_Combo")->currentData().toInt(), 255);
         choose("MI_Combo", 4);
         choose("PN_Combo", 12);

@@ -27,21 +27,21 @@ TEST_F(Slot, AllUsersShareOneEepromUntilItIsRenewed) {
 }
 
 TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
-    EXPECT_EQ(probeEeprom(eeprom), EepromPresence::Present);
+    EXPECT_EQ(probeEeprom(eeprom), EepromState::Present);
     std::vector<uint8_t> const head(board.device.begin(), board.device.begin() + 6);
     EXPECT_EQ(head, (std::vector<uint8_t>{'V', 'Y', 'E', 'E', 1, 0xFF}));
     int64_t const written = board.operations;
-    EXPECT_EQ(probeEeprom(eeprom), EepromPresence::Present);
+    EXPECT_EQ(probeEeprom(eeprom), EepromState::Present);
     EXPECT_EQ(board.operations, written) << "a formatted one is left alone";
     struct Row {
         bool isFormatted;
         DeviceFault fault;
-        EepromPresence presence;
+        EepromState presence;
     };
-    for (Row const& row : {Row{true, DeviceFault::NoAnswer, EepromPresence::Absent},
-                           Row{true, DeviceFault::Failure, EepromPresence::Unknown},
-                           Row{false, DeviceFault::NoAnswer, EepromPresence::Absent},
-                           Row{false, DeviceFault::Failure, EepromPresence::Absent}}) {
+    for (Row const& row : {Row{true, DeviceFault::NoAnswer, EepromState::Absent},
+                           Row{true, DeviceFault::Failure, EepromState::Unknown},
+                           Row{false, DeviceFault::NoAnswer, EepromState::Absent},
+                           Row{false, DeviceFault::Failure, EepromState::Absent}}) {
         HeadboardEepromRelease(eeprom);
         board.device[0] = row.isFormatted ? 'V' : 0xFF;
         board.fault = row.fault;

@@ -107,7 +107,7 @@ NamedState const kStates[] = {
          s.fail(DeviceFault::Failure);
          s.open();
          // No check of the page ends so; it is shown as the page would show it.
-         ConfigStatus const status = eepromStatus(ConfigState::EepromError, {}, 0);
+         ConfigStatus const status = eepromStatus(EepromState::Error, {}, 0);
          s.widget<QLabel>("EEPROM_Status")->setText(status.text);
          s.widget<QLabel>("EEPROM_Bullet")->setPixmap(bulletPixmap(&s.wizard, status.bullet));
      }},
