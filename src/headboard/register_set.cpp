@@ -3,6 +3,7 @@
 #include "headboard/record_format.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -50,7 +51,6 @@ void encodeFull(RegisterEntry const& entry, std::span<uint8_t> bytes) {
 }
 
 constexpr size_t kBlockHead = 3;
-constexpr uint8_t kNoBlock = 0xFF;
 constexpr int32_t kEntryReserve = 11; // of the capacity; an entry may still end beyond it
 constexpr int32_t kLineReserve = 4;
 
@@ -63,37 +63,14 @@ std::span<uint8_t const> contentOf(std::span<uint8_t const> record) {
                                 : record.subspan(kRecordHead + kRecordName, length - kRecordName);
 }
 
-// A block of entries in a record's content. A length that leads out of the content is cut.
-struct Block {
-    size_t offset = 0;
-    uint8_t kind = kNoBlock;
-    std::span<uint8_t const> entries;
-
-    [[nodiscard]] size_t end() const { return offset + kBlockHead + entries.size(); }
-};
-
-// The block at an offset; the kind is `kNoBlock` behind the last one.
-Block blockAt(std::span<uint8_t const> content, size_t offset) {
-    if (offset > content.size() || content.size() - offset < kBlockHead || content[offset] == kNoBlock)
-        return {offset, kNoBlock, {}};
-    size_t const room = content.size() - offset - kBlockHead;
-    size_t const length = std::min<size_t>(getU16Be(content, offset + 1), room);
-    return {offset, content[offset], content.subspan(offset + kBlockHead, length)};
-}
-
-// The last block, or `kNoBlock` at the content's end; empty when the content is no list of blocks.
-std::optional<Block> lastBlock(EepromRecord const& record) {
-    if (record.payload().size() < kRecordName)
-        return std::nullopt;
-    std::span<uint8_t const> const content = contentOf(record.bytes());
-    Block last = {0, kNoBlock, {}};
-    for (Block block = blockAt(content, 0); block.kind != kNoBlock; block = blockAt(content, block.end())) {
-        if (!entryKind(block.kind) || block.entries.size() != getU16Be(content, block.offset + 1))
-            return std::nullopt;
-        last = block;
-    }
-    bool const reachesEnd = last.kind == kNoBlock ? content.empty() : last.end() == content.size();
-    return reachesEnd ? std::optional(last) : std::nullopt;
+// The blocks of a record that nothing else follows; empty when it holds something else.
+std::optional<std::vector<EntryBlock>> wholeBlocks(EepromRecord const& record) {
+    RegisterSetContent content = splitRegisterSet(record.bytes());
+    bool const isWhole = record.length() >= kRecordName && content.restOffset == record.bytes().size() &&
+                         std::ranges::all_of(content.blocks, [](EntryBlock const& block) {
+                             return block.entries.size() == block.length;
+                         });
+    return isWhole ? std::optional(std::move(content.blocks)) : std::nullopt;
 }
 
 // Address-space kinds of register descriptions whose entries tell id and size, or the id with a condition.
@@ -207,6 +184,28 @@ RegisterEntry decodeEntry(std::span<uint8_t const> bytes, EntryKind kind,
     return entry;
 }
 
+RegisterSetContent splitRegisterSet(std::span<uint8_t const> record) {
+    size_t const told = record.size() < kRecordHead ? 0 : kRecordHead + size_t{getU16Be(record, 1)};
+    record = record.first(std::min(record.size(), told));
+    size_t at = std::min<size_t>(record.size(), kRecordHead + kRecordName);
+    RegisterSetContent content;
+    while (record.size() - at >= kBlockHead && entryKind(record[at])) {
+        size_t const length = getU16Be(record, at + 1);
+        size_t const begin = at + kBlockHead;
+        size_t const there = std::min(length, record.size() - begin);
+        content.blocks.push_back({at, record[at], length, record.subspan(begin, there)});
+        at = begin + there;
+    }
+    content.restOffset = at;
+    if (at < record.size() && record[at] != kErased)
+        content.rest = record.subspan(at);
+    return content;
+}
+
+bool holdsLines(RegisterSetContent const& content) {
+    return content.blocks.empty() && !content.rest.empty() && !entryKind(content.rest.front());
+}
+
 int32_t EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEntry entry) {
     if (record.length() >= int64_t{record.capacity()} - kEntryReserve)
         return kEepromNoRoom;
@@ -220,19 +219,17 @@ int32_t EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEnt
     if (entry.registerClass == kFirmwareVariable && entry.size == 0)
         entry.size = kUsualVariableSize;
 
-    std::optional<Block> const last = lastBlock(record);
-    if (!last)
+    auto const blocks = wholeBlocks(record);
+    if (!blocks)
         return kEepromFailed;
     EntryKind const kind = chooseEntryKind(entry, info);
     std::vector<uint8_t> added = encodeEntry(entry, kind, info);
     auto const entryBytes = uint32_t(added.size());
-    size_t lengthAt = kRecordName + last->offset + 1;
-    uint32_t blockLength = uint32_t(last->entries.size());
-    if (last->kind != uint8_t(kind)) {
-        lengthAt = record.payload().size() + 1;
-        blockLength = 0;
+    bool const continues = !blocks->empty() && blocks->back().kind == uint8_t(kind);
+    size_t const lengthAt = (continues ? blocks->back().offset - kRecordHead : record.payload().size()) + 1;
+    auto const blockLength = uint32_t(continues ? blocks->back().length : 0);
+    if (!continues)
         added.insert(added.begin(), {uint8_t(kind), 0, 0});
-    }
     if (!record.append(added))
         return kEepromNoRoom;
     putU16Be(record.payload(), lengthAt, blockLength + entryBytes);
@@ -269,20 +266,17 @@ int32_t EepromAddLine(EepromRecord& record, std::string const& text) {
 int32_t EepromGetEntry(HeadboardEeprom eeprom, std::span<uint8_t const> record, int32_t n,
                        RegisterEntry& entry) {
     std::optional<SensorInfo> const info = Sensor(eeprom->camera).info();
-    std::span<uint8_t const> const content = contentOf(record);
     auto left = size_t(std::max(n, 0));
-    for (Block block = blockAt(content, 0);; block = blockAt(content, block.end())) {
-        std::optional<EntryKind> const kind = entryKind(block.kind);
-        if (!kind)
-            return kEepromFailed;
-        size_t const count = block.entries.size() / entrySize(*kind);
+    for (EntryBlock const& block : splitRegisterSet(record).blocks) {
+        auto const kind = EntryKind(block.kind);
+        size_t const count = block.entries.size() / entrySize(kind);
         if (left < count) {
-            entry =
-                decodeEntry(block.entries.subspan(left * entrySize(*kind), entrySize(*kind)), *kind, info);
+            entry = decodeEntry(block.entries.subspan(left * entrySize(kind), entrySize(kind)), kind, info);
             return kEepromOk;
         }
         left -= count;
     }
+    return kEepromFailed;
 }
 
 int32_t EepromGetLine(std::span<uint8_t const> record, int32_t n, std::string* line) {

@@ -48,6 +48,27 @@ enum class EntryKind : uint8_t {
 [[nodiscard]] RegisterEntry decodeEntry(std::span<uint8_t const> bytes, EntryKind kind,
                                         std::optional<SensorInfo> const& sensor);
 
+/// Entries of one kind in a register set.
+struct EntryBlock {
+    size_t offset = 0;                ///< of its head, from the record's begin
+    uint8_t kind = 0;                 ///< one that is known
+    size_t length = 0;                ///< bytes of the entries, as its head tells
+    std::span<uint8_t const> entries; ///< shorter when the record ends before
+};
+
+/// What stands behind the name in a register set.
+struct RegisterSetContent {
+    std::vector<EntryBlock> blocks;
+    size_t restOffset = 0;         ///< from the record's begin
+    std::span<uint8_t const> rest; ///< behind the blocks; empty too where unused bytes end them
+};
+
+/// Takes apart a register set, of any content, from its head on, as far as its length and its bytes reach.
+[[nodiscard]] RegisterSetContent splitRegisterSet(std::span<uint8_t const> record);
+
+/// Whether a record consists of lines of text rather than of entries.
+[[nodiscard]] bool holdsLines(RegisterSetContent const& content);
+
 // What stands behind the name in a register set: entries in blocks of one kind each, or lines of text.
 // Entries are coded as the open sensor needs it; without a camera the plainest way is taken.
 

@@ -24,10 +24,10 @@ std::string describeMagic(std::span<uint8_t const> store) {
 
 std::string describeRecordPastEnd(std::span<uint8_t const> rest) {
     std::string const record = "the record " + typeText(rest.front());
-    if (rest.size() < size_t{RecordPlace::kHeadSize})
+    if (rest.size() < size_t{kRecordHead})
         return record + " has no length: the store ends";
     size_t const length = getU16Be(rest, 1);
-    size_t const missing = RecordPlace::kHeadSize + length - rest.size();
+    size_t const missing = kRecordHead + length - rest.size();
     return record + ", length " + std::to_string(length) + ", runs past the end of the store by " +
            counted(int64_t(missing), "byte");
 }

@@ -6,7 +6,6 @@
 #include "headboard/record_format.h"
 #include "headboard/register_set.h"
 #include "tools/headboard-image/chain_check.h"
-#include "tools/headboard-image/entry_blocks.h"
 #include "tools/headboard-image/image_file.h"
 #include "tools/headboard-image/printed_text.h"
 #include "tools/headboard-image/profile_sensor.h"
@@ -144,7 +143,7 @@ std::string lackingText(Import const& import) {
 void rename(RecordStore const& store, int32_t offset, std::string name) {
     name.resize(recordNameWidth(kRecordPga), '\0');
     auto const* const bytes = reinterpret_cast<uint8_t const*>(name.data());
-    (void)HeadboardEepromPut(store.eeprom(), offset + RecordPlace::kHeadSize, int32_t(name.size()), bytes);
+    (void)HeadboardEepromPut(store.eeprom(), offset + kRecordHead, int32_t(name.size()), bytes);
 }
 
 // Everything that an import works with.

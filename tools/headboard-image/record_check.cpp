@@ -2,7 +2,6 @@
 
 #include "headboard/record_format.h"
 #include "headboard/register_set.h"
-#include "tools/headboard-image/entry_blocks.h"
 #include "tools/headboard-image/printed_text.h"
 
 #include <algorithm>
@@ -46,9 +45,7 @@ public:
     }
 
 private:
-    [[nodiscard]] std::span<uint8_t const> payload() const {
-        return m_record.subspan(RecordPlace::kHeadSize);
-    }
+    [[nodiscard]] std::span<uint8_t const> payload() const { return m_record.subspan(kRecordHead); }
 
     // `at` is counted from the record's begin.
     void fault(size_t at, std::string text) {

@@ -5,7 +5,6 @@
 #include "headboard/record_format.h"
 #include "headboard/register_set.h"
 #include "tools/headboard-image/chain_check.h"
-#include "tools/headboard-image/entry_blocks.h"
 #include "tools/headboard-image/printed_text.h"
 
 #include <algorithm>
@@ -105,7 +104,7 @@ std::string contentText(RecordStore const& store, RecordPlace const& place, Addr
     case RecordPayload::Opaque:
     case RecordPayload::NamedData: {
         size_t const name = std::min(recordNameWidth(place.type), size_t(place.length()));
-        size_t const begin = RecordPlace::kHeadSize + name;
+        size_t const begin = kRecordHead + name;
         return hexDump(store.record(place).subspan(begin), place.offset + int32_t(begin));
     }
     }

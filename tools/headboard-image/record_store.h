@@ -1,6 +1,7 @@
 #pragma once
 
 #include "headboard/headboard_eeprom.h"
+#include "headboard/record_format.h"
 
 #include <cstdint>
 #include <span>
@@ -14,8 +15,7 @@ struct RecordPlace {
     uint8_t type = 0;
     int32_t size = 0; ///< bytes, head included
 
-    [[nodiscard]] int32_t length() const { return size - kHeadSize; } ///< of the payload
-    static constexpr int32_t kHeadSize = 3;
+    [[nodiscard]] int32_t length() const { return size - kRecordHead; } ///< of the payload
 };
 
 enum class ChainEnd : uint8_t {
