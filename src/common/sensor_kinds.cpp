@@ -14,7 +14,7 @@ constexpr VariantRange kAny = {};
 constexpr VariantRange kFirst = {1, 1};
 constexpr VariantRange kLater = {2, UINT32_MAX};
 
-// P_CR_Q5 and P_CB_Q5 of kind 68 are replayed, deliberately: its firmware takes them besides the tables.
+// P_CR_Q5 and P_CB_Q5 of kind 68 are replayed, deliberately: only the terms of the four planes are left out.
 constexpr std::string_view kLeftOut68[] = {
     "P_GR_Q5", "P_RD_Q5", "P_BL_Q5", "P_GB_Q5", "PGASETUP_LEFT_*", "PGASETUP_MIDDLE_*", "PGASETUP_RIGHT_*"};
 constexpr std::string_view kLeftOut76[] = {"P_*", "CENTER_ROW", "CENTER_COLUMN"};
