@@ -5,6 +5,8 @@
 
 #include <cstdlib>
 
+using namespace kestra;
+
 namespace {
 
 struct Way {

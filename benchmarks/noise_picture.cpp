@@ -4,6 +4,8 @@
 #include <random>
 #include <utility>
 
+using namespace kestra;
+
 NoisePicture const& noisePicture(FrameSize size) {
     static std::map<std::pair<int32_t, int32_t>, NoisePicture> pictures;
     NoisePicture& picture = pictures[{size.width, size.height}];

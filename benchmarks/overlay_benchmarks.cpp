@@ -5,6 +5,8 @@
 #include <QRect>
 #include <benchmark/benchmark.h>
 
+using namespace kestra;
+
 namespace {
 
 constexpr uint32_t kColour = 0xDD2200;

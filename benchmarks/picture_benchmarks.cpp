@@ -9,6 +9,8 @@
 #include <cmath>
 #include <string>
 
+using namespace kestra;
+
 // Every way is measured on the same buffers. OpenCV's ways and the plain sum are what the plug-in is held
 // against.
 

@@ -3,6 +3,8 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace kestra;
+
 namespace {
 
 uint64_t g_written = 0;

@@ -1,3 +1,5 @@
+
+
 // Whole call sequences over the five entries, with hostile services: they answer garbage, they are missing,
 // and they call back into the plug-in or delete its dialog, its page or the dialog's parent. A short input is
 // played again until a sequence has its calls.
@@ -11,6 +13,8 @@
 #include <QDialog>
 #include <QPointer>
 #include <cstring>
+
+using namespace kestra;
 
 namespace {
 

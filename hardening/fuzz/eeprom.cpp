@@ -1,3 +1,5 @@
+
+
 // Contents of the headboard's EEPROM, however broken, under changes and faults. Beside no crash and no hang:
 // an operation changes the chain of records as it says and no further, and what a flush reported as written
 // is on the device.
@@ -10,6 +12,8 @@
 #include "tests/support/input_reader.h"
 
 #include <optional>
+
+using namespace kestra;
 
 namespace {
 

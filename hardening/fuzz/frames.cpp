@@ -1,3 +1,5 @@
+
+
 // Frames of any type, size, pitch and sequence, through the two exported entries, in every phase of a
 // calibration: nothing outside of the pixels is read, nothing outside of a displayed picture is written.
 
@@ -5,6 +7,8 @@
 #include "hardening/fuzz/fuzz_target.h"
 #include "hardening/fuzz/guarded_frame.h"
 #include "hardening/fuzz/open_dialogs.h"
+
+using namespace kestra;
 
 namespace {
 

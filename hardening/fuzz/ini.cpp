@@ -1,3 +1,5 @@
+
+
 // Ini files, however broken: the section reader stays inside its buffer, and what it answers holds together.
 
 #include "common/ini_section.h"
@@ -19,6 +21,8 @@
 #else
 #include <unistd.h>
 #endif
+
+using namespace kestra;
 
 namespace {
 

@@ -1,3 +1,5 @@
+
+
 // Results of library calls: null, short and absurd ones, changing from call to call, while a page calibrates
 // and saves. What the page reports as done has been done.
 
@@ -11,6 +13,8 @@
 
 #include <QComboBox>
 #include <utility>
+
+using namespace kestra;
 
 namespace {
 

@@ -4,6 +4,8 @@
 #include "hardening/fuzz/fuzz_target.h"
 #include "plugin/instance.h"
 
+using namespace kestra;
+
 OpenDialogs::OpenDialogs(InputReader& input, std::initializer_list<uint32_t> kinds) : session(input) {
     KestraMfr& plugin = kestraMfr();
     for (uint32_t const kind : kinds) {

@@ -20,7 +20,7 @@ public:
     /// What must hold behind a run, whatever it did.
     void checkBalance() const;
 
-    DialogSession session;
+    kestra::DialogSession session;
 
 private:
     struct Page {

@@ -4,6 +4,8 @@
 #include "headboard/headboard_eeprom.h"
 #include "headboard_device.h"
 
+using namespace kestra;
+
 namespace power_cuts {
 namespace {
 

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <vector>
 
+using namespace kestra;
+
 namespace power_cuts {
 namespace {
 

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <thread>
 
+using namespace kestra;
+
 namespace {
 
 constexpr uint32_t kDefaultSaves = 1000;

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <string>
 
+using namespace kestra;
+
 namespace power_cuts {
 namespace {
 

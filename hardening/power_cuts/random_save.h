@@ -10,7 +10,7 @@
 namespace power_cuts {
 
 /// What one press of a button stores: mostly one record, with a factory calibration its time stamp too.
-using Save = std::vector<EepromRecord>;
+using Save = std::vector<kestra::EepromRecord>;
 
 /// A board with a history of saves, and the save during which the power will fail.
 struct Scene {
@@ -22,6 +22,6 @@ struct Scene {
 [[nodiscard]] Scene randomScene(uint32_t number);
 
 /// Does a save as the pages do: the records replace older ones in the image, then the image is flushed.
-[[nodiscard]] int32_t store(HeadboardEeprom const& eeprom, Save const& save);
+[[nodiscard]] int32_t store(kestra::HeadboardEeprom const& eeprom, Save const& save);
 
 } // namespace power_cuts

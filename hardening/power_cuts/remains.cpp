@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+using namespace kestra;
+
 namespace power_cuts {
 namespace {
 

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <numeric>
 
+using namespace kestra;
+
 namespace power_cuts {
 namespace {
 

@@ -8,6 +8,8 @@
 #include <new>
 #include <stdexcept>
 
+namespace kestra {
+
 namespace {
 
 // Zeros for `elements` samples, with the frame's bytes at the start; null when there is no memory.
@@ -128,3 +130,5 @@ void CaptureDisplay::showBullet(Row& row, Bullet bullet, Wizard const* wizard) {
     row.bullet->setPixmap(bulletPixmap(wizard, bullet));
     row.shownBullet = bullet;
 }
+
+} // namespace kestra

@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+namespace kestra {
+
 /// The three illuminants of a calibration, in the order in which everything here has them: also the sensor's
 /// left, middle and right.
 enum Illuminant : size_t { kIncandescent, kFluorescent, kDaylight, kIlluminants };
@@ -106,3 +108,5 @@ private:
     std::array<Row, kIlluminants> m_rows;
     uint32_t m_blinks = 0; // the lowest bit tells which bullet a waiting row shows
 };
+
+} // namespace kestra

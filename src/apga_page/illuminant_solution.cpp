@@ -4,6 +4,8 @@
 #include "calibration/solver_input.h"
 #include "common/libraries.h"
 
+namespace kestra {
+
 namespace {
 
 constexpr uint32_t kAdaptiveBits = 12;
@@ -112,3 +114,5 @@ void findIlluminantSolution(PageCore& core, CapturedFrames const& captured, PgaM
     else if (mode.adaptivePgaMode)
         Calculation(core, captured, temperatures).adaptive();
 }
+
+} // namespace kestra

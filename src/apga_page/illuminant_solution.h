@@ -3,6 +3,8 @@
 #include "apga_page/capture_rows.h"
 #include "calibration/page_core.h"
 
+namespace kestra {
+
 /// Which of the library's two calculations a sensor needs. Neither, when neither is set.
 struct PgaMode {
     uint8_t autoPgaMode = 0; ///< looked at first
@@ -17,3 +19,5 @@ using IlluminantTemperatures = std::array<int32_t, kIlluminants>;
 /// frame that is refused or a solution that fails sets its failure state, and nothing more is asked.
 void findIlluminantSolution(PageCore& core, CapturedFrames const& captured, PgaMode mode,
                             IlluminantTemperatures const& temperatures);
+
+} // namespace kestra

@@ -17,6 +17,8 @@
 
 #include <QCoreApplication>
 
+namespace kestra {
+
 namespace {
 
 struct TemperatureSetting {
@@ -279,6 +281,10 @@ void LensAssistApgaFlow::showStatus() {
         core.widgets.file.status->setText(
             QCoreApplication::translate("LensAssistApga", "Error: No serial number."));
 }
+
+} // namespace kestra
+
+using namespace kestra;
 
 LensAssistApga::LensAssistApga(QWidget* parent, SensorRecord const& sensor, HostServices const& services,
                                Wizard* wizard, EepromSlot& eepromSlot)

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <string>
 
+namespace kestra {
+
 namespace {
 
 constexpr double kFixedPointOne = 128; // 7 fraction bits
@@ -63,3 +65,5 @@ void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Hos
     (void)EepromDeleteNth(eeprom, kRecordCcm, stored.c_str(), 0);
     (void)EepromAppendRecord(eeprom, record);
 }
+
+} // namespace kestra

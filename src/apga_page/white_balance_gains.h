@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace kestra {
+
 /// Colour temperature of each illuminant, kelvin, with fractions.
 using IlluminantKelvins = std::array<double, kIlluminants>;
 
@@ -24,3 +26,5 @@ using IlluminantKelvins = std::array<double, kIlluminants>;
 void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Host const& host,
                             CapturedFrames const& captured,
                             std::function<IlluminantKelvins()> const& readTemperatures);
+
+} // namespace kestra

@@ -13,6 +13,8 @@
 #include <QScopedValueRollback>
 #include <utility>
 
+namespace kestra {
+
 namespace {
 
 constexpr int32_t kCoefficientPrecision = 16; // bits
@@ -393,3 +395,5 @@ void CalibrationFlow::notifyStatus() {
     if (core.alive && m_emitStatus)
         m_emitStatus();
 }
+
+} // namespace kestra

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+namespace kestra {
+
 /// The flow of one calibration: step states, the tick that drives the automatic steps, Run All, the button
 /// handlers and the frame handler. Both pages run it; a page states its differences by overriding the
 /// protected operations.
@@ -130,3 +132,5 @@ private:
     std::function<void()> m_emitStatus;
     bool m_inTick = false;
 };
+
+} // namespace kestra

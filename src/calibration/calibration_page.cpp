@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace kestra {
+
 namespace {
 
 constexpr int kTickMs = 500;
@@ -173,3 +175,5 @@ void tellSerialNumberEdited(std::span<CalibrationPage* const> pages, bool isEmpt
         if (page)
             page->setFileState(isEmpty ? kFailed : kNotEvaluated);
 }
+
+} // namespace kestra

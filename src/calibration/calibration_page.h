@@ -7,6 +7,8 @@
 #include <memory>
 #include <span>
 
+namespace kestra {
+
 /// A calibration page: the dialog that stands as a tab in the wizard. It owns the widgets and the timer, and
 /// hands everything that happens to its flow.
 class CalibrationPage : public QDialog {
@@ -83,9 +85,9 @@ private:
     std::function<void()> m_destroyedHook;
 };
 
-class CalibrationPage;
-
 /// Tells the calibration pages, absent ones being null, that the headboard's serial number is another one,
 /// entered by the user or filled in. An empty one refuses the results file of every page. Any other opens the
 /// file step of every page again, whatever became of it; only when all of them are ready they stay so.
 void tellSerialNumberEdited(std::span<CalibrationPage* const> pages, bool isEmpty);
+
+} // namespace kestra

@@ -1,5 +1,7 @@
 #include "calibration/display.h"
 
+namespace kestra {
+
 namespace {
 
 // The step whose bar is shown: the last one that runs.
@@ -45,3 +47,5 @@ void refreshLensCorrection(PageCore& core) {
     UpdateGuard const guard(core.state.updateDepth);
     core.widgets.showLensCorrection(on);
 }
+
+} // namespace kestra

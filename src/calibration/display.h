@@ -2,6 +2,8 @@
 
 #include "calibration/page_core.h"
 
+namespace kestra {
+
 /// Shows every step's status text, bullet and progress.
 void refreshStatus(PageCore& core);
 
@@ -10,3 +12,5 @@ void refreshEnables(PageCore& core);
 
 /// Shows on the page's button whether the sensor's lens correction is on.
 void refreshLensCorrection(PageCore& core);
+
+} // namespace kestra

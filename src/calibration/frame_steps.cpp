@@ -4,6 +4,8 @@
 #include "pictures/uniformity.h"
 #include "pictures/white_balance.h"
 
+namespace kestra {
+
 namespace {
 
 constexpr int32_t kExposureStep = 4;       // progress a frame: the host's own loop does the work in that time
@@ -78,3 +80,5 @@ void markWorstBlock(PageCore const& core, Frame const& frame) {
     bool const nearlyGood = state.uniformityValue <= state.uniformityLimit + 1.0;
     paintRing(frame, state.worstBlock, nearlyGood ? kAmber : kRed);
 }
+
+} // namespace kestra

@@ -3,6 +3,8 @@
 #include "calibration/page_core.h"
 #include "pictures/frame.h"
 
+namespace kestra {
+
 /// What both pages do with a displayed frame, in the order in which they do it. Frames of other types and
 /// steps that do not run leave everything as it is.
 
@@ -18,3 +20,5 @@ void measureUniformityWhenDue(PageCore& core, Frame const& frame, int skippedRow
 
 /// Marks the worst block in the picture while its deviation misses the limit.
 void markWorstBlock(PageCore const& core, Frame const& frame);
+
+} // namespace kestra

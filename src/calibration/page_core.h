@@ -10,6 +10,8 @@
 
 #include <functional>
 
+namespace kestra {
+
 /// What a page shows besides the steps that both pages have, and how its file step reads.
 struct PageDisplay {
     std::function<void()> showOwnStatus;  ///< called whenever the shared steps' status is shown; may be null
@@ -47,3 +49,5 @@ struct PageCore {
 [[nodiscard]] inline bool isNumberMissing(PageCore const& core) {
     return core.serialNumber.isMissing && core.serialNumber.isMissing();
 }
+
+} // namespace kestra

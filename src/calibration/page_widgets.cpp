@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 
+namespace kestra {
+
 namespace {
 
 constexpr int kFalloffChoices[] = {110, 105, 100, 95, 90, 85, 80, 75}; // per cent
@@ -128,3 +130,5 @@ void PageWidgets::swapIn(StepWidgets const* step) {
     if (swappedBar)
         swappedBar->show();
 }
+
+} // namespace kestra

@@ -10,6 +10,8 @@
 #include <QString>
 #include <QTimer>
 
+namespace kestra {
+
 /// A step's widgets: its status text, the bar that takes the text's place while the step runs, and its
 /// bullet.
 struct StepWidgets {
@@ -95,3 +97,5 @@ private:
     QPointer<QLabel> swappedLabel;     // the status text that a progress bar covers now
     QPointer<QProgressBar> swappedBar; // and that bar
 };
+
+} // namespace kestra

@@ -4,6 +4,8 @@
 #include "calibration/display.h"
 #include "calibration/saving.h"
 
+namespace kestra {
+
 namespace {
 
 // A step that runs goes back to ready; true when it ran.
@@ -90,3 +92,5 @@ void CalibrationFlow::runAllSave() {
     else
         setRunAll(false);
 }
+
+} // namespace kestra

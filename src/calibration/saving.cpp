@@ -9,6 +9,8 @@
 
 #include <optional>
 
+namespace kestra {
+
 namespace {
 
 constexpr char kFactoryLabel[] = "FACTORY"; // in this spelling only
@@ -134,3 +136,5 @@ QByteArray sanitisedLabel(QByteArray label) {
     }
     return label;
 }
+
+} // namespace kestra

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+namespace kestra {
+
 /// Puts a calibration's records into the image under a label, local 8-bit, and writes them to the device;
 /// answers an `EepromStatus`.
 using StoreInEeprom = std::function<int32_t(HeadboardEeprom const& eeprom, QByteArray const& label)>;
@@ -39,3 +41,5 @@ void saveResultFile(PageCore& core, ResultFile const& file);
 
 /// A label with the characters replaced that a file name cannot bear.
 [[nodiscard]] QByteArray sanitisedLabel(QByteArray label);
+
+} // namespace kestra

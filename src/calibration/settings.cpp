@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace kestra {
+
 namespace {
 
 constexpr char kDirKey[] = "LensAssist Dir"; // one directory serves all sensors
@@ -62,3 +64,5 @@ void storeSettings(PageCore& core) {
     if (core.alive)
         host.writeIntSetting(sensorSettingKey(kUniformityLimitKey, core.sensor.name), limit);
 }
+
+} // namespace kestra

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+namespace kestra {
+
 /// The key under which the host keeps an integer setting of one sensor: "%1 for %2" of setting and sensor
 /// name.
 [[nodiscard]] QByteArray sensorSettingKey(char const* setting, char const* sensorName);
@@ -20,3 +22,5 @@ void loadSettings(PageCore& core);
 /// Writes the page's settings to the host; takes the uniformity limit from its field. The radius is the
 /// host's to set, so it is never written.
 void storeSettings(PageCore& core);
+
+} // namespace kestra

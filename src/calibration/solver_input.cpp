@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <vector>
 
+namespace kestra {
+
 namespace {
 
 constexpr uint32_t kChromaZero = 128;
@@ -118,3 +120,5 @@ StepState failureOf(int libraryResult) {
     constexpr int kIncompatibleSize = -2;
     return libraryResult == kIncompatibleSize ? kFailed : kFailedOtherwise;
 }
+
+} // namespace kestra

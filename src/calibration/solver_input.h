@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+namespace kestra {
+
 /// An image for the calibration library: rows from the top without gaps, in the library's 8-bit or 16-bit
 /// form.
 struct LibraryImage {
@@ -66,3 +68,5 @@ struct BayerCoding {
 /// The step's state after a result of the library that is no success: it tells pictures of a wrong size
 /// apart.
 [[nodiscard]] StepState failureOf(int libraryResult);
+
+} // namespace kestra

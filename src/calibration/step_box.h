@@ -2,6 +2,8 @@
 
 #include <QGroupBox>
 
+namespace kestra {
+
 /// The frame of one step. Some styles measure a title by its ink and paint it by its advance, which costs a
 /// long title the last stroke; this one leaves room for it.
 class StepBox : public QGroupBox {
@@ -13,3 +15,5 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
 };
+
+} // namespace kestra

@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 
+namespace kestra {
+
 namespace {
 
 // Both pages show the same texts, so they are translated once.
@@ -166,3 +168,5 @@ Enabling enablingOf(PageState const& state) {
         .eepromSaveStatus = eepromPresent,
     };
 }
+
+} // namespace kestra

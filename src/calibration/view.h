@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace kestra {
+
 /// State of a calibration step; 5 and 6 are the two failures that the step's status text tells apart.
 enum StepState : uint32_t {
     kNotEvaluated = 0,
@@ -99,3 +101,5 @@ struct Enabling {
 };
 
 [[nodiscard]] Enabling enablingOf(PageState const& state);
+
+} // namespace kestra

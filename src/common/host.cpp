@@ -2,6 +2,8 @@
 
 #include <array>
 
+namespace kestra {
+
 namespace {
 
 // How the headboard's devices are addressed, in bits.
@@ -104,3 +106,5 @@ void Host::endChanges() const {
     if (m_services.endChanges)
         m_services.endChanges();
 }
+
+} // namespace kestra

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+namespace kestra {
+
 /// The host's service table as the plug-in uses it: one method a slot. A null slot is never called; writes
 /// then do nothing, reads answer 0, the given default or an empty text. A value: it holds its own copy of the
 /// table, so that a routine may keep calling while the object it was copied from is destroyed.
@@ -75,3 +77,5 @@ public:
 private:
     Host const m_host;
 };
+
+} // namespace kestra

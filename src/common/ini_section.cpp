@@ -10,6 +10,8 @@
 #include <QString>
 #endif
 
+namespace kestra {
+
 namespace {
 
 // The C classification functions take an unsigned char's value; anything else is undefined.
@@ -161,3 +163,5 @@ size_t readIniSection(char const* sectionName, char* buffer, size_t bufferSize, 
     buffer[written++] = '\0';
     return written - 1;
 }
+
+} // namespace kestra

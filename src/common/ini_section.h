@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+namespace kestra {
+
 /// Reads one named section of an ini-style text file as a list of normalised lines, each ended by a NUL, the
 /// list by one more. Section names compare without case, blanks inside the brackets do not count.
 ///
@@ -33,3 +35,5 @@ void trimInPlace(char* text);
 /// Brings an ini line into the form "key=value" in place. Returns its new length, or 0 for a line to be
 /// skipped: blank lines, comments, and "#" words other than the host's directives.
 [[nodiscard]] size_t normaliseIniLine(char* line);
+
+} // namespace kestra

@@ -14,6 +14,8 @@
 #include <dlfcn.h>
 #endif
 
+namespace kestra {
+
 namespace {
 
 constexpr int kFailed = -1;
@@ -205,3 +207,5 @@ ShadingHandle ownShadingHandle(sf_Handle* handle) {
         return nullptr;
     return ShadingHandle(handle, [](sf_Handle* last) { shadefit().sf_Destroy(last); });
 }
+
+} // namespace kestra

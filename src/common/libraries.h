@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace kestra {
+
 /// The functions of the sensor-access library by their own names. No member is null once installed.
 struct Veyra2 {
     decltype(&::vy_ExistsRegister) vy_ExistsRegister = nullptr;
@@ -60,3 +62,5 @@ using ShadingHandle = std::shared_ptr<sf_Handle>;
 
 /// Takes over a handle that the library created; null stays null.
 [[nodiscard]] ShadingHandle ownShadingHandle(sf_Handle* handle);
+
+} // namespace kestra

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <limits>
 
+namespace kestra {
+
 int32_t toInt32(double value) {
     if (std::isnan(value))
         return 0;
@@ -25,3 +27,5 @@ double leadingDecimal(QByteArray const& text) {
     auto const [stop, error] = std::from_chars(begin, end, value);
     return error == std::errc{} && std::isfinite(value) ? value : 0;
 }
+
+} // namespace kestra

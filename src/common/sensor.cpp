@@ -2,6 +2,8 @@
 
 #include "common/libraries.h"
 
+namespace kestra {
+
 bool Sensor::existsRegister(char const* reg) const {
     return m_camera && veyra2().vy_ExistsRegister(m_camera, reg) != 0;
 }
@@ -95,3 +97,5 @@ void Sensor::close() const {
     (void)veyra2().vy_stopTransport(m_camera);
     veyra2().vy_CloseCameras();
 }
+
+} // namespace kestra

@@ -6,6 +6,8 @@
 #include <optional>
 #include <span>
 
+namespace kestra {
+
 /// What the sensor-access library says of the open sensor, copied so that it outlives the next library call.
 struct SensorInfo {
     uint32_t sensorKind = 0;
@@ -64,3 +66,5 @@ public:
 private:
     vy_Camera* m_camera;
 };
+
+} // namespace kestra

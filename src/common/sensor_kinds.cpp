@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace kestra {
+
 namespace {
 
 constexpr LensCorrection kPgaControl = {"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"};
@@ -99,3 +101,5 @@ SensorKind const& sensorKind(uint32_t kind, uint32_t variant) {
 SensorKind const& unknownSensorKind() {
     return kUnknown;
 }
+
+} // namespace kestra

@@ -4,6 +4,8 @@
 #include <span>
 #include <string_view>
 
+namespace kestra {
+
 /// What `OpenQtDialog` makes for a sensor.
 enum class DialogPage { NoDialog, EmptyDialog, LensShading, AutomaticPga, AdaptivePga };
 
@@ -64,3 +66,5 @@ struct SensorKind {
 [[nodiscard]] SensorKind const& sensorKind(uint32_t kind, uint32_t variant);
 
 [[nodiscard]] SensorKind const& unknownSensorKind();
+
+} // namespace kestra

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #endif
 
+namespace kestra {
+
 namespace {
 
 // A system's sleep may end early, and a device does not answer before its write cycle is over.
@@ -43,3 +45,5 @@ bool beginsTwoByteLetter([[maybe_unused]] char byte) {
 Replaceable<void(std::chrono::milliseconds)> pauseFor(sleepAtLeast);
 
 Replaceable<QDateTime()> currentUtcTime(QDateTime::currentDateTimeUtc);
+
+} // namespace kestra

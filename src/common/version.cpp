@@ -1,5 +1,7 @@
 #include "common/version.h"
 
+namespace kestra {
+
 char const kBuildDate[] = __DATE__;
 
 QString versionText() {
@@ -8,3 +10,5 @@ QString versionText() {
         text = text.arg(number);
     return text + QStringLiteral("Build Date: %1").arg(QLatin1String(kBuildDate));
 }
+
+} // namespace kestra

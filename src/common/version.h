@@ -3,6 +3,8 @@
 #include <QString>
 #include <cstdint>
 
+namespace kestra {
+
 /// The plug-in's version, equal to the file version.
 inline constexpr uint32_t kVersion[4] = {6, 1, 63, 61641};
 
@@ -11,3 +13,5 @@ extern char const kBuildDate[];
 
 /// Both, as every page shows them: two lines.
 [[nodiscard]] QString versionText();
+
+} // namespace kestra

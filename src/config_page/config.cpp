@@ -6,6 +6,8 @@
 
 #include <utility>
 
+using namespace kestra;
+
 Config::Config(QWidget* parent, SensorRecord const& sensor, HostServices const* services, EepromSlot& eeprom,
                Wizard* wizard, SerialNumberListener serialNumberEdited)
     : QDialog(parent), m_flow(std::make_shared<ConfigFlow>(sensor, services, eeprom)) {

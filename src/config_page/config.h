@@ -7,9 +7,11 @@
 #include <functional>
 #include <memory>
 
-class ConfigFlow;
 class Wizard;
+namespace kestra {
+class ConfigFlow;
 struct ConfigState;
+} // namespace kestra
 
 /// The headboard configuration page: it checks and erases the headboard EEPROM, records the headboard's four
 /// identification bytes and its serial number, and names the host's grabbed pictures after the number.
@@ -24,8 +26,8 @@ public:
     /// Copies both records; without services nothing is asked of the host. The slot is that of the
     /// process-wide EEPROM and outlives the page. The bullets stay the wizard's; without a wizard there are
     /// none.
-    Config(QWidget* parent, SensorRecord const& sensor, HostServices const* services, EepromSlot& eeprom,
-           Wizard* wizard, SerialNumberListener serialNumberEdited = {});
+    Config(QWidget* parent, SensorRecord const& sensor, HostServices const* services,
+           kestra::EepromSlot& eeprom, Wizard* wizard, SerialNumberListener serialNumberEdited = {});
     ~Config() override;
 
     /// Fills the lists and checks the EEPROM; called once, after construction.
@@ -39,7 +41,7 @@ public:
     /// A page is a part of its tab: the Escape key leaves it there.
     void reject() override;
 
-    [[nodiscard]] ConfigState const& state() const;
+    [[nodiscard]] kestra::ConfigState const& state() const;
 
 public slots:
     void OnBnClickedEepromTest();
@@ -56,5 +58,5 @@ public slots:
 private:
     void connectWidgets();
 
-    std::shared_ptr<ConfigFlow> const m_flow;
+    std::shared_ptr<kestra::ConfigFlow> const m_flow;
 };

@@ -7,6 +7,8 @@
 
 #include <functional>
 
+namespace kestra {
+
 /// What the routines of the configuration page work on. It is shared by the page and every routine that runs:
 /// a host or library call may delete the page, and the routine around it finds `alive` false but nothing
 /// freed.
@@ -28,3 +30,5 @@ struct ConfigCore {
     /// Buttons that work on the EEPROM do nothing meanwhile: what a check would drop is half written.
     [[nodiscard]] bool isBusy() const { return working || storing; }
 };
+
+} // namespace kestra

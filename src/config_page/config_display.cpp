@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 
+namespace kestra {
+
 namespace {
 
 QString translated(char const* text) {
@@ -161,3 +163,5 @@ void ConfigWidgets::apply(ConfigEnabling const& enabling) {
     if (enabling.touchesErase)
         enable(EEPROM_Erase, enabling.erase);
 }
+
+} // namespace kestra

@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace kestra {
+
 /// What the configuration page knows. Plain data: status texts and enabling are functions of it.
 struct ConfigState {
     enum SerialState : uint32_t { SerialUnknown = 0, SerialEdited = 1, SerialSaved = 4, SerialEmpty = 5 };
@@ -108,3 +110,5 @@ private:
 
     std::optional<InterfaceFamily> m_shownInterfaces;
 };
+
+} // namespace kestra

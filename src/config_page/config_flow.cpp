@@ -12,6 +12,8 @@
 #include <QScopedValueRollback>
 #include <utility>
 
+namespace kestra {
+
 namespace {
 
 constexpr char kLastNumberSetting[] = "KestraMfr SN";
@@ -311,3 +313,5 @@ QString userGuidePath() {
 QUrl userGuideUrl(QString const& path) {
     return QUrl(QStringLiteral("file:///") + QString::fromLatin1(QUrl::toPercentEncoding(path, "/:")));
 }
+
+} // namespace kestra

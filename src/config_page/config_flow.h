@@ -5,6 +5,8 @@
 #include <QString>
 #include <QUrl>
 
+namespace kestra {
+
 /// What the configuration page does. Page and running routines share it: every routine may be the one inside
 /// which the page goes away, and then does nothing more.
 class ConfigFlow {
@@ -49,3 +51,5 @@ private:
 
 /// The path as the desktop takes it; signs that mean something in an address stay a part of the name.
 [[nodiscard]] QUrl userGuideUrl(QString const& path);
+
+} // namespace kestra

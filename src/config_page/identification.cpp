@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace kestra {
+
 namespace {
 
 constexpr std::chrono::milliseconds kAccessPause{100};
@@ -98,3 +100,5 @@ InterfaceFamily interfaceFamily(uint32_t partNumberCode) {
         kPartNumbers, [&](PartNumber const& part) { return part.product.code == partNumberCode; });
     return row == std::end(kPartNumbers) ? InterfaceFamily::Sensor : row->interfaces;
 }
+
+} // namespace kestra

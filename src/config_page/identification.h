@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <span>
 
+namespace kestra {
+
 /// What the four bytes tell that lie in the EEPROM above its records. The order is that of reading.
 enum class Identification : uint8_t { PartNumber, Interface, Market, Processing };
 
@@ -63,3 +65,5 @@ inline constexpr uint8_t kModuleParallelCode = 17;
 
 /// The interfaces of a part number; of one that is not in the list, a sensor's.
 [[nodiscard]] InterfaceFamily interfaceFamily(uint32_t partNumberCode);
+
+} // namespace kestra

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 
+namespace kestra {
+
 namespace {
 
 constexpr int kLength = 10;
@@ -101,3 +103,5 @@ void flushChanges(ConfigCore& core, HeadboardEeprom const& eeprom) {
     if (core.eepromSlot && !isSharedEeprom(core.eepromSlot, eeprom))
         HeadboardEepromRelease(*core.eepromSlot);
 }
+
+} // namespace kestra

@@ -6,6 +6,8 @@
 #include <QString>
 #include <optional>
 
+namespace kestra {
+
 // The headboard's serial number: the text of the EEPROM's first "Headboard ID" record. Record and host hold
 // it in local 8-bit, which may lack letters of a number and allows bytes that are no letter; so numbers are
 // compared as texts.
@@ -32,3 +34,5 @@ void storeSerialNumber(ConfigCore& core, QString const& number);
 /// Writes what was changed in an EEPROM to the device. What could not be written stays changed in the image,
 /// and the next flush completes it: the device may hold a torn chain until then.
 void flushChanges(ConfigCore& core, HeadboardEeprom const& eeprom);
+
+} // namespace kestra

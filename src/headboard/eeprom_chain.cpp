@@ -6,6 +6,8 @@
 #include <array>
 #include <string>
 
+namespace kestra {
+
 namespace {
 
 constexpr std::array<uint8_t, 4> kMagic = {'V', 'Y', 'E', 'E'};
@@ -258,3 +260,5 @@ EepromState probeEeprom(HeadboardEeprom eeprom) {
         return EepromState::Present;
     return status == kEepromNoAnswer ? EepromState::Absent : EepromState::Unknown;
 }
+
+} // namespace kestra

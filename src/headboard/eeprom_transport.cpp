@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace kestra {
+
 namespace {
 
 constexpr uint32_t kModeAddressBits = 1;
@@ -225,3 +227,5 @@ std::unique_ptr<EepromTransport> chooseTransport(HeadboardEeprom const& eeprom) 
         return std::make_unique<BusDescriptionTransport>(sensor, deviceAddress, addressBits);
     return nullptr;
 }
+
+} // namespace kestra

@@ -6,6 +6,8 @@
 #include <memory>
 #include <span>
 
+namespace kestra {
+
 /// One way to the bytes of the EEPROM. It holds what it needs by value and answers the library's result: 0,
 /// 12 when the device does not answer, anything else for a failure. After a failure the range is undefined.
 class EepromTransport {
@@ -17,3 +19,5 @@ public:
 
 /// The way that the open sensor offers; null when there is none or no camera.
 [[nodiscard]] std::unique_ptr<EepromTransport> chooseTransport(HeadboardEeprom const& eeprom);
+
+} // namespace kestra

@@ -10,6 +10,8 @@
 #include <span>
 #include <utility>
 
+namespace kestra {
+
 namespace {
 
 constexpr int32_t kSmallestImage = 8;
@@ -231,3 +233,5 @@ void discardEeprom(EepromSlot& slot) {
     if (discarded)
         HeadboardEepromRelease(*discarded);
 }
+
+} // namespace kestra

@@ -6,6 +6,8 @@
 #include <memory>
 #include <vector>
 
+namespace kestra {
+
 /// What the operations on the headboard EEPROM answer: 0 for success, or one of these. Operations that answer
 /// an offset, a size or a length answer a negative status in its place.
 enum EepromStatus : int32_t {
@@ -117,3 +119,5 @@ using EepromSlot = HeadboardEeprom*;
 
 /// Drops the image, then the object; the slot is null before a call into the library can find it.
 void discardEeprom(EepromSlot& slot);
+
+} // namespace kestra

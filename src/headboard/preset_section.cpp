@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace kestra {
+
 namespace {
 
 constexpr size_t kLongestStateName = 79;
@@ -212,3 +214,5 @@ std::vector<PresetEntry> presetEntries(char const* iniFileName, char const* sect
             entries.push_back(*entry);
     return entries;
 }
+
+} // namespace kestra

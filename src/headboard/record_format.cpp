@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace kestra {
+
 namespace {
 
 struct RecordTypeRow {
@@ -131,3 +133,5 @@ EepromRecord makeRegisterSet(uint8_t type, int32_t capacity, char const* name) {
     record.setName(name);
     return record;
 }
+
+} // namespace kestra

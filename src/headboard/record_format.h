@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace kestra {
+
 /// A byte that was never written, on the device and in a record.
 inline constexpr uint8_t kErased = 0xFF;
 /// Bytes before a record's payload: its type and its length.
@@ -125,3 +127,5 @@ private:
 /// A register set under a name (null: "DEFAULT"), as yet without entries, of at most `capacity` bytes:
 /// what goes to a device leaves `kReservedBytes` of it free.
 [[nodiscard]] EepromRecord makeRegisterSet(uint8_t type, int32_t capacity, char const* name);
+
+} // namespace kestra

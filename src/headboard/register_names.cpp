@@ -2,6 +2,8 @@
 
 #include <initializer_list>
 
+namespace kestra {
+
 namespace {
 
 // A list of register names that grows by patterns.
@@ -176,3 +178,5 @@ std::vector<std::string> const& ccmRegisterNames() {
     static std::vector<std::string> const names = listCcmNames();
     return names;
 }
+
+} // namespace kestra

@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <string_view>
 
+namespace kestra {
+
 namespace {
 
 struct EnablePair {
@@ -133,3 +135,5 @@ EepromRecord makeTimeStamp() {
     std::copy_n(text.c_str(), length, record.payload().begin());
     return record;
 }
+
+} // namespace kestra

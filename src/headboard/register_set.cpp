@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace kestra {
+
 namespace {
 
 constexpr uint32_t kSensorRegister = 0;
@@ -293,3 +295,5 @@ int32_t EepromGetLine(std::span<uint8_t const> record, int32_t n, std::string* l
     }
     return kEepromFailed;
 }
+
+} // namespace kestra

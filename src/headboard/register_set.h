@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace kestra {
+
 /// A register with its value, as a register set in the EEPROM holds it.
 struct RegisterEntry {
     uint32_t registerClass = 0; ///< 0 sensor register, 1 firmware variable, 2 special function or memory
@@ -96,3 +98,5 @@ struct RegisterSetContent {
 /// The length of the n-th line of a record's bytes, and in `line`, when given, its text; `kEepromFailed` when
 /// there are fewer lines.
 [[nodiscard]] int32_t EepromGetLine(std::span<uint8_t const> record, int32_t n, std::string* line = nullptr);
+
+} // namespace kestra

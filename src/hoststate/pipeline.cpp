@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace kestra {
+
 namespace {
 
 struct StateSetting {
@@ -148,3 +150,5 @@ bool lensCorrectionEnabled(Host const& host, Sensor const& sensor, LensCorrectio
     return exists(sensor, correction) &&
            host.readRegister(correction.lensCorrectionRegister, correction.lensCorrectionBitfield) != 0;
 }
+
+} // namespace kestra

@@ -4,13 +4,15 @@
 #include "common/sensor.h"
 #include "common/sensor_kinds.h"
 
+#include <QByteArray>
+#include <span>
+
+namespace kestra {
+
 // Host-state variables that more than one routine reads or sets.
 inline constexpr char kAutoExposure[] = "Auto Exposure";
 inline constexpr char kRelativeRedGain[] = "Relative Red Gain";   // thousandths
 inline constexpr char kRelativeBlueGain[] = "Relative Blue Gain"; // thousandths
-
-#include <QByteArray>
-#include <span>
 
 /// Puts the host's colour pipeline into the raw state used for measuring, with the automatic exposure on or
 /// off, and switches the sensor's lens correction off. Optionally sets both relative colour gains to unity.
@@ -57,3 +59,5 @@ void setLensCorrection(Host const& host, Sensor const& sensor, LensCorrection co
 /// Whether the correction is on; false for a sensor that lacks the bitfield.
 [[nodiscard]] bool lensCorrectionEnabled(Host const& host, Sensor const& sensor,
                                          LensCorrection const& correction);
+
+} // namespace kestra

@@ -12,6 +12,8 @@
 
 #include <QScopedValueRollback>
 
+namespace kestra {
+
 namespace {
 
 constexpr uint32_t kAllBits = 0xFFFFFFFF;
@@ -150,6 +152,10 @@ void LensAssistFlow::solve(Frame const& frame) {
     else
         core.state.lscStepState = failureOf(result);
 }
+
+} // namespace kestra
+
+using namespace kestra;
 
 LensAssist::LensAssist(QWidget* parent, SensorRecord const& sensor, HostServices const& services,
                        Wizard* wizard, EepromSlot& eepromSlot)

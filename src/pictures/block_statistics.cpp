@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstddef>
 
+using namespace kestra;
+
 namespace {
 
 // First pixel of cell `index` of `cells` along a side, such that `cell` pixels fit behind it.

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <span>
 
+namespace kestra {
 struct ChannelSums;
+}
 
 /// Block colour statistics of one RGB-32 picture: mean colour of each block of a grid, and how far its chroma
 /// lies from the mean chroma of all blocks. About 45 KB: made on the heap for one measurement.
@@ -21,7 +23,7 @@ public:
         double red = 0;
         double green = 0;
         double blue = 0;
-        Lab lab;
+        kestra::Lab lab;
         int32_t left = 0;
         int32_t top = 0;
         int32_t right = 0;
@@ -65,8 +67,9 @@ private:
     void chooseGrid(int32_t width, int32_t height);
     void placeBlocks(int32_t width, int32_t height);
     void averageBlocks(void const* pixels, int32_t pitchInPixels);
-    void sumPixels(int32_t row, uint8_t const* pixels, ptrdiff_t pitch, std::span<ChannelSums> sums) const;
-    void sumAskedPixels(int32_t row, std::span<ChannelSums> sums);
+    void sumPixels(int32_t row, uint8_t const* pixels, ptrdiff_t pitch,
+                   std::span<kestra::ChannelSums> sums) const;
+    void sumAskedPixels(int32_t row, std::span<kestra::ChannelSums> sums);
     void rateBlocks();
 
     uint32_t m_patchCount = 36;

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace kestra {
+
 // A pixel is read as little-endian words: blue and green lie in its low half, red and an unused byte in the
 // high one. Two channels are summed side by side in one word, with one shift and no mask for the lower one:
 // while its sum fits, it is what remains of the sum of whole words (modulo the word) without the upper one's
@@ -166,3 +168,5 @@ void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
         for (size_t i = 0; i < ranges.size(); ++i)
             addRun(firstRow + ptrdiff_t{ranges[i].first} * 4, ranges[i].last - ranges[i].first, sums[i]);
 }
+
+} // namespace kestra

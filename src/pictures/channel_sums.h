@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <span>
 
+namespace kestra {
+
 /// Exact sums of the channel values of RGB-32 pixels.
 struct ChannelSums {
     uint64_t red = 0;
@@ -26,3 +28,5 @@ enum class Vectors { Portable, Widest };
 void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
                     std::span<ColumnRange const> ranges, std::span<ChannelSums> sums,
                     Vectors vectors = Vectors::Widest);
+
+} // namespace kestra

@@ -1,5 +1,7 @@
 #include "pictures/lab.h"
 
+namespace kestra {
+
 namespace {
 
 // A frame's statistics convert several hundred colours.
@@ -39,3 +41,5 @@ FractionalPower::FractionalPower(double exponent) : m_exponent(exponent) {
         m_nodes[i] = {std::pow(node, exponent), 1 / node};
     }
 }
+
+} // namespace kestra

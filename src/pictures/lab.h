@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace kestra {
+
 /// A colour in CIE L*a*b*.
 struct Lab {
     double l = 0;
@@ -62,3 +64,5 @@ private:
     std::array<double, 6> m_coefficients; // of d, d^2, ...
     std::array<Node, kEnd - kFirst> m_nodes;
 };
+
+} // namespace kestra

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <memory>
 
+namespace kestra {
+
 namespace {
 
 // Without pixel data each pixel is asked for: larger than any sensor's, a picture would hold up the host.
@@ -76,3 +78,5 @@ void paintRing(Frame const& frame, QRect const& block, uint32_t pixel) {
                 paintColumn(frame, x, rows, pixel);
     }
 }
+
+} // namespace kestra

@@ -3,6 +3,8 @@
 #include "common/numbers.h"
 #include "pictures/channel_sums.h"
 
+namespace kestra {
+
 std::optional<MeanColour> meanOfCentre(Frame const& frame) {
     if (!frame.hasRgb32Pixels())
         return std::nullopt;
@@ -23,3 +25,5 @@ int32_t correctedGain(int32_t oldGain, double channelMean, double greenMean) {
     double const q = channelMean / greenMean;
     return toInt32(oldGain * ((q - 1) * 0.25 + 1) / q);
 }
+
+} // namespace kestra

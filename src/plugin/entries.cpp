@@ -12,6 +12,8 @@
 #include <QMessageBox>
 #include <QPointer>
 
+using namespace kestra;
+
 namespace {
 
 constexpr uint32_t kApiVersion = 5;
@@ -71,15 +73,15 @@ void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wi
 }
 
 void addPageOf(SensorRecord const& sensor, HostServices const& services, QPointer<Wizard> const& wizard) {
-    KestraMfr& kestra = kestraMfr();
-    QWidget* const parent = kestra.g_parentWidget;
+    KestraMfr& plugin = kestraMfr();
+    QWidget* const parent = plugin.g_parentWidget;
     DialogPage const choice = sensorKind(sensor.sensorKind, sensor.variant).page;
     if (choice == DialogPage::LensShading) {
-        auto* const page = new LensAssist(parent, sensor, services, wizard, kestra.g_headboardEeprom);
+        auto* const page = new LensAssist(parent, sensor, services, wizard, plugin.g_headboardEeprom);
         return addPage(page, &KestraMfr::g_lensAssist, wizard, sensor, services, kTabLabels[0]);
     }
     bool const isAutomatic = choice == DialogPage::AutomaticPga;
-    auto* const page = new LensAssistApga(parent, sensor, services, wizard, kestra.g_headboardEeprom);
+    auto* const page = new LensAssistApga(parent, sensor, services, wizard, plugin.g_headboardEeprom);
     page->setMode({.autoPgaMode = isAutomatic, .adaptivePgaMode = !isAutomatic});
     addPage(page, &KestraMfr::g_lensAssistApga, wizard, sensor, services, kTabLabels[1]);
 }
@@ -89,12 +91,12 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
     DialogPage const page = sensorKind(sensor.sensorKind, sensor.variant).page;
     if (page == DialogPage::NoDialog || !presetExists(Host(services), kSetupPreset[0]))
         return nullptr;
-    KestraMfr& kestra = kestraMfr();
-    kestra.g_parentWidget = parent;
+    KestraMfr& plugin = kestraMfr();
+    plugin.g_parentWidget = parent;
     QPointer<Wizard> const wizard =
-        new Wizard(QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), kestra.g_parentWidget);
+        new Wizard(QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), plugin.g_parentWidget);
     Unfinished unfinished(wizard);
-    kestra.g_wizard = wizard;
+    plugin.g_wizard = wizard;
     forgetWhenDestroyed(wizard.data(), &KestraMfr::g_wizard);
     if (page != DialogPage::EmptyDialog)
         addPageOf(sensor, services, wizard);

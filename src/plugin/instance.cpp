@@ -15,6 +15,8 @@
 #include <windows.h>
 #endif
 
+using namespace kestra;
+
 namespace {
 
 bool unloading = false;
@@ -41,11 +43,11 @@ void clear(Object*& member) {
 // The instance of this library. At process exit Qt's own statics may be gone although an application object
 // still exists, so the widgets are then left to the system.
 struct Instance {
-    KestraMfr kestra;
+    KestraMfr published;
 
     ~Instance() {
         if (!isLibraryBeingUnloaded())
-            kestra = KestraMfr();
+            published = KestraMfr();
     }
 };
 
@@ -53,8 +55,8 @@ Instance instance;
 
 } // namespace
 
-KestraMfr& kestraMfr() {
-    return instance.kestra;
+KestraMfr& kestra::kestraMfr() {
+    return instance.published;
 }
 
 KestraMfr::KestraMfr()
@@ -104,11 +106,11 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
 
 #endif
 
-bool isLibraryBeingUnloaded() {
+bool kestra::isLibraryBeingUnloaded() {
     return unloading;
 }
 
-SerialNumber serialNumberOfConfigPage() {
+SerialNumber kestra::serialNumberOfConfigPage() {
     return {.store =
                 [] {
                     if (Config* const page = kestraMfr().g_configPage)
@@ -121,16 +123,16 @@ SerialNumber serialNumberOfConfigPage() {
                 }};
 }
 
-Config* makeConfigPage(SensorRecord const& sensor, HostServices const& services) {
-    KestraMfr& kestra = kestraMfr();
+Config* kestra::makeConfigPage(SensorRecord const& sensor, HostServices const& services) {
+    KestraMfr& plugin = kestraMfr();
     auto const tellCalibrationPages = [](bool isEmpty) {
         std::array<CalibrationPage*, 2> const pages = {kestraMfr().g_lensAssist,
                                                        kestraMfr().g_lensAssistApga};
         tellSerialNumberEdited(pages, isEmpty);
     };
-    auto* const page = new Config(kestra.g_parentWidget, sensor, &services, kestra.g_headboardEeprom,
-                                  kestra.g_wizard, tellCalibrationPages);
-    kestra.g_configPage = page;
+    auto* const page = new Config(plugin.g_parentWidget, sensor, &services, plugin.g_headboardEeprom,
+                                  plugin.g_wizard, tellCalibrationPages);
+    plugin.g_configPage = page;
     QObject::connect(page, &QObject::destroyed, [page] {
         if (kestraMfr().g_configPage == page)
             kestraMfr().g_configPage = nullptr;

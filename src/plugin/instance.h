@@ -3,6 +3,10 @@
 #include "calibration/page_core.h"
 #include "published/entries.h"
 
+class Config;
+
+namespace kestra {
+
 /// The one instance.
 [[nodiscard]] KestraMfr& kestraMfr();
 
@@ -10,8 +14,6 @@
 /// true only inside the destructors of static objects. In the latter case nothing of Qt may be touched any
 /// more.
 [[nodiscard]] bool isLibraryBeingUnloaded();
-
-class Config;
 
 /// What the calibration pages ask of the configuration page. The instance is looked at in each call: without
 /// such a page no number is missing and none is stored.
@@ -21,3 +23,5 @@ class Config;
 /// `g_configPage`, until someone deletes it, and its edits reset the file step of the calibration pages. Its
 /// parent is the host's widget; the caller puts it into a tab and then lets it initialise.
 Config* makeConfigPage(SensorRecord const& sensor, HostServices const& services);
+
+} // namespace kestra

@@ -6,12 +6,14 @@
 #include <cstdint>
 
 class Config;
-class HeadboardEeprom;
 class LensAssist;
 class LensAssistApga;
 class QDialog;
 class QWidget;
 class Wizard;
+namespace kestra {
+class HeadboardEeprom;
+}
 
 #ifdef Q_OS_WIN
 #define KESTRA_EXPORT __declspec(dllexport) // also for whoever links to it: nothing of the class is inline
@@ -37,11 +39,11 @@ public:
     /// whose dialog shows none; `makeConfigPage` sets it. The destructor deletes it and leaves the old value,
     /// deliberately: what is set from outside is cleared there.
     Config* g_configPage;
-    LensAssist* g_lensAssist;           ///< the lens-shading page, when one was created
-    LensAssistApga* g_lensAssistApga;   ///< the three-illuminant page, when one was created
-    Wizard* g_wizard;                   ///< the dialog that the host was given
-    HeadboardEeprom* g_headboardEeprom; ///< the EEPROM image, from its first user on
-    QWidget* g_parentWidget;            ///< the host's parent widget; borrowed
+    LensAssist* g_lensAssist;                   ///< the lens-shading page, when one was created
+    LensAssistApga* g_lensAssistApga;           ///< the three-illuminant page, when one was created
+    Wizard* g_wizard;                           ///< the dialog that the host was given
+    kestra::HeadboardEeprom* g_headboardEeprom; ///< the EEPROM image, from its first user on
+    QWidget* g_parentWidget;                    ///< the host's parent widget; borrowed
 };
 
 static_assert(sizeof(KestraMfr) == 48);

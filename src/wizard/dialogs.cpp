@@ -5,6 +5,8 @@
 #include <QFileDialog>
 #include <QPointer>
 
+namespace kestra {
+
 namespace {
 
 QString chooseByDialog() {
@@ -31,3 +33,5 @@ Replaceable<QString()> chooseResultFolder(chooseByDialog);
 Replaceable<QMessageBox::StandardButton(QWidget*, UserMessage const&)> showMessage(showBox);
 
 Replaceable<bool(QUrl const&)> openDocument(QDesktopServices::openUrl);
+
+} // namespace kestra

@@ -14,6 +14,8 @@
 #include <initializer_list>
 #include <memory>
 
+namespace kestra {
+
 /// Marks widget updates from code while it lives, so that change handlers ignore the signals that they raise.
 /// It counts in `depth`, which outlives it.
 class UpdateGuard {
@@ -125,3 +127,5 @@ protected:
         }
     }
 };
+
+} // namespace kestra

@@ -1,5 +1,7 @@
 #include "tests/calibration/pages.h"
 
+using namespace kestra;
+
 namespace {
 
 // What the shared steps' widgets show, state by state. The states are laid into the page, since no run leads

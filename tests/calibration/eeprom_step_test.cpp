@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+using namespace kestra;
+
 namespace {
 
 constexpr uint32_t kBusAddress = 0xA8;

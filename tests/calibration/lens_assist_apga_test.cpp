@@ -5,6 +5,8 @@
 #include "headboard/record_format.h"
 #include "headboard/register_set.h"
 
+using namespace kestra;
+
 namespace {
 
 // What only the three-illuminant page does.

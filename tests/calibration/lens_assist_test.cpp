@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+using namespace kestra;
+
 namespace {
 
 class LensAssistPage : public PageFixture {

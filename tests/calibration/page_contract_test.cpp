@@ -8,6 +8,8 @@
 #include <QMetaMethod>
 #include <stdexcept>
 
+using namespace kestra;
+
 namespace {
 
 // What holds for every calibration page.

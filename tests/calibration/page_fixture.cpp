@@ -1,5 +1,7 @@
 #include "tests/calibration/page_fixture.h"
 
+namespace kestra {
+
 PageFixture::PageFixture(PageCase const& pageCase) : m_case(pageCase) {
     writeIni("[Lens Calibration Setup]\nREG = 1, 2\n[Lens Calibration Verify]\n");
     host.textSettings["LensAssist Dir"] = saveDir();
@@ -70,3 +72,5 @@ std::vector<std::string> PageFixture::changes() const {
             found.push_back(call);
     return found;
 }
+
+} // namespace kestra

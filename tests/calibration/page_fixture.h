@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace kestra {
+
 /// What a page of the contract suite is made by, and which sensor it is for.
 struct PageCase {
     char const* name;
@@ -53,3 +55,5 @@ protected:
 private:
     QTemporaryDir m_folder;
 };
+
+} // namespace kestra

@@ -4,6 +4,8 @@
 
 #include <iostream>
 
+using namespace kestra;
+
 namespace {
 
 // A host that spins events inside a service, or a library that does, may do anything to the page there.

@@ -7,6 +7,8 @@
 #include <array>
 #include <iostream>
 
+using namespace kestra;
+
 namespace {
 
 using simulator::SimulatedCamera;

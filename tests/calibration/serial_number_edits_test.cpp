@@ -8,6 +8,8 @@
 #include <array>
 #include <gtest/gtest.h>
 
+using namespace kestra;
+
 namespace {
 
 TEST(SerialNumberEdits, AFileStepThatIsOverIsOpenAgainOnBothPages) {

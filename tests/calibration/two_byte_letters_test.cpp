@@ -1,3 +1,5 @@
+
+
 // Texts in a code page whose letters take two bytes, some of them with the byte of "\" as the second.
 
 #include "calibration/saving.h"
@@ -7,6 +9,8 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+using namespace kestra;
 
 namespace {
 

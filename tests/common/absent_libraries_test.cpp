@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace kestra;
+
 namespace {
 
 // Nobody was installed yet when a program begins: where the libraries are missing, this is what it works

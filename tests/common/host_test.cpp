@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace kestra;
+
 namespace {
 
 // Slots that the fake host leaves null.

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+using namespace kestra;
+
 namespace {
 
 // An ini file with the given bytes, and the reader's answer as lines.

@@ -9,6 +9,8 @@
 #include <dlfcn.h>
 #endif
 
+using namespace kestra;
+
 namespace {
 
 TEST(Libraries, MissingFunctionsAnswerAbsentAndNothingIsLoadedInTheirPlace) {

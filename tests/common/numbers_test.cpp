@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 
+using namespace kestra;
+
 namespace {
 
 TEST(Numbers, NoDoubleOverflowsAnInteger) {

@@ -1,3 +1,5 @@
+
+
 // What the plug-in asks of Windows itself.
 
 #include "common/ini_section.h"
@@ -9,6 +11,8 @@
 #include <chrono>
 #include <gtest/gtest.h>
 #include <windows.h>
+
+using namespace kestra;
 
 namespace {
 

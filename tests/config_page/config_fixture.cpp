@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace kestra {
+
 ConfigFixture::ConfigFixture() {
     sensor.camera = libraries.camera();
     // Each bullet is one pixel of its own colour.
@@ -101,3 +103,5 @@ std::vector<std::string> ConfigFixture::busLog() const {
             found.push_back(call);
     return found;
 }
+
+} // namespace kestra

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+namespace kestra {
+
 /// The configuration page on a fake host and a headboard whose EEPROM is blank at first.
 class ConfigFixture : public PageUnderTest<Config> {
 protected:
@@ -50,3 +52,5 @@ protected:
     std::vector<UserMessage> messages; ///< what the user was shown
     QMessageBox::StandardButton answer = QMessageBox::Ok;
 };
+
+} // namespace kestra

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <set>
 
+using namespace kestra;
+
 namespace {
 
 // The states that no check or edit of the page ends in.

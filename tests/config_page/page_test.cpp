@@ -6,6 +6,8 @@
 #include <QTextCodec>
 #include <algorithm>
 
+using namespace kestra;
+
 namespace {
 
 using Log = std::vector<std::string>;

@@ -5,6 +5,8 @@
 #include <functional>
 #include <iostream>
 
+using namespace kestra;
+
 namespace {
 
 // A host that spins events inside a service, or a library that does, may do anything to the page there.

@@ -16,6 +16,8 @@
 #include <csignal>
 #include <gtest/gtest.h>
 
+using namespace kestra;
+
 namespace {
 
 constexpr int kLongestRunMs = 60'000;

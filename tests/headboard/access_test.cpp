@@ -2,6 +2,8 @@
 
 #include <numeric>
 
+using namespace kestra;
+
 namespace {
 
 using Lines = std::vector<std::string>;

@@ -2,6 +2,8 @@
 #include "headboard/register_set.h"
 #include "tests/headboard/headboard_fixture.h"
 
+using namespace kestra;
+
 namespace {
 
 constexpr size_t kImageSize = 8192;

@@ -2,6 +2,8 @@
 #include "headboard/register_record.h"
 #include "tests/headboard/headboard_fixture.h"
 
+using namespace kestra;
+
 namespace {
 
 using Bytes = std::vector<uint8_t>;

@@ -3,6 +3,8 @@
 
 #include "tests/headboard/headboard_fixture.h"
 
+using namespace kestra;
+
 namespace {
 
 struct Slot : ::testing::Test, Headboard {

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+namespace kestra {
+
 enum class Path { Raw, Bridge, BusDescription };
 constexpr Path kPaths[] = {Path::Raw, Path::Bridge, Path::BusDescription};
 
@@ -53,3 +55,5 @@ inline std::vector<uint8_t> readRecord(HeadboardEeprom const& eeprom, int32_t of
 inline std::vector<uint8_t> bytesOf(EepromRecord const& record) {
     return {record.bytes().begin(), record.bytes().end()};
 }
+
+} // namespace kestra

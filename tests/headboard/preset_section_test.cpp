@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <fstream>
 
+using namespace kestra;
+
 namespace {
 
 struct PresetSection : ::testing::Test, Headboard {

@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 #include <ostream>
 
+using namespace kestra;
+
 // The simulated sensors meet the rules that only few kinds of sensors do, so that a rule that was lost is
 // noticed on a whole camera and not only on a register map made for its test.
 

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <numeric>
 
+using namespace kestra;
+
 namespace {
 
 using Bytes = std::vector<uint8_t>;

@@ -1,6 +1,8 @@
 #include "headboard/register_set.h"
 #include "tests/headboard/headboard_fixture.h"
 
+using namespace kestra;
+
 namespace {
 
 using Bytes = std::vector<uint8_t>;

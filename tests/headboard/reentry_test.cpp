@@ -2,6 +2,8 @@
 
 #include <memory>
 
+using namespace kestra;
+
 namespace {
 
 // A direct call on the process-wide object, without a copy of the caller's.

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <set>
 
+using namespace kestra;
+
 namespace {
 
 // The names of the stored entries and what they set, in order: "NAME.BITFIELD=value".

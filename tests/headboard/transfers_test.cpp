@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <random>
 
+using namespace kestra;
+
 namespace {
 
 using std::chrono::milliseconds;

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
+using namespace kestra;
+
 namespace {
 
 class Pipeline : public ::testing::Test {

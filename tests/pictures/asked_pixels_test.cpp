@@ -4,6 +4,8 @@
 #include <random>
 #include <vector>
 
+using namespace kestra;
+
 namespace {
 
 constexpr int32_t kWidth = 660;

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+using namespace kestra;
+
 namespace {
 
 // Noise, or full white, with odd padding behind each row and any alignment of the first pixel.

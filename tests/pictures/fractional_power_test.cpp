@@ -3,6 +3,8 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+using namespace kestra;
+
 namespace {
 
 TEST(FractionalPower, IsAsGoodAsTheStandardLibraryAtEveryNodeBorderAndBeyondTheTable) {

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+using namespace kestra;
+
 namespace {
 
 constexpr auto kRgb32 = ImageType(11); // as the host numbers it

@@ -1,3 +1,5 @@
+
+
 // The configuration page beside a calibration page, as a dialog would show both.
 
 #include "calibration/calibration_page.h"
@@ -12,6 +14,8 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <gtest/gtest.h>
+
+using namespace kestra;
 
 namespace {
 

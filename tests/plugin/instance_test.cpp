@@ -11,6 +11,8 @@
 #include <memory>
 #include <string>
 
+using namespace kestra;
+
 namespace {
 
 TEST(KestraMfrInstance, DeletesTheConfigurationPageBetweenEepromAndWizardAndKeepsItsAddress) {

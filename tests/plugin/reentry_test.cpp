@@ -1,3 +1,5 @@
+
+
 // A host that spins events inside a service, or a library that does, reaches the plug-in by its entries
 // again, and may delete the dialog with the dialog's parent.
 
@@ -9,6 +11,8 @@
 #include <QPointer>
 #include <gtest/gtest.h>
 #include <iostream>
+
+using namespace kestra;
 
 namespace {
 

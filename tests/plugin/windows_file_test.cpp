@@ -1,3 +1,5 @@
+
+
 // The file as Windows sees it.
 
 #include "common/version.h"
@@ -6,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 #include <windows.h>
+
+using namespace kestra;
 
 namespace {
 

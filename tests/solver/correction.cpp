@@ -7,6 +7,8 @@
 #include <array>
 #include <cmath>
 
+using namespace kestra;
+
 namespace {
 
 constexpr int kColumns = 32;

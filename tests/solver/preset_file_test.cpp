@@ -9,6 +9,8 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
+using namespace kestra;
+
 namespace {
 
 class PresetFile : public testing::Test {

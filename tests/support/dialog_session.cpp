@@ -14,6 +14,8 @@
 #include <fstream>
 #include <map>
 
+namespace kestra {
+
 namespace {
 
 InputReader* answers = nullptr;
@@ -218,3 +220,5 @@ void DialogSession::changeLibraryAnswers() {
     libraries.description.secondaryMaps = answers->number();
     libraries.headboard.deviceAddress = answers->chance(4) ? 0 : 0xA8;
 }
+
+} // namespace kestra

@@ -6,9 +6,12 @@
 
 #include <QString>
 
-class CalibrationPage;
 class QDialog;
 class QWidget;
+
+namespace kestra {
+
+class CalibrationPage;
 
 /// The plug-in with a host and libraries whose answers come from a fuzz input. At its end everything is
 /// deleted, and what must be balanced by then is checked. One lives at a time.
@@ -44,3 +47,5 @@ public:
 private:
     std::string m_partName;
 };
+
+} // namespace kestra

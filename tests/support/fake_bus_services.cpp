@@ -1,5 +1,7 @@
 #include "tests/support/fake_bus_services.h"
 
+namespace kestra {
+
 namespace {
 
 FakeBusServices* services = nullptr;
@@ -35,3 +37,5 @@ void FakeBusServices::fillIn(HostServices& table) {
         noteCall("writeOption", option, value);
     };
 }
+
+} // namespace kestra

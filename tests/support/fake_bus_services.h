@@ -6,6 +6,8 @@
 #include <map>
 #include <string>
 
+namespace kestra {
+
 /// What a host offers for a headboard besides the services of `FakeHost`: single bytes of the fake
 /// headboard's EEPROM, and text options. Calls go into the current host's log. One lives at a time.
 class FakeBusServices {
@@ -20,3 +22,5 @@ public:
     FakeHeadboard& headboard;
     std::map<std::string, std::string> options;
 };
+
+} // namespace kestra

@@ -6,6 +6,8 @@
 #include <bit>
 #include <cstdlib>
 
+namespace kestra {
+
 namespace {
 
 constexpr uint32_t kPageSize = 32;
@@ -222,3 +224,5 @@ uint32_t FakeHeadboard::bridgeStatus() {
     bool const isBusy = m_now == DeviceFault::BusyForEver || now < m_busyUntil;
     return (isBusy ? 0x10U : 0U) | (m_acknowledged ? 0x04U : 0U);
 }
+
+} // namespace kestra

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace kestra {
+
 /// What an operation on the device does in the place of its work.
 enum class DeviceFault { None, NoAnswer, Failure, IgnoredWrite, BusyForEver };
 
@@ -62,3 +64,5 @@ private:
     std::chrono::milliseconds m_busyUntil{0};
     bool m_acknowledged = false;
 };
+
+} // namespace kestra

@@ -2,6 +2,8 @@
 
 #include "tests/support/fake_host.h"
 
+namespace kestra {
+
 namespace {
 
 FakeLibraries* libraries = nullptr;
@@ -125,3 +127,5 @@ void FakeLibraries::resetAnswers() {
 vy_Camera* FakeLibraries::camera() {
     return reinterpret_cast<vy_Camera*>(&cameraStandIn);
 }
+
+} // namespace kestra

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace kestra {
+
 /// What the stand-ins of both libraries answer.
 struct LibraryAnswers {
     LibraryAnswers();
@@ -54,3 +56,5 @@ public:
     void const* frame = nullptr;
     std::string path;
 };
+
+} // namespace kestra

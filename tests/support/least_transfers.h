@@ -4,6 +4,8 @@
 
 #include <set>
 
+namespace kestra {
+
 /// What an operation moves over the bus.
 enum class Transfer {
     RawRead,  ///< as many bytes as lie side by side
@@ -29,3 +31,5 @@ inline int64_t leastTransfers(std::vector<ByteState> const& state, ByteState wan
         return int64_t(words.size());
     return transfer == Transfer::RawRead ? runs : pairs;
 }
+
+} // namespace kestra

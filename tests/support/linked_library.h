@@ -2,6 +2,8 @@
 
 #include "common/libraries.h"
 
+namespace kestra {
+
 /// The functions of the sensor-access library that this test program is linked with, for `installVeyra2`.
 [[nodiscard]] inline Veyra2 linkedLibrary() {
     return {vy_ExistsRegister,
@@ -24,3 +26,5 @@
             vy_CloseCameras,
             vy_SensorInfo};
 }
+
+} // namespace kestra

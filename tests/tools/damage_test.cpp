@@ -8,6 +8,8 @@
 #include <random>
 #include <span>
 
+using namespace kestra;
+
 namespace {
 
 using headboard_image::kExitDone;

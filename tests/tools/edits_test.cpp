@@ -6,6 +6,8 @@
 #include <sys/resource.h>
 #endif
 
+using namespace kestra;
+
 namespace {
 
 using headboard_image::ExitCode;

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+namespace kestra {
+
 using Bytes = std::vector<uint8_t>;
 
 /// An image file in a folder of its own, and the program's commands on it.
@@ -37,3 +39,5 @@ private:
 
 /// One record of every way to hold something: entries of each kind, lines, text, named and opaque bytes.
 [[nodiscard]] std::vector<EepromRecord> recordsOfEveryKind();
+
+} // namespace kestra

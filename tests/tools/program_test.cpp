@@ -2,6 +2,8 @@
 
 #include <QProcess>
 
+using namespace kestra;
+
 namespace {
 
 using namespace headboard_image;

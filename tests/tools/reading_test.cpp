@@ -1,6 +1,8 @@
 #include "headboard/record_format.h"
 #include "tests/tools/image_fixture.h"
 
+using namespace kestra;
+
 namespace {
 
 using headboard_image::kExitDone;

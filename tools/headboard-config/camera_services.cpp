@@ -7,6 +7,8 @@
 #include <cstring>
 #include <memory>
 
+using namespace kestra;
+
 namespace {
 
 CameraServices* current = nullptr;

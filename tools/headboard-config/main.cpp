@@ -1,3 +1,5 @@
+
+
 // headboard-config: the headboard configuration page on a simulated camera, for work by hand.
 
 #include "config_page/config_display.h"
@@ -13,6 +15,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+
+using namespace kestra;
 
 namespace {
 

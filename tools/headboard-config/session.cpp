@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QVBoxLayout>
 
+using namespace kestra;
+
 namespace {
 
 SensorRecord recordOf(simulator::SimulatedCamera const& camera) {

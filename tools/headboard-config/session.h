@@ -33,7 +33,7 @@ private:
     QString const m_eepromFile;
     CameraServices m_services;
     Wizard m_bullets; ///< never shown: it only owns the pictures
-    EepromSlot m_eeprom = nullptr;
+    kestra::EepromSlot m_eeprom = nullptr;
     QWidget m_window;
     Config* m_page; ///< the window's
 };

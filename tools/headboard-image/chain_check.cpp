@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+using namespace kestra;
+
 namespace headboard_image {
 namespace {
 

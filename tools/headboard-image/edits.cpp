@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <set>
 
+using namespace kestra;
+
 namespace headboard_image {
 namespace {
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using namespace kestra;
+
 namespace headboard_image {
 namespace {
 

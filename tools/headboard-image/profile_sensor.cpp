@@ -7,6 +7,8 @@
 
 #include <bit>
 
+using namespace kestra;
+
 namespace headboard_image {
 namespace {
 

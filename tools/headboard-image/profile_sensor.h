@@ -26,11 +26,11 @@ public:
 
     /// For a record store; valid while this lives.
     [[nodiscard]] vy_Camera* camera() const;
-    [[nodiscard]] SensorModel model() const;
+    [[nodiscard]] kestra::SensorModel model() const;
 
     /// Sets a register, or a bitfield of it. False, with the reason in `fault`, when the sensor has none
     /// there or it cannot hold the value.
-    [[nodiscard]] bool set(RegisterEntry const& entry, std::string& fault);
+    [[nodiscard]] bool set(kestra::RegisterEntry const& entry, std::string& fault);
 
 private:
     explicit ProfileSensor(std::unique_ptr<simulator::SimulatedCamera> camera);

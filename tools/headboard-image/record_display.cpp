@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+using namespace kestra;
+
 namespace headboard_image {
 namespace {
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using namespace kestra;
+
 namespace headboard_image {
 
 RecordPlace const* Chain::at(int32_t offset) const {

@@ -2,6 +2,8 @@
 
 #include "common/libraries.h"
 
+using namespace kestra;
+
 namespace headboard_image {
 
 SensorStandIn::SensorStandIn(Addressing addressing) {

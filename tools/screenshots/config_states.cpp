@@ -18,6 +18,8 @@
 #include <memory>
 #include <string>
 
+using namespace kestra;
+
 namespace {
 
 // The page on a fake headboard, driven to a state as a device and a user would drive it.

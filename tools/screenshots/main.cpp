@@ -1,3 +1,5 @@
+
+
 // Writes one picture for each named state of a page: screenshots FOLDER [NAME ...]
 
 #include "apga_page/lens_assist_apga.h"
@@ -15,6 +17,8 @@
 #include <functional>
 #include <memory>
 #include <vector>
+
+using namespace kestra;
 
 namespace {
 
