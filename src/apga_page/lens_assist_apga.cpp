@@ -63,7 +63,7 @@ protected:
     void captureFrame(Frame const& frame) override;
     [[nodiscard]] int skippedRows() const override;
     [[nodiscard]] ResultFile resultFile() const override;
-    [[nodiscard]] int32_t storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) override;
+    [[nodiscard]] EepromStatus storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) override;
 
 private:
     void takeFrame(Frame const& frame);
@@ -255,9 +255,9 @@ void LensAssistApgaFlow::loadWhenSolved() {
     loadSolution(*entries);
 }
 
-int32_t LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {
+EepromStatus LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {
     SensorModel const model = {core.sensor.sensorKind, core.sensor.variant};
-    int32_t const stored = saveShadingRegisters(eeprom, label.constData(), model);
+    EepromStatus const stored = saveShadingRegisters(eeprom, label.constData(), model);
     if (stored == kEepromOk)
         (void)addFactoryTime(eeprom, label, OlderTime::MayStay); // the result is that of the registers
     if (core.alive && core.kind().keepsWhiteBalanceGains && hasWhiteBalanceGains(m_captured)) {
@@ -271,7 +271,7 @@ int32_t LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteAr
     }
     if (stored < kEepromOk)
         return stored;
-    int32_t const written = HeadboardEepromFlush(eeprom);
+    EepromStatus const written = HeadboardEepromFlush(eeprom);
     return written == kEepromOk ? HeadboardEepromVerify(eeprom, 0, -1) : written;
 }
 

@@ -58,7 +58,7 @@ void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
     core.widgets.paintAtOnce(core.widgets.eeprom); // who saw the old state might pull the board meanwhile
     if (core.serialNumber.store)
         core.serialNumber.store();
-    int32_t status = kEepromFailed;
+    EepromStatus status = kEepromFailed;
     HeadboardEeprom eeprom;
     if (core.alive) {
         eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
@@ -73,7 +73,7 @@ void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
     refreshBoth(core);
 }
 
-int32_t addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label, OlderTime older) {
+EepromStatus addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label, OlderTime older) {
     if (label != kFactoryLabel)
         return kEepromOk;
     // A record behind an older one is never found, so what must be found ends its save there: the shading

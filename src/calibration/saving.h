@@ -6,9 +6,8 @@
 
 namespace kestra {
 
-/// Puts a calibration's records into the image under a label, local 8-bit, and writes them to the device;
-/// answers an `EepromStatus`.
-using StoreInEeprom = std::function<int32_t(HeadboardEeprom const& eeprom, QByteArray const& label)>;
+/// Puts a calibration's records into the image under a label, local 8-bit, and writes them to the device.
+using StoreInEeprom = std::function<EepromStatus(HeadboardEeprom const& eeprom, QByteArray const& label)>;
 
 /// Detects the headboard EEPROM while that is not known: `eepromState` becomes present or absent, or stays
 /// unknown after a failure that the next attempt may not meet. A blank EEPROM is formatted. An absent one
@@ -23,7 +22,8 @@ void saveToEepromStep(PageCore& core, StoreInEeprom const& store);
 enum class OlderTime { MustGo, MayStay };
 
 /// Adds the current time to a label that stands for the factory's calibration, in place of an older time.
-[[nodiscard]] int32_t addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label, OlderTime older);
+[[nodiscard]] EepromStatus addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label,
+                                          OlderTime older);
 
 /// Tests whether the directory for results files exists, when that is not known: `fileState` becomes ready or
 /// failed.

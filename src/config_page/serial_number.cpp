@@ -34,7 +34,7 @@ QString numberInImage(HeadboardEeprom const& eeprom) {
     return QString::fromLocal8Bit(text, int(qstrnlen(text, uint(size - kRecordHead))));
 }
 
-int32_t replaceInImage(HeadboardEeprom const& eeprom, QByteArray const& number) {
+EepromStatus replaceInImage(HeadboardEeprom const& eeprom, QByteArray const& number) {
     auto const length = int32_t(number.size() + 1); // the closing zero belongs to it
     EepromRecord record = EepromNewRecord(kRecordHeadboardId, length, 0);
     auto const* const bytes = reinterpret_cast<uint8_t const*>(number.constData());
@@ -42,10 +42,10 @@ int32_t replaceInImage(HeadboardEeprom const& eeprom, QByteArray const& number) 
     int32_t const available = EepromFreeSpace(eeprom);
     int32_t const older = EepromReadNth(eeprom, kRecordHeadboardId, nullptr, 0, {});
     if (available < 0)
-        return available;
+        return EepromStatus(available);
     bool const fits = record.append({bytes, size_t(length)}) &&
                       int64_t(record.bytes().size()) < int64_t{available} + std::max(older, 0);
-    return fits ? EepromReplaceRecord(eeprom, record) : int32_t(kEepromNoRoom);
+    return fits ? EepromReplaceRecord(eeprom, record) : kEepromNoRoom;
 }
 
 int lastOf(char separator, QByteArray const& path) {

@@ -23,7 +23,7 @@ std::span<uint8_t const> bytesAt(HeadboardEeprom const& eeprom, int64_t offset, 
 
 // Type and length of the record at an offset; what lies outside of the image counts as erased.
 struct RecordHead {
-    int32_t status;
+    EepromStatus status;
     uint8_t type;
     int32_t length;
 
@@ -32,7 +32,7 @@ struct RecordHead {
 
 RecordHead loadHead(HeadboardEeprom const& eeprom, int64_t offset) {
     // Always all three bytes: the first may have come in behind a short record's name, the others not.
-    int32_t const status = HeadboardEepromLoad(eeprom, int32_t(offset), kRecordHead);
+    EepromStatus const status = HeadboardEepromLoad(eeprom, int32_t(offset), kRecordHead);
     std::array<uint8_t, kRecordHead> head = {kErased, kErased, kErased};
     std::span<uint8_t const> const bytes = bytesAt(eeprom, offset, kRecordHead);
     std::copy(bytes.begin(), bytes.end(), head.begin());
@@ -45,7 +45,7 @@ bool endsInside(HeadboardEeprom const& eeprom, int64_t offset, RecordHead const&
 
 // Loads what a record's name or text is taken from: of a register set the name and the kind of its first
 // block of entries, of named data the name, of the others everything.
-int32_t loadText(HeadboardEeprom const& eeprom, int64_t offset, RecordHead const& head) {
+EepromStatus loadText(HeadboardEeprom const& eeprom, int64_t offset, RecordHead const& head) {
     constexpr int32_t kRegisterSetBytes = 13;
     constexpr int32_t kNamedDataBytes = 18;
     auto count = int32_t(head.size());
@@ -57,10 +57,11 @@ int32_t loadText(HeadboardEeprom const& eeprom, int64_t offset, RecordHead const
 }
 
 // kEepromOk when the record at the offset carries the name.
-int32_t matchName(HeadboardEeprom const& eeprom, int64_t offset, RecordHead const& head, char const* name) {
+EepromStatus matchName(HeadboardEeprom const& eeprom, int64_t offset, RecordHead const& head,
+                       char const* name) {
     if (!name || recordNameWidth(head.type) == 0)
         return kEepromOk;
-    int32_t const status = loadText(eeprom, offset, head);
+    EepromStatus const status = loadText(eeprom, offset, head);
     if (status != kEepromOk)
         return status;
     std::string_view const found = recordName(head.type, bytesAt(eeprom, offset + kRecordHead, head.length));
@@ -80,7 +81,7 @@ int32_t nthRecord(HeadboardEeprom const& eeprom, int32_t type, char const* name,
 
 } // namespace
 
-int32_t EepromFormat(HeadboardEeprom eeprom, int32_t version) {
+EepromStatus EepromFormat(HeadboardEeprom eeprom, int32_t version) {
     std::array<uint8_t, kHeaderSize + 1> header{};
     std::copy(kMagic.begin(), kMagic.end(), header.begin());
     header[4] = version == -1 ? kUsualVersion : uint8_t(version);
@@ -88,8 +89,8 @@ int32_t EepromFormat(HeadboardEeprom eeprom, int32_t version) {
     return HeadboardEepromPut(eeprom, 0, int32_t(header.size()), header.data());
 }
 
-int32_t EepromCheckHeader(HeadboardEeprom eeprom) {
-    int32_t const status = HeadboardEepromLoad(eeprom, 0, kHeaderSize);
+EepromStatus EepromCheckHeader(HeadboardEeprom eeprom) {
+    EepromStatus const status = HeadboardEepromLoad(eeprom, 0, kHeaderSize);
     if (status != kEepromOk)
         return status;
     std::span<uint8_t const> const magic = bytesAt(eeprom, 0, kMagic.size());
@@ -113,7 +114,7 @@ int32_t EepromFreeSpace(HeadboardEeprom eeprom, int32_t* used) {
 int32_t EepromFindRecord(HeadboardEeprom eeprom, uint8_t type, char const* name, int32_t start) {
     if (start < 0)
         return start;
-    int32_t const status = EepromCheckHeader(eeprom);
+    EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
     if (type == kRecordIdent)
@@ -123,7 +124,7 @@ int32_t EepromFindRecord(HeadboardEeprom eeprom, uint8_t type, char const* name,
         if (head.status != kEepromOk)
             return head.status;
         if (head.type == type) {
-            int32_t const match = matchName(eeprom, offset, head, name);
+            EepromStatus const match = matchName(eeprom, offset, head, name);
             if (match != kEepromNoRecord)
                 return match == kEepromOk ? int32_t(offset) : match;
         }
@@ -137,7 +138,7 @@ int32_t EepromFindRecord(HeadboardEeprom eeprom, uint8_t type, char const* name,
 int32_t EepromNextRecord(HeadboardEeprom eeprom, int32_t offset) {
     if (offset < 0)
         return offset;
-    int32_t const status = EepromCheckHeader(eeprom);
+    EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
     if (offset == 0)
@@ -172,7 +173,7 @@ int32_t EepromReadRecord(HeadboardEeprom eeprom, int32_t offset, std::span<uint8
         return int32_t(size);
     if (int64_t(buffer.size()) < size)
         return kEepromBufferTooSmall;
-    int32_t const status = HeadboardEepromLoad(eeprom, offset, int32_t(size), buffer.data());
+    EepromStatus const status = HeadboardEepromLoad(eeprom, offset, int32_t(size), buffer.data());
     return status == kEepromOk ? int32_t(size) : status;
 }
 
@@ -181,19 +182,19 @@ int32_t EepromReadNth(HeadboardEeprom eeprom, int32_t type, char const* name, in
     return EepromReadRecord(eeprom, nthRecord(eeprom, type, name, n), buffer);
 }
 
-int32_t EepromAppendRecord(HeadboardEeprom eeprom, EepromRecord const& record) {
+EepromStatus EepromAppendRecord(HeadboardEeprom eeprom, EepromRecord const& record) {
     int32_t const end = EepromFindRecord(eeprom, kRecordEnd, nullptr, 0);
     if (end < 0)
-        return end;
+        return EepromStatus(end);
     std::span<uint8_t const> const bytes = record.bytes();
     if (int64_t{end} + int64_t(bytes.size()) >= eeprom->deviceSize)
         return kEepromNoRoom;
     auto const size = int32_t(bytes.size());
-    int32_t const status = HeadboardEepromPut(eeprom, end, size, bytes.data());
+    EepromStatus const status = HeadboardEepromPut(eeprom, end, size, bytes.data());
     return status == kEepromOk ? HeadboardEepromPut(eeprom, end + size, 1, &kErased) : status;
 }
 
-int32_t EepromDeleteRecord(HeadboardEeprom eeprom, int32_t offset) {
+EepromStatus EepromDeleteRecord(HeadboardEeprom eeprom, int32_t offset) {
     HeadboardEepromEnsureImage(eeprom);
     if (offset < kHeaderSize || offset >= eeprom->imageSize())
         return kEepromFailed;
@@ -205,9 +206,9 @@ int32_t EepromDeleteRecord(HeadboardEeprom eeprom, int32_t offset) {
     auto const rest = int32_t(offset + head.size());
     int32_t const end = EepromFindRecord(eeprom, kRecordEnd, nullptr, rest);
     if (end < 0)
-        return end;
+        return EepromStatus(end);
     int32_t const count = end + 1 - rest;
-    int32_t const status = HeadboardEepromLoad(eeprom, rest, count);
+    EepromStatus const status = HeadboardEepromLoad(eeprom, rest, count);
     if (status != kEepromOk)
         return status;
     // Not by the load: it leaves out the last byte of the image, where the chain may end.
@@ -216,15 +217,15 @@ int32_t EepromDeleteRecord(HeadboardEeprom eeprom, int32_t offset) {
     return HeadboardEepromPut(eeprom, offset, int32_t(moved.size()), moved.data());
 }
 
-int32_t EepromDeleteNth(HeadboardEeprom eeprom, int32_t type, char const* name, int32_t n) {
+EepromStatus EepromDeleteNth(HeadboardEeprom eeprom, int32_t type, char const* name, int32_t n) {
     int32_t const offset = nthRecord(eeprom, type, name, n);
-    return offset < 0 ? offset : EepromDeleteRecord(eeprom, offset);
+    return offset < 0 ? EepromStatus(offset) : EepromDeleteRecord(eeprom, offset);
 }
 
-int32_t EepromReplaceRecord(HeadboardEeprom eeprom, EepromRecord const& record) {
+EepromStatus EepromReplaceRecord(HeadboardEeprom eeprom, EepromRecord const& record) {
     std::string const name(record.name());
     bool const isNamed = recordNameWidth(record.type()) > 0;
-    int32_t const deleted = EepromDeleteNth(eeprom, record.type(), isNamed ? name.c_str() : nullptr, 0);
+    EepromStatus const deleted = EepromDeleteNth(eeprom, record.type(), isNamed ? name.c_str() : nullptr, 0);
     // Behind an older record that could not be read the new one would never be found.
     if (deleted != kEepromOk && deleted != kEepromNoRecord)
         return deleted;
@@ -249,7 +250,7 @@ std::string_view EepromRecordText(HeadboardEeprom eeprom, int32_t offset) {
 }
 
 EepromState probeEeprom(HeadboardEeprom eeprom) {
-    int32_t status = EepromCheckHeader(eeprom);
+    EepromStatus status = EepromCheckHeader(eeprom);
     if (status == kEepromNotFormatted) {
         status = EepromFormat(eeprom, -1);
         if (status == kEepromOk)

@@ -21,10 +21,10 @@ constexpr int32_t kAnyRecordType = -1;
 
 /// Writes header and end of an empty chain into the image; version -1 is the usual one, of others the low
 /// byte is taken. What else the device holds stays, unreachable.
-[[nodiscard]] int32_t EepromFormat(HeadboardEeprom eeprom, int32_t version);
+[[nodiscard]] EepromStatus EepromFormat(HeadboardEeprom eeprom, int32_t version);
 
 /// `kEepromOk` for a formatted EEPROM, `kEepromNotFormatted` for another content.
-[[nodiscard]] int32_t EepromCheckHeader(HeadboardEeprom eeprom);
+[[nodiscard]] EepromStatus EepromCheckHeader(HeadboardEeprom eeprom);
 
 /// Bytes behind the chain, its end marker included. `used`, when given, takes the bytes of all records. An
 /// EEPROM that is not formatted has all its room free.
@@ -47,17 +47,17 @@ constexpr int32_t kAnyRecordType = -1;
                                     std::span<uint8_t> buffer);
 
 /// Adds a record at the end of the chain; one byte stays free for the end marker.
-[[nodiscard]] int32_t EepromAppendRecord(HeadboardEeprom eeprom, EepromRecord const& record);
+[[nodiscard]] EepromStatus EepromAppendRecord(HeadboardEeprom eeprom, EepromRecord const& record);
 
 /// Takes a record out of the chain and moves up what follows.
-[[nodiscard]] int32_t EepromDeleteRecord(HeadboardEeprom eeprom, int32_t offset);
+[[nodiscard]] EepromStatus EepromDeleteRecord(HeadboardEeprom eeprom, int32_t offset);
 
 /// The same for a record told as in `EepromReadNth`.
-[[nodiscard]] int32_t EepromDeleteNth(HeadboardEeprom eeprom, int32_t type, char const* name, int32_t n);
+[[nodiscard]] EepromStatus EepromDeleteNth(HeadboardEeprom eeprom, int32_t type, char const* name, int32_t n);
 
 /// Deletes the first record of the same type, and name where the type has one, and appends this. The old one
 /// is gone from the image even when the new one finds no room.
-[[nodiscard]] int32_t EepromReplaceRecord(HeadboardEeprom eeprom, EepromRecord const& record);
+[[nodiscard]] EepromStatus EepromReplaceRecord(HeadboardEeprom eeprom, EepromRecord const& record);
 
 /// The name of a named record or the text of a text record, without its NUL, where it stands in the image:
 /// valid until the next operation on an EEPROM that the caller holds. Without data for other types, and when

@@ -40,11 +40,11 @@ Run nextRun(HeadboardEeprom const& eeprom, ByteState wanted, int64_t from, int64
 
 // Hands each run of bytes in a state to `transfer` and stops at the first failure.
 template <typename Transfer>
-int32_t forEachRun(HeadboardEeprom const& eeprom, ByteState wanted, int64_t offset, int64_t end,
-                   Transfer transfer) {
+EepromStatus forEachRun(HeadboardEeprom const& eeprom, ByteState wanted, int64_t offset, int64_t end,
+                        Transfer transfer) {
     for (Run run = nextRun(eeprom, wanted, offset, end); run.count > 0;
          run = nextRun(eeprom, wanted, int64_t{run.offset} + run.count, end)) {
-        int32_t const status = transfer(run);
+        EepromStatus const status = transfer(run);
         if (status != kEepromOk)
             return status;
     }
@@ -60,7 +60,7 @@ int64_t countBeforeLastByte(HeadboardEeprom const& eeprom, int32_t offset, int32
     return int64_t{offset} + count >= size ? size - 1 - offset : count;
 }
 
-int32_t statusOf(int libraryResult) {
+EepromStatus statusOf(int libraryResult) {
     if (libraryResult == 0)
         return kEepromOk;
     return libraryResult == kLibraryNoAnswer ? kEepromNoAnswer : kEepromFailed;
@@ -101,14 +101,15 @@ void HeadboardEepromEnsureImage(HeadboardEeprom eeprom) {
     eeprom->state.assign(size, ByteState::NotRead);
 }
 
-int32_t HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t count, uint8_t* destination) {
+EepromStatus HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                 uint8_t* destination) {
     HeadboardEepromEnsureImage(eeprom);
     int64_t const clipped = countBeforeLastByte(eeprom, offset, count);
     if (clipped < 0)
         return kEepromFailed;
-    int32_t const status = forEachRun(eeprom, ByteState::NotRead, offset, offset + clipped, [&](Run run) {
-        return HeadboardEepromDeviceRead(eeprom, run.offset, run.count);
-    });
+    EepromStatus const status =
+        forEachRun(eeprom, ByteState::NotRead, offset, offset + clipped,
+                   [&](Run run) { return HeadboardEepromDeviceRead(eeprom, run.offset, run.count); });
     if (status != kEepromOk)
         return status;
     if (!isInside(eeprom, offset, clipped)) // released meanwhile
@@ -118,7 +119,7 @@ int32_t HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t coun
     return kEepromOk;
 }
 
-int32_t HeadboardEepromPut(HeadboardEeprom eeprom, int32_t offset, int32_t count, uint8_t const* bytes) {
+EepromStatus HeadboardEepromPut(HeadboardEeprom eeprom, int32_t offset, int32_t count, uint8_t const* bytes) {
     HeadboardEepromEnsureImage(eeprom);
     int64_t const clipped = countBeforeLastByte(eeprom, offset, count);
     if (clipped < 0)
@@ -128,7 +129,7 @@ int32_t HeadboardEepromPut(HeadboardEeprom eeprom, int32_t offset, int32_t count
     return kEepromOk;
 }
 
-int32_t HeadboardEepromFlush(HeadboardEeprom eeprom) {
+EepromStatus HeadboardEepromFlush(HeadboardEeprom eeprom) {
     if (!eeprom->camera || eeprom->image.empty())
         return kEepromOk;
     HeadboardEepromEnsureImage(eeprom);
@@ -140,7 +141,7 @@ bool HeadboardEepromHasChanges(HeadboardEeprom const& eeprom) {
     return std::ranges::find(eeprom->state, ByteState::Changed) != eeprom->state.end();
 }
 
-int32_t HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count) {
+EepromStatus HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count) {
     HeadboardEepromEnsureImage(eeprom);
     bool const whole = count < 0;
     int64_t const begin = whole ? 0 : offset;
@@ -148,8 +149,8 @@ int32_t HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t co
     if (begin < 0 || end < begin)
         return kEepromFailed;
     std::vector<uint8_t> const written = eeprom->image;
-    return forEachRun(eeprom, ByteState::Current, begin, end, [&](Run run) -> int32_t {
-        int32_t const status = HeadboardEepromDeviceRead(eeprom, run.offset, run.count);
+    return forEachRun(eeprom, ByteState::Current, begin, end, [&](Run run) -> EepromStatus {
+        EepromStatus const status = HeadboardEepromDeviceRead(eeprom, run.offset, run.count);
         if (status != kEepromOk)
             return status;
         auto const read = eeprom->image.begin() + run.offset;
@@ -157,8 +158,8 @@ int32_t HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t co
     });
 }
 
-int32_t HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_t count,
-                                  uint8_t* destination) {
+EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                       uint8_t* destination) {
     HeadboardEepromEnsureImage(eeprom);
     if (!isInside(eeprom, offset, count))
         return kEepromFailed;
@@ -168,7 +169,7 @@ int32_t HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_
     auto const transport = chooseTransport(eeprom);
     if (!transport)
         return kEepromFailed;
-    int32_t const status = statusOf(transport->read(uint32_t(offset), bytes));
+    EepromStatus const status = statusOf(transport->read(uint32_t(offset), bytes));
     if (status != kEepromOk)
         return status;
     if (!isInside(eeprom, offset, count)) // released meanwhile
@@ -180,8 +181,8 @@ int32_t HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_
     return kEepromOk;
 }
 
-int32_t HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32_t count,
-                                   uint8_t const* source) {
+EepromStatus HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                        uint8_t const* source) {
     HeadboardEepromEnsureImage(eeprom);
     if (!isInside(eeprom, offset, count))
         return kEepromFailed;
@@ -193,7 +194,7 @@ int32_t HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32
     auto const transport = chooseTransport(eeprom);
     if (!transport)
         return kEepromFailed;
-    int32_t const status = statusOf(transport->write(uint32_t(offset), bytes));
+    EepromStatus const status = statusOf(transport->write(uint32_t(offset), bytes));
     if (status != kEepromOk)
         return status;
     if (!isInside(eeprom, offset, count)) // released meanwhile

@@ -79,30 +79,30 @@ void HeadboardEepromEnsureImage(HeadboardEeprom eeprom);
 
 /// Reads what was not read yet of a range. A range that reaches the end of the image is cut before its last
 /// byte. `destination`, when given, takes the range's bytes and holds `count`.
-[[nodiscard]] int32_t HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t count,
-                                          uint8_t* destination = nullptr);
+[[nodiscard]] EepromStatus HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                               uint8_t* destination = nullptr);
 
 /// Changes a range of the image, cut in the same way.
-[[nodiscard]] int32_t HeadboardEepromPut(HeadboardEeprom eeprom, int32_t offset, int32_t count,
-                                         uint8_t const* bytes);
+[[nodiscard]] EepromStatus HeadboardEepromPut(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                              uint8_t const* bytes);
 
 /// Writes all changed bytes to the device. Without a camera or an image there is nothing to do.
-[[nodiscard]] int32_t HeadboardEepromFlush(HeadboardEeprom eeprom);
+[[nodiscard]] EepromStatus HeadboardEepromFlush(HeadboardEeprom eeprom);
 
 /// Whether a change of the image still waits to be written.
 [[nodiscard]] bool HeadboardEepromHasChanges(HeadboardEeprom const& eeprom);
 
 /// Reads the current bytes of a range again and compares: `kEepromMismatch` at the first difference, the
 /// image then holding what the device holds. A negative count means the whole image.
-[[nodiscard]] int32_t HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count);
+[[nodiscard]] EepromStatus HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count);
 
 /// Reads a range, whatever its state, into the image and, when given, to `destination`.
-[[nodiscard]] int32_t HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_t count,
-                                                uint8_t* destination = nullptr);
+[[nodiscard]] EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                                     uint8_t* destination = nullptr);
 
 /// Writes a range, whatever its state, from `source` or, with null, from the image.
-[[nodiscard]] int32_t HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32_t count,
-                                                 uint8_t const* source = nullptr);
+[[nodiscard]] EepromStatus HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+                                                      uint8_t const* source = nullptr);
 
 /// The process-wide EEPROM, null until its first user. Every page that uses the headboard is handed a
 /// reference to it and owns nothing of it.

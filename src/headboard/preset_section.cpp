@@ -165,7 +165,7 @@ std::optional<std::string> parseState(std::string const& line, uint8_t type) {
     return isTaken ? std::optional<std::string>(text) : std::nullopt;
 }
 
-int32_t addPresetLine(HeadboardEeprom const& eeprom, EepromRecord& record, std::string const& line) {
+EepromStatus addPresetLine(HeadboardEeprom const& eeprom, EepromRecord& record, std::string const& line) {
     if (auto const entry = parseEntry(line))
         return EepromAddEntry(eeprom, record, entry->entry);
     if (auto const state = parseState(line, record.type()))
@@ -191,8 +191,8 @@ std::vector<std::string> readSection(char const* iniFileName, char const* sectio
 
 } // namespace
 
-int32_t EepromImportSection(HeadboardEeprom eeprom, char const* iniFileName, char const* sectionName,
-                            uint8_t type) {
+EepromStatus EepromImportSection(HeadboardEeprom eeprom, char const* iniFileName, char const* sectionName,
+                                 uint8_t type) {
     if (recordPayload(type) != RecordPayload::RegisterSet)
         return kEepromFailed;
     std::vector<std::string> const lines = readSection(iniFileName, sectionName);
@@ -200,7 +200,7 @@ int32_t EepromImportSection(HeadboardEeprom eeprom, char const* iniFileName, cha
         return kEepromFailed;
     EepromRecord record = makeRegisterSet(type, eeprom->deviceSize - kReservedBytes, sectionName);
     for (std::string const& line : lines) {
-        int32_t const status = addPresetLine(eeprom, record, line);
+        EepromStatus const status = addPresetLine(eeprom, record, line);
         if (status != kEepromOk)
             return status;
     }

@@ -107,8 +107,8 @@ void addBracketedTables(HeadboardEeprom const& eeprom, EepromRecord& record, Sen
 
 } // namespace
 
-int32_t saveShadingRegisters(HeadboardEeprom eeprom, char const* name, SensorModel fallback) {
-    int32_t const status = EepromCheckHeader(eeprom);
+EepromStatus saveShadingRegisters(HeadboardEeprom eeprom, char const* name, SensorModel fallback) {
+    EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
     EepromRecord record = makeRegisterSet(kRecordPga, eeprom->deviceSize - kReservedBytes, name);
@@ -118,8 +118,8 @@ int32_t saveShadingRegisters(HeadboardEeprom eeprom, char const* name, SensorMod
     return EepromReplaceRecord(eeprom, record);
 }
 
-int32_t saveCcmRegisters(HeadboardEeprom eeprom, char const* name) {
-    int32_t const status = EepromCheckHeader(eeprom);
+EepromStatus saveCcmRegisters(HeadboardEeprom eeprom, char const* name) {
+    EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
     EepromRecord record = makeRegisterSet(kRecordCcm, eeprom->deviceSize - kReservedBytes, name);

@@ -208,7 +208,7 @@ bool holdsLines(RegisterSetContent const& content) {
     return content.blocks.empty() && !content.rest.empty() && !entryKind(content.rest.front());
 }
 
-int32_t EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEntry entry) {
+EepromStatus EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEntry entry) {
     if (record.length() >= int64_t{record.capacity()} - kEntryReserve)
         return kEepromNoRoom;
     Sensor const sensor(eeprom->camera);
@@ -238,8 +238,8 @@ int32_t EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEnt
     return kEepromOk;
 }
 
-int32_t EepromAddRegister(HeadboardEeprom eeprom, EepromRecord& record, char const* reg, char const* bitfield,
-                          uint32_t value) {
+EepromStatus EepromAddRegister(HeadboardEeprom eeprom, EepromRecord& record, char const* reg,
+                               char const* bitfield, uint32_t value) {
     std::optional<RegisterEntry> entry = findEntry(Sensor(eeprom->camera), reg, bitfield);
     if (!entry)
         return kEepromFailed;
@@ -247,8 +247,8 @@ int32_t EepromAddRegister(HeadboardEeprom eeprom, EepromRecord& record, char con
     return EepromAddEntry(eeprom, record, *entry);
 }
 
-int32_t EepromAddRegisterCurrent(HeadboardEeprom eeprom, EepromRecord& record, char const* reg,
-                                 char const* bitfield) {
+EepromStatus EepromAddRegisterCurrent(HeadboardEeprom eeprom, EepromRecord& record, char const* reg,
+                                      char const* bitfield) {
     Sensor const sensor(eeprom->camera);
     std::optional<RegisterEntry> entry = findEntry(sensor, reg, bitfield);
     if (!entry)
@@ -257,7 +257,7 @@ int32_t EepromAddRegisterCurrent(HeadboardEeprom eeprom, EepromRecord& record, c
     return EepromAddEntry(eeprom, record, *entry);
 }
 
-int32_t EepromAddLine(EepromRecord& record, std::string const& text) {
+EepromStatus EepromAddLine(EepromRecord& record, std::string const& text) {
     int64_t const needed = record.length() + int64_t(text.size()) + kRecordHead;
     if (needed >= int64_t{record.capacity()} - kLineReserve)
         return kEepromNoRoom;
@@ -265,8 +265,8 @@ int32_t EepromAddLine(EepromRecord& record, std::string const& text) {
     return record.append({bytes, text.size() + 1}) ? kEepromOk : kEepromNoRoom;
 }
 
-int32_t EepromGetEntry(HeadboardEeprom eeprom, std::span<uint8_t const> record, int32_t n,
-                       RegisterEntry& entry) {
+EepromStatus EepromGetEntry(HeadboardEeprom eeprom, std::span<uint8_t const> record, int32_t n,
+                            RegisterEntry& entry) {
     std::optional<SensorInfo> const info = Sensor(eeprom->camera).info();
     auto left = size_t(std::max(n, 0));
     for (EntryBlock const& block : splitRegisterSet(record).blocks) {

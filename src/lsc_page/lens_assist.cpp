@@ -43,7 +43,7 @@ protected:
     void calibrationTick() override;
     void captureFrame(Frame const& frame) override;
     [[nodiscard]] int skippedRows() const override;
-    [[nodiscard]] int32_t storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) override;
+    [[nodiscard]] EepromStatus storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) override;
 
 private:
     void loadWhenSolved();
@@ -67,8 +67,8 @@ ShadingHandle LensAssistFlow::createCalibration() {
                                                   core.sensor.variant, kAllBits));
 }
 
-int32_t LensAssistFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {
-    int32_t status =
+EepromStatus LensAssistFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {
+    EepromStatus status =
         saveShadingRegisters(eeprom, label.constData(), {core.sensor.sensorKind, core.sensor.variant});
     if (status == kEepromOk)
         status = addFactoryTime(eeprom, label, OlderTime::MustGo);
