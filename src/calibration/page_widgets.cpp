@@ -117,18 +117,18 @@ void PageWidgets::paintAtOnce(StepWidgets const& step) {
 
 void PageWidgets::swapIn(StepWidgets const* step) {
     QProgressBar* const bar = step ? step->bar.data() : nullptr;
-    if (bar == swappedBar)
+    if (bar == m_swappedBar)
         return;
-    if (swappedBar)
-        swappedBar->hide();
-    if (swappedLabel)
-        swappedLabel->show();
-    swappedLabel = bar ? step->status : nullptr;
-    swappedBar = bar;
-    if (swappedLabel)
-        swappedLabel->hide();
-    if (swappedBar)
-        swappedBar->show();
+    if (m_swappedBar)
+        m_swappedBar->hide();
+    if (m_swappedLabel)
+        m_swappedLabel->show();
+    m_swappedLabel = bar ? step->status : nullptr;
+    m_swappedBar = bar;
+    if (m_swappedLabel)
+        m_swappedLabel->hide();
+    if (m_swappedBar)
+        m_swappedBar->show();
 }
 
 } // namespace kestra

@@ -94,8 +94,8 @@ public:
     StepWidgets setup, exposure, colourBalance, calibration, uniformity, file, eeprom;
 
 private:
-    QPointer<QLabel> swappedLabel;     // the status text that a progress bar covers now
-    QPointer<QProgressBar> swappedBar; // and that bar
+    QPointer<QLabel> m_swappedLabel;     // the status text that a progress bar covers now
+    QPointer<QProgressBar> m_swappedBar; // and that bar
 };
 
 } // namespace kestra

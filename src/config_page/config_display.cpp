@@ -11,17 +11,17 @@ QString translated(char const* text) {
 }
 
 struct SerialRow {
-    uint32_t state;
+    SerialState state;
     char const* text;
     Bullet bullet;
 };
 
 constexpr char kEnterNumber[] = QT_TRANSLATE_NOOP("Config", "Enter the serial number.");
-constexpr uint32_t kSerialEmptyOtherwise = 6; // shown like an empty one
+constexpr SerialState kSerialEmptyOtherwise{6}; // shown like an empty one
 constexpr SerialRow kSerialRows[] = {
-    {ConfigState::SerialEdited, QT_TRANSLATE_NOOP("Config", "Click Apply to save."), Bullet::Yellow},
-    {ConfigState::SerialSaved, QT_TRANSLATE_NOOP("Config", "Done. Serial number is saved."), Bullet::Green},
-    {ConfigState::SerialEmpty, kEnterNumber, Bullet::Red},
+    {SerialState::Edited, QT_TRANSLATE_NOOP("Config", "Click Apply to save."), Bullet::Yellow},
+    {SerialState::Saved, QT_TRANSLATE_NOOP("Config", "Done. Serial number is saved."), Bullet::Green},
+    {SerialState::Empty, kEnterNumber, Bullet::Red},
     {kSerialEmptyOtherwise, kEnterNumber, Bullet::Red},
 };
 
@@ -70,7 +70,7 @@ ConfigStatus eepromStatus(EepromState eepromState, RecordSpace const& space, uin
     return {translated(QT_TRANSLATE_NOOP("Config", "The status of the EEPROM is unknown.")), Bullet::Gray};
 }
 
-ConfigStatus serialStatus(ConfigState::SerialState serialState) {
+ConfigStatus serialStatus(SerialState serialState) {
     for (SerialRow const& row : kSerialRows)
         if (row.state == serialState)
             return {translated(row.text), row.bullet};
@@ -81,7 +81,7 @@ ConfigEnabling configEnabling(ConfigState const& state, RecordSpace const& space
     if (state.eepromState != EepromState::Present)
         return {};
     return {.combos = true,
-            .apply = state.combosDirty || state.serialState == ConfigState::SerialEdited,
+            .apply = state.combosDirty || state.serialState == SerialState::Edited,
             .touchesErase = true,
             // A broken chain has no end to be found and shows nothing used; it needs the erasing most.
             .erase = space.used > 0 || space.available < 0 || space.unwritten};

@@ -15,14 +15,15 @@
 
 namespace kestra {
 
+/// What is known of the serial number in the field.
+enum class SerialState : uint32_t { Unknown = 0, Edited = 1, Saved = 4, Empty = 5 };
+
 /// What the configuration page knows. Plain data: status texts and enabling are functions of it.
 struct ConfigState {
-    enum SerialState : uint32_t { SerialUnknown = 0, SerialEdited = 1, SerialSaved = 4, SerialEmpty = 5 };
-
     uint32_t updateDepth =
         0; ///< nesting of widget updates from code; change handlers ignore signals meanwhile
     EepromState eepromState = EepromState::Unknown;
-    SerialState serialState = SerialUnknown;
+    SerialState serialState = SerialState::Unknown;
     bool combosDirty = false; ///< a list was changed by the user and not applied since
     QMessageBox::Icon messageBoxIcon = QMessageBox::NoIcon;           ///< of the erase question
     std::array<QString, kIdentificationFields.size()> identification; ///< bytes as last read, as text
@@ -43,7 +44,7 @@ struct RecordSpace {
 
 [[nodiscard]] ConfigStatus eepromStatus(EepromState eepromState, RecordSpace const& space,
                                         uint32_t busAddress);
-[[nodiscard]] ConfigStatus serialStatus(ConfigState::SerialState serialState);
+[[nodiscard]] ConfigStatus serialStatus(SerialState serialState);
 
 /// Which controls can be used. A combo box is enabled only when it also has items.
 struct ConfigEnabling {

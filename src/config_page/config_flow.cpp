@@ -282,9 +282,9 @@ void ConfigFlow::refreshSerialState() {
     // The text anew: it may have been edited meanwhile.
     QString const number = m_core.widgets.serialNumber();
     if (number.isEmpty())
-        m_core.state.serialState = ConfigState::SerialEmpty;
+        m_core.state.serialState = SerialState::Empty;
     else
-        m_core.state.serialState = number == stored ? ConfigState::SerialSaved : ConfigState::SerialEdited;
+        m_core.state.serialState = number == stored ? SerialState::Saved : SerialState::Edited;
 }
 
 void ConfigFlow::refreshDisplays() {

@@ -16,8 +16,8 @@ TEST(ConfigDisplay, StatesOfNoCheckAreShownToo) {
     EXPECT_EQ(error.bullet, Bullet::Red);
     EXPECT_EQ(eepromStatus(EepromState(3), {}, 0).text, "The status of the EEPROM is unknown.");
     for (auto const& [state, bullet] : {std::pair(6U, Bullet::Red), {0U, Bullet::Gray}, {2U, Bullet::Gray}}) {
-        EXPECT_EQ(serialStatus(ConfigState::SerialState(state)).text, "Enter the serial number.") << state;
-        EXPECT_EQ(serialStatus(ConfigState::SerialState(state)).bullet, bullet) << state;
+        EXPECT_EQ(serialStatus(SerialState(state)).text, "Enter the serial number.") << state;
+        EXPECT_EQ(serialStatus(SerialState(state)).bullet, bullet) << state;
     }
 }
 

@@ -85,10 +85,10 @@ TEST_P(ConfigPageLink, EditsOpenTheFileStepAgainOrCloseIt) {
 
 TEST_P(ConfigPageLink, TheNumberIsStoredBeforeTheCalibration) {
     makePage("ABC1234001");
-    ASSERT_EQ(config->state().serialState, ConfigState::SerialEdited);
+    ASSERT_EQ(config->state().serialState, SerialState::Edited);
     EXPECT_EQ(saveToEeprom(), kDone);
     EXPECT_EQ(deviceNumber(), "ABC1234001");
-    EXPECT_EQ(config->state().serialState, ConfigState::SerialSaved);
+    EXPECT_EQ(config->state().serialState, SerialState::Saved);
     HeadboardEeprom const fresh = HeadboardEepromCreate(session.sensor.camera);
     EXPECT_LT(EepromFindRecord(fresh, kRecordHeadboardId, nullptr, 0),
               EepromFindRecord(fresh, kRecordPga, nullptr, 0));
