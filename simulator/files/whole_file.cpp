@@ -6,54 +6,54 @@
 namespace files {
 namespace {
 
-bool isOtherThanAFile(QString const& name, QString* fault) {
+bool isOtherThanAFile(QString const& name, QString* error) {
     QFileInfo const info(name);
     bool const isOther = info.exists() && !info.isFile();
     if (isOther)
-        *fault = QStringLiteral("it is no regular file");
+        *error = QStringLiteral("it is no regular file");
     return isOther;
 }
 
 } // namespace
 
-std::optional<QByteArray> read(QString const& name, qint64 most, QString* fault) {
-    if (isOtherThanAFile(name, fault))
+std::optional<QByteArray> read(QString const& name, qint64 most, QString* error) {
+    if (isOtherThanAFile(name, error))
         return std::nullopt;
     QFile file(name);
     if (!file.open(QIODevice::ReadOnly)) {
-        *fault = file.errorString();
+        *error = file.errorString();
         return std::nullopt;
     }
     // Asked first, so that not even the bound is read of a file that is far too large; some tell a size of 0.
     QByteArray bytes = file.size() <= most ? file.read(most + 1) : QByteArray();
     if (file.error() != QFileDevice::NoError)
-        *fault = file.errorString();
+        *error = file.errorString();
     else if (file.size() > most || bytes.size() > most)
-        *fault = QStringLiteral("it has more than %1 bytes").arg(most);
+        *error = QStringLiteral("it has more than %1 bytes").arg(most);
     else
         return bytes;
     return std::nullopt;
 }
 
-bool isReplaceable(QString const& name, QString* fault) {
-    if (isOtherThanAFile(name, fault))
+bool isReplaceable(QString const& name, QString* error) {
+    if (isOtherThanAFile(name, error))
         return false;
     QFileInfo const folder(QFileInfo(name).absolutePath());
     bool const hasPlace = folder.isDir() && folder.isWritable();
     if (!hasPlace)
-        *fault = QStringLiteral("its folder takes no files");
+        *error = QStringLiteral("its folder takes no files");
     return hasPlace;
 }
 
-bool replace(QString const& name, QByteArray const& contents, QString* fault) {
-    if (isOtherThanAFile(name, fault))
+bool replace(QString const& name, QByteArray const& contents, QString* error) {
+    if (isOtherThanAFile(name, error))
         return false;
     QSaveFile file(name);
     // Flushed here, because a commit does not notice when what is still buffered cannot be written.
     if (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.flush() &&
         file.commit())
         return true;
-    *fault = file.errorString();
+    *error = file.errorString();
     return false;
 }
 

@@ -11,15 +11,15 @@ namespace files {
 /// Bytes that no text written by hand comes near.
 inline constexpr qint64 kMostText = 1 << 20;
 
-/// What a file of at most `most` bytes holds; empty, with the reason in `fault`, for any other.
-[[nodiscard]] std::optional<QByteArray> read(QString const& name, qint64 most, QString* fault);
+/// What a file of at most `most` bytes holds; empty, with the reason in `error`, for any other.
+[[nodiscard]] std::optional<QByteArray> read(QString const& name, qint64 most, QString* error);
 
 /// Whether `replace` would find a place for its file, so that the user is told before the work and not after
-/// it; otherwise `fault` holds the reason.
-[[nodiscard]] bool isReplaceable(QString const& name, QString* fault);
+/// it; otherwise `error` holds the reason.
+[[nodiscard]] bool isReplaceable(QString const& name, QString* error);
 
 /// Writes under another name and renames: whatever fails, the file is the old or the new one. False, with the
-/// reason in `fault`, when it is the old one.
-[[nodiscard]] bool replace(QString const& name, QByteArray const& contents, QString* fault);
+/// reason in `error`, when it is the old one.
+[[nodiscard]] bool replace(QString const& name, QByteArray const& contents, QString* error);
 
 } // namespace files

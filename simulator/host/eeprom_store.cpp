@@ -51,10 +51,9 @@ std::optional<EepromStore> EepromStore::open(simulator::SimulatedCamera& camera,
 bool EepromStore::load(simulator::SimulatedCamera& camera, QString* error) const {
     if (QFileInfo::exists(m_file) && !camera.loadEeprom(m_file, error))
         return false;
-    QString fault;
-    bool const hasPlace = files::isReplaceable(m_file, &fault);
+    bool const hasPlace = files::isReplaceable(m_file, error);
     if (!hasPlace)
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(m_file, fault);
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(m_file, *error);
     return hasPlace;
 }
 

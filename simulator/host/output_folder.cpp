@@ -24,12 +24,12 @@ void OutputFolder::saveText(QString const& name, QString const& text) {
 }
 
 void OutputFolder::saveBytes(QString const& name, QByteArray const& bytes) {
-    QString fault = QStringLiteral("it would be empty");
-    bool const saved = !bytes.isEmpty() && files::replace(pathOf(name), bytes, &fault);
+    QString error = QStringLiteral("it would be empty");
+    bool const saved = !bytes.isEmpty() && files::replace(pathOf(name), bytes, &error);
     if (saved)
         m_written.append(name);
     else
-        complain(QStringLiteral("The file %1 cannot be written: %2").arg(m_folder.filePath(name), fault));
+        complain(QStringLiteral("The file %1 cannot be written: %2").arg(m_folder.filePath(name), error));
     m_failed = m_failed || !saved;
 }
 

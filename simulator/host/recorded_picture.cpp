@@ -22,10 +22,9 @@ uint32_t bytesPerPixel(FrameType type) {
 }
 
 std::optional<Frame> readPng(QString const& name, CameraDescription const& camera, QString* error) {
-    QString fault;
-    auto bytes = files::read(name, kMostPngBytes, &fault);
+    auto bytes = files::read(name, kMostPngBytes, error);
     if (!bytes) {
-        *error = QStringLiteral("The picture %1 cannot be read: %2").arg(name, fault);
+        *error = QStringLiteral("The picture %1 cannot be read: %2").arg(name, *error);
         return std::nullopt;
     }
     QBuffer buffer(&*bytes);
@@ -71,10 +70,9 @@ std::optional<Frame> readSamples(QString const& name, CameraDescription const& c
                 .pitch = camera.width * bytesPerPixel(camera.rawType),
                 .pixels = {}};
     qint64 const needed = qint64(frame.pitch) * frame.height;
-    QString fault;
-    auto const bytes = files::read(name, std::max(needed, files::kMostText), &fault);
+    auto const bytes = files::read(name, std::max(needed, files::kMostText), error);
     if (!bytes) {
-        *error = QStringLiteral("The file %1 cannot be read: %2").arg(name, fault);
+        *error = QStringLiteral("The file %1 cannot be read: %2").arg(name, *error);
         return std::nullopt;
     }
     if (bytes->size() != needed) {

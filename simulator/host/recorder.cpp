@@ -6,9 +6,8 @@
 namespace pictara {
 
 std::unique_ptr<Recorder> Recorder::start(Options const& options, QString* error) {
-    QString fault;
-    if (!files::isReplaceable(options.recordingFile, &fault)) {
-        *error = QStringLiteral("The recording %1 cannot be written: %2").arg(options.recordingFile, fault);
+    if (!files::isReplaceable(options.recordingFile, error)) {
+        *error = QStringLiteral("The recording %1 cannot be written: %2").arg(options.recordingFile, *error);
         return nullptr;
     }
     std::unique_ptr<Recorder> recorder(new Recorder(options));

@@ -62,8 +62,8 @@ constexpr HeadOption kHeadOptions[] = {
 
 // One that cannot be read ends the session before it begins.
 QByteArray contentsOf(QString const& file) {
-    QString fault;
-    return files::read(file, files::kMostText, &fault).value_or(QByteArray());
+    QString error;
+    return files::read(file, files::kMostText, &error).value_or(QByteArray());
 }
 
 QString fileInOutput(Options const& options, QString const& given, char const* usual) {
@@ -122,10 +122,9 @@ QByteArray recordingHead(Options const& options, Placeholders const& placeholder
 }
 
 std::optional<Recording> readRecording(QString const& name, QString* error) {
-    QString fault;
-    auto text = files::read(name, kMostBytes, &fault);
+    auto text = files::read(name, kMostBytes, error);
     if (!text) {
-        *error = QStringLiteral("The recording %1 cannot be read: %2").arg(name, fault);
+        *error = QStringLiteral("The recording %1 cannot be read: %2").arg(name, *error);
         return std::nullopt;
     }
     if (text->endsWith('\n'))
@@ -182,10 +181,9 @@ Placeholders placeholdersOf(Options const& options) {
 }
 
 bool writeWhole(QString const& name, QByteArray const& contents, QString* error) {
-    QString fault;
-    if (files::replace(name, contents, &fault))
+    if (files::replace(name, contents, error))
         return true;
-    *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, fault);
+    *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
     return false;
 }
 

@@ -99,10 +99,9 @@ QString read(QStringList words, ScriptCommand& command) {
 } // namespace
 
 bool readScript(QString const& name, std::vector<ScriptCommand>& commands, QString* error) {
-    QString fault;
-    auto const text = files::read(name, files::kMostText, &fault);
+    auto const text = files::read(name, files::kMostText, error);
     if (!text) {
-        *error = QStringLiteral("The script %1 cannot be read: %2").arg(name, fault);
+        *error = QStringLiteral("The script %1 cannot be read: %2").arg(name, *error);
         return false;
     }
     int number = 0;

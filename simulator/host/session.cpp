@@ -26,9 +26,8 @@ QString checkedIniFile(Options const& options, QString* error) {
     QString const given =
         options.iniFile.isEmpty() ? QCoreApplication::applicationDirPath() + "/pictara.ini" : options.iniFile;
     QString file = QFileInfo(given).absoluteFilePath();
-    QString fault;
-    if (!files::read(file, files::kMostText, &fault))
-        *error = QStringLiteral("The ini file %1 cannot be read: %2").arg(file, fault);
+    if (!files::read(file, files::kMostText, error))
+        *error = QStringLiteral("The ini file %1 cannot be read: %2").arg(file, *error);
     else if (iniFileSetting(file).size() >= kTextSettingSize)
         *error = QStringLiteral("The name of the ini file is too long for a plug-in: %1").arg(file);
     else

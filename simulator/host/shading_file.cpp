@@ -20,10 +20,9 @@ bool writeMeasuredShading(QString const& name, simulator::MeasuredShading const&
                            {QStringLiteral("columns"), int(shading.columns)},
                            {QStringLiteral("rows"), int(shading.rows)},
                            {QStringLiteral("illuminants"), illuminants}};
-    QString fault;
-    bool const written = files::replace(name, QJsonDocument(root).toJson(QJsonDocument::Compact), &fault);
+    bool const written = files::replace(name, QJsonDocument(root).toJson(QJsonDocument::Compact), error);
     if (!written)
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, fault);
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
     return written;
 }
 

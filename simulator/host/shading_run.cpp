@@ -27,9 +27,8 @@ void tellLight(double kelvin) {
 
 std::optional<MeasuredShading> measure(Options const& options, QString* error) {
     // Told now and not after the measuring.
-    QString fault;
-    if (!files::isReplaceable(options.measureShadingFile, &fault)) {
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(options.measureShadingFile, fault);
+    if (!files::isReplaceable(options.measureShadingFile, error)) {
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(options.measureShadingFile, *error);
         return std::nullopt;
     }
     auto const camera = openCamera(options, error);

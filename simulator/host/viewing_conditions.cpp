@@ -34,10 +34,9 @@ QString conditionsFileOf(QString const& eepromFile) {
 bool readConditions(QString const& name, std::optional<ViewingConditions>* conditions, QString* error) {
     if (!QFileInfo::exists(name))
         return true;
-    QString fault;
-    auto const text = files::read(name, files::kMostText, &fault);
+    auto const text = files::read(name, files::kMostText, error);
     if (!text) {
-        *error = QStringLiteral("The file %1 cannot be read: %2").arg(name, fault);
+        *error = QStringLiteral("The file %1 cannot be read: %2").arg(name, *error);
         return false;
     }
     QJsonObject const object = QJsonDocument::fromJson(*text).object();
@@ -64,10 +63,9 @@ bool writeConditions(QString const& name, ViewingConditions const& conditions, Q
                              {QLatin1String(kRedGain), conditions.redGain},
                              {QLatin1String(kBlueGain), conditions.blueGain},
                              {QLatin1String(kFrames), int(std::min<uint32_t>(conditions.frames, kHighest))}};
-    QString fault;
-    bool const written = files::replace(name, QJsonDocument(object).toJson(), &fault);
+    bool const written = files::replace(name, QJsonDocument(object).toJson(), error);
     if (!written)
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, fault);
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
     return written;
 }
 

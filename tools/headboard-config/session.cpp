@@ -22,11 +22,10 @@ SensorRecord recordOf(simulator::SimulatedCamera const& camera) {
 
 // Told now: what a session stored could not be kept. Whoever reads the settings would wait for a pipe.
 bool isUsable(char const* what, QString const& file, QString* error) {
-    QString fault;
-    if (files::isReplaceable(file, &fault) &&
-        (!QFileInfo::exists(file) || files::read(file, files::kMostText, &fault)))
+    if (files::isReplaceable(file, error) &&
+        (!QFileInfo::exists(file) || files::read(file, files::kMostText, error)))
         return true;
-    *error = QStringLiteral("The %1 file %2 cannot be used: %3").arg(QLatin1String(what), file, fault);
+    *error = QStringLiteral("The %1 file %2 cannot be used: %3").arg(QLatin1String(what), file, *error);
     return false;
 }
 
