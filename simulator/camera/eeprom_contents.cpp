@@ -10,8 +10,7 @@ constexpr uint8_t kErased = 0xFF;
 constexpr std::array<uint8_t, 5> kHeader = {'V', 'Y', 'E', 'E', 1}; // the last is the format's version
 
 void say(QString* error, QString const& file, QString const& what) {
-    if (error)
-        *error = file + QLatin1String(": ") + what;
+    *error = file + QLatin1String(": ") + what;
 }
 
 } // namespace
@@ -29,10 +28,9 @@ EepromContents formattedContents() {
 }
 
 std::optional<EepromContents> readContents(QString const& file, QString* error) {
-    QString fault;
-    auto const bytes = files::read(file, files::kMostText, &fault);
+    auto const bytes = files::read(file, files::kMostText, error);
     if (!bytes) {
-        say(error, file, QStringLiteral("cannot be read: %1").arg(fault));
+        say(error, file, QStringLiteral("cannot be read: %1").arg(*error));
         return std::nullopt;
     }
     if (size_t(bytes->size()) != kEepromSize) {
@@ -46,10 +44,9 @@ std::optional<EepromContents> readContents(QString const& file, QString* error) 
 }
 
 bool writeContents(EepromContents const& contents, QString const& file, QString* error) {
-    QString fault;
-    if (files::replace(file, {reinterpret_cast<char const*>(contents.data()), int(contents.size())}, &fault))
+    if (files::replace(file, {reinterpret_cast<char const*>(contents.data()), int(contents.size())}, error))
         return true;
-    say(error, file, QStringLiteral("cannot be written: %1").arg(fault));
+    say(error, file, QStringLiteral("cannot be written: %1").arg(*error));
     return false;
 }
 

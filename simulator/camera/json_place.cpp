@@ -13,24 +13,26 @@ namespace {
 
 constexpr qint64 kMostBytes = 16 << 20; // numbers for the largest grid that anybody measures
 
-} // namespace
-
-void JsonFault::set(QString const& path, QString const& what) {
-    if (isSet())
-        return;
-    message = path.isEmpty() ? file + QLatin1String(": ") + what
-                             : file + QLatin1String(": ") + path + QLatin1String(": ") + what;
+QString at(QString const& file, QString const& path, QString const& what) {
+    return path.isEmpty() ? file + QLatin1String(": ") + what
+                          : file + QLatin1String(": ") + path + QLatin1String(": ") + what;
 }
 
-JsonPlace::JsonPlace(QJsonValue value, QString path, JsonFault& fault)
-    : m_value(std::move(value)), m_path(std::move(path)), m_fault(&fault) {}
+} // namespace
+
+JsonPlace::JsonPlace(QJsonObject const& root, QString file, QString* error)
+    : m_value(root), m_file(std::move(file)), m_error(error) {}
 
 JsonPlace JsonPlace::child(QJsonValue const& value, QString const& path) const {
-    return {value, path, *m_fault};
+    JsonPlace place = *this;
+    place.m_value = value;
+    place.m_path = path;
+    return place;
 }
 
 void JsonPlace::fail(QString const& what) const {
-    m_fault->set(m_path, what);
+    if (m_error->isEmpty())
+        *m_error = at(m_file, m_path, what);
 }
 
 bool JsonPlace::has(char const* key) const {
@@ -116,22 +118,24 @@ QJsonObject JsonPlace::object() const {
     return m_value.toObject();
 }
 
-QJsonObject readJsonFile(QString const& file, JsonFault& fault) {
-    fault.file = QFileInfo(file).fileName();
-    QString why;
-    auto const bytes = files::read(file, kMostBytes, &why);
+std::optional<QJsonObject> readJsonFile(QString const& file, QString* error) {
+    auto const bytes = files::read(file, kMostBytes, error);
     if (!bytes) {
-        fault.file = file; // where it was looked for is what its user needs to know
-        fault.set({}, QStringLiteral("cannot be read: %1").arg(why));
-        return {};
+        // Where it was looked for is what its user needs to know.
+        *error = at(file, {}, QStringLiteral("cannot be read: %1").arg(*error));
+        return std::nullopt;
     }
+    QString const name = QFileInfo(file).fileName();
     QJsonParseError parseError{};
     QJsonDocument const document = QJsonDocument::fromJson(*bytes, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
         auto const line = bytes->left(parseError.offset).count('\n') + 1;
-        fault.set(QStringLiteral("line %1").arg(line), parseError.errorString());
-    } else if (!document.isObject()) {
-        fault.set({}, QStringLiteral("an object is expected"));
+        *error = at(name, QStringLiteral("line %1").arg(line), parseError.errorString());
+        return std::nullopt;
+    }
+    if (!document.isObject()) {
+        *error = at(name, {}, QStringLiteral("an object is expected"));
+        return std::nullopt;
     }
     return document.object();
 }

@@ -5,26 +5,19 @@
 #include <QString>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <vector>
 
 namespace simulator {
 
-/// The first fault found in a data file. Later ones are mostly its consequences and are dropped.
-struct JsonFault {
-    QString file;    ///< name without folders, as the message shows it
-    QString message; ///< empty: no fault so far
-
-    [[nodiscard]] bool isSet() const { return !message.isEmpty(); }
-    /// `path` is the place within the file, empty for the file as a whole.
-    void set(QString const& path, QString const& what);
-};
-
 /// A value of a JSON document that knows its place, so that every fault names where it lies. Reading a value
-/// of the wrong kind records the fault and gives a harmless default: a reader reads on and asks once at the
-/// end. Borrows the fault.
+/// of the wrong kind tells the fault in `error` and gives a harmless default: a reader reads on and asks once
+/// at the end. Later faults are mostly consequences of the first and are dropped. Borrows `error`, which is
+/// empty before the first value is read.
 class JsonPlace {
 public:
-    JsonPlace(QJsonValue value, QString path, JsonFault& fault);
+    /// The outermost value of a file, whose name without folders the messages show.
+    JsonPlace(QJsonObject const& root, QString file, QString* error);
 
     [[nodiscard]] bool has(char const* key) const;
     /// A member that must be there.
@@ -49,12 +42,14 @@ private:
     [[nodiscard]] JsonPlace child(QJsonValue const& value, QString const& path) const;
 
     QJsonValue m_value;
-    QString m_path;
-    JsonFault* m_fault;
+    QString m_file;
+    QString m_path; ///< within the file; empty for the file as a whole
+    QString* m_error;
 };
 
-/// Reads a JSON file whose outermost value is an object; an empty object and a fault otherwise.
-[[nodiscard]] QJsonObject readJsonFile(QString const& file, JsonFault& fault);
+/// Reads a JSON file whose outermost value is an object; empty, with the place and the cause in `error`, when
+/// it is none.
+[[nodiscard]] std::optional<QJsonObject> readJsonFile(QString const& file, QString* error);
 
 /// `base` changed by `changes`: objects are merged member by member, a null removes a member, anything else
 /// replaces it (JSON merge patch, RFC 7396).

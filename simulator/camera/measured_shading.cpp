@@ -2,6 +2,7 @@
 #include "simulator/camera/illuminant.h"
 #include "simulator/camera/json_place.h"
 
+#include <QFileInfo>
 #include <algorithm>
 #include <cmath>
 
@@ -86,16 +87,12 @@ double interpolated(Sample sample, int count, double position) {
 } // namespace
 
 std::optional<MeasuredShading> readMeasuredShading(QString const& file, QString* error) {
-    JsonFault fault;
-    QJsonObject const whole = readJsonFile(file, fault);
-    MeasuredShading shading;
-    if (!fault.isSet())
-        shading = readGrid(JsonPlace(whole, {}, fault));
-    if (!fault.isSet())
-        return shading;
-    if (error)
-        *error = fault.message;
-    return std::nullopt;
+    error->clear();
+    std::optional<QJsonObject> const whole = readJsonFile(file, error);
+    if (!whole)
+        return std::nullopt;
+    MeasuredShading shading = readGrid(JsonPlace(*whole, QFileInfo(file).fileName(), error));
+    return error->isEmpty() ? std::optional(std::move(shading)) : std::nullopt;
 }
 
 MeasuredLens::MeasuredLens(MeasuredShading const& shading, SensorArray const& array, double colourTemperature)

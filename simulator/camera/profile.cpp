@@ -18,41 +18,39 @@ struct FormatName {
 constexpr FormatName kFormatNames[] = {
     {"raw12", OutputFormat::Raw12}, {"raw8", OutputFormat::Raw8}, {"ycbcr", OutputFormat::Ycbcr}};
 
-QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth, int& filesRead);
-
-QJsonObject readBase(QString const& file, JsonPlace const& place, JsonFault& fault, int depth,
-                     int& filesRead) {
-    QString const base = place.text() + QStringLiteral(".json");
-    QString const beside = QFileInfo(file).dir().filePath(base);
-    JsonFault baseFault;
-    QJsonObject whole = readWithBases(QFileInfo::exists(beside) ? beside : profileFolder().filePath(base),
-                                      baseFault, depth + 1, filesRead);
-    if (baseFault.isSet())
-        fault.set(QStringLiteral("base"), baseFault.message);
-    return whole;
-}
-
-QJsonObject readWithBases(QString const& file, JsonFault& fault, int depth, int& filesRead) {
+// Empty with the place and the cause in `error`, which is empty before.
+std::optional<QJsonObject> readWithBases(QString const& file, int depth, int& filesRead, QString* error) {
+    QString const name = QFileInfo(file).fileName();
     if (++filesRead > kMostFiles) {
-        fault.file = QFileInfo(file).fileName();
-        fault.set({}, QStringLiteral("no more than %1 files make a profile").arg(kMostFiles));
-        return {};
+        *error = name + QStringLiteral(": no more than %1 files make a profile").arg(kMostFiles);
+        return std::nullopt;
     }
-    QJsonObject changes = readJsonFile(file, fault);
-    if (!changes.contains(QStringLiteral("base")))
+    std::optional<QJsonObject> changes = readJsonFile(file, error);
+    if (!changes || !changes->contains(QStringLiteral("base")))
         return changes;
     if (depth == kDeepestBase) {
-        fault.set(QStringLiteral("base"), QStringLiteral("the profiles are based on each other"));
-        return {};
+        *error = name + QStringLiteral(": base: the profiles are based on each other");
+        return std::nullopt;
     }
-    JsonPlace const bases = JsonPlace(changes, {}, fault)["base"];
+    JsonPlace const bases = JsonPlace(*changes, name, error)["base"];
     QJsonObject whole;
-    for (JsonPlace const& base : bases.isArray() ? bases.items() : std::vector{bases})
-        if (!fault.isSet())
-            whole = mergedJson(whole, readBase(file, base, fault, depth, filesRead));
-    changes.remove(QStringLiteral("base"));
-    return mergedJson(whole, changes);
+    for (JsonPlace const& place : bases.isArray() ? bases.items() : std::vector{bases}) {
+        QString const base = place.text() + QStringLiteral(".json");
+        if (!error->isEmpty())
+            return std::nullopt;
+        QString const beside = QFileInfo(file).dir().filePath(base);
+        auto const read = readWithBases(QFileInfo::exists(beside) ? beside : profileFolder().filePath(base),
+                                        depth + 1, filesRead, error);
+        if (!read) {
+            *error = name + QStringLiteral(": base: ") + *error;
+            return std::nullopt;
+        }
+        whole = mergedJson(whole, *read);
+    }
+    changes->remove(QStringLiteral("base"));
+    return mergedJson(whole, *changes);
 }
+
 SensorArray readArray(JsonPlace const& place) {
     constexpr uint32_t kSmallestSide = 64;
     constexpr uint32_t kLargestSide = 16384;
@@ -309,17 +307,14 @@ double ReadOut::deliveredWhite() const {
 }
 
 std::optional<Profile> readProfile(QString const& file, QString* error) {
-    JsonFault fault;
+    error->clear();
     int filesRead = 0;
-    QJsonObject whole = readWithBases(file, fault, 0, filesRead);
-    Profile profile;
-    if (!fault.isSet())
-        profile = readSections(JsonPlace(whole, {}, fault));
-    if (fault.isSet()) {
-        if (error)
-            *error = fault.message;
+    std::optional<QJsonObject> const whole = readWithBases(file, 0, filesRead, error);
+    if (!whole)
         return std::nullopt;
-    }
+    Profile profile = readSections(JsonPlace(*whole, QFileInfo(file).fileName(), error));
+    if (!error->isEmpty())
+        return std::nullopt;
     profile.name = QFileInfo(file).completeBaseName();
     return profile;
 }

@@ -40,7 +40,7 @@ FrameType frameType(OutputFormat format) {
 
 EepromDevice* deviceOrMessage(vy_Camera& camera, QString* error) {
     EepromDevice* const device = camera.bus.device();
-    if (!device && error)
+    if (!device)
         *error = QStringLiteral("the camera has no EEPROM");
     return device;
 }
@@ -189,9 +189,8 @@ std::unique_ptr<SimulatedCamera> SimulatedCamera::open(QString const& profile, Q
     // Whoever names a file is told what is wrong with it, and whoever names a profile which there are.
     bool const isNamedFile = QFileInfo::exists(file) || profile == file;
     if (!isNamedFile) {
-        if (error)
-            *error = QStringLiteral("There is no camera profile \"%1\" (known: %2)")
-                         .arg(profile, profileNames().join(QStringLiteral(", ")));
+        *error = QStringLiteral("There is no camera profile \"%1\" (known: %2)")
+                     .arg(profile, profileNames().join(QStringLiteral(", ")));
         return nullptr;
     }
     std::optional<Profile> sensor = readProfile(file, error);
@@ -211,8 +210,9 @@ QStringList SimulatedCamera::profileNames() {
 
 QStringList SimulatedCamera::notedProfileNames() {
     QStringList names = profileNames();
+    QString error; // a profile that cannot be opened is listed all the same
     for (QString& name : names)
-        if (auto const camera = open(name, nullptr); camera && !camera->description().note.isEmpty())
+        if (auto const camera = open(name, &error); camera && !camera->description().note.isEmpty())
             name += QStringLiteral("  (") + camera->description().note + QLatin1Char(')');
     return names;
 }

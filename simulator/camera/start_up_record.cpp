@@ -37,21 +37,21 @@ bool isNamed(EepromBytes const& payload, QString const& name) {
 }
 
 // The payload of the record looked for.
-std::optional<EepromBytes> findRecord(EepromContents const& contents, QString const& name, QString& fault) {
+std::optional<EepromBytes> findRecord(EepromContents const& contents, QString const& name, QString* error) {
     if (!std::equal(std::begin(kMagic), std::end(kMagic), contents.begin())) {
-        fault = QStringLiteral("the EEPROM is not formatted");
+        *error = QStringLiteral("the EEPROM is not formatted");
         return std::nullopt;
     }
     EepromBytes rest = EepromBytes(contents, 0).from(kFirstRecord);
     while (rest.size() > 0 && rest.byte(0) != kEnd) {
         if (!rest.holds(0, kRecordHeader) || !rest.holds(kRecordHeader, rest.big16(1))) {
-            fault = at(rest, "the record runs over the end");
+            *error = at(rest, "the record runs over the end");
             return std::nullopt;
         }
         EepromBytes const payload = rest.part(kRecordHeader, rest.big16(1));
         if (rest.byte(0) == kShadingRecord) {
             if (payload.size() < kNameSize) {
-                fault = at(rest, "the record is too short for its name");
+                *error = at(rest, "the record is too short for its name");
                 return std::nullopt;
             }
             if (name.isNull() || isNamed(payload, name))
@@ -59,8 +59,8 @@ std::optional<EepromBytes> findRecord(EepromContents const& contents, QString co
         }
         rest = rest.from(kRecordHeader + payload.size());
     }
-    fault = name.isNull() ? QStringLiteral("the EEPROM holds no shading registers")
-                          : QStringLiteral("the EEPROM holds no shading registers named \"%1\"").arg(name);
+    *error = name.isNull() ? QStringLiteral("the EEPROM holds no shading registers")
+                           : QStringLiteral("the EEPROM holds no shading registers named \"%1\"").arg(name);
     return std::nullopt;
 }
 
@@ -99,14 +99,14 @@ uint32_t valueOf(StoredEntry const& entry) {
 }
 
 bool appendBlock(uint8_t kind, EepromBytes const& entries, bool isPaged, std::vector<StoredEntry>& decoded,
-                 QString& fault) {
+                 QString* error) {
     if (kind != kFullEntry && kind != kShortRegister && kind != kShortVariable) {
-        fault = at(entries, "the block before is of no known kind");
+        *error = at(entries, "the block before is of no known kind");
         return false;
     }
     size_t const size = kind == kFullEntry ? kFullEntrySize : kShortEntrySize;
     if (entries.size() % size != 0) {
-        fault = at(entries, "the block's length leaves a broken entry");
+        *error = at(entries, "the block's length leaves a broken entry");
         return false;
     }
     for (size_t i = 0; i < entries.size(); i += size) {
@@ -121,20 +121,20 @@ bool appendBlock(uint8_t kind, EepromBytes const& entries, bool isPaged, std::ve
 } // namespace
 
 bool readEntries(EepromBytes const& payload, uint32_t registerAddressWidth, std::vector<StoredEntry>& decoded,
-                 QString& fault) {
+                 QString* error) {
     bool const isPaged = registerAddressWidth < kLeastBitsOfAWholeAddress;
     if (payload.size() < kNameSize) {
-        fault = at(payload, "the record is too short for its name");
+        *error = at(payload, "the record is too short for its name");
         return false;
     }
     EepromBytes rest = payload.from(kNameSize);
     while (rest.size() > 0 && rest.byte(0) != kEnd) {
         if (!rest.holds(0, kBlockHeader) || !rest.holds(kBlockHeader, rest.big16(1))) {
-            fault = at(rest, "the block runs over the end of its record");
+            *error = at(rest, "the block runs over the end of its record");
             return false;
         }
         EepromBytes const entries = rest.part(kBlockHeader, rest.big16(1));
-        if (!appendBlock(rest.byte(0), entries, isPaged, decoded, fault))
+        if (!appendBlock(rest.byte(0), entries, isPaged, decoded, error))
             return false;
         rest = rest.from(kBlockHeader + entries.size());
     }
@@ -143,13 +143,10 @@ bool readEntries(EepromBytes const& payload, uint32_t registerAddressWidth, std:
 
 std::optional<std::vector<StoredEntry>> readStartUpRecord(EepromContents const& contents, QString const& name,
                                                           uint32_t registerAddressWidth, QString* error) {
-    QString fault;
     std::vector<StoredEntry> entries;
-    std::optional<EepromBytes> const payload = findRecord(contents, name, fault);
-    if (payload && readEntries(*payload, registerAddressWidth, entries, fault))
+    std::optional<EepromBytes> const payload = findRecord(contents, name, error);
+    if (payload && readEntries(*payload, registerAddressWidth, entries, error))
         return entries;
-    if (error)
-        *error = fault;
     return std::nullopt;
 }
 
@@ -160,14 +157,13 @@ bool replayEntries(std::vector<StoredEntry> const& entries, RegisterMap& registe
         found.push_back(registers.find(entry.addressSpace, entry.id, entry.address));
         if (found.back() && entry.size <= kLargestValue)
             continue;
-        if (error)
-            *error = QStringLiteral("EEPROM, offset %1: there is no register of %2 bytes at class %3, id %4, "
-                                    "address 0x%5")
-                         .arg(entry.offset)
-                         .arg(entry.size)
-                         .arg(entry.addressSpace)
-                         .arg(entry.id)
-                         .arg(entry.address, 4, 16, QLatin1Char('0'));
+        *error = QStringLiteral("EEPROM, offset %1: there is no register of %2 bytes at class %3, id %4, "
+                                "address 0x%5")
+                     .arg(entry.offset)
+                     .arg(entry.size)
+                     .arg(entry.addressSpace)
+                     .arg(entry.id)
+                     .arg(entry.address, 4, 16, QLatin1Char('0'));
         return false;
     }
     for (size_t i = 0; i < entries.size(); ++i)

@@ -32,9 +32,9 @@ struct StoredEntry {
                                                                         QString* error);
 
 /// The entries behind the name of a register record, appended as far as they are well-formed. False with a
-/// message that names the place when they are not to the end.
+/// message that names the place in `error` when they are not to the end.
 [[nodiscard]] bool readEntries(EepromBytes const& payload, uint32_t registerAddressWidth,
-                               std::vector<StoredEntry>& decoded, QString& fault);
+                               std::vector<StoredEntry>& decoded, QString* error);
 
 /// Writes the entries in their order. False with a message in `error`, and nothing written, when a register
 /// is not there or an entry fits none.

@@ -71,7 +71,7 @@ StoredRecord decoded(EepromBytes const& whole, uint32_t registerAddressWidth, Re
     std::vector<StoredEntry> entries;
     // What is sound before a fault is shown all the same.
     if (row.holdsRegisters)
-        std::ignore = readEntries(payload, registerAddressWidth, entries, record.fault);
+        std::ignore = readEntries(payload, registerAddressWidth, entries, &record.fault);
     for (StoredEntry const& entry : entries)
         record.settings.push_back(settingOf(entry, registers));
     return record;
