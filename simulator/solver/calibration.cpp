@@ -75,10 +75,11 @@ bool Calibration::fits(uint32_t width, uint32_t height) {
 }
 
 bool Calibration::take(BlockMeans means) {
-    Inspection inspection = inspect(means, m_layout.array);
-    if (!inspection.fault.isEmpty()) {
+    Inspection inspection;
+    QString error;
+    if (!inspect(means, m_layout.array, inspection, &error)) {
         logRefusedBlocks(means, inspection.refused);
-        refuse(inspection.fault);
+        refuse(error);
         return false;
     }
     m_means = std::move(means);

@@ -95,7 +95,7 @@ std::vector<bool> blocksOf(BlockMeans const& means, Test const& isRefused) {
     return refused;
 }
 
-void findExposureFault(BlockMeans const& means, Inspection& inspection) {
+bool isWellExposed(BlockMeans const& means, std::vector<bool>& refused, QString* error) {
     double brightest = 0;
     double darkest = 1;
     double clipped = 0;
@@ -106,36 +106,38 @@ void findExposureFault(BlockMeans const& means, Inspection& inspection) {
         clipped = std::max(clipped, plane.clippedShare);
     }
     if (clipped > kClippedShare) {
-        inspection.fault =
-            QStringLiteral("the image is clipped: %1 of a colour's samples are at the white level")
-                .arg(percent(clipped));
-        inspection.refused = blocksOf(
+        *error = QStringLiteral("the image is clipped: %1 of a colour's samples are at the white level")
+                     .arg(percent(clipped));
+        refused = blocksOf(
             means, [](ComponentMeans const& plane, size_t i) { return plane.clipped[i] > kClippedShare; });
-    } else if (brightest < kDarkestCentre || darkest < kDarkestBlock) {
-        inspection.fault =
-            QStringLiteral("the image is too dark: brightest block %1, darkest %2 of the range")
-                .arg(percent(brightest), percent(darkest));
-        if (brightest >= kDarkestCentre)
-            inspection.refused = blocksOf(
-                means, [](ComponentMeans const& plane, size_t i) { return plane.mean[i] < kDarkestBlock; });
+        return false;
     }
+    if (brightest < kDarkestCentre || darkest < kDarkestBlock) {
+        *error = QStringLiteral("the image is too dark: brightest block %1, darkest %2 of the range")
+                     .arg(percent(brightest), percent(darkest));
+        if (brightest >= kDarkestCentre)
+            refused = blocksOf(
+                means, [](ComponentMeans const& plane, size_t i) { return plane.mean[i] < kDarkestBlock; });
+        return false;
+    }
+    return true;
 }
 
-void findObject(Surface const& surface, Inspection& inspection) {
+bool holdsNoObject(Surface const& surface, std::vector<bool>& refused, QString* error) {
     Eigen::ArrayXd const deviation = surface.residue().array().abs();
     auto const beyond = (deviation > surface.tolerance()).eval();
     auto const blocks = static_cast<double>(beyond.count());
     if (blocks <= std::max(1.0, kObjectShare * static_cast<double>(deviation.size())))
-        return;
-    inspection.fault =
-        QStringLiteral("the image is not flat: %1 blocks deviate by up to %2 from a smooth field")
-            .arg(QString::number(blocks), percent(-std::expm1(-deviation.maxCoeff())));
-    inspection.refused.assign(beyond.data(), beyond.data() + beyond.size());
+        return true;
+    *error = QStringLiteral("the image is not flat: %1 blocks deviate by up to %2 from a smooth field")
+                 .arg(QString::number(blocks), percent(-std::expm1(-deviation.maxCoeff())));
+    refused.assign(beyond.data(), beyond.data() + beyond.size());
+    return false;
 }
 
 /// A lens that is offset by d shows L(r - d), about L(r) - d grad L(r): the odd part of the surface is the
 /// offset times the gradient of its even part.
-QString gradientFault(Surface const& surface, Geometry const& array) {
+bool isEvenlyLit(Surface const& surface, Geometry const& array, QString* error) {
     double const aspect = static_cast<double>(array.width) / array.height;
     auto const even = [&](double u, double v) { return 0.5 * (surface.at(u, v) + surface.at(-u, -v)); };
     auto const blocks = static_cast<Eigen::Index>(surface.u().size());
@@ -153,32 +155,31 @@ QString gradientFault(Surface const& surface, Geometry const& array) {
     double const scale = std::sqrt(static_cast<double>(blocks));
     for (int axis = 0; axis < 2; ++axis) {
         double const slope = slopes.col(axis).norm() / scale;
-        if (std::abs(offset(axis)) * slope > kLargestOffset * slope + kOffsetSlack)
-            return QStringLiteral("the lamp is not even: the brightness is centred %1 of the half-width off "
-                                  "the middle (column %2, row %3)")
-                .arg(offset.norm(), 0, 'f', 2)
-                .arg(offset(0), 0, 'f', 2)
-                .arg(offset(1), 0, 'f', 2);
+        if (std::abs(offset(axis)) * slope > kLargestOffset * slope + kOffsetSlack) {
+            *error =
+                QStringLiteral("the lamp is not even: the brightness is centred %1 of the half-width off "
+                               "the middle (column %2, row %3)")
+                    .arg(offset.norm(), 0, 'f', 2)
+                    .arg(offset(0), 0, 'f', 2)
+                    .arg(offset(1), 0, 'f', 2);
+            return false;
+        }
     }
     double const rest = (odd + slopes * offset).norm() / scale;
-    if (rest > kLopsidedness)
-        return QStringLiteral("the lamp is not even: %1 of the brightness are lopsided").arg(percent(rest));
-    return {};
+    bool const isLopsided = rest > kLopsidedness;
+    if (isLopsided)
+        *error = QStringLiteral("the lamp is not even: %1 of the brightness are lopsided").arg(percent(rest));
+    return !isLopsided;
 }
 
 } // namespace
 
-Inspection inspect(BlockMeans const& means, Geometry const& array) {
-    Inspection inspection;
-    findExposureFault(means, inspection);
-    if (!inspection.fault.isEmpty())
-        return inspection;
+bool inspect(BlockMeans const& means, Geometry const& array, Inspection& inspection, QString* error) {
+    if (!isWellExposed(means, inspection.refused, error))
+        return false;
     Surface const surface(means, array);
-    findObject(surface, inspection);
-    if (inspection.fault.isEmpty())
-        inspection.fault = gradientFault(surface, array);
     inspection.trusted = blocksWithoutSpecks(means, surface.perBlock());
-    return inspection;
+    return holdsNoObject(surface, inspection.refused, error) && isEvenlyLit(surface, array, error);
 }
 
 } // namespace solver

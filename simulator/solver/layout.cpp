@@ -35,14 +35,14 @@ constexpr InputName kInputNames[] = {
 /// One object of the layout with its place in the document. The first fault found is kept for all.
 class Node {
 public:
-    Node(QJsonObject object, QString place, QString& fault)
-        : m_object(std::move(object)), m_place(std::move(place)), m_fault(fault) {}
+    Node(QJsonObject object, QString place, QString* error)
+        : m_object(std::move(object)), m_place(std::move(place)), m_error(error) {}
 
     Node object(char const* key) const {
         QJsonValue const value = m_object[QLatin1String(key)];
         if (!value.isObject())
             complain(key, "is not an object");
-        return Node(value.toObject(), m_place + QLatin1String(key) + QLatin1Char('.'), m_fault);
+        return Node(value.toObject(), m_place + QLatin1String(key) + QLatin1Char('.'), m_error);
     }
 
     bool has(char const* key) const { return m_object.contains(QLatin1String(key)); }
@@ -77,18 +77,18 @@ public:
         return Node(value.toObject(),
                     m_place + QLatin1String(key) + QLatin1Char('[') + QString::number(index) +
                         QLatin1String("]."),
-                    m_fault);
+                    m_error);
     }
 
     void complain(char const* key, char const* what) const {
-        if (m_fault.isEmpty())
-            m_fault = m_place + QLatin1String(key) + QLatin1Char(' ') + QLatin1String(what);
+        if (m_error->isEmpty())
+            *m_error = m_place + QLatin1String(key) + QLatin1Char(' ') + QLatin1String(what);
     }
 
 private:
     QJsonObject m_object;
     QString m_place;
-    QString& m_fault;
+    QString* m_error;
 };
 
 RegisterPlace readPlace(Node const& node) {
@@ -179,36 +179,38 @@ BankRegisters const* SensorLayout::bank(uint32_t slot) const {
     return found == banks.end() ? nullptr : &*found;
 }
 
-std::optional<SensorLayout> parseLayout(QByteArray const& text, QString& fault) {
-    fault.clear();
+std::optional<SensorLayout> parseLayout(QByteArray const& text, QString* error) {
+    error->clear();
     if (!text.startsWith(kFirstLine)) {
-        fault = QStringLiteral("the first line is not sensor-layout-1");
+        *error = QStringLiteral("the first line is not sensor-layout-1");
         return std::nullopt;
     }
-    QJsonParseError error;
+    QJsonParseError parseError;
     QJsonDocument const document =
-        QJsonDocument::fromJson(text.mid(static_cast<int>(sizeof kFirstLine) - 1), &error);
+        QJsonDocument::fromJson(text.mid(static_cast<int>(sizeof kFirstLine) - 1), &parseError);
     if (!document.isObject()) {
-        fault = QStringLiteral("no JSON object: %1 at byte %2").arg(error.errorString()).arg(error.offset);
+        *error = QStringLiteral("no JSON object: %1 at byte %2")
+                     .arg(parseError.errorString())
+                     .arg(parseError.offset);
         return std::nullopt;
     }
-    SensorLayout const layout = readLayout(Node(document.object(), QString(), fault));
-    if (!fault.isEmpty())
+    SensorLayout const layout = readLayout(Node(document.object(), QString(), error));
+    if (!error->isEmpty())
         return std::nullopt;
     return layout;
 }
 
-std::optional<SensorLayout> parseSensorData(void const* sensorData, QString& fault) {
+std::optional<SensorLayout> parseSensorData(void const* sensorData, QString* error) {
     auto const* const bytes = static_cast<char const*>(sensorData);
     if (bytes == nullptr) {
-        fault = QStringLiteral("there is no sensor data");
+        *error = QStringLiteral("there is no sensor data");
         return std::nullopt;
     }
     if (!startsLikeALayout(bytes)) {
-        fault = QStringLiteral("the first line is not sensor-layout-1");
+        *error = QStringLiteral("the first line is not sensor-layout-1");
         return std::nullopt;
     }
-    return parseLayout(QByteArray(bytes), fault);
+    return parseLayout(QByteArray(bytes), error);
 }
 
 } // namespace solver

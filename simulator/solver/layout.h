@@ -55,11 +55,11 @@ struct SensorLayout {
     [[nodiscard]] BankRegisters const* bank(uint32_t slot) const;
 };
 
-/// Reads a layout file's content; on failure nothing, and `fault` names what is wrong and where.
-[[nodiscard]] std::optional<SensorLayout> parseLayout(QByteArray const& text, QString& fault);
+/// Reads a layout file's content; empty, with what is wrong and where in `error`, when it is malformed.
+[[nodiscard]] std::optional<SensorLayout> parseLayout(QByteArray const& text, QString* error);
 
 /// Reads the block that a sensor description points to. Looks at no byte beyond the first one that differs
-/// from a layout's first line, so that foreign data is told apart safely.
-[[nodiscard]] std::optional<SensorLayout> parseSensorData(void const* sensorData, QString& fault);
+/// from a layout's first line, so that foreign data is told apart safely. Empty with the reason in `error`.
+[[nodiscard]] std::optional<SensorLayout> parseSensorData(void const* sensorData, QString* error);
 
 } // namespace solver

@@ -37,11 +37,10 @@ QByteArray presetText(SensorLayout const& layout, Solution const& solution, Pres
     return text;
 }
 
-bool writeWhole(QString const& path, QByteArray const& text, QString& fault) {
-    QString why;
-    if (files::replace(path, text, &why))
+bool writeWhole(QString const& path, QByteArray const& text, QString* error) {
+    if (files::replace(path, text, error))
         return true;
-    fault = QStringLiteral("cannot write %1: %2").arg(path, why);
+    *error = QStringLiteral("cannot write %1: %2").arg(path, *error);
     return false;
 }
 

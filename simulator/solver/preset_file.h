@@ -17,8 +17,8 @@ enum class PresetFormat : uint32_t {
 [[nodiscard]] QByteArray presetText(SensorLayout const& layout, Solution const& solution,
                                     PresetFormat format);
 
-/// Replaces the file as a whole or leaves it as it was; false with the cause in `fault`.
-[[nodiscard]] bool writeWhole(QString const& path, QByteArray const& text, QString& fault);
+/// Replaces the file as a whole or leaves it as it was; false with the reason in `error`.
+[[nodiscard]] bool writeWhole(QString const& path, QByteArray const& text, QString* error);
 
 /// File name of a path in the host's 8-bit encoding. Where "\" separates no folders it becomes "/", since
 /// hosts build the path with either.

@@ -53,10 +53,10 @@ Result guarded(Result failure, Body body) noexcept {
 }
 
 sf_Handle* newHandle(std::optional<solver::SensorLayout> layout, QString const& source,
-                     QString const& fault) {
+                     QString const& error) {
     if (layout)
         return new sf_Handle(std::move(*layout));
-    logCause(QStringLiteral("%1: %2").arg(source, fault));
+    logCause(QStringLiteral("%1: %2").arg(source, error));
     return nullptr;
 }
 
@@ -155,9 +155,9 @@ SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t
                                       file.errorString()));
                     return static_cast<sf_Handle*>(nullptr);
                 }
-                QString fault;
-                auto layout = solver::parseLayout(file.readAll(), fault);
-                return newHandle(std::move(layout), file.fileName(), fault);
+                QString error;
+                auto layout = solver::parseLayout(file.readAll(), &error);
+                return newHandle(std::move(layout), file.fileName(), error);
             });
         });
 }
@@ -171,9 +171,9 @@ SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, 
         [&] {
             // The block names its own kind and variant; the caller's do not count.
             return guarded<sf_Handle*>(nullptr, [&] {
-                QString fault;
-                auto layout = solver::parseSensorData(sensorData, fault);
-                return newHandle(std::move(layout), QStringLiteral("sensor data"), fault);
+                QString error;
+                auto layout = solver::parseSensorData(sensorData, &error);
+                return newHandle(std::move(layout), QStringLiteral("sensor data"), error);
             });
         });
 }
@@ -291,10 +291,10 @@ SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t fo
                 }
                 QByteArray const text =
                     solver::presetText(calibration.layout(), calibration.solution(), presetFormat);
-                QString fault;
-                if (solver::writeWhole(solver::fileNameFromHost(path), text, fault))
+                QString error;
+                if (solver::writeWhole(solver::fileNameFromHost(path), text, &error))
                     return 0;
-                logCause(fault);
+                logCause(error);
                 return -1;
             });
         });
