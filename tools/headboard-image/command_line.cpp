@@ -50,10 +50,10 @@ Outcome noType(QString const& text) {
 }
 
 Outcome runOnStore(Request const& request, Outcome (*run)(RecordStore const&, Request const&)) {
-    std::string fault;
-    auto const bytes = readImage(request.image, fault);
+    std::string error;
+    auto const bytes = readImage(request.image, &error);
     if (!bytes)
-        return unusable(fault);
+        return unusable(error);
     return run(RecordStore(*bytes), request);
 }
 

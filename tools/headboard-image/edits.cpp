@@ -24,20 +24,20 @@ namespace {
 Outcome save(QString const& fileName, std::vector<uint8_t> image, RecordStore const& store,
              std::string const& done) {
     store.copyTo(image);
-    std::string fault;
-    return writeImage(fileName, image, fault) ? Outcome{kExitDone, done, {}} : unusable(fault);
+    std::string error;
+    return writeImage(fileName, image, &error) ? Outcome{kExitDone, done, {}} : unusable(error);
 }
 
-// Why a store is not written to; empty when it may be.
-std::optional<Outcome> refusalOf(RecordStore const& store) {
+bool isWritable(RecordStore const& store, std::string* error) {
     Chain const chain = store.chain();
     auto const fault = chainFault(store, chain);
     if (!fault)
-        return std::nullopt;
+        return true;
     std::string const advice = chain.end == ChainEnd::NotFormatted
                                    ? "format the image first"
                                    : "the image is damaged and stays as it is";
-    return refused(findingText(*fault) + '\n' + advice);
+    *error = findingText(*fault) + '\n' + advice;
+    return false;
 }
 
 std::string removeOlder(RecordStore const& store, uint8_t type, std::string const& name) {
@@ -56,47 +56,57 @@ constexpr EntryField kEntryFields[] = {{"id", &RegisterEntry::id},
                                        {"mask", &RegisterEntry::mask},
                                        {"value", &RegisterEntry::value}};
 
-// What a record's entry does not say of a line; empty when it says everything.
-std::string lossOf(PresetEntry const& told, RegisterEntry const& stored) {
+bool isWhole(PresetEntry const& told, std::string* error) {
     if (!told.isWhole)
-        return "a number has more than 32 bits";
+        *error = "a number has more than 32 bits";
+    return told.isWhole;
+}
+
+// Whether a record's entry says everything of a line.
+bool saysAll(PresetEntry const& told, RegisterEntry const& stored, std::string* error) {
+    if (!isWhole(told, error))
+        return false;
     for (EntryField const& field : kEntryFields)
-        if (told.entry.*field.number != stored.*field.number)
-            return std::string("the record would hold the ") + field.name + ' ' +
-                   hexadecimal(stored.*field.number, 2) + " instead of " +
-                   hexadecimal(told.entry.*field.number, 2);
+        if (told.entry.*field.number != stored.*field.number) {
+            *error = std::string("the record would hold the ") + field.name + ' ' +
+                     hexadecimal(stored.*field.number, 2) + " instead of " +
+                     hexadecimal(told.entry.*field.number, 2);
+            return false;
+        }
     // A sensor register's size is the sensor's; that of the others is told in bytes.
     constexpr uint32_t kBits = 8, kWhole = 4;
     bool const isSized = stored.registerClass != 0 && stored.size > 0 && stored.size < kWhole;
-    if (isSized && (stored.value | stored.mask) >> stored.size * kBits != 0)
-        return hexadecimal(std::max(stored.value, stored.mask), 2) + " is more than " +
-               counted(stored.size, "byte") + " can hold";
-    return {};
+    if (isSized && (stored.value | stored.mask) >> stored.size * kBits != 0) {
+        *error = hexadecimal(std::max(stored.value, stored.mask), 2) + " is more than " +
+                 counted(stored.size, "byte") + " can hold";
+        return false;
+    }
+    return true;
 }
 
-std::string lineFault(PresetEntry const& told, std::string const& fault) {
-    return "the line " + quoted(told.line) + ": " + fault;
+std::string atLine(PresetEntry const& told, std::string const& what) {
+    return "the line " + quoted(told.line) + ": " + what;
 }
 
-// The first line that the record does not say, and why. Short entries have no room for a page, or for
-// addresses above one byte, as the sensor's addressing has it.
-std::string firstLoss(RecordStore const& store, RecordPlace const& place,
-                      std::vector<PresetEntry> const& lines, Addressing addressing) {
+// Whether a record says everything of all lines. Short entries have no room for a page, or for addresses
+// above one byte, as the sensor's addressing has it.
+bool saysAll(RecordStore const& store, RecordPlace const& place, std::vector<PresetEntry> const& lines,
+             Addressing addressing, std::string* error) {
     std::span<uint8_t const> const record = store.record(place);
     for (size_t n = 0; n < lines.size(); ++n) {
         RegisterEntry stored;
         (void)EepromGetEntry(store.eeprom(), record, int32_t(n), stored);
-        std::string const loss = lossOf(lines[n], stored);
-        if (loss.empty())
+        if (saysAll(lines[n], stored, error))
             continue;
         bool const isElsewhere = lines[n].entry.id != stored.id || lines[n].entry.address != stored.address;
         std::string const advice = stored.registerClass != 0 || !isElsewhere ? ""
                                    : addressing == Addressing::Plain
                                        ? "; --paged is for sensors with 8-bit addresses"
                                        : "; with --paged, pages and addresses go up to 0xFF";
-        return lineFault(lines[n], loss + advice);
+        *error = atLine(lines[n], *error + advice);
+        return false;
     }
-    return {};
+    return true;
 }
 
 std::string importFailure(RecordStore const& store, int32_t status) {
@@ -106,13 +116,15 @@ std::string importFailure(RecordStore const& store, int32_t status) {
     return "the section mixes lines of state with registers; a record holds one of both";
 }
 
-// What makes an imported record worse than none; empty for a good one.
-std::string flawOf(RecordStore const& store, RecordPlace const& place) {
+// Whether an imported record is better than none.
+bool isGood(RecordStore const& store, RecordPlace const& place, std::string* error) {
     RegisterSetContent const content = splitRegisterSet(store.record(place));
-    if (content.blocks.empty() && content.rest.empty())
-        return "the section has no line that a record " + typeText(place.type) + " can hold";
-    return hasFault(checkRecord(place, store.record(place))) ? importFailure(store, kEepromFailed)
-                                                             : std::string();
+    bool const isEmpty = content.blocks.empty() && content.rest.empty();
+    if (!isEmpty && !hasFault(checkRecord(place, store.record(place))))
+        return true;
+    *error = isEmpty ? "the section has no line that a record " + typeText(place.type) + " can hold"
+                     : importFailure(store, kEepromFailed);
+    return false;
 }
 
 // The lines that the record does not tell, as the sensor's own records do not.
@@ -160,8 +172,8 @@ struct Work {
 Outcome finish(Work const& work, RecordStore const& store, std::string const& replaced,
                std::string const& note) {
     RecordPlace const place = store.chain().records.back();
-    if (std::string const flaw = flawOf(store, place); !flaw.empty())
-        return refused(flaw);
+    if (std::string error; !isGood(store, place, &error))
+        return refused(error);
     Outcome outcome = save(work.image, work.bytes, store, "imported\n" + recordLine(store, place) + replaced);
     if (outcome.exitCode == kExitDone)
         outcome.complaint = note;
@@ -171,8 +183,9 @@ Outcome finish(Work const& work, RecordStore const& store, std::string const& re
 Outcome importLines(Work const& work) {
     SensorStandIn sensor(work.import.addressing);
     RecordStore const store(work.bytes, sensor.camera());
-    if (auto const refusal = refusalOf(store))
-        return *refusal;
+    std::string error;
+    if (!isWritable(store, &error))
+        return refused(error);
     std::string const name(makeRegisterSet(work.import.type, 0, work.label.constData()).name());
     std::string const replaced = removeOlder(store, work.import.type, name);
     int32_t const status = EepromImportSection(store.eeprom(), work.file.constData(),
@@ -180,31 +193,28 @@ Outcome importLines(Work const& work) {
     if (status != kEepromOk)
         return refused(importFailure(store, status));
     RecordPlace const place = store.chain().records.back();
-    std::string const loss = firstLoss(store, place, work.lines, work.import.addressing);
-    if (!loss.empty() && flawOf(store, place).empty())
-        return refused(loss);
+    if (!isGood(store, place, &error) || !saysAll(store, place, work.lines, work.import.addressing, &error))
+        return refused(error);
     if (!work.import.label.isEmpty())
         rename(store, place.offset, name);
     return finish(work, store, replaced, lackingText(work.import));
 }
 
 Outcome importForSensor(Work const& work) {
-    std::string fault;
-    auto const sensor = ProfileSensor::open(work.import.sensor, fault);
+    std::string error;
+    auto const sensor = ProfileSensor::open(work.import.sensor, &error);
     if (!sensor)
-        return unusable(fault);
+        return unusable(error);
     RecordStore const store(work.bytes, sensor->camera());
-    if (auto const refusal = refusalOf(store))
-        return *refusal;
+    if (!isWritable(store, &error))
+        return refused(error);
     if (work.import.type != kRecordPga)
         return refused("--sensor is for records PGA");
     if (work.lines.empty())
         return refused("the section has no line of a register");
-    for (PresetEntry const& told : work.lines) {
-        fault = told.isWhole ? "" : lossOf(told, told.entry);
-        if (!fault.empty() || !sensor->set(told.entry, fault))
-            return refused(lineFault(told, fault));
-    }
+    for (PresetEntry const& told : work.lines)
+        if (!isWhole(told, &error) || !sensor->set(told.entry, &error))
+            return refused(atLine(told, error));
     std::string const name(makeRegisterSet(kRecordPga, 0, work.label.constData()).name());
     std::string const replaced = removeOlder(store, kRecordPga, name);
     int32_t const status = saveShadingRegisters(store.eeprom(), work.label.constData(), sensor->model());
@@ -216,10 +226,10 @@ Outcome importForSensor(Work const& work) {
 } // namespace
 
 Outcome importSection(QString const& image, Import const& import) {
-    std::string fault;
-    auto const bytes = readImage(image, fault);
-    if (!bytes || !isReadableFile(import.presetFile, fault))
-        return unusable(fault);
+    std::string error;
+    auto const bytes = readImage(image, &error);
+    if (!bytes || !isReadableFile(import.presetFile, &error))
+        return unusable(error);
     if (recordPayload(import.type) != RecordPayload::RegisterSet)
         return refused("a record " + typeText(import.type) + " holds no registers");
     Work work{.bytes = *bytes,
@@ -237,13 +247,13 @@ Outcome importSection(QString const& image, Import const& import) {
 }
 
 Outcome deleteRecord(QString const& image, uint8_t type, std::optional<QString> const& name) {
-    std::string fault;
-    auto const bytes = readImage(image, fault);
+    std::string error;
+    auto const bytes = readImage(image, &error);
     if (!bytes)
-        return unusable(fault);
+        return unusable(error);
     RecordStore const store(*bytes);
-    if (auto const refusal = refusalOf(store))
-        return *refusal;
+    if (!isWritable(store, &error))
+        return refused(error);
     if (name && recordNameWidth(type) == 0)
         return refused("records " + typeText(type) + " have no name");
     std::string const wanted = name ? name->toStdString() : std::string();
@@ -264,11 +274,11 @@ Outcome deleteRecord(QString const& image, uint8_t type, std::optional<QString> 
 Outcome formatImage(QString const& image) {
     constexpr uint8_t kErased = 0xFF;
     constexpr int32_t kUsualVersion = -1;
-    std::string fault;
+    std::string error;
     bool const isNew = !QFileInfo::exists(image);
-    auto const bytes = isNew ? std::vector<uint8_t>(kUsualImageSize, kErased) : readImage(image, fault);
+    auto const bytes = isNew ? std::vector<uint8_t>(kUsualImageSize, kErased) : readImage(image, &error);
     if (!bytes)
-        return unusable(fault);
+        return unusable(error);
     RecordStore const store(*bytes);
     auto const lost = int64_t(store.chain().records.size());
     if (EepromFormat(store.eeprom(), kUsualVersion) != kEepromOk)

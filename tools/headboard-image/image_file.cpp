@@ -12,37 +12,37 @@ std::string about(char const* what, QString const& fileName, QString const& why)
     return std::string(what) + ' ' + fileName.toStdString() + ": " + why.toStdString();
 }
 
-std::optional<QByteArray> read(QString const& fileName, std::string& fault) {
+std::optional<QByteArray> read(QString const& fileName, std::string* error) {
     QString why;
     auto bytes = files::read(fileName, files::kMostText, &why);
     if (!bytes)
-        fault = about("cannot read", fileName, why);
+        *error = about("cannot read", fileName, why);
     return bytes;
 }
 
 } // namespace
 
-bool isReadableFile(QString const& fileName, std::string& fault) {
-    return read(fileName, fault).has_value();
+bool isReadableFile(QString const& fileName, std::string* error) {
+    return read(fileName, error).has_value();
 }
 
-std::optional<std::vector<uint8_t>> readImage(QString const& fileName, std::string& fault) {
-    auto const bytes = read(fileName, fault);
+std::optional<std::vector<uint8_t>> readImage(QString const& fileName, std::string* error) {
+    auto const bytes = read(fileName, error);
     if (!bytes)
         return std::nullopt;
     if (bytes->size() < kSmallestImage || bytes->size() > kLargestImage) {
-        fault = about("no image:", fileName,
-                      QStringLiteral("it has %1 bytes, an image 8 to 65536").arg(bytes->size()));
+        *error = about("no image:", fileName,
+                       QStringLiteral("it has %1 bytes, an image 8 to 65536").arg(bytes->size()));
         return std::nullopt;
     }
     return std::vector<uint8_t>(bytes->begin(), bytes->end());
 }
 
-bool writeImage(QString const& fileName, std::span<uint8_t const> image, std::string& fault) {
+bool writeImage(QString const& fileName, std::span<uint8_t const> image, std::string* error) {
     QString why;
     if (files::replace(fileName, {reinterpret_cast<char const*>(image.data()), int(image.size())}, &why))
         return true;
-    fault = about("cannot write", fileName, why);
+    *error = about("cannot write", fileName, why);
     return false;
 }
 

@@ -25,12 +25,12 @@ uint32_t lowestBits(uint32_t count) {
 
 } // namespace
 
-std::unique_ptr<ProfileSensor> ProfileSensor::open(QString const& profile, std::string& fault) {
-    QString error;
-    auto camera = simulator::SimulatedCamera::open(profile, &error);
+std::unique_ptr<ProfileSensor> ProfileSensor::open(QString const& profile, std::string* error) {
+    QString why;
+    auto camera = simulator::SimulatedCamera::open(profile, &why);
     if (camera)
         return std::unique_ptr<ProfileSensor>(new ProfileSensor(std::move(camera)));
-    fault = error.toStdString();
+    *error = why.toStdString();
     return nullptr;
 }
 
@@ -62,25 +62,25 @@ SensorModel ProfileSensor::model() const {
     return {m_camera->description().sensorKind, m_camera->description().variant};
 }
 
-bool ProfileSensor::set(RegisterEntry const& entry, std::string& fault) {
+bool ProfileSensor::set(RegisterEntry const& entry, std::string* error) {
     vy_RegisterDescription const* const found =
         ::vy_FindRegisterAddr(camera(), entry.address, entry.registerClass, entry.id);
     if (!found) {
-        fault = "the sensor has no register there";
+        *error = "the sensor has no register there";
         return false;
     }
     vy_RegisterDescription const reg = *found;
     uint32_t const mask = entry.mask != 0 ? entry.mask : lowestBits(reg.dataWidth);
     uint64_t const value = uint64_t{entry.value} << std::countr_zero(mask);
     if ((value & ~uint64_t{mask}) != 0 || (mask & ~lowestBits(reg.dataWidth)) != 0) {
-        fault = std::string(reg.name) + ", of " + std::to_string(reg.dataWidth) + " bits, has no room for " +
-                hexadecimal(entry.value, 4);
+        *error = std::string(reg.name) + ", of " + std::to_string(reg.dataWidth) + " bits, has no room for " +
+                 hexadecimal(entry.value, 4);
         return false;
     }
     uint32_t old = 0;
     (void)::vy_ReadSensorReg(camera(), &reg, &old);
     if (::vy_WriteSensorReg(camera(), &reg, (old & ~mask) | uint32_t(value)) != 0) {
-        fault = "the sensor does not take it";
+        *error = "the sensor does not take it";
         return false;
     }
     m_hidden.erase(reg.name);

@@ -18,8 +18,8 @@ namespace headboard_image {
 /// lives, it takes the place of the sensor-access library.
 class ProfileSensor {
 public:
-    /// Null, with the reason in `fault`, when there is no such profile.
-    [[nodiscard]] static std::unique_ptr<ProfileSensor> open(QString const& profile, std::string& fault);
+    /// Null, with the reason in `error`, when there is no such profile.
+    [[nodiscard]] static std::unique_ptr<ProfileSensor> open(QString const& profile, std::string* error);
     ~ProfileSensor();
     ProfileSensor(ProfileSensor const&) = delete;
     ProfileSensor& operator=(ProfileSensor const&) = delete;
@@ -28,9 +28,9 @@ public:
     [[nodiscard]] vy_Camera* camera() const;
     [[nodiscard]] kestra::SensorModel model() const;
 
-    /// Sets a register, or a bitfield of it. False, with the reason in `fault`, when the sensor has none
+    /// Sets a register, or a bitfield of it. False, with the reason in `error`, when the sensor has none
     /// there or it cannot hold the value.
-    [[nodiscard]] bool set(kestra::RegisterEntry const& entry, std::string& fault);
+    [[nodiscard]] bool set(kestra::RegisterEntry const& entry, std::string* error);
 
 private:
     explicit ProfileSensor(std::unique_ptr<simulator::SimulatedCamera> camera);
