@@ -97,21 +97,19 @@ bool apply(PresetLine const& line, StateVariables& states, SensorRegisters& regi
 
 } // namespace
 
-QList<PresetLine> readPreset(QString const& iniFile, QByteArray const& section, bool* found) {
-    QList<PresetLine> lines;
-    *found = false;
-    QString fault;
-    auto const text = files::read(iniFile, files::kMostText, &fault);
-    if (!text)
-        return lines;
-    for (QByteArray const& untrimmed : text->split('\n')) {
+std::optional<QList<PresetLine>> readPreset(QString const& iniFile, QByteArray const& section) {
+    QString error; // a file that cannot be read has no such section
+    auto const text = files::read(iniFile, files::kMostText, &error);
+    std::optional<QList<PresetLine>> lines;
+    for (QByteArray const& untrimmed : text.value_or(QByteArray()).split('\n')) {
         QByteArray const line = untrimmed.trimmed();
         if (auto const name = sectionName(line)) {
-            if (*found)
+            if (lines)
                 break;
-            *found = qstricmp(name->constData(), section.constData()) == 0;
-        } else if (*found && !saysNothing(line)) {
-            lines.append(parsed(line));
+            if (qstricmp(name->constData(), section.constData()) == 0)
+                lines.emplace();
+        } else if (lines && !saysNothing(line)) {
+            lines->append(parsed(line));
         }
     }
     return lines;

@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <optional>
 
 namespace pictara {
 
@@ -17,8 +18,8 @@ struct PresetLine {
 };
 
 /// The lines of a section of an ini file. Section names compare without case, blanks inside the brackets do
-/// not count. `found` tells a section that is missing from one that is empty.
-[[nodiscard]] QList<PresetLine> readPreset(QString const& iniFile, QByteArray const& section, bool* found);
+/// not count. None when the section is missing, or the file cannot be read.
+[[nodiscard]] std::optional<QList<PresetLine>> readPreset(QString const& iniFile, QByteArray const& section);
 
 /// Applies preset lines in their order, as one group of changes:
 ///   STATE = variable, value

@@ -101,12 +101,11 @@ struct ServiceFunctions {
     static void applyPreset(uint32_t, char const* preset) {
         if (!current || !preset)
             return;
-        bool found = false;
         // Read anew each time: the user may edit the file while the host runs.
-        auto const lines = readPreset(current->m_iniFile, preset, &found);
-        if (!found)
+        auto const lines = readPreset(current->m_iniFile, preset);
+        if (!lines)
             qWarning("pictara: there is no preset \"%s\"", preset);
-        pictara::applyPreset(lines, current->m_states, current->m_registers);
+        pictara::applyPreset(lines.value_or(QList<PresetLine>()), current->m_states, current->m_registers);
     }
 
     static int32_t readIntSetting(char const* key, int32_t fallback) {

@@ -21,8 +21,8 @@ constexpr double kDefaultLamp = 5000; // kelvin
 constexpr char kRedGain[] = "Relative Red Gain";
 constexpr char kBlueGain[] = "Relative Blue Gain";
 
-// The absolute name of a readable ini file, or an empty one with a message.
-QString checkedIniFile(Options const& options, QString* error) {
+// The absolute name of a readable ini file.
+std::optional<QString> checkedIniFile(Options const& options, QString* error) {
     QString const given =
         options.iniFile.isEmpty() ? QCoreApplication::applicationDirPath() + "/pictara.ini" : options.iniFile;
     QString file = QFileInfo(given).absoluteFilePath();
@@ -32,7 +32,7 @@ QString checkedIniFile(Options const& options, QString* error) {
         *error = QStringLiteral("The name of the ini file is too long for a plug-in: %1").arg(file);
     else
         return file;
-    return {};
+    return std::nullopt;
 }
 
 } // namespace
@@ -49,29 +49,29 @@ std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, Q
     return camera;
 }
 
-QString createdFolder(QString const& name, QString* error) {
+std::optional<QString> createdFolder(QString const& name, QString* error) {
     QString folder = QDir(name).absolutePath();
     if (QDir().mkpath(folder) && QFileInfo(folder).isWritable())
         return folder;
     *error = QStringLiteral("The folder %1 cannot be created or written to.").arg(folder);
-    return {};
+    return std::nullopt;
 }
 
 std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     auto camera = openCamera(options, error);
-    QString const iniFile = camera ? checkedIniFile(options, error) : QString();
-    QString const folder = iniFile.isEmpty() ? QString() : createdFolder(options.outputFolder, error);
-    if (folder.isEmpty())
+    auto const iniFile = camera ? checkedIniFile(options, error) : std::nullopt;
+    auto const folder = iniFile ? createdFolder(options.outputFolder, error) : std::nullopt;
+    if (!folder)
         return nullptr;
-    std::optional<EepromStore> eeprom = EepromStore::open(*camera, options, folder, error);
+    std::optional<EepromStore> eeprom = EepromStore::open(*camera, options, *folder, error);
     if (!eeprom)
         return nullptr;
-    QString const settings = options.settingsFile.isEmpty() ? folder + "/settings.ini" : options.settingsFile;
+    QString const settings =
+        options.settingsFile.isEmpty() ? *folder + "/settings.ini" : options.settingsFile;
     std::unique_ptr<Session> session(
-        new Session(std::move(camera), *std::move(eeprom), options, folder, iniFile, settings));
-    if (!session->m_settings.isOnDisk()) {
-        *error = QStringLiteral("The settings file %1 cannot be read: %2")
-                     .arg(settings, session->m_settings.fault());
+        new Session(std::move(camera), *std::move(eeprom), options, *folder, *iniFile, settings));
+    if (!session->m_settings.read(error)) {
+        *error = QStringLiteral("The settings file %1 cannot be read: %2").arg(settings, *error);
         return nullptr;
     }
     if (!session->m_plugin.load(options.pluginFile, error))

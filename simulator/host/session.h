@@ -14,8 +14,8 @@ namespace pictara {
 
 /// The camera with light, lens and noise as asked for; null with a message for the user.
 [[nodiscard]] std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, QString* error);
-/// The absolute name of a folder that exists by now and takes files, or an empty one with a message.
-[[nodiscard]] QString createdFolder(QString const& name, QString* error);
+/// The absolute name of a folder that exists by now and takes files; empty with a message for the user.
+[[nodiscard]] std::optional<QString> createdFolder(QString const& name, QString* error);
 
 /// One sitting of the host: camera, registers, settings, services and plug-in, built from the ground up and
 /// taken down from the top.

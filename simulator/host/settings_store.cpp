@@ -14,10 +14,13 @@ QByteArray encoded(QByteArray const& text) {
 
 } // namespace
 
-SettingsStore::SettingsStore(QString const& file) : m_file(file) {
-    if (!QFileInfo::exists(file))
-        return;
-    for (QByteArray line : files::read(file, files::kMostText, &m_fault).value_or(QByteArray()).split('\n')) {
+bool SettingsStore::read(QString* error) {
+    if (!QFileInfo::exists(m_file))
+        return true;
+    auto const text = files::read(m_file, files::kMostText, error);
+    if (!text)
+        return false;
+    for (QByteArray line : text->split('\n')) {
         while (line.endsWith('\r'))
             line.chop(1);
         int const equals = line.indexOf('=');
@@ -25,6 +28,7 @@ SettingsStore::SettingsStore(QString const& file) : m_file(file) {
             m_values[QByteArray::fromPercentEncoding(line.left(equals))] =
                 QByteArray::fromPercentEncoding(line.mid(equals + 1));
     }
+    return true;
 }
 
 QByteArray SettingsStore::text(QByteArray const& key, QByteArray const& fallback) const {
@@ -54,13 +58,12 @@ void SettingsStore::save() {
     QByteArray text;
     for (auto const& [key, value] : m_values)
         text += encoded(key) + '=' + encoded(value) + '\n';
-    QString fault;
-    if (files::replace(m_file, text, &fault))
-        fault.clear();
-    else if (isOnDisk())
+    QString error;
+    bool const isWritten = files::replace(m_file, text, &error);
+    if (!isWritten && m_isOnDisk)
         qWarning("pictara: the settings cannot be kept in %s: %s", qUtf8Printable(m_file),
-                 qUtf8Printable(fault));
-    m_fault = fault;
+                 qUtf8Printable(error));
+    m_isOnDisk = isWritten;
 }
 
 } // namespace pictara

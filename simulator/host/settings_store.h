@@ -11,8 +11,11 @@ namespace pictara {
 /// content; what could break a line is percent-encoded. A change is on disk when the call returns.
 class SettingsStore {
 public:
-    /// Reads the file; one that does not exist is an empty store.
-    explicit SettingsStore(QString const& file);
+    /// Empty until the file was read.
+    explicit SettingsStore(QString const& file) : m_file(file) {}
+
+    /// A file that does not exist holds nothing. False with the reason in `error`.
+    [[nodiscard]] bool read(QString* error);
 
     [[nodiscard]] QByteArray text(QByteArray const& key, QByteArray const& fallback) const;
     void setText(QByteArray const& key, QByteArray const& value);
@@ -21,17 +24,13 @@ public:
     void setInteger(QByteArray const& key, int32_t value);
 
     [[nodiscard]] std::map<QByteArray, QByteArray> const& all() const { return m_values; }
-    /// False once the file could not be read or written; the settings are then kept in memory only.
-    [[nodiscard]] bool isOnDisk() const { return m_fault.isEmpty(); }
-    /// Why not.
-    [[nodiscard]] QString const& fault() const { return m_fault; }
 
 private:
     void save();
 
     QString m_file;
     std::map<QByteArray, QByteArray> m_values;
-    QString m_fault;
+    bool m_isOnDisk = true; ///< the last change; else it is kept in memory only, and that was logged
 };
 
 } // namespace pictara

@@ -67,18 +67,19 @@ MeasuredShading::Illuminant gainsOf(LightGrid const& cells, double kelvin) {
     return illuminant;
 }
 
-// Empty when the cells can be used.
-QString faultOf(LightGrid const& cells) {
-    if (cells.columns < 2 || cells.rows < 2)
-        return QStringLiteral("it is too small");
+bool isUsable(LightGrid const& cells, QString* error) {
+    if (cells.columns < 2 || cells.rows < 2) {
+        *error = QStringLiteral("it is too small");
+        return false;
+    }
     for (Colour const& cell : cells.cells) {
         auto const [darkest, brightest] = std::minmax_element(cell.begin(), cell.end());
-        if (*darkest < kLeastLight)
-            return QStringLiteral("it is too dark");
-        if (*brightest > kClipped)
-            return QStringLiteral("it is clipped");
+        if (*darkest >= kLeastLight && *brightest <= kClipped)
+            continue;
+        *error = *darkest < kLeastLight ? QStringLiteral("it is too dark") : QStringLiteral("it is clipped");
+        return false;
     }
-    return {};
+    return true;
 }
 
 MeasuredShading tableOf(QString const& name, LightGrid const& cells) {
@@ -114,8 +115,9 @@ LightGrid meanOfFrames(simulator::SimulatedCamera& camera) {
 } // namespace
 
 std::optional<MeasuredShading> measureShading(simulator::SimulatedCamera& camera,
-                                              std::vector<double> const& lights, QString* error,
-                                              std::function<void(double kelvin)> const& onLight) {
+                                              std::vector<double> const& lights,
+                                              std::function<void(double kelvin)> const& onLight,
+                                              QString* error) {
     if (camera.isCorrecting()) {
         *error = QStringLiteral("The sensor's own shading correction is on.");
         return std::nullopt;
@@ -132,8 +134,8 @@ std::optional<MeasuredShading> measureShading(simulator::SimulatedCamera& camera
             *error = QStringLiteral("Interrupted.");
             return std::nullopt;
         }
-        if (QString const fault = faultOf(cells); !fault.isEmpty()) {
-            *error = QStringLiteral("The picture at %1 K is of no use: %2.").arg(kelvin).arg(fault);
+        if (!isUsable(cells, error)) {
+            *error = QStringLiteral("The picture at %1 K is of no use: %2.").arg(kelvin).arg(*error);
             return std::nullopt;
         }
         if (!table)
@@ -150,8 +152,8 @@ std::optional<MeasuredShading> measureRecordedShading(QString const& file,
     if (!frame)
         return std::nullopt;
     LightGrid const cells = cellsOf(*frame, camera);
-    if (QString const fault = faultOf(cells); !fault.isEmpty()) {
-        *error = QStringLiteral("The picture %1 is of no use: %2.").arg(file, fault);
+    if (!isUsable(cells, error)) {
+        *error = QStringLiteral("The picture %1 is of no use: %2.").arg(file, *error);
         return std::nullopt;
     }
     MeasuredShading table = tableOf(file, cells);

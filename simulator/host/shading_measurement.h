@@ -16,9 +16,9 @@ inline constexpr std::array<double, 3> kStandardLights = {2856, 4000, 6500};
 /// gains on 32 columns of cells that are about square, the mean of several frames. The camera's light and
 /// exposure are changed; `onLight` is called before each light. Empty with a message for the user when a
 /// picture is of no use, or after an interruption.
-[[nodiscard]] std::optional<simulator::MeasuredShading> measureShading(
-    simulator::SimulatedCamera& camera, std::vector<double> const& lights, QString* error,
-    std::function<void(double kelvin)> const& onLight = [](double) {});
+[[nodiscard]] std::optional<simulator::MeasuredShading>
+measureShading(simulator::SimulatedCamera& camera, std::vector<double> const& lights,
+               std::function<void(double kelvin)> const& onLight, QString* error);
 
 /// The same of one recorded flat field, taken by a camera of that description under a lamp of that colour
 /// temperature: a greyscale PNG of up to 16 bits whose values are the sensor's counts, of any size, or the

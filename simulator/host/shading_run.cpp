@@ -40,22 +40,21 @@ std::optional<MeasuredShading> measure(Options const& options, QString* error) {
     std::vector<double> lights(kStandardLights.begin(), kStandardLights.end());
     if (options.lightKelvin)
         lights = {*options.lightKelvin};
-    return measureShading(*camera, lights, error, tellLight);
+    return measureShading(*camera, lights, tellLight, error);
 }
 
-// Empty with a message.
-std::vector<NamedShading> tablesFor(Options const& options, QString* error) {
-    std::vector<NamedShading> tables;
+std::optional<std::vector<NamedShading>> tablesFor(Options const& options, QString* error) {
     if (!options.measureShadingFile.isEmpty()) {
         std::optional<MeasuredShading> const measured = measure(options, error);
-        if (measured && writeMeasuredShading(options.measureShadingFile, *measured, error))
-            tables.push_back({options.measureShadingFile, *measured});
-        return tables;
+        if (!measured || !writeMeasuredShading(options.measureShadingFile, *measured, error))
+            return std::nullopt;
+        return std::vector<NamedShading>{{options.measureShadingFile, *measured}};
     }
+    std::vector<NamedShading> tables;
     for (QString const& file : options.comparedFiles) {
         std::optional<MeasuredShading> const table = simulator::readMeasuredShading(file, error);
         if (!table)
-            return {};
+            return std::nullopt;
         tables.push_back({file, *table});
     }
     return tables;
@@ -65,18 +64,17 @@ std::vector<NamedShading> tablesFor(Options const& options, QString* error) {
 
 int runShading(Options const& options) {
     QString error;
-    QString const folder = createdFolder(options.outputFolder, &error);
-    std::vector<NamedShading> const tables =
-        folder.isEmpty() ? std::vector<NamedShading>() : tablesFor(options, &error);
-    if (tables.empty()) {
+    std::optional<QString> const folder = createdFolder(options.outputFolder, &error);
+    auto const tables = folder ? tablesFor(options, &error) : std::nullopt;
+    if (!tables) {
         complain(error);
         return files::isInterrupted() ? kExitInterrupted : kExitUsage;
     }
     if (!options.measureShadingFile.isEmpty())
         tell(
             QStringLiteral("The table is %1.").arg(QFileInfo(options.measureShadingFile).absoluteFilePath()));
-    OutputFolder output(folder);
-    QString const page = writeShadingReport(tables, output);
+    OutputFolder output(*folder);
+    QString const page = writeShadingReport(*tables, output);
     if (output.failed())
         return kExitNotCalibrated;
     tell(QStringLiteral("The report is %1.").arg(page));

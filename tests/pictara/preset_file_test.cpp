@@ -45,13 +45,12 @@ struct PresetTest : testing::Test {
     StateVariables states{bayerCamera(4, 4, 3)};
     int notified = 0;
     SensorRegisters registers{sensor->handle(), [this] { ++notified; }};
-    bool found = false;
 };
 
 TEST_F(PresetTest, AppliesEveryKindOfLineAndNothingElse) {
-    auto const lines = readPreset(ini, "Lens Calibration Setup", &found);
-    EXPECT_TRUE(found);
-    EXPECT_EQ(applyPreset(lines, states, registers), 9);
+    auto const lines = readPreset(ini, "Lens Calibration Setup");
+    ASSERT_TRUE(lines);
+    EXPECT_EQ(applyPreset(*lines, states, registers), 9);
     EXPECT_EQ(states.read("Gamma"), 20);
     EXPECT_EQ(states.read("Black Offset"), -7);
     EXPECT_EQ(states.read("Contrast"), 21);
@@ -65,15 +64,13 @@ TEST_F(PresetTest, AppliesEveryKindOfLineAndNothingElse) {
 }
 
 TEST_F(PresetTest, AMissingSectionIsToldFromAnEmptyOne) {
-    EXPECT_TRUE(readPreset(ini, "Lens Calibration Verify", &found).isEmpty());
-    EXPECT_FALSE(found);
-    EXPECT_TRUE(readPreset(folder.filePath("none.ini"), "Other", &found).isEmpty());
-    EXPECT_FALSE(found);
+    EXPECT_FALSE(readPreset(ini, "Lens Calibration Verify"));
+    EXPECT_FALSE(readPreset(folder.filePath("none.ini"), "Other"));
     QFile file(ini);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("[Empty]\n[Other]\nSTATE = Gamma, 1\n") > 0);
     file.close();
-    EXPECT_TRUE(readPreset(ini, "Empty", &found).isEmpty());
-    EXPECT_TRUE(found);
+    auto const lines = readPreset(ini, "Empty");
+    EXPECT_TRUE(lines && lines->isEmpty());
 }
 
 TEST_F(PresetTest, WhatTheCameraDictatesIsNotSet) {

@@ -80,6 +80,8 @@ TEST_F(ServiceDeskTest, OptionsAreKeptForTheNextSittingApartFromSettings) {
     host.readTextSetting("Still File", buffer, sizeof buffer, "");
     EXPECT_STREQ(buffer, "setting");
     SettingsStore next(folder.filePath("settings.ini"));
+    QString error;
+    ASSERT_TRUE(next.read(&error)) << qPrintable(error);
     ServiceDesk const nextDesk(states, next, registers, {});
     EXPECT_STREQ(host.readOption("Still File"), "a.png");
 }
@@ -115,7 +117,9 @@ TEST(SettingsStore, KeepsAnyTextForTheNextSitting) {
         settings.setInteger("LensAssist Falloff for S1", -95);
         settings.setText("Empty", "");
     }
-    SettingsStore const settings(file);
+    SettingsStore settings(file);
+    QString error;
+    ASSERT_TRUE(settings.read(&error)) << qPrintable(error);
     EXPECT_EQ(settings.text(key, {}), value);
     EXPECT_EQ(settings.integer("LensAssist Falloff for S1", 1), -95);
     EXPECT_EQ(settings.text("Empty", "fallback"), QByteArray());

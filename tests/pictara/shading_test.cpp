@@ -86,7 +86,8 @@ TEST(MeasureShading, AMeasuredLensShadesAsTheOriginal) {
         auto const original = openSmall(folder.path(), base);
         auto const flat = openSmall(flatFolder.path(), base, kFlatLens);
         QString error;
-        auto const table = measureShading(*original, {2856, 4000, 6500}, &error);
+        auto const table = measureShading(
+            *original, {2856, 4000, 6500}, [](double) {}, &error);
         ASSERT_TRUE(table) << qPrintable(error);
         QString const file = folder.filePath("lens.json");
         ASSERT_TRUE(writeMeasuredShading(file, *table, &error)) << qPrintable(error);
@@ -130,7 +131,8 @@ struct Recording : testing::Test {
 };
 
 TEST_F(Recording, OfAFlatFieldShowsTheLensThatTheCameraHas) {
-    auto const live = measureShading(*camera, {5000}, &error);
+    auto const live = measureShading(
+        *camera, {5000}, [](double) {}, &error);
     ASSERT_TRUE(live) << qPrintable(error);
     for (QString const& file :
          {writePng("flat.png", QImage::Format_Grayscale16), write("flat.raw", frame.pixels)}) {
