@@ -78,11 +78,11 @@ void judgeSaves(Session& session, OutputFolder& output, RunSummary& summary) {
         summary.cause = causeOf(summary.run, summary.captures, hasEeprom);
     } else if (!hasResults) {
         summary.cause = QStringLiteral("The results file %1 is missing.").arg(results);
-    } else if (summary.eeprom && summary.eeprom->lack && !summary.eeprom->lack->isEmpty()) {
+    } else if (summary.eeprom && !summary.eeprom->holdsSolution.value_or(true)) {
         // Not every sensor's dialog reads back what it saved.
         summary.cause =
             QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: %1.")
-                .arg(*summary.eeprom->lack);
+                .arg(summary.eeprom->lack);
     } else {
         session.noteConditions();
         return;

@@ -65,10 +65,10 @@ constexpr OptionRow kOptions[] = {
     {"max-frames", "N", "Frames after which a run is given up (default 2000)."},
 };
 
-// Reads values and remembers the first that is wrong.
+// Reads values and tells the first that is wrong in an error text, which is empty before. Borrows both.
 class ValueReader {
 public:
-    explicit ValueReader(QCommandLineParser const& parser) : m_parser(parser) {}
+    ValueReader(QCommandLineParser const& parser, QString* error) : m_parser(parser), m_error(error) {}
 
     void text(char const* name, QString& value) {
         if (!isSet(name))
@@ -122,19 +122,18 @@ public:
     }
 
     [[nodiscard]] bool isSet(char const* name) const { return m_parser.isSet(QString::fromLatin1(name)); }
-    [[nodiscard]] QString const& error() const { return m_error; }
 
 private:
     [[nodiscard]] QString raw(char const* name) const { return m_parser.value(QString::fromLatin1(name)); }
 
     void reject(char const* name, QString const& expected) {
-        if (m_error.isEmpty())
-            m_error = QStringLiteral("--%1 takes %2, not \"%3\".")
-                          .arg(QString::fromLatin1(name), expected, raw(name));
+        if (m_error->isEmpty())
+            *m_error = QStringLiteral("--%1 takes %2, not \"%3\".")
+                           .arg(QString::fromLatin1(name), expected, raw(name));
     }
 
     QCommandLineParser const& m_parser;
-    QString m_error;
+    QString* m_error;
 };
 
 CommandLine usageError(QString const& what) {
@@ -147,17 +146,19 @@ bool wantsWindow(ValueReader const& reader) {
 }
 
 // A recording tells all but the plug-in that it is tried on.
-QString needlessForReplay(ValueReader const& reader) {
+bool takesAllFromRecording(ValueReader const& reader, QString* error) {
     for (OptionRow const& row : kOptions) {
         QLatin1String const name(row.name);
-        if (name != QLatin1String("replay") && name != QLatin1String("plugin") && reader.isSet(row.name))
-            return QStringLiteral("--replay takes all from the recording; --%1 is not for it.").arg(name);
+        if (name != QLatin1String("replay") && name != QLatin1String("plugin") && reader.isSet(row.name)) {
+            *error = QStringLiteral("--replay takes all from the recording; --%1 is not for it.").arg(name);
+            return false;
+        }
     }
-    return {};
+    return true;
 }
 
-// What cannot be had together, or at all without something else.
-QString conflictIn(ValueReader const& reader, Options const& options) {
+// False for what cannot be had together, or at all without something else.
+bool isConsistent(ValueReader const& reader, Options const& options, QString* error) {
     bool const replays = reader.isSet("replay-eeprom"), isScripted = reader.isSet("script");
     struct {
         bool isThere;
@@ -184,11 +185,13 @@ QString conflictIn(ValueReader const& reader, Options const& options) {
          "--show and --dark are for the window."},
     };
     if (reader.isSet("replay"))
-        return needlessForReplay(reader);
+        return takesAllFromRecording(reader, error);
     for (auto const& conflict : conflicts)
-        if (conflict.isThere)
-            return QString::fromLatin1(conflict.told);
-    return {};
+        if (conflict.isThere) {
+            *error = QString::fromLatin1(conflict.told);
+            return false;
+        }
+    return true;
 }
 
 Options readOptions(ValueReader& reader) {
@@ -264,13 +267,12 @@ CommandLine parseCommandLine(QStringList const& arguments) {
     if (compared.size() != 0 && compared.size() != 2)
         return usageError(QStringLiteral("--compare-shading takes two files."));
 
-    ValueReader reader(parser);
+    QString error;
+    ValueReader reader(parser, &error);
     Options options = readOptions(reader);
     options.comparedFiles = compared;
-    if (!reader.error().isEmpty())
-        return usageError(reader.error());
-    if (QString const conflict = conflictIn(reader, options); !conflict.isEmpty())
-        return usageError(conflict);
+    if (!error.isEmpty() || !isConsistent(reader, options, &error))
+        return usageError(error);
     return {options, {}, kExitDone};
 }
 

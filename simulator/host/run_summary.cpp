@@ -21,10 +21,10 @@ void writeCaptures(QTextStream& out, std::vector<CaptureRow> const& rows) {
 }
 
 QString heldIn(EepromUse const& use) {
-    if (!use.lack)
+    if (!use.holdsSolution)
         return QStringLiteral("nothing was saved, there is no solution");
-    return use.lack->isEmpty() ? QStringLiteral("holds the solution")
-                               : QStringLiteral("does not hold the solution: ") + *use.lack;
+    return *use.holdsSolution ? QStringLiteral("holds the solution")
+                              : QStringLiteral("does not hold the solution: ") + use.lack;
 }
 
 void writeEeprom(QTextStream& out, std::optional<EepromUse> const& use) {
@@ -62,8 +62,8 @@ FactTable eepromFacts(std::optional<EepromUse> const& use) {
     if (!use)
         return table;
     table.facts.emplace_back(QStringLiteral("contents"), QStringLiteral("contents"), heldIn(*use));
-    if (use->lack)
-        table.facts.emplace_back("holds_solution", "holds the solution", use->lack->isEmpty());
+    if (use->holdsSolution)
+        table.facts.emplace_back("holds_solution", "holds the solution", *use->holdsSolution);
     table.facts.emplace_back(QStringLiteral("file"), QStringLiteral("file"), use->file);
     table.facts.emplace_back(QStringLiteral("fault"), QStringLiteral("fault"), use->fault);
     table.facts.emplace_back("operations", "operations", double(use->operations));
@@ -97,14 +97,15 @@ std::optional<EepromUse> eepromUseOf(Session& session, DialogPage const& page, O
         return std::nullopt;
     QFileInfo const file(session.eepromFile());
     bool const isInFolder = file.absolutePath() == session.outputFolder();
-    std::optional<QString> lack;
+    EepromUse use{.file = isInFolder ? file.fileName() : file.filePath(),
+                  .fault = options.fault ? textOf(*options.fault) : QString(),
+                  .operations = camera.deviceOperations(),
+                  .bytesWritten = camera.deviceBytesWritten(),
+                  .holdsSolution = {},
+                  .lack = {}};
     if (session.desk().listEntriesWritten() > 0)
-        lack = lackOfStoredSolution(session, options.profile, page.text("Prom_Label"));
-    return EepromUse{.file = isInFolder ? file.fileName() : file.filePath(),
-                     .fault = options.fault ? textOf(*options.fault) : QString(),
-                     .operations = camera.deviceOperations(),
-                     .bytesWritten = camera.deviceBytesWritten(),
-                     .lack = lack};
+        use.holdsSolution = isSolutionStored(session, options.profile, page.text("Prom_Label"), &use.lack);
+    return use;
 }
 
 RunReport reportOf(Session& session, RunSummary const& summary) {

@@ -17,8 +17,8 @@ struct EepromUse {
     QString fault; ///< as the user wished it; empty for none
     uint64_t operations = 0;
     uint64_t bytesWritten = 0;
-    std::optional<QString>
-        lack; ///< why it does not hold the solution, empty: it does; none without a solution
+    std::optional<bool> holdsSolution; ///< none without a solution
+    QString lack;                      ///< why it does not hold it
 };
 
 /// How a calibration ended, the worst first.

@@ -60,8 +60,7 @@ constexpr VerbRow kVerbs[] = {
     {"screenshot", ScriptVerb::Screenshot, 1, 1, nullptr, "screenshot FILE"},
 };
 
-// Nothing when a quote is not closed.
-std::optional<QStringList> wordsOf(QString const& line) {
+std::optional<QStringList> wordsOf(QString const& line, QString* error) {
     static QRegularExpression const word(QStringLiteral(R"re(\s*(?:"([^"]*)"(?=\s|$)|([^"\s]\S*)))re"));
     QStringList words;
     int at = 0;
@@ -69,8 +68,10 @@ std::optional<QStringList> wordsOf(QString const& line) {
     while (at < text.size()) {
         auto const match =
             word.match(text, at, QRegularExpression::NormalMatch, QRegularExpression::AnchoredMatchOption);
-        if (!match.hasMatch())
+        if (!match.hasMatch()) {
+            *error = QStringLiteral("a quote is not closed");
             return std::nullopt;
+        }
         if (match.captured(2).startsWith(QLatin1Char('#')))
             break;
         words.append(match.capturedStart(1) >= 0 ? match.captured(1) : match.captured(2));
@@ -79,46 +80,48 @@ std::optional<QStringList> wordsOf(QString const& line) {
     return words;
 }
 
-// An empty cause: the command is good.
-QString read(QStringList words, ScriptCommand& command) {
+bool read(QStringList words, ScriptCommand& command, QString* error) {
     QString const name = words.takeFirst();
     auto const* const row = std::find_if(std::begin(kVerbs), std::end(kVerbs), [&](VerbRow const& verb) {
         return name == QLatin1String(verb.name);
     });
-    if (row == std::end(kVerbs))
-        return QStringLiteral("there is no command \"%1\"").arg(name);
+    if (row == std::end(kVerbs)) {
+        *error = QStringLiteral("there is no command \"%1\"").arg(name);
+        return false;
+    }
     bool const isGood =
         words.size() >= row->fewest && words.size() <= row->most && (!row->isGood || row->isGood(words));
     command.verb = row->verb;
     command.arguments = words;
-    return isGood ? QString()
-                  : QStringLiteral("it must be: %1 (texts with blanks in quotes)")
-                        .arg(QLatin1String(row->usage));
+    if (!isGood)
+        *error =
+            QStringLiteral("it must be: %1 (texts with blanks in quotes)").arg(QLatin1String(row->usage));
+    return isGood;
 }
 
 } // namespace
 
-bool readScript(QString const& name, std::vector<ScriptCommand>& commands, QString* error) {
+std::optional<std::vector<ScriptCommand>> readScript(QString const& name, QString* error) {
     auto const text = files::read(name, files::kMostText, error);
     if (!text) {
         *error = QStringLiteral("The script %1 cannot be read: %2").arg(name, *error);
-        return false;
+        return std::nullopt;
     }
+    std::vector<ScriptCommand> commands;
     int number = 0;
     for (QByteArray const& line : text->split('\n')) {
         ++number;
-        auto const words = wordsOf(QString::fromUtf8(line));
+        auto const words = wordsOf(QString::fromUtf8(line), error);
         if (words && words->isEmpty())
             continue;
         ScriptCommand command{ScriptVerb::Press, {}, number};
-        QString const cause = words ? read(*words, command) : QStringLiteral("a quote is not closed");
-        if (!cause.isEmpty()) {
-            *error = QStringLiteral("%1:%2: %3").arg(name).arg(number).arg(cause);
-            return false;
+        if (!words || !read(*words, command, error)) {
+            *error = QStringLiteral("%1:%2: %3").arg(name).arg(number).arg(*error);
+            return std::nullopt;
         }
         commands.push_back(command);
     }
-    return true;
+    return commands;
 }
 
 bool matches(QString const& text, QString const& pattern) {

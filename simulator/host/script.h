@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 #include <vector>
 
 namespace pictara {
@@ -16,8 +17,9 @@ struct ScriptCommand {
 };
 
 /// Reads a script: a command a line, words apart by blanks, texts with blanks in quotes, comments from a word
-/// that begins with "#". False with "FILE:LINE: cause"; numbers are checked, names of widgets are not.
-[[nodiscard]] bool readScript(QString const& file, std::vector<ScriptCommand>& commands, QString* error);
+/// that begins with "#". Empty with "FILE:LINE: cause" in `error`; numbers are checked, names of widgets are
+/// not.
+[[nodiscard]] std::optional<std::vector<ScriptCommand>> readScript(QString const& file, QString* error);
 
 /// True when the whole text is the pattern's, in which "*" stands for any text.
 [[nodiscard]] bool matches(QString const& text, QString const& pattern);

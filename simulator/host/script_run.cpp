@@ -18,32 +18,29 @@
 namespace pictara {
 namespace {
 
-/// How a command ended: the cause of a failure, and the exit code that tells it.
-struct Outcome {
-    QString cause;
-    int code = kExitNotCalibrated;
-};
-
 class ScriptRun {
 public:
     ScriptRun(Session& session, Options const& options, HeadlessDialog const& dialog)
         : m_session(session), m_options(options), m_dialog(dialog.dialog), m_page(dialog.page),
           m_progress(stdout, dialog.page) {}
 
-    [[nodiscard]] Outcome run(ScriptCommand const& command);
+    /// False with the cause in `error`.
+    [[nodiscard]] bool run(ScriptCommand const& command, QString* error);
     void say(QString const& text) { m_progress.say(text); }
     [[nodiscard]] RunProgress const& state() const { return m_state; }
+    /// A wait ended in vain.
+    [[nodiscard]] bool hasTimedOut() const { return m_hasTimedOut; }
 
 private:
-    [[nodiscard]] Outcome press(QStringList const& words);
-    [[nodiscard]] Outcome set(QStringList const& words);
-    [[nodiscard]] Outcome setLight(QStringList const& words);
-    [[nodiscard]] Outcome plan(QString const& fault);
-    [[nodiscard]] Outcome expect(QStringList const& words);
-    [[nodiscard]] Outcome await(QStringList const& words);
-    [[nodiscard]] Outcome savePicture(QString const& file);
-    [[nodiscard]] Outcome deliverFrames(int count);
-    [[nodiscard]] Outcome tick(int count);
+    [[nodiscard]] bool press(QStringList const& words, QString* error);
+    [[nodiscard]] bool set(QStringList const& words, QString* error);
+    void setLight(QStringList const& words);
+    [[nodiscard]] bool plan(QString const& fault, QString* error);
+    [[nodiscard]] bool expect(QStringList const& words, QString* error);
+    [[nodiscard]] bool await(QStringList const& words, QString* error);
+    [[nodiscard]] bool savePicture(QString const& file, QString* error);
+    void deliverFrames(int count);
+    void tick(int count);
     void frame();
 
     Session& m_session;
@@ -52,137 +49,150 @@ private:
     DialogPage m_page;
     ProgressReport m_progress;
     RunProgress m_state;
+    bool m_hasTimedOut = false;
 };
 
-QString missing(QString const& name) {
-    return QStringLiteral("the dialog has no \"%1\"").arg(name);
+bool has(DialogPage const& page, QString const& name, QString* error) {
+    bool const isThere = page.has(name.toLatin1().constData());
+    if (!isThere)
+        *error = QStringLiteral("the dialog has no \"%1\"").arg(name);
+    return isThere;
 }
 
-Outcome ScriptRun::run(ScriptCommand const& command) {
+bool ScriptRun::run(ScriptCommand const& command, QString* error) {
     QStringList const& words = command.arguments;
     switch (command.verb) {
     case ScriptVerb::Press:
-        return press(words);
+        return press(words, error);
     case ScriptVerb::Set:
-        return set(words);
+        return set(words, error);
     case ScriptVerb::Light:
-        return setLight(words);
+        setLight(words);
+        return true;
     case ScriptVerb::Frames:
-        return deliverFrames(words[0].toInt());
+        deliverFrames(words[0].toInt());
+        return true;
     case ScriptVerb::Tick:
-        return tick(words.isEmpty() ? 1 : words[0].toInt());
+        tick(words.isEmpty() ? 1 : words[0].toInt());
+        return true;
     case ScriptVerb::Fault:
-        return plan(words[0]);
+        return plan(words[0], error);
     case ScriptVerb::Expect:
-        return expect(words);
+        return expect(words, error);
     case ScriptVerb::Wait:
-        return await(words);
+        return await(words, error);
     case ScriptVerb::Screenshot:
-        return savePicture(words[0]);
+        return savePicture(words[0], error);
     }
-    return {};
+    return true;
 }
 
-Outcome ScriptRun::press(QStringList const& words) {
+bool ScriptRun::press(QStringList const& words, QString* error) {
     QByteArray const name = words[0].toLatin1();
-    if (!m_page.has(name.constData()))
-        return {missing(words[0])};
-    return m_page.press(name.constData())
-               ? Outcome{}
-               : Outcome{QStringLiteral("\"%1\" cannot be pressed now").arg(words[0])};
+    if (!has(m_page, words[0], error))
+        return false;
+    bool const isPressed = m_page.press(name.constData());
+    if (!isPressed)
+        *error = QStringLiteral("\"%1\" cannot be pressed now").arg(words[0]);
+    return isPressed;
 }
 
-Outcome ScriptRun::set(QStringList const& words) {
+bool ScriptRun::set(QStringList const& words, QString* error) {
     QByteArray const name = words[0].toLatin1();
-    if (!m_page.has(name.constData()))
-        return {missing(words[0])};
+    if (!has(m_page, words[0], error))
+        return false;
     if (m_page.choose(name.constData(), words[1]) || m_page.type(name.constData(), words[1]))
-        return {};
+        return true;
     bool const isSwitch = words[1] == QLatin1String("on") || words[1] == QLatin1String("off");
     bool const isWanted = words[1] == QLatin1String("on");
     if (isSwitch && m_page.choices(name.constData()).isEmpty() &&
         (m_page.isChecked(name.constData()) == isWanted || m_page.press(name.constData())))
-        return {};
+        return true;
     QStringList const choices = m_page.choices(name.constData());
     QString const offered =
         choices.isEmpty() ? QString() : QStringLiteral("; it offers ") + choices.join(QLatin1String(", "));
-    return {QStringLiteral("\"%1\" cannot be set to \"%2\" now%3").arg(words[0], words[1], offered)};
+    *error = QStringLiteral("\"%1\" cannot be set to \"%2\" now%3").arg(words[0], words[1], offered);
+    return false;
 }
 
-Outcome ScriptRun::setLight(QStringList const& words) {
+void ScriptRun::setLight(QStringList const& words) {
     simulator::Light light = m_session.camera().light();
     light.colourTemperature = words[0].toDouble();
     if (words.size() > 1)
         light.level = words[1].toDouble();
     m_session.setLight(light);
-    return {};
 }
 
-Outcome ScriptRun::plan(QString const& fault) {
-    if (!m_session.camera().hasEeprom())
-        return {QStringLiteral("the camera has no EEPROM")};
+bool ScriptRun::plan(QString const& fault, QString* error) {
+    if (!m_session.camera().hasEeprom()) {
+        *error = QStringLiteral("the camera has no EEPROM");
+        return false;
+    }
     auto const wish = parseFaultWish(fault);
     if (wish && m_session.injectFault(*wish))
-        return {};
-    return {QStringLiteral("there is no fault \"%1\"; known are %2")
-                .arg(fault, simulator::SimulatedCamera::faultNames().join(QLatin1String(", ")))};
+        return true;
+    *error = QStringLiteral("there is no fault \"%1\"; known are %2")
+                 .arg(fault, simulator::SimulatedCamera::faultNames().join(QLatin1String(", ")));
+    return false;
 }
 
-Outcome ScriptRun::expect(QStringList const& words) {
+bool ScriptRun::expect(QStringList const& words, QString* error) {
     bool const isWanted = words[0] == QLatin1String("enabled");
     bool const isOfEnabling = isWanted || words[0] == QLatin1String("disabled");
     QString const& name = isOfEnabling ? words[1] : words[0];
     QByteArray const widget = name.toLatin1();
-    if (!m_page.has(widget.constData()))
-        return {missing(name)};
-    if (isOfEnabling)
-        return m_page.isEnabled(widget.constData()) == isWanted
-                   ? Outcome{}
-                   : Outcome{QStringLiteral("\"%1\" is not %2").arg(name, words[0])};
+    if (!has(m_page, name, error))
+        return false;
     QString const text = m_page.text(widget.constData());
-    return matches(text, words[1])
-               ? Outcome{}
-               : Outcome{QStringLiteral("\"%1\" shows \"%2\", not \"%3\"").arg(name, text, words[1])};
+    bool const isSo =
+        isOfEnabling ? m_page.isEnabled(widget.constData()) == isWanted : matches(text, words[1]);
+    if (!isSo)
+        *error = isOfEnabling ? QStringLiteral("\"%1\" is not %2").arg(name, words[0])
+                              : QStringLiteral("\"%1\" shows \"%2\", not \"%3\"").arg(name, text, words[1]);
+    return isSo;
 }
 
-Outcome ScriptRun::await(QStringList const& words) {
+bool ScriptRun::await(QStringList const& words, QString* error) {
     QByteArray const name = words[0].toLatin1();
-    if (!m_page.has(name.constData()))
-        return {missing(words[0])};
+    if (!has(m_page, words[0], error))
+        return false;
     int const bound = words.size() > 2 ? words[2].toInt() : m_options.maxFrames;
     for (int frames = 0; !matches(m_page.text(name.constData()), words[1]); ++frames) {
         if (files::isInterrupted())
-            return {};
-        if (frames == bound)
-            return {QStringLiteral("after %1 frames \"%2\" shows \"%3\", not \"%4\"")
-                        .arg(QString::number(bound), words[0], m_page.text(name.constData()), words[1]),
-                    kExitTimeout};
+            return true;
+        if (frames == bound) {
+            *error = QStringLiteral("after %1 frames \"%2\" shows \"%3\", not \"%4\"")
+                         .arg(QString::number(bound), words[0], m_page.text(name.constData()), words[1]);
+            m_hasTimedOut = true;
+            return false;
+        }
         frame();
     }
-    return {};
+    return true;
 }
 
-Outcome ScriptRun::savePicture(QString const& file) {
+bool ScriptRun::savePicture(QString const& file, QString* error) {
     QFileInfo const info(QDir(m_session.outputFolder()), file);
     OutputFolder folder(info.absolutePath());
     folder.savePicture(info.fileName(), m_dialog->grab().toImage());
-    return folder.failed() ? Outcome{QStringLiteral("the picture cannot be saved")} : Outcome{};
+    if (folder.failed())
+        *error = QStringLiteral("the picture cannot be saved");
+    return !folder.failed();
 }
 
-Outcome ScriptRun::deliverFrames(int count) {
+void ScriptRun::deliverFrames(int count) {
     for (int i = 0; i < count && !files::isInterrupted(); ++i)
         frame();
-    return {};
 }
 
 void ScriptRun::frame() {
     m_session.frames().deliverNext();
     QCoreApplication::processEvents();
     if (++m_state.frames % m_options.framesPerTick == 0)
-        (void)tick(1);
+        tick(1);
 }
 
-Outcome ScriptRun::tick(int count) {
+void ScriptRun::tick(int count) {
     for (int i = 0; i < count && !files::isInterrupted(); ++i) {
         m_page.stopTimer(); // showing the page again starts its timer again
         m_page.tick();
@@ -191,15 +201,14 @@ Outcome ScriptRun::tick(int count) {
         m_state.statusTexts = m_page.statusTexts();
         m_progress.show(m_state);
     }
-    return {};
 }
 
 } // namespace
 
 int runScript(Session& session, Options const& options) {
     QString error;
-    std::vector<ScriptCommand> commands;
-    if (!readScript(options.scriptFile, commands, &error)) {
+    auto const commands = readScript(options.scriptFile, &error);
+    if (!commands) {
         complain(error);
         return kExitUsage;
     }
@@ -207,16 +216,15 @@ int runScript(Session& session, Options const& options) {
     if (ExitCode const code = openHeadless(session, options, opened); code != kExitDone)
         return code;
     ScriptRun run(session, options, opened);
-    ScriptEnd end{.commands = commands.size(), .done = 0, .cause = {}, .state = {}};
+    ScriptEnd end{.commands = commands->size(), .done = 0, .cause = {}, .state = {}};
     int code = kExitDone;
-    for (ScriptCommand const& command : commands) {
-        Outcome const outcome = run.run(command);
+    for (ScriptCommand const& command : *commands) {
+        bool const isDone = run.run(command, &error);
         if (files::isInterrupted())
             return kExitInterrupted;
-        if (!outcome.cause.isEmpty()) {
-            end.cause =
-                QStringLiteral("%1:%2: %3").arg(options.scriptFile).arg(command.line).arg(outcome.cause);
-            code = outcome.code;
+        if (!isDone) {
+            end.cause = QStringLiteral("%1:%2: %3").arg(options.scriptFile).arg(command.line).arg(error);
+            code = run.hasTimedOut() ? kExitTimeout : kExitNotCalibrated;
             break;
         }
         ++end.done;
@@ -229,7 +237,7 @@ int runScript(Session& session, Options const& options) {
     if (!end.cause.isEmpty())
         complain(end.cause);
     else
-        run.say(QStringLiteral("%1: done, %2 commands.").arg(options.scriptFile).arg(commands.size()));
+        run.say(QStringLiteral("%1: done, %2 commands.").arg(options.scriptFile).arg(commands->size()));
     if (!output.failed())
         run.say(QStringLiteral("The report is %1.").arg(page));
     return code == kExitDone && output.failed() ? int(kExitNotCalibrated) : code;

@@ -26,26 +26,29 @@ uint32_t valueIn(simulator::SimulatedCamera const& camera, SolutionRegister cons
 
 } // namespace
 
-QString lackOfStoredSolution(Session& session, QString const& profile, QString const& label) {
+bool isSolutionStored(Session& session, QString const& profile, QString const& label, QString* error) {
     HostAtWork const own; // looking registers up is no call of the plug-in
-    QString error;
     QTemporaryDir const folder;
     QString const bytes = folder.filePath(QStringLiteral("eeprom.bin"));
     QString const record = QString::fromLocal8Bit(label.toLocal8Bit().left(kLongestName));
-    auto const started = simulator::SimulatedCamera::open(profile, &error);
-    if (!started || !session.camera().saveEeprom(bytes, &error) || !started->loadEeprom(bytes, &error) ||
-        !started->replayEeprom(record, &error))
-        return error;
-    if (!started->isCorrecting())
-        return QStringLiteral("the record \"%1\" leaves the correction off").arg(record);
+    auto const started = simulator::SimulatedCamera::open(profile, error);
+    if (!started || !session.camera().saveEeprom(bytes, error) || !started->loadEeprom(bytes, error) ||
+        !started->replayEeprom(record, error))
+        return false;
+    if (!started->isCorrecting()) {
+        *error = QStringLiteral("the record \"%1\" leaves the correction off").arg(record);
+        return false;
+    }
     for (SolutionRegister const& reg : solutionOf(session))
         if (uint32_t const stored = valueIn(*started, reg), held = valueIn(session.camera(), reg);
-            stored != held)
-            return QStringLiteral("by the record \"%1\" the register %2 starts with 0x%3 instead of 0x%4")
-                .arg(record, registerName(reg))
-                .arg(stored, 4, 16, QLatin1Char('0'))
-                .arg(held, 4, 16, QLatin1Char('0'));
-    return {};
+            stored != held) {
+            *error = QStringLiteral("by the record \"%1\" the register %2 starts with 0x%3 instead of 0x%4")
+                         .arg(record, registerName(reg))
+                         .arg(stored, 4, 16, QLatin1Char('0'))
+                         .arg(held, 4, 16, QLatin1Char('0'));
+            return false;
+        }
+    return true;
 }
 
 } // namespace pictara
