@@ -57,7 +57,7 @@ int CallLog::rowCount(QModelIndex const& parent) const {
 }
 
 int CallLog::columnCount(QModelIndex const& parent) const {
-    return parent.isValid() ? 0 : ColumnCount;
+    return parent.isValid() ? 0 : kColumnCount;
 }
 
 QVariant CallLog::data(QModelIndex const& index, int role) const {
@@ -65,15 +65,15 @@ QVariant CallLog::data(QModelIndex const& index, int role) const {
         return {};
     LoggedCall const& call = at(index.row());
     switch (index.column()) {
-    case Number:
+    case kNumber:
         return qulonglong(call.number);
-    case Source:
+    case kSource:
         return sourceText(call);
-    case Name:
+    case kName:
         return QString(2 * call.depth, QLatin1Char(' ')) + call.name;
-    case Arguments:
+    case kArguments:
         return call.arguments;
-    case Result:
+    case kResult:
         return call.result;
     default:
         return {};
@@ -81,7 +81,7 @@ QVariant CallLog::data(QModelIndex const& index, int role) const {
 }
 
 QVariant CallLog::headerData(int section, Qt::Orientation orientation, int role) const {
-    bool const isColumn = orientation == Qt::Horizontal && section >= 0 && section < ColumnCount;
+    bool const isColumn = orientation == Qt::Horizontal && section >= 0 && section < kColumnCount;
     return isColumn && role == Qt::DisplayRole ? QString::fromLatin1(kColumns[section]) : QVariant();
 }
 
@@ -108,7 +108,7 @@ void CallLog::ended(BoundaryCall const&, int, QByteArray const& result) {
     call->result = QString::fromUtf8(result);
     auto const row = std::lower_bound(m_rows.begin(), m_rows.end(), number);
     if (row != m_rows.end() && *row == number) {
-        QModelIndex const changed = index(int(row - m_rows.begin()), Result);
+        QModelIndex const changed = index(int(row - m_rows.begin()), kResult);
         emit dataChanged(changed, changed);
     } else if (isShown(*call)) { // by its result
         int const at = int(row - m_rows.begin());

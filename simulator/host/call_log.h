@@ -33,7 +33,7 @@ struct CallFilter {
 class CallLog : public QAbstractTableModel, public BoundaryObserver {
     Q_OBJECT
 public:
-    enum Column { Number, Source, Name, Arguments, Result, ColumnCount };
+    enum Column { kNumber, kSource, kName, kArguments, kResult, kColumnCount };
 
     /// Beyond the capacity the oldest quarter is dropped.
     explicit CallLog(QObject* parent = nullptr, size_t capacity = 100'000);

@@ -115,7 +115,7 @@ void CallPanel::showEvent(QShowEvent* event) {
     m_table->setModel(&m_log);
     int const em = fontMetrics().averageCharWidth();
     int const widths[] = {9, 10, 38, 48, 20};
-    for (int column = 0; column < CallLog::ColumnCount; ++column)
+    for (int column = 0; column < CallLog::kColumnCount; ++column)
         m_table->setColumnWidth(column, widths[column] * em);
     m_table->horizontalHeader()->setStretchLastSection(true);
     follow();

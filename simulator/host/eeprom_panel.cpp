@@ -18,8 +18,8 @@
 namespace pictara {
 namespace {
 
-enum RecordColumn { Place, What, Held };
-enum ItemData { Offset = Qt::UserRole, Size };
+enum RecordColumn { kPlace, kWhat, kHeld };
+enum ItemData { kOffset = Qt::UserRole, kSize };
 
 constexpr int kFullEntrySize = 18; // bytes
 constexpr int kShortEntrySize = 4;
@@ -28,10 +28,10 @@ constexpr int kHeaderGrowth = 24; // pixels that the offsets' column gains when 
 QTreeWidgetItem* newItem(size_t offset, size_t size, QString const& what, QString const& held) {
     auto* const item = new QTreeWidgetItem(
         {QStringLiteral("%1").arg(offset, 4, 16, QLatin1Char('0')).toUpper(), what, held});
-    item->setData(Place, Offset, qulonglong(offset));
-    item->setData(Place, Size, qulonglong(size));
-    item->setToolTip(What, what);
-    item->setToolTip(Held, held);
+    item->setData(kPlace, kOffset, qulonglong(offset));
+    item->setData(kPlace, kSize, qulonglong(size));
+    item->setToolTip(kWhat, what);
+    item->setToolTip(kHeld, held);
     return item;
 }
 
@@ -119,8 +119,8 @@ QWidget* EepromPanel::newRecordTree() {
     m_records->setToolTip(QStringLiteral("The records of the chain; choosing one marks its bytes"));
     m_records->setUniformRowHeights(true);
     int const em = fontMetrics().averageCharWidth();
-    m_records->setColumnWidth(Place, 10 * em);
-    m_records->setColumnWidth(What, 14 * em);
+    m_records->setColumnWidth(kPlace, 10 * em);
+    m_records->setColumnWidth(kWhat, 14 * em);
     connect(m_records, &QTreeWidget::currentItemChanged, this, &EepromPanel::chooseBytesOfRecord);
     return m_records;
 }
@@ -159,8 +159,8 @@ void EepromPanel::chooseBytesOfRecord() {
     QTreeWidgetItem const* const item = m_records->currentItem();
     if (!item)
         return;
-    int const offset = item->data(Place, Offset).toInt();
-    QItemSelection const selection = selectionOf(m_bytes, offset, item->data(Place, Size).toInt());
+    int const offset = item->data(kPlace, kOffset).toInt();
+    QItemSelection const selection = selectionOf(m_bytes, offset, item->data(kPlace, kSize).toInt());
     m_table->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     m_table->scrollTo(m_bytes.index(offset / EepromBytesTable::kBytesPerRow, 0),
                       QAbstractItemView::PositionAtTop);

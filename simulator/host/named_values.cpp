@@ -24,7 +24,7 @@ void NamedValues::show(Values const& values, quint64 frame) {
         } else if (m_rows[i].value != value) {
             m_rows[i].value = value;
             m_rows[i].changedAt = frame;
-            emit dataChanged(index(int(i), 0), index(int(i), ColumnCount - 1));
+            emit dataChanged(index(int(i), 0), index(int(i), kColumnCount - 1));
         }
     }
     m_isFilled = true;
@@ -35,7 +35,7 @@ int NamedValues::rowCount(QModelIndex const& parent) const {
 }
 
 int NamedValues::columnCount(QModelIndex const& parent) const {
-    return parent.isValid() ? 0 : ColumnCount;
+    return parent.isValid() ? 0 : kColumnCount;
 }
 
 QVariant NamedValues::data(QModelIndex const& index, int role) const {
@@ -50,11 +50,11 @@ QVariant NamedValues::data(QModelIndex const& index, int role) const {
     if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
         return {};
     switch (index.column()) {
-    case Name:
+    case kName:
         return QString::fromLocal8Bit(row.name);
-    case Value:
+    case kValue:
         return row.value;
-    case ChangedAt:
+    case kChangedAt:
         return row.changedAt > 0 ? QVariant(row.changedAt) : QVariant();
     default:
         return {};
@@ -62,7 +62,7 @@ QVariant NamedValues::data(QModelIndex const& index, int role) const {
 }
 
 QVariant NamedValues::headerData(int section, Qt::Orientation orientation, int role) const {
-    bool const isColumn = orientation == Qt::Horizontal && section >= 0 && section < ColumnCount;
+    bool const isColumn = orientation == Qt::Horizontal && section >= 0 && section < kColumnCount;
     return isColumn && role == Qt::DisplayRole ? QString::fromLatin1(kColumns[section]) : QVariant();
 }
 

@@ -12,7 +12,7 @@ namespace pictara {
 class NamedValues : public QAbstractTableModel {
     Q_OBJECT
 public:
-    enum Column { Name, Value, ChangedAt, ColumnCount };
+    enum Column { kName, kValue, kChangedAt, kColumnCount };
     using Values = std::map<QByteArray, QString>;
 
     using QAbstractTableModel::QAbstractTableModel;

@@ -16,7 +16,7 @@ ValuesPanel::ValuesPanel(QString const& toolTip, Read read, QWidget* parent)
     : LivePanel(parent), m_read(std::move(read)) {
     auto* const chosen = new QSortFilterProxyModel(this);
     chosen->setFilterCaseSensitivity(Qt::CaseInsensitive);
-    chosen->setFilterKeyColumn(NamedValues::Name);
+    chosen->setFilterKeyColumn(NamedValues::kName);
     chosen->setSourceModel(&m_values);
 
     auto* const wanted = new QLineEdit;
@@ -31,10 +31,10 @@ ValuesPanel::ValuesPanel(QString const& toolTip, Read read, QWidget* parent)
 
     QTableView* const table = newBenchTable(toolTip);
     table->setModel(chosen);
-    table->horizontalHeader()->setSectionResizeMode(NamedValues::Value, QHeaderView::Stretch);
+    table->horizontalHeader()->setSectionResizeMode(NamedValues::kValue, QHeaderView::Stretch);
     int const em = fontMetrics().averageCharWidth();
-    table->setColumnWidth(NamedValues::Name, 36 * em);
-    table->setColumnWidth(NamedValues::ChangedAt, 20 * em);
+    table->setColumnWidth(NamedValues::kName, 36 * em);
+    table->setColumnWidth(NamedValues::kChangedAt, 20 * em);
 
     auto* const layout = new QVBoxLayout(this);
     layout->addLayout(line);

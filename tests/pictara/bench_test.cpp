@@ -148,9 +148,9 @@ TEST(NamedValues, AnnouncesOnlyWhatDiffers) {
     EXPECT_EQ(insertions, 2);
     EXPECT_EQ(changes, 1);
     auto const text = [&](int row, int column) { return values.data(values.index(row, column)).toString(); };
-    EXPECT_EQ(text(0, NamedValues::Name) + text(1, NamedValues::Name) + text(2, NamedValues::Name), "abc");
-    EXPECT_EQ(text(1, NamedValues::ChangedAt), "") << "a value that was there from the start";
-    EXPECT_EQ(text(3, NamedValues::Value) + '@' + text(3, NamedValues::ChangedAt), "3@3");
+    EXPECT_EQ(text(0, NamedValues::kName) + text(1, NamedValues::kName) + text(2, NamedValues::kName), "abc");
+    EXPECT_EQ(text(1, NamedValues::kChangedAt), "") << "a value that was there from the start";
+    EXPECT_EQ(text(3, NamedValues::kValue) + '@' + text(3, NamedValues::kChangedAt), "3@3");
 }
 
 TEST_F(BenchTest, TheEepromsRecordsAreToldWithTheirRegisters) {
@@ -183,9 +183,9 @@ TEST_F(BenchTest, ChangesBeforeTheFirstLookAreMarked) {
     ASSERT_TRUE(showParts(*window, {QStringLiteral("states")}));
     auto const* const values = part<QWidget>("states")->findChild<QTableView*>()->model();
     QModelIndexList const gamma =
-        values->match(values->index(0, NamedValues::Name), Qt::DisplayRole, "Gamma", 1, Qt::MatchExactly);
+        values->match(values->index(0, NamedValues::kName), Qt::DisplayRole, "Gamma", 1, Qt::MatchExactly);
     ASSERT_EQ(gamma.size(), 1);
-    EXPECT_EQ(gamma.first().siblingAtColumn(NamedValues::ChangedAt).data().toInt(), 4);
+    EXPECT_EQ(gamma.first().siblingAtColumn(NamedValues::kChangedAt).data().toInt(), 4);
     QStringList told;
     for (QLabel const* label : part<QWidget>("eeprom")->findChildren<QLabel*>())
         told << label->text();

@@ -98,7 +98,7 @@ TEST_F(BoundaryTest, TheLogShowsWhatTheFilterAsksForAndSavesIt) {
     host.setState("Gamma", 9);
     ASSERT_EQ(log.rowCount(), 5);
     EXPECT_EQ(log.at(3).depth, 2);
-    EXPECT_EQ(log.data(log.index(3, CallLog::Result)), QVariant("0x2A"));
+    EXPECT_EQ(log.data(log.index(3, CallLog::kResult)), QVariant("0x2A"));
     log.setFilter({.text = "0x2a", .showsInputs = true, .sources = {CallSource::Host}});
     ASSERT_EQ(log.rowCount(), 2);
     (void)host.readRegister("COARSE_INTEGRATION_TIME", "", 1);
