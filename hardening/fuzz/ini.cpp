@@ -12,7 +12,6 @@
 #include <QCoreApplication>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string_view>
 

@@ -6,6 +6,7 @@
 #include "headboard_device.h"
 
 #include <algorithm>
+#include <random>
 #include <string>
 
 using namespace kestra;

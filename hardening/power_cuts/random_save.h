@@ -4,7 +4,6 @@
 #include "headboard/record_format.h"
 #include "simulator/camera/eeprom_contents.h"
 
-#include <random>
 #include <vector>
 
 namespace power_cuts {

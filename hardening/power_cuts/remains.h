@@ -3,8 +3,6 @@
 #include "random_save.h"
 
 #include <cstdint>
-#include <optional>
-#include <string>
 #include <vector>
 
 namespace power_cuts {

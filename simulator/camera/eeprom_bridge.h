@@ -3,7 +3,6 @@
 #include "simulator/camera/headboard_bus.h"
 #include "simulator/camera/register_map.h"
 
-#include <array>
 #include <cstdint>
 #include <optional>
 

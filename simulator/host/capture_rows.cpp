@@ -1,7 +1,6 @@
 #include "simulator/host/capture_rows.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace pictara {
 namespace {

@@ -1,7 +1,6 @@
 #include "simulator/host/eeprom_bytes_table.h"
 
 #include <QApplication>
-#include <QFont>
 #include <QPalette>
 
 namespace pictara {

@@ -1,11 +1,9 @@
 #include "simulator/host/input_player.h"
 
-#include "simulator/host/boundary.h"
 #include "simulator/host/light_ranges.h"
 #include "simulator/host/session.h"
 
 #include <QCoreApplication>
-#include <QDialog>
 #include <utility>
 
 namespace pictara {

@@ -6,7 +6,6 @@
 #include <QTextStream>
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 
 namespace pictara {
 namespace {

@@ -2,7 +2,6 @@
 
 #include "simulator/host/light_matrix.h"
 #include "simulator/host/output_folder.h"
-#include "simulator/host/service_desk.h"
 #include "simulator/host/summary_lines.h"
 
 #include <QJsonValue>

@@ -1,6 +1,5 @@
 #include "simulator/host/sample_rows.h"
 
-#include <algorithm>
 #include <array>
 
 namespace pictara {

@@ -1,6 +1,7 @@
 #include "simulator/host/shading_measurement.h"
 
 #include "simulator/files/interruption.h"
+#include "simulator/host/block_means.h"
 #include "simulator/host/exposure_loop.h"
 #include "simulator/host/recorded_picture.h"
 #include "simulator/host/sensor_registers.h"

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "simulator/camera/measured_shading.h"
-#include "simulator/host/block_means.h"
 
 #include <functional>
 #include <optional>

@@ -1,5 +1,6 @@
 #include "simulator/solver/calibration.h"
 
+#include "simulator/solver/flatness.h"
 #include "simulator/solver/gain_fit.h"
 
 #include <QStringList>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "simulator/solver/block_means.h"
-#include "simulator/solver/flatness.h"
 #include "simulator/solver/register_list.h"
 
 #include <QString>

@@ -6,7 +6,6 @@
 #include <QJsonParseError>
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 namespace solver {

@@ -3,8 +3,6 @@
 #include "published/shadefit.h"
 #include "simulator/solver/layout.h"
 
-#include <QString>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>

@@ -8,7 +8,6 @@
 
 #include <QFile>
 #include <exception>
-#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>

@@ -1,3 +1,4 @@
+#include "simulator/host/block_means.h"
 #include "simulator/host/shading_file.h"
 #include "simulator/host/shading_measurement.h"
 #include "simulator/host/shading_report.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "headboard/preset_section.h"
 #include "headboard/register_record.h"
+#include "headboard/register_set.h"
 
 #include <QString>
 #include <memory>

@@ -10,12 +10,10 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QStyleFactory>
 #include <QTemporaryDir>
 #include <cstdio>
 #include <fstream>
 #include <functional>
-#include <memory>
 #include <vector>
 
 using namespace kestra;
