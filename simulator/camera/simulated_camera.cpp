@@ -293,10 +293,6 @@ std::vector<StoredRecord> SimulatedCamera::eepromRecords() const {
                   : std::vector<StoredRecord>();
 }
 
-bool SimulatedCamera::replayEeprom(QString* error) {
-    return m_implementation->replay({}, error);
-}
-
 bool SimulatedCamera::replayEeprom(QString const& recordName, QString* error) {
     return m_implementation->replay(recordName, error);
 }

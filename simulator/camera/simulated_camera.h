@@ -141,10 +141,9 @@ public:
     /// is told; none on a device that is not formatted.
     [[nodiscard]] std::vector<StoredRecord> eepromRecords() const;
     /// What a camera does at start-up: writes the register settings of the stored record of shading registers
-    /// (the first one, or the first of that name) into its registers. The EEPROM is read past the bus,
-    /// without faults and time. All is decoded and every register found before the first one is written, so
-    /// that nothing changes on failure; `error` then tells the place and the cause.
-    [[nodiscard]] bool replayEeprom(QString* error);
+    /// (the first one of that name, for a null name of all) into its registers. The EEPROM is read past the
+    /// bus, without faults and time. All is decoded and every register found before the first one is written,
+    /// so that nothing changes on failure; `error` then tells the place and the cause.
     [[nodiscard]] bool replayEeprom(QString const& recordName, QString* error);
 
     /// The EEPROM's write cycle and the bridge's transfers take time: real time, until it is made virtual.

@@ -15,8 +15,6 @@ constexpr QSize kPreferredSize(960, 540);
 constexpr QSize kSmallestSize(320, 180);
 constexpr QColor kGround(48, 48, 48);
 constexpr double kMapOpacity = 0.6;
-constexpr double kSmallestEnd = 2; // so that a good picture does not look like a bad one
-constexpr double kSlack = 1.5;     // so that noise about a whole number does not move the end to and fro
 constexpr double kWheelStep = 1.15;
 constexpr double kLeastScale = 0.05, kGreatestScale = 16;
 constexpr QSize kLegend(140, 12);
@@ -62,8 +60,7 @@ void LiveView::setPicture(QImage const& picture) {
 
 void LiveView::setUniformity(DisplayBlocks const& blocks, int skippedRows) {
     m_largest = blocks.largest;
-    if (m_largest > m_end || m_largest < m_end - kSlack)
-        m_end = std::max(kSmallestEnd, std::ceil(m_largest));
+    m_end = nextColourEnd(m_end, m_largest);
     QPixmap const map = QPixmap::fromImage(uniformityMap(blocks, m_end));
     m_map->setPixmap(map);
     QSizeF const size = m_picture->boundingRect().size();

@@ -15,11 +15,8 @@ public:
     explicit LiveView(QWidget* parent = nullptr);
     /// Keeps no share of the picture, whose memory is to be drawn into again.
     void setPicture(QImage const& picture);
-    /// Lays the deviations over the picture below so many rows at its top. The colours' end follows the
-    /// largest deviation up at once, and down only when that is well below.
+    /// Lays the deviations over the picture below so many rows at its top.
     void setUniformity(DisplayBlocks const& blocks, int skippedRows);
-    /// The deviation at which the map's colours end.
-    [[nodiscard]] double uniformityEnd() const { return m_end; }
 
     void showUniformity(bool isShown);
     [[nodiscard]] bool isUniformityShown() const;

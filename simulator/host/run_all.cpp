@@ -30,6 +30,12 @@ bool hasSolution(QStringList const& texts) {
     return status == QLatin1String("Done.") || status.startsWith(QLatin1String("YCbCr calibration."));
 }
 
+// A run has nothing left to do but to save to the EEPROM.
+bool isSavingToEepromNext(QStringList const& texts) {
+    static QString const open = QStringLiteral("Not done yet.");
+    return hasSolution(texts) && texts.value(kFileSave) != open && texts.value(kEepromSave) == open;
+}
+
 } // namespace
 
 RunDriver::RunDriver(DialogPage const& page, std::function<void()> deliverFrame, int framesPerTick,
@@ -134,11 +140,6 @@ bool isSaved(QStringList const& texts, bool hasEeprom) {
     QString const eeprom = texts.value(kEepromSave);
     return texts.value(kFileSave).startsWith(QLatin1String("Done: ")) &&
            (hasEeprom ? eeprom == QLatin1String("Done.") : eeprom.startsWith(QLatin1String("No EEPROM.")));
-}
-
-bool isSavingToEepromNext(QStringList const& texts) {
-    static QString const open = QStringLiteral("Not done yet.");
-    return hasSolution(texts) && texts.value(kFileSave) != open && texts.value(kEepromSave) == open;
 }
 
 } // namespace pictara

@@ -77,7 +77,4 @@ private:
 /// True when both saves show that they are done; without an EEPROM the last one shows that there is none.
 [[nodiscard]] bool isSaved(QStringList const& statusTexts, bool hasEeprom);
 
-/// True when a run has nothing left to do but to save to the EEPROM.
-[[nodiscard]] bool isSavingToEepromNext(QStringList const& statusTexts);
-
 } // namespace pictara

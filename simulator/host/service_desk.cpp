@@ -34,11 +34,8 @@ QByteArray iniFileSetting(QString const& iniFile) {
 }
 
 struct ServiceFunctions {
-    template <size_t Slot>
-    static void ignore() {
-        if (current)
-            ++current->m_ignoredCalls[Slot];
-    }
+    // For the slots that this host has no use for.
+    static void ignore() {}
 
     static uint32_t readRegister(char const* reg, char const* bitfield, uint32_t) {
         return current && reg ? current->m_registers.read(reg, textOrEmpty(bitfield)) : 0;
@@ -70,10 +67,10 @@ struct ServiceFunctions {
             qWarning("pictara: the device 0x%X does not take a byte at 0x%X", device, address);
     }
 
-    // This host marks no registers and locks nothing while a dialog of the plug-in is open.
-    static void announceRegister(char const*, uint32_t, uint32_t) { ignore<7>(); }
-    static void modalDialog(uint32_t) { ignore<8>(); }
-    static void setupAnalysis(uint32_t, uint32_t, uint32_t, uint32_t, uint32_t) { ignore<23>(); }
+    // This host marks no registers, locks nothing while a dialog of the plug-in is open and analyses nothing.
+    static void announceRegister(char const*, uint32_t, uint32_t) {}
+    static void modalDialog(uint32_t) {}
+    static void setupAnalysis(uint32_t, uint32_t, uint32_t, uint32_t, uint32_t) {}
 
     static int32_t readState(char const* variable) {
         return current && variable ? current->m_states.read(variable) : 0;
@@ -157,42 +154,42 @@ ServiceDesk::~ServiceDesk() {
 
 HostServices const& ServiceDesk::table() {
     using F = ServiceFunctions;
-    static constexpr HostServices services = {
+    static constexpr HostServices kServices = {
         .readRegister = F::readRegister,
-        .slot1 = F::ignore<1>,
+        .slot1 = F::ignore,
         .writeRegister = F::writeRegister,
         .writeListEntry = F::writeListEntry,
         .readBusByte = F::readBusByte,
         .writeBusByte = F::writeBusByte,
-        .slot6 = F::ignore<6>,
+        .slot6 = F::ignore,
         .announceRegister = F::announceRegister,
         .modalDialog = F::modalDialog,
         .readState = F::readState,
         .setState = F::setState,
-        .slot11 = F::ignore<11>,
-        .slot12 = F::ignore<12>,
-        .slot13 = F::ignore<13>,
+        .slot11 = F::ignore,
+        .slot12 = F::ignore,
+        .slot13 = F::ignore,
         .readOption = F::readOption,
         .writeOption = F::writeOption,
         .applyPreset = F::applyPreset,
-        .slot17 = F::ignore<17>,
+        .slot17 = F::ignore,
         .readIntSetting = F::readIntSetting,
         .writeIntSetting = F::writeIntSetting,
         .readTextSetting = F::readTextSetting,
         .writeTextSetting = F::writeTextSetting,
-        .slot22 = F::ignore<22>,
+        .slot22 = F::ignore,
         .setupAnalysis = F::setupAnalysis,
-        .slot24 = F::ignore<24>,
+        .slot24 = F::ignore,
         .beginChanges = F::beginChanges,
         .endChanges = F::endChanges,
-        .slot27 = F::ignore<27>,
-        .slot28 = F::ignore<28>,
-        .slot29 = F::ignore<29>,
-        .slot30 = F::ignore<30>,
-        .slot31 = F::ignore<31>,
-        .slot32 = F::ignore<32>,
+        .slot27 = F::ignore,
+        .slot28 = F::ignore,
+        .slot29 = F::ignore,
+        .slot30 = F::ignore,
+        .slot31 = F::ignore,
+        .slot32 = F::ignore,
     };
-    return services;
+    return kServices;
 }
 
 } // namespace pictara

@@ -6,7 +6,6 @@
 #include "simulator/host/state_variables.h"
 
 #include <QString>
-#include <array>
 #include <map>
 #include <utility>
 
@@ -35,8 +34,6 @@ public:
     [[nodiscard]] std::map<std::pair<uint32_t, uint32_t>, uint32_t> const& listEntries() const {
         return m_listEntries;
     }
-    /// Calls of the slots that this host has no use for, by slot.
-    [[nodiscard]] std::array<uint32_t, 33> const& ignoredCalls() const { return m_ignoredCalls; }
 
 private:
     friend struct ServiceFunctions;
@@ -48,7 +45,6 @@ private:
     std::map<QByteArray, QByteArray> m_options; ///< what the plug-in was answered
     uint64_t m_listEntriesWritten = 0;
     std::map<std::pair<uint32_t, uint32_t>, uint32_t> m_listEntries;
-    std::array<uint32_t, 33> m_ignoredCalls{};
 };
 
 } // namespace pictara

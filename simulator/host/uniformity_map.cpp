@@ -29,6 +29,13 @@ QGradientStops deviationColours() {
             {1, QColor(253, 231, 37)}};
 }
 
+double nextColourEnd(double present, double largest) {
+    constexpr double kSmallestEnd = 2; // so that a good picture does not look like a bad one
+    constexpr double kSlack = 1.5;     // so that noise about a whole number does not move the end to and fro
+    bool const isKept = largest <= present && largest >= present - kSlack;
+    return isKept ? present : std::max(kSmallestEnd, std::ceil(largest));
+}
+
 QImage uniformityMap(DisplayBlocks const& blocks, double end) {
     static QVector<QRgb> const colours = colourTable();
     if (blocks.deviations.empty())

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <span>
 
 namespace solver {
 
@@ -72,6 +73,28 @@ void collectRow(unsigned char const* row, ComponentSampling const& component, Fr
     }
 }
 
+/// Mean of the samples that lie within the noise around their median: hot and dead pixels and specks of dust
+/// do not count. `samples` is reordered and must not be empty.
+double robustMean(std::span<uint16_t> samples) {
+    auto const middle = samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2);
+    std::nth_element(samples.begin(), middle, samples.end());
+    int const median = *middle;
+    std::vector<uint16_t> deviations(samples.size());
+    std::transform(samples.begin(), samples.end(), deviations.begin(),
+                   [&](uint16_t sample) { return static_cast<uint16_t>(std::abs(sample - median)); });
+    auto const middleDeviation = deviations.begin() + (middle - samples.begin());
+    std::nth_element(deviations.begin(), middleDeviation, deviations.end());
+    double const limit = kNoiseLimit * kSigmaPerMad * *middleDeviation + kQuantisation;
+    int64_t sum = 0;
+    int64_t count = 0;
+    for (uint16_t const sample : samples) {
+        bool const counts = std::abs(sample - median) <= limit;
+        sum += counts ? sample : 0;
+        count += counts ? 1 : 0;
+    }
+    return static_cast<double>(sum) / static_cast<double>(count);
+}
+
 /// Reduces a block row's samples to their means and empties it.
 struct RowReduction {
     ComponentMeans& means;
@@ -94,50 +117,7 @@ struct RowReduction {
     }
 };
 
-/// Sets every mean to a linear function of itself.
-void rescale(ComponentMeans& component, double zero, double span) {
-    for (double& mean : component.mean)
-        mean = (mean - zero) / span;
-}
-
-BlockMeans planesOf(BlockGrid const& grid, ComponentMeans const& red, ComponentMeans const& green,
-                    ComponentMeans const& blue) {
-    BlockMeans means{grid.columns(), grid.rows(), {}};
-    means.planes[kRed] = red;
-    means.planes[kGreenRed] = means.planes[kGreenBlue] = green;
-    means.planes[kBlue] = blue;
-    return means;
-}
-
-} // namespace
-
-BlockGrid::BlockGrid(Geometry const& array) {
-    int const columns = std::min(array.width / kSmallestBlock, kMostColumns);
-    int const square = std::max(array.width / columns, kSmallestBlock);
-    columnEdges = evenEdges(array.width, columns);
-    rowEdges = evenEdges(array.height, std::clamp(array.height / square, 6, kMostColumns));
-}
-
-double robustMean(std::span<uint16_t> samples) {
-    auto const middle = samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2);
-    std::nth_element(samples.begin(), middle, samples.end());
-    int const median = *middle;
-    std::vector<uint16_t> deviations(samples.size());
-    std::transform(samples.begin(), samples.end(), deviations.begin(),
-                   [&](uint16_t sample) { return static_cast<uint16_t>(std::abs(sample - median)); });
-    auto const middleDeviation = deviations.begin() + (middle - samples.begin());
-    std::nth_element(deviations.begin(), middleDeviation, deviations.end());
-    double const limit = kNoiseLimit * kSigmaPerMad * *middleDeviation + kQuantisation;
-    int64_t sum = 0;
-    int64_t count = 0;
-    for (uint16_t const sample : samples) {
-        bool const counts = std::abs(sample - median) <= limit;
-        sum += counts ? sample : 0;
-        count += counts ? 1 : 0;
-    }
-    return static_cast<double>(sum) / static_cast<double>(count);
-}
-
+/// Reads a frame of the array's size once, in memory order, into the means of each component.
 std::vector<ComponentMeans> readBlocks(void const* frame, Geometry const& array, BlockGrid const& grid,
                                        FrameSampling const& sampling, double whiteLevel) {
     auto const columnEdges = deliveredEdges(grid.columnEdges, sampling.mirrored);
@@ -170,6 +150,30 @@ std::vector<ComponentMeans> readBlocks(void const* frame, Geometry const& array,
         means[i].clippedShare =
             static_cast<double>(reductions[i].clipped) / static_cast<double>(reductions[i].samples);
     return means;
+}
+
+/// Sets every mean to a linear function of itself.
+void rescale(ComponentMeans& component, double zero, double span) {
+    for (double& mean : component.mean)
+        mean = (mean - zero) / span;
+}
+
+BlockMeans planesOf(BlockGrid const& grid, ComponentMeans const& red, ComponentMeans const& green,
+                    ComponentMeans const& blue) {
+    BlockMeans means{grid.columns(), grid.rows(), {}};
+    means.planes[kRed] = red;
+    means.planes[kGreenRed] = means.planes[kGreenBlue] = green;
+    means.planes[kBlue] = blue;
+    return means;
+}
+
+} // namespace
+
+BlockGrid::BlockGrid(Geometry const& array) {
+    int const columns = std::min(array.width / kSmallestBlock, kMostColumns);
+    int const square = std::max(array.width / columns, kSmallestBlock);
+    columnEdges = evenEdges(array.width, columns);
+    rowEdges = evenEdges(array.height, std::clamp(array.height / square, 6, kMostColumns));
 }
 
 BlockMeans readRaw(void const* frame, SensorLayout const& layout, FrameSampling const& sampling) {

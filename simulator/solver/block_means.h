@@ -5,7 +5,6 @@
 #include "simulator/solver/planes.h"
 #include "simulator/solver/sampling.h"
 
-#include <span>
 #include <vector>
 
 namespace solver {
@@ -32,15 +31,6 @@ struct ComponentMeans {
     std::vector<double> clipped; ///< share of each block's samples that lie at or above the white level
     double clippedShare = 0;     ///< the same of all samples
 };
-
-/// Mean of the samples that lie within the noise around their median: hot and dead pixels and specks of dust
-/// do not count. `samples` is reordered and must not be empty.
-[[nodiscard]] double robustMean(std::span<uint16_t> samples);
-
-/// Reads a frame of the array's size once, in memory order, into the means of each component.
-[[nodiscard]] std::vector<ComponentMeans> readBlocks(void const* frame, Geometry const& array,
-                                                     BlockGrid const& grid, FrameSampling const& sampling,
-                                                     double whiteLevel);
 
 /// The four planes of a frame as the fit takes them: means above black level, 1 = white level.
 struct BlockMeans {

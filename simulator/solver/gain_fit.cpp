@@ -168,17 +168,18 @@ BankCoefficients quantise(PerPlane<Terms> const& coefficients, double factor) {
     return bank;
 }
 
-} // namespace
-
-double Target::luminance(double relativeRadius) const {
-    return 1 - (1 - cornerLuminance) * relativeRadius * relativeRadius;
-}
-
+/// The gain that a bank gives at a position in u and v.
 double gainAt(PlaneCoefficients const& coefficients, double u, double v) {
     Terms values;
     for (int i = 0; i < kTerms; ++i)
         values(i) = fromBinary16(coefficients[static_cast<size_t>(i)]);
     return values.dot(monomialTerms(u, v));
+}
+
+} // namespace
+
+double Target::luminance(double relativeRadius) const {
+    return 1 - (1 - cornerLuminance) * relativeRadius * relativeRadius;
 }
 
 BlockMeans corrected(BlockMeans const& means, Geometry const& array, BankCoefficients const& correction) {

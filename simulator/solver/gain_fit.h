@@ -22,9 +22,6 @@ struct Target {
     [[nodiscard]] double luminance(double relativeRadius) const;
 };
 
-/// The gain that a bank gives at a position in u and v.
-[[nodiscard]] double gainAt(PlaneCoefficients const& coefficients, double u, double v);
-
 /// The image that is left after a correction, as far as block means tell.
 [[nodiscard]] BlockMeans corrected(BlockMeans const& means, Geometry const& array,
                                    BankCoefficients const& correction);

@@ -179,8 +179,8 @@ TEST(EepromFile, CameraWithoutEepromSaysSoAndTouchesNoFile) {
     Camera const camera = openChanged(R"({"eeprom": {"kind": "none"}})");
     EXPECT_FALSE(camera->hasEeprom());
     QString const name = files.write(QStringLiteral("e"), "kept");
-    for (bool const answer :
-         {camera->loadEeprom(name, &error), camera->saveEeprom(name, &error), camera->replayEeprom(&error)}) {
+    for (bool const answer : {camera->loadEeprom(name, &error), camera->saveEeprom(name, &error),
+                              camera->replayEeprom({}, &error)}) {
         EXPECT_FALSE(answer);
         EXPECT_EQ(error, QStringLiteral("the camera has no EEPROM"));
     }

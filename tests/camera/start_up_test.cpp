@@ -53,7 +53,7 @@ TEST(StartUp, WritesEntriesOfEveryKindInTheirOrder) {
     Camera const camera = openRaw();
     programContents(*camera, device(kPolynomial));
     QString error;
-    ASSERT_TRUE(camera->replayEeprom(&error)) << qPrintable(error);
+    ASSERT_TRUE(camera->replayEeprom({}, &error)) << qPrintable(error);
     EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 0x3E00U);
     EXPECT_EQ(readRegister(*camera, "P_GR_P0Q1"), 0x1234U);
     EXPECT_EQ(readRegister(*camera, "P_RD_P0Q0"), 0x4000U);
@@ -83,7 +83,7 @@ TEST(StartUp, ShortEntriesHoldPageOrDriver) {
         Camera const camera = openProfile(row.profile);
         programContents(*camera, device(shadingRecord("DEFAULT", row.block)));
         QString error;
-        ASSERT_TRUE(camera->replayEeprom(&error)) << row.profile << qPrintable(error);
+        ASSERT_TRUE(camera->replayEeprom({}, &error)) << row.profile << qPrintable(error);
         for (auto const& [name, value] : row.registers)
             EXPECT_EQ(readRegister(*camera, name), value) << name;
     }
@@ -97,7 +97,7 @@ TEST(StartUp, TakesTheFirstRecordOrTheNamedOneBehindOthers) {
                            shadingRecord("FIRST", setting(1)) + shadingRecord("NINECHARS", setting(2)) +
                            shadingRecord("LAST", setting(3))));
     QString error;
-    ASSERT_TRUE(camera->replayEeprom(&error)) << qPrintable(error);
+    ASSERT_TRUE(camera->replayEeprom({}, &error)) << qPrintable(error);
     EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 1U);
     ASSERT_TRUE(camera->replayEeprom(QStringLiteral("last"), &error)) << qPrintable(error);
     EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 3U);
@@ -142,7 +142,7 @@ TEST(StartUp, MalformedContentsChangeNothing) {
         Camera const camera = openRaw();
         programContents(*camera, row.contents);
         QString error;
-        EXPECT_FALSE(camera->replayEeprom(&error));
+        EXPECT_FALSE(camera->replayEeprom({}, &error));
         EXPECT_TRUE(error.startsWith(QLatin1String(row.message))) << qPrintable(error);
         EXPECT_EQ(camera->registerWrites(), 0U);
     }
@@ -159,7 +159,7 @@ TEST(StartUp, NoByteOfARecordLeadsTheDecoderAstray) {
             contents[i] = char(value);
             QString error;
             ASSERT_TRUE(camera->loadEeprom(files.write(QStringLiteral("contents"), contents), &error));
-            bool const isDone = camera->replayEeprom(&error);
+            bool const isDone = camera->replayEeprom({}, &error);
             EXPECT_EQ(isDone, error.isEmpty()) << i << ' ' << value;
         }
     }

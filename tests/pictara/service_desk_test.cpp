@@ -3,7 +3,6 @@
 #include "tests/support/camera_under_test.h"
 
 #include <QTemporaryDir>
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace pictara {
@@ -94,17 +93,6 @@ TEST_F(ServiceDeskTest, ReachesTheBusAtTheWidthsOfEachCall) {
     EXPECT_EQ(host.readBusByte(0xA8, 0x1FF, 16, 16), 0U);
     EXPECT_EQ(host.readBusByte(0xA8, 0x1FF, 16, 8), 0x5AU) << "widths were left over from another call";
     EXPECT_EQ(host.readBusByte(0xB0, 0x1FF, 16, 8), 0U);
-}
-
-TEST_F(ServiceDeskTest, IgnoresWhatItHasNoUseFor) {
-    HostServices::Unused functions[33];
-    static_assert(sizeof functions == sizeof host);
-    std::memcpy(functions, &host, sizeof functions);
-    for (int const slot : {1, 6, 11, 12, 13, 17, 22, 24, 27, 28, 29, 30, 31, 32}) {
-        ASSERT_NE(functions[slot], nullptr) << slot;
-        functions[slot]();
-        EXPECT_EQ(desk.ignoredCalls()[size_t(slot)], 1U) << slot;
-    }
 }
 
 TEST(SettingsStore, KeepsAnyTextForTheNextSitting) {

@@ -71,9 +71,6 @@ struct CameraServiceFunctions {
     static void writeTextSetting(char const* key, char const* value) {
         current->store(settingKey(key), value);
     }
-
-    static void beginChanges() { ++current->m_openChangeGroups; }
-    static void endChanges() { --current->m_openChangeGroups; }
 };
 
 CameraServices::CameraServices(vy_Camera* camera, QString const& settingsFile)
@@ -94,8 +91,6 @@ HostServices CameraServices::table() {
     services.writeOption = F::writeOption;
     services.readTextSetting = F::readTextSetting;
     services.writeTextSetting = F::writeTextSetting;
-    services.beginChanges = F::beginChanges;
-    services.endChanges = F::endChanges;
     return services;
 }
 

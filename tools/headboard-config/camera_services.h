@@ -17,9 +17,6 @@ public:
 
     [[nodiscard]] static HostServices table();
 
-    /// Groups of changes that were begun and not ended; 0 while no routine runs.
-    [[nodiscard]] int openChangeGroups() const { return m_openChangeGroups; }
-
 private:
     friend struct CameraServiceFunctions;
     [[nodiscard]] QByteArray stored(QString const& key, QByteArray const& fallback) const;
@@ -28,5 +25,4 @@ private:
     vy_Camera* m_camera;
     QSettings m_store;
     std::map<QByteArray, QByteArray> m_options; ///< texts that were handed out
-    int m_openChangeGroups = 0;
 };

@@ -19,7 +19,6 @@ public:
     Session& operator=(Session const&) = delete;
 
     [[nodiscard]] simulator::SimulatedCamera& camera() { return *m_camera; }
-    [[nodiscard]] CameraServices const& services() const { return m_services; }
     [[nodiscard]] QWidget& window() { return m_window; }
     [[nodiscard]] Config& page() { return *m_page; }
 
