@@ -160,6 +160,8 @@ class Seeds:
         profile = json.loads((programs.folder / f"profiles/{base}.json").read_text())
         profile.setdefault("array", {}).update(_SMALL)
         profile.setdefault("layout", {}).update(_SMALL)
+        # So few pixels do not average the noise away; beyond the dialog's limit a run would not end well.
+        profile.setdefault("readOut", {}).update({"electronsPerCount": 50, "readNoise": 0})
         return self._write(f"small-{base}.json", json.dumps(profile, indent=1))
 
     def _make(self, programs, words):
