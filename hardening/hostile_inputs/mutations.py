@@ -1,5 +1,6 @@
 """Makes hostile files: a good one changed at places that a random generator chooses, and things that are no files."""
 
+import copy
 import json
 import os
 import re
@@ -102,7 +103,7 @@ def _json(random, data):
             except (ValueError, RecursionError):
                 holder[key] = None
         else:
-            holder[key] = random.choice(_VALUES)
+            holder[key] = copy.deepcopy(random.choice(_VALUES))  # the next change may be made inside
     return json.dumps(whole).encode()
 
 
