@@ -4,8 +4,10 @@
 #include "wizard/dialogs.h"
 
 #include <QApplication>
+#include <QGroupBox>
 #include <QKeyEvent>
 #include <QMetaMethod>
+#include <QTranslator>
 #include <stdexcept>
 
 using namespace kestra;
@@ -50,6 +52,64 @@ TEST_P(PageContract, DeclaresItsSignalAndSlotsInTheHostsOrder) {
               "OnBnClickedGraph() OnBnClickedCU() OnBnClickedRunall() OnBnClickedBrowse() "
               "OnCbnSelchangePromLabel(QString) OnCbnEditchangePromLabel(QString) "
               "OnEnChangeGoodcu(QString) OnEnChangeSavedir(QString) OnBnClickedEnableLC() OnUpdateStatus() ");
+}
+
+// The form of the steps is one for all pages; what a page makes of it is its own.
+TEST_P(PageContract, FormsTextsAreTranslatedInThePagesContext) {
+    struct ContextTeller : QTranslator {
+        [[nodiscard]] bool isEmpty() const override { return false; }
+        QString translate(char const* context, char const*, char const*, int) const override {
+            return QString::fromLatin1(context);
+        }
+    } teller;
+    QApplication::installTranslator(&teller);
+    remake();
+    QApplication::removeTranslator(&teller);
+    EXPECT_EQ(page->windowTitle().toStdString(), GetParam().name);
+    for (QGroupBox const* const box : page->findChildren<QGroupBox*>())
+        EXPECT_EQ(box->title().toStdString(), GetParam().name) << box->objectName().toStdString();
+    for (QPushButton const* const button : page->findChildren<QPushButton*>())
+        EXPECT_EQ(button->text().toStdString(), GetParam().name) << button->objectName().toStdString();
+}
+
+TEST_P(PageContract, StepsFollowEachOtherToTheEyeAndTheTabKeyEachBesideItsBullets) {
+    open();
+    wizard->show();
+    QList<QGroupBox*> const boxes = page->findChildren<QGroupBox*>();
+    ASSERT_EQ(boxes.size(), GetParam().captureRows.empty() ? 5 : 6);
+    int bottom = widget<QPushButton>("Run_All")->geometry().bottom();
+    for (int i = 0; i < boxes.size(); ++i) {
+        EXPECT_TRUE(boxes[i]->title().startsWith(QStringLiteral("%1. ").arg(i + 1)));
+        EXPECT_GT(boxes[i]->y(), bottom);
+        bottom = boxes[i]->geometry().bottom();
+    }
+    EXPECT_LT(bottom, page->height());
+
+    int last = 0;
+    for (QWidget* next = page->nextInFocusChain(); next != page; next = next->nextInFocusChain()) {
+        auto* const box = qobject_cast<QGroupBox*>(next->parentWidget());
+        if (!box || !(next->focusPolicy() & Qt::TabFocus))
+            continue;
+        EXPECT_GE(boxes.indexOf(box), last) << next->objectName().toStdString();
+        last = boxes.indexOf(box);
+    }
+
+    std::vector<std::pair<std::string, std::string>> rows = {{"Setup_Bullet", "LensCalibSetup"},
+                                                             {"AE_Bullet", "AE"},
+                                                             {"AWB_Bullet", "AWB"},
+                                                             {"Calibrate_Bullet", "Calibrate"},
+                                                             {"CU_Bullet", "ColorUniformity"},
+                                                             {"FileSave_Bullet", "File_Save"},
+                                                             {"PromSave_Bullet", "Prom_Save"}};
+    for (std::string const row : GetParam().captureRows)
+        rows.emplace_back(row + "_Bullet", row + "_Image");
+    for (auto const& [bullet, button] : rows) {
+        auto const middle = [&](std::string const& name) {
+            auto const* const part = widget<QWidget>(name.c_str());
+            return part->mapTo(page, part->rect().center()).y();
+        };
+        EXPECT_NEAR(middle(bullet), middle(button), widget<QLabel>(bullet.c_str())->height() / 2) << bullet;
+    }
 }
 
 TEST_P(PageContract, NoKeyStartsOrHidesAnything) {
