@@ -13,6 +13,7 @@
 #include "common/numbers.h"
 #include "headboard/register_record.h"
 #include "hoststate/pipeline.h"
+#include "ui_capture_rows.h"
 #include "ui_lens_assist_apga.h"
 
 #include <QCoreApplication>
@@ -32,6 +33,50 @@ constexpr int32_t kLibraryMinusOne = -1;
 constexpr double kThousandths = 1000.0;
 // Written before a solution's registers.
 constexpr sf_RegEntry kSelectWrite = {.first = 0, .second = 0x098E, .third = 0};
+
+// Moves the steps together, on the page and among its bullets, and puts the capture rows between them.
+void placeCaptureRows(Ui::LensAssistApga const& steps, Ui::LensAssistApgaCaptureRows const& rows) {
+    struct Place {
+        QWidget* widget;
+        int top;
+        int height;
+    };
+    for (Place const& place :
+         {Place{steps.Run_All, 6, 30}, Place{steps.Start_Over, 6, 30}, Place{steps.groupBox, 40, 62},
+          Place{steps.groupBox_2, 105, 94}, Place{steps.groupBox_3, 331, 164},
+          Place{steps.groupBox_4, 498, 94}, Place{steps.groupBox_5, 595, 94},
+          Place{steps.layoutWidget, 48, 631}, Place{steps.Version_APGA, 690, 40}})
+        place.widget->setGeometry(place.widget->x(), place.top, place.widget->width(), place.height);
+    for (QGridLayout* const grid : {steps.adjustGrid, steps.calibrateGrid, steps.fileGrid, steps.eepromGrid})
+        grid->setContentsMargins(10, 1, 10, 2);
+
+    std::pair<QSpacerItem*, int> const spacers[] = {
+        {steps.above_Setup_Bullet, 23},      {steps.above_AE_Bullet, 43}, {steps.above_AWB_Bullet, 9},
+        {steps.above_Calibrate_Bullet, 110}, {steps.above_CU_Bullet, 10}, {steps.above_FileSave_Bullet, 79},
+        {steps.above_PromSave_Bullet, 75}};
+    constexpr int kBulletWidth = 22;
+    for (auto const& [spacer, height] : spacers)
+        spacer->changeSize(kBulletWidth, height, QSizePolicy::Minimum, QSizePolicy::Fixed);
+    // Screen readers and the Tab key go as the eye does: children and focus follow the place on the page.
+    rows.groupBox_6->stackUnder(steps.groupBox_3);
+    QVBoxLayout* const column = steps.verticalLayout_2;
+    int index = column->indexOf(steps.AWB_Bullet);
+    std::pair<QLabel*, int> const bullets[] = {
+        {rows.Incandescent_Bullet, 44}, {rows.Fluorescent_Bullet, 9}, {rows.Daylight_Bullet, 9}};
+    for (auto const& [bullet, above] : bullets) {
+        column->insertSpacerItem(
+            ++index, new QSpacerItem(kBulletWidth, above, QSizePolicy::Minimum, QSizePolicy::Fixed));
+        column->insertWidget(++index, bullet);
+        bullet->stackUnder(steps.Calibrate_Bullet);
+    }
+    QWidget* previous = steps.AWB;
+    for (QWidget* const next : std::initializer_list<QWidget*>{
+             rows.Incandescent_Image, rows.Incandescent_Temp, rows.Fluorescent_Image, rows.Fluorescent_Temp,
+             rows.Daylight_Image, rows.Daylight_Temp}) {
+        QWidget::setTabOrder(previous, next);
+        previous = next;
+    }
+}
 
 } // namespace
 
@@ -292,15 +337,18 @@ LensAssistApga::LensAssistApga(QWidget* parent, SensorRecord const& sensor, Host
 
 LensAssistApga::LensAssistApga(QWidget* parent, std::shared_ptr<LensAssistApgaFlow> flow, Wizard* wizard)
     : CalibrationPage(parent, flow), m_flow(std::move(flow)) {
-    Ui::LensAssistApga form;
-    form.setupUi(this);
-    build(form, form.Version_APGA, wizard);
-    m_flow->captureDisplay().bind(form);
-    connect(form.Incandescent_Image, &QPushButton::clicked, this,
+    Ui::LensAssistApga steps;
+    steps.setupUi(this);
+    Ui::LensAssistApgaCaptureRows rows;
+    rows.setupUi(this);
+    placeCaptureRows(steps, rows);
+    build(steps, steps.Version_APGA, wizard);
+    m_flow->captureDisplay().bind(rows);
+    connect(rows.Incandescent_Image, &QPushButton::clicked, this,
             &LensAssistApga::OnBnClickedIncandescent_Image);
-    connect(form.Fluorescent_Image, &QPushButton::clicked, this,
+    connect(rows.Fluorescent_Image, &QPushButton::clicked, this,
             &LensAssistApga::OnBnClickedFluorescent_Image);
-    connect(form.Daylight_Image, &QPushButton::clicked, this, &LensAssistApga::OnBnClickedDaylight_Image);
+    connect(rows.Daylight_Image, &QPushButton::clicked, this, &LensAssistApga::OnBnClickedDaylight_Image);
 }
 
 void LensAssistApga::setMode(PgaMode mode) {

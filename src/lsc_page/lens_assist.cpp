@@ -162,5 +162,11 @@ LensAssist::LensAssist(QWidget* parent, SensorRecord const& sensor, HostServices
     : CalibrationPage(parent, std::make_shared<LensAssistFlow>(sensor, services, eepromSlot)) {
     Ui::LensAssist form;
     form.setupUi(this);
+    // This page alone has the bar; no step drives it.
+    auto* const bar = new QProgressBar(form.groupBox);
+    bar->setObjectName(QStringLiteral("Lens_Calib_progressBar"));
+    bar->setVisible(false);
+    bar->setValue(0);
+    form.setupGrid->addWidget(bar, 0, 2);
     build(form, form.Version_Lens, wizard);
 }
