@@ -42,11 +42,11 @@ public:
         FakeHeadboard const& board = m_libraries.headboard;
         int64_t const least = leastTransfers(eeprom->state, moved, 0, end, transfer);
         int64_t const before = board.operations;
-        auto const start = board.now;
+        auto const start = board.clock.now();
         if (operation() != kEepromOk)
             std::abort(); // the simulated device does not fail
         return {m_way.name, what, double(board.operations - before), double(least),
-                std::chrono::duration<double>(board.now - start).count()};
+                std::chrono::duration<double>(board.clock.now() - start).count()};
     }
 
     HeadboardEeprom eeprom;

@@ -39,11 +39,11 @@ private:
     void remove(uint8_t type, int32_t n);
     void flush();
     [[nodiscard]] Bytes known() const;
-    [[nodiscard]] bool isFaulty() const { return m_board.fault != DeviceFault::None; }
 
     FakeHeadboard& m_board;
     HeadboardEeprom m_eeprom;
     Path m_path;
+    DeviceFault m_fault;
 };
 
 // A reader of its own, so that it can disagree with the one under test.
@@ -83,14 +83,13 @@ Bytes Session::known() const {
 Session::Session(FakeHeadboard& board, InputReader& input)
     : m_board(board),
       m_path(std::array{kRaw, kRaw, kRaw, kRaw, kRaw, kRaw, kBus, kBridge}[input.byte() % 8]) {
-    constexpr DeviceFault kFaults[] = {DeviceFault::None,         DeviceFault::None,
-                                       DeviceFault::NoAnswer,     DeviceFault::Failure,
-                                       DeviceFault::IgnoredWrite, DeviceFault::BusyForEver};
-    board.fault = input.pick(kFaults);
-    board.faultLasts = input.chance(2);
-    board.faultAt = input.byte();
-    board.operations = 0;
-    board.now += std::chrono::seconds(1); // the cycle of an earlier write is over
+    constexpr DeviceFault kFaults[] = {DeviceFault::None,          DeviceFault::None,
+                                       DeviceFault::NoAcknowledge, DeviceFault::TransportFailed,
+                                       DeviceFault::IgnoredWrite,  DeviceFault::BusyForEver};
+    m_fault = input.pick(kFaults);
+    bool const lasts = input.chance(2);
+    board.plan(m_fault, input.byte(), lasts);
+    board.clock.advance(std::chrono::seconds(1)); // the cycle of an earlier write is over
     board.registers.clear();
     if (m_path == kBridge)
         board.addBridge();
@@ -98,7 +97,7 @@ Session::Session(FakeHeadboard& board, InputReader& input)
         board.add("DMA_CTRL", 0, 0, 0x3110, 2);
     description.sensorKind = m_path == kRaw ? 33 : 71;
     description.registerAddressWidth = description.registerDataWidth = 16;
-    m_eeprom = HeadboardEepromCreate(reinterpret_cast<vy_Camera*>(&board));
+    m_eeprom = HeadboardEepromCreate(board.camera());
 }
 
 void Session::readAll() {
@@ -129,7 +128,7 @@ void Session::append(EepromRecord const& record) {
     if (status == kEepromOk)
         expected->emplace_back(record.bytes().begin(), record.bytes().end());
     else
-        MUST_HOLD(status == kEepromNoRoom || isFaulty() || !expected);
+        MUST_HOLD(status == kEepromNoRoom || m_fault != DeviceFault::None || !expected);
     MUST_HOLD(chainOf(known()) == expected);
 }
 
@@ -173,7 +172,7 @@ void Session::flush() {
     bool const isVerified = isWritten && HeadboardEepromVerify(m_eeprom, 0, -1) == kEepromOk;
     // The bridge writes one byte of two, a pair of the bus path may wrap in a page of the device, and a
     // device may ignore a write: there only reading again tells.
-    bool const flushTells = m_path == kRaw && m_board.fault != DeviceFault::IgnoredWrite;
+    bool const flushTells = m_path == kRaw && m_fault != DeviceFault::IgnoredWrite;
     if (isVerified || (isWritten && flushTells))
         MUST_HOLD(std::equal(wanted.begin(), wanted.end() - 1, m_board.device.begin()));
 }
@@ -228,7 +227,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     std::vector<std::array<uint8_t, 4>> steps(1 + input.byte() % 4);
     for (std::array<uint8_t, 4>& step : steps)
         step = {input.byte(), input.byte(), input.byte(), input.byte()};
-    std::fill(board.device.begin(), board.device.end(), uint8_t{0xFF});
+    board.device.fill(0xFF);
     auto const content = input.rest(board.registers.empty() ? 1024 : 64);
     std::copy(content.begin(), content.end(), board.device.begin());
     for (std::array<uint8_t, 4> const& step : steps)

@@ -31,16 +31,16 @@ void tick(DialogSession& session) {
 
 // Saves, and reads the device as the next start would.
 void saveToEeprom(DialogSession& session, InputReader& input) {
-    constexpr DeviceFault kFaults[] = {DeviceFault::None, DeviceFault::None, DeviceFault::NoAnswer,
-                                       DeviceFault::Failure};
+    constexpr DeviceFault kFaults[] = {DeviceFault::None, DeviceFault::None, DeviceFault::NoAcknowledge,
+                                       DeviceFault::TransportFailed};
     CalibrationPage* const page = DialogSession::page();
     FakeHeadboard& board = session.libraries.headboard;
-    board.fault = input.pick(kFaults);
-    board.faultAt = board.operations + input.byte();
-    board.faultLasts = input.chance(2);
+    DeviceFault const fault = input.pick(kFaults);
+    uint8_t const ahead = input.byte();
+    board.plan(fault, ahead, input.chance(2));
     uint32_t const before = page->state().promState;
     DialogSession::press("OnBnClickedPromsave");
-    board.fault = DeviceFault::None;
+    board.plan(DeviceFault::None);
     if (page->state().promState != kDone || before == kDone)
         return;
     QByteArray const label =

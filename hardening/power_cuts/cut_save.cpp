@@ -2,7 +2,7 @@
 
 #include "headboard/eeprom_chain.h"
 #include "headboard/headboard_eeprom.h"
-#include "headboard_device.h"
+#include "tests/support/fake_headboard.h"
 
 using namespace kestra;
 
@@ -14,12 +14,12 @@ using simulator::EepromContents;
 class CutSave {
 public:
     explicit CutSave(uint32_t number) : m_number(number), m_scene(randomScene(number)) {
-        HeadboardDevice board(m_scene.before);
+        FakeHeadboard board(m_scene.before);
         int32_t const status = store(HeadboardEepromCreate(board.camera()), m_scene.save);
-        m_length = board.bytesWritten();
+        m_length = board.eeprom.bytesWritten();
         m_before = report(m_scene.before).records;
-        m_after = report(board.contents()).records;
-        expect(status == kEepromOk && holds(board.contents(), m_scene.save),
+        m_after = report(board.device).records;
+        expect(status == kEepromOk && holds(board.device, m_scene.save),
                "without a cut the save stores what it should", m_length);
     }
 
@@ -40,17 +40,17 @@ private:
     }
 
     EepromContents contentsAfterCut(uint64_t cut) {
-        HeadboardDevice board(m_scene.before);
-        board.cutPowerAfter(cut);
+        FakeHeadboard board(m_scene.before);
+        board.eeprom.plan({DeviceFault::PowerCut, cut, true});
         HeadboardEeprom const eeprom = HeadboardEepromCreate(board.camera());
         int32_t const status = store(eeprom, m_scene.save);
         expect(status < 0, "the save reports its failure", cut);
-        expect(board.bytesWritten() == cut, "the power fails at this byte", cut);
-        EepromContents const left = board.contents();
+        expect(board.eeprom.bytesWritten() == cut, "the power fails at this byte", cut);
+        EepromContents const left = board.device;
         // Only the headboard lost its power: the program still has the image, and in it what was not written.
-        board.restorePower();
+        board.plan(DeviceFault::None);
         bool const isStored = store(eeprom, m_scene.save) == kEepromOk;
-        expect(isStored && report(board.contents()).records == m_after,
+        expect(isStored && report(board.device).records == m_after,
                "the same program, asked to save again, stores everything", cut);
         return left;
     }
@@ -75,34 +75,34 @@ private:
 
     // A board with a broken chain is not taken for a blank one, which would be formatted in silence.
     void expectPresence(EepromContents const& left, uint64_t cut) {
-        HeadboardDevice board(left);
+        FakeHeadboard board(left);
         EepromState const presence = probeEeprom(HeadboardEepromCreate(board.camera()));
-        expect(presence == EepromState::Present && board.bytesWritten() == 0,
+        expect(presence == EepromState::Present && board.eeprom.bytesWritten() == 0,
                "a test for presence leaves the board as it is", cut);
     }
 
     // The power is back, the program starts again, and somebody presses the same button.
     void saveAgain(EepromContents const& left, uint64_t cut, Row& row) {
-        HeadboardDevice board(left);
+        FakeHeadboard board(left);
         int32_t const status = store(HeadboardEepromCreate(board.camera()), m_scene.save);
         if (status != kEepromOk) {
-            expect(board.bytesWritten() == 0, "a save that fails on what is left writes nothing", cut);
+            expect(board.eeprom.bytesWritten() == 0, "a save that fails on what is left writes nothing", cut);
             return;
         }
-        Report const told = report(board.contents());
+        Report const told = report(board.device);
         ++row.nextSaves;
         row.mended += told.checkIsClean ? 1 : 0;
         expect(told.isWhole, "a successful save leaves a whole chain", cut);
-        expect(holds(board.contents(), m_scene.save), "what a successful save stored is found", cut);
+        expect(holds(board.device, m_scene.save), "what a successful save stored is found", cut);
     }
 
     void startAnew(EepromContents const& left, uint64_t cut) {
-        HeadboardDevice board(left);
+        FakeHeadboard board(left);
         HeadboardEeprom const eeprom = HeadboardEepromCreate(board.camera());
         bool const done = EepromFormat(eeprom, -1) == kEepromOk && store(eeprom, m_scene.save) == kEepromOk;
-        Report const told = report(board.contents());
+        Report const told = report(board.device);
         expect(done && told.checkIsClean && told.records.size() == m_scene.save.size() &&
-                   holds(board.contents(), m_scene.save),
+                   holds(board.device, m_scene.save),
                "a format mends everything", cut);
     }
 

@@ -1,5 +1,5 @@
 #include "cut_save.h"
-#include "headboard_device.h"
+#include "tests/support/fake_headboard.h"
 
 #include <atomic>
 #include <cstdio>
@@ -62,7 +62,9 @@ int main(int argc, char** argv) {
         std::fputs("usage: power-cuts [--saves COUNT] [--seed NUMBER]\n", stderr);
         return 2;
     }
-    power_cuts::HeadboardDevice::install();
+    Veyra2 library;
+    FakeHeadboard::fillIn(library);
+    installVeyra2(library);
     std::printf("cutting the power after every byte of %u saves; this takes minutes\n", arguments.saves);
     std::fflush(stdout);
     power_cuts::Tally const tally = cutAll(arguments);

@@ -3,7 +3,7 @@
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 #include "headboard/register_set.h"
-#include "headboard_device.h"
+#include "tests/support/fake_headboard.h"
 
 #include <algorithm>
 #include <random>
@@ -113,11 +113,11 @@ int32_t store(HeadboardEeprom const& eeprom, Save const& save) {
 
 Scene randomScene(uint32_t number) {
     Dice dice(number);
-    HeadboardDevice board(simulator::formattedContents());
+    FakeHeadboard board(simulator::formattedContents());
     HeadboardEeprom const eeprom = HeadboardEepromCreate(board.camera());
     for (uint32_t saves = dice.between(1, 14); saves > 0; --saves)
         (void)store(eeprom, randomSave(dice));
-    Scene scene{board.contents(), randomSave(dice)};
+    Scene scene{board.device, randomSave(dice)};
     auto const identity = std::span(scene.before).subspan(kStoreSize);
     std::ranges::generate(identity, [&] { return uint8_t(dice.below(256)); });
     return scene;

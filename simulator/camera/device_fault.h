@@ -11,7 +11,7 @@ enum class DeviceFault {
     None,
     NoAcknowledge,   ///< the device does not acknowledge the transfer
     BusyForEver,     ///< the device never gets ready for the transfer
-    TransportFailed, ///< the library's own call answers 12, on every path
+    TransportFailed, ///< the transfer does not reach the device, and the library's own call tells it
     FlippedBit,      ///< one bit of the bytes read or written is wrong
     IgnoredWrite,    ///< a write is acknowledged and not stored; reads are as ever
     PowerCut         ///< the power fails after a number of stored bytes

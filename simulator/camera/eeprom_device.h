@@ -43,9 +43,9 @@ public:
 
     /// Replaces whatever was planned before.
     void plan(FaultPlan const& faults) { m_faults = faults; }
+    /// What it holds, past the bus.
     [[nodiscard]] EepromContents const& contents() const { return m_contents; }
-    /// Programs the device past the bus.
-    void program(EepromContents const& contents) { m_contents = contents; }
+    [[nodiscard]] EepromContents& contents() { return m_contents; }
 
 private:
     /// Counts the operation; `fault` is left for the transfer itself.

@@ -270,7 +270,7 @@ bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
     EepromDevice* const device = deviceOrMessage(m_implementation->handle, error);
     std::optional<EepromContents> const contents = device ? readContents(file, error) : std::nullopt;
     if (contents)
-        device->program(*contents);
+        device->contents() = *contents;
     return contents.has_value();
 }
 

@@ -71,26 +71,23 @@ TEST_P(EepromStep, PresenceIsToldApartFromFailure) {
     struct Row {
         DeviceFault fault;
         bool formatted;
-        int64_t at; // the first operation reads the header, later ones write a blank one
+        uint64_t at; // the first operation reads the header, later ones write a blank one
         EepromState eepromState;
         StepState promState;
     };
     constexpr Row kRows[] = {
-        {DeviceFault::NoAnswer, true, 0, EepromState::Absent, kFailed},
-        {DeviceFault::Failure, true, 0, EepromState::Unknown, kNotEvaluated},
-        {DeviceFault::Failure, false, 1, EepromState::Absent, kFailed},
-        {DeviceFault::NoAnswer, false, 1, EepromState::Absent, kFailed},
+        {DeviceFault::NoAcknowledge, true, 0, EepromState::Absent, kFailed},
+        {DeviceFault::TransportFailed, true, 0, EepromState::Unknown, kNotEvaluated},
+        {DeviceFault::TransportFailed, false, 1, EepromState::Absent, kFailed},
+        {DeviceFault::NoAcknowledge, false, 1, EepromState::Absent, kFailed},
     };
     for (Row const& row : kRows) {
         SCOPED_TRACE(&row - kRows);
         FakeHeadboard& board = libraries.headboard;
-        board.device.assign(8192, 0xFF);
+        board.device.fill(0xFF);
         if (row.formatted)
             std::copy_n("VYEE\1", 5, board.device.begin());
-        board.operations = 0;
-        board.fault = row.fault;
-        board.faultAt = row.at;
-        board.faultLasts = true;
+        board.plan(row.fault, row.at);
         open();
         EXPECT_EQ(state().eepromState, row.eepromState);
         EXPECT_EQ(state().promState, row.promState);
@@ -100,14 +97,12 @@ TEST_P(EepromStep, PresenceIsToldApartFromFailure) {
 }
 
 TEST_P(EepromStep, RunAllAsksAgainWhileTheAnswerIsUnknown) {
-    libraries.headboard.fault = DeviceFault::Failure;
-    libraries.headboard.faultAt = 0;
-    libraries.headboard.faultLasts = true;
+    libraries.headboard.plan(DeviceFault::TransportFailed);
     open();
     click("Run_All");
     tick(3);
     EXPECT_EQ(state().presetState, kReady) << "no step begins before the EEPROM is known";
-    libraries.headboard.faultAt = -1;
+    libraries.headboard.plan(DeviceFault::None);
     tick();
     EXPECT_EQ(state().eepromState, EepromState::Present);
     tick();
@@ -160,17 +155,17 @@ TEST_P(EepromStep, AnOlderTimeThatCannotBeDeletedEndsTheSaveOrStaysBesideTheNewO
     int left = 0;
     for (int64_t n = 0;; ++n) {
         FakeHeadboard& board = libraries.headboard;
-        board.device.assign(8192, 0xFF);
+        board.device.fill(0xFF);
         auto at = std::copy_n("VYEE\1", 5, board.device.begin());
         at = std::copy_n(kOlder, sizeof kOlder, at);
         std::copy_n("\x0B\0\xB4", 3, at);
         open();
         chooseLabel("FACTORY");
-        board.fault = DeviceFault::Failure;
-        board.faultAt = board.operations + n;
+        int64_t const before = board.operations;
+        board.plan(DeviceFault::TransportFailed, uint64_t(n), false);
         click("Prom_Save");
-        bool const wasHit = board.operations > board.faultAt;
-        board.faultAt = -1;
+        bool const wasHit = board.operations - before > n;
+        board.plan(DeviceFault::None);
         if (!wasHit)
             break;
         if (text("Prom_Save_Status") != "Done.")

@@ -423,7 +423,7 @@ TEST_F(WhiteBalanceRecord, IsMadeForItsSensorOutOfRecordedGainsOnly) {
     };
     for (Row const& row : {Row{72, 1, {500, 750, 1500}, true}, Row{72, 2, {500, 750, 1500}, false},
                            Row{76, 1, {500, 750, 1500}, false}, Row{72, 1, {500, 0, 1500}, false}}) {
-        libraries.headboard.device.assign(8192, 0xFF);
+        libraries.headboard.device.fill(0xFF);
         sensor.sensorKind = row.kind;
         sensor.variant = row.variant;
         open();
@@ -442,7 +442,7 @@ TEST_F(WhiteBalanceRecord, IsMadeAlsoWhereTheRegistersFindNoRoomButThenNothingIs
     open();
     ASSERT_EQ(EepromAppendRecord(*eepromSlot, EepromNewRecord(3, 8100, 8000)), kEepromOk);
     ASSERT_EQ(HeadboardEepromFlush(*eepromSlot), kEepromOk);
-    std::vector<uint8_t> const before = libraries.headboard.device;
+    simulator::EepromContents const before = libraries.headboard.device;
     runAll({500, 750, 1500});
     EXPECT_EQ(text("Prom_Save_Status"), "Error accessing the EEPROM.");
     EXPECT_TRUE(has(kRecordCcm));
@@ -457,7 +457,7 @@ TEST_F(WhiteBalanceRecord, EverySaveUnderALongLabelReplacesTheOneBefore) {
     widget<QComboBox>("Prom_Label")->addItem("KestraTune");
     widget<QComboBox>("Prom_Label")->setCurrentText("KestraTune");
     discardEeprom(eepromSlot);
-    libraries.headboard.device.assign(8192, 0xFF);
+    libraries.headboard.device.fill(0xFF);
     std::copy_n("VYEE\1", 5, libraries.headboard.device.begin());
     for (int saves = 1; saves <= 3; ++saves) {
         click("Prom_Save");
@@ -467,10 +467,8 @@ TEST_F(WhiteBalanceRecord, EverySaveUnderALongLabelReplacesTheOneBefore) {
 }
 
 TEST_F(WhiteBalanceRecord, TheSaveIsReadBack) {
-    libraries.headboard.fault = DeviceFault::IgnoredWrite;
     open();
-    libraries.headboard.faultAt = libraries.headboard.operations;
-    libraries.headboard.faultLasts = true;
+    libraries.headboard.plan(DeviceFault::IgnoredWrite);
     runAll({500, 750, 1500});
     EXPECT_EQ(text("Prom_Save_Status"), "Error accessing the EEPROM.");
 }

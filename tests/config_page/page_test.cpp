@@ -32,18 +32,15 @@ TEST_F(ConfigPage, ABlankEepromIsFormattedByTheFirstCheck) {
 TEST_F(ConfigPage, AFailureOfTheDeviceIsToldApartFromItsSilence) {
     struct Row {
         DeviceFault fault;
-        int64_t at;
+        uint64_t at;
         EepromState state;
     };
     // Operation 0 reads the header, 1 is the first write of the formatting.
-    for (Row const& row : {Row{DeviceFault::Failure, 0, EepromState::Unknown},
-                           {DeviceFault::Failure, 1, EepromState::Absent},
-                           {DeviceFault::NoAnswer, 0, EepromState::Absent}}) {
-        std::fill(headboard.device.begin(), headboard.device.end(), uint8_t(0xFF));
-        headboard.operations = 0;
-        headboard.fault = row.fault;
-        headboard.faultAt = row.at;
-        headboard.faultLasts = true;
+    for (Row const& row : {Row{DeviceFault::TransportFailed, 0, EepromState::Unknown},
+                           {DeviceFault::TransportFailed, 1, EepromState::Absent},
+                           {DeviceFault::NoAcknowledge, 0, EepromState::Absent}}) {
+        headboard.device.fill(0xFF);
+        headboard.plan(row.fault, row.at);
         open();
         EXPECT_EQ(state().eepromState, row.state);
         EXPECT_TRUE(host.calls("readBusByte").empty());
@@ -53,7 +50,7 @@ TEST_F(ConfigPage, AFailureOfTheDeviceIsToldApartFromItsSilence) {
     EXPECT_EQ(text("EEPROM_Status"),
               "The EEPROM was not detected at address 0xA8.\nCheck the PROM ADDR switches on the headboard.");
     // The switches are set right, and the user checks another headboard, which is unplugged later.
-    headboard.faultAt = -1;
+    headboard.plan(DeviceFault::None);
     store({{kHeadboardId, std::string("ABC1234002\0", 11)}});
     click("EEPROM_Test");
     EXPECT_TRUE(isEnabled("IF_Combo"));
@@ -242,7 +239,7 @@ protected:
     int failEveryOperation(Deed deed, Retry retry) {
         int failures = 0;
         for (DeviceFault const fault :
-             {DeviceFault::NoAnswer, DeviceFault::Failure, DeviceFault::BusyForEver}) {
+             {DeviceFault::NoAcknowledge, DeviceFault::TransportFailed, DeviceFault::BusyForEver}) {
             for (int64_t n = 0;; ++n) {
                 bool wasReached = false;
                 for (bool const lasts : {false, true}) {
@@ -253,13 +250,11 @@ protected:
                     HeadboardEepromRelease(*slot);
                     enter("ABC1234002");
                     HeadboardEepromRelease(*slot);
-                    headboard.fault = fault;
-                    headboard.faultLasts = lasts;
                     headboard.operations = 0;
-                    headboard.faultAt = n;
+                    headboard.plan(fault, uint64_t(n), lasts);
                     deed();
                     wasReached = headboard.operations > n;
-                    headboard.faultAt = -1;
+                    headboard.plan(DeviceFault::None);
                     SCOPED_TRACE("operation " + std::to_string(n));
                     retry();
                     EXPECT_TRUE(host.isBalanced());
@@ -362,8 +357,7 @@ TEST_F(ConfigPage, EraseAsksAndKeepsTheIdentificationBytes) {
     EXPECT_EQ(messages[0].buttons, QMessageBox::Ok | QMessageBox::Cancel);
 
     answer = QMessageBox::Ok;
-    headboard.fault = DeviceFault::NoAnswer;
-    headboard.faultAt = headboard.operations;
+    headboard.plan(DeviceFault::NoAcknowledge, 0, false);
     click("EEPROM_Erase");
     EXPECT_EQ(text("EEPROM_Status"), "Error accessing the EEPROM.");
     EXPECT_EQ(bullet("EEPROM_Bullet"), QColor(Qt::red).rgb());

@@ -118,10 +118,10 @@ TEST(Access, BusDescriptionPathDescribesEachLocation) {
 
 TEST(Access, BridgeGivesUpAfterFiftyMilliseconds) {
     Headboard h(Path::Bridge);
-    h.board.fault = DeviceFault::BusyForEver;
-    h.board.faultAt = 0;
+    auto const start = h.board.clock.now();
+    h.board.plan(DeviceFault::BusyForEver);
     EXPECT_EQ(HeadboardEepromLoad(h.eeprom, 0, 4), kEepromFailed);
-    EXPECT_EQ(h.board.now.count(), 50);
+    EXPECT_EQ(h.board.clock.now() - start, std::chrono::milliseconds(50));
     EXPECT_EQ(h.host.calls("pause").size(), 25U);
     EXPECT_EQ(h.host.calls("write IO_EEPROM_COMMAND").size(), 1U) << "a failure ends the transfer";
     EXPECT_EQ(h.eeprom->state[0], ByteState::NotRead);
@@ -130,8 +130,7 @@ TEST(Access, BridgeGivesUpAfterFiftyMilliseconds) {
 TEST(Access, IgnoredWriteShowsInTheVerificationOnly) {
     Headboard h;
     uint8_t const bytes[] = {1, 2, 3, 4};
-    h.board.fault = DeviceFault::IgnoredWrite;
-    h.board.faultAt = 1;
+    h.board.plan(DeviceFault::IgnoredWrite, 1, false);
     ASSERT_EQ(HeadboardEepromPut(h.eeprom, 0, 4, bytes), kEepromOk);
     EXPECT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
     EXPECT_EQ(HeadboardEepromVerify(h.eeprom, 0, 2), kEepromOk);

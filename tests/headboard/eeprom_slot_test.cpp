@@ -40,16 +40,14 @@ TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
         DeviceFault fault;
         EepromState presence;
     };
-    for (Row const& row : {Row{true, DeviceFault::NoAnswer, EepromState::Absent},
-                           Row{true, DeviceFault::Failure, EepromState::Unknown},
-                           Row{false, DeviceFault::NoAnswer, EepromState::Absent},
-                           Row{false, DeviceFault::Failure, EepromState::Absent}}) {
+    for (Row const& row : {Row{true, DeviceFault::NoAcknowledge, EepromState::Absent},
+                           Row{true, DeviceFault::TransportFailed, EepromState::Unknown},
+                           Row{false, DeviceFault::NoAcknowledge, EepromState::Absent},
+                           Row{false, DeviceFault::TransportFailed, EepromState::Absent}}) {
         HeadboardEepromRelease(eeprom);
         board.device[0] = row.isFormatted ? 'V' : 0xFF;
-        board.fault = row.fault;
-        board.faultLasts = true;
         // A read comes first: of a blank device it succeeds, and the write of the header meets the fault.
-        board.faultAt = board.operations + (row.isFormatted ? 0 : 1);
+        board.plan(row.fault, row.isFormatted ? 0 : 1);
         EXPECT_EQ(probeEeprom(eeprom), row.presence) << row.isFormatted << int(row.fault);
     }
 }

@@ -26,10 +26,10 @@ struct CountedBoard : Headboard {
     template <typename Operation>
     void expect(int64_t transfers, milliseconds time, Operation operation) {
         int64_t const before = board.operations;
-        milliseconds const start = board.now;
+        auto const start = board.clock.now();
         EXPECT_EQ(operation(), kEepromOk);
         EXPECT_EQ(board.operations - before, transfers) << int(path);
-        EXPECT_EQ(board.now - start, time) << int(path);
+        EXPECT_EQ(board.clock.now() - start, time) << int(path);
     }
     void load(int32_t offset, int32_t count) {
         HeadboardEepromEnsureImage(eeprom);
@@ -42,7 +42,7 @@ struct CountedBoard : Headboard {
         // Behind the last write by description nobody waits for the device.
         int64_t const cycles = path == Path::BusDescription ? std::max<int64_t>(transfers - 1, 0) : transfers;
         expect(transfers, milliseconds(20 * cycles), [&] { return HeadboardEepromFlush(eeprom); });
-        board.now += milliseconds(20);
+        board.clock.advance(milliseconds(20));
     }
     void verify() {
         int64_t const transfers = least(ByteState::Current, 0, eeprom->state.size(), false);
@@ -75,7 +75,7 @@ TEST(Transfers, LoadSaveAndVerifyTakeNoneThatTheirBytesDoNotNeed) {
     }
 }
 
-std::vector<uint8_t> deviceWithRecords() {
+simulator::EepromContents deviceWithRecords() {
     Headboard h;
     EXPECT_EQ(EepromFormat(h.eeprom, -1), kEepromOk);
     for (EepromRecord const& record :
@@ -87,7 +87,7 @@ std::vector<uint8_t> deviceWithRecords() {
 }
 
 TEST(Transfers, RecordsThatAreSearchedReadAndReplacedTravelOnce) {
-    std::vector<uint8_t> const device = deviceWithRecords();
+    simulator::EepromContents const device = deviceWithRecords();
     for (Path const path : kPaths) {
         CountedBoard h(path);
         h.board.device = device;

@@ -147,11 +147,9 @@ void DialogSession::beginAnew(InputReader& input) {
     libraries.resetAnswers();
     FakeHeadboard& board = libraries.headboard;
     board.registers.clear();
-    board.device.assign(board.device.size(), 0xFF);
+    board.device.fill(0xFF);
     board.deviceAddress = 0xA8;
-    board.fault = DeviceFault::None;
-    board.faultLasts = false;
-    board.operations = 0;
+    board.plan(DeviceFault::None);
     discardEeprom(kestraMfr().g_headboardEeprom);
     for (auto const& [reg, bitfield] :
          {std::pair{"POLY_SC_ENABLE", "ENABLE"}, std::pair{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"}}) {

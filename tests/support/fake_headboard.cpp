@@ -2,19 +2,24 @@
 
 #include "common/system.h"
 #include "tests/support/fake_host.h"
+#include "tests/support/must_hold.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdlib>
 
 namespace kestra {
 
+using simulator::BusAnswer;
+
 namespace {
 
-constexpr uint32_t kPageSize = 32;
 constexpr uint32_t kDataTypeOfNoBytes = 100; // unlike a size, so that mixing the two up shows
-constexpr std::chrono::milliseconds kWriteCycle{20};
+constexpr int kFailure = 5;
+constexpr int kNoAnswer = 12;
 
-FakeHeadboard* headboard = nullptr;
+thread_local FakeHeadboard* headboard = nullptr;
 
 FakeRegister* find(vy_Camera* camera, char const* reg) {
     if (!camera)
@@ -83,42 +88,43 @@ struct FakeHeadboardFunctions {
         noteCall("readDescribed", reg->addressSpace, reg->id, reg->addressWidth, reg->dataWidth,
                  reg->dataType, reg->address, reg->accessSize);
         headboard->waitForDevice();
-        uint32_t words[2] = {};
-        int const result = headboard->read(reg->id, reg->address, reg->accessSize, words);
+        std::array<uint32_t, 2> words{};
+        int const result = headboard->read(reg->id, reg->address, std::span(words).first(reg->accessSize));
         *value = reg->accessSize == 2 ? words[0] << 8 | words[1] : words[0];
         return result;
     }
     static int writeDescribed(vy_Camera*, vy_RegisterDescription const* reg, uint32_t value) {
         noteCall("writeDescribed", reg->address, reg->accessSize, value);
         headboard->waitForDevice();
-        uint32_t const words[2] = {reg->accessSize == 2 ? value >> 8 : value, value};
-        return headboard->write(reg->id, reg->address, reg->accessSize, words);
+        std::array const words = {value >> 8, value};
+        return headboard->write(reg->id, reg->address, std::span(words).last(reg->accessSize));
     }
     static int readBus(vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count, uint32_t* words) {
         noteCall("readBus", busAddress, start, count);
-        return headboard->read(busAddress, start, count, words);
+        return headboard->read(busAddress, start, {words, count});
     }
     static int writeBus(vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count,
                         uint32_t const* words) {
         noteCall("writeBus", busAddress, start, count, words[0]);
-        return headboard->write(busAddress, start, count, words);
+        return headboard->write(busAddress, start, {words, count});
     }
 };
 
-FakeHeadboard::FakeHeadboard() : device(8192, 0xFF), timesRead(8192), timesWritten(8192) {
+FakeHeadboard::FakeHeadboard(simulator::EepromContents const& contents)
+    : eeprom(contents, clock), timesRead(device.size()), timesWritten(device.size()) {
+    clock.useVirtualTime();
     headboard = this;
-    pauseFor.replace([this](std::chrono::milliseconds duration) {
-        now += duration;
-        noteCall("pause", duration.count());
-    });
 }
 
 FakeHeadboard::~FakeHeadboard() {
-    pauseFor.replace({});
     headboard = nullptr;
 }
 
 void FakeHeadboard::fillIn(Veyra2& table) {
+    pauseFor.replace([](std::chrono::milliseconds duration) {
+        headboard->clock.advance(duration);
+        noteCall("pause", duration.count());
+    });
     using Functions = FakeHeadboardFunctions;
     table.vy_ExistsRegister = Functions::existsRegister;
     table.vy_FindRegister = Functions::findRegister;
@@ -168,61 +174,65 @@ void FakeHeadboard::addBridge() {
         add(std::string("IO_EEPROM_") + name, 0, 0, uint32_t(0x3100 + 2 * registers.size()), 2);
 }
 
+void FakeHeadboard::plan(DeviceFault fault, uint64_t ahead, bool lasts) {
+    eeprom.plan({fault, ahead + 1, lasts});
+}
+
 void FakeHeadboard::waitForDevice() {
-    now = std::max(now, m_busyUntil);
+    clock.advance(eeprom.readyAt() - clock.now());
 }
 
-// Counts an operation and tells the library's result of addressing the device.
-int FakeHeadboard::begin(uint32_t busAddress) {
-    int64_t const number = operations++;
-    bool const isHit = faultAt >= 0 && (faultLasts ? number >= faultAt : number == faultAt);
-    m_now = isHit ? fault : DeviceFault::None;
-    if (m_now == DeviceFault::Failure)
-        return 5;
-    bool const isSound = m_now == DeviceFault::None || m_now == DeviceFault::IgnoredWrite;
-    return isSound && busAddress == deviceAddress && now >= m_busyUntil ? 0 : 12;
+int FakeHeadboard::result(BusAnswer answer) {
+    m_answer = answer;
+    if (answer == BusAnswer::TransportFailed)
+        return kFailure;
+    return answer == BusAnswer::Acknowledged ? 0 : kNoAnswer;
 }
 
-int FakeHeadboard::read(uint32_t busAddress, uint32_t start, uint32_t count, uint32_t* words) {
-    int const result = begin(busAddress);
-    for (uint32_t i = 0; result == 0 && i < count; ++i) {
-        words[i] = device.at(start + i);
+int FakeHeadboard::read(uint32_t busAddress, uint32_t start, std::span<uint32_t> words) {
+    ++operations;
+    if (busAddress != deviceAddress)
+        return result(BusAnswer::NotAcknowledged);
+    MUST_HOLD(start + words.size() <= device.size());
+    std::vector<uint8_t> bytes(words.size());
+    int const status = result(eeprom.read(start, bytes));
+    for (size_t i = 0; status == 0 && i < bytes.size(); ++i) {
+        words[i] = bytes[i];
         ++timesRead[start + i];
     }
-    return result;
+    return status;
 }
 
-int FakeHeadboard::write(uint32_t busAddress, uint32_t start, uint32_t count, uint32_t const* words) {
-    int const result = begin(busAddress);
-    if (result != 0)
-        return result;
-    m_busyUntil = now + kWriteCycle;
-    for (uint32_t i = 0; i < count && m_now != DeviceFault::IgnoredWrite; ++i) {
-        uint32_t const page = start / kPageSize * kPageSize;
-        uint32_t const at = page + (start + i) % kPageSize;
-        device.at(at) = uint8_t(words[i]);
-        ++timesWritten[at];
-    }
-    return 0;
+int FakeHeadboard::write(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words) {
+    ++operations;
+    if (busAddress != deviceAddress)
+        return result(BusAnswer::NotAcknowledged);
+    MUST_HOLD(start < device.size());
+    std::vector<uint8_t> const bytes(words.begin(), words.end());
+    uint64_t const before = eeprom.bytesWritten();
+    int const status = result(eeprom.write(start, bytes));
+    uint32_t const page = start / simulator::kEepromPageSize * simulator::kEepromPageSize;
+    for (uint64_t i = 0; i < eeprom.bytesWritten() - before; ++i)
+        ++timesWritten[page + (start + i) % simulator::kEepromPageSize];
+    return status;
 }
 
 void FakeHeadboard::runBridge(uint32_t command) {
-    uint32_t const count = command & 0x200 ? 2 : 1;
+    size_t const count = command & 0x200 ? 2 : 1;
     uint32_t const address = registers.at("IO_EEPROM_ADDR").value;
-    uint32_t const device8 = registers.at("IO_EEPROM_I2C_ADDR").value;
+    uint32_t const busAddress = registers.at("IO_EEPROM_I2C_ADDR").value;
     uint32_t& data = registers.at("IO_EEPROM_DATA").value;
-    uint32_t words[2] = {count == 2 ? data >> 8 : data, data};
-    if (command & 0x080) {
-        m_acknowledged = write(device8, address, count, words) == 0;
-    } else {
-        m_acknowledged = read(device8, address, count, words) == 0;
-        data = count == 2 ? words[0] << 8 | words[1] : words[0];
-    }
+    std::array words = {data >> 8 & 0xFF, data & 0xFF};
+    auto const moved = std::span(words).last(count);
+    if (command & 0x080)
+        (void)write(busAddress, address, moved);
+    else if (read(busAddress, address, moved) == 0)
+        data = (count == 2 ? words[0] << 8 : 0) | words[1];
 }
 
 uint32_t FakeHeadboard::bridgeStatus() {
-    bool const isBusy = m_now == DeviceFault::BusyForEver || now < m_busyUntil;
-    return (isBusy ? 0x10U : 0U) | (m_acknowledged ? 0x04U : 0U);
+    bool const isBusy = m_answer == BusAnswer::Busy || clock.now() < eeprom.readyAt();
+    return (isBusy ? 0x10U : 0U) | (m_answer == BusAnswer::Acknowledged ? 0x04U : 0U);
 }
 
 } // namespace kestra

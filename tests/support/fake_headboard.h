@@ -1,16 +1,16 @@
 #pragma once
 
 #include "common/libraries.h"
+#include "simulator/camera/eeprom_device.h"
 
-#include <chrono>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace kestra {
 
-/// What an operation on the device does in the place of its work.
-enum class DeviceFault { None, NoAnswer, Failure, IgnoredWrite, BusyForEver };
+using simulator::DeviceFault;
 
 struct FakeRegister {
     vy_RegisterDescription description{};
@@ -18,12 +18,12 @@ struct FakeRegister {
     uint32_t value = 0;
 };
 
-/// The sensor's register map and the EEPROM behind it, reached through the functions of `veyra2`. The device
-/// has 8192 bytes, pages of 32 bytes that wrap and a write cycle of 20 ms, all in virtual time: it moves with
-/// the pauses of the code under test. One lives at a time.
+/// The sensor's register map and the EEPROM behind it, reached through the functions of `veyra2`. Time moves
+/// with the pauses of the code under test alone. A transfer that does not reach the device is a failure other
+/// than "no answer". One lives at a time in a thread.
 class FakeHeadboard {
 public:
-    FakeHeadboard();
+    explicit FakeHeadboard(simulator::EepromContents const& contents = simulator::blankContents());
     ~FakeHeadboard();
     FakeHeadboard(FakeHeadboard const&) = delete;
     FakeHeadboard& operator=(FakeHeadboard const&) = delete;
@@ -35,34 +35,34 @@ public:
     /// The registers of an EEPROM bridge, `IO_EEPROM_*`.
     void addBridge();
 
+    /// Stands for the camera; valid while this lives.
+    [[nodiscard]] vy_Camera* camera() { return reinterpret_cast<vy_Camera*>(this); }
+
     std::map<std::string, FakeRegister> registers;
-    std::vector<uint8_t> device;
+    simulator::CameraClock clock;
+    simulator::EepromDevice eeprom;
+    simulator::EepromContents& device = eeprom.contents();
     uint32_t deviceAddress = 0xA8;
     std::vector<int> timesRead, timesWritten; ///< of each byte of the device
+    int64_t operations = 0;                   ///< on the bus so far
 
-    /// `fault` hits the operation of this number, and with `faultLasts` all later ones; -1: none.
-    DeviceFault fault = DeviceFault::None;
-    int64_t faultAt = -1;
-    bool faultLasts = false;
-    int64_t operations = 0; ///< on the device so far
+    /// The fault strikes the operation that is so many ahead, the next one being 0, and with `lasts` all
+    /// later ones. It takes the place of what was planned before.
+    void plan(DeviceFault fault, uint64_t ahead = 0, bool lasts = true);
 
-    std::chrono::milliseconds now{0};
-
-    /// Fills in the functions that this fake stands for.
+    /// Fills in the functions that this fake stands for, and makes every pause one of its time.
     static void fillIn(Veyra2& table);
 
 private:
     friend struct FakeHeadboardFunctions;
-    [[nodiscard]] int begin(uint32_t busAddress);
-    [[nodiscard]] int read(uint32_t busAddress, uint32_t start, uint32_t count, uint32_t* words);
-    [[nodiscard]] int write(uint32_t busAddress, uint32_t start, uint32_t count, uint32_t const* words);
+    [[nodiscard]] int read(uint32_t busAddress, uint32_t start, std::span<uint32_t> words);
+    [[nodiscard]] int write(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words);
+    [[nodiscard]] int result(simulator::BusAnswer answer);
     void waitForDevice();
     void runBridge(uint32_t command);
     [[nodiscard]] uint32_t bridgeStatus();
 
-    DeviceFault m_now = DeviceFault::None; ///< the fault of the operation that runs
-    std::chrono::milliseconds m_busyUntil{0};
-    bool m_acknowledged = false;
+    simulator::BusAnswer m_answer = simulator::BusAnswer::NotAcknowledged; ///< to the latest operation
 };
 
 } // namespace kestra

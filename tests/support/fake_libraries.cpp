@@ -1,5 +1,6 @@
 #include "tests/support/fake_libraries.h"
 
+#include "common/system.h"
 #include "tests/support/fake_host.h"
 
 namespace kestra {
@@ -8,7 +9,6 @@ namespace {
 
 FakeLibraries* libraries = nullptr;
 int handleStandIn = 0;
-int cameraStandIn = 0;
 
 template <typename... Parts>
 sf_Handle* create(Parts const&... call) {
@@ -116,16 +116,13 @@ FakeLibraries::FakeLibraries() {
 FakeLibraries::~FakeLibraries() {
     installVeyra2({});
     installShadefit({});
+    pauseFor.replace({});
     libraries = nullptr;
 }
 
 void FakeLibraries::resetAnswers() {
     static_cast<LibraryAnswers&>(*this) = {};
     list = {int32_t(entries.size()), entries.data()};
-}
-
-vy_Camera* FakeLibraries::camera() {
-    return reinterpret_cast<vy_Camera*>(&cameraStandIn);
 }
 
 } // namespace kestra

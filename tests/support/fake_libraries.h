@@ -40,7 +40,7 @@ public:
     FakeLibraries(FakeLibraries const&) = delete;
     FakeLibraries& operator=(FakeLibraries const&) = delete;
 
-    [[nodiscard]] vy_Camera* camera();
+    [[nodiscard]] vy_Camera* camera() { return headboard.camera(); }
     /// The answers of the beginning again.
     void resetAnswers();
 

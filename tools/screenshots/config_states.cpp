@@ -53,11 +53,7 @@ public:
         device()[8179] = 2;
         device()[8180] = 1;
     }
-    void fail(DeviceFault fault) {
-        libraries.headboard.fault = fault;
-        libraries.headboard.faultAt = 0;
-        libraries.headboard.faultLasts = true;
-    }
+    void fail(DeviceFault fault) { libraries.headboard.plan(fault); }
     template <typename Widget>
     Widget* widget(char const* name) {
         return page->findChild<Widget*>(QLatin1String(name));
@@ -74,7 +70,7 @@ public:
     std::unique_ptr<Config> page;
 
 private:
-    [[nodiscard]] std::vector<uint8_t>& device() { return libraries.headboard.device; }
+    [[nodiscard]] simulator::EepromContents& device() { return libraries.headboard.device; }
 };
 
 struct NamedState {
@@ -85,7 +81,7 @@ struct NamedState {
 NamedState const kStates[] = {
     {"config-unknown",
      [](Scene& s) {
-         s.fail(DeviceFault::Failure);
+         s.fail(DeviceFault::TransportFailed);
          s.open();
      }},
     {"config-blank", [](Scene& s) { s.open(); }},
@@ -101,12 +97,12 @@ NamedState const kStates[] = {
      }},
     {"config-not-detected",
      [](Scene& s) {
-         s.fail(DeviceFault::NoAnswer);
+         s.fail(DeviceFault::NoAcknowledge);
          s.open();
      }},
     {"config-error",
      [](Scene& s) {
-         s.fail(DeviceFault::Failure);
+         s.fail(DeviceFault::TransportFailed);
          s.open();
          // No check of the page ends so; it is shown as the page would show it.
          ConfigStatus const status = eepromStatus(EepromState::Error, {}, 0);

@@ -221,9 +221,7 @@ NamedState const kStates[] = {
      [](Scene& s) {
          s.open();
          s.calibrate();
-         s.libraries.headboard.fault = DeviceFault::Failure;
-         s.libraries.headboard.faultAt = s.libraries.headboard.operations;
-         s.libraries.headboard.faultLasts = true;
+         s.libraries.headboard.plan(DeviceFault::TransportFailed);
          s.press("Prom_Save");
      }},
     {"apga-fresh", [](Scene& s) { s.openThreeIlluminants(); }},
