@@ -8,7 +8,6 @@ namespace {
 
 constexpr int kWidth = 1920;
 constexpr int kHeight = 1080;
-constexpr uint32_t kApiVersion = 5;
 constexpr uint32_t kRgb32 = 11;
 
 // A camera comes from the factory with a blank EEPROM; only its first dialog ever formats it, which takes
@@ -29,6 +28,8 @@ DialogScene::DialogScene() : m_pixels(size_t(kWidth) * kHeight, 0x808080) {
     m_host.textSettings["LensAssist Dir"] = m_folder.path().toStdString();
     m_services = m_host.services();
     QString error;
+    if (!m_plugin.load(QStringLiteral(PLUGIN_FILE), &error))
+        qFatal("%s", qUtf8Printable(error));
     m_camera = simulator::SimulatedCamera::open(QStringLiteral("poly-12bit"), &error);
     if (!m_camera)
         qFatal("%s", qUtf8Printable(error));
@@ -47,7 +48,7 @@ DialogScene::DialogScene() : m_pixels(size_t(kWidth) * kHeight, 0x808080) {
 DialogScene::~DialogScene() = default;
 
 void DialogScene::open() {
-    m_dialog.reset(m_plugin.open(kApiVersion, nullptr, &m_sensor, &m_services));
+    m_dialog.reset(m_plugin.openDialog(nullptr, &m_sensor, &m_services));
     if (!m_dialog)
         qFatal("the plug-in opened no dialog");
     m_dialog->show();
@@ -63,7 +64,7 @@ void DialogScene::close() {
 }
 
 void DialogScene::frame() {
-    m_plugin.image(m_pixels.data(), kRgb32, kWidth, kHeight, kWidth * 4);
+    m_plugin.imageData(m_pixels.data(), kRgb32, kWidth, kHeight, kWidth * 4);
 }
 
 void DialogScene::tick() {

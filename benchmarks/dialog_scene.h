@@ -1,8 +1,8 @@
 #pragma once
 
 #include "simulator/camera/simulated_camera.h"
+#include "simulator/host/plugin_library.h"
 #include "tests/support/fake_host.h"
-#include "tests/support/plugin_library.h"
 
 #include <QDialog>
 #include <QMetaMethod>
@@ -32,9 +32,9 @@ private:
     QTemporaryDir m_folder;
     FakeHost m_host;
     HostServices m_services{};
-    PluginLibrary m_plugin;
     std::unique_ptr<simulator::SimulatedCamera> m_camera;
     SensorRecord m_sensor{};
+    pictara::PluginLibrary m_plugin;
     std::unique_ptr<QDialog> m_dialog;
     QMetaMethod m_tick;
     QDialog* m_page = nullptr; // owned by the dialog

@@ -29,7 +29,8 @@ void FrameDelivery::deliverNext() {
     m_settings = colourSettings(m_states);
     m_pipeline.render(m_frame, m_settings, m_picture);
     if (!m_picture.isNull())
-        m_plugin.rgbImageData(m_picture.bits(), uint32_t(m_picture.width()), m_picture.height(),
+        m_plugin.rgbImageData(m_picture.bits(), uint32_t(simulator::FrameType::Rgb32),
+                              uint32_t(m_picture.width()), uint32_t(m_picture.height()),
                               m_picture.bytesPerLine());
 }
 

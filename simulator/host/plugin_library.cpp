@@ -1,7 +1,6 @@
 #include "simulator/host/plugin_library.h"
 
 #include "simulator/boundary/call_text.h"
-#include "simulator/camera/simulated_camera.h"
 #include "simulator/host/boundary.h"
 
 #include <QCoreApplication>
@@ -10,9 +9,6 @@
 
 namespace pictara {
 namespace {
-
-constexpr uint32_t kInterfaceVersion = 5;
-constexpr uint32_t kAnyRegister = 0;
 
 template <typename Function>
 bool resolve(QLibrary& library, char const* name, Function& function, QString* error) {
@@ -57,15 +53,17 @@ bool PluginLibrary::load(QString const& file, QString* error) {
     return true;
 }
 
-void PluginLibrary::unload() {
+bool PluginLibrary::unload() {
     m_functions = {}; // what the plug-in writes while it goes is not reported back to it
-    if (m_library.isLoaded() && !m_library.unload())
-        qWarning("pictara: the plug-in cannot be unloaded: %s", qUtf8Printable(m_library.errorString()));
+    if (!m_library.isLoaded() || m_library.unload())
+        return true;
+    qWarning("pictara: the plug-in cannot be unloaded: %s", qUtf8Printable(m_library.errorString()));
+    return false;
 }
 
-QDialog* PluginLibrary::openDialog(QWidget* parent, SensorRecord const& sensor,
-                                   HostServices const& services) const {
-    return m_functions.openQtDialog ? m_functions.openQtDialog(kInterfaceVersion, parent, &sensor, &services)
+QDialog* PluginLibrary::openDialog(QWidget* parent, SensorRecord const* sensor, HostServices const* services,
+                                   uint32_t apiVersion) const {
+    return m_functions.openQtDialog ? m_functions.openQtDialog(apiVersion, parent, sensor, services)
                                     : nullptr;
 }
 
@@ -83,23 +81,23 @@ void PluginLibrary::imageData(void const* pixels, uint32_t type, uint32_t width,
     m_functions.imageData(pixels, type, width, height, pitch);
 }
 
-void PluginLibrary::rgbImageData(void* pixels, uint32_t width, int32_t height, int32_t pitch) const {
+void PluginLibrary::rgbImageData(void* pixels, uint32_t type, uint32_t width, uint32_t height,
+                                 int32_t pitch) const {
     if (!m_functions.rgbImageData)
         return;
-    constexpr auto kType = uint32_t(simulator::FrameType::Rgb32);
     Crossing crossing(CallSource::Plugin, "RgbImageData",
-                      [&] { return pictureText(pixels, kType, width, height, uint32_t(pitch)); });
-    m_functions.rgbImageData(pixels, kType, width, uint32_t(height), pitch);
+                      [&] { return pictureText(pixels, type, width, int32_t(height), uint32_t(pitch)); });
+    m_functions.rgbImageData(pixels, type, width, height, pitch);
     if (crossing.isTold())
-        crossing.setResult(hashOf(pixels, height, uint32_t(pitch)));
+        crossing.setResult(hashOf(pixels, int32_t(height), uint32_t(pitch)));
 }
 
-void PluginLibrary::registerChanged() const {
+void PluginLibrary::registerChanged(uint32_t what, uint32_t value) const {
     if (!m_functions.registerChanged)
         return;
     Crossing const crossing(CallSource::Plugin, "RegisterChanged",
-                            [] { return simulator::callTexts(kAnyRegister, 0U); });
-    m_functions.registerChanged(kAnyRegister, 0);
+                            [&] { return simulator::callTexts(what, value); });
+    m_functions.registerChanged(what, value);
 }
 
 } // namespace pictara

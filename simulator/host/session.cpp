@@ -102,7 +102,7 @@ Session::~Session() {
 
 QDialog* Session::openDialog(QWidget* parent, QString* error) {
     Boundary::instance().doing(QStringLiteral("open"));
-    QDialog* const dialog = m_plugin.openDialog(parent, m_sensor, observedServices());
+    QDialog* const dialog = m_plugin.openDialog(parent, &m_sensor, &observedServices());
     m_isDialogMade = m_isDialogMade || dialog;
     if (!dialog)
         *error = QStringLiteral("The plug-in opens no dialog for this sensor: its kind is not supported, or "

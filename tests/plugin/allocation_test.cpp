@@ -6,7 +6,6 @@
 #include "simulator/host/run_all.h"
 #include "simulator/host/session.h"
 #include "tests/pictara/small_profile.h"
-#include "tests/support/plugin_library.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -130,7 +129,9 @@ protected:
 };
 
 TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
-    ::PluginLibrary plugin;
+    PluginLibrary plugin;
+    QString error;
+    ASSERT_TRUE(plugin.load(QStringLiteral(PLUGIN_FILE), &error)) << error.toStdString();
     HeadlessDialog opened;
     ASSERT_EQ(openHeadless(*session, options, opened), kExitDone);
     DialogPage page = opened.page;
@@ -143,14 +144,14 @@ TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
     for (int tick = 0; tick < kMostTicks && page.isRunning(); ++tick) {
         for (int frame = 0; frame < 3; ++frame)
             deliver();
-        withoutMemory([&] { plugin.registerChanged(0, 0); });
+        withoutMemory([&] { plugin.registerChanged(); });
         withoutMemory([&] { page.tick(); });
         rows.serve(changeLamp);
     }
     withoutMemory([&] { page.press("Prom_Save"); });
     std::cout << failures << " allocations failed\n";
     EXPECT_GT(failures, 50);
-    plugin.library.unload(); // as often as it was loaded
+    (void)plugin.unload(); // as often as it was loaded
 
     page.press("Start_Over");
     RunDriver driver(

@@ -2,8 +2,8 @@
 // process of its own, which must end with 0. Where processes fork, one that stands at the end of a sequence
 // is the beginning of all that are longer; elsewhere each begins anew, and fewer are tried.
 
+#include "simulator/host/plugin_library.h"
 #include "tests/support/fake_host.h"
-#include "tests/support/plugin_library.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -43,7 +43,7 @@ struct Setting {
     FakeHost host;
     SensorRecord sensor{};
     HostServices services{};
-    PluginLibrary plugin;
+    pictara::PluginLibrary plugin;
     QPointer<QWidget> parent = new QWidget;
     std::vector<QPointer<QDialog>> dialogs;
 
@@ -52,10 +52,13 @@ struct Setting {
         std::ofstream(ini) << "[Lens Calibration Setup]\n";
         host.textSettings["IniFileName"] = ini;
         services = host.services();
+        QString error;
+        if (!plugin.load(QStringLiteral(PLUGIN_FILE), &error))
+            std::_Exit(1);
     }
     void open(uint32_t kind) {
         sensor.sensorKind = kind;
-        dialogs.emplace_back(plugin.open(5, parent, &sensor, &services));
+        dialogs.emplace_back(plugin.openDialog(parent, &sensor, &services));
         if (!dialogs.back())
             std::_Exit(2);
         dialogs.back()->show();
@@ -70,8 +73,8 @@ struct Setting {
     }
     void frame() {
         static std::vector<uint32_t> picture(64 * 48, 0x808080);
-        plugin.rgbImage(picture.data(), 11, 64, 48, 256);
-        plugin.image(picture.data(), 13, 64, 48, 128);
+        plugin.rgbImageData(picture.data(), 11, 64, 48, 256);
+        plugin.imageData(picture.data(), 13, 64, 48, 128);
     }
     // The library deletes the dialog that it gave last; those before it have only the host. Without the
     // application nobody may delete any.
@@ -79,7 +82,7 @@ struct Setting {
         bool const maySweep = QCoreApplication::instance() != nullptr;
         for (size_t i = 0; maySweep && i + 1 < dialogs.size(); ++i)
             delete dialogs[i].data();
-        if (!plugin.library.unload())
+        if (!plugin.unload())
             std::_Exit(3);
         if (maySweep && !dialogs.empty() && dialogs.back())
             std::_Exit(4);
@@ -101,8 +104,8 @@ constexpr Event kEvents[] = {
     {"open another kind", [](Setting& s) { s.open(72); }},
     {"tick", [](Setting& s) { s.invoke("start"); }},
     {"frame", [](Setting& s) { s.frame(); }},
-    {"notification", [](Setting& s) { s.plugin.registerChanged(0, 0); }},
-    {"close", [](Setting& s) { s.plugin.close(); }},
+    {"notification", [](Setting& s) { s.plugin.registerChanged(); }},
+    {"close", [](Setting& s) { s.plugin.closeDialog(); }},
     {"delete by parent", [](Setting& s) { delete s.parent.data(); }},
     {"delete dialog", [](Setting& s) { delete (s.dialogs.empty() ? nullptr : s.dialogs.back().data()); }},
     {"delete page", [](Setting& s) { delete s.page(); }},

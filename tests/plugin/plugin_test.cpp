@@ -1,5 +1,5 @@
+#include "simulator/host/plugin_library.h"
 #include "tests/support/fake_host.h"
-#include "tests/support/plugin_library.h"
 
 #include <QDialog>
 #include <QDir>
@@ -21,7 +21,8 @@
 #endif
 
 // A host's program may export functions of the same names; the plug-in calls its own.
-extern "C" [[gnu::visibility("default")]] void ImageData(void const*, uint32_t, uint32_t, int32_t, uint32_t) {
+extern "C" [[gnu::visibility("default")]] void ImageData(void const*, uint32_t, uint32_t, int32_t,
+                                                         uint32_t) noexcept {
     ADD_FAILURE() << "the host's function instead of the plug-in's";
 }
 
@@ -33,9 +34,14 @@ protected:
         writeIni("[lens calibration setup]\n");
         sensor.name = "S1";
         sensor.sensorKind = 200;
+        load(QStringLiteral(PLUGIN_FILE));
     }
     ~Plugin() override { delete dialog.data(); }
 
+    void load(QString const& file) {
+        QString error;
+        ASSERT_TRUE(plugin.load(file, &error)) << qPrintable(error);
+    }
     void writeIni(std::string const& bytes) {
         std::string const path = m_folder.filePath(QStringLiteral("host.ini")).toStdString();
         std::ofstream(path) << bytes;
@@ -43,7 +49,7 @@ protected:
     }
     QDialog* open(uint32_t version = 5) {
         services = host.services();
-        dialog = plugin.open(version, nullptr, &sensor, &services);
+        dialog = plugin.openDialog(nullptr, &sensor, &services, version);
         return dialog;
     }
     std::string text(char const* label) {
@@ -53,7 +59,7 @@ protected:
     FakeHost host;
     SensorRecord sensor{};
     HostServices services{};
-    PluginLibrary plugin;
+    pictara::PluginLibrary plugin;
     QPointer<QDialog> dialog;
     QTemporaryDir m_folder;
 };
@@ -61,9 +67,9 @@ protected:
 TEST_F(Plugin, AnswersNoDialogAndCallsNobodyForWhatItDoesNotServe) {
     for (uint32_t const version : {0U, 4U, 6U, 0xFFFFFFFFU})
         EXPECT_FALSE(open(version));
-    EXPECT_FALSE(plugin.open(4, nullptr, nullptr, nullptr));
-    EXPECT_FALSE(plugin.open(5, nullptr, nullptr, &services));
-    EXPECT_FALSE(plugin.open(5, nullptr, &sensor, nullptr));
+    EXPECT_FALSE(plugin.openDialog(nullptr, nullptr, nullptr, 4));
+    EXPECT_FALSE(plugin.openDialog(nullptr, nullptr, &services));
+    EXPECT_FALSE(plugin.openDialog(nullptr, &sensor, nullptr));
     sensor.sensorKind = 36;
     EXPECT_FALSE(open());
     EXPECT_TRUE(host.log.empty());
@@ -78,7 +84,7 @@ TEST_F(Plugin, OnlyThePlainSetupPresetOpensTheDialog) {
     host.textSettings.clear();
     EXPECT_FALSE(open());
     HostServices const nothing{};
-    EXPECT_FALSE(plugin.open(5, nullptr, &sensor, &nothing));
+    EXPECT_FALSE(plugin.openDialog(nullptr, &sensor, &nothing));
 }
 
 TEST_F(Plugin, KindsChooseTheirTabs) {
@@ -114,18 +120,18 @@ TEST_F(Plugin, BulletsComeFromTheLibrarysOwnResources) {
 
 TEST_F(Plugin, FramesReachThePageThroughBothEntriesAlsoAfterCloseDialog) {
     std::vector<uint32_t> picture(64 * 48, 0x808080);
-    plugin.image(picture.data(), 11, 64, 48, 256);
-    plugin.registerChanged(0, 0);
+    plugin.imageData(picture.data(), 11, 64, 48, 256);
+    plugin.registerChanged();
     ASSERT_TRUE(open());
     auto* const page = dialog->findChild<QDialog*>(QStringLiteral("LensAssist"));
     ASSERT_TRUE(page);
     page->findChild<QTimer*>()->stop();
     QMetaObject::invokeMethod(page, "OnBnClickedAe");
-    plugin.close();
-    plugin.image(picture.data(), 11, 64, 48, 256);
-    plugin.rgbImage(picture.data(), 11, 64, 48, 256);
-    plugin.rgbImage(picture.data(), 13, 64, 48, -256);
-    plugin.image(nullptr, 11, 0xFFFFFFFF, -1, 0xFFFFFFFF);
+    plugin.closeDialog();
+    plugin.imageData(picture.data(), 11, 64, 48, 256);
+    plugin.rgbImageData(picture.data(), 11, 64, 48, 256);
+    plugin.rgbImageData(picture.data(), 13, 64, 48, -256);
+    plugin.imageData(nullptr, 11, 0xFFFFFFFF, -1, 0xFFFFFFFF);
     QMetaObject::invokeMethod(page, "OnUpdateStatus");
     EXPECT_EQ(text("AE_Status"), "In progress... 12 %");
     host.log.clear();
@@ -139,7 +145,7 @@ TEST_F(Plugin, AloneInItsFolderItTellsOnceThatEachLibraryIsMissing) {
 #ifdef Q_OS_WIN
     SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32); // not the program's own, where both libraries lie
 #endif
-    plugin.load(alone);
+    load(alone);
     static int warnings;
     warnings = 0;
     qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const& text) {
@@ -156,7 +162,7 @@ TEST_F(Plugin, AloneInItsFolderItTellsOnceThatEachLibraryIsMissing) {
 #endif
     EXPECT_EQ(warnings, 2);
     EXPECT_EQ(text("Calibrate_Status").substr(0, 25), "Error. Are the External s");
-    EXPECT_TRUE(plugin.library.unload());
+    EXPECT_TRUE(plugin.unload());
     EXPECT_FALSE(dialog) << "the library's end deletes its dialog";
 }
 
@@ -173,8 +179,10 @@ TEST_F(Plugin, LoadedByARelativePathItFindsItsLibrariesFromAnyFolder) {
     static QStringList missing;
     qInstallMessageHandler(
         [](QtMsgType, QMessageLogContext const&, QString const& text) { missing += text; });
-    plugin.open = reinterpret_cast<decltype(plugin.open)>(dlsym(loaded, "OpenQtDialog"));
-    bool const opened = open();
+    auto* const openDialog = reinterpret_cast<decltype(&OpenQtDialog)>(dlsym(loaded, "OpenQtDialog"));
+    services = host.services();
+    dialog = openDialog(5, nullptr, &sensor, &services);
+    bool const opened = dialog;
     if (opened)
         QMetaObject::invokeMethod(dialog->findChild<QDialog*>(), "OnBnClickedCalibrate");
     qInstallMessageHandler(nullptr);
