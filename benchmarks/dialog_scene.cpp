@@ -22,33 +22,28 @@ std::string formattedEeprom() {
 } // namespace
 
 DialogScene::DialogScene() : m_pixels(size_t(kWidth) * kHeight, 0x808080) {
-    std::string const ini = m_folder.filePath(QStringLiteral("host.ini")).toStdString();
-    std::ofstream(ini) << "[Lens Calibration Setup]\n[Lens Calibration Verify]\n";
-    m_host.textSettings["IniFileName"] = ini;
-    m_host.textSettings["LensAssist Dir"] = m_folder.path().toStdString();
-    m_services = m_host.services();
     QString error;
     if (!m_plugin.load(QStringLiteral(PLUGIN_FILE), &error))
         qFatal("%s", qUtf8Printable(error));
     m_camera = simulator::SimulatedCamera::open(QStringLiteral("poly-12bit"), &error);
     if (!m_camera)
         qFatal("%s", qUtf8Printable(error));
-    QString const eeprom = m_folder.filePath(QStringLiteral("eeprom.bin"));
-    std::ofstream(eeprom.toStdString(), std::ios::binary) << formattedEeprom();
-    if (!m_camera->loadEeprom(eeprom, &error))
+    std::string const eeprom = m_bench.saveDir() + "/eeprom.bin";
+    std::ofstream(eeprom, std::ios::binary) << formattedEeprom();
+    if (!m_camera->loadEeprom(QString::fromStdString(eeprom), &error))
         qFatal("%s", qUtf8Printable(error));
     simulator::CameraDescription const& camera = m_camera->description();
-    m_sensor.name = camera.sensorName.constData();
-    m_sensor.fileNamePart = camera.fileNamePart.constData();
-    m_sensor.sensorKind = camera.sensorKind;
-    m_sensor.variant = camera.variant;
-    m_sensor.camera = m_camera->handle();
+    m_bench.sensor.name = camera.sensorName.constData();
+    m_bench.sensor.fileNamePart = camera.fileNamePart.constData();
+    m_bench.sensor.sensorKind = camera.sensorKind;
+    m_bench.sensor.variant = camera.variant;
+    m_bench.sensor.camera = m_camera->handle();
 }
 
 DialogScene::~DialogScene() = default;
 
 void DialogScene::open() {
-    m_dialog.reset(m_plugin.openDialog(nullptr, &m_sensor, &m_services));
+    m_dialog.reset(m_plugin.openDialog(nullptr, &m_bench.sensor, &m_bench.services));
     if (!m_dialog)
         qFatal("the plug-in opened no dialog");
     m_dialog->show();
@@ -60,7 +55,7 @@ void DialogScene::open() {
 
 void DialogScene::close() {
     m_dialog.reset();
-    m_host.log.clear();
+    m_bench.host.log.clear();
 }
 
 void DialogScene::frame() {

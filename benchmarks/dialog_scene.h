@@ -2,11 +2,10 @@
 
 #include "simulator/camera/simulated_camera.h"
 #include "simulator/host/plugin_library.h"
-#include "tests/support/fake_host.h"
+#include "tests/support/fake_bench.h"
 
 #include <QDialog>
 #include <QMetaMethod>
-#include <QTemporaryDir>
 #include <memory>
 #include <vector>
 
@@ -29,11 +28,8 @@ public:
     void startCalibration();
 
 private:
-    QTemporaryDir m_folder;
-    FakeHost m_host;
-    HostServices m_services{};
+    kestra::FakeBench m_bench;
     std::unique_ptr<simulator::SimulatedCamera> m_camera;
-    SensorRecord m_sensor{};
     pictara::PluginLibrary m_plugin;
     std::unique_ptr<QDialog> m_dialog;
     QMetaMethod m_tick;

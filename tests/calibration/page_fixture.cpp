@@ -3,36 +3,15 @@
 namespace kestra {
 
 PageFixture::PageFixture(PageCase const& pageCase) : m_case(pageCase) {
-    writeIni("[Lens Calibration Setup]\nREG = 1, 2\n[Lens Calibration Verify]\n");
-    host.textSettings["LensAssist Dir"] = saveDir();
     libraries.bitfields = {"POLY_SC_ENABLE.ENABLE", "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE"};
-    sensor.name = "S1";
     sensor.sensorKind = m_case.sensorKind;
-    sensor.variant = 1;
-    sensor.fileNamePart = "BOARD";
-    sensor.camera = libraries.camera();
     libraries.headboard.deviceAddress = 0; // no EEPROM answers, unless a test says otherwise
-}
-
-PageFixture::~PageFixture() {
-    delete page.data();
-    discardEeprom(eepromSlot);
-}
-
-void PageFixture::writeIni(std::string const& bytes) {
-    std::string const path = m_folder.filePath(QStringLiteral("host.ini")).toStdString();
-    std::ofstream(path) << bytes;
-    host.textSettings["IniFileName"] = path;
 }
 
 void PageFixture::remake() {
     delete page.data();
-    wizard = std::make_unique<Wizard>(QStringLiteral("Test"), nullptr);
-    // The pictures are the plug-in's resources; here each bullet is one pixel of its own.
-    for (QPixmap* const pixmap :
-         {&wizard->pixGray, &wizard->pixBlue, &wizard->pixGreen, &wizard->pixYellow, &wizard->pixRed})
-        *pixmap = QPixmap(1, 1);
-    page = m_case.make(sensor, host.services(), wizard.get(), eepromSlot);
+    remakeWizard();
+    page = m_case.make(sensor, services, wizard.get(), eepromSlot);
 }
 
 void PageFixture::open() {

@@ -1,13 +1,8 @@
 #pragma once
 
 #include "calibration/calibration_page.h"
-#include "tests/support/fake_host.h"
-#include "tests/support/fake_libraries.h"
 #include "tests/support/page_under_test.h"
 
-#include <QTemporaryDir>
-#include <fstream>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,11 +19,10 @@ struct PageCase {
     std::vector<char const*> captureRows;
 };
 
-/// A page on a fake host with a setup preset, a sensor that can correct, and an existing save directory.
+/// A calibration page whose sensor can correct and whose headboard has no EEPROM.
 class PageFixture : public PageUnderTest<CalibrationPage> {
 protected:
     explicit PageFixture(PageCase const& pageCase);
-    ~PageFixture() override;
 
     /// Makes the page, lets it initialise and shows it as its tab does. The log then starts anew.
     void open();
@@ -39,21 +33,10 @@ protected:
     void tick(int count = 1);
     /// Delivers RGB-32 frames of one grey, `type` other than 11 delivers raw ones.
     void frames(int count, uint32_t type = 11, uint32_t pixel = 0x808080);
-    void writeIni(std::string const& bytes);
-    [[nodiscard]] std::string saveDir() const { return m_folder.path().toStdString(); }
     /// The log without reads of settings and states.
     [[nodiscard]] std::vector<std::string> changes() const;
 
-    FakeHost host;
-    FakeLibraries libraries;
-    SensorRecord sensor{};
-    std::unique_ptr<Wizard> wizard;
-    EepromSlot eepromSlot = nullptr;
-
     PageCase const m_case;
-
-private:
-    QTemporaryDir m_folder;
 };
 
 } // namespace kestra

@@ -1,8 +1,7 @@
 #include "calibration/calibration_page.h"
 
 #include "lsc_page/lens_assist.h"
-#include "tests/support/fake_host.h"
-#include "tests/support/fake_libraries.h"
+#include "tests/support/page_bench.h"
 
 #include <QLabel>
 #include <array>
@@ -13,11 +12,9 @@ using namespace kestra;
 namespace {
 
 TEST(SerialNumberEdits, AFileStepThatIsOverIsOpenAgainOnBothPages) {
-    FakeHost host;
-    FakeLibraries libraries;
-    HeadboardEeprom* slot = nullptr;
-    LensAssist first(nullptr, {}, host.services(), nullptr, slot);
-    LensAssist second(nullptr, {}, host.services(), nullptr, slot);
+    PageBench bench;
+    LensAssist first(nullptr, {}, bench.services, nullptr, bench.eepromSlot);
+    LensAssist second(nullptr, {}, bench.services, nullptr, bench.eepromSlot);
     std::array<CalibrationPage*, 2> const both = {&first, &second};
     struct Row {
         std::array<StepState, 2> before;

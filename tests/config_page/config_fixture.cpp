@@ -8,15 +8,7 @@
 namespace kestra {
 
 ConfigFixture::ConfigFixture() {
-    sensor.camera = libraries.camera();
-    // Each bullet is one pixel of its own colour.
-    for (auto const& [pixmap, colour] : {std::pair(&wizard.pixGray, Qt::gray),
-                                         {&wizard.pixGreen, Qt::green},
-                                         {&wizard.pixYellow, Qt::yellow},
-                                         {&wizard.pixRed, Qt::red}}) {
-        *pixmap = QPixmap(1, 1);
-        pixmap->fill(colour);
-    }
+    FakeBusServices::fillIn(services);
     showMessage.replace([this](QWidget*, UserMessage const& message) {
         messages.push_back(message);
         host.note("message");
@@ -25,29 +17,20 @@ ConfigFixture::ConfigFixture() {
 }
 
 ConfigFixture::~ConfigFixture() {
-    delete page.data();
-    discardEeprom(slot);
     showMessage.replace({});
-}
-
-HostServices ConfigFixture::services() const {
-    HostServices table = host.services();
-    FakeBusServices::fillIn(table);
-    return table;
 }
 
 void ConfigFixture::make(HostServices const* table) {
     delete page.data();
-    discardEeprom(slot);
-    page = new Config(nullptr, sensor, table, slot, &wizard, [this](bool isEmpty) {
+    discardEeprom(eepromSlot);
+    page = new Config(nullptr, sensor, table, eepromSlot, wizard.get(), [this](bool isEmpty) {
         edits.push_back(isEmpty);
         host.note("serialNumberEdited");
     });
 }
 
 void ConfigFixture::open() {
-    HostServices const table = services();
-    make(&table);
+    make(&services);
     edits.clear();
     page->initialise();
     host.log.clear();

@@ -3,10 +3,8 @@
 #include "config_page/config.h"
 #include "config_page/config_display.h"
 #include "tests/support/fake_bus_services.h"
-#include "tests/support/fake_libraries.h"
 #include "tests/support/page_under_test.h"
 #include "wizard/dialogs.h"
-#include "wizard/wizard.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -24,7 +22,6 @@ protected:
     /// Makes the page anew and lets it initialise; the log then starts anew.
     void open();
     void make(HostServices const* services);
-    [[nodiscard]] HostServices services() const;
     [[nodiscard]] ConfigState const& state() const { return page->state(); }
     [[nodiscard]] QRgb bullet(char const* label) const;
     /// The code that a list shows, or -1.
@@ -41,13 +38,8 @@ protected:
     /// The log's lines of the host's bus and of the camera's modes, and the long pauses.
     [[nodiscard]] std::vector<std::string> busLog() const;
 
-    FakeHost host;
-    FakeLibraries libraries;
     FakeHeadboard& headboard = libraries.headboard;
     FakeBusServices bus{libraries.headboard};
-    SensorRecord sensor{};
-    EepromSlot slot = nullptr;
-    Wizard wizard{QStringLiteral("Test"), nullptr};
     std::vector<bool> edits;           ///< what the calibration pages were told
     std::vector<UserMessage> messages; ///< what the user was shown
     QMessageBox::StandardButton answer = QMessageBox::Ok;

@@ -65,8 +65,7 @@ TEST_F(ConfigPage, AFailureOfTheDeviceIsToldApartFromItsSilence) {
 
 TEST_F(ConfigPage, TheNumberComesFromTheEepromBeforeItIsGenerated) {
     host.textSettings["KestraMfr SN"] = "ABC1234999";
-    HostServices const table = services();
-    make(&table);
+    make(&services);
     QStringList signalled;
     QObject::connect(widget<QLineEdit>("SN"), &QLineEdit::textChanged,
                      [&](QString const& number) { signalled += number; });
@@ -247,9 +246,9 @@ protected:
                         "VYEE\x01" + numberRecord("ABC1234001") + m_calibration + "\xFF";
                     std::copy(chain.begin(), chain.end(), headboard.device.begin());
                     open();
-                    HeadboardEepromRelease(*slot);
+                    HeadboardEepromRelease(*eepromSlot);
                     enter("ABC1234002");
-                    HeadboardEepromRelease(*slot);
+                    HeadboardEepromRelease(*eepromSlot);
                     headboard.operations = 0;
                     headboard.plan(fault, uint64_t(n), lasts);
                     deed();
@@ -328,7 +327,7 @@ TEST_F(ConfigPage, ANumberWithoutRoomTakesTheOlderOneNotAway) {
     enter("ABC1234002");
     click("Apply");
     EXPECT_EQ(text("SN_Status"), "Click Apply to save.");
-    EXPECT_EQ(HeadboardEepromFlush(*slot), kEepromOk) << "as by the next save of a calibration page";
+    EXPECT_EQ(HeadboardEepromFlush(*eepromSlot), kEepromOk) << "as by the next save of a calibration page";
     EXPECT_EQ(deviceText(8192), before);
 }
 
@@ -435,7 +434,7 @@ TEST_F(ConfigPage, TheUserGuideIsLookedForInTheHostsFolder) {
 
 TEST_F(ConfigPage, WithoutHostWizardAndCameraItShowsThatNothingIsThere) {
     sensor.camera = nullptr;
-    page = new Config(nullptr, sensor, nullptr, slot, nullptr);
+    page = new Config(nullptr, sensor, nullptr, eepromSlot, nullptr);
     page->initialise();
     for (char const* slotName : {"OnBnClickedEepromTest", "OnBnClickedApply", "OnBnClickedSetGrabFileName",
                                  "OnBnClickedEepromErase"})

@@ -36,7 +36,7 @@ protected:
         enter("ABC1234002");
         host.log.clear();
         // As far as the page knows, the image may have to be read again at any time.
-        HeadboardEepromRelease(*slot);
+        HeadboardEepromRelease(*eepromSlot);
     }
 
     void run(std::string const& action) {
@@ -44,8 +44,7 @@ protected:
             return;
         if (action == "initialise") {
             // A page's first check finds an empty number.
-            HostServices const table = services();
-            make(&table);
+            make(&services);
             host.log.clear();
             page->initialise();
         } else if (action == "applySerialNumber") {
@@ -126,7 +125,7 @@ TEST_F(ConfigReentry, WhateverHappensInsideACallThePageComesToRest) {
         {"erase", [this] { run("OnBnClickedEepromErase"); }},
         {"save of a calibration page", [this] { run("applySerialNumber"); }},
         {"number cleared", [this] { enter(""); }},
-        {"EEPROM discarded", [this] { discardEeprom(slot); }},
+        {"EEPROM discarded", [this] { discardEeprom(eepromSlot); }},
     };
     for (auto const& [name, deed] : deeds) {
         SCOPED_TRACE(name);
@@ -140,9 +139,8 @@ TEST_F(ConfigReentry, WhateverHappensInsideACallThePageComesToRest) {
 
 TEST_F(ConfigReentry, EverySlotMayBeNull) {
     constexpr size_t kSlots = sizeof(HostServices) / sizeof(void*);
-    HostServices const all = services();
     for (size_t slotNumber = 0; slotNumber < kSlots; ++slotNumber) {
-        HostServices some = all;
+        HostServices some = services;
         auto* const table = reinterpret_cast<unsigned char*>(&some);
         std::fill_n(table + slotNumber * sizeof(void*), sizeof(void*), static_cast<unsigned char>(0));
         make(&some);

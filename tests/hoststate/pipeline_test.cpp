@@ -1,38 +1,30 @@
 #include "hoststate/pipeline.h"
 
-#include "tests/support/fake_host.h"
+#include "tests/support/fake_bench.h"
 #include "tests/support/fake_libraries.h"
 
-#include <QTemporaryDir>
-#include <fstream>
 #include <gtest/gtest.h>
 
 using namespace kestra;
 
 namespace {
 
-class Pipeline : public ::testing::Test {
+class Pipeline : public ::testing::Test, protected FakeBench {
 protected:
     Pipeline() {
         fake.bitfields = {"POLY_SC_ENABLE.ENABLE"};
-        fakeHost.textSettings["IniFileName"] = ini();
+        writeIni("");
     }
-    std::string ini() const { return m_folder.filePath(QStringLiteral("host.ini")).toStdString(); }
-    void writeIni(std::string const& bytes) { std::ofstream(ini()) << bytes; }
-    Host host() const { return Host(fakeHost.services()); }
 
-    FakeHost fakeHost;
     FakeLibraries fake;
-    Sensor sensor{fake.camera()};
+    Host const used{services};
+    Sensor const open{fake.camera()};
     LensCorrection correction{"POLY_SC_ENABLE", "ENABLE"};
-
-private:
-    QTemporaryDir m_folder;
 };
 
 TEST_F(Pipeline, RawSwitchesExposureOffFirstAndOnLast) {
-    setRawPipeline(host(), sensor, correction, true, false);
-    auto const sets = fakeHost.calls("setState");
+    setRawPipeline(used, open, correction, true, false);
+    auto const sets = host.calls("setState");
     ASSERT_EQ(sets.size(), 29U);
     EXPECT_EQ(sets.front(), "setState Auto Exposure 0");
     EXPECT_EQ(sets[26], "setState Lens Sim Enable Poly 0");
@@ -40,7 +32,7 @@ TEST_F(Pipeline, RawSwitchesExposureOffFirstAndOnLast) {
     EXPECT_EQ(sets[28], "setState White Balance 0");
     // Everything is switched off but what has a neutral or a measuring value.
     std::map<std::string, int32_t> on;
-    for (auto const& [variable, value] : fakeHost.states)
+    for (auto const& [variable, value] : host.states)
         if (value != 0)
             on[variable] = value;
     EXPECT_EQ(on, (std::map<std::string, int32_t>{{"Saturation", 10},
@@ -55,16 +47,16 @@ TEST_F(Pipeline, RawSwitchesExposureOffFirstAndOnLast) {
                                                   {"Auto Exposure Soft Limit", 1},
                                                   {"Auto Exposure Soft Gain Limit", 10},
                                                   {"Auto Exposure Software Gain Limit", 100}}));
-    EXPECT_EQ(fakeHost.calls("setState Relative"), std::vector<std::string>{});
+    EXPECT_EQ(host.calls("setState Relative"), std::vector<std::string>{});
     // The correction is switched off inside the same bracket.
-    std::vector<std::string> const tail(fakeHost.log.end() - 5, fakeHost.log.end());
+    std::vector<std::string> const tail(host.log.end() - 5, host.log.end());
     EXPECT_EQ(tail, (std::vector<std::string>{"existsBitfield POLY_SC_ENABLE ENABLE", "begin",
                                               "writeRegister POLY_SC_ENABLE ENABLE 0", "end", "end"}));
 }
 
 TEST_F(Pipeline, RawResetsTheGainsBetweenTheListAndTheSecondExposureWrite) {
-    setRawPipeline(host(), sensor, correction, false, true);
-    auto const sets = fakeHost.calls("setState");
+    setRawPipeline(used, open, correction, false, true);
+    auto const sets = host.calls("setState");
     ASSERT_EQ(sets.size(), 31U);
     EXPECT_EQ(sets[27], "setState Relative Red Gain 1000");
     EXPECT_EQ(sets[28], "setState Relative Blue Gain 1000");
@@ -73,17 +65,17 @@ TEST_F(Pipeline, RawResetsTheGainsBetweenTheListAndTheSecondExposureWrite) {
 
 TEST_F(Pipeline, VerifyUsesNoBracketAndAppliesItsPresetBeforeTheCorrection) {
     writeIni("[Hidden: Lens Calibration Verify]\n");
-    setVerifyPipeline(host(), sensor, correction);
-    EXPECT_EQ(fakeHost.calls("setState").size(), 14U);
-    EXPECT_EQ(fakeHost.log[3], "setState Gamma 9");
+    setVerifyPipeline(used, open, correction);
+    EXPECT_EQ(host.calls("setState").size(), 14U);
+    EXPECT_EQ(host.log[3], "setState Gamma 9");
     int32_t sum = 0; // a wrong value anywhere shows here
-    for (auto const& [variable, value] : fakeHost.states)
+    for (auto const& [variable, value] : host.states)
         sum += value;
     EXPECT_EQ(sum, 1 + 2 + 10 + 9 + 20 + 5 + 3 + 100 + 100 + 100 + 1 + 1);
-    EXPECT_EQ(fakeHost.log[14], "readText IniFileName");
-    EXPECT_EQ(fakeHost.log[16], "applyPreset 0 Hidden: Lens Calibration Verify");
-    EXPECT_EQ(fakeHost.calls("begin").size(), 1U);
-    EXPECT_EQ(fakeHost.calls("writeRegister").back(), "writeRegister POLY_SC_ENABLE ENABLE 1");
+    EXPECT_EQ(host.log[14], "readText IniFileName");
+    EXPECT_EQ(host.log[16], "applyPreset 0 Hidden: Lens Calibration Verify");
+    EXPECT_EQ(host.calls("begin").size(), 1U);
+    EXPECT_EQ(host.calls("writeRegister").back(), "writeRegister POLY_SC_ENABLE ENABLE 1");
 }
 
 TEST_F(Pipeline, PresetsAreTriedInOrderUnderTheirPrefixes) {
@@ -103,11 +95,11 @@ TEST_F(Pipeline, PresetsAreTriedInOrderUnderTheirPrefixes) {
     };
     for (Row const& row : rows) {
         writeIni(row.ini);
-        EXPECT_STREQ(findPreset(host(), kSetupPreset), row.setup) << row.ini;
-        EXPECT_STREQ(findPreset(host(), kVerifyPreset), row.verify) << row.ini;
+        EXPECT_STREQ(findPreset(used, kSetupPreset), row.setup) << row.ini;
+        EXPECT_STREQ(findPreset(used, kVerifyPreset), row.verify) << row.ini;
     }
-    fakeHost.textSettings.clear();
-    EXPECT_FALSE(presetExists(host(), "Lens Calibration Setup"));
+    host.textSettings.clear();
+    EXPECT_FALSE(presetExists(used, "Lens Calibration Setup"));
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 // is the beginning of all that are longer; elsewhere each begins anew, and fewer are tried.
 
 #include "simulator/host/plugin_library.h"
-#include "tests/support/fake_host.h"
+#include "tests/support/fake_bench.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -11,7 +11,6 @@
 #include <QTemporaryDir>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <iterator>
@@ -32,26 +31,20 @@ extern "C" [[gnu::visibility("default")]] int __lsan_is_turned_off() {
 }
 #endif
 
+using namespace kestra;
+
 namespace {
 
-struct Setting {
+struct Setting : FakeBench {
     int argc = 1;
     char name[15] = "orders_test";
     char* argv[2] = {name, nullptr};
     QApplication* application = new QApplication(argc, argv);
-    QTemporaryDir folder;
-    FakeHost host;
-    SensorRecord sensor{};
-    HostServices services{};
     pictara::PluginLibrary plugin;
     QPointer<QWidget> parent = new QWidget;
     std::vector<QPointer<QDialog>> dialogs;
 
     Setting() {
-        std::string const ini = folder.filePath(QStringLiteral("host.ini")).toStdString();
-        std::ofstream(ini) << "[Lens Calibration Setup]\n";
-        host.textSettings["IniFileName"] = ini;
-        services = host.services();
         QString error;
         if (!plugin.load(QStringLiteral(PLUGIN_FILE), &error))
             std::_Exit(1);

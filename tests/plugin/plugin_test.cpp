@@ -1,5 +1,5 @@
 #include "simulator/host/plugin_library.h"
-#include "tests/support/fake_host.h"
+#include "tests/support/fake_bench.h"
 
 #include <QDialog>
 #include <QDir>
@@ -10,7 +10,6 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTimer>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
@@ -26,14 +25,14 @@ extern "C" [[gnu::visibility("default")]] void ImageData(void const*, uint32_t, 
     ADD_FAILURE() << "the host's function instead of the plug-in's";
 }
 
+using namespace kestra;
+
 namespace {
 
-class Plugin : public ::testing::Test {
+class Plugin : public ::testing::Test, protected FakeBench {
 protected:
     Plugin() {
         writeIni("[lens calibration setup]\n");
-        sensor.name = "S1";
-        sensor.sensorKind = 200;
         load(QStringLiteral(PLUGIN_FILE));
     }
     ~Plugin() override { delete dialog.data(); }
@@ -42,13 +41,7 @@ protected:
         QString error;
         ASSERT_TRUE(plugin.load(file, &error)) << qPrintable(error);
     }
-    void writeIni(std::string const& bytes) {
-        std::string const path = m_folder.filePath(QStringLiteral("host.ini")).toStdString();
-        std::ofstream(path) << bytes;
-        host.textSettings["IniFileName"] = path;
-    }
     QDialog* open(uint32_t version = 5) {
-        services = host.services();
         dialog = plugin.openDialog(nullptr, &sensor, &services, version);
         return dialog;
     }
@@ -56,12 +49,9 @@ protected:
         return dialog->findChild<QLabel*>(QLatin1String(label))->text().toStdString();
     }
 
-    FakeHost host;
-    SensorRecord sensor{};
-    HostServices services{};
     pictara::PluginLibrary plugin;
     QPointer<QDialog> dialog;
-    QTemporaryDir m_folder;
+    QDir const m_folder{QString::fromStdString(saveDir())};
 };
 
 TEST_F(Plugin, AnswersNoDialogAndCallsNobodyForWhatItDoesNotServe) {
@@ -180,7 +170,6 @@ TEST_F(Plugin, LoadedByARelativePathItFindsItsLibrariesFromAnyFolder) {
     qInstallMessageHandler(
         [](QtMsgType, QMessageLogContext const&, QString const& text) { missing += text; });
     auto* const openDialog = reinterpret_cast<decltype(&OpenQtDialog)>(dlsym(loaded, "OpenQtDialog"));
-    services = host.services();
     dialog = openDialog(5, nullptr, &sensor, &services);
     bool const opened = dialog;
     if (opened)

@@ -11,7 +11,6 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QTemporaryDir>
-#include <fstream>
 #include <map>
 
 namespace kestra {
@@ -65,11 +64,12 @@ int readYcbcr(sf_Handle* handle, void const* frame, uint32_t width, uint32_t hei
     return fakes.sf_SetInputImageYcbcr(handle, frame, width, height, coding, a, b);
 }
 
-QString iniFile() {
+// Of all sessions, as a fuzzer makes thousands a minute.
+QString sessionFolder() {
     static QTemporaryDir const folder(QDir(QStringLiteral("/dev/shm")).exists()
                                           ? QStringLiteral("/dev/shm/fuzz-XXXXXX")
                                           : QDir::tempPath() + QStringLiteral("/fuzz-XXXXXX"));
-    return folder.filePath(QStringLiteral("host.ini"));
+    return folder.path();
 }
 
 constexpr char const* kButtons[] = {"OnBnClickedAe",
@@ -99,12 +99,12 @@ void DialogSession::prepare() {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     static auto* const application = new QApplication(argc, argv); // never deleted: Qt's statics go first
     (void)application;
-    std::ofstream(iniFile().toStdString())
-        << "[Lens Calibration Setup]\nREG = 1, 2\n[Hidden: Lens Calibration Verify]\n";
+    FakeBench(sessionFolder())
+        .writeIni("[Lens Calibration Setup]\nREG = 1, 2\n[Hidden: Lens Calibration Verify]\n");
     qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const&) {});
 }
 
-DialogSession::DialogSession(InputReader& input) {
+DialogSession::DialogSession(InputReader& input) : FakeBench(sessionFolder()) {
     fakes = shadefit();
     Shadefit table = fakes;
     table.sf_Create = create;
@@ -115,11 +115,8 @@ DialogSession::DialogSession(InputReader& input) {
     installShadefit(table);
     beginAnew(input);
     chooseResultFolder.replace([] { return QString::fromStdString(answers->text()); });
-    sensor.name = "S1";
-    sensor.sensorKind = 200;
-    sensor.fileNamePart = "BOARD";
+    sensor.variant = 0;
     sensor.camera = libraries.camera();
-    services = host.services();
 }
 
 DialogSession::~DialogSession() {
@@ -140,10 +137,7 @@ DialogSession::~DialogSession() {
 
 void DialogSession::beginAnew(InputReader& input) {
     answers = &input;
-    host.log.clear();
-    host.states.clear();
-    host.intSettings.clear();
-    host.textSettings.clear();
+    resetHost();
     libraries.resetAnswers();
     FakeHeadboard& board = libraries.headboard;
     board.registers.clear();
@@ -158,8 +152,6 @@ void DialogSession::beginAnew(InputReader& input) {
     }
     libraries.description.imageWidth = 64;
     libraries.description.imageHeight = 48;
-    host.textSettings["IniFileName"] = iniFile().toStdString();
-    host.textSettings["LensAssist Dir"] = QFileInfo(iniFile()).path().toStdString();
 }
 
 QDialog* DialogSession::open(uint32_t apiVersion, QWidget* parent) {

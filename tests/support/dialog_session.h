@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/support/fake_host.h"
+#include "tests/support/fake_bench.h"
 #include "tests/support/fake_libraries.h"
 #include "tests/support/input_reader.h"
 
@@ -15,7 +15,7 @@ class CalibrationPage;
 
 /// The plug-in with a host and libraries whose answers come from a fuzz input. At its end everything is
 /// deleted, and what must be balanced by then is checked. One lives at a time.
-class DialogSession {
+class DialogSession : public FakeBench {
 public:
     explicit DialogSession(InputReader& answers);
     ~DialogSession();
@@ -39,10 +39,7 @@ public:
     /// New answers of the libraries: null, short and absurd ones among them.
     void changeLibraryAnswers();
 
-    FakeHost host;
     FakeLibraries libraries;
-    SensorRecord sensor{};
-    HostServices services{};
 
 private:
     std::string m_partName;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/page_bench.h"
+
 #include <QApplication>
 #include <QEvent>
 #include <QLabel>
@@ -8,6 +10,8 @@
 #include <QPushButton>
 #include <gtest/gtest.h>
 #include <string>
+
+namespace kestra {
 
 /// What a label or progress bar showed when it was last painted.
 class PaintWatch : public QObject {
@@ -41,8 +45,9 @@ private:
 
 /// A page under test and its widgets by their names; a name that the page lacks fails the test.
 template <typename Page>
-class PageUnderTest : public ::testing::Test {
+class PageUnderTest : public ::testing::Test, protected PageBench {
 protected:
+    ~PageUnderTest() override { delete page.data(); }
     template <typename Widget>
     [[nodiscard]] Widget* widget(char const* name) const {
         auto* const found = page->template findChild<Widget*>(QLatin1String(name));
@@ -60,3 +65,5 @@ protected:
 
     QPointer<Page> page;
 };
+
+} // namespace kestra

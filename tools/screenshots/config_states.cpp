@@ -3,8 +3,7 @@
 #include "config_page/config.h"
 #include "config_page/config_display.h"
 #include "tests/support/fake_bus_services.h"
-#include "tests/support/fake_host.h"
-#include "tests/support/fake_libraries.h"
+#include "tests/support/page_bench.h"
 #include "wizard/page_surface.h"
 
 #include <QApplication>
@@ -23,23 +22,12 @@ using namespace kestra;
 namespace {
 
 // The page on a fake headboard, driven to a state as a device and a user would drive it.
-class Scene {
+class Scene : public PageBench {
 public:
-    Scene() {
-        sensor.camera = libraries.camera();
-        std::fill(device().begin(), device().end(), uint8_t(0xFF));
-    }
-    ~Scene() {
-        page.reset();
-        discardEeprom(slot);
-    }
-    Scene(Scene const&) = delete;
-    Scene& operator=(Scene const&) = delete;
+    Scene() { FakeBusServices::fillIn(services); }
 
     void open() {
-        HostServices services = host.services();
-        FakeBusServices::fillIn(services);
-        page = std::make_unique<Config>(nullptr, sensor, &services, slot, &wizard);
+        page = std::make_unique<Config>(nullptr, sensor, &services, eepromSlot, wizard.get());
         page->show();
         page->initialise();
     }
@@ -61,12 +49,7 @@ public:
     void enter(char const* number) { widget<QLineEdit>("SN")->setText(QLatin1String(number)); }
     void press(char const* button) { widget<QPushButton>(button)->click(); }
 
-    FakeHost host;
-    FakeLibraries libraries;
     FakeBusServices bus{libraries.headboard};
-    SensorRecord sensor{};
-    EepromSlot slot = nullptr;
-    Wizard wizard{QString(), nullptr};
     std::unique_ptr<Config> page;
 
 private:
@@ -107,7 +90,7 @@ NamedState const kStates[] = {
          // No check of the page ends so; it is shown as the page would show it.
          ConfigStatus const status = eepromStatus(EepromState::Error, {}, 0);
          s.widget<QLabel>("EEPROM_Status")->setText(status.text);
-         s.widget<QLabel>("EEPROM_Bullet")->setPixmap(bulletPixmap(&s.wizard, status.bullet));
+         s.widget<QLabel>("EEPROM_Bullet")->setPixmap(bulletPixmap(s.wizard.get(), status.bullet));
      }},
     {"config-lists-changed",
      [](Scene& s) {

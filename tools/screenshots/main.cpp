@@ -4,15 +4,12 @@
 
 #include "apga_page/lens_assist_apga.h"
 #include "lsc_page/lens_assist.h"
-#include "tests/support/fake_host.h"
-#include "tests/support/fake_libraries.h"
+#include "tests/support/page_bench.h"
 #include "tools/screenshots/config_states.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QTemporaryDir>
 #include <cstdio>
-#include <fstream>
 #include <functional>
 #include <vector>
 
@@ -24,33 +21,31 @@ constexpr int kWidth = 640;
 constexpr int kHeight = 360;
 
 // A page on a fake host, driven to a state as a host and a user would drive it.
-class Scene {
+class Scene : public PageBench {
 public:
     Scene() {
         writeIni("[Lens Calibration Setup]\n");
         host.textSettings["LensAssist Dir"] = "/tmp";
         libraries.bitfields = {"POLY_SC_ENABLE.ENABLE"};
-        sensor.name = "S1";
-        sensor.sensorKind = 200;
+        sensor.variant = 0;
         sensor.fileNamePart = "MODULE";
-        sensor.camera = libraries.camera();
     }
 
     void open() {
-        openPage(new LensAssist(nullptr, sensor, host.services(), &wizard, eepromSlot), "Lens Calibration");
+        openPage(new LensAssist(nullptr, sensor, services, wizard.get(), eepromSlot), "Lens Calibration");
     }
     void openThreeIlluminants() {
         sensor.sensorKind = 72;
-        auto* const created = new LensAssistApga(nullptr, sensor, host.services(), &wizard, eepromSlot);
+        auto* const created = new LensAssistApga(nullptr, sensor, services, wizard.get(), eepromSlot);
         created->setMode({.autoPgaMode = 0, .adaptivePgaMode = 1});
         openPage(created, "Lens Calibration - APGA(Adaptive/Auto)");
     }
     void openPage(CalibrationPage* created, char const* tab) {
         page = created;
         page->initialise();
-        wizard.addPage(page, QString::fromLatin1(tab));
+        wizard->addPage(page, QString::fromLatin1(tab));
         page->findChild<QTimer*>()->stop();
-        wizard.show();
+        wizard->show();
     }
     void press(char const* button) { page->findChild<QPushButton*>(QLatin1String(button))->click(); }
     void tick() {
@@ -111,21 +106,7 @@ public:
             tick();
         }
     }
-    void writeIni(std::string const& bytes) {
-        std::string const path = m_folder.filePath(QStringLiteral("host.ini")).toStdString();
-        std::ofstream(path) << bytes;
-        host.textSettings["IniFileName"] = path;
-    }
-
-    FakeHost host;
-    FakeLibraries libraries;
-    SensorRecord sensor{};
-    EepromSlot eepromSlot = nullptr;
-    Wizard wizard{QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), nullptr};
     CalibrationPage* page = nullptr; // owned by the wizard's tab
-
-private:
-    QTemporaryDir m_folder;
 };
 
 struct NamedState {
@@ -282,7 +263,7 @@ bool write(NamedState const& state, QDir const& folder) {
     state.reach(scene);
     QApplication::processEvents();
     QString const file = folder.filePath(QLatin1String(state.name) + QStringLiteral(".png"));
-    bool const written = scene.wizard.grab().save(file);
+    bool const written = scene.wizard->grab().save(file);
     std::printf("%s %s\n", written ? "wrote" : "could not write", qUtf8Printable(file));
     return written;
 }

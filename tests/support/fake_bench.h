@@ -1,0 +1,39 @@
+#pragma once
+
+#include "tests/support/fake_host.h"
+
+#include <QString>
+#include <QTemporaryDir>
+#include <optional>
+#include <string>
+
+namespace kestra {
+
+/// What the plug-in is started on: a fake host whose ini file has a setup preset and whose save directory
+/// exists, its services, and the record of its sensor, for which the lens-shading page is made.
+class FakeBench {
+public:
+    /// With files in a folder of its own.
+    FakeBench();
+    /// With files in a folder of the caller's, whose ini file stays as it is.
+    explicit FakeBench(QString const& folder);
+
+    /// Forgets what the host was told, and what it logged.
+    void resetHost();
+    /// Writes the host's ini file anew.
+    void writeIni(std::string const& bytes);
+    /// The save directory, where the ini file lies, too.
+    [[nodiscard]] std::string saveDir() const { return m_folder.toStdString(); }
+
+    FakeHost host;
+    SensorRecord sensor{};
+    HostServices services = host.services();
+
+private:
+    [[nodiscard]] std::string iniFile() const { return saveDir() + "/host.ini"; }
+
+    std::optional<QTemporaryDir> m_own;
+    QString m_folder;
+};
+
+} // namespace kestra
