@@ -11,8 +11,8 @@ struct NoisePicture {
     FrameSize size;
     std::vector<uint32_t> pixels;
 
-    [[nodiscard]] Frame frame() const {
-        return {pixels.data(), ImageType::Rgb32, size.width, size.height, size.width * 4};
+    [[nodiscard]] kestra::Frame frame() const {
+        return {pixels.data(), kestra::ImageType::Rgb32, size.width, size.height, size.width * 4};
     }
 };
 
