@@ -1,6 +1,7 @@
 #include "common/host.h"
 
-#include "tests/support/fake_host.h"
+#include "tests/support/fake_bus_services.h"
+#include "tests/support/fake_libraries.h"
 
 #include <gtest/gtest.h>
 
@@ -8,52 +9,32 @@ using namespace kestra;
 
 namespace {
 
-// Slots that the fake host leaves null.
-std::string handedOver;
-
-HostServices withEverySlot(FakeHost const& host) {
-    HostServices table = host.services();
-    table.readBusByte = [](uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
-        FakeHost::current()->note("readBus " + std::to_string(device) + ' ' + std::to_string(address) + ' ' +
-                                  std::to_string(addressBits) + ' ' + std::to_string(dataBits));
-        return 0x1FFU;
-    };
-    table.writeBusByte = [](uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
-                            uint32_t dataBits) {
-        FakeHost::current()->note("writeBus " + std::to_string(device) + ' ' + std::to_string(address) + ' ' +
-                                  std::to_string(value) + ' ' + std::to_string(addressBits) + ' ' +
-                                  std::to_string(dataBits));
-    };
-    table.readOption = [](char const* option) -> char const* {
-        return std::string(option) == "Product" ? "Board" : nullptr;
-    };
-    table.writeOption = [](char const* option, char const* value) {
-        handedOver = std::string(option) + '=' + value;
-    };
-    return table;
-}
-
 TEST(Host, EverySlotGetsItsArgumentsInTheHostsOrder) {
     FakeHost fake;
+    FakeLibraries libraries;
+    FakeBusServices bus(libraries.headboard);
+    libraries.headboard.device[8177] = 0x1F;
+    bus.options["Product"] = "Board";
+    HostServices table = fake.services();
+    FakeBusServices::fillIn(table);
     fake.registers["R.B"] = 7;
     fake.states["Gamma"] = -3;
-    Host const host(withEverySlot(fake));
+    Host const host(table);
     EXPECT_EQ(host.readRegister("R", "B"), 7U);
     host.writeListEntry(1, 0x3600, 9);
     host.announceRegister("R");
     EXPECT_EQ(host.readState("Gamma"), -3);
-    EXPECT_EQ(host.readBusByte(0xA8, 8177), 0x1FFU);
+    EXPECT_EQ(host.readBusByte(0xA8, 8177), 0x1FU);
     host.writeBusByte(0xA8, 8177, 0xFE);
     host.applyPreset("P");
     host.setupAnalysis(640);
-    EXPECT_EQ(fake.log, (std::vector<std::string>{"readRegister R B 1", "writeListEntry 13824 0 1 0 9",
-                                                  "announceRegister R 0 0", "readState Gamma",
-                                                  "readBus 168 8177 16 8", "writeBus 168 8177 254 16 8",
-                                                  "applyPreset 0 P", "setupAnalysis 1 0 640 0 640"}));
+    EXPECT_EQ(fake.log, (std::vector<std::string>{
+                            "readRegister R B 1", "writeListEntry 13824 0 1 0 9", "announceRegister R 0 0",
+                            "readState Gamma", "readBusByte 168 8177 16 8", "writeBusByte 168 8177 254 16 8",
+                            "applyPreset 0 P", "setupAnalysis 1 0 640 0 640"}));
     EXPECT_EQ(host.readOption("Product"), "Board");
-    EXPECT_EQ(host.readOption("none"), "");
     host.writeOption("Product", "Other");
-    EXPECT_EQ(handedOver, "Product=Other");
+    EXPECT_EQ(bus.options["Product"], "Other");
     host.setState("Gamma", 20);
     host.writeRegister("R", "B", 8);
     host.writeIntSetting("Number", 5);

@@ -1,5 +1,6 @@
 #include "common/numbers.h"
 #include "common/system.h"
+#include "common/version.h"
 
 #include <QDir>
 #include <gtest/gtest.h>
@@ -35,6 +36,10 @@ TEST(Directory, OnlyAnExistingFolderIsOne) {
     EXPECT_FALSE(directoryExists(QDir::tempPath().toLocal8Bit() + "/there is no such folder"));
     EXPECT_FALSE(directoryExists(KESTRA_SOURCE_DIR "/README.md"));
     EXPECT_FALSE(directoryExists(""));
+}
+
+TEST(Version, IsToldAsTheHostsUsersKnowIt) {
+    EXPECT_EQ(versionText().toStdString(), std::string("Version: 6.1.63.61641\nBuild Date: ") + kBuildDate);
 }
 
 } // namespace

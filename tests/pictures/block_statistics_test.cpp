@@ -1,9 +1,11 @@
 #include "pictures/block_statistics.h"
+#include "pictures/lab.h"
 #include "pictures/uniformity.h"
 
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <random>
 #include <vector>
 
 using namespace kestra;
@@ -125,6 +127,57 @@ TEST(Ring, StaysInsideTheFrame) {
     paintRing(outside.frame(), QRect(QPoint(100, 100), QPoint(120, 120)), 1);
     paintRing(outside.frame(), QRect(QPoint(2, 100), QPoint(4, 120)), 1);
     EXPECT_EQ(std::count(outside.pixels.begin(), outside.pixels.end(), 1U), 0);
+}
+
+constexpr int32_t kAskedWidth = 660;
+constexpr int32_t kAskedHeight = 481;
+
+struct Asked : CSbl {
+    explicit Asked(std::vector<uint32_t> const& shown) : pixels(shown) {}
+    uint32_t pixelAt(int32_t x, int32_t y) override { return pixels[size_t(y) * kAskedWidth + size_t(x)]; }
+    std::vector<uint32_t> const& pixels;
+};
+
+TEST(AskedPixels, GiveEveryBlockTheStatisticsOfThePictureItself) {
+    std::vector<uint32_t> pixels(size_t(kAskedWidth) * kAskedHeight);
+    std::mt19937 random(3);
+    for (uint32_t& pixel : pixels)
+        pixel = uint32_t(random());
+    CSbl whole;
+    whole.measure(pixels.data(), kAskedWidth, kAskedHeight, kAskedWidth);
+    Asked asked(pixels);
+    asked.measure(nullptr, kAskedWidth, kAskedHeight, 0);
+    ASSERT_EQ(asked.columns(), whole.columns());
+    for (int32_t row = 0; row < whole.rows(); ++row)
+        for (int32_t column = 0; column < whole.columns(); ++column) {
+            CSbl::Block const& one = asked.block(row, column);
+            CSbl::Block const& other = whole.block(row, column);
+            EXPECT_EQ(one.red, other.red) << row << ' ' << column;
+            EXPECT_EQ(one.green, other.green) << row << ' ' << column;
+            EXPECT_EQ(one.blue, other.blue) << row << ' ' << column;
+        }
+}
+
+TEST(FractionalPower, IsAsGoodAsTheStandardLibraryAtEveryNodeBorderAndBeyondTheTable) {
+    for (double const exponent : {2.4, 1.0 / 3}) {
+        FractionalPower const power(exponent);
+        double worst = 0;
+        auto const look = [&](double x) {
+            worst = std::max(worst, std::abs(power(x) / std::pow(x, exponent) - 1));
+        };
+        for (double x = 1.0 / 256; x < 4; x *= 1.0003)
+            look(x);
+        for (double border = 1.0 / 256; border < 4; border *= 2) {
+            for (int i = 0; i < 64; ++i) {
+                double const x = border * (1 + i / 64.0);
+                look(x);
+                look(std::nextafter(x, 0));
+            }
+        }
+        look(1e-300);
+        look(1e100);
+        EXPECT_LT(worst, 1e-15) << exponent;
+    }
 }
 
 } // namespace

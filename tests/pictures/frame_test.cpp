@@ -4,6 +4,7 @@
 #include "pictures/white_balance.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <vector>
 
 using namespace kestra;
@@ -26,6 +27,25 @@ TEST(FrameRules, ARingReachesTheFirstAndTheLastColumnAndRow) {
         size_t const x = i % 6, y = i / 6;
         EXPECT_EQ(pixels[i], x == 0 || x == 5 || y == 0 || y == 4 ? 1U : 0U) << x << ' ' << y;
     }
+}
+
+TEST(WhiteBalance, GainLeavesAQuarterOfTheErrorAndTruncates) {
+    EXPECT_EQ(correctedGain(1000, 120, 100), 875);
+    EXPECT_EQ(correctedGain(1000, 80, 100), 1187);
+    EXPECT_EQ(correctedGain(std::numeric_limits<int32_t>::max(), 1e-9, 255),
+              std::numeric_limits<int32_t>::max());
+}
+
+TEST(WhiteBalance, TouchesNoPixelOfAFrameThatDoesNotHoldTogether) {
+    uint8_t const pixel[4] = {1, 2, 3, 4};
+    Frame const frames[] = {
+        {nullptr, ImageType::Rgb32, 640, 480, 2560}, {pixel, ImageType::Rgb32, 0, 480, 2560},
+        {pixel, ImageType::Rgb32, 640, -1, 2560},    {pixel, ImageType::Rgb32, 640, 480, 2559},
+        {pixel, ImageType::Rgb32, 640, 480, -2559},  {pixel, ImageType::Rgb32, 1, 1, 4},
+        {pixel, ImageType::Raw12, 640, 480, 2560},   {pixel, ImageType::Rgb32, 0x40000000, 480, 0},
+    };
+    for (Frame const& frame : frames)
+        EXPECT_FALSE(meanOfCentre(frame)) << frame.width << " x " << frame.height;
 }
 
 } // namespace
