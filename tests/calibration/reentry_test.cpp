@@ -120,6 +120,7 @@ TEST_P(Reentry, WhateverHappensInsideACallThePageComesToRest) {
                     if (page)
                         QMetaObject::invokeMethod(page, slot);
                 if (onlyFrames && page) {
+                    page->registerChanged(0, 0);
                     tick();
                     frames(1);
                     frames(1, 13);

@@ -13,7 +13,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <memory>
 
 using namespace kestra;
 
@@ -79,8 +81,14 @@ TEST_P(ConfigPageLink, EditsOpenTheFileStepAgainOrCloseIt) {
     EXPECT_EQ(fileState(), kNotEvaluated);
     enter("");
     EXPECT_EQ(fileState(), kFailed);
+    auto const* const status = DialogSession::page()->findChild<QLabel*>(QStringLiteral("File_Save_Status"));
+    QString const refused = status->text();
     enter("AB");
     EXPECT_EQ(fileState(), kNotEvaluated);
+    EXPECT_NE(status->text(), refused) << "shown at once";
+    DialogSession::page()->setFileState(kReady);
+    enter("ABC");
+    EXPECT_EQ(fileState(), kReady) << "only a step that is over is opened again";
 }
 
 TEST_P(ConfigPageLink, TheNumberIsStoredBeforeTheCalibration) {
@@ -120,5 +128,29 @@ TEST_P(ConfigPageLink, ThePageMayBeDeletedInsideAnyCallOfASave) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ConfigPageLink, ::testing::Values(200, 72));
+
+TEST(KestraMfrInstance, DeletesTheConfigurationPageBetweenEepromAndWizardAndKeepsItsAddress) {
+    FakeLibraries libraries;
+    std::string order;
+    // Raw storage, so that the members can be looked at behind the destructor.
+    alignas(KestraMfr) unsigned char storage[sizeof(KestraMfr)];
+    auto* const kestra = new (storage) KestraMfr;
+    QWidget parent;
+    kestra->g_parentWidget = &parent;
+    kestra->g_wizard = new Wizard(QStringLiteral("Test"), &parent);
+    kestra->g_wizard->setDestroyedHook([&] { order += "wizard "; });
+    auto* const page = new Config(&parent, {}, nullptr, kestra->g_headboardEeprom, kestra->g_wizard);
+    kestra->g_configPage = page;
+    (void)sharedEeprom(kestra->g_headboardEeprom, libraries.camera());
+    QObject::connect(page, &QObject::destroyed,
+                     [&] { order += kestra->g_headboardEeprom ? "page before the EEPROM " : "page "; });
+    std::destroy_at(kestra);
+    EXPECT_EQ(order, "page wizard ");
+    void* members[6];
+    std::memcpy(members, storage, sizeof members);
+    EXPECT_EQ(members[0], page);
+    for (size_t i = 1; i < std::size(members); ++i)
+        EXPECT_EQ(members[i], nullptr) << i;
+}
 
 } // namespace
