@@ -11,7 +11,6 @@
 namespace {
 
 constexpr size_t kMostBytes = 65536;
-constexpr uint32_t kYcbcr = 5, kRgb32 = 11, kRaw12 = 13, kRaw8 = 8;
 
 GuardedMemory arenas[] = {GuardedMemory(kMostBytes), GuardedMemory(kMostBytes), GuardedMemory(kMostBytes),
                           GuardedMemory(kMostBytes)};
@@ -23,7 +22,7 @@ GuardedFrame::GuardedFrame(InputReader& input) {
     MUST_HOLD(alive < std::size(arenas));
     GuardedMemory& arena = arenas[alive++];
     chooseSizes(input);
-    if (isConsistent() && !m_isNull)
+    if (m_sizes.holdTogether() && !m_isNull)
         fill(input);
     m_pixels = arena.placeAtRear(m_before.size());
     std::copy(m_before.begin(), m_before.end(), m_pixels);
@@ -42,54 +41,41 @@ void GuardedFrame::deliverGood(int displayed, int raw) {
     }
 }
 
-size_t GuardedFrame::bytesPerPixel() const {
-    return m_type == kRgb32 ? 4 : m_type == kRaw12 || m_type == kYcbcr ? 2 : 1;
-}
-
-size_t GuardedFrame::rowBytes() const {
-    // Pitch 0 tells of a raw frame without gaps.
-    if (m_pitch == 0)
-        return m_width > 0 ? size_t(m_width) * bytesPerPixel() : 0;
-    return size_t(m_pitch < 0 ? -int64_t{m_pitch} : int64_t{m_pitch});
-}
-
-bool GuardedFrame::isConsistent() const {
-    // These two are captured by their rows' bytes alone.
-    if (m_type == kRaw12 || m_type == kYcbcr)
-        return m_height > 0 && rowBytes() > 0;
-    return m_width > 0 && m_height > 0 && rowBytes() >= size_t(m_width) * bytesPerPixel();
-}
-
 void GuardedFrame::chooseSizes(InputReader& input) {
-    constexpr uint32_t kTypes[] = {kRgb32, kRgb32, kRaw12, kYcbcr, kRaw8, 0, 0xFFFFFFFF, kRgb32};
-    m_type = input.pick(kTypes);
+    using Sizes = kestra::FrameSizes;
+    constexpr uint32_t kTypes[] = {Sizes::kRgb32, Sizes::kRgb32, Sizes::kRaw12,
+                                   Sizes::kYcbcr, Sizes::kRaw8,  0,
+                                   0xFFFFFFFF,    Sizes::kRgb32};
+    m_sizes.type = input.pick(kTypes);
     m_isRgbEntry = input.chance(2);
     m_isNull = input.chance(16);
-    m_width = int32_t(input.number());
-    m_height = int32_t(input.number());
+    m_sizes.width = int32_t(input.number());
+    m_sizes.height = int32_t(input.number());
     switch (input.byte() % 4) {
     case 0:
-        m_pitch = int32_t(input.number());
+        m_sizes.pitch = int32_t(input.number());
         break;
     case 1:
-        m_pitch = int32_t(0U - uint32_t(m_width) * uint32_t(bytesPerPixel()) - input.byte());
+        m_sizes.pitch =
+            int32_t(0U - uint32_t(m_sizes.width) * uint32_t(m_sizes.bytesPerPixel()) - input.byte());
         break;
     default:
-        m_pitch = int32_t(uint32_t(m_width) * uint32_t(bytesPerPixel()) + input.byte() % 8);
+        m_sizes.pitch =
+            int32_t(uint32_t(m_sizes.width) * uint32_t(m_sizes.bytesPerPixel()) + input.byte() % 8);
         break;
     }
-    if (m_isNull || !isConsistent())
+    if (m_isNull || !m_sizes.holdTogether())
         return;
     // A host tells the truth about the memory that it hands over, so the sizes have to fit into what is here.
-    if (rowBytes() > kMostBytes) {
-        m_width = 1 + int32_t(uint32_t(m_width) % 1024);
-        m_pitch = m_width * int32_t(bytesPerPixel());
+    if (size_t(m_sizes.step()) > kMostBytes) {
+        m_sizes.width = 1 + int32_t(uint32_t(m_sizes.width) % 1024);
+        m_sizes.pitch = m_sizes.width * int32_t(m_sizes.bytesPerPixel());
     }
-    m_height = std::min(m_height, int32_t(kMostBytes / rowBytes()));
+    m_sizes.height = std::min(m_sizes.height, int32_t(kMostBytes / size_t(m_sizes.step())));
 }
 
 void GuardedFrame::fill(InputReader& input) {
-    m_before.resize(size_t(m_height) * rowBytes());
+    m_before.resize(size_t(m_sizes.height) * size_t(m_sizes.step()));
     uint32_t const pattern = input.word();
     for (size_t i = 0; i + 4 <= m_before.size(); i += 4)
         std::memcpy(&m_before[i], &pattern, 4);
@@ -99,15 +85,16 @@ void GuardedFrame::fill(InputReader& input) {
 
 void GuardedFrame::deliver() {
     // Walked upwards, a frame begins with its last row in memory.
-    uint8_t* const first =
-        m_pitch < 0 && !m_before.empty() ? m_pixels + m_before.size() - rowBytes() : m_pixels;
+    uint8_t* const first = m_sizes.pitch < 0 && !m_before.empty()
+                               ? m_pixels + m_before.size() - size_t(m_sizes.step())
+                               : m_pixels;
     void const* const data = m_isNull ? nullptr : first;
     if (m_isRgbEntry)
-        RgbImageData(data, m_type, uint32_t(m_width), uint32_t(m_height), m_pitch);
+        RgbImageData(data, m_sizes.type, uint32_t(m_sizes.width), uint32_t(m_sizes.height), m_sizes.pitch);
     else
-        ImageData(data, m_type, uint32_t(m_width), m_height, uint32_t(m_pitch));
-    // Only the pixels of a displayed frame may be painted into, never what pads its rows.
-    size_t const painted = m_type == kRgb32 && m_pitch != 0 ? size_t(m_width) * 4 : 0;
-    for (size_t row = 0; row < m_before.size(); row += rowBytes())
-        MUST_HOLD(!std::memcmp(m_pixels + row + painted, &m_before[row] + painted, rowBytes() - painted));
+        ImageData(data, m_sizes.type, uint32_t(m_sizes.width), m_sizes.height, uint32_t(m_sizes.pitch));
+    auto const painted = size_t(m_sizes.paintableBytes());
+    for (size_t row = 0; row < m_before.size(); row += size_t(m_sizes.step()))
+        MUST_HOLD(!std::memcmp(m_pixels + row + painted, &m_before[row] + painted,
+                               size_t(m_sizes.step()) - painted));
 }

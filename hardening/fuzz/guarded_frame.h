@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/frame_sizes.h"
 #include "tests/support/input_reader.h"
 
 #include <vector>
@@ -23,13 +24,9 @@ public:
 private:
     void chooseSizes(InputReader& input);
     void fill(InputReader& input);
-    [[nodiscard]] bool isConsistent() const;
-    [[nodiscard]] size_t bytesPerPixel() const;
-    [[nodiscard]] size_t rowBytes() const;
 
     uint8_t* m_pixels = nullptr;
-    uint32_t m_type = 0;
-    int32_t m_width = 0, m_height = 0, m_pitch = 0;
+    kestra::FrameSizes m_sizes;
     bool m_isNull = false, m_isRgbEntry = false;
     std::vector<uint8_t> m_before; ///< the pixels as they were; empty when there are none
 };

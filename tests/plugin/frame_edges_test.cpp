@@ -9,6 +9,7 @@
 #include "pictures/white_balance.h"
 #include "plugin/instance.h"
 #include "tests/support/dialog_session.h"
+#include "tests/support/frame_sizes.h"
 #include "tests/support/guarded_memory.h"
 
 #include <QDialog>
@@ -24,30 +25,11 @@ constexpr int32_t kWidths[] = {INT32_MIN, -1, 0, 1, 2, 3, 4, 31, 32, 33, 129, IN
 constexpr int32_t kHeights[] = {INT32_MIN, -1, 0, 1, 2, 3, 15, 17, 18, 19, 65, 97};
 constexpr uint32_t kTypes[] = {0, 1, 4, 5, 6, 8, 10, 11, 12, 13, 14, UINT32_MAX};
 constexpr uint32_t kRgbInputKind = 16;
-constexpr uint32_t kYcbcr = 5, kRgb32 = 11, kRaw12 = 13;
+constexpr uint32_t kRgb32 = FrameSizes::kRgb32;
 // Of a row's own bytes; the others are pitches as they stand.
 constexpr int kSpareBytes[] = {-1, 0, 1, 3};
 constexpr int32_t kOtherPitches[] = {INT32_MIN, 0, 1, INT32_MAX};
 constexpr size_t kCombinations = 12 * 12 * 12 * 12;
-
-struct Sizes {
-    uint32_t type;
-    int32_t width, height, pitch;
-
-    [[nodiscard]] int64_t rowBytes() const {
-        return int64_t{width} * (type == kRgb32 ? 4 : type == kRaw12 || type == kYcbcr ? 2 : 1);
-    }
-    // Pitch 0 tells of a raw frame without gaps.
-    [[nodiscard]] int64_t step() const { return pitch == 0 ? rowBytes() : std::abs(int64_t{pitch}); }
-    [[nodiscard]] bool holdTogether() const {
-        if (pitch == 0)
-            return width > 0 && height > 0;
-        // These two are captured by their rows' bytes alone.
-        if (type == kRaw12 || type == kYcbcr)
-            return height > 0;
-        return width > 0 && height > 0 && step() >= rowBytes();
-    }
-};
 
 template <typename Visit>
 size_t forEachCombination(Visit visit) {
@@ -55,12 +37,12 @@ size_t forEachCombination(Visit visit) {
     for (uint32_t const type : kTypes)
         for (int32_t const width : kWidths)
             for (int32_t const height : kHeights) {
-                auto const row = Sizes{type, width, height, 0}.rowBytes();
+                auto const row = FrameSizes{type, width, height, 0}.rowBytes();
                 for (int const spare : kSpareBytes)
                     for (int const sign : {1, -1})
-                        visit(Sizes{type, width, height, int32_t(sign * (row + spare))}, count++);
+                        visit(FrameSizes{type, width, height, int32_t(sign * (row + spare))}, count++);
                 for (int32_t const pitch : kOtherPitches)
-                    visit(Sizes{type, width, height, pitch}, count++);
+                    visit(FrameSizes{type, width, height, pitch}, count++);
             }
     return count;
 }
@@ -68,7 +50,7 @@ size_t forEachCombination(Visit visit) {
 class EdgeFrame {
 public:
     /// The pixels that belong to the sizes, noise in them; null when no truthful host has so many.
-    void place(Sizes const& sizes, bool atRear) {
+    void place(FrameSizes const& sizes, bool atRear) {
         m_sizes = sizes;
         int64_t const bytes = sizes.holdTogether() ? sizes.step() * sizes.height : 0;
         if (bytes > int64_t(m_memory.size())) {
@@ -95,18 +77,17 @@ public:
     uint8_t* data = nullptr;
 
 private:
-    // Only the pixels of a displayed frame may be painted into, never what pads its rows.
     void checkPadding() const {
         if (!data || m_bytes == 0)
             return;
-        auto const painted = size_t(m_sizes.type == kRgb32 && m_sizes.pitch != 0 ? m_sizes.rowBytes() : 0);
+        auto const painted = size_t(m_sizes.paintableBytes());
         for (size_t i = 0; i < m_bytes; ++i)
             if (i % size_t(m_sizes.step()) >= painted && m_first[i] != uint8_t(i * 37 >> 3))
                 FAIL() << "painted behind a row of " << m_sizes.width << " pixels";
     }
 
     GuardedMemory m_memory{size_t{256} * 1024};
-    Sizes m_sizes{};
+    FrameSizes m_sizes{};
     uint8_t* m_first = nullptr;
     size_t m_bytes = 0;
 };
@@ -195,7 +176,7 @@ TEST_P(FrameEdges, NothingBesideThePixelsIsTouchedInAnyStateOfThePage) {
     for (Due const& due : kDue) {
         SCOPED_TRACE(due.name);
         DialogSession::press("OnBnClickedStartover");
-        size_t const count = forEachCombination([&](Sizes const& sizes, size_t number) {
+        size_t const count = forEachCombination([&](FrameSizes const& sizes, size_t number) {
             due.bring(page->state());
             frame.place(sizes, number % 2 == 0);
             withPixels += frame.data && sizes.holdTogether();
@@ -215,7 +196,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, FrameEdges, ::testing::Values(200, 33, 16, 72, 6
 TEST(FrameEdgesOfTheStatistics, BlocksAndCentreTouchNothingBesideThePixels) {
     EdgeFrame frame;
     size_t measured = 0;
-    forEachCombination([&](Sizes const& sizes, size_t number) {
+    forEachCombination([&](FrameSizes const& sizes, size_t number) {
         frame.place(sizes, number % 2 == 0);
         Frame const told{frame.data, ImageType(sizes.type), sizes.width, sizes.height, sizes.pitch};
         measured += meanOfCentre(told).has_value();
