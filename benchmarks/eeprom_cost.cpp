@@ -33,7 +33,7 @@ public:
         else if (way.read == Transfer::Pair)
             m_libraries.headboard.add(way.reg, 0, 0, 0x3110, 2);
         eeprom = HeadboardEepromCreate(m_libraries.camera());
-        HeadboardEepromEnsureImage(eeprom);
+        HeadboardEepromEnsureImage(*eeprom);
     }
 
     template <typename Operation>
@@ -49,7 +49,7 @@ public:
                 std::chrono::duration<double>(board.clock.now() - start).count()};
     }
 
-    HeadboardEeprom eeprom;
+    EepromShare eeprom;
 
 private:
     Way const& m_way;
@@ -62,18 +62,18 @@ std::vector<EepromCost> measureEeprom() {
     std::vector<EepromCost> costs;
     for (Way const& way : kWays) {
         Board board(way);
-        HeadboardEeprom const eeprom = board.eeprom;
+        EepromShare const eeprom = board.eeprom;
         auto const size = size_t(eeprom->imageSize());
         costs.push_back(board.measure("load of the whole device", ByteState::NotRead, way.read, size - 1,
-                                      [&] { return HeadboardEepromLoad(eeprom, 0, eeprom->imageSize()); }));
+                                      [&] { return HeadboardEepromLoad(*eeprom, 0, eeprom->imageSize()); }));
         // Zeros, of which the bridge loses none.
         std::vector<uint8_t> const record(kRecordSize, 0);
-        if (HeadboardEepromPut(eeprom, kRecordOffset, kRecordSize, record.data()) != kEepromOk)
+        if (HeadboardEepromPut(*eeprom, kRecordOffset, kRecordSize, record.data()) != kEepromOk)
             std::abort();
         costs.push_back(board.measure("save of 472 bytes", ByteState::Changed, way.write, size,
-                                      [&] { return HeadboardEepromFlush(eeprom); }));
+                                      [&] { return HeadboardEepromFlush(*eeprom); }));
         costs.push_back(board.measure("verification of the whole device", ByteState::Current, way.read, size,
-                                      [&] { return HeadboardEepromVerify(eeprom, 0, -1); }));
+                                      [&] { return HeadboardEepromVerify(*eeprom, 0, -1); }));
     }
     return costs;
 }

@@ -41,7 +41,7 @@ private:
     [[nodiscard]] Bytes known() const;
 
     FakeHeadboard& m_board;
-    HeadboardEeprom m_eeprom;
+    EepromShare m_eeprom;
     Path m_path;
     DeviceFault m_fault;
 };
@@ -103,19 +103,19 @@ Session::Session(FakeHeadboard& board, InputReader& input)
 void Session::readAll() {
     Bytes bytes;
     int steps = 0;
-    for (int32_t at = EepromNextRecord(m_eeprom, 0); at >= 0; at = EepromNextRecord(m_eeprom, at)) {
+    for (int32_t at = EepromNextRecord(*m_eeprom, 0); at >= 0; at = EepromNextRecord(*m_eeprom, at)) {
         MUST_HOLD(++steps < int(kUsedSize / 3));
-        int32_t const size = std::max(EepromReadRecord(m_eeprom, at, {}), 0);
+        int32_t const size = std::max(EepromReadRecord(*m_eeprom, at, {}), 0);
         MUST_HOLD(size < int32_t(kUsedSize) - at);
         bytes.resize(size_t(size));
-        (void)EepromReadRecord(m_eeprom, at, bytes);
+        (void)EepromReadRecord(*m_eeprom, at, bytes);
         // Some readers get a record without its end.
         bytes = Bytes(bytes.begin(), bytes.end() - (steps % 2 == 0 ? std::min(size, steps) : 0));
-        (void)EepromRecordText(m_eeprom, at);
+        (void)EepromRecordText(*m_eeprom, at);
         RegisterEntry entry;
         std::string line;
         for (int32_t const n : {0, 3, INT32_MAX}) {
-            (void)EepromGetEntry(m_eeprom, bytes, n, entry);
+            (void)EepromGetEntry(*m_eeprom, bytes, n, entry);
             (void)EepromGetLine(bytes, n, &line);
         }
     }
@@ -123,7 +123,7 @@ void Session::readAll() {
 
 void Session::append(EepromRecord const& record) {
     Chain expected = chainOf(known());
-    int32_t const status = EepromAppendRecord(m_eeprom, record);
+    int32_t const status = EepromAppendRecord(*m_eeprom, record);
     MUST_HOLD(expected || status < 0);
     if (status == kEepromOk)
         expected->emplace_back(record.bytes().begin(), record.bytes().end());
@@ -135,7 +135,7 @@ void Session::append(EepromRecord const& record) {
 void Session::remove(uint8_t type, int32_t n) {
     bool const isAny = type == 0;
     Chain expected = chainOf(known());
-    int32_t const status = EepromDeleteNth(m_eeprom, isAny ? kAnyRecordType : type, nullptr, n);
+    int32_t const status = EepromDeleteNth(*m_eeprom, isAny ? kAnyRecordType : type, nullptr, n);
     MUST_HOLD(expected || status < 0);
     if (status == kEepromOk) {
         auto const found = std::find_if(expected->begin(), expected->end(), [&](Bytes const& record) {
@@ -151,7 +151,7 @@ void Session::remove(uint8_t type, int32_t n) {
 
 void Session::replace(EepromRecord const& record) {
     Chain const before = chainOf(known());
-    int32_t const status = EepromReplaceRecord(m_eeprom, record);
+    int32_t const status = EepromReplaceRecord(*m_eeprom, record);
     Chain after = chainOf(known());
     if (status == kEepromOk) {
         MUST_HOLD(before && after && !after->empty() && std::ranges::equal(after->back(), record.bytes()));
@@ -168,8 +168,8 @@ void Session::replace(EepromRecord const& record) {
 
 void Session::flush() {
     Bytes const wanted = known();
-    bool const isWritten = HeadboardEepromFlush(m_eeprom) == kEepromOk;
-    bool const isVerified = isWritten && HeadboardEepromVerify(m_eeprom, 0, -1) == kEepromOk;
+    bool const isWritten = HeadboardEepromFlush(*m_eeprom) == kEepromOk;
+    bool const isVerified = isWritten && HeadboardEepromVerify(*m_eeprom, 0, -1) == kEepromOk;
     // The bridge writes one byte of two, a pair of the bus path may wrap in a page of the device, and a
     // device may ignore a write: there only reading again tells.
     bool const flushTells = m_path == kRaw && m_fault != DeviceFault::IgnoredWrite;
@@ -201,12 +201,12 @@ void Session::step(std::array<uint8_t, 4> const& bytes) {
     case 5:
         return flush();
     case 6:
-        return HeadboardEepromRelease(m_eeprom);
+        return HeadboardEepromRelease(*m_eeprom);
     default:
-        MUST_HOLD(EepromFreeSpace(m_eeprom) <= int32_t(kUsedSize));
-        MUST_HOLD(EepromFindRecord(m_eeprom, type, "Fuzz", 0) < int32_t(kUsedSize));
+        MUST_HOLD(EepromFreeSpace(*m_eeprom) <= int32_t(kUsedSize));
+        MUST_HOLD(EepromFindRecord(*m_eeprom, type, "Fuzz", 0) < int32_t(kUsedSize));
         if (type == length)
-            (void)EepromFormat(m_eeprom, fill);
+            (void)EepromFormat(*m_eeprom, fill);
     }
 }
 

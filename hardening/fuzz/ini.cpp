@@ -82,13 +82,13 @@ void checkSection(char const* section, size_t smallSize) {
 
 // What a section brings into the EEPROM is one record, or nothing.
 void checkImport(char const* section, uint8_t type) {
-    HeadboardEeprom const eeprom = HeadboardEepromCreate(nullptr);
+    EepromShare const eeprom = HeadboardEepromCreate(nullptr);
     eeprom->deviceSize = 512;
-    (void)EepromFormat(eeprom, -1);
+    (void)EepromFormat(*eeprom, -1);
     eeprom->state.assign(eeprom->state.size(), ByteState::Current);
-    int32_t const status = EepromImportSection(eeprom, iniFile().c_str(), section, type);
-    int32_t const end = EepromFindRecord(eeprom, kRecordEnd, nullptr, 0);
-    MUST_HOLD(status == kEepromOk ? end == 5 + EepromReadRecord(eeprom, 5, {}) : end == 5);
+    int32_t const status = EepromImportSection(*eeprom, iniFile().c_str(), section, type);
+    int32_t const end = EepromFindRecord(*eeprom, kRecordEnd, nullptr, 0);
+    MUST_HOLD(status == kEepromOk ? end == 5 + EepromReadRecord(*eeprom, 5, {}) : end == 5);
 }
 
 } // namespace

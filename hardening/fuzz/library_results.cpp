@@ -45,8 +45,8 @@ void saveToEeprom(DialogSession& session, InputReader& input) {
         return;
     QByteArray const label =
         page->findChild<QComboBox*>(QStringLiteral("Prom_Label"))->currentText().toLatin1();
-    HeadboardEeprom const eeprom = HeadboardEepromCreate(session.libraries.camera());
-    MUST_HOLD(EepromFindRecord(eeprom, kRecordPga, label.left(8).constData(), 0) > 0);
+    EepromShare const eeprom = HeadboardEepromCreate(session.libraries.camera());
+    MUST_HOLD(EepromFindRecord(*eeprom, kRecordPga, label.left(8).constData(), 0) > 0);
 }
 
 void saveToFile(DialogSession& session) {

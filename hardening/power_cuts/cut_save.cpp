@@ -42,7 +42,7 @@ private:
     EepromContents contentsAfterCut(uint64_t cut) {
         FakeHeadboard board(m_scene.before);
         board.eeprom.plan({DeviceFault::PowerCut, cut, true});
-        HeadboardEeprom const eeprom = HeadboardEepromCreate(board.camera());
+        EepromShare const eeprom = HeadboardEepromCreate(board.camera());
         int32_t const status = store(eeprom, m_scene.save);
         expect(status < 0, "the save reports its failure", cut);
         expect(board.eeprom.bytesWritten() == cut, "the power fails at this byte", cut);
@@ -76,7 +76,7 @@ private:
     // A board with a broken chain is not taken for a blank one, which would be formatted in silence.
     void expectPresence(EepromContents const& left, uint64_t cut) {
         FakeHeadboard board(left);
-        EepromState const presence = probeEeprom(HeadboardEepromCreate(board.camera()));
+        EepromState const presence = probeEeprom(*HeadboardEepromCreate(board.camera()));
         expect(presence == EepromState::Present && board.eeprom.bytesWritten() == 0,
                "a test for presence leaves the board as it is", cut);
     }
@@ -98,8 +98,8 @@ private:
 
     void startAnew(EepromContents const& left, uint64_t cut) {
         FakeHeadboard board(left);
-        HeadboardEeprom const eeprom = HeadboardEepromCreate(board.camera());
-        bool const done = EepromFormat(eeprom, -1) == kEepromOk && store(eeprom, m_scene.save) == kEepromOk;
+        EepromShare const eeprom = HeadboardEepromCreate(board.camera());
+        bool const done = EepromFormat(*eeprom, -1) == kEepromOk && store(eeprom, m_scene.save) == kEepromOk;
         Report const told = report(board.device);
         expect(done && told.checkIsClean && told.records.size() == m_scene.save.size() &&
                    holds(board.device, m_scene.save),

@@ -47,18 +47,18 @@ EepromRecord timeStamp(Dice& dice) {
 
 // The coefficients of a sensor's shading or colour correction, then a few switches.
 EepromRecord registerSet(Dice& dice, uint8_t type, char const* name, uint32_t count) {
-    HeadboardEeprom const noDevice = HeadboardEepromCreate(nullptr);
+    EepromShare const noDevice = HeadboardEepromCreate(nullptr);
     EepromRecord record = makeRegisterSet(type, kCapacity, name);
     RegisterEntry entry;
     for (uint32_t i = 0; i < count; ++i) {
         entry.address = 0x3600 + 2 * i;
         entry.value = dice.below(0x10000);
-        (void)EepromAddEntry(noDevice, record, entry);
+        (void)EepromAddEntry(*noDevice, record, entry);
     }
     entry.mask = 0x8000;
     entry.value = 1;
     for (uint32_t i = dice.below(3); i > 0; --i)
-        (void)EepromAddEntry(noDevice, record, entry);
+        (void)EepromAddEntry(*noDevice, record, entry);
     return record;
 }
 
@@ -102,19 +102,19 @@ Save randomSave(Dice& dice) {
 
 } // namespace
 
-int32_t store(HeadboardEeprom const& eeprom, Save const& save) {
+int32_t store(EepromShare const& eeprom, Save const& save) {
     for (EepromRecord const& record : save) {
-        int32_t const status = EepromReplaceRecord(eeprom, record);
+        int32_t const status = EepromReplaceRecord(*eeprom, record);
         if (status != kEepromOk)
             return status;
     }
-    return HeadboardEepromFlush(eeprom);
+    return HeadboardEepromFlush(*eeprom);
 }
 
 Scene randomScene(uint32_t number) {
     Dice dice(number);
     FakeHeadboard board(simulator::formattedContents());
-    HeadboardEeprom const eeprom = HeadboardEepromCreate(board.camera());
+    EepromShare const eeprom = HeadboardEepromCreate(board.camera());
     for (uint32_t saves = dice.between(1, 14); saves > 0; --saves)
         (void)store(eeprom, randomSave(dice));
     Scene scene{board.device, randomSave(dice)};

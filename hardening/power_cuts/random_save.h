@@ -21,6 +21,6 @@ struct Scene {
 [[nodiscard]] Scene randomScene(uint32_t number);
 
 /// Does a save as the pages do: the records replace older ones in the image, then the image is flushed.
-[[nodiscard]] int32_t store(kestra::HeadboardEeprom const& eeprom, Save const& save);
+[[nodiscard]] int32_t store(kestra::EepromShare const& eeprom, Save const& save);
 
 } // namespace power_cuts

@@ -26,12 +26,12 @@ bool isIn(Records const& records, std::vector<uint8_t> const& record) {
 // The record that a search for this one's type and name finds.
 std::vector<uint8_t> found(RecordStore const& store, std::span<uint8_t const> like) {
     std::string const name(recordName(like[0], like.subspan(kRecordHead)));
-    int32_t const offset = EepromFindRecord(store.eeprom(), like[0], name.c_str(), 0);
-    int32_t const size = offset < 0 ? offset : EepromReadRecord(store.eeprom(), offset, {});
+    int32_t const offset = EepromFindRecord(*store.eeprom(), like[0], name.c_str(), 0);
+    int32_t const size = offset < 0 ? offset : EepromReadRecord(*store.eeprom(), offset, {});
     if (size < 0)
         return {};
     std::vector<uint8_t> bytes(static_cast<size_t>(size));
-    return EepromReadRecord(store.eeprom(), offset, bytes) == size ? bytes : std::vector<uint8_t>();
+    return EepromReadRecord(*store.eeprom(), offset, bytes) == size ? bytes : std::vector<uint8_t>();
 }
 
 bool isSame(std::span<uint8_t const> a, std::span<uint8_t const> b) {

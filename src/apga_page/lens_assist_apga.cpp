@@ -108,7 +108,7 @@ protected:
     void captureFrame(Frame const& frame) override;
     [[nodiscard]] int skippedRows() const override;
     [[nodiscard]] ResultFile resultFile() const override;
-    [[nodiscard]] EepromStatus storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) override;
+    [[nodiscard]] EepromStatus storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) override;
 
 private:
     void takeFrame(Frame const& frame);
@@ -300,7 +300,7 @@ void LensAssistApgaFlow::loadWhenSolved() {
     loadSolution(*entries);
 }
 
-EepromStatus LensAssistApgaFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {
+EepromStatus LensAssistApgaFlow::storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) {
     SensorModel const model = {core.sensor.sensorKind, core.sensor.variant};
     EepromStatus const stored = saveShadingRegisters(eeprom, label.constData(), model);
     if (stored == kEepromOk)

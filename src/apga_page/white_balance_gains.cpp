@@ -38,7 +38,7 @@ double quadraticThrough(std::array<double, kIlluminants> const& xs,
     return a * x * x + b * x + c;
 }
 
-void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Host const& host,
+void storeWhiteBalanceGains(HeadboardEeprom& eeprom, char const* name, Host const& host,
                             CapturedFrames const& captured,
                             std::function<IlluminantKelvins()> const& readTemperatures) {
     std::array<double, kIlluminants> setTemperatures{}, red{}, blue{};
@@ -48,7 +48,7 @@ void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Hos
         blue[i] = captured[i].blueGain;
     }
     IlluminantKelvins const temperatures = readTemperatures();
-    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom->deviceSize - kReservedBytes, name);
+    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom.deviceSize - kReservedBytes, name);
     for (size_t i = 0; i < kIlluminants; ++i) {
         auto const add = [&](char const* what, std::array<double, kIlluminants> const& gains) {
             double const gain = quadraticThrough(temperatures, gains, setTemperatures[i]);

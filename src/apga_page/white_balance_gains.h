@@ -23,7 +23,7 @@ using IlluminantKelvins = std::array<double, kIlluminants>;
 /// in place of an older one of that name as stored. Each is interpolated from the gains at capture, over the
 /// illuminants' temperatures, at the temperature that the sensor has for the set. The illuminants' are read
 /// after the sensor's.
-void storeWhiteBalanceGains(HeadboardEeprom const& eeprom, char const* name, Host const& host,
+void storeWhiteBalanceGains(HeadboardEeprom& eeprom, char const* name, Host const& host,
                             CapturedFrames const& captured,
                             std::function<IlluminantKelvins()> const& readTemperatures);
 

@@ -272,7 +272,7 @@ void CalibrationFlow::saveToEeprom() {
     StepState const prom = core.state.promState;
     if (isFailed(core.state.lscStepState) || !(isOpen(prom) || prom == kDone || prom == kFailedOtherwise))
         return;
-    saveToEepromStep(core, [this](HeadboardEeprom const& eeprom, QByteArray const& label) {
+    saveToEepromStep(core, [this](HeadboardEeprom& eeprom, QByteArray const& label) {
         return storeInEeprom(eeprom, label);
     });
 }

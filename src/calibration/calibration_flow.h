@@ -93,8 +93,7 @@ protected:
     virtual void showLoaded();
 
     /// Puts the page's records into the EEPROM's image and writes them; see `StoreInEeprom`.
-    [[nodiscard]] virtual EepromStatus storeInEeprom(HeadboardEeprom const& eeprom,
-                                                     QByteArray const& label) = 0;
+    [[nodiscard]] virtual EepromStatus storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) = 0;
 
     /// Ends Run All, when it runs, and every step that is in progress.
     void setRunAll(bool on);

@@ -40,9 +40,9 @@ void detectEeprom(PageCore& core) {
         return;
     WaitCursor const cursor(core.widgets.page);
     ChangeGroup const group(core.host);
-    HeadboardEeprom const eeprom = renewEeprom(core.eepromSlot, core.sensor.camera);
-    EepromState const found = probeEeprom(eeprom);
-    HeadboardEepromRelease(eeprom);
+    EepromShare const eeprom = renewEeprom(core.eepromSlot, core.sensor.camera);
+    EepromState const found = probeEeprom(*eeprom);
+    HeadboardEepromRelease(*eeprom);
     if (state.eepromState != EepromState::Unknown)
         return; // another attempt, made inside this one, has its answer already
     state.eepromState = found;
@@ -59,13 +59,13 @@ void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
     if (core.serialNumber.store)
         core.serialNumber.store();
     EepromStatus status = kEepromFailed;
-    HeadboardEeprom eeprom;
+    EepromShare eeprom;
     if (core.alive) {
         eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
-        status = store(eeprom, core.widgets.eepromLabelText().toLocal8Bit());
+        status = store(*eeprom, core.widgets.eepromLabelText().toLocal8Bit());
     }
     // Who discards the EEPROM inside a call drops what is not written: its silence is no success.
-    if (!isSharedEeprom(core.eepromSlot, eeprom))
+    if (!eeprom || core.eepromSlot != eeprom.data())
         status = kEepromFailed;
     cursor.reset();
     if (core.state.promState == kInProgress)
@@ -73,7 +73,7 @@ void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
     refreshBoth(core);
 }
 
-EepromStatus addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label, OlderTime older) {
+EepromStatus addFactoryTime(HeadboardEeprom& eeprom, QByteArray const& label, OlderTime older) {
     if (label != kFactoryLabel)
         return kEepromOk;
     // A record behind an older one is never found, so what must be found ends its save there: the shading

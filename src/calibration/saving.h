@@ -7,7 +7,7 @@
 namespace kestra {
 
 /// Puts a calibration's records into the image under a label, local 8-bit, and writes them to the device.
-using StoreInEeprom = std::function<EepromStatus(HeadboardEeprom const& eeprom, QByteArray const& label)>;
+using StoreInEeprom = std::function<EepromStatus(HeadboardEeprom& eeprom, QByteArray const& label)>;
 
 /// Detects the headboard EEPROM while that is not known: `eepromState` becomes present or absent, or stays
 /// unknown after a failure that the next attempt may not meet. A blank EEPROM is formatted. An absent one
@@ -22,8 +22,7 @@ void saveToEepromStep(PageCore& core, StoreInEeprom const& store);
 enum class OlderTime { MustGo, MayStay };
 
 /// Adds the current time to a label that stands for the factory's calibration, in place of an older time.
-[[nodiscard]] EepromStatus addFactoryTime(HeadboardEeprom const& eeprom, QByteArray const& label,
-                                          OlderTime older);
+[[nodiscard]] EepromStatus addFactoryTime(HeadboardEeprom& eeprom, QByteArray const& label, OlderTime older);
 
 /// Tests whether the directory for results files exists, when that is not known: `fileState` becomes ready or
 /// failed.

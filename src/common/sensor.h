@@ -31,6 +31,8 @@ class Sensor {
 public:
     explicit Sensor(vy_Camera* camera) : m_camera(camera) {}
 
+    explicit operator bool() const { return m_camera != nullptr; }
+
     static constexpr int kNoCamera = -1;
 
     [[nodiscard]] bool existsRegister(char const* reg) const;

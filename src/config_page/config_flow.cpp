@@ -69,13 +69,13 @@ void ConfigFlow::detectEeprom() {
     ChangeGroup const group(m_core.host);
     if (!m_core.alive)
         return;
-    HeadboardEeprom const eeprom = renewEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    EepromState const found = probeEeprom(eeprom);
+    EepromShare const eeprom = renewEeprom(m_core.eepromSlot, m_core.sensor.camera);
+    EepromState const found = probeEeprom(*eeprom);
     if (!m_core.alive)
         return;
     m_core.state.eepromState = found;
     // For what it reads: the displays then find the whole chain in the image.
-    (void)EepromFreeSpace(eeprom);
+    (void)EepromFreeSpace(*eeprom);
 }
 
 void ConfigFlow::refillSerialNumber() {
@@ -111,7 +111,7 @@ void ConfigFlow::readIdentificationBytes() {
     if (!m_core.alive || m_core.state.eepromState != EepromState::Present || !m_core.eepromSlot)
         return;
     WaitCursor const cursor(m_core.widgets.page);
-    uint32_t const device = (*m_core.eepromSlot)->deviceAddress;
+    uint32_t const device = m_core.eepromSlot->deviceAddress;
     // The part number comes first: it decides which interfaces there are to select from.
     for (auto const& [field, address] : kIdentificationFields) {
         uint32_t const code = readIdentification(m_core.host, device, field);
@@ -143,7 +143,7 @@ void ConfigFlow::apply() {
 
 void ConfigFlow::writeIdentificationBytes() {
     WaitCursor const cursor(m_core.widgets.page);
-    uint32_t const device = (*m_core.eepromSlot)->deviceAddress;
+    uint32_t const device = m_core.eepromSlot->deviceAddress;
     for (Identification const field : kIdentificationWriteOrder) {
         std::optional<uint8_t> const code = m_core.widgets.selectedCode(field);
         if (!code) // an unknown byte in the device stays as it is
@@ -172,11 +172,11 @@ void ConfigFlow::applyEnteredNumber() {
 
 // What an earlier Apply or Erase could not write; with a number, storing that number writes it.
 void ConfigFlow::writeWhatWaits() {
-    HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    if (!m_core.alive || !HeadboardEepromHasChanges(eeprom))
+    EepromShare const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
+    if (!m_core.alive || !HeadboardEepromHasChanges(*eeprom))
         return;
     WaitCursor const cursor(m_core.widgets.page);
-    flushChanges(m_core, eeprom);
+    flushChanges(m_core, *eeprom);
     refreshSerialState();
     refreshDisplays();
 }
@@ -224,9 +224,9 @@ bool ConfigFlow::isEraseConfirmed() {
 void ConfigFlow::formatEeprom() {
     WaitCursor const cursor(m_core.widgets.page);
     m_core.widgets.paintStatusAtOnce();
-    HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    if (m_core.alive && EepromFormat(eeprom, kFormatVersion) == kEepromOk)
-        flushChanges(m_core, eeprom);
+    EepromShare const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
+    if (m_core.alive && EepromFormat(*eeprom, kFormatVersion) == kEepromOk)
+        flushChanges(m_core, *eeprom);
 }
 
 void ConfigFlow::setGrabFileName() {
@@ -290,11 +290,11 @@ void ConfigFlow::refreshSerialState() {
 void ConfigFlow::refreshDisplays() {
     if (!m_core.alive)
         return;
-    HeadboardEeprom const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
+    EepromShare const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
     RecordSpace space;
     if (m_core.alive && m_core.state.eepromState == EepromState::Present) {
-        space.available = EepromFreeSpace(eeprom, &space.used);
-        space.unwritten = HeadboardEepromHasChanges(eeprom);
+        space.available = EepromFreeSpace(*eeprom, &space.used);
+        space.unwritten = HeadboardEepromHasChanges(*eeprom);
     }
     if (!m_core.alive)
         return;

@@ -25,7 +25,7 @@ int countOf(QString const& text) {
     return std::all_of(text.begin(), text.end(), isDigit) ? text.toInt() : 0;
 }
 
-QString numberInImage(HeadboardEeprom const& eeprom) {
+QString numberInImage(HeadboardEeprom& eeprom) {
     std::array<uint8_t, kRecordBuffer> record{};
     int32_t const size = EepromReadNth(eeprom, kRecordHeadboardId, nullptr, 0, record);
     if (size < kRecordHead)
@@ -34,7 +34,7 @@ QString numberInImage(HeadboardEeprom const& eeprom) {
     return QString::fromLocal8Bit(text, int(qstrnlen(text, uint(size - kRecordHead))));
 }
 
-EepromStatus replaceInImage(HeadboardEeprom const& eeprom, QByteArray const& number) {
+EepromStatus replaceInImage(HeadboardEeprom& eeprom, QByteArray const& number) {
     auto const length = int32_t(number.size() + 1); // the closing zero belongs to it
     EepromRecord record = EepromNewRecord(kRecordHeadboardId, length, 0);
     auto const* const bytes = reinterpret_cast<uint8_t const*>(number.constData());
@@ -76,18 +76,18 @@ QString storedSerialNumber(ConfigCore& core) {
     ChangeGroup const group(core.host);
     if (!core.alive)
         return {};
-    HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
-    QString const number = numberInImage(eeprom);
-    return HeadboardEepromHasChanges(eeprom) ? QString() : number;
+    EepromShare const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
+    QString const number = numberInImage(*eeprom);
+    return HeadboardEepromHasChanges(*eeprom) ? QString() : number;
 }
 
 void storeSerialNumber(ConfigCore& core, QString const& number) {
     WaitCursor const cursor(core.widgets.page);
-    HeadboardEeprom const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
+    EepromShare const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
     // What an earlier attempt could not write is in the image already and only waits for the flush.
-    bool const isInImage = numberInImage(eeprom) == number;
-    if (core.alive && (isInImage || replaceInImage(eeprom, number.toLocal8Bit()) == kEepromOk))
-        flushChanges(core, eeprom);
+    bool const isInImage = numberInImage(*eeprom) == number;
+    if (core.alive && (isInImage || replaceInImage(*eeprom, number.toLocal8Bit()) == kEepromOk))
+        flushChanges(core, *eeprom);
 }
 
 QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumber) {
@@ -97,10 +97,10 @@ QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumbe
     return present.left(separator + 1) + serialNumber + '_'; // none: the number alone
 }
 
-void flushChanges(ConfigCore& core, HeadboardEeprom const& eeprom) {
+void flushChanges(ConfigCore& core, HeadboardEeprom& eeprom) {
     (void)HeadboardEepromFlush(eeprom); // a failure is seen by what stays unwritten
     // Who discarded it meanwhile may have read the device before the last of these bytes.
-    if (core.eepromSlot && !isSharedEeprom(core.eepromSlot, eeprom))
+    if (core.eepromSlot && core.eepromSlot != &eeprom)
         HeadboardEepromRelease(*core.eepromSlot);
 }
 

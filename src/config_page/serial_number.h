@@ -33,6 +33,6 @@ void storeSerialNumber(ConfigCore& core, QString const& number);
 
 /// Writes what was changed in an EEPROM to the device. What could not be written stays changed in the image,
 /// and the next flush completes it: the device may hold a torn chain until then.
-void flushChanges(ConfigCore& core, HeadboardEeprom const& eeprom);
+void flushChanges(ConfigCore& core, HeadboardEeprom& eeprom);
 
 } // namespace kestra

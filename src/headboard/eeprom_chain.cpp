@@ -15,8 +15,8 @@ constexpr uint8_t kUsualVersion = 1;
 constexpr int32_t kHeaderSize = 5;
 
 // The image's bytes from an offset on, at most `count`; fewer at its end.
-std::span<uint8_t const> bytesAt(HeadboardEeprom const& eeprom, int64_t offset, int64_t count) {
-    std::span<uint8_t const> const image = eeprom->image;
+std::span<uint8_t const> bytesAt(HeadboardEeprom& eeprom, int64_t offset, int64_t count) {
+    std::span<uint8_t const> const image = eeprom.image;
     auto const begin = std::min(size_t(offset), image.size());
     return image.subspan(begin, std::min(size_t(count), image.size() - begin));
 }
@@ -30,7 +30,7 @@ struct RecordHead {
     [[nodiscard]] int64_t size() const { return int64_t{length} + kRecordHead; }
 };
 
-RecordHead loadHead(HeadboardEeprom const& eeprom, int64_t offset) {
+RecordHead loadHead(HeadboardEeprom& eeprom, int64_t offset) {
     // Always all three bytes: the first may have come in behind a short record's name, the others not.
     EepromStatus const status = HeadboardEepromLoad(eeprom, int32_t(offset), kRecordHead);
     std::array<uint8_t, kRecordHead> head = {kErased, kErased, kErased};
@@ -39,13 +39,13 @@ RecordHead loadHead(HeadboardEeprom const& eeprom, int64_t offset) {
     return {status, head[0], int32_t(getU16Be(head, 1))};
 }
 
-bool endsInside(HeadboardEeprom const& eeprom, int64_t offset, RecordHead const& head) {
-    return offset + head.size() < eeprom->imageSize();
+bool endsInside(HeadboardEeprom& eeprom, int64_t offset, RecordHead const& head) {
+    return offset + head.size() < eeprom.imageSize();
 }
 
 // Loads what a record's name or text is taken from: of a register set the name and the kind of its first
 // block of entries, of named data the name, of the others everything.
-EepromStatus loadText(HeadboardEeprom const& eeprom, int64_t offset, RecordHead const& head) {
+EepromStatus loadText(HeadboardEeprom& eeprom, int64_t offset, RecordHead const& head) {
     constexpr int32_t kRegisterSetBytes = 13;
     constexpr int32_t kNamedDataBytes = 18;
     auto count = int32_t(head.size());
@@ -57,8 +57,7 @@ EepromStatus loadText(HeadboardEeprom const& eeprom, int64_t offset, RecordHead 
 }
 
 // kEepromOk when the record at the offset carries the name.
-EepromStatus matchName(HeadboardEeprom const& eeprom, int64_t offset, RecordHead const& head,
-                       char const* name) {
+EepromStatus matchName(HeadboardEeprom& eeprom, int64_t offset, RecordHead const& head, char const* name) {
     if (!name || recordNameWidth(head.type) == 0)
         return kEepromOk;
     EepromStatus const status = loadText(eeprom, offset, head);
@@ -68,7 +67,7 @@ EepromStatus matchName(HeadboardEeprom const& eeprom, int64_t offset, RecordHead
     return equalWithoutCase(found, name) ? kEepromOk : kEepromNoRecord;
 }
 
-int32_t nthRecord(HeadboardEeprom const& eeprom, int32_t type, char const* name, int32_t n) {
+int32_t nthRecord(HeadboardEeprom& eeprom, int32_t type, char const* name, int32_t n) {
     // A search includes the record that it starts at, so searching on from a found one stays there: every n
     // gives the first of a type. All writers ask for 0.
     if (type != kAnyRecordType)
@@ -81,7 +80,7 @@ int32_t nthRecord(HeadboardEeprom const& eeprom, int32_t type, char const* name,
 
 } // namespace
 
-EepromStatus EepromFormat(HeadboardEeprom eeprom, int32_t version) {
+EepromStatus EepromFormat(HeadboardEeprom& eeprom, int32_t version) {
     std::array<uint8_t, kHeaderSize + 1> header{};
     std::copy(kMagic.begin(), kMagic.end(), header.begin());
     header[4] = version == -1 ? kUsualVersion : uint8_t(version);
@@ -89,7 +88,7 @@ EepromStatus EepromFormat(HeadboardEeprom eeprom, int32_t version) {
     return HeadboardEepromPut(eeprom, 0, int32_t(header.size()), header.data());
 }
 
-EepromStatus EepromCheckHeader(HeadboardEeprom eeprom) {
+EepromStatus EepromCheckHeader(HeadboardEeprom& eeprom) {
     EepromStatus const status = HeadboardEepromLoad(eeprom, 0, kHeaderSize);
     if (status != kEepromOk)
         return status;
@@ -98,20 +97,20 @@ EepromStatus EepromCheckHeader(HeadboardEeprom eeprom) {
                                                                                 : kEepromNotFormatted;
 }
 
-int32_t EepromFreeSpace(HeadboardEeprom eeprom, int32_t* used) {
+int32_t EepromFreeSpace(HeadboardEeprom& eeprom, int32_t* used) {
     if (used)
         *used = 0;
     int32_t const end = EepromFindRecord(eeprom, kRecordEnd, nullptr, 0);
     if (end == kEepromNotFormatted)
-        return eeprom->deviceSize - kHeaderSize;
+        return eeprom.deviceSize - kHeaderSize;
     if (end < 0)
         return end;
     if (used)
         *used = end - kHeaderSize;
-    return eeprom->deviceSize - end;
+    return eeprom.deviceSize - end;
 }
 
-int32_t EepromFindRecord(HeadboardEeprom eeprom, uint8_t type, char const* name, int32_t start) {
+int32_t EepromFindRecord(HeadboardEeprom& eeprom, uint8_t type, char const* name, int32_t start) {
     if (start < 0)
         return start;
     EepromStatus const status = EepromCheckHeader(eeprom);
@@ -119,7 +118,7 @@ int32_t EepromFindRecord(HeadboardEeprom eeprom, uint8_t type, char const* name,
         return status;
     if (type == kRecordIdent)
         return 0;
-    for (int64_t offset = std::max(start, kHeaderSize); offset < eeprom->imageSize();) {
+    for (int64_t offset = std::max(start, kHeaderSize); offset < eeprom.imageSize();) {
         RecordHead const head = loadHead(eeprom, offset);
         if (head.status != kEepromOk)
             return head.status;
@@ -135,7 +134,7 @@ int32_t EepromFindRecord(HeadboardEeprom eeprom, uint8_t type, char const* name,
     return kEepromNoRecord;
 }
 
-int32_t EepromNextRecord(HeadboardEeprom eeprom, int32_t offset) {
+int32_t EepromNextRecord(HeadboardEeprom& eeprom, int32_t offset) {
     if (offset < 0)
         return offset;
     EepromStatus const status = EepromCheckHeader(eeprom);
@@ -143,7 +142,7 @@ int32_t EepromNextRecord(HeadboardEeprom eeprom, int32_t offset) {
         return status;
     if (offset == 0)
         return kHeaderSize;
-    if (offset >= eeprom->imageSize())
+    if (offset >= eeprom.imageSize())
         return kEepromNoRecord;
     RecordHead const head = loadHead(eeprom, offset);
     if (head.status != kEepromOk)
@@ -152,13 +151,13 @@ int32_t EepromNextRecord(HeadboardEeprom eeprom, int32_t offset) {
     return follows ? int32_t(offset + head.size()) : kEepromNoRecord;
 }
 
-int32_t EepromReadRecord(HeadboardEeprom eeprom, int32_t offset, std::span<uint8_t> buffer) {
+int32_t EepromReadRecord(HeadboardEeprom& eeprom, int32_t offset, std::span<uint8_t> buffer) {
     if (offset < 0)
         return offset;
     HeadboardEepromEnsureImage(eeprom);
     int64_t size = kHeaderSize;
     if (offset > 0) {
-        if (offset < kHeaderSize || offset >= eeprom->imageSize())
+        if (offset < kHeaderSize || offset >= eeprom.imageSize())
             return kEepromFailed;
         RecordHead const head = loadHead(eeprom, offset);
         if (head.status != kEepromOk)
@@ -177,26 +176,26 @@ int32_t EepromReadRecord(HeadboardEeprom eeprom, int32_t offset, std::span<uint8
     return status == kEepromOk ? int32_t(size) : status;
 }
 
-int32_t EepromReadNth(HeadboardEeprom eeprom, int32_t type, char const* name, int32_t n,
+int32_t EepromReadNth(HeadboardEeprom& eeprom, int32_t type, char const* name, int32_t n,
                       std::span<uint8_t> buffer) {
     return EepromReadRecord(eeprom, nthRecord(eeprom, type, name, n), buffer);
 }
 
-EepromStatus EepromAppendRecord(HeadboardEeprom eeprom, EepromRecord const& record) {
+EepromStatus EepromAppendRecord(HeadboardEeprom& eeprom, EepromRecord const& record) {
     int32_t const end = EepromFindRecord(eeprom, kRecordEnd, nullptr, 0);
     if (end < 0)
         return EepromStatus(end);
     std::span<uint8_t const> const bytes = record.bytes();
-    if (int64_t{end} + int64_t(bytes.size()) >= eeprom->deviceSize)
+    if (int64_t{end} + int64_t(bytes.size()) >= eeprom.deviceSize)
         return kEepromNoRoom;
     auto const size = int32_t(bytes.size());
     EepromStatus const status = HeadboardEepromPut(eeprom, end, size, bytes.data());
     return status == kEepromOk ? HeadboardEepromPut(eeprom, end + size, 1, &kErased) : status;
 }
 
-EepromStatus EepromDeleteRecord(HeadboardEeprom eeprom, int32_t offset) {
+EepromStatus EepromDeleteRecord(HeadboardEeprom& eeprom, int32_t offset) {
     HeadboardEepromEnsureImage(eeprom);
-    if (offset < kHeaderSize || offset >= eeprom->imageSize())
+    if (offset < kHeaderSize || offset >= eeprom.imageSize())
         return kEepromFailed;
     RecordHead const head = loadHead(eeprom, offset);
     if (head.status != kEepromOk)
@@ -217,12 +216,12 @@ EepromStatus EepromDeleteRecord(HeadboardEeprom eeprom, int32_t offset) {
     return HeadboardEepromPut(eeprom, offset, int32_t(moved.size()), moved.data());
 }
 
-EepromStatus EepromDeleteNth(HeadboardEeprom eeprom, int32_t type, char const* name, int32_t n) {
+EepromStatus EepromDeleteNth(HeadboardEeprom& eeprom, int32_t type, char const* name, int32_t n) {
     int32_t const offset = nthRecord(eeprom, type, name, n);
     return offset < 0 ? EepromStatus(offset) : EepromDeleteRecord(eeprom, offset);
 }
 
-EepromStatus EepromReplaceRecord(HeadboardEeprom eeprom, EepromRecord const& record) {
+EepromStatus EepromReplaceRecord(HeadboardEeprom& eeprom, EepromRecord const& record) {
     std::string const name(record.name());
     bool const isNamed = recordNameWidth(record.type()) > 0;
     EepromStatus const deleted = EepromDeleteNth(eeprom, record.type(), isNamed ? name.c_str() : nullptr, 0);
@@ -232,9 +231,9 @@ EepromStatus EepromReplaceRecord(HeadboardEeprom eeprom, EepromRecord const& rec
     return EepromAppendRecord(eeprom, record);
 }
 
-std::string_view EepromRecordText(HeadboardEeprom eeprom, int32_t offset) {
+std::string_view EepromRecordText(HeadboardEeprom& eeprom, int32_t offset) {
     HeadboardEepromEnsureImage(eeprom);
-    if (offset < kHeaderSize || offset >= eeprom->imageSize())
+    if (offset < kHeaderSize || offset >= eeprom.imageSize())
         return {};
     RecordHead const head = loadHead(eeprom, offset);
     bool const hasText = recordPayload(head.type) != RecordPayload::Opaque;
@@ -249,7 +248,7 @@ std::string_view EepromRecordText(HeadboardEeprom eeprom, int32_t offset) {
     return text.substr(0, text.find('\0'));
 }
 
-EepromState probeEeprom(HeadboardEeprom eeprom) {
+EepromState probeEeprom(HeadboardEeprom& eeprom) {
     EepromStatus status = EepromCheckHeader(eeprom);
     if (status == kEepromNotFormatted) {
         status = EepromFormat(eeprom, -1);

@@ -37,7 +37,7 @@ uint32_t bytesAt(std::span<uint8_t const> bytes, size_t i) {
 /// Serial transfers of the library, for all sensors that pass their bus through.
 class RawTransport : public EepromTransport {
 public:
-    RawTransport(Sensor sensor, uint32_t deviceAddress, uint32_t addressBits)
+    RawTransport(Sensor const& sensor, uint32_t deviceAddress, uint32_t addressBits)
         : m_sensor(sensor), m_deviceAddress(deviceAddress), m_addressBits(addressBits) {}
     [[nodiscard]] int read(uint32_t offset, std::span<uint8_t> bytes) const override;
     [[nodiscard]] int write(uint32_t offset, std::span<uint8_t const> bytes) const override;
@@ -46,7 +46,7 @@ private:
     [[nodiscard]] int setWidths() const;
     [[nodiscard]] int writeOnce(uint32_t offset, std::span<uint8_t const> bytes) const;
 
-    Sensor m_sensor;
+    Sensor const& m_sensor;
     uint32_t m_deviceAddress;
     uint32_t m_addressBits;
 };
@@ -54,7 +54,7 @@ private:
 /// The sensor's own bus master, driven by its registers `IO_EEPROM_*`, two bytes at a time.
 class BridgeTransport : public EepromTransport {
 public:
-    BridgeTransport(Sensor sensor, uint32_t deviceAddress)
+    BridgeTransport(Sensor const& sensor, uint32_t deviceAddress)
         : m_sensor(sensor), m_deviceAddress(deviceAddress) {}
     [[nodiscard]] int read(uint32_t offset, std::span<uint8_t> bytes) const override;
     /// Of two bytes that go together, the bridge is handed the second one only and a zero before it.
@@ -65,14 +65,14 @@ private:
     [[nodiscard]] int set(char const* reg, uint32_t value) const;
     [[nodiscard]] int runCommand(uint32_t command) const;
 
-    Sensor m_sensor;
+    Sensor const& m_sensor;
     uint32_t m_deviceAddress;
 };
 
 /// The library's access by description, with a description made for each location, two bytes at a time.
 class BusDescriptionTransport : public EepromTransport {
 public:
-    BusDescriptionTransport(Sensor sensor, uint32_t deviceAddress, uint32_t addressBits)
+    BusDescriptionTransport(Sensor const& sensor, uint32_t deviceAddress, uint32_t addressBits)
         : m_sensor(sensor), m_deviceAddress(deviceAddress), m_addressBits(addressBits) {}
     [[nodiscard]] int read(uint32_t offset, std::span<uint8_t> bytes) const override;
     [[nodiscard]] int write(uint32_t offset, std::span<uint8_t const> bytes) const override;
@@ -80,7 +80,7 @@ public:
 private:
     [[nodiscard]] vy_RegisterDescription describe(uint32_t address, uint32_t byteCount) const;
 
-    Sensor m_sensor;
+    Sensor const& m_sensor;
     uint32_t m_deviceAddress;
     uint32_t m_addressBits;
 };
@@ -213,13 +213,12 @@ int BusDescriptionTransport::write(uint32_t offset, std::span<uint8_t const> byt
 
 } // namespace
 
-std::unique_ptr<EepromTransport> chooseTransport(HeadboardEeprom const& eeprom) {
-    if (!eeprom->camera)
+std::unique_ptr<EepromTransport> chooseTransport(HeadboardEeprom const& eeprom, Sensor const& sensor) {
+    if (!sensor)
         return nullptr;
-    Sensor const sensor(eeprom->camera);
-    uint32_t const deviceAddress = eeprom->deviceAddress;
-    uint32_t const addressBits = eeprom->addressBits;
-    if (!eeprom->bridgeOnly)
+    uint32_t const deviceAddress = eeprom.deviceAddress;
+    uint32_t const addressBits = eeprom.addressBits;
+    if (!eeprom.bridgeOnly)
         return std::make_unique<RawTransport>(sensor, deviceAddress, addressBits);
     if (sensor.existsRegister("IO_EEPROM_I2C_ADDR"))
         return std::make_unique<BridgeTransport>(sensor, deviceAddress);

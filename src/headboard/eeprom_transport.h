@@ -8,7 +8,7 @@
 
 namespace kestra {
 
-/// One way to the bytes of the EEPROM. It holds what it needs by value and answers the library's result: 0,
+/// One way to the bytes of the EEPROM. It borrows the sensor and answers the library's result: 0,
 /// 12 when the device does not answer, anything else for a failure. After a failure the range is undefined.
 class EepromTransport {
 public:
@@ -18,6 +18,7 @@ public:
 };
 
 /// The way that the open sensor offers; null when there is none or no camera.
-[[nodiscard]] std::unique_ptr<EepromTransport> chooseTransport(HeadboardEeprom const& eeprom);
+[[nodiscard]] std::unique_ptr<EepromTransport> chooseTransport(HeadboardEeprom const& eeprom,
+                                                               Sensor const& sensor);
 
 } // namespace kestra

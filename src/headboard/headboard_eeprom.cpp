@@ -1,12 +1,10 @@
 #include "headboard/headboard_eeprom.h"
-#include "headboard/record_format.h"
 
-#include "common/sensor.h"
 #include "common/sensor_kinds.h"
 #include "headboard/eeprom_transport.h"
+#include "headboard/record_format.h"
 
 #include <algorithm>
-#include <memory>
 #include <span>
 #include <utility>
 
@@ -17,8 +15,8 @@ namespace {
 constexpr int32_t kSmallestImage = 8;
 constexpr int kLibraryNoAnswer = 12;
 
-bool isInside(HeadboardEeprom const& eeprom, int64_t offset, int64_t count) {
-    int64_t const size = eeprom->imageSize();
+bool isInside(HeadboardEeprom& eeprom, int64_t offset, int64_t count) {
+    int64_t const size = eeprom.imageSize();
     return offset >= 0 && count >= 0 && offset <= size && count <= size - offset;
 }
 
@@ -29,8 +27,8 @@ struct Run {
 
 // The first run of bytes in a state from `from` on. It looks at the image as it is now: since the last call,
 // the library may have let something else change it.
-Run nextRun(HeadboardEeprom const& eeprom, ByteState wanted, int64_t from, int64_t end) {
-    std::vector<ByteState> const& state = eeprom->state;
+Run nextRun(HeadboardEeprom& eeprom, ByteState wanted, int64_t from, int64_t end) {
+    std::vector<ByteState> const& state = eeprom.state;
     auto const last = state.begin() + std::min<int64_t>(end, int64_t(state.size()));
     auto const first = state.begin() + std::min<int64_t>(from, last - state.begin());
     auto const begin = std::find(first, last, wanted);
@@ -40,7 +38,7 @@ Run nextRun(HeadboardEeprom const& eeprom, ByteState wanted, int64_t from, int64
 
 // Hands each run of bytes in a state to `transfer` and stops at the first failure.
 template <typename Transfer>
-EepromStatus forEachRun(HeadboardEeprom const& eeprom, ByteState wanted, int64_t offset, int64_t end,
+EepromStatus forEachRun(HeadboardEeprom& eeprom, ByteState wanted, int64_t offset, int64_t end,
                         Transfer transfer) {
     for (Run run = nextRun(eeprom, wanted, offset, end); run.count > 0;
          run = nextRun(eeprom, wanted, int64_t{run.offset} + run.count, end)) {
@@ -53,8 +51,8 @@ EepromStatus forEachRun(HeadboardEeprom const& eeprom, ByteState wanted, int64_t
 
 // The count of bytes that Load and Put work on; negative when the range does not fit. A range that reaches
 // the end of the image is cut before the last byte, deliberately: that byte stays out of the record store.
-int64_t countBeforeLastByte(HeadboardEeprom const& eeprom, int32_t offset, int32_t count) {
-    int64_t const size = eeprom->imageSize();
+int64_t countBeforeLastByte(HeadboardEeprom& eeprom, int32_t offset, int32_t count) {
+    int64_t const size = eeprom.imageSize();
     if (offset < 0)
         return kEepromFailed;
     return int64_t{offset} + count >= size ? size - 1 - offset : count;
@@ -66,42 +64,78 @@ EepromStatus statusOf(int libraryResult) {
     return libraryResult == kLibraryNoAnswer ? kEepromNoAnswer : kEepromFailed;
 }
 
+EepromStatus writeRange(HeadboardEeprom& eeprom, Sensor const& sensor, int32_t offset, int32_t count,
+                        uint8_t const* source) {
+    if (!isInside(eeprom, offset, count))
+        return kEepromFailed;
+    if (count == 0)
+        return kEepromOk;
+    // A copy, because the image may change or go while the library is busy.
+    uint8_t const* const from = source ? source : eeprom.image.data() + offset;
+    std::vector<uint8_t> const bytes(from, from + count);
+    auto const transport = chooseTransport(eeprom, sensor);
+    if (!transport)
+        return kEepromFailed;
+    EepromStatus const status = statusOf(transport->write(uint32_t(offset), bytes));
+    if (status != kEepromOk)
+        return status;
+    if (!isInside(eeprom, offset, count)) // released meanwhile
+        return kEepromFailed;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        size_t const at = size_t(offset) + i;
+        if (source)
+            eeprom.image[at] = bytes[i];
+        // A byte that was changed again during the write stays to be written.
+        if (eeprom.image[at] == bytes[i])
+            eeprom.state[at] = ByteState::Current;
+    }
+    return kEepromOk;
+}
+
+// The slot's object without its owner.
+EepromShare takeFrom(EepromSlot& slot) {
+    EepromShare const taken(slot);
+    if (std::exchange(slot, nullptr))
+        taken->ref.deref();
+    return taken;
+}
+
 } // namespace
 
-HeadboardEeprom HeadboardEepromCreate(vy_Camera* camera) {
-    HeadboardEeprom eeprom;
-    HeadboardEepromBind(eeprom, camera);
+EepromShare HeadboardEepromCreate(vy_Camera* camera) {
+    EepromShare eeprom(new HeadboardEeprom);
+    HeadboardEepromBind(*eeprom, camera);
     return eeprom;
 }
 
-void HeadboardEepromBind(HeadboardEeprom eeprom, vy_Camera* camera) {
+void HeadboardEepromBind(HeadboardEeprom& eeprom, vy_Camera* camera) {
     if (!camera)
         return;
-    eeprom->borrowedHandle = true;
-    eeprom->camera = camera;
-    std::optional<SensorInfo> const info = Sensor(camera).info();
+    eeprom.borrowedHandle = true;
+    eeprom.sensor = Sensor(camera);
+    std::optional<SensorInfo> const info = eeprom.sensor.info();
     // By the library's description of the open sensor, not by the host's record.
     SensorKind const& kind = info ? sensorKind(info->sensorKind, info->variant) : unknownSensorKind();
-    eeprom->deviceAddress = kind.eepromAddress;
-    eeprom->bridgeOnly = kind.eepromBridgeOnly;
+    eeprom.deviceAddress = kind.eepromAddress;
+    eeprom.bridgeOnly = kind.eepromBridgeOnly;
 }
 
-void HeadboardEepromRelease(HeadboardEeprom eeprom) {
-    eeprom->image.clear();
-    eeprom->state.clear();
-    if (!eeprom->borrowedHandle)
-        Sensor(eeprom->camera).close();
+void HeadboardEepromRelease(HeadboardEeprom& eeprom) {
+    eeprom.image.clear();
+    eeprom.state.clear();
+    if (!eeprom.borrowedHandle)
+        eeprom.sensor.close();
 }
 
-void HeadboardEepromEnsureImage(HeadboardEeprom eeprom) {
-    if (!eeprom->image.empty() && eeprom->imageSize() >= eeprom->deviceSize)
+void HeadboardEepromEnsureImage(HeadboardEeprom& eeprom) {
+    if (!eeprom.image.empty() && eeprom.imageSize() >= eeprom.deviceSize)
         return;
-    auto const size = size_t(std::max(eeprom->deviceSize, kSmallestImage));
-    eeprom->image.assign(size, kErased);
-    eeprom->state.assign(size, ByteState::NotRead);
+    auto const size = size_t(std::max(eeprom.deviceSize, kSmallestImage));
+    eeprom.image.assign(size, kErased);
+    eeprom.state.assign(size, ByteState::NotRead);
 }
 
-EepromStatus HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+EepromStatus HeadboardEepromLoad(HeadboardEeprom& eeprom, int32_t offset, int32_t count,
                                  uint8_t* destination) {
     HeadboardEepromEnsureImage(eeprom);
     int64_t const clipped = countBeforeLastByte(eeprom, offset, count);
@@ -115,50 +149,52 @@ EepromStatus HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t
     if (!isInside(eeprom, offset, clipped)) // released meanwhile
         return kEepromFailed;
     if (destination)
-        std::copy_n(eeprom->image.begin() + offset, clipped, destination);
+        std::copy_n(eeprom.image.begin() + offset, clipped, destination);
     return kEepromOk;
 }
 
-EepromStatus HeadboardEepromPut(HeadboardEeprom eeprom, int32_t offset, int32_t count, uint8_t const* bytes) {
+EepromStatus HeadboardEepromPut(HeadboardEeprom& eeprom, int32_t offset, int32_t count,
+                                uint8_t const* bytes) {
     HeadboardEepromEnsureImage(eeprom);
     int64_t const clipped = countBeforeLastByte(eeprom, offset, count);
     if (clipped < 0)
         return kEepromFailed;
-    std::copy_n(bytes, clipped, eeprom->image.begin() + offset);
-    std::fill_n(eeprom->state.begin() + offset, clipped, ByteState::Changed);
+    std::copy_n(bytes, clipped, eeprom.image.begin() + offset);
+    std::fill_n(eeprom.state.begin() + offset, clipped, ByteState::Changed);
     return kEepromOk;
 }
 
-EepromStatus HeadboardEepromFlush(HeadboardEeprom eeprom) {
-    if (!eeprom->camera || eeprom->image.empty())
+EepromStatus HeadboardEepromFlush(HeadboardEeprom& eeprom) {
+    if (!eeprom.sensor || eeprom.image.empty())
         return kEepromOk;
     HeadboardEepromEnsureImage(eeprom);
-    return forEachRun(eeprom, ByteState::Changed, 0, eeprom->imageSize(),
-                      [&](Run run) { return HeadboardEepromDeviceWrite(eeprom, run.offset, run.count); });
+    return forEachRun(eeprom, ByteState::Changed, 0, eeprom.imageSize(), [&](Run run) {
+        return writeRange(eeprom, eeprom.sensor, run.offset, run.count, nullptr);
+    });
 }
 
-bool HeadboardEepromHasChanges(HeadboardEeprom const& eeprom) {
-    return std::ranges::find(eeprom->state, ByteState::Changed) != eeprom->state.end();
+bool HeadboardEepromHasChanges(HeadboardEeprom& eeprom) {
+    return std::ranges::find(eeprom.state, ByteState::Changed) != eeprom.state.end();
 }
 
-EepromStatus HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count) {
+EepromStatus HeadboardEepromVerify(HeadboardEeprom& eeprom, int32_t offset, int32_t count) {
     HeadboardEepromEnsureImage(eeprom);
     bool const whole = count < 0;
     int64_t const begin = whole ? 0 : offset;
-    int64_t const end = std::min<int64_t>(eeprom->imageSize(), whole ? INT32_MAX : begin + count);
+    int64_t const end = std::min<int64_t>(eeprom.imageSize(), whole ? INT32_MAX : begin + count);
     if (begin < 0 || end < begin)
         return kEepromFailed;
-    std::vector<uint8_t> const written = eeprom->image;
+    std::vector<uint8_t> const written = eeprom.image;
     return forEachRun(eeprom, ByteState::Current, begin, end, [&](Run run) -> EepromStatus {
         EepromStatus const status = HeadboardEepromDeviceRead(eeprom, run.offset, run.count);
         if (status != kEepromOk)
             return status;
-        auto const read = eeprom->image.begin() + run.offset;
+        auto const read = eeprom.image.begin() + run.offset;
         return std::equal(read, read + run.count, written.begin() + run.offset) ? kEepromOk : kEepromMismatch;
     });
 }
 
-EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom& eeprom, int32_t offset, int32_t count,
                                        uint8_t* destination) {
     HeadboardEepromEnsureImage(eeprom);
     if (!isInside(eeprom, offset, count))
@@ -166,7 +202,7 @@ EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, i
     if (count == 0)
         return kEepromOk;
     std::vector<uint8_t> bytes(size_t(count), kErased);
-    auto const transport = chooseTransport(eeprom);
+    auto const transport = chooseTransport(eeprom, eeprom.sensor);
     if (!transport)
         return kEepromFailed;
     EepromStatus const status = statusOf(transport->read(uint32_t(offset), bytes));
@@ -174,64 +210,38 @@ EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, i
         return status;
     if (!isInside(eeprom, offset, count)) // released meanwhile
         return kEepromFailed;
-    std::copy(bytes.begin(), bytes.end(), eeprom->image.begin() + offset);
-    std::fill_n(eeprom->state.begin() + offset, count, ByteState::Current);
+    std::copy(bytes.begin(), bytes.end(), eeprom.image.begin() + offset);
+    std::fill_n(eeprom.state.begin() + offset, count, ByteState::Current);
     if (destination)
         std::copy(bytes.begin(), bytes.end(), destination);
     return kEepromOk;
 }
 
-EepromStatus HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+EepromStatus HeadboardEepromDeviceWrite(HeadboardEeprom& eeprom, int32_t offset, int32_t count,
                                         uint8_t const* source) {
     HeadboardEepromEnsureImage(eeprom);
-    if (!isInside(eeprom, offset, count))
-        return kEepromFailed;
-    if (count == 0)
-        return kEepromOk;
-    // A copy, because the image may change or go while the library is busy.
-    uint8_t const* const from = source ? source : eeprom->image.data() + offset;
-    std::vector<uint8_t> const bytes(from, from + count);
-    auto const transport = chooseTransport(eeprom);
-    if (!transport)
-        return kEepromFailed;
-    EepromStatus const status = statusOf(transport->write(uint32_t(offset), bytes));
-    if (status != kEepromOk)
-        return status;
-    if (!isInside(eeprom, offset, count)) // released meanwhile
-        return kEepromFailed;
-    for (size_t i = 0; i < bytes.size(); ++i) {
-        size_t const at = size_t(offset) + i;
-        if (source)
-            eeprom->image[at] = bytes[i];
-        // A byte that was changed again during the write stays to be written.
-        if (eeprom->image[at] == bytes[i])
-            eeprom->state[at] = ByteState::Current;
-    }
-    return kEepromOk;
+    return writeRange(eeprom, eeprom.sensor, offset, count, source);
 }
 
-HeadboardEeprom sharedEeprom(EepromSlot& slot, vy_Camera* camera) {
+EepromShare sharedEeprom(EepromSlot& slot, vy_Camera* camera) {
     if (slot)
-        return *slot;
-    HeadboardEeprom eeprom = HeadboardEepromCreate(camera);
+        return EepromShare(slot);
+    EepromShare const made = HeadboardEepromCreate(camera);
     // The library may have spun events while the object was made, and someone else been the first user.
-    if (!slot)
-        slot = new HeadboardEeprom(eeprom);
-    return *slot;
+    if (!slot) {
+        slot = made.data();
+        slot->ref.ref();
+    }
+    return EepromShare(slot);
 }
 
-HeadboardEeprom renewEeprom(EepromSlot& slot, vy_Camera* camera) {
+EepromShare renewEeprom(EepromSlot& slot, vy_Camera* camera) {
     discardEeprom(slot);
     return sharedEeprom(slot, camera);
 }
 
-bool isSharedEeprom(EepromSlot const& slot, HeadboardEeprom const& eeprom) {
-    return slot && slot->operator->() == eeprom.operator->();
-}
-
 void discardEeprom(EepromSlot& slot) {
-    std::unique_ptr<HeadboardEeprom> const discarded(std::exchange(slot, nullptr));
-    if (discarded)
+    if (EepromShare const discarded = takeFrom(slot))
         HeadboardEepromRelease(*discarded);
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "published/veyra2.h"
+#include "common/sensor.h"
 
+#include <QSharedData>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 namespace kestra {
@@ -31,91 +31,82 @@ enum class ByteState : uint8_t {
 /// The serial EEPROM on the camera's headboard: an image of the whole device in memory, read byte by byte as
 /// it is needed and written on request. Used on the host's user-interface thread only.
 ///
-/// A value that shares what it describes: copies stand for the same image. Every operation takes its EEPROM
-/// by value, so it holds a share of its own. A library call may spin events, and what runs there may delete
-/// or replace the process-wide EEPROM, or release its image: the operation around it then goes on with the
-/// share that it holds, or fails, and touches nothing that was freed. A routine that makes several operations
-/// copies the process-wide EEPROM once and uses the copy.
-class HeadboardEeprom {
+/// There is one object, and its slot owns it. Whoever begins an operation takes a share of it (`EepromShare`)
+/// and passes a reference on: what a library call lets in may discard the object or release its image, and
+/// the operation then fails and touches nothing that was freed.
+class HeadboardEeprom : public QSharedData {
 public:
-    struct Device {
-        vy_Camera* camera = nullptr; ///< null: there is no device
-        int32_t cameraIndex = 0;
-        uint32_t deviceAddress = 0xA8; ///< serial-bus address of the EEPROM, write form
-        int32_t deviceSize = 8176;     ///< bytes
-        bool bridgeOnly = false;       ///< the sensor reaches its EEPROM through registers only
-        uint32_t addressBits = 16;     ///< width of the EEPROM's own addresses
-        bool borrowedHandle = false;   ///< the camera is the host's and never closed here
-        std::vector<uint8_t> image;    ///< empty until it is needed
-        std::vector<ByteState> state;  ///< one for each byte of the image
+    HeadboardEeprom() = default;
+    HeadboardEeprom(HeadboardEeprom const&) = delete;
+    HeadboardEeprom& operator=(HeadboardEeprom const&) = delete;
 
-        [[nodiscard]] int32_t imageSize() const { return int32_t(image.size()); }
-    };
+    Sensor sensor{nullptr}; ///< null: there is no device
+    int32_t cameraIndex = 0;
+    uint32_t deviceAddress = 0xA8; ///< serial-bus address of the EEPROM, write form
+    int32_t deviceSize = 8176;     ///< bytes
+    bool bridgeOnly = false;       ///< the sensor reaches its EEPROM through registers only
+    uint32_t addressBits = 16;     ///< width of the EEPROM's own addresses
+    bool borrowedHandle = false;   ///< the camera is the host's and never closed here
+    std::vector<uint8_t> image;    ///< empty until it is needed
+    std::vector<ByteState> state;  ///< one for each byte of the image
 
-    HeadboardEeprom() : m_device(std::make_shared<Device>()) {}
-
-    [[nodiscard]] Device* operator->() const { return m_device.get(); }
-
-private:
-    std::shared_ptr<Device> m_device;
+    [[nodiscard]] int32_t imageSize() const { return int32_t(image.size()); }
 };
+using EepromShare = QExplicitlySharedDataPointer<HeadboardEeprom>;
 
 // Offsets and counts are in bytes. Operations on the device answer `kEepromNoAnswer`, or `kEepromFailed` for
 // every other failure; the bytes of a range that failed keep their state, so the next attempt includes them.
 
 /// An EEPROM with the usual size and addressing, on the host's camera handle or, with null, on none.
-[[nodiscard]] HeadboardEeprom HeadboardEepromCreate(vy_Camera* camera);
+[[nodiscard]] EepromShare HeadboardEepromCreate(vy_Camera* camera);
 
 /// Takes another camera handle of the host's and finds out where its sensor has the EEPROM. The image stays;
 /// null changes nothing.
-void HeadboardEepromBind(HeadboardEeprom eeprom, vy_Camera* camera);
+void HeadboardEepromBind(HeadboardEeprom& eeprom, vy_Camera* camera);
 
 /// Drops the image with all changes; a camera that is not the host's is closed.
-void HeadboardEepromRelease(HeadboardEeprom eeprom);
+void HeadboardEepromRelease(HeadboardEeprom& eeprom);
 
 /// Allocates the image when there is none, or when the device is larger than it: the old one is then dropped.
 /// Every other operation does this first.
-void HeadboardEepromEnsureImage(HeadboardEeprom eeprom);
+void HeadboardEepromEnsureImage(HeadboardEeprom& eeprom);
 
 /// Reads what was not read yet of a range. A range that reaches the end of the image is cut before its last
 /// byte. `destination`, when given, takes the range's bytes and holds `count`.
-[[nodiscard]] EepromStatus HeadboardEepromLoad(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+[[nodiscard]] EepromStatus HeadboardEepromLoad(HeadboardEeprom& eeprom, int32_t offset, int32_t count,
                                                uint8_t* destination = nullptr);
 
 /// Changes a range of the image, cut in the same way.
-[[nodiscard]] EepromStatus HeadboardEepromPut(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+[[nodiscard]] EepromStatus HeadboardEepromPut(HeadboardEeprom& eeprom, int32_t offset, int32_t count,
                                               uint8_t const* bytes);
 
 /// Writes all changed bytes to the device. Without a camera or an image there is nothing to do.
-[[nodiscard]] EepromStatus HeadboardEepromFlush(HeadboardEeprom eeprom);
+[[nodiscard]] EepromStatus HeadboardEepromFlush(HeadboardEeprom& eeprom);
 
 /// Whether a change of the image still waits to be written.
-[[nodiscard]] bool HeadboardEepromHasChanges(HeadboardEeprom const& eeprom);
+[[nodiscard]] bool HeadboardEepromHasChanges(HeadboardEeprom& eeprom);
 
 /// Reads the current bytes of a range again and compares: `kEepromMismatch` at the first difference, the
 /// image then holding what the device holds. A negative count means the whole image.
-[[nodiscard]] EepromStatus HeadboardEepromVerify(HeadboardEeprom eeprom, int32_t offset, int32_t count);
+[[nodiscard]] EepromStatus HeadboardEepromVerify(HeadboardEeprom& eeprom, int32_t offset, int32_t count);
 
 /// Reads a range, whatever its state, into the image and, when given, to `destination`.
-[[nodiscard]] EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+[[nodiscard]] EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom& eeprom, int32_t offset, int32_t count,
                                                      uint8_t* destination = nullptr);
 
 /// Writes a range, whatever its state, from `source` or, with null, from the image.
-[[nodiscard]] EepromStatus HeadboardEepromDeviceWrite(HeadboardEeprom eeprom, int32_t offset, int32_t count,
+[[nodiscard]] EepromStatus HeadboardEepromDeviceWrite(HeadboardEeprom& eeprom, int32_t offset, int32_t count,
                                                       uint8_t const* source = nullptr);
 
 /// The process-wide EEPROM, null until its first user. Every page that uses the headboard is handed a
-/// reference to it and owns nothing of it.
+/// reference to the slot.
 using EepromSlot = HeadboardEeprom*;
 
 /// A share of the process-wide EEPROM; the first user creates it on its camera.
-[[nodiscard]] HeadboardEeprom sharedEeprom(EepromSlot& slot, vy_Camera* camera);
+[[nodiscard]] EepromShare sharedEeprom(EepromSlot& slot, vy_Camera* camera);
 
 /// Discards the process-wide EEPROM with all that it has not written, creates it anew and answers a share.
-[[nodiscard]] HeadboardEeprom renewEeprom(EepromSlot& slot, vy_Camera* camera);
-
-/// Whether this is still the process-wide EEPROM, which nobody has discarded.
-[[nodiscard]] bool isSharedEeprom(EepromSlot const& slot, HeadboardEeprom const& eeprom);
+[[nodiscard]] EepromShare renewEeprom(EepromSlot& slot, vy_Camera* camera);
 
 /// Drops the image, then the object; the slot is null before a call into the library can find it.
 void discardEeprom(EepromSlot& slot);

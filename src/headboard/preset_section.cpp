@@ -165,7 +165,7 @@ std::optional<std::string> parseState(std::string const& line, uint8_t type) {
     return isTaken ? std::optional<std::string>(text) : std::nullopt;
 }
 
-EepromStatus addPresetLine(HeadboardEeprom const& eeprom, EepromRecord& record, std::string const& line) {
+EepromStatus addPresetLine(HeadboardEeprom& eeprom, EepromRecord& record, std::string const& line) {
     if (auto const entry = parseEntry(line))
         return EepromAddEntry(eeprom, record, entry->entry);
     if (auto const state = parseState(line, record.type()))
@@ -191,14 +191,14 @@ std::vector<std::string> readSection(char const* iniFileName, char const* sectio
 
 } // namespace
 
-EepromStatus EepromImportSection(HeadboardEeprom eeprom, char const* iniFileName, char const* sectionName,
+EepromStatus EepromImportSection(HeadboardEeprom& eeprom, char const* iniFileName, char const* sectionName,
                                  uint8_t type) {
     if (recordPayload(type) != RecordPayload::RegisterSet)
         return kEepromFailed;
     std::vector<std::string> const lines = readSection(iniFileName, sectionName);
     if (lines.empty())
         return kEepromFailed;
-    EepromRecord record = makeRegisterSet(type, eeprom->deviceSize - kReservedBytes, sectionName);
+    EepromRecord record = makeRegisterSet(type, eeprom.deviceSize - kReservedBytes, sectionName);
     for (std::string const& line : lines) {
         EepromStatus const status = addPresetLine(eeprom, record, line);
         if (status != kEepromOk)

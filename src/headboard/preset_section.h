@@ -13,7 +13,7 @@ namespace kestra {
 /// lines of state are taken in the types that know their names; all others are skipped. `kEepromFailed` when
 /// there is no such section or the type is no register set; nothing is appended when a line finds no room
 /// (`kEepromNoRoom`), or when entries follow lines of state (`kEepromFailed`).
-[[nodiscard]] EepromStatus EepromImportSection(HeadboardEeprom eeprom, char const* iniFileName,
+[[nodiscard]] EepromStatus EepromImportSection(HeadboardEeprom& eeprom, char const* iniFileName,
                                                char const* sectionName, uint8_t type);
 
 /// A line of a register, a variable, a special function or memory.

@@ -29,8 +29,8 @@ constexpr EnablePair kEnablePairs[] = {
 };
 
 // Asked anew for each use: the library may have reopened the sensor meanwhile.
-SensorModel modelOf(HeadboardEeprom const& eeprom, SensorModel fallback) {
-    std::optional<SensorInfo> const info = Sensor(eeprom->camera).info();
+SensorModel modelOf(HeadboardEeprom& eeprom, SensorModel fallback) {
+    std::optional<SensorInfo> const info = eeprom.sensor.info();
     return info ? SensorModel{info->sensorKind, info->variant} : fallback;
 }
 
@@ -46,11 +46,11 @@ bool isLeftOut(std::string_view name, SensorKind const& kind) {
 }
 
 // Entries are added without a look at the result: what the sensor lacks is not stored.
-void addFixed(HeadboardEeprom const& eeprom, EepromRecord& record, std::span<FixedEntry const> entries,
+void addFixed(HeadboardEeprom& eeprom, EepromRecord& record, std::span<FixedEntry const> entries,
               uint32_t variant) {
     for (FixedEntry const& entry : entries) {
         bool const isWanted = entry.variants.holds(variant) &&
-                              (!entry.onlyWith || Sensor(eeprom->camera).existsRegister(entry.onlyWith));
+                              (!entry.onlyWith || eeprom.sensor.existsRegister(entry.onlyWith));
         if (isWanted)
             (void)EepromAddRegister(eeprom, record, entry.reg, entry.bitfield, entry.value);
     }
@@ -80,12 +80,12 @@ public:
     CorrectionOff& operator=(CorrectionOff const&) = delete;
 
 private:
-    Sensor m_sensor;
+    Sensor const& m_sensor;
     EnablePair m_pair;
     bool m_wasOn;
 };
 
-void addTables(HeadboardEeprom const& eeprom, EepromRecord& record, SensorModel fallback) {
+void addTables(HeadboardEeprom& eeprom, EepromRecord& record, SensorModel fallback) {
     SensorKind const& kind = kindOf(modelOf(eeprom, fallback));
     for (std::string const& name : shadingRegisterNames())
         if (!isLeftOut(name, kind))
@@ -94,8 +94,8 @@ void addTables(HeadboardEeprom const& eeprom, EepromRecord& record, SensorModel 
     addFixed(eeprom, record, kindOf(model).beforeEnable, model.variant);
 }
 
-void addBracketedTables(HeadboardEeprom const& eeprom, EepromRecord& record, SensorModel fallback) {
-    Sensor const sensor(eeprom->camera);
+void addBracketedTables(HeadboardEeprom& eeprom, EepromRecord& record, SensorModel fallback) {
+    Sensor const& sensor = eeprom.sensor;
     EnablePair const* const pair = findEnablePair(sensor);
     if (!pair)
         return addTables(eeprom, record, fallback);
@@ -107,22 +107,22 @@ void addBracketedTables(HeadboardEeprom const& eeprom, EepromRecord& record, Sen
 
 } // namespace
 
-EepromStatus saveShadingRegisters(HeadboardEeprom eeprom, char const* name, SensorModel fallback) {
+EepromStatus saveShadingRegisters(HeadboardEeprom& eeprom, char const* name, SensorModel fallback) {
     EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(kRecordPga, eeprom->deviceSize - kReservedBytes, name);
+    EepromRecord record = makeRegisterSet(kRecordPga, eeprom.deviceSize - kReservedBytes, name);
     addBracketedTables(eeprom, record, fallback);
     SensorModel const model = modelOf(eeprom, fallback);
     addFixed(eeprom, record, kindOf(model).afterEnable, model.variant);
     return EepromReplaceRecord(eeprom, record);
 }
 
-EepromStatus saveCcmRegisters(HeadboardEeprom eeprom, char const* name) {
+EepromStatus saveCcmRegisters(HeadboardEeprom& eeprom, char const* name) {
     EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom->deviceSize - kReservedBytes, name);
+    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom.deviceSize - kReservedBytes, name);
     for (std::string const& reg : ccmRegisterNames())
         (void)EepromAddRegisterCurrent(eeprom, record, reg.c_str(), "");
     return EepromReplaceRecord(eeprom, record);

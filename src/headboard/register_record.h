@@ -18,11 +18,11 @@ struct SensorModel {
 ///
 /// Only the image changes: `HeadboardEepromFlush` writes it. After `kEepromNoRoom` the older record is gone
 /// from the image.
-[[nodiscard]] EepromStatus saveShadingRegisters(HeadboardEeprom eeprom, char const* name,
+[[nodiscard]] EepromStatus saveShadingRegisters(HeadboardEeprom& eeprom, char const* name,
                                                 SensorModel fallback);
 
 /// The same for the colour-correction registers and the record "CCM"; nothing is switched.
-[[nodiscard]] EepromStatus saveCcmRegisters(HeadboardEeprom eeprom, char const* name);
+[[nodiscard]] EepromStatus saveCcmRegisters(HeadboardEeprom& eeprom, char const* name);
 
 /// The record "Time Stamp" of the current UTC time, as text such as "2024/05/31 23:59:07" with its NUL.
 [[nodiscard]] EepromRecord makeTimeStamp();

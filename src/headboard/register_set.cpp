@@ -208,10 +208,10 @@ bool holdsLines(RegisterSetContent const& content) {
     return content.blocks.empty() && !content.rest.empty() && !entryKind(content.rest.front());
 }
 
-EepromStatus EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEntry entry) {
+EepromStatus EepromAddEntry(HeadboardEeprom& eeprom, EepromRecord& record, RegisterEntry entry) {
     if (record.length() >= int64_t{record.capacity()} - kEntryReserve)
         return kEepromNoRoom;
-    Sensor const sensor(eeprom->camera);
+    Sensor const& sensor = eeprom.sensor;
     std::optional<SensorInfo> const info = sensor.info();
     if (entry.size == 0 && info) {
         if (auto const* const reg = sensor.findRegisterAt(entry.address, entry.registerClass, entry.id))
@@ -238,18 +238,18 @@ EepromStatus EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, Regist
     return kEepromOk;
 }
 
-EepromStatus EepromAddRegister(HeadboardEeprom eeprom, EepromRecord& record, char const* reg,
+EepromStatus EepromAddRegister(HeadboardEeprom& eeprom, EepromRecord& record, char const* reg,
                                char const* bitfield, uint32_t value) {
-    std::optional<RegisterEntry> entry = findEntry(Sensor(eeprom->camera), reg, bitfield);
+    std::optional<RegisterEntry> entry = findEntry(eeprom.sensor, reg, bitfield);
     if (!entry)
         return kEepromFailed;
     entry->value = value;
     return EepromAddEntry(eeprom, record, *entry);
 }
 
-EepromStatus EepromAddRegisterCurrent(HeadboardEeprom eeprom, EepromRecord& record, char const* reg,
+EepromStatus EepromAddRegisterCurrent(HeadboardEeprom& eeprom, EepromRecord& record, char const* reg,
                                       char const* bitfield) {
-    Sensor const sensor(eeprom->camera);
+    Sensor const& sensor = eeprom.sensor;
     std::optional<RegisterEntry> entry = findEntry(sensor, reg, bitfield);
     if (!entry)
         return kEepromFailed;
@@ -265,9 +265,9 @@ EepromStatus EepromAddLine(EepromRecord& record, std::string const& text) {
     return record.append({bytes, text.size() + 1}) ? kEepromOk : kEepromNoRoom;
 }
 
-EepromStatus EepromGetEntry(HeadboardEeprom eeprom, std::span<uint8_t const> record, int32_t n,
+EepromStatus EepromGetEntry(HeadboardEeprom& eeprom, std::span<uint8_t const> record, int32_t n,
                             RegisterEntry& entry) {
-    std::optional<SensorInfo> const info = Sensor(eeprom->camera).info();
+    std::optional<SensorInfo> const info = eeprom.sensor.info();
     auto left = size_t(std::max(n, 0));
     for (EntryBlock const& block : splitRegisterSet(record).blocks) {
         auto const kind = EntryKind(block.kind);

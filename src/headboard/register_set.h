@@ -76,15 +76,15 @@ struct RegisterSetContent {
 
 /// Adds an entry; one without a size gets that of its register in the sensor's map. `kEepromNoRoom` when the
 /// record's capacity is used up, `kEepromFailed` when the record holds something else than entries.
-[[nodiscard]] EepromStatus EepromAddEntry(HeadboardEeprom eeprom, EepromRecord& record, RegisterEntry entry);
+[[nodiscard]] EepromStatus EepromAddEntry(HeadboardEeprom& eeprom, EepromRecord& record, RegisterEntry entry);
 
 /// Adds a register, or one of its bitfields, by name with a value. `kEepromFailed` when the sensor lacks it.
 /// An empty bitfield name means the whole register.
-[[nodiscard]] EepromStatus EepromAddRegister(HeadboardEeprom eeprom, EepromRecord& record, char const* reg,
+[[nodiscard]] EepromStatus EepromAddRegister(HeadboardEeprom& eeprom, EepromRecord& record, char const* reg,
                                              char const* bitfield, uint32_t value);
 
 /// The same with the value that the sensor holds now.
-[[nodiscard]] EepromStatus EepromAddRegisterCurrent(HeadboardEeprom eeprom, EepromRecord& record,
+[[nodiscard]] EepromStatus EepromAddRegisterCurrent(HeadboardEeprom& eeprom, EepromRecord& record,
                                                     char const* reg, char const* bitfield);
 
 /// Adds a line of text with its NUL; `kEepromNoRoom` when it does not fit.
@@ -92,7 +92,7 @@ struct RegisterSetContent {
 
 /// The n-th entry of a record's bytes, header included; they may come from anywhere. `kEepromFailed` when
 /// there are fewer.
-[[nodiscard]] EepromStatus EepromGetEntry(HeadboardEeprom eeprom, std::span<uint8_t const> record, int32_t n,
+[[nodiscard]] EepromStatus EepromGetEntry(HeadboardEeprom& eeprom, std::span<uint8_t const> record, int32_t n,
                                           RegisterEntry& entry);
 
 /// The length of the n-th line of a record's bytes, and in `line`, when given, its text; `kEepromFailed` when

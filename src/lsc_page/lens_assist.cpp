@@ -43,7 +43,7 @@ protected:
     void calibrationTick() override;
     void captureFrame(Frame const& frame) override;
     [[nodiscard]] int skippedRows() const override;
-    [[nodiscard]] EepromStatus storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) override;
+    [[nodiscard]] EepromStatus storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) override;
 
 private:
     void loadWhenSolved();
@@ -67,7 +67,7 @@ ShadingHandle LensAssistFlow::createCalibration() {
                                                   core.sensor.variant, kAllBits));
 }
 
-EepromStatus LensAssistFlow::storeInEeprom(HeadboardEeprom const& eeprom, QByteArray const& label) {
+EepromStatus LensAssistFlow::storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) {
     EepromStatus status =
         saveShadingRegisters(eeprom, label.constData(), {core.sensor.sensorKind, core.sensor.variant});
     if (status == kEepromOk)

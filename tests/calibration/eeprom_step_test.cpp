@@ -28,18 +28,18 @@ protected:
         box->setCurrentText(QLatin1String(label));
     }
     // What a fresh reader of the device finds.
-    [[nodiscard]] HeadboardEeprom device() const { return HeadboardEepromCreate(sensor.camera); }
+    [[nodiscard]] EepromShare device() const { return HeadboardEepromCreate(sensor.camera); }
     [[nodiscard]] int records(uint8_t type) const {
-        HeadboardEeprom const eeprom = device();
+        EepromShare const eeprom = device();
         int count = 0;
-        for (int32_t at = EepromFindRecord(eeprom, type, nullptr, 0); at >= 0;
-             at = EepromFindRecord(eeprom, type, nullptr, EepromNextRecord(eeprom, at)))
+        for (int32_t at = EepromFindRecord(*eeprom, type, nullptr, 0); at >= 0;
+             at = EepromFindRecord(*eeprom, type, nullptr, EepromNextRecord(*eeprom, at)))
             ++count;
         return count;
     }
     [[nodiscard]] std::string recordText(uint8_t type) const {
-        HeadboardEeprom const eeprom = device();
-        return std::string(EepromRecordText(eeprom, EepromFindRecord(eeprom, type, nullptr, 0)));
+        EepromShare const eeprom = device();
+        return std::string(EepromRecordText(*eeprom, EepromFindRecord(*eeprom, type, nullptr, 0)));
     }
 };
 

@@ -402,16 +402,16 @@ protected:
     }
     // What a fresh reader of the device finds; every type is counted under its number.
     [[nodiscard]] std::map<uint8_t, int> recordsOnDevice() const {
-        HeadboardEeprom const eeprom = HeadboardEepromCreate(sensor.camera);
+        EepromShare const eeprom = HeadboardEepromCreate(sensor.camera);
         std::map<uint8_t, int> found;
         std::vector<uint8_t> record(8192);
-        for (int n = 0; EepromReadNth(eeprom, kAnyRecordType, nullptr, n, record) > 0; ++n)
+        for (int n = 0; EepromReadNth(*eeprom, kAnyRecordType, nullptr, n, record) > 0; ++n)
             ++found[record[0]];
         return found;
     }
     // In the image that the page works on; what the device holds is another matter.
     [[nodiscard]] bool has(uint8_t type) const {
-        return EepromFindRecord(eepromSlot ? *eepromSlot : HeadboardEeprom(), type, nullptr, 0) >= 0;
+        return eepromSlot && EepromFindRecord(*eepromSlot, type, nullptr, 0) >= 0;
     }
 };
 
@@ -481,15 +481,15 @@ TEST_F(WhiteBalanceRecord, HoldsTheGainsOfTheThreeLightsAtTheSetsTemperatures) {
     EXPECT_EQ(captured()[kDaylight].redGain, 1.503);
     EXPECT_EQ(host.calls("writeInt LensAssist Left Temp").back(),
               "writeInt LensAssist Left Temp for S1 2000");
-    HeadboardEeprom const eeprom = HeadboardEepromCreate(sensor.camera);
+    EepromShare const eeprom = HeadboardEepromCreate(sensor.camera);
     std::vector<uint8_t> record(200);
-    ASSERT_GT(EepromReadNth(eeprom, kRecordCcm, "FACTORY", 0, record), 0);
+    ASSERT_GT(EepromReadNth(*eeprom, kRecordCcm, "FACTORY", 0, record), 0);
     std::vector<uint32_t> gains;
     RegisterEntry entry{};
-    for (int n = 0; EepromGetEntry(eeprom, record, n, entry) == kEepromOk; ++n)
+    for (int n = 0; EepromGetEntry(*eeprom, record, n, entry) == kEepromOk; ++n)
         gains.push_back(entry.value);
     EXPECT_EQ(gains, (std::vector<uint32_t>{72, 144, 96, 192, 192, 384}));
-    EXPECT_GE(EepromFindRecord(eeprom, kRecordTimeStamp, nullptr, 0), 0);
+    EXPECT_GE(EepromFindRecord(*eeprom, kRecordTimeStamp, nullptr, 0), 0);
 
     // Temperatures that their fractions alone tell apart, on a line that reaches its third point.
     for (auto const& [field, kelvin] :
@@ -498,9 +498,9 @@ TEST_F(WhiteBalanceRecord, HoldsTheGainsOfTheThreeLightsAtTheSetsTemperatures) {
         widget<QLineEdit>(field)->setText(kelvin);
     host.registers["CAM_AWB_CCM_L_CTEMP."] = 2801;
     click("Prom_Save");
-    HeadboardEeprom const again = HeadboardEepromCreate(sensor.camera);
-    ASSERT_GT(EepromReadNth(again, kRecordCcm, "FACTORY", 0, record), 0);
-    ASSERT_EQ(EepromGetEntry(again, record, 0, entry), kEepromOk);
+    EepromShare const again = HeadboardEepromCreate(sensor.camera);
+    ASSERT_GT(EepromReadNth(*again, kRecordCcm, "FACTORY", 0, record), 0);
+    ASSERT_EQ(EepromGetEntry(*again, record, 0, entry), kEepromOk);
     EXPECT_EQ(entry.value,
               uint32_t(quadraticThrough({2800.25, 2800.5, 2800.75}, {0.503, 0.753, 1.503}, 2801) * 128));
 }

@@ -104,10 +104,9 @@ protected:
         if (!eepromSlot)
             return forgotten;
         QByteArray const device = deviceBytes();
-        HeadboardEeprom const& eeprom = *eepromSlot;
-        for (int32_t i = 0; i < eeprom->imageSize(); ++i)
-            forgotten += eeprom->state[size_t(i)] == ByteState::Current &&
-                         eeprom->image[size_t(i)] != uint8_t(device[i]);
+        for (int32_t i = 0; i < eepromSlot->imageSize(); ++i)
+            forgotten += eepromSlot->state[size_t(i)] == ByteState::Current &&
+                         eepromSlot->image[size_t(i)] != uint8_t(device[i]);
         return forgotten;
     }
 

@@ -74,8 +74,8 @@ std::string ConfigFixture::deviceText(size_t count) const {
 }
 
 std::string ConfigFixture::deviceNumber() const {
-    HeadboardEeprom const fresh = HeadboardEepromCreate(sensor.camera);
-    return std::string(EepromRecordText(fresh, EepromFindRecord(fresh, kRecordHeadboardId, nullptr, 0)));
+    EepromShare const fresh = HeadboardEepromCreate(sensor.camera);
+    return std::string(EepromRecordText(*fresh, EepromFindRecord(*fresh, kRecordHeadboardId, nullptr, 0)));
 }
 
 std::vector<std::string> ConfigFixture::busLog() const {

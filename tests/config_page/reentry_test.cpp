@@ -97,9 +97,9 @@ protected:
         if (mayTear)
             return;
         EXPECT_EQ(deviceNumber(), "ABC1234777");
-        HeadboardEeprom const fresh = HeadboardEepromCreate(sensor.camera);
-        ASSERT_EQ(EepromDeleteNth(fresh, 11, nullptr, 0), kEepromOk);
-        EXPECT_EQ(EepromFindRecord(fresh, 11, nullptr, 0), kEepromNoRecord) << "stored twice";
+        EepromShare const fresh = HeadboardEepromCreate(sensor.camera);
+        ASSERT_EQ(EepromDeleteNth(*fresh, 11, nullptr, 0), kEepromOk);
+        EXPECT_EQ(EepromFindRecord(*fresh, 11, nullptr, 0), kEepromNoRecord) << "stored twice";
     }
 
     bool mayTear = false;

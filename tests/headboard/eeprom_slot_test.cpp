@@ -13,27 +13,25 @@ struct Slot : ::testing::Test, Headboard {
 };
 
 TEST_F(Slot, AllUsersShareOneEepromUntilItIsRenewed) {
-    HeadboardEeprom const first = sharedEeprom(slot, fake.camera());
-    EXPECT_TRUE(isSharedEeprom(slot, first));
-    EXPECT_TRUE(isSharedEeprom(slot, sharedEeprom(slot, nullptr)));
-    EXPECT_FALSE(isSharedEeprom(slot, eeprom));
-    ASSERT_EQ(EepromFormat(first, -1), kEepromOk);
-    HeadboardEeprom const second = renewEeprom(slot, fake.camera());
+    EepromShare const first = sharedEeprom(slot, fake.camera());
+    EXPECT_EQ(slot, first.data());
+    EXPECT_EQ(slot, sharedEeprom(slot, nullptr).data());
+    ASSERT_EQ(EepromFormat(*first, -1), kEepromOk);
+    EepromShare const second = renewEeprom(slot, fake.camera());
     EXPECT_TRUE(first->image.empty()) << "what was not written is dropped";
-    EXPECT_FALSE(isSharedEeprom(slot, first));
-    EXPECT_TRUE(isSharedEeprom(slot, second));
-    discardEeprom(slot);
-    EXPECT_FALSE(isSharedEeprom(slot, second));
+    EXPECT_NE(slot, first.data());
+    EXPECT_EQ(slot, second.data());
     discardEeprom(slot);
     EXPECT_EQ(slot, nullptr);
+    discardEeprom(slot);
 }
 
 TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
-    EXPECT_EQ(probeEeprom(eeprom), EepromState::Present);
+    EXPECT_EQ(probeEeprom(*eeprom), EepromState::Present);
     std::vector<uint8_t> const head(board.device.begin(), board.device.begin() + 6);
     EXPECT_EQ(head, (std::vector<uint8_t>{'V', 'Y', 'E', 'E', 1, 0xFF}));
     int64_t const written = board.operations;
-    EXPECT_EQ(probeEeprom(eeprom), EepromState::Present);
+    EXPECT_EQ(probeEeprom(*eeprom), EepromState::Present);
     EXPECT_EQ(board.operations, written) << "a formatted one is left alone";
     struct Row {
         bool isFormatted;
@@ -44,11 +42,11 @@ TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
                            Row{true, DeviceFault::TransportFailed, EepromState::Unknown},
                            Row{false, DeviceFault::NoAcknowledge, EepromState::Absent},
                            Row{false, DeviceFault::TransportFailed, EepromState::Absent}}) {
-        HeadboardEepromRelease(eeprom);
+        HeadboardEepromRelease(*eeprom);
         board.device[0] = row.isFormatted ? 'V' : 0xFF;
         // A read comes first: of a blank device it succeeds, and the write of the header meets the fault.
         board.plan(row.fault, row.isFormatted ? 0 : 1);
-        EXPECT_EQ(probeEeprom(eeprom), row.presence) << row.isFormatted << int(row.fault);
+        EXPECT_EQ(probeEeprom(*eeprom), row.presence) << row.isFormatted << int(row.fault);
     }
 }
 

@@ -35,7 +35,7 @@ struct Headboard {
     FakeHost host;
     FakeLibraries fake;
     FakeHeadboard& board = fake.headboard;
-    HeadboardEeprom eeprom;
+    EepromShare eeprom;
 };
 
 /// A record of any type with these payload bytes.
@@ -46,10 +46,10 @@ inline EepromRecord recordOf(uint8_t type, std::vector<uint8_t> const& payload) 
 }
 
 /// The bytes of a record where it stands in the EEPROM; empty when it cannot be read.
-inline std::vector<uint8_t> readRecord(HeadboardEeprom const& eeprom, int32_t offset) {
-    int32_t const size = EepromReadRecord(eeprom, offset, {});
+inline std::vector<uint8_t> readRecord(EepromShare const& eeprom, int32_t offset) {
+    int32_t const size = EepromReadRecord(*eeprom, offset, {});
     std::vector<uint8_t> bytes(size_t(std::max(size, 0)));
-    return EepromReadRecord(eeprom, offset, bytes) < 0 ? std::vector<uint8_t>() : bytes;
+    return EepromReadRecord(*eeprom, offset, bytes) < 0 ? std::vector<uint8_t>() : bytes;
 }
 
 inline std::vector<uint8_t> bytesOf(EepromRecord const& record) {

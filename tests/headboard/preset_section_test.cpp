@@ -11,10 +11,10 @@ using namespace kestra;
 namespace {
 
 struct PresetSection : ::testing::Test, Headboard {
-    PresetSection() { EXPECT_EQ(EepromFormat(eeprom, -1), kEepromOk); }
+    PresetSection() { EXPECT_EQ(EepromFormat(*eeprom, -1), kEepromOk); }
     int32_t import(std::string const& lines, uint8_t type, std::string const& section = "Lens Correction") {
         std::ofstream(ini()) << "[Other]\nREG = 9, 9\n[" + section + "]\n" + lines + "\n[Last]\nREG = 8, 8\n";
-        return EepromImportSection(eeprom, ini().c_str(), section.c_str(), type);
+        return EepromImportSection(*eeprom, ini().c_str(), section.c_str(), type);
     }
     std::string ini() const { return m_folder.filePath(QStringLiteral("preset.ini")).toStdString(); }
 
@@ -22,7 +22,7 @@ struct PresetSection : ::testing::Test, Headboard {
         std::vector<RegisterEntry> found;
         RegisterEntry entry;
         std::vector<uint8_t> const record = readRecord(eeprom, 5);
-        while (EepromGetEntry(eeprom, record, int32_t(found.size()), entry) == kEepromOk)
+        while (EepromGetEntry(*eeprom, record, int32_t(found.size()), entry) == kEepromOk)
             found.push_back(entry);
         return found;
     }
@@ -61,10 +61,10 @@ TEST_F(PresetSection, EveryFormOfLineIsTaken) {
              {"REG = 010, 1, x", {{0, 0, 8, 1, 0, 1}}}, // two numbers, octal, and something else
              {"REG = 1\nREG 1, 2\nREGS = 1, 2\nVAR = 1, 2\nSTATE = White Balance, 1\n// REG = 1, 2\nx", {}},
          }) {
-        ASSERT_EQ(EepromFormat(eeprom, -1), kEepromOk);
+        ASSERT_EQ(EepromFormat(*eeprom, -1), kEepromOk);
         ASSERT_EQ(import(row.line, kRecordPga), kEepromOk) << row.line;
         EXPECT_EQ(entries(), row.entries) << row.line;
-        EXPECT_EQ(EepromRecordText(eeprom, 5), "Lens Cor");
+        EXPECT_EQ(EepromRecordText(*eeprom, 5), "Lens Cor");
     }
 }
 
@@ -79,17 +79,17 @@ TEST_F(PresetSection, StatesAreTakenByTheTypesThatKnowThem) {
                                   {kRecordSwCcm, {"WB Speed, 3", "WB Custom Led,1"}},
                                   {kRecordSwStereo, {"Stereo Shift Y, -4"}},
                                   {kRecordCcm, {}}}) {
-        ASSERT_EQ(EepromFormat(eeprom, -1), kEepromOk);
+        ASSERT_EQ(EepromFormat(*eeprom, -1), kEepromOk);
         ASSERT_EQ(import(states, type), kEepromOk);
         EXPECT_EQ(lines(), expected) << int(type);
     }
 }
 
 TEST_F(PresetSection, WhatCannotBeStoredWholeIsNotStored) {
-    EXPECT_EQ(EepromImportSection(eeprom, ini().c_str(), "Lens Correction", kRecordPga), kEepromFailed);
+    EXPECT_EQ(EepromImportSection(*eeprom, ini().c_str(), "Lens Correction", kRecordPga), kEepromFailed);
     EXPECT_EQ(import("REG = 1, 2", kRecordTimeStamp), kEepromFailed);
     EXPECT_EQ(import("STATE = WB Speed, 3\nREG = 1, 2", kRecordSwCcm), kEepromFailed);
-    EXPECT_EQ(EepromFindRecord(eeprom, kRecordEnd, nullptr, 0), 5);
+    EXPECT_EQ(EepromFindRecord(*eeprom, kRecordEnd, nullptr, 0), 5);
     // Long sections are read whole.
     EXPECT_EQ(import(std::string(70000, '\n') + "; " + std::string(70000, 'x') + "\nnothing " +
                          std::string(70000, 'x') + "\nREG = 1, 2",
@@ -105,9 +105,9 @@ TEST_F(PresetSection, IsRefusedWhereTheRecordEndsNotWhereTheDeviceDoes) {
     for (int i = 0; i < 2023; ++i)
         registers += "REG = " + std::to_string(i) + ", 1\n";
     EXPECT_EQ(import(registers + "REG = 2023, 1", kRecordPga), kEepromNoRoom);
-    EXPECT_EQ(EepromFindRecord(eeprom, kRecordEnd, nullptr, 0), 5);
+    EXPECT_EQ(EepromFindRecord(*eeprom, kRecordEnd, nullptr, 0), 5);
     EXPECT_EQ(import(registers, kRecordPga), kEepromOk);
-    EXPECT_EQ(EepromFindRecord(eeprom, kRecordEnd, nullptr, 0), 5 + 3 + 9 + 3 + 4 * 2023);
+    EXPECT_EQ(EepromFindRecord(*eeprom, kRecordEnd, nullptr, 0), 5 + 3 + 9 + 3 + 4 * 2023);
 }
 
 } // namespace

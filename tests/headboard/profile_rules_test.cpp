@@ -99,20 +99,20 @@ protected:
 
     // Both records go through the sensor's own EEPROM, so that it must lie where its kind is looked for.
     void store() const {
-        HeadboardEeprom const eeprom = HeadboardEepromCreate(camera->handle());
+        EepromShare const eeprom = HeadboardEepromCreate(camera->handle());
         EXPECT_EQ(eeprom->deviceAddress, GetParam().deviceAddress);
-        EXPECT_EQ(EepromFormat(eeprom, -1), kEepromOk);
-        EXPECT_EQ(saveShadingRegisters(eeprom, "rules", {}), kEepromOk);
-        EXPECT_EQ(saveCcmRegisters(eeprom, "rules"), kEepromOk);
-        EXPECT_EQ(HeadboardEepromFlush(eeprom), kEepromOk);
+        EXPECT_EQ(EepromFormat(*eeprom, -1), kEepromOk);
+        EXPECT_EQ(saveShadingRegisters(*eeprom, "rules", {}), kEepromOk);
+        EXPECT_EQ(saveCcmRegisters(*eeprom, "rules"), kEepromOk);
+        EXPECT_EQ(HeadboardEepromFlush(*eeprom), kEepromOk);
     }
     [[nodiscard]] std::vector<RegisterEntry> storedEntries(uint8_t type) const {
-        HeadboardEeprom const eeprom = HeadboardEepromCreate(camera->handle());
+        EepromShare const eeprom = HeadboardEepromCreate(camera->handle());
         std::vector<uint8_t> record(8192);
-        EXPECT_GT(EepromReadNth(eeprom, type, "rules", 0, record), 0);
+        EXPECT_GT(EepromReadNth(*eeprom, type, "rules", 0, record), 0);
         std::vector<RegisterEntry> entries;
         RegisterEntry entry{};
-        for (int n = 0; EepromGetEntry(eeprom, record, n, entry) == kEepromOk; ++n)
+        for (int n = 0; EepromGetEntry(*eeprom, record, n, entry) == kEepromOk; ++n)
             entries.push_back(entry);
         return entries;
     }

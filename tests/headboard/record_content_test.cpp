@@ -9,10 +9,10 @@ using Bytes = std::vector<uint8_t>;
 
 struct RecordContent : ::testing::Test, Headboard {
     Bytes content() const { return {record.payload().begin() + 9, record.payload().end()}; }
-    int32_t add(RegisterEntry const& entry) { return EepromAddEntry(eeprom, record, entry); }
+    int32_t add(RegisterEntry const& entry) { return EepromAddEntry(*eeprom, record, entry); }
     RegisterEntry entry(int32_t n) {
         RegisterEntry found;
-        EXPECT_EQ(EepromGetEntry(eeprom, record.bytes(), n, found), kEepromOk);
+        EXPECT_EQ(EepromGetEntry(*eeprom, record.bytes(), n, found), kEepromOk);
         return found;
     }
     EepromRecord record = makeRegisterSet(kRecordPga, 8112, "N");
@@ -31,7 +31,7 @@ TEST_F(RecordContent, EntriesOfOneKindShareABlock) {
     EXPECT_EQ(entry(2), (RegisterEntry{1, 18, 0x42, 1, 0, 7}));
     EXPECT_EQ(entry(3), (RegisterEntry{0, 0, 0x3780, 2, 0x8000, 0x12345678}));
     RegisterEntry none;
-    EXPECT_EQ(EepromGetEntry(eeprom, record.bytes(), 4, none), kEepromFailed);
+    EXPECT_EQ(EepromGetEntry(*eeprom, record.bytes(), 4, none), kEepromFailed);
 }
 
 TEST_F(RecordContent, KindFollowsClassSizeMaskAndTheSensorsWidths) {
@@ -91,13 +91,13 @@ TEST_F(RecordContent, ClassAndIdFollowTheAddressSpace) {
         fake.description.hasPageSelect = row.pages;
         fake.description.secondaryMaps = row.maps;
         record = makeRegisterSet(kRecordPga, 8112, nullptr);
-        ASSERT_EQ(EepromAddRegisterCurrent(eeprom, record, "R", "B"), kEepromOk);
+        ASSERT_EQ(EepromAddRegisterCurrent(*eeprom, record, "R", "B"), kEepromOk);
         EXPECT_EQ(entry(0), (RegisterEntry{row.registerClass, row.id, 0x20, row.size, 0xFF00, 0xAB}))
             << row.space;
     }
-    EXPECT_EQ(EepromAddRegister(eeprom, record, "R", "X", 1), kEepromFailed);
-    EXPECT_EQ(EepromAddRegister(eeprom, record, "X", "", 1), kEepromFailed);
-    EXPECT_EQ(EepromAddRegisterCurrent(eeprom, record, "X", ""), kEepromFailed);
+    EXPECT_EQ(EepromAddRegister(*eeprom, record, "R", "X", 1), kEepromFailed);
+    EXPECT_EQ(EepromAddRegister(*eeprom, record, "X", "", 1), kEepromFailed);
+    EXPECT_EQ(EepromAddRegisterCurrent(*eeprom, record, "X", ""), kEepromFailed);
 }
 
 TEST_F(RecordContent, CapacityBoundsEntriesAndLines) {

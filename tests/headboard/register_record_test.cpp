@@ -17,7 +17,7 @@ using Replay = std::vector<std::string>;
 struct RegisterRecord : ::testing::Test, Headboard {
     RegisterRecord() {
         fake.description.registerDataWidth = 8;
-        EXPECT_EQ(EepromFormat(eeprom, -1), kEepromOk);
+        EXPECT_EQ(EepromFormat(*eeprom, -1), kEepromOk);
     }
     void setModel(uint32_t kind, uint32_t variant) {
         fake.description.sensorKind = kind;
@@ -37,10 +37,10 @@ struct RegisterRecord : ::testing::Test, Headboard {
     }
 
     Replay replay(uint8_t type, char const* name) {
-        std::vector<uint8_t> const record = readRecord(eeprom, EepromFindRecord(eeprom, type, name, 0));
+        std::vector<uint8_t> const record = readRecord(eeprom, EepromFindRecord(*eeprom, type, name, 0));
         Replay lines;
         RegisterEntry entry;
-        while (EepromGetEntry(eeprom, record, int32_t(lines.size()), entry) == kEepromOk)
+        while (EepromGetEntry(*eeprom, record, int32_t(lines.size()), entry) == kEepromOk)
             lines.push_back(describe(entry));
         return lines;
     }
@@ -124,7 +124,7 @@ TEST_F(RegisterRecord, CorrectionIsOffWhileItsRegistersAreRead) {
     addEnable("LENS_CORRECTION", "ENABLE", true);
     addEnable("POLY_SC_ENABLE", "ENABLE", true); // first in order, so the other one is left alone
     addRegisters({"P_GR_P0Q0", "P_CB_P4Q4", "CENTER_ROW"});
-    ASSERT_EQ(saveShadingRegisters(eeprom, "KestraTune", {}), kEepromOk);
+    ASSERT_EQ(saveShadingRegisters(*eeprom, "KestraTune", {}), kEepromOk);
     EXPECT_EQ(replay(kRecordPga, "KestraTu"), (Replay{"POLY_SC_ENABLE.ENABLE=0", "P_GR_P0Q0=3", "P_CB_P4Q4=4",
                                                       "CENTER_ROW=5", "POLY_SC_ENABLE.ENABLE=1"}));
     std::vector<std::string> log;
@@ -139,16 +139,16 @@ TEST_F(RegisterRecord, CorrectionIsOffWhileItsRegistersAreRead) {
 
 TEST_F(RegisterRecord, SensorIsNotWrittenWhereNothingHasToBeSwitched) {
     addRegisters({"P_GR_P0Q0"});
-    ASSERT_EQ(saveShadingRegisters(eeprom, nullptr, {}), kEepromOk);
+    ASSERT_EQ(saveShadingRegisters(*eeprom, nullptr, {}), kEepromOk);
     EXPECT_EQ(replay(kRecordPga, "default"), Replay{"P_GR_P0Q0=1"});
     addEnable("POLY_SC_ENABLE", "ENABLE", false);
-    ASSERT_EQ(saveShadingRegisters(eeprom, nullptr, {}), kEepromOk);
+    ASSERT_EQ(saveShadingRegisters(*eeprom, nullptr, {}), kEepromOk);
     EXPECT_EQ(replay(kRecordPga, "DEFAULT"),
               (Replay{"POLY_SC_ENABLE.ENABLE=0", "P_GR_P0Q0=1", "POLY_SC_ENABLE.ENABLE=1"}));
     EXPECT_EQ(host.calls("write"), Replay{});
     EXPECT_EQ(host.calls("invalidateCache").size(), 1U);
     // The first was replaced.
-    EXPECT_EQ(EepromNextRecord(eeprom, EepromNextRecord(eeprom, 5)), kEepromNoRecord);
+    EXPECT_EQ(EepromNextRecord(*eeprom, EepromNextRecord(*eeprom, 5)), kEepromNoRecord);
 }
 
 // Sensors that have all of these registers are met as whole cameras.
@@ -157,7 +157,7 @@ TEST_F(RegisterRecord, Kind68WithoutARegisterStoresWhatDoesNotHangOnIt) {
     addRegisters({"P_CR_Q5", "PGASETUP_MODE", "PGAOUTPUT_CURZONE", "SEQUENCERSETUP_CMD"});
     auto const expect = [&](uint32_t variant, Replay const& tail) {
         setModel(68, variant);
-        ASSERT_EQ(saveShadingRegisters(eeprom, "N", {}), kEepromOk);
+        ASSERT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromOk);
         Replay all = {"COLOR_PIPELINE_CONTROL.PGA_ENABLE=0", "P_CR_Q5=2"};
         all.insert(all.end(), tail.begin(), tail.end());
         all.emplace_back("COLOR_PIPELINE_CONTROL.PGA_ENABLE=1");
@@ -177,10 +177,10 @@ TEST_F(RegisterRecord, Kind68WithoutARegisterStoresWhatDoesNotHangOnIt) {
 TEST_F(RegisterRecord, HostsRecordTellsTheModelOfASensorWithoutDescription) {
     addRegisters({"P_GR_P0Q0", "PGA_TABLE_A_DATA_0"});
     setModel(76, 1);
-    ASSERT_EQ(saveShadingRegisters(eeprom, "N", {76, 2}), kEepromOk);
+    ASSERT_EQ(saveShadingRegisters(*eeprom, "N", {76, 2}), kEepromOk);
     EXPECT_EQ(replay(kRecordPga, "N"), (Replay{"P_GR_P0Q0=1", "PGA_TABLE_A_DATA_0=2"}));
     fake.hasDescription = false;
-    ASSERT_EQ(saveShadingRegisters(eeprom, "N", {76, 2}), kEepromOk);
+    ASSERT_EQ(saveShadingRegisters(*eeprom, "N", {76, 2}), kEepromOk);
     EXPECT_EQ(replay(kRecordPga, "N"), (Replay{"PGA_TABLE_A_DATA_0=2"}));
 }
 
@@ -188,26 +188,26 @@ TEST_F(RegisterRecord, CcmRecordHoldsItsRegistersOnly) {
     addEnable("POLY_SC_ENABLE", "ENABLE", true);
     addRegisters(
         {"AWB_CCM_L_0", "CAM_AWB_CCM_RL_10", "PGA_CURRENT_ZONE", "AWBTRACKCONFIG_CCMDATA_2_COLORTEMP"});
-    ASSERT_EQ(saveCcmRegisters(eeprom, "A very long name"), kEepromOk);
-    ASSERT_EQ(saveCcmRegisters(eeprom, "A very long name"), kEepromOk);
+    ASSERT_EQ(saveCcmRegisters(*eeprom, "A very long name"), kEepromOk);
+    ASSERT_EQ(saveCcmRegisters(*eeprom, "A very long name"), kEepromOk);
     EXPECT_EQ(replay(kRecordCcm, "A very l"),
               (Replay{"AWB_CCM_L_0=2", "CAM_AWB_CCM_RL_10=3", "AWBTRACKCONFIG_CCMDATA_2_COLORTEMP=5"}));
-    EXPECT_EQ(EepromNextRecord(eeprom, EepromNextRecord(eeprom, 5)), kEepromNoRecord);
+    EXPECT_EQ(EepromNextRecord(*eeprom, EepromNextRecord(*eeprom, 5)), kEepromNoRecord);
     EXPECT_EQ(host.calls("write"), Replay{});
 }
 
 TEST_F(RegisterRecord, FullOrUnformattedEepromIsReported) {
     addRegisters({"P_GR_P0Q0"});
-    ASSERT_EQ(saveShadingRegisters(eeprom, "N", {}), kEepromOk);
-    ASSERT_EQ(EepromAppendRecord(eeprom, recordOf(kRecordCustomerData, std::vector<uint8_t>(8140))),
+    ASSERT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromOk);
+    ASSERT_EQ(EepromAppendRecord(*eeprom, recordOf(kRecordCustomerData, std::vector<uint8_t>(8140))),
               kEepromOk);
     addRegisters({"CENTER_ROW", "CENTER_COLUMN", "P_CB_P4Q4"});
-    EXPECT_EQ(saveShadingRegisters(eeprom, "N", {}), kEepromNoRoom);
-    EXPECT_EQ(EepromFindRecord(eeprom, kRecordPga, "N", 0), kEepromNoRecord) << "the old one went first";
+    EXPECT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromNoRoom);
+    EXPECT_EQ(EepromFindRecord(*eeprom, kRecordPga, "N", 0), kEepromNoRecord) << "the old one went first";
     eeprom->image[0] = 'X';
     host.log.clear();
-    EXPECT_EQ(saveShadingRegisters(eeprom, "N", {}), kEepromNotFormatted);
-    EXPECT_EQ(saveCcmRegisters(eeprom, "N"), kEepromNotFormatted);
+    EXPECT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromNotFormatted);
+    EXPECT_EQ(saveCcmRegisters(*eeprom, "N"), kEepromNotFormatted);
     EXPECT_EQ(host.log, Replay{});
 }
 

@@ -32,21 +32,22 @@ struct CountedBoard : Headboard {
         EXPECT_EQ(board.clock.now() - start, time) << int(path);
     }
     void load(int32_t offset, int32_t count) {
-        HeadboardEepromEnsureImage(eeprom);
+        HeadboardEepromEnsureImage(*eeprom);
         int64_t const transfers =
             least(ByteState::NotRead, size_t(offset), size_t(offset) + size_t(count), false);
-        expect(transfers, timeOfReads(transfers), [&] { return HeadboardEepromLoad(eeprom, offset, count); });
+        expect(transfers, timeOfReads(transfers),
+               [&] { return HeadboardEepromLoad(*eeprom, offset, count); });
     }
     void save() {
         int64_t const transfers = least(ByteState::Changed, 0, eeprom->state.size(), true);
         // Behind the last write by description nobody waits for the device.
         int64_t const cycles = path == Path::BusDescription ? std::max<int64_t>(transfers - 1, 0) : transfers;
-        expect(transfers, milliseconds(20 * cycles), [&] { return HeadboardEepromFlush(eeprom); });
+        expect(transfers, milliseconds(20 * cycles), [&] { return HeadboardEepromFlush(*eeprom); });
         board.clock.advance(milliseconds(20));
     }
     void verify() {
         int64_t const transfers = least(ByteState::Current, 0, eeprom->state.size(), false);
-        expect(transfers, timeOfReads(transfers), [&] { return HeadboardEepromVerify(eeprom, 0, -1); });
+        expect(transfers, timeOfReads(transfers), [&] { return HeadboardEepromVerify(*eeprom, 0, -1); });
     }
 
     Path path;
@@ -63,7 +64,7 @@ TEST(Transfers, LoadSaveAndVerifyTakeNoneThatTheirBytesDoNotNeed) {
         std::vector<uint8_t> const bytes(64, 0);
         for (int i = 0; i < 60; ++i) {
             h.load(below(2000), 1 + below(40));
-            ASSERT_EQ(HeadboardEepromPut(h.eeprom, below(2000) & evenForPairs, 1 + below(15), bytes.data()),
+            ASSERT_EQ(HeadboardEepromPut(*h.eeprom, below(2000) & evenForPairs, 1 + below(15), bytes.data()),
                       kEepromOk);
             if (i % 20 == 19)
                 h.save();
@@ -77,12 +78,12 @@ TEST(Transfers, LoadSaveAndVerifyTakeNoneThatTheirBytesDoNotNeed) {
 
 simulator::EepromContents deviceWithRecords() {
     Headboard h;
-    EXPECT_EQ(EepromFormat(h.eeprom, -1), kEepromOk);
+    EXPECT_EQ(EepromFormat(*h.eeprom, -1), kEepromOk);
     for (EepromRecord const& record :
          {makeRegisterSet(kRecordPga, 8112, "one"), recordOf(kRecordDefectMap, std::vector<uint8_t>(301, 7)),
           makeRegisterSet(kRecordPga, 8112, "two"), recordOf(kRecordScratchpad, {'h', 'i', 0})})
-        EXPECT_EQ(EepromAppendRecord(h.eeprom, record), kEepromOk);
-    EXPECT_EQ(HeadboardEepromFlush(h.eeprom), kEepromOk);
+        EXPECT_EQ(EepromAppendRecord(*h.eeprom, record), kEepromOk);
+    EXPECT_EQ(HeadboardEepromFlush(*h.eeprom), kEepromOk);
     return h.board.device;
 }
 
@@ -91,12 +92,12 @@ TEST(Transfers, RecordsThatAreSearchedReadAndReplacedTravelOnce) {
     for (Path const path : kPaths) {
         CountedBoard h(path);
         h.board.device = device;
-        int32_t const second = EepromFindRecord(h.eeprom, kRecordPga, "TWO", 0);
+        int32_t const second = EepromFindRecord(*h.eeprom, kRecordPga, "TWO", 0);
         ASSERT_GT(second, 0);
         EXPECT_FALSE(readRecord(h.eeprom, second).empty());
-        EXPECT_EQ(EepromRecordText(h.eeprom, second), "two");
-        ASSERT_EQ(EepromReplaceRecord(h.eeprom, makeRegisterSet(kRecordPga, 8112, "one")), kEepromOk);
-        EXPECT_GT(EepromFreeSpace(h.eeprom), 0);
+        EXPECT_EQ(EepromRecordText(*h.eeprom, second), "two");
+        ASSERT_EQ(EepromReplaceRecord(*h.eeprom, makeRegisterSet(kRecordPga, 8112, "one")), kEepromOk);
+        EXPECT_GT(EepromFreeSpace(*h.eeprom), 0);
         h.save();
         h.load(0, 8176);
         auto const& read = h.board.timesRead;

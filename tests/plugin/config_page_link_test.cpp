@@ -52,8 +52,9 @@ protected:
         return page ? page->state().promState : kNotEvaluated;
     }
     std::string deviceNumber() {
-        HeadboardEeprom const fresh = HeadboardEepromCreate(session.sensor.camera);
-        return std::string(EepromRecordText(fresh, EepromFindRecord(fresh, kRecordHeadboardId, nullptr, 0)));
+        EepromShare const fresh = HeadboardEepromCreate(session.sensor.camera);
+        return std::string(
+            EepromRecordText(*fresh, EepromFindRecord(*fresh, kRecordHeadboardId, nullptr, 0)));
     }
 
     InputReader nothing{{}};
@@ -97,9 +98,9 @@ TEST_P(ConfigPageLink, TheNumberIsStoredBeforeTheCalibration) {
     EXPECT_EQ(saveToEeprom(), kDone);
     EXPECT_EQ(deviceNumber(), "ABC1234001");
     EXPECT_EQ(config->state().serialState, SerialState::Saved);
-    HeadboardEeprom const fresh = HeadboardEepromCreate(session.sensor.camera);
-    EXPECT_LT(EepromFindRecord(fresh, kRecordHeadboardId, nullptr, 0),
-              EepromFindRecord(fresh, kRecordPga, nullptr, 0));
+    EepromShare const fresh = HeadboardEepromCreate(session.sensor.camera);
+    EXPECT_LT(EepromFindRecord(*fresh, kRecordHeadboardId, nullptr, 0),
+              EepromFindRecord(*fresh, kRecordPga, nullptr, 0));
 
     makePage("ABC1234002");
     delete config.data();

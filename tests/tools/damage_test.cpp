@@ -111,7 +111,7 @@ TEST_F(ImageUnderTest, CheckAndThePlugInAgreeOnChainsThatEndAtTheLastByte) {
             image[kStoreSize - 1] = last;
             write(image);
             ASSERT_TRUE(camera->loadEeprom(this->image(), &error)) << qPrintable(error);
-            bool const isWhole = EepromFreeSpace(HeadboardEepromCreate(camera->handle())) >= 0;
+            bool const isWhole = EepromFreeSpace(*HeadboardEepromCreate(camera->handle())) >= 0;
             whole += isWhole ? 1 : 0;
             Outcome const outcome = run({"check"});
             EXPECT_EQ(outcome.exitCode == kExitDone, isWhole) << end << ' ' << int(last) << outcome.output;

@@ -36,15 +36,15 @@ QString ImageUnderTest::preset(std::string const& lines, char const* section) co
 }
 
 Bytes imageOf(std::vector<EepromRecord> const& records) {
-    HeadboardEeprom const eeprom = HeadboardEepromCreate(nullptr);
+    EepromShare const eeprom = HeadboardEepromCreate(nullptr);
     Bytes& image = eeprom->image;
     image.assign(8192, 0xFF);
     eeprom->state.assign(image.size(), ByteState::Current);
     for (size_t const identity : {8177, 8179, 8180, 8191})
         image[identity] = uint8_t(identity);
-    EXPECT_EQ(EepromFormat(eeprom, -1), kEepromOk);
+    EXPECT_EQ(EepromFormat(*eeprom, -1), kEepromOk);
     for (EepromRecord const& record : records)
-        EXPECT_EQ(EepromAppendRecord(eeprom, record), kEepromOk);
+        EXPECT_EQ(EepromAppendRecord(*eeprom, record), kEepromOk);
     return image;
 }
 
@@ -64,13 +64,13 @@ EepromRecord textRecord(uint8_t type, std::string const& text) {
 }
 
 std::vector<EepromRecord> recordsOfEveryKind() {
-    HeadboardEeprom const noCamera = HeadboardEepromCreate(nullptr);
+    EepromShare const noCamera = HeadboardEepromCreate(nullptr);
     EepromRecord entries = makeRegisterSet(kRecordPga, 8112, nullptr);
     for (RegisterEntry const& entry : {RegisterEntry{0, 0, 0x3600, 0, 0, 0x3C02},
                                        {0, 0, 0x20, 0, 0, 7},
                                        {1, 18, 0x42, 1, 0, 5},
                                        {2, 4, 0x12345678, 4, 0x8000, 0xFFFFFFFF}})
-        EXPECT_EQ(EepromAddEntry(noCamera, entries, entry), kEepromOk);
+        EXPECT_EQ(EepromAddEntry(*noCamera, entries, entry), kEepromOk);
     EepromRecord lines = makeRegisterSet(kRecordSwPga, 8112, "100%1");
     EXPECT_EQ(EepromAddLine(lines, "Lens Curve Red, 1"), kEepromOk);
     EXPECT_EQ(EepromAddLine(lines, ""), kEepromOk);

@@ -23,21 +23,24 @@ QString settingKey(char const* key) {
 }
 
 // A host reaches a headboard's devices whichever way the sensor offers, so the way is the EEPROM's own.
-std::unique_ptr<EepromTransport> wayTo(vy_Camera* camera, uint32_t device, uint32_t addressBits,
-                                       uint32_t dataBits) {
+struct Way {
+    EepromShare eeprom; ///< whose sensor the transport borrows
+    std::unique_ptr<EepromTransport> transport;
+};
+Way wayTo(vy_Camera* camera, uint32_t device, uint32_t addressBits, uint32_t dataBits) {
     if (dataBits != kByteBits)
-        return nullptr;
-    HeadboardEeprom const eeprom = HeadboardEepromCreate(camera);
+        return {};
+    EepromShare const eeprom = HeadboardEepromCreate(camera);
     eeprom->deviceAddress = device;
     eeprom->addressBits = addressBits;
-    return chooseTransport(eeprom);
+    return {eeprom, chooseTransport(*eeprom, eeprom->sensor)};
 }
 
 } // namespace
 
 struct CameraServiceFunctions {
     static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
-        auto const way = wayTo(current->m_camera, device, addressBits, dataBits);
+        auto const [eeprom, way] = wayTo(current->m_camera, device, addressBits, dataBits);
         uint8_t byte = 0;
         if (way && way->read(address, {&byte, 1}) == 0)
             return byte;
@@ -47,7 +50,7 @@ struct CameraServiceFunctions {
 
     static void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
                              uint32_t dataBits) {
-        auto const way = wayTo(current->m_camera, device, addressBits, dataBits);
+        auto const [eeprom, way] = wayTo(current->m_camera, device, addressBits, dataBits);
         auto const byte = uint8_t(value);
         if (!way || way->write(address, {&byte, 1}) != 0)
             qWarning("headboard-config: the device 0x%X does not take its byte %u", device, address);

@@ -38,8 +38,8 @@ std::string describeRecordPastEnd(std::span<uint8_t const> rest) {
 std::optional<Finding> hiddenRemark(RecordStore const& store, RecordPlace const& place) {
     if (recordPayload(place.type) == RecordPayload::Opaque)
         return std::nullopt;
-    std::string const name(EepromRecordText(store.eeprom(), place.offset));
-    int32_t const first = EepromFindRecord(store.eeprom(), place.type, name.c_str(), 0);
+    std::string const name(EepromRecordText(*store.eeprom(), place.offset));
+    int32_t const first = EepromFindRecord(*store.eeprom(), place.type, name.c_str(), 0);
     if (first == place.offset)
         return std::nullopt;
     return Finding{place.offset, false,
@@ -77,7 +77,7 @@ std::vector<Finding> findingsOf(RecordStore const& store, Chain const& chain) {
 
 std::string roomText(RecordStore const& store, Chain const& chain) {
     int32_t used = 0;
-    int32_t const free = EepromFreeSpace(store.eeprom(), &used);
+    int32_t const free = EepromFreeSpace(*store.eeprom(), &used);
     return counted(int64_t(chain.records.size()), "record") + ", " + counted(used, "byte") + " used, " +
            std::to_string(free) + " available\n";
 }

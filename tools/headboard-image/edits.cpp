@@ -41,8 +41,8 @@ bool isWritable(RecordStore const& store, std::string* error) {
 }
 
 std::string removeOlder(RecordStore const& store, uint8_t type, std::string const& name) {
-    int32_t const offset = EepromFindRecord(store.eeprom(), type, name.c_str(), 0);
-    if (offset < 0 || EepromDeleteRecord(store.eeprom(), offset) != kEepromOk)
+    int32_t const offset = EepromFindRecord(*store.eeprom(), type, name.c_str(), 0);
+    if (offset < 0 || EepromDeleteRecord(*store.eeprom(), offset) != kEepromOk)
         return {};
     return "in the place of the older one at " + offsetText(offset) + '\n';
 }
@@ -95,7 +95,7 @@ bool saysAll(RecordStore const& store, RecordPlace const& place, std::vector<Pre
     std::span<uint8_t const> const record = store.record(place);
     for (size_t n = 0; n < lines.size(); ++n) {
         RegisterEntry stored;
-        (void)EepromGetEntry(store.eeprom(), record, int32_t(n), stored);
+        (void)EepromGetEntry(*store.eeprom(), record, int32_t(n), stored);
         if (saysAll(lines[n], stored, error))
             continue;
         bool const isElsewhere = lines[n].entry.id != stored.id || lines[n].entry.address != stored.address;
@@ -111,7 +111,7 @@ bool saysAll(RecordStore const& store, RecordPlace const& place, std::vector<Pre
 
 std::string importFailure(RecordStore const& store, int32_t status) {
     if (status == kEepromNoRoom)
-        return "the section does not fit: " + std::to_string(EepromFreeSpace(store.eeprom())) +
+        return "the section does not fit: " + std::to_string(EepromFreeSpace(*store.eeprom())) +
                " bytes are available";
     return "the section mixes lines of state with registers; a record holds one of both";
 }
@@ -132,7 +132,7 @@ std::string leftOutText(RecordStore const& store, RecordPlace const& place,
                         std::vector<PresetEntry> const& lines) {
     std::set<std::pair<uint32_t, uint32_t>> stored;
     RegisterEntry entry;
-    for (int32_t n = 0; EepromGetEntry(store.eeprom(), store.record(place), n, entry) == kEepromOk; ++n)
+    for (int32_t n = 0; EepromGetEntry(*store.eeprom(), store.record(place), n, entry) == kEepromOk; ++n)
         stored.insert({entry.registerClass, entry.address});
     std::vector<std::string> missing;
     for (PresetEntry const& told : lines)
@@ -157,7 +157,7 @@ std::string lackingText(Import const& import) {
 void rename(RecordStore const& store, int32_t offset, std::string name) {
     name.resize(recordNameWidth(kRecordPga), '\0');
     auto const* const bytes = reinterpret_cast<uint8_t const*>(name.data());
-    (void)HeadboardEepromPut(store.eeprom(), offset + kRecordHead, int32_t(name.size()), bytes);
+    (void)HeadboardEepromPut(*store.eeprom(), offset + kRecordHead, int32_t(name.size()), bytes);
 }
 
 // Everything that an import works with.
@@ -188,7 +188,7 @@ Outcome importLines(Work const& work) {
         return refused(error);
     std::string const name(makeRegisterSet(work.import.type, 0, work.label.constData()).name());
     std::string const replaced = removeOlder(store, work.import.type, name);
-    int32_t const status = EepromImportSection(store.eeprom(), work.file.constData(),
+    int32_t const status = EepromImportSection(*store.eeprom(), work.file.constData(),
                                                work.section.constData(), work.import.type);
     if (status != kEepromOk)
         return refused(importFailure(store, status));
@@ -217,7 +217,7 @@ Outcome importForSensor(Work const& work) {
             return refused(atLine(told, error));
     std::string const name(makeRegisterSet(kRecordPga, 0, work.label.constData()).name());
     std::string const replaced = removeOlder(store, kRecordPga, name);
-    int32_t const status = saveShadingRegisters(store.eeprom(), work.label.constData(), sensor->model());
+    int32_t const status = saveShadingRegisters(*store.eeprom(), work.label.constData(), sensor->model());
     if (status != kEepromOk)
         return refused(importFailure(store, status));
     return finish(work, store, replaced, leftOutText(store, store.chain().records.back(), work.lines));
@@ -259,11 +259,11 @@ Outcome deleteRecord(QString const& image, uint8_t type, std::optional<QString> 
     std::string const wanted = name ? name->toStdString() : std::string();
     Chain const chain = store.chain();
     RecordPlace const* const place =
-        chain.at(EepromFindRecord(store.eeprom(), type, name ? wanted.c_str() : nullptr, 0));
+        chain.at(EepromFindRecord(*store.eeprom(), type, name ? wanted.c_str() : nullptr, 0));
     if (!place)
         return refused("there is no record " + typeText(type) + (name ? " named " + quoted(wanted) : ""));
     std::string done = "deleted\n" + recordLine(store, *place);
-    if (EepromDeleteRecord(store.eeprom(), place->offset) != kEepromOk)
+    if (EepromDeleteRecord(*store.eeprom(), place->offset) != kEepromOk)
         return refused("the record cannot be deleted");
     auto const left = std::ranges::count(chain.records, type, &RecordPlace::type) - 1;
     if (left > 0)
@@ -281,7 +281,7 @@ Outcome formatImage(QString const& image) {
         return unusable(error);
     RecordStore const store(*bytes);
     auto const lost = int64_t(store.chain().records.size());
-    if (EepromFormat(store.eeprom(), kUsualVersion) != kEepromOk)
+    if (EepromFormat(*store.eeprom(), kUsualVersion) != kEepromOk)
         return refused("the image cannot be formatted");
     std::string done = isNew ? "created and formatted\n" : "formatted\n";
     if (lost > 0)

@@ -120,7 +120,7 @@ std::string recordLine(RecordStore const& store, RecordPlace const& place) {
     std::string const length = std::to_string(place.length());
     if (recordPayload(place.type) == RecordPayload::Opaque)
         return line + length + '\n';
-    return line + column(length, kLengthWidth) + quoted(EepromRecordText(store.eeprom(), place.offset)) +
+    return line + column(length, kLengthWidth) + quoted(EepromRecordText(*store.eeprom(), place.offset)) +
            '\n';
 }
 

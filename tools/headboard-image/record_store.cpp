@@ -33,13 +33,13 @@ std::span<uint8_t const> RecordStore::bytes() const {
 
 Chain RecordStore::chain() const {
     Chain chain;
-    if (EepromCheckHeader(m_eeprom) != kEepromOk) {
+    if (EepromCheckHeader(*m_eeprom) != kEepromOk) {
         chain.end = ChainEnd::NotFormatted;
         return chain;
     }
     int32_t& offset = chain.endOffset;
-    for (offset = EepromNextRecord(m_eeprom, 0); offset < size();) {
-        int32_t const recordSize = EepromReadRecord(m_eeprom, offset, {});
+    for (offset = EepromNextRecord(*m_eeprom, 0); offset < size();) {
+        int32_t const recordSize = EepromReadRecord(*m_eeprom, offset, {});
         if (recordSize < 0) {
             chain.end = recordSize == kEepromNoRecord ? ChainEnd::Marked : ChainEnd::RecordPastEnd;
             return chain;

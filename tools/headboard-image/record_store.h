@@ -42,7 +42,7 @@ public:
     explicit RecordStore(std::span<uint8_t const> image, vy_Camera* sensor = nullptr);
 
     /// What the record operations work on.
-    [[nodiscard]] kestra::HeadboardEeprom const& eeprom() const { return m_eeprom; }
+    [[nodiscard]] kestra::EepromShare const& eeprom() const { return m_eeprom; }
     [[nodiscard]] int32_t size() const { return m_eeprom->deviceSize; }
     /// The last one is 0xFF, whatever the image holds.
     [[nodiscard]] std::span<uint8_t const> bytes() const;
@@ -57,7 +57,7 @@ public:
     void copyTo(std::span<uint8_t> image) const;
 
 private:
-    kestra::HeadboardEeprom m_eeprom;
+    kestra::EepromShare m_eeprom;
     uint8_t m_lastByte = 0;
 };
 
