@@ -1,7 +1,8 @@
 #pragma once
 
-#include "apga_page/capture_rows.h"
-#include "calibration/page_core.h"
+#include "calibration/page_widgets.h"
+#include "common/host.h"
+#include "common/sensor.h"
 
 namespace kestra {
 
@@ -14,10 +15,18 @@ struct PgaMode {
 /// Colour temperature of each illuminant, kelvin, as the page shows it.
 using IlluminantTemperatures = std::array<int32_t, kIlluminants>;
 
+/// What the calculation works on; a page that goes away silences it.
+struct CalculationInput {
+    Host const& host;
+    Sensor const& camera;
+    PageState& state;
+    PageWidgets const& widgets;
+};
+
 /// Has the library compute the tables of the three illuminants from the captured frames, for the adaptive
 /// mode on a base solution from the fluorescent one. Works while the calibration step is in progress: a
 /// frame that is refused or a solution that fails sets its failure state, and nothing more is asked.
-void findIlluminantSolution(PageCore& core, CapturedFrames const& captured, PgaMode mode,
+void findIlluminantSolution(CalculationInput const& input, PgaMode mode,
                             IlluminantTemperatures const& temperatures);
 
 } // namespace kestra

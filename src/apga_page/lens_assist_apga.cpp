@@ -1,38 +1,32 @@
 #include "apga_page/lens_assist_apga.h"
 
-#include "apga_page/capture_rows.h"
 #include "apga_page/illuminant_solution.h"
 #include "apga_page/white_balance_gains.h"
 #include "calibration/calibration_flow.h"
-#include "calibration/display.h"
-#include "calibration/frame_steps.h"
 #include "calibration/saving.h"
-#include "calibration/settings.h"
-#include "calibration/solver_input.h"
 #include "common/libraries.h"
 #include "common/numbers.h"
 #include "headboard/register_record.h"
-#include "hoststate/pipeline.h"
 #include "ui_capture_rows.h"
 #include "ui_lens_assist_apga.h"
-
-#include <QCoreApplication>
 
 namespace kestra {
 
 namespace {
 
-struct TemperatureSetting {
-    char const* key;
-    int32_t fallback; ///< kelvin
-};
-constexpr TemperatureSetting kTemperatures[kIlluminants] = {
-    {"LensAssist Left Temp", 2800}, {"LensAssist Middle Temp", 4000}, {"LensAssist Right Temp", 6500}};
-
 constexpr int32_t kLibraryMinusOne = -1;
-constexpr double kThousandths = 1000.0;
-// Written before a solution's registers.
-constexpr sf_RegEntry kSelectWrite = {.first = 0, .second = 0x098E, .third = 0};
+
+constexpr PageTraits kTraits = {
+    .kind = PageKind::Apga,
+    .eepromLabel = kFactoryLabel,
+    .takesThreePictures = true,
+    .savesInFormatOfKind = true,
+    .tellsMissingNumber = true,
+    .passesOverFailure = true,
+    .failsWithoutRegisters = true,
+    .pathSeparator = '/',
+    .firstWrite = sf_RegEntry{.first = 0, .second = 0x098E, .third = 0},
+};
 
 // Moves the steps together, on the page and among its bullets, and puts the capture rows between them.
 void placeCaptureRows(Ui::LensAssistApga const& steps, Ui::LensAssistApgaCaptureRows const& rows) {
@@ -84,247 +78,119 @@ void placeCaptureRows(Ui::LensAssistApga const& steps, Ui::LensAssistApgaCapture
 /// at a tick, and keeps the white balance of the three lights in the EEPROM.
 class LensAssistApgaFlow : public CalibrationFlow {
 public:
-    LensAssistApgaFlow(SensorRecord const& sensor, HostServices const& services, EepromSlot& eepromSlot);
+    LensAssistApgaFlow(SensorRecord const& sensor, HostServices const& services, EepromSlot& eepromSlot)
+        : CalibrationFlow(kTraits, sensor, services, eepromSlot) {}
 
     void setMode(PgaMode mode) { m_mode = mode; }
-    [[nodiscard]] CaptureDisplay& captureDisplay() { return m_display; }
-    [[nodiscard]] CapturedFrames const& captured() const { return m_captured; }
 
     /// The button of a row. Under a light that the user has changed during Run All, exposure and colour
     /// balance are done again before the frame is taken.
     void captureImage(Illuminant illuminant);
 
 protected:
-    [[nodiscard]] QString eepromLabel() const override;
-    void dropInputs() override;
-    void makeInputsReady() override;
+    [[nodiscard]] sf_Handle* createCalibration() override;
     [[nodiscard]] bool takeInputs() override;
-    void loadOwnSettings() override;
-    void storeOwnSettings() override;
-    [[nodiscard]] ShadingHandle createCalibration() override;
-    void calibrationTick() override;
-    [[nodiscard]] bool passesOverFailure() const override { return true; }
-    void showLoaded() override;
     void captureFrame(Frame const& frame) override;
-    [[nodiscard]] int skippedRows() const override;
-    [[nodiscard]] ResultFile resultFile() const override;
+    void solve() override;
     [[nodiscard]] EepromStatus storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) override;
 
 private:
     void takeFrame(Frame const& frame);
-    void solve();
-    void loadWhenSolved();
-    void showStatus();
-    void arm(CaptureRow& row);
 
     PgaMode m_mode;
-    CapturedFrames m_captured;
-    CaptureDisplay m_display;
+    uint32_t m_blinks = 0; // the lowest bit tells which bullet a waiting row shows
 };
 
-LensAssistApgaFlow::LensAssistApgaFlow(SensorRecord const& sensor, HostServices const& services,
-                                       EepromSlot& eepromSlot)
-    : CalibrationFlow(PageKind::Apga, sensor, services, eepromSlot) {
-    core.display = {.showOwnStatus = [this] { showStatus(); },
-                    .showOwnEnables = [this] { m_display.enable(core.state); },
-                    .pathSeparator = '/'};
-}
-
-QString LensAssistApgaFlow::eepromLabel() const {
-    return QStringLiteral("FACTORY");
-}
-
-int LensAssistApgaFlow::skippedRows() const {
-    return 0;
-}
-
-ResultFile LensAssistApgaFlow::resultFile() const {
-    return {.format = core.kind().resultFileFormat, .sanitisesNames = true};
-}
-
-ShadingHandle LensAssistApgaFlow::createCalibration() {
-    return ownShadingHandle(
-        shadefit().sf_Create(core.sensor.sensorKind, core.sensor.variant, kLibraryMinusOne));
-}
-
-void LensAssistApgaFlow::loadOwnSettings() {
-    Host const host = core.host;
-    for (size_t i = 0; i < kIlluminants && core.alive; ++i) {
-        QByteArray const key = sensorSettingKey(kTemperatures[i].key, core.sensor.name);
-        int32_t const kelvin = host.readIntSetting(key, kTemperatures[i].fallback);
-        UpdateGuard const guard(core.state.updateDepth);
-        m_display.showTemperature(i, kelvin);
-    }
-}
-
-void LensAssistApgaFlow::storeOwnSettings() {
-    Host const host = core.host;
-    for (size_t i = 0; i < kIlluminants && core.alive; ++i) {
-        int32_t const kelvin = toInt32(m_display.temperature(i));
-        host.writeIntSetting(sensorSettingKey(kTemperatures[i].key, core.sensor.name), kelvin);
-    }
-}
-
-void LensAssistApgaFlow::dropInputs() {
-    m_captured.reset();
-}
-
-void LensAssistApgaFlow::makeInputsReady() {
-    arm(m_captured[kIncandescent]);
-}
-
-void LensAssistApgaFlow::arm(CaptureRow& row) {
-    row.state = kArmed;
-    row.progress = 0;
+sf_Handle* LensAssistApgaFlow::createCalibration() {
+    return shadefit().sf_Create(m_sensor.sensorKind, m_sensor.variant, kLibraryMinusOne);
 }
 
 void LensAssistApgaFlow::captureImage(Illuminant illuminant) {
-    m_captured[illuminant].progress = 0;
-    m_captured[illuminant].state = kCapturing;
-    if (illuminant != kIncandescent && core.state.runAll) {
-        core.state.aeStepState = kReady;
-        core.state.wbStepState = kReady;
+    m_state.captured[illuminant].progress = 0;
+    m_state.captured[illuminant].state = kCapturing;
+    if (illuminant != kIncandescent && m_state.runAll) {
+        m_state.aeStepState = kReady;
+        m_state.wbStepState = kReady;
     }
-    refresh();
 }
 
 // The first frame is taken under the light that exposure and colour balance were done in; for the other two
 // the user changes the light.
 bool LensAssistApgaFlow::takeInputs() {
-    CaptureRow& first = m_captured[kIncandescent];
+    CaptureRow& first = m_state.captured[kIncandescent];
     if (first.state == kNotCaptured) {
-        arm(first);
+        first.arm();
         return true;
     }
     if (first.state == kArmed) {
         first.state = kCapturing;
         return true;
     }
-    for (size_t i = kIncandescent; i < kIlluminants; ++i) {
-        CaptureRow& row = m_captured[i];
+    for (CaptureRow& row : m_state.captured) {
         if (row.state >= kCapturing)
             continue;
-        if (row.state != kWaiting) {
-            arm(row);
-            row.state = kWaiting;
+        if (row.state == kWaiting) {
+            row.isLit = (++m_blinks & 1) != 0;
         } else {
-            m_display.blink(i, core.widgets.wizard);
+            row.arm();
+            row.state = kWaiting;
         }
         return true;
     }
     return false;
 }
 
-void LensAssistApgaFlow::showLoaded() {
-    refreshStatus(core);
-}
-
 void LensAssistApgaFlow::captureFrame(Frame const& frame) {
     takeFrame(frame);
-    if (core.alive)
-        countPhase(core, frame, phase::kLoaded, phase::kMeasure - 1);
+    countPhase(frame, phase::kLoaded, phase::kMeasure - 1);
 }
 
 void LensAssistApgaFlow::takeFrame(Frame const& frame) {
-    CaptureRow* const row = m_captured.capturing();
+    CaptureRow* const row = m_state.captured.capturing();
     bool const isYcbcr = frame.type == ImageType::Ycbcr;
     if (!row || !(isYcbcr || frame.type == ImageType::Raw12))
         return;
-    bool const balancedFirst = core.state.runAll != 0;
-    if (balancedFirst && !(core.state.aeStepState == kDone && core.state.wbStepState == kDone))
+    bool const balancedFirst = m_state.runAll != 0;
+    if (balancedFirst && !(m_state.aeStepState == kDone && m_state.wbStepState == kDone))
         return;
-    std::optional<SensorInfo> const info = core.camera().info();
-    if (!core.alive || row->state != kCapturing)
-        return;
-    m_captured.capture(*row, frame, info ? size_t{info->imageWidth} * info->imageHeight : 0);
+    std::optional<SensorInfo> const info = m_camera.info();
+    m_state.captured.capture(*row, frame, info ? size_t{info->imageWidth} * info->imageHeight : 0);
     if (row->state == kCapturing)
         return; // the frame cannot be read whole; the next one may be good
-    core.state.inputWasYcbcr = isYcbcr ? 1 : 0;
+    m_state.inputWasYcbcr = isYcbcr ? 1 : 0;
     if (row->state == kCaptured && balancedFirst) {
-        Host const host = core.host;
-        double const red = host.readState(kRelativeRedGain) / kThousandths;
-        double const blue = host.readState(kRelativeBlueGain) / kThousandths;
-        if (core.alive && row->state == kCaptured) {
-            row->redGain = red;
-            row->blueGain = blue;
-        }
+        row->redGain = m_host.readState(kRelativeRedGain) / kThousandths;
+        row->blueGain = m_host.readState(kRelativeBlueGain) / kThousandths;
     }
     notifyStatus();
 }
 
-void LensAssistApgaFlow::calibrationTick() {
-    if (!core.state.shadingHandle || !m_captured.haveAllFrames()) {
-        if (core.state.runAll)
-            setRunAll(false);
-        if (core.state.lscStepProgress < phase::kLoaded)
-            return;
-    }
-    if (core.state.lscStepProgress == 0)
-        solve();
-    else if (core.state.lscStepProgress == phase::kSolved)
-        loadWhenSolved();
-    finishWhenMeasured();
-    refreshStatus(core);
-}
-
 void LensAssistApgaFlow::solve() {
-    ShadingHandle const handle = core.state.shadingHandle;
     IlluminantTemperatures temperatures{};
     for (size_t i = 0; i < kIlluminants; ++i)
-        temperatures[i] = toInt32(m_display.temperature(i));
-    core.widgets.paintAtOnce(core.widgets.calibration);
-    if (core.alive)
-        findIlluminantSolution(core, m_captured, m_mode, temperatures);
-    PageState& state = core.state;
-    bool const isOurs = core.alive && state.shadingHandle == handle && state.lscStepProgress == 0 &&
-                        (state.lscStepState == kInProgress || isFailed(state.lscStepState));
-    if (!isOurs)
-        return;
+        temperatures[i] = toInt32(widgets.temperature(i));
+    widgets.paintAtOnce(widgets.calibration);
+    findIlluminantSolution({m_host, m_camera, m_state, widgets}, m_mode, temperatures);
     // Not a failure yet, deliberately: a calculation that failed has no registers, and the next tick says so.
-    state.lscStepState = kInProgress;
-    state.lscStepProgress = phase::kSolved;
-}
-
-void LensAssistApgaFlow::loadWhenSolved() {
-    ShadingHandle const handle = core.state.shadingHandle;
-    std::optional<std::vector<sf_RegEntry>> entries = dumpRegisterList(handle);
-    if (!isCalibrating(handle, phase::kSolved))
-        return;
-    if (!entries || entries->empty()) {
-        core.state.lscStepState = kFailedOtherwise;
-        core.state.lscStepProgress = 0;
-        refreshEnables(core);
-        return;
-    }
-    entries->insert(entries->begin(), kSelectWrite);
-    loadSolution(*entries);
+    m_state.lscStepState = kInProgress;
+    m_state.lscStepProgress = phase::kSolved;
 }
 
 EepromStatus LensAssistApgaFlow::storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) {
-    SensorModel const model = {core.sensor.sensorKind, core.sensor.variant};
+    SensorModel const model = {m_sensor.sensorKind, m_sensor.variant};
     EepromStatus const stored = saveShadingRegisters(eeprom, label.constData(), model);
     if (stored == kEepromOk)
         (void)addFactoryTime(eeprom, label, OlderTime::MayStay); // the result is that of the registers
-    if (core.alive && core.kind().keepsWhiteBalanceGains && hasWhiteBalanceGains(m_captured)) {
-        CapturedFrames const captured = m_captured;
-        storeWhiteBalanceGains(eeprom, label.constData(), core.host, captured, [this] {
-            IlluminantKelvins temperatures{};
-            for (size_t i = 0; i < kIlluminants; ++i)
-                temperatures[i] = m_display.temperature(i);
-            return temperatures;
-        });
+    if (kind().keepsWhiteBalanceGains && hasWhiteBalanceGains(m_state.captured)) {
+        IlluminantKelvins temperatures{};
+        for (size_t i = 0; i < kIlluminants; ++i)
+            temperatures[i] = widgets.temperature(i);
+        storeWhiteBalanceGains(eeprom, label.constData(), m_host, m_state.captured, temperatures);
     }
-    if (stored < kEepromOk)
+    if (stored != kEepromOk)
         return stored;
     EepromStatus const written = HeadboardEepromFlush(eeprom);
     return written == kEepromOk ? HeadboardEepromVerify(eeprom, 0, -1) : written;
-}
-
-void LensAssistApgaFlow::showStatus() {
-    m_display.show(m_captured, core.widgets.wizard);
-    if (core.state.fileState == kFailed && isNumberMissing(core) && core.widgets.file.status)
-        core.widgets.file.status->setText(
-            QCoreApplication::translate("LensAssistApga", "Error: No serial number."));
 }
 
 } // namespace kestra
@@ -343,7 +209,7 @@ LensAssistApga::LensAssistApga(QWidget* parent, std::shared_ptr<LensAssistApgaFl
     rows.setupUi(this);
     placeCaptureRows(steps, rows);
     build(steps, steps.Version_APGA, wizard);
-    m_flow->captureDisplay().bind(rows);
+    m_flow->widgets.bindCaptures(rows);
     connect(rows.Incandescent_Image, &QPushButton::clicked, this,
             &LensAssistApga::OnBnClickedIncandescent_Image);
     connect(rows.Fluorescent_Image, &QPushButton::clicked, this,
@@ -356,15 +222,18 @@ void LensAssistApga::setMode(PgaMode mode) {
 }
 
 CapturedFrames const& LensAssistApga::captured() const {
-    return m_flow->captured();
+    return m_flow->state().captured;
 }
 
+void LensAssistApga::capture(Illuminant illuminant) {
+    press([this_ = m_flow.get(), illuminant](CalibrationFlow&) { this_->captureImage(illuminant); });
+}
 void LensAssistApga::OnBnClickedIncandescent_Image() {
-    runStep(m_flow, &LensAssistApgaFlow::captureImage, kIncandescent);
+    capture(kIncandescent);
 }
 void LensAssistApga::OnBnClickedFluorescent_Image() {
-    runStep(m_flow, &LensAssistApgaFlow::captureImage, kFluorescent);
+    capture(kFluorescent);
 }
 void LensAssistApga::OnBnClickedDaylight_Image() {
-    runStep(m_flow, &LensAssistApgaFlow::captureImage, kDaylight);
+    capture(kDaylight);
 }

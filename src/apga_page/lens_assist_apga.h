@@ -29,5 +29,7 @@ public slots:
 private:
     LensAssistApga(QWidget* parent, std::shared_ptr<kestra::LensAssistApgaFlow> flow, Wizard* wizard);
 
+    void capture(kestra::Illuminant illuminant);
+
     std::shared_ptr<kestra::LensAssistApgaFlow> const m_flow;
 };

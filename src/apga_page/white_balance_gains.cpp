@@ -39,15 +39,13 @@ double quadraticThrough(std::array<double, kIlluminants> const& xs,
 }
 
 void storeWhiteBalanceGains(HeadboardEeprom& eeprom, char const* name, Host const& host,
-                            CapturedFrames const& captured,
-                            std::function<IlluminantKelvins()> const& readTemperatures) {
+                            CapturedFrames const& captured, IlluminantKelvins const& temperatures) {
     std::array<double, kIlluminants> setTemperatures{}, red{}, blue{};
     for (size_t i = 0; i < kIlluminants; ++i) {
         setTemperatures[i] = host.readRegister(registerOf(kSets[i], "_CTEMP").c_str(), "");
         red[i] = captured[i].redGain;
         blue[i] = captured[i].blueGain;
     }
-    IlluminantKelvins const temperatures = readTemperatures();
     EepromRecord record = makeRegisterSet(kRecordCcm, eeprom.deviceSize - kReservedBytes, name);
     for (size_t i = 0; i < kIlluminants; ++i) {
         auto const add = [&](char const* what, std::array<double, kIlluminants> const& gains) {

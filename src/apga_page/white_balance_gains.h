@@ -1,10 +1,10 @@
 #pragma once
 
-#include "apga_page/capture_rows.h"
+#include "calibration/captured_frames.h"
 #include "common/host.h"
 #include "headboard/headboard_eeprom.h"
 
-#include <functional>
+#include <array>
 
 namespace kestra {
 
@@ -21,10 +21,8 @@ using IlluminantKelvins = std::array<double, kIlluminants>;
 
 /// Puts the gains of the three colour-correction sets as the record "CCM" of a name into the EEPROM's image,
 /// in place of an older one of that name as stored. Each is interpolated from the gains at capture, over the
-/// illuminants' temperatures, at the temperature that the sensor has for the set. The illuminants' are read
-/// after the sensor's.
+/// illuminants' temperatures, at the temperature that the sensor has for the set.
 void storeWhiteBalanceGains(HeadboardEeprom& eeprom, char const* name, Host const& host,
-                            CapturedFrames const& captured,
-                            std::function<IlluminantKelvins()> const& readTemperatures);
+                            CapturedFrames const& captured, IlluminantKelvins const& temperatures);
 
 } // namespace kestra

@@ -1,16 +1,10 @@
 #include "calibration/calibration_flow.h"
 
-#include "calibration/display.h"
-#include "calibration/frame_steps.h"
-#include "calibration/saving.h"
 #include "calibration/settings.h"
-#include "calibration/solver_input.h"
 #include "common/numbers.h"
-#include "hoststate/pipeline.h"
 #include "wizard/dialogs.h"
 
 #include <QScopeGuard>
-#include <QScopedValueRollback>
 #include <utility>
 
 namespace kestra {
@@ -19,381 +13,370 @@ namespace {
 
 constexpr int32_t kCoefficientPrecision = 16; // bits
 
+// A step that runs goes back to ready; true when it ran.
+bool stopStep(StepState& stepState, int32_t& stepProgress) {
+    if (stepState != kInProgress)
+        return false;
+    stepState = kReady;
+    stepProgress = 0;
+    return true;
+}
+
 } // namespace
 
-CalibrationFlow::CalibrationFlow(PageKind kind, SensorRecord const& sensor, HostServices const& services,
-                                 EepromSlot& eepromSlot)
-    : core(eepromSlot), m_kind(kind) {
+CalibrationFlow::CalibrationFlow(PageTraits const& traits, SensorRecord const& sensor,
+                                 HostServices const& services, EepromSlot& eepromSlot)
+    : m_traits(traits), m_eeprom(eepromSlot) {
     adopt(sensor, services);
 }
 
 void CalibrationFlow::adopt(SensorRecord const& sensor, HostServices const& services) {
-    core.sensor = sensor;
-    core.host = Host(services);
-}
-
-void CalibrationFlow::initialise() {
-    UpdateGuard const guard(core.state.updateDepth);
-    core.widgets.fillFalloff();
-    core.widgets.fillEepromLabel(eepromLabel());
-    core.lensCorrection = chooseLensCorrection(m_kind, core.kind(), core.camera());
-    loadAllSettings();
-    startOver();
-    core.host.announceRegister(core.lensCorrection.lensCorrectionRegister);
-}
-
-void CalibrationFlow::pageShown() {
-    UpdateGuard const guard(core.state.updateDepth);
-    core.state.active = 1; // hiding sets it too: only a closed page stops ticking
-    loadAllSettings();
-    refreshEnables(core);
-    refreshStatus(core);
-    refreshLensCorrection(core);
-}
-
-void CalibrationFlow::closePage() {
-    core.state.active = 0;
-    setRunAll(false);
-    if (core.alive)
-        storeAllSettings();
-    delete core.widgets.timer.data();
-    if (core.widgets.page)
-        core.widgets.page->hide();
+    m_sensor = sensor;
+    m_host = Host(services);
+    m_camera = Sensor(sensor.camera);
 }
 
 void CalibrationFlow::pageDestroyed() {
-    core.alive = false;
-    // Moved out first: destroying the calibration may call back into this flow.
-    ShadingHandle const handle = std::exchange(core.state.shadingHandle, nullptr);
+    gate.close();
+    widgets = {};
+    serialNumber = {};
+    emitStatus = {};
+    m_sensor = {};
+    m_host = {};
+    m_camera = Sensor(nullptr);
+    m_eeprom.abandon();
+    m_state.shading.giveUp();
 }
 
-void CalibrationFlow::registerChanged(uint32_t what) {
-    UpdateGuard const guard(core.state.updateDepth);
-    if (what == 0)
-        refreshLensCorrection(core);
+SensorKind const& CalibrationFlow::kind() const {
+    return sensorKind(m_sensor.sensorKind, m_sensor.variant);
 }
 
-void CalibrationFlow::onFrame(Frame const& frame) {
-    adjustExposureAndColourBalance(core, frame);
-    if (core.alive)
-        captureFrame(frame);
-    if (core.alive)
-        measureUniformityWhenDue(core, frame, skippedRows());
-    if (core.alive)
-        markWorstBlock(core, frame);
+void CalibrationFlow::initialise() {
+    {
+        UpdateGuard const guard(m_state.updateDepth);
+        widgets.fillFalloff();
+        widgets.fillEepromLabel(QString::fromLatin1(m_traits.eepromLabel));
+    }
+    m_lensCorrection = chooseLensCorrection(m_traits.kind, kind(), m_camera);
+    loadSettings();
+    startOver();
+    show();
+    m_host.announceRegister(m_lensCorrection.lensCorrectionRegister);
 }
 
-void CalibrationFlow::start() {
-    // A host that spins events inside a service lets the timer fire inside a tick.
-    if (!core.alive || core.state.active != 1 || m_inTick)
+void CalibrationFlow::pageShown() {
+    m_state.active = 1; // hiding sets it too: only a closed page stops ticking
+    loadSettings();
+    show();
+    showLensCorrection();
+}
+
+void CalibrationFlow::closePage() {
+    m_state.active = 0;
+    setRunAll(false);
+    storeSettings();
+    delete widgets.timer.data();
+    if (widgets.page)
+        widgets.page->hide();
+}
+
+void CalibrationFlow::show() {
+    m_state.refusedForNumber =
+        m_traits.tellsMissingNumber && m_state.fileState == kFailed && isNumberMissing();
+    UpdateGuard const guard(m_state.updateDepth);
+    widgets.show(viewOf(m_state));
+}
+
+// Before a call that may take long: who saw the old state might pull the board meanwhile.
+void CalibrationFlow::showBefore(StepWidgets const& step) {
+    show();
+    widgets.paintAtOnce(step);
+}
+
+void CalibrationFlow::notifyStatus() const {
+    if (std::function<void()> const emitNow = emitStatus)
+        emitNow();
+}
+
+void CalibrationFlow::showLensCorrection() {
+    bool const on = lensCorrectionEnabled(m_host, m_camera, m_lensCorrection);
+    UpdateGuard const guard(m_state.updateDepth);
+    widgets.showLensCorrection(on);
+}
+
+void CalibrationFlow::stepCutShort() {
+    if (m_state.presetState == kInProgress)
+        m_state.presetState = kReady;
+    if (m_state.promState == kInProgress)
+        m_state.promState = kFailedOtherwise;
+    show();
+}
+
+// --- Ticks ---
+
+void CalibrationFlow::tick() {
+    if (m_state.active != 1)
         return;
-    QScopedValueRollback<bool> const inTick(m_inTick, true);
-    if (core.state.runAll)
-        runAllStep();
-    else if (core.state.aeStepState == kInProgress)
+    if (m_state.runAll)
+        runAllAction();
+    else if (m_state.aeStepState == kInProgress)
         exposureTick();
-    else if (core.state.wbStepState == kInProgress)
+    else if (m_state.wbStepState == kInProgress)
         colourBalanceTick();
-    else if (core.state.lscStepState == kInProgress)
+    else if (m_state.lscStepState == kInProgress)
         calibrationTick();
+    else
+        return;
+    show();
+}
+
+// One action a tick: the host shows each step before the next one begins.
+void CalibrationFlow::runAllAction() {
+    if (m_state.eepromState == EepromState::Unknown)
+        return detectEeprom();
+    if (m_state.presetState == kNotEvaluated)
+        return evaluateSetupPreset();
+    if (m_state.presetState == kReady)
+        return applySetup();
+    // A missing setup preset does not hold up the rest.
+    if (isOpen(m_state.aeStepState))
+        return adjustExposure();
+    if (m_state.aeStepState == kInProgress)
+        return exposureTick();
+    if (isOpen(m_state.wbStepState))
+        return adjustColourBalance();
+    if (m_state.wbStepState == kInProgress)
+        return colourBalanceTick();
+    if (takeInputs())
+        return;
+    if (m_state.lscStepState == kNotEvaluated)
+        return makeCalibrationReady();
+    if (m_state.lscStepState == kReady) {
+        calibrate();
+        if (!m_state.shading)
+            setRunAll(false);
+        return;
+    }
+    if (m_state.lscStepState == kInProgress)
+        return calibrationTick();
+    // A failed calibration is not saved and leaves the steps open: Run All stays here until the user cancels
+    // it.
+    bool const passesOver = m_traits.passesOverFailure && isFailed(m_state.lscStepState);
+    if (isOpen(m_state.fileState) && !passesOver)
+        saveToFile();
+    else if (isOpen(m_state.promState))
+        saveToEeprom();
+    else
+        setRunAll(false);
 }
 
 void CalibrationFlow::exposureTick() {
-    if (core.state.aeStepProgress >= kFullProgress) {
-        core.state.aeStepState = kDone;
-        core.host.setState(kAutoExposure, 0);
-        refreshEnables(core);
-    }
-    refreshStatus(core);
+    if (m_state.aeStepProgress < kFullProgress)
+        return;
+    m_state.aeStepState = kDone;
+    m_host.setState(kAutoExposure, 0);
 }
 
 void CalibrationFlow::colourBalanceTick() {
     // Nothing is switched off at the host: the gains that were found stay in force.
-    if (core.state.wbStepProgress >= kFullProgress) {
-        core.state.wbStepState = kDone;
-        refreshEnables(core);
+    if (m_state.wbStepProgress >= kFullProgress)
+        m_state.wbStepState = kDone;
+}
+
+void CalibrationFlow::calibrationTick() {
+    bool const hasInputs = !m_traits.takesThreePictures || m_state.captured.haveAllFrames();
+    if (!m_state.shading || !hasInputs) {
+        if (m_state.runAll)
+            setRunAll(false);
+        if (m_state.lscStepProgress < phase::kLoaded)
+            return;
     }
-    refreshStatus(core);
-}
-
-void CalibrationFlow::applySetup() {
-    core.state.presetState = kInProgress;
-    bool applied = false;
-    {
-        WaitCursor const cursor(core.widgets.page);
-        storeAllSettings();
-        refreshStatus(core);
-        core.widgets.paintAtOnce(core.widgets.setup);
-        if (core.alive)
-            applied = applyPreset(core.host, kSetupPreset);
-        if (core.alive)
-            loadAllSettings();
-        refreshStatus(core);
+    if (m_state.lscStepProgress == 0)
+        solve();
+    else if (m_state.lscStepProgress == phase::kSolved)
+        loadSolution();
+    if (m_state.lscStepState == kInProgress && m_state.lscStepProgress == phase::kMeasured) {
+        m_state.lscStepProgress = phase::kFinished;
+        m_state.lscStepState = kDone;
     }
-    if (core.state.presetState == kInProgress)
-        core.state.presetState = applied ? kDone : kFailed;
-    refresh();
 }
 
-void CalibrationFlow::loadAllSettings() {
-    loadSettings(core);
-    if (core.alive)
-        loadOwnSettings();
+void CalibrationFlow::loadSolution() {
+    std::optional<std::vector<sf_RegEntry>> entries = m_state.shading.registers();
+    if (!entries || (m_traits.failsWithoutRegisters && entries->empty()))
+        return failCalibration(kFailedOtherwise);
+    if (m_traits.firstWrite)
+        entries->insert(entries->begin(), *m_traits.firstWrite);
+    // An exception would leave the step in a phase that no frame and no tick ends.
+    auto endFailed = qScopeGuard([&] { failCalibration(kFailedOtherwise); });
+    ChangeGroup const group(m_host);
+    for (sf_RegEntry const& entry : *entries)
+        m_host.writeListEntry(entry.first, entry.second, entry.third);
+    m_state.lscStepProgress = phase::kRegistersWritten;
+    setVerifyPipeline(m_host, m_camera, m_lensCorrection);
+    m_state.lscStepProgress = phase::kLoaded;
+    endFailed.dismiss();
+    show(); // the host may take its time to close the group
 }
 
-void CalibrationFlow::storeAllSettings() {
-    storeSettings(core);
-    if (core.alive)
-        storeOwnSettings();
+void CalibrationFlow::failCalibration(StepState failure) {
+    m_state.lscStepState = failure;
+    m_state.lscStepProgress = 0;
+}
+
+// --- Buttons ---
+
+void CalibrationFlow::toggleRunAll() {
+    setRunAll(!m_state.runAll);
+}
+
+void CalibrationFlow::setRunAll(bool on) {
+    if (on) {
+        startOver();
+        m_state.runAll = 1;
+        return;
+    }
+    m_state.runAll = 0;
+    if (stopStep(m_state.aeStepState, m_state.aeStepProgress))
+        m_host.setState(kAutoExposure, 0);
+    stopStep(m_state.wbStepState, m_state.wbStepProgress);
+    stopStep(m_state.lscStepState, m_state.lscStepProgress);
+}
+
+void CalibrationFlow::startOver() {
+    resetSteps();
+    detectEeprom();
+    evaluateSetupPreset();
+    makeCalibrationReady();
+    checkSaveDirectory();
+}
+
+void CalibrationFlow::resetSteps() {
+    m_state.runAll = 0;
+    m_state.eepromState = EepromState::Unknown;
+    for (StepState* const step : {&m_state.presetState, &m_state.aeStepState, &m_state.wbStepState,
+                                  &m_state.lscStepState, &m_state.fileState, &m_state.promState})
+        *step = kNotEvaluated;
+    for (int32_t* const progress :
+         {&m_state.aeStepProgress, &m_state.wbStepProgress, &m_state.lscStepProgress})
+        *progress = 0;
+    m_state.shading.giveUp(); // it may hold the pictures
+    m_state.captured.reset();
+    m_state.captured[kIncandescent].arm();
+}
+
+void CalibrationFlow::makeCalibrationReady() {
+    if (m_state.lscStepState == kNotEvaluated || isFailed(m_state.lscStepState))
+        failCalibration(kReady);
 }
 
 void CalibrationFlow::evaluateSetupPreset() {
-    core.state.presetState = findPreset(core.host, kSetupPreset) ? kReady : kFailed;
+    m_state.presetState = findPreset(m_host, kSetupPreset) ? kReady : kFailed;
+}
+
+void CalibrationFlow::applySetup() {
+    m_state.presetState = kInProgress;
+    WaitCursor const cursor(widgets.page);
+    storeSettings();
+    showBefore(widgets.setup);
+    bool const applied = applyPreset(m_host, kSetupPreset);
+    loadSettings();
+    m_state.presetState = applied ? kDone : kFailed;
+}
+
+void CalibrationFlow::adjustExposure() {
+    startStep(m_state.aeStepState, m_state.aeStepProgress, true, false);
+}
+
+void CalibrationFlow::adjustColourBalance() {
+    startStep(m_state.wbStepState, m_state.wbStepProgress, false, true);
 }
 
 void CalibrationFlow::startStep(StepState& stepState, int32_t& stepProgress, bool autoExposure,
                                 bool resetGains) {
     stepState = kInProgress;
-    core.state.settleFrames = kFramesToSettle;
+    m_state.settleFrames = kFramesToSettle;
     stepProgress = 0;
-    setRawPipeline(core.host, core.camera(), core.lensCorrection, autoExposure, resetGains);
-    if (core.alive && stepState != kInProgress) {
-        // Cancelled from inside the list, whose end has switched the exposure on again.
-        if (autoExposure)
-            core.host.setState(kAutoExposure, 0);
-    } else if (resetGains) {
-        core.state.settleFrames = kFramesToSettle; // the new gains count from the end of the list on
-    }
-    refreshEnables(core);
-    refreshStatus(core);
-}
-
-void CalibrationFlow::adjustExposure() {
-    startStep(core.state.aeStepState, core.state.aeStepProgress, true, false);
-}
-
-void CalibrationFlow::adjustColourBalance() {
-    startStep(core.state.wbStepState, core.state.wbStepProgress, false, true);
+    setRawPipeline(m_host, m_camera, m_lensCorrection, autoExposure, resetGains);
 }
 
 void CalibrationFlow::calibrate() {
-    uint32_t const runAll = core.state.runAll;
-    storeAllSettings();
+    storeSettings();
     // An earlier save no longer matches what will be calibrated now.
-    for (StepState* const saved : {&core.state.fileState, &core.state.promState})
+    for (StepState* const saved : {&m_state.fileState, &m_state.promState})
         if (*saved == kDone)
             *saved = kReady;
-    core.state.settleFrames = kFramesToSettle;
-    core.state.lscStepProgress = 0;
-    if (core.alive)
-        startCalibration();
-    bool const cancelled = runAll != core.state.runAll;
-    if (!cancelled)
-        core.state.lscStepState = core.state.shadingHandle ? kInProgress : kFailedOtherwise;
-    refresh();
+    m_state.settleFrames = kFramesToSettle;
+    m_state.lscStepProgress = 0;
+    startCalibration();
+    m_state.lscStepState = m_state.shading ? kInProgress : kFailedOtherwise;
 }
 
 void CalibrationFlow::startCalibration() {
-    int32_t const falloff = clampedFalloffPercent(core.widgets.falloffText());
-    core.host.setState("Lens Correction Falloff", falloff);
-    core.host.setState("Lens Correction Coeff Prec", kCoefficientPrecision);
-    setRawPipeline(core.host, core.camera(), core.lensCorrection, false, false);
-    core.state.inputWasYcbcr = 0;
-    setLensCorrection(core.host, core.camera(), core.lensCorrection, false);
-    core.state.worstBlock = QRect();
-    if (core.alive && !core.state.shadingHandle)
-        core.state.shadingHandle = createCalibration();
-}
-
-void CalibrationFlow::loadSolution(std::vector<sf_RegEntry> const& entries) {
-    ShadingHandle const handle = core.state.shadingHandle;
-    // An exception would leave the step in a phase that no frame and no tick ends.
-    auto endFailed = qScopeGuard([&] {
-        if (!isCalibrating(handle, phase::kSolved) && !isCalibrating(handle, phase::kRegistersWritten))
-            return;
-        core.state.lscStepState = kFailedOtherwise;
-        core.state.lscStepProgress = 0;
-    });
-    loadAndVerify(handle, entries);
-    endFailed.dismiss();
-}
-
-void CalibrationFlow::loadAndVerify(ShadingHandle const& handle, std::vector<sf_RegEntry> const& entries) {
-    ChangeGroup const group(core.host);
-    if (!isCalibrating(handle, phase::kSolved) ||
-        !writeRegisterList(core.host, entries, [&] { return isCalibrating(handle, phase::kSolved); }))
-        return;
-    core.state.lscStepProgress = phase::kRegistersWritten;
-    setVerifyPipeline(core.host, core.camera(), core.lensCorrection);
-    if (!isCalibrating(handle, phase::kRegistersWritten))
-        return;
-    core.state.lscStepProgress = phase::kLoaded;
-    showLoaded();
-}
-
-void CalibrationFlow::showLoaded() {
-    refreshEnables(core);
-}
-
-void CalibrationFlow::finishWhenMeasured() {
-    if (core.state.lscStepState != kInProgress || core.state.lscStepProgress != phase::kMeasured)
-        return;
-    core.state.lscStepProgress = phase::kFinished;
-    core.state.lscStepState = kDone;
-    refreshEnables(core);
-}
-
-bool CalibrationFlow::isCalibrating(ShadingHandle const& handle, int32_t atPhase) const {
-    return core.alive && core.state.lscStepState == kInProgress && core.state.lscStepProgress == atPhase &&
-           core.state.shadingHandle == handle;
+    int32_t const falloff = clampedFalloffPercent(widgets.falloffText());
+    m_host.setState("Lens Correction Falloff", falloff);
+    m_host.setState("Lens Correction Coeff Prec", kCoefficientPrecision);
+    setRawPipeline(m_host, m_camera, m_lensCorrection, false, false);
+    m_state.inputWasYcbcr = 0;
+    setLensCorrection(m_host, m_camera, m_lensCorrection, false);
+    m_state.worstBlock = QRect();
+    if (!m_state.shading && widgets.page) // a library that solves cannot be silenced
+        m_state.shading.take(createCalibration());
 }
 
 void CalibrationFlow::testUniformity() {
-    setVerifyPipeline(core.host, core.camera(), core.lensCorrection);
-    core.state.lscStepState = kInProgress;
-    core.state.lscStepProgress = phase::kMeasure;
-    refresh();
-}
-
-void CalibrationFlow::saveToFile() {
-    if (isFailed(core.state.lscStepState))
-        return;
-    if (core.state.fileState == kNotEvaluated)
-        checkSaveDirectory(core);
-    // The three-lamp page says that the number is missing; the other has no text but that of the directory.
-    if (core.state.fileState == kReady && isNumberMissing(core))
-        core.state.fileState = kFailed;
-    if (core.state.fileState == kReady)
-        saveResultFile(core, resultFile());
-    refresh();
-}
-
-void CalibrationFlow::saveToEeprom() {
-    StepState const prom = core.state.promState;
-    if (isFailed(core.state.lscStepState) || !(isOpen(prom) || prom == kDone || prom == kFailedOtherwise))
-        return;
-    saveToEepromStep(core, [this](HeadboardEeprom& eeprom, QByteArray const& label) {
-        return storeInEeprom(eeprom, label);
-    });
-}
-
-void CalibrationFlow::startOver() {
-    resetSteps();
-    UpdateGuard const guard(core.state.updateDepth);
-    detectEeprom(core);
-    if (core.alive)
-        evaluateSetupPreset();
-    makeInputsReady();
-    makeCalibrationReady();
-    checkSaveDirectory(core);
-    refreshEnables(core);
-    setRunAll(false);
-    refreshStatus(core);
-}
-
-void CalibrationFlow::resetSteps() {
-    PageState& state = core.state;
-    state.runAll = 0;
-    state.eepromState = EepromState::Unknown;
-    for (StepState* const step : {&state.presetState, &state.aeStepState, &state.wbStepState,
-                                  &state.lscStepState, &state.fileState, &state.promState})
-        *step = kNotEvaluated;
-    for (int32_t* const progress : {&state.aeStepProgress, &state.wbStepProgress, &state.lscStepProgress})
-        *progress = 0;
-    // Moved out first: destroying the calibration may call back into this flow. It may hold the inputs.
-    std::exchange(state.shadingHandle, nullptr).reset();
-    dropInputs();
-}
-
-void CalibrationFlow::makeCalibrationReady() {
-    StepState& lsc = core.state.lscStepState;
-    if (lsc != kNotEvaluated && !isFailed(lsc))
-        return;
-    lsc = kReady;
-    core.state.lscStepProgress = 0;
+    setVerifyPipeline(m_host, m_camera, m_lensCorrection);
+    m_state.lscStepState = kInProgress;
+    m_state.lscStepProgress = phase::kMeasure;
 }
 
 void CalibrationFlow::showGraph() {
-    std::optional<SensorInfo> const info = core.camera().info();
-    core.host.setupAnalysis(info ? info->imageWidth / 2 : 0);
-    core.host.writeIntSetting("AnalysisDlg Type", 0);
-    core.host.writeIntSetting("AnalysisDlg Show", 1);
+    std::optional<SensorInfo> const info = m_camera.info();
+    m_host.setupAnalysis(info ? info->imageWidth / 2 : 0);
+    m_host.writeIntSetting("AnalysisDlg Type", 0);
+    m_host.writeIntSetting("AnalysisDlg Show", 1);
+}
+
+void CalibrationFlow::switchLensCorrection() {
+    // The button's text follows the register notification that the host sends for the write.
+    setLensCorrection(m_host, m_camera, m_lensCorrection, widgets.isEnableLcChecked());
 }
 
 void CalibrationFlow::browse() {
     QString folder;
     {
-        ModalBracket const bracket(core.host);
-        if (core.alive)
+        ModalBracket const bracket(m_host);
+        Gate::Outside const outside(gate);
+        if (widgets.page) // no box for a page that is gone
             folder = chooseResultFolder();
     }
     {
-        UpdateGuard const guard(core.state.updateDepth);
-        core.widgets.showSaveDir(folder); // a cancelled chooser empties the field: the next save is refused
+        UpdateGuard const guard(m_state.updateDepth);
+        widgets.showSaveDir(folder); // a cancelled chooser empties the field: the next save is refused
     }
-    if (!core.alive)
-        return;
-    storeAllSettings();
-    core.state.fileState = kNotEvaluated;
-    checkSaveDirectory(core);
-    refresh();
+    storeSettings();
+    m_state.fileState = kNotEvaluated;
+    checkSaveDirectory();
 }
 
+// --- Fields ---
+
 void CalibrationFlow::eepromLabelChanged() {
-    if (core.state.updateDepth)
-        return;
-    if (core.state.promState == kDone)
-        core.state.promState = kReady;
-    refresh();
+    if (m_state.promState == kDone)
+        m_state.promState = kReady;
 }
 
 void CalibrationFlow::uniformityLimitChanged(QString const& text) {
-    if (core.state.updateDepth)
-        return;
-    core.state.uniformityLimit = leadingDecimal(text.toLocal8Bit());
-    refreshStatus(core);
+    m_state.uniformityLimit = leadingDecimal(text.toLocal8Bit());
 }
 
 void CalibrationFlow::saveDirChanged() {
-    if (core.state.updateDepth)
-        return;
-    core.state.fileState = kNotEvaluated;
-    refresh();
+    m_state.fileState = kNotEvaluated;
 }
 
 void CalibrationFlow::setFileState(StepState state) {
-    core.state.fileState = state;
-    refresh();
-}
-
-void CalibrationFlow::enableLensCorrectionClicked() {
-    if (core.state.updateDepth)
-        return;
-    // The button's text follows the register notification that the host sends for the write.
-    setLensCorrection(core.host, core.camera(), core.lensCorrection, core.widgets.isEnableLcChecked());
-}
-
-void CalibrationFlow::updateDisplay() {
-    refreshEnables(core);
-    refreshStatus(core);
-}
-
-void CalibrationFlow::stepCutShort() {
-    if (core.state.presetState == kInProgress)
-        core.state.presetState = kReady;
-    if (core.state.promState == kInProgress)
-        core.state.promState = kFailedOtherwise;
-    refresh();
-}
-
-void CalibrationFlow::refresh() {
-    refreshStatus(core);
-    refreshEnables(core);
-}
-
-void CalibrationFlow::notifyStatus() {
-    if (core.alive && m_emitStatus)
-        m_emitStatus();
+    m_state.fileState = state;
 }
 
 } // namespace kestra

@@ -1,136 +1,147 @@
 #pragma once
 
-#include "calibration/page_core.h"
-#include "calibration/saving.h"
+#include "calibration/page_widgets.h"
+#include "calibration/view.h"
+#include "common/host.h"
+#include "common/sensor.h"
+#include "headboard/headboard_eeprom.h"
+#include "hoststate/pipeline.h"
 #include "pictures/frame.h"
+#include "wizard/gate.h"
 
 #include <functional>
-#include <utility>
-#include <vector>
+#include <optional>
 
 namespace kestra {
 
-/// The flow of one calibration: step states, the tick that drives the automatic steps, Run All, the button
-/// handlers and the frame handler. Both pages run it; a page states its differences by overriding the
-/// protected operations.
+/// What is constant on a calibration page and different on the other.
+struct PageTraits {
+    PageKind kind;
+    char const* eepromLabel;          ///< the only label that it offers for its EEPROM record
+    bool takesThreePictures = false;  ///< one under each light; its settings hold their temperatures
+    bool skipsUnusableRows = false;   ///< those of the sensor kind, when it measures the uniformity
+    bool savesInFormatOfKind = false; ///< the results file, under names without forbidden characters
+    bool tellsMissingNumber = false;  ///< beside the file step; the other has no text but that of the folder
+    bool passesOverFailure = false;   ///< Run All goes on to the EEPROM behind a failed calibration
+    bool failsWithoutRegisters = false;      ///< a solution of no registers has failed
+    char pathSeparator = '\\';               ///< the bare name of a results file begins behind the last one
+    std::optional<sf_RegEntry> firstWrite{}; ///< before a solution's registers
+};
+
+/// What a calibration page asks of the headboard configuration page; both may be null.
+struct SerialNumber {
+    std::function<void()> store;     ///< stores it in the EEPROM, before a save there
+    std::function<bool()> isMissing; ///< whether there is such a page and its field is empty
+};
+
+/// The flow of one calibration: what is known of it, and what ticks, frames, buttons and fields do. Both
+/// pages run it and differ by their traits and by the protected operations.
 ///
-/// A page shares it: every call from outside holds a share of its own (`std::shared_ptr`), because any host
-/// or library call that a routine makes may delete the page. Routines check `core.alive` after such calls.
+/// Every call from outside comes through the gate and holds a share of the flow; those that need none say so.
 class CalibrationFlow {
 public:
-    CalibrationFlow(PageKind kind, SensorRecord const& sensor, HostServices const& services,
+    CalibrationFlow(PageTraits const& traits, SensorRecord const& sensor, HostServices const& services,
                     EepromSlot& eepromSlot);
     virtual ~CalibrationFlow() = default;
     CalibrationFlow(CalibrationFlow const&) = delete;
     CalibrationFlow& operator=(CalibrationFlow const&) = delete;
 
-    /// What tells the page that its display is out of date; it then calls `updateDisplay`.
-    void setStatusSignal(std::function<void()> emitStatus) { m_emitStatus = std::move(emitStatus); }
-    void setSerialNumber(SerialNumber serialNumber) { core.serialNumber = std::move(serialNumber); }
-    void setFileState(StepState state);
-    /// Takes a fresh copy of the host's records.
-    void adopt(SensorRecord const& sensor, HostServices const& services);
-    [[nodiscard]] PageWidgets& widgets() { return core.widgets; }
-    [[nodiscard]] PageState const& state() const { return core.state; }
+    Gate gate;
+    PageWidgets widgets;
+    std::function<void()> emitStatus; ///< asks for `show`, from inside a frame
+    SerialNumber serialNumber;
 
-    // Lifecycle, called by the page.
+    [[nodiscard]] PageState const& state() const { return m_state; }
+    /// Takes a fresh copy of the host's records; without the gate.
+    void adopt(SensorRecord const& sensor, HostServices const& services);
+    /// The page is being destroyed: from now on nothing reaches host, camera, library and widgets any more.
+    /// Without the gate.
+    void pageDestroyed();
+
     void initialise();
     void pageShown();
     void closePage();
-    /// The page is being destroyed: nothing of it is touched from now on, and its calibration is given up.
-    void pageDestroyed();
 
-    // What the host sends.
-    void registerChanged(uint32_t what);
+    // The timer's tick, and what the host sends.
+    void tick();
     void onFrame(Frame const& frame);
+    /// Without the gate.
+    void showLensCorrection();
 
-    // The tick and the handlers of the page's widgets.
-    void start();
+    // Buttons and fields.
+    void toggleRunAll();
+    void startOver();
     void applySetup();
     void adjustExposure();
     void adjustColourBalance();
     void calibrate();
+    void testUniformity();
     void saveToFile();
     void saveToEeprom();
-    void startOver();
-    void showGraph();
-    void testUniformity();
-    void toggleRunAll();
     void browse();
+    void showGraph();
+    void switchLensCorrection();
     void eepromLabelChanged();
     void uniformityLimitChanged(QString const& text);
     void saveDirChanged();
-    void enableLensCorrectionClicked();
-    void updateDisplay();
-    /// A step was cut short by an error: none that only its own routine ends is left, or shown, in progress.
+    void setFileState(StepState state);
+
+    /// Shows what the state says; without the gate.
+    void show();
+    /// A step was cut short by an error: none that only its own routine ends is left in progress.
     void stepCutShort();
+    void stepEnded() { m_eeprom.end(); }
 
 protected:
-    /// The only label that the page offers for its EEPROM record.
-    [[nodiscard]] virtual QString eepromLabel() const = 0;
-    /// Drops what the page has taken for a calibration; the page is reset.
-    virtual void dropInputs() {}
-    /// Makes the taking of it ready again, at the end of a reset.
-    virtual void makeInputsReady() {}
+    /// A new calibration of the library; null when it has no data for the sensor.
+    [[nodiscard]] virtual sf_Handle* createCalibration() = 0;
     /// What Run All has to do between the colour balance and the calibration; false when nothing is left.
     virtual bool takeInputs() { return false; }
-    /// Settings that only this page has, after those of both.
-    virtual void loadOwnSettings() {}
-    virtual void storeOwnSettings() {}
-    /// A new calibration of the library, null when it has no data for the sensor.
-    [[nodiscard]] virtual ShadingHandle createCalibration() = 0;
-    /// The tick of the calibration step while it runs.
-    virtual void calibrationTick() = 0;
-    /// The calibration's part in a frame: counting the phase and taking what the library needs.
+    /// The calibration's part in a frame.
     virtual void captureFrame(Frame const& frame) = 0;
-    /// Unusable rows at the top of the picture.
-    [[nodiscard]] virtual int skippedRows() const = 0;
-    /// How the results file is written.
-    [[nodiscard]] virtual ResultFile resultFile() const { return {}; }
-    /// Whether Run All passes over the file of a failed calibration, and so ends where there is no EEPROM.
-    [[nodiscard]] virtual bool passesOverFailure() const { return false; }
-    /// Shows that a solution is loaded.
-    virtual void showLoaded();
-
-    /// Puts the page's records into the EEPROM's image and writes them; see `StoreInEeprom`.
+    /// The calibration's part in a tick, in phase 0.
+    virtual void solve() {}
+    /// Puts the page's records into the EEPROM's image under a label and writes them.
     [[nodiscard]] virtual EepromStatus storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) = 0;
 
-    /// Ends Run All, when it runs, and every step that is in progress.
-    void setRunAll(bool on);
-    /// Loads a solution's registers into the sensor and sets the host up for verification; the phase becomes
-    /// `phase::kLoaded`. Does no more when the page is reset or deleted meanwhile; an exception fails the
-    /// step.
-    void loadSolution(std::vector<sf_RegEntry> const& entries);
-    /// Finishes the step once the uniformity was measured.
-    void finishWhenMeasured();
-    /// Whether the calibration that a routine works on is still the page's, and still in the phase that the
-    /// routine works in. Asked after each call from which the page may have been reset or started anew.
-    [[nodiscard]] bool isCalibrating(ShadingHandle const& handle, int32_t atPhase) const;
-    void refresh();
-    /// Asks the page to update its display.
-    void notifyStatus();
+    [[nodiscard]] SensorKind const& kind() const;
+    /// Lets the phase count a frame while it is in the range.
+    void countPhase(Frame const& frame, int32_t first, int32_t last);
+    void failCalibration(StepState failure);
+    /// Asks the page to show the state, from inside a frame.
+    void notifyStatus() const;
 
-    PageCore core;
+    PageTraits const& m_traits;
+    SensorRecord m_sensor{}; ///< copy of the host's record; its strings are the host's and read at each use
+    Host m_host;
+    Sensor m_camera{nullptr};
+    PageState m_state;
 
 private:
-    void runAllStep();
+    void loadSettings();
+    void storeSettings();
+    void setRunAll(bool on);
     void runAllAction();
-    void startRunAllCalibration();
-    void runAllSave();
     void exposureTick();
     void colourBalanceTick();
+    void calibrationTick();
+    void loadSolution();
     void startStep(StepState& stepState, int32_t& stepProgress, bool autoExposure, bool resetGains);
     void startCalibration();
-    void loadAndVerify(ShadingHandle const& handle, std::vector<sf_RegEntry> const& entries);
-    void evaluateSetupPreset();
-    void loadAllSettings();
-    void storeAllSettings();
-    void makeCalibrationReady();
     void resetSteps();
+    void makeCalibrationReady();
+    void evaluateSetupPreset();
+    void detectEeprom();
+    void checkSaveDirectory();
+    void adjustExposureAndColourBalance(Frame const& frame);
+    void measureUniformityWhenDue(Frame const& frame);
+    void markWorstBlock(Frame const& frame) const;
+    void showBefore(StepWidgets const& step);
+    [[nodiscard]] bool isNumberMissing() const;
+    [[nodiscard]] QByteArray resultFilePath() const;
 
-    PageKind const m_kind;
-    std::function<void()> m_emitStatus;
-    bool m_inTick = false;
+    EepromUse m_eeprom;
+    LensCorrection m_lensCorrection;
 };
 
 } // namespace kestra

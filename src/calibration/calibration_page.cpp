@@ -15,7 +15,7 @@ constexpr int kTickMs = 500;
 
 CalibrationPage::CalibrationPage(QWidget* parent, std::shared_ptr<CalibrationFlow> flow)
     : QDialog(parent), m_flow(std::move(flow)) {
-    m_flow->setStatusSignal([this] { emit Status(); });
+    m_flow->emitStatus = [this] { emit Status(); };
 }
 
 CalibrationPage::~CalibrationPage() {
@@ -28,13 +28,13 @@ void CalibrationPage::finishBuilding(QLabel* version) {
     auto* const timer = new QTimer(this);
     timer->setInterval(kTickMs);
     connect(timer, &QTimer::timeout, this, &CalibrationPage::start);
-    m_flow->widgets().timer = timer;
+    m_flow->widgets.timer = timer;
     connectWidgets();
     version->setText(versionText());
 }
 
 void CalibrationPage::connectWidgets() {
-    PageWidgets const& w = m_flow->widgets();
+    PageWidgets const& w = m_flow->widgets;
     using Slot = void (CalibrationPage::*)();
     std::pair<QPushButton*, Slot> const buttons[] = {
         {w.LensCalibSetup, &CalibrationPage::OnBnClicked_LensCalibSetup},
@@ -61,19 +61,55 @@ void CalibrationPage::connectWidgets() {
     connect(this, &CalibrationPage::Status, this, &CalibrationPage::OnUpdateStatus);
 }
 
-template <typename Step, typename... Arguments>
-void CalibrationPage::run(Step step, Arguments const&... arguments) {
+namespace {
+
+// One step of a flow, out of which nothing is thrown.
+template <typename Step>
+void runStep(CalibrationFlow& flow, Step const& step) {
+    if (!guarded("a step of the page", step))
+        guarded("the end of a step", [&] { flow.stepCutShort(); });
+    flow.stepEnded();
+}
+
+} // namespace
+
+void CalibrationPage::press(std::function<void(CalibrationFlow&)> step) {
+    std::shared_ptr const flow = m_flow; // the step's own share
+    flow->gate.runOrKeep([&kept = *flow, step = std::move(step)] {
+        runStep(kept, [&] {
+            step(kept);
+            kept.show();
+        });
+    });
+}
+
+void CalibrationPage::edit(std::function<void(CalibrationFlow&)> step) {
+    if (m_flow->state().updateDepth == 0)
+        press(std::move(step));
+}
+
+void CalibrationPage::start() {
     std::shared_ptr const flow = m_flow;
-    if (!runStep(flow, step, arguments...))
-        runStep(flow, &CalibrationFlow::stepCutShort);
+    flow->gate.runOrDrop([&] { runStep(*flow, [&] { flow->tick(); }); });
+}
+
+void CalibrationPage::onFrame(Frame const& frame) {
+    std::shared_ptr const flow = m_flow;
+    flow->gate.runOrDrop([&] { runStep(*flow, [&] { flow->onFrame(frame); }); });
+}
+
+// What this throws is for the one who opens the dialog: the host gets none.
+void CalibrationPage::initialise() {
+    std::shared_ptr const flow = m_flow;
+    flow->gate.runOrDrop([&] { flow->initialise(); });
 }
 
 void CalibrationPage::setVisible(bool visible) {
     QPointer<CalibrationPage> const self(this);
-    run(&CalibrationFlow::pageShown);
+    press(&CalibrationFlow::pageShown);
     if (!self)
         return;
-    if (QTimer* const timer = m_flow->widgets().timer)
+    if (QTimer* const timer = m_flow->widgets.timer)
         timer->start();
     QDialog::setVisible(visible);
 }
@@ -81,11 +117,7 @@ void CalibrationPage::setVisible(bool visible) {
 void CalibrationPage::reject() {}
 
 void CalibrationPage::setSerialNumber(SerialNumber serialNumber) {
-    m_flow->setSerialNumber(std::move(serialNumber));
-}
-
-void CalibrationPage::setFileState(StepState state) {
-    run(&CalibrationFlow::setFileState, state);
+    m_flow->serialNumber = std::move(serialNumber);
 }
 
 void CalibrationPage::setDestroyedHook(std::function<void()> hook) {
@@ -96,74 +128,70 @@ void CalibrationPage::adopt(SensorRecord const& sensor, HostServices const& serv
     m_flow->adopt(sensor, services);
 }
 
-// What this throws is for the one who opens the dialog: the host gets none.
-void CalibrationPage::initialise() {
-    std::shared_ptr(m_flow)->initialise();
+void CalibrationPage::setFileState(StepState state) {
+    press([state](CalibrationFlow& flow) { flow.setFileState(state); });
 }
 void CalibrationPage::closePage() {
-    run(&CalibrationFlow::closePage);
+    press(&CalibrationFlow::closePage);
 }
 void CalibrationPage::registerChanged(uint32_t what, uint32_t) {
-    run(&CalibrationFlow::registerChanged, what);
+    std::shared_ptr const flow = m_flow;
+    if (what == 0)
+        runStep(*flow, [&] { flow->showLensCorrection(); });
 }
-void CalibrationPage::onFrame(Frame const& frame) {
-    run(&CalibrationFlow::onFrame, frame);
-}
-void CalibrationPage::start() {
-    run(&CalibrationFlow::start);
+void CalibrationPage::OnUpdateStatus() {
+    std::shared_ptr const flow = m_flow;
+    runStep(*flow, [&] { flow->show(); });
 }
 void CalibrationPage::OnBnClicked_LensCalibSetup() {
-    run(&CalibrationFlow::applySetup);
+    press(&CalibrationFlow::applySetup);
 }
 void CalibrationPage::OnBnClickedAe() {
-    run(&CalibrationFlow::adjustExposure);
+    press(&CalibrationFlow::adjustExposure);
 }
 void CalibrationPage::OnBnClickedAwb() {
-    run(&CalibrationFlow::adjustColourBalance);
+    press(&CalibrationFlow::adjustColourBalance);
 }
 void CalibrationPage::OnBnClickedCalibrate() {
-    run(&CalibrationFlow::calibrate);
+    press(&CalibrationFlow::calibrate);
 }
 void CalibrationPage::OnBnClickedFilesave() {
-    run(&CalibrationFlow::saveToFile);
+    press(&CalibrationFlow::saveToFile);
 }
 void CalibrationPage::OnBnClickedPromsave() {
-    run(&CalibrationFlow::saveToEeprom);
+    press(&CalibrationFlow::saveToEeprom);
 }
 void CalibrationPage::OnBnClickedStartover() {
-    run(&CalibrationFlow::startOver);
+    press(&CalibrationFlow::startOver);
 }
 void CalibrationPage::OnBnClickedGraph() {
-    run(&CalibrationFlow::showGraph);
+    press(&CalibrationFlow::showGraph);
 }
 void CalibrationPage::OnBnClickedCU() {
-    run(&CalibrationFlow::testUniformity);
+    press(&CalibrationFlow::testUniformity);
 }
 void CalibrationPage::OnBnClickedRunall() {
-    run(&CalibrationFlow::toggleRunAll);
+    press(&CalibrationFlow::toggleRunAll);
 }
 void CalibrationPage::OnBnClickedBrowse() {
-    run(&CalibrationFlow::browse);
+    press(&CalibrationFlow::browse);
 }
 void CalibrationPage::OnCbnSelchangePromLabel(QString const& text) {
     OnCbnEditchangePromLabel(text);
 }
 void CalibrationPage::OnCbnEditchangePromLabel(QString const&) {
-    run(&CalibrationFlow::eepromLabelChanged);
+    edit(&CalibrationFlow::eepromLabelChanged);
 }
 // The signatures of these two are published, values and all. NOLINTBEGIN(performance-unnecessary-value-param)
 void CalibrationPage::OnEnChangeGoodcu(QString text) {
-    run(&CalibrationFlow::uniformityLimitChanged, text);
+    edit([text](CalibrationFlow& flow) { flow.uniformityLimitChanged(text); });
 }
 void CalibrationPage::OnEnChangeSavedir(QString) {
-    run(&CalibrationFlow::saveDirChanged);
+    edit(&CalibrationFlow::saveDirChanged);
 }
 // NOLINTEND(performance-unnecessary-value-param)
 void CalibrationPage::OnBnClickedEnableLC() {
-    run(&CalibrationFlow::enableLensCorrectionClicked);
-}
-void CalibrationPage::OnUpdateStatus() {
-    run(&CalibrationFlow::updateDisplay);
+    edit(&CalibrationFlow::switchLensCorrection);
 }
 
 void tellSerialNumberEdited(std::span<CalibrationPage* const> pages, bool isEmpty) {

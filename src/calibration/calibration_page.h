@@ -10,7 +10,7 @@
 namespace kestra {
 
 /// A calibration page: the dialog that stands as a tab in the wizard. It owns the widgets and the timer, and
-/// hands everything that happens to its flow.
+/// hands everything that happens to its flow, through the gate.
 class CalibrationPage : public QDialog {
     Q_OBJECT
 
@@ -70,14 +70,16 @@ protected:
     /// text and connections.
     template <typename Form>
     void build(Form const& form, QLabel* version, Wizard* wizard) {
-        m_flow->widgets().bind(this, form, wizard);
+        m_flow->widgets.bind(this, form, wizard);
         finishBuilding(version);
     }
 
+    /// A button: keeps what arrives inside a step, and shows what became of it. Nothing is thrown.
+    void press(std::function<void(CalibrationFlow&)> step);
+
 private:
-    // Runs a step of the flow, from which nothing is thrown.
-    template <typename Step, typename... Arguments>
-    void run(Step step, Arguments const&... arguments);
+    /// A field: a change that the page itself makes is none of the user's.
+    void edit(std::function<void(CalibrationFlow&)> step);
     void finishBuilding(QLabel* version);
     void connectWidgets();
 

@@ -1,5 +1,4 @@
-#include "calibration/frame_steps.h"
-
+#include "calibration/calibration_flow.h"
 #include "hoststate/pipeline.h"
 #include "pictures/uniformity.h"
 #include "pictures/white_balance.h"
@@ -15,70 +14,61 @@ constexpr int32_t kPhaseStep = 5;          // phase a frame
 constexpr uint32_t kRed = 0xDD2200;
 constexpr uint32_t kAmber = 0xDDBB55;
 
-// Whether a correction is still due: the step may be reset, and another frame may correct, inside a host
-// call.
-bool isCorrectionDue(PageCore const& core) {
-    return core.alive && core.state.wbStepState == kInProgress && core.state.settleFrames == 0;
-}
-
-void correctColourBalance(PageCore& core, MeanColour const& mean) {
-    Host const host = core.host;
-    int32_t const redGain = host.readState(kRelativeRedGain);
-    int32_t const blueGain = host.readState(kRelativeBlueGain);
-    if (!isCorrectionDue(core))
-        return;
-    host.setState(kRelativeRedGain, correctedGain(redGain, mean.red, mean.green));
-    host.setState(kRelativeBlueGain, correctedGain(blueGain, mean.blue, mean.green));
-    if (!isCorrectionDue(core))
-        return;
-    core.state.settleFrames = kFramesToSettle;
-    core.state.wbStepProgress += kColourBalanceStep;
-}
-
 } // namespace
 
-void adjustExposureAndColourBalance(PageCore& core, Frame const& frame) {
+void CalibrationFlow::onFrame(Frame const& frame) {
+    adjustExposureAndColourBalance(frame);
+    captureFrame(frame);
+    measureUniformityWhenDue(frame);
+    markWorstBlock(frame);
+}
+
+void CalibrationFlow::adjustExposureAndColourBalance(Frame const& frame) {
     if (!frame.isRgb32())
         return;
-    PageState& state = core.state;
-    if (state.aeStepState == kInProgress && state.aeStepProgress < kFullProgress)
-        state.aeStepProgress += kExposureStep;
-    if (state.wbStepState == kInProgress && state.settleFrames == 0) {
+    if (m_state.aeStepState == kInProgress && m_state.aeStepProgress < kFullProgress)
+        m_state.aeStepProgress += kExposureStep;
+    if (m_state.wbStepState != kInProgress)
+        return;
+    if (m_state.settleFrames == 0) {
         std::optional<MeanColour> const mean = meanOfCentre(frame);
-        if (mean && mean->red > 0 && mean->green > 0 && mean->blue > 0)
-            correctColourBalance(core, *mean);
+        if (!mean || !(mean->red > 0 && mean->green > 0 && mean->blue > 0))
+            return;
+        int32_t const redGain = m_host.readState(kRelativeRedGain);
+        int32_t const blueGain = m_host.readState(kRelativeBlueGain);
+        m_host.setState(kRelativeRedGain, correctedGain(redGain, mean->red, mean->green));
+        m_host.setState(kRelativeBlueGain, correctedGain(blueGain, mean->blue, mean->green));
+        m_state.settleFrames = kFramesToSettle;
+        m_state.wbStepProgress += kColourBalanceStep;
     }
     // The frame that was corrected on counts as the first one to let pass.
-    if (state.wbStepState == kInProgress && state.settleFrames > 0)
-        --state.settleFrames;
+    --m_state.settleFrames;
 }
 
-void countPhase(PageCore& core, Frame const& frame, int32_t first, int32_t last) {
-    PageState& state = core.state;
-    if (state.lscStepState == kInProgress && frame.isRgb32() && state.lscStepProgress >= first &&
-        state.lscStepProgress <= last)
-        state.lscStepProgress += kPhaseStep;
+void CalibrationFlow::countPhase(Frame const& frame, int32_t first, int32_t last) {
+    if (m_state.lscStepState == kInProgress && frame.isRgb32() && m_state.lscStepProgress >= first &&
+        m_state.lscStepProgress <= last)
+        m_state.lscStepProgress += kPhaseStep;
 }
 
-void measureUniformityWhenDue(PageCore& core, Frame const& frame, int skippedRows) {
-    PageState& state = core.state;
-    if (state.lscStepState != kInProgress || state.lscStepProgress != phase::kMeasure || !frame.isRgb32())
+void CalibrationFlow::measureUniformityWhenDue(Frame const& frame) {
+    if (m_state.lscStepState != kInProgress || m_state.lscStepProgress != phase::kMeasure || !frame.isRgb32())
         return;
-    std::optional<Uniformity> const uniformity = measureUniformity(frame, skippedRows);
+    std::optional<Uniformity> const uniformity =
+        measureUniformity(frame, m_traits.skipsUnusableRows ? kind().unusableTopRows : 0);
     if (!uniformity)
         return;
-    state.uniformityValue = uniformity->value;
-    state.worstBlock = uniformity->worstBlock;
-    state.lscStepProgress = phase::kMeasured;
+    m_state.uniformityValue = uniformity->value;
+    m_state.worstBlock = uniformity->worstBlock;
+    m_state.lscStepProgress = phase::kMeasured;
 }
 
-void markWorstBlock(PageCore const& core, Frame const& frame) {
-    PageState const& state = core.state;
-    if (state.lscStepState != kDone || !frame.isRgb32() || !(state.uniformityValue > state.uniformityLimit) ||
-        state.worstBlock.isEmpty())
+void CalibrationFlow::markWorstBlock(Frame const& frame) const {
+    if (m_state.lscStepState != kDone || !frame.isRgb32() ||
+        !(m_state.uniformityValue > m_state.uniformityLimit) || m_state.worstBlock.isEmpty())
         return;
-    bool const nearlyGood = state.uniformityValue <= state.uniformityLimit + 1.0;
-    paintRing(frame, state.worstBlock, nearlyGood ? kAmber : kRed);
+    bool const nearlyGood = m_state.uniformityValue <= m_state.uniformityLimit + kUniformityTolerance;
+    paintRing(frame, m_state.worstBlock, nearlyGood ? kAmber : kRed);
 }
 
 } // namespace kestra

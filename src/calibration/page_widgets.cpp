@@ -1,5 +1,7 @@
 #include "calibration/page_widgets.h"
 
+#include "common/numbers.h"
+
 #include <QCoreApplication>
 
 namespace kestra {
@@ -72,13 +74,47 @@ void PageWidgets::showLensCorrection(bool on) {
                           : QCoreApplication::translate("LensAssist", "Enable LC"));
 }
 
-void PageWidgets::showRunAll(bool running) {
-    if (Run_All)
-        Run_All->setText(running ? QCoreApplication::translate("LensAssist", "Cancel Run All")
-                                 : QCoreApplication::translate("LensAssist", "Run All Steps"));
+double PageWidgets::temperature(size_t illuminant) const {
+    return leadingDecimal(textOf(captures[illuminant].temperature).toLocal8Bit());
 }
 
-void PageWidgets::apply(Enabling const& enabling) {
+void PageWidgets::showTemperature(size_t illuminant, int32_t kelvin) {
+    if (captures[illuminant].temperature)
+        captures[illuminant].temperature->setText(QString::number(kelvin));
+}
+
+void PageWidgets::show(PageView const& view) {
+    show(setup, view.setup);
+    show(exposure, view.exposure);
+    show(colourBalance, view.colourBalance);
+    show(calibration, view.calibration);
+    show(uniformity, view.uniformity);
+    show(file, view.file);
+    show(eeprom, view.eeprom);
+    for (size_t i = 0; i < kIlluminants; ++i)
+        show(captures[i].step, view.captures[i]);
+    show(view.enabling);
+    if (Run_All)
+        Run_All->setText(view.runAll);
+}
+
+void PageWidgets::show(StepWidgets& step, StepStatus const& status) {
+    if (step.status)
+        step.status->setText(status.text);
+    if (step.bar && status.progress)
+        step.bar->setValue(*status.progress);
+    if (step.bar && step.status) {
+        step.bar->setVisible(status.showsBar);
+        step.status->setVisible(!status.showsBar);
+    }
+    // A bullet that stands already is not painted again: this runs at every tick.
+    if (!step.bullet || step.shownBullet == status.bullet)
+        return;
+    paintBullet(step.bullet, status.bullet);
+    step.shownBullet = status.bullet;
+}
+
+void PageWidgets::show(Enabling const& enabling) {
     enable(Run_All, enabling.runAll);
     enable(LensCalibSetup, enabling.setup);
     for (QWidget* const widget :
@@ -93,42 +129,12 @@ void PageWidgets::apply(Enabling const& enabling) {
          std::initializer_list<QWidget*>{Start_Over, Show_Graph, setup.status, exposure.status,
                                          colourBalance.status, calibration.status, file.status})
         enable(widget, true);
-}
-
-void PageWidgets::show(StepWidgets& step, StepStatus const& status) {
-    if (step.status)
-        step.status->setText(status.text);
-    if (step.bar && status.progress)
-        step.bar->setValue(*status.progress);
-    showBullet(step, status.bullet);
-}
-
-void PageWidgets::showBullet(StepWidgets& step, Bullet bullet) {
-    // A bullet that stands already is not painted again: this runs at every tick.
-    if (!step.bullet || step.shownBullet == bullet)
-        return;
-    paintBullet(step.bullet, bullet);
-    step.shownBullet = bullet;
+    for (CaptureWidgets const& capture : captures)
+        enable(capture.button, enabling.capture);
 }
 
 void PageWidgets::paintAtOnce(StepWidgets const& step) {
     PageSurface::paintAtOnce({step.status.data(), step.bar.data(), step.bullet.data()});
-}
-
-void PageWidgets::swapIn(StepWidgets const* step) {
-    QProgressBar* const bar = step ? step->bar.data() : nullptr;
-    if (bar == m_swappedBar)
-        return;
-    if (m_swappedBar)
-        m_swappedBar->hide();
-    if (m_swappedLabel)
-        m_swappedLabel->show();
-    m_swappedLabel = bar ? step->status : nullptr;
-    m_swappedBar = bar;
-    if (m_swappedLabel)
-        m_swappedLabel->hide();
-    if (m_swappedBar)
-        m_swappedBar->show();
 }
 
 } // namespace kestra

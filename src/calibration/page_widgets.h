@@ -21,7 +21,14 @@ struct StepWidgets {
     std::optional<Bullet> shownBullet;
 };
 
-/// The widgets that both calibration pages have.
+/// The widgets of a picture under one light.
+struct CaptureWidgets {
+    QPointer<QPushButton> button;
+    QPointer<QLineEdit> temperature;
+    StepWidgets step;
+};
+
+/// The widgets of a calibration page. The page that takes one picture has no rows for captures.
 class PageWidgets : public PageSurface {
 public:
     /// Takes the widgets from a page's generated form, which knows them by the same names on both pages.
@@ -55,12 +62,28 @@ public:
         file = {form.File_Save_Status, nullptr, form.FileSave_Bullet, {}};
         eeprom = {form.Prom_Save_Status, nullptr, form.PromSave_Bullet, {}};
     }
+    template <typename Form>
+    void bindCaptures(Form const& form) {
+        captures = {CaptureWidgets{form.Incandescent_Image,
+                                   form.Incandescent_Temp,
+                                   {form.Incandescent_Status, nullptr, form.Incandescent_Bullet, {}}},
+                    CaptureWidgets{form.Fluorescent_Image,
+                                   form.Fluorescent_Temp,
+                                   {form.Fluorescent_Status, nullptr, form.Fluorescent_Bullet, {}}},
+                    CaptureWidgets{form.Daylight_Image,
+                                   form.Daylight_Temp,
+                                   {form.Daylight_Status, nullptr, form.Daylight_Bullet, {}}}};
+    }
 
+    // What the user has entered; empty, false and 0 for a page that is gone.
     [[nodiscard]] QString falloffText() const;
     [[nodiscard]] QString uniformityLimitText() const;
     [[nodiscard]] QString saveDirText() const;
     [[nodiscard]] QString eepromLabelText() const;
     [[nodiscard]] bool isEnableLcChecked() const;
+    /// The colour temperature that a capture's text begins with, kelvin, with its fraction; 0 without a
+    /// number.
+    [[nodiscard]] double temperature(size_t illuminant) const;
 
     void fillFalloff();
     void fillEepromLabel(QString const& only);
@@ -68,17 +91,12 @@ public:
     void selectFalloff(QString const& text);
     void showUniformityLimit(QString const& text);
     void showSaveDir(QString const& path);
+    void showTemperature(size_t illuminant, int32_t kelvin);
     void showLensCorrection(bool on);
-    void showRunAll(bool running);
 
-    void apply(Enabling const& enabling);
-    void show(StepWidgets& step, StepStatus const& status);
-    void showBullet(StepWidgets& step, Bullet bullet);
+    void show(PageView const& view);
     /// Paints what a step shows, before a call that may take long.
     static void paintAtOnce(StepWidgets const& step);
-    /// Puts the bar of one step in the place of its text, and gives the step before its text back; null for
-    /// none.
-    void swapIn(StepWidgets const* step);
 
     QPointer<QTimer> timer; ///< owned by the page; null once the page was closed
 
@@ -92,10 +110,11 @@ public:
     QPointer<QLabel> label;
     QPointer<QComboBox> Prom_Label;
     StepWidgets setup, exposure, colourBalance, calibration, uniformity, file, eeprom;
+    std::array<CaptureWidgets, kIlluminants> captures;
 
 private:
-    QPointer<QLabel> m_swappedLabel;     // the status text that a progress bar covers now
-    QPointer<QProgressBar> m_swappedBar; // and that bar
+    void show(StepWidgets& step, StepStatus const& status);
+    void show(Enabling const& enabling);
 };
 
 } // namespace kestra

@@ -1,76 +1,43 @@
 #include "calibration/saving.h"
 
-#include "calibration/display.h"
-#include "common/libraries.h"
+#include "calibration/calibration_flow.h"
 #include "common/system.h"
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_format.h"
 #include "headboard/register_record.h"
 
 #include <optional>
 
 namespace kestra {
 
-namespace {
+// --- The EEPROM ---
 
-constexpr char kFactoryLabel[] = "FACTORY"; // in this spelling only
-
-void refreshBoth(PageCore& core) {
-    refreshEnables(core);
-    refreshStatus(core);
+// A blank EEPROM is formatted. An absent one also closes the step that saves there ("No EEPROM.").
+void CalibrationFlow::detectEeprom() {
+    WaitCursor const cursor(widgets.page);
+    ChangeGroup const group(m_host);
+    HeadboardEeprom& eeprom = m_eeprom.renew(m_sensor.camera);
+    m_state.eepromState = probeEeprom(eeprom);
+    HeadboardEepromRelease(eeprom);
+    if (m_state.eepromState == EepromState::Absent && isOpen(m_state.promState))
+        m_state.promState = kFailed;
 }
 
-// The separator is always the host's own system's.
-QByteArray resultFilePath(PageCore const& core, ResultFile const& file) {
-    auto const part = [&](QByteArray const& name) {
-        return file.sanitisesNames ? sanitisedLabel(name) : name;
-    };
-    std::optional<SensorInfo> const info = core.camera().info();
-    if (!core.alive)
-        return {};
-    return core.widgets.saveDirText().toLocal8Bit() + '\\' + part(core.sensor.fileNamePart) + '_' +
-           part(info ? info->name : QByteArray()) + ".ini";
-}
-
-} // namespace
-
-void detectEeprom(PageCore& core) {
-    PageState& state = core.state;
-    if (state.eepromState != EepromState::Unknown)
+void CalibrationFlow::saveToEeprom() {
+    StepState const prom = m_state.promState;
+    if (isFailed(m_state.lscStepState) || !(isOpen(prom) || prom == kDone || prom == kFailedOtherwise))
         return;
-    WaitCursor const cursor(core.widgets.page);
-    ChangeGroup const group(core.host);
-    EepromShare const eeprom = renewEeprom(core.eepromSlot, core.sensor.camera);
-    EepromState const found = probeEeprom(*eeprom);
-    HeadboardEepromRelease(*eeprom);
-    if (state.eepromState != EepromState::Unknown)
-        return; // another attempt, made inside this one, has its answer already
-    state.eepromState = found;
-    if (found == EepromState::Absent && isOpen(state.promState))
-        state.promState = kFailed;
-}
-
-void saveToEepromStep(PageCore& core, StoreInEeprom const& store) {
-    std::optional<WaitCursor> cursor(std::in_place, core.widgets.page);
-    ChangeGroup const group(core.host);
-    core.state.promState = kInProgress;
-    refreshBoth(core);
-    core.widgets.paintAtOnce(core.widgets.eeprom); // who saw the old state might pull the board meanwhile
-    if (core.serialNumber.store)
-        core.serialNumber.store();
-    EepromStatus status = kEepromFailed;
-    EepromShare eeprom;
-    if (core.alive) {
-        eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
-        status = store(*eeprom, core.widgets.eepromLabelText().toLocal8Bit());
-    }
+    WaitCursor const cursor(widgets.page);
+    ChangeGroup const group(m_host);
+    m_state.promState = kInProgress;
+    showBefore(widgets.eeprom);
+    if (std::function<void()> const store = serialNumber.store)
+        store();
+    HeadboardEeprom& eeprom = m_eeprom.take(m_sensor.camera);
+    EepromStatus const status = storeInEeprom(eeprom, widgets.eepromLabelText().toLocal8Bit());
     // Who discards the EEPROM inside a call drops what is not written: its silence is no success.
-    if (!eeprom || core.eepromSlot != eeprom.data())
-        status = kEepromFailed;
-    cursor.reset();
-    if (core.state.promState == kInProgress)
-        core.state.promState = status == kEepromOk ? kDone : kFailedOtherwise;
-    refreshBoth(core);
+    bool const isStored = status == kEepromOk && m_eeprom.isCurrent();
+    m_state.promState = isStored ? kDone : kFailedOtherwise;
+    show(); // the host may take its time to close the group
 }
 
 EepromStatus addFactoryTime(HeadboardEeprom& eeprom, QByteArray const& label, OlderTime older) {
@@ -85,25 +52,43 @@ EepromStatus addFactoryTime(HeadboardEeprom& eeprom, QByteArray const& label, Ol
     return EepromAppendRecord(eeprom, makeTimeStamp());
 }
 
-void checkSaveDirectory(PageCore& core) {
-    PageState& state = core.state;
-    if (state.fileState != kNotEvaluated && !isFailed(state.fileState))
-        return;
-    state.fileState = directoryExists(core.widgets.saveDirText().toLocal8Bit()) ? kReady : kFailed;
+// --- The results file ---
+
+void CalibrationFlow::checkSaveDirectory() {
+    if (m_state.fileState == kNotEvaluated || isFailed(m_state.fileState))
+        m_state.fileState = directoryExists(widgets.saveDirText().toLocal8Bit()) ? kReady : kFailed;
 }
 
-void saveResultFile(PageCore& core, ResultFile const& file) {
-    PageState& state = core.state;
-    ShadingHandle const handle = state.shadingHandle;
-    if (!handle || isFailed(state.lscStepState))
+bool CalibrationFlow::isNumberMissing() const {
+    return serialNumber.isMissing && serialNumber.isMissing();
+}
+
+void CalibrationFlow::saveToFile() {
+    if (isFailed(m_state.lscStepState))
         return;
-    QByteArray const path = resultFilePath(core, file);
-    if (!core.alive)
+    if (m_state.fileState == kNotEvaluated)
+        checkSaveDirectory();
+    if (m_state.fileState == kReady && isNumberMissing())
+        m_state.fileState = kFailed;
+    if (m_state.fileState != kReady || !m_state.shading)
         return;
-    state.savedPath = QString::fromLocal8Bit(path);
-    int const result = shadefit().sf_DumpRegFile(handle.get(), path.constData(), file.format, 0, 0);
-    if (state.shadingHandle == handle) // not reset meanwhile
-        state.fileState = result == 0 ? kDone : kFailedOtherwise;
+    QByteArray const path = resultFilePath();
+    if (!widgets.page) // no file under an empty name
+        return;
+    uint32_t const format = m_traits.savesInFormatOfKind ? kind().resultFileFormat : 0;
+    m_state.fileState = m_state.shading.save(path, format) ? kDone : kFailedOtherwise;
+    QString const saved = QString::fromLocal8Bit(path);
+    m_state.savedPath = saved.mid(saved.lastIndexOf(QLatin1Char(m_traits.pathSeparator)) + 1);
+}
+
+// The separator is always the host's own system's.
+QByteArray CalibrationFlow::resultFilePath() const {
+    auto const part = [&](QByteArray const& name) {
+        return m_traits.savesInFormatOfKind ? sanitisedLabel(name) : name;
+    };
+    std::optional<SensorInfo> const info = m_camera.info();
+    return widgets.saveDirText().toLocal8Bit() + '\\' + part(m_sensor.fileNamePart) + '_' +
+           part(info ? info->name : QByteArray()) + ".ini";
 }
 
 QByteArray sanitisedLabel(QByteArray label) {

@@ -1,5 +1,6 @@
 #include "calibration/settings.h"
 
+#include "calibration/calibration_flow.h"
 #include "common/numbers.h"
 
 #include <algorithm>
@@ -16,13 +17,20 @@ constexpr char kUniformityLimitKey[] = "LensAssist GoodCU";
 constexpr int32_t kDefaultFalloff = 95; // per cent
 constexpr int32_t kDefaultRadius = 0;
 constexpr int32_t kDefaultUniformityLimit = 2000; // thousandths
-constexpr double kThousandths = 1000.0;
+
+struct TemperatureSetting {
+    char const* key;
+    int32_t fallback; ///< kelvin
+};
+constexpr TemperatureSetting kTemperatures[kIlluminants] = {
+    {"LensAssist Left Temp", 2800}, {"LensAssist Middle Temp", 4000}, {"LensAssist Right Temp", 6500}};
+
+// The key under which the host keeps a setting of one sensor.
+QByteArray keyFor(char const* setting, SensorRecord const& sensor) {
+    return QByteArray(setting) + " for " + QByteArray(sensor.name);
+}
 
 } // namespace
-
-QByteArray sensorSettingKey(char const* setting, char const* sensorName) {
-    return QByteArray(setting) + " for " + QByteArray(sensorName);
-}
 
 int32_t falloffPercent(QString const& text) {
     return text.chopped(std::min<int>(1, text.size())).toInt();
@@ -32,37 +40,39 @@ int32_t clampedFalloffPercent(QString const& text) {
     return std::clamp(falloffPercent(text), 50, 125);
 }
 
-void loadSettings(PageCore& core) {
-    Host const host = core.host;
-    QByteArray const directory = host.readTextSetting(kDirKey);
+void CalibrationFlow::loadSettings() {
+    QByteArray const directory = m_host.readTextSetting(kDirKey);
     auto const read = [&](char const* setting, int32_t fallback) {
-        return core.alive ? host.readIntSetting(sensorSettingKey(setting, core.sensor.name), fallback)
-                          : fallback;
+        return m_host.readIntSetting(keyFor(setting, m_sensor), fallback);
     };
     int32_t const falloff = read(kFalloffKey, kDefaultFalloff);
-    int32_t const radius = read(kRadiusKey, kDefaultRadius);
-    int32_t const limit = read(kUniformityLimitKey, kDefaultUniformityLimit);
+    m_state.lensRadius = read(kRadiusKey, kDefaultRadius);
+    m_state.uniformityLimit = read(kUniformityLimitKey, kDefaultUniformityLimit) / kThousandths;
+    std::array<int32_t, kIlluminants> temperatures{};
+    for (size_t i = 0; i < kIlluminants && m_traits.takesThreePictures; ++i)
+        temperatures[i] = read(kTemperatures[i].key, kTemperatures[i].fallback);
 
-    UpdateGuard const guard(core.state.updateDepth);
-    core.widgets.showSaveDir(QString::fromLocal8Bit(directory));
-    core.widgets.selectFalloff(QStringLiteral("%1%").arg(falloff));
-    core.state.lensRadius = radius;
-    core.state.uniformityLimit = limit / kThousandths;
-    core.widgets.showUniformityLimit(QStringLiteral("%1").arg(core.state.uniformityLimit, 3, 'f', 2));
+    UpdateGuard const guard(m_state.updateDepth);
+    widgets.showSaveDir(QString::fromLocal8Bit(directory));
+    widgets.selectFalloff(QStringLiteral("%1%").arg(falloff));
+    widgets.showUniformityLimit(QStringLiteral("%1").arg(m_state.uniformityLimit, 3, 'f', 2));
+    for (size_t i = 0; i < kIlluminants; ++i)
+        widgets.showTemperature(i, temperatures[i]);
 }
 
-void storeSettings(PageCore& core) {
-    Host const host = core.host;
-    QByteArray const directory = core.widgets.saveDirText().toLocal8Bit();
-    int32_t const falloff = clampedFalloffPercent(core.widgets.falloffText());
-    core.state.uniformityLimit = leadingDecimal(core.widgets.uniformityLimitText().toLocal8Bit());
-    int32_t const limit = toInt32(core.state.uniformityLimit * kThousandths);
-
-    host.writeTextSetting(kDirKey, directory);
-    if (core.alive)
-        host.writeIntSetting(sensorSettingKey(kFalloffKey, core.sensor.name), falloff);
-    if (core.alive)
-        host.writeIntSetting(sensorSettingKey(kUniformityLimitKey, core.sensor.name), limit);
+// The radius is the host's to set, so it is never written.
+void CalibrationFlow::storeSettings() {
+    auto const write = [&](char const* setting, int32_t value) {
+        m_host.writeIntSetting(keyFor(setting, m_sensor), value);
+    };
+    QByteArray const directory = widgets.saveDirText().toLocal8Bit();
+    int32_t const falloff = clampedFalloffPercent(widgets.falloffText());
+    uniformityLimitChanged(widgets.uniformityLimitText());
+    m_host.writeTextSetting(kDirKey, directory);
+    write(kFalloffKey, falloff);
+    write(kUniformityLimitKey, toInt32(m_state.uniformityLimit * kThousandths));
+    for (size_t i = 0; i < kIlluminants && m_traits.takesThreePictures; ++i)
+        write(kTemperatures[i].key, toInt32(widgets.temperature(i)));
 }
 
 } // namespace kestra

@@ -1,6 +1,7 @@
 #include "calibration/view.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 
 namespace kestra {
 
@@ -91,7 +92,7 @@ Cell cellOf(StepRow const& row, StepState state) {
 }
 
 StepStatus shown(Cell const& cell) {
-    return {translated(cell.text), cell.bullet, std::nullopt};
+    return {translated(cell.text), cell.bullet};
 }
 
 StepStatus stepStatus(StepRow const& row, StepState state, int32_t progress) {
@@ -103,9 +104,6 @@ StepStatus stepStatus(StepRow const& row, StepState state, int32_t progress) {
     return status;
 }
 
-// A value that misses the limit by up to this much is only a warning.
-constexpr double kUniformityTolerance = 1.0;
-
 Bullet uniformityBullet(PageState const& state) {
     if (state.uniformityLimit >= state.uniformityValue)
         return Bullet::Green;
@@ -113,20 +111,33 @@ Bullet uniformityBullet(PageState const& state) {
                                                                                  : Bullet::Red;
 }
 
-} // namespace
+QString captured(char const* text) {
+    return QCoreApplication::translate("LensAssistApga", text);
+}
+
+StepStatus captureStatus(CaptureRow const& row) {
+    auto const cell = [](char const* text, Bullet bullet) { return StepStatus{captured(text), bullet}; };
+    switch (row.state) {
+    case kWaiting:
+        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Waiting for you..."),
+                    row.isLit ? Bullet::Blue : Bullet::Gray);
+    case kCapturing:
+        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "In progress..."), Bullet::Blue);
+    case kCaptured:
+        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Done."), Bullet::Green);
+    case kIncompatibleSize:
+        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Error: Incompatible image size."), Bullet::Red);
+    case kCaptureFailed:
+        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Error."), Bullet::Red);
+    default:
+        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Not done yet."), Bullet::Gray);
+    }
+}
 
 StepStatus setupStatus(PageState const& state) {
     if (state.presetState == kReady)
         return shown(kNotDone);
     return stepStatus(kSetup, state.presetState, 0);
-}
-
-StepStatus exposureStatus(PageState const& state) {
-    return stepStatus(kExposure, state.aeStepState, state.aeStepProgress);
-}
-
-StepStatus colourBalanceStatus(PageState const& state) {
-    return stepStatus(kColourBalance, state.wbStepState, state.wbStepProgress);
 }
 
 StepStatus calibrationStatus(PageState const& state) {
@@ -137,20 +148,18 @@ StepStatus calibrationStatus(PageState const& state) {
 
 StepStatus uniformityStatus(PageState const& state) {
     if (state.lscStepState != kDone)
-        return {translated(kNoUniformityText), Bullet::Gray, std::nullopt};
+        return {translated(kNoUniformityText), Bullet::Gray};
     QString const text = translated(kUniformityText);
-    return {text.arg(state.uniformityValue, 3, 'f', 2), uniformityBullet(state), std::nullopt};
+    return {text.arg(state.uniformityValue, 3, 'f', 2), uniformityBullet(state)};
 }
 
 StepStatus fileStatus(PageState const& state) {
     StepStatus status = stepStatus(kFile, state.fileState, 0);
     if (state.fileState == kDone)
         status.text = status.text.arg(state.savedPath);
+    if (state.refusedForNumber)
+        status.text = captured(QT_TRANSLATE_NOOP("LensAssistApga", "Error: No serial number."));
     return status;
-}
-
-StepStatus eepromStatus(PageState const& state) {
-    return stepStatus(kEeprom, state.promState, 0);
 }
 
 Enabling enablingOf(PageState const& state) {
@@ -166,7 +175,34 @@ Enabling enablingOf(PageState const& state) {
         .fileSave = free && state.fileState != kFailed && state.lscStepState == kDone,
         .eepromSave = free && eepromPresent,
         .eepromSaveStatus = eepromPresent,
+        .capture = !busy, // also during Run All
     };
+}
+
+} // namespace
+
+PageView viewOf(PageState const& state) {
+    PageView view = {
+        .setup = setupStatus(state),
+        .exposure = stepStatus(kExposure, state.aeStepState, state.aeStepProgress),
+        .colourBalance = stepStatus(kColourBalance, state.wbStepState, state.wbStepProgress),
+        .calibration = calibrationStatus(state),
+        .uniformity = uniformityStatus(state),
+        .file = fileStatus(state),
+        .eeprom = stepStatus(kEeprom, state.promState, 0),
+        .captures = {},
+        .enabling = enablingOf(state),
+        .runAll = translated(state.runAll ? QT_TRANSLATE_NOOP("LensAssist", "Cancel Run All")
+                                          : QT_TRANSLATE_NOOP("LensAssist", "Run All Steps")),
+    };
+    std::ranges::transform(state.captured, view.captures.begin(), captureStatus);
+    // One bar at a time: that of the last step that runs.
+    for (StepStatus* const step : {&view.calibration, &view.colourBalance, &view.exposure})
+        if (step->progress) {
+            step->showsBar = true;
+            break;
+        }
+    return view;
 }
 
 } // namespace kestra

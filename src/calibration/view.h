@@ -1,11 +1,13 @@
 #pragma once
 
-#include "common/libraries.h"
+#include "calibration/captured_frames.h"
+#include "calibration/shading.h"
 #include "headboard/eeprom_chain.h"
 #include "wizard/page_surface.h"
 
 #include <QRect>
 #include <QString>
+#include <array>
 #include <cstdint>
 #include <optional>
 
@@ -29,6 +31,16 @@ enum StepState : uint32_t {
     return stepState == kFailed || stepState == kFailedOtherwise;
 }
 
+/// The calibration's state after a result of the library that is no success: it tells pictures of a wrong
+/// size apart.
+[[nodiscard]] inline StepState failureOf(int libraryResult) {
+    constexpr int kIncompatibleImageSize = -2;
+    return libraryResult == kIncompatibleImageSize ? kFailed : kFailedOtherwise;
+}
+
+/// A uniformity that misses its limit by up to this much is only a warning.
+inline constexpr double kUniformityTolerance = 1.0;
+
 /// Progress of a step that has reached its end, per cent.
 inline constexpr int32_t kFullProgress = 100;
 /// Frames to let pass after the picture's settings changed.
@@ -45,8 +57,7 @@ inline constexpr int32_t kMeasured = 90;
 inline constexpr int32_t kFinished = 100;
 } // namespace phase
 
-/// What a calibration page knows of its calibration. Plain data: status texts and enabling are functions of
-/// it.
+/// What a calibration page knows of its calibration. Plain data: what the page shows is a function of it.
 struct PageState {
     uint32_t updateDepth =
         0;               ///< nesting of widget updates from code; change handlers ignore signals meanwhile
@@ -62,34 +73,27 @@ struct PageState {
     int32_t lscStepProgress = 0; ///< 0 to 100, also the phase
     StepState fileState = kNotEvaluated;
     StepState promState = kNotEvaluated;
-    ShadingHandle shadingHandle; ///< null when there is no calibration
-    uint32_t inputWasYcbcr = 0;  ///< 1 when the last calibration was made from a YCbCr image
-    double uniformityValue = 0;  ///< last measured colour uniformity, lower is better
-    double uniformityLimit = 0;  ///< acceptance threshold for uniformityValue
-    int32_t lensRadius = 0;      ///< radius setting handed to the calibration
-    QString savedPath;           ///< path, later the bare name, of the last saved results file
-    int32_t settleFrames = 0;    ///< frames to let pass before the colour balance looks at one
-    QRect worstBlock;            ///< block of the worst colour deviation, right and bottom exclusive
+    Shading shading;               ///< of the library; without a handle when there is no calibration
+    CapturedFrames captured;       ///< of the page that takes three pictures
+    uint32_t inputWasYcbcr = 0;    ///< 1 when the last calibration was made from a YCbCr image
+    double uniformityValue = 0;    ///< last measured colour uniformity, lower is better
+    double uniformityLimit = 0;    ///< acceptance threshold for uniformityValue
+    int32_t lensRadius = 0;        ///< radius setting handed to the calibration
+    QString savedPath;             ///< bare name of the last saved results file
+    int32_t settleFrames = 0;      ///< frames to let pass before the colour balance looks at one
+    QRect worstBlock;              ///< block of the worst colour deviation, right and bottom exclusive
+    bool refusedForNumber = false; ///< the page tells that a file was refused for the missing serial number
 };
 
 /// What a step shows: its status text and bullet, and while it runs its progress in place of the text.
 struct StepStatus {
     QString text;
     Bullet bullet = Bullet::Gray;
-    std::optional<int> progress; ///< per cent, while a progress bar covers the text
+    std::optional<int> progress{}; ///< per cent, of a step that runs and has a bar
+    bool showsBar = false;         ///< the bar covers the text
 };
 
-/// What the steps that both pages share show.
-[[nodiscard]] StepStatus setupStatus(PageState const& state);
-[[nodiscard]] StepStatus exposureStatus(PageState const& state);
-[[nodiscard]] StepStatus colourBalanceStatus(PageState const& state);
-[[nodiscard]] StepStatus calibrationStatus(PageState const& state);
-[[nodiscard]] StepStatus uniformityStatus(PageState const& state);
-/// Shows `savedPath` as it stands: the page cuts it to the bare file name first.
-[[nodiscard]] StepStatus fileStatus(PageState const& state);
-[[nodiscard]] StepStatus eepromStatus(PageState const& state);
-
-/// Which of the widgets that both pages share accept input.
+/// Which widgets accept input.
 struct Enabling {
     bool runAll = false;     ///< the Run All button
     bool setup = false;      ///< the setup button
@@ -98,8 +102,17 @@ struct Enabling {
     bool fileSave = false;   ///< the save-to-file button
     bool eepromSave = false; ///< the save-to-EEPROM button
     bool eepromSaveStatus = false; ///< the EEPROM status text
+    bool capture = false;          ///< the capture buttons
 };
 
-[[nodiscard]] Enabling enablingOf(PageState const& state);
+/// What a page shows of its state.
+struct PageView {
+    StepStatus setup, exposure, colourBalance, calibration, uniformity, file, eeprom;
+    std::array<StepStatus, kIlluminants> captures;
+    Enabling enabling;
+    QString runAll; ///< the button's text
+};
+
+[[nodiscard]] PageView viewOf(PageState const& state);
 
 } // namespace kestra

@@ -202,10 +202,4 @@ void installShadefit(Shadefit const& table) {
     installed<Shadefit> = completed(table);
 }
 
-ShadingHandle ownShadingHandle(sf_Handle* handle) {
-    if (!handle)
-        return nullptr;
-    return ShadingHandle(handle, [](sf_Handle* last) { shadefit().sf_Destroy(last); });
-}
-
 } // namespace kestra

@@ -3,8 +3,6 @@
 #include "published/shadefit.h"
 #include "published/veyra2.h"
 
-#include <memory>
-
 namespace kestra {
 
 /// The functions of the sensor-access library by their own names. No member is null once installed.
@@ -54,13 +52,5 @@ Shadefit const& shadefit();
 /// not loaded when this comes first.
 void installVeyra2(Veyra2 const& table);
 void installShadefit(Shadefit const& table);
-
-/// A calibration of the library `shadefit`, shared: the page holds one share, and so does each routine that
-/// is inside a library call. `sf_Destroy` runs when the last share goes, so a page that is reset or deleted
-/// from inside a library call does not destroy the calibration under the library's feet.
-using ShadingHandle = std::shared_ptr<sf_Handle>;
-
-/// Takes over a handle that the library created; null stays null.
-[[nodiscard]] ShadingHandle ownShadingHandle(sf_Handle* handle);
 
 } // namespace kestra

@@ -5,6 +5,9 @@
 
 namespace kestra {
 
+/// The host holds fractions as thousandths.
+inline constexpr double kThousandths = 1000.0;
+
 /// Truncates toward zero; values beyond the range are clamped to it, a value that is no number gives 0.
 [[nodiscard]] int32_t toInt32(double value);
 

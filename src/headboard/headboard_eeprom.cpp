@@ -168,9 +168,9 @@ EepromStatus HeadboardEepromFlush(HeadboardEeprom& eeprom) {
     if (!eeprom.sensor || eeprom.image.empty())
         return kEepromOk;
     HeadboardEepromEnsureImage(eeprom);
-    return forEachRun(eeprom, ByteState::Changed, 0, eeprom.imageSize(), [&](Run run) {
-        return writeRange(eeprom, eeprom.sensor, run.offset, run.count, nullptr);
-    });
+    Sensor const sensor = eeprom.sensor; // of its own: a flush goes on when the EEPROM is abandoned
+    return forEachRun(eeprom, ByteState::Changed, 0, eeprom.imageSize(),
+                      [&](Run run) { return writeRange(eeprom, sensor, run.offset, run.count, nullptr); });
 }
 
 bool HeadboardEepromHasChanges(HeadboardEeprom& eeprom) {
@@ -243,6 +243,29 @@ EepromShare renewEeprom(EepromSlot& slot, vy_Camera* camera) {
 void discardEeprom(EepromSlot& slot) {
     if (EepromShare const discarded = takeFrom(slot))
         HeadboardEepromRelease(*discarded);
+}
+
+HeadboardEeprom& EepromUse::take(EepromShare (*from)(EepromSlot&, vy_Camera*), vy_Camera* camera) {
+    EepromShare const taken = m_isAbandoned ? EepromShare() : from(m_slot, camera);
+    // Asked again, since the library was asked for the sensor. No process-wide EEPROM is left without a
+    // camera.
+    m_share = m_isAbandoned ? EepromShare(new HeadboardEeprom) : taken;
+    return *m_share;
+}
+
+void EepromUse::flush() {
+    (void)HeadboardEepromFlush(*m_share);
+    if (m_slot && !isCurrent())
+        HeadboardEepromRelease(*m_slot);
+}
+
+void EepromUse::abandon() {
+    m_isAbandoned = true;
+    if (!m_share)
+        return;
+    m_share->sensor = Sensor(nullptr);
+    if (isCurrent())
+        (void)takeFrom(m_slot);
 }
 
 } // namespace kestra

@@ -111,4 +111,31 @@ using EepromSlot = HeadboardEeprom*;
 /// Drops the image, then the object; the slot is null before a call into the library can find it.
 void discardEeprom(EepromSlot& slot);
 
+/// A page's use of the process-wide EEPROM: the share that a step of it works on.
+class EepromUse {
+public:
+    explicit EepromUse(EepromSlot& slot) : m_slot(slot) {}
+
+    /// The process-wide EEPROM, created on the camera or anew, until the step ends.
+    [[nodiscard]] HeadboardEeprom& take(vy_Camera* camera) { return take(sharedEeprom, camera); }
+    [[nodiscard]] HeadboardEeprom& renew(vy_Camera* camera) { return take(renewEeprom, camera); }
+    /// Whether nobody has discarded it since.
+    [[nodiscard]] bool isCurrent() const { return m_share && m_slot == m_share.data(); }
+    /// Writes what was changed; a failure is seen by what stays unwritten. Who discarded the EEPROM inside
+    /// it may have read the device before the last of these bytes: that image is dropped.
+    void flush();
+    void end() { m_share.reset(); }
+
+    /// The page is gone: a flush that has begun goes on to its end, lest the chain be torn, and nothing else
+    /// of the step reaches the device. The next user gets another EEPROM, without what was not written.
+    void abandon();
+
+private:
+    [[nodiscard]] HeadboardEeprom& take(EepromShare (*from)(EepromSlot&, vy_Camera*), vy_Camera* camera);
+
+    EepromSlot& m_slot;
+    EepromShare m_share;
+    bool m_isAbandoned = false;
+};
+
 } // namespace kestra

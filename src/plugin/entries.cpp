@@ -5,7 +5,7 @@
 #include "common/sensor_kinds.h"
 #include "hoststate/pipeline.h"
 #include "lsc_page/lens_assist.h"
-#include "wizard/page_surface.h"
+#include "wizard/gate.h"
 #include "wizard/wizard.h"
 
 #include <QApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calibration/page_core.h"
+#include "calibration/calibration_flow.h"
 #include "published/entries.h"
 
 class Config;

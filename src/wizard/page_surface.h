@@ -1,5 +1,6 @@
 #pragma once
 
+#include "wizard/gate.h"
 #include "wizard/wizard.h"
 
 #include <QDialog>
@@ -7,9 +8,7 @@
 #include <QLayout>
 #include <QPointer>
 #include <QWidget>
-#include <QtDebug>
 #include <cstdint>
-#include <exception>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -51,26 +50,10 @@ private:
 };
 
 /// Runs a step of a page's flow, on a share of the flow of its own: the page may be gone when the flow
-/// returns. Most steps are begun by Qt, which nothing may be thrown through. False when the step was cut
-/// short.
+/// returns. False when the step was cut short.
 template <typename Flow, typename Step, typename... Arguments>
 bool runStep(std::shared_ptr<Flow> flow, Step step, Arguments const&... arguments) noexcept {
     return guarded("a step of the page", [&] { std::invoke(step, *flow, arguments...); });
-}
-
-/// Runs a call and lets nothing that it throws out; the cause is told under `name`. False when the call was
-/// cut short.
-template <typename Call>
-bool guarded(char const* name, Call call) noexcept {
-    try {
-        call();
-        return true;
-    } catch (std::exception const& error) {
-        qWarning("KestraMfr: %s: %s", name, error.what());
-    } catch (...) {
-        qWarning("KestraMfr: %s: unknown error", name);
-    }
-    return false;
 }
 
 /// Colour of a step's status bullet.

@@ -89,22 +89,6 @@ TEST(Libraries, NullCameraIsNeverHandedToTheLibrary) {
     EXPECT_EQ(calls, 0);
 }
 
-TEST(ShadingHandle, IsDestroyedOnceWhenTheLastShareGoes) {
-    static int destroyed;
-    destroyed = 0;
-    Shadefit table;
-    table.sf_Destroy = [](sf_Handle*) { ++destroyed; };
-    installShadefit(table);
-    int dummy = 0;
-    ShadingHandle page = ownShadingHandle(reinterpret_cast<sf_Handle*>(&dummy));
-    ShadingHandle insideACall = page;
-    page.reset();
-    EXPECT_EQ(destroyed, 0);
-    insideACall.reset();
-    EXPECT_EQ(destroyed, 1);
-    EXPECT_EQ(ownShadingHandle(nullptr), nullptr);
-}
-
 TEST(Host, TextSettingOfAFullBufferIsTerminated) {
     HostServices services{};
     services.readTextSetting = [](char const*, char* buffer, uint32_t size, char const*) {

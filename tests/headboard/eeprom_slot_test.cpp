@@ -26,6 +26,27 @@ TEST_F(Slot, AllUsersShareOneEepromUntilItIsRenewed) {
     discardEeprom(slot);
 }
 
+// The host may delete a page inside any transfer of its save.
+TEST_F(Slot, APageThatIsGoneReachesTheDeviceOnlyToEndAFlush) {
+    std::array<uint8_t, 4> const bytes = {1, 2, 3, 4};
+    EepromUse use(slot);
+    ASSERT_EQ(HeadboardEepromPut(use.take(fake.camera()), 0, 4, bytes.data()), kEepromOk);
+    host.onCall = [&](std::string const& call) {
+        if (call.starts_with("writeBus"))
+            use.abandon();
+    };
+    HeadboardEeprom& taken = use.take(fake.camera());
+    EXPECT_EQ(HeadboardEepromFlush(taken), kEepromOk);
+    host.onCall = nullptr;
+    EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), board.device.begin()));
+    EXPECT_EQ(slot, nullptr) << "the next user gets another one";
+    auto const operations = board.operations;
+    EXPECT_EQ(HeadboardEepromLoad(taken, 100, 1), kEepromFailed);
+    EXPECT_EQ(HeadboardEepromLoad(use.take(fake.camera()), 0, 1), kEepromFailed);
+    EXPECT_EQ(board.operations, operations);
+    EXPECT_EQ(slot, nullptr) << "and none without a camera is left";
+}
+
 TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
     EXPECT_EQ(probeEeprom(*eeprom), EepromState::Present);
     std::vector<uint8_t> const head(board.device.begin(), board.device.begin() + 6);

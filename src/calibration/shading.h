@@ -1,10 +1,10 @@
 #pragma once
 
-#include "calibration/page_core.h"
+#include "common/host.h"
 #include "pictures/frame.h"
 #include "published/shadefit.h"
 
-#include <functional>
+#include <QByteArray>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -46,27 +46,31 @@ struct BayerCoding {
 /// The same for the adaptive solution, without an illuminant.
 [[nodiscard]] sf_ApgaParams makeApgaParams(int32_t falloffPercent, int32_t radius);
 
-/// Hands an image to the library, coded as told. Returns the library's answer: 0 = refused.
-[[nodiscard]] int handOverBayer(ShadingHandle const& handle, LibraryImage const& image,
-                                BayerCoding const& coding);
-[[nodiscard]] int handOverYcbcr(ShadingHandle const& handle, LibraryImage const& image,
-                                sf_YcbcrInput const& coding);
+/// A calibration of the library: its handle, which it destroys, and what can be asked of it. Without a handle
+/// the library is not asked, and every answer is a failure. A call keeps the handle to its end, also when the
+/// calibration is given up inside it.
+class Shading {
+public:
+    explicit operator bool() const { return m_handle != nullptr; }
+    /// Takes over a handle that the library created; null stays null.
+    void take(sf_Handle* handle);
+    void giveUp();
 
-/// Hands an image to the library, with the Bayer phase and orientation, or the YCbCr coding, that the host's
-/// state variables tell. Returns the library's answer: 0 = refused.
-[[nodiscard]] int handOver(Host const& host, ShadingHandle const& handle, LibraryImage const& image);
+    /// Hands an image over, coded as told; whether the library accepts it.
+    [[nodiscard]] bool accepts(LibraryImage const& image, BayerCoding const& coding) const;
+    [[nodiscard]] bool accepts(LibraryImage const& image, sf_YcbcrInput const& coding) const;
+    /// The library's own results: 0 for success.
+    [[nodiscard]] int findSolution(sf_SolutionParams const& params) const;
+    [[nodiscard]] int findApga(sf_ApgaParams const& params) const;
+    [[nodiscard]] int findAutoPga(sf_ApgaParams const& params) const;
+    /// The registers of the solution, copied. Empty when there is none: no list, or a list that promises
+    /// entries and has no pointer to them. A negative count is no entries.
+    [[nodiscard]] std::optional<std::vector<sf_RegEntry>> registers() const;
+    /// Writes the solution to a file in one of the library's formats; false when that failed.
+    [[nodiscard]] bool save(QByteArray const& path, uint32_t format) const;
 
-/// The registers of a calibration's solution, copied from the library. Empty when it has none: no list, or a
-/// list that promises entries and has no pointer to them. A negative count is no entries.
-[[nodiscard]] std::optional<std::vector<sf_RegEntry>> dumpRegisterList(ShadingHandle const& handle);
-
-/// Writes the entries into the sensor through the host, in order, as long as `goOn` answers true after each:
-/// the page may be reset or deleted from inside a write. False when it did not write all.
-[[nodiscard]] bool writeRegisterList(Host const& host, std::vector<sf_RegEntry> const& entries,
-                                     std::function<bool()> const& goOn);
-
-/// The step's state after a result of the library that is no success: it tells pictures of a wrong size
-/// apart.
-[[nodiscard]] StepState failureOf(int libraryResult);
+private:
+    std::shared_ptr<sf_Handle> m_handle;
+};
 
 } // namespace kestra

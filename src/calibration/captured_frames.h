@@ -1,6 +1,5 @@
 #pragma once
 
-#include "calibration/page_core.h"
 #include "pictures/frame.h"
 
 #include <array>
@@ -25,8 +24,7 @@ enum CaptureState : uint32_t {
     kCaptureFailed = 6,
 };
 
-/// Samples of a captured frame, rows from the top. Shared, so that a reset inside a library call takes no
-/// frame from under it.
+/// Samples of a captured frame, rows from the top; null when there are none.
 using CapturedSamples = std::shared_ptr<std::vector<uint16_t> const>;
 
 struct CaptureRow {
@@ -37,6 +35,14 @@ struct CaptureRow {
     int32_t height = 0;  ///< rows of the captured frame
     double redGain = 0;  ///< the host's relative gain at the last capture that recorded it; 0: none did
     double blueGain = 0; ///< the same for blue
+    bool isLit = false;  ///< which of its two bullets a waiting row shows
+
+    /// Ready for the frame.
+    void arm() {
+        state = kArmed;
+        progress = 0;
+        isLit = false;
+    }
 };
 
 /// The frames that a calibration is made from, one an illuminant. They share one buffer size.
@@ -44,6 +50,8 @@ class CapturedFrames {
 public:
     [[nodiscard]] CaptureRow& operator[](size_t illuminant) { return m_rows[illuminant]; }
     [[nodiscard]] CaptureRow const& operator[](size_t illuminant) const { return m_rows[illuminant]; }
+    [[nodiscard]] auto begin() { return m_rows.begin(); }
+    [[nodiscard]] auto end() { return m_rows.end(); }
     [[nodiscard]] auto begin() const { return m_rows.begin(); }
     [[nodiscard]] auto end() const { return m_rows.end(); }
 
@@ -63,50 +71,6 @@ public:
 private:
     std::array<CaptureRow, kIlluminants> m_rows;
     int64_t m_frameBytes = 0; // height x pitch of the largest frame so far
-};
-
-/// The widgets of the three capture rows; guarded and borrowed, like `PageWidgets`.
-class CaptureDisplay {
-public:
-    template <typename Form>
-    void bind(Form const& form) {
-        m_rows = {
-            Row{form.Incandescent_Image,
-                form.Incandescent_Temp,
-                form.Incandescent_Status,
-                form.Incandescent_Bullet,
-                {}},
-            Row{form.Fluorescent_Image,
-                form.Fluorescent_Temp,
-                form.Fluorescent_Status,
-                form.Fluorescent_Bullet,
-                {}},
-            Row{form.Daylight_Image, form.Daylight_Temp, form.Daylight_Status, form.Daylight_Bullet, {}}};
-    }
-
-    /// Shows each row's status; the bullet of a waiting row is left to `blink`.
-    void show(CapturedFrames const& captured, Wizard const* wizard);
-    /// The capture buttons accept input while no step adjusts the picture, also during Run All.
-    void enable(PageState const& state);
-    /// Shows the other one of a waiting row's two bullets.
-    void blink(size_t illuminant, Wizard const* wizard);
-
-    /// The colour temperature that a row's text begins with, kelvin, with its fraction; 0 without a number.
-    [[nodiscard]] double temperature(size_t illuminant) const;
-    void showTemperature(size_t illuminant, int32_t kelvin);
-
-private:
-    struct Row {
-        QPointer<QPushButton> button;
-        QPointer<QLineEdit> temperature;
-        QPointer<QLabel> status;
-        QPointer<QLabel> bullet;
-        std::optional<Bullet> shownBullet;
-    };
-    static void showBullet(Row& row, Bullet bullet, Wizard const* wizard);
-
-    std::array<Row, kIlluminants> m_rows;
-    uint32_t m_blinks = 0; // the lowest bit tells which bullet a waiting row shows
 };
 
 } // namespace kestra

@@ -1,11 +1,11 @@
-#include "calibration/solver_input.h"
+#include "calibration/shading.h"
 
 #include "common/libraries.h"
 
 #include <algorithm>
 #include <new>
 #include <stdexcept>
-#include <vector>
+#include <utility>
 
 namespace kestra {
 
@@ -14,6 +14,7 @@ namespace {
 constexpr uint32_t kChromaZero = 128;
 constexpr uint32_t kFullRangeHigh = 255;
 constexpr uint32_t kVideoRangeChromaHigh = 224;
+constexpr int kFailed = -1;
 
 } // namespace
 
@@ -82,23 +83,47 @@ sf_ApgaParams makeApgaParams(int32_t falloffPercent, int32_t radius) {
     return params;
 }
 
-int handOverBayer(ShadingHandle const& handle, LibraryImage const& image, BayerCoding const& coding) {
-    return shadefit().sf_SetInputImage2(handle.get(), image.data, image.width, image.height, image.bits,
-                                        coding.phase, coding.orientation, 0, -1, -1);
+void Shading::take(sf_Handle* handle) {
+    if (handle)
+        m_handle = {handle, [](sf_Handle* last) { shadefit().sf_Destroy(last); }};
 }
 
-int handOverYcbcr(ShadingHandle const& handle, LibraryImage const& image, sf_YcbcrInput const& coding) {
-    return shadefit().sf_SetInputImageYcbcr(handle.get(), image.data, image.width, image.height, &coding, -1,
-                                            -1);
+void Shading::giveUp() {
+    // Moved out first: the library may spin events while it destroys the calibration.
+    std::exchange(m_handle, nullptr).reset();
 }
 
-int handOver(Host const& host, ShadingHandle const& handle, LibraryImage const& image) {
-    return image.isYcbcr ? handOverYcbcr(handle, image, readYcbcrInput(host))
-                         : handOverBayer(handle, image, readBayerCoding(host));
+bool Shading::accepts(LibraryImage const& image, BayerCoding const& coding) const {
+    auto const handle = m_handle;
+    return handle &&
+           shadefit().sf_SetInputImage2(handle.get(), image.data, image.width, image.height, image.bits,
+                                        coding.phase, coding.orientation, 0, -1, -1) != 0;
 }
 
-std::optional<std::vector<sf_RegEntry>> dumpRegisterList(ShadingHandle const& handle) {
-    sf_RegList const* const list = shadefit().sf_DumpRegList(handle.get());
+bool Shading::accepts(LibraryImage const& image, sf_YcbcrInput const& coding) const {
+    auto const handle = m_handle;
+    return handle && shadefit().sf_SetInputImageYcbcr(handle.get(), image.data, image.width, image.height,
+                                                      &coding, -1, -1) != 0;
+}
+
+int Shading::findSolution(sf_SolutionParams const& params) const {
+    auto const handle = m_handle;
+    return handle ? shadefit().sf_FindSolution(handle.get(), &params) : kFailed;
+}
+
+int Shading::findApga(sf_ApgaParams const& params) const {
+    auto const handle = m_handle;
+    return handle ? shadefit().sf_FindApga(handle.get(), &params) : kFailed;
+}
+
+int Shading::findAutoPga(sf_ApgaParams const& params) const {
+    auto const handle = m_handle;
+    return handle ? shadefit().sf_FindAutoPga(handle.get(), &params) : kFailed;
+}
+
+std::optional<std::vector<sf_RegEntry>> Shading::registers() const {
+    auto const handle = m_handle;
+    sf_RegList const* const list = handle ? shadefit().sf_DumpRegList(handle.get()) : nullptr;
     if (!list || (list->count > 0 && !list->entries))
         return std::nullopt;
     if (list->count <= 0)
@@ -106,19 +131,9 @@ std::optional<std::vector<sf_RegEntry>> dumpRegisterList(ShadingHandle const& ha
     return std::vector<sf_RegEntry>(list->entries, list->entries + list->count);
 }
 
-bool writeRegisterList(Host const& host, std::vector<sf_RegEntry> const& entries,
-                       std::function<bool()> const& goOn) {
-    for (sf_RegEntry const& entry : entries) {
-        host.writeListEntry(entry.first, entry.second, entry.third);
-        if (!goOn())
-            return false;
-    }
-    return true;
-}
-
-StepState failureOf(int libraryResult) {
-    constexpr int kIncompatibleSize = -2;
-    return libraryResult == kIncompatibleSize ? kFailed : kFailedOtherwise;
+bool Shading::save(QByteArray const& path, uint32_t format) const {
+    auto const handle = m_handle;
+    return handle && shadefit().sf_DumpRegFile(handle.get(), path.constData(), format, 0, 0) == 0;
 }
 
 } // namespace kestra

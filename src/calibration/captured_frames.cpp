@@ -1,0 +1,58 @@
+#include "calibration/captured_frames.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+
+namespace kestra {
+
+namespace {
+
+// Zeros for `elements` samples, with the frame's bytes at the start; null when there is no memory.
+CapturedSamples copyOf(Frame const& frame, int64_t bytes, size_t elements) {
+    try {
+        auto samples = std::make_shared<std::vector<uint16_t>>(elements);
+        std::memcpy(samples->data(), frame.data, size_t(bytes));
+        return samples;
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    } catch (std::length_error const&) {
+        return nullptr;
+    }
+}
+
+} // namespace
+
+CaptureRow* CapturedFrames::capturing() {
+    auto const row = std::ranges::find(m_rows, kCapturing, &CaptureRow::state);
+    return row == m_rows.end() ? nullptr : &*row;
+}
+
+bool CapturedFrames::haveAllFrames() const {
+    return std::ranges::all_of(m_rows, [](CaptureRow const& row) { return row.samples != nullptr; });
+}
+
+void CapturedFrames::capture(CaptureRow& row, Frame const& frame, size_t imagePixels) {
+    int64_t const bytes = int64_t{frame.height} * frame.pitch;
+    if (!frame.data || frame.height <= 0 ||
+        bytes <= 0) // two negatives would tell a size, but not where it begins
+        return;
+    if (m_frameBytes < bytes) {
+        for (CaptureRow& each : m_rows)
+            each.samples = nullptr;
+        m_frameBytes = bytes;
+    }
+    // The size is told in bytes and taken as a number of 16-bit samples, so half of a buffer is room.
+    row.samples = copyOf(frame, bytes, std::max(size_t(m_frameBytes), imagePixels));
+    if (!row.samples) {
+        row.state = kCaptureFailed;
+        return;
+    }
+    row.width = frame.width;
+    row.height = frame.height;
+    row.progress = 100;
+    row.state = kCaptured;
+}
+
+} // namespace kestra
