@@ -13,8 +13,8 @@ Config::Config(QWidget* parent, SensorRecord const& sensor, HostServices const* 
     : QDialog(parent), m_flow(std::make_shared<ConfigFlow>(sensor, services, eeprom)) {
     Ui::Config form;
     form.setupUi(this);
-    m_flow->widgets().bind(this, form, wizard);
-    m_flow->setSerialNumberListener(std::move(serialNumberEdited));
+    m_flow->widgets.bind(this, form, wizard);
+    m_flow->serialNumberEdited = std::move(serialNumberEdited);
     form.Version->setText(versionText());
     connectWidgets();
 }
@@ -24,7 +24,7 @@ Config::~Config() {
 }
 
 void Config::connectWidgets() {
-    ConfigWidgets const& w = m_flow->widgets();
+    ConfigWidgets const& w = m_flow->widgets;
     connect(w.EEPROM_Test, &QPushButton::clicked, this, &Config::OnBnClickedEepromTest);
     connect(w.Apply, &QPushButton::clicked, this, &Config::OnBnClickedApply);
     connect(w.setGrabFileName, &QPushButton::clicked, this, &Config::OnBnClickedSetGrabFileName);
@@ -40,7 +40,7 @@ void Config::connectWidgets() {
 }
 
 QString Config::serialNumber() const {
-    return m_flow->widgets().serialNumber();
+    return m_flow->widgets.serialNumber();
 }
 
 ConfigState const& Config::state() const {
@@ -49,40 +49,57 @@ ConfigState const& Config::state() const {
 
 void Config::reject() {}
 
+void Config::press(std::function<void(ConfigFlow&)> step) {
+    std::shared_ptr const flow = m_flow; // the step's own share
+    flow->gate.runOrKeep([&kept = *flow, step = std::move(step)] {
+        guarded("a step of the page", [&] { step(kept); });
+        kept.stepEnded();
+    });
+}
+
+void Config::edit(std::function<void(ConfigFlow&)> step) {
+    if (m_flow->state().updateDepth == 0)
+        press(std::move(step));
+}
+
+void Config::changeCombo(Identification field) {
+    edit([field](ConfigFlow& flow) { flow.comboChanged(field); });
+}
+
 void Config::initialise() {
-    runStep(m_flow, &ConfigFlow::initialise);
+    press(&ConfigFlow::initialise);
 }
 void Config::applySerialNumber() {
-    runStep(m_flow, &ConfigFlow::applySerialNumber);
+    press(&ConfigFlow::applySerialNumber);
 }
 void Config::OnBnClickedEepromTest() {
-    runStep(m_flow, &ConfigFlow::testEeprom);
+    press(&ConfigFlow::testEeprom);
 }
 void Config::OnBnClickedApply() {
-    runStep(m_flow, &ConfigFlow::apply);
+    press(&ConfigFlow::apply);
 }
 void Config::OnBnClickedSetGrabFileName() {
-    runStep(m_flow, &ConfigFlow::setGrabFileName);
+    press(&ConfigFlow::setGrabFileName);
 }
 void Config::OnBnClickedEepromErase() {
-    runStep(m_flow, &ConfigFlow::eraseEeprom);
+    press(&ConfigFlow::eraseEeprom);
 }
 void Config::OnBnClickedDocUserguide() {
-    runStep(m_flow, &ConfigFlow::openUserGuide);
+    press(&ConfigFlow::openUserGuide);
 }
 void Config::OnCbnSelchangeIfCombo(QString const&) {
-    runStep(m_flow, &ConfigFlow::comboChanged, Identification::Interface);
+    changeCombo(Identification::Interface);
 }
 void Config::OnCbnSelchangeMiCombo(QString const&) {
-    runStep(m_flow, &ConfigFlow::comboChanged, Identification::Market);
+    changeCombo(Identification::Market);
 }
 void Config::OnCbnSelchangePnCombo(QString const&) {
-    runStep(m_flow, &ConfigFlow::comboChanged, Identification::PartNumber);
+    changeCombo(Identification::PartNumber);
 }
 void Config::OnCbnSelchangeSpCombo(QString const&) {
-    runStep(m_flow, &ConfigFlow::comboChanged, Identification::Processing);
+    changeCombo(Identification::Processing);
 }
 // The signature is published, value and all. NOLINTNEXTLINE(performance-unnecessary-value-param)
 void Config::OnEnChangeSn(QString) {
-    runStep(m_flow, &ConfigFlow::serialNumberChanged);
+    edit(&ConfigFlow::serialNumberChanged);
 }

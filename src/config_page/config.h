@@ -11,6 +11,7 @@ class Wizard;
 namespace kestra {
 class ConfigFlow;
 struct ConfigState;
+enum class Identification : uint8_t;
 } // namespace kestra
 
 /// The headboard configuration page: it checks and erases the headboard EEPROM, records the headboard's four
@@ -56,6 +57,11 @@ public slots:
     void OnEnChangeSn(QString text);
 
 private:
+    /// A button: keeps what arrives inside a step. Nothing is thrown.
+    void press(std::function<void(kestra::ConfigFlow&)> step);
+    /// A field: a change that the page itself makes is none of the user's.
+    void edit(std::function<void(kestra::ConfigFlow&)> step);
+    void changeCombo(kestra::Identification field);
     void connectWidgets();
 
     std::shared_ptr<kestra::ConfigFlow> const m_flow;

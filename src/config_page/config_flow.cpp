@@ -1,15 +1,12 @@
 #include "config_page/config_flow.h"
 
 #include "common/libraries.h"
-#include "common/sensor.h"
-#include "config_page/config_display.h"
 #include "config_page/serial_number.h"
 #include "headboard/eeprom_chain.h"
 #include "wizard/dialogs.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QScopedValueRollback>
 #include <utility>
 
 namespace kestra {
@@ -32,63 +29,54 @@ QString translated(char const* text) {
 } // namespace
 
 ConfigFlow::ConfigFlow(SensorRecord const& sensor, HostServices const* services, EepromSlot& slot)
-    : m_core(slot) {
-    m_core.sensor = sensor;
-    m_core.host = services ? Host(*services) : Host();
+    : m_sensor(sensor), m_host(services ? Host(*services) : Host()), m_camera(sensor.camera), m_eeprom(slot) {
 }
 
-void ConfigFlow::setSerialNumberListener(std::function<void(bool isEmpty)> listener) {
-    m_core.serialNumberEdited = std::move(listener);
+void ConfigFlow::pageDestroyed() {
+    gate.close();
+    widgets = {};
+    serialNumberEdited = {};
+    m_sensor = {};
+    m_host = {};
+    m_camera = Sensor(nullptr);
+    m_eeprom.abandon();
 }
 
 void ConfigFlow::initialise() {
     {
-        UpdateGuard const guard(m_core.state.updateDepth);
-        m_core.widgets.fillCombos();
-        m_core.widgets.fitInterfaces();
+        UpdateGuard const guard(m_state.updateDepth);
+        widgets.fillCombos();
+        widgets.fitInterfaces();
     }
     testEeprom();
 }
 
 void ConfigFlow::testEeprom() {
-    if (m_core.isBusy())
-        return;
-    QScopedValueRollback<bool> const working(m_core.working, true);
-    m_core.state.eepromState = EepromState::Unknown;
+    m_state.eepromState = EepromState::Unknown;
     detectEeprom();
     refillSerialNumber();
     refreshSerialState();
     readIdentificationBytes();
-    refreshDisplays();
+    show();
 }
 
-// A host or library call may delete the page: whoever goes on after one looks first whether it still lives.
-
 void ConfigFlow::detectEeprom() {
-    WaitCursor const cursor(m_core.widgets.page);
-    ChangeGroup const group(m_core.host);
-    if (!m_core.alive)
-        return;
-    EepromShare const eeprom = renewEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    EepromState const found = probeEeprom(*eeprom);
-    if (!m_core.alive)
-        return;
-    m_core.state.eepromState = found;
+    WaitCursor const cursor(widgets.page);
+    ChangeGroup const group(m_host);
+    HeadboardEeprom& eeprom = m_eeprom.renew(m_sensor.camera);
+    m_state.eepromState = probeEeprom(eeprom);
     // For what it reads: the displays then find the whole chain in the image.
-    (void)EepromFreeSpace(*eeprom);
+    (void)EepromFreeSpace(eeprom);
 }
 
 void ConfigFlow::refillSerialNumber() {
-    if (!m_core.alive || m_core.state.eepromState != EepromState::Present ||
-        !m_core.widgets.serialNumber().isEmpty())
+    if (m_state.eepromState != EepromState::Present || !widgets.serialNumber().isEmpty())
         return;
-    QString const stored = storedSerialNumber(m_core);
+    QString const stored = storedNumber();
     if (!stored.isEmpty())
         return showSerialNumber(stored,
                                 translated(QT_TRANSLATE_NOOP("Config", "Serial Number loaded from EEPROM")));
-    if (!m_core.alive)
-        return;
-    QByteArray const last = m_core.host.readTextSetting(kLastNumberSetting);
+    QByteArray const last = m_host.readTextSetting(kLastNumberSetting);
     if (std::optional<QString> const next = nextSerialNumber(QString::fromLocal8Bit(last)))
         showSerialNumber(
             *next, translated(QT_TRANSLATE_NOOP("Config", "Serial Number generated from last "
@@ -97,153 +85,129 @@ void ConfigFlow::refillSerialNumber() {
 
 void ConfigFlow::showSerialNumber(QString const& number, QString const& origin) {
     // What the user entered meanwhile stays.
-    if (!m_core.alive || !m_core.widgets.serialNumber().isEmpty())
+    if (!widgets.serialNumber().isEmpty())
         return;
     {
-        UpdateGuard const guard(m_core.state.updateDepth);
-        m_core.widgets.showSerialNumber(number);
+        UpdateGuard const guard(m_state.updateDepth);
+        widgets.showSerialNumber(number);
     }
-    m_core.widgets.showFormatMessage(origin);
+    widgets.showFormatMessage(origin);
     tellSerialNumberEdited();
 }
 
 void ConfigFlow::readIdentificationBytes() {
-    if (!m_core.alive || m_core.state.eepromState != EepromState::Present || !m_core.eepromSlot)
+    if (m_state.eepromState != EepromState::Present)
         return;
-    WaitCursor const cursor(m_core.widgets.page);
-    uint32_t const device = m_core.eepromSlot->deviceAddress;
+    WaitCursor const cursor(widgets.page);
+    uint32_t const device = m_eeprom.take(m_sensor.camera).deviceAddress;
     // The part number comes first: it decides which interfaces there are to select from.
     for (auto const& [field, address] : kIdentificationFields) {
-        uint32_t const code = readIdentification(m_core.host, device, field);
-        if (!m_core.alive)
-            return;
-        UpdateGuard const guard(m_core.state.updateDepth);
-        m_core.state.identification[size_t(field)] = identificationText(code);
-        m_core.widgets.select(field, code);
+        uint32_t const code = readIdentification(m_host, device, field);
+        UpdateGuard const guard(m_state.updateDepth);
+        m_state.identification[size_t(field)] = identificationText(code);
+        widgets.select(field, code);
         if (field == Identification::PartNumber)
-            m_core.widgets.fitInterfaces();
+            widgets.fitInterfaces();
     }
 }
 
 void ConfigFlow::apply() {
-    if (m_core.isBusy())
-        return;
-    QScopedValueRollback<bool> const working(m_core.working, true);
-    ChangeGroup const group(m_core.host);
-    m_core.widgets.paintStatusAtOnce();
-    if (!m_core.alive)
-        return;
-    // Cleared before the writing, so that a list which the user changes meanwhile is dirty again.
-    bool const dirty = std::exchange(m_core.state.combosDirty, false);
-    if (dirty && m_core.eepromSlot && m_core.state.eepromState == EepromState::Present)
+    ChangeGroup const group(m_host);
+    widgets.paintStatusAtOnce();
+    if (std::exchange(m_state.combosDirty, false) && m_state.eepromState == EepromState::Present)
         writeIdentificationBytes();
-    refreshDisplays();
-    applyEnteredNumber();
+    show();
+    if (isSerialNumber(widgets.serialNumber())) {
+        applySerialNumber();
+        return widgets.showFormatMessage({});
+    }
+    writeWhatWaits();
+    widgets.showFormatMessage(
+        translated(QT_TRANSLATE_NOOP("Config", "Incorrect format - 10 characters required.")));
 }
 
 void ConfigFlow::writeIdentificationBytes() {
-    WaitCursor const cursor(m_core.widgets.page);
-    uint32_t const device = m_core.eepromSlot->deviceAddress;
+    WaitCursor const cursor(widgets.page);
+    uint32_t const device = m_eeprom.take(m_sensor.camera).deviceAddress;
     for (Identification const field : kIdentificationWriteOrder) {
-        std::optional<uint8_t> const code = m_core.widgets.selectedCode(field);
+        std::optional<uint8_t> const code = widgets.selectedCode(field);
         if (!code) // an unknown byte in the device stays as it is
             continue;
-        writeIdentification(m_core.host, device, field, *code);
-        if (!m_core.alive)
-            return;
+        writeIdentification(m_host, device, field, *code);
         if (field == Identification::Interface && *code == kModuleParallelCode)
-            (void)Sensor(m_core.sensor.camera).setMode(kModeParallelPort, kOn);
-        if (!m_core.alive)
-            return;
+            (void)m_camera.setMode(kModeParallelPort, kOn);
     }
-}
-
-void ConfigFlow::applyEnteredNumber() {
-    if (!m_core.alive)
-        return;
-    if (!isSerialNumber(m_core.widgets.serialNumber())) {
-        writeWhatWaits();
-        return m_core.widgets.showFormatMessage(
-            translated(QT_TRANSLATE_NOOP("Config", "Incorrect format - 10 characters required.")));
-    }
-    applySerialNumber();
-    m_core.widgets.showFormatMessage({});
 }
 
 // What an earlier Apply or Erase could not write; with a number, storing that number writes it.
 void ConfigFlow::writeWhatWaits() {
-    EepromShare const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    if (!m_core.alive || !HeadboardEepromHasChanges(*eeprom))
+    HeadboardEeprom& eeprom = m_eeprom.take(m_sensor.camera);
+    if (!HeadboardEepromHasChanges(eeprom))
         return;
-    WaitCursor const cursor(m_core.widgets.page);
-    flushChanges(m_core, *eeprom);
+    WaitCursor const cursor(widgets.page);
+    m_eeprom.flush();
     refreshSerialState();
-    refreshDisplays();
+    show();
 }
 
 void ConfigFlow::applySerialNumber() {
-    if (m_core.storing || !m_core.alive)
-        return;
-    QScopedValueRollback<bool> const storing(m_core.storing, true);
-    QString const number = m_core.widgets.serialNumber();
-    if (!number.isEmpty() && number != storedSerialNumber(m_core) && m_core.alive) {
-        storeSerialNumber(m_core, number);
-        if (!m_core.alive)
-            return;
+    QString const number = widgets.serialNumber();
+    if (!number.isEmpty() && number != storedNumber()) {
+        WaitCursor const cursor(widgets.page);
+        if (putSerialNumber(m_eeprom.take(m_sensor.camera), number))
+            m_eeprom.flush();
         // Also after a failure: the next number follows the last one that was asked for.
-        m_core.host.writeTextSetting(kLastNumberSetting, number.toLocal8Bit().constData());
+        m_host.writeTextSetting(kLastNumberSetting, number.toLocal8Bit().constData());
     }
     refreshSerialState();
-    refreshDisplays();
+    show();
 }
 
 void ConfigFlow::eraseEeprom() {
-    if (m_core.isBusy() || m_core.state.eepromState != EepromState::Present)
-        return;
-    QScopedValueRollback<bool> const working(m_core.working, true);
-    if (!isEraseConfirmed())
+    if (m_state.eepromState != EepromState::Present || !isEraseConfirmed())
         return;
     formatEeprom();
     // No new check: what lies above the records was not erased, and what is selected for it stays.
     refillSerialNumber();
     refreshSerialState();
-    refreshDisplays();
+    show();
 }
 
 bool ConfigFlow::isEraseConfirmed() {
-    m_core.state.messageBoxIcon = QMessageBox::Warning;
+    m_state.messageBoxIcon = QMessageBox::Warning;
+    Gate::Outside const outside(gate);
     QMessageBox::StandardButton const answer = showMessage(
-        m_core.widgets.page,
-        {m_core.state.messageBoxIcon, translated(QT_TRANSLATE_NOOP("Config", "KestraMfr")),
+        widgets.page,
+        {m_state.messageBoxIcon, translated(QT_TRANSLATE_NOOP("Config", "KestraMfr")),
          translated(QT_TRANSLATE_NOOP(
              "Config", "This will erase all data on the headboard EEPROM. Click OK to continue.")),
          QMessageBox::Ok | QMessageBox::Cancel});
-    return answer == QMessageBox::Ok && m_core.alive;
+    return answer == QMessageBox::Ok;
 }
 
 void ConfigFlow::formatEeprom() {
-    WaitCursor const cursor(m_core.widgets.page);
-    m_core.widgets.paintStatusAtOnce();
-    EepromShare const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    if (m_core.alive && EepromFormat(*eeprom, kFormatVersion) == kEepromOk)
-        flushChanges(m_core, *eeprom);
+    WaitCursor const cursor(widgets.page);
+    widgets.paintStatusAtOnce();
+    HeadboardEeprom& eeprom = m_eeprom.take(m_sensor.camera);
+    if (EepromFormat(eeprom, kFormatVersion) == kEepromOk)
+        m_eeprom.flush();
 }
 
 void ConfigFlow::setGrabFileName() {
-    QByteArray const number = m_core.widgets.serialNumber().toLocal8Bit();
+    QByteArray const number = widgets.serialNumber().toLocal8Bit();
     if (number.isEmpty())
         return;
-    QByteArray const present = m_core.host.readOption(kGrabFileOption);
-    if (m_core.alive)
-        m_core.host.writeOption(kGrabFileOption, grabFileName(present, number).constData());
+    QByteArray const present = m_host.readOption(kGrabFileOption);
+    m_host.writeOption(kGrabFileOption, grabFileName(present, number).constData());
 }
 
 void ConfigFlow::openUserGuide() {
     QString const path = userGuidePath();
-    if (!m_core.alive || openDocument(userGuideUrl(path)) || !m_core.alive)
+    Gate::Outside const outside(gate);
+    if (!widgets.page || openDocument(userGuideUrl(path)) || !widgets.page) // no box for a page that is gone
         return;
     // The title is misspelt, deliberately: users know the message by it.
-    showMessage(m_core.widgets.page,
+    showMessage(widgets.page,
                 {QMessageBox::Warning,
                  translated(QT_TRANSLATE_NOOP("Config", "Velmora Manufactuing Plug-in")),
                  translated(QT_TRANSLATE_NOOP("Config", "Couldn't open the document file %1")).arg(path),
@@ -251,56 +215,48 @@ void ConfigFlow::openUserGuide() {
 }
 
 void ConfigFlow::comboChanged(Identification field) {
-    if (m_core.state.updateDepth > 0)
-        return;
     if (field == Identification::PartNumber) {
-        UpdateGuard const guard(m_core.state.updateDepth);
-        m_core.widgets.fitInterfaces();
+        UpdateGuard const guard(m_state.updateDepth);
+        widgets.fitInterfaces();
     }
-    m_core.state.combosDirty = true;
-    refreshDisplays();
+    m_state.combosDirty = true;
+    show();
 }
 
 void ConfigFlow::serialNumberChanged() {
-    // A number from the page itself is told of by the page, once the line edit has done its part.
-    if (m_core.state.updateDepth > 0)
-        return;
     refreshSerialState();
-    refreshDisplays();
+    show();
     tellSerialNumberEdited();
 }
 
+// A number from the page itself is told of by the page, once the line edit has done its part.
 void ConfigFlow::tellSerialNumberEdited() {
-    if (m_core.alive && m_core.serialNumberEdited)
-        std::function(m_core.serialNumberEdited)(m_core.widgets.serialNumber().isEmpty());
+    if (std::function<void(bool)> const tell = serialNumberEdited)
+        tell(widgets.serialNumber().isEmpty());
+}
+
+QString ConfigFlow::storedNumber() {
+    ChangeGroup const group(m_host);
+    return storedSerialNumber(m_eeprom.take(m_sensor.camera));
 }
 
 void ConfigFlow::refreshSerialState() {
-    if (!m_core.alive)
-        return;
-    QString const stored = m_core.widgets.serialNumber().isEmpty() ? QString() : storedSerialNumber(m_core);
-    // The text anew: it may have been edited meanwhile.
-    QString const number = m_core.widgets.serialNumber();
+    QString const number = widgets.serialNumber();
     if (number.isEmpty())
-        m_core.state.serialState = SerialState::Empty;
+        m_state.serialState = SerialState::Empty;
     else
-        m_core.state.serialState = number == stored ? SerialState::Saved : SerialState::Edited;
+        m_state.serialState = number == storedNumber() ? SerialState::Saved : SerialState::Edited;
 }
 
-void ConfigFlow::refreshDisplays() {
-    if (!m_core.alive)
-        return;
-    EepromShare const eeprom = sharedEeprom(m_core.eepromSlot, m_core.sensor.camera);
-    RecordSpace space;
-    if (m_core.alive && m_core.state.eepromState == EepromState::Present) {
-        space.available = EepromFreeSpace(*eeprom, &space.used);
-        space.unwritten = HeadboardEepromHasChanges(*eeprom);
+void ConfigFlow::show() {
+    HeadboardEeprom& eeprom = m_eeprom.take(m_sensor.camera);
+    m_state.space = {};
+    if (m_state.eepromState == EepromState::Present) {
+        m_state.space.available = EepromFreeSpace(eeprom, &m_state.space.used);
+        m_state.space.unwritten = HeadboardEepromHasChanges(eeprom);
     }
-    if (!m_core.alive)
-        return;
-    m_core.widgets.show(eepromStatus(m_core.state.eepromState, space, eeprom->deviceAddress),
-                        serialStatus(m_core.state.serialState));
-    m_core.widgets.apply(configEnabling(m_core.state, space));
+    m_state.busAddress = eeprom.deviceAddress;
+    widgets.show(viewOf(m_state));
 }
 
 QString userGuidePath() {

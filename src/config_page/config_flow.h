@@ -1,22 +1,32 @@
 #pragma once
 
-#include "config_page/config_core.h"
+#include "common/host.h"
+#include "common/sensor.h"
+#include "config_page/config_view.h"
+#include "headboard/headboard_eeprom.h"
+#include "wizard/gate.h"
 
 #include <QString>
 #include <QUrl>
+#include <functional>
 
 namespace kestra {
 
-/// What the configuration page does. Page and running routines share it: every routine may be the one inside
-/// which the page goes away, and then does nothing more.
+/// What the configuration page knows and does. Every call from outside comes through the gate and holds a
+/// share of the flow; those that need none say so.
 class ConfigFlow {
 public:
     ConfigFlow(SensorRecord const& sensor, HostServices const* services, EepromSlot& slot);
 
-    [[nodiscard]] ConfigWidgets& widgets() { return m_core.widgets; }
-    [[nodiscard]] ConfigState const& state() const { return m_core.state; }
-    void setSerialNumberListener(std::function<void(bool isEmpty)> listener);
-    void pageDestroyed() { m_core.alive = false; }
+    Gate gate;
+    ConfigWidgets widgets;
+    /// Told that the serial number was edited, and whether it is empty now; may be null.
+    std::function<void(bool isEmpty)> serialNumberEdited;
+
+    [[nodiscard]] ConfigState const& state() const { return m_state; }
+    /// The page is being destroyed: from now on nothing reaches host, camera and widgets any more. Without
+    /// the gate.
+    void pageDestroyed();
 
     void initialise();
     void testEeprom();
@@ -28,6 +38,8 @@ public:
     void serialNumberChanged();
     void applySerialNumber();
 
+    void stepEnded() { m_eeprom.end(); }
+
 private:
     void detectEeprom();
     void refillSerialNumber();
@@ -35,14 +47,18 @@ private:
     void tellSerialNumberEdited();
     void readIdentificationBytes();
     void writeIdentificationBytes();
-    void applyEnteredNumber();
     void writeWhatWaits();
     [[nodiscard]] bool isEraseConfirmed();
     void formatEeprom();
+    [[nodiscard]] QString storedNumber();
     void refreshSerialState();
-    void refreshDisplays();
+    void show();
 
-    ConfigCore m_core;
+    SensorRecord m_sensor{}; ///< copy of the host's record
+    Host m_host;             ///< of a copy of the host's table
+    Sensor m_camera{nullptr};
+    EepromUse m_eeprom;
+    ConfigState m_state;
 };
 
 /// Where the host's folder has the user guide. The folder is what the sensor-access library calls its home,

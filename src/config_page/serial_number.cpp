@@ -72,22 +72,14 @@ std::optional<QString> nextSerialNumber(QString const& last) {
            QString::number(count).rightJustified(kCountLength, QLatin1Char('0'));
 }
 
-QString storedSerialNumber(ConfigCore& core) {
-    ChangeGroup const group(core.host);
-    if (!core.alive)
-        return {};
-    EepromShare const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
-    QString const number = numberInImage(*eeprom);
-    return HeadboardEepromHasChanges(*eeprom) ? QString() : number;
+QString storedSerialNumber(HeadboardEeprom& eeprom) {
+    QString const number = numberInImage(eeprom);
+    return HeadboardEepromHasChanges(eeprom) ? QString() : number;
 }
 
-void storeSerialNumber(ConfigCore& core, QString const& number) {
-    WaitCursor const cursor(core.widgets.page);
-    EepromShare const eeprom = sharedEeprom(core.eepromSlot, core.sensor.camera);
+bool putSerialNumber(HeadboardEeprom& eeprom, QString const& number) {
     // What an earlier attempt could not write is in the image already and only waits for the flush.
-    bool const isInImage = numberInImage(*eeprom) == number;
-    if (core.alive && (isInImage || replaceInImage(*eeprom, number.toLocal8Bit()) == kEepromOk))
-        flushChanges(core, *eeprom);
+    return numberInImage(eeprom) == number || replaceInImage(eeprom, number.toLocal8Bit()) == kEepromOk;
 }
 
 QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumber) {
@@ -95,13 +87,6 @@ QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumbe
     if (separator < 0)
         separator = lastOf('\\', present);
     return present.left(separator + 1) + serialNumber + '_'; // none: the number alone
-}
-
-void flushChanges(ConfigCore& core, HeadboardEeprom& eeprom) {
-    (void)HeadboardEepromFlush(eeprom); // a failure is seen by what stays unwritten
-    // Who discarded it meanwhile may have read the device before the last of these bytes.
-    if (core.eepromSlot && core.eepromSlot != &eeprom)
-        HeadboardEepromRelease(*core.eepromSlot);
 }
 
 } // namespace kestra

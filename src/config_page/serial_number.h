@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config_page/config_core.h"
+#include "headboard/headboard_eeprom.h"
 
 #include <QByteArray>
 #include <QString>
@@ -21,18 +21,13 @@ namespace kestra {
 
 /// The number in the EEPROM; empty when there is none, none that can be read, or while the chain that holds
 /// it is not wholly written.
-[[nodiscard]] QString storedSerialNumber(ConfigCore& core);
+[[nodiscard]] QString storedSerialNumber(HeadboardEeprom& eeprom);
 
-/// Puts a number in the place of the stored one, in the device too; whether that succeeded is seen by reading
-/// it again.
-void storeSerialNumber(ConfigCore& core, QString const& number);
+/// Puts a number in the place of the stored one in the image; false when that failed.
+[[nodiscard]] bool putSerialNumber(HeadboardEeprom& eeprom, QString const& number);
 
 /// The host's file name for grabbed pictures with a serial number in the place of its last part: the folder
 /// stays, and the host goes on behind the "_". Texts are local 8-bit.
 [[nodiscard]] QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumber);
-
-/// Writes what was changed in an EEPROM to the device. What could not be written stays changed in the image,
-/// and the next flush completes it: the device may hold a torn chain until then.
-void flushChanges(ConfigCore& core, HeadboardEeprom& eeprom);
 
 } // namespace kestra

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "wizard/gate.h"
 #include "wizard/wizard.h"
 
 #include <QDialog>
@@ -9,9 +8,7 @@
 #include <QPointer>
 #include <QWidget>
 #include <cstdint>
-#include <functional>
 #include <initializer_list>
-#include <memory>
 
 namespace kestra {
 
@@ -48,13 +45,6 @@ public:
 private:
     QPointer<QWidget> m_page;
 };
-
-/// Runs a step of a page's flow, on a share of the flow of its own: the page may be gone when the flow
-/// returns. False when the step was cut short.
-template <typename Flow, typename Step, typename... Arguments>
-bool runStep(std::shared_ptr<Flow> flow, Step step, Arguments const&... arguments) noexcept {
-    return guarded("a step of the page", [&] { std::invoke(step, *flow, arguments...); });
-}
 
 /// Colour of a step's status bullet.
 enum class Bullet { Gray, Blue, Green, Yellow, Red };

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "config_page/config.h"
-#include "config_page/config_display.h"
+#include "config_page/config_view.h"
 #include "tests/support/fake_bus_services.h"
 #include "tests/support/page_under_test.h"
 #include "wizard/dialogs.h"

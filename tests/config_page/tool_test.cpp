@@ -1,5 +1,5 @@
 #include "common/system.h"
-#include "config_page/config_display.h"
+#include "config_page/config_view.h"
 #include "tools/headboard-config/session.h"
 #include "wizard/dialogs.h"
 

@@ -4,7 +4,7 @@
 
 #include "calibration/calibration_page.h"
 #include "config_page/config.h"
-#include "config_page/config_display.h"
+#include "config_page/config_view.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 #include "plugin/instance.h"
@@ -53,8 +53,7 @@ protected:
     }
     std::string deviceNumber() {
         EepromShare const fresh = HeadboardEepromCreate(session.sensor.camera);
-        return std::string(
-            EepromRecordText(*fresh, EepromFindRecord(*fresh, kRecordHeadboardId, nullptr, 0)));
+        return std::string(EepromRecordText(*fresh, EepromFindRecord(*fresh, kRecordHeadboardId, nullptr, 0)));
     }
 
     InputReader nothing{{}};

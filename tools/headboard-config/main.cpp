@@ -2,7 +2,7 @@
 
 // headboard-config: the headboard configuration page on a simulated camera, for work by hand.
 
-#include "config_page/config_display.h"
+#include "config_page/config_view.h"
 #include "simulator/files/interruption.h"
 #include "simulator/files/whole_file.h"
 #include "tools/headboard-config/session.h"

@@ -1,7 +1,7 @@
 #include "tools/screenshots/config_states.h"
 
 #include "config_page/config.h"
-#include "config_page/config_display.h"
+#include "config_page/config_view.h"
 #include "tests/support/fake_bus_services.h"
 #include "tests/support/page_bench.h"
 #include "wizard/page_surface.h"
@@ -88,7 +88,9 @@ NamedState const kStates[] = {
          s.fail(DeviceFault::TransportFailed);
          s.open();
          // No check of the page ends so; it is shown as the page would show it.
-         ConfigStatus const status = eepromStatus(EepromState::Error, {}, 0);
+         ConfigState state;
+         state.eepromState = EepromState::Error;
+         ConfigStatus const status = viewOf(state).eeprom;
          s.widget<QLabel>("EEPROM_Status")->setText(status.text);
          s.widget<QLabel>("EEPROM_Bullet")->setPixmap(bulletPixmap(s.wizard.get(), status.bullet));
      }},

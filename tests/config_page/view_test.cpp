@@ -1,4 +1,4 @@
-#include "config_page/config_display.h"
+#include "config_page/config_view.h"
 #include "config_page/identification.h"
 #include "config_page/serial_number.h"
 
@@ -11,13 +11,18 @@ namespace {
 
 // The states that no check or edit of the page ends in.
 TEST(ConfigDisplay, StatesOfNoCheckAreShownToo) {
-    ConfigStatus const error = eepromStatus(EepromState::Error, {}, 0);
+    ConfigState state;
+    state.eepromState = EepromState::Error;
+    ConfigStatus const error = viewOf(state).eeprom;
     EXPECT_EQ(error.text, "Error accessing the EEPROM.");
     EXPECT_EQ(error.bullet, Bullet::Red);
-    EXPECT_EQ(eepromStatus(EepromState(3), {}, 0).text, "The status of the EEPROM is unknown.");
-    for (auto const& [state, bullet] : {std::pair(6U, Bullet::Red), {0U, Bullet::Gray}, {2U, Bullet::Gray}}) {
-        EXPECT_EQ(serialStatus(SerialState(state)).text, "Enter the serial number.") << state;
-        EXPECT_EQ(serialStatus(SerialState(state)).bullet, bullet) << state;
+    state.eepromState = EepromState(3);
+    EXPECT_EQ(viewOf(state).eeprom.text, "The status of the EEPROM is unknown.");
+    for (auto const& [serial, bullet] :
+         {std::pair(6U, Bullet::Red), {0U, Bullet::Gray}, {2U, Bullet::Gray}}) {
+        state.serialState = SerialState(serial);
+        EXPECT_EQ(viewOf(state).serial.text, "Enter the serial number.") << serial;
+        EXPECT_EQ(viewOf(state).serial.bullet, bullet) << serial;
     }
 }
 

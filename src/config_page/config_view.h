@@ -18,11 +18,20 @@ namespace kestra {
 /// What is known of the serial number in the field.
 enum class SerialState : uint32_t { Unknown = 0, Edited = 1, Saved = 4, Empty = 5 };
 
-/// What the configuration page knows. Plain data: status texts and enabling are functions of it.
+/// Room in the record store, in bytes; a negative `available` is the failure to find out.
+struct RecordSpace {
+    int32_t used = 0;
+    int32_t available = 0;
+    bool unwritten = false; ///< the figures are those of changes that the device has not taken yet
+};
+
+/// What the configuration page knows. Plain data: what the page shows is a function of it.
 struct ConfigState {
     uint32_t updateDepth =
         0; ///< nesting of widget updates from code; change handlers ignore signals meanwhile
     EepromState eepromState = EepromState::Unknown;
+    RecordSpace space;
+    uint32_t busAddress = 0; ///< of the EEPROM
     SerialState serialState = SerialState::Unknown;
     bool combosDirty = false; ///< a list was changed by the user and not applied since
     QMessageBox::Icon messageBoxIcon = QMessageBox::NoIcon;           ///< of the erase question
@@ -35,26 +44,16 @@ struct ConfigStatus {
     Bullet bullet;
 };
 
-/// Room in the record store, in bytes; a negative `available` is the failure to find out.
-struct RecordSpace {
-    int32_t used = 0;
-    int32_t available = 0;
-    bool unwritten = false; ///< the figures are those of changes that the device has not taken yet
-};
-
-[[nodiscard]] ConfigStatus eepromStatus(EepromState eepromState, RecordSpace const& space,
-                                        uint32_t busAddress);
-[[nodiscard]] ConfigStatus serialStatus(SerialState serialState);
-
-/// Which controls can be used. A combo box is enabled only when it also has items.
-struct ConfigEnabling {
+/// What the page shows of its state. A combo box is enabled only when it also has items.
+struct ConfigView {
+    ConfigStatus eeprom, serial;
     bool combos = false;
     bool apply = false;
     bool touchesErase = false; ///< only then `erase` is set; without an EEPROM the button stays as it is
     bool erase = false;
 };
 
-[[nodiscard]] ConfigEnabling configEnabling(ConfigState const& state, RecordSpace const& space);
+[[nodiscard]] ConfigView viewOf(ConfigState const& state);
 
 /// The configuration page's widgets. Reading a list that is gone gives no code.
 class ConfigWidgets : public PageSurface {
@@ -92,8 +91,7 @@ public:
     void select(Identification field, uint32_t code);
     void showSerialNumber(QString const& number);
     void showFormatMessage(QString const& text);
-    void show(ConfigStatus const& eeprom, ConfigStatus const& serial);
-    void apply(ConfigEnabling const& enabling);
+    void show(ConfigView const& view);
     /// Paints both statuses, before a call that may take long.
     void paintStatusAtOnce() const;
 

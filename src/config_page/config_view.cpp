@@ -1,4 +1,4 @@
-#include "config_page/config_display.h"
+#include "config_page/config_view.h"
 
 #include <QCoreApplication>
 
@@ -43,24 +43,22 @@ void showText(QLabel* label, QString const& text) {
         label->setText(text);
 }
 
-} // namespace
-
-ConfigStatus eepromStatus(EepromState eepromState, RecordSpace const& space, uint32_t busAddress) {
+ConfigStatus eepromStatus(ConfigState const& state) {
     // A board whose chain is half written or broken does not work normally: what the state's own text would
     // tell, records that the device lacks, invites pulling it. The state stays, so that Apply and Erase do.
-    bool const isTorn = space.unwritten || space.available < 0;
-    switch (eepromState == EepromState::Present && isTorn ? EepromState::Error : eepromState) {
+    bool const isTorn = state.space.unwritten || state.space.available < 0;
+    switch (state.eepromState == EepromState::Present && isTorn ? EepromState::Error : state.eepromState) {
     case EepromState::Present:
         return {translated(QT_TRANSLATE_NOOP(
                                "Config", "EEPROM is present and working normally.\n%1 bytes used.  %2 bytes "
                                          "available."))
-                    .arg(space.used)
-                    .arg(space.available),
+                    .arg(state.space.used)
+                    .arg(state.space.available),
                 Bullet::Green};
     case EepromState::Absent:
         return {translated(QT_TRANSLATE_NOOP("Config", "The EEPROM was not detected at address 0x%1.\nCheck "
                                                        "the PROM ADDR switches on the headboard."))
-                    .arg(QString::number(busAddress, 16).toUpper()),
+                    .arg(QString::number(state.busAddress, 16).toUpper()),
                 Bullet::Red};
     case EepromState::Error:
         return {translated(QT_TRANSLATE_NOOP("Config", "Error accessing the EEPROM.")), Bullet::Red};
@@ -77,14 +75,18 @@ ConfigStatus serialStatus(SerialState serialState) {
     return {translated(kEnterNumber), Bullet::Gray};
 }
 
-ConfigEnabling configEnabling(ConfigState const& state, RecordSpace const& space) {
+} // namespace
+
+ConfigView viewOf(ConfigState const& state) {
+    ConfigView view = {.eeprom = eepromStatus(state), .serial = serialStatus(state.serialState)};
     if (state.eepromState != EepromState::Present)
-        return {};
-    return {.combos = true,
-            .apply = state.combosDirty || state.serialState == SerialState::Edited,
-            .touchesErase = true,
-            // A broken chain has no end to be found and shows nothing used; it needs the erasing most.
-            .erase = space.used > 0 || space.available < 0 || space.unwritten};
+        return view;
+    view.combos = true;
+    view.apply = state.combosDirty || state.serialState == SerialState::Edited;
+    view.touchesErase = true;
+    // A broken chain has no end to be found and shows nothing used; it needs the erasing most.
+    view.erase = state.space.used > 0 || state.space.available < 0 || state.space.unwritten;
+    return view;
 }
 
 QString ConfigWidgets::serialNumber() const {
@@ -143,25 +145,22 @@ void ConfigWidgets::showFormatMessage(QString const& text) {
     showText(SN_RegStatus, text);
 }
 
-void ConfigWidgets::show(ConfigStatus const& eeprom, ConfigStatus const& serial) {
-    showText(EEPROM_Status, eeprom.text);
-    showText(SN_Status, serial.text);
-    paintBullet(EEPROM_Bullet, eeprom.bullet);
-    paintBullet(SN_Bullet, serial.bullet);
+void ConfigWidgets::show(ConfigView const& view) {
+    showText(EEPROM_Status, view.eeprom.text);
+    showText(SN_Status, view.serial.text);
+    paintBullet(EEPROM_Bullet, view.eeprom.bullet);
+    paintBullet(SN_Bullet, view.serial.bullet);
+    for (QLabel* const box : boxes)
+        enable(box, view.combos);
+    for (QComboBox* const list : combos)
+        enable(list, view.combos && list && list->count() > 0);
+    enable(Apply, view.apply);
+    if (view.touchesErase)
+        enable(EEPROM_Erase, view.erase);
 }
 
 void ConfigWidgets::paintStatusAtOnce() const {
     paintAtOnce({EEPROM_Status.data(), EEPROM_Bullet.data(), SN_Status.data(), SN_Bullet.data()});
-}
-
-void ConfigWidgets::apply(ConfigEnabling const& enabling) {
-    for (QLabel* const box : boxes)
-        enable(box, enabling.combos);
-    for (QComboBox* const list : combos)
-        enable(list, enabling.combos && list && list->count() > 0);
-    enable(Apply, enabling.apply);
-    if (enabling.touchesErase)
-        enable(EEPROM_Erase, enabling.erase);
 }
 
 } // namespace kestra
