@@ -46,8 +46,8 @@ bool endsInside(HeadboardEeprom& eeprom, int64_t offset, RecordHead const& head)
 // Loads what a record's name or text is taken from: of a register set the name and the kind of its first
 // block of entries, of named data the name, of the others everything.
 EepromStatus loadText(HeadboardEeprom& eeprom, int64_t offset, RecordHead const& head) {
-    constexpr int32_t kRegisterSetBytes = 13;
-    constexpr int32_t kNamedDataBytes = 18;
+    constexpr int32_t kRegisterSetBytes = kRecordHead + kRecordName + 1;
+    constexpr int32_t kNamedDataBytes = kRecordHead + kNamedDataName;
     auto count = int32_t(head.size());
     if (recordPayload(head.type) == RecordPayload::RegisterSet)
         count = kRegisterSetBytes;

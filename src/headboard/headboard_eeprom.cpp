@@ -1,6 +1,5 @@
 #include "headboard/headboard_eeprom.h"
 
-#include "common/sensor_kinds.h"
 #include "headboard/eeprom_transport.h"
 #include "headboard/record_format.h"
 

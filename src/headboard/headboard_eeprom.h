@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/sensor.h"
+#include "common/sensor_kinds.h"
 
 #include <QSharedData>
 #include <cstdint>
@@ -42,13 +43,13 @@ public:
 
     Sensor sensor{nullptr}; ///< null: there is no device
     int32_t cameraIndex = 0;
-    uint32_t deviceAddress = 0xA8; ///< serial-bus address of the EEPROM, write form
-    int32_t deviceSize = 8176;     ///< bytes
-    bool bridgeOnly = false;       ///< the sensor reaches its EEPROM through registers only
-    uint32_t addressBits = 16;     ///< width of the EEPROM's own addresses
-    bool borrowedHandle = false;   ///< the camera is the host's and never closed here
-    std::vector<uint8_t> image;    ///< empty until it is needed
-    std::vector<ByteState> state;  ///< one for each byte of the image
+    uint32_t deviceAddress = unknownSensorKind().eepromAddress; ///< on the serial bus, write form
+    int32_t deviceSize = 8176;                                  ///< bytes
+    bool bridgeOnly = false;      ///< the sensor reaches its EEPROM through registers only
+    uint32_t addressBits = 16;    ///< width of the EEPROM's own addresses
+    bool borrowedHandle = false;  ///< the camera is the host's and never closed here
+    std::vector<uint8_t> image;   ///< empty until it is needed
+    std::vector<ByteState> state; ///< one for each byte of the image
 
     [[nodiscard]] int32_t imageSize() const { return int32_t(image.size()); }
 };

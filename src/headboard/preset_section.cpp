@@ -27,11 +27,15 @@ constexpr RegisterEntry untold(uint32_t registerClass, uint32_t id, uint32_t siz
     return {.registerClass = registerClass, .id = id, .address = 0, .size = size, .mask = 0, .value = 0};
 }
 constexpr LineForm kLineForms[] = {
-    {"REG", "iav", "av", untold(0, 0, 0)},     {"BITFIELD", "iamv", "amv", untold(0, 0, 0)},
-    {"VAR", "iamv", "iav", untold(1, 0, 0)},   {"VAR8", "iamv", "iav", untold(1, 0, 1)},
-    {"SFR", "amv", "av", untold(2, 2, 0)},     {"SFR8", "amv", "av", untold(2, 2, 1)},
-    {"MEM", "iamv", "iav", untold(2, 0, 0)},   {"MEM8", "iamv", "iav", untold(2, 0, 1)},
-    {"MEM32", "iamv", "iav", untold(2, 0, 4)},
+    {"REG", "iav", "av", untold(kSensorRegister, 0, 0)},
+    {"BITFIELD", "iamv", "amv", untold(kSensorRegister, 0, 0)},
+    {"VAR", "iamv", "iav", untold(kFirmwareVariable, 0, 0)},
+    {"VAR8", "iamv", "iav", untold(kFirmwareVariable, 0, 1)},
+    {"SFR", "amv", "av", untold(kSpecialFunction, 2, 0)},
+    {"SFR8", "amv", "av", untold(kSpecialFunction, 2, 1)},
+    {"MEM", "iamv", "iav", untold(kSpecialFunction, 0, 0)},
+    {"MEM8", "iamv", "iav", untold(kSpecialFunction, 0, 1)},
+    {"MEM32", "iamv", "iav", untold(kSpecialFunction, 0, 4)},
 };
 
 struct StateName {
@@ -198,7 +202,7 @@ EepromStatus EepromImportSection(HeadboardEeprom& eeprom, char const* iniFileNam
     std::vector<std::string> const lines = readSection(iniFileName, sectionName);
     if (lines.empty())
         return kEepromFailed;
-    EepromRecord record = makeRegisterSet(type, eeprom.deviceSize - kReservedBytes, sectionName);
+    EepromRecord record = makeRegisterSet(eeprom, type, sectionName);
     for (std::string const& line : lines) {
         EepromStatus const status = addPresetLine(eeprom, record, line);
         if (status != kEepromOk)

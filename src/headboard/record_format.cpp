@@ -33,8 +33,6 @@ constexpr RecordTypeRow kRecordTypes[] = {
     {kRecordEnd, "END_OF_RECORDS", RecordPayload::Opaque},
 };
 
-constexpr size_t kNamedDataNameWidth = 15;
-
 RecordTypeRow const* rowOf(uint32_t type) {
     auto const* const found = std::find_if(std::begin(kRecordTypes), std::end(kRecordTypes),
                                            [&](RecordTypeRow const& row) { return row.type == type; });
@@ -42,7 +40,7 @@ RecordTypeRow const* rowOf(uint32_t type) {
 }
 
 constexpr size_t kMostPayload = 0xFFFF;
-constexpr size_t kNameLength = 8;
+constexpr size_t kNameLength = kRecordName - 1;
 constexpr char kNoName[] = "DEFAULT";
 
 } // namespace
@@ -57,7 +55,7 @@ size_t recordNameWidth(uint32_t type) {
     case RecordPayload::RegisterSet:
         return kRecordName;
     case RecordPayload::NamedData:
-        return kNamedDataNameWidth;
+        return kNamedDataName;
     case RecordPayload::Opaque:
     case RecordPayload::Text:
         break;

@@ -15,6 +15,8 @@ inline constexpr uint8_t kErased = 0xFF;
 inline constexpr int32_t kRecordHead = 3;
 /// Bytes of the name that a register set begins with.
 inline constexpr int32_t kRecordName = 9;
+/// Bytes of the name that named data begins with.
+inline constexpr int32_t kNamedDataName = 15;
 /// Bytes of the device that a record of registers leaves free.
 inline constexpr int32_t kReservedBytes = 64;
 
@@ -124,8 +126,7 @@ private:
 /// A record with an unset payload of `initialLength` bytes.
 [[nodiscard]] EepromRecord EepromNewRecord(uint8_t type, int32_t capacity, int32_t initialLength);
 
-/// A register set under a name (null: "DEFAULT"), as yet without entries, of at most `capacity` bytes:
-/// what goes to a device leaves `kReservedBytes` of it free.
+/// A register set under a name (null: "DEFAULT"), as yet without entries, of at most `capacity` bytes.
 [[nodiscard]] EepromRecord makeRegisterSet(uint8_t type, int32_t capacity, char const* name);
 
 } // namespace kestra

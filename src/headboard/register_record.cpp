@@ -111,7 +111,7 @@ EepromStatus saveShadingRegisters(HeadboardEeprom& eeprom, char const* name, Sen
     EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(kRecordPga, eeprom.deviceSize - kReservedBytes, name);
+    EepromRecord record = makeRegisterSet(eeprom, kRecordPga, name);
     addBracketedTables(eeprom, record, fallback);
     SensorModel const model = modelOf(eeprom, fallback);
     addFixed(eeprom, record, kindOf(model).afterEnable, model.variant);
@@ -122,7 +122,7 @@ EepromStatus saveCcmRegisters(HeadboardEeprom& eeprom, char const* name) {
     EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom.deviceSize - kReservedBytes, name);
+    EepromRecord record = makeRegisterSet(eeprom, kRecordCcm, name);
     for (std::string const& reg : ccmRegisterNames())
         (void)EepromAddRegisterCurrent(eeprom, record, reg.c_str(), "");
     return EepromReplaceRecord(eeprom, record);

@@ -9,9 +9,6 @@ namespace kestra {
 
 namespace {
 
-constexpr uint32_t kSensorRegister = 0;
-constexpr uint32_t kFirmwareVariable = 1;
-
 constexpr size_t kFullSize = 18;
 constexpr size_t kShortSize = 4;
 
@@ -52,7 +49,35 @@ void encodeFull(RegisterEntry const& entry, std::span<uint8_t> bytes) {
     putU32Be(bytes, 14, entry.value);
 }
 
-constexpr size_t kBlockHead = 3;
+// The kind that an entry is written in: a short one when class, size and mask allow it. Id, address and value
+// are not looked at, so a short kind may cut them.
+EntryKind chooseEntryKind(RegisterEntry const& entry, std::optional<SensorInfo> const& sensor) {
+    if (entry.registerClass == kFirmwareVariable && entry.size <= kMostVariableSize && entry.mask == 0)
+        return EntryKind::ShortVariable;
+    if (entry.registerClass == kSensorRegister && fitsShortRegister(entry, sensor))
+        return EntryKind::ShortRegister;
+    return EntryKind::Full;
+}
+
+std::vector<uint8_t> encodeEntry(RegisterEntry const& entry, EntryKind kind,
+                                 std::optional<SensorInfo> const& sensor) {
+    std::vector<uint8_t> bytes(entrySize(kind));
+    switch (kind) {
+    case EntryKind::Full:
+        encodeFull(entry, bytes);
+        return bytes;
+    case EntryKind::ShortRegister:
+        putU16Be(bytes, 0,
+                 hasPagedAddress(sensor) ? (entry.id & 0xFF) << 8 | (entry.address & 0xFF) : entry.address);
+        break;
+    case EntryKind::ShortVariable:
+        putU16Be(bytes, 0, (entry.size & 1) << 15 | (entry.id & 31) << 10 | (entry.address & 0x3FF));
+        break;
+    }
+    putU16Be(bytes, 2, entry.value);
+    return bytes;
+}
+
 constexpr int32_t kEntryReserve = 11; // of the capacity; an entry may still end beyond it
 constexpr int32_t kLineReserve = 4;
 
@@ -138,33 +163,6 @@ size_t entrySize(EntryKind kind) {
     return kind == EntryKind::Full ? kFullSize : kShortSize;
 }
 
-EntryKind chooseEntryKind(RegisterEntry const& entry, std::optional<SensorInfo> const& sensor) {
-    if (entry.registerClass == kFirmwareVariable && entry.size <= kMostVariableSize && entry.mask == 0)
-        return EntryKind::ShortVariable;
-    if (entry.registerClass == kSensorRegister && fitsShortRegister(entry, sensor))
-        return EntryKind::ShortRegister;
-    return EntryKind::Full;
-}
-
-std::vector<uint8_t> encodeEntry(RegisterEntry const& entry, EntryKind kind,
-                                 std::optional<SensorInfo> const& sensor) {
-    std::vector<uint8_t> bytes(entrySize(kind));
-    switch (kind) {
-    case EntryKind::Full:
-        encodeFull(entry, bytes);
-        return bytes;
-    case EntryKind::ShortRegister:
-        putU16Be(bytes, 0,
-                 hasPagedAddress(sensor) ? (entry.id & 0xFF) << 8 | (entry.address & 0xFF) : entry.address);
-        break;
-    case EntryKind::ShortVariable:
-        putU16Be(bytes, 0, (entry.size & 1) << 15 | (entry.id & 31) << 10 | (entry.address & 0x3FF));
-        break;
-    }
-    putU16Be(bytes, 2, entry.value);
-    return bytes;
-}
-
 RegisterEntry decodeEntry(std::span<uint8_t const> bytes, EntryKind kind,
                           std::optional<SensorInfo> const& sensor) {
     if (kind == EntryKind::Full)
@@ -206,6 +204,10 @@ RegisterSetContent splitRegisterSet(std::span<uint8_t const> record) {
 
 bool holdsLines(RegisterSetContent const& content) {
     return content.blocks.empty() && !content.rest.empty() && !entryKind(content.rest.front());
+}
+
+EepromRecord makeRegisterSet(HeadboardEeprom const& eeprom, uint8_t type, char const* name) {
+    return makeRegisterSet(type, eeprom.deviceSize - kReservedBytes, name);
 }
 
 EepromStatus EepromAddEntry(HeadboardEeprom& eeprom, EepromRecord& record, RegisterEntry entry) {

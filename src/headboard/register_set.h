@@ -11,10 +11,18 @@
 
 namespace kestra {
 
+/// What a register of a register set belongs to, by the number that its entry holds. The library's other
+/// address-space kinds are stored as they are.
+enum RegisterClass : uint32_t {
+    kSensorRegister = 0,
+    kFirmwareVariable = 1,
+    kSpecialFunction = 2, ///< or memory
+};
+
 /// A register with its value, as a register set in the EEPROM holds it.
 struct RegisterEntry {
-    uint32_t registerClass = 0; ///< 0 sensor register, 1 firmware variable, 2 special function or memory
-    uint32_t id = 0;            ///< page or driver
+    uint32_t registerClass = kSensorRegister; ///< a `RegisterClass`, or another number
+    uint32_t id = 0;                          ///< page or driver
     uint32_t address = 0;
     uint32_t size = 0; ///< of the register's data in bytes; 0: not known
     uint32_t mask = 0; ///< 0: the whole register
@@ -37,18 +45,12 @@ enum class EntryKind : uint8_t {
 /// Bytes that an entry of a kind takes.
 [[nodiscard]] size_t entrySize(EntryKind kind);
 
-/// The kind that an entry is written in: a short one when class, size and mask allow it. Id, address and
-/// value are not looked at, so a short kind may cut them. `sensor` is what the library says of the open
-/// sensor.
-[[nodiscard]] EntryKind chooseEntryKind(RegisterEntry const& entry, std::optional<SensorInfo> const& sensor);
-
-/// `entrySize(kind)` bytes; what the kind has no room for is cut off.
-[[nodiscard]] std::vector<uint8_t> encodeEntry(RegisterEntry const& entry, EntryKind kind,
-                                               std::optional<SensorInfo> const& sensor);
-
-/// The reverse, of `entrySize(kind)` bytes.
+/// The entry that `entrySize(kind)` bytes hold; `sensor` is what the library says of the open sensor.
 [[nodiscard]] RegisterEntry decodeEntry(std::span<uint8_t const> bytes, EntryKind kind,
                                         std::optional<SensorInfo> const& sensor);
+
+/// Bytes before a block's entries: their kind and their length.
+inline constexpr size_t kBlockHead = 3;
 
 /// Entries of one kind in a register set.
 struct EntryBlock {
@@ -70,6 +72,10 @@ struct RegisterSetContent {
 
 /// Whether a record consists of lines of text rather than of entries.
 [[nodiscard]] bool holdsLines(RegisterSetContent const& content);
+
+/// A register set under a name (null: "DEFAULT"), as yet without entries, that leaves `kReservedBytes` of the
+/// device free.
+[[nodiscard]] EepromRecord makeRegisterSet(HeadboardEeprom const& eeprom, uint8_t type, char const* name);
 
 // What stands behind the name in a register set: entries in blocks of one kind each, or lines of text.
 // Entries are coded as the open sensor needs it; without a camera the plainest way is taken.
