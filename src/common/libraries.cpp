@@ -124,13 +124,13 @@ std::filesystem::path findOwnFile() {
 }
 
 // Found at loading: a host that loads the plug-in by a relative path may change its folder later.
-std::filesystem::path const ownFile = findOwnFile();
+std::filesystem::path const kOwnFile = findOwnFile();
 
 QString ownFolder() {
 #ifdef Q_OS_WIN
-    return QFileInfo(QString::fromStdWString(ownFile.wstring())).absolutePath();
+    return QFileInfo(QString::fromStdWString(kOwnFile.wstring())).absolutePath();
 #else
-    return QFileInfo(QFile::decodeName(ownFile.c_str())).absolutePath();
+    return QFileInfo(QFile::decodeName(kOwnFile.c_str())).absolutePath();
 #endif
 }
 

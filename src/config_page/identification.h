@@ -37,7 +37,7 @@ void writeIdentification(Host const& host, uint32_t device, Identification field
 /// A byte as read, in hexadecimal, without leading zeros.
 [[nodiscard]] QString identificationText(uint32_t code);
 
-// What a headboard can be told to be. A new product is a row in product_lists.cpp and nothing else.
+// What a headboard can be told to be. A new product is a row in identification.cpp and nothing else.
 
 /// One entry of a list: what the user reads and the byte that the headboard stores for it.
 struct ProductCode {

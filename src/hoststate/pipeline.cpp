@@ -15,7 +15,7 @@ struct StateSetting {
 
 constexpr StateSetting kRawPipeline[] = {
     {kAutoExposure, 0},
-    {"White Balance", 0},
+    {kWhiteBalance, 0},
     {"Color Correction", 0},
     {"Saturation", 10},
     {"Gamma", 20},
@@ -45,7 +45,7 @@ constexpr StateSetting kRawPipeline[] = {
 
 constexpr StateSetting kVerifyPipeline[] = {
     {"Color Correction", 1},
-    {"White Balance", 2},
+    {kWhiteBalance, 2},
     {"Saturation", 10},
     {"Gamma", 9}, // a display gamma here, linear in the raw list
     {"Contrast", 20},
@@ -95,7 +95,7 @@ void setRawPipeline(Host const& host, Sensor const& sensor, LensCorrection const
     // The list has forced the automatic exposure off with the rest; only now may it run again on the new
     // state.
     host.setState(kAutoExposure, autoExposure ? 1 : 0);
-    host.setState("White Balance", 0);
+    host.setState(kWhiteBalance, 0);
     setLensCorrection(host, sensor, correction, false);
 }
 

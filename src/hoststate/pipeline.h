@@ -9,8 +9,9 @@
 
 namespace kestra {
 
-// Host-state variables that more than one routine reads or sets.
+// Variables of the colour pipeline that are read or set apart from the lists of its two states, too.
 inline constexpr char kAutoExposure[] = "Auto Exposure";
+inline constexpr char kWhiteBalance[] = "White Balance";
 inline constexpr char kRelativeRedGain[] = "Relative Red Gain";   // thousandths
 inline constexpr char kRelativeBlueGain[] = "Relative Blue Gain"; // thousandths
 
