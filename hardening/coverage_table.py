@@ -1,4 +1,4 @@
-"""Prints the coverage of every file of three folders and fails below the bounds."""
+"""Prints the coverage of every file of four folders and fails below the bounds."""
 
 import argparse
 import json

@@ -1,5 +1,3 @@
-
-
 // Whole call sequences over the five entries, with hostile services: they answer garbage, they are missing,
 // and they call back into the plug-in or delete its dialog, its page or the dialog's parent. A short input is
 // played again until a sequence has its calls.

@@ -1,5 +1,3 @@
-
-
 // Contents of the headboard's EEPROM, however broken, under changes and faults. Beside no crash and no hang:
 // an operation changes the chain of records as it says and no further, and what a flush reported as written
 // is on the device.

@@ -1,5 +1,3 @@
-
-
 // Frames of any type, size, pitch and sequence, through the two exported entries, in every phase of a
 // calibration: nothing outside of the pixels is read, nothing outside of a displayed picture is written.
 

@@ -1,5 +1,3 @@
-
-
 // Ini files, however broken: the section reader stays inside its buffer, and what it answers holds together.
 
 #include "common/ini_section.h"

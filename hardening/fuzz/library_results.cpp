@@ -1,5 +1,3 @@
-
-
 // Results of library calls: null, short and absurd ones, changing from call to call, while a page calibrates
 // and saves. What the page reports as done has been done.
 
@@ -38,7 +36,7 @@ void saveToEeprom(DialogSession& session, InputReader& input) {
     DeviceFault const fault = input.pick(kFaults);
     uint8_t const ahead = input.byte();
     board.plan(fault, ahead, input.chance(2));
-    uint32_t const before = page->state().promState;
+    StepState const before = page->state().promState;
     DialogSession::press("OnBnClickedPromsave");
     board.plan(DeviceFault::None);
     if (page->state().promState != kDone || before == kDone)
@@ -51,7 +49,7 @@ void saveToEeprom(DialogSession& session, InputReader& input) {
 
 void saveToFile(DialogSession& session) {
     CalibrationPage* const page = DialogSession::page();
-    uint32_t const before = page->state().fileState;
+    StepState const before = page->state().fileState;
     DialogSession::press("OnBnClickedFilesave");
     if (page->state().fileState == kDone && before != kDone)
         MUST_HOLD(session.libraries.fileAnswer == 0);

@@ -1,4 +1,4 @@
-"""Tries mutants of three folders against their tests and prints what the tests noticed."""
+"""Tries mutants of four folders against their tests and prints what the tests noticed."""
 
 import argparse
 import math

@@ -1,4 +1,4 @@
-#include "cut_save.h"
+#include "hardening/power_cuts/cut_save.h"
 
 #include "headboard/eeprom_chain.h"
 #include "headboard/headboard_eeprom.h"

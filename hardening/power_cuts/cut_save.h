@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tally.h"
+#include "hardening/power_cuts/tally.h"
 
 namespace power_cuts {
 

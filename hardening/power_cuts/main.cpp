@@ -1,4 +1,4 @@
-#include "cut_save.h"
+#include "hardening/power_cuts/cut_save.h"
 #include "tests/support/fake_headboard.h"
 
 #include <atomic>

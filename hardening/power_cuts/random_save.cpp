@@ -1,4 +1,4 @@
-#include "random_save.h"
+#include "hardening/power_cuts/random_save.h"
 
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"

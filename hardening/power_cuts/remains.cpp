@@ -1,4 +1,4 @@
-#include "remains.h"
+#include "hardening/power_cuts/remains.h"
 
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "random_save.h"
+#include "hardening/power_cuts/random_save.h"
 
 #include <cstdint>
 #include <vector>

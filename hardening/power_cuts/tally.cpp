@@ -1,4 +1,4 @@
-#include "tally.h"
+#include "hardening/power_cuts/tally.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "remains.h"
+#include "hardening/power_cuts/remains.h"
 
 #include <array>
 #include <string>

@@ -1,5 +1,3 @@
-
-
 // headboard-config: the headboard configuration page on a simulated camera, for work by hand.
 
 #include "config_page/config_view.h"

@@ -14,7 +14,6 @@ namespace {
 constexpr size_t kMagicSize = 4;
 constexpr size_t kVersionOffset = 4;
 constexpr uint8_t kKnownVersion = 1;
-constexpr uint8_t kErased = 0xFF;
 
 std::string describeMagic(std::span<uint8_t const> store) {
     std::span<uint8_t const> const magic = store.first(kMagicSize);

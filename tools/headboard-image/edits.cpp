@@ -75,7 +75,7 @@ bool saysAll(PresetEntry const& told, RegisterEntry const& stored, std::string* 
         }
     // A sensor register's size is the sensor's; that of the others is told in bytes.
     constexpr uint32_t kBits = 8, kWhole = 4;
-    bool const isSized = stored.registerClass != 0 && stored.size > 0 && stored.size < kWhole;
+    bool const isSized = stored.registerClass != kSensorRegister && stored.size > 0 && stored.size < kWhole;
     if (isSized && (stored.value | stored.mask) >> stored.size * kBits != 0) {
         *error = hexadecimal(std::max(stored.value, stored.mask), 2) + " is more than " +
                  counted(stored.size, "byte") + " can hold";
@@ -99,7 +99,7 @@ bool saysAll(RecordStore const& store, RecordPlace const& place, std::vector<Pre
         if (saysAll(lines[n], stored, error))
             continue;
         bool const isElsewhere = lines[n].entry.id != stored.id || lines[n].entry.address != stored.address;
-        std::string const advice = stored.registerClass != 0 || !isElsewhere ? ""
+        std::string const advice = stored.registerClass != kSensorRegister || !isElsewhere ? ""
                                    : addressing == Addressing::Plain
                                        ? "; --paged is for sensors with 8-bit addresses"
                                        : "; with --paged, pages and addresses go up to 0xFF";
@@ -109,7 +109,7 @@ bool saysAll(RecordStore const& store, RecordPlace const& place, std::vector<Pre
     return true;
 }
 
-std::string importFailure(RecordStore const& store, int32_t status) {
+std::string importFailure(RecordStore const& store, EepromStatus status) {
     if (status == kEepromNoRoom)
         return "the section does not fit: " + std::to_string(EepromFreeSpace(*store.eeprom())) +
                " bytes are available";
@@ -188,8 +188,8 @@ Outcome importLines(Work const& work) {
         return refused(error);
     std::string const name(makeRegisterSet(work.import.type, 0, work.label.constData()).name());
     std::string const replaced = removeOlder(store, work.import.type, name);
-    int32_t const status = EepromImportSection(*store.eeprom(), work.file.constData(),
-                                               work.section.constData(), work.import.type);
+    EepromStatus const status = EepromImportSection(*store.eeprom(), work.file.constData(),
+                                                    work.section.constData(), work.import.type);
     if (status != kEepromOk)
         return refused(importFailure(store, status));
     RecordPlace const place = store.chain().records.back();
@@ -217,7 +217,8 @@ Outcome importForSensor(Work const& work) {
             return refused(atLine(told, error));
     std::string const name(makeRegisterSet(kRecordPga, 0, work.label.constData()).name());
     std::string const replaced = removeOlder(store, kRecordPga, name);
-    int32_t const status = saveShadingRegisters(*store.eeprom(), work.label.constData(), sensor->model());
+    EepromStatus const status =
+        saveShadingRegisters(*store.eeprom(), work.label.constData(), sensor->model());
     if (status != kEepromOk)
         return refused(importFailure(store, status));
     return finish(work, store, replaced, leftOutText(store, store.chain().records.back(), work.lines));
@@ -272,7 +273,6 @@ Outcome deleteRecord(QString const& image, uint8_t type, std::optional<QString> 
 }
 
 Outcome formatImage(QString const& image) {
-    constexpr uint8_t kErased = 0xFF;
     constexpr int32_t kUsualVersion = -1;
     std::string error;
     bool const isNew = !QFileInfo::exists(image);

@@ -12,7 +12,6 @@ namespace headboard_image {
 namespace {
 
 constexpr uint8_t kNul = 0;
-constexpr uint8_t kErased = 0xFF;
 
 // The types whose register sets may consist of lines of state instead.
 bool mayHoldLines(uint8_t type) {
@@ -73,7 +72,7 @@ private:
 
     // As many bytes 0xFF as no whole record of the type ends with.
     [[nodiscard]] size_t leastErased() const {
-        constexpr size_t kUnlikely = 16, kBlockHead = 3, kShortEntry = 4, kMaskAndValue = 8;
+        constexpr size_t kUnlikely = 16, kMaskAndValue = 8;
         if (recordPayload(m_place.type) == RecordPayload::Text)
             return std::ranges::count(payload(), kNul) == 0 ? 1 : payload().size() + 1;
         if (recordPayload(m_place.type) != RecordPayload::RegisterSet)
@@ -82,7 +81,8 @@ private:
         // Values may be so, and unused bytes that are too few for a block.
         if (content.blocks.empty() || content.restOffset < m_record.size())
             return kBlockHead;
-        return content.blocks.back().kind == uint8_t(EntryKind::Full) ? kMaskAndValue : kShortEntry;
+        auto const kind = EntryKind(content.blocks.back().kind);
+        return kind == EntryKind::Full ? kMaskAndValue : entrySize(kind);
     }
 
     // False when there is nothing behind the name to look at.

@@ -1,5 +1,3 @@
-
-
 // Writes one picture for each named state of a page: screenshots FOLDER [NAME ...]
 
 #include "apga_page/lens_assist_apga.h"
