@@ -1,4 +1,4 @@
-# Fails when an include runs against an arrow, anywhere in the tree.
+# Fails when an include runs against an arrow, or does not name its folder, anywhere in the tree.
 cmake_minimum_required(VERSION 3.25)
 
 # Each row: a folder, and the folders besides itself from which it may include.
@@ -54,22 +54,40 @@ function(folder_of file result)
     set(${result} "${best}" PARENT_SCOPE)
 endfunction()
 
+# Own headers are included in quotes and from the root; what the build makes has no folder.
 set(wrong "")
 set(seen 0)
-file(GLOB_RECURSE sources RELATIVE ${SOURCE}
-    ${SOURCE}/src/*.h ${SOURCE}/src/*.cpp ${SOURCE}/simulator/*.h ${SOURCE}/simulator/*.cpp ${SOURCE}/tools/*.h
-    ${SOURCE}/tools/*.cpp ${SOURCE}/tests/*.h ${SOURCE}/tests/*.cpp ${SOURCE}/hardening/*.h ${SOURCE}/hardening/*.cpp
-    ${SOURCE}/benchmarks/*.h ${SOURCE}/benchmarks/*.cpp)
+foreach(root IN ITEMS src simulator tools tests hardening benchmarks)
+    foreach(kind IN ITEMS h cpp ui ui.in)
+        list(APPEND globs ${SOURCE}/${root}/*.${kind})
+    endforeach()
+endforeach()
+file(GLOB_RECURSE sources RELATIVE ${SOURCE} ${globs})
 foreach(source IN LISTS sources)
     string(REGEX REPLACE "^src/" "" file ${source})
     folder_of(${file} from)
-    file(STRINGS ${SOURCE}/${source} includes REGEX "^#include \"[^\"]*/")
+    file(STRINGS ${SOURCE}/${source} includes REGEX "^ *# *include *[\"<]|<header")
     foreach(include IN LISTS includes)
-        string(REGEX REPLACE "^#include \"([^\"]*)\".*" "\\1" target "${include}")
+        # A form's <header> becomes an include in quotes, unless it says "global".
+        string(REGEX REPLACE "^ *<header location=\"global\">([^<]*)<.*" "<\\1>" include "${include}")
+        string(REGEX REPLACE "^ *<header[^>]*>([^<]*)<.*" "\"\\1\"" include "${include}")
+        string(REGEX MATCH "([\"<])([^\">]*)[\">]" unused "${include}")
+        set(quote "${CMAKE_MATCH_1}")
+        set(target "${CMAKE_MATCH_2}")
         folder_of(${target} to)
-        math(EXPR seen "${seen} + 1")
-        if(NOT from OR NOT to IN_LIST below_${from})
-            string(APPEND wrong "\n  ${source} includes ${target}")
+        if(quote STREQUAL "<")
+            if(to)
+                string(APPEND wrong "\n  ${source} includes <${target}>, which takes quotes")
+            endif()
+        elseif(NOT target MATCHES "/")
+            if(NOT target MATCHES "^(ui|moc)_|\\.moc$")
+                string(APPEND wrong "\n  ${source} includes ${target} without its folder")
+            endif()
+        else()
+            math(EXPR seen "${seen} + 1")
+            if(NOT from OR NOT to IN_LIST below_${from})
+                string(APPEND wrong "\n  ${source} includes ${target}")
+            endif()
         endif()
     endforeach()
 endforeach()
