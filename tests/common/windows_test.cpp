@@ -1,5 +1,3 @@
-
-
 // What the plug-in asks of Windows itself.
 
 #include "common/ini_section.h"

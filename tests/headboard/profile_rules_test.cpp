@@ -47,37 +47,37 @@ std::vector<Stored> behindTheTables(std::vector<Stored> const& last) {
 }
 
 std::vector<Row> const& rows() {
-    constexpr Stored pgaOn{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 1};
-    constexpr Stored switchOn{nullptr, nullptr, 1}; // whichever register switches the correction
+    constexpr Stored kPgaOn{"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 1};
+    constexpr Stored kSwitchOn{nullptr, nullptr, 1}; // whichever register switches the correction
     static std::vector<Row> const all = {
         {"kind22",
          0xA8,
-         {switchOn},
+         {kSwitchOn},
          {},
          {"ZONE_BOUNDS_X1_X2", "ZONE_X6Y6", "SECOND_DERIV_ZONE_7_GREEN2", "DF_DY_RED",
           "K_FACTOR_IN_K_FX_FY_G2_BR", "LENS_K_FACTOR_G1_Q3", "CF_34_B", "CORNER_FACTOR_CONTROL"}},
-        {"kind95", 0xAA, {pgaOn}, {}, {"CAM_PGA_R_CONFIG_BLUE_Q14"}},
-        {"kind111", 0xA8, {switchOn}, {}, {"AWB_CCM_RL_10"}},
+        {"kind95", 0xAA, {kPgaOn}, {}, {"CAM_PGA_R_CONFIG_BLUE_Q14"}},
+        {"kind111", 0xA8, {kSwitchOn}, {}, {"AWB_CCM_RL_10"}},
         {"kind198", 0xAC, {}, {}, {"P_CB_P4Q4", "P_GB_Q5"}},
         {"kind68-1",
          0xA8,
          behindTheTables({{"PGASETUP_MODE", "", 1},
                           {"SEQUENCERSETUP_MANUALOBJ", "", 338},
                           {"SEQUENCERSETUP_CMD", "", 255},
-                          switchOn}),
+                          kSwitchOn}),
          {"P_GR_Q5", "P_RD_Q5", "PGASETUP_LEFT_COLORTEMP", "PGASETUP_RIGHT_BLUEQ14"},
          {"P_CR_Q5", "P_CB_Q5"}},
         {"kind68-2",
          0xA8,
-         behindTheTables({{"PGAOUTPUT_CURZONE", "", 4}, switchOn}),
+         behindTheTables({{"PGAOUTPUT_CURZONE", "", 4}, kSwitchOn}),
          {"P_BL_Q5"},
          {"PGATABLECWF_DATA_099"}},
-        {"kind72-1", 0xA8, {pgaOn}, {}, {"CAM_AWB_CCM_R_CTEMP", "CAM_AWB_CCM_L_BG_GAIN"}},
-        {"kind72-2", 0xA8, {pgaOn}, {}, {}},
-        {"kind76-1", 0xA8, {pgaOn}, {}, {"P_GR_P0Q0", "CENTER_ROW", "PGA_TABLE_D65_CENTER_COLUMN"}},
+        {"kind72-1", 0xA8, {kPgaOn}, {}, {"CAM_AWB_CCM_R_CTEMP", "CAM_AWB_CCM_L_BG_GAIN"}},
+        {"kind72-2", 0xA8, {kPgaOn}, {}, {}},
+        {"kind76-1", 0xA8, {kPgaOn}, {}, {"P_GR_P0Q0", "CENTER_ROW", "PGA_TABLE_D65_CENTER_COLUMN"}},
         {"kind76-2",
          0xA8,
-         {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1}, switchOn, {"PGA_CURRENT_ZONE", "", 255}},
+         {{"CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1}, kSwitchOn, {"PGA_CURRENT_ZONE", "", 255}},
          {"P_GR_P0Q0", "CENTER_ROW", "CENTER_COLUMN"},
          {"PGA_TABLE_A_DATA_0"}},
     };

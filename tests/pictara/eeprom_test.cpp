@@ -1,5 +1,5 @@
 #include "tests/pictara/program_run.h"
-#include "tests/pictara/small_profile.h"
+#include "tests/support/small_profile.h"
 
 #include <QDir>
 #include <QFile>

@@ -2,7 +2,7 @@
 
 #include "simulator/host/host_window.h"
 #include "simulator/host/session.h"
-#include "tests/pictara/small_profile.h"
+#include "tests/support/small_profile.h"
 
 #include <QDialog>
 #include <QTemporaryDir>

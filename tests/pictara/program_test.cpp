@@ -1,6 +1,6 @@
 #include "tests/pictara/program_run.h"
-#include "tests/pictara/small_profile.h"
 #include "tests/support/measured_folder.h"
+#include "tests/support/small_profile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -42,17 +42,18 @@ QStringList lampsOf(QString const& module) {
 }
 
 TEST(Program, FlattensMeasuredLensesUnderEachLamp) {
-    QDir const folder = measuredFolder();
-    QStringList const modules = folder.entryList({"*.json"}, QDir::Files, QDir::Name);
-    if (modules.isEmpty())
-        GTEST_SKIP() << "no measured lenses in " << folder.path().toStdString();
+    std::optional<QDir> const folder = measuredFolder();
+    if (!folder)
+        GTEST_SKIP() << "KESTRA_MEASURED_SHADING names no folder of measured lenses";
+    QStringList const modules = folder->entryList({"*.json"}, QDir::Files, QDir::Name);
+    ASSERT_FALSE(modules.isEmpty()) << "no measured lenses in " << folder->path().toStdString();
     QTemporaryDir const profileFolder;
     QString const profile = writeChangedProfile(profileFolder.path(), "poly-12bit", kNoEeprom);
     for (QString const& module : modules) {
-        for (QString const& lamp : lampsOf(folder.filePath(module))) {
+        for (QString const& lamp : lampsOf(folder->filePath(module))) {
             SCOPED_TRACE(module.toStdString() + " at " + lamp.toStdString());
             ProgramRun const run(
-                {"--run-all", "--profile", profile, "--light", lamp, "--shading", folder.filePath(module)});
+                {"--run-all", "--profile", profile, "--light", lamp, "--shading", folder->filePath(module)});
             EXPECT_EXIT_CODE(run, 0);
             EXPECT_LE(run.figure("uniformity corrected"), 0.7);
             EXPECT_LE(5 * run.figure("luminance error, largest against the median block, corrected"),

@@ -2,7 +2,7 @@
 #include "simulator/host/shading_file.h"
 #include "simulator/host/shading_measurement.h"
 #include "simulator/host/shading_report.h"
-#include "tests/pictara/small_profile.h"
+#include "tests/support/small_profile.h"
 
 #include <QFile>
 #include <QImage>

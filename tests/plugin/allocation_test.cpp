@@ -5,7 +5,7 @@
 #include "simulator/host/headless_dialog.h"
 #include "simulator/host/run_all.h"
 #include "simulator/host/session.h"
-#include "tests/pictara/small_profile.h"
+#include "tests/support/small_profile.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -1,5 +1,3 @@
-
-
 // The configuration page beside a calibration page, as a dialog would show both.
 
 #include "calibration/calibration_page.h"
@@ -38,14 +36,14 @@ protected:
     void enter(char const* number) const {
         config->findChild<QLineEdit*>(QStringLiteral("SN"))->setText(QLatin1String(number));
     }
-    [[nodiscard]] static uint32_t fileState() { return DialogSession::page()->state().fileState; }
+    [[nodiscard]] static StepState fileState() { return DialogSession::page()->state().fileState; }
     // Saves to the file, and counts the calls of the library for it.
     size_t saveToFile() {
         session.host.log.clear();
         DialogSession::press("OnBnClickedFilesave");
         return session.host.calls("dumpRegFile").size();
     }
-    uint32_t saveToEeprom() {
+    StepState saveToEeprom() {
         session.host.log.clear();
         DialogSession::press("OnBnClickedPromsave");
         CalibrationPage const* const page = DialogSession::page();

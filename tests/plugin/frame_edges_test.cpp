@@ -1,5 +1,3 @@
-
-
 // All combinations of a dozen widths, heights, pitches and types, in every state in which a page looks at
 // frames. The pixels lie right at a guard page, in turn the one before them and the one behind; a frame whose
 // sizes do not hold together has none at all.

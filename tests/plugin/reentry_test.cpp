@@ -1,5 +1,3 @@
-
-
 // A host that spins events inside a service, or a library that does, reaches the plug-in by its entries
 // again, and may delete the dialog with the dialog's parent.
 

@@ -1,5 +1,3 @@
-
-
 // The file as Windows sees it.
 
 #include "common/version.h"

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <QDir>
+#include <optional>
 
-/// The folder of measured shading tables of real modules: the one that KESTRA_MEASURED_SHADING names, or the
-/// one beside the sources. Tests that need it report a skip where it holds none.
-inline QDir measuredFolder() {
+/// The folder of measured shading tables of real modules, which KESTRA_MEASURED_SHADING names. Empty without
+/// it: tests that need the folder then report a skip.
+inline std::optional<QDir> measuredFolder() {
     QString const named = qEnvironmentVariable("KESTRA_MEASURED_SHADING");
-    return QDir(named.isEmpty() ? QStringLiteral(KESTRA_SOURCE_DIR "/../shared/measured_shading") : named);
+    return named.isEmpty() ? std::nullopt : std::optional<QDir>(named);
 }

@@ -1,7 +1,7 @@
-#include "common/libraries.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 #include "simulator/camera/simulated_camera.h"
+#include "tests/support/linked_library.h"
 #include "tests/tools/image_fixture.h"
 
 #include <functional>
@@ -98,9 +98,7 @@ TEST_F(ImageUnderTest, CheckAndThePlugInAgreeOnChainsThatEndAtTheLastByte) {
     QString error;
     auto const camera = simulator::SimulatedCamera::open(QStringLiteral("poly-12bit"), &error);
     ASSERT_TRUE(camera) << qPrintable(error);
-    installVeyra2({.vy_ExistsRegister = ::vy_ExistsRegister,
-                   .vy_readRegisters = ::vy_readRegisters,
-                   .vy_setMode = ::vy_setMode});
+    installVeyra2(linkedLibrary());
     int whole = 0;
     for (uint8_t const last : Bytes{0xFF, 0x55, 0x00})
         for (int32_t end = kStoreSize - 5; end <= kStoreSize + 1; ++end) {
