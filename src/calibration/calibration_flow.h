@@ -88,8 +88,13 @@ public:
 
     /// Shows what the state says; without the gate.
     void show();
-    /// A step was cut short by an error: none that only its own routine ends is left in progress.
-    void stepCutShort();
+    /// Runs a step, out of which nothing is thrown.
+    template <typename Step>
+    void run(Step const& step) noexcept {
+        if (!guarded("a step of the page", step))
+            guarded("the end of a step", [this] { stepCutShort(); });
+    }
+    /// The step that came through the gate has ended: it works on the EEPROM no more.
     void stepEnded() { m_eeprom.end(); }
 
 protected:
@@ -118,6 +123,8 @@ protected:
     PageState m_state;
 
 private:
+    /// A step was cut short by an error: none that only its own routine ends is left in progress.
+    void stepCutShort();
     void loadSettings();
     void storeSettings();
     void setRunAll(bool on);

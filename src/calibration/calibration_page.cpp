@@ -61,41 +61,17 @@ void CalibrationPage::connectWidgets() {
     connect(this, &CalibrationPage::Status, this, &CalibrationPage::OnUpdateStatus);
 }
 
-namespace {
-
-// One step of a flow, out of which nothing is thrown.
-template <typename Step>
-void runStep(CalibrationFlow& flow, Step const& step) {
-    if (!guarded("a step of the page", step))
-        guarded("the end of a step", [&] { flow.stepCutShort(); });
-    flow.stepEnded();
-}
-
-} // namespace
-
-void CalibrationPage::press(std::function<void(CalibrationFlow&)> step) {
-    std::shared_ptr const flow = m_flow; // the step's own share
-    flow->gate.runOrKeep([&kept = *flow, step = std::move(step)] {
-        runStep(kept, [&] {
-            step(kept);
-            kept.show();
-        });
-    });
-}
-
-void CalibrationPage::edit(std::function<void(CalibrationFlow&)> step) {
-    if (m_flow->state().updateDepth == 0)
-        press(std::move(step));
-}
-
 void CalibrationPage::start() {
     std::shared_ptr const flow = m_flow;
-    flow->gate.runOrDrop([&] { runStep(*flow, [&] { flow->tick(); }); });
+    flow->gate.runOrDrop([&] {
+        flow->run([&] { flow->tick(); });
+        flow->stepEnded();
+    });
 }
 
 void CalibrationPage::onFrame(Frame const& frame) {
     std::shared_ptr const flow = m_flow;
-    flow->gate.runOrDrop([&] { runStep(*flow, [&] { flow->onFrame(frame); }); });
+    flow->gate.runOrDrop([&] { flow->run([&] { flow->onFrame(frame); }); });
 }
 
 // What this throws is for the one who opens the dialog: the host gets none.
@@ -137,11 +113,11 @@ void CalibrationPage::closePage() {
 void CalibrationPage::registerChanged(uint32_t what, uint32_t) {
     std::shared_ptr const flow = m_flow;
     if (what == 0)
-        runStep(*flow, [&] { flow->showLensCorrection(); });
+        flow->run([&] { flow->showLensCorrection(); });
 }
 void CalibrationPage::OnUpdateStatus() {
     std::shared_ptr const flow = m_flow;
-    runStep(*flow, [&] { flow->show(); });
+    flow->run([&] { flow->show(); });
 }
 void CalibrationPage::OnBnClicked_LensCalibSetup() {
     press(&CalibrationFlow::applySetup);

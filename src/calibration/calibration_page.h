@@ -74,12 +74,29 @@ protected:
         finishBuilding(version);
     }
 
-    /// A button: keeps what arrives inside a step, and shows what became of it. Nothing is thrown.
-    void press(std::function<void(CalibrationFlow&)> step);
+    /// A button: keeps what arrives inside a step, and shows what became of it. Nothing is thrown, also when
+    /// there is no memory to keep it.
+    template <typename Step>
+    void press(Step step) {
+        std::shared_ptr const flow = m_flow; // the step's own share
+        guarded("a button", [&] {
+            flow->gate.runOrKeep([&kept = *flow, step] {
+                kept.run([&] {
+                    std::invoke(step, kept);
+                    kept.show();
+                });
+                kept.stepEnded();
+            });
+        });
+    }
 
 private:
     /// A field: a change that the page itself makes is none of the user's.
-    void edit(std::function<void(CalibrationFlow&)> step);
+    template <typename Step>
+    void edit(Step step) {
+        if (m_flow->state().updateDepth == 0)
+            press(step);
+    }
     void finishBuilding(QLabel* version);
     void connectWidgets();
 

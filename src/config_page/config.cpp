@@ -49,17 +49,21 @@ ConfigState const& Config::state() const {
 
 void Config::reject() {}
 
-void Config::press(std::function<void(ConfigFlow&)> step) {
+template <typename Step>
+void Config::press(Step step) {
     std::shared_ptr const flow = m_flow; // the step's own share
-    flow->gate.runOrKeep([&kept = *flow, step = std::move(step)] {
-        guarded("a step of the page", [&] { step(kept); });
-        kept.stepEnded();
+    guarded("a button", [&] {
+        flow->gate.runOrKeep([&kept = *flow, step] {
+            guarded("a step of the page", [&] { std::invoke(step, kept); });
+            kept.stepEnded();
+        });
     });
 }
 
-void Config::edit(std::function<void(ConfigFlow&)> step) {
+template <typename Step>
+void Config::edit(Step step) {
     if (m_flow->state().updateDepth == 0)
-        press(std::move(step));
+        press(step);
 }
 
 void Config::changeCombo(Identification field) {

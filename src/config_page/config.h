@@ -58,9 +58,11 @@ public slots:
 
 private:
     /// A button: keeps what arrives inside a step. Nothing is thrown.
-    void press(std::function<void(kestra::ConfigFlow&)> step);
+    template <typename Step>
+    void press(Step step);
     /// A field: a change that the page itself makes is none of the user's.
-    void edit(std::function<void(kestra::ConfigFlow&)> step);
+    template <typename Step>
+    void edit(Step step);
     void changeCombo(kestra::Identification field);
     void connectWidgets();
 

@@ -45,11 +45,12 @@ public:
             run(step);
     }
     /// For buttons and fields.
-    void runOrKeep(std::function<void()> step) {
+    template <typename Step>
+    void runOrKeep(Step step) {
         if (m_closed)
             return;
         if (m_busy)
-            m_kept.push_back(std::move(step));
+            m_kept.emplace_back(std::move(step));
         else
             run(step);
     }

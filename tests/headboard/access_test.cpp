@@ -222,7 +222,8 @@ TEST(Range, NothingFollowsARecordThatLeadsOutOfTheStore) {
         EXPECT_EQ(EepromNextRecord(*h.eeprom, 0), 5);
         EXPECT_EQ(EepromNextRecord(*h.eeprom, 5), fits ? end : kEepromNoRecord) << length;
         EXPECT_EQ(EepromReadRecord(*h.eeprom, 5, {}), fits ? end - 5 : kEepromFailed) << length;
-        EXPECT_EQ(EepromFindRecord(*h.eeprom, kRecordEnd, nullptr, 0), fits ? end : kEepromNoRecord) << length;
+        EXPECT_EQ(EepromFindRecord(*h.eeprom, kRecordEnd, nullptr, 0), fits ? end : kEepromNoRecord)
+            << length;
         EXPECT_EQ(EepromDeleteRecord(*h.eeprom, 5), fits ? kEepromOk : kEepromFailed) << length;
     }
     // Old bytes behind the end mark are no length.

@@ -35,7 +35,8 @@ struct CountedBoard : Headboard {
         HeadboardEepromEnsureImage(*eeprom);
         int64_t const transfers =
             least(ByteState::NotRead, size_t(offset), size_t(offset) + size_t(count), false);
-        expect(transfers, timeOfReads(transfers), [&] { return HeadboardEepromLoad(*eeprom, offset, count); });
+        expect(transfers, timeOfReads(transfers),
+               [&] { return HeadboardEepromLoad(*eeprom, offset, count); });
     }
     void save() {
         int64_t const transfers = least(ByteState::Changed, 0, eeprom->state.size(), true);

@@ -51,7 +51,8 @@ protected:
     }
     std::string deviceNumber() {
         EepromShare const fresh = HeadboardEepromCreate(session.sensor.camera);
-        return std::string(EepromRecordText(*fresh, EepromFindRecord(*fresh, kRecordHeadboardId, nullptr, 0)));
+        return std::string(
+            EepromRecordText(*fresh, EepromFindRecord(*fresh, kRecordHeadboardId, nullptr, 0)));
     }
 
     InputReader nothing{{}};
