@@ -88,14 +88,21 @@ public:
 
     /// Shows what the state says; without the gate.
     void show();
-    /// Runs a step, out of which nothing is thrown.
+    /// Runs a step that came through the gate; nothing is thrown out of it.
     template <typename Step>
     void run(Step const& step) noexcept {
         if (!guarded("a step of the page", step))
             guarded("the end of a step", [this] { stepCutShort(); });
+        m_eeprom.end();
     }
-    /// The step that came through the gate has ended: it works on the EEPROM no more.
-    void stepEnded() { m_eeprom.end(); }
+    /// The same for a button or a field, which shows what became of it.
+    template <typename Step>
+    void press(Step const& step) noexcept {
+        run([&] {
+            step();
+            show();
+        });
+    }
 
 protected:
     /// A new calibration of the library; null when it has no data for the sensor.

@@ -14,7 +14,7 @@ constexpr int kTickMs = 500;
 } // namespace
 
 CalibrationPage::CalibrationPage(QWidget* parent, std::shared_ptr<CalibrationFlow> flow)
-    : QDialog(parent), m_flow(std::move(flow)) {
+    : GatedPage(parent, std::move(flow)) {
     m_flow->emitStatus = [this] { emit Status(); };
 }
 
@@ -25,18 +25,12 @@ CalibrationPage::~CalibrationPage() {
 }
 
 void CalibrationPage::finishBuilding(QLabel* version) {
-    auto* const timer = new QTimer(this);
-    timer->setInterval(kTickMs);
-    connect(timer, &QTimer::timeout, this, &CalibrationPage::start);
-    m_flow->widgets.timer = timer;
-    connectWidgets();
+    PageWidgets& w = m_flow->widgets;
     version->setText(versionText());
-}
-
-void CalibrationPage::connectWidgets() {
-    PageWidgets const& w = m_flow->widgets;
-    using Slot = void (CalibrationPage::*)();
-    std::pair<QPushButton*, Slot> const buttons[] = {
+    w.timer = new QTimer(this);
+    w.timer->setInterval(kTickMs);
+    connect(w.timer, &QTimer::timeout, this, &CalibrationPage::start);
+    std::pair<QPushButton*, void (CalibrationPage::*)()> const buttons[] = {
         {w.LensCalibSetup, &CalibrationPage::OnBnClicked_LensCalibSetup},
         {w.AE, &CalibrationPage::OnBnClickedAe},
         {w.AWB, &CalibrationPage::OnBnClickedAwb},
@@ -63,10 +57,7 @@ void CalibrationPage::connectWidgets() {
 
 void CalibrationPage::start() {
     std::shared_ptr const flow = m_flow;
-    flow->gate.runOrDrop([&] {
-        flow->run([&] { flow->tick(); });
-        flow->stepEnded();
-    });
+    flow->gate.runOrDrop([&] { flow->run([&] { flow->tick(); }); });
 }
 
 void CalibrationPage::onFrame(Frame const& frame) {
@@ -74,7 +65,6 @@ void CalibrationPage::onFrame(Frame const& frame) {
     flow->gate.runOrDrop([&] { flow->run([&] { flow->onFrame(frame); }); });
 }
 
-// What this throws is for the one who opens the dialog: the host gets none.
 void CalibrationPage::initialise() {
     std::shared_ptr const flow = m_flow;
     flow->gate.runOrDrop([&] { flow->initialise(); });
@@ -90,84 +80,24 @@ void CalibrationPage::setVisible(bool visible) {
     QDialog::setVisible(visible);
 }
 
-void CalibrationPage::reject() {}
-
-void CalibrationPage::setSerialNumber(SerialNumber serialNumber) {
-    m_flow->serialNumber = std::move(serialNumber);
+void CalibrationPage::registerChanged(uint32_t what, uint32_t) {
+    std::shared_ptr const flow = m_flow;
+    if (what == 0)
+        guarded("a register's change", [&] { flow->showLensCorrection(); });
 }
 
-void CalibrationPage::setDestroyedHook(std::function<void()> hook) {
-    m_destroyedHook = std::move(hook);
-}
-
-void CalibrationPage::adopt(SensorRecord const& sensor, HostServices const& services) {
-    m_flow->adopt(sensor, services);
+void CalibrationPage::OnUpdateStatus() {
+    std::shared_ptr const flow = m_flow;
+    guarded("the status", [&] { flow->show(); });
 }
 
 void CalibrationPage::setFileState(StepState state) {
     press([state](CalibrationFlow& flow) { flow.setFileState(state); });
 }
-void CalibrationPage::closePage() {
-    press(&CalibrationFlow::closePage);
-}
-void CalibrationPage::registerChanged(uint32_t what, uint32_t) {
-    std::shared_ptr const flow = m_flow;
-    if (what == 0)
-        flow->run([&] { flow->showLensCorrection(); });
-}
-void CalibrationPage::OnUpdateStatus() {
-    std::shared_ptr const flow = m_flow;
-    flow->run([&] { flow->show(); });
-}
-void CalibrationPage::OnBnClicked_LensCalibSetup() {
-    press(&CalibrationFlow::applySetup);
-}
-void CalibrationPage::OnBnClickedAe() {
-    press(&CalibrationFlow::adjustExposure);
-}
-void CalibrationPage::OnBnClickedAwb() {
-    press(&CalibrationFlow::adjustColourBalance);
-}
-void CalibrationPage::OnBnClickedCalibrate() {
-    press(&CalibrationFlow::calibrate);
-}
-void CalibrationPage::OnBnClickedFilesave() {
-    press(&CalibrationFlow::saveToFile);
-}
-void CalibrationPage::OnBnClickedPromsave() {
-    press(&CalibrationFlow::saveToEeprom);
-}
-void CalibrationPage::OnBnClickedStartover() {
-    press(&CalibrationFlow::startOver);
-}
-void CalibrationPage::OnBnClickedGraph() {
-    press(&CalibrationFlow::showGraph);
-}
-void CalibrationPage::OnBnClickedCU() {
-    press(&CalibrationFlow::testUniformity);
-}
-void CalibrationPage::OnBnClickedRunall() {
-    press(&CalibrationFlow::toggleRunAll);
-}
-void CalibrationPage::OnBnClickedBrowse() {
-    press(&CalibrationFlow::browse);
-}
-void CalibrationPage::OnCbnSelchangePromLabel(QString const& text) {
-    OnCbnEditchangePromLabel(text);
-}
-void CalibrationPage::OnCbnEditchangePromLabel(QString const&) {
-    edit(&CalibrationFlow::eepromLabelChanged);
-}
-// The signatures of these two are published, values and all. NOLINTBEGIN(performance-unnecessary-value-param)
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): published with a value
 void CalibrationPage::OnEnChangeGoodcu(QString text) {
     edit([text](CalibrationFlow& flow) { flow.uniformityLimitChanged(text); });
-}
-void CalibrationPage::OnEnChangeSavedir(QString) {
-    edit(&CalibrationFlow::saveDirChanged);
-}
-// NOLINTEND(performance-unnecessary-value-param)
-void CalibrationPage::OnBnClickedEnableLC() {
-    edit(&CalibrationFlow::switchLensCorrection);
 }
 
 void tellSerialNumberEdited(std::span<CalibrationPage* const> pages, bool isEmpty) {

@@ -1,17 +1,15 @@
 #pragma once
 
 #include "calibration/calibration_flow.h"
+#include "wizard/gated_page.h"
 
-#include <QDialog>
-#include <functional>
-#include <memory>
 #include <span>
 
 namespace kestra {
 
 /// A calibration page: the dialog that stands as a tab in the wizard. It owns the widgets and the timer, and
 /// hands everything that happens to its flow, through the gate.
-class CalibrationPage : public QDialog {
+class CalibrationPage : public GatedPage<CalibrationFlow> {
     Q_OBJECT
 
 public:
@@ -19,24 +17,22 @@ public:
 
     void setVisible(bool visible) override;
     /// Hides the page for good: no tick runs any more.
-    virtual void closePage();
+    virtual void closePage() { press(&CalibrationFlow::closePage); }
     /// The host tells of a register write; `what` 0 means any register.
     virtual void registerChanged(uint32_t what, uint32_t value);
 
-    /// A page is a part of its tab: the Escape key leaves it there.
-    void reject() override;
-
     /// Takes a fresh copy of the host's records.
-    void adopt(SensorRecord const& sensor, HostServices const& services);
-    /// Brings the page into its first state; called once, after construction.
+    void adopt(SensorRecord const& sensor, HostServices const& services) { m_flow->adopt(sensor, services); }
+    /// Brings the page into its first state; called once, after construction. What this throws is for the
+    /// one who opens the dialog: the host gets none.
     void initialise();
     /// A frame of the host's; see `Frame`.
     void onFrame(Frame const& frame);
-    void setSerialNumber(SerialNumber serialNumber);
+    void setSerialNumber(SerialNumber serialNumber) { m_flow->serialNumber = std::move(serialNumber); }
     /// Overrules how the file step stands.
     void setFileState(StepState state);
     /// Called once when the page goes away, before anything of it is gone.
-    void setDestroyedHook(std::function<void()> hook);
+    void setDestroyedHook(std::function<void()> hook) { m_destroyedHook = std::move(hook); }
 
     [[nodiscard]] PageState const& state() const { return m_flow->state(); }
 
@@ -45,22 +41,24 @@ signals:
 
 public slots:
     void start();
-    void OnBnClicked_LensCalibSetup();
-    void OnBnClickedAe();
-    void OnBnClickedAwb();
-    void OnBnClickedCalibrate();
-    void OnBnClickedFilesave();
-    void OnBnClickedPromsave();
-    void OnBnClickedStartover();
-    void OnBnClickedGraph();
-    void OnBnClickedCU();
-    void OnBnClickedRunall();
-    void OnBnClickedBrowse();
-    void OnCbnSelchangePromLabel(QString const& text);
-    void OnCbnEditchangePromLabel(QString const& text);
+    void OnBnClicked_LensCalibSetup() { press(&CalibrationFlow::applySetup); }
+    void OnBnClickedAe() { press(&CalibrationFlow::adjustExposure); }
+    void OnBnClickedAwb() { press(&CalibrationFlow::adjustColourBalance); }
+    void OnBnClickedCalibrate() { press(&CalibrationFlow::calibrate); }
+    void OnBnClickedFilesave() { press(&CalibrationFlow::saveToFile); }
+    void OnBnClickedPromsave() { press(&CalibrationFlow::saveToEeprom); }
+    void OnBnClickedStartover() { press(&CalibrationFlow::startOver); }
+    void OnBnClickedGraph() { press(&CalibrationFlow::showGraph); }
+    void OnBnClickedCU() { press(&CalibrationFlow::testUniformity); }
+    void OnBnClickedRunall() { press(&CalibrationFlow::toggleRunAll); }
+    void OnBnClickedBrowse() { press(&CalibrationFlow::browse); }
+    void OnCbnSelchangePromLabel(QString const&) { edit(&CalibrationFlow::eepromLabelChanged); }
+    void OnCbnEditchangePromLabel(QString const&) { edit(&CalibrationFlow::eepromLabelChanged); }
+    // These two are published with values. NOLINTBEGIN(performance-unnecessary-value-param)
     void OnEnChangeGoodcu(QString text);
-    void OnEnChangeSavedir(QString text);
-    void OnBnClickedEnableLC();
+    void OnEnChangeSavedir(QString) { edit(&CalibrationFlow::saveDirChanged); }
+    // NOLINTEND(performance-unnecessary-value-param)
+    void OnBnClickedEnableLC() { edit(&CalibrationFlow::switchLensCorrection); }
     void OnUpdateStatus();
 
 protected:
@@ -74,33 +72,9 @@ protected:
         finishBuilding(version);
     }
 
-    /// A button: keeps what arrives inside a step, and shows what became of it. Nothing is thrown, also when
-    /// there is no memory to keep it.
-    template <typename Step>
-    void press(Step step) {
-        std::shared_ptr const flow = m_flow; // the step's own share
-        guarded("a button", [&] {
-            flow->gate.runOrKeep([&kept = *flow, step] {
-                kept.run([&] {
-                    std::invoke(step, kept);
-                    kept.show();
-                });
-                kept.stepEnded();
-            });
-        });
-    }
-
 private:
-    /// A field: a change that the page itself makes is none of the user's.
-    template <typename Step>
-    void edit(Step step) {
-        if (m_flow->state().updateDepth == 0)
-            press(step);
-    }
     void finishBuilding(QLabel* version);
-    void connectWidgets();
 
-    std::shared_ptr<CalibrationFlow> const m_flow;
     std::function<void()> m_destroyedHook;
 };
 

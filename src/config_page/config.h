@@ -1,22 +1,11 @@
 #pragma once
 
-#include "headboard/headboard_eeprom.h"
-#include "published/host_records.h"
-
-#include <QDialog>
-#include <functional>
-#include <memory>
-
-class Wizard;
-namespace kestra {
-class ConfigFlow;
-struct ConfigState;
-enum class Identification : uint8_t;
-} // namespace kestra
+#include "config_page/config_flow.h"
+#include "wizard/gated_page.h"
 
 /// The headboard configuration page: it checks and erases the headboard EEPROM, records the headboard's four
 /// identification bytes and its serial number, and names the host's grabbed pictures after the number.
-class Config : public QDialog {
+class Config : public kestra::GatedPage<kestra::ConfigFlow> {
     Q_OBJECT
 
 public:
@@ -29,42 +18,35 @@ public:
     /// none.
     Config(QWidget* parent, SensorRecord const& sensor, HostServices const* services,
            kestra::EepromSlot& eeprom, Wizard* wizard, SerialNumberListener serialNumberEdited = {});
-    ~Config() override;
+    ~Config() override { m_flow->pageDestroyed(); }
 
     /// Fills the lists and checks the EEPROM; called once, after construction.
-    void initialise();
+    void initialise() { press(&Flow::initialise); }
     /// Stores the serial number in the EEPROM unless it is empty or stored already; the calibration pages
     /// call it before they save there. A number that could not be stored stays shown as not saved.
-    void applySerialNumber();
+    void applySerialNumber() { press(&Flow::applySerialNumber); }
     /// The serial number as entered.
-    [[nodiscard]] QString serialNumber() const;
+    [[nodiscard]] QString serialNumber() const { return m_flow->widgets.serialNumber(); }
 
-    /// A page is a part of its tab: the Escape key leaves it there.
-    void reject() override;
-
-    [[nodiscard]] kestra::ConfigState const& state() const;
+    [[nodiscard]] kestra::ConfigState const& state() const { return m_flow->state(); }
 
 public slots:
-    void OnBnClickedEepromTest();
-    void OnBnClickedApply();
-    void OnBnClickedSetGrabFileName();
-    void OnBnClickedEepromErase();
-    void OnBnClickedDocUserguide();
-    void OnCbnSelchangeIfCombo(QString const& text);
-    void OnCbnSelchangeMiCombo(QString const& text);
-    void OnCbnSelchangePnCombo(QString const& text);
-    void OnCbnSelchangeSpCombo(QString const& text);
-    void OnEnChangeSn(QString text);
+    void OnBnClickedEepromTest() { press(&Flow::testEeprom); }
+    void OnBnClickedApply() { press(&Flow::apply); }
+    void OnBnClickedSetGrabFileName() { press(&Flow::setGrabFileName); }
+    void OnBnClickedEepromErase() { press(&Flow::eraseEeprom); }
+    void OnBnClickedDocUserguide() { press(&Flow::openUserGuide); }
+    void OnCbnSelchangeIfCombo(QString const&) { changeCombo(kestra::Identification::Interface); }
+    void OnCbnSelchangeMiCombo(QString const&) { changeCombo(kestra::Identification::Market); }
+    void OnCbnSelchangePnCombo(QString const&) { changeCombo(kestra::Identification::PartNumber); }
+    void OnCbnSelchangeSpCombo(QString const&) { changeCombo(kestra::Identification::Processing); }
+    // Published with a value. NOLINTNEXTLINE(performance-unnecessary-value-param)
+    void OnEnChangeSn(QString) { edit(&Flow::serialNumberChanged); }
 
 private:
-    /// A button: keeps what arrives inside a step. Nothing is thrown.
-    template <typename Step>
-    void press(Step step);
-    /// A field: a change that the page itself makes is none of the user's.
-    template <typename Step>
-    void edit(Step step);
-    void changeCombo(kestra::Identification field);
-    void connectWidgets();
+    using Flow = kestra::ConfigFlow;
 
-    std::shared_ptr<kestra::ConfigFlow> const m_flow;
+    void changeCombo(kestra::Identification field) {
+        edit([field](Flow& flow) { flow.comboChanged(field); });
+    }
 };

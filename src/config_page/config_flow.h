@@ -38,7 +38,12 @@ public:
     void serialNumberChanged();
     void applySerialNumber();
 
-    void stepEnded() { m_eeprom.end(); }
+    /// Runs a step that came through the gate; nothing is thrown out of it.
+    template <typename Step>
+    void press(Step const& step) noexcept {
+        guarded("a step of the page", step);
+        m_eeprom.end();
+    }
 
 private:
     void detectEeprom();
