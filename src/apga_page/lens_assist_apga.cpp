@@ -1,9 +1,9 @@
 #include "apga_page/lens_assist_apga.h"
 
-#include "apga_page/illuminant_solution.h"
 #include "apga_page/white_balance_gains.h"
 #include "calibration/calibration_flow.h"
 #include "calibration/saving.h"
+#include "calibration/settings.h"
 #include "common/libraries.h"
 #include "common/numbers.h"
 #include "headboard/register_record.h"
@@ -15,6 +15,13 @@ namespace kestra {
 namespace {
 
 constexpr int32_t kLibraryMinusOne = -1;
+
+constexpr uint32_t kAdaptiveBits = 12;
+constexpr uint32_t kBitsOfYcbcr = 8;
+constexpr uint32_t kAutomaticBits = 8; // whatever the frame holds: the library knows these sensors
+
+constexpr int32_t kNoRadius = 0; // the radius belongs to the base solution alone
+constexpr uint32_t kSlots[kIlluminants] = {2, 3, 4};
 
 constexpr PageTraits kTraits = {
     .kind = PageKind::Apga,
@@ -75,7 +82,8 @@ void placeCaptureRows(Ui::LensAssistApga const& steps, Ui::LensAssistApgaCapture
 } // namespace
 
 /// What only the three-illuminant page does: it captures one frame under each light, solves from all three
-/// at a tick, and keeps the white balance of the three lights in the EEPROM.
+/// at a tick, for the adaptive mode on a base solution from the fluorescent one, and keeps the white balance
+/// of the three lights in the EEPROM.
 class LensAssistApgaFlow : public CalibrationFlow {
 public:
     LensAssistApgaFlow(SensorRecord const& sensor, HostServices const& services, EepromSlot& eepromSlot)
@@ -96,6 +104,8 @@ protected:
 
 private:
     void takeFrame(Frame const& frame);
+    void findTables();
+    [[nodiscard]] IlluminantKelvins temperatures() const;
 
     PgaMode m_mode;
     uint32_t m_blinks = 0; // the lowest bit tells which bullet a waiting row shows
@@ -165,15 +175,66 @@ void LensAssistApgaFlow::takeFrame(Frame const& frame) {
     notifyStatus();
 }
 
+IlluminantKelvins LensAssistApgaFlow::temperatures() const {
+    return {widgets.temperature(kIncandescent), widgets.temperature(kFluorescent),
+            widgets.temperature(kDaylight)};
+}
+
 void LensAssistApgaFlow::solve() {
-    IlluminantTemperatures temperatures{};
-    for (size_t i = 0; i < kIlluminants; ++i)
-        temperatures[i] = toInt32(widgets.temperature(i));
     widgets.paintAtOnce(widgets.calibration);
-    findIlluminantSolution({m_host, m_camera, m_state, widgets}, m_mode, temperatures);
+    if (m_mode.autoPgaMode || m_mode.adaptivePgaMode)
+        findTables();
     // Not a failure yet, deliberately: a calculation that failed has no registers, and the next tick says so.
     m_state.lscStepState = kInProgress;
     m_state.lscStepProgress = phase::kSolved;
+}
+
+// A frame that is refused or a solution that fails sets its failure state, and nothing more is asked.
+void LensAssistApgaFlow::findTables() {
+    WaitCursor const cursor(widgets.page);
+    IlluminantKelvins const kelvins = temperatures();
+    std::optional<SensorInfo> const info = m_camera.info();
+    BayerCoding const bayer = readBayerCoding(m_host);
+    sf_YcbcrInput const ycbcr = readYcbcrInput(m_host, bayer.orientation);
+    int32_t const falloff = falloffPercent(widgets.falloffText());
+    bool const isAutomatic = m_mode.autoPgaMode != 0;
+    uint32_t const adaptiveBits = m_state.inputWasYcbcr ? kBitsOfYcbcr : kAdaptiveBits;
+
+    auto const isGiven = [&](Illuminant illuminant) {
+        CaptureRow const& row = m_state.captured[illuminant];
+        if (m_state.lscStepState != kInProgress || !row.samples)
+            return false;
+        LibraryImage const image = {
+            .data = row.samples->data(),
+            .width = info ? info->imageWidth : uint32_t(row.width),
+            .height = info ? info->imageHeight : uint32_t(row.height),
+            .isYcbcr = m_state.inputWasYcbcr != 0,
+            .bits = isAutomatic ? kAutomaticBits : adaptiveBits,
+        };
+        Shading const& library = m_state.shading;
+        // The sensor's picture may have grown since the capture; the library reads as much as it is told of.
+        if (uint64_t{image.width} * image.height > row.samples->size())
+            m_state.lscStepState = kFailed;
+        else if (!(image.isYcbcr ? library.accepts(image, ycbcr) : library.accepts(image, bayer)))
+            m_state.lscStepState = kFailedOtherwise;
+        return m_state.lscStepState == kInProgress;
+    };
+    auto const judge = [&](int result) {
+        if (result != 0)
+            m_state.lscStepState = failureOf(result);
+    };
+    if (!isAutomatic && isGiven(kFluorescent))
+        judge(m_state.shading.findSolution(makeSolutionParams(falloff, m_state.lensRadius)));
+    // The fluorescent table, whose frame the base comes from, is found last: the library keeps the order in
+    // which the tables are asked for.
+    for (Illuminant const illuminant : {kIncandescent, kDaylight, kFluorescent}) {
+        if (!isGiven(illuminant))
+            continue;
+        sf_ApgaParams table = makeApgaParams(falloff, kNoRadius);
+        table.colourTemperature = uint32_t(toInt32(kelvins[illuminant]));
+        table.illuminantSlot = kSlots[illuminant];
+        judge(isAutomatic ? m_state.shading.findAutoPga(table) : m_state.shading.findApga(table));
+    }
 }
 
 EepromStatus LensAssistApgaFlow::storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) {
@@ -181,12 +242,8 @@ EepromStatus LensAssistApgaFlow::storeInEeprom(HeadboardEeprom& eeprom, QByteArr
     EepromStatus const stored = saveShadingRegisters(eeprom, label.constData(), model);
     if (stored == kEepromOk)
         (void)addFactoryTime(eeprom, label, OlderTime::MayStay); // the result is that of the registers
-    if (kind().keepsWhiteBalanceGains && hasWhiteBalanceGains(m_state.captured)) {
-        IlluminantKelvins temperatures{};
-        for (size_t i = 0; i < kIlluminants; ++i)
-            temperatures[i] = widgets.temperature(i);
-        storeWhiteBalanceGains(eeprom, label.constData(), m_host, m_state.captured, temperatures);
-    }
+    if (kind().keepsWhiteBalanceGains && hasWhiteBalanceGains(m_state.captured))
+        storeWhiteBalanceGains(eeprom, label.constData(), m_host, m_state.captured, temperatures());
     if (stored != kEepromOk)
         return stored;
     EepromStatus const written = HeadboardEepromFlush(eeprom);
@@ -199,10 +256,7 @@ using namespace kestra;
 
 LensAssistApga::LensAssistApga(QWidget* parent, SensorRecord const& sensor, HostServices const& services,
                                Wizard* wizard, EepromSlot& eepromSlot)
-    : LensAssistApga(parent, std::make_shared<LensAssistApgaFlow>(sensor, services, eepromSlot), wizard) {}
-
-LensAssistApga::LensAssistApga(QWidget* parent, std::shared_ptr<LensAssistApgaFlow> flow, Wizard* wizard)
-    : CalibrationPage(parent, flow), m_flow(std::move(flow)) {
+    : CalibrationPage(parent, std::make_shared<LensAssistApgaFlow>(sensor, services, eepromSlot)) {
     Ui::LensAssistApga steps;
     steps.setupUi(this);
     Ui::LensAssistApgaCaptureRows rows;
@@ -217,23 +271,14 @@ LensAssistApga::LensAssistApga(QWidget* parent, std::shared_ptr<LensAssistApgaFl
     connect(rows.Daylight_Image, &QPushButton::clicked, this, &LensAssistApga::OnBnClickedDaylight_Image);
 }
 
-void LensAssistApga::setMode(PgaMode mode) {
-    m_flow->setMode(mode);
+LensAssistApgaFlow& LensAssistApga::flow() const {
+    return static_cast<LensAssistApgaFlow&>(*m_flow);
 }
 
-CapturedFrames const& LensAssistApga::captured() const {
-    return m_flow->state().captured;
+void LensAssistApga::setMode(PgaMode mode) {
+    flow().setMode(mode);
 }
 
 void LensAssistApga::capture(Illuminant illuminant) {
-    press([this_ = m_flow.get(), illuminant](CalibrationFlow&) { this_->captureImage(illuminant); });
-}
-void LensAssistApga::OnBnClickedIncandescent_Image() {
-    capture(kIncandescent);
-}
-void LensAssistApga::OnBnClickedFluorescent_Image() {
-    capture(kFluorescent);
-}
-void LensAssistApga::OnBnClickedDaylight_Image() {
-    capture(kDaylight);
+    press([&own = flow(), illuminant](CalibrationFlow&) { own.captureImage(illuminant); });
 }

@@ -1,11 +1,18 @@
 #pragma once
 
-#include "apga_page/illuminant_solution.h"
 #include "calibration/calibration_page.h"
 
 namespace kestra {
+
 class LensAssistApgaFlow;
-}
+
+/// Which of the library's two calculations a sensor needs. Neither, when neither is set.
+struct PgaMode {
+    uint8_t autoPgaMode = 0; ///< looked at first
+    uint8_t adaptivePgaMode = 0;
+};
+
+} // namespace kestra
 
 /// The three-illuminant page: one calibration from three flat-field pictures, one under each light, for
 /// sensors that blend a table of each by colour temperature.
@@ -19,17 +26,14 @@ public:
 
     /// Which calculation the sensor needs; set before `initialise`.
     void setMode(kestra::PgaMode mode);
-    [[nodiscard]] kestra::CapturedFrames const& captured() const;
+    [[nodiscard]] kestra::CapturedFrames const& captured() const { return state().captured; }
 
 public slots:
-    void OnBnClickedIncandescent_Image();
-    void OnBnClickedFluorescent_Image();
-    void OnBnClickedDaylight_Image();
+    void OnBnClickedIncandescent_Image() { capture(kestra::kIncandescent); }
+    void OnBnClickedFluorescent_Image() { capture(kestra::kFluorescent); }
+    void OnBnClickedDaylight_Image() { capture(kestra::kDaylight); }
 
 private:
-    LensAssistApga(QWidget* parent, std::shared_ptr<kestra::LensAssistApgaFlow> flow, Wizard* wizard);
-
+    [[nodiscard]] kestra::LensAssistApgaFlow& flow() const;
     void capture(kestra::Illuminant illuminant);
-
-    std::shared_ptr<kestra::LensAssistApgaFlow> const m_flow;
 };
