@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
-#include <stdexcept>
+#include <exception>
 
 namespace kestra {
 
@@ -15,9 +14,7 @@ CapturedSamples copyOf(Frame const& frame, int64_t bytes, size_t elements) {
         auto samples = std::make_shared<std::vector<uint16_t>>(elements);
         std::memcpy(samples->data(), frame.data, size_t(bytes));
         return samples;
-    } catch (std::bad_alloc const&) {
-        return nullptr;
-    } catch (std::length_error const&) {
+    } catch (std::exception const&) { // no memory, or more than a vector holds
         return nullptr;
     }
 }

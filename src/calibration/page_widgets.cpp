@@ -10,30 +10,7 @@ namespace {
 
 constexpr int kFalloffChoices[] = {110, 105, 100, 95, 90, 85, 80, 75}; // per cent
 
-QString textOf(QLineEdit const* edit) {
-    return edit ? edit->text() : QString();
-}
-QString textOf(QComboBox const* combo) {
-    return combo ? combo->currentText() : QString();
-}
-
 } // namespace
-
-QString PageWidgets::falloffText() const {
-    return textOf(FallOff);
-}
-QString PageWidgets::uniformityLimitText() const {
-    return textOf(GoodCU);
-}
-QString PageWidgets::saveDirText() const {
-    return textOf(Save_Dir);
-}
-QString PageWidgets::eepromLabelText() const {
-    return textOf(Prom_Label);
-}
-bool PageWidgets::isEnableLcChecked() const {
-    return Enable_LC && Enable_LC->isChecked();
-}
 
 void PageWidgets::fillFalloff() {
     if (!FallOff)
@@ -75,7 +52,8 @@ void PageWidgets::showLensCorrection(bool on) {
 }
 
 double PageWidgets::temperature(size_t illuminant) const {
-    return leadingDecimal(textOf(captures[illuminant].temperature).toLocal8Bit());
+    QLineEdit const* const field = captures[illuminant].temperature;
+    return field ? leadingDecimal(field->text().toLocal8Bit()) : 0;
 }
 
 void PageWidgets::showTemperature(size_t illuminant, int32_t kelvin) {

@@ -76,11 +76,13 @@ public:
     }
 
     // What the user has entered; empty, false and 0 for a page that is gone.
-    [[nodiscard]] QString falloffText() const;
-    [[nodiscard]] QString uniformityLimitText() const;
-    [[nodiscard]] QString saveDirText() const;
-    [[nodiscard]] QString eepromLabelText() const;
-    [[nodiscard]] bool isEnableLcChecked() const;
+    [[nodiscard]] QString falloffText() const { return FallOff ? FallOff->currentText() : QString(); }
+    [[nodiscard]] QString uniformityLimitText() const { return GoodCU ? GoodCU->text() : QString(); }
+    [[nodiscard]] QString saveDirText() const { return Save_Dir ? Save_Dir->text() : QString(); }
+    [[nodiscard]] QString eepromLabelText() const {
+        return Prom_Label ? Prom_Label->currentText() : QString();
+    }
+    [[nodiscard]] bool isEnableLcChecked() const { return Enable_LC && Enable_LC->isChecked(); }
     /// The colour temperature that a capture's text begins with, kelvin, with its fraction; 0 without a
     /// number.
     [[nodiscard]] double temperature(size_t illuminant) const;

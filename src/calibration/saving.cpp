@@ -6,6 +6,7 @@
 #include "headboard/register_record.h"
 
 #include <optional>
+#include <string_view>
 
 namespace kestra {
 
@@ -92,33 +93,12 @@ QByteArray CalibrationFlow::resultFilePath() const {
 }
 
 QByteArray sanitisedLabel(QByteArray label) {
-    for (int i = 0; i < label.size(); ++i) {
-        if (beginsTwoByteLetter(label[i])) {
-            ++i; // its other half belongs to the letter
-            continue;
-        }
-        switch (char& c = label.data()[i]; c) {
-        case '\\':
-        case '/':
-        case ':':
-        case '*':
-        case '?':
-        case '|':
-            c = '-';
-            break;
-        case '"':
-            c = '\'';
-            break;
-        case '<':
-            c = '(';
-            break;
-        case '>':
-            c = ')';
-            break;
-        default:
-            break;
-        }
-    }
+    static constexpr std::string_view kForbidden = "\\/:*?|\"<>";
+    static constexpr std::string_view kInstead = "------'()";
+    // The second half of a two-byte letter belongs to the letter, whatever it is.
+    for (int i = 0; i < label.size(); i += beginsTwoByteLetter(label[i]) ? 2 : 1)
+        if (size_t const at = kForbidden.find(label[i]); at != std::string_view::npos)
+            label.data()[i] = kInstead[at];
     return label;
 }
 

@@ -115,23 +115,21 @@ QString captured(char const* text) {
     return QCoreApplication::translate("LensAssistApga", text);
 }
 
+// By `CaptureState`.
+constexpr Cell kCaptures[] = {
+    {QT_TRANSLATE_NOOP("LensAssistApga", "Not done yet."), Bullet::Gray},
+    {QT_TRANSLATE_NOOP("LensAssistApga", "Not done yet."), Bullet::Gray},
+    {QT_TRANSLATE_NOOP("LensAssistApga", "Waiting for you..."), Bullet::Gray},
+    {QT_TRANSLATE_NOOP("LensAssistApga", "In progress..."), Bullet::Blue},
+    {QT_TRANSLATE_NOOP("LensAssistApga", "Done."), Bullet::Green},
+    {QT_TRANSLATE_NOOP("LensAssistApga", "Error: Incompatible image size."), Bullet::Red},
+    {QT_TRANSLATE_NOOP("LensAssistApga", "Error."), Bullet::Red},
+};
+
 StepStatus captureStatus(CaptureRow const& row) {
-    auto const cell = [](char const* text, Bullet bullet) { return StepStatus{captured(text), bullet}; };
-    switch (row.state) {
-    case kWaiting:
-        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Waiting for you..."),
-                    row.isLit ? Bullet::Blue : Bullet::Gray);
-    case kCapturing:
-        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "In progress..."), Bullet::Blue);
-    case kCaptured:
-        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Done."), Bullet::Green);
-    case kIncompatibleSize:
-        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Error: Incompatible image size."), Bullet::Red);
-    case kCaptureFailed:
-        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Error."), Bullet::Red);
-    default:
-        return cell(QT_TRANSLATE_NOOP("LensAssistApga", "Not done yet."), Bullet::Gray);
-    }
+    Cell const& cell = kCaptures[row.state];
+    bool const blinks = row.state == kWaiting && row.isLit;
+    return {captured(cell.text), blinks ? Bullet::Blue : cell.bullet};
 }
 
 StepStatus setupStatus(PageState const& state) {

@@ -101,7 +101,7 @@ void ConfigFlow::readIdentificationBytes() {
     WaitCursor const cursor(widgets.page);
     uint32_t const device = m_eeprom.take(m_sensor.camera).deviceAddress;
     // The part number comes first: it decides which interfaces there are to select from.
-    for (auto const& [field, address] : kIdentificationFields) {
+    for (Identification const field : kIdentificationReadOrder) {
         uint32_t const code = readIdentification(m_host, device, field);
         UpdateGuard const guard(m_state.updateDepth);
         m_state.identification[size_t(field)] = identificationText(code);

@@ -25,19 +25,6 @@ constexpr SerialRow kSerialRows[] = {
     {kSerialEmptyOtherwise, kEnterNumber, Bullet::Red},
 };
 
-void add(QComboBox& combo, ProductCode const& product) {
-    combo.addItem(QLatin1String(product.text), uint(product.code));
-}
-
-void fill(QComboBox* combo, std::span<ProductCode const> products) {
-    if (!combo)
-        return;
-    combo->clear();
-    for (ProductCode const& product : products)
-        add(*combo, product);
-    combo->setCurrentIndex(-1);
-}
-
 void showText(QLabel* label, QString const& text) {
     if (label)
         label->setText(text);
@@ -100,21 +87,21 @@ std::optional<uint8_t> ConfigWidgets::selectedCode(Identification field) const {
     return uint8_t(list->currentData().toUInt());
 }
 
-void ConfigWidgets::fillCombos() {
-    if (QComboBox* const list = combo(Identification::PartNumber)) {
-        list->clear();
-        for (PartNumber const& part : partNumbers())
-            add(*list, part.product);
-        list->setCurrentIndex(-1);
-    }
-    fill(combo(Identification::Market), marketIndicators());
-    fill(combo(Identification::Processing), specialProcessings());
-    m_shownInterfaces.reset();
+void ConfigWidgets::fill(Identification field, InterfaceFamily family) {
+    QComboBox* const list = combo(field);
+    if (!list)
+        return;
+    list->clear();
+    for (ProductCode const& product : productCodes(field, family))
+        list->addItem(QLatin1String(product.text), uint(product.code));
+    list->setCurrentIndex(-1);
 }
 
-void ConfigWidgets::fillInterfaces(InterfaceFamily family) {
-    fill(combo(Identification::Interface), interfaces(family));
-    m_shownInterfaces = family;
+void ConfigWidgets::fillCombos() {
+    for (Identification const field :
+         {Identification::PartNumber, Identification::Market, Identification::Processing})
+        fill(field, {});
+    m_shownInterfaces.reset();
 }
 
 void ConfigWidgets::fitInterfaces() {
@@ -123,7 +110,8 @@ void ConfigWidgets::fitInterfaces() {
     if (m_shownInterfaces == family)
         return;
     std::optional<uint8_t> const selected = selectedCode(Identification::Interface);
-    fillInterfaces(family);
+    fill(Identification::Interface, family);
+    m_shownInterfaces = family;
     if (!selected)
         return;
     select(Identification::Interface, *selected);

@@ -34,8 +34,8 @@ struct ConfigState {
     uint32_t busAddress = 0; ///< of the EEPROM
     SerialState serialState = SerialState::Unknown;
     bool combosDirty = false; ///< a list was changed by the user and not applied since
-    QMessageBox::Icon messageBoxIcon = QMessageBox::NoIcon;           ///< of the erase question
-    std::array<QString, kIdentificationFields.size()> identification; ///< bytes as last read, as text
+    QMessageBox::Icon messageBoxIcon = QMessageBox::NoIcon; ///< of the erase question
+    std::array<QString, 4> identification;                  ///< bytes as last read, as text
 };
 
 /// What stands beside a step: its text and its bullet.
@@ -105,7 +105,7 @@ public:
 
 private:
     [[nodiscard]] QComboBox* combo(Identification field) const { return combos[size_t(field)]; }
-    void fillInterfaces(InterfaceFamily family);
+    void fill(Identification field, InterfaceFamily family);
 
     std::optional<InterfaceFamily> m_shownInterfaces;
 };

@@ -10,31 +10,21 @@ namespace {
 
 constexpr std::chrono::milliseconds kAccessPause{100};
 
-uint32_t addressOf(Identification field) {
-    return kIdentificationFields[size_t(field)].address;
-}
-
-constexpr bool isOrdered() {
-    for (size_t i = 0; i < kIdentificationFields.size(); ++i)
-        if (size_t(kIdentificationFields[i].field) != i)
-            return false;
-    return true;
-}
-static_assert(isOrdered(), "addressOf() takes a field's number for its row");
+constexpr uint32_t kAddresses[] = {8191, 8177, 8179, 8180}; // in the EEPROM, by `Identification`
 
 constexpr ProductCode kUnspecified = {"Unspecified", kUnspecifiedCode};
 
-constexpr PartNumber kPartNumbers[] = {
-    {{"KV0134 colour (KV0134-C12)", 1}, InterfaceFamily::Sensor},
-    {{"KV0134 monochrome (KV0134-M12)", 2}, InterfaceFamily::Sensor},
-    {{"KV0231 colour (KV0231-C10)", 3}, InterfaceFamily::Sensor},
-    {{"KV0231 near infrared (KV0231-N10)", 4}, InterfaceFamily::Sensor},
-    {{"KV0512 colour (KV0512-C12)", 8}, InterfaceFamily::Sensor},
-    {{"KV0820 colour (KV0820-C12)", 12}, InterfaceFamily::Sensor},
-    {{"Corvo 1.3 module (CM0134-A)", 64}, InterfaceFamily::Module},
-    {{"Corvo 2.3 module (CM0231-A)", 65}, InterfaceFamily::Module},
-    {{"Engineering sample (KVX)", 254}, InterfaceFamily::Sensor},
-    {kUnspecified, InterfaceFamily::Sensor},
+constexpr ProductCode kPartNumbers[] = {
+    {"KV0134 colour (KV0134-C12)", 1},
+    {"KV0134 monochrome (KV0134-M12)", 2},
+    {"KV0231 colour (KV0231-C10)", 3},
+    {"KV0231 near infrared (KV0231-N10)", 4},
+    {"KV0512 colour (KV0512-C12)", 8},
+    {"KV0820 colour (KV0820-C12)", 12},
+    {"Corvo 1.3 module (CM0134-A)", 64, InterfaceFamily::Module},
+    {"Corvo 2.3 module (CM0231-A)", 65, InterfaceFamily::Module},
+    {"Engineering sample (KVX)", 254},
+    kUnspecified,
 };
 
 constexpr ProductCode kSensorInterfaces[] = {
@@ -62,13 +52,13 @@ constexpr ProductCode kSpecialProcessings[] = {
 } // namespace
 
 uint32_t readIdentification(Host const& host, uint32_t device, Identification field) {
-    uint32_t const code = host.readBusByte(device, addressOf(field));
+    uint32_t const code = host.readBusByte(device, kAddresses[size_t(field)]);
     pauseFor(kAccessPause);
     return code;
 }
 
 void writeIdentification(Host const& host, uint32_t device, Identification field, uint8_t code) {
-    host.writeBusByte(device, addressOf(field), code);
+    host.writeBusByte(device, kAddresses[size_t(field)], code);
     pauseFor(kAccessPause);
 }
 
@@ -78,26 +68,23 @@ QString identificationText(uint32_t code) {
     return QStringLiteral("0x%02").arg(code, 0, 16);
 }
 
-std::span<PartNumber const> partNumbers() {
-    return kPartNumbers;
-}
-
-std::span<ProductCode const> interfaces(InterfaceFamily family) {
-    return family == InterfaceFamily::Module ? std::span<ProductCode const>(kModuleInterfaces)
-                                             : std::span<ProductCode const>(kSensorInterfaces);
-}
-
-std::span<ProductCode const> marketIndicators() {
-    return kMarketIndicators;
-}
-
-std::span<ProductCode const> specialProcessings() {
+std::span<ProductCode const> productCodes(Identification field, InterfaceFamily family) {
+    switch (field) {
+    case Identification::PartNumber:
+        return kPartNumbers;
+    case Identification::Interface:
+        return family == InterfaceFamily::Module ? std::span<ProductCode const>(kModuleInterfaces)
+                                                 : std::span<ProductCode const>(kSensorInterfaces);
+    case Identification::Market:
+        return kMarketIndicators;
+    case Identification::Processing:
+        break;
+    }
     return kSpecialProcessings;
 }
 
 InterfaceFamily interfaceFamily(uint32_t partNumberCode) {
-    auto const* const row = std::ranges::find_if(
-        kPartNumbers, [&](PartNumber const& part) { return part.product.code == partNumberCode; });
+    auto const* const row = std::ranges::find(kPartNumbers, partNumberCode, &ProductCode::code);
     return row == std::end(kPartNumbers) ? InterfaceFamily::Sensor : row->interfaces;
 }
 

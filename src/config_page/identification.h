@@ -9,22 +9,12 @@
 
 namespace kestra {
 
-/// What the four bytes tell that lie in the EEPROM above its records. The order is that of reading.
+/// What the four bytes tell that lie in the EEPROM above its records.
 enum class Identification : uint8_t { PartNumber, Interface, Market, Processing };
 
-struct IdentificationField {
-    Identification field;
-    uint32_t address; ///< in the EEPROM
-};
-
-inline constexpr std::array<IdentificationField, 4> kIdentificationFields = {{
-    {Identification::PartNumber, 8191},
-    {Identification::Interface, 8177},
-    {Identification::Market, 8179},
-    {Identification::Processing, 8180},
-}};
-
-/// The order of writing.
+inline constexpr std::array<Identification, 4> kIdentificationReadOrder = {
+    Identification::PartNumber, Identification::Interface, Identification::Market,
+    Identification::Processing};
 inline constexpr std::array<Identification, 4> kIdentificationWriteOrder = {
     Identification::Interface, Identification::Market, Identification::Processing,
     Identification::PartNumber};
@@ -39,18 +29,14 @@ void writeIdentification(Host const& host, uint32_t device, Identification field
 
 // What a headboard can be told to be. A new product is a row in identification.cpp and nothing else.
 
-/// One entry of a list: what the user reads and the byte that the headboard stores for it.
-struct ProductCode {
-    char const* text;
-    uint8_t code;
-};
-
 /// A list of interfaces that part numbers share.
 enum class InterfaceFamily : uint8_t { Sensor, Module };
 
-struct PartNumber {
-    ProductCode product; ///< the sensor's name with its part code in parentheses
-    InterfaceFamily interfaces;
+/// One entry of a list: what the user reads and the byte that the headboard stores for it.
+struct ProductCode {
+    char const* text; ///< a part number's is the sensor's name with its part code in parentheses
+    uint8_t code;
+    InterfaceFamily interfaces = InterfaceFamily::Sensor; ///< of a part number
 };
 
 /// Stands for "Unspecified" in every list; also what an erased EEPROM holds.
@@ -58,10 +44,8 @@ inline constexpr uint8_t kUnspecifiedCode = 255;
 /// The interface of a module whose parallel port must be switched on in the camera.
 inline constexpr uint8_t kModuleParallelCode = 17;
 
-[[nodiscard]] std::span<PartNumber const> partNumbers();
-[[nodiscard]] std::span<ProductCode const> interfaces(InterfaceFamily family);
-[[nodiscard]] std::span<ProductCode const> marketIndicators();
-[[nodiscard]] std::span<ProductCode const> specialProcessings();
+/// The entries to select from; those of the interfaces depend on the family.
+[[nodiscard]] std::span<ProductCode const> productCodes(Identification field, InterfaceFamily family);
 
 /// The interfaces of a part number; of one that is not in the list, a sensor's.
 [[nodiscard]] InterfaceFamily interfaceFamily(uint32_t partNumberCode);

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QPointer>
+#include <QScopedValueRollback>
 #include <QWidget>
 #include <cstdint>
 #include <initializer_list>
@@ -14,15 +15,8 @@ namespace kestra {
 
 /// Marks widget updates from code while it lives, so that change handlers ignore the signals that they raise.
 /// It counts in `depth`, which outlives it.
-class UpdateGuard {
-public:
-    explicit UpdateGuard(uint32_t& depth) : m_depth(depth) { ++m_depth; }
-    ~UpdateGuard() { --m_depth; }
-    UpdateGuard(UpdateGuard const&) = delete;
-    UpdateGuard& operator=(UpdateGuard const&) = delete;
-
-private:
-    uint32_t& m_depth;
+struct UpdateGuard : QScopedValueRollback<uint32_t> {
+    explicit UpdateGuard(uint32_t& depth) : QScopedValueRollback(depth, depth + 1) {}
 };
 
 /// Shows the wait cursor over a page while it lives. The page may be null, and may go away meanwhile.
@@ -53,19 +47,9 @@ enum class Bullet { Gray, Blue, Green, Yellow, Red };
 [[nodiscard]] inline QPixmap bulletPixmap(Wizard const* wizard, Bullet bullet) {
     if (!wizard)
         return {};
-    switch (bullet) {
-    case Bullet::Gray:
-        break;
-    case Bullet::Blue:
-        return wizard->pixBlue;
-    case Bullet::Green:
-        return wizard->pixGreen;
-    case Bullet::Yellow:
-        return wizard->pixYellow;
-    case Bullet::Red:
-        return wizard->pixRed;
-    }
-    return wizard->pixGray;
+    constexpr QPixmap Wizard::*kPixmaps[] = {&Wizard::pixGray, &Wizard::pixBlue, &Wizard::pixGreen,
+                                             &Wizard::pixYellow, &Wizard::pixRed};
+    return wizard->*kPixmaps[size_t(bullet)];
 }
 
 /// What a page is shown on, without its own widgets: they are derived, under their object names, as one

@@ -47,24 +47,19 @@ TEST(GrabFileName, TheFolderStaysWhicheverItsSeparator) {
         EXPECT_EQ(grabFileName(present, "SN"), expected) << present;
 }
 
-template <typename List>
-std::set<int> codesOf(List const& list) {
+std::set<int> codesOf(Identification field, InterfaceFamily family) {
     std::set<int> codes;
-    for (auto const& row : list)
+    for (ProductCode const& row : productCodes(field, family))
         EXPECT_TRUE(codes.insert(row.code).second) << row.text << " would never be selected";
     EXPECT_TRUE(codes.contains(255));
     return codes;
 }
 
 TEST(ProductLists, NoCodeStandsForTwoRows) {
-    std::vector<ProductCode> parts;
-    for (PartNumber const& part : partNumbers())
-        parts.push_back(part.product);
-    codesOf(parts);
-    codesOf(marketIndicators());
-    codesOf(specialProcessings());
-    EXPECT_EQ(codesOf(interfaces(InterfaceFamily::Sensor)), (std::set{1, 2, 3, 255}));
-    EXPECT_EQ(codesOf(interfaces(InterfaceFamily::Module)), (std::set{17, 18, 255}));
+    for (Identification const field : kIdentificationReadOrder)
+        codesOf(field, InterfaceFamily::Sensor);
+    EXPECT_EQ(codesOf(Identification::Interface, InterfaceFamily::Sensor), (std::set{1, 2, 3, 255}));
+    EXPECT_EQ(codesOf(Identification::Interface, InterfaceFamily::Module), (std::set{17, 18, 255}));
 }
 
 } // namespace
