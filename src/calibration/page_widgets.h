@@ -75,7 +75,7 @@ public:
                                    {form.Daylight_Status, nullptr, form.Daylight_Bullet, {}}}};
     }
 
-    // What the user has entered; empty, false and 0 for a page that is gone.
+    // What the user has entered; empty, false and 0 without widgets.
     [[nodiscard]] QString falloffText() const { return FallOff ? FallOff->currentText() : QString(); }
     [[nodiscard]] QString uniformityLimitText() const { return GoodCU ? GoodCU->text() : QString(); }
     [[nodiscard]] QString saveDirText() const { return Save_Dir ? Save_Dir->text() : QString(); }

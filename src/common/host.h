@@ -7,8 +7,7 @@
 namespace kestra {
 
 /// The host's service table as the plug-in uses it: one method a slot. A null slot is never called; writes
-/// then do nothing, reads answer 0, the given default or an empty text. A value: it holds its own copy of the
-/// table, so that a routine may keep calling while the object it was copied from is destroyed.
+/// then do nothing, reads answer 0, the given default or an empty text. A value with its own copy of the table.
 class Host {
 public:
     Host() = default;
@@ -53,8 +52,8 @@ private:
     HostServices m_services{};
 };
 
-/// Brackets a sequence of changes to the host's sensor state (slots 25 and 26). It copies the host, so the
-/// bracket closes even when the page goes away inside it.
+/// Brackets a sequence of changes to the host's sensor state (slots 25 and 26). It copies the host: what was
+/// opened there is closed there, whatever becomes of the original.
 class ChangeGroup {
 public:
     explicit ChangeGroup(Host const& host) : m_host(host) { m_host.beginChanges(); }

@@ -55,7 +55,7 @@ struct ConfigView {
 
 [[nodiscard]] ConfigView viewOf(ConfigState const& state);
 
-/// The configuration page's widgets. Reading a list that is gone gives no code.
+/// The configuration page's widgets. Without them no list has a code.
 class ConfigWidgets : public PageSurface {
 public:
     /// Takes the widgets from the page's generated form.

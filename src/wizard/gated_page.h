@@ -3,7 +3,9 @@
 #include "wizard/gate.h"
 
 #include <QDialog>
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace kestra {
 

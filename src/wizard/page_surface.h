@@ -19,7 +19,7 @@ struct UpdateGuard : QScopedValueRollback<uint32_t> {
     explicit UpdateGuard(uint32_t& depth) : QScopedValueRollback(depth, depth + 1) {}
 };
 
-/// Shows the wait cursor over a page while it lives. The page may be null, and may go away meanwhile.
+/// Shows the wait cursor over a page while it lives. The page may be null.
 class WaitCursor {
 public:
     explicit WaitCursor(QWidget* page) : m_page(page) {
@@ -53,8 +53,8 @@ enum class Bullet { Gray, Blue, Green, Yellow, Red };
 }
 
 /// What a page is shown on, without its own widgets: they are derived, under their object names, as one
-/// surface to read from and to show on. All pointers are guarded and borrowed: what is gone is not touched,
-/// so a surface may outlive its page inside a host call. Reading a widget that is gone gives an empty text.
+/// surface to read from and to show on. All pointers are guarded and borrowed, and null ones are passed over:
+/// reading one gives an empty text.
 class PageSurface {
 public:
     QPointer<QDialog> page;
