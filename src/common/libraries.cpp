@@ -18,90 +18,64 @@ namespace kestra {
 
 namespace {
 
-constexpr int kFailed = -1;
+// What a function that is missing answers: nothing exists, nothing is found, every transfer fails.
+template <auto value>
+struct Absent {};
+constexpr Absent<0> kNone{};
+constexpr Absent<nullptr> kNull{};
+constexpr Absent<-1> kFailed{};
 
-// What stands in for a missing function: nothing exists, nothing is found, every transfer fails.
-constexpr Veyra2 kAbsentVeyra2 = {
-    .vy_ExistsRegister = [](vy_Camera*, char const*) { return 0; },
-    .vy_ExistsBitfield = [](vy_Camera*, char const*, char const*) { return 0; },
-    .vy_FindRegister = [](vy_Camera*, char const*) -> vy_RegisterDescription const* { return nullptr; },
-    .vy_FindBitfield = [](vy_Camera*, char const*, char const*) -> vy_BitfieldDescription const* {
-        return nullptr;
-    },
-    .vy_FindRegisterAddr = [](vy_Camera*, uint32_t, uint32_t, uint32_t) -> vy_RegisterDescription const* {
-        return nullptr;
-    },
-    .vy_dataSize = [](uint32_t) { return 0U; },
-    .vy_ReadSensorRegStr = [](vy_Camera*, char const*, char const*, uint32_t*) { return kFailed; },
-    .vy_WriteSensorRegStr = [](vy_Camera*, char const*, char const*, uint32_t) { return kFailed; },
-    .vy_ReadSensorReg = [](vy_Camera*, vy_RegisterDescription const*, uint32_t*) { return kFailed; },
-    .vy_WriteSensorReg = [](vy_Camera*, vy_RegisterDescription const*, uint32_t) { return kFailed; },
-    .vy_readRegisters = [](vy_Camera*, uint32_t, uint32_t, uint32_t, uint32_t*) { return kFailed; },
-    .vy_writeRegisters = [](vy_Camera*, uint32_t, uint32_t, uint32_t, uint32_t const*) { return kFailed; },
-    .vy_setMode = [](vy_Camera*, uint32_t, uint32_t) { return kFailed; },
-    .vy_InvalidateRegCache = [](vy_Camera*) {},
-    .vy_IsSOC = [](vy_Camera*) { return 0; },
-    .vy_Home = []() -> char const* { return nullptr; },
-    .vy_stopTransport = [](vy_Camera*) { return kFailed; },
-    .vy_CloseCameras = []() {},
-    .vy_SensorInfo = [](vy_Camera*) -> vy_SensorDescription const* { return nullptr; },
-};
-
-constexpr Shadefit kAbsentShadefit = {
-    .sf_Create = [](uint32_t, uint32_t, int32_t) -> sf_Handle* { return nullptr; },
-    .sf_Create2 = [](void const*, uint32_t, uint32_t, uint32_t) -> sf_Handle* { return nullptr; },
-    .sf_SetInputImage2 = [](sf_Handle*, void const*, uint32_t, uint32_t, uint32_t, uint32_t, uint32_t,
-                            uint32_t, int32_t, int32_t) { return 0; },
-    .sf_SetInputImageYcbcr = [](sf_Handle*, void const*, uint32_t, uint32_t, sf_YcbcrInput const*, int32_t,
-                                int32_t) { return 0; },
-    .sf_FindSolution = [](sf_Handle*, sf_SolutionParams const*) { return kFailed; },
-    .sf_FindApga = [](sf_Handle*, sf_ApgaParams const*) { return kFailed; },
-    .sf_FindAutoPga = [](sf_Handle*, sf_ApgaParams const*) { return kFailed; },
-    .sf_DumpRegList = [](sf_Handle*) -> sf_RegList const* { return nullptr; },
-    .sf_DumpRegFile = [](sf_Handle*, char const*, uint32_t, uint32_t, uint32_t) { return kFailed; },
-    .sf_Destroy = [](sf_Handle*) {},
-};
-
-// Applies `each(member of table, member of absent, name)` to every function of a library.
+#define KESTRA_FUNCTION(name, absent) each(table.name, #name, absent)
+// Applies `each(member, name, what a missing one answers)` to every function of a library.
 template <typename Each>
 void forEachFunction(Veyra2& table, Each each) {
-#define KESTRA_FUNCTION(name) each(table.name, kAbsentVeyra2.name, #name)
-    KESTRA_FUNCTION(vy_ExistsRegister);
-    KESTRA_FUNCTION(vy_ExistsBitfield);
-    KESTRA_FUNCTION(vy_FindRegister);
-    KESTRA_FUNCTION(vy_FindBitfield);
-    KESTRA_FUNCTION(vy_FindRegisterAddr);
-    KESTRA_FUNCTION(vy_dataSize);
-    KESTRA_FUNCTION(vy_ReadSensorRegStr);
-    KESTRA_FUNCTION(vy_WriteSensorRegStr);
-    KESTRA_FUNCTION(vy_ReadSensorReg);
-    KESTRA_FUNCTION(vy_WriteSensorReg);
-    KESTRA_FUNCTION(vy_readRegisters);
-    KESTRA_FUNCTION(vy_writeRegisters);
-    KESTRA_FUNCTION(vy_setMode);
-    KESTRA_FUNCTION(vy_InvalidateRegCache);
-    KESTRA_FUNCTION(vy_IsSOC);
-    KESTRA_FUNCTION(vy_Home);
-    KESTRA_FUNCTION(vy_stopTransport);
-    KESTRA_FUNCTION(vy_CloseCameras);
-    KESTRA_FUNCTION(vy_SensorInfo);
-#undef KESTRA_FUNCTION
+    KESTRA_FUNCTION(vy_ExistsRegister, kNone);
+    KESTRA_FUNCTION(vy_ExistsBitfield, kNone);
+    KESTRA_FUNCTION(vy_FindRegister, kNull);
+    KESTRA_FUNCTION(vy_FindBitfield, kNull);
+    KESTRA_FUNCTION(vy_FindRegisterAddr, kNull);
+    KESTRA_FUNCTION(vy_dataSize, kNone);
+    KESTRA_FUNCTION(vy_ReadSensorRegStr, kFailed);
+    KESTRA_FUNCTION(vy_WriteSensorRegStr, kFailed);
+    KESTRA_FUNCTION(vy_ReadSensorReg, kFailed);
+    KESTRA_FUNCTION(vy_WriteSensorReg, kFailed);
+    KESTRA_FUNCTION(vy_readRegisters, kFailed);
+    KESTRA_FUNCTION(vy_writeRegisters, kFailed);
+    KESTRA_FUNCTION(vy_setMode, kFailed);
+    KESTRA_FUNCTION(vy_InvalidateRegCache, kNone);
+    KESTRA_FUNCTION(vy_IsSOC, kNone);
+    KESTRA_FUNCTION(vy_Home, kNull);
+    KESTRA_FUNCTION(vy_stopTransport, kFailed);
+    KESTRA_FUNCTION(vy_CloseCameras, kNone);
+    KESTRA_FUNCTION(vy_SensorInfo, kNull);
 }
 
 template <typename Each>
 void forEachFunction(Shadefit& table, Each each) {
-#define KESTRA_FUNCTION(name) each(table.name, kAbsentShadefit.name, #name)
-    KESTRA_FUNCTION(sf_Create);
-    KESTRA_FUNCTION(sf_Create2);
-    KESTRA_FUNCTION(sf_SetInputImage2);
-    KESTRA_FUNCTION(sf_SetInputImageYcbcr);
-    KESTRA_FUNCTION(sf_FindSolution);
-    KESTRA_FUNCTION(sf_FindApga);
-    KESTRA_FUNCTION(sf_FindAutoPga);
-    KESTRA_FUNCTION(sf_DumpRegList);
-    KESTRA_FUNCTION(sf_DumpRegFile);
-    KESTRA_FUNCTION(sf_Destroy);
+    KESTRA_FUNCTION(sf_Create, kNull);
+    KESTRA_FUNCTION(sf_Create2, kNull);
+    KESTRA_FUNCTION(sf_SetInputImage2, kNone);
+    KESTRA_FUNCTION(sf_SetInputImageYcbcr, kNone);
+    KESTRA_FUNCTION(sf_FindSolution, kFailed);
+    KESTRA_FUNCTION(sf_FindApga, kFailed);
+    KESTRA_FUNCTION(sf_FindAutoPga, kFailed);
+    KESTRA_FUNCTION(sf_DumpRegList, kNull);
+    KESTRA_FUNCTION(sf_DumpRegFile, kFailed);
+    KESTRA_FUNCTION(sf_Destroy, kNone);
+}
 #undef KESTRA_FUNCTION
+
+// Fills a function that is missing.
+template <typename Result, typename... Arguments, auto value>
+void fill(Result (*&function)(Arguments...), Absent<value>) {
+    if (!function)
+        function = [](Arguments...) { return Result(value); };
+}
+
+template <typename Table>
+Table completed(Table table) {
+    forEachFunction(table, [](auto& member, char const*, auto absent) { fill(member, absent); });
+    return table;
 }
 
 // The file that holds this code: the plug-in's own. No text of Qt: that would fix the locale's encoding
@@ -147,20 +121,18 @@ Table load(QString const& name) {
             break;
         causes += QStringLiteral("\n  ") + library.errorString();
     }
-    if (!library.isLoaded())
+    Table table;
+    if (!library.isLoaded()) {
         qWarning("KestraMfr: the library %s cannot be loaded:%s", qUtf8Printable(name),
                  qUtf8Printable(causes));
-    Table table;
-    forEachFunction(table, [&](auto& member, auto absent, char const* function) {
-        using Function = std::decay_t<decltype(absent)>;
-        member = library.isLoaded() ? reinterpret_cast<Function>(library.resolve(function)) : nullptr;
-        if (member)
-            return;
-        member = absent;
-        if (library.isLoaded())
+        return completed(table);
+    }
+    forEachFunction(table, [&](auto& member, char const* function, auto) {
+        member = reinterpret_cast<std::decay_t<decltype(member)>>(library.resolve(function));
+        if (!member)
             qWarning("KestraMfr: the library %s lacks the function %s", qUtf8Printable(name), function);
     });
-    return table;
+    return completed(table);
 }
 
 // The table in use. It is loaded by whoever asks first, so a table that is installed before that keeps the
@@ -175,19 +147,15 @@ Table const& current(char const* name) {
     return *installed<Table>;
 }
 
-template <typename Table>
-Table completed(Table table) {
-    forEachFunction(table, [](auto& member, auto absent, char const*) {
-        if (!member)
-            member = absent;
-    });
-    return table;
-}
-
 } // namespace
 
 Veyra2 const& veyra2() {
     return current<Veyra2>("veyra2");
+}
+
+Veyra2 const& absentVeyra2() {
+    static Veyra2 const absent = completed(Veyra2());
+    return absent;
 }
 
 Shadefit const& shadefit() {

@@ -48,6 +48,9 @@ struct Shadefit {
 Veyra2 const& veyra2();
 Shadefit const& shadefit();
 
+/// Nothing but stand-ins: the library as a camera finds it that is none.
+Veyra2 const& absentVeyra2();
+
 /// Installs another implementation; null members are filled with "absent" stand-ins. The shared library is
 /// not loaded when this comes first.
 void installVeyra2(Veyra2 const& table);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "published/veyra2.h"
+#include "common/libraries.h"
 
 #include <QByteArray>
 #include <optional>
@@ -23,7 +23,7 @@ struct SensorInfo {
 };
 
 /// A camera as the sensor-access library reaches it. A value that borrows the host's handle; with a null
-/// handle the library is never asked, everything is absent and every transfer fails with `kNoCamera`.
+/// handle the library is never asked: everything is absent and every transfer fails with -1.
 ///
 /// Operations that answer int give the library's own result: 0 for success, 12 when the addressed device does
 /// not answer, anything else for a failure. An empty bitfield name means the whole register.
@@ -33,39 +33,87 @@ public:
 
     explicit operator bool() const { return m_camera != nullptr; }
 
-    static constexpr int kNoCamera = -1;
-
-    [[nodiscard]] bool existsRegister(char const* reg) const;
-    [[nodiscard]] bool existsBitfield(char const* reg, char const* bitfield) const;
-    [[nodiscard]] bool isSystemOnChip() const;
+    [[nodiscard]] bool existsRegister(char const* reg) const {
+        return library().vy_ExistsRegister(m_camera, reg) != 0;
+    }
+    [[nodiscard]] bool existsBitfield(char const* reg, char const* bitfield) const {
+        return library().vy_ExistsBitfield(m_camera, reg, bitfield) != 0;
+    }
+    [[nodiscard]] bool isSystemOnChip() const { return library().vy_IsSOC(m_camera) != 0; }
     /// Empty when the camera has no sensor description.
-    [[nodiscard]] std::optional<SensorInfo> info() const;
+    [[nodiscard]] std::optional<SensorInfo> info() const {
+        vy_SensorDescription const* description = library().vy_SensorInfo(m_camera);
+        if (!description)
+            return std::nullopt;
+        return SensorInfo{
+            .sensorKind = description->sensorKind,
+            .variant = description->variant,
+            .registerAddressWidth = description->registerAddressWidth,
+            .registerDataWidth = description->registerDataWidth,
+            .hasPageSelect = description->hasPageSelect != 0,
+            .secondaryMaps = description->secondaryMaps,
+            .imageWidth = description->imageWidth,
+            .imageHeight = description->imageHeight,
+            .name = QByteArray(description->name), // null gives an empty name
+            .sensorData = description->sensorData,
+        };
+    }
 
     /// Descriptions are the library's; null when the sensor's map lacks them.
-    [[nodiscard]] vy_RegisterDescription const* findRegister(char const* reg) const;
-    [[nodiscard]] vy_BitfieldDescription const* findBitfield(char const* reg, char const* bitfield) const;
+    [[nodiscard]] vy_RegisterDescription const* findRegister(char const* reg) const {
+        return library().vy_FindRegister(m_camera, reg);
+    }
+    [[nodiscard]] vy_BitfieldDescription const* findBitfield(char const* reg, char const* bitfield) const {
+        return library().vy_FindBitfield(m_camera, reg, bitfield);
+    }
     [[nodiscard]] vy_RegisterDescription const* findRegisterAt(uint32_t address, uint32_t addressSpace,
-                                                               uint32_t id) const;
+                                                               uint32_t id) const {
+        return library().vy_FindRegisterAddr(m_camera, address, addressSpace, id);
+    }
     /// Size of a register's data in bytes.
-    [[nodiscard]] uint32_t dataSize(vy_RegisterDescription const& reg) const;
+    [[nodiscard]] uint32_t dataSize(vy_RegisterDescription const& reg) const {
+        return library().vy_dataSize(reg.dataType);
+    }
 
     /// By name. The library stores what it read whatever it reports; where it stores nothing, the value is 0.
-    [[nodiscard]] uint32_t readRegister(char const* reg, char const* bitfield) const;
-    [[nodiscard]] int writeRegister(char const* reg, char const* bitfield, uint32_t value) const;
+    [[nodiscard]] uint32_t readRegister(char const* reg, char const* bitfield) const {
+        uint32_t value = 0;
+        (void)library().vy_ReadSensorRegStr(m_camera, reg, bitfield, &value);
+        return value;
+    }
+    [[nodiscard]] int writeRegister(char const* reg, char const* bitfield, uint32_t value) const {
+        return library().vy_WriteSensorRegStr(m_camera, reg, bitfield, value);
+    }
     /// By description, also by a transient one.
-    [[nodiscard]] int readRegister(vy_RegisterDescription const& reg, uint32_t& value) const;
-    [[nodiscard]] int writeRegister(vy_RegisterDescription const& reg, uint32_t value) const;
+    [[nodiscard]] int readRegister(vy_RegisterDescription const& reg, uint32_t& value) const {
+        return library().vy_ReadSensorReg(m_camera, &reg, &value);
+    }
+    [[nodiscard]] int writeRegister(vy_RegisterDescription const& reg, uint32_t value) const {
+        return library().vy_WriteSensorReg(m_camera, &reg, value);
+    }
     /// Raw transfers on the serial bus: one word a byte, from `start` on.
-    [[nodiscard]] int readBus(uint32_t busAddress, uint32_t start, std::span<uint32_t> words) const;
-    [[nodiscard]] int writeBus(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words) const;
+    [[nodiscard]] int readBus(uint32_t busAddress, uint32_t start, std::span<uint32_t> words) const {
+        return library().vy_readRegisters(m_camera, busAddress, start, uint32_t(words.size()), words.data());
+    }
+    [[nodiscard]] int writeBus(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words) const {
+        return library().vy_writeRegisters(m_camera, busAddress, start, uint32_t(words.size()), words.data());
+    }
     /// Switches the transport into a mode.
-    [[nodiscard]] int setMode(uint32_t mode, uint32_t value) const;
+    [[nodiscard]] int setMode(uint32_t mode, uint32_t value) const {
+        return library().vy_setMode(m_camera, mode, value);
+    }
     /// Makes the next register reads go to the sensor.
-    void invalidateCache() const;
+    void invalidateCache() const { library().vy_InvalidateRegCache(m_camera); }
     /// Stops the transport and closes all cameras; only for a handle that the host did not lend.
-    void close() const;
+    void close() const {
+        Veyra2 const& used = library();
+        (void)used.vy_stopTransport(m_camera);
+        used.vy_CloseCameras();
+    }
 
 private:
+    [[nodiscard]] Veyra2 const& library() const { return m_camera ? veyra2() : absentVeyra2(); }
+
     vy_Camera* m_camera;
 };
 
