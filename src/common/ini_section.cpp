@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstring>
 #include <new>
+#include <string>
 #include <string_view>
 
 #ifdef _WIN32
@@ -15,27 +16,20 @@ namespace kestra {
 namespace {
 
 // The C classification functions take an unsigned char's value; anything else is undefined.
-bool isBlank(char c) {
-    return std::isspace(static_cast<unsigned char>(c)) != 0;
+bool isBlank(unsigned char c) {
+    return std::isspace(c) != 0;
 }
-bool isPrintable(char c) {
-    return std::isprint(static_cast<unsigned char>(c)) != 0;
-}
-bool isLetter(char c) {
-    return std::isalpha(static_cast<unsigned char>(c)) != 0;
-}
-int lower(char c) {
-    return std::tolower(static_cast<unsigned char>(c));
+int lower(unsigned char c) {
+    return std::tolower(c);
 }
 
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
+    return std::ranges::equal(a, b, {}, lower, lower);
 }
 
 // The end of the text without its trailing white space and non-printable characters.
 char* trimmedEnd(char* begin, char* end) {
-    while (end > begin && (isBlank(end[-1]) || !isPrintable(end[-1])))
+    while (end > begin && !std::isgraph(static_cast<unsigned char>(end[-1])))
         --end;
     return end;
 }
@@ -50,15 +44,41 @@ char* skipBlanks(char* text) {
 // are recognised by their first characters alone, so a longer word that begins like one counts too.
 bool isDirective(std::string_view line) {
     constexpr std::string_view kDirectives[] = {"#ICON", "#TOOLTIP", "#MENUITEM", "#SHORTCUT"};
-    return std::any_of(std::begin(kDirectives), std::end(kDirectives), [&](std::string_view word) {
+    return std::ranges::any_of(kDirectives, [&](std::string_view word) {
         return equalIgnoringCase(line.substr(0, word.size()), word);
     });
 }
 
 bool isComment(std::string_view line) {
-    if (line.size() >= 2 && line[0] == '#' && isLetter(line[1]))
+    if (line.size() >= 2 && line[0] == '#' && std::isalpha(static_cast<unsigned char>(line[1])))
         return !isDirective(line);
     return line[0] == ';' || line[0] == '#' || line.substr(0, 2) == "//";
+}
+
+// Reads up to the next line feed, which is dropped. False at the end of the file, when not even one character
+// was left, and when memory runs out.
+bool readLine(std::FILE* file, std::string& line) {
+    line.clear();
+    try {
+        for (int c = std::getc(file); c != '\n'; c = std::getc(file)) {
+            if (c == EOF)
+                return !line.empty();
+            line.push_back(static_cast<char>(c));
+        }
+    } catch (std::bad_alloc const&) {
+        return false; // a line too long for memory ends the read like the end of the file
+    }
+    return true;
+}
+
+// Removes white space at both ends and moves the text to the start of its buffer.
+void trimInPlace(char* text) {
+    char const* const begin = skipBlanks(text);
+    size_t length = std::strlen(begin);
+    while (length > 0 && isBlank(begin[length - 1]))
+        --length;
+    std::memmove(text, begin, length);
+    text[length] = '\0';
 }
 
 // The closing bracket of a section header, or null for any other line.
@@ -84,34 +104,12 @@ bool skipToSection(std::FILE* file, std::string& line, char const* sectionName) 
 
 FileHandle openFileUtf8(char const* name, char const* mode) {
 #ifdef _WIN32
-    return FileHandle(_wfopen(QString::fromUtf8(name).toStdWString().c_str(),
-                              QString::fromUtf8(mode).toStdWString().c_str()));
+    return {_wfopen(QString::fromUtf8(name).toStdWString().c_str(),
+                    QString::fromUtf8(mode).toStdWString().c_str()),
+            std::fclose};
 #else
-    return FileHandle(std::fopen(name, mode));
+    return {std::fopen(name, mode), std::fclose};
 #endif
-}
-
-bool readLine(std::FILE* file, std::string& line) {
-    line.clear();
-    try {
-        for (int c = std::getc(file); c != '\n'; c = std::getc(file)) {
-            if (c == EOF)
-                return !line.empty();
-            line.push_back(static_cast<char>(c));
-        }
-    } catch (std::bad_alloc const&) {
-        return false; // a line too long for memory ends the read like the end of the file
-    }
-    return true;
-}
-
-void trimInPlace(char* text) {
-    char const* const begin = skipBlanks(text);
-    size_t length = std::strlen(begin);
-    while (length > 0 && isBlank(begin[length - 1]))
-        --length;
-    std::memmove(text, begin, length);
-    text[length] = '\0';
 }
 
 size_t normaliseIniLine(char* line) {

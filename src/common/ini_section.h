@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <memory>
-#include <string>
 
 namespace kestra {
 
@@ -17,20 +16,10 @@ namespace kestra {
 [[nodiscard]] size_t readIniSection(char const* sectionName, char* buffer, size_t bufferSize,
                                     char const* iniFileName);
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
+using FileHandle = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 /// Opens a file by its UTF-8 name; on systems with byte file names the bytes are passed on unchanged.
 [[nodiscard]] FileHandle openFileUtf8(char const* name, char const* mode);
-
-/// Reads up to the next line feed, which is dropped. False at the end of the file, when not even one
-/// character was left, and when memory runs out.
-[[nodiscard]] bool readLine(std::FILE* file, std::string& line);
-
-/// Removes white space at both ends and moves the text to the start of its buffer.
-void trimInPlace(char* text);
 
 /// Brings an ini line into the form "key=value" in place. Returns its new length, or 0 for a line to be
 /// skipped: blank lines, comments, and "#" words other than the host's directives.

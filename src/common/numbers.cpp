@@ -4,16 +4,11 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <limits>
 
 namespace kestra {
 
 int32_t toInt32(double value) {
-    if (std::isnan(value))
-        return 0;
-    constexpr double kLow = std::numeric_limits<int32_t>::min();
-    constexpr double kHigh = std::numeric_limits<int32_t>::max();
-    return int32_t(std::clamp(value, kLow, kHigh));
+    return std::isnan(value) ? 0 : int32_t(std::clamp<double>(value, INT32_MIN, INT32_MAX));
 }
 
 double leadingDecimal(QByteArray const& text) {
