@@ -51,23 +51,18 @@ void addRows(uint8_t const* bytes, ptrdiff_t pitch, size_t halves, uint16_t* __r
 
 using AddRows = decltype(&addRows<8>);
 
-void addEightRows(uint8_t const* bytes, ptrdiff_t pitch, size_t halves, uint16_t* __restrict whole,
-                  uint16_t* __restrict upper) {
-    addRows<8>(bytes, pitch, halves, whole, upper);
-}
-
 #if defined(__GNUC__) && defined(__x86_64__)
 [[gnu::target("avx2")]] void addEightRowsAvx2(uint8_t const* bytes, ptrdiff_t pitch, size_t halves,
                                               uint16_t* __restrict whole, uint16_t* __restrict upper) {
     addRows<8>(bytes, pitch, halves, whole, upper);
 }
 
-AddRows chooseAddEightRows(Vectors vectors) {
-    return vectors == Vectors::Widest && __builtin_cpu_supports("avx2") ? addEightRowsAvx2 : addEightRows;
+AddRows chooseAddEightRows() {
+    return __builtin_cpu_supports("avx2") ? addEightRowsAvx2 : addRows<8>;
 }
 #else
-AddRows chooseAddEightRows(Vectors) {
-    return addEightRows;
+AddRows chooseAddEightRows() {
+    return addRows<8>;
 }
 #endif
 
@@ -116,13 +111,12 @@ private:
 };
 
 void addColumns(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows, std::span<ColumnRange const> ranges,
-                std::span<ChannelSums> sums, Vectors vectors) {
+                std::span<ChannelSums> sums) {
     int32_t const left = ranges.front().first;
     int32_t const width = ranges.back().last - left;
     while (rows > 0) {
         int const count = int(std::min<int64_t>(rows, ColumnSums::kMaxRows));
-        ColumnSums const columns(firstRow + ptrdiff_t{left} * 4, pitch, count, width,
-                                 chooseAddEightRows(vectors));
+        ColumnSums const columns(firstRow + ptrdiff_t{left} * 4, pitch, count, width, chooseAddEightRows());
         for (size_t i = 0; i < ranges.size(); ++i)
             columns.addTo(sums[i], {ranges[i].first - left, ranges[i].last - left});
         rows -= count;
@@ -161,9 +155,9 @@ bool isFasterByColumns(int32_t width, ptrdiff_t pitch) {
 } // namespace
 
 void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
-                    std::span<ColumnRange const> ranges, std::span<ChannelSums> sums, Vectors vectors) {
+                    std::span<ColumnRange const> ranges, std::span<ChannelSums> sums) {
     if (isFasterByColumns(ranges.back().last - ranges.front().first, pitch))
-        return addColumns(firstRow, pitch, rows, ranges, sums, vectors);
+        return addColumns(firstRow, pitch, rows, ranges, sums);
     for (int64_t y = 0; y < rows; ++y, firstRow += pitch)
         for (size_t i = 0; i < ranges.size(); ++i)
             addRun(firstRow + ptrdiff_t{ranges[i].first} * 4, ranges[i].last - ranges[i].first, sums[i]);

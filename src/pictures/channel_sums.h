@@ -19,14 +19,10 @@ struct ColumnRange {
     int32_t last;
 };
 
-/// Which vector instructions a sum may use; the result is the same.
-enum class Vectors { Portable, Widest };
-
 /// Adds the pixels of each column range, over `rows` picture rows that lie `pitch` bytes apart from
 /// `firstRow` on (negative: upwards), to the sums of the same index. The ranges ascend and may overlap. The
 /// rows are walked once, in memory order; no alignment is needed.
 void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
-                    std::span<ColumnRange const> ranges, std::span<ChannelSums> sums,
-                    Vectors vectors = Vectors::Widest);
+                    std::span<ColumnRange const> ranges, std::span<ChannelSums> sums);
 
 } // namespace kestra
