@@ -5,7 +5,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 namespace kestra {
 struct ChannelSums;
@@ -37,7 +36,7 @@ public:
         double third = 0;
     };
 
-    CSbl();
+    CSbl() = default;
     CSbl(CSbl const&) = delete;
     CSbl& operator=(CSbl const&) = delete;
 
@@ -63,13 +62,9 @@ public:
     [[nodiscard]] double maxDeviation() const { return m_maxDeviation; }
 
 private:
-    void clear();
-    void chooseGrid(int32_t width, int32_t height);
     void placeBlocks(int32_t width, int32_t height);
     void averageBlocks(void const* pixels, int32_t pitchInPixels);
-    void sumPixels(int32_t row, uint8_t const* pixels, ptrdiff_t pitch,
-                   std::span<kestra::ChannelSums> sums) const;
-    void sumAskedPixels(int32_t row, std::span<kestra::ChannelSums> sums);
+    kestra::ChannelSums askedSums(Block const& block);
     void rateBlocks();
 
     uint32_t m_patchCount = 36;
