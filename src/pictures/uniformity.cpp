@@ -14,30 +14,17 @@ namespace {
 // Without pixel data each pixel is asked for: larger than any sensor's, a picture would hold up the host.
 constexpr int64_t kMostAskedPixels = 1 << 26;
 
-// Columns first <= x < last of a row, or rows of a column, as far as they lie in the frame.
-struct Span {
-    int64_t first;
-    int64_t last;
-};
-
-Span clipped(int64_t first, int64_t last, int64_t size) {
-    return {std::max<int64_t>(first, 0), std::min(last, size)};
-}
-
-void putPixel(Frame const& frame, int64_t x, int64_t y, uint32_t pixel) {
-    // The host shows the frame after the call, so the marker is painted into the host's own memory.
-    auto* const row = const_cast<uint8_t*>(frame.row(y));
-    std::memcpy(row + x * 4, &pixel, sizeof pixel);
-}
-
-void paintRow(Frame const& frame, int64_t y, Span columns, uint32_t pixel) {
-    for (int64_t x = columns.first; x < columns.last; ++x)
-        putPixel(frame, x, y, pixel);
-}
-
-void paintColumn(Frame const& frame, int64_t x, Span rows, uint32_t pixel) {
-    for (int64_t y = rows.first; y < rows.last; ++y)
-        putPixel(frame, x, y, pixel);
+// Paints the pixels left <= x < right, top <= y < bottom, as far as they lie in the frame.
+void paint(Frame const& frame, int64_t left, int64_t top, int64_t right, int64_t bottom, uint32_t pixel) {
+    left = std::max<int64_t>(left, 0);
+    right = std::min<int64_t>(right, frame.width);
+    bottom = std::min<int64_t>(bottom, frame.height);
+    for (int64_t y = std::max<int64_t>(top, 0); y < bottom; ++y) {
+        // The host shows the frame after the call, so the marker is painted into the host's own memory.
+        auto* const row = const_cast<uint8_t*>(frame.row(y));
+        for (int64_t x = left; x < right; ++x)
+            std::memcpy(row + x * 4, &pixel, sizeof pixel);
+    }
 }
 
 } // namespace
@@ -66,16 +53,14 @@ void paintRing(Frame const& frame, QRect const& block, uint32_t pixel) {
     if (!frame.hasRgb32Pixels())
         return;
     for (int64_t d = 1; d <= 2; ++d) {
-        Span const columns = clipped(block.left() - d, block.right() + d, frame.width);
-        Span const rows = clipped(block.top() - d, block.bottom() + d, frame.height);
-        // A block of an earlier, larger frame may lie wholly outside of this one, hence both bounds
-        // everywhere.
-        for (int64_t const y : {block.top() - d, block.bottom() + d - 1})
-            if (y >= 0 && y < frame.height)
-                paintRow(frame, y, columns, pixel);
-        for (int64_t const x : {block.left() - d, block.right() + d - 1})
-            if (x >= 0 && x < frame.width)
-                paintColumn(frame, x, rows, pixel);
+        int64_t const left = block.left() - d;
+        int64_t const top = block.top() - d;
+        int64_t const right = block.right() + d;
+        int64_t const bottom = block.bottom() + d;
+        paint(frame, left, top, right, top + 1, pixel);
+        paint(frame, left, bottom - 1, right, bottom, pixel);
+        paint(frame, left, top, left + 1, bottom, pixel);
+        paint(frame, right - 1, top, right, bottom, pixel);
     }
 }
 
