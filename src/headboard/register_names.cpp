@@ -1,181 +1,123 @@
 #include "headboard/register_names.h"
 
-#include <initializer_list>
+#include <sstream>
 
 namespace kestra {
 
 namespace {
 
-// A list of register names that grows by patterns.
-class NameList {
-public:
-    void add(std::initializer_list<std::string> names) { m_names.insert(m_names.end(), names); }
+using Names = std::vector<std::string>;
 
-    /// `prefix` with each number from 0 to `count` - 1, of at least `digits` digits.
-    void addNumbered(std::string const& prefix, int count, size_t digits = 1) {
-        for (int i = 0; i < count; ++i) {
-            std::string number = std::to_string(i);
-            if (number.size() < digits)
-                number.insert(0, digits - number.size(), '0');
-            m_names.push_back(prefix + number);
-        }
-    }
-
-    [[nodiscard]] std::vector<std::string> const& names() const { return m_names; }
-
-private:
-    std::vector<std::string> m_names;
-};
-
-// Polynomial coefficients of planes that share a colour, position by position.
-void addCoefficients(NameList& list, std::initializer_list<std::string> planes) {
-    for (char p = '0'; p < '5'; ++p)
-        for (char q = '0'; q < '5'; ++q)
-            for (std::string const& plane : planes)
-                list.add({"P_" + plane + "_P" + p + "Q" + q});
-}
-
-void addPolynomial(NameList& list) {
-    addCoefficients(list, {"GR", "G1", "CR"});
-    addCoefficients(list, {"RD", "R"});
-    addCoefficients(list, {"BL", "B"});
-    addCoefficients(list, {"GB", "G2", "CB"});
-    list.add({"POLY_ORIGIN_C", "CENTER_ROW", "POLY_ORIGIN_R", "CENTER_COLUMN"});
-}
-
-void addSingleTable(NameList& list) {
-    list.addNumbered("PGATABLE_DATA_", 100, 3);
-    list.add({"PGATABLE_CENTERROW", "PGATABLE_CENTERCOLUMN"});
-    list.add({"P_GR_Q5", "P_CR_Q5", "P_RD_Q5", "P_BL_Q5", "P_GB_Q5", "P_CB_Q5"});
-}
-
-void addIlluminantSetups(NameList& list) {
-    for (char const* const side : {"L", "M", "R"}) {
-        std::string const prefix = std::string("CAM_PGA_") + side + "_CONFIG_";
-        list.add({prefix + "COLOUR_TEMP", prefix + "GREEN_RED_Q14", prefix + "RED_Q14",
-                  prefix + "GREEN_BLUE_Q14", prefix + "BLUE_Q14"});
-    }
-    for (char const* const side : {"LEFT", "MIDDLE", "RIGHT"}) {
-        std::string const prefix = std::string("PGASETUP_") + side + "_";
-        list.add({prefix + "COLORTEMP", prefix + "GREENREDQ14", prefix + "REDQ14", prefix + "GREENBLUEQ14",
-                  prefix + "BLUEQ14"});
+// Adds what an element of a list in braces stands for: "R" itself, "DATA_000..099" a hundred texts from
+// "DATA_000" on, of as many digits at least.
+void addChoices(std::string const& element, Names& choices) {
+    size_t const dots = element.find("..");
+    if (dots == std::string::npos)
+        return choices.push_back(element);
+    size_t const text = element.find_last_not_of("0123456789", dots - 1) + 1;
+    int const last = std::stoi(element.substr(dots + 2));
+    for (int i = std::stoi(element.substr(text)); i <= last; ++i) {
+        std::string const digits = std::to_string(i);
+        size_t const zeros = dots - text > digits.size() ? dots - text - digits.size() : 0;
+        choices.push_back(element.substr(0, text) + std::string(zeros, '0') + digits);
     }
 }
 
-struct ZoneGroup {
-    char const* colour;
-    char const* shortColour;
-    char const* cornerFactors;
-};
-// The corner factors of the last two groups are crossed, deliberately: it only decides where they stand in a
-// record.
-constexpr ZoneGroup kZoneGroups[] = {
-    {"RED", "R", "R"}, {"GREEN", "G1", "G1"}, {"BLUE", "B", "G2"}, {"GREEN2", "G2", "B"}};
-
-void addZones(NameList& list) {
-    list.add({"LENS_CORRECTION_CONTROL", "ZONE_BOUNDS_X1_X2", "ZONE_BOUNDS_X0_X3", "ZONE_BOUNDS_X4_X5",
-              "ZONE_BOUNDS_Y1_Y2", "ZONE_BOUNDS_Y0_Y3", "ZONE_BOUNDS_Y4_Y5", "CENTER_OFFSET", "ZONE_X1Y1",
-              "ZONE_X2Y2", "ZONE_X3Y3", "ZONE_CXCY", "ZONE_X4Y4", "ZONE_X5Y5", "ZONE_X6Y6"});
-    for (ZoneGroup const& group : kZoneGroups) {
-        std::string const colour = group.colour;
-        for (char const* const prefix : {"FX_", "FY_", "DF_DX_", "DF_DY_"})
-            list.add({prefix + colour});
-        for (char zone = '0'; zone < '8'; ++zone)
-            list.add({std::string("SECOND_DERIV_ZONE_") + zone + "_" + colour});
-        for (char const* const corner : {"_TL", "_TR", "_BL", "_BR"})
-            list.add({std::string("K_FACTOR_IN_K_FX_FY_") + group.shortColour + corner});
-        list.addNumbered(std::string("LENS_K_FACTOR_") + group.shortColour + "_Q", 4);
-        for (char const* const prefix : {"CF_12_", "CF_34_"})
-            list.add({std::string(prefix) + group.cornerFactors});
-    }
-    list.add({"X2_FACTORS", "GLOBAL_OFFSET_FXY_FUNCTION", "K_FACTOR_IN_K_FX_FY", "CORNER_FACTOR_CONTROL"});
+// Adds all names of a pattern with lists in braces; the last list counts fastest.
+void expand(std::string const& pattern, Names& names) {
+    size_t const open = pattern.find('{');
+    if (open == std::string::npos)
+        return names.push_back(pattern);
+    size_t const close = pattern.find('}');
+    std::istringstream list(pattern.substr(open + 1, close - open - 1));
+    Names choices;
+    for (std::string element; std::getline(list, element, ',');)
+        addChoices(element, choices);
+    for (std::string const& choice : choices)
+        expand(pattern.substr(0, open) + choice + pattern.substr(close + 1), names);
 }
 
-void addIlluminantTables(NameList& list) {
-    for (char const* const table : {"PGATABLEA_", "PGATABLED65_", "PGATABLECWF_"}) {
-        std::string const prefix = table;
-        list.addNumbered(prefix + "DATA_", 100, 3);
-        list.add({prefix + "CENTERROW", prefix + "CENTERCOLUMN"});
-    }
+// Polynomial coefficients: planes that share a colour, position by position.
+constexpr char const* kCoefficientPlanes[] = {"P_{GR,G1,CR}_", "P_{RD,R}_", "P_{BL,B}_", "P_{GB,G2,CB}_"};
+
+constexpr char const* kShading[] = {
+    "{POLY_ORIGIN_C,CENTER_ROW,POLY_ORIGIN_R,CENTER_COLUMN}",
+    "PGATABLE_{DATA_000..099,CENTERROW,CENTERCOLUMN}",
+    "P_{GR,CR,RD,BL,GB,CB}_Q5",
+    "CAM_PGA_{L,M,R}_CONFIG_{COLOUR_TEMP,GREEN_RED_Q14,RED_Q14,GREEN_BLUE_Q14,BLUE_Q14}",
+    "PGASETUP_{LEFT,MIDDLE,RIGHT}_{COLORTEMP,GREENREDQ14,REDQ14,GREENBLUEQ14,BLUEQ14}",
+    "LENS_CORRECTION_CONTROL",
+    "ZONE_BOUNDS_{X1_X2,X0_X3,X4_X5,Y1_Y2,Y0_Y3,Y4_Y5}",
+    "CENTER_OFFSET",
+    "ZONE_{X1Y1,X2Y2,X3Y3,CXCY,X4Y4,X5Y5,X6Y6}",
+    "{FX,FY,DF_DX,DF_DY,SECOND_DERIV_ZONE_0..7}_RED",
+    "K_FACTOR_IN_K_FX_FY_R_{TL,TR,BL,BR}",
+    "LENS_K_FACTOR_R_Q{0..3}",
+    "CF_{12,34}_R",
+    "{FX,FY,DF_DX,DF_DY,SECOND_DERIV_ZONE_0..7}_GREEN",
+    "K_FACTOR_IN_K_FX_FY_G1_{TL,TR,BL,BR}",
+    "LENS_K_FACTOR_G1_Q{0..3}",
+    "CF_{12,34}_G1",
+    // The corner factors of blue and the second green are crossed, deliberately: it only decides where they
+    // stand in a record.
+    "{FX,FY,DF_DX,DF_DY,SECOND_DERIV_ZONE_0..7}_BLUE",
+    "K_FACTOR_IN_K_FX_FY_B_{TL,TR,BL,BR}",
+    "LENS_K_FACTOR_B_Q{0..3}",
+    "CF_{12,34}_G2",
+    "{FX,FY,DF_DX,DF_DY,SECOND_DERIV_ZONE_0..7}_GREEN2",
+    "K_FACTOR_IN_K_FX_FY_G2_{TL,TR,BL,BR}",
+    "LENS_K_FACTOR_G2_Q{0..3}",
+    "CF_{12,34}_B",
+    "{X2_FACTORS,GLOBAL_OFFSET_FXY_FUNCTION,K_FACTOR_IN_K_FX_FY,CORNER_FACTOR_CONTROL}",
+    "PGATABLE{A,D65,CWF}_{DATA_000..099,CENTERROW,CENTERCOLUMN}",
     // The next generation of sensors counts without leading zeros and names the column first.
-    for (char const* const table : {"PGA_TABLE_A_", "PGA_TABLE_CWF_", "PGA_TABLE_D65_"}) {
-        std::string const prefix = table;
-        list.addNumbered(prefix + "DATA_", 100);
-        list.add({prefix + "CENTER_COLUMN", prefix + "CENTER_ROW"});
-    }
+    "PGA_TABLE_{A,CWF,D65}_{DATA_0..99,CENTER_COLUMN,CENTER_ROW}",
+};
+
+// Of three illuminants, the left matrix has its place among the ones with a prefix.
+constexpr char const* kColourCorrection[] = {
+    "AWB_CCM_{L,RL}_{0..10}",
+    "AWB_{GAIN_BUFFER_SPEED,JUMP_DIVISOR,GAIN_MIN,GAIN_MAX,CCM_POSITION_MIN,CCM_POSITION_MAX}",
+    "AWB_STEADY_BGAIN_{OUT,IN}_{MIN,MAX}",
+    "AWB_{CNT_PXL_TH,TG_MIN0,TG_MAX0}",
+    "{PRI,SEC}_{A,B}_CONFIG_AWB_CCM_{L,RL}_{0..10}",
+    "{CAM,CAM1,CAM2,BIN_ON_CONFIG,BIN_OFF_CONFIG}_AWB_CCM_{L,RL}_{0..10}",
+    "AWB_{LEFT,RIGHT}_CCM_{0..8,R2BRATIO}",
+    "CAM_AWB_CCM_{M,R}_{0..8}",
+    "CAM_AWB_CCM_{L,M,R}_{RG,BG}_GAIN",
+    "CAM_AWB_CCM_{L,M,R}_CTEMP",
+    "AWBTRACKCONFIG_CCMDATA_{0..2}_MATRIX_{0..8}",
+    "AWBTRACKCONFIG_CCMDATA_{0..2}_RBRATIO",
+    "AWBTRACKCONFIG_CCMDATA_{0..2}_COLORTEMP",
+};
+
+Names listShadingNames() {
+    Names positions, names;
+    expand("P{0..4}Q{0..4}", positions);
+    for (std::string const planes : kCoefficientPlanes)
+        for (std::string const& position : positions)
+            expand(planes + position, names);
+    for (char const* const pattern : kShading)
+        expand(pattern, names);
+    return names;
 }
 
-std::vector<std::string> listShadingNames() {
-    NameList list;
-    addPolynomial(list);
-    addSingleTable(list);
-    addIlluminantSetups(list);
-    addZones(list);
-    addIlluminantTables(list);
-    return list.names();
-}
-
-void addMatrices(NameList& list, std::string const& prefix) {
-    list.addNumbered(prefix + "AWB_CCM_L_", 11);
-    list.addNumbered(prefix + "AWB_CCM_RL_", 11);
-}
-
-void addLimits(NameList& list) {
-    list.add({"AWB_GAIN_BUFFER_SPEED", "AWB_JUMP_DIVISOR", "AWB_GAIN_MIN", "AWB_GAIN_MAX",
-              "AWB_CCM_POSITION_MIN", "AWB_CCM_POSITION_MAX", "AWB_STEADY_BGAIN_OUT_MIN",
-              "AWB_STEADY_BGAIN_OUT_MAX", "AWB_STEADY_BGAIN_IN_MIN", "AWB_STEADY_BGAIN_IN_MAX",
-              "AWB_CNT_PXL_TH", "AWB_TG_MIN0", "AWB_TG_MAX0"});
-}
-
-void addTwoIlluminants(NameList& list) {
-    for (char const* const side : {"AWB_LEFT_CCM_", "AWB_RIGHT_CCM_"}) {
-        std::string const prefix = side;
-        list.addNumbered(prefix, 9);
-        list.add({prefix + "R2BRATIO"});
-    }
-}
-
-// The left matrix has its place among the ones with a prefix.
-void addThreeIlluminants(NameList& list) {
-    list.addNumbered("CAM_AWB_CCM_M_", 9);
-    list.addNumbered("CAM_AWB_CCM_R_", 9);
-    for (char const* const side : {"L", "M", "R"})
-        for (char const* const gain : {"_RG_GAIN", "_BG_GAIN"})
-            list.add({std::string("CAM_AWB_CCM_") + side + gain});
-    for (char const* const side : {"L", "M", "R"})
-        list.add({std::string("CAM_AWB_CCM_") + side + "_CTEMP"});
-}
-
-void addTracking(NameList& list) {
-    for (char const* const data : {"0", "1", "2"})
-        list.addNumbered(std::string("AWBTRACKCONFIG_CCMDATA_") + data + "_MATRIX_", 9);
-    for (char const* const value : {"_RBRATIO", "_COLORTEMP"})
-        for (char const* const data : {"0", "1", "2"})
-            list.add({std::string("AWBTRACKCONFIG_CCMDATA_") + data + value});
-}
-
-std::vector<std::string> listCcmNames() {
-    NameList list;
-    addMatrices(list, "");
-    addLimits(list);
-    for (char const* const prefix : {"PRI_A_CONFIG_", "PRI_B_CONFIG_", "SEC_A_CONFIG_", "SEC_B_CONFIG_",
-                                     "CAM_", "CAM1_", "CAM2_", "BIN_ON_CONFIG_", "BIN_OFF_CONFIG_"})
-        addMatrices(list, prefix);
-    addTwoIlluminants(list);
-    addThreeIlluminants(list);
-    addTracking(list);
-    return list.names();
+Names listCcmNames() {
+    Names names;
+    for (char const* const pattern : kColourCorrection)
+        expand(pattern, names);
+    return names;
 }
 
 } // namespace
 
-std::vector<std::string> const& shadingRegisterNames() {
-    static std::vector<std::string> const names = listShadingNames();
+Names const& shadingRegisterNames() {
+    static Names const names = listShadingNames();
     return names;
 }
 
-std::vector<std::string> const& ccmRegisterNames() {
-    static std::vector<std::string> const names = listCcmNames();
+Names const& ccmRegisterNames() {
+    static Names const names = listCcmNames();
     return names;
 }
 
