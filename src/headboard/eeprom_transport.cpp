@@ -11,11 +11,11 @@ namespace {
 
 constexpr uint32_t kModeAddressBits = 1;
 constexpr uint32_t kModeDataBits = 2;
+constexpr uint32_t kModeBridge = 3;
 constexpr uint32_t kDataBits = 8;
+constexpr uint32_t kSerialBus = 1;
 // The device does not answer while it stores what was written.
 constexpr std::chrono::milliseconds kWriteCycle{20};
-
-constexpr uint32_t kModeBridge = 3;
 
 constexpr uint32_t kCommandRead = 0x010;
 constexpr uint32_t kCommandWrite = 0x080;
@@ -28,203 +28,165 @@ constexpr std::chrono::milliseconds kPollInterval{2};
 
 constexpr int kTransferFailed = 1;
 
-constexpr uint32_t kSerialBus = 1;
+/// Where the bytes are, as the EEPROM told it when the transfer began.
+struct Device {
+    Sensor const& sensor;
+    uint32_t address;
+    uint32_t addressBits;
+};
 
-uint32_t bytesAt(std::span<uint8_t const> bytes, size_t i) {
-    return i + 1 < bytes.size() ? 2 : 1;
+// Registers and descriptions transfer one byte or two, the first of which is the high one.
+bool isPair(std::span<uint8_t const> piece) {
+    return piece.size() == 2;
 }
 
-/// Serial transfers of the library, for all sensors that pass their bus through.
-class RawTransport : public EepromTransport {
-public:
-    RawTransport(Sensor const& sensor, uint32_t deviceAddress, uint32_t addressBits)
-        : m_sensor(sensor), m_deviceAddress(deviceAddress), m_addressBits(addressBits) {}
-    [[nodiscard]] int read(uint32_t offset, std::span<uint8_t> bytes) const override;
-    [[nodiscard]] int write(uint32_t offset, std::span<uint8_t const> bytes) const override;
-
-private:
-    [[nodiscard]] int setWidths() const;
-    [[nodiscard]] int writeOnce(uint32_t offset, std::span<uint8_t const> bytes) const;
-
-    Sensor const& m_sensor;
-    uint32_t m_deviceAddress;
-    uint32_t m_addressBits;
-};
-
-/// The sensor's own bus master, driven by its registers `IO_EEPROM_*`, two bytes at a time.
-class BridgeTransport : public EepromTransport {
-public:
-    BridgeTransport(Sensor const& sensor, uint32_t deviceAddress)
-        : m_sensor(sensor), m_deviceAddress(deviceAddress) {}
-    [[nodiscard]] int read(uint32_t offset, std::span<uint8_t> bytes) const override;
-    /// Of two bytes that go together, the bridge is handed the second one only and a zero before it.
-    [[nodiscard]] int write(uint32_t offset, std::span<uint8_t const> bytes) const override;
-
-private:
-    [[nodiscard]] int selectDevice() const;
-    [[nodiscard]] int set(char const* reg, uint32_t value) const;
-    [[nodiscard]] int runCommand(uint32_t command) const;
-
-    Sensor const& m_sensor;
-    uint32_t m_deviceAddress;
-};
-
-/// The library's access by description, with a description made for each location, two bytes at a time.
-class BusDescriptionTransport : public EepromTransport {
-public:
-    BusDescriptionTransport(Sensor const& sensor, uint32_t deviceAddress, uint32_t addressBits)
-        : m_sensor(sensor), m_deviceAddress(deviceAddress), m_addressBits(addressBits) {}
-    [[nodiscard]] int read(uint32_t offset, std::span<uint8_t> bytes) const override;
-    [[nodiscard]] int write(uint32_t offset, std::span<uint8_t const> bytes) const override;
-
-private:
-    [[nodiscard]] vy_RegisterDescription describe(uint32_t address, uint32_t byteCount) const;
-
-    Sensor const& m_sensor;
-    uint32_t m_deviceAddress;
-    uint32_t m_addressBits;
-};
-
-int RawTransport::setWidths() const {
-    int const result = m_sensor.setMode(kModeAddressBits, m_addressBits);
-    return result == 0 ? m_sensor.setMode(kModeDataBits, kDataBits) : result;
+uint32_t wordOf(std::span<uint8_t const> piece) {
+    return isPair(piece) ? uint32_t(piece[0]) << 8 | piece[1] : piece[0];
 }
 
-int RawTransport::read(uint32_t offset, std::span<uint8_t> bytes) const {
-    int result = setWidths();
-    if (result != 0)
-        return result;
-    std::vector<uint32_t> words(bytes.size());
-    result = m_sensor.readBus(m_deviceAddress, offset, words);
-    std::transform(words.begin(), words.end(), bytes.begin(), [](uint32_t word) { return uint8_t(word); });
+void putWord(std::span<uint8_t> piece, uint32_t word) {
+    piece.back() = uint8_t(word);
+    if (isPair(piece))
+        piece.front() = uint8_t(word >> 8);
+}
+
+int setWidths(Device const& device) {
+    int const result = device.sensor.setMode(kModeAddressBits, device.addressBits);
+    return result == 0 ? device.sensor.setMode(kModeDataBits, kDataBits) : result;
+}
+
+int readRaw(Device const& device, uint32_t at, std::span<uint8_t> piece) {
+    std::vector<uint32_t> words(piece.size());
+    int const result = device.sensor.readBus(device.address, at, words);
+    std::ranges::transform(words, piece.begin(), [](uint32_t word) { return uint8_t(word); });
     return result;
 }
 
-int RawTransport::writeOnce(uint32_t offset, std::span<uint8_t const> bytes) const {
-    std::vector<uint32_t> const words(bytes.begin(), bytes.end());
-    int const result = m_sensor.writeBus(m_deviceAddress, offset, words);
+int writeRaw(Device const& device, uint32_t at, std::span<uint8_t const> piece) {
+    std::vector<uint32_t> const words(piece.begin(), piece.end());
+    int const result = device.sensor.writeBus(device.address, at, words);
     pauseFor(kWriteCycle);
     return result;
 }
 
-int RawTransport::write(uint32_t offset, std::span<uint8_t const> bytes) const {
-    int result = setWidths();
-    // Pairs at even addresses never cross a page of the device.
-    for (size_t i = 0; i < bytes.size() && result == 0;) {
-        bool const isPair = (offset + i) % 2 == 0 && i + 1 < bytes.size();
-        size_t const count = isPair ? 2 : 1;
-        result = writeOnce(uint32_t(offset + i), bytes.subspan(i, count));
-        i += count;
-    }
-    return result;
+int setBridge(Device const& device, char const* reg, uint32_t value) {
+    return device.sensor.writeRegister(reg, "", value);
 }
 
-int BridgeTransport::set(char const* reg, uint32_t value) const {
-    return m_sensor.writeRegister(reg, "", value);
+int selectBridge(Device const& device) {
+    int const result = device.sensor.setMode(kModeBridge, 0);
+    return result == 0 ? setBridge(device, "IO_EEPROM_I2C_ADDR", device.address) : result;
 }
 
-int BridgeTransport::selectDevice() const {
-    int const result = m_sensor.setMode(kModeBridge, 0);
-    return result == 0 ? set("IO_EEPROM_I2C_ADDR", m_deviceAddress) : result;
-}
-
-int BridgeTransport::runCommand(uint32_t command) const {
-    int const result = set("IO_EEPROM_COMMAND", command);
+int runCommand(Device const& device, uint32_t command, std::span<uint8_t const> piece) {
+    uint32_t const count = isPair(piece) ? kCommandTwoBytes : 0;
+    int const result = setBridge(device, "IO_EEPROM_COMMAND", command | count);
     if (result != 0)
         return result;
     uint32_t status = kStatusBusy;
     for (int poll = 0; poll < kMostPolls && (status & kStatusBusy); ++poll) {
         pauseFor(kPollInterval);
-        status = m_sensor.readRegister("IO_EEPROM_STATUS", "");
+        status = device.sensor.readRegister("IO_EEPROM_STATUS", "");
     }
     bool const done = !(status & kStatusBusy) && (status & kStatusAcknowledged);
     return done ? 0 : kTransferFailed;
 }
 
-int BridgeTransport::read(uint32_t offset, std::span<uint8_t> bytes) const {
-    int result = selectDevice();
-    for (size_t i = 0; i < bytes.size() && result == 0; i += 2) {
-        bool const two = i + 1 < bytes.size();
-        result = set("IO_EEPROM_ADDR", uint32_t(offset + i));
-        if (result == 0)
-            result = runCommand(kCommandRead | (two ? kCommandTwoBytes : 0));
-        if (result != 0)
-            break;
-        uint32_t const data = m_sensor.readRegister("IO_EEPROM_DATA", "");
-        bytes[i] = uint8_t(two ? data >> 8 : data);
-        if (two)
-            bytes[i + 1] = uint8_t(data);
-    }
+int readBridge(Device const& device, uint32_t at, std::span<uint8_t> piece) {
+    int result = setBridge(device, "IO_EEPROM_ADDR", at);
+    if (result == 0)
+        result = runCommand(device, kCommandRead, piece);
+    if (result == 0)
+        putWord(piece, device.sensor.readRegister("IO_EEPROM_DATA", ""));
     return result;
 }
 
-int BridgeTransport::write(uint32_t offset, std::span<uint8_t const> bytes) const {
-    int result = selectDevice();
-    for (size_t i = 0; i < bytes.size() && result == 0; i += 2) {
-        bool const two = i + 1 < bytes.size();
-        // Of a pair only the second byte travels: the mask clears the first. Deliberately not repaired: it
-        // is the word that these bridges have always been sent. A verification reports what got lost.
-        uint32_t const data = two ? ((uint32_t(bytes[i]) << 8) & 0xFF) | bytes[i + 1] : bytes[i];
-        result = set("IO_EEPROM_ADDR", uint32_t(offset + i));
-        if (result == 0)
-            result = set("IO_EEPROM_DATA", data);
-        if (result == 0)
-            result = runCommand(kCommandWrite | (two ? kCommandTwoBytes : 0));
-    }
-    return result;
+int writeBridge(Device const& device, uint32_t at, std::span<uint8_t const> piece) {
+    // Of a pair only the second byte travels, behind a zero. Deliberately not repaired: it is the word that
+    // these bridges have always been sent. A verification reports what got lost.
+    uint32_t const data = piece.back();
+    int result = setBridge(device, "IO_EEPROM_ADDR", at);
+    if (result == 0)
+        result = setBridge(device, "IO_EEPROM_DATA", data);
+    return result == 0 ? runCommand(device, kCommandWrite, piece) : result;
 }
 
-vy_RegisterDescription BusDescriptionTransport::describe(uint32_t address, uint32_t byteCount) const {
+vy_RegisterDescription describe(Device const& device, uint32_t at, std::span<uint8_t const> piece) {
     return {.name = nullptr,
             .addressSpace = kSerialBus,
-            .id = m_deviceAddress,
-            .address = address,
-            .addressWidth = m_addressBits,
+            .id = device.address,
+            .address = at,
+            .addressWidth = device.addressBits,
             .dataWidth = kDataBits,
-            .accessSize = byteCount,
+            .accessSize = uint32_t(piece.size()),
             .dataType = 0,
             .reserved = 0};
 }
 
-int BusDescriptionTransport::read(uint32_t offset, std::span<uint8_t> bytes) const {
-    for (size_t i = 0; i < bytes.size(); i += 2) {
-        uint32_t const count = bytesAt(bytes, i);
-        uint32_t value = 0;
-        int const result = m_sensor.readRegister(describe(uint32_t(offset + i), count), value);
-        if (result != 0)
-            return result;
-        bytes[i] = uint8_t(count == 2 ? value >> 8 : value);
-        if (count == 2)
-            bytes[i + 1] = uint8_t(value);
-    }
-    return 0;
+int readDescribed(Device const& device, uint32_t at, std::span<uint8_t> piece) {
+    uint32_t word = 0;
+    int const result = device.sensor.readRegister(describe(device, at, piece), word);
+    putWord(piece, word);
+    return result;
 }
 
-int BusDescriptionTransport::write(uint32_t offset, std::span<uint8_t const> bytes) const {
-    for (size_t i = 0; i < bytes.size(); i += 2) {
-        uint32_t const count = bytesAt(bytes, i);
-        uint32_t const value = count == 2 ? uint32_t(bytes[i]) << 8 | bytes[i + 1] : bytes[i];
-        int const result = m_sensor.writeRegister(describe(uint32_t(offset + i), count), value);
-        if (result != 0)
-            return result;
+int writeDescribed(Device const& device, uint32_t at, std::span<uint8_t const> piece) {
+    return device.sensor.writeRegister(describe(device, at, piece), wordOf(piece));
+}
+
+struct Way {
+    int (*prepare)(Device const& device);
+    int (*read)(Device const& device, uint32_t at, std::span<uint8_t> piece);
+    int (*write)(Device const& device, uint32_t at, std::span<uint8_t const> piece);
+    size_t mostRead; ///< bytes of a piece; those that are written have two
+    bool isAligned;  ///< pairs are at even addresses and so never cross a page of the device
+};
+/// Serial transfers of the library, for all sensors that pass their bus through.
+constexpr Way kRaw = {setWidths, readRaw, writeRaw, SIZE_MAX, true};
+/// The sensor's own bus master, driven by its registers `IO_EEPROM_*`.
+constexpr Way kBridge = {selectBridge, readBridge, writeBridge, 2, false};
+/// The library's access by description, with a description made for each piece.
+constexpr Way kDescribed = {[](Device const&) { return 0; }, readDescribed, writeDescribed, 2, false};
+constexpr Way kNoWay = {[](Device const&) { return kTransferFailed; }, readRaw, writeRaw, 2, false};
+
+Way const& chooseWay(HeadboardEeprom const& eeprom, Sensor const& sensor) {
+    if (!sensor)
+        return kNoWay;
+    if (!eeprom.bridgeOnly)
+        return kRaw;
+    if (sensor.existsRegister("IO_EEPROM_I2C_ADDR"))
+        return kBridge;
+    return sensor.existsRegister("DMA_CTRL") ? kDescribed : kNoWay;
+}
+
+// Piece by piece, until one fails.
+template <typename Byte, typename Transfer>
+int transferPieces(Way const& way, Device const& device, uint32_t offset, std::span<Byte> bytes, size_t most,
+                   Transfer transfer) {
+    int result = way.prepare(device);
+    for (size_t i = 0; i < bytes.size() && result == 0;) {
+        auto const at = uint32_t(offset + i);
+        size_t const count = std::min(way.isAligned ? most - at % 2 : most, bytes.size() - i);
+        result = transfer(device, at, bytes.subspan(i, count));
+        i += count;
     }
-    return 0;
+    return result;
 }
 
 } // namespace
 
-std::unique_ptr<EepromTransport> chooseTransport(HeadboardEeprom const& eeprom, Sensor const& sensor) {
-    if (!sensor)
-        return nullptr;
-    uint32_t const deviceAddress = eeprom.deviceAddress;
-    uint32_t const addressBits = eeprom.addressBits;
-    if (!eeprom.bridgeOnly)
-        return std::make_unique<RawTransport>(sensor, deviceAddress, addressBits);
-    if (sensor.existsRegister("IO_EEPROM_I2C_ADDR"))
-        return std::make_unique<BridgeTransport>(sensor, deviceAddress);
-    if (sensor.existsRegister("DMA_CTRL"))
-        return std::make_unique<BusDescriptionTransport>(sensor, deviceAddress, addressBits);
-    return nullptr;
+int readDevice(HeadboardEeprom const& eeprom, Sensor const& sensor, uint32_t offset,
+               std::span<uint8_t> bytes) {
+    Device const device{sensor, eeprom.deviceAddress, eeprom.addressBits};
+    Way const& way = chooseWay(eeprom, sensor);
+    return transferPieces(way, device, offset, bytes, way.mostRead, way.read);
+}
+
+int writeDevice(HeadboardEeprom const& eeprom, Sensor const& sensor, uint32_t offset,
+                std::span<uint8_t const> bytes) {
+    Device const device{sensor, eeprom.deviceAddress, eeprom.addressBits};
+    Way const& way = chooseWay(eeprom, sensor);
+    return transferPieces(way, device, offset, bytes, 2, way.write);
 }
 
 } // namespace kestra

@@ -1,24 +1,19 @@
 #pragma once
 
-#include "common/sensor.h"
 #include "headboard/headboard_eeprom.h"
 
-#include <memory>
 #include <span>
 
 namespace kestra {
 
-/// One way to the bytes of the EEPROM. It borrows the sensor and answers the library's result: 0,
-/// 12 when the device does not answer, anything else for a failure. After a failure the range is undefined.
-class EepromTransport {
-public:
-    virtual ~EepromTransport() = default;
-    [[nodiscard]] virtual int read(uint32_t offset, std::span<uint8_t> bytes) const = 0;
-    [[nodiscard]] virtual int write(uint32_t offset, std::span<uint8_t const> bytes) const = 0;
-};
+// The bytes of the device, by the way that the open sensor offers. Both answer the library's result: 0, 12
+// when the device does not answer, anything else for a failure, also where there is no way or no camera.
+// After a failure the range is undefined. `sensor` is the caller's: it outlives one that the EEPROM loses
+// meanwhile.
 
-/// The way that the open sensor offers; null when there is none or no camera.
-[[nodiscard]] std::unique_ptr<EepromTransport> chooseTransport(HeadboardEeprom const& eeprom,
-                                                               Sensor const& sensor);
+[[nodiscard]] int readDevice(HeadboardEeprom const& eeprom, Sensor const& sensor, uint32_t offset,
+                             std::span<uint8_t> bytes);
+[[nodiscard]] int writeDevice(HeadboardEeprom const& eeprom, Sensor const& sensor, uint32_t offset,
+                              std::span<uint8_t const> bytes);
 
 } // namespace kestra

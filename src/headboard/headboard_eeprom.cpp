@@ -72,10 +72,7 @@ EepromStatus writeRange(HeadboardEeprom& eeprom, Sensor const& sensor, int32_t o
     // A copy, because the image may change or go while the library is busy.
     uint8_t const* const from = source ? source : eeprom.image.data() + offset;
     std::vector<uint8_t> const bytes(from, from + count);
-    auto const transport = chooseTransport(eeprom, sensor);
-    if (!transport)
-        return kEepromFailed;
-    EepromStatus const status = statusOf(transport->write(uint32_t(offset), bytes));
+    EepromStatus const status = statusOf(writeDevice(eeprom, sensor, uint32_t(offset), bytes));
     if (status != kEepromOk)
         return status;
     if (!isInside(eeprom, offset, count)) // released meanwhile
@@ -201,10 +198,7 @@ EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom& eeprom, int32_t offset, 
     if (count == 0)
         return kEepromOk;
     std::vector<uint8_t> bytes(size_t(count), kErased);
-    auto const transport = chooseTransport(eeprom, eeprom.sensor);
-    if (!transport)
-        return kEepromFailed;
-    EepromStatus const status = statusOf(transport->read(uint32_t(offset), bytes));
+    EepromStatus const status = statusOf(readDevice(eeprom, eeprom.sensor, uint32_t(offset), bytes));
     if (status != kEepromOk)
         return status;
     if (!isInside(eeprom, offset, count)) // released meanwhile

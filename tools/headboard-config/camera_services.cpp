@@ -5,7 +5,6 @@
 #include <QtDebug>
 #include <algorithm>
 #include <cstring>
-#include <memory>
 
 using namespace kestra;
 
@@ -22,27 +21,22 @@ QString settingKey(char const* key) {
     return QStringLiteral("settings/") + QString::fromLocal8Bit(key);
 }
 
-// A host reaches a headboard's devices whichever way the sensor offers, so the way is the EEPROM's own.
-struct Way {
-    EepromShare eeprom; ///< whose sensor the transport borrows
-    std::unique_ptr<EepromTransport> transport;
-};
-Way wayTo(vy_Camera* camera, uint32_t device, uint32_t addressBits, uint32_t dataBits) {
-    if (dataBits != kByteBits)
-        return {};
-    EepromShare const eeprom = HeadboardEepromCreate(camera);
-    eeprom->deviceAddress = device;
+// A host reaches a headboard's devices whichever way the sensor offers, so the way is the EEPROM's own. That
+// transfers bytes only: for all else there is no camera.
+EepromShare deviceOf(vy_Camera* camera, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
+    EepromShare eeprom = HeadboardEepromCreate(dataBits == kByteBits ? camera : nullptr);
+    eeprom->deviceAddress = address;
     eeprom->addressBits = addressBits;
-    return {eeprom, chooseTransport(*eeprom, eeprom->sensor)};
+    return eeprom;
 }
 
 } // namespace
 
 struct CameraServiceFunctions {
     static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
-        auto const [eeprom, way] = wayTo(current->m_camera, device, addressBits, dataBits);
+        EepromShare const eeprom = deviceOf(current->m_camera, device, addressBits, dataBits);
         uint8_t byte = 0;
-        if (way && way->read(address, {&byte, 1}) == 0)
+        if (readDevice(*eeprom, eeprom->sensor, address, {&byte, 1}) == 0)
             return byte;
         qWarning("headboard-config: the device 0x%X does not tell its byte %u", device, address);
         return 0;
@@ -50,9 +44,9 @@ struct CameraServiceFunctions {
 
     static void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
                              uint32_t dataBits) {
-        auto const [eeprom, way] = wayTo(current->m_camera, device, addressBits, dataBits);
+        EepromShare const eeprom = deviceOf(current->m_camera, device, addressBits, dataBits);
         auto const byte = uint8_t(value);
-        if (!way || way->write(address, {&byte, 1}) != 0)
+        if (writeDevice(*eeprom, eeprom->sensor, address, {&byte, 1}) != 0)
             qWarning("headboard-config: the device 0x%X does not take its byte %u", device, address);
     }
 
