@@ -19,33 +19,24 @@ bool isInside(HeadboardEeprom& eeprom, int64_t offset, int64_t count) {
     return offset >= 0 && count >= 0 && offset <= size && count <= size - offset;
 }
 
-struct Run {
-    int32_t offset;
-    int32_t count;
-};
-
-// The first run of bytes in a state from `from` on. It looks at the image as it is now: since the last call,
-// the library may have let something else change it.
-Run nextRun(HeadboardEeprom& eeprom, ByteState wanted, int64_t from, int64_t end) {
-    std::vector<ByteState> const& state = eeprom.state;
-    auto const last = state.begin() + std::min<int64_t>(end, int64_t(state.size()));
-    auto const first = state.begin() + std::min<int64_t>(from, last - state.begin());
-    auto const begin = std::find(first, last, wanted);
-    auto const stop = std::find_if(begin, last, [&](ByteState s) { return s != wanted; });
-    return {int32_t(begin - state.begin()), int32_t(stop - begin)};
-}
-
-// Hands each run of bytes in a state to `transfer` and stops at the first failure.
+// Hands offset and count of each run of bytes in a state to `transfer` and stops at the first failure. The
+// runs are those of the image as it is then: the library may let something else change it.
 template <typename Transfer>
 EepromStatus forEachRun(HeadboardEeprom& eeprom, ByteState wanted, int64_t offset, int64_t end,
                         Transfer transfer) {
-    for (Run run = nextRun(eeprom, wanted, offset, end); run.count > 0;
-         run = nextRun(eeprom, wanted, int64_t{run.offset} + run.count, end)) {
-        EepromStatus const status = transfer(run);
+    std::vector<ByteState> const& state = eeprom.state;
+    while (true) {
+        auto const last = state.begin() + std::min<int64_t>(end, int64_t(state.size()));
+        auto const first = state.begin() + std::min<int64_t>(offset, last - state.begin());
+        auto const begin = std::find(first, last, wanted);
+        auto const stop = std::find_if(begin, last, [&](ByteState s) { return s != wanted; });
+        offset = stop - state.begin();
+        if (begin == stop)
+            return kEepromOk;
+        EepromStatus const status = transfer(int32_t(begin - state.begin()), int32_t(stop - begin));
         if (status != kEepromOk)
             return status;
     }
-    return kEepromOk;
 }
 
 // The count of bytes that Load and Put work on; negative when the range does not fit. A range that reaches
@@ -57,10 +48,11 @@ int64_t countBeforeLastByte(HeadboardEeprom& eeprom, int32_t offset, int32_t cou
     return int64_t{offset} + count >= size ? size - 1 - offset : count;
 }
 
-EepromStatus statusOf(int libraryResult) {
-    if (libraryResult == 0)
-        return kEepromOk;
-    return libraryResult == kLibraryNoAnswer ? kEepromNoAnswer : kEepromFailed;
+// What a transfer of a range came to; the image may have been released meanwhile.
+EepromStatus statusOf(HeadboardEeprom& eeprom, int32_t offset, int32_t count, int libraryResult) {
+    if (libraryResult == kLibraryNoAnswer)
+        return kEepromNoAnswer;
+    return libraryResult == 0 && isInside(eeprom, offset, count) ? kEepromOk : kEepromFailed;
 }
 
 EepromStatus writeRange(HeadboardEeprom& eeprom, Sensor const& sensor, int32_t offset, int32_t count,
@@ -72,19 +64,16 @@ EepromStatus writeRange(HeadboardEeprom& eeprom, Sensor const& sensor, int32_t o
     // A copy, because the image may change or go while the library is busy.
     uint8_t const* const from = source ? source : eeprom.image.data() + offset;
     std::vector<uint8_t> const bytes(from, from + count);
-    EepromStatus const status = statusOf(writeDevice(eeprom, sensor, uint32_t(offset), bytes));
+    int const result = writeDevice(eeprom, sensor, uint32_t(offset), bytes);
+    EepromStatus const status = statusOf(eeprom, offset, count, result);
     if (status != kEepromOk)
         return status;
-    if (!isInside(eeprom, offset, count)) // released meanwhile
-        return kEepromFailed;
-    for (size_t i = 0; i < bytes.size(); ++i) {
-        size_t const at = size_t(offset) + i;
-        if (source)
-            eeprom.image[at] = bytes[i];
-        // A byte that was changed again during the write stays to be written.
-        if (eeprom.image[at] == bytes[i])
-            eeprom.state[at] = ByteState::Current;
-    }
+    if (source)
+        std::ranges::copy(bytes, eeprom.image.begin() + offset);
+    // A byte that was changed again during the write stays to be written.
+    for (size_t i = 0; i < bytes.size(); ++i)
+        if (eeprom.image[size_t(offset) + i] == bytes[i])
+            eeprom.state[size_t(offset) + i] = ByteState::Current;
     return kEepromOk;
 }
 
@@ -138,8 +127,9 @@ EepromStatus HeadboardEepromLoad(HeadboardEeprom& eeprom, int32_t offset, int32_
     if (clipped < 0)
         return kEepromFailed;
     EepromStatus const status =
-        forEachRun(eeprom, ByteState::NotRead, offset, offset + clipped,
-                   [&](Run run) { return HeadboardEepromDeviceRead(eeprom, run.offset, run.count); });
+        forEachRun(eeprom, ByteState::NotRead, offset, offset + clipped, [&](int32_t begin, int32_t length) {
+            return HeadboardEepromDeviceRead(eeprom, begin, length);
+        });
     if (status != kEepromOk)
         return status;
     if (!isInside(eeprom, offset, clipped)) // released meanwhile
@@ -165,8 +155,9 @@ EepromStatus HeadboardEepromFlush(HeadboardEeprom& eeprom) {
         return kEepromOk;
     HeadboardEepromEnsureImage(eeprom);
     Sensor const sensor = eeprom.sensor; // of its own: a flush goes on when the EEPROM is abandoned
-    return forEachRun(eeprom, ByteState::Changed, 0, eeprom.imageSize(),
-                      [&](Run run) { return writeRange(eeprom, sensor, run.offset, run.count, nullptr); });
+    return forEachRun(eeprom, ByteState::Changed, 0, eeprom.imageSize(), [&](int32_t offset, int32_t count) {
+        return writeRange(eeprom, sensor, offset, count, nullptr);
+    });
 }
 
 bool HeadboardEepromHasChanges(HeadboardEeprom& eeprom) {
@@ -181,12 +172,12 @@ EepromStatus HeadboardEepromVerify(HeadboardEeprom& eeprom, int32_t offset, int3
     if (begin < 0 || end < begin)
         return kEepromFailed;
     std::vector<uint8_t> const written = eeprom.image;
-    return forEachRun(eeprom, ByteState::Current, begin, end, [&](Run run) -> EepromStatus {
-        EepromStatus const status = HeadboardEepromDeviceRead(eeprom, run.offset, run.count);
+    return forEachRun(eeprom, ByteState::Current, begin, end, [&](int32_t at, int32_t length) {
+        EepromStatus const status = HeadboardEepromDeviceRead(eeprom, at, length);
         if (status != kEepromOk)
             return status;
-        auto const read = eeprom.image.begin() + run.offset;
-        return std::equal(read, read + run.count, written.begin() + run.offset) ? kEepromOk : kEepromMismatch;
+        auto const read = eeprom.image.begin() + at;
+        return std::equal(read, read + length, written.begin() + at) ? kEepromOk : kEepromMismatch;
     });
 }
 
@@ -198,11 +189,10 @@ EepromStatus HeadboardEepromDeviceRead(HeadboardEeprom& eeprom, int32_t offset, 
     if (count == 0)
         return kEepromOk;
     std::vector<uint8_t> bytes(size_t(count), kErased);
-    EepromStatus const status = statusOf(readDevice(eeprom, eeprom.sensor, uint32_t(offset), bytes));
+    int const result = readDevice(eeprom, eeprom.sensor, uint32_t(offset), bytes);
+    EepromStatus const status = statusOf(eeprom, offset, count, result);
     if (status != kEepromOk)
         return status;
-    if (!isInside(eeprom, offset, count)) // released meanwhile
-        return kEepromFailed;
     std::copy(bytes.begin(), bytes.end(), eeprom.image.begin() + offset);
     std::fill_n(eeprom.state.begin() + offset, count, ByteState::Current);
     if (destination)
@@ -228,22 +218,25 @@ EepromShare sharedEeprom(EepromSlot& slot, vy_Camera* camera) {
     return EepromShare(slot);
 }
 
-EepromShare renewEeprom(EepromSlot& slot, vy_Camera* camera) {
-    discardEeprom(slot);
-    return sharedEeprom(slot, camera);
-}
-
 void discardEeprom(EepromSlot& slot) {
     if (EepromShare const discarded = takeFrom(slot))
         HeadboardEepromRelease(*discarded);
 }
 
-HeadboardEeprom& EepromUse::take(EepromShare (*from)(EepromSlot&, vy_Camera*), vy_Camera* camera) {
-    EepromShare const taken = m_isAbandoned ? EepromShare() : from(m_slot, camera);
+HeadboardEeprom& EepromUse::take(vy_Camera* camera) {
+    if (!m_isAbandoned)
+        m_share = sharedEeprom(m_slot, camera);
     // Asked again, since the library was asked for the sensor. No process-wide EEPROM is left without a
     // camera.
-    m_share = m_isAbandoned ? EepromShare(new HeadboardEeprom) : taken;
+    if (m_isAbandoned)
+        m_share = EepromShare(new HeadboardEeprom);
     return *m_share;
+}
+
+HeadboardEeprom& EepromUse::renew(vy_Camera* camera) {
+    if (!m_isAbandoned)
+        discardEeprom(m_slot);
+    return take(camera);
 }
 
 void EepromUse::flush() {

@@ -106,10 +106,8 @@ using EepromSlot = HeadboardEeprom*;
 /// A share of the process-wide EEPROM; the first user creates it on its camera.
 [[nodiscard]] EepromShare sharedEeprom(EepromSlot& slot, vy_Camera* camera);
 
-/// Discards the process-wide EEPROM with all that it has not written, creates it anew and answers a share.
-[[nodiscard]] EepromShare renewEeprom(EepromSlot& slot, vy_Camera* camera);
-
-/// Drops the image, then the object; the slot is null before a call into the library can find it.
+/// Drops the image with all that is not written, then the object; the slot is null before a call into the
+/// library can find it.
 void discardEeprom(EepromSlot& slot);
 
 /// A page's use of the process-wide EEPROM: the share that a step of it works on.
@@ -117,9 +115,10 @@ class EepromUse {
 public:
     explicit EepromUse(EepromSlot& slot) : m_slot(slot) {}
 
-    /// The process-wide EEPROM, created on the camera or anew, until the step ends.
-    [[nodiscard]] HeadboardEeprom& take(vy_Camera* camera) { return take(sharedEeprom, camera); }
-    [[nodiscard]] HeadboardEeprom& renew(vy_Camera* camera) { return take(renewEeprom, camera); }
+    /// The process-wide EEPROM, created on the camera by its first user, until the step ends.
+    [[nodiscard]] HeadboardEeprom& take(vy_Camera* camera);
+    /// The same, anew: what the one before has not written is dropped.
+    [[nodiscard]] HeadboardEeprom& renew(vy_Camera* camera);
     /// Whether nobody has discarded it since.
     [[nodiscard]] bool isCurrent() const { return m_share && m_slot == m_share.data(); }
     /// Writes what was changed; a failure is seen by what stays unwritten. Who discarded the EEPROM inside
@@ -132,8 +131,6 @@ public:
     void abandon();
 
 private:
-    [[nodiscard]] HeadboardEeprom& take(EepromShare (*from)(EepromSlot&, vy_Camera*), vy_Camera* camera);
-
     EepromSlot& m_slot;
     EepromShare m_share;
     bool m_isAbandoned = false;

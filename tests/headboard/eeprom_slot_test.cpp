@@ -17,10 +17,11 @@ TEST_F(Slot, AllUsersShareOneEepromUntilItIsRenewed) {
     EXPECT_EQ(slot, first.data());
     EXPECT_EQ(slot, sharedEeprom(slot, nullptr).data());
     ASSERT_EQ(EepromFormat(*first, -1), kEepromOk);
-    EepromShare const second = renewEeprom(slot, fake.camera());
+    EepromUse use(slot);
+    HeadboardEeprom const& second = use.renew(fake.camera());
     EXPECT_TRUE(first->image.empty()) << "what was not written is dropped";
     EXPECT_NE(slot, first.data());
-    EXPECT_EQ(slot, second.data());
+    EXPECT_EQ(slot, &second);
     discardEeprom(slot);
     EXPECT_EQ(slot, nullptr);
     discardEeprom(slot);
