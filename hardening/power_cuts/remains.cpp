@@ -25,7 +25,7 @@ bool isIn(Records const& records, std::vector<uint8_t> const& record) {
 
 // The record that a search for this one's type and name finds.
 std::vector<uint8_t> found(RecordStore const& store, std::span<uint8_t const> like) {
-    std::string const name(recordName(like[0], like.subspan(kRecordHead)));
+    std::string const name(recordText(like[0], like.subspan(kRecordHead)));
     int32_t const offset = EepromFindRecord(*store.eeprom(), like[0], name.c_str(), 0);
     int32_t const size = offset < 0 ? offset : EepromReadRecord(*store.eeprom(), offset, {});
     if (size < 0)
@@ -40,8 +40,8 @@ bool isSame(std::span<uint8_t const> a, std::span<uint8_t const> b) {
 
 // Whether two records stand for the same thing, so that one replaces the other.
 bool isSameKind(std::span<uint8_t const> a, std::span<uint8_t const> b) {
-    return a[0] == b[0] &&
-           recordName(a[0], a.subspan(kRecordHead)) == recordName(b[0], b.subspan(kRecordHead));
+    return a[0] == b[0] && (recordNameWidth(a[0]) == 0 || recordText(a[0], a.subspan(kRecordHead)) ==
+                                                              recordText(b[0], b.subspan(kRecordHead)));
 }
 
 // Both commands end with "refused" and name the place exactly when there is something to name.

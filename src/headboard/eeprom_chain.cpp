@@ -14,57 +14,66 @@ constexpr std::array<uint8_t, 4> kMagic = {'V', 'Y', 'E', 'E'};
 constexpr uint8_t kUsualVersion = 1;
 constexpr int32_t kHeaderSize = 5;
 
-// The image's bytes from an offset on, at most `count`; fewer at its end.
+// The image's bytes from an offset on, at most `count`; fewer at its end. Loading them leaves out the image's
+// last byte, where the chain may end.
 std::span<uint8_t const> bytesAt(HeadboardEeprom& eeprom, int64_t offset, int64_t count) {
     std::span<uint8_t const> const image = eeprom.image;
     auto const begin = std::min(size_t(offset), image.size());
     return image.subspan(begin, std::min(size_t(count), image.size() - begin));
 }
 
-// Type and length of the record at an offset; what lies outside of the image counts as erased.
+// A record's place as its head tells it; what lies outside of the image counts as erased.
 struct RecordHead {
     EepromStatus status;
-    uint8_t type;
-    int32_t length;
+    int64_t offset;
+    uint8_t type = kRecordEnd;
+    int32_t length = 0;
 
-    [[nodiscard]] int64_t size() const { return int64_t{length} + kRecordHead; }
+    [[nodiscard]] int64_t end() const { return offset + kRecordHead + length; }
 };
 
 RecordHead loadHead(HeadboardEeprom& eeprom, int64_t offset) {
     // Always all three bytes: the first may have come in behind a short record's name, the others not.
     EepromStatus const status = HeadboardEepromLoad(eeprom, int32_t(offset), kRecordHead);
     std::array<uint8_t, kRecordHead> head = {kErased, kErased, kErased};
-    std::span<uint8_t const> const bytes = bytesAt(eeprom, offset, kRecordHead);
-    std::copy(bytes.begin(), bytes.end(), head.begin());
-    return {status, head[0], int32_t(getU16Be(head, 1))};
+    std::ranges::copy(bytesAt(eeprom, offset, kRecordHead), head.begin());
+    return {status, offset, head[0], int32_t(getU16Be(head, 1))};
 }
 
-bool endsInside(HeadboardEeprom& eeprom, int64_t offset, RecordHead const& head) {
-    return offset + head.size() < eeprom.imageSize();
+// The head of a record that lies in the image as a whole; else its status is a failure, `kEepromNoRecord` for
+// the end of the chain.
+RecordHead loadWholeHead(HeadboardEeprom& eeprom, int32_t offset) {
+    HeadboardEepromEnsureImage(eeprom);
+    if (offset < kHeaderSize || offset >= eeprom.imageSize())
+        return {kEepromFailed, offset};
+    RecordHead head = loadHead(eeprom, offset);
+    if (head.status == kEepromOk && head.type == kRecordEnd)
+        head.status = kEepromNoRecord;
+    else if (head.status == kEepromOk && head.end() >= eeprom.imageSize())
+        head.status = kEepromFailed;
+    return head;
 }
 
-// Loads what a record's name or text is taken from: of a register set the name and the kind of its first
-// block of entries, of named data the name, of the others everything.
-EepromStatus loadText(HeadboardEeprom& eeprom, int64_t offset, RecordHead const& head) {
-    constexpr int32_t kRegisterSetBytes = kRecordHead + kRecordName + 1;
-    constexpr int32_t kNamedDataBytes = kRecordHead + kNamedDataName;
-    auto count = int32_t(head.size());
-    if (recordPayload(head.type) == RecordPayload::RegisterSet)
-        count = kRegisterSetBytes;
-    else if (recordPayload(head.type) == RecordPayload::NamedData)
-        count = kNamedDataBytes;
-    return HeadboardEepromLoad(eeprom, int32_t(offset), count);
+// Loads the name or text of a record into `text`: of a register set the name and the kind of its first block
+// of entries, of named data the name, of the others everything.
+EepromStatus loadText(HeadboardEeprom& eeprom, RecordHead const& head, std::string_view& text) {
+    RecordPayload const payload = recordPayload(head.type);
+    int64_t const count = payload == RecordPayload::RegisterSet ? kRecordHead + kRecordName + 1
+                          : payload == RecordPayload::NamedData ? kRecordHead + kNamedDataName
+                                                                : head.end() - head.offset;
+    EepromStatus const status = HeadboardEepromLoad(eeprom, int32_t(head.offset), int32_t(count));
+    if (status == kEepromOk)
+        text = recordText(head.type, bytesAt(eeprom, head.offset + kRecordHead, head.length));
+    return status;
 }
 
-// kEepromOk when the record at the offset carries the name.
-EepromStatus matchName(HeadboardEeprom& eeprom, int64_t offset, RecordHead const& head, char const* name) {
+// kEepromOk when the record carries the name.
+EepromStatus matchName(HeadboardEeprom& eeprom, RecordHead const& head, char const* name) {
     if (!name || recordNameWidth(head.type) == 0)
         return kEepromOk;
-    EepromStatus const status = loadText(eeprom, offset, head);
-    if (status != kEepromOk)
-        return status;
-    std::string_view const found = recordName(head.type, bytesAt(eeprom, offset + kRecordHead, head.length));
-    return equalWithoutCase(found, name) ? kEepromOk : kEepromNoRecord;
+    std::string_view found;
+    EepromStatus const status = loadText(eeprom, head, found);
+    return status != kEepromOk || equalWithoutCase(found, name) ? status : kEepromNoRecord;
 }
 
 int32_t nthRecord(HeadboardEeprom& eeprom, int32_t type, char const* name, int32_t n) {
@@ -82,7 +91,7 @@ int32_t nthRecord(HeadboardEeprom& eeprom, int32_t type, char const* name, int32
 
 EepromStatus EepromFormat(HeadboardEeprom& eeprom, int32_t version) {
     std::array<uint8_t, kHeaderSize + 1> header{};
-    std::copy(kMagic.begin(), kMagic.end(), header.begin());
+    std::ranges::copy(kMagic, header.begin());
     header[4] = version == -1 ? kUsualVersion : uint8_t(version);
     header[5] = kRecordEnd;
     return HeadboardEepromPut(eeprom, 0, int32_t(header.size()), header.data());
@@ -90,11 +99,8 @@ EepromStatus EepromFormat(HeadboardEeprom& eeprom, int32_t version) {
 
 EepromStatus EepromCheckHeader(HeadboardEeprom& eeprom) {
     EepromStatus const status = HeadboardEepromLoad(eeprom, 0, kHeaderSize);
-    if (status != kEepromOk)
-        return status;
-    std::span<uint8_t const> const magic = bytesAt(eeprom, 0, kMagic.size());
-    return std::equal(kMagic.begin(), kMagic.end(), magic.begin(), magic.end()) ? kEepromOk
-                                                                                : kEepromNotFormatted;
+    bool const isOther = !std::ranges::equal(bytesAt(eeprom, 0, kMagic.size()), kMagic);
+    return status == kEepromOk && isOther ? kEepromNotFormatted : status;
 }
 
 int32_t EepromFreeSpace(HeadboardEeprom& eeprom, int32_t* used) {
@@ -111,35 +117,29 @@ int32_t EepromFreeSpace(HeadboardEeprom& eeprom, int32_t* used) {
 }
 
 int32_t EepromFindRecord(HeadboardEeprom& eeprom, uint8_t type, char const* name, int32_t start) {
-    if (start < 0)
-        return start;
-    EepromStatus const status = EepromCheckHeader(eeprom);
-    if (status != kEepromOk)
-        return status;
+    int32_t const checked = start < 0 ? start : EepromCheckHeader(eeprom);
+    if (checked != kEepromOk)
+        return checked;
     if (type == kRecordIdent)
         return 0;
     for (int64_t offset = std::max(start, kHeaderSize); offset < eeprom.imageSize();) {
         RecordHead const head = loadHead(eeprom, offset);
         if (head.status != kEepromOk)
             return head.status;
-        if (head.type == type) {
-            EepromStatus const match = matchName(eeprom, offset, head, name);
-            if (match != kEepromNoRecord)
-                return match == kEepromOk ? int32_t(offset) : match;
-        }
+        EepromStatus const match = head.type == type ? matchName(eeprom, head, name) : kEepromNoRecord;
+        if (match != kEepromNoRecord)
+            return match == kEepromOk ? int32_t(offset) : match;
         if (head.type == kRecordEnd)
             break;
-        offset += head.size();
+        offset = head.end();
     }
     return kEepromNoRecord;
 }
 
 int32_t EepromNextRecord(HeadboardEeprom& eeprom, int32_t offset) {
-    if (offset < 0)
-        return offset;
-    EepromStatus const status = EepromCheckHeader(eeprom);
-    if (status != kEepromOk)
-        return status;
+    int32_t const checked = offset < 0 ? offset : EepromCheckHeader(eeprom);
+    if (checked != kEepromOk)
+        return checked;
     if (offset == 0)
         return kHeaderSize;
     if (offset >= eeprom.imageSize())
@@ -147,33 +147,27 @@ int32_t EepromNextRecord(HeadboardEeprom& eeprom, int32_t offset) {
     RecordHead const head = loadHead(eeprom, offset);
     if (head.status != kEepromOk)
         return head.status;
-    bool const follows = head.type != kRecordEnd && endsInside(eeprom, offset, head);
-    return follows ? int32_t(offset + head.size()) : kEepromNoRecord;
+    bool const follows = head.type != kRecordEnd && head.end() < eeprom.imageSize();
+    return follows ? int32_t(head.end()) : kEepromNoRecord;
 }
 
 int32_t EepromReadRecord(HeadboardEeprom& eeprom, int32_t offset, std::span<uint8_t> buffer) {
     if (offset < 0)
         return offset;
     HeadboardEepromEnsureImage(eeprom);
-    int64_t size = kHeaderSize;
+    int32_t size = kHeaderSize;
     if (offset > 0) {
-        if (offset < kHeaderSize || offset >= eeprom.imageSize())
-            return kEepromFailed;
-        RecordHead const head = loadHead(eeprom, offset);
+        RecordHead const head = loadWholeHead(eeprom, offset);
         if (head.status != kEepromOk)
             return head.status;
-        if (head.type == kRecordEnd)
-            return kEepromNoRecord;
-        if (!endsInside(eeprom, offset, head))
-            return kEepromFailed;
-        size = head.size();
+        size = int32_t(head.end() - offset);
     }
     if (!buffer.data())
-        return int32_t(size);
-    if (int64_t(buffer.size()) < size)
+        return size;
+    if (buffer.size() < size_t(size))
         return kEepromBufferTooSmall;
-    EepromStatus const status = HeadboardEepromLoad(eeprom, offset, int32_t(size), buffer.data());
-    return status == kEepromOk ? int32_t(size) : status;
+    EepromStatus const status = HeadboardEepromLoad(eeprom, offset, size, buffer.data());
+    return status == kEepromOk ? size : status;
 }
 
 int32_t EepromReadNth(HeadboardEeprom& eeprom, int32_t type, char const* name, int32_t n,
@@ -194,24 +188,17 @@ EepromStatus EepromAppendRecord(HeadboardEeprom& eeprom, EepromRecord const& rec
 }
 
 EepromStatus EepromDeleteRecord(HeadboardEeprom& eeprom, int32_t offset) {
-    HeadboardEepromEnsureImage(eeprom);
-    if (offset < kHeaderSize || offset >= eeprom.imageSize())
-        return kEepromFailed;
-    RecordHead const head = loadHead(eeprom, offset);
+    RecordHead const head = loadWholeHead(eeprom, offset);
     if (head.status != kEepromOk)
-        return head.status;
-    if (head.type == kRecordEnd || !endsInside(eeprom, offset, head))
-        return kEepromFailed;
-    auto const rest = int32_t(offset + head.size());
+        return head.status == kEepromNoRecord ? kEepromFailed : head.status;
+    auto const rest = int32_t(head.end());
     int32_t const end = EepromFindRecord(eeprom, kRecordEnd, nullptr, rest);
     if (end < 0)
         return EepromStatus(end);
-    int32_t const count = end + 1 - rest;
-    EepromStatus const status = HeadboardEepromLoad(eeprom, rest, count);
+    EepromStatus const status = HeadboardEepromLoad(eeprom, rest, end + 1 - rest);
     if (status != kEepromOk)
         return status;
-    // Not by the load: it leaves out the last byte of the image, where the chain may end.
-    std::span<uint8_t const> const bytes = bytesAt(eeprom, rest, count);
+    std::span<uint8_t const> const bytes = bytesAt(eeprom, rest, end + 1 - rest);
     std::vector<uint8_t> const moved(bytes.begin(), bytes.end());
     return HeadboardEepromPut(eeprom, offset, int32_t(moved.size()), moved.data());
 }
@@ -223,8 +210,7 @@ EepromStatus EepromDeleteNth(HeadboardEeprom& eeprom, int32_t type, char const* 
 
 EepromStatus EepromReplaceRecord(HeadboardEeprom& eeprom, EepromRecord const& record) {
     std::string const name(record.name());
-    bool const isNamed = recordNameWidth(record.type()) > 0;
-    EepromStatus const deleted = EepromDeleteNth(eeprom, record.type(), isNamed ? name.c_str() : nullptr, 0);
+    EepromStatus const deleted = EepromDeleteNth(eeprom, record.type(), name.c_str(), 0);
     // Behind an older record that could not be read the new one would never be found.
     if (deleted != kEepromOk && deleted != kEepromNoRecord)
         return deleted;
@@ -232,20 +218,11 @@ EepromStatus EepromReplaceRecord(HeadboardEeprom& eeprom, EepromRecord const& re
 }
 
 std::string_view EepromRecordText(HeadboardEeprom& eeprom, int32_t offset) {
-    HeadboardEepromEnsureImage(eeprom);
-    if (offset < kHeaderSize || offset >= eeprom.imageSize())
-        return {};
-    RecordHead const head = loadHead(eeprom, offset);
-    bool const hasText = recordPayload(head.type) != RecordPayload::Opaque;
-    if (head.status != kEepromOk || !hasText || !endsInside(eeprom, offset, head))
-        return {};
-    if (loadText(eeprom, offset, head) != kEepromOk)
-        return {};
-    std::span<uint8_t const> const payload = bytesAt(eeprom, offset + kRecordHead, head.length);
-    if (recordPayload(head.type) != RecordPayload::Text)
-        return recordName(head.type, payload);
-    std::string_view const text(reinterpret_cast<char const*>(payload.data()), payload.size());
-    return text.substr(0, text.find('\0'));
+    RecordHead const head = loadWholeHead(eeprom, offset);
+    std::string_view text;
+    if (head.status == kEepromOk && recordPayload(head.type) != RecordPayload::Opaque)
+        (void)loadText(eeprom, head, text);
+    return text;
 }
 
 EepromState probeEeprom(HeadboardEeprom& eeprom) {

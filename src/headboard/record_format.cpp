@@ -51,16 +51,10 @@ RecordPayload recordPayload(uint32_t type) {
 }
 
 size_t recordNameWidth(uint32_t type) {
-    switch (recordPayload(type)) {
-    case RecordPayload::RegisterSet:
-        return kRecordName;
-    case RecordPayload::NamedData:
-        return kNamedDataName;
-    case RecordPayload::Opaque:
-    case RecordPayload::Text:
-        break;
-    }
-    return 0;
+    RecordPayload const payload = recordPayload(type);
+    return payload == RecordPayload::RegisterSet ? kRecordName
+           : payload == RecordPayload::NamedData ? kNamedDataName
+                                                 : 0;
 }
 
 char const* recordTypeName(uint32_t type) {
@@ -82,18 +76,6 @@ EepromRecord::EepromRecord(uint8_t type, int32_t capacity, int32_t initialLength
     putU16Be(m_bytes, 1, uint32_t(length));
 }
 
-int32_t EepromRecord::length() const {
-    return int32_t(m_bytes.size() - kRecordHead);
-}
-
-std::span<uint8_t const> EepromRecord::bytes() const {
-    return m_bytes;
-}
-
-std::span<uint8_t> EepromRecord::payload() {
-    return std::span(m_bytes).subspan(kRecordHead);
-}
-
 bool EepromRecord::append(std::span<uint8_t const> bytes) {
     size_t const length = m_bytes.size() - kRecordHead;
     if (bytes.size() > kMostPayload - length)
@@ -112,12 +94,9 @@ void EepromRecord::setName(char const* name) {
     std::copy(text.begin(), text.end(), field.begin());
 }
 
-std::string_view EepromRecord::name() const {
-    return recordName(type(), payload());
-}
-
-std::string_view recordName(uint8_t type, std::span<uint8_t const> payload) {
-    size_t const width = std::min(recordNameWidth(type), payload.size());
+std::string_view recordText(uint8_t type, std::span<uint8_t const> payload) {
+    bool const isText = recordPayload(type) == RecordPayload::Text;
+    size_t const width = isText ? payload.size() : std::min(recordNameWidth(type), payload.size());
     std::string_view const field(reinterpret_cast<char const*>(payload.data()), width);
     return field.substr(0, field.find('\0'));
 }

@@ -89,6 +89,10 @@ enum class RecordPayload : uint8_t {
 /// The type of that name, compared without case; 0 for an unknown name.
 [[nodiscard]] uint8_t recordTypeNamed(char const* name);
 
+/// The name that a payload of a type begins with, or its text: up to a NUL or the end of the field. Empty for
+/// opaque types.
+[[nodiscard]] std::string_view recordText(uint8_t type, std::span<uint8_t const> payload);
+
 /// One record on its way to or from the EEPROM: a type byte, the payload's length and the payload. It owns
 /// its bytes and grows as needed: the capacity decides what is accepted, never where bytes can be written.
 class EepromRecord {
@@ -100,11 +104,11 @@ public:
     [[nodiscard]] uint8_t type() const { return m_bytes[0]; }
     [[nodiscard]] int32_t capacity() const { return m_capacity; }
     /// The payload's length in bytes.
-    [[nodiscard]] int32_t length() const;
+    [[nodiscard]] int32_t length() const { return int32_t(m_bytes.size() - kRecordHead); }
     /// Header and payload.
-    [[nodiscard]] std::span<uint8_t const> bytes() const;
+    [[nodiscard]] std::span<uint8_t const> bytes() const { return m_bytes; }
     [[nodiscard]] std::span<uint8_t const> payload() const { return bytes().subspan(kRecordHead); }
-    [[nodiscard]] std::span<uint8_t> payload();
+    [[nodiscard]] std::span<uint8_t> payload() { return std::span(m_bytes).subspan(kRecordHead); }
 
     /// The payload grows by these bytes; false, and no change, when it would exceed what a length can tell.
     [[nodiscard]] bool append(std::span<uint8_t const> bytes);
@@ -112,16 +116,13 @@ public:
     /// Stores a name, cut to 8 characters, in the first 9 bytes of the payload when it has them; null means
     /// "DEFAULT".
     void setName(char const* name);
-    /// The name as stored; empty for types without.
-    [[nodiscard]] std::string_view name() const;
+    /// The name or text as stored.
+    [[nodiscard]] std::string_view name() const { return recordText(type(), payload()); }
 
 private:
     std::vector<uint8_t> m_bytes;
     int32_t m_capacity;
 };
-
-/// The name that a payload of a type begins with, up to its NUL or the end of its field.
-[[nodiscard]] std::string_view recordName(uint8_t type, std::span<uint8_t const> payload);
 
 /// A record with an unset payload of `initialLength` bytes.
 [[nodiscard]] EepromRecord EepromNewRecord(uint8_t type, int32_t capacity, int32_t initialLength);
