@@ -15,28 +15,32 @@ namespace {
 
 constexpr size_t kLongestStateName = 79;
 
-// One form of line: "KEY = number,number,...". The meanings of the numbers are told by a letter each (i id,
-// a address, m mask, v value), for the full count of numbers and for one less.
+// One form of line: "KEY = number,number,...". The meanings of the numbers are told by a letter each, for the
+// full count of numbers and for one less.
 struct LineForm {
     std::string_view key;
     std::string_view longFields;
     std::string_view shortFields;
-    RegisterEntry entry; ///< what the line does not tell
+    uint32_t registerClass;
+    uint32_t id; ///< where the line tells none
+    uint32_t size;
 };
-constexpr RegisterEntry untold(uint32_t registerClass, uint32_t id, uint32_t size) {
-    return {.registerClass = registerClass, .id = id, .address = 0, .size = size, .mask = 0, .value = 0};
-}
 constexpr LineForm kLineForms[] = {
-    {"REG", "iav", "av", untold(kSensorRegister, 0, 0)},
-    {"BITFIELD", "iamv", "amv", untold(kSensorRegister, 0, 0)},
-    {"VAR", "iamv", "iav", untold(kFirmwareVariable, 0, 0)},
-    {"VAR8", "iamv", "iav", untold(kFirmwareVariable, 0, 1)},
-    {"SFR", "amv", "av", untold(kSpecialFunction, 2, 0)},
-    {"SFR8", "amv", "av", untold(kSpecialFunction, 2, 1)},
-    {"MEM", "iamv", "iav", untold(kSpecialFunction, 0, 0)},
-    {"MEM8", "iamv", "iav", untold(kSpecialFunction, 0, 1)},
-    {"MEM32", "iamv", "iav", untold(kSpecialFunction, 0, 4)},
+    {"REG", "iav", "av", kSensorRegister, 0, 0},      {"BITFIELD", "iamv", "amv", kSensorRegister, 0, 0},
+    {"VAR", "iamv", "iav", kFirmwareVariable, 0, 0},  {"VAR8", "iamv", "iav", kFirmwareVariable, 0, 1},
+    {"SFR", "amv", "av", kSpecialFunction, 2, 0},     {"SFR8", "amv", "av", kSpecialFunction, 2, 1},
+    {"MEM", "iamv", "iav", kSpecialFunction, 0, 0},   {"MEM8", "iamv", "iav", kSpecialFunction, 0, 1},
+    {"MEM32", "iamv", "iav", kSpecialFunction, 0, 4},
 };
+
+struct Field {
+    char letter;
+    uint32_t RegisterEntry::*number;
+};
+constexpr Field kFields[] = {{'i', &RegisterEntry::id},
+                             {'a', &RegisterEntry::address},
+                             {'m', &RegisterEntry::mask},
+                             {'v', &RegisterEntry::value}};
 
 struct StateName {
     uint8_t type;
@@ -109,36 +113,17 @@ std::vector<int64_t> numbersOf(char const* text, size_t most) {
     return numbers;
 }
 
-RegisterEntry entryOf(LineForm const& form, std::string_view fields, std::vector<int64_t> const& numbers) {
-    RegisterEntry entry = form.entry;
-    for (size_t i = 0; i < fields.size(); ++i) {
+PresetEntry presetEntry(std::string const& line, LineForm const& form, std::vector<int64_t> const& numbers) {
+    PresetEntry preset{line, {.registerClass = form.registerClass, .id = form.id, .size = form.size}};
+    bool const isLong = numbers.size() == form.longFields.size();
+    std::string_view const letters = isLong ? form.longFields : form.shortFields;
+    for (size_t i = 0; i < letters.size(); ++i) {
+        auto const field = std::ranges::find(kFields, letters[i], &Field::letter);
         // Numbers of more than 32 bits lose the upper ones.
-        auto const number = uint32_t(numbers[i]);
-        switch (fields[i]) {
-        case 'i':
-            entry.id = number;
-            break;
-        case 'a':
-            entry.address = number;
-            break;
-        case 'm':
-            entry.mask = number;
-            break;
-        default:
-            entry.value = number;
-            break;
-        }
+        preset.entry.*field->number = uint32_t(numbers[i]);
+        preset.isWhole = preset.isWhole && numbers[i] >= INT32_MIN && numbers[i] <= int64_t{UINT32_MAX};
     }
-    return entry;
-}
-
-bool isOf32Bits(int64_t number) {
-    return number >= INT32_MIN && number <= int64_t{UINT32_MAX};
-}
-
-PresetEntry presetEntry(std::string const& line, LineForm const& form, std::string_view fields,
-                        std::vector<int64_t> const& numbers) {
-    return {line, entryOf(form, fields, numbers), std::all_of(numbers.begin(), numbers.end(), isOf32Bits)};
+    return preset;
 }
 
 std::optional<PresetEntry> parseEntry(std::string const& line) {
@@ -147,10 +132,8 @@ std::optional<PresetEntry> parseEntry(std::string const& line) {
         if (!value)
             continue;
         std::vector<int64_t> const numbers = numbersOf(value, form.longFields.size());
-        if (numbers.size() == form.longFields.size())
-            return presetEntry(line, form, form.longFields, numbers);
-        if (numbers.size() == form.shortFields.size())
-            return presetEntry(line, form, form.shortFields, numbers);
+        if (numbers.size() >= form.shortFields.size())
+            return presetEntry(line, form, numbers);
     }
     return std::nullopt;
 }
@@ -162,19 +145,10 @@ std::optional<std::string> parseState(std::string const& line, uint8_t type) {
         return std::nullopt;
     std::string_view const text = value;
     std::string_view const name = text.substr(0, std::min(text.find(','), kLongestStateName));
-    bool const isTaken =
-        std::any_of(std::begin(kStateNames), std::end(kStateNames), [&](StateName const& row) {
-            return row.type == type && equalWithoutCase(row.name, name);
-        });
+    bool const isTaken = std::ranges::any_of(kStateNames, [&](StateName const& row) {
+        return row.type == type && equalWithoutCase(row.name, name);
+    });
     return isTaken ? std::optional<std::string>(text) : std::nullopt;
-}
-
-EepromStatus addPresetLine(HeadboardEeprom& eeprom, EepromRecord& record, std::string const& line) {
-    if (auto const entry = parseEntry(line))
-        return EepromAddEntry(eeprom, record, entry->entry);
-    if (auto const state = parseState(line, record.type()))
-        return EepromAddLine(record, *state);
-    return kEepromOk;
 }
 
 // The section's lines without comments; empty when there is no such section.
@@ -204,7 +178,11 @@ EepromStatus EepromImportSection(HeadboardEeprom& eeprom, char const* iniFileNam
         return kEepromFailed;
     EepromRecord record = makeRegisterSet(eeprom, type, sectionName);
     for (std::string const& line : lines) {
-        EepromStatus const status = addPresetLine(eeprom, record, line);
+        EepromStatus status = kEepromOk;
+        if (auto const preset = parseEntry(line))
+            status = EepromAddEntry(eeprom, record, preset->entry);
+        else if (auto const state = parseState(line, type))
+            status = EepromAddLine(record, *state);
         if (status != kEepromOk)
             return status;
     }
