@@ -9,12 +9,8 @@ namespace kestra {
 
 namespace {
 
-constexpr size_t kFullSize = 18;
-constexpr size_t kShortSize = 4;
-
 constexpr uint32_t kShortRegisterBits = 16;
-constexpr uint32_t kOneByteVariable = 0x8000;
-constexpr uint32_t kMostVariableSize = 2;
+constexpr uint32_t kUsualVariableSize = 2;
 
 // Registers of these sensors are addressed by a page in the high byte of the address word.
 bool hasPagedAddress(std::optional<SensorInfo> const& sensor) {
@@ -22,122 +18,95 @@ bool hasPagedAddress(std::optional<SensorInfo> const& sensor) {
     return sensor && sensor->registerAddressWidth < kNineBits;
 }
 
-bool fitsShortRegister(RegisterEntry const& entry, std::optional<SensorInfo> const& sensor) {
-    return entry.mask == 0 && (entry.size == 0 || !sensor ||
-                               uint64_t{entry.size} * sensor->registerDataWidth == kShortRegisterBits);
+// The kind that an entry is written in: a short one when class, size and mask allow it. Id, address and value
+// are not looked at, so a short kind may cut them.
+EntryKind chooseEntryKind(RegisterEntry const& entry, std::optional<SensorInfo> const& sensor) {
+    if (entry.mask != 0)
+        return EntryKind::Full;
+    if (entry.registerClass == kFirmwareVariable && entry.size <= kUsualVariableSize)
+        return EntryKind::ShortVariable;
+    bool const hasUsualSize =
+        entry.size == 0 || !sensor || uint64_t{entry.size} * sensor->registerDataWidth == kShortRegisterBits;
+    return entry.registerClass == kSensorRegister && hasUsualSize ? EntryKind::ShortRegister
+                                                                  : EntryKind::Full;
 }
 
-uint32_t shortRegisterSize(std::optional<SensorInfo> const& sensor) {
-    return sensor && sensor->registerDataWidth != 0 ? kShortRegisterBits / sensor->registerDataWidth : 1;
+uint32_t addressWord(RegisterEntry const& entry, EntryKind kind, std::optional<SensorInfo> const& sensor) {
+    if (kind == EntryKind::ShortVariable)
+        return (entry.size & 1) << 15 | (entry.id & 31) << 10 | (entry.address & 0x3FF);
+    return hasPagedAddress(sensor) ? (entry.id & 0xFF) << 8 | (entry.address & 0xFF) : entry.address;
 }
 
-RegisterEntry decodeFull(std::span<uint8_t const> bytes) {
-    return {.registerClass = bytes[0],
-            .id = getU32Be(bytes, 1),
-            .address = getU32Be(bytes, 5),
-            .size = bytes[9],
-            .mask = getU32Be(bytes, 10),
-            .value = getU32Be(bytes, 14)};
-}
-
-void encodeFull(RegisterEntry const& entry, std::span<uint8_t> bytes) {
+std::vector<uint8_t> encodeEntry(RegisterEntry const& entry, EntryKind kind,
+                                 std::optional<SensorInfo> const& sensor) {
+    std::vector<uint8_t> bytes(entrySize(kind));
+    if (kind != EntryKind::Full) {
+        putU16Be(bytes, 0, addressWord(entry, kind, sensor));
+        putU16Be(bytes, 2, entry.value);
+        return bytes;
+    }
     bytes[0] = uint8_t(entry.registerClass);
     putU32Be(bytes, 1, entry.id);
     putU32Be(bytes, 5, entry.address);
     bytes[9] = uint8_t(entry.size);
     putU32Be(bytes, 10, entry.mask);
     putU32Be(bytes, 14, entry.value);
-}
-
-// The kind that an entry is written in: a short one when class, size and mask allow it. Id, address and value
-// are not looked at, so a short kind may cut them.
-EntryKind chooseEntryKind(RegisterEntry const& entry, std::optional<SensorInfo> const& sensor) {
-    if (entry.registerClass == kFirmwareVariable && entry.size <= kMostVariableSize && entry.mask == 0)
-        return EntryKind::ShortVariable;
-    if (entry.registerClass == kSensorRegister && fitsShortRegister(entry, sensor))
-        return EntryKind::ShortRegister;
-    return EntryKind::Full;
-}
-
-std::vector<uint8_t> encodeEntry(RegisterEntry const& entry, EntryKind kind,
-                                 std::optional<SensorInfo> const& sensor) {
-    std::vector<uint8_t> bytes(entrySize(kind));
-    switch (kind) {
-    case EntryKind::Full:
-        encodeFull(entry, bytes);
-        return bytes;
-    case EntryKind::ShortRegister:
-        putU16Be(bytes, 0,
-                 hasPagedAddress(sensor) ? (entry.id & 0xFF) << 8 | (entry.address & 0xFF) : entry.address);
-        break;
-    case EntryKind::ShortVariable:
-        putU16Be(bytes, 0, (entry.size & 1) << 15 | (entry.id & 31) << 10 | (entry.address & 0x3FF));
-        break;
-    }
-    putU16Be(bytes, 2, entry.value);
     return bytes;
 }
 
 constexpr int32_t kEntryReserve = 11; // of the capacity; an entry may still end beyond it
 constexpr int32_t kLineReserve = 4;
 
-// What stands behind the name, of as many bytes as the record says and really has.
-std::span<uint8_t const> contentOf(std::span<uint8_t const> record) {
-    if (record.size() < kRecordHead + kRecordName)
-        return {};
-    size_t const length = std::min<size_t>(getU16Be(record, 1), record.size() - kRecordHead);
-    return length < kRecordName ? std::span<uint8_t const>()
-                                : record.subspan(kRecordHead + kRecordName, length - kRecordName);
+// A record of as many bytes as it says and really has.
+std::span<uint8_t const> cutToLength(std::span<uint8_t const> record) {
+    size_t const told = record.size() < kRecordHead ? 0 : kRecordHead + size_t{getU16Be(record, 1)};
+    return record.first(std::min(record.size(), told));
 }
 
-// The blocks of a record that nothing else follows; empty when it holds something else.
-std::optional<std::vector<EntryBlock>> wholeBlocks(EepromRecord const& record) {
-    RegisterSetContent content = splitRegisterSet(record.bytes());
-    bool const isWhole = record.length() >= kRecordName && content.restOffset == record.bytes().size() &&
-                         std::ranges::all_of(content.blocks, [](EntryBlock const& block) {
-                             return block.entries.size() == block.length;
-                         });
-    return isWhole ? std::optional(std::move(content.blocks)) : std::nullopt;
+// Where the name ends, in a record that may end before.
+size_t contentOffset(std::span<uint8_t const> record) {
+    return std::min<size_t>(record.size(), kRecordHead + kRecordName);
 }
 
-// Address-space kinds of register descriptions whose entries tell id and size, or the id with a condition.
-bool isPlainKind(uint32_t kind) {
-    constexpr uint32_t kPlain[] = {1, 2, 5, 6, 8, 9};
-    return std::find(std::begin(kPlain), std::end(kPlain), kind) != std::end(kPlain);
-}
-bool isSecondaryMapKind(uint32_t kind) {
-    return kind == 4 || kind == 7;
+// Whether nothing but whole blocks follows the name.
+bool holdsBlocks(EepromRecord const& record, RegisterSetContent const& content) {
+    bool const lastIsWhole =
+        content.blocks.empty() || content.blocks.back().entries.size() == content.blocks.back().length;
+    return record.length() >= kRecordName && content.restOffset == record.bytes().size() && lastIsWhole;
 }
 
 // The entry of a register without mask and value.
 RegisterEntry entryFor(Sensor const& sensor, vy_RegisterDescription const& reg) {
+    // Address-space kinds whose entries tell id and size, or the id with a condition.
+    constexpr uint32_t kPlainKinds[] = {1, 2, 5, 6, 8, 9};
+    constexpr uint32_t kSecondaryMapKinds[] = {4, 7};
     std::optional<SensorInfo> const info = sensor.info();
     RegisterEntry entry;
     entry.address = reg.address;
-    if (isPlainKind(reg.addressSpace)) {
+    bool hasId = info && info->hasPageSelect;
+    if (std::ranges::count(kPlainKinds, reg.addressSpace) > 0) {
         entry.registerClass = reg.addressSpace;
-        entry.id = reg.id;
         entry.size = sensor.dataSize(reg);
-    } else if (isSecondaryMapKind(reg.addressSpace)) {
+        hasId = true;
+    } else if (std::ranges::count(kSecondaryMapKinds, reg.addressSpace) > 0) {
         entry.registerClass = reg.addressSpace;
-        entry.id = info && (info->secondaryMaps >> reg.addressSpace & 1) != 0 ? reg.id : 0;
-    } else {
-        entry.id = info && info->hasPageSelect ? reg.id : 0;
+        hasId = info && (info->secondaryMaps >> reg.addressSpace & 1) != 0;
     }
+    entry.id = hasId ? reg.id : 0;
     return entry;
 }
 
 // The entry of a register or bitfield by name, as yet without a value; empty when the sensor lacks it.
 std::optional<RegisterEntry> findEntry(Sensor const& sensor, char const* reg, char const* bitfield) {
-    bool const isWhole = *bitfield == '\0';
-    if (!(isWhole ? sensor.existsRegister(reg) : sensor.existsBitfield(reg, bitfield)))
-        return std::nullopt;
     uint32_t mask = 0;
-    if (!isWhole) {
-        vy_BitfieldDescription const* const found = sensor.findBitfield(reg, bitfield);
+    if (*bitfield != '\0') {
+        bool const exists = sensor.existsBitfield(reg, bitfield);
+        vy_BitfieldDescription const* const found = exists ? sensor.findBitfield(reg, bitfield) : nullptr;
         if (!found)
             return std::nullopt;
         mask = found->mask;
+    } else if (!sensor.existsRegister(reg)) {
+        return std::nullopt;
     }
     vy_RegisterDescription const* const description = sensor.findRegister(reg);
     if (!description)
@@ -149,24 +118,23 @@ std::optional<RegisterEntry> findEntry(Sensor const& sensor, char const* reg, ch
 
 } // namespace
 
-std::optional<EntryKind> entryKind(uint8_t code) {
-    switch (EntryKind(code)) {
-    case EntryKind::Full:
-    case EntryKind::ShortRegister:
-    case EntryKind::ShortVariable:
-        return EntryKind(code);
-    }
-    return std::nullopt;
+bool isEntryKind(uint8_t code) {
+    return code >= uint8_t(EntryKind::Full) && code <= uint8_t(EntryKind::ShortVariable);
 }
 
 size_t entrySize(EntryKind kind) {
-    return kind == EntryKind::Full ? kFullSize : kShortSize;
+    return kind == EntryKind::Full ? 18 : 4;
 }
 
 RegisterEntry decodeEntry(std::span<uint8_t const> bytes, EntryKind kind,
                           std::optional<SensorInfo> const& sensor) {
     if (kind == EntryKind::Full)
-        return decodeFull(bytes);
+        return {.registerClass = bytes[0],
+                .id = getU32Be(bytes, 1),
+                .address = getU32Be(bytes, 5),
+                .size = bytes[9],
+                .mask = getU32Be(bytes, 10),
+                .value = getU32Be(bytes, 14)};
     uint32_t const word = getU16Be(bytes, 0);
     RegisterEntry entry;
     entry.value = getU16Be(bytes, 2);
@@ -174,36 +142,31 @@ RegisterEntry decodeEntry(std::span<uint8_t const> bytes, EntryKind kind,
         entry.registerClass = kFirmwareVariable;
         entry.id = word >> 10 & 31;
         entry.address = word & 0x3FF;
-        entry.size = (word & kOneByteVariable) != 0 ? 1 : 2;
+        entry.size = word >> 15 != 0 ? 1 : kUsualVariableSize;
         return entry;
     }
-    entry.registerClass = kSensorRegister;
     entry.id = hasPagedAddress(sensor) ? word >> 8 : 0;
     entry.address = hasPagedAddress(sensor) ? word & 0xFF : word;
-    entry.size = shortRegisterSize(sensor);
+    uint32_t const unitBits = sensor ? sensor->registerDataWidth : 0;
+    entry.size = unitBits != 0 ? kShortRegisterBits / unitBits : 1;
     return entry;
 }
 
-RegisterSetContent splitRegisterSet(std::span<uint8_t const> record) {
-    size_t const told = record.size() < kRecordHead ? 0 : kRecordHead + size_t{getU16Be(record, 1)};
-    record = record.first(std::min(record.size(), told));
-    size_t at = std::min<size_t>(record.size(), kRecordHead + kRecordName);
+RegisterSetContent splitRegisterSet(std::span<uint8_t const> bytes) {
+    std::span<uint8_t const> const record = cutToLength(bytes);
+    size_t at = contentOffset(record);
     RegisterSetContent content;
-    while (record.size() - at >= kBlockHead && entryKind(record[at])) {
+    while (record.size() - at >= kBlockHead && isEntryKind(record[at])) {
         size_t const length = getU16Be(record, at + 1);
         size_t const begin = at + kBlockHead;
         size_t const there = std::min(length, record.size() - begin);
-        content.blocks.push_back({at, record[at], length, record.subspan(begin, there)});
+        content.blocks.push_back({at, EntryKind(record[at]), length, record.subspan(begin, there)});
         at = begin + there;
     }
     content.restOffset = at;
     if (at < record.size() && record[at] != kErased)
         content.rest = record.subspan(at);
     return content;
-}
-
-bool holdsLines(RegisterSetContent const& content) {
-    return content.blocks.empty() && !content.rest.empty() && !entryKind(content.rest.front());
 }
 
 EepromRecord makeRegisterSet(HeadboardEeprom const& eeprom, uint8_t type, char const* name) {
@@ -219,24 +182,23 @@ EepromStatus EepromAddEntry(HeadboardEeprom& eeprom, EepromRecord& record, Regis
         if (auto const* const reg = sensor.findRegisterAt(entry.address, entry.registerClass, entry.id))
             entry.size = sensor.dataSize(vy_RegisterDescription(*reg));
     }
-    constexpr uint32_t kUsualVariableSize = 2;
     if (entry.registerClass == kFirmwareVariable && entry.size == 0)
         entry.size = kUsualVariableSize;
 
-    auto const blocks = wholeBlocks(record);
-    if (!blocks)
+    RegisterSetContent const content = splitRegisterSet(record.bytes());
+    if (!holdsBlocks(record, content))
         return kEepromFailed;
     EntryKind const kind = chooseEntryKind(entry, info);
     std::vector<uint8_t> added = encodeEntry(entry, kind, info);
-    auto const entryBytes = uint32_t(added.size());
-    bool const continues = !blocks->empty() && blocks->back().kind == uint8_t(kind);
-    size_t const lengthAt = (continues ? blocks->back().offset - kRecordHead : record.payload().size()) + 1;
-    auto const blockLength = uint32_t(continues ? blocks->back().length : 0);
+    bool const continues = !content.blocks.empty() && content.blocks.back().kind == kind;
+    size_t const blockAt = continues ? content.blocks.back().offset : record.bytes().size();
     if (!continues)
         added.insert(added.begin(), {uint8_t(kind), 0, 0});
     if (!record.append(added))
         return kEepromNoRoom;
-    putU16Be(record.payload(), lengthAt, blockLength + entryBytes);
+    // The block reaches to the record's end.
+    size_t const begin = blockAt + kBlockHead;
+    putU16Be(record.payload(), blockAt + 1 - kRecordHead, uint32_t(record.bytes().size() - begin));
     return kEepromOk;
 }
 
@@ -272,10 +234,10 @@ EepromStatus EepromGetEntry(HeadboardEeprom& eeprom, std::span<uint8_t const> re
     std::optional<SensorInfo> const info = eeprom.sensor.info();
     auto left = size_t(std::max(n, 0));
     for (EntryBlock const& block : splitRegisterSet(record).blocks) {
-        auto const kind = EntryKind(block.kind);
-        size_t const count = block.entries.size() / entrySize(kind);
+        size_t const size = entrySize(block.kind);
+        size_t const count = block.entries.size() / size;
         if (left < count) {
-            entry = decodeEntry(block.entries.subspan(left * entrySize(kind), entrySize(kind)), kind, info);
+            entry = decodeEntry(block.entries.subspan(left * size, size), block.kind, info);
             return kEepromOk;
         }
         left -= count;
@@ -284,7 +246,8 @@ EepromStatus EepromGetEntry(HeadboardEeprom& eeprom, std::span<uint8_t const> re
 }
 
 int32_t EepromGetLine(std::span<uint8_t const> record, int32_t n, std::string* line) {
-    std::span<uint8_t const> const content = contentOf(record);
+    record = cutToLength(record);
+    std::span<uint8_t const> const content = record.subspan(contentOffset(record));
     std::string_view rest(reinterpret_cast<char const*>(content.data()), content.size());
     for (int32_t i = 0; !rest.empty(); ++i) {
         std::string_view const text = rest.substr(0, rest.find('\0'));

@@ -39,8 +39,8 @@ enum class EntryKind : uint8_t {
     ShortVariable = 4, ///< 4 bytes: a firmware variable, 5 bits of its id and 10 of its address
 };
 
-/// The kind of a coded byte; empty for any other value.
-[[nodiscard]] std::optional<EntryKind> entryKind(uint8_t code);
+/// Whether a byte is the code of a kind.
+[[nodiscard]] bool isEntryKind(uint8_t code);
 
 /// Bytes that an entry of a kind takes.
 [[nodiscard]] size_t entrySize(EntryKind kind);
@@ -54,8 +54,8 @@ inline constexpr size_t kBlockHead = 3;
 
 /// Entries of one kind in a register set.
 struct EntryBlock {
-    size_t offset = 0;                ///< of its head, from the record's begin
-    uint8_t kind = 0;                 ///< one that is known
+    size_t offset = 0; ///< of its head, from the record's begin
+    EntryKind kind = EntryKind::Full;
     size_t length = 0;                ///< bytes of the entries, as its head tells
     std::span<uint8_t const> entries; ///< shorter when the record ends before
 };
@@ -68,10 +68,7 @@ struct RegisterSetContent {
 };
 
 /// Takes apart a register set, of any content, from its head on, as far as its length and its bytes reach.
-[[nodiscard]] RegisterSetContent splitRegisterSet(std::span<uint8_t const> record);
-
-/// Whether a record consists of lines of text rather than of entries.
-[[nodiscard]] bool holdsLines(RegisterSetContent const& content);
+[[nodiscard]] RegisterSetContent splitRegisterSet(std::span<uint8_t const> bytes);
 
 /// A register set under a name (null: "DEFAULT"), as yet without entries, that leaves `kReservedBytes` of the
 /// device free.

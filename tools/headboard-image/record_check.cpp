@@ -1,7 +1,6 @@
 #include "tools/headboard-image/record_check.h"
 
 #include "headboard/record_format.h"
-#include "headboard/register_set.h"
 #include "tools/headboard-image/printed_text.h"
 
 #include <algorithm>
@@ -81,7 +80,7 @@ private:
         // Values may be so, and unused bytes that are too few for a block.
         if (content.blocks.empty() || content.restOffset < m_record.size())
             return kBlockHead;
-        auto const kind = EntryKind(content.blocks.back().kind);
+        EntryKind const kind = content.blocks.back().kind;
         return kind == EntryKind::Full ? kMaskAndValue : entrySize(kind);
     }
 
@@ -106,8 +105,9 @@ private:
                 fault(content.restOffset, "the last line has no closing NUL");
         } else if (!content.rest.empty()) {
             uint8_t const kind = content.rest.front();
-            fault(content.restOffset, entryKind(kind) ? "the end of the record cuts off the block's head"
-                                                      : hexadecimal(kind, 2) + " is no kind of entry block");
+            fault(content.restOffset, isEntryKind(kind)
+                                          ? "the end of the record cuts off the block's head"
+                                          : hexadecimal(kind, 2) + " is no kind of entry block");
         }
     }
 
@@ -116,7 +116,7 @@ private:
         if (missing > 0)
             fault(block.offset, "the block is " + counted(int64_t(missing), "byte") +
                                     " longer than the rest of its record");
-        else if (block.length % entrySize(EntryKind(block.kind)) != 0)
+        else if (block.length % entrySize(block.kind) != 0)
             fault(block.offset, "the block's length leaves a part of an entry");
     }
 
@@ -144,6 +144,10 @@ std::string findingLines(std::vector<Finding> const& findings) {
 
 std::vector<Finding> checkRecord(RecordPlace const& place, std::span<uint8_t const> record) {
     return RecordCheck(place, record).run();
+}
+
+bool holdsLines(RegisterSetContent const& content) {
+    return content.blocks.empty() && !content.rest.empty() && !isEntryKind(content.rest.front());
 }
 
 } // namespace headboard_image

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "headboard/register_set.h"
 #include "tools/headboard-image/record_store.h"
 
 #include <string>
@@ -22,5 +23,8 @@ struct Finding {
 
 /// What is wrong inside a record, given from its head on.
 [[nodiscard]] std::vector<Finding> checkRecord(RecordPlace const& place, std::span<uint8_t const> record);
+
+/// Whether a register set consists of lines of text rather than of entries.
+[[nodiscard]] bool holdsLines(kestra::RegisterSetContent const& content);
 
 } // namespace headboard_image

@@ -69,12 +69,11 @@ std::string entriesText(RegisterSetContent const& content, Addressing addressing
     std::string text = content.blocks.empty() ? std::string() : entryTitle();
     bool pagesArePossible = false;
     for (EntryBlock const& block : content.blocks) {
-        auto const kind = EntryKind(block.kind);
-        size_t const size = entrySize(kind);
+        size_t const size = entrySize(block.kind);
         for (size_t at = 0; block.entries.size() - at >= size; at += size) {
-            RegisterEntry const entry = decodeEntry(block.entries.subspan(at, size), kind, sensor);
-            pagesArePossible = pagesArePossible || mayHoldPage(entry, kind);
-            text += entryLine(entry, kind);
+            RegisterEntry const entry = decodeEntry(block.entries.subspan(at, size), block.kind, sensor);
+            pagesArePossible = pagesArePossible || mayHoldPage(entry, block.kind);
+            text += entryLine(entry, block.kind);
         }
     }
     if (pagesArePossible)
