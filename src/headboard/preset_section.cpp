@@ -3,6 +3,7 @@
 #include "common/ini_section.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
+#include "headboard/register_names.h"
 #include "headboard/register_set.h"
 
 #include <algorithm>
@@ -42,42 +43,19 @@ constexpr Field kFields[] = {{'i', &RegisterEntry::id},
                              {'m', &RegisterEntry::mask},
                              {'v', &RegisterEntry::value}};
 
-struct StateName {
+struct TakenStates {
     uint8_t type;
-    std::string_view name;
+    char const* names; ///< a pattern
 };
-constexpr StateName kStateNames[] = {
-    {kRecordSwPga, "Lens Curve Red"},
-    {kRecordSwPga, "Lens Curve Green1"},
-    {kRecordSwPga, "Lens Curve Green2"},
-    {kRecordSwPga, "Lens Curve Blue"},
-    {kRecordSwPga, "Lens Correction Falloff"},
-    {kRecordSwPga, "iToF Camera Matrix"},
-    {kRecordSwPga, "iToF Dist Coeffs"},
-    {kRecordSwCcm, "White Balance"},
-    {kRecordSwCcm, "WB Speed"},
-    {kRecordSwCcm, "WB Adjust Gains"},
-    {kRecordSwCcm, "WB Manual Left"},
-    {kRecordSwCcm, "WB Manual Right"},
-    {kRecordSwCcm, "WB Manual Position"},
-    {kRecordSwCcm, "WB Manual RedGreen"},
-    {kRecordSwCcm, "WB Manual BlueGreen"},
-    {kRecordSwCcm, "WB Interpolate Saturation"},
-    {kRecordSwCcm, "WB Normalize Matrix"},
-    {kRecordSwCcm, "AWB Incandescent"},
-    {kRecordSwCcm, "AWB Middle"},
-    {kRecordSwCcm, "AWB Sun"},
-    {kRecordSwCcm, "AWB Incandescent Gain"},
-    {kRecordSwCcm, "AWB Middle Gain"},
-    {kRecordSwCcm, "AWB Sun Gain"},
-    {kRecordSwCcm, "AWB Incandescent Temp"},
-    {kRecordSwCcm, "AWB Middle Temp"},
-    {kRecordSwCcm, "AWB Sun Temp"},
-    {kRecordSwCcm, "WB Custom"},
-    {kRecordSwCcm, "WB Custom Xenon"},
-    {kRecordSwCcm, "WB Custom Led"},
-    {kRecordSwStereo, "Stereo Shift X"},
-    {kRecordSwStereo, "Stereo Shift Y"},
+constexpr TakenStates kTakenStates[] = {
+    {kRecordSwPga, "Lens Curve {Red,Green1,Green2,Blue}"},
+    {kRecordSwPga, "{Lens Correction Falloff,iToF Camera Matrix,iToF Dist Coeffs}"},
+    {kRecordSwCcm, "{White Balance,WB Speed,WB Adjust Gains,WB Interpolate Saturation,WB Normalize Matrix}"},
+    {kRecordSwCcm, "WB Manual {Left,Right,Position,RedGreen,BlueGreen}"},
+    {kRecordSwCcm, "AWB {Incandescent,Middle,Sun}"},
+    {kRecordSwCcm, "AWB {Incandescent,Middle,Sun} {Gain,Temp}"},
+    {kRecordSwCcm, "{WB Custom,WB Custom Xenon,WB Custom Led}"},
+    {kRecordSwStereo, "Stereo Shift {X,Y}"},
 };
 
 std::string_view withoutLeadingBlanks(std::string_view text) {
@@ -145,10 +123,12 @@ std::optional<std::string> parseState(std::string const& line, uint8_t type) {
         return std::nullopt;
     std::string_view const text = value;
     std::string_view const name = text.substr(0, std::min(text.find(','), kLongestStateName));
-    bool const isTaken = std::ranges::any_of(kStateNames, [&](StateName const& row) {
-        return row.type == type && equalWithoutCase(row.name, name);
-    });
-    return isTaken ? std::optional<std::string>(text) : std::nullopt;
+    std::vector<std::string> taken;
+    for (TakenStates const& row : kTakenStates)
+        if (row.type == type)
+            expandNames(row.names, taken);
+    auto const isThis = [&](std::string const& other) { return equalWithoutCase(other, name); };
+    return std::ranges::any_of(taken, isThis) ? std::optional<std::string>(text) : std::nullopt;
 }
 
 // The section's lines without comments; empty when there is no such section.
@@ -176,7 +156,7 @@ EepromStatus EepromImportSection(HeadboardEeprom& eeprom, char const* iniFileNam
     std::vector<std::string> const lines = readSection(iniFileName, sectionName);
     if (lines.empty())
         return kEepromFailed;
-    EepromRecord record = makeRegisterSet(eeprom, type, sectionName);
+    EepromRecord record = makeRegisterSet(type, eeprom.deviceSize - kReservedBytes, sectionName);
     for (std::string const& line : lines) {
         EepromStatus status = kEepromOk;
         if (auto const preset = parseEntry(line))

@@ -8,8 +8,6 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// Adds what an element of a list in braces stands for: "R" itself, "DATA_000..099" a hundred texts from
-// "DATA_000" on, of as many digits at least.
 void addChoices(std::string const& element, Names& choices) {
     size_t const dots = element.find("..");
     if (dots == std::string::npos)
@@ -21,20 +19,6 @@ void addChoices(std::string const& element, Names& choices) {
         size_t const zeros = dots - text > digits.size() ? dots - text - digits.size() : 0;
         choices.push_back(element.substr(0, text) + std::string(zeros, '0') + digits);
     }
-}
-
-// Adds all names of a pattern with lists in braces; the last list counts fastest.
-void expand(std::string const& pattern, Names& names) {
-    size_t const open = pattern.find('{');
-    if (open == std::string::npos)
-        return names.push_back(pattern);
-    size_t const close = pattern.find('}');
-    std::istringstream list(pattern.substr(open + 1, close - open - 1));
-    Names choices;
-    for (std::string element; std::getline(list, element, ',');)
-        addChoices(element, choices);
-    for (std::string const& choice : choices)
-        expand(pattern.substr(0, open) + choice + pattern.substr(close + 1), names);
 }
 
 // Polynomial coefficients: planes that share a colour, position by position.
@@ -93,23 +77,36 @@ constexpr char const* kColourCorrection[] = {
 
 Names listShadingNames() {
     Names positions, names;
-    expand("P{0..4}Q{0..4}", positions);
+    expandNames("P{0..4}Q{0..4}", positions);
     for (std::string const planes : kCoefficientPlanes)
         for (std::string const& position : positions)
-            expand(planes + position, names);
+            expandNames(planes + position, names);
     for (char const* const pattern : kShading)
-        expand(pattern, names);
+        expandNames(pattern, names);
     return names;
 }
 
 Names listCcmNames() {
     Names names;
     for (char const* const pattern : kColourCorrection)
-        expand(pattern, names);
+        expandNames(pattern, names);
     return names;
 }
 
 } // namespace
+
+void expandNames(std::string const& pattern, Names& names) {
+    size_t const open = pattern.find('{');
+    if (open == std::string::npos)
+        return names.push_back(pattern);
+    size_t const close = pattern.find('}');
+    std::istringstream list(pattern.substr(open + 1, close - open - 1));
+    Names choices;
+    for (std::string element; std::getline(list, element, ',');)
+        addChoices(element, choices);
+    for (std::string const& choice : choices)
+        expandNames(pattern.substr(0, open) + choice + pattern.substr(close + 1), names);
+}
 
 Names const& shadingRegisterNames() {
     static Names const names = listShadingNames();

@@ -12,4 +12,8 @@ namespace kestra {
 /// The same for colour correction.
 [[nodiscard]] std::vector<std::string> const& ccmRegisterNames();
 
+/// Adds all names that a pattern with lists in braces, such as "K_{R,G}_Q{0..3}", stands for; the last list
+/// counts fastest. "D_000..099" in a list is a hundred texts from "D_000" on, of as many digits at least.
+void expandNames(std::string const& pattern, std::vector<std::string>& names);
+
 } // namespace kestra
