@@ -8,6 +8,7 @@
 #include "headboard/register_names.h"
 #include "headboard/register_set.h"
 
+#include <QScopeGuard>
 #include <algorithm>
 #include <string_view>
 
@@ -15,11 +16,7 @@ namespace kestra {
 
 namespace {
 
-struct EnablePair {
-    char const* reg;
-    char const* bitfield;
-};
-constexpr EnablePair kEnablePairs[] = {
+constexpr LensCorrection kCorrections[] = {
     {"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"},
     {"POLY_SC_ENABLE", "ENABLE"},
     {"COLOR_PIPELINE_CONTROL", "PGA_ENABLE"},
@@ -34,10 +31,6 @@ SensorModel modelOf(HeadboardEeprom& eeprom, SensorModel fallback) {
     return info ? SensorModel{info->sensorKind, info->variant} : fallback;
 }
 
-SensorKind const& kindOf(SensorModel model) {
-    return sensorKind(model.sensorKind, model.variant);
-}
-
 bool isLeftOut(std::string_view name, SensorKind const& kind) {
     return std::ranges::any_of(kind.leftOut, [&](std::string_view pattern) {
         return pattern.ends_with('*') ? name.starts_with(pattern.substr(0, pattern.size() - 1))
@@ -46,63 +39,47 @@ bool isLeftOut(std::string_view name, SensorKind const& kind) {
 }
 
 // Entries are added without a look at the result: what the sensor lacks is not stored.
-void addFixed(HeadboardEeprom& eeprom, EepromRecord& record, std::span<FixedEntry const> entries,
-              uint32_t variant) {
-    for (FixedEntry const& entry : entries) {
-        bool const isWanted = entry.variants.holds(variant) &&
+void addFixed(HeadboardEeprom& eeprom, EepromRecord& record, SensorModel fallback,
+              std::span<FixedEntry const> SensorKind::*entries) {
+    SensorModel const model = modelOf(eeprom, fallback);
+    for (FixedEntry const& entry : sensorKind(model.sensorKind, model.variant).*entries) {
+        bool const isWanted = entry.variants.holds(model.variant) &&
                               (!entry.onlyWith || eeprom.sensor.existsRegister(entry.onlyWith));
         if (isWanted)
             (void)EepromAddRegister(eeprom, record, entry.reg, entry.bitfield, entry.value);
     }
 }
 
-EnablePair const* findEnablePair(Sensor const& sensor) {
-    auto const* const found =
-        std::find_if(std::begin(kEnablePairs), std::end(kEnablePairs),
-                     [&](EnablePair const& pair) { return sensor.existsBitfield(pair.reg, pair.bitfield); });
-    return found == std::end(kEnablePairs) ? nullptr : found;
-}
-
-// The correction is off while this lives, and afterwards on again if it was.
-class CorrectionOff {
-public:
-    CorrectionOff(Sensor const& sensor, EnablePair const& pair)
-        : m_sensor(sensor), m_pair(pair), m_wasOn(sensor.readRegister(pair.reg, pair.bitfield) != 0) {
-        if (m_wasOn)
-            (void)m_sensor.writeRegister(m_pair.reg, m_pair.bitfield, 0);
-        m_sensor.invalidateCache();
-    }
-    ~CorrectionOff() {
-        if (m_wasOn)
-            (void)m_sensor.writeRegister(m_pair.reg, m_pair.bitfield, 1);
-    }
-    CorrectionOff(CorrectionOff const&) = delete;
-    CorrectionOff& operator=(CorrectionOff const&) = delete;
-
-private:
-    Sensor const& m_sensor;
-    EnablePair m_pair;
-    bool m_wasOn;
-};
-
 void addTables(HeadboardEeprom& eeprom, EepromRecord& record, SensorModel fallback) {
-    SensorKind const& kind = kindOf(modelOf(eeprom, fallback));
+    SensorModel const model = modelOf(eeprom, fallback);
+    SensorKind const& kind = sensorKind(model.sensorKind, model.variant);
     for (std::string const& name : shadingRegisterNames())
         if (!isLeftOut(name, kind))
             (void)EepromAddRegisterCurrent(eeprom, record, name.c_str(), "");
-    SensorModel const model = modelOf(eeprom, fallback);
-    addFixed(eeprom, record, kindOf(model).beforeEnable, model.variant);
+    addFixed(eeprom, record, fallback, &SensorKind::beforeEnable);
 }
 
+// The correction is off while the tables are read, and afterwards on again if it was.
 void addBracketedTables(HeadboardEeprom& eeprom, EepromRecord& record, SensorModel fallback) {
     Sensor const& sensor = eeprom.sensor;
-    EnablePair const* const pair = findEnablePair(sensor);
-    if (!pair)
+    auto const found = std::ranges::find_if(kCorrections, [&](LensCorrection const& correction) {
+        return sensor.existsBitfield(correction.lensCorrectionRegister, correction.lensCorrectionBitfield);
+    });
+    if (found == std::end(kCorrections))
         return addTables(eeprom, record, fallback);
-    (void)EepromAddRegister(eeprom, record, pair->reg, pair->bitfield, 0);
-    CorrectionOff const off(sensor, *pair);
+    char const* const reg = found->lensCorrectionRegister;
+    char const* const bitfield = found->lensCorrectionBitfield;
+    (void)EepromAddRegister(eeprom, record, reg, bitfield, 0);
+    bool const wasOn = sensor.readRegister(reg, bitfield) != 0;
+    auto const on = qScopeGuard([&] {
+        if (wasOn)
+            (void)sensor.writeRegister(reg, bitfield, 1);
+    });
+    if (wasOn)
+        (void)sensor.writeRegister(reg, bitfield, 0);
+    sensor.invalidateCache();
     addTables(eeprom, record, fallback);
-    (void)EepromAddRegister(eeprom, record, pair->reg, pair->bitfield, 1);
+    (void)EepromAddRegister(eeprom, record, reg, bitfield, 1);
 }
 
 } // namespace
@@ -111,10 +88,9 @@ EepromStatus saveShadingRegisters(HeadboardEeprom& eeprom, char const* name, Sen
     EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(eeprom, kRecordPga, name);
+    EepromRecord record = makeRegisterSet(kRecordPga, eeprom.deviceSize - kReservedBytes, name);
     addBracketedTables(eeprom, record, fallback);
-    SensorModel const model = modelOf(eeprom, fallback);
-    addFixed(eeprom, record, kindOf(model).afterEnable, model.variant);
+    addFixed(eeprom, record, fallback, &SensorKind::afterEnable);
     return EepromReplaceRecord(eeprom, record);
 }
 
@@ -122,7 +98,7 @@ EepromStatus saveCcmRegisters(HeadboardEeprom& eeprom, char const* name) {
     EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(eeprom, kRecordCcm, name);
+    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom.deviceSize - kReservedBytes, name);
     for (std::string const& reg : ccmRegisterNames())
         (void)EepromAddRegisterCurrent(eeprom, record, reg.c_str(), "");
     return EepromReplaceRecord(eeprom, record);

@@ -169,10 +169,6 @@ RegisterSetContent splitRegisterSet(std::span<uint8_t const> bytes) {
     return content;
 }
 
-EepromRecord makeRegisterSet(HeadboardEeprom const& eeprom, uint8_t type, char const* name) {
-    return makeRegisterSet(type, eeprom.deviceSize - kReservedBytes, name);
-}
-
 EepromStatus EepromAddEntry(HeadboardEeprom& eeprom, EepromRecord& record, RegisterEntry entry) {
     if (record.length() >= int64_t{record.capacity()} - kEntryReserve)
         return kEepromNoRoom;

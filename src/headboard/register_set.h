@@ -11,8 +11,8 @@
 
 namespace kestra {
 
-/// What a register of a register set belongs to, by the number that its entry holds. The library's other
-/// address-space kinds are stored as they are.
+/// What a register belongs to, by the number that its entry holds. Other address-space kinds of the library
+/// are stored as they are.
 enum RegisterClass : uint32_t {
     kSensorRegister = 0,
     kFirmwareVariable = 1,
@@ -31,8 +31,7 @@ struct RegisterEntry {
     friend bool operator==(RegisterEntry const&, RegisterEntry const&) = default;
 };
 
-/// How an entry is coded. The short kinds hold no mask, 16 bits of value and only the low bits of id and
-/// address.
+/// How an entry is coded. Short kinds hold no mask, 16 bits of value and the low bits of id and address.
 enum class EntryKind : uint8_t {
     Full = 2,          ///< 18 bytes: everything
     ShortRegister = 3, ///< 4 bytes: a sensor register
@@ -69,10 +68,6 @@ struct RegisterSetContent {
 
 /// Takes apart a register set, of any content, from its head on, as far as its length and its bytes reach.
 [[nodiscard]] RegisterSetContent splitRegisterSet(std::span<uint8_t const> bytes);
-
-/// A register set under a name (null: "DEFAULT"), as yet without entries, that leaves `kReservedBytes` of the
-/// device free.
-[[nodiscard]] EepromRecord makeRegisterSet(HeadboardEeprom const& eeprom, uint8_t type, char const* name);
 
 // What stands behind the name in a register set: entries in blocks of one kind each, or lines of text.
 // Entries are coded as the open sensor needs it; without a camera the plainest way is taken.
