@@ -9,8 +9,7 @@
 
 namespace kestra {
 
-/// What the operations on the headboard EEPROM answer: 0 for success, or one of these. Operations that answer
-/// an offset, a size or a length answer a negative status in its place.
+/// What the operations on the headboard EEPROM answer, in the place of an offset, a size or a length too.
 enum EepromStatus : int32_t {
     kEepromOk = 0,
     kEepromFailed = -1,       ///< no camera, a range that does not fit, a missing register, a failed transfer
@@ -29,12 +28,12 @@ enum class ByteState : uint8_t {
     Changed = 2, ///< not yet written
 };
 
-/// The serial EEPROM on the camera's headboard: an image of the whole device in memory, read byte by byte as
-/// it is needed and written on request. Used on the host's user-interface thread only.
+/// The serial EEPROM on the camera's headboard: an image of the whole device, read byte by byte as needed and
+/// written on request. Used on the host's user-interface thread only.
 ///
-/// There is one object, and its slot owns it. Whoever begins an operation takes a share of it (`EepromShare`)
-/// and passes a reference on: what a library call lets in may discard the object or release its image, and
-/// the operation then fails and touches nothing that was freed.
+/// There is one object, and its slot owns it. Whoever begins an operation takes a share (`EepromShare`) and
+/// passes a reference on: what a library call lets in may discard the object or release its image, and the
+/// operation then fails and touches nothing that was freed.
 class HeadboardEeprom : public QSharedData {
 public:
     HeadboardEeprom() = default;
@@ -68,8 +67,8 @@ void HeadboardEepromBind(HeadboardEeprom& eeprom, vy_Camera* camera);
 /// Drops the image with all changes; a camera that is not the host's is closed.
 void HeadboardEepromRelease(HeadboardEeprom& eeprom);
 
-/// Allocates the image when there is none, or when the device is larger than it: the old one is then dropped.
-/// Every other operation does this first.
+/// Allocates the image when there is none or the device is larger: the old one is then dropped. Every other
+/// operation does this first.
 void HeadboardEepromEnsureImage(HeadboardEeprom& eeprom);
 
 /// Reads what was not read yet of a range. A range that reaches the end of the image is cut before its last
@@ -87,8 +86,8 @@ void HeadboardEepromEnsureImage(HeadboardEeprom& eeprom);
 /// Whether a change of the image still waits to be written.
 [[nodiscard]] bool HeadboardEepromHasChanges(HeadboardEeprom& eeprom);
 
-/// Reads the current bytes of a range again and compares: `kEepromMismatch` at the first difference, the
-/// image then holding what the device holds. A negative count means the whole image.
+/// Reads the current bytes of a range again: `kEepromMismatch` at the first difference, the image then
+/// holding what the device holds. A negative count means the whole image.
 [[nodiscard]] EepromStatus HeadboardEepromVerify(HeadboardEeprom& eeprom, int32_t offset, int32_t count);
 
 /// Reads a range, whatever its state, into the image and, when given, to `destination`.
@@ -99,8 +98,7 @@ void HeadboardEepromEnsureImage(HeadboardEeprom& eeprom);
 [[nodiscard]] EepromStatus HeadboardEepromDeviceWrite(HeadboardEeprom& eeprom, int32_t offset, int32_t count,
                                                       uint8_t const* source = nullptr);
 
-/// The process-wide EEPROM, null until its first user. Every page that uses the headboard is handed a
-/// reference to the slot.
+/// The process-wide EEPROM, null until its first user. Pages are handed a reference to the slot.
 using EepromSlot = HeadboardEeprom*;
 
 /// A share of the process-wide EEPROM; the first user creates it on its camera.
@@ -121,8 +119,8 @@ public:
     [[nodiscard]] HeadboardEeprom& renew(vy_Camera* camera);
     /// Whether nobody has discarded it since.
     [[nodiscard]] bool isCurrent() const { return m_share && m_slot == m_share.data(); }
-    /// Writes what was changed; a failure is seen by what stays unwritten. Who discarded the EEPROM inside
-    /// it may have read the device before the last of these bytes: that image is dropped.
+    /// Writes what was changed; what stays unwritten tells a failure. Who discarded the EEPROM inside it may
+    /// have read the device before the last of these bytes: that image is dropped.
     void flush();
     void end() { m_share.reset(); }
 

@@ -1,15 +1,16 @@
 #include "headboard/record_format.h"
 
 #include <algorithm>
+#include <string>
 
 namespace kestra {
 
 namespace {
 
 struct RecordTypeRow {
-    EepromRecordType type;
-    char const* name;
-    RecordPayload payload;
+    uint32_t type = 0;
+    char const* name = nullptr;
+    RecordPayload payload = RecordPayload::Opaque;
 };
 
 constexpr RecordTypeRow kRecordTypes[] = {
@@ -33,21 +34,17 @@ constexpr RecordTypeRow kRecordTypes[] = {
     {kRecordEnd, "END_OF_RECORDS", RecordPayload::Opaque},
 };
 
-RecordTypeRow const* rowOf(uint32_t type) {
-    auto const* const found = std::find_if(std::begin(kRecordTypes), std::end(kRecordTypes),
-                                           [&](RecordTypeRow const& row) { return row.type == type; });
-    return found == std::end(kRecordTypes) ? nullptr : found;
+RecordTypeRow rowOf(uint32_t type) {
+    auto const row = std::ranges::find(kRecordTypes, type, &RecordTypeRow::type);
+    return row == std::end(kRecordTypes) ? RecordTypeRow{} : *row;
 }
 
 constexpr size_t kMostPayload = 0xFFFF;
-constexpr size_t kNameLength = kRecordName - 1;
-constexpr char kNoName[] = "DEFAULT";
 
 } // namespace
 
 RecordPayload recordPayload(uint32_t type) {
-    RecordTypeRow const* const row = rowOf(type);
-    return row ? row->payload : RecordPayload::Opaque;
+    return rowOf(type).payload;
 }
 
 size_t recordNameWidth(uint32_t type) {
@@ -58,14 +55,13 @@ size_t recordNameWidth(uint32_t type) {
 }
 
 char const* recordTypeName(uint32_t type) {
-    RecordTypeRow const* const row = rowOf(type);
-    return row ? row->name : nullptr;
+    return rowOf(type).name;
 }
 
 uint8_t recordTypeNamed(char const* name) {
     for (RecordTypeRow const& row : kRecordTypes)
         if (equalWithoutCase(row.name, name))
-            return row.type;
+            return uint8_t(row.type);
     return 0;
 }
 
@@ -88,10 +84,9 @@ bool EepromRecord::append(std::span<uint8_t const> bytes) {
 void EepromRecord::setName(char const* name) {
     if (payload().size() < kRecordName)
         return;
-    std::string_view const text = std::string_view(name ? name : kNoName).substr(0, kNameLength);
-    std::span<uint8_t> const field = payload().subspan(0, kRecordName);
-    std::fill(field.begin(), field.end(), uint8_t{0});
-    std::copy(text.begin(), text.end(), field.begin());
+    std::string field(std::string_view(name ? name : "DEFAULT").substr(0, kRecordName - 1));
+    field.resize(kRecordName, '\0');
+    std::ranges::copy(field, payload().begin());
 }
 
 std::string_view recordText(uint8_t type, std::span<uint8_t const> payload) {
@@ -99,10 +94,6 @@ std::string_view recordText(uint8_t type, std::span<uint8_t const> payload) {
     size_t const width = isText ? payload.size() : std::min(recordNameWidth(type), payload.size());
     std::string_view const field(reinterpret_cast<char const*>(payload.data()), width);
     return field.substr(0, field.find('\0'));
-}
-
-EepromRecord EepromNewRecord(uint8_t type, int32_t capacity, int32_t initialLength) {
-    return {type, capacity, initialLength};
 }
 
 EepromRecord makeRegisterSet(uint8_t type, int32_t capacity, char const* name) {

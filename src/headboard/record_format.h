@@ -9,16 +9,11 @@
 
 namespace kestra {
 
-/// A byte that was never written, on the device and in a record.
-inline constexpr uint8_t kErased = 0xFF;
-/// Bytes before a record's payload: its type and its length.
-inline constexpr int32_t kRecordHead = 3;
-/// Bytes of the name that a register set begins with.
-inline constexpr int32_t kRecordName = 9;
-/// Bytes of the name that named data begins with.
-inline constexpr int32_t kNamedDataName = 15;
-/// Bytes of the device that a record of registers leaves free.
-inline constexpr int32_t kReservedBytes = 64;
+inline constexpr uint8_t kErased = 0xFF;      ///< a byte that was never written, also in a record
+inline constexpr int32_t kRecordHead = 3;     ///< bytes before a record's payload: type and length
+inline constexpr int32_t kRecordName = 9;     ///< bytes of the name that a register set begins with
+inline constexpr int32_t kNamedDataName = 15; ///< the same of named data
+inline constexpr int32_t kReservedBytes = 64; ///< bytes of the device that registers leave free
 
 /// Numbers as the EEPROM holds them, most significant byte first. The caller has checked the range.
 [[nodiscard]] inline uint32_t getU16Be(std::span<uint8_t const> bytes, size_t offset) {
@@ -93,8 +88,8 @@ enum class RecordPayload : uint8_t {
 /// opaque types.
 [[nodiscard]] std::string_view recordText(uint8_t type, std::span<uint8_t const> payload);
 
-/// One record on its way to or from the EEPROM: a type byte, the payload's length and the payload. It owns
-/// its bytes and grows as needed: the capacity decides what is accepted, never where bytes can be written.
+/// One record on its way to or from the EEPROM: type, length and payload. It grows as needed: the capacity
+/// decides what is accepted, never where bytes can be written.
 class EepromRecord {
 public:
     /// `capacity` bounds what `EepromAddEntry` and `EepromAddLine` accept; the payload begins with
@@ -125,7 +120,9 @@ private:
 };
 
 /// A record with an unset payload of `initialLength` bytes.
-[[nodiscard]] EepromRecord EepromNewRecord(uint8_t type, int32_t capacity, int32_t initialLength);
+[[nodiscard]] inline EepromRecord EepromNewRecord(uint8_t type, int32_t capacity, int32_t initialLength) {
+    return {type, capacity, initialLength};
+}
 
 /// A register set under a name (null: "DEFAULT"), as yet without entries, of at most `capacity` bytes.
 [[nodiscard]] EepromRecord makeRegisterSet(uint8_t type, int32_t capacity, char const* name);
