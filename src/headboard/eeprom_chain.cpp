@@ -11,7 +11,7 @@ namespace kestra {
 namespace {
 
 constexpr std::array<uint8_t, 4> kMagic = {'V', 'Y', 'E', 'E'};
-constexpr uint8_t kUsualVersion = 1;
+constexpr int32_t kUsualVersion = 1;
 constexpr int32_t kHeaderSize = 5;
 
 // The image's bytes from an offset on, at most `count`; fewer at its end. Loading them leaves out the image's
@@ -90,10 +90,8 @@ int32_t nthRecord(HeadboardEeprom& eeprom, int32_t type, char const* name, int32
 } // namespace
 
 EepromStatus EepromFormat(HeadboardEeprom& eeprom, int32_t version) {
-    std::array<uint8_t, kHeaderSize + 1> header{};
-    std::ranges::copy(kMagic, header.begin());
-    header[4] = version == -1 ? kUsualVersion : uint8_t(version);
-    header[5] = kRecordEnd;
+    std::vector<uint8_t> header(kMagic.begin(), kMagic.end());
+    header.insert(header.end(), {uint8_t(version == -1 ? kUsualVersion : version), kRecordEnd});
     return HeadboardEepromPut(eeprom, 0, int32_t(header.size()), header.data());
 }
 

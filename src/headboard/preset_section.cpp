@@ -19,7 +19,7 @@ constexpr size_t kLongestStateName = 79;
 // One form of line: "KEY = number,number,...". The meanings of the numbers are told by a letter each, for the
 // full count of numbers and for one less.
 struct LineForm {
-    std::string_view key;
+    char const* key;
     std::string_view longFields;
     std::string_view shortFields;
     uint32_t registerClass;
@@ -58,21 +58,14 @@ constexpr TakenStates kTakenStates[] = {
     {kRecordSwStereo, "Stereo Shift {X,Y}"},
 };
 
-std::string_view withoutLeadingBlanks(std::string_view text) {
-    return text.substr(std::min(text.size(), text.find_first_not_of(" \t")));
-}
-
 std::string withoutComment(std::string_view line) {
     line = line.substr(0, std::min(line.find("//"), line.find(';')));
     return std::string(line.substr(0, line.find_last_not_of(" \t") + 1));
 }
 
-// What stands behind "key =" in a line, or null for a line with another key.
-char const* valueOf(std::string const& line, std::string_view key) {
-    if (!line.starts_with(key))
-        return nullptr;
-    std::string_view const rest = withoutLeadingBlanks(std::string_view(line).substr(key.size()));
-    return rest.starts_with('=') ? withoutLeadingBlanks(rest.substr(1)).data() : nullptr;
+// What stands behind "key=" in a normalised line, or null for a line with another key.
+char const* valueOf(std::string const& line, std::string const& key) {
+    return line.starts_with(key + '=') ? line.c_str() + key.size() + 1 : nullptr;
 }
 
 // Up to `most` numbers, decimal, octal or hexadecimal as their prefix says, with commas between them.
@@ -133,18 +126,16 @@ std::optional<std::string> parseState(std::string const& line, uint8_t type) {
 
 // The section's lines without comments; empty when there is no such section.
 std::vector<std::string> readSection(char const* iniFileName, char const* sectionName) {
-    constexpr size_t kFirstSize = 0x10000;
-    for (size_t size = kFirstSize;; size *= 2) {
-        std::vector<char> bytes(size);
-        size_t const written = readIniSection(sectionName, bytes.data(), size, iniFileName);
-        // A list that fills its buffer may have been cut.
-        if (written + 2 >= size)
-            continue;
-        std::vector<std::string> lines;
-        for (size_t at = 0; at < written; at += std::strlen(&bytes[at]) + 1)
-            lines.push_back(withoutComment(&bytes[at]));
-        return lines;
-    }
+    std::vector<char> bytes(0x8000);
+    size_t written = 0;
+    do { // a list that fills its buffer may have been cut
+        bytes.resize(2 * bytes.size());
+        written = readIniSection(sectionName, bytes.data(), bytes.size(), iniFileName);
+    } while (written + 2 >= bytes.size());
+    std::vector<std::string> lines;
+    for (size_t at = 0; at < written; at += std::strlen(&bytes[at]) + 1)
+        lines.push_back(withoutComment(&bytes[at]));
+    return lines;
 }
 
 } // namespace
