@@ -1,5 +1,6 @@
 #include "headboard/register_names.h"
 
+#include <QString>
 #include <sstream>
 
 namespace kestra {
@@ -15,9 +16,8 @@ void addChoices(std::string const& element, Names& choices) {
     size_t const text = element.find_last_not_of("0123456789", dots - 1) + 1;
     int const last = std::stoi(element.substr(dots + 2));
     for (int i = std::stoi(element.substr(text)); i <= last; ++i) {
-        std::string const digits = std::to_string(i);
-        size_t const zeros = dots - text > digits.size() ? dots - text - digits.size() : 0;
-        choices.push_back(element.substr(0, text) + std::string(zeros, '0') + digits);
+        QString const digits = QString::number(i).rightJustified(int(dots - text), QLatin1Char('0'));
+        choices.push_back(element.substr(0, text) + digits.toStdString());
     }
 }
 
@@ -75,24 +75,6 @@ constexpr char const* kColourCorrection[] = {
     "AWBTRACKCONFIG_CCMDATA_{0..2}_COLORTEMP",
 };
 
-Names listShadingNames() {
-    Names positions, names;
-    expandNames("P{0..4}Q{0..4}", positions);
-    for (std::string const planes : kCoefficientPlanes)
-        for (std::string const& position : positions)
-            expandNames(planes + position, names);
-    for (char const* const pattern : kShading)
-        expandNames(pattern, names);
-    return names;
-}
-
-Names listCcmNames() {
-    Names names;
-    for (char const* const pattern : kColourCorrection)
-        expandNames(pattern, names);
-    return names;
-}
-
 } // namespace
 
 void expandNames(std::string const& pattern, Names& names) {
@@ -109,12 +91,26 @@ void expandNames(std::string const& pattern, Names& names) {
 }
 
 Names const& shadingRegisterNames() {
-    static Names const names = listShadingNames();
+    static Names const names = [] {
+        Names positions, list;
+        expandNames("P{0..4}Q{0..4}", positions);
+        for (std::string const planes : kCoefficientPlanes)
+            for (std::string const& position : positions)
+                expandNames(planes + position, list);
+        for (char const* const pattern : kShading)
+            expandNames(pattern, list);
+        return list;
+    }();
     return names;
 }
 
 Names const& ccmRegisterNames() {
-    static Names const names = listCcmNames();
+    static Names const names = [] {
+        Names list;
+        for (char const* const pattern : kColourCorrection)
+            expandNames(pattern, list);
+        return list;
+    }();
     return names;
 }
 
