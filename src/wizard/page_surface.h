@@ -33,8 +33,7 @@ public:
         // A window keeps this, and once it is a tab would not take the cursor of its dialog.
         m_page->setAttribute(Qt::WA_SetCursor, false);
     }
-    WaitCursor(WaitCursor const&) = delete;
-    WaitCursor& operator=(WaitCursor const&) = delete;
+    Q_DISABLE_COPY(WaitCursor)
 
 private:
     QPointer<QWidget> m_page;

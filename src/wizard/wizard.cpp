@@ -3,7 +3,6 @@
 #include "ui_wizard.h"
 
 #include <QTabWidget>
-#include <utility>
 
 Wizard::Wizard(QString const& title, QWidget* parent, Qt::WindowFlags flags) : QDialog(parent, flags) {
     Ui::Dialog form;
@@ -22,10 +21,6 @@ Wizard::~Wizard() {
         m_destroyedHook();
 }
 
-void Wizard::hideWizard() {
-    hide();
-}
-
 void Wizard::addPage(QWidget* page, QString const& label) {
     tabWidget->addTab(page, label);
     page->activateWindow();
@@ -37,8 +32,4 @@ int Wizard::pageCount() const {
 
 void Wizard::enablePage(int index) {
     tabWidget->setTabEnabled(index, true);
-}
-
-void Wizard::setDestroyedHook(std::function<void()> hook) {
-    m_destroyedHook = std::move(hook);
 }

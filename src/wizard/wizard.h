@@ -3,6 +3,7 @@
 #include <QDialog>
 #include <QPixmap>
 #include <functional>
+#include <utility>
 
 class QTabWidget;
 
@@ -16,7 +17,7 @@ public:
     ~Wizard() override;
 
     /// Only hides the dialog.
-    virtual void hideWizard();
+    virtual void hideWizard() { hide(); }
 
     /// Appends a page, which the tab widget then owns, as a new tab.
     void addPage(QWidget* page, QString const& label);
@@ -25,7 +26,7 @@ public:
     void enablePage(int index);
 
     /// Called once when the dialog goes away, before anything of it is gone.
-    void setDestroyedHook(std::function<void()> hook);
+    void setDestroyedHook(std::function<void()> hook) { m_destroyedHook = std::move(hook); }
 
     QTabWidget* tabWidget = nullptr; ///< owned by Qt's parent chain
     QPixmap pixGray;                 ///< step not done yet, or state unknown
