@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPointer>
+#include <QScopeGuard>
 
 using namespace kestra;
 
@@ -37,18 +38,9 @@ void forgetWhenDestroyed(Object* object, Object* KestraMfr::*member) {
 }
 
 // Deletes a part of a dialog that is not finished, since the host does not get that dialog.
-class Unfinished {
-public:
-    explicit Unfinished(QWidget* part) : m_part(part) {}
-    ~Unfinished() { delete m_part.data(); }
-    Unfinished(Unfinished const&) = delete;
-    Unfinished& operator=(Unfinished const&) = delete;
-
-    void finish() { m_part.clear(); }
-
-private:
-    QPointer<QWidget> m_part;
-};
+auto deletedUnlessFinished(QPointer<QWidget> const& part) {
+    return qScopeGuard([part] { delete part.data(); });
+}
 
 // The tabs' labels; the third is made and never used, since this dialog shows no configuration page.
 constexpr char const* kTabLabels[] = {"Lens Calibration", "Lens Calibration - APGA(Adaptive/Auto)",
@@ -58,7 +50,7 @@ constexpr char const* kTabLabels[] = {"Lens Calibration", "Lens Calibration - AP
 template <typename Page>
 void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wizard,
              SensorRecord const& sensor, HostServices const& services, char const* label) {
-    Unfinished unfinished(created);
+    auto unfinished = deletedUnlessFinished(created);
     QPointer<Page> const page = created;
     kestraMfr().*member = page;
     forgetWhenDestroyed(page.data(), member);
@@ -69,7 +61,7 @@ void addPage(Page* created, Page* KestraMfr::*member, QPointer<Wizard> const& wi
     if (!wizard || !page)
         return;
     wizard->addPage(page, QString::fromLatin1(label));
-    unfinished.finish();
+    unfinished.dismiss();
 }
 
 void addPageOf(SensorRecord const& sensor, HostServices const& services, QPointer<Wizard> const& wizard) {
@@ -95,7 +87,7 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
     plugin.g_parentWidget = parent;
     QPointer<Wizard> const wizard =
         new Wizard(QStringLiteral("Kestra Headboard Tuning - LSC Wizard"), plugin.g_parentWidget);
-    Unfinished unfinished(wizard);
+    auto unfinished = deletedUnlessFinished(wizard.data());
     plugin.g_wizard = wizard;
     forgetWhenDestroyed(wizard.data(), &KestraMfr::g_wizard);
     if (page != DialogPage::EmptyDialog)
@@ -105,7 +97,7 @@ QDialog* openDialog(QWidget* parent, SensorRecord const& sensor, HostServices co
     for (int index = 1; index < wizard->pageCount(); ++index)
         wizard->enablePage(index);
     wizard->enablePage(0);
-    unfinished.finish();
+    unfinished.dismiss();
     return wizard;
 }
 

@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <array>
+#include <type_traits>
 #include <utility>
 
 #ifdef _WIN32
@@ -19,25 +20,15 @@ using namespace kestra;
 
 namespace {
 
+// Set while the library is unloaded from a process that goes on.
 bool unloading = false;
-
-// The member is null before the object goes: its destruction calls back into the library, which must not find
-// it.
-template <typename Object>
-void deleteMember(Object*& member) {
-    delete std::exchange(member, nullptr);
-}
 
 // Whoever looks at the members behind the destructor finds this. The compiler would leave out a plain store
 // to an object that ends.
 template <typename Object>
-void leave(Object*& member, Object* value) {
+void leave(Object*& member, std::type_identity_t<Object>* value) {
     Object* volatile& kept = member;
     kept = value;
-}
-template <typename Object>
-void clear(Object*& member) {
-    leave<Object>(member, nullptr);
 }
 
 // The instance of this library. At process exit Qt's own statics may be gone although an application object
@@ -46,7 +37,7 @@ struct Instance {
     KestraMfr published;
 
     ~Instance() {
-        if (!isLibraryBeingUnloaded())
+        if (!unloading)
             published = KestraMfr();
     }
 };
@@ -70,21 +61,22 @@ KestraMfr::~KestraMfr() {
         return;
     bool const qtRuns = QCoreApplication::instance() != nullptr;
     if (qtRuns) {
-        deleteMember(g_lensAssist);
-        deleteMember(g_lensAssistApga);
+        // A page's destruction calls back into the library, which must not find it any more.
+        delete std::exchange(g_lensAssist, nullptr);
+        delete std::exchange(g_lensAssistApga, nullptr);
     }
     discardEeprom(g_headboardEeprom);
     if (qtRuns) {
         Config* const configPage = g_configPage;
         delete configPage;
-        leave(g_configPage,
-              configPage); // the old value, deliberately: what is set from outside is cleared there
-        deleteMember(g_wizard);
+        // The old value, deliberately: what is set from outside is cleared there.
+        leave(g_configPage, configPage);
+        delete std::exchange(g_wizard, nullptr);
     }
-    clear(g_lensAssist);
-    clear(g_lensAssistApga);
-    clear(g_wizard);
-    clear(g_parentWidget);
+    leave(g_lensAssist, nullptr);
+    leave(g_lensAssistApga, nullptr);
+    leave(g_wizard, nullptr);
+    leave(g_parentWidget, nullptr);
 }
 
 #ifdef _WIN32
@@ -106,21 +98,16 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
 
 #endif
 
-bool kestra::isLibraryBeingUnloaded() {
-    return unloading;
-}
-
 SerialNumber kestra::serialNumberOfConfigPage() {
-    return {.store =
-                [] {
-                    if (Config* const page = kestraMfr().g_configPage)
-                        page->applySerialNumber();
-                },
-            .isMissing =
-                [] {
-                    Config const* const page = kestraMfr().g_configPage;
-                    return page && page->serialNumber().isEmpty();
-                }};
+    auto const store = [] {
+        if (Config* const page = kestraMfr().g_configPage)
+            page->applySerialNumber();
+    };
+    auto const isMissing = [] {
+        Config const* const page = kestraMfr().g_configPage;
+        return page && page->serialNumber().isEmpty();
+    };
+    return {.store = store, .isMissing = isMissing};
 }
 
 Config* kestra::makeConfigPage(SensorRecord const& sensor, HostServices const& services) {

@@ -10,11 +10,6 @@ namespace kestra {
 /// The one instance.
 [[nodiscard]] KestraMfr& kestraMfr();
 
-/// Whether the library is being unloaded from a process that goes on, as opposed to a process that exits:
-/// true only inside the destructors of static objects. In the latter case nothing of Qt may be touched any
-/// more.
-[[nodiscard]] bool isLibraryBeingUnloaded();
-
 /// What the calibration pages ask of the configuration page. The instance is looked at in each call: without
 /// such a page no number is missing and none is stored.
 [[nodiscard]] SerialNumber serialNumberOfConfigPage();
