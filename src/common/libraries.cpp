@@ -18,50 +18,18 @@ namespace kestra {
 
 namespace {
 
-// What a function that is missing answers: nothing exists, nothing is found, every transfer fails.
 template <auto value>
 struct Absent {};
-constexpr Absent<0> kNone{};
-constexpr Absent<nullptr> kNull{};
-constexpr Absent<-1> kFailed{};
 
-#define KESTRA_FUNCTION(name, absent) each(table.name, #name, absent)
+#define KESTRA_FUNCTION(name, absent) each(table.name, #name, Absent<absent>());
 // Applies `each(member, name, what a missing one answers)` to every function of a library.
 template <typename Each>
 void forEachFunction(Veyra2& table, Each each) {
-    KESTRA_FUNCTION(vy_ExistsRegister, kNone);
-    KESTRA_FUNCTION(vy_ExistsBitfield, kNone);
-    KESTRA_FUNCTION(vy_FindRegister, kNull);
-    KESTRA_FUNCTION(vy_FindBitfield, kNull);
-    KESTRA_FUNCTION(vy_FindRegisterAddr, kNull);
-    KESTRA_FUNCTION(vy_dataSize, kNone);
-    KESTRA_FUNCTION(vy_ReadSensorRegStr, kFailed);
-    KESTRA_FUNCTION(vy_WriteSensorRegStr, kFailed);
-    KESTRA_FUNCTION(vy_ReadSensorReg, kFailed);
-    KESTRA_FUNCTION(vy_WriteSensorReg, kFailed);
-    KESTRA_FUNCTION(vy_readRegisters, kFailed);
-    KESTRA_FUNCTION(vy_writeRegisters, kFailed);
-    KESTRA_FUNCTION(vy_setMode, kFailed);
-    KESTRA_FUNCTION(vy_InvalidateRegCache, kNone);
-    KESTRA_FUNCTION(vy_IsSOC, kNone);
-    KESTRA_FUNCTION(vy_Home, kNull);
-    KESTRA_FUNCTION(vy_stopTransport, kFailed);
-    KESTRA_FUNCTION(vy_CloseCameras, kNone);
-    KESTRA_FUNCTION(vy_SensorInfo, kNull);
+    KESTRA_VEYRA2(KESTRA_FUNCTION)
 }
-
 template <typename Each>
 void forEachFunction(Shadefit& table, Each each) {
-    KESTRA_FUNCTION(sf_Create, kNull);
-    KESTRA_FUNCTION(sf_Create2, kNull);
-    KESTRA_FUNCTION(sf_SetInputImage2, kNone);
-    KESTRA_FUNCTION(sf_SetInputImageYcbcr, kNone);
-    KESTRA_FUNCTION(sf_FindSolution, kFailed);
-    KESTRA_FUNCTION(sf_FindApga, kFailed);
-    KESTRA_FUNCTION(sf_FindAutoPga, kFailed);
-    KESTRA_FUNCTION(sf_DumpRegList, kNull);
-    KESTRA_FUNCTION(sf_DumpRegFile, kFailed);
-    KESTRA_FUNCTION(sf_Destroy, kNone);
+    KESTRA_SHADEFIT(KESTRA_FUNCTION)
 }
 #undef KESTRA_FUNCTION
 

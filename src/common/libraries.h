@@ -5,42 +5,54 @@
 
 namespace kestra {
 
+// The one list of the libraries' functions, and what a missing one answers: nothing exists (0), nothing is
+// found (null), every transfer fails (-1).
+#define KESTRA_VEYRA2(FUNCTION)                                                                              \
+    FUNCTION(vy_ExistsRegister, 0)                                                                           \
+    FUNCTION(vy_ExistsBitfield, 0)                                                                           \
+    FUNCTION(vy_FindRegister, nullptr)                                                                       \
+    FUNCTION(vy_FindBitfield, nullptr)                                                                       \
+    FUNCTION(vy_FindRegisterAddr, nullptr)                                                                   \
+    FUNCTION(vy_dataSize, 0)                                                                                 \
+    FUNCTION(vy_ReadSensorRegStr, -1)                                                                        \
+    FUNCTION(vy_WriteSensorRegStr, -1)                                                                       \
+    FUNCTION(vy_ReadSensorReg, -1)                                                                           \
+    FUNCTION(vy_WriteSensorReg, -1)                                                                          \
+    FUNCTION(vy_readRegisters, -1)                                                                           \
+    FUNCTION(vy_writeRegisters, -1)                                                                          \
+    FUNCTION(vy_setMode, -1)                                                                                 \
+    FUNCTION(vy_InvalidateRegCache, 0)                                                                       \
+    FUNCTION(vy_IsSOC, 0)                                                                                    \
+    FUNCTION(vy_Home, nullptr)                                                                               \
+    FUNCTION(vy_stopTransport, -1)                                                                           \
+    FUNCTION(vy_CloseCameras, 0)                                                                             \
+    FUNCTION(vy_SensorInfo, nullptr)
+#define KESTRA_SHADEFIT(FUNCTION)                                                                            \
+    FUNCTION(sf_Create, nullptr)                                                                             \
+    FUNCTION(sf_Create2, nullptr)                                                                            \
+    FUNCTION(sf_SetInputImage2, 0)                                                                           \
+    FUNCTION(sf_SetInputImageYcbcr, 0)                                                                       \
+    FUNCTION(sf_FindSolution, -1)                                                                            \
+    FUNCTION(sf_FindApga, -1)                                                                                \
+    FUNCTION(sf_FindAutoPga, -1)                                                                             \
+    FUNCTION(sf_DumpRegList, nullptr)                                                                        \
+    FUNCTION(sf_DumpRegFile, -1)                                                                             \
+    FUNCTION(sf_Destroy, 0)
+
+// A member cannot stand in parentheses. NOLINTNEXTLINE(bugprone-macro-parentheses)
+#define KESTRA_POINTER(name, absent) decltype(&::name) name = nullptr;
+
 /// The functions of the sensor-access library by their own names. No member is null once installed.
 struct Veyra2 {
-    decltype(&::vy_ExistsRegister) vy_ExistsRegister = nullptr;
-    decltype(&::vy_ExistsBitfield) vy_ExistsBitfield = nullptr;
-    decltype(&::vy_FindRegister) vy_FindRegister = nullptr;
-    decltype(&::vy_FindBitfield) vy_FindBitfield = nullptr;
-    decltype(&::vy_FindRegisterAddr) vy_FindRegisterAddr = nullptr;
-    decltype(&::vy_dataSize) vy_dataSize = nullptr;
-    decltype(&::vy_ReadSensorRegStr) vy_ReadSensorRegStr = nullptr;
-    decltype(&::vy_WriteSensorRegStr) vy_WriteSensorRegStr = nullptr;
-    decltype(&::vy_ReadSensorReg) vy_ReadSensorReg = nullptr;
-    decltype(&::vy_WriteSensorReg) vy_WriteSensorReg = nullptr;
-    decltype(&::vy_readRegisters) vy_readRegisters = nullptr;
-    decltype(&::vy_writeRegisters) vy_writeRegisters = nullptr;
-    decltype(&::vy_setMode) vy_setMode = nullptr;
-    decltype(&::vy_InvalidateRegCache) vy_InvalidateRegCache = nullptr;
-    decltype(&::vy_IsSOC) vy_IsSOC = nullptr;
-    decltype(&::vy_Home) vy_Home = nullptr;
-    decltype(&::vy_stopTransport) vy_stopTransport = nullptr;
-    decltype(&::vy_CloseCameras) vy_CloseCameras = nullptr;
-    decltype(&::vy_SensorInfo) vy_SensorInfo = nullptr;
+    KESTRA_VEYRA2(KESTRA_POINTER)
 };
 
 /// The functions of the calibration library by their own names. No member is null once installed.
 struct Shadefit {
-    decltype(&::sf_Create) sf_Create = nullptr;
-    decltype(&::sf_Create2) sf_Create2 = nullptr;
-    decltype(&::sf_SetInputImage2) sf_SetInputImage2 = nullptr;
-    decltype(&::sf_SetInputImageYcbcr) sf_SetInputImageYcbcr = nullptr;
-    decltype(&::sf_FindSolution) sf_FindSolution = nullptr;
-    decltype(&::sf_FindApga) sf_FindApga = nullptr;
-    decltype(&::sf_FindAutoPga) sf_FindAutoPga = nullptr;
-    decltype(&::sf_DumpRegList) sf_DumpRegList = nullptr;
-    decltype(&::sf_DumpRegFile) sf_DumpRegFile = nullptr;
-    decltype(&::sf_Destroy) sf_Destroy = nullptr;
+    KESTRA_SHADEFIT(KESTRA_POINTER)
 };
+
+#undef KESTRA_POINTER
 
 /// The libraries in use. The first call loads the shared library, looked for beside the plug-in's own file
 /// and then where the system's loader looks. A library or function that is missing is logged once and
