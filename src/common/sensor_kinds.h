@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -49,16 +50,15 @@ struct SensorKind {
     int unusableTopRows = 0;        ///< of the displayed picture, left out of the uniformity
     /// Without a register, the switch depends on whether the sensor is a system-on-chip.
     LensCorrection correction{};
-    bool correctionKnownToLensShading = true;
-    bool correctionKnownToApga = true;
-    uint32_t eepromAddress = 0xA8; ///< on the camera's serial bus, in the form for writing
+    std::optional<PageKind> correctionOnlyOn{}; ///< the other page takes it for a sensor without a register
+    uint32_t eepromAddress = 0xA8;              ///< on the camera's serial bus, in the form for writing
     bool eepromBridgeOnly = false; ///< reached through registers of the sensor, never in raw transfers
     uint32_t resultFileFormat = 0; ///< the three-lamp page's, as the library counts them
     bool keepsWhiteBalanceGains = false;
     /// Registers that the sensor has but does not replay; a trailing "*" stands for any rest of the name.
     std::span<std::string_view const> leftOut{};
-    std::span<FixedEntry const>
-        beforeEnable{}; ///< in the order of their replay, before the correction is on again
+    /// In the order of their replay, before and after the correction is on again.
+    std::span<FixedEntry const> beforeEnable{};
     std::span<FixedEntry const> afterEnable{};
 };
 

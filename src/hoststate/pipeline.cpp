@@ -129,8 +129,7 @@ bool applyPreset(Host const& host, PresetNames names) {
 }
 
 LensCorrection chooseLensCorrection(PageKind page, SensorKind const& kind, Sensor const& sensor) {
-    bool const isKnown =
-        page == PageKind::Apga ? kind.correctionKnownToApga : kind.correctionKnownToLensShading;
+    bool const isKnown = kind.correctionOnlyOn.value_or(page) == page;
     if (isKnown && *kind.correction.lensCorrectionRegister)
         return kind.correction;
     return sensor.isSystemOnChip() ? kSystemOnChipDefault : kSensorDefault;
