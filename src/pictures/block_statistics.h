@@ -29,13 +29,6 @@ public:
         int32_t bottom = 0;
     };
 
-    /// A patch of the colour chart: its reference colour.
-    struct ChartPatch {
-        double first = 0;
-        double second = 0;
-        double third = 0;
-    };
-
     CSbl() = default;
     CSbl(CSbl const&) = delete;
     CSbl& operator=(CSbl const&) = delete;
@@ -68,7 +61,7 @@ private:
     void rateBlocks();
 
     uint32_t m_patchCount = 36;
-    std::array<ChartPatch, 36> m_patches{}; // no chart is measured in this build
+    std::array<std::array<double, 3>, 36> m_patches{}; // no chart is measured in this build
     uint32_t m_chartState = 0;
     int32_t m_columns = 0;
     int32_t m_rows = 0;
