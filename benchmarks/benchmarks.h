@@ -16,7 +16,6 @@ void registerPictureBenchmarks();
 void registerOverlayBenchmarks();
 void registerDialogBenchmarks();
 void registerSolverBenchmarks();
-void registerRegisterListBenchmarks();
 
 /// Seconds until the process's first dialog stands painted, the loading of the libraries included.
 [[nodiscard]] double measureFirstOpening();

@@ -37,7 +37,6 @@ int main(int argc, char** argv) {
     registerOverlayBenchmarks();
     registerDialogBenchmarks();
     registerSolverBenchmarks();
-    registerRegisterListBenchmarks();
     benchmark::RunSpecifiedBenchmarks(&measured.medians);
     measured.eeprom = measureEeprom();
 

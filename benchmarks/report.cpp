@@ -98,7 +98,6 @@ public:
         addLine(table, "pixels of a frame 1920 wide: white balance", "white balance by height", "1920/1080",
                 "1920/4320");
         addLine(table, "pixels of a frame: solver", "solver", "800/600", "4000/3000");
-        addLine(table, "registers of a list that is loaded", "loading a register list", "64", "16384");
         addLine(table, "side of the overlay's ring", "overlay by side of the ring", "32", "512");
         return toMarkdown(table);
     }
