@@ -2,8 +2,6 @@
 
 #include "apga_page/white_balance_gains.h"
 #include "calibration/calibration_flow.h"
-#include "calibration/saving.h"
-#include "calibration/settings.h"
 #include "common/libraries.h"
 #include "common/numbers.h"
 #include "headboard/register_record.h"
@@ -196,7 +194,7 @@ void LensAssistApgaFlow::findTables() {
     std::optional<SensorInfo> const info = m_camera.info();
     BayerCoding const bayer = readBayerCoding(m_host);
     sf_YcbcrInput const ycbcr = readYcbcrInput(m_host, bayer.orientation);
-    int32_t const falloff = falloffPercent(widgets.falloffText());
+    int32_t const falloff = widgets.falloff();
     bool const isAutomatic = m_mode.autoPgaMode != 0;
     uint32_t const adaptiveBits = m_state.inputWasYcbcr ? kBitsOfYcbcr : kAdaptiveBits;
 

@@ -1,6 +1,5 @@
 #include "calibration/calibration_flow.h"
 
-#include "calibration/settings.h"
 #include "common/numbers.h"
 #include "wizard/dialogs.h"
 
@@ -94,11 +93,6 @@ void CalibrationFlow::showBefore(StepWidgets const& step) {
     widgets.paintAtOnce(step);
 }
 
-void CalibrationFlow::notifyStatus() const {
-    if (std::function<void()> const emitNow = emitStatus)
-        emitNow();
-}
-
 void CalibrationFlow::showLensCorrection() {
     bool const on = lensCorrectionEnabled(m_host, m_camera, m_lensCorrection);
     UpdateGuard const guard(m_state.updateDepth);
@@ -112,8 +106,6 @@ void CalibrationFlow::stepCutShort() {
         m_state.promState = kFailedOtherwise;
     show();
 }
-
-// --- Ticks ---
 
 void CalibrationFlow::tick() {
     if (m_state.active != 1)
@@ -220,17 +212,6 @@ void CalibrationFlow::loadSolution() {
     show(); // the host may take its time to close the group
 }
 
-void CalibrationFlow::failCalibration(StepState failure) {
-    m_state.lscStepState = failure;
-    m_state.lscStepProgress = 0;
-}
-
-// --- Buttons ---
-
-void CalibrationFlow::toggleRunAll() {
-    setRunAll(!m_state.runAll);
-}
-
 void CalibrationFlow::setRunAll(bool on) {
     if (on) {
         startOver();
@@ -314,8 +295,7 @@ void CalibrationFlow::calibrate() {
 }
 
 void CalibrationFlow::startCalibration() {
-    int32_t const falloff = clampedFalloffPercent(widgets.falloffText());
-    m_host.setState("Lens Correction Falloff", falloff);
+    m_host.setState("Lens Correction Falloff", widgets.clampedFalloff());
     m_host.setState("Lens Correction Coeff Prec", kCoefficientPrecision);
     setRawPipeline(m_host, m_camera, m_lensCorrection, false, false);
     m_state.inputWasYcbcr = 0;
@@ -360,8 +340,6 @@ void CalibrationFlow::browse() {
     checkSaveDirectory();
 }
 
-// --- Fields ---
-
 void CalibrationFlow::eepromLabelChanged() {
     if (m_state.promState == kDone)
         m_state.promState = kReady;
@@ -369,14 +347,6 @@ void CalibrationFlow::eepromLabelChanged() {
 
 void CalibrationFlow::uniformityLimitChanged(QString const& text) {
     m_state.uniformityLimit = leadingDecimal(text.toLocal8Bit());
-}
-
-void CalibrationFlow::saveDirChanged() {
-    m_state.fileState = kNotEvaluated;
-}
-
-void CalibrationFlow::setFileState(StepState state) {
-    m_state.fileState = state;
 }
 
 } // namespace kestra

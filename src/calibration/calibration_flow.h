@@ -34,6 +34,15 @@ struct SerialNumber {
     std::function<bool()> isMissing; ///< whether there is such a page and its field is empty
 };
 
+/// The label of the factory's calibration, in this spelling only.
+inline constexpr char kFactoryLabel[] = "FACTORY";
+
+/// What becomes of a new time when the older one cannot be deleted.
+enum class OlderTime { MustGo, MayStay };
+
+/// A label with the characters replaced that a file name cannot bear.
+[[nodiscard]] QByteArray sanitisedLabel(QByteArray label);
+
 /// The flow of one calibration: what is known of it, and what ticks, frames, buttons and fields do. Both
 /// pages run it and differ by their traits and by the protected operations.
 ///
@@ -69,7 +78,7 @@ public:
     void showLensCorrection();
 
     // Buttons and fields.
-    void toggleRunAll();
+    void toggleRunAll() { setRunAll(!m_state.runAll); }
     void startOver();
     void applySetup();
     void adjustExposure();
@@ -83,8 +92,8 @@ public:
     void switchLensCorrection();
     void eepromLabelChanged();
     void uniformityLimitChanged(QString const& text);
-    void saveDirChanged();
-    void setFileState(StepState state);
+    void saveDirChanged() { m_state.fileState = kNotEvaluated; }
+    void setFileState(StepState state) { m_state.fileState = state; }
 
     /// Shows what the state says; without the gate.
     void show();
@@ -116,12 +125,21 @@ protected:
     /// Puts the page's records into the EEPROM's image under a label and writes them.
     [[nodiscard]] virtual EepromStatus storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) = 0;
 
+    /// Adds the current time to the factory's calibration, in place of an older time.
+    [[nodiscard]] static EepromStatus addFactoryTime(HeadboardEeprom& eeprom, QByteArray const& label,
+                                                     OlderTime older);
     [[nodiscard]] SensorKind const& kind() const;
     /// Lets the phase count a frame while it is in the range.
     void countPhase(Frame const& frame, int32_t first, int32_t last);
-    void failCalibration(StepState failure);
+    void failCalibration(StepState failure) {
+        m_state.lscStepState = failure;
+        m_state.lscStepProgress = 0;
+    }
     /// Asks the page to show the state, from inside a frame.
-    void notifyStatus() const;
+    void notifyStatus() const {
+        if (std::function<void()> const emitNow = emitStatus)
+            emitNow();
+    }
 
     PageTraits const& m_traits;
     SensorRecord m_sensor{}; ///< copy of the host's record; its strings are the host's and read at each use
@@ -151,7 +169,7 @@ private:
     void measureUniformityWhenDue(Frame const& frame);
     void markWorstBlock(Frame const& frame) const;
     void showBefore(StepWidgets const& step);
-    [[nodiscard]] bool isNumberMissing() const;
+    [[nodiscard]] bool isNumberMissing() const { return serialNumber.isMissing && serialNumber.isMissing(); }
     [[nodiscard]] QByteArray resultFilePath() const;
 
     EepromUse m_eeprom;

@@ -7,12 +7,6 @@
 
 namespace kestra {
 
-namespace {
-
-constexpr int kTickMs = 500;
-
-} // namespace
-
 CalibrationPage::CalibrationPage(QWidget* parent, std::shared_ptr<CalibrationFlow> flow)
     : GatedPage(parent, std::move(flow)) {
     m_flow->emitStatus = [this] { emit Status(); };
@@ -28,6 +22,7 @@ void CalibrationPage::finishBuilding(QLabel* version) {
     PageWidgets& w = m_flow->widgets;
     version->setText(versionText());
     w.timer = new QTimer(this);
+    constexpr int kTickMs = 500;
     w.timer->setInterval(kTickMs);
     connect(w.timer, &QTimer::timeout, this, &CalibrationPage::start);
     std::pair<QPushButton*, void (CalibrationPage::*)()> const buttons[] = {
@@ -89,10 +84,6 @@ void CalibrationPage::registerChanged(uint32_t what, uint32_t) {
 void CalibrationPage::OnUpdateStatus() {
     std::shared_ptr const flow = m_flow;
     guarded("the status", [&] { flow->show(); });
-}
-
-void CalibrationPage::setFileState(StepState state) {
-    press([state](CalibrationFlow& flow) { flow.setFileState(state); });
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): published with a value

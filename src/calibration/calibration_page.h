@@ -30,7 +30,9 @@ public:
     void onFrame(Frame const& frame);
     void setSerialNumber(SerialNumber serialNumber) { m_flow->serialNumber = std::move(serialNumber); }
     /// Overrules how the file step stands.
-    void setFileState(StepState state);
+    void setFileState(StepState state) {
+        press([state](CalibrationFlow& flow) { flow.setFileState(state); });
+    }
     /// Called once when the page goes away, before anything of it is gone.
     void setDestroyedHook(std::function<void()> hook) { m_destroyedHook = std::move(hook); }
 

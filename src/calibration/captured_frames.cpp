@@ -11,7 +11,7 @@ namespace {
 // Zeros for `elements` samples, with the frame's bytes at the start; null when there is no memory.
 CapturedSamples copyOf(Frame const& frame, int64_t bytes, size_t elements) {
     try {
-        auto samples = std::make_shared<std::vector<uint16_t>>(elements);
+        auto const samples = std::make_shared<std::vector<uint16_t>>(elements);
         std::memcpy(samples->data(), frame.data, size_t(bytes));
         return samples;
     } catch (std::exception const&) { // no memory, or more than a vector holds
@@ -22,21 +22,21 @@ CapturedSamples copyOf(Frame const& frame, int64_t bytes, size_t elements) {
 } // namespace
 
 CaptureRow* CapturedFrames::capturing() {
-    auto const row = std::ranges::find(m_rows, kCapturing, &CaptureRow::state);
-    return row == m_rows.end() ? nullptr : &*row;
+    auto const row = std::ranges::find(*this, kCapturing, &CaptureRow::state);
+    return row == end() ? nullptr : &*row;
 }
 
 bool CapturedFrames::haveAllFrames() const {
-    return std::ranges::all_of(m_rows, [](CaptureRow const& row) { return row.samples != nullptr; });
+    return std::ranges::all_of(*this, [](CaptureRow const& row) { return row.samples != nullptr; });
 }
 
 void CapturedFrames::capture(CaptureRow& row, Frame const& frame, size_t imagePixels) {
     int64_t const bytes = int64_t{frame.height} * frame.pitch;
-    if (!frame.data || frame.height <= 0 ||
-        bytes <= 0) // two negatives would tell a size, but not where it begins
+    // Two negatives would tell a size, but not where it begins.
+    if (!frame.data || frame.height <= 0 || bytes <= 0)
         return;
     if (m_frameBytes < bytes) {
-        for (CaptureRow& each : m_rows)
+        for (CaptureRow& each : *this)
             each.samples = nullptr;
         m_frameBytes = bytes;
     }

@@ -46,15 +46,8 @@ struct CaptureRow {
 };
 
 /// The frames that a calibration is made from, one an illuminant. They share one buffer size.
-class CapturedFrames {
+class CapturedFrames : public std::array<CaptureRow, kIlluminants> {
 public:
-    [[nodiscard]] CaptureRow& operator[](size_t illuminant) { return m_rows[illuminant]; }
-    [[nodiscard]] CaptureRow const& operator[](size_t illuminant) const { return m_rows[illuminant]; }
-    [[nodiscard]] auto begin() { return m_rows.begin(); }
-    [[nodiscard]] auto end() { return m_rows.end(); }
-    [[nodiscard]] auto begin() const { return m_rows.begin(); }
-    [[nodiscard]] auto end() const { return m_rows.end(); }
-
     /// The first row that is capturing; null when there is none.
     [[nodiscard]] CaptureRow* capturing();
     /// Whether all rows hold a frame; their states do not matter.
@@ -69,7 +62,6 @@ public:
     void reset() { *this = {}; }
 
 private:
-    std::array<CaptureRow, kIlluminants> m_rows;
     int64_t m_frameBytes = 0; // height x pitch of the largest frame so far
 };
 

@@ -12,6 +12,11 @@ constexpr int kFalloffChoices[] = {110, 105, 100, 95, 90, 85, 80, 75}; // per ce
 
 } // namespace
 
+int32_t PageWidgets::falloff() const {
+    QString const text = FallOff ? FallOff->currentText() : QString();
+    return text.chopped(std::min<int>(1, text.size())).toInt();
+}
+
 void PageWidgets::fillFalloff() {
     if (!FallOff)
         return;
@@ -33,16 +38,6 @@ void PageWidgets::selectFalloff(QString const& text) {
         FallOff->setCurrentIndex(FallOff->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive));
 }
 
-void PageWidgets::showUniformityLimit(QString const& text) {
-    if (GoodCU)
-        GoodCU->setText(text);
-}
-
-void PageWidgets::showSaveDir(QString const& path) {
-    if (Save_Dir)
-        Save_Dir->setText(path);
-}
-
 void PageWidgets::showLensCorrection(bool on) {
     if (!Enable_LC)
         return;
@@ -56,11 +51,6 @@ double PageWidgets::temperature(size_t illuminant) const {
     return field ? leadingDecimal(field->text().toLocal8Bit()) : 0;
 }
 
-void PageWidgets::showTemperature(size_t illuminant, int32_t kelvin) {
-    if (captures[illuminant].temperature)
-        captures[illuminant].temperature->setText(QString::number(kelvin));
-}
-
 void PageWidgets::show(PageView const& view) {
     show(setup, view.setup);
     show(exposure, view.exposure);
@@ -72,13 +62,11 @@ void PageWidgets::show(PageView const& view) {
     for (size_t i = 0; i < kIlluminants; ++i)
         show(captures[i].step, view.captures[i]);
     show(view.enabling);
-    if (Run_All)
-        Run_All->setText(view.runAll);
+    set(Run_All, view.runAll);
 }
 
 void PageWidgets::show(StepWidgets& step, StepStatus const& status) {
-    if (step.status)
-        step.status->setText(status.text);
+    set(step.status, status.text);
     if (step.bar && status.progress)
         step.bar->setValue(*status.progress);
     if (step.bar && step.status) {

@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QString>
 #include <QTimer>
+#include <algorithm>
 
 namespace kestra {
 
@@ -76,7 +77,10 @@ public:
     }
 
     // What the user has entered; empty, false and 0 without widgets.
-    [[nodiscard]] QString falloffText() const { return FallOff ? FallOff->currentText() : QString(); }
+    /// Per cent: the text without its last character, the sign; 0 when it is no number.
+    [[nodiscard]] int32_t falloff() const;
+    /// The same within the limits that the host and the settings store are given.
+    [[nodiscard]] int32_t clampedFalloff() const { return std::clamp(falloff(), 50, 125); }
     [[nodiscard]] QString uniformityLimitText() const { return GoodCU ? GoodCU->text() : QString(); }
     [[nodiscard]] QString saveDirText() const { return Save_Dir ? Save_Dir->text() : QString(); }
     [[nodiscard]] QString eepromLabelText() const {
@@ -91,9 +95,11 @@ public:
     void fillEepromLabel(QString const& only);
     /// Selects the item with exactly that text, or none.
     void selectFalloff(QString const& text);
-    void showUniformityLimit(QString const& text);
-    void showSaveDir(QString const& path);
-    void showTemperature(size_t illuminant, int32_t kelvin);
+    void showUniformityLimit(QString const& text) { set(GoodCU, text); }
+    void showSaveDir(QString const& path) { set(Save_Dir, path); }
+    void showTemperature(size_t illuminant, int32_t kelvin) {
+        set(captures[illuminant].temperature, QString::number(kelvin));
+    }
     void showLensCorrection(bool on);
 
     void show(PageView const& view);

@@ -1,5 +1,3 @@
-#include "calibration/saving.h"
-
 #include "calibration/calibration_flow.h"
 #include "common/system.h"
 #include "headboard/eeprom_chain.h"
@@ -9,8 +7,6 @@
 #include <string_view>
 
 namespace kestra {
-
-// --- The EEPROM ---
 
 // A blank EEPROM is formatted. An absent one also closes the step that saves there ("No EEPROM.").
 void CalibrationFlow::detectEeprom() {
@@ -41,7 +37,8 @@ void CalibrationFlow::saveToEeprom() {
     show(); // the host may take its time to close the group
 }
 
-EepromStatus addFactoryTime(HeadboardEeprom& eeprom, QByteArray const& label, OlderTime older) {
+EepromStatus CalibrationFlow::addFactoryTime(HeadboardEeprom& eeprom, QByteArray const& label,
+                                             OlderTime older) {
     if (label != kFactoryLabel)
         return kEepromOk;
     // A record behind an older one is never found, so what must be found ends its save there: the shading
@@ -53,15 +50,9 @@ EepromStatus addFactoryTime(HeadboardEeprom& eeprom, QByteArray const& label, Ol
     return EepromAppendRecord(eeprom, makeTimeStamp());
 }
 
-// --- The results file ---
-
 void CalibrationFlow::checkSaveDirectory() {
     if (m_state.fileState == kNotEvaluated || isFailed(m_state.fileState))
         m_state.fileState = directoryExists(widgets.saveDirText().toLocal8Bit()) ? kReady : kFailed;
-}
-
-bool CalibrationFlow::isNumberMissing() const {
-    return serialNumber.isMissing && serialNumber.isMissing();
 }
 
 void CalibrationFlow::saveToFile() {

@@ -1,9 +1,5 @@
-#include "calibration/settings.h"
-
 #include "calibration/calibration_flow.h"
 #include "common/numbers.h"
-
-#include <algorithm>
 
 namespace kestra {
 
@@ -32,14 +28,6 @@ QByteArray keyFor(char const* setting, SensorRecord const& sensor) {
 
 } // namespace
 
-int32_t falloffPercent(QString const& text) {
-    return text.chopped(std::min<int>(1, text.size())).toInt();
-}
-
-int32_t clampedFalloffPercent(QString const& text) {
-    return std::clamp(falloffPercent(text), 50, 125);
-}
-
 void CalibrationFlow::loadSettings() {
     QByteArray const directory = m_host.readTextSetting(kDirKey);
     auto const read = [&](char const* setting, int32_t fallback) {
@@ -66,7 +54,7 @@ void CalibrationFlow::storeSettings() {
         m_host.writeIntSetting(keyFor(setting, m_sensor), value);
     };
     QByteArray const directory = widgets.saveDirText().toLocal8Bit();
-    int32_t const falloff = clampedFalloffPercent(widgets.falloffText());
+    int32_t const falloff = widgets.clampedFalloff();
     uniformityLimitChanged(widgets.uniformityLimitText());
     m_host.writeTextSetting(kDirKey, directory);
     write(kFalloffKey, falloff);

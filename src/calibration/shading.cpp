@@ -3,8 +3,7 @@
 #include "common/libraries.h"
 
 #include <algorithm>
-#include <new>
-#include <stdexcept>
+#include <exception>
 #include <utility>
 
 namespace kestra {
@@ -31,9 +30,7 @@ std::shared_ptr<void const> gaplessPixels(Frame const& frame) {
         for (int64_t y = 0; y < frame.height; ++y)
             std::copy_n(frame.row(y), rowBytes, copy->begin() + ptrdiff_t(y * rowBytes));
         return {copy, copy->data()};
-    } catch (std::bad_alloc const&) {
-        return nullptr;
-    } catch (std::length_error const&) {
+    } catch (std::exception const&) { // no memory, or more than a vector holds
         return nullptr;
     }
 }

@@ -24,7 +24,7 @@ struct StepRow {
     Cell failed;
     Cell failedOtherwise;
     Cell otherwise;
-    bool hasProgressBar;
+    bool hasProgressBar = false;
 };
 
 constexpr Cell kOtherwise = {nullptr, Bullet::Gray};
@@ -44,8 +44,7 @@ constexpr StepRow kSetup = {
     kDoneCell,
     kNoSetupPreset,
     kNoSetupPreset,
-    {QT_TRANSLATE_NOOP("LensAssist", "The status of the setup preset is unknown."), Bullet::Gray},
-    false};
+    {QT_TRANSLATE_NOOP("LensAssist", "The status of the setup preset is unknown."), Bullet::Gray}};
 constexpr StepRow kExposure = {kExposurePercent, kDoneCell, kErrorCell, kErrorCell, kNotDone, true};
 constexpr StepRow kColourBalance = {kWorkingPercent, kDoneCell, kErrorCell, kErrorCell, kNotDone, true};
 constexpr StepRow kCalibration = {
@@ -60,14 +59,12 @@ constexpr StepRow kFile = {
     {QT_TRANSLATE_NOOP("LensAssist", "Done: %1"), Bullet::Green},
     {QT_TRANSLATE_NOOP("LensAssist", "Error: The directory does not exist."), Bullet::Red},
     {QT_TRANSLATE_NOOP("LensAssist", "Error saving the file."), Bullet::Red},
-    kNotDone,
-    false};
+    kNotDone};
 constexpr StepRow kEeprom = {kWorking,
                              kDoneCell,
                              {QT_TRANSLATE_NOOP("LensAssist", "No EEPROM."), Bullet::Red},
                              {QT_TRANSLATE_NOOP("LensAssist", "Error accessing the EEPROM."), Bullet::Red},
-                             kNotDone,
-                             false};
+                             kNotDone};
 
 constexpr Cell kYcbcrCalibration = {
     QT_TRANSLATE_NOOP("LensAssist", "YCbCr calibration. Bypass mode recommended."), Bullet::Yellow};

@@ -8,7 +8,8 @@
 namespace kestra {
 
 /// The host's service table as the plug-in uses it: one method a slot. A null slot is never called; writes
-/// then do nothing, reads answer 0, the given default or an empty text. A value with its own copy of the table.
+/// then do nothing, reads answer 0, the given default or an empty text. A value with its own copy of the
+/// table.
 class Host {
 public:
     Host() = default;

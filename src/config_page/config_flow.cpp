@@ -22,10 +22,6 @@ constexpr uint32_t kOn = 1;
 
 static_assert(QMessageBox::Warning == 2, "the erase question's icon is known by its number");
 
-QString translated(char const* text) {
-    return QCoreApplication::translate("Config", text);
-}
-
 } // namespace
 
 ConfigFlow::ConfigFlow(SensorRecord const& sensor, HostServices const* services, EepromSlot& slot)
@@ -74,13 +70,12 @@ void ConfigFlow::refillSerialNumber() {
         return;
     QString const stored = storedNumber();
     if (!stored.isEmpty())
-        return showSerialNumber(stored,
-                                translated(QT_TRANSLATE_NOOP("Config", "Serial Number loaded from EEPROM")));
+        return showSerialNumber(stored, ConfigText::tr("Serial Number loaded from EEPROM"));
     QByteArray const last = m_host.readTextSetting(kLastNumberSetting);
     if (std::optional<QString> const next = nextSerialNumber(QString::fromLocal8Bit(last)))
         showSerialNumber(
-            *next, translated(QT_TRANSLATE_NOOP("Config", "Serial Number generated from last "
-                                                          "\"Apply\".\nCount portion incremented by 1.")));
+            *next,
+            ConfigText::tr("Serial Number generated from last \"Apply\".\nCount portion incremented by 1."));
 }
 
 void ConfigFlow::showSerialNumber(QString const& number, QString const& origin) {
@@ -122,8 +117,7 @@ void ConfigFlow::apply() {
         return widgets.showFormatMessage({});
     }
     writeWhatWaits();
-    widgets.showFormatMessage(
-        translated(QT_TRANSLATE_NOOP("Config", "Incorrect format - 10 characters required.")));
+    widgets.showFormatMessage(ConfigText::tr("Incorrect format - 10 characters required."));
 }
 
 void ConfigFlow::writeIdentificationBytes() {
@@ -178,9 +172,8 @@ bool ConfigFlow::isEraseConfirmed() {
     Gate::Outside const outside(gate);
     QMessageBox::StandardButton const answer = showMessage(
         widgets.page,
-        {m_state.messageBoxIcon, translated(QT_TRANSLATE_NOOP("Config", "KestraMfr")),
-         translated(QT_TRANSLATE_NOOP(
-             "Config", "This will erase all data on the headboard EEPROM. Click OK to continue.")),
+        {m_state.messageBoxIcon, ConfigText::tr("KestraMfr"),
+         ConfigText::tr("This will erase all data on the headboard EEPROM. Click OK to continue."),
          QMessageBox::Ok | QMessageBox::Cancel});
     return answer == QMessageBox::Ok;
 }
@@ -208,10 +201,8 @@ void ConfigFlow::openUserGuide() {
         return;
     // The title is misspelt, deliberately: users know the message by it.
     showMessage(widgets.page,
-                {QMessageBox::Warning,
-                 translated(QT_TRANSLATE_NOOP("Config", "Velmora Manufactuing Plug-in")),
-                 translated(QT_TRANSLATE_NOOP("Config", "Couldn't open the document file %1")).arg(path),
-                 QMessageBox::Ok});
+                {QMessageBox::Warning, ConfigText::tr("Velmora Manufactuing Plug-in"),
+                 ConfigText::tr("Couldn't open the document file %1").arg(path), QMessageBox::Ok});
 }
 
 void ConfigFlow::comboChanged(Identification field) {

@@ -1,14 +1,8 @@
 #include "config_page/config_view.h"
 
-#include <QCoreApplication>
-
 namespace kestra {
 
 namespace {
-
-QString translated(char const* text) {
-    return QCoreApplication::translate("Config", text);
-}
 
 struct SerialRow {
     SerialState state;
@@ -25,41 +19,34 @@ constexpr SerialRow kSerialRows[] = {
     {kSerialEmptyOtherwise, kEnterNumber, Bullet::Red},
 };
 
-void showText(QLabel* label, QString const& text) {
-    if (label)
-        label->setText(text);
-}
-
 ConfigStatus eepromStatus(ConfigState const& state) {
     // A board whose chain is half written or broken does not work normally: what the state's own text would
     // tell, records that the device lacks, invites pulling it. The state stays, so that Apply and Erase do.
     bool const isTorn = state.space.unwritten || state.space.available < 0;
     switch (state.eepromState == EepromState::Present && isTorn ? EepromState::Error : state.eepromState) {
     case EepromState::Present:
-        return {translated(QT_TRANSLATE_NOOP(
-                               "Config", "EEPROM is present and working normally.\n%1 bytes used.  %2 bytes "
-                                         "available."))
+        return {ConfigText::tr("EEPROM is present and working normally.\n%1 bytes used.  %2 bytes available.")
                     .arg(state.space.used)
                     .arg(state.space.available),
                 Bullet::Green};
     case EepromState::Absent:
-        return {translated(QT_TRANSLATE_NOOP("Config", "The EEPROM was not detected at address 0x%1.\nCheck "
-                                                       "the PROM ADDR switches on the headboard."))
+        return {ConfigText::tr("The EEPROM was not detected at address 0x%1.\nCheck the PROM ADDR switches "
+                               "on the headboard.")
                     .arg(QString::number(state.busAddress, 16).toUpper()),
                 Bullet::Red};
     case EepromState::Error:
-        return {translated(QT_TRANSLATE_NOOP("Config", "Error accessing the EEPROM.")), Bullet::Red};
+        return {ConfigText::tr("Error accessing the EEPROM."), Bullet::Red};
     case EepromState::Unknown:
         break;
     }
-    return {translated(QT_TRANSLATE_NOOP("Config", "The status of the EEPROM is unknown.")), Bullet::Gray};
+    return {ConfigText::tr("The status of the EEPROM is unknown."), Bullet::Gray};
 }
 
 ConfigStatus serialStatus(SerialState serialState) {
     for (SerialRow const& row : kSerialRows)
         if (row.state == serialState)
-            return {translated(row.text), row.bullet};
-    return {translated(kEnterNumber), Bullet::Gray};
+            return {ConfigText::tr(row.text), row.bullet};
+    return {ConfigText::tr(kEnterNumber), Bullet::Gray};
 }
 
 } // namespace
@@ -74,10 +61,6 @@ ConfigView viewOf(ConfigState const& state) {
     // A broken chain has no end to be found and shows nothing used; it needs the erasing most.
     view.erase = state.space.used > 0 || state.space.available < 0 || state.space.unwritten;
     return view;
-}
-
-QString ConfigWidgets::serialNumber() const {
-    return SN ? SN->text() : QString();
 }
 
 std::optional<uint8_t> ConfigWidgets::selectedCode(Identification field) const {
@@ -124,18 +107,9 @@ void ConfigWidgets::select(Identification field, uint32_t code) {
         list->setCurrentIndex(list->findData(code));
 }
 
-void ConfigWidgets::showSerialNumber(QString const& number) {
-    if (SN)
-        SN->setText(number);
-}
-
-void ConfigWidgets::showFormatMessage(QString const& text) {
-    showText(SN_RegStatus, text);
-}
-
 void ConfigWidgets::show(ConfigView const& view) {
-    showText(EEPROM_Status, view.eeprom.text);
-    showText(SN_Status, view.serial.text);
+    set(EEPROM_Status, view.eeprom.text);
+    set(SN_Status, view.serial.text);
     paintBullet(EEPROM_Bullet, view.eeprom.bullet);
     paintBullet(SN_Bullet, view.serial.bullet);
     for (QLabel* const box : boxes)

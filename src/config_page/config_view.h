@@ -5,6 +5,7 @@
 #include "wizard/page_surface.h"
 
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -36,6 +37,11 @@ struct ConfigState {
     bool combosDirty = false; ///< a list was changed by the user and not applied since
     QMessageBox::Icon messageBoxIcon = QMessageBox::NoIcon; ///< of the erase question
     std::array<QString, 4> identification;                  ///< bytes as last read, as text
+};
+
+/// The page's own texts, in its translation context.
+struct ConfigText {
+    Q_DECLARE_TR_FUNCTIONS(Config)
 };
 
 /// What stands beside a step: its text and its bullet.
@@ -78,7 +84,7 @@ public:
         Doc_UserGuide = form.Doc_UserGuide;
     }
 
-    [[nodiscard]] QString serialNumber() const;
+    [[nodiscard]] QString serialNumber() const { return SN ? SN->text() : QString(); }
     /// What the user selected; none in an empty list or when the stored byte is in none of its rows.
     [[nodiscard]] std::optional<uint8_t> selectedCode(Identification field) const;
 
@@ -89,8 +95,8 @@ public:
     void fitInterfaces();
     /// Selects the row of a code, or none.
     void select(Identification field, uint32_t code);
-    void showSerialNumber(QString const& number);
-    void showFormatMessage(QString const& text);
+    void showSerialNumber(QString const& number) { set(SN, number); }
+    void showFormatMessage(QString const& text) { set(SN_RegStatus, text); }
     void show(ConfigView const& view);
     /// Paints both statuses, before a call that may take long.
     void paintStatusAtOnce() const;

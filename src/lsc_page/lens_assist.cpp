@@ -1,8 +1,6 @@
 #include "lsc_page/lens_assist.h"
 
 #include "calibration/calibration_flow.h"
-#include "calibration/saving.h"
-#include "calibration/settings.h"
 #include "common/libraries.h"
 #include "headboard/register_record.h"
 #include "ui_lens_assist.h"
@@ -89,7 +87,7 @@ bool LensAssistFlow::accepts(LibraryImage const& image) const {
 }
 
 int LensAssistFlow::findSolution() const {
-    int32_t const falloff = falloffPercent(widgets.falloffText());
+    int32_t const falloff = widgets.falloff();
     int const result = m_state.shading.findSolution(makeSolutionParams(falloff, m_state.lensRadius));
     // Sensors of this page have no illuminant tables; slot 0 lets the library finish what it has.
     return result == 0 ? m_state.shading.findApga(makeApgaParams(falloff, m_state.lensRadius)) : result;

@@ -64,6 +64,11 @@ protected:
         if (widget)
             widget->setEnabled(enabled);
     }
+    template <typename Widget>
+    static void set(QPointer<Widget> const& shown, QString const& text) {
+        if (shown)
+            shown->setText(text);
+    }
     void paintBullet(QLabel* label, Bullet bullet) const {
         if (label)
             label->setPixmap(bulletPixmap(wizard, bullet));

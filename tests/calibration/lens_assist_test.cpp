@@ -1,6 +1,6 @@
 #include "tests/calibration/pages.h"
 
-#include "calibration/saving.h"
+#include "calibration/calibration_flow.h"
 
 #include <array>
 #include <cstring>

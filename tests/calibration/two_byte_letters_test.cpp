@@ -2,7 +2,7 @@
 
 // Texts in a code page whose letters take two bytes, some of them with the byte of "\" as the second.
 
-#include "calibration/saving.h"
+#include "calibration/calibration_flow.h"
 #include "common/system.h"
 #include "config_page/serial_number.h"
 
