@@ -1,4 +1,5 @@
 #include "tests/calibration/pages.h"
+#include "tests/support/inside_calls.h"
 
 #include "common/system.h"
 #include "headboard/eeprom_chain.h"
@@ -183,23 +184,14 @@ TEST_P(EepromStep, TheSerialNumberIsStoredFirst) {
 
 // What was not written goes with the EEPROM; the flush that then finds nothing to write is no success.
 TEST_P(EepromStep, WhoDiscardsTheEepromInsideASaveMakesItFail) {
-    size_t calls = 1;
-    for (size_t n = 1; n <= calls; ++n) {
-        open();
-        size_t count = 0;
-        host.onCall = [&](std::string const&) {
-            if (++count == n)
-                discardEeprom(eepromSlot);
-        };
-        bool const beforeFirstUse = n == 1; // the bracket opens before the EEPROM is used
-        click("Prom_Save");
-        host.onCall = nullptr;
-        bool const afterTheLast = n == count;
-        EXPECT_EQ(state().promState, beforeFirstUse || afterTheLast ? kDone : kFailedOtherwise) << n;
-        EXPECT_TRUE(host.isBalanced());
-        calls = count;
-    }
-    EXPECT_GT(calls, 20U);
+    int const calls = doInsideEveryCall(
+        host, [this] { open(); }, [this] { click("Prom_Save"); }, [this] { discardEeprom(eepromSlot); },
+        [this](CallsFrom made) {
+            // The bracket opens before the EEPROM is used, and closes behind its use.
+            bool const isUsed = made.size() > 1 && made[0] != "begin";
+            EXPECT_EQ(state().promState, isUsed ? kFailedOtherwise : kDone);
+        });
+    EXPECT_GT(calls, 20);
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, EepromStep, ::testing::ValuesIn(kPages),

@@ -327,37 +327,6 @@ TEST_F(LensAssistPage, UnusableTopRowsAreLeftOutForTheirKinds) {
     }
 }
 
-TEST_F(LensAssistPage, ACalibrationStartedInsideTheLoadIsSolvedFromAFrameOfItsOwn) {
-    for (char const* call : {"writeListEntry 13824 0 1 0 7", "dumpRegList", "setState Color Correction 1"}) {
-        open();
-        solve();
-        host.onCall = [&](std::string const& made) {
-            if (made != call)
-                return;
-            host.onCall = nullptr;
-            QMetaObject::invokeMethod(page, "OnBnClickedCalibrate");
-        };
-        tick();
-        EXPECT_EQ(state().lscStepProgress, 0) << call;
-        host.log.clear();
-        frames(6);
-        frames(1, 13);
-        EXPECT_EQ(host.calls("setInputImage2").size(), 1U) << call;
-    }
-}
-
-TEST_F(LensAssistPage, AFrameInsideALibraryCallDoesNotStartAnother) {
-    open();
-    calibrateToCapture();
-    host.onCall = [&](std::string const& made) {
-        if (made == "findSolution")
-            frames(1, 13);
-    };
-    frames(1, 13);
-    host.onCall = nullptr;
-    EXPECT_EQ(host.calls("setInputImage2").size(), 1U);
-}
-
 TEST_F(LensAssistPage, ANewCalibrationForgetsTheWorstBlock) {
     open();
     click("ColorUniformity");

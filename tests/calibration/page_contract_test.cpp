@@ -378,46 +378,6 @@ TEST_P(PageContract, ACalibrationIsSavedToItsFileOnceAndFailuresAreTold) {
     EXPECT_EQ(state().fileState, kReady);
 }
 
-TEST_P(PageContract, CancelledInsideTheListThatStartsItExposureEndsOff) {
-    open();
-    click("Run_All");
-    runTo(&PageState::presetState, kDone);
-    host.onCall = [&](std::string const& made) {
-        if (made != "setState Gamma 20")
-            return;
-        host.onCall = nullptr;
-        QMetaObject::invokeMethod(page, "OnBnClickedRunall");
-    };
-    tick(2);
-    EXPECT_EQ(state().aeStepState, kReady);
-    EXPECT_EQ(host.states["Auto Exposure"], 0);
-}
-
-TEST_P(PageContract, AFrameInsideTheGainReadsCorrectsOnce) {
-    open();
-    click("AWB");
-    frames(5);
-    host.log.clear();
-    host.onCall = [&](std::string const&) {
-        host.onCall = nullptr;
-        frames(1);
-    };
-    frames(1);
-    EXPECT_EQ(host.calls("setState Relative").size(), 2U);
-    EXPECT_EQ(state().wbStepProgress, 20);
-}
-
-TEST_P(PageContract, FramesInsideTheListDoNotShortenTheSettling) {
-    open();
-    host.onCall = [&](std::string const& made) {
-        if (made.starts_with("setState") && state().settleFrames > 0)
-            frames(1);
-    };
-    click("AWB");
-    host.onCall = nullptr;
-    EXPECT_EQ(state().settleFrames, 5);
-}
-
 // Inside these calls, which may take seconds, nothing is painted.
 TEST_P(PageContract, ARowIsPaintedBeforeTheCallThatTakesLong) {
     struct Row {

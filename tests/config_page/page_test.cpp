@@ -173,20 +173,6 @@ TEST_F(ConfigPage, ApplyWritesTheCodesInOrderAndGivesTheDeviceItsTime) {
     EXPECT_EQ(headboard.device[kInterface], 18);
 }
 
-TEST_F(ConfigPage, AListChangedWhileTheCodesAreWrittenIsAppliedNextTime) {
-    open();
-    choose("PN_Combo", 3);
-    host.onCall = [this](std::string const& call) {
-        if (call.starts_with("writeBusByte 168 8191"))
-            choose("MI_Combo", 4);
-    };
-    click("Apply");
-    host.onCall = nullptr;
-    EXPECT_TRUE(isEnabled("Apply"));
-    click("Apply");
-    EXPECT_EQ(headboard.device[kMarket], 4);
-}
-
 TEST_F(ConfigPage, AWrongFormatStillAppliesTheCodes) {
     open();
     enter("ABC");

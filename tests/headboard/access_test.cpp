@@ -249,23 +249,6 @@ TEST(Range, CaseIsThatOfLettersAToZOnly) {
     EXPECT_FALSE(equalWithoutCase("@[", "`{"));
 }
 
-// Another user may discard the process-wide object inside any transfer.
-TEST(Reentry, AShareOutlivesItsOwner) {
-    Headboard h;
-    ASSERT_EQ(EepromFormat(*h.eeprom, -1), kEepromOk);
-    ASSERT_EQ(EepromAppendRecord(*h.eeprom, makeRegisterSet(kRecordPga, 8112, "first")), kEepromOk);
-    ASSERT_EQ(EepromAppendRecord(*h.eeprom, makeRegisterSet(kRecordPga, 8112, "second")), kEepromOk);
-    ASSERT_EQ(HeadboardEepromFlush(*h.eeprom), kEepromOk);
-    HeadboardEepromRelease(*h.eeprom);
-    EepromSlot slot = nullptr;
-    EepromShare const share = sharedEeprom(slot, h.fake.camera());
-    h.host.onCall = [&](std::string const&) { discardEeprom(slot); };
-    EXPECT_LT(EepromFindRecord(*share, kRecordPga, "second", 0), 0) << "its image is gone";
-    EXPECT_EQ(slot, nullptr);
-    h.host.onCall = nullptr;
-    EXPECT_EQ(EepromFindRecord(*share, kRecordPga, "second", 0), 17);
-}
-
 TEST(Reentry, ByteChangedDuringItsWriteStaysChanged) {
     Headboard h;
     uint8_t const first[] = {1, 2}, second[] = {3};

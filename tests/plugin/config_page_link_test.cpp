@@ -7,6 +7,7 @@
 #include "headboard/record_format.h"
 #include "plugin/instance.h"
 #include "tests/support/dialog_session.h"
+#include "tests/support/inside_calls.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -109,21 +110,15 @@ TEST_P(ConfigPageLink, TheNumberIsStoredBeforeTheCalibration) {
 }
 
 TEST_P(ConfigPageLink, ThePageMayBeDeletedInsideAnyCallOfASave) {
-    size_t calls = 1;
-    for (size_t n = 1; n <= calls; ++n) {
-        makePage(n % 2 ? "ABC1234001" : "ABC1234002");
-        size_t count = 0;
-        session.host.onCall = [&](std::string const&) {
-            if (++count == n)
-                delete config.data();
-        };
-        EXPECT_EQ(saveToEeprom(), kDone) << n;
-        session.host.onCall = nullptr;
-        EXPECT_FALSE(config);
-        EXPECT_TRUE(session.host.isBalanced());
-        calls = count;
-    }
-    EXPECT_GT(calls, 50U);
+    int number = 0;
+    int const calls = doInsideEveryCall(
+        session.host, [&] { makePage(++number % 2 ? "ABC1234001" : "ABC1234002"); },
+        [] { DialogSession::press("OnBnClickedPromsave"); }, [this] { delete config.data(); },
+        [this](CallsFrom) {
+            EXPECT_EQ(DialogSession::page()->state().promState, kDone);
+            delete config.data();
+        });
+    EXPECT_GT(calls, 50);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ConfigPageLink, ::testing::Values(200, 72));

@@ -4,11 +4,13 @@
 #include "apga_page/lens_assist_apga.h"
 #include "plugin/instance.h"
 #include "tests/support/dialog_session.h"
+#include "tests/support/inside_calls.h"
 
 #include <QDialog>
 #include <QPointer>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <optional>
 
 using namespace kestra;
 
@@ -44,31 +46,29 @@ void runAll() {
 
 class EntriesReentry : public ::testing::TestWithParam<uint32_t> {};
 
-// Inside the first call, the second, and so on.
 TEST_P(EntriesReentry, TheDialogMayGoWithItsParentInsideAnyCall) {
-    size_t calls = 1;
-    for (size_t n = 1; n <= calls; ++n) {
-        InputReader nothing({});
-        DialogSession session(nothing); // looks at what is left at its end
-        session.sensor.sensorKind = GetParam();
-        session.libraries.headboard.deviceAddress = 0;
-        QPointer<QWidget> const parent = new QWidget;
-        ASSERT_TRUE(session.open(5, parent));
+    InputReader nothing({});
+    std::optional<DialogSession> session;
+    QPointer<QWidget> parent;
+    auto const open = [&] {
+        session.reset(); // looks at what is left at its end
+        session.emplace(nothing);
+        session->sensor.sensorKind = GetParam();
+        session->libraries.headboard.deviceAddress = 0;
+        session->open(5, parent = new QWidget);
         DialogSession::page()->setVisible(true);
-        size_t count = 0;
-        session.host.onCall = [&](std::string const&) {
-            if (++count == n)
-                delete parent.data();
-        };
-        runAll();
-        session.host.onCall = nullptr;
-        EXPECT_EQ(parent.isNull(), count >= n);
-        calls = std::max(calls, n + (count >= n));
-        runAll();
-        delete parent.data();
-    }
-    std::cout << calls - 1 << " deletions inside a call\n";
-    EXPECT_GE(calls, 200U);
+    };
+    open();
+    int const calls = doInsideEveryCall(
+        session->host, open, runAll, [&] { delete parent.data(); },
+        [&](CallsFrom made) {
+            EXPECT_EQ(parent.isNull(), !made.empty());
+            EXPECT_EQ(callsForNobody(made), std::vector<std::string>());
+            runAll();
+            delete parent.data();
+        });
+    std::cout << calls << " deletions inside a call\n";
+    EXPECT_GE(calls, 200);
 }
 
 TEST_P(EntriesReentry, APageGoesWithTheWizardThatIsDeletedWhileItOpens) {
