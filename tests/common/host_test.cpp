@@ -1,6 +1,6 @@
 #include "common/host.h"
 
-#include "tests/support/fake_bus_services.h"
+#include "tests/support/fake_host.h"
 #include "tests/support/fake_libraries.h"
 
 #include <gtest/gtest.h>
@@ -12,14 +12,17 @@ namespace {
 TEST(Host, EverySlotGetsItsArgumentsInTheHostsOrder) {
     FakeHost fake;
     FakeLibraries libraries;
-    FakeBusServices bus(libraries.headboard);
     libraries.headboard.device[8177] = 0x1F;
-    bus.options["Product"] = "Board";
+    fake.options["Product"] = "Board";
     HostServices table = fake.services();
-    FakeBusServices::fillIn(table);
+    FakeHeadboard::fillIn(table);
     fake.registers["R.B"] = 7;
     fake.states["Gamma"] = -3;
     Host const host(table);
+    {
+        ChangeGroup const group(host);
+        ModalBracket const bracket(host);
+    }
     EXPECT_EQ(host.readRegister("R", "B"), 7U);
     host.writeListEntry(1, 0x3600, 9);
     host.announceRegister("R");
@@ -29,12 +32,13 @@ TEST(Host, EverySlotGetsItsArgumentsInTheHostsOrder) {
     host.applyPreset("P");
     host.setupAnalysis(640);
     EXPECT_EQ(fake.log, (std::vector<std::string>{
-                            "readRegister R B 1", "writeListEntry 13824 0 1 0 9", "announceRegister R 0 0",
-                            "readState Gamma", "readBusByte 168 8177 16 8", "writeBusByte 168 8177 254 16 8",
-                            "applyPreset 0 P", "setupAnalysis 1 0 640 0 640"}));
+                            "begin", "modalDialog 1", "modalDialog 0", "end", "readRegister R B 1",
+                            "writeListEntry 13824 0 1 0 9", "announceRegister R 0 0", "readState Gamma",
+                            "readBusByte 168 8177 16 8", "writeBusByte 168 8177 254 16 8", "applyPreset 0 P",
+                            "setupAnalysis 1 0 640 0 640"}));
     EXPECT_EQ(host.readOption("Product"), "Board");
     host.writeOption("Product", "Other");
-    EXPECT_EQ(bus.options["Product"], "Other");
+    EXPECT_EQ(fake.options["Product"], "Other");
     host.setState("Gamma", 20);
     host.writeRegister("R", "B", 8);
     host.writeIntSetting("Number", 5);
@@ -67,16 +71,6 @@ TEST(Host, NullSlotsAreNeverCalledAndAnswerTheirDefaults) {
     EXPECT_EQ(host.readOption("O"), "");
     EXPECT_EQ(host.readIntSetting("I", -7), -7);
     EXPECT_EQ(host.readTextSetting("T"), "");
-}
-
-TEST(Host, BracketsTellTheHostTheirBothEnds) {
-    FakeHost fake;
-    Host const host(fake.services());
-    {
-        ChangeGroup const group(host);
-        ModalBracket const bracket(host);
-    }
-    EXPECT_EQ(fake.log, (std::vector<std::string>{"begin", "modalDialog 1", "modalDialog 0", "end"}));
 }
 
 } // namespace

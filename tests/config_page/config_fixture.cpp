@@ -8,7 +8,7 @@
 namespace kestra {
 
 ConfigFixture::ConfigFixture() {
-    FakeBusServices::fillIn(services);
+    FakeHeadboard::fillIn(services);
     showMessage.replace([this](QWidget*, UserMessage const& message) {
         messages.push_back(message);
         host.note("message");

@@ -2,7 +2,6 @@
 
 #include "config_page/config.h"
 #include "config_page/config_view.h"
-#include "tests/support/fake_bus_services.h"
 #include "tests/support/page_under_test.h"
 #include "wizard/dialogs.h"
 
@@ -39,7 +38,6 @@ protected:
     [[nodiscard]] std::vector<std::string> busLog() const;
 
     FakeHeadboard& headboard = libraries.headboard;
-    FakeBusServices bus{libraries.headboard};
     std::vector<bool> edits;           ///< what the calibration pages were told
     std::vector<UserMessage> messages; ///< what the user was shown
     QMessageBox::StandardButton answer = QMessageBox::Ok;

@@ -149,6 +149,20 @@ void FakeHeadboard::fillIn(Veyra2& table) {
     table.vy_CloseCameras = [] { noteCall("closeCameras"); };
 }
 
+void FakeHeadboard::fillIn(HostServices& table) {
+    table.readBusByte = [](uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
+        uint32_t const byte = device == headboard->deviceAddress ? headboard->device.at(address) : 0U;
+        noteCall("readBusByte", device, address, addressBits, dataBits);
+        return byte;
+    };
+    table.writeBusByte = [](uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
+                            uint32_t dataBits) {
+        if (device == headboard->deviceAddress)
+            headboard->device.at(address) = uint8_t(value);
+        noteCall("writeBusByte", device, address, value, addressBits, dataBits);
+    };
+}
+
 FakeRegister& FakeHeadboard::add(std::string const& name, uint32_t addressSpace, uint32_t id,
                                  uint32_t address, uint32_t bytes, uint32_t value) {
     FakeRegister& reg = registers[name];

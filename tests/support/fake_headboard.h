@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/libraries.h"
+#include "published/host_records.h"
 #include "simulator/camera/eeprom_device.h"
 
 #include <map>
@@ -52,6 +53,8 @@ public:
 
     /// Fills in the functions that this fake stands for, and makes every pause one of its time.
     static void fillIn(Veyra2& table);
+    /// The host's services for single bytes of the EEPROM.
+    static void fillIn(HostServices& table);
 
 private:
     friend struct FakeHeadboardFunctions;

@@ -56,6 +56,14 @@ HostServices FakeHost::services() const {
         host->states[variable] = value;
         noteCall("setState", variable, value);
     };
+    table.readOption = [](char const* option) {
+        noteCall("readOption", option);
+        return host->options[option].c_str();
+    };
+    table.writeOption = [](char const* option, char const* value) {
+        host->options[option] = value;
+        noteCall("writeOption", option, value);
+    };
     table.applyPreset = [](uint32_t zero, char const* preset) { noteCall("applyPreset", zero, preset); };
     table.readIntSetting = [](char const* key, int32_t fallback) {
         noteCall("readInt", key, fallback);

@@ -23,6 +23,7 @@ public:
     std::map<std::string, int32_t> states;
     std::map<std::string, int32_t> intSettings;
     std::map<std::string, std::string> textSettings;
+    std::map<std::string, std::string> options;
     std::map<std::string, uint32_t> registers; ///< by "register.bitfield"
     /// Runs inside every call, after it was logged.
     std::function<void(std::string const& call)> onCall;

@@ -2,7 +2,6 @@
 
 #include "config_page/config.h"
 #include "config_page/config_view.h"
-#include "tests/support/fake_bus_services.h"
 #include "tests/support/page_bench.h"
 #include "wizard/page_surface.h"
 
@@ -24,7 +23,7 @@ namespace {
 // The page on a fake headboard, driven to a state as a device and a user would drive it.
 class Scene : public PageBench {
 public:
-    Scene() { FakeBusServices::fillIn(services); }
+    Scene() { FakeHeadboard::fillIn(services); }
 
     void open() {
         page = std::make_unique<Config>(nullptr, sensor, &services, eepromSlot, wizard.get());
@@ -49,7 +48,6 @@ public:
     void enter(char const* number) { widget<QLineEdit>("SN")->setText(QLatin1String(number)); }
     void press(char const* button) { widget<QPushButton>(button)->click(); }
 
-    FakeBusServices bus{libraries.headboard};
     std::unique_ptr<Config> page;
 
 private:
