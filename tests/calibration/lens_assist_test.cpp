@@ -33,9 +33,7 @@ TEST_F(LensAssistPage, RunAllWalksEveryStepOneActionATick) {
     std::vector<std::string> actions;
     // What the status texts say after each tick, without repetitions: the road as a user sees it.
     for (int i = 0; i < 100 && state().runAll; ++i) {
-        frames(5);
-        frames(1, 13);
-        tick();
+        play(1);
         std::string const now = std::to_string(state().presetState) + std::to_string(state().aeStepState) +
                                 std::to_string(state().wbStepState) + std::to_string(state().lscStepState) +
                                 std::to_string(state().fileState) + std::to_string(state().promState);
@@ -249,11 +247,7 @@ TEST_F(LensAssistPage, AFailedCalibrationKeepsRunAllWaitingButAMissingOneEndsIt)
     libraries.inputAnswer = 0;
     open();
     click("Run_All");
-    for (int i = 0; i < 60; ++i) {
-        frames(5);
-        frames(1, 13);
-        tick();
-    }
+    play(60);
     EXPECT_EQ(state().lscStepState, kFailedOtherwise);
     EXPECT_EQ(state().runAll, 1U);
     EXPECT_EQ(state().fileState, kReady);
@@ -262,10 +256,7 @@ TEST_F(LensAssistPage, AFailedCalibrationKeepsRunAllWaitingButAMissingOneEndsIt)
 
     libraries.createsHandle = false;
     click("Run_All");
-    for (int i = 0; i < 60 && state().runAll; ++i) {
-        frames(5);
-        tick();
-    }
+    play(60);
     EXPECT_EQ(state().runAll, 0U);
     EXPECT_EQ(text("Calibrate_Status"), "Error. Are the External sensor data files installed?");
 }

@@ -28,9 +28,7 @@ protected:
 
     void runTo(StepState PageState::*step, StepState value) {
         for (int i = 0; i < 200 && page && state().*step != value; ++i) {
-            frames(3);
-            frames(1, 13);
-            tick();
+            play(1);
             capture();
         }
         ASSERT_TRUE(page);

@@ -43,6 +43,15 @@ void PageFixture::frames(int count, uint32_t type, uint32_t pixel) {
         page->onFrame({pixels.data(), ImageType(type), 64, 48, pitch});
 }
 
+void PageFixture::play(int rounds) {
+    for (; rounds > 0 && page; --rounds) {
+        frames(5);
+        frames(1, 13);
+        if (page)
+            tick();
+    }
+}
+
 std::vector<std::string> PageFixture::changes() const {
     std::vector<std::string> found;
     for (std::string const& call : host.log)

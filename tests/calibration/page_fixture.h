@@ -33,6 +33,8 @@ protected:
     void tick(int count = 1);
     /// Delivers RGB-32 frames of one grey, `type` other than 11 delivers raw ones.
     void frames(int count, uint32_t type = 11, uint32_t pixel = 0x808080);
+    /// Frames of both kinds and a tick, so often.
+    void play(int rounds);
     /// The log without reads of settings and states.
     [[nodiscard]] std::vector<std::string> changes() const;
 

@@ -44,12 +44,8 @@ protected:
         found.push_back({"closePage", [](Reentry& test) { test.page->closePage(); }});
         found.push_back({"RunAll", [](Reentry& test) {
                              QMetaObject::invokeMethod(test.page, "OnBnClickedRunall");
-                             for (int i = 0; i < 120 && test.page; ++i) {
-                                 test.frames(2);
-                                 if (test.page)
-                                     test.frames(1, 13);
-                                 if (test.page)
-                                     test.tick();
+                             for (int i = 0; i < 120 && test.page && test.state().runAll; ++i) {
+                                 test.play(1);
                                  test.capture();
                              }
                          }});
@@ -61,10 +57,7 @@ protected:
         // Whoever pressed Calibrate too early takes the pictures that it waits for.
         capture(true);
         for (int i = 0; i < 120 && page; ++i) {
-            frames(5);
-            frames(1, 13);
-            if (page)
-                tick();
+            play(1);
             capture();
         }
         if (!page)

@@ -4,25 +4,67 @@
 
 #include <gtest/gtest.h>
 #include <set>
+#include <tuple>
 
 using namespace kestra;
 
 namespace {
 
-// The states that no check or edit of the page ends in.
-TEST(ConfigDisplay, StatesOfNoCheckAreShownToo) {
-    ConfigState state;
-    state.eepromState = EepromState::Error;
-    ConfigStatus const error = viewOf(state).eeprom;
-    EXPECT_EQ(error.text, "Error accessing the EEPROM.");
-    EXPECT_EQ(error.bullet, Bullet::Red);
-    state.eepromState = EepromState(3);
-    EXPECT_EQ(viewOf(state).eeprom.text, "The status of the EEPROM is unknown.");
-    for (auto const& [serial, bullet] :
-         {std::pair(6U, Bullet::Red), {0U, Bullet::Gray}, {2U, Bullet::Gray}}) {
+TEST(ConfigView, EveryStateHasItsTextBulletAndEnabling) {
+    constexpr char const* kUnknown = "The status of the EEPROM is unknown.";
+    constexpr char const* kError = "Error accessing the EEPROM.";
+    constexpr char const* kAbsent =
+        "The EEPROM was not detected at address 0xAC.\nCheck the PROM ADDR switches on the headboard.";
+    constexpr char const* kBlank =
+        "EEPROM is present and working normally.\n0 bytes used.  8171 bytes available.";
+    constexpr char const* kUsed =
+        "EEPROM is present and working normally.\n7 bytes used.  8164 bytes available.";
+    using enum Bullet;
+    struct {
+        EepromState eeprom;
+        RecordSpace space;
+        bool combosDirty;
+        char const* text;
+        Bullet bullet;
+        char const* enabled; // lists, Apply, and Erase, whose question mark is for what stays as it is
+    } const rows[] = {
+        {EepromState::Unknown, {}, true, kUnknown, Gray, "--?"},
+        {EepromState(3), {}, false, kUnknown, Gray, "--?"},
+        {EepromState::Error, {}, true, kError, Red, "--?"},
+        {EepromState::Absent, {}, true, kAbsent, Red, "--?"},
+        {EepromState::Present, {0, 8171, false}, false, kBlank, Green, "L--"},
+        {EepromState::Present, {7, 8164, false}, true, kUsed, Green, "LAE"},
+        {EepromState::Present, {0, 8171, true}, false, kError, Red, "L-E"}, // changes that wait to be written
+        {EepromState::Present, {0, kEepromFailed, false}, false, kError, Red, "L-E"}, // a broken chain
+    };
+    for (auto const& row : rows) {
+        ConfigState state;
+        state.eepromState = row.eeprom;
+        state.space = row.space;
+        state.combosDirty = row.combosDirty;
+        state.busAddress = 0xAC;
+        ConfigView const view = viewOf(state);
+        EXPECT_EQ(view.eeprom.text, row.text);
+        EXPECT_EQ(view.eeprom.bullet, row.bullet) << row.text;
+        std::string const enabled = {view.combos ? 'L' : '-', view.apply ? 'A' : '-',
+                                     !view.touchesErase ? '?'
+                                     : view.erase       ? 'E'
+                                                        : '-'};
+        EXPECT_EQ(enabled, row.enabled) << row.text;
+    }
+    constexpr char const* kEnter = "Enter the serial number.";
+    for (auto const& [serial, text, bullet, apply] : {std::tuple(0U, kEnter, Gray, false),
+                                                      {1U, "Click Apply to save.", Yellow, true},
+                                                      {2U, kEnter, Gray, false},
+                                                      {4U, "Done. Serial number is saved.", Green, false},
+                                                      {5U, kEnter, Red, false},
+                                                      {6U, kEnter, Red, false}}) {
+        ConfigState state;
+        state.eepromState = EepromState::Present;
         state.serialState = SerialState(serial);
-        EXPECT_EQ(viewOf(state).serial.text, "Enter the serial number.") << serial;
+        EXPECT_EQ(viewOf(state).serial.text, text) << serial;
         EXPECT_EQ(viewOf(state).serial.bullet, bullet) << serial;
+        EXPECT_EQ(viewOf(state).apply, apply) << serial;
     }
 }
 
