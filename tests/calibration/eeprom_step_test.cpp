@@ -167,21 +167,6 @@ TEST_P(EepromStep, ALaterChangeMakesTheSaveDueAgain) {
     }
 }
 
-TEST_P(EepromStep, TheSerialNumberIsStoredFirst) {
-    open();
-    host.log.clear();
-    int stored = 0;
-    page->setSerialNumber({[&] {
-                               ++stored;
-                               EXPECT_EQ(text("Prom_Save_Status"), "In progress...");
-                               EXPECT_EQ(host.calls("begin").size(), 1U);
-                               EXPECT_TRUE(host.calls("readBus").empty());
-                           },
-                           {}});
-    click("Prom_Save");
-    EXPECT_EQ(stored, 1);
-}
-
 // What was not written goes with the EEPROM; the flush that then finds nothing to write is no success.
 TEST_P(EepromStep, WhoDiscardsTheEepromInsideASaveMakesItFail) {
     int const calls = doInsideEveryCall(

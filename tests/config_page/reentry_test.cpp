@@ -134,21 +134,4 @@ TEST_F(ConfigReentry, WhateverHappensInsideACallThePageComesToRest) {
     EXPECT_GE(cases, 600);
 }
 
-TEST_F(ConfigReentry, EverySlotMayBeNull) {
-    constexpr size_t kSlots = sizeof(HostServices) / sizeof(void*);
-    for (size_t slotNumber = 0; slotNumber < kSlots; ++slotNumber) {
-        HostServices some = services;
-        auto* const table = reinterpret_cast<unsigned char*>(&some);
-        std::fill_n(table + slotNumber * sizeof(void*), sizeof(void*), static_cast<unsigned char>(0));
-        make(&some);
-        page->initialise();
-        enter("ABC1234002");
-        widget<QComboBox>("PN_Combo")->setCurrentIndex(1);
-        for (char const* action :
-             {"OnBnClickedApply", "OnBnClickedSetGrabFileName", "OnBnClickedEepromErase"})
-            run(action);
-        EXPECT_EQ(state().eepromState, EepromState::Present) << "without slot " << slotNumber;
-    }
-}
-
 } // namespace

@@ -81,27 +81,4 @@ TEST(BrokenContent, EverySingleFlippedBitIsSurvived) {
     }
 }
 
-TEST(BrokenContent, EveryLengthOfARecordAndOfABlockIsSurvived) {
-    std::vector<uint8_t> image = validImage();
-    constexpr size_t kRecordLength = 6;
-    constexpr size_t kBlockLength = 18;
-    for (size_t const place : {kRecordLength, kBlockLength}) {
-        uint32_t const right = getU16Be(image, place);
-        EepromShare const eeprom = eepromOf(image);
-        for (uint32_t length = 0; length <= 0xFFFF; ++length) {
-            putU16Be(eeprom->image, place, length);
-            readAll(eeprom, 5);
-            int32_t const end = EepromFindRecord(*eeprom, kRecordEnd, nullptr, 0);
-            if (length == right) {
-                ASSERT_GT(end, 0);
-            }
-            // A chain that leads out of the image is left alone.
-            if (end < 0) {
-                ASSERT_LT(EepromDeleteRecord(*eeprom, 5), 0);
-            }
-        }
-        putU16Be(image, place, right);
-    }
-}
-
 } // namespace
