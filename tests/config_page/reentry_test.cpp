@@ -115,7 +115,7 @@ TEST_F(ConfigReentry, APageMayBeDeletedInsideAnyCall) {
     EXPECT_GE(cases, 100);
 }
 
-TEST_F(ConfigReentry, WhateverHappensInsideACallThePageComesToRest) {
+TEST_F(ConfigReentry, WhatArrivesInsideACallWaitsAndThePageComesToRest) {
     int cases = 0;
     std::vector<std::pair<char const*, std::function<void()>>> const deeds = {
         {"check", [this] { run("OnBnClickedEepromTest"); }},
@@ -128,7 +128,13 @@ TEST_F(ConfigReentry, WhateverHappensInsideACallThePageComesToRest) {
     for (auto const& [name, deed] : deeds) {
         SCOPED_TRACE(name);
         mayTear = std::string(name) == "EEPROM discarded";
-        cases += insideEveryCallOfEveryAction(deed);
+        cases += insideEveryCallOfEveryAction([this, &act = deed] {
+            // Only while a box is open it runs at once.
+            bool const isBoxOpen = host.log.back() == "message" || host.log.back() == "openDocument";
+            size_t const calls = host.log.size();
+            act();
+            EXPECT_TRUE(isBoxOpen || host.log.size() == calls) << host.log.back();
+        });
     }
     std::cout << cases << " interruptions inside a call\n";
     EXPECT_GE(cases, 600);
