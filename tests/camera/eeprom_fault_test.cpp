@@ -98,21 +98,4 @@ TEST(EepromFault, PowerCutKeepsTheBytesStoredBefore) {
     }
 }
 
-// A flipped bit that always hit the same place would leave most of a reader untried.
-TEST(EepromFault, FlippedBitsReachEveryBitOfBothBytes) {
-    EepromAccess const& access = kEepromAccesses[0];
-    Camera const camera = openFor(access);
-    programContents(*camera, QByteArray(8192, '\0'));
-    ASSERT_TRUE(camera->injectFault(QStringLiteral("flipped-bit"), 1, true));
-    uint32_t seen = 0;
-    for (int i = 0; i < 64; ++i) {
-        QByteArray bytes(2, '\0');
-        ASSERT_TRUE(access.read(*camera, 0, bytes));
-        uint32_t const word = uint32_t(uint8_t(bytes[0])) << 8 | uint8_t(bytes[1]);
-        EXPECT_TRUE(word != 0 && (word & (word - 1)) == 0) << word;
-        seen |= word;
-    }
-    EXPECT_EQ(seen, 0xFFFFU);
-}
-
 } // namespace

