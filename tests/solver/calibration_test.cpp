@@ -68,12 +68,11 @@ TEST(Calibration, FlattensEveryLensOfTheRange) {
 
 TEST(Calibration, PutsEveryPhaseAndOrientationInItsPlace) {
     for (int const sampleBytes : {1, 2}) {
-        TestSensor sensor;
-        sensor.width = 480;
-        sensor.height = 270;
-        sensor.sampleBytes = sampleBytes;
-        sensor.blackLevel = sampleBytes == 1 ? 10 : 168;
-        sensor.whiteLevel = sampleBytes == 1 ? 255 : 4095;
+        TestSensor const sensor{.width = 480,
+                                .height = 270,
+                                .sampleBytes = sampleBytes,
+                                .blackLevel = sampleBytes == 1 ? 10 : 168,
+                                .whiteLevel = sampleBytes == 1 ? 255 : 4095};
         Response const response = kLopsidedLens.response(sensor);
         for (unsigned i = 0; i < 16; ++i) {
             SCOPED_TRACE(testing::Message() << "phase " << i % 4 << ", orientation " << i / 4);
@@ -83,13 +82,20 @@ TEST(Calibration, PutsEveryPhaseAndOrientationInItsPlace) {
     }
 }
 
+TEST(Calibration, SolvesTheSmallestAndOddSensors) {
+    for (auto const& [width, height] : {std::pair{48, 48}, std::pair{203, 111}})
+        for (unsigned orientation = 0; orientation < 4; ++orientation) {
+            SCOPED_TRACE(testing::Message() << width << ", orientation " << orientation);
+            TestSensor const sensor{.width = width, .height = height};
+            Response const response = kLopsidedLens.response(sensor);
+            auto const list = calibrate(sensor, response, {.noise = 0.001, .orientation = orientation});
+            expectFlat(sensor, response, list, 2, 0.03);
+        }
+}
+
 TEST(Calibration, ReadsDisplayAndLumaChromaPicturesOfEveryOrientation) {
-    TestSensor sensor;
-    sensor.sampleBytes = 1;
-    sensor.blackLevel = 0;
-    sensor.whiteLevel = 255;
     for (char const* const input : {"rgb32", "ycbcr"}) {
-        sensor.input = input;
+        TestSensor const sensor{.input = input, .sampleBytes = 1, .blackLevel = 0, .whiteLevel = 255};
         Response const response = kLopsidedLens.response(sensor);
         for (uint32_t orientation = 0; orientation < 4; ++orientation) {
             SCOPED_TRACE(testing::Message() << input << ", orientation " << orientation);
@@ -139,12 +145,10 @@ TEST(Calibration, SpendsItsOrderWithinTheRadius) {
     TestSensor const sensor;
     Response const hard = SyntheticLens{Shape::RadialPolynomial, 4.8, 0.2, 0, 0}.response(sensor);
     auto const worstOnCircle = [&](double circle, uint32_t radius) {
-        Correction const correction(sensor, calibrate(sensor, hard, {}, 100, radius));
-        Response const field = after(hard, correction);
+        Response const field = after(hard, Correction(sensor, calibrate(sensor, hard, {}, 100, radius)));
         double worst = 0;
         for (int i = 0; i < 100; ++i) {
-            double const x = 320 + circle * std::cos(i * 0.0628);
-            double const y = 180 + circle * std::sin(i * 0.0628);
+            double const x = 320 + circle * std::cos(i * 0.0628), y = 180 + circle * std::sin(i * 0.0628);
             worst = std::max(worst, std::abs(field(kColourGreen, x, y) / field(kColourGreen, 320, 180) - 1));
         }
         return worst;
@@ -165,20 +169,6 @@ TEST(Calibration, IsNotMisledByDeviantPixelsAndDust) {
     expectFlat(sensor, clean, list, 1.0, 0.01);
 }
 
-TEST(Calibration, SolvesTheSmallestAndOddSensors) {
-    for (auto const& [width, height] : {std::pair{48, 48}, std::pair{203, 111}}) {
-        TestSensor sensor;
-        sensor.width = width;
-        sensor.height = height;
-        Response const response = kLopsidedLens.response(sensor);
-        for (unsigned orientation = 0; orientation < 4; ++orientation) {
-            auto const list = calibrate(sensor, response, {.noise = 0.001, .orientation = orientation});
-            SCOPED_TRACE(width);
-            expectFlat(sensor, response, list, 2, 0.03);
-        }
-    }
-}
-
 TEST(Calibration, EveryRegisterMattersForTheFigure) {
     TestSensor const sensor;
     Response const response = kLopsidedLens.response(sensor);
@@ -190,11 +180,6 @@ TEST(Calibration, EveryRegisterMattersForTheFigure) {
     for (size_t i = 2; i < list.size(); ++i)
         permuted[i].third = list[i + 1 < list.size() ? i + 1 : 2].third;
     EXPECT_GT(correctedQuality(sensor, response, permuted).colourDeviation, good + 1);
-
-    auto planesExchanged = list;
-    for (size_t i = 27; i < 52; ++i)
-        std::swap(planesExchanged[i].third, planesExchanged[i + 25].third);
-    EXPECT_GT(correctedQuality(sensor, response, planesExchanged).colourDeviation, good + 1);
 
     for (size_t const plane : {size_t{1}, size_t{2}})
         for (size_t const coefficient : {0, 1, 2, 5, 10}) {
