@@ -199,6 +199,7 @@ TEST_F(ImageUnderTest, DeleteTakesTheFirstOfTheTypeOrTheNamedOneAndTellsWhatIsLe
 
 TEST_F(ImageUnderTest, FormatCreatesAnErasedDeviceAndKeepsTheBytesOfAnOldOne) {
     EXPECT_EQ(run({"format"}).output, "created and formatted\n");
+    EXPECT_EQ(run({"list"}).output, "no records\n");
     Bytes expected(8192, 0xFF);
     Bytes const header = {'V', 'Y', 'E', 'E', 1};
     std::copy(header.begin(), header.end(), expected.begin());
@@ -209,31 +210,6 @@ TEST_F(ImageUnderTest, FormatCreatesAnErasedDeviceAndKeepsTheBytesOfAnOldOne) {
     EXPECT_EQ(run({"format"}).output, "formatted\n5 records can no longer be reached\n");
     old[5] = 0xFF;
     EXPECT_EQ(read(), old);
-}
-
-// The end mark of a full store is the store's last byte, which record operations on a whole device leave out.
-TEST_F(ImageUnderTest, AStoreCanBeFilledToItsLastByteWhateverTheSizeOfTheImage) {
-    for (size_t const size : {25, 24, 4096, 8176, 8177, 65536}) {
-        size_t const store = std::min<size_t>(size, kStoreSize);
-        Bytes image(size, 0x55);
-        Bytes const header = {'V', 'Y', 'E', 'E', 1, 77};
-        std::copy(header.begin(), header.end(), image.begin());
-        // The record 77 leaves the room of one more with one entry and, most often, the end mark.
-        size_t const length = store < 30 ? 0 : store - 8 - 19 - 1;
-        image[6] = uint8_t(length >> 8);
-        image[7] = uint8_t(length);
-        image[8 + length] = 0xFF;
-        write(image);
-        bool const fits = store >= 30;
-        QString const file = preset("REG = 1, 2");
-        EXPECT_EQ(run({"import", file, "Lens Correction", "PGA"}).exitCode, fits ? kExitDone : kExitRefused);
-        Bytes const after = read();
-        EXPECT_EQ(after[store - 1], fits ? 0xFF : 0x55) << size;
-        EXPECT_TRUE(std::equal(after.begin() + std::ptrdiff_t(store), after.end(),
-                               image.begin() + std::ptrdiff_t(store), image.end()));
-        EXPECT_EQ(run({"delete", "PGA"}).exitCode, fits ? kExitDone : kExitRefused);
-        EXPECT_EQ(run({"list"}).exitCode, kExitDone) << size;
-    }
 }
 
 #ifdef Q_OS_UNIX

@@ -1,63 +1,105 @@
 #include "headboard/record_format.h"
 #include "tests/tools/image_fixture.h"
 
+#include <QProcess>
+
 using namespace kestra;
 
 namespace {
 
-using headboard_image::kExitDone;
-using headboard_image::kExitRefused;
-using headboard_image::Outcome;
+using namespace headboard_image;
 
-TEST_F(ImageUnderTest, ListShowsEveryRecordAndLetsNothingThroughToTheTerminal) {
+// Nothing of a record gets through to the terminal.
+TEST_F(ImageUnderTest, ListAndShowDecodeWhatEachTypeHolds) {
     write(imageOf(recordsOfEveryKind()));
-    Outcome const outcome = run({"list"});
-    EXPECT_EQ(outcome.exitCode, kExitDone);
-    EXPECT_EQ(outcome.output, R"(0x0005  PGA           48    "DEFAULT"
+    std::pair<char const*, char const*> const rows[] = {
+        {"list", R"(0x0005  PGA           48    "DEFAULT"
 0x0038  SWPGA         55    "100%1"
 0x0072  Headboard ID  10    "A\"1\n\x1B[2J\xE9"
 0x007F  Scratchpad    18    "notes"
 0x0094  type 77       3
-)");
-}
-
-TEST_F(ImageUnderTest, ShowDecodesWhatEachTypeHolds) {
-    write(imageOf(recordsOfEveryKind()));
-    EXPECT_EQ(run({"show", "5"}).output, R"(0x0005  PGA           48    "DEFAULT"
+)"},
+        {"show 5", R"(0x0005  PGA           48    "DEFAULT"
 class  id          address     size  mask        value
 0      0x00        0x3600      -     0x0000      0x3C02
 0      0x00        0x0020      -     0x0000      0x0007
 1      0x12        0x0042      1     0x0000      0x0005
 2      0x04        0x12345678  4     0x8000      0xFFFFFFFF
 (Addresses without a size are shown whole; --paged takes their high byte as the page.)
-)");
-    EXPECT_EQ(run({"show", "0x38"}).output, R"(0x0038  SWPGA         55    "100%1"
-"Lens Curve Red, 1"
-""
-"Lens Correction Falloff,80"
-)");
-    EXPECT_EQ(run({"show", "0x7F"}).output, R"(0x007F  Scratchpad    18    "notes"
-0x0091  01 02 78                                         ..x
-)");
-    EXPECT_EQ(run({"show", "148"}).output, R"(0x0094  type 77       3
-0x0097  FF 00 79                                         ..y
-)");
-    for (char const* const offset : {"0", "6", "8175", "8191", "4294967295"})
-        EXPECT_EQ(run({"show", offset}).exitCode, kExitRefused) << offset;
-}
-
-TEST_F(ImageUnderTest, ShowTakesPagesFromShortEntriesOnly) {
-    write(imageOf(recordsOfEveryKind()));
-    EXPECT_EQ(run({"show", "5", "--paged"}).output, R"(0x0005  PGA           48    "DEFAULT"
+)"},
+        {"show 5 --paged", R"(0x0005  PGA           48    "DEFAULT"
 class  id          address     size  mask        value
 0      0x36        0x0000      -     0x0000      0x3C02
 0      0x00        0x0020      -     0x0000      0x0007
 1      0x12        0x0042      1     0x0000      0x0005
 2      0x04        0x12345678  4     0x8000      0xFFFFFFFF
-)");
+)"},
+        {"show 0x38", R"(0x0038  SWPGA         55    "100%1"
+"Lens Curve Red, 1"
+""
+"Lens Correction Falloff,80"
+)"},
+        {"show 0x7F", R"(0x007F  Scratchpad    18    "notes"
+0x0091  01 02 78                                         ..x
+)"},
+        {"show 148", R"(0x0094  type 77       3
+0x0097  FF 00 79                                         ..y
+)"},
+    };
+    for (auto const& [command, output] : rows)
+        EXPECT_EQ(run(QString(command).split(' ')).output, output);
+    for (char const* const offset : {"0", "6", "8175", "8191", "4294967295"})
+        EXPECT_EQ(run({"show", offset}).exitCode, kExitRefused) << offset;
     // Where no address has a high byte, both ways give the same and nothing needs to be said.
     write(imageOf({recordOf(kRecordPga, {3, 0, 4, 0, 0x20, 0, 7})}));
     EXPECT_EQ(run({"show", "5"}).output, run({"show", "5", "--paged"}).output);
+}
+
+TEST_F(ImageUnderTest, BadCommandLinesAndFilesAreToldFromDamage) {
+    EXPECT_EQ(run({"list"}).exitCode, kExitUnusable); // there is none
+    for (size_t const size : {0, 7, 65537}) {
+        write(Bytes(size, 0xFF));
+        Outcome const outcome = run({"check"});
+        EXPECT_EQ(outcome.exitCode, kExitUnusable);
+        EXPECT_NE(outcome.complaint.find("it has " + std::to_string(size) + " bytes"), std::string::npos);
+        EXPECT_EQ(run({"format"}).exitCode, kExitUnusable);
+        EXPECT_EQ(read().size(), size);
+    }
+    Bytes const good = imageOf({});
+    write(good);
+    EXPECT_EQ(run({}).exitCode, kExitUnusable);
+    for (char const* const command :
+         {"lst", "list 5", "show", "show 5x", "show 0x", "show -5", "list --paged", "check --every", "delete",
+          "list --label x", "import a b PGA --paged --sensor poly-12bit", "import a b PGA --label=",
+          "delete XYZ", "delete EE_IDENT", "delete END_OF_RECORDS", "delete 256", "import a b", "format now"})
+        EXPECT_EQ(run(QString(command).split(' ')).exitCode, kExitUnusable) << command;
+    EXPECT_EQ(read(), good);
+    Outcome const help = run({"--help"});
+    EXPECT_EQ(help.exitCode, kExitDone);
+    EXPECT_NE(help.output.find("delete TYPE [NAME]"), std::string::npos);
+}
+
+TEST_F(ImageUnderTest, TheProgramHandsOnExitCodesAndTellsAnswersFromComplaints) {
+    struct {
+        QStringList command;
+        int exitCode;
+        char const* output;
+        char const* complaint;
+    } const rows[] = {
+        {{"list"}, kExitUnusable, "", "headboard-image: cannot read "},
+        {{"format"}, kExitDone, "created and formatted\n", ""},
+        {{"delete", "PGA"}, kExitRefused, "", "headboard-image: there is no record PGA"},
+    };
+    for (auto const& row : rows) {
+        QProcess process;
+        process.start(QStringLiteral(HEADBOARD_IMAGE), QStringList{image()} + row.command);
+        ASSERT_TRUE(process.waitForFinished() && process.exitStatus() == QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), row.exitCode);
+        EXPECT_EQ(process.readAllStandardOutput().replace("\r\n", "\n"), row.output);
+        QByteArray const complaint = process.readAllStandardError();
+        EXPECT_TRUE(complaint.startsWith(row.complaint)) << complaint.constData();
+        EXPECT_EQ(complaint.isEmpty(), *row.complaint == '\0');
+    }
 }
 
 } // namespace
