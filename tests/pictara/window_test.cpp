@@ -1,103 +1,132 @@
+#include "simulator/files/whole_file.h"
+#include "simulator/host/bench_actions.h"
+#include "simulator/host/call_log.h"
 #include "simulator/host/dialog_page.h"
-#include "simulator/host/light_panel.h"
+#include "simulator/host/display_blocks.h"
+#include "simulator/host/eeprom_bytes_table.h"
+#include "simulator/host/host_window.h"
+#include "simulator/host/light_ranges.h"
 #include "simulator/host/message_log.h"
-#include "simulator/host/quantity_control.h"
-#include "tests/pictara/open_bench.h"
+#include "simulator/host/profile_chooser.h"
+#include "simulator/host/session.h"
+#include "simulator/host/uniformity_map.h"
+#include "tests/support/small_profile.h"
 
+#include <QAbstractButton>
+#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QDialog>
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
+#include <QStatusBar>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QTreeWidget>
+#include <algorithm>
+#include <gtest/gtest.h>
 
 namespace pictara {
 namespace {
 
-struct LightPanelTest : testing::Test {
-    void open(simulator::Light const& initial) {
-        panel = std::make_unique<LightPanel>(initial);
-        QObject::connect(panel.get(), &LightPanel::lightChanged, [this](simulator::Light const& changed) {
-            light = changed;
-            ++changes;
-        });
+// A chain of one record of shading registers with two settings, and a text.
+QByteArray smallImage() {
+    QByteArray image("VYEE\x01", 5);
+    QByteArray const entries = QByteArray("\x03\x00\x08\x30\x12\x02\x00\xFF\xFE\x00\x07", 11);
+    QByteArray const pga = QByteArray("Bench\0\0\0\0", 9) + entries + '\xFF';
+    image += QByteArray("\x08\x00", 2) + char(pga.size()) + pga;
+    image += QByteArray("\x0F\x00\x05wide\0", 8);
+    return image.leftJustified(8192, '\xFF');
+}
+
+// The window with the plug-in's dialog on a small sensor with that EEPROM.
+struct HostWindowTest : testing::Test {
+    void open() {
+        options.eepromFile = folder.filePath("board.bin");
+        ASSERT_TRUE(files::replace(options.eepromFile, smallImage(), &error)) << error.toStdString();
+        options.profile = writeSmallProfile(folder.path(), "poly-12bit", {});
+        options.outputFolder = folder.filePath("out");
+        options.falloffPercent = 80;
+        session = Session::open(options, &error);
+        ASSERT_TRUE(session) << error.toStdString();
+        window = std::make_unique<HostWindow>(*session, options);
+        ASSERT_TRUE(window->openDialog(&error)) << error.toStdString();
+        window->showWithDialog();
+    }
+    void TearDown() override {
+        if (session)
+            session->closePlugin();
     }
     template <typename Widget>
-    [[nodiscard]] Widget* part(char const* control) const {
-        return panel->findChild<QWidget*>(QLatin1String(control))->findChild<Widget*>();
+    [[nodiscard]] Widget* part(char const* name) const {
+        return window->findChild<Widget*>(QLatin1String(name));
     }
-    [[nodiscard]] QAbstractButton* button(char const* name) const {
-        return panel->findChild<QAbstractButton*>(QLatin1String(name));
+    void deliver(int frames) {
+        for (int i = 0; i < frames; ++i)
+            window->deliverFrame();
     }
 
-    std::unique_ptr<LightPanel> panel;
-    simulator::Light light;
-    int changes = 0;
+    QTemporaryDir folder;
+    Options options;
+    QString error;
+    std::unique_ptr<Session> session;
+    std::unique_ptr<HostWindow> window;
 };
 
-TEST_F(LightPanelTest, TouchesOnlyTheQuantityThatWasMoved) {
-    open({.colourTemperature = 2856.4, .level = 0.00123, .gradient = 0.1234});
-    part<QSlider>("temperature")->setValue(0);
-    EXPECT_EQ(light.colourTemperature, kColourTemperatures.low);
-    EXPECT_EQ(light.level, 0.00123) << "rounded to what the field shows";
-    EXPECT_EQ(light.gradient, 0.1234);
-    EXPECT_EQ(changes, 1);
-}
-
-TEST_F(LightPanelTest, ASliderReachesEveryPositionStepByStep) {
-    open({});
-    for (char const* control : {"temperature", "level", "gradient"}) {
-        auto* const slider = part<QSlider>(control);
-        slider->setValue(slider->minimum());
-        for (int position = slider->minimum(); position < slider->maximum(); ++position) {
-            slider->triggerAction(QAbstractSlider::SliderSingleStepAdd);
-            ASSERT_EQ(slider->value(), position + 1) << control << " is held fast";
-        }
-    }
-    EXPECT_EQ(light.colourTemperature, kColourTemperatures.high);
-    EXPECT_EQ(light.level, kLevels.high);
-    EXPECT_EQ(light.gradient, kGradients.high);
-    part<QDoubleSpinBox>("level")->setValue(kLevels.low);
-    EXPECT_EQ(part<QSlider>("level")->value(), 0);
-}
-
-TEST_F(LightPanelTest, UncoveringBringsTheLightBackThatWasSetMeanwhile) {
-    open({.level = 0.5});
-    button("cover")->click();
-    EXPECT_EQ(light.level, 0);
-    part<QDoubleSpinBox>("level")->setValue(2);
-    button("object")->click();
-    EXPECT_EQ(light.level, 0);
-    button("cover")->click();
-    EXPECT_EQ(light.level, 2);
-    EXPECT_TRUE(light.objectInPicture);
-    button("cover")->click();
-    button("normal")->click();
-    EXPECT_EQ(light.level, 1);
-    EXPECT_FALSE(light.objectInPicture || button("object")->isChecked() || button("cover")->isChecked());
-}
-
-struct HostWindowTest : OpenBench {
-    void SetUp() override {
-        options.falloffPercent = 80;
-        open();
-    }
-};
-
-TEST_F(HostWindowTest, ThePictureFollowsThePanel) {
+TEST_F(HostWindowTest, ThePictureFollowsThePanelWhichKeepsWhatTheCoverHides) {
+    open();
     auto const middle = [&] {
         window->deliverFrame();
         return session->frames().picture().pixelColor(240, 135).green();
     };
+    auto const light = [&] { return session->scene().light; };
     EXPECT_GT(middle(), 50);
-    part<QCheckBox>("cover")->click();
+    part<QAbstractButton>("cover")->click();
     EXPECT_LT(middle(), 10);
+    part<QWidget>("level")->findChild<QDoubleSpinBox*>()->setValue(2);
+    part<QAbstractButton>("object")->click();
+    EXPECT_EQ(light().level, 0);
+    part<QAbstractButton>("cover")->click();
+    EXPECT_EQ(light().level, 2);
+    EXPECT_TRUE(light().objectInPicture);
+    part<QAbstractButton>("cover")->click();
+    part<QAbstractButton>("normal")->click();
+    EXPECT_EQ(light().level, 1);
+    EXPECT_FALSE(light().objectInPicture || part<QAbstractButton>("object")->isChecked() ||
+                 part<QAbstractButton>("cover")->isChecked());
+}
+
+// What a field rounds must not hold its slider fast, nor change the quantity of another.
+TEST_F(HostWindowTest, ASliderReachesEveryPositionStepByStepAndMovesNothingElse) {
+    options.lightLevel = 0.00123;
+    open();
+    struct {
+        char const* control;
+        double simulator::Light::*quantity;
+        double high;
+    } const rows[] = {{"temperature", &simulator::Light::colourTemperature, kColourTemperatures.high},
+                      {"gradient", &simulator::Light::gradient, kGradients.high},
+                      {"level", &simulator::Light::level, kLevels.high}};
+    for (auto const& row : rows) {
+        EXPECT_EQ(session->scene().light.level, 0.00123) << "rounded to what its field shows";
+        auto* const slider = part<QWidget>(row.control)->findChild<QSlider*>();
+        slider->setValue(slider->minimum());
+        for (int position = slider->minimum(); position < slider->maximum(); ++position) {
+            slider->triggerAction(QAbstractSlider::SliderSingleStepAdd);
+            ASSERT_EQ(slider->value(), position + 1) << row.control;
+        }
+        EXPECT_EQ(session->scene().light.*row.quantity, row.high);
+    }
 }
 
 TEST_F(HostWindowTest, TheDialogIsSetUpAndComesBackAfterItWasClosed) {
+    open();
     QPointer<QDialog> const dialog = window->dialog();
     DialogPage page = DialogPage::find(dialog);
     ASSERT_TRUE(page.press("LensCalibSetup"));
@@ -120,24 +149,8 @@ TEST_F(HostWindowTest, TheDialogIsSetUpAndComesBackAfterItWasClosed) {
     EXPECT_TRUE(window->dialog()->isVisible());
 }
 
-TEST_F(HostWindowTest, WhatTheEepromHoldsIsThereInTheNextSitting) {
-    EXPECT_GT(session->camera().deviceBytesWritten(), 0U) << "nothing was written that could be kept";
-    QString error;
-    ASSERT_TRUE(session->keepEeprom(&error)) << error.toStdString();
-    session->closePlugin();
-    window.reset();
-    session.reset();
-    session = Session::open(options, &error);
-    ASSERT_TRUE(session) << error.toStdString();
-    ASSERT_TRUE(session->openDialog(nullptr, &error)) << error.toStdString();
-    EXPECT_EQ(session->camera().deviceBytesWritten(), 0U) << "the dialog found a blank EEPROM again";
-
-    ASSERT_TRUE(QDir(session->outputFolder()).removeRecursively());
-    EXPECT_FALSE(session->keepEeprom(&error));
-    EXPECT_TRUE(error.contains(session->eepromFile())) << error.toStdString();
-}
-
 TEST_F(HostWindowTest, WhyAPictureWasRefusedStaysUntilTheNextTry) {
+    open();
     installMessageLog();
     session->setLight({.objectInPicture = true});
     DialogPage page = DialogPage::find(window->dialog());
@@ -170,11 +183,145 @@ TEST_F(HostWindowTest, WhyAPictureWasRefusedStaysUntilTheNextTry) {
 }
 
 TEST_F(HostWindowTest, NoFrameIsDeliveredToAClosedWindow) {
+    open();
     window->close();
     EXPECT_FALSE(window->dialog()->isVisible());
     uint64_t const number = session->frames().frameNumber();
     QCoreApplication::processEvents();
     EXPECT_EQ(session->frames().frameNumber(), number);
+}
+
+// What a person works, without the parts of which the toolkit builds it.
+bool isControl(QWidget const* widget) {
+    auto const isOneOf = [](QWidget const* asked, std::initializer_list<char const*> classes) {
+        return std::any_of(classes.begin(), classes.end(),
+                           [&](char const* name) { return asked->inherits(name); });
+    };
+    return isOneOf(widget, {"QAbstractButton", "QComboBox", "QAbstractSpinBox", "QLineEdit",
+                            "QAbstractSlider", "QAbstractItemView", "pictara::LiveView"}) &&
+           !isOneOf(widget, {"QScrollBar", "QHeaderView"}) && !widget->objectName().startsWith("qt_") &&
+           !isOneOf(widget->parentWidget(), {"QComboBox", "QAbstractSpinBox", "QLineEdit",
+                                             "QAbstractItemView", "QMenuBar", "QTabBar"}) &&
+           !widget->window()->inherits("QComboBoxPrivateContainer");
+}
+
+TEST_F(HostWindowTest, EveryControlTellsWhatItIsForAndCanBeReachedByKey) {
+    open();
+    ProfileChooser const chooser(QStringLiteral("soc-pga"));
+    int controls = 0;
+    for (QWidget const* root :
+         {static_cast<QWidget const*>(&chooser), static_cast<QWidget const*>(window.get())})
+        for (QWidget const* widget : root->findChildren<QWidget*>()) {
+            if (widget->window() != root || !isControl(widget))
+                continue;
+            ++controls;
+            SCOPED_TRACE(widget->metaObject()->className() + (' ' + widget->objectName().toStdString()));
+            EXPECT_FALSE(widget->toolTip().isEmpty());
+            auto const* const toolButton = qobject_cast<QToolButton const*>(widget);
+            EXPECT_TRUE((widget->focusPolicy() & Qt::TabFocus) != 0 ||
+                        (toolButton && toolButton->defaultAction() &&
+                         !toolButton->defaultAction()->shortcut().isEmpty()));
+        }
+    EXPECT_GT(controls, 33) << "the walk missed most";
+    EXPECT_FALSE(showParts(*window, {QStringLiteral("no such part")}));
+}
+
+TEST_F(HostWindowTest, TheEepromsRecordsAreToldWithTheirRegisters) {
+    open();
+    auto records = session->camera().eepromRecords();
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[0].typeName, "PGA");
+    EXPECT_EQ(records[0].text, "Bench");
+    ASSERT_EQ(records[0].settings.size(), 2U);
+    EXPECT_EQ(records[0].settings[0].name, "COARSE_INTEGRATION_TIME");
+    EXPECT_EQ(records[0].settings[0].value, 0x200U);
+    EXPECT_EQ(records[0].settings[0].offset, 20U);
+    EXPECT_EQ(records[0].settings[1].name, "") << "no register lies there";
+    EXPECT_EQ(records[1].text, "wide");
+    EXPECT_EQ(records[1].offset, 5 + records[0].size);
+
+    ASSERT_TRUE(showParts(*window, {QStringLiteral("eeprom")}));
+    deliver(4);
+    auto* const tree = part<QTreeWidget>("records");
+    ASSERT_EQ(tree->topLevelItemCount(), 2);
+    tree->setCurrentItem(tree->topLevelItem(0));
+    auto const* const bytes = part<QWidget>("eeprom")->findChild<QTableView*>();
+    EXPECT_EQ(size_t(bytes->selectionModel()->selectedIndexes().size()), records[0].size);
+
+    QByteArray broken = smallImage();
+    broken[29 + 1] = 0x40; // the text's length, far beyond the end
+    ASSERT_TRUE(files::replace(options.eepromFile, broken, &error) &&
+                session->camera().loadEeprom(options.eepromFile, &error));
+    records = session->camera().eepromRecords();
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[0].fault, "");
+    EXPECT_NE(records[1].fault, "");
+}
+
+TEST(EepromBytesTable, MarksWhatDiffersFromTheStateThatChangesAreCountedFrom) {
+    EepromBytesTable table;
+    QByteArray bytes(64, '\xFF');
+    EXPECT_TRUE(table.show(bytes));
+    bytes[17] = 'A';
+    EXPECT_TRUE(table.show(bytes));
+    EXPECT_EQ(table.changedBytes(), 1);
+    QModelIndex const changed = table.index(1, 1);
+    EXPECT_EQ(changed.data().toString(), "41");
+    EXPECT_TRUE(changed.data(Qt::BackgroundRole).isValid());
+    EXPECT_FALSE(table.index(1, 2).data(Qt::BackgroundRole).isValid());
+    EXPECT_EQ(table.index(1, EepromBytesTable::kBytesPerRow).data().toString(), ".A..............");
+    table.beginAnew();
+    EXPECT_FALSE(changed.data(Qt::BackgroundRole).isValid());
+}
+
+TEST_F(HostWindowTest, TheSensorPanelReachesTheCamera) {
+    open();
+    auto* const exposure = part<QSpinBox>("exposure");
+    EXPECT_FALSE(exposure->isEnabled()) << "the loop would undo it";
+    part<QCheckBox>("automaticExposure")->click();
+    exposure->setValue(123);
+    deliver(4);
+    EXPECT_EQ(session->frames().exposure(), 123U);
+    part<QSpinBox>("seed")->setValue(77);
+    EXPECT_EQ(session->scene().seed, 77U);
+    session->states().set("Auto Exposure", 1);
+    deliver(4);
+    EXPECT_FALSE(exposure->isEnabled()) << "the plug-in's switch went unseen";
+
+    part<QComboBox>("fault")->setCurrentText("no-acknowledge");
+    part<QAbstractButton>("fail")->click();
+    EXPECT_TRUE(window->statusBar()->currentMessage().contains("no-acknowledge@1"));
+
+    auto* const profile = part<QComboBox>("profile");
+    profile->setCurrentText("ycbcr");
+    emit profile->activated(profile->currentIndex());
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(window->nextProfile(), "ycbcr");
+}
+
+TEST_F(HostWindowTest, CallsAreFilteredAndSavedAndOutOfSightFollowedByNoTable) {
+    open();
+    deliver(3);
+    auto const* const table = part<QWidget>("calls")->findChild<QTableView*>();
+    ASSERT_TRUE(table->model());
+    int const all = table->model()->rowCount();
+    part<QLineEdit>("callText")->setText("rgbimage");
+    EXPECT_EQ(table->model()->rowCount(), 3);
+    EXPECT_GT(all, 9);
+    QString const file = folder.filePath("calls.txt");
+    ASSERT_TRUE(qobject_cast<CallLog const*>(table->model())->save(file, &error)) << error.toStdString();
+    EXPECT_EQ(files::read(file, files::kMostText, &error)->count("    RgbImageData "), 3);
+    ASSERT_TRUE(showParts(*window, {QStringLiteral("states")}));
+    EXPECT_FALSE(table->model());
+}
+
+TEST(UniformityMap, ColoursEveryBlock) {
+    DisplayBlocks const blocks{.columns = 2, .rows = 1, .deviations = {0, 9}, .largest = 9, .mean = 4.5};
+    QImage const map = uniformityMap(blocks, 4);
+    ASSERT_EQ(map.size(), QSize(2, 1));
+    EXPECT_LT(qGray(map.pixel(0, 0)), 50);
+    EXPECT_GT(qGray(map.pixel(1, 0)), 200) << "beyond the end";
+    EXPECT_TRUE(uniformityMap({}, 4).isNull());
 }
 
 } // namespace
