@@ -1,8 +1,11 @@
 #include "tests/pictara/program_run.h"
 
 #include <QFile>
+#include <QJsonDocument>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QXmlStreamReader>
+#include <gtest/gtest.h>
 #include <limits>
 
 namespace {
@@ -29,6 +32,26 @@ ProgramRun::ProgramRun(QStringList arguments, QString const& folder)
 QByteArray ProgramRun::contents(QString const& name) const {
     QFile file(this->file(name));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QJsonObject ProgramRun::json(QString const& kind) const {
+    return QJsonDocument::fromJson(contents(kind + "summary.json")).object();
+}
+
+void ProgramRun::expectPage(QString const& kind) const {
+    QByteArray const page = contents(kind + "report.html");
+    EXPECT_GT(page.size(), 1000);
+    EXPECT_LT(page.size(), 2'000'000);
+    for (char const* outside : {"http:", "https:", "url(", "@import"})
+        EXPECT_FALSE(page.contains(outside)) << outside;
+    QXmlStreamReader reader(page);
+    while (!reader.atEnd())
+        if (reader.readNext() == QXmlStreamReader::StartElement) {
+            auto const source =
+                reader.attributes().value("src").toString() + reader.attributes().value("srcset").toString();
+            EXPECT_TRUE(source.isEmpty() || source.startsWith("data:")) << source.left(80).toStdString();
+        }
+    EXPECT_FALSE(reader.hasError()) << qPrintable(reader.errorString());
 }
 
 bool writeFile(QString const& name, QByteArray const& contents) {

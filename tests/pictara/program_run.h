@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDir>
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -18,6 +19,10 @@ public:
     [[nodiscard]] QString file(QString const& name) const { return QDir(m_output).filePath(name); }
     /// What a file of that name holds; empty when there is none.
     [[nodiscard]] QByteArray contents(QString const& name) const;
+    /// The summary for scripts; `kind` is what stands before its name.
+    [[nodiscard]] QJsonObject json(QString const& kind = {}) const;
+    /// Fails the test when the report is no well-formed page.
+    void expectPage(QString const& kind = {}) const;
     /// What a line of the summary says.
     [[nodiscard]] QString value(char const* name) const;
     /// The figure of a line of the summary, or one that no comparison likes.

@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTemporaryDir>
+#include <cmath>
 #include <gtest/gtest.h>
 
 #ifdef Q_OS_UNIX
@@ -29,6 +30,81 @@ TEST(Program, FlattensTheDefaultSensorAndLeavesItsResults) {
     QFile file(run.file(results));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << results.toStdString();
     EXPECT_TRUE(file.readAll().contains("[Lens Correction]"));
+
+    // Scripts read what the summary tells people, and the true figures beside the dialog's.
+    run.expectPage();
+    QJsonObject const json = run.json();
+    for (char const* state : {"uncorrected", "corrected"}) {
+        QJsonObject const told = json[QLatin1String(state)].toObject();
+        double const dialog = told["dialog_colour_deviation_ab"].toDouble();
+        EXPECT_NEAR(dialog, run.figure((QByteArray("uniformity ") + state).constData()), 0.005);
+        EXPECT_NEAR(told["picture_colour_deviation_ab"].toDouble(), dialog, 0.2);
+        // Noise and rounding add a little to what light and gains leave.
+        EXPECT_LT(told["true_colour_deviation_ab"].toDouble(), dialog + 0.1);
+        EXPECT_GT(told["true_colour_deviation_ab"].toDouble(), dialog - 0.6);
+        EXPECT_NEAR(told["true_luminance_error_largest_against_centre_percent"].toDouble(),
+                    told["luminance_error_largest_against_centre_percent"].toDouble(), 0.6);
+    }
+    EXPECT_EQ(json["registers"]["solution_registers_written"].toInt(),
+              int(run.figure("registers of the solution written")));
+    EXPECT_EQ(json["eeprom"]["operations"].toInt(), int(run.figure("EEPROM operations")));
+}
+
+TEST(RunReport, TellsTheDialogsOneFigureItsLimitAndItsRating) {
+    QTemporaryDir const folder;
+    QString const settings = folder.filePath("settings.ini");
+    struct {
+        char const* limit; ///< thousandths
+        int exitCode;
+        char const* result;
+        char const* rating;
+    } const rows[] = {{"2000", 0, "calibrated", "green, limit 2.00"},
+                      {"1", 8, "calibrated, uniformity beyond the limit", "yellow, limit 0.00"},
+                      {"-2000", 8, "calibrated, uniformity beyond the limit", "red, limit -2.00"}};
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.limit);
+        ASSERT_TRUE(writeFile(settings, QByteArray("LensAssist GoodCU for POLY12=") + row.limit + '\n'));
+        ProgramRun const run(
+            {"--run-all", "--profile", writeSmallProfile(folder.path()), "--settings", settings});
+        EXPECT_EXIT_CODE(run, row.exitCode);
+        EXPECT_EQ(run.value("result").toStdString(), row.result);
+        EXPECT_EQ(run.value("uniformity rating corrected").toStdString(), row.rating);
+        EXPECT_TRUE(run.value("step CU_Status").startsWith(run.value("uniformity corrected") + ' '))
+            << run.summary().toStdString();
+        QJsonObject const told = run.json()["corrected"].toObject();
+        EXPECT_EQ(told["dialog_rating"].toString(), QString(row.rating).section(',', 0, 0));
+        EXPECT_NEAR(told["dialog_colour_deviation_limit_ab"].toDouble(),
+                    QByteArray(row.limit).toDouble() / 1000, 0.005);
+        QByteArray const page = run.contents("report.html");
+        EXPECT_TRUE(page.contains(row.result) && page.contains(told["dialog_rating"].toString().toUtf8()));
+    }
+}
+
+TEST(ShadingRun, MeasuresALensAndLaysTwoSideBySide) {
+    QTemporaryDir const folder;
+    QString const first = folder.filePath("a & b.json"), second = folder.filePath("b.json");
+    ProgramRun const strong({"--measure-shading", first, "--profile", writeSmallProfile(folder.path())});
+    EXPECT_EXIT_CODE(strong, 0);
+    strong.expectPage("shading-");
+    ProgramRun const again({"--measure-shading", second, "--shading", first, "--light", "4000", "--profile",
+                            writeSmallProfile(folder.path())});
+    EXPECT_EXIT_CODE(again, 0);
+    ProgramRun const both({"--compare-shading", first, second});
+    EXPECT_EXIT_CODE(both, 0);
+    both.expectPage("shading-");
+    QJsonArray const planes = both.json("shading-")["planes"].toArray();
+    ASSERT_EQ(planes.size(), 9);
+    for (int plane = 3; plane < 6; ++plane) {
+        EXPECT_EQ(planes[plane]["colour_temperature_K"].toInt(), 4000);
+        EXPECT_LT(std::abs(planes[plane]["largest_difference_percent"].toDouble(-9)), 1.0);
+    }
+    // Less gain than the first table's is below it.
+    ASSERT_TRUE(writeFile(second, R"({"format": "shading-gains-1", "name": "flat", "columns": 2, "rows": 2,
+        "illuminants": [{"colour_temperature_K": 4000,
+            "red": [1, 1, 1, 1], "green": [1, 1, 1, 1], "blue": [1, 1, 1, 1]}]})"));
+    ProgramRun const flat({"--compare-shading", first, second});
+    QJsonValue const middle = flat.json("shading-")["planes"].toArray().at(3);
+    EXPECT_LT(middle["largest_difference_percent"].toDouble(), -20);
 }
 
 // The colour temperatures at which a module was measured.
@@ -95,11 +171,11 @@ TEST(Program, WhatCannotBeRunEndsWithAMessage) {
     QString const blank = folder.filePath("blank.bin"), cut = folder.filePath("cut.bin");
     ASSERT_TRUE(writeFile(malformed, "[Other]\n") && writeFile(noPresets, "[Other]\n"));
     ASSERT_TRUE(writeFile(blank, QByteArray(8192, '\xFF')) && writeFile(cut, QByteArray(8191, '\xFF')));
+    QString const table = folder.filePath("table.json");
     struct {
         QStringList arguments;
         char const* told;
     } const rows[] = {
-        {{"--light", "1"}, "--light"},
         {{"--profile", "no-such"}, "no-such"},
         {{"--shading", malformed}, "lens.json"},
         {{"--ini", noPresets}, "Lens Calibration Setup"},
@@ -113,11 +189,17 @@ TEST(Program, WhatCannotBeRunEndsWithAMessage) {
         {{"--fault", "error-13"}, "error-12"},
         {{"--replay-eeprom", blank}, "EEPROM"},
         {{"--replay-eeprom", folder.filePath("none.bin")}, "none.bin"},
+        {{"--compare-shading", malformed, malformed}, "lens.json"},
+        {{"--compare-shading", "none/a.json", malformed}, "none/a.json: cannot be read"},
+        {{"--measure-shading", table, "--flat-field", cut}, "cut.bin"},
+        {{"--measure-shading", table, "--level", "0.001"}, "too dark"},
+        {{"--measure-shading", folder.filePath("none/table.json"), "--light", "5000"}, "none/table.json"},
     };
     for (auto const& row : rows) {
         ProgramRun const run(QStringList(QStringLiteral("--run-all")) + row.arguments);
         EXPECT_EXIT_CODE(run, 2);
         EXPECT_TRUE(run.messages().contains(QLatin1String(row.told))) << run.messages().toStdString();
+        EXPECT_FALSE(QFile::exists(table));
     }
 }
 

@@ -9,30 +9,24 @@ namespace {
 
 constexpr char kOtherFailure[] = "Calibrate_Status: Error. Are the External sensor data files installed?";
 
-struct Row {
-    QStringList light;
-    int exitCode;
-    char const* cause;
+struct Refusal : testing::Test {
+    QTemporaryDir folder;
+    QStringList const run{"--run-all", "--profile", writeSmallProfile(folder.path())};
 };
 
-QList<Row> const& rows() {
-    static QList<Row> const all = {
+TEST_F(Refusal, IsToldByDialogSummaryAndExitCodeAndDoesNotSpoilTheNextGoodFrame) {
+    struct {
+        QStringList light;
+        int exitCode;
+        char const* cause;
+    } const rows[] = {
         {{"--level", "0.001"}, 4, "too dark"},
         {{"--level", "10000"}, 5, "clipped"},
         {{"--gradient", "0.5"}, 6, "the lamp is not even"},
         {{"--gradient", "-0.5"}, 6, "the lamp is not even"},
         {{"--object"}, 6, "not flat"},
     };
-    return all;
-}
-
-struct Refusal : testing::Test {
-    QTemporaryDir folder;
-    QStringList const run{"--run-all", "--profile", writeSmallProfile(folder.path())};
-};
-
-TEST_F(Refusal, IsToldByTheDialogTheSummaryAndTheExitCode) {
-    for (Row const& row : rows()) {
+    for (auto const& row : rows) {
         SCOPED_TRACE(row.cause);
         ProgramRun const refused(run + row.light);
         EXPECT_EXIT_CODE(refused, row.exitCode);
@@ -42,12 +36,7 @@ TEST_F(Refusal, IsToldByTheDialogTheSummaryAndTheExitCode) {
         }
         EXPECT_EQ(refused.value("step File_Save_Status"), QStringLiteral("Not done yet."));
         EXPECT_FALSE(QFile::exists(refused.file("after.png")));
-    }
-}
 
-TEST_F(Refusal, DoesNotSpoilTheCalibrationFromTheNextGoodFrame) {
-    for (Row const& row : rows()) {
-        SCOPED_TRACE(row.cause);
         ProgramRun const mended(run + row.light + QStringList("--then-good"));
         EXPECT_EXIT_CODE(mended, 0);
         EXPECT_TRUE(mended.value("refused before the light was mended").contains(row.cause));
@@ -73,7 +62,10 @@ TEST_F(Refusal, IsPicturedAmongOutputsOfThisRunAlone) {
     ASSERT_EQ(picture.size(), QSize(480, 270));
     EXPECT_TRUE(isMarked(297, 107));
     EXPECT_FALSE(isMarked(240, 200));
+    refused.expectPage();
     EXPECT_TRUE(refused.contents("report.html").contains("<h2>Refused</h2>"));
+    EXPECT_TRUE(refused.json()["corrected"].isNull());
+    EXPECT_EQ(refused.json()["cause"].toString(), refused.value("cause"));
     EXPECT_EQ(refused.value("results files of earlier runs"), QStringLiteral("POLY12_POLY12.ini"));
 
     ProgramRun const mended(run + QStringList({"--object", "--then-good"}), output);
