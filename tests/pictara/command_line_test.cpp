@@ -1,4 +1,5 @@
 #include "simulator/host/command_line.h"
+#include "simulator/host/run_all.h"
 
 #include <gtest/gtest.h>
 
@@ -38,6 +39,10 @@ TEST(CommandLine, NamesTheOptionThatIsWrong) {
         {{"--script", "walk.txt", "--window"}, "--window"},
         {{"--run-all", "--window", "--then-good"}, "--then-good"},
         {{"--run-all", "--dark"}, "--dark"},
+        {{"--flat-field", "flat.raw"}, "--measure-shading"},
+        {{"--measure-shading", "a.json", "--window"}, "without a window"},
+        {{"--compare-shading", "a.json"}, "two files"},
+        {{"--compare-shading", "a.json", "b.json", "c.json"}, "not an option"},
         {{"--replay", "calls.txt", "--seed", "2"}, "--seed"},
         {{"--replay", "calls.txt", "--script", "walk.txt"}, "--script"},
         {{"--colour"}, "colour"},
@@ -52,53 +57,22 @@ TEST(CommandLine, NamesTheOptionThatIsWrong) {
     }
 }
 
-// What no run of the program shows; the other values are told by their effect.
-TEST(CommandLine, ReadsTheLargestSeedAndOneFrameATick) {
-    CommandLine const result = parsed({"--seed", "18446744073709551615", "--frames-per-tick", "1"});
-    ASSERT_TRUE(result.options) << result.text.toStdString();
-    EXPECT_EQ(result.options->seed, 18446744073709551615U);
-    EXPECT_EQ(result.options->framesPerTick, 1);
-}
-
-TEST(CommandLine, ReadsWhichOperationsAFaultStrikes) {
-    struct {
-        char const* text;
-        std::optional<uint64_t> operation;
-        bool forEver;
-    } const rows[] = {
-        {"error-12", std::nullopt, false},
-        {"error-12+", std::nullopt, true},
-        {"error-12@1", 1, false},
-        {"error-12@18446744073709551615+", UINT64_MAX, true},
-    };
-    EXPECT_TRUE(parsed({"--run-all", "--fault", "power-cut@0"}).options) << "before the first byte is stored";
-    for (auto const& row : rows) {
-        CommandLine const result = parsed({"--run-all", "--fault", row.text});
-        ASSERT_TRUE(result.options && result.options->fault) << row.text;
-        EXPECT_EQ(result.options->fault->name, QStringLiteral("error-12"));
-        EXPECT_EQ(result.options->fault->operation, row.operation) << row.text;
-        EXPECT_EQ(result.options->fault->forEver, row.forEver) << row.text;
-    }
-}
-
-TEST(CommandLine, AWindowWinsOverARunAndAsksForASensorOnlyWhenNoneIsNamed) {
-    struct {
-        QStringList arguments;
-        bool runAll, chooseProfile;
-    } const rows[] = {
-        {{}, false, true},
-        {{"--run-all"}, true, false},
-        {{"--run-all", "--window"}, false, true},
-        {{"--window", "--run-all", "--profile", "soc"}, false, false},
-        {{"--run-all", "--screenshot", "a.png"}, false, false},
-        {{"--run-all", "--replay-eeprom", "e.bin"}, false, false},
-        {{"--run-all", "--script", "walk.txt"}, false, false},
-    };
-    for (auto const& row : rows) {
-        CommandLine const result = parsed(row.arguments);
-        ASSERT_TRUE(result.options) << result.text.toStdString();
-        EXPECT_EQ(result.options->runAll, row.runAll) << row.arguments.join(' ').toStdString();
-        EXPECT_EQ(result.options->chooseProfile, row.chooseProfile) << row.arguments.join(' ').toStdString();
+TEST(Verdict, EveryStepHasItsSay) {
+    QStringList const done = {"Done.",
+                              "Done.",
+                              "Done.",
+                              "YCbCr calibration. Bypass mode recommended.",
+                              " 0.52   (Lower is better.)",
+                              "Done: POLY.ini",
+                              "No EEPROM."};
+    EXPECT_TRUE(isCalibrated(done) && isSaved(done, false));
+    EXPECT_FALSE(isSaved(done, true)) << "an EEPROM that is there was not found";
+    for (int i = 0; i < done.size(); ++i) {
+        QStringList texts = done;
+        texts[i] = i == kUniformity ? QStringLiteral(" --   (Lower is better)") : QStringLiteral("Error");
+        bool const isOfTheSaves = i == kFileSave || i == kEepromSave;
+        EXPECT_EQ(isCalibrated(texts), isOfTheSaves) << i;
+        EXPECT_EQ(isSaved(texts, false), !isOfTheSaves) << i;
     }
 }
 
