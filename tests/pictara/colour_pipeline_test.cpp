@@ -33,17 +33,6 @@ TEST(ColourPipeline, ColoursComeOutRightAtEveryPixelInEveryPhase) {
     }
 }
 
-// A border that repeats its samples instead of mirroring them breaks the pattern and bends a ramp's inside.
-TEST(ColourPipeline, ARampStaysStraightAwayFromItsEnds) {
-    CameraDescription const camera = bayerCamera(16, 8, 1);
-    Frame const frame = bayerFrame(camera, [](Site, uint32_t x, uint32_t) { return 100 + 50.0 * x; });
-    forEachLinearRow(frame, camera, {}, [](uint32_t y, ColourRow const& row) {
-        for (size_t x = 1; x < 15; ++x)
-            for (auto const* plane : {&row.red, &row.green, &row.blue})
-                ASSERT_NEAR((*plane)[x], 0.05 * double(x), 1e-5) << x << ',' << y;
-    });
-}
-
 TEST(ColourPipeline, GainsMatrixAndSaturationActInThisOrder) {
     CameraDescription camera = bayerCamera(4, 4);
     double const matrix[9] = {1.5, -0.5, 0, -0.25, 1.5, -0.25, 0, -0.5, 1.5};

@@ -48,15 +48,5 @@ TEST(ExposureLoop, ATargetBeyondFullScaleDoesNotClip) {
     EXPECT_GT(centre.mean, 0.8);
 }
 
-TEST(ExposureLoop, OnlyTheMiddleCounts) {
-    CameraDescription const camera = bayerCamera(100, 100);
-    auto const frame = bayerFrame(camera, [](Site, uint32_t x, uint32_t y) {
-        bool const middle = x >= 30 && x < 70 && y >= 30 && y < 70;
-        return middle ? 600.0 : 1100.0;
-    });
-    EXPECT_NEAR(measureCentre(frame, camera, 36).mean, 0.5, 1e-3);
-    EXPECT_GT(measureCentre(frame, camera, 60).mean, 0.7);
-}
-
 } // namespace
 } // namespace pictara

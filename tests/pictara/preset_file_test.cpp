@@ -63,16 +63,6 @@ TEST_F(PresetTest, AppliesEveryKindOfLineAndNothingElse) {
     EXPECT_EQ(notified, 1);
 }
 
-TEST_F(PresetTest, AMissingSectionIsToldFromAnEmptyOne) {
-    EXPECT_FALSE(readPreset(ini, "Lens Calibration Verify"));
-    EXPECT_FALSE(readPreset(folder.filePath("none.ini"), "Other"));
-    QFile file(ini);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("[Empty]\n[Other]\nSTATE = Gamma, 1\n") > 0);
-    file.close();
-    auto const lines = readPreset(ini, "Empty");
-    EXPECT_TRUE(lines && lines->isEmpty());
-}
-
 TEST_F(PresetTest, WhatTheCameraDictatesIsNotSet) {
     states.set("X Offset", 0);
     states.set("Y Offset", 5);

@@ -1,17 +1,38 @@
 #include "pictures/block_statistics.h"
+#include "simulator/host/block_report.h"
 #include "simulator/host/colour_pipeline.h"
 #include "simulator/host/display_blocks.h"
 #include "tests/pictara/test_frames.h"
 
 #include <gtest/gtest.h>
 
-using namespace kestra;
-
 namespace pictara {
 namespace {
 
+using simulator::CameraDescription;
+
+TEST(BlockReport, FindsTheDarkBlockAndTheColouredOne) {
+    CameraDescription const camera = bayerCamera(320, 180);
+    auto const dark = bayerFrame(camera, [](Site, uint32_t x, uint32_t y) {
+        return x < 10 && y < 10 ? 500.0 : 600.0; // 0.4 of full scale in the first block, 0.5 elsewhere
+    });
+    BlockReport report = measureBlocks(linearRows(dark, camera, {}));
+    EXPECT_NEAR(report.largestAgainstMedian, 0.2, 0.01); // its border is shared with brighter neighbours
+    EXPECT_NEAR(report.largestAgainstCentre, 0.2, 0.01);
+    EXPECT_NEAR(report.meanAgainstMedian, 0.2 / (32 * 18), 1e-4);
+    EXPECT_LT(report.largestColourDeviation, 1);
+
+    auto const red = bayerFrame(camera, [](Site site, uint32_t x, uint32_t y) {
+        bool const coloured = x >= 200 && x < 210 && y >= 100 && y < 110;
+        return coloured && site == Site::Red ? 700.0 : 600.0;
+    });
+    report = measureBlocks(linearRows(red, camera, {}));
+    EXPECT_EQ(report.worstBlock, QRect(200, 100, 10, 10));
+    EXPECT_GT(report.largestColourDeviation, 5);
+}
+
 // Colour that changes over the picture, as an uncorrected lens leaves it.
-simulator::Frame shadedFrame(simulator::CameraDescription const& camera) {
+simulator::Frame shadedFrame(CameraDescription const& camera) {
     return bayerFrame(camera, [&](Site site, uint32_t x, uint32_t y) {
         double const u = double(x) / camera.width, v = double(y) / camera.height;
         double const gain = site == Site::Red ? 1 - 0.2 * u : site == Site::Blue ? 0.8 + 0.1 * u * v : 1;
