@@ -1,21 +1,16 @@
 #include "simulator/host/block_means.h"
 #include "simulator/host/shading_file.h"
 #include "simulator/host/shading_measurement.h"
-#include "simulator/host/shading_report.h"
 #include "tests/support/small_profile.h"
 
 #include <QFile>
 #include <QImage>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace pictara {
 namespace {
 
-using simulator::MeasuredShading;
 using simulator::SimulatedCamera;
 
 constexpr char kFlatLens[] = R"(, "optics": {"lens": {"cornerAngle": 0, "vignetting": [0, 0, 0]}})";
@@ -50,26 +45,6 @@ double largestDifference(SimulatedCamera& first, SimulatedCamera& second, double
         }
     }
     return largest;
-}
-
-// The second table needs less gain than the first everywhere but in its middle.
-TEST(CompareShading, TellsOnWhichSideOfTheFirstTableTheSecondLies) {
-    QTemporaryDir const folder;
-    auto const table = [](double corner) {
-        std::vector<double> gains(9, corner);
-        gains[4] = 1;
-        return MeasuredShading{.name = "lens",
-                               .columns = 3,
-                               .rows = 3,
-                               .illuminants = {{.temperature = 4000, .gains = {gains, gains, gains}}}};
-    };
-    OutputFolder output(folder.path());
-    (void)writeShadingReport({{"a", table(2)}, {"b", table(1.5)}}, output);
-    QFile summary(folder.filePath("shading-summary.json"));
-    ASSERT_TRUE(summary.open(QIODevice::ReadOnly));
-    QJsonObject const told = QJsonDocument::fromJson(summary.readAll()).object();
-    double const largest = told["planes"].toArray()[0].toObject()["largest_difference_percent"].toDouble();
-    EXPECT_LT(largest, -20);
 }
 
 // A lens that was measured and put before a camera whose own lens is flat shades it as the original does,
