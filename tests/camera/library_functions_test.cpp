@@ -39,6 +39,7 @@ TEST(LibraryFunctions, WhatIsNotThereAnswersFailure) {
         EXPECT_NE(vy_readRegisters(camera, 0xA8, 0, 1, &word), 0);
         EXPECT_NE(vy_writeRegisters(camera, 0xA8, 0, 1, &word), 0);
         EXPECT_NE(vy_setMode(camera, 1, 16), 0);
+        EXPECT_NE(vy_stopTransport(camera), 0);
         EXPECT_FALSE(vy_IsSOC(camera));
         EXPECT_FALSE(vy_SensorInfo(camera));
         vy_InvalidateRegCache(camera);

@@ -1,4 +1,5 @@
 #include "simulator/host/command_line.h"
+#include "simulator/host/progress_report.h"
 #include "simulator/host/run_all.h"
 
 #include <gtest/gtest.h>
@@ -74,6 +75,9 @@ TEST(Verdict, EveryStepHasItsSay) {
         EXPECT_EQ(isCalibrated(texts), isOfTheSaves) << i;
         EXPECT_EQ(isSaved(texts, false), !isOfTheSaves) << i;
     }
+    EXPECT_NEAR(shareDone({"Done.", "In progress... 50 %", "Not done yet.", "Not done yet.",
+                           " --   (Lower is better)", "Not done yet.", "No EEPROM."}),
+                1.5 / 7, 1e-9);
 }
 
 } // namespace

@@ -176,6 +176,7 @@ TEST(Program, WhatCannotBeRunEndsWithAMessage) {
         QStringList arguments;
         char const* told;
     } const rows[] = {
+        {{"--light", "1"}, "--light"},
         {{"--profile", "no-such"}, "no-such"},
         {{"--shading", malformed}, "lens.json"},
         {{"--ini", noPresets}, "Lens Calibration Setup"},

@@ -315,6 +315,14 @@ TEST_F(HostWindowTest, CallsAreFilteredAndSavedAndOutOfSightFollowedByNoTable) {
     EXPECT_FALSE(table->model());
 }
 
+TEST(CallLog, DropsItsOldestLines) {
+    CallLog log(nullptr, 40);
+    for (int i = 0; i < 100; ++i)
+        log.doing(QByteArray::number(i));
+    EXPECT_LE(log.rowCount(), 40);
+    EXPECT_EQ(log.at(log.rowCount() - 1).name, "99");
+}
+
 TEST(UniformityMap, ColoursEveryBlock) {
     DisplayBlocks const blocks{.columns = 2, .rows = 1, .deviations = {0, 9}, .largest = 9, .mean = 4.5};
     QImage const map = uniformityMap(blocks, 4);
