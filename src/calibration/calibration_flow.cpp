@@ -301,7 +301,7 @@ void CalibrationFlow::startCalibration() {
     m_state.inputWasYcbcr = 0;
     setLensCorrection(m_host, m_camera, m_lensCorrection, false);
     m_state.worstBlock = QRect();
-    if (!m_state.shading && widgets.page) // a library that solves cannot be silenced
+    if (!m_state.shading && widgets.page) // no calibration without a page
         m_state.shading.take(createCalibration());
 }
 

@@ -39,6 +39,8 @@ private:
 
 sf_Handle* LensAssistFlow::createCalibration() {
     std::optional<SensorInfo> const info = m_camera.info();
+    if (!widgets.page) // no calibration without a page: a library that solves cannot be silenced
+        return nullptr;
     return shadefit().sf_Create2(info ? info->sensorData : nullptr, m_sensor.sensorKind, m_sensor.variant,
                                  kAllBits);
 }

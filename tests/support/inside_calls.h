@@ -51,9 +51,6 @@ inline std::vector<std::string> callsForNobody(CallsFrom calls) {
         if (!isOneOf(calls[i], {"end", "modalDialog 0", "destroy", "pause"}) &&
             !(isOfFlush(calls[0]) && isOfFlush(calls[i])))
             found.push_back(calls[i]);
-    // The one-lamp page asks for the sensor first: the calibration that it then makes is destroyed at once.
-    if (calls.size() > 0 && calls[0] == "sensorInfo")
-        std::erase(found, "create2 data 0 0 4294967295");
     return found;
 }
 
