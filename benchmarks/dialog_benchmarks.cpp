@@ -7,7 +7,6 @@
 #include <chrono>
 
 namespace {
-
 // Counts every widget that paints itself while it lives.
 class PaintCount : public QObject {
 public:
@@ -63,7 +62,6 @@ void openDialog(benchmark::State& state) {
         scene.close();
     }
 }
-
 } // namespace
 
 void registerDialogBenchmarks() {

@@ -5,7 +5,6 @@
 #include <fstream>
 
 namespace {
-
 constexpr int kWidth = 1920;
 constexpr int kHeight = 1080;
 constexpr uint32_t kRgb32 = 11;
@@ -18,7 +17,6 @@ std::string formattedEeprom() {
     contents.resize(kBytes, '\xFF');
     return contents;
 }
-
 } // namespace
 
 DialogScene::DialogScene() : m_pixels(size_t(kWidth) * kHeight, 0x808080) {
@@ -58,13 +56,8 @@ void DialogScene::close() {
     m_bench.host.log.clear();
 }
 
-void DialogScene::frame() {
-    m_plugin.imageData(m_pixels.data(), kRgb32, kWidth, kHeight, kWidth * 4);
-}
-
-void DialogScene::tick() {
-    m_tick.invoke(m_page, Qt::DirectConnection);
-}
+void DialogScene::frame() { m_plugin.imageData(m_pixels.data(), kRgb32, kWidth, kHeight, kWidth * 4); }
+void DialogScene::tick() { m_tick.invoke(m_page, Qt::DirectConnection); }
 
 void DialogScene::startCalibration() {
     QMetaObject::invokeMethod(m_page, "OnBnClickedCalibrate");

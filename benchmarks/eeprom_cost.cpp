@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 struct Way {
     char const* name;
     uint32_t sensorKind;
@@ -55,7 +54,6 @@ private:
     Way const& m_way;
     FakeLibraries m_libraries;
 };
-
 } // namespace
 
 std::vector<EepromCost> measureEeprom() {

@@ -6,7 +6,6 @@
 #include <utility>
 
 namespace {
-
 std::optional<double> median(std::vector<double> values) {
     if (values.empty())
         return std::nullopt;
@@ -14,12 +13,9 @@ std::optional<double> median(std::vector<double> values) {
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
 }
-
 } // namespace
 
-bool Medians::ReportContext(Context const&) {
-    return true;
-}
+bool Medians::ReportContext(Context const&) { return true; }
 
 void Medians::ReportRuns(std::vector<Run> const& runs) {
     for (Run const& run : runs) {

@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr uint32_t kColour = 0xDD2200;
 
 // The same ring in frames of any size.
@@ -32,7 +31,6 @@ void sameFrame(benchmark::State& state) {
     }
     state.SetComplexityN(side);
 }
-
 } // namespace
 
 void registerOverlayBenchmarks() {

@@ -15,10 +15,7 @@ using namespace kestra;
 // against.
 
 namespace {
-
-FrameSize sizeOf(benchmark::State const& state) {
-    return {int32_t(state.range(0)), int32_t(state.range(1))};
-}
+FrameSize sizeOf(benchmark::State const& state) { return {int32_t(state.range(0)), int32_t(state.range(1))}; }
 
 void countPixels(benchmark::State& state) {
     int64_t const pixels = state.range(0) * state.range(1);
@@ -141,7 +138,6 @@ void registerOpencv(std::string const& subject, ChooseBlocks choose) {
         atEverySize(subject + " " + way.name,
                     [choose, &way](benchmark::State& state) { opencv(state, choose, way); });
 }
-
 } // namespace
 
 void registerPictureBenchmarks() {

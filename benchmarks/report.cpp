@@ -10,7 +10,6 @@
 #include <opencv2/core/version.hpp>
 
 namespace {
-
 // What is averaged, and how often faster than OpenCV's best way it has to be.
 constexpr char const* kSubjects[] = {"block statistics", "white balance"};
 constexpr double kTimesOpencv = 2.0;
@@ -20,9 +19,7 @@ constexpr char const* kOpencvWays[] = {"cv::mean", "cv::resize", "cv::integral"}
 
 using Table = std::vector<std::vector<std::string>>;
 
-std::string number(double value, int decimals) {
-    return QString::number(value, 'f', decimals).toStdString();
-}
+std::string number(double value, int decimals) { return QString::number(value, 'f', decimals).toStdString(); }
 
 std::string duration(double seconds) {
     if (seconds < 1e-6)
@@ -217,7 +214,6 @@ std::string circumstances(std::string const& command) {
            "\n"
            "- Built by " COMPILER "; compared with OpenCV " CV_VERSION ", one thread\n\n";
 }
-
 } // namespace
 
 Report makeReport(Measured const& measured, std::string const& command) {

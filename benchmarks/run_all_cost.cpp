@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace {
-
 constexpr int kRuns = 3;
 constexpr int kLongestRunMs = 300'000;
 
@@ -32,7 +31,6 @@ std::optional<RunAllCost> runOnce() {
                           seconds(output, "pauses in ticks")};
     return cost.processor > 0 ? std::optional(cost) : std::nullopt;
 }
-
 } // namespace
 
 std::optional<RunAllCost> measureRunAll() {

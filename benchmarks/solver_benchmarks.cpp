@@ -5,7 +5,6 @@
 #include <map>
 
 namespace {
-
 QByteArray const& exposedFrame(TestSensor const& sensor) {
     static std::map<int, QByteArray> frames;
     QByteArray& frame = frames[sensor.width];
@@ -27,7 +26,6 @@ void solve(benchmark::State& state) {
     }
     state.SetComplexityN(state.range(0) * state.range(1));
 }
-
 } // namespace
 
 void registerSolverBenchmarks() {

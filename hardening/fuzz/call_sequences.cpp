@@ -15,7 +15,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr int kCallsOfASequence = 100;
 constexpr int kDeepest = 2; // of calls from inside services
 
@@ -186,7 +185,6 @@ void Sequence::play() {
     m_session.host.onCall = nullptr;
     delete m_parent.data();
 }
-
 } // namespace
 
 int LLVMFuzzerInitialize(int*, char***) {

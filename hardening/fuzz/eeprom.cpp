@@ -14,7 +14,6 @@
 using namespace kestra;
 
 namespace {
-
 enum Path : uint8_t { kRaw, kBus, kBridge };
 using Bytes = std::vector<uint8_t>;
 /// The records of a chain, byte for byte; empty for a broken one.
@@ -207,7 +206,6 @@ void Session::step(std::array<uint8_t, 4> const& bytes) {
             (void)EepromFormat(*m_eeprom, fill);
     }
 }
-
 } // namespace
 
 int LLVMFuzzerInitialize(int*, char***) {

@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr int kMostFrames = 24;
 
 // Brings the page to where a frame does something, by good frames and ticks.
@@ -19,7 +18,6 @@ void advance(int ticks) {
         DialogSession::press("start");
     }
 }
-
 } // namespace
 
 int LLVMFuzzerInitialize(int*, char***) {

@@ -9,13 +9,11 @@
 #include <iterator>
 
 namespace {
-
 constexpr size_t kMostBytes = 65536;
 
 GuardedMemory arenas[] = {GuardedMemory(kMostBytes), GuardedMemory(kMostBytes), GuardedMemory(kMostBytes),
                           GuardedMemory(kMostBytes)};
 size_t alive = 0;
-
 } // namespace
 
 GuardedFrame::GuardedFrame(InputReader& input) {
@@ -28,9 +26,7 @@ GuardedFrame::GuardedFrame(InputReader& input) {
     std::copy(m_before.begin(), m_before.end(), m_pixels);
 }
 
-GuardedFrame::~GuardedFrame() {
-    --alive;
-}
+GuardedFrame::~GuardedFrame() { --alive; }
 
 void GuardedFrame::deliverGood(int displayed, int raw) {
     constexpr uint8_t kDisplayed[] = {0, 0, 0, 3, 32, 3, 24, 2, 0, 0x80, 0x90, 0x70, 0};

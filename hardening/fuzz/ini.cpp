@@ -22,7 +22,6 @@
 using namespace kestra;
 
 namespace {
-
 std::string const& iniFile() {
     // Where there is a folder in memory, a run takes a hundredth of the time.
     static std::filesystem::path const memory = "/dev/shm";
@@ -88,7 +87,6 @@ void checkImport(char const* section, uint8_t type) {
     int32_t const end = EepromFindRecord(*eeprom, kRecordEnd, nullptr, 0);
     MUST_HOLD(status == kEepromOk ? end == 5 + EepromReadRecord(*eeprom, 5, {}) : end == 5);
 }
-
 } // namespace
 
 int LLVMFuzzerInitialize(int*, char***) {

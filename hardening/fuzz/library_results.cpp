@@ -15,7 +15,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr int kMostSteps = 10;
 
 // The registers that a tick wrote are those of the library's list, all of them or none.
@@ -61,7 +60,6 @@ void addRegisters(FakeHeadboard& board, InputReader& input) {
         if (!input.chance(4))
             board.add(name, input.byte() % 10, input.number(), input.number(), input.number(), input.word());
 }
-
 } // namespace
 
 int LLVMFuzzerInitialize(int*, char***) {

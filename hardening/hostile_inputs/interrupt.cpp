@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 namespace {
-
 long told(char const* name) {
     char const* const text = std::getenv(name);
     return text ? std::atol(text) : 0;
@@ -39,7 +38,6 @@ struct Teller {
         }
     }
 } const teller;
-
 } // namespace
 
 #define INTERRUPTED(result, name, parameters, arguments, condition)                                          \

@@ -15,7 +15,6 @@ using namespace kestra;
 using namespace power_cuts;
 
 namespace {
-
 using simulator::EepromContents;
 
 /// Counts of cuts that left the same.
@@ -232,7 +231,6 @@ Tally cutAll(Arguments const& arguments) {
         thread.join();
     return sum;
 }
-
 } // namespace
 
 int main(int argc, char** argv) {

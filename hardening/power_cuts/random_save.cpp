@@ -13,7 +13,6 @@ using namespace kestra;
 
 namespace power_cuts {
 namespace {
-
 constexpr int32_t kCapacity = 8112;
 constexpr size_t kStoreSize = 8176; // behind it lie the bytes that say what the headboard is
 
@@ -99,7 +98,6 @@ Save randomSave(Dice& dice) {
         save.insert(save.begin(), timeStamp(dice));
     return save;
 }
-
 } // namespace
 
 int32_t store(EepromShare const& eeprom, Save const& save) {
@@ -122,5 +120,4 @@ Scene randomScene(uint32_t number) {
     std::ranges::generate(identity, [&] { return uint8_t(dice.below(256)); });
     return scene;
 }
-
 } // namespace power_cuts

@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace power_cuts {
-
 /// What one press of a button stores: mostly one record, with a factory calibration its time stamp too.
 using Save = std::vector<kestra::EepromRecord>;
 
@@ -22,5 +21,4 @@ struct Scene {
 
 /// Does a save as the pages do: the records replace older ones in the image, then the image is flushed.
 [[nodiscard]] int32_t store(kestra::EepromShare const& eeprom, Save const& save);
-
 } // namespace power_cuts

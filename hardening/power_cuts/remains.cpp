@@ -11,7 +11,6 @@ using namespace kestra;
 
 namespace power_cuts {
 namespace {
-
 using headboard_image::Chain;
 using headboard_image::ChainEnd;
 using headboard_image::kExitDone;
@@ -34,9 +33,7 @@ std::vector<uint8_t> found(RecordStore const& store, std::span<uint8_t const> li
     return EepromReadRecord(*store.eeprom(), offset, bytes) == size ? bytes : std::vector<uint8_t>();
 }
 
-bool isSame(std::span<uint8_t const> a, std::span<uint8_t const> b) {
-    return std::ranges::equal(a, b);
-}
+bool isSame(std::span<uint8_t const> a, std::span<uint8_t const> b) { return std::ranges::equal(a, b); }
 
 // Whether two records stand for the same thing, so that one replaces the other.
 bool isSameKind(std::span<uint8_t const> a, std::span<uint8_t const> b) {
@@ -61,7 +58,6 @@ bool tellsTheTruth(RecordStore const& store, Chain const& chain, Outcome const& 
     size_t const lines = !fault && chain.records.empty() ? 1 : chain.records.size();
     return listIsRight && checkIsRight && std::ranges::count(list.output, '\n') == std::ptrdiff_t(lines);
 }
-
 } // namespace
 
 Report report(simulator::EepromContents const& contents) {
@@ -110,5 +106,4 @@ bool harmsOthers(simulator::EepromContents const& contents, Records const& befor
         return !isReplaced && !isSame(found(store, record), record);
     });
 }
-
 } // namespace power_cuts

@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace power_cuts {
-
 using Records = std::vector<std::vector<uint8_t>>; ///< head and payload each, in the chain's order
 
 /// What a cut leaves, told by somebody who knows what should be there.
@@ -40,5 +39,4 @@ struct Report {
 /// Whether a record of `before` that the save does not replace can no longer be found as it was.
 [[nodiscard]] bool harmsOthers(simulator::EepromContents const& contents, Records const& before,
                                Save const& save);
-
 } // namespace power_cuts

@@ -7,7 +7,6 @@
 /// How the arguments and results of a call are written: texts in quotes, unsigned numbers from 10 on in
 /// hexadecimal, signed ones in decimal, pictures and lists by their hash.
 namespace simulator {
-
 inline QByteArray callText(char const* text) {
     return text ? '"' + QByteArray(text).replace('\r', "\\r").replace('\n', "\\n") + '"'
                 : QByteArrayLiteral("null");
@@ -17,9 +16,7 @@ inline QByteArray callText(uint32_t number) {
     return number < 10 ? QByteArray::number(number) : "0x" + QByteArray::number(number, 16).toUpper();
 }
 
-inline QByteArray callText(int32_t number) {
-    return QByteArray::number(number);
-}
+inline QByteArray callText(int32_t number) { return QByteArray::number(number); }
 
 /// Twelve digits that any change of the bytes changes: FNV-1a, over words of eight bytes instead of bytes.
 inline QByteArray hashText(std::span<unsigned char const> bytes) {
@@ -49,5 +46,4 @@ QByteArray callTexts(Arguments const&... arguments) {
     text.chop(1);
     return text;
 }
-
 } // namespace simulator

@@ -9,7 +9,6 @@
 /// For the functions of a stand-in library: each does its work inside `observed`, which tells the library's
 /// observer. Without an observer no text is made.
 namespace simulator {
-
 /// Of the library into which this is compiled: nothing of it is exported.
 struct CallWatch {
     CallObserver const* observer = nullptr;
@@ -46,5 +45,4 @@ auto observed(char const* function, Arguments arguments, Work work) {
         return observed(
             function, arguments, [](auto result) { return callText(result); }, work);
 }
-
 } // namespace simulator

@@ -4,7 +4,6 @@
 #include <cstdint>
 
 namespace simulator {
-
 /// The value of an IEEE 754 binary16. Correction arithmetic has no infinities and no NaNs: it takes their
 /// patterns for the largest finite value and for 0.
 [[nodiscard]] inline double fromBinary16(uint32_t bits) {
@@ -18,5 +17,4 @@ namespace simulator {
         return sign * std::ldexp(double(fraction), -24);
     return sign * std::ldexp(double(fraction | 0x400), int(exponent) - 25);
 }
-
 } // namespace simulator

@@ -3,14 +3,11 @@
 #include <thread>
 
 namespace simulator {
-
 CameraClock::Duration CameraClock::elapsed() const {
     return m_isVirtual ? Duration::zero() : std::chrono::steady_clock::now() - m_start;
 }
 
-CameraClock::Duration CameraClock::now() const {
-    return m_advanced + elapsed();
-}
+CameraClock::Duration CameraClock::now() const { return m_advanced + elapsed(); }
 
 void CameraClock::useVirtualTime() {
     m_advanced += elapsed();
@@ -29,5 +26,4 @@ void CameraClock::wait(Duration time) {
     for (Duration const end = now() + time; now() < end;)
         std::this_thread::sleep_for(std::chrono::ceil<std::chrono::milliseconds>(end - now()));
 }
-
 } // namespace simulator

@@ -3,7 +3,6 @@
 #include <chrono>
 
 namespace simulator {
-
 /// The time that passes for the devices on the headboard. It follows the computer's steady clock until it is
 /// made virtual; from then on it passes only when somebody says so.
 class CameraClock {
@@ -26,5 +25,4 @@ private:
     Duration m_advanced{};
     bool m_isVirtual = false;
 };
-
 } // namespace simulator

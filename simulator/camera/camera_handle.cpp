@@ -4,13 +4,11 @@
 #include <vector>
 
 namespace {
-
 // Cameras are opened and used on one thread, the host's.
 std::vector<vy_Camera*>& openCameras() {
     static std::vector<vy_Camera*> cameras;
     return cameras;
 }
-
 } // namespace
 
 vy_Camera::vy_Camera(simulator::Profile const& profile)
@@ -31,9 +29,7 @@ vy_Camera::vy_Camera(simulator::Profile const& profile)
     openCameras().push_back(this);
 }
 
-vy_Camera::~vy_Camera() {
-    std::erase(openCameras(), this);
-}
+vy_Camera::~vy_Camera() { std::erase(openCameras(), this); }
 
 uint32_t vy_Camera::read(simulator::RegisterMap::Register& reg, uint32_t mask) {
     bridge.refresh();

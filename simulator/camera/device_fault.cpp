@@ -4,7 +4,6 @@
 
 namespace simulator {
 namespace {
-
 struct FaultName {
     char const* name;
     DeviceFault fault;
@@ -18,7 +17,6 @@ constexpr FaultName kFaultNames[] = {
     {"ignored-write", DeviceFault::IgnoredWrite},
     {"power-cut", DeviceFault::PowerCut},
 };
-
 } // namespace
 
 QStringList deviceFaultNames() {
@@ -60,5 +58,4 @@ bool FaultPlan::powerFails() {
     m_isOver = !m_forEver;
     return true;
 }
-
 } // namespace simulator

@@ -5,7 +5,6 @@
 #include <optional>
 
 namespace simulator {
-
 /// What can go wrong between the camera and its EEPROM.
 enum class DeviceFault {
     None,
@@ -47,5 +46,4 @@ private:
     uint64_t m_operations = 0;
     uint64_t m_bytes = 0;
 };
-
 } // namespace simulator

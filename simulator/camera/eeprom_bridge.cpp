@@ -6,7 +6,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr uint32_t kCommandRead = 0x010;
 constexpr uint32_t kCommandWrite = 0x080;
 constexpr uint32_t kCommandTwoBytes = 0x200;
@@ -16,7 +15,6 @@ constexpr uint32_t kStatusBusy = 0x10;
 
 // Five bytes at 100 kHz take half of it.
 constexpr std::chrono::milliseconds kTransferTime{1};
-
 } // namespace
 
 EepromBridge::EepromBridge(RegisterMap& registers, HeadboardBus& bus)
@@ -105,5 +103,4 @@ BusAnswer EepromBridge::write(size_t count, Transfer& transfer) const {
     }
     return transfer.device->write(m_address->value, written.first(inPage));
 }
-
 } // namespace simulator

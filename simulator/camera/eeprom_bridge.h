@@ -7,7 +7,6 @@
 #include <optional>
 
 namespace simulator {
-
 /// The sensor's bridge to the headboard's bus: five registers through which a host has one or two bytes moved
 /// at a time. A written command starts a transfer; the status register says busy until it is over, after a
 /// write until the device has stored the bytes, and then whether the device acknowledged. Bytes in different
@@ -51,5 +50,4 @@ private:
     bool m_isThere;
     std::optional<Transfer> m_transfer;
 };
-
 } // namespace simulator

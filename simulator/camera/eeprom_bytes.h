@@ -5,7 +5,6 @@
 #include <span>
 
 namespace simulator {
-
 /// A part of the EEPROM that knows where it lies. Whoever reads asks for the size first.
 class EepromBytes {
 public:
@@ -28,5 +27,4 @@ private:
     std::span<uint8_t const> m_bytes;
     size_t m_offset;
 };
-
 } // namespace simulator

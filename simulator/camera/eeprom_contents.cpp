@@ -5,14 +5,12 @@
 
 namespace simulator {
 namespace {
-
 constexpr uint8_t kErased = 0xFF;
 constexpr std::array<uint8_t, 5> kHeader = {'V', 'Y', 'E', 'E', 1}; // the last is the format's version
 
 void say(QString* error, QString const& file, QString const& what) {
     *error = file + QLatin1String(": ") + what;
 }
-
 } // namespace
 
 EepromContents blankContents() {
@@ -49,5 +47,4 @@ bool writeContents(EepromContents const& contents, QString const& file, QString*
     say(error, file, QStringLiteral("cannot be written: %1").arg(*error));
     return false;
 }
-
 } // namespace simulator

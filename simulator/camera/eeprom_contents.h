@@ -7,7 +7,6 @@
 #include <optional>
 
 namespace simulator {
-
 inline constexpr size_t kEepromSize = 8192; ///< bytes
 
 using EepromContents = std::array<uint8_t, kEepromSize>;
@@ -21,5 +20,4 @@ using EepromContents = std::array<uint8_t, kEepromSize>;
 [[nodiscard]] std::optional<EepromContents> readContents(QString const& file, QString* error);
 /// Writes all or nothing: on failure an older file stays as it was, and `error` tells why.
 [[nodiscard]] bool writeContents(EepromContents const& contents, QString const& file, QString* error);
-
 } // namespace simulator

@@ -5,9 +5,7 @@
 
 namespace simulator {
 namespace {
-
 constexpr std::chrono::milliseconds kWriteCycle{20};
-
 } // namespace
 
 size_t countInPage(uint32_t address, size_t count) {
@@ -61,5 +59,4 @@ BusAnswer EepromDevice::write(uint32_t address, std::span<uint8_t const> bytes) 
     m_readyAt = m_clock->now() + kWriteCycle;
     return answer;
 }
-
 } // namespace simulator

@@ -8,7 +8,6 @@
 #include <span>
 
 namespace simulator {
-
 inline constexpr uint32_t kEepromPageSize = 32; ///< bytes
 
 /// How many of `count` bytes from an address on lie in the address's page.
@@ -59,5 +58,4 @@ private:
     uint64_t m_operations = 0;
     uint64_t m_bytesWritten = 0;
 };
-
 } // namespace simulator

@@ -6,7 +6,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr size_t kOriginRegisters = 2;
 
 RegisterMap::Register const* at(RegisterMap& registers, RegisterPlace const& place) {
@@ -25,7 +24,6 @@ std::array<float, kPolynomialTerms> polynomialAt(std::array<double, kCoefficient
     }
     return row;
 }
-
 } // namespace
 
 GainPolynomial::GainPolynomial(SensorArray const& array, SensorLayout::Bank const& bank,
@@ -82,5 +80,4 @@ void GainPolynomial::computeGains() {
         }
     }
 }
-
 } // namespace simulator

@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// One bank of correction registers: a polynomial gain for each plane around the bank's origin.
 class GainPolynomial {
 public:
@@ -26,5 +25,4 @@ private:
     std::vector<uint32_t> m_values;                        ///< of the registers when the gains were computed
     Field m_gains;
 };
-
 } // namespace simulator

@@ -6,7 +6,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr uint32_t kModeAddressBits = 1;
 constexpr uint32_t kModeWordBits = 2;
 
@@ -14,15 +13,12 @@ constexpr uint32_t kAddressBits = 16; // of the device
 constexpr uint32_t kWordBits = 8;
 constexpr uint32_t kLargestAddress = 0xFFFF;
 
-int status(BusAnswer answer) {
-    return answer == BusAnswer::Acknowledged ? kDone : kNoAnswer;
-}
+int status(BusAnswer answer) { return answer == BusAnswer::Acknowledged ? kDone : kNoAnswer; }
 
 bool isLocation(vy_RegisterDescription const& description) {
     return description.addressWidth == kAddressBits && description.address <= kLargestAddress &&
            (description.accessSize == 1 || description.accessSize == 2);
 }
-
 } // namespace
 
 HeadboardBus::HeadboardBus(Profile const& profile)
@@ -109,5 +105,4 @@ int HeadboardBus::writeDescribed(vy_RegisterDescription const& location, uint32_
     }
     return kDone;
 }
-
 } // namespace simulator

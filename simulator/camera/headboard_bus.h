@@ -10,7 +10,6 @@
 #include <optional>
 
 namespace simulator {
-
 /// The serial bus of the headboard with its EEPROM, and the ways from the library to it. An EEPROM answers
 /// on the one way that its profile wires; on the others nothing acknowledges.
 class HeadboardBus {
@@ -50,5 +49,4 @@ private:
     uint32_t m_addressBits;
     uint32_t m_wordBits;
 };
-
 } // namespace simulator

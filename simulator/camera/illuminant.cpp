@@ -5,7 +5,6 @@
 
 namespace simulator {
 namespace {
-
 // Spectral radiance of a black body up to a constant factor (Planck's law, h c / k = 0.014388 m K).
 double blackBody(double nanometres, double kelvin) {
     double const micrometres = nanometres / 1000;
@@ -23,7 +22,6 @@ double filtered(ColourFilter const& filter, double kelvin) {
     }
     return sum;
 }
-
 } // namespace
 
 std::array<double, 3> illuminantResponse(std::array<ColourFilter, 3> const& filters,
@@ -45,5 +43,4 @@ IlluminantBlend blendAt(std::vector<double> const& temperatures, double colourTe
     double const upperMired = 1 / temperatures[upper];
     return {upper - 1, upper, (1 / colourTemperature - lowerMired) / (upperMired - lowerMired)};
 }
-
 } // namespace simulator

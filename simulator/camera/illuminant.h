@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// What the sensor's filters make of a black body: red, green, blue relative to green.
 [[nodiscard]] std::array<double, 3> illuminantResponse(std::array<ColourFilter, 3> const& filters,
                                                        double colourTemperature);
@@ -25,5 +24,4 @@ struct IlluminantBlend {
 
 /// `temperatures` ascend and are not empty.
 [[nodiscard]] IlluminantBlend blendAt(std::vector<double> const& temperatures, double colourTemperature);
-
 } // namespace simulator

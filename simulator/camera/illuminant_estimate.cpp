@@ -6,14 +6,12 @@
 
 namespace simulator {
 namespace {
-
 // The look-up's steps in mired, millionths of 1/K, in which the logarithm of the ratio is nearly straight.
 constexpr double kCoolest = 40;  // 25000 K
 constexpr double kWarmest = 600; // 1667 K
 constexpr double kStep = 10;
 
 constexpr double kBeforeTheFirstFrame = 5000; // kelvin
-
 } // namespace
 
 IlluminantEstimate::IlluminantEstimate(std::array<ColourFilter, 3> const& filters,
@@ -38,5 +36,4 @@ void IlluminantEstimate::update(std::optional<double> redToBlue) {
     m_kelvin = 1e6 / (kCoolest + kStep * (step + share));
     m_shown.value = uint32_t(std::lround(m_kelvin));
 }
-
 } // namespace simulator

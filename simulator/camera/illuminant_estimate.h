@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// The colour temperature that a sensor sees: the ratio of red to blue in its own exposures, looked up in
 /// what its filters make of black bodies. A register shows it. What the lamp is set to is not known here.
 class IlluminantEstimate {
@@ -25,5 +24,4 @@ private:
     RegisterMap::Register& m_shown;
     double m_kelvin;
 };
-
 } // namespace simulator

@@ -11,7 +11,6 @@
 #endif
 
 namespace simulator {
-
 QString libraryFolder() {
 #ifdef Q_OS_WIN
     HMODULE module = nullptr;
@@ -28,8 +27,5 @@ QString libraryFolder() {
 #endif
 }
 
-QDir profileFolder() {
-    return QDir(libraryFolder() + QStringLiteral("/profiles"));
-}
-
+QDir profileFolder() { return QDir(libraryFolder() + QStringLiteral("/profiles")); }
 } // namespace simulator

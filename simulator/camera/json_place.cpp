@@ -10,14 +10,12 @@
 
 namespace simulator {
 namespace {
-
 constexpr qint64 kMostBytes = 16 << 20; // numbers for the largest grid that anybody measures
 
 QString at(QString const& file, QString const& path, QString const& what) {
     return path.isEmpty() ? file + QLatin1String(": ") + what
                           : file + QLatin1String(": ") + path + QLatin1String(": ") + what;
 }
-
 } // namespace
 
 JsonPlace::JsonPlace(QJsonObject const& root, QString file, QString* error)
@@ -35,9 +33,7 @@ void JsonPlace::fail(QString const& what) const {
         *m_error = at(m_file, m_path, what);
 }
 
-bool JsonPlace::has(char const* key) const {
-    return m_value.toObject().contains(QLatin1String(key));
-}
+bool JsonPlace::has(char const* key) const { return m_value.toObject().contains(QLatin1String(key)); }
 
 JsonPlace JsonPlace::operator[](char const* key) const {
     QString const name = QString::fromUtf8(key);
@@ -64,9 +60,7 @@ std::vector<JsonPlace> JsonPlace::items(size_t count) const {
     return places;
 }
 
-QStringList JsonPlace::keys() const {
-    return object().keys();
-}
+QStringList JsonPlace::keys() const { return object().keys(); }
 
 double JsonPlace::number(double least, double most) const {
     if (!m_value.isDouble() || !std::isfinite(m_value.toDouble())) {
@@ -152,5 +146,4 @@ QJsonObject mergedJson(QJsonObject base, QJsonObject const& changes) {
     }
     return base;
 }
-
 } // namespace simulator

@@ -9,7 +9,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// A value of a JSON document that knows its place, so that every fault names where it lies. Reading a value
 /// of the wrong kind tells the fault in `error` and gives a harmless default: a reader reads on and asks once
 /// at the end. Later faults are mostly consequences of the first and are dropped. Borrows `error`, which is
@@ -54,5 +53,4 @@ private:
 /// `base` changed by `changes`: objects are merged member by member, a null removes a member, anything else
 /// replaces it (JSON merge patch, RFC 7396).
 [[nodiscard]] QJsonObject mergedJson(QJsonObject base, QJsonObject const& changes);
-
 } // namespace simulator

@@ -6,7 +6,6 @@
 #include <numbers>
 
 namespace simulator {
-
 AnalyticLens::AnalyticLens(Optics const& optics, SensorArray const& array, double colourTemperature)
     : m_array(array), m_lens(optics.lens) {
     std::vector<double> temperatures;
@@ -46,5 +45,4 @@ void AnalyticLens::row(Plane plane, uint32_t y, std::span<float> response) const
         response[x] = std::max(kDarkest, cosine2 * cosine2 * vignetting * colour);
     }
 }
-
 } // namespace simulator

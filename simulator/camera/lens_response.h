@@ -7,7 +7,6 @@
 #include <span>
 
 namespace simulator {
-
 /// How much of the scene's light reaches the photosites of each plane, relative to the brightest place.
 class LensResponse {
 public:
@@ -34,5 +33,4 @@ private:
     Lens m_lens;
     std::array<ColourTerms, kPlaneCount> m_terms{}; ///< of the illuminant
 };
-
 } // namespace simulator

@@ -4,7 +4,6 @@
 
 namespace simulator {
 namespace {
-
 // The object is a disc right of and above the picture's middle; lengths in picture heights.
 constexpr double kObjectColumn = 0.62; // of the width
 constexpr double kObjectRow = 0.4;     // of the height
@@ -37,7 +36,6 @@ void darkenObject(SensorArray const& array, Field& field) {
         }
     }
 }
-
 } // namespace
 
 Field lightField(SensorArray const& array, LensResponse const& lens, std::array<double, 3> const& colour,
@@ -59,5 +57,4 @@ Field lightField(SensorArray const& array, LensResponse const& lens, std::array<
         darkenObject(array, field);
     return field;
 }
-
 } // namespace simulator

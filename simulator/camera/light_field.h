@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// One value for each photosite, row by row in the array's own order.
 using Field = std::vector<float>;
 
@@ -16,5 +15,4 @@ using Field = std::vector<float>;
 /// factor.
 [[nodiscard]] Field lightField(SensorArray const& array, LensResponse const& lens,
                                std::array<double, 3> const& colour, Light const& light);
-
 } // namespace simulator

@@ -8,7 +8,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr std::array<char const*, 3> kColourNames = {"red", "green", "blue"};
 constexpr uint32_t kLargestGrid = 1024; // cells in a direction
 constexpr size_t kMostIlluminants = 16;
@@ -57,9 +56,7 @@ MeasuredShading readGrid(JsonPlace const& root) {
     return shading;
 }
 
-size_t colourOf(Plane plane) {
-    return plane == Plane::Red ? 0 : plane == Plane::Blue ? 2 : 1;
-}
+size_t colourOf(Plane plane) { return plane == Plane::Red ? 0 : plane == Plane::Blue ? 2 : 1; }
 
 // The value at a whole position of a row of samples, which goes on linearly beyond both ends.
 template <typename Sample>
@@ -83,7 +80,6 @@ double interpolated(Sample sample, int count, double position) {
     double const p3 = continued(sample, count, at + 2);
     return p1 + 0.5 * t * (p2 - p0 + t * (2 * p0 - 5 * p1 + 4 * p2 - p3 + t * (3 * (p1 - p2) + p3 - p0)));
 }
-
 } // namespace
 
 std::optional<MeasuredShading> readMeasuredShading(QString const& file, QString* error) {
@@ -126,5 +122,4 @@ void MeasuredLens::row(Plane plane, uint32_t y, std::span<float> response) const
         response[x] = float(std::max(kDarkest, interpolated(along, int(m_columns), cellColumn)));
     }
 }
-
 } // namespace simulator

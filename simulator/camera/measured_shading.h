@@ -9,7 +9,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// The shading of a real camera module: correcting gains on a grid of cells under several illuminants.
 struct MeasuredShading {
     struct Illuminant {
@@ -41,5 +40,4 @@ private:
     uint32_t m_rows;
     std::array<std::vector<double>, 3> m_responses; ///< red, green, blue at the centres
 };
-
 } // namespace simulator

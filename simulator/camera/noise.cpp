@@ -7,7 +7,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr size_t kTableBits = 12;
 constexpr size_t kTableSize = size_t(1) << kTableBits;
 constexpr size_t kDrawsPerWord = 5; // draws of 12 bits out of 64
@@ -34,7 +33,6 @@ std::array<float, kTableSize> quantiles() {
         table[i] = float(exact[i] * scale);
     return table;
 }
-
 } // namespace
 
 void fillGaussian(uint64_t stream, std::span<float> values) {
@@ -47,5 +45,4 @@ void fillGaussian(uint64_t stream, std::span<float> values) {
             values[i++] = table[bits & (kTableSize - 1)];
     }
 }
-
 } // namespace simulator

@@ -4,7 +4,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr double kSteepestAngle = 80; // degrees
 constexpr double kLargestCentreOffset = 0.5;
 constexpr double kLargestTerm = 2;
@@ -53,7 +52,6 @@ std::array<double, 9> readColourMatrix(JsonPlace const& place) {
             place.fail(QStringLiteral("row %1 must sum to 1, so that grey stays grey").arg(row + 1));
     return matrix;
 }
-
 } // namespace
 
 Optics readOptics(JsonPlace const& place) {
@@ -69,5 +67,4 @@ Optics readOptics(JsonPlace const& place) {
     optics.colourMatrix = readColourMatrix(place["colourMatrix"]);
     return optics;
 }
-
 } // namespace simulator

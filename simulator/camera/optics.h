@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// The light that a lens lets through, without colour.
 struct Lens {
     double cornerAngle = 0;             ///< degrees between the axis and the ray to the corner
@@ -40,5 +39,4 @@ struct Optics {
 };
 
 [[nodiscard]] Optics readOptics(JsonPlace const& place);
-
 } // namespace simulator

@@ -7,7 +7,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr int kDeepestBase = 4;
 constexpr int kMostFiles = 64; // each base may name several
 
@@ -279,7 +278,6 @@ Profile readSections(JsonPlace const& root) {
     checkEepromRegisters(root["eeprom"]["kind"], profile);
     return profile;
 }
-
 } // namespace
 
 double ReadOut::deliveredBlack() const {
@@ -318,5 +316,4 @@ std::optional<Profile> readProfile(QString const& file, QString* error) {
     profile.name = QFileInfo(file).completeBaseName();
     return profile;
 }
-
 } // namespace simulator

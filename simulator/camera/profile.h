@@ -13,7 +13,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// What the read-out delivers.
 enum class OutputFormat { Raw12, Raw8, Ycbcr };
 
@@ -107,5 +106,4 @@ inline constexpr double kCountsPerByte = 16;
 /// of the array. Empty with a message that names the fault and its place in
 /// `error` when the file is malformed.
 [[nodiscard]] std::optional<Profile> readProfile(QString const& file, QString* error);
-
 } // namespace simulator

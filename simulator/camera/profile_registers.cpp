@@ -6,7 +6,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr uint32_t kLargestFamily = 4096;
 constexpr size_t kMostRegisters = 65536;
 // Bounds of the short addresses that firmware variables have.
@@ -118,7 +117,6 @@ void appendFamily(JsonPlace const& place, uint32_t addressWidth, std::vector<Reg
         registers.push_back(reg);
     }
 }
-
 } // namespace
 
 std::vector<RegisterDefinition> readRegisters(JsonPlace const& place, uint32_t addressWidth) {
@@ -149,5 +147,4 @@ std::vector<RegisterDefinition> readRegisters(JsonPlace const& place, uint32_t a
     }
     return registers;
 }
-
 } // namespace simulator

@@ -8,7 +8,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr auto kWhite = float(kConverterWhite);
 
 // What a row's loop needs, in the converter's counts.
@@ -19,9 +18,7 @@ struct RowConstants {
     float readVariance = 0;
 };
 
-float quantised(float counts) {
-    return float(int(std::min(std::max(counts, 0.0F), kWhite) + 0.5F));
-}
+float quantised(float counts) { return float(int(std::min(std::max(counts, 0.0F), kWhite) + 0.5F)); }
 
 void convertRow(RowConstants const& row, float const* light, float const* noise, float* samples,
                 size_t width) {
@@ -101,7 +98,6 @@ private:
     double m_cells = 0;
     double m_usable = 0;
 };
-
 } // namespace
 
 std::optional<double> centreRedToBlue(SensorArray const& array, ReadOut const& readOut,
@@ -183,5 +179,4 @@ void spoilUnusableRows(Frame& frame, uint32_t rows, uint64_t noiseStream) {
         frame.pixels[i] = i % 2 == 1 ? char(bits & oddMask) : bits;
     }
 }
-
 } // namespace simulator

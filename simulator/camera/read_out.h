@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// The samples of one exposure as 12-bit counts above 0, row by row in the order of the delivered picture.
 using Mosaic = std::vector<uint16_t>;
 
@@ -41,5 +40,4 @@ struct Exposing {
 
 /// Fills the rows at the top that the sensor does not expose with whatever lies in its line buffers.
 void spoilUnusableRows(Frame& frame, uint32_t rows, uint64_t noiseStream);
-
 } // namespace simulator

@@ -5,7 +5,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr std::array<uint32_t, 6> kDataTypeSizes = {1, 1, 2, 2, 4, 4};
 
 constexpr uint32_t kLargestHalf = 0xFFFF; // address-space kinds and ids share the upper word of a place
@@ -18,9 +17,7 @@ uint32_t widthMask(vy_RegisterDescription const& description) {
     return description.dataWidth >= 32 ? 0xFFFFFFFF : (1U << description.dataWidth) - 1;
 }
 
-uint32_t shiftOf(uint32_t mask) {
-    return mask == 0 ? 0 : uint32_t(std::countr_zero(mask));
-}
+uint32_t shiftOf(uint32_t mask) { return mask == 0 ? 0 : uint32_t(std::countr_zero(mask)); }
 
 RegisterMap::Register registerOf(RegisterDefinition const& definition) {
     RegisterMap::Register reg;
@@ -36,16 +33,13 @@ RegisterMap::Register registerOf(RegisterDefinition const& definition) {
     reg.value = definition.reset & widthMask(reg.description);
     return reg;
 }
-
 } // namespace
 
 uint32_t dataTypeSize(uint32_t dataType) {
     return dataType < kDataTypeSizes.size() ? kDataTypeSizes[dataType] : 0;
 }
 
-uint32_t dataTypeOfWidth(uint32_t bits) {
-    return bits <= 8 ? 0 : bits <= 16 ? 2 : 4;
-}
+uint32_t dataTypeOfWidth(uint32_t bits) { return bits <= 8 ? 0 : bits <= 16 ? 2 : 4; }
 
 RegisterMap::RegisterMap(std::vector<RegisterDefinition> const& definitions) {
     m_registers.reserve(definitions.size());
@@ -100,5 +94,4 @@ void RegisterMap::dropCache() {
     for (Register& reg : m_registers)
         reg.isCached = false;
 }
-
 } // namespace simulator

@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// What the transfer functions of the library answer.
 enum TransferStatus : int {
     kDone = 0,
@@ -81,5 +80,4 @@ private:
     QHash<quint64, size_t> m_byAddress;
     uint64_t m_writes = 0;
 };
-
 } // namespace simulator

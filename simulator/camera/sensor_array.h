@@ -5,7 +5,6 @@
 #include <cstdint>
 
 namespace simulator {
-
 /// The colour planes of a Bayer mosaic; `GreenRed` is the green of the rows that hold red.
 enum class Plane : uint32_t { GreenRed, Red, Blue, GreenBlue };
 inline constexpr size_t kPlaneCount = 4;
@@ -41,5 +40,4 @@ struct SensorArray {
         return column | (row << 1);
     }
 };
-
 } // namespace simulator

@@ -5,7 +5,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr uint32_t kLargestSide = 16384; // pixels
 constexpr double kLargestSample = 65535;
 
@@ -50,7 +49,6 @@ void readBanks(JsonPlace const& correction, SensorLayout& layout) {
 QByteArray layoutText(QJsonObject const& object) {
     return QByteArrayLiteral("sensor-layout-1\n") + QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
-
 } // namespace
 
 bool SensorLayout::hasTables() const {
@@ -86,5 +84,4 @@ SensorLayout readSensorLayout(JsonPlace const& place) {
     layout.text = layoutText(place.object());
     return layout;
 }
-
 } // namespace simulator

@@ -10,7 +10,6 @@
 #include <vector>
 
 namespace simulator {
-
 inline constexpr uint32_t kPolynomialTerms = 5; ///< powers 0 to 4 in each direction
 inline constexpr uint32_t kCoefficientCount = kPolynomialTerms * kPolynomialTerms;
 
@@ -66,5 +65,4 @@ struct SensorLayout {
 
 /// A sensor has all tables or none.
 [[nodiscard]] SensorLayout readSensorLayout(JsonPlace const& place);
-
 } // namespace simulator

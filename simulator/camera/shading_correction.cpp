@@ -1,7 +1,6 @@
 #include "simulator/camera/shading_correction.h"
 
 namespace simulator {
-
 ShadingCorrection::ShadingCorrection(Profile const& profile, RegisterMap& registers)
     : m_switch(profile.correctionSwitch),
       m_switchRegister(registers.find(profile.correctionSwitch.reg.constData())) {
@@ -14,9 +13,7 @@ ShadingCorrection::ShadingCorrection(Profile const& profile, RegisterMap& regist
         m_tables.emplace_back(profile.array, *profile.layout.bank(slot), registers);
 }
 
-bool ShadingCorrection::isOn() const {
-    return (m_switchRegister->value & m_switch.mask) == m_switch.value;
-}
+bool ShadingCorrection::isOn() const { return (m_switchRegister->value & m_switch.mask) == m_switch.value; }
 
 Field const& ShadingCorrection::gains(double kelvin) {
     if (!m_blend)
@@ -35,5 +32,4 @@ Field const& ShadingCorrection::gains(double kelvin) {
     }
     return m_mixed;
 }
-
 } // namespace simulator

@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// The sensor's own shading correction. What it does follows from the registers and the light that the sensor
 /// sees: the base's gain, times that of the tables for illuminants, mixed for the light.
 class ShadingCorrection {
@@ -29,5 +28,4 @@ private:
     std::optional<TableBlend> m_blend;    ///< where there are tables
     Field m_mixed;
 };
-
 } // namespace simulator

@@ -19,7 +19,6 @@
 
 namespace simulator {
 namespace {
-
 QString profileFile(QString const& profile) {
     bool const isFile = profile.contains(QLatin1Char('/')) || profile.contains(QLatin1Char('\\')) ||
                         profile.endsWith(QLatin1String(".json"));
@@ -70,7 +69,6 @@ CameraDescription describe(Profile const& profile) {
               description.colourMatrix);
     return description;
 }
-
 } // namespace
 
 class SimulatedCamera::Implementation {
@@ -217,25 +215,11 @@ QStringList SimulatedCamera::notedProfileNames() {
     return names;
 }
 
-vy_Camera* SimulatedCamera::handle() const {
-    return &m_implementation->handle;
-}
-
-CameraDescription const& SimulatedCamera::description() const {
-    return m_implementation->description;
-}
-
-void SimulatedCamera::setLight(Light const& light) {
-    m_implementation->setLight(light);
-}
-
-Light const& SimulatedCamera::light() const {
-    return m_implementation->light;
-}
-
-void SimulatedCamera::setSeed(uint64_t seed) {
-    m_implementation->seed = seed;
-}
+vy_Camera* SimulatedCamera::handle() const { return &m_implementation->handle; }
+CameraDescription const& SimulatedCamera::description() const { return m_implementation->description; }
+void SimulatedCamera::setLight(Light const& light) { m_implementation->setLight(light); }
+Light const& SimulatedCamera::light() const { return m_implementation->light; }
+void SimulatedCamera::setSeed(uint64_t seed) { m_implementation->seed = seed; }
 
 bool SimulatedCamera::useMeasuredShading(QString const& file, QString* error) {
     std::optional<MeasuredShading> shading = readMeasuredShading(file, error);
@@ -246,25 +230,11 @@ bool SimulatedCamera::useMeasuredShading(QString const& file, QString* error) {
     return true;
 }
 
-Frame SimulatedCamera::grab() {
-    return m_implementation->grab();
-}
-
-IdealFrame SimulatedCamera::idealFrame() const {
-    return m_implementation->idealFrame();
-}
-
-bool SimulatedCamera::isCorrecting() const {
-    return m_implementation->correction.isOn();
-}
-
-uint64_t SimulatedCamera::registerWrites() const {
-    return m_implementation->handle.registers.writes();
-}
-
-bool SimulatedCamera::hasEeprom() const {
-    return m_implementation->handle.bus.device() != nullptr;
-}
+Frame SimulatedCamera::grab() { return m_implementation->grab(); }
+IdealFrame SimulatedCamera::idealFrame() const { return m_implementation->idealFrame(); }
+bool SimulatedCamera::isCorrecting() const { return m_implementation->correction.isOn(); }
+uint64_t SimulatedCamera::registerWrites() const { return m_implementation->handle.registers.writes(); }
+bool SimulatedCamera::hasEeprom() const { return m_implementation->handle.bus.device() != nullptr; }
 
 bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
     EepromDevice* const device = deviceOrMessage(m_implementation->handle, error);
@@ -297,17 +267,13 @@ bool SimulatedCamera::replayEeprom(QString const& recordName, QString* error) {
     return m_implementation->replay(recordName, error);
 }
 
-void SimulatedCamera::useVirtualTime() {
-    m_implementation->handle.bus.clock().useVirtualTime();
-}
+void SimulatedCamera::useVirtualTime() { m_implementation->handle.bus.clock().useVirtualTime(); }
 
 void SimulatedCamera::advanceTime(int milliseconds) {
     m_implementation->handle.bus.clock().advance(std::chrono::milliseconds(milliseconds));
 }
 
-QStringList SimulatedCamera::faultNames() {
-    return deviceFaultNames();
-}
+QStringList SimulatedCamera::faultNames() { return deviceFaultNames(); }
 
 bool SimulatedCamera::injectFault(QString const& name, uint64_t n, bool forEver) {
     std::optional<DeviceFault> const fault = deviceFaultByName(name);
@@ -326,5 +292,4 @@ uint64_t SimulatedCamera::deviceBytesWritten() const {
     EepromDevice const* const device = m_implementation->handle.bus.device();
     return device ? device->bytesWritten() : 0;
 }
-
 } // namespace simulator

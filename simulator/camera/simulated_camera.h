@@ -18,7 +18,6 @@
 #endif
 
 namespace simulator {
-
 /// Frame types as the host numbers them.
 enum class FrameType : uint32_t { Raw8 = 1, Ycbcr = 5, Rgb32 = 11, Raw12 = 13 };
 
@@ -169,5 +168,4 @@ private:
     explicit SimulatedCamera(std::unique_ptr<Implementation> implementation);
     std::unique_ptr<Implementation> m_implementation;
 };
-
 } // namespace simulator

@@ -6,7 +6,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr char kMagic[] = {'V', 'Y', 'E', 'E'};
 constexpr size_t kFirstRecord = 5;
 constexpr size_t kRecordHeader = 3; // type, length
@@ -117,7 +116,6 @@ bool appendBlock(uint8_t kind, EepromBytes const& entries, bool isPaged, std::ve
     }
     return true;
 }
-
 } // namespace
 
 bool readEntries(EepromBytes const& payload, uint32_t registerAddressWidth, std::vector<StoredEntry>& decoded,
@@ -171,5 +169,4 @@ bool replayEntries(std::vector<StoredEntry> const& entries, RegisterMap& registe
                         entries[i].mask == 0 ? kWholeRegister : entries[i].mask);
     return true;
 }
-
 } // namespace simulator

@@ -10,7 +10,6 @@
 #include <vector>
 
 namespace simulator {
-
 /// One register setting of a stored record.
 struct StoredEntry {
     size_t offset = 0;         ///< of the entry in the EEPROM
@@ -40,5 +39,4 @@ struct StoredEntry {
 /// is not there or an entry fits none.
 [[nodiscard]] bool replayEntries(std::vector<StoredEntry> const& entries, RegisterMap& registers,
                                  QString* error);
-
 } // namespace simulator

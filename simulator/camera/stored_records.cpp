@@ -9,7 +9,6 @@
 
 namespace simulator {
 namespace {
-
 constexpr uint8_t kMagic[] = {'V', 'Y', 'E', 'E'};
 constexpr size_t kFirstRecord = 5;
 constexpr size_t kChainEnd = 8176;  // single bytes that say what the headboard is lie behind
@@ -76,7 +75,6 @@ StoredRecord decoded(EepromBytes const& whole, uint32_t registerAddressWidth, Re
         record.settings.push_back(settingOf(entry, registers));
     return record;
 }
-
 } // namespace
 
 std::vector<StoredRecord> storedRecords(EepromContents const& contents, uint32_t registerAddressWidth,
@@ -103,5 +101,4 @@ std::vector<StoredRecord> storedRecords(EepromContents const& contents, uint32_t
     }
     return records;
 }
-
 } // namespace simulator

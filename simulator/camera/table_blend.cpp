@@ -5,9 +5,7 @@
 
 namespace simulator {
 namespace {
-
 constexpr size_t kMiddleTable = 1;
-
 } // namespace
 
 TableBlend::TableBlend(TableChoice const& choice, RegisterMap& registers) : m_automatic(choice.automatic) {
@@ -42,5 +40,4 @@ IlluminantBlend TableBlend::at(double kelvin) const {
     IlluminantBlend const blend = blendAt(ascending, kelvin);
     return {order[blend.lower], order[blend.upper], blend.share};
 }
-
 } // namespace simulator

@@ -8,7 +8,6 @@
 #include <optional>
 
 namespace simulator {
-
 /// How a sensor mixes its three tables in the light that it sees, told by registers.
 class TableBlend {
 public:
@@ -27,5 +26,4 @@ private:
     RegisterMap::Register const* m_automaticRegister = nullptr;
     RegisterMap::Register const* m_zone = nullptr;
 };
-
 } // namespace simulator

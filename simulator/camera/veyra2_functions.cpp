@@ -20,7 +20,6 @@
 #endif
 
 namespace {
-
 using simulator::callText;
 using simulator::callTexts;
 using simulator::observed;
@@ -94,7 +93,6 @@ QByteArray infoText(vy_SensorDescription const* info) {
 QByteArray foundText(void const* description) {
     return description ? QByteArrayLiteral("found") : QByteArrayLiteral("null");
 }
-
 } // namespace
 
 VEYRA2_FUNCTION void vy_ObserveCalls(CallObserver const* observer) {

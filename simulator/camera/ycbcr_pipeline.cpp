@@ -5,7 +5,6 @@
 
 namespace simulator {
 namespace {
-
 // ITU-R BT.601: luma weights of red and blue; green has the rest.
 constexpr float kRedWeight = 0.299F;
 constexpr float kBlueWeight = 0.114F;
@@ -20,9 +19,7 @@ struct Coding {
     float chromaSpan = 0;
 };
 
-char rounded(float value) {
-    return char(uint8_t(std::clamp(value, 0.0F, 255.0F) + 0.5F));
-}
+char rounded(float value) { return char(uint8_t(std::clamp(value, 0.0F, 255.0F) + 0.5F)); }
 
 // The four samples of a 2 x 2 cell, in the order of its rows, make one colour; which is which follows from
 // the delivered phase. Chroma and luma are then those of the cell: no detail is invented.
@@ -40,7 +37,6 @@ std::array<char, 4> codedCell(std::array<float, 4> const& samples, uint32_t phas
     return {y, rounded(kChromaZero + coding.chromaSpan * blueDifference), y,
             rounded(kChromaZero + coding.chromaSpan * redDifference)};
 }
-
 } // namespace
 
 Frame ycbcrFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic) {
@@ -71,5 +67,4 @@ Frame ycbcrFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const&
     }
     return frame;
 }
-
 } // namespace simulator

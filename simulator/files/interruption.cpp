@@ -4,7 +4,6 @@
 
 namespace files {
 namespace {
-
 constexpr int kNoted[] = {
     SIGINT,
     SIGTERM,
@@ -14,7 +13,6 @@ constexpr int kNoted[] = {
 };
 
 volatile std::sig_atomic_t interrupted = 0;
-
 } // namespace
 
 extern "C" {
@@ -30,8 +28,5 @@ void noteInterruptions() {
             std::signal(number, SIG_IGN); // whoever started the program wants it to go on
 }
 
-bool isInterrupted() {
-    return interrupted != 0;
-}
-
+bool isInterrupted() { return interrupted != 0; }
 } // namespace files

@@ -3,16 +3,8 @@
 
 extern "C" {
 
-[[gnu::visibility("default")]] char const* __asan_default_options() {
-    return "fast_unwind_on_malloc=0";
-}
-
-[[gnu::visibility("default")]] char const* __lsan_default_options() {
-    return "print_suppressions=0";
-}
-
-[[gnu::visibility("default")]] char const* __lsan_default_suppressions() {
-    return "leak:libqoffscreen\n";
-}
+[[gnu::visibility("default")]] char const* __asan_default_options() { return "fast_unwind_on_malloc=0"; }
+[[gnu::visibility("default")]] char const* __lsan_default_options() { return "print_suppressions=0"; }
+[[gnu::visibility("default")]] char const* __lsan_default_suppressions() { return "leak:libqoffscreen\n"; }
 
 } // extern "C"

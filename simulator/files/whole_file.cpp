@@ -5,7 +5,6 @@
 
 namespace files {
 namespace {
-
 bool isOtherThanAFile(QString const& name, QString* error) {
     QFileInfo const info(name);
     bool const isOther = info.exists() && !info.isFile();
@@ -13,7 +12,6 @@ bool isOtherThanAFile(QString const& name, QString* error) {
         *error = QStringLiteral("it is no regular file");
     return isOther;
 }
-
 } // namespace
 
 std::optional<QByteArray> read(QString const& name, qint64 most, QString* error) {
@@ -56,5 +54,4 @@ bool replace(QString const& name, QByteArray const& contents, QString* error) {
     *error = file.errorString();
     return false;
 }
-
 } // namespace files

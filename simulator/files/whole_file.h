@@ -7,7 +7,6 @@
 /// Files that users name. Only regular ones are opened: a pipe or a device may never answer, or never end,
 /// and a rename would put a file in its place. A link to a regular file counts as one, and stays a link.
 namespace files {
-
 /// Bytes that no text written by hand comes near.
 inline constexpr qint64 kMostText = 1 << 20;
 
@@ -21,5 +20,4 @@ inline constexpr qint64 kMostText = 1 << 20;
 /// Writes under another name and renames: whatever fails, the file is the old or the new one. False, with the
 /// reason in `error`, when it is the old one.
 [[nodiscard]] bool replace(QString const& name, QByteArray const& contents, QString* error);
-
 } // namespace files

@@ -10,7 +10,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr double kZoomStep = 1.25;
 
 struct ActionRow {
@@ -65,7 +64,6 @@ QAction* newTabAction(QMainWindow& window, QTabWidget& tabs, int tab) {
     });
     return action;
 }
-
 } // namespace
 
 void addBenchActions(QMainWindow& window, LiveView& view, QTabWidget& tabs, QMenu& menu, QToolBar& bar) {
@@ -89,5 +87,4 @@ bool showParts(QMainWindow& window, QStringList const& names) {
     }
     return true;
 }
-
 } // namespace pictara

@@ -8,7 +8,6 @@ class QTabWidget;
 class QToolBar;
 
 namespace pictara {
-
 class LiveView;
 
 /// Fills a menu with what can be done to the live picture and with the tabs; the former also a tool bar.
@@ -17,5 +16,4 @@ void addBenchActions(QMainWindow& window, LiveView& view, QTabWidget& tabs, QMen
 
 /// Brings the tabs and overlays of those names to the front. False at the first name that nothing has.
 [[nodiscard]] bool showParts(QMainWindow& window, QStringList const& names);
-
 } // namespace pictara

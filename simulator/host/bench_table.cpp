@@ -4,7 +4,6 @@
 #include <QTableView>
 
 namespace pictara {
-
 QTableView* newBenchTable(QString const& toolTip) {
     auto* const table = new QTableView;
     table->setToolTip(toolTip);
@@ -22,5 +21,4 @@ QTableView* newBenchTable(QString const& toolTip) {
     table->verticalHeader()->hide();
     return table;
 }
-
 } // namespace pictara

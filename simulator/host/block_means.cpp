@@ -4,14 +4,12 @@
 
 namespace pictara {
 namespace {
-
 void addRow(ColourRow const& row, QRect const& rect, Colour& sum) {
     std::vector<float> const* const planes[] = {&row.red, &row.green, &row.blue};
     for (size_t colour = 0; colour < 3; ++colour)
         for (int x = rect.left(); x <= rect.right(); ++x)
             sum[colour] += double((*planes[colour])[size_t(x)]);
 }
-
 } // namespace
 
 double luminance(Colour const& colour) {
@@ -50,5 +48,4 @@ LightGrid lightGrid(RowSource const& picture, int columns, int rows, int skipped
     return {std::min(columns, picture.width), std::min(rows, picture.height - skippedRows),
             blockMeans(picture, gridCells(picture.width, picture.height, columns, rows, skippedRows))};
 }
-
 } // namespace pictara

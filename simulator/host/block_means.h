@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace pictara {
-
 /// Red, green, blue.
 using Colour = std::array<double, 3>;
 
@@ -32,5 +31,4 @@ struct LightGrid {
 
 /// At most as many cells in each direction as there are pixels.
 [[nodiscard]] LightGrid lightGrid(RowSource const& picture, int columns, int rows, int skippedRows = 0);
-
 } // namespace pictara

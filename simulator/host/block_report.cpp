@@ -9,7 +9,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kColumns = 32;
 
 // CIE 1976 L*a*b* of linear sRGB against its own white, the two colour axes only.
@@ -62,7 +61,6 @@ void rateColour(std::vector<Colour> const& blocks, std::vector<QRect> const& rec
         }
     }
 }
-
 } // namespace
 
 BlockReport measureBlocks(RowSource const& linear) {
@@ -80,5 +78,4 @@ BlockReport measureBlocks(RowSource const& linear) {
     rateColour(means, rects, report);
     return report;
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 #include <QRect>
 
 namespace pictara {
-
 /// How even a picture is, from the means of its blocks in linear light. Errors are relative, as shares of 1.
 struct BlockReport {
     double largestAgainstMedian = 0; ///< luminance, against the median block
@@ -19,5 +18,4 @@ struct BlockReport {
 /// Measures rows of linear light, as the colour pipeline sees them before the tone curve, on 32 columns of
 /// blocks that are about square. An empty picture gives an empty report.
 [[nodiscard]] BlockReport measureBlocks(RowSource const& linear);
-
 } // namespace pictara

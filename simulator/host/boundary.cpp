@@ -4,11 +4,7 @@
 
 namespace pictara {
 namespace {
-
-QByteArray utf8(QByteArray const& local8Bit) {
-    return QString::fromLocal8Bit(local8Bit).toUtf8();
-}
-
+QByteArray utf8(QByteArray const& local8Bit) { return QString::fromLocal8Bit(local8Bit).toUtf8(); }
 } // namespace
 
 Boundary& Boundary::instance() {
@@ -16,13 +12,8 @@ Boundary& Boundary::instance() {
     return boundary;
 }
 
-void Boundary::add(BoundaryObserver& observer) {
-    m_observers.push_back(&observer);
-}
-
-void Boundary::remove(BoundaryObserver& observer) {
-    std::erase(m_observers, &observer);
-}
+void Boundary::add(BoundaryObserver& observer) { m_observers.push_back(&observer); }
+void Boundary::remove(BoundaryObserver& observer) { std::erase(m_observers, &observer); }
 
 void Boundary::doing(QString const& input) {
     for (BoundaryObserver* const observer : m_observers)
@@ -45,5 +36,4 @@ void Boundary::end(QByteArray const& result) {
     for (BoundaryObserver* const observer : m_observers)
         observer->ended(call, int(m_open.size()), utf8(result));
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 #include <vector>
 
 namespace pictara {
-
 enum class CallSource {
     Host,   ///< a service of the host, called by the plug-in
     Camera, ///< a function of `veyra2`, called by the plug-in
@@ -93,5 +92,4 @@ public:
     HostAtWork(HostAtWork const&) = delete;
     HostAtWork& operator=(HostAtWork const&) = delete;
 };
-
 } // namespace pictara

@@ -20,7 +20,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kResultsSection[] = "[Lens Correction]"; // in every results file
 
 // Nobody else can tell when the dialog starts to save.
@@ -152,7 +151,6 @@ QString timeLines(TimeSpent const& ticks) {
                           "pauses in ticks: %3 s\n")
         .arg(seconds(processorTime()), seconds(ticks.processor), seconds(ticks.waited()));
 }
-
 } // namespace
 
 int runCalibration(Session& session, Options const& options) {
@@ -190,5 +188,4 @@ int runCalibration(Session& session, Options const& options) {
         complain(summary.cause);
     return output.failed() ? int(kExitNotCalibrated) : exitCodeOf(summary);
 }
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char const* kColumns[] = {"No.", "Of", "Call", "Arguments", "Result"};
 constexpr char const* kSources[] = {"host", "veyra2", "shadefit", "plug-in"};
 
@@ -22,7 +21,6 @@ QByteArray lineOf(LoggedCall const& call) {
         words << QStringLiteral("=") << call.result;
     return words.join(QLatin1Char(' ')).toUtf8() + '\n';
 }
-
 } // namespace
 
 CallLog::CallLog(QObject* parent, size_t capacity) : QAbstractTableModel(parent), m_capacity(capacity) {}
@@ -52,13 +50,8 @@ LoggedCall const& CallLog::at(int row) const {
     return m_calls[size_t(m_rows[size_t(row)] - m_calls.front().number)];
 }
 
-int CallLog::rowCount(QModelIndex const& parent) const {
-    return parent.isValid() ? 0 : int(m_rows.size());
-}
-
-int CallLog::columnCount(QModelIndex const& parent) const {
-    return parent.isValid() ? 0 : kColumnCount;
-}
+int CallLog::rowCount(QModelIndex const& parent) const { return parent.isValid() ? 0 : int(m_rows.size()); }
+int CallLog::columnCount(QModelIndex const& parent) const { return parent.isValid() ? 0 : kColumnCount; }
 
 QVariant CallLog::data(QModelIndex const& index, int role) const {
     if (!index.isValid() || index.row() >= rowCount() || role != Qt::DisplayRole)
@@ -85,9 +78,7 @@ QVariant CallLog::headerData(int section, Qt::Orientation orientation, int role)
     return isColumn && role == Qt::DisplayRole ? QString::fromLatin1(kColumns[section]) : QVariant();
 }
 
-void CallLog::doing(QByteArray const& input) {
-    append({.isInput = true, .name = QString::fromUtf8(input)});
-}
+void CallLog::doing(QByteArray const& input) { append({.isInput = true, .name = QString::fromUtf8(input)}); }
 
 void CallLog::began(BoundaryCall const& call, int depth) {
     append({.source = call.source,
@@ -158,7 +149,6 @@ void CallLog::chooseRows() {
         if (isShown(call))
             m_rows.push_back(call.number);
 }
-
 } // namespace pictara
 
 // Apart from the windows' code of this kind: a program may link the log without them.

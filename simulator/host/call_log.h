@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace pictara {
-
 /// One line of the log: an input of the host or of a person at it, or a call.
 struct LoggedCall {
     uint64_t number = 0; ///< since the log was made, from 1
@@ -70,5 +69,4 @@ private:
     std::vector<uint64_t> m_rows;      ///< numbers of those that are shown
     std::vector<uint64_t> m_openCalls; ///< numbers, the innermost last
 };
-
 } // namespace pictara

@@ -16,13 +16,11 @@
 
 namespace pictara {
 namespace {
-
 QToolButton* newButton(QString const& text) {
     auto* const button = new QToolButton;
     button->setText(text);
     return button;
 }
-
 } // namespace
 
 CallPanel::CallPanel(CallLog& log, QWidget* parent)
@@ -101,9 +99,7 @@ void CallPanel::filter() {
     follow();
 }
 
-void CallPanel::refresh(quint64) {
-    follow();
-}
+void CallPanel::refresh(quint64) { follow(); }
 
 void CallPanel::follow() {
     if (isVisible() && m_follows->isChecked())
@@ -133,5 +129,4 @@ void CallPanel::askAndSave() {
     if (!file.isEmpty() && !m_log.save(file, &error))
         QMessageBox::warning(this, QStringLiteral("Save the calls"), error);
 }
-
 } // namespace pictara

@@ -9,7 +9,6 @@ class QMenu;
 class QTableView;
 
 namespace pictara {
-
 /// The log of calls as a table with its filter, to be saved as it is shown. Hidden, it follows nothing.
 class CallPanel : public LivePanel {
 public:
@@ -34,5 +33,4 @@ private:
     QCheckBox* m_follows;
     QTableView* m_table;
 };
-
 } // namespace pictara

@@ -4,7 +4,6 @@
 
 namespace pictara {
 namespace {
-
 struct RowWidgets {
     char const* button;
     char const* temperature;
@@ -17,14 +16,8 @@ constexpr RowWidgets kRows[] = {
     {"Daylight_Image", "Daylight_Temp", "Daylight_Status"},
 };
 
-bool isWaiting(CaptureRow const& row) {
-    return row.status.startsWith(QLatin1String("Waiting"));
-}
-
-bool isCapturing(CaptureRow const& row) {
-    return row.status.startsWith(QLatin1String("In progress"));
-}
-
+bool isWaiting(CaptureRow const& row) { return row.status.startsWith(QLatin1String("Waiting")); }
+bool isCapturing(CaptureRow const& row) { return row.status.startsWith(QLatin1String("In progress")); }
 } // namespace
 
 std::vector<CaptureRow> CaptureRows::read() const {
@@ -47,5 +40,4 @@ void CaptureRows::serve(std::function<void(CaptureRow const&)> const& bringLight
     bringLight(*waiting);
     m_page.press(waiting->name);
 }
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace pictara {
-
 /// What a row says that takes a picture under a light of its own.
 struct CaptureRow {
     char const* name; ///< its button's object name
@@ -30,5 +29,4 @@ public:
 private:
     DialogPage m_page;
 };
-
 } // namespace pictara

@@ -7,7 +7,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kPlotWidth = 440; // of the page's pixels
 constexpr int kProfileHeight = 250;
 constexpr int kMapWidth = 300; // of the area inside the axes
@@ -143,12 +142,9 @@ void addScale(QCustomPlot& plot, QCPColorMap& map, QString const& unit, Palette 
 double highestCount(HistogramChart const& chart) {
     return chart.counts.empty() ? 1 : *std::max_element(chart.counts.begin(), chart.counts.end());
 }
-
 } // namespace
 
-bool hasCharts() {
-    return true;
-}
+bool hasCharts() { return true; }
 
 QImage drawChart(HeatMap const& chart, Scheme scheme) {
     Palette const& palette = paletteOf(scheme);
@@ -229,5 +225,4 @@ QImage drawChart(HistogramChart const& chart, Scheme scheme) {
     plot.yAxis->setLabel(chart.yLabel);
     return pictureOf(plot, kPlotWidth, kProfileHeight);
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 #include <vector>
 
 namespace pictara {
-
 /// What a page's background is like.
 enum class Scheme { Light, Dark };
 
@@ -56,5 +55,4 @@ struct HistogramChart {
 
 /// How many pixels of a chart make one of the page.
 inline constexpr int kChartScale = 2;
-
 } // namespace pictara

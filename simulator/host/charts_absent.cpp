@@ -2,21 +2,8 @@
 #include "simulator/host/charts.h"
 
 namespace pictara {
-
-bool hasCharts() {
-    return false;
-}
-
-QImage drawChart(HeatMap const&, Scheme) {
-    return {};
-}
-
-QImage drawChart(ProfileChart const&, Scheme) {
-    return {};
-}
-
-QImage drawChart(HistogramChart const&, Scheme) {
-    return {};
-}
-
+bool hasCharts() { return false; }
+QImage drawChart(HeatMap const&, Scheme) { return {}; }
+QImage drawChart(ProfileChart const&, Scheme) { return {}; }
+QImage drawChart(HistogramChart const&, Scheme) { return {}; }
 } // namespace pictara

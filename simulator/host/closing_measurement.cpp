@@ -6,7 +6,6 @@
 #include <limits>
 
 namespace pictara {
-
 std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunDriver& driver,
                                         bool corrected) {
     // The test of the dialog switches the correction on; it measures with the next frame, so there is still
@@ -39,5 +38,4 @@ std::optional<Evenness> measureInDetail(Session& session, DialogPage& page, RunD
         evenness->detail = session.frames().detail();
     return evenness;
 }
-
 } // namespace pictara

@@ -4,7 +4,6 @@
 #include "simulator/host/summary_lines.h"
 
 namespace pictara {
-
 class Session;
 
 /// The dialog's figures with the sensor's correction on or off, all else equal; the correction stays so.
@@ -14,5 +13,4 @@ class Session;
 /// With all the detail that a report tells.
 [[nodiscard]] std::optional<Evenness> measureInDetail(Session& session, DialogPage& page, RunDriver& driver,
                                                       bool corrected);
-
 } // namespace pictara

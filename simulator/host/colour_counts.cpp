@@ -4,9 +4,7 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kRows = 180; // enough for a smooth curve, a sixth of the work
-
 } // namespace
 
 ColourCounts countColours(QImage const& picture) {
@@ -24,5 +22,4 @@ ColourCounts countColours(QImage const& picture) {
     }
     return counts;
 }
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 #include <cmath>
 
 namespace pictara {
-
 double shownValue(double light, ColourSettings const& settings) {
     double const lifted = (light - settings.blackLift) / (1 - settings.blackLift);
     double const shown = std::pow(std::max(lifted, 0.0), settings.displayExponent);
@@ -47,5 +46,4 @@ void ColourPipeline::render(simulator::Frame const& frame, ColourSettings const&
             out[x] = qRgb(m_tone(row.red[x]), m_tone(row.green[x]), m_tone(row.blue[x]));
     });
 }
-
 } // namespace pictara

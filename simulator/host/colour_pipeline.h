@@ -6,7 +6,6 @@
 #include <array>
 
 namespace pictara {
-
 /// The display value, 0 to 1, of linear light: black lift, then the display exponent, then contrast about
 /// mid-grey.
 [[nodiscard]] double shownValue(double light, ColourSettings const& settings);
@@ -36,5 +35,4 @@ private:
     ColourSettings m_settings;
     ToneCurve m_tone;
 };
-
 } // namespace pictara

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 namespace pictara {
-
 ColourSettings colourSettings(StateVariables const& states) {
     auto const share = [&](char const* name, double unit, double low, double high) {
         return std::clamp(states.read(name) / unit, low, high);
@@ -18,5 +17,4 @@ ColourSettings colourSettings(StateVariables const& states) {
     settings.blackLift = share("Black Correct", 1000, 0, 0.5);
     return settings;
 }
-
 } // namespace pictara

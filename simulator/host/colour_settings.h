@@ -3,7 +3,6 @@
 #include "simulator/host/state_variables.h"
 
 namespace pictara {
-
 /// How the colour pipeline works, as plain numbers.
 struct ColourSettings {
     double redGain = 1; ///< relative to green
@@ -20,5 +19,4 @@ struct ColourSettings {
 /// The settings that the host's variables ask for: gains in thousandths, "Saturation" in tenths, "Gamma" and
 /// "Contrast" in twentieths, "Black Correct" in thousandths of full scale.
 [[nodiscard]] ColourSettings colourSettings(StateVariables const& states);
-
 } // namespace pictara

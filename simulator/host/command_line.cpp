@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 struct OptionRow {
     char const* name;
     char const* valueName; // null: a switch
@@ -141,9 +140,7 @@ CommandLine usageError(QString const& what) {
             QStringLiteral("pictara-sim: %1\nTry \"pictara-sim --help\".\n").arg(what.trimmed()), kExitUsage};
 }
 
-bool wantsWindow(ValueReader const& reader) {
-    return reader.isSet("window") || reader.isSet("screenshot");
-}
+bool wantsWindow(ValueReader const& reader) { return reader.isSet("window") || reader.isSet("screenshot"); }
 
 // A recording tells all but the plug-in that it is tried on.
 bool takesAllFromRecording(ValueReader const& reader, QString* error) {
@@ -236,7 +233,6 @@ Options readOptions(ValueReader& reader) {
         reader.integer("falloff", 75, 110, options.falloffPercent.emplace(0), 5); // what the dialog offers
     return options;
 }
-
 } // namespace
 
 CommandLine parseCommandLine(QStringList const& arguments) {
@@ -275,5 +271,4 @@ CommandLine parseCommandLine(QStringList const& arguments) {
         return usageError(error);
     return {options, {}, kExitDone};
 }
-
 } // namespace pictara

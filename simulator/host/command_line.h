@@ -8,7 +8,6 @@
 #include <optional>
 
 namespace pictara {
-
 /// Exit codes of the program.
 enum ExitCode : int {
     kExitDone = 0,
@@ -80,5 +79,4 @@ struct CommandLine {
 
 /// Reads the arguments, the first of which is the program's name. A core application must exist.
 [[nodiscard]] CommandLine parseCommandLine(QStringList const& arguments);
-
 } // namespace pictara

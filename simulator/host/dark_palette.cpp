@@ -1,7 +1,6 @@
 #include "simulator/host/dark_palette.h"
 
 namespace pictara {
-
 QPalette darkPalette() {
     QColor const ground(45, 46, 50), field(62, 63, 68), text(226, 226, 230), faint(150, 150, 156);
     // Fields are lighter than the ground: outlines, which are darker, would not show them.
@@ -23,5 +22,4 @@ QPalette darkPalette() {
         palette.setColor(QPalette::Disabled, role, faint);
     return palette;
 }
-
 } // namespace pictara

@@ -14,10 +14,8 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kRunAll[] = "Run_All";
 constexpr char kIdleText[] = "Run All Steps";
-
 } // namespace
 
 DialogPage DialogPage::find(QWidget* dialog) {
@@ -74,9 +72,7 @@ QString DialogPage::colour(char const* name) const {
                                })->name);
 }
 
-bool DialogPage::has(char const* name) const {
-    return widget<QWidget>(name) != nullptr;
-}
+bool DialogPage::has(char const* name) const { return widget<QWidget>(name) != nullptr; }
 
 bool DialogPage::isChecked(char const* name) const {
     auto const* const button = widget<QAbstractButton>(name);
@@ -143,8 +139,5 @@ void DialogPage::tick() {
     QMetaObject::invokeMethod(m_page, "start", Qt::DirectConnection);
 }
 
-bool DialogPage::isRunning() const {
-    return m_page && text(kRunAll) != QLatin1String(kIdleText);
-}
-
+bool DialogPage::isRunning() const { return m_page && text(kRunAll) != QLatin1String(kIdleText); }
 } // namespace pictara

@@ -6,7 +6,6 @@
 #include <QWidget>
 
 namespace pictara {
-
 /// A calibration step as the dialog shows it: its status label and the button that stands for it.
 struct StepWidgets {
     char const* status;
@@ -64,5 +63,4 @@ private:
 
     QPointer<QWidget> m_page;
 };
-
 } // namespace pictara

@@ -3,7 +3,6 @@
 #include <QDir>
 
 namespace pictara {
-
 bool setUpDialog(DialogPage& page, Options const& options, QString const& folder, QString* error) {
     page.type("Save_Dir", QDir::toNativeSeparators(folder));
     if (!options.falloffPercent)
@@ -15,5 +14,4 @@ bool setUpDialog(DialogPage& page, Options const& options, QString const& folder
                  .arg(page.choices("FallOff").join(QLatin1String(", ")));
     return false;
 }
-
 } // namespace pictara

@@ -4,10 +4,8 @@
 #include "simulator/host/dialog_page.h"
 
 namespace pictara {
-
 /// Sets the dialog's fields as the user wished on the command line; results go to `folder`. False with a
 /// message when the dialog does not offer it.
 [[nodiscard]] bool setUpDialog(DialogPage& page, Options const& options, QString const& folder,
                                QString* error);
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 
 namespace pictara {
 namespace {
-
 // The sRGB transfer function with the threshold of its first edition (IEC 61966-2-1:1999).
 double linearised(double shown) {
     double const c = shown / 255;
@@ -51,7 +50,6 @@ std::vector<QRect> equalBlocks(int width, int height, int columns, int rows) {
                 size);
     return rects;
 }
-
 } // namespace
 
 DisplayBlocks rateDisplay(RowSource const& shown, int skippedRows) {
@@ -78,5 +76,4 @@ DisplayBlocks rateDisplay(RowSource const& shown, int columns, int rows, int ski
         rate(grid.cells, blocks);
     return blocks;
 }
-
 } // namespace pictara

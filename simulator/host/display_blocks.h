@@ -3,7 +3,6 @@
 #include "simulator/host/block_means.h"
 
 namespace pictara {
-
 /// How far the colours of a picture's blocks, as a display shows them, lie apart.
 struct DisplayBlocks {
     int columns = 0;
@@ -19,5 +18,4 @@ struct DisplayBlocks {
 [[nodiscard]] DisplayBlocks rateDisplay(RowSource const& shown, int skippedRows = 0);
 /// The same on a grid of that size.
 [[nodiscard]] DisplayBlocks rateDisplay(RowSource const& shown, int columns, int rows, int skippedRows = 0);
-
 } // namespace pictara

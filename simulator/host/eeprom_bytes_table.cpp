@@ -5,14 +5,12 @@
 
 namespace pictara {
 namespace {
-
 // The text stays readable on it in a light and in a dark scheme.
 QColor markOfChange() {
     QColor colour = QApplication::palette().color(QPalette::Highlight);
     colour.setAlpha(110);
     return colour;
 }
-
 } // namespace
 
 bool EepromBytesTable::show(QByteArray const& bytes) {
@@ -45,9 +43,7 @@ int EepromBytesTable::changedBytes() const {
     return count;
 }
 
-bool EepromBytesTable::isChanged(int offset) const {
-    return m_bytes[offset] != m_before[offset];
-}
+bool EepromBytesTable::isChanged(int offset) const { return m_bytes[offset] != m_before[offset]; }
 
 int EepromBytesTable::rowCount(QModelIndex const& parent) const {
     return parent.isValid() ? 0 : m_bytes.size() / kBytesPerRow;
@@ -96,5 +92,4 @@ QVariant EepromBytesTable::headerData(int section, Qt::Orientation orientation, 
         return QStringLiteral("%1").arg(section * kBytesPerRow, 4, 16, QLatin1Char('0')).toUpper();
     return section == kBytesPerRow ? QStringLiteral("Text") : QString::number(section, 16).toUpper();
 }
-
 } // namespace pictara

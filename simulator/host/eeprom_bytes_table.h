@@ -4,7 +4,6 @@
 #include <QByteArray>
 
 namespace pictara {
-
 /// The EEPROM's bytes as the model of a table: 16 a row in hexadecimal numbers and, in one more column, as
 /// characters. Bytes that differ from the state which changes are counted from are marked.
 class EepromBytesTable : public QAbstractTableModel {
@@ -33,5 +32,4 @@ private:
     QByteArray m_bytes;
     QByteArray m_before;
 };
-
 } // namespace pictara

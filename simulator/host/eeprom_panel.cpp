@@ -17,7 +17,6 @@
 
 namespace pictara {
 namespace {
-
 enum RecordColumn { kPlace, kWhat, kHeld };
 enum ItemData { kOffset = Qt::UserRole, kSize };
 
@@ -72,7 +71,6 @@ QItemSelection selectionOf(EepromBytesTable const& bytes, int offset, int size) 
     }
     return selection;
 }
-
 } // namespace
 
 EepromPanel::EepromPanel(simulator::SimulatedCamera const& camera, QWidget* parent)
@@ -173,5 +171,4 @@ void EepromPanel::tellState() {
                                                 .arg(m_bytes.changedBytes())
                                           : QStringLiteral("This headboard has no EEPROM."));
 }
-
 } // namespace pictara

@@ -12,7 +12,6 @@ class SimulatedCamera;
 }
 
 namespace pictara {
-
 /// The camera's EEPROM: its bytes, and the records that they make. Choosing a record chooses its bytes. It
 /// looks past the bus and disturbs nothing.
 class EepromPanel : public LivePanel {
@@ -36,5 +35,4 @@ private:
     QTreeWidget* m_records;
     QLabel* m_state;
 };
-
 } // namespace pictara

@@ -7,7 +7,6 @@
 
 namespace pictara {
 namespace {
-
 // What the user asked for although the camera has no EEPROM; empty when there was nothing of the kind.
 QString needlessOption(Options const& options) {
     if (!options.eepromFile.isEmpty())
@@ -25,7 +24,6 @@ bool planFault(simulator::SimulatedCamera& camera, FaultWish const& fault, QStri
     }
     return !fault.operation || camera.injectFault(fault.name, *fault.operation, fault.forEver);
 }
-
 } // namespace
 
 std::optional<EepromStore> EepromStore::open(simulator::SimulatedCamera& camera, Options const& options,
@@ -79,5 +77,4 @@ bool EepromStore::keep(simulator::SimulatedCamera const& camera, QString* error)
         QFile::remove(conditionsFile);
     return true;
 }
-
 } // namespace pictara

@@ -7,7 +7,6 @@
 #include <optional>
 
 namespace pictara {
-
 /// Where the camera's EEPROM lasts from one sitting to the next: a file of its bytes and, beside it, the
 /// conditions under which they were calibrated.
 class EepromStore {
@@ -40,5 +39,4 @@ private:
     QString m_file;
     uint64_t m_replayedWrites = 0;
 };
-
 } // namespace pictara

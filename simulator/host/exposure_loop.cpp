@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr double kPeakLimit = 0.95;
 constexpr double kClippedPeak = 0.99;
 constexpr double kLargestStep = 4;
@@ -47,7 +46,6 @@ private:
     std::array<uint64_t, kBins + 1> m_histogram{};
     uint64_t m_count = 0;
 };
-
 } // namespace
 
 CentreZone measureCentre(simulator::Frame const& frame, simulator::CameraDescription const& camera,
@@ -81,5 +79,4 @@ uint32_t nextExposure(uint32_t present, CentreZone const& centre, double target)
     double const next = std::round(std::max(present, 1U) * factor);
     return uint32_t(std::clamp(next, 1.0, double(kLongestExposure)));
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 #include <cstdint>
 
 namespace pictara {
-
 /// Light in the centre of a frame, as shares of full scale.
 struct CentreZone {
     double mean = 0; ///< of the brightest colour
@@ -20,5 +19,4 @@ struct CentreZone {
 /// scale). It brightens at most fourfold and never so far that the centre's peak would clip; a clipped
 /// centre, whose mean says nothing, is halved. Within a hundredth of the target the exposure stays as it is.
 [[nodiscard]] uint32_t nextExposure(uint32_t present, CentreZone const& centre, double target);
-
 } // namespace pictara

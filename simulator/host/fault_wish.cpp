@@ -3,7 +3,6 @@
 #include <QRegularExpression>
 
 namespace pictara {
-
 std::optional<FaultWish> parseFaultWish(QString const& text) {
     static QRegularExpression const pattern(QStringLiteral("^([^@+]+)(?:@([0-9]+))?(\\+)?$"));
     auto const match = pattern.match(text);
@@ -22,5 +21,4 @@ QString textOf(FaultWish const& wish) {
     QString const at = wish.operation ? QStringLiteral("@%1").arg(*wish.operation) : QString();
     return wish.name + at + QLatin1String(wish.forEver ? "+" : "");
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 #include <optional>
 
 namespace pictara {
-
 /// Something that shall go wrong with the camera's EEPROM.
 struct FaultWish {
     QString name;
@@ -19,5 +18,4 @@ struct FaultWish {
 /// False for an operation 0: they are counted from 1, and only power can fail before a first byte is stored.
 [[nodiscard]] bool canStrike(FaultWish const& wish);
 [[nodiscard]] QString textOf(FaultWish const& wish);
-
 } // namespace pictara

@@ -7,9 +7,7 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kExposureRegister[] = "COARSE_INTEGRATION_TIME";
-
 } // namespace
 
 FrameDelivery::FrameDelivery(simulator::SimulatedCamera& camera, StateVariables const& states,
@@ -54,9 +52,7 @@ PictureDetail FrameDelivery::detail() {
                          unmarkedPicture());
 }
 
-uint32_t FrameDelivery::exposure() const {
-    return m_registers.read(kExposureRegister, "");
-}
+uint32_t FrameDelivery::exposure() const { return m_registers.read(kExposureRegister, ""); }
 
 void FrameDelivery::setExposure(uint32_t rows) {
     if (!m_registers.write(kExposureRegister, "", rows))
@@ -71,5 +67,4 @@ void FrameDelivery::stepExposure() {
     if (next != present)
         setExposure(next);
 }
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 #include "simulator/host/sensor_registers.h"
 
 namespace pictara {
-
 /// The host's display loop, one frame a call: the camera exposes, the exposure loop steps, the plug-in sees
 /// the raw frame and then the picture that is displayed.
 class FrameDelivery {
@@ -45,5 +44,4 @@ private:
     ColourSettings m_settings;
     QImage m_picture;
 };
-
 } // namespace pictara

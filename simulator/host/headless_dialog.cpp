@@ -8,7 +8,6 @@
 #include <QDialog>
 
 namespace pictara {
-
 bool makeHeadless(Session& session, HeadlessDialog& opened, QString* error) {
     opened.dialog = session.openDialog(nullptr, error);
     return opened.dialog != nullptr;
@@ -39,5 +38,4 @@ ExitCode openHeadless(Session& session, Options const& options, HeadlessDialog& 
     complain(error);
     return kExitUsage;
 }
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 class QDialog;
 
 namespace pictara {
-
 class Session;
 
 /// The plug-in's dialog in a run without a person.
@@ -22,5 +21,4 @@ struct HeadlessDialog {
 /// The steps of it: makes the dialog, and shows it with its timer at rest. False with a message.
 [[nodiscard]] bool makeHeadless(Session& session, HeadlessDialog& opened, QString* error);
 [[nodiscard]] bool showHeadless(HeadlessDialog& opened, QString* error);
-
 } // namespace pictara

@@ -7,7 +7,6 @@
 
 namespace pictara {
 namespace {
-
 // Readable on light and dark ground.
 QColor const kChannels[] = {QColor(220, 70, 60), QColor(50, 160, 70), QColor(70, 120, 230)};
 constexpr int kSmallestHeight = 120;
@@ -24,7 +23,6 @@ void paintAxis(QCPAxis& axis, QPalette const& palette, QFont const& font) {
     axis.setTickLabelFont(font);
     axis.grid()->setPen(QPen(grid, 0, Qt::DotLine));
 }
-
 } // namespace
 
 HistogramPanel::HistogramPanel(Picture picture, QWidget* parent)
@@ -75,5 +73,4 @@ void HistogramPanel::refresh(quint64) {
     m_plot->yAxis->setRange(0, 1.05 * highest);
     m_plot->replot(QCustomPlot::rpQueuedReplot);
 }
-
 } // namespace pictara

@@ -10,7 +10,6 @@
 class QCustomPlot;
 
 namespace pictara {
-
 /// How often display values occur, in bins of equal width from 0 to 255.
 struct ColourCounts {
     static constexpr int kBins = 64;
@@ -37,5 +36,4 @@ private:
     Picture m_picture;
     QCustomPlot* m_plot = nullptr;
 };
-
 } // namespace pictara

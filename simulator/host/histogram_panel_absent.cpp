@@ -4,7 +4,6 @@
 #include <QVBoxLayout>
 
 namespace pictara {
-
 HistogramPanel::HistogramPanel(Picture, QWidget* parent) : LivePanel(parent) {
     auto* const absent = new QLabel(QStringLiteral("This program was built without the chart library."));
     absent->setWordWrap(true);
@@ -12,11 +11,6 @@ HistogramPanel::HistogramPanel(Picture, QWidget* parent) : LivePanel(parent) {
 }
 
 void HistogramPanel::takeColours() {}
-
-void HistogramPanel::changeEvent(QEvent* event) {
-    LivePanel::changeEvent(event);
-}
-
+void HistogramPanel::changeEvent(QEvent* event) { LivePanel::changeEvent(event); }
 void HistogramPanel::refresh(quint64) {}
-
 } // namespace pictara

@@ -34,7 +34,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kFrameIntervalMs = 66; // about 15 frames a second
 // Left to the rest of the program after each frame, however long frames take.
 constexpr int kShortestRestMs = 15;
@@ -75,7 +74,6 @@ QWidget* scrolled(QWidget* column) {
     area->setFocusPolicy(Qt::NoFocus);
     return area;
 }
-
 } // namespace
 
 HostWindow::HostWindow(Session& session, Options const& options)
@@ -311,5 +309,4 @@ void HostWindow::closeEvent(QCloseEvent* event) {
         m_dialog->hide();
     QApplication::exit(kExitDone);
 }
-
 } // namespace pictara

@@ -15,7 +15,6 @@ class QSplitter;
 class QTabWidget;
 
 namespace pictara {
-
 class LivePanel;
 class LiveView;
 class Session;
@@ -77,5 +76,4 @@ private:
     bool m_isTrying = false;
     QTimer m_clock;
 };
-
 } // namespace pictara

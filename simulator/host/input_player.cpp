@@ -7,7 +7,6 @@
 #include <utility>
 
 namespace pictara {
-
 // What each kind of input does; `rest` is what stands behind its name. False when it cannot be done.
 struct InputKinds {
     using Do = bool (*)(InputPlayer& player, QString const& rest, QString* error);
@@ -84,7 +83,6 @@ private:
 };
 
 namespace {
-
 struct {
     char const* name;
     InputKinds::Do perform;
@@ -94,7 +92,6 @@ struct {
     {"choose", InputKinds::choose}, {"light", InputKinds::light}, {"register", InputKinds::reg},
     {"fault", InputKinds::fault},   {"close", InputKinds::close},
 };
-
 } // namespace
 
 bool InputPlayer::play(QString const& input, QString* error) {
@@ -112,5 +109,4 @@ bool InputPlayer::play(QString const& input, QString* error) {
     *error = QStringLiteral("there is no input of this name");
     return false;
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 #include <QString>
 
 namespace pictara {
-
 class Session;
 
 /// Does again what was recorded.
@@ -24,5 +23,4 @@ private:
     Session& m_session;
     HeadlessDialog m_dialog;
 };
-
 } // namespace pictara

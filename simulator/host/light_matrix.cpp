@@ -9,7 +9,6 @@
 
 namespace pictara {
 namespace {
-
 // Tells the sensor that all its tables but one were made for redder lights than there are.
 class OneTable {
 public:
@@ -57,7 +56,6 @@ LightColumn measureLight(Session& session, DialogPage& page, RunDriver& driver, 
 QString figure(std::optional<double> const& value) {
     return value ? QString::number(*value, 'f', 2) : QStringLiteral("-");
 }
-
 } // namespace
 
 std::vector<double> lightsToTry(std::vector<double> lights) {
@@ -115,5 +113,4 @@ QString lightMatrixLines(LightMatrix const& matrix) {
          [](LightColumn const& column) { return figure(column.corrected); });
     return text;
 }
-
 } // namespace pictara

@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace pictara {
-
 class Session;
 
 /// How even the picture is under one light, in the dialog's own figure; the exposure and the colour balance
@@ -35,5 +34,4 @@ using LightMatrix = std::vector<LightColumn>;
 
 /// A line for each state of the correction, with a figure for each light.
 [[nodiscard]] QString lightMatrixLines(LightMatrix const& matrix);
-
 } // namespace pictara

@@ -12,7 +12,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr Quantity kTemperature{.label = "Colour &temperature",
                                 .toolTip = "Colour temperature of the lamp",
                                 .suffix = " K",
@@ -49,7 +48,6 @@ Control* newControl(char const* name, Content const& content, QWidget* parent) {
     parent->layout()->addWidget(control);
     return control;
 }
-
 } // namespace
 
 LightPanel::LightPanel(simulator::Light const& light, QWidget* parent) : QWidget(parent), m_light(light) {
@@ -135,5 +133,4 @@ void LightPanel::announce() {
         light.level = 0;
     emit lightChanged(light);
 }
-
 } // namespace pictara

@@ -8,7 +8,6 @@ class QCheckBox;
 class QComboBox;
 
 namespace pictara {
-
 class QuantityControl;
 
 /// Where a person sets the light before the camera. Its controls are children named "illuminant",
@@ -37,5 +36,4 @@ private:
     QCheckBox* m_object;
     QCheckBox* m_cover;
 };
-
 } // namespace pictara

@@ -1,7 +1,6 @@
 #pragma once
 
 namespace pictara {
-
 struct Range {
     double low;
     double high;
@@ -12,5 +11,4 @@ struct Range {
 inline constexpr Range kColourTemperatures{2000, 12000}; ///< kelvin
 inline constexpr Range kLevels{0.001, 10000};            ///< relative to the lamp's normal level
 inline constexpr Range kGradients{-1, 1};
-
 } // namespace pictara

@@ -4,7 +4,6 @@
 
 namespace pictara {
 namespace {
-
 using Matrix = std::array<float, 9>;
 using RowUse = std::function<void(uint32_t, ColourRow const&)>;
 
@@ -64,7 +63,6 @@ uint64_t rowBytes(simulator::Frame const& frame) {
     }
     return 0;
 }
-
 } // namespace
 
 bool isWhole(simulator::Frame const& frame) {
@@ -101,5 +99,4 @@ void forEachLinearRow(simulator::IdealFrame const& frame, simulator::CameraDescr
     BayerRows rows(frame, camera, float(settings.redGain), float(settings.blueGain));
     handOut(frame.height, camera, settings, use, [&](uint32_t y, ColourRow& row) { rows.read(y, row); });
 }
-
 } // namespace pictara

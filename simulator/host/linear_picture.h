@@ -6,7 +6,6 @@
 #include <functional>
 
 namespace pictara {
-
 /// True when the frame's buffer holds the rows that it tells of and can be shown: at least 2 x 2 pixels.
 [[nodiscard]] bool isWhole(simulator::Frame const& frame);
 
@@ -21,5 +20,4 @@ void forEachLinearRow(simulator::Frame const& frame, simulator::CameraDescriptio
 void forEachLinearRow(simulator::IdealFrame const& frame, simulator::CameraDescription const& camera,
                       ColourSettings const& settings,
                       std::function<void(uint32_t y, ColourRow const& row)> const& use);
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 
 namespace pictara {
 namespace {
-
 // Even light at the normal level with nothing in its way, of the same colour.
 void mendLight(Session& session) {
     session.setLight({.colourTemperature = session.camera().light().colourTemperature});
@@ -17,7 +16,6 @@ void changeLamp(Session& session, CaptureRow const& row, ProgressReport& progres
     progress.say(
         QStringLiteral("The lamp of %1 K is switched on for the %2.").arg(row.kelvin).arg(row.button));
 }
-
 } // namespace
 
 RunResult runAllUnderItsLights(Session& session, CaptureRows& rows, RunDriver& driver,
@@ -37,5 +35,4 @@ RunResult runAgain(Session& session, CaptureRows& rows, RunDriver& driver, Progr
         return driver.runSteps(kExposure, kEepromSave);
     return runAllUnderItsLights(session, rows, driver, progress);
 }
-
 } // namespace pictara

@@ -4,7 +4,6 @@
 #include "simulator/host/run_all.h"
 
 namespace pictara {
-
 class ProgressReport;
 class Session;
 
@@ -18,5 +17,4 @@ class Session;
 /// light are taken anew; where there is but one, the step of the calibration takes it.
 [[nodiscard]] RunResult runAgain(Session& session, CaptureRows& rows, RunDriver& driver,
                                  ProgressReport& progress);
-
 } // namespace pictara

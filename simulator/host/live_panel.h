@@ -3,7 +3,6 @@
 #include <QWidget>
 
 namespace pictara {
-
 /// A part of the bench that follows what goes on. It is brought up to date a few times a second while it is
 /// in sight, and costs nothing while it is not unless it tells what changed.
 class LivePanel : public QWidget {
@@ -14,5 +13,4 @@ public:
     /// Whether it tells changes, and so has to see them out of sight, too.
     [[nodiscard]] virtual bool tellsChanges() const { return false; }
 };
-
 } // namespace pictara

@@ -10,7 +10,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr QSize kPreferredSize(960, 540);
 constexpr QSize kSmallestSize(320, 180);
 constexpr QColor kGround(48, 48, 48);
@@ -19,7 +18,6 @@ constexpr double kWheelStep = 1.15;
 constexpr double kLeastScale = 0.05, kGreatestScale = 16;
 constexpr QSize kLegend(140, 12);
 constexpr int kMargin = 10;
-
 } // namespace
 
 LiveView::LiveView(QWidget* parent)
@@ -71,17 +69,9 @@ void LiveView::setUniformity(DisplayBlocks const& blocks, int skippedRows) {
         QTransform::fromScale(size.width() / map.width(), (size.height() - skippedRows) / map.height()));
 }
 
-void LiveView::showUniformity(bool isShown) {
-    m_map->setVisible(isShown);
-}
-
-bool LiveView::isUniformityShown() const {
-    return m_map->isVisible();
-}
-
-void LiveView::showCross(bool isShown) {
-    m_cross->setVisible(isShown);
-}
+void LiveView::showUniformity(bool isShown) { m_map->setVisible(isShown); }
+bool LiveView::isUniformityShown() const { return m_map->isVisible(); }
+void LiveView::showCross(bool isShown) { m_cross->setVisible(isShown); }
 
 void LiveView::placeCross() {
     QRectF const area = scene()->sceneRect();
@@ -152,8 +142,5 @@ void LiveView::drawForeground(QPainter* painter, QRectF const&) {
     painter->restore();
 }
 
-QSize LiveView::sizeHint() const {
-    return kPreferredSize;
-}
-
+QSize LiveView::sizeHint() const { return kPreferredSize; }
 } // namespace pictara

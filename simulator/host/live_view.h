@@ -4,7 +4,6 @@
 #include <QImage>
 
 namespace pictara {
-
 struct DisplayBlocks;
 
 /// Shows the latest picture on a dark ground: as large as it fits or at a scale of one's own, with the
@@ -48,5 +47,4 @@ private:
     double m_largest = 0; ///< of the deviations
     bool m_isFitted = true;
 };
-
 } // namespace pictara

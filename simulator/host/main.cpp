@@ -16,7 +16,6 @@
 #include <iterator>
 
 namespace {
-
 using namespace pictara;
 
 #ifdef Q_OS_LINUX
@@ -45,9 +44,7 @@ bool hasDisplay() {
                        [](char const* name) { return !qEnvironmentVariableIsEmpty(name); });
 }
 #else
-bool hasDisplay() {
-    return true;
-}
+bool hasDisplay() { return true; }
 #endif
 
 void drawWithoutScreen() {
@@ -119,7 +116,6 @@ int sitAndRecord(Options const& options) {
     complain(error);
     return code == kExitDone ? kExitNotCalibrated : code;
 }
-
 } // namespace
 
 int main(int argc, char** argv) {

@@ -7,7 +7,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kSolverMark[] = "shadefit:";
 constexpr char kBlocksMark[] = "refused blocks of ";
 constexpr char kConsequence[] = "there is no ";
@@ -42,12 +41,9 @@ void onMessage(QtMsgType type, QMessageLogContext const&, QString const& text) {
     if (type == QtFatalMsg)
         std::abort();
 }
-
 } // namespace
 
-void installMessageLog() {
-    qInstallMessageHandler(onMessage);
-}
+void installMessageLog() { qInstallMessageHandler(onMessage); }
 
 QString lastSolverMessage() {
     QMutexLocker const lock(&log().mutex);
@@ -73,5 +69,4 @@ void setProgressLineShown(bool shown) {
     QMutexLocker const lock(&log().mutex);
     log().progressLineShown = shown;
 }
-
 } // namespace pictara

@@ -3,7 +3,6 @@
 #include <QString>
 
 namespace pictara {
-
 /// Sends all messages of the process to the standard error stream, a line each, and keeps the last cause that
 /// the calibration library logged.
 void installMessageLog();
@@ -22,5 +21,4 @@ void complain(QString const& text);
 
 /// Set while a progress bar stands on the terminal's last line: a message then clears that line first.
 void setProgressLineShown(bool shown);
-
 } // namespace pictara

@@ -5,9 +5,7 @@
 
 namespace pictara {
 namespace {
-
 constexpr char const* kColumns[] = {"Name", "Value", "Changed at frame"};
-
 } // namespace
 
 void NamedValues::show(Values const& values, quint64 frame) {
@@ -34,9 +32,7 @@ int NamedValues::rowCount(QModelIndex const& parent) const {
     return parent.isValid() ? 0 : int(m_rows.size());
 }
 
-int NamedValues::columnCount(QModelIndex const& parent) const {
-    return parent.isValid() ? 0 : kColumnCount;
-}
+int NamedValues::columnCount(QModelIndex const& parent) const { return parent.isValid() ? 0 : kColumnCount; }
 
 QVariant NamedValues::data(QModelIndex const& index, int role) const {
     if (!index.isValid() || index.row() >= rowCount())
@@ -65,5 +61,4 @@ QVariant NamedValues::headerData(int section, Qt::Orientation orientation, int r
     bool const isColumn = orientation == Qt::Horizontal && section >= 0 && section < kColumnCount;
     return isColumn && role == Qt::DisplayRole ? QString::fromLatin1(kColumns[section]) : QVariant();
 }
-
 } // namespace pictara

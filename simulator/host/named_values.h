@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace pictara {
-
 /// Named values as the model of a table that tells which of them changed, and when. Rows are in the order of
 /// the names; those that changed are bold.
 class NamedValues : public QAbstractTableModel {
@@ -35,5 +34,4 @@ private:
     std::vector<Row> m_rows;
     bool m_isFilled = false;
 };
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 
 namespace pictara {
 namespace {
-
 using simulator::callText;
 using simulator::callTexts;
 
@@ -84,12 +83,10 @@ HostServices observedTable() {
     table.readTextSetting = readTextSetting;
     return table;
 }
-
 } // namespace
 
 HostServices const& observedServices() {
     static HostServices const table = observedTable();
     return table;
 }
-
 } // namespace pictara

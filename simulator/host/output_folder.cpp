@@ -8,7 +8,6 @@
 #include <QFileInfo>
 
 namespace pictara {
-
 void OutputFolder::savePicture(QString const& name, QImage const& picture) {
     QBuffer buffer;
     (void)(buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "PNG", kPngEffort));
@@ -61,5 +60,4 @@ QStringList OutputFolder::filesOfOthers(QString const& wildcard, QByteArray cons
     }
     return found;
 }
-
 } // namespace pictara

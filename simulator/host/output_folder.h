@@ -6,7 +6,6 @@
 #include <initializer_list>
 
 namespace pictara {
-
 /// Writes a run's files, each as a whole or not at all, and knows their names. What cannot be written is told
 /// on the standard error stream.
 class OutputFolder {
@@ -34,5 +33,4 @@ private:
     QStringList m_written;
     bool m_failed = false;
 };
-
 } // namespace pictara

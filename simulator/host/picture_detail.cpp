@@ -4,7 +4,6 @@
 
 namespace pictara {
 namespace {
-
 // Both odd, so that there is a cell in the middle.
 constexpr int kMapCells = 65;
 constexpr int kCoarseCells = 11;
@@ -22,7 +21,6 @@ LightMaps mapsOf(AnyFrame const& frame, simulator::CameraDescription const& came
 double percentAbove(double value, double reference) {
     return reference > 0 ? 100 * (value / reference - 1) : 0;
 }
-
 } // namespace
 
 PictureDetail measureDetail(simulator::Frame const& frame, simulator::IdealFrame const& ideal,
@@ -74,5 +72,4 @@ std::vector<double> diagonal(std::vector<double> const& values, int columns, int
     }
     return line;
 }
-
 } // namespace pictara

@@ -4,7 +4,6 @@
 #include "simulator/host/display_blocks.h"
 
 namespace pictara {
-
 /// A picture's light as even maps show it.
 struct LightMaps {
     LightGrid sensor;  ///< in the sensor's own colours, balanced by the relative gains
@@ -33,5 +32,4 @@ struct PictureDetail {
 [[nodiscard]] std::vector<double> ratioResidual(LightGrid const& light, size_t channel);
 /// The values on the way from the top left to the bottom right corner; both are among them.
 [[nodiscard]] std::vector<double> diagonal(std::vector<double> const& values, int columns, int rows);
-
 } // namespace pictara

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 namespace pictara {
-
 void Placeholders::add(QString const& path, QByteArray const& name) {
     for (QString const& written : {QDir::toNativeSeparators(path), path})
         m_names.emplace_back(written.toUtf8(), name);
@@ -24,5 +23,4 @@ QByteArray Placeholders::reveal(QByteArray text) const {
         text.replace(name, path);
     return text;
 }
-
 } // namespace pictara

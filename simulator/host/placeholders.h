@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace pictara {
-
 /// Names for what differs from machine to machine, so that recordings can be compared.
 class Placeholders {
 public:
@@ -18,5 +17,4 @@ public:
 private:
     std::vector<std::pair<QByteArray, QByteArray>> m_names; ///< longest path first
 };
-
 } // namespace pictara

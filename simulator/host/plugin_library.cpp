@@ -9,7 +9,6 @@
 
 namespace pictara {
 namespace {
-
 template <typename Function>
 bool resolve(QLibrary& library, char const* name, Function& function, QString* error) {
     function = reinterpret_cast<Function>(library.resolve(name));
@@ -28,7 +27,6 @@ QByteArray pictureText(void const* pixels, uint32_t type, uint32_t width, int32_
            QByteArray::number(height) + ", pitch " + QByteArray::number(pitch) + ", " +
            hashOf(pixels, height, pitch);
 }
-
 } // namespace
 
 bool PluginLibrary::load(QString const& file, QString* error) {
@@ -99,5 +97,4 @@ void PluginLibrary::registerChanged(uint32_t what, uint32_t value) const {
                             [&] { return simulator::callTexts(what, value); });
     m_functions.registerChanged(what, value);
 }
-
 } // namespace pictara

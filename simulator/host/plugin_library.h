@@ -6,7 +6,6 @@
 #include <QString>
 
 namespace pictara {
-
 /// The dialog plug-in, found by its file name. Its functions do nothing when it is not loaded.
 class PluginLibrary {
 public:
@@ -47,5 +46,4 @@ private:
     QLibrary m_library;
     Functions m_functions;
 };
-
 } // namespace pictara

@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr uint32_t kRegisterSpace = 0;
 constexpr uint32_t kFirmwareVariableSpace = 1;
 
@@ -94,7 +93,6 @@ bool apply(PresetLine const& line, StateVariables& states, SensorRegisters& regi
         return applyVariable(line, registers);
     return false;
 }
-
 } // namespace
 
 std::optional<QList<PresetLine>> readPreset(QString const& iniFile, QByteArray const& section) {
@@ -126,5 +124,4 @@ int applyPreset(QList<PresetLine> const& lines, StateVariables& states, SensorRe
     registers.endChanges();
     return int(applied);
 }
-
 } // namespace pictara

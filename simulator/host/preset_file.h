@@ -9,7 +9,6 @@
 #include <optional>
 
 namespace pictara {
-
 /// One line of a preset: `KEYWORD = field, field, ...`. Comments and directives are left out.
 struct PresetLine {
     QByteArray keyword; ///< in capitals; empty for a line without "="
@@ -29,5 +28,4 @@ struct PresetLine {
 /// Numbers are decimal, or hexadecimal with 0x. A line that is not understood, or that the sensor does not
 /// take, is logged and passed over. Returns the number of lines that were applied.
 int applyPreset(QList<PresetLine> const& lines, StateVariables& states, SensorRegisters& registers);
-
 } // namespace pictara

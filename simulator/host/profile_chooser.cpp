@@ -10,7 +10,6 @@
 
 namespace pictara {
 namespace {
-
 QString describedBy(simulator::CameraDescription const& camera) {
     return QStringLiteral("%1: kind %2, variant %3, %4 x %5 pixels%6%7")
         .arg(QString::fromLocal8Bit(camera.sensorName))
@@ -21,7 +20,6 @@ QString describedBy(simulator::CameraDescription const& camera) {
         .arg(camera.systemOnChip ? QStringLiteral(", system on chip") : QString())
         .arg(camera.note.isEmpty() ? QString() : QStringLiteral(";\n") + camera.note);
 }
-
 } // namespace
 
 ProfileChooser::ProfileChooser(QString const& preferred, QWidget* parent)
@@ -60,5 +58,4 @@ void ProfileChooser::describe(QString const& profile) {
     auto const camera = simulator::SimulatedCamera::open(profile, &error);
     m_description->setText(camera ? describedBy(camera->description()) : error);
 }
-
 } // namespace pictara

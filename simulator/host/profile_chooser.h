@@ -6,7 +6,6 @@ class QLabel;
 class QListWidget;
 
 namespace pictara {
-
 /// Lets a person choose one of the installed sensors.
 class ProfileChooser : public QDialog {
     Q_OBJECT
@@ -21,5 +20,4 @@ private:
     QListWidget* m_list;
     QLabel* m_description;
 };
-
 } // namespace pictara

@@ -16,7 +16,6 @@
 
 namespace pictara {
 namespace {
-
 // Whether a line can be written over there.
 bool isTerminal(std::FILE* stream) {
 #ifdef _WIN32
@@ -30,9 +29,7 @@ bool isTerminal(std::FILE* stream) {
 #endif
 }
 
-bool inProgress(QString const& status) {
-    return status.startsWith(QLatin1String("In progress"));
-}
+bool inProgress(QString const& status) { return status.startsWith(QLatin1String("In progress")); }
 
 // What stays of a status when its figures change, so that a log shows each turn once.
 QString withoutFigures(QString status) {
@@ -44,7 +41,6 @@ double percentOf(QString const& status) {
     static QRegularExpression const pattern(QStringLiteral("([0-9]+) ?%"));
     return std::min(pattern.match(status).captured(1).toDouble(), 100.0);
 }
-
 } // namespace
 
 ProgressReport::ProgressReport(std::FILE* stream, DialogPage const& page)
@@ -112,5 +108,4 @@ double shareDone(QStringList const& texts) {
     }
     return steps / double(std::size(kSteps));
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 #include <cstdio>
 
 namespace pictara {
-
 /// Shows how a run gets on: one bar that is redrawn on a terminal, else a line whenever a step begins or
 /// ends. Steps are named as the dialog names them.
 class ProgressReport {
@@ -32,5 +31,4 @@ private:
 
 /// Share of a run's work that is done, 0 to 1.
 [[nodiscard]] double shareDone(QStringList const& statusTexts);
-
 } // namespace pictara

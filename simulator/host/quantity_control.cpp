@@ -10,10 +10,8 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kPositions = 400;
 constexpr int kPageStep = 20;
-
 } // namespace
 
 QuantityControl::QuantityControl(Quantity const& quantity, QWidget* parent)
@@ -71,5 +69,4 @@ double QuantityControl::valueAt(int position) const {
     double const share = double(position) / kPositions;
     return m_quantity.logarithmic ? low * std::pow(high / low, share) : low + (high - low) * share;
 }
-
 } // namespace pictara

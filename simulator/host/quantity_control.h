@@ -8,7 +8,6 @@ class QDoubleSpinBox;
 class QSlider;
 
 namespace pictara {
-
 /// A quantity that a person sets: what it is called and how it is shown.
 struct Quantity {
     char const* label; ///< with the mnemonic
@@ -40,5 +39,4 @@ private:
     QSlider* m_slider;
     QDoubleSpinBox* m_number;
 };
-
 } // namespace pictara

@@ -3,10 +3,7 @@
 #include <QLocale>
 
 namespace pictara {
-
-QString pressInput(char const* button) {
-    return QStringLiteral("press ") + QLatin1String(button);
-}
+QString pressInput(char const* button) { return QStringLiteral("press ") + QLatin1String(button); }
 
 QString typeInput(char const* field, QString const& text) {
     return QStringLiteral("type ") + QLatin1String(field) + QLatin1Char(' ') + text;
@@ -26,8 +23,5 @@ QString lightInput(simulator::Light const& light) {
              QLatin1String(light.objectInPicture ? " object" : ""));
 }
 
-QString exactly(double number) {
-    return QString::number(number, 'g', QLocale::FloatingPointShortest);
-}
-
+QString exactly(double number) { return QString::number(number, 'g', QLocale::FloatingPointShortest); }
 } // namespace pictara

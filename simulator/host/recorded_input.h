@@ -5,7 +5,6 @@
 #include <QString>
 
 namespace pictara {
-
 // What a host, or a person at it, does to camera and plug-in, as a line of a recording. The others are
 // "open", "show", "frame N", "tick", "fault NAME[@N][+]" and "close".
 
@@ -17,5 +16,4 @@ namespace pictara {
 
 /// A number with as many digits as it takes to read the same one.
 [[nodiscard]] QString exactly(double number);
-
 } // namespace pictara

@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kResult[] = " = ";
 constexpr char kPolled[] = "vy_ReadSensorRegStr ";
 constexpr char kWritten[] = "vy_writeRegisters ";
@@ -16,9 +15,7 @@ constexpr char kRead[] = "vy_readRegisters ";
 constexpr uint32_t kMostBytes = 32;  // in a line of bus writes
 constexpr int kMostReadDigits = 128; // in a line of a bus read; more are shown by their hash
 
-QByteArray indented(int depth, QByteArray const& text) {
-    return QByteArray(4 * (depth + 1), ' ') + text;
-}
+QByteArray indented(int depth, QByteArray const& text) { return QByteArray(4 * (depth + 1), ' ') + text; }
 
 /// A bus write as its line shows it.
 struct BusWrite {
@@ -98,7 +95,6 @@ bool isPolledAgain(QByteArray const& first, QByteArray const& second) {
     return first.trimmed().startsWith(kPolled) && end > 0 && second.indexOf(kResult) == end &&
            first.left(end) == second.left(end);
 }
-
 } // namespace
 
 QByteArray sharedLine(QByteArray const& first, QByteArray const& second) {
@@ -170,5 +166,4 @@ void RecordedLines::handOver(QByteArray const& line) {
         for (QByteArray const& shown : shownLines(line))
             m_sink(shown);
 }
-
 } // namespace pictara

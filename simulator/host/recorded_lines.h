@@ -6,7 +6,6 @@
 #include <functional>
 
 namespace pictara {
-
 /// Writes what happens at the boundary as the lines of a recording: an input stands at the beginning of a
 /// line, and the calls that came from it below, four blanks for each depth. A line is one call with its
 /// result; where another call came up meanwhile, the result has a line of its own. Two kinds of calls in
@@ -46,5 +45,4 @@ private:
 /// How a line is written: a long bus write in several, and the time of day in what is read and written
 /// without its digits.
 [[nodiscard]] std::vector<QByteArray> shownLines(QByteArray const& line);
-
 } // namespace pictara

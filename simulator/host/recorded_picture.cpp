@@ -9,7 +9,6 @@
 
 namespace pictara {
 namespace {
-
 using simulator::CameraDescription;
 using simulator::Frame;
 using simulator::FrameType;
@@ -17,9 +16,7 @@ using simulator::FrameType;
 constexpr qint64 kMostPngBytes = 256 << 20;
 constexpr int kLongestSide = 16384; // pixels
 
-uint32_t bytesPerPixel(FrameType type) {
-    return type == FrameType::Raw8 ? 1 : 2;
-}
+uint32_t bytesPerPixel(FrameType type) { return type == FrameType::Raw8 ? 1 : 2; }
 
 std::optional<Frame> readPng(QString const& name, CameraDescription const& camera, QString* error) {
     auto bytes = files::read(name, kMostPngBytes, error);
@@ -86,7 +83,6 @@ std::optional<Frame> readSamples(QString const& name, CameraDescription const& c
     frame.pixels = *bytes;
     return frame;
 }
-
 } // namespace
 
 std::optional<Frame> readRecordedPicture(QString const& file, CameraDescription const& camera,
@@ -95,5 +91,4 @@ std::optional<Frame> readRecordedPicture(QString const& file, CameraDescription 
     return file.endsWith(QLatin1String(".png"), Qt::CaseInsensitive) ? readPng(file, camera, error)
                                                                      : readSamples(file, camera, error);
 }
-
 } // namespace pictara

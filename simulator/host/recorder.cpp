@@ -4,7 +4,6 @@
 #include "simulator/host/message_log.h"
 
 namespace pictara {
-
 std::unique_ptr<Recorder> Recorder::start(Options const& options, QString* error) {
     if (!files::isReplaceable(options.recordingFile, error)) {
         *error = QStringLiteral("The recording %1 cannot be written: %2").arg(options.recordingFile, *error);
@@ -30,5 +29,4 @@ bool Recorder::finish(QString* error) {
     // A session that did not open leaves nothing to keep.
     return !m_hasBegun || writeWhole(m_file, m_text, error);
 }
-
 } // namespace pictara

@@ -7,7 +7,6 @@
 #include <memory>
 
 namespace pictara {
-
 /// Keeps all that crosses the boundary during a session in a file. It is started before the session and
 /// finished after it, so that both ends are in it.
 class Recorder {
@@ -28,5 +27,4 @@ private:
     RecordedLines m_lines;
     Watching m_watching;
 };
-
 } // namespace pictara

@@ -10,7 +10,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kFirstLine[] = "pictara-sim recording 1";
 constexpr int kEepromSize = 8192, kRowSize = 32;
 constexpr char kBlankEeprom[] = "blank";
@@ -106,7 +105,6 @@ bool readHeadLine(QByteArray const& line, Recording& recording) {
             return option.read(QString::fromUtf8(text), recording.options);
     return name == "setting";
 }
-
 } // namespace
 
 QByteArray recordingHead(Options const& options, Placeholders const& placeholders) {
@@ -186,5 +184,4 @@ bool writeWhole(QString const& name, QByteArray const& contents, QString* error)
     *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
     return false;
 }
-
 } // namespace pictara

@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace pictara {
-
 /// A recording as its file tells it: what the session began with, and the lines of inputs and calls.
 struct Recording {
     Options options; ///< those that change what the plug-in sees; the rest stands as by default
@@ -18,9 +17,7 @@ struct Recording {
     int firstLine = 0;                ///< number of the first of them in the file, from 1
 };
 
-[[nodiscard]] inline bool isInput(QByteArray const& line) {
-    return !line.isEmpty() && line.at(0) != ' ';
-}
+[[nodiscard]] inline bool isInput(QByteArray const& line) { return !line.isEmpty() && line.at(0) != ' '; }
 
 /// The head of a recording with these options: what their files hold now is what the session begins with.
 [[nodiscard]] QByteArray recordingHead(Options const& options, Placeholders const& placeholders);
@@ -36,5 +33,4 @@ struct Recording {
 
 /// Writes all or nothing; false with a message.
 [[nodiscard]] bool writeWhole(QString const& file, QByteArray const& contents, QString* error);
-
 } // namespace pictara

@@ -1,7 +1,6 @@
 #include "simulator/host/recording_comparison.h"
 
 namespace pictara {
-
 QByteArray RecordingComparison::nextInput() {
     if (m_difference || m_next >= m_recording.lines.size())
         return {};
@@ -44,5 +43,4 @@ QString textOf(Difference const& difference, QString const& file) {
         .arg(file, QString::number(difference.line), shown(difference.input),
              QString::number(difference.inputLine), shown(difference.recorded), shown(difference.replayed));
 }
-
 } // namespace pictara

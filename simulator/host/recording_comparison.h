@@ -5,7 +5,6 @@
 #include <optional>
 
 namespace pictara {
-
 /// Where a replay differs from its recording first.
 struct Difference {
     int line = 0;        ///< of the recording's file, from 1
@@ -44,5 +43,4 @@ private:
 
 /// Some lines for the user.
 [[nodiscard]] QString textOf(Difference const& difference, QString const& file);
-
 } // namespace pictara

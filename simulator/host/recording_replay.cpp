@@ -13,7 +13,6 @@
 
 namespace pictara {
 namespace {
-
 // The progress is told in the dialog's own words, as that of a run.
 class ReplayProgress {
 public:
@@ -46,7 +45,6 @@ void replayAll(Session& session, RecordingComparison& comparison, RecordedLines&
         progress.show(input, player.page());
     }
 }
-
 } // namespace
 
 int runRecordingReplay(Options const& given) {
@@ -83,5 +81,4 @@ int runRecordingReplay(Options const& given) {
                 comparison.calls(), comparison.inputs());
     return kExitDone;
 }
-
 } // namespace pictara

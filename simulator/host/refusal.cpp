@@ -5,7 +5,6 @@
 
 namespace pictara {
 namespace {
-
 struct Refusal {
     char const* told; ///< part of the library's message
     ExitCode code;
@@ -15,7 +14,6 @@ constexpr Refusal kRefusals[] = {
     {"too dark", kExitTooDark},         {"clipped", kExitClipped},      {"not flat", kExitNotFlat},
     {"lamp is not even", kExitNotFlat}, {"image size", kExitWrongSize},
 };
-
 } // namespace
 
 QImage markedRefusal(QImage picture, QString const& blocks, uint32_t orientation) {
@@ -49,5 +47,4 @@ ExitCode exitCodeOfRefusal(QString const& solverMessage) {
             return refusal.code;
     return kExitNotCalibrated;
 }
-
 } // namespace pictara

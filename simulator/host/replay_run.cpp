@@ -16,7 +16,6 @@
 
 namespace pictara {
 namespace {
-
 struct ReplaySummary {
     [[nodiscard]] bool isMeasured() const { return before && after; }
     [[nodiscard]] QString result() const {
@@ -107,7 +106,6 @@ void savePictures(OutputFolder& output, QDialog& dialog, ReplaySummary const& su
         output.savePicture(QStringLiteral("replay-after.png"), markedPicture(*summary.after));
     output.removeOthers({"replay-before.png", "replay-after.png"});
 }
-
 } // namespace
 
 int runReplay(Session& session, Options const& options) {
@@ -144,5 +142,4 @@ int runReplay(Session& session, Options const& options) {
         return kExitNotCalibrated;
     return isBeyondLimit(*summary.after) ? kExitBeyondLimit : kExitDone;
 }
-
 } // namespace pictara

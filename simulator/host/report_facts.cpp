@@ -4,7 +4,6 @@
 #include "simulator/host/session.h"
 
 namespace pictara {
-
 Fact::Fact(char const* name, char const* told, QJsonValue const& number, char const* unit)
     : key(QString::fromLatin1(name)), label(QString::fromLatin1(told)), value(number) {
     if (number.isBool())
@@ -71,5 +70,4 @@ std::vector<SolutionRegister> solutionOf(Session& session) {
     }
     return registers;
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 
 namespace pictara {
 namespace {
-
 double spread(std::vector<double> const& values) {
     if (values.empty())
         return 0;
@@ -54,16 +53,10 @@ constexpr PictureQuantity kQuantities[] = {
     {"luminance_percent", "Luminance against the centre",
      [](LightMaps const& maps) { return luminanceResidual(maps.display); }},
 };
-
 } // namespace
 
-std::span<Figure const> pictureFigures() {
-    return kFigures;
-}
-
-std::span<PictureQuantity const> pictureQuantities() {
-    return kQuantities;
-}
+std::span<Figure const> pictureFigures() { return kFigures; }
+std::span<PictureQuantity const> pictureQuantities() { return kQuantities; }
 
 DeviationBins deviationBins(std::vector<double> const& deviations) {
     constexpr double kAbout = 20;
@@ -81,5 +74,4 @@ DeviationBins deviationBins(std::vector<double> const& deviations) {
         ++bins.counts[size_t(deviation / bins.width)];
     return bins;
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 #include <span>
 
 namespace pictara {
-
 /// A figure of a picture, told by the page and to scripts.
 struct Figure {
     char const* key; ///< for scripts, with the unit in it
@@ -33,5 +32,4 @@ struct PictureQuantity {
 
 /// R/G, B/G and luminance as residuals in percent.
 [[nodiscard]] std::span<PictureQuantity const> pictureQuantities();
-
 } // namespace pictara

@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kWidestPicture = 960;
 constexpr int kLargestPicture = 450'000; // bytes; noise makes them large
 
@@ -56,7 +55,6 @@ QString tint(double value, double largest) {
         .arg(value < 0 ? QStringLiteral("64,128,220") : QStringLiteral("220,72,56"))
         .arg(0.65 * share, 0, 'f', 2);
 }
-
 } // namespace
 
 ReportPage::ReportPage(QString const& title) : m_writer(&m_page) {
@@ -76,13 +74,8 @@ ReportPage::ReportPage(QString const& title) : m_writer(&m_page) {
     m_writer.writeTextElement(QStringLiteral("h1"), title);
 }
 
-void ReportPage::heading(QString const& text) {
-    m_writer.writeTextElement(QStringLiteral("h2"), text);
-}
-
-void ReportPage::paragraph(QString const& text) {
-    m_writer.writeTextElement(QStringLiteral("p"), text);
-}
+void ReportPage::heading(QString const& text) { m_writer.writeTextElement(QStringLiteral("h2"), text); }
+void ReportPage::paragraph(QString const& text) { m_writer.writeTextElement(QStringLiteral("p"), text); }
 
 void ReportPage::beginRow() {
     m_writer.writeStartElement(QStringLiteral("div"));
@@ -90,9 +83,7 @@ void ReportPage::beginRow() {
     m_writer.writeCharacters(QStringLiteral("\n")); // an element without content would be written as closed
 }
 
-void ReportPage::endRow() {
-    m_writer.writeEndElement();
-}
+void ReportPage::endRow() { m_writer.writeEndElement(); }
 
 void ReportPage::image(QImage const& picture, QString const& text, int shownWidth) {
     m_writer.writeEmptyElement(QStringLiteral("img"));
@@ -193,5 +184,4 @@ QByteArray ReportPage::finish() {
     m_writer.writeEndDocument();
     return m_page;
 }
-
 } // namespace pictara

@@ -7,7 +7,6 @@
 #include <QXmlStreamWriter>
 
 namespace pictara {
-
 /// Writes one HTML page that needs nothing but itself: style and pictures lie in it. Whatever text is handed
 /// in is escaped.
 class ReportPage {
@@ -47,5 +46,4 @@ private:
     QByteArray m_page;
     QXmlStreamWriter m_writer;
 };
-
 } // namespace pictara

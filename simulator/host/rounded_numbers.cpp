@@ -3,7 +3,6 @@
 #include <cmath>
 
 namespace pictara {
-
 double rounded(double value) {
     constexpr double kFractions = 1e5;
     return std::isfinite(value) ? std::round(value * kFractions) / kFractions : 0;
@@ -15,5 +14,4 @@ QJsonArray roundedNumbers(std::vector<double> const& values) {
         array.append(rounded(value));
     return array;
 }
-
 } // namespace pictara

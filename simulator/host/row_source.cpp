@@ -6,7 +6,6 @@
 #include <algorithm>
 
 namespace pictara {
-
 RowSource linearRows(simulator::Frame const& frame, simulator::CameraDescription const& camera,
                      ColourSettings const& settings) {
     if (!isWhole(frame))
@@ -56,5 +55,4 @@ RowSource shownRows(QImage const& picture) {
     };
     return {picture.width(), picture.height(), read};
 }
-
 } // namespace pictara

@@ -7,7 +7,6 @@
 #include <functional>
 
 namespace pictara {
-
 /// A picture that can be read row by row from the top down, as often as one likes. What it was made of
 /// outlives it.
 struct RowSource {
@@ -28,5 +27,4 @@ struct RowSource {
 [[nodiscard]] RowSource shownRows(RowSource const& linear, ColourSettings const& settings);
 /// The display values of a picture of 32 bits a pixel.
 [[nodiscard]] RowSource shownRows(QImage const& picture);
-
 } // namespace pictara

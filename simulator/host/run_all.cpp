@@ -9,7 +9,6 @@
 
 namespace pictara {
 namespace {
-
 // A run that shows an error, or no step at work, and no change for so long is not going to change: in every
 // working step the progress moves more often.
 constexpr int kStuckTicks = 5;
@@ -35,7 +34,6 @@ bool isSavingToEepromNext(QStringList const& texts) {
     static QString const open = QStringLiteral("Not done yet.");
     return hasSolution(texts) && texts.value(kFileSave) != open && texts.value(kEepromSave) == open;
 }
-
 } // namespace
 
 RunDriver::RunDriver(DialogPage const& page, std::function<void()> deliverFrame, int framesPerTick,
@@ -141,5 +139,4 @@ bool isSaved(QStringList const& texts, bool hasEeprom) {
     return texts.value(kFileSave).startsWith(QLatin1String("Done: ")) &&
            (hasEeprom ? eeprom == QLatin1String("Done.") : eeprom.startsWith(QLatin1String("No EEPROM.")));
 }
-
 } // namespace pictara

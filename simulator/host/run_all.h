@@ -6,7 +6,6 @@
 #include <functional>
 
 namespace pictara {
-
 enum class RunEnd {
     Finished,    ///< the dialog ended the run by itself
     Cancelled,   ///< the run stands still, after a failed step or before any; the driver cancelled it
@@ -76,5 +75,4 @@ private:
 
 /// True when both saves show that they are done; without an EEPROM the last one shows that there is none.
 [[nodiscard]] bool isSaved(QStringList const& statusTexts, bool hasEeprom);
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 
 namespace pictara {
 namespace {
-
 struct State {
     char const* name;
     std::optional<Evenness> const& evenness;
@@ -191,7 +190,6 @@ QByteArray pageOf(RunReport const& report) {
     addFacts(page, report);
     return page.finish();
 }
-
 } // namespace
 
 QString resultName(QString const& run, char const* name) {
@@ -205,5 +203,4 @@ QString writeReport(RunReport const& report, OutputFolder& output) {
     output.saveBytes(resultName(report.run, "summary.json"), summaryJson(report));
     return output.pathOf(page);
 }
-
 } // namespace pictara

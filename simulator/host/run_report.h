@@ -7,7 +7,6 @@
 #include <QJsonValue>
 
 namespace pictara {
-
 /// Something that is told in words and to scripts alike.
 struct Fact {
     Fact(char const* name, char const* told, QJsonValue const& number, char const* unit = "");
@@ -61,5 +60,4 @@ class Session;
 
 /// Writes report.html and summary.json by their resultName(). Returns the page's absolute name.
 QString writeReport(RunReport const& report, OutputFolder& output);
-
 } // namespace pictara

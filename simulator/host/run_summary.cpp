@@ -9,7 +9,6 @@
 
 namespace pictara {
 namespace {
-
 void writeSteps(QTextStream& out, QStringList const& texts) {
     for (int i = 0; i < texts.size(); ++i)
         out << "step " << kSteps[i].status << ": " << texts[i].trimmed() << '\n';
@@ -88,7 +87,6 @@ FactTable fileFacts(RunSummary const& summary) {
                                  summary.earlierResults.join(QLatin1String(", ")));
     return table;
 }
-
 } // namespace
 
 std::optional<EepromUse> eepromUseOf(Session& session, DialogPage const& page, Options const& options) {
@@ -150,5 +148,4 @@ QString summaryText(RunSummary const& summary) {
         out << "results files of earlier runs: " << summary.earlierResults.join(QLatin1String(", ")) << '\n';
     return text;
 }
-
 } // namespace pictara

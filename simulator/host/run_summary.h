@@ -7,7 +7,6 @@
 #include "simulator/host/summary_lines.h"
 
 namespace pictara {
-
 class Session;
 struct Options;
 
@@ -55,5 +54,4 @@ struct RunSummary {
 
 /// One page, a "name: value" line each.
 [[nodiscard]] QString summaryText(RunSummary const& summary);
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 
 namespace pictara {
 namespace {
-
 bool isFailure(QString const& status, RunEnd end, bool hasEeprom) {
     return status.startsWith(QLatin1String("Error")) || status.startsWith(QLatin1String("Warning")) ||
            (end == RunEnd::TimedOut && status.startsWith(QLatin1String("In progress"))) ||
@@ -21,7 +20,6 @@ QString standstillOf(QStringList const& texts) {
                     : QStringLiteral("Run All stands still before its first step: it asks for the EEPROM and "
                                      "does not learn whether there is one.");
 }
-
 } // namespace
 
 bool isCalibrated(RunResult const& run) {
@@ -79,5 +77,4 @@ int exitCodeOf(RunSummary const& summary) {
     }
     return summary.run.end == RunEnd::TimedOut ? kExitTimeout : exitCodeOfRefusal(lastSolverMessage());
 }
-
 } // namespace pictara

@@ -3,7 +3,6 @@
 #include "simulator/host/run_summary.h"
 
 namespace pictara {
-
 /// How a calibration ended, by what the dialog shows and the calibration library logged last.
 
 /// True when the dialog ended the run by itself with all up to the uniformity done, whatever came of the
@@ -20,5 +19,4 @@ namespace pictara {
 [[nodiscard]] QString toldOf(Verdict verdict);
 
 [[nodiscard]] int exitCodeOf(RunSummary const& summary);
-
 } // namespace pictara

@@ -4,7 +4,6 @@
 
 namespace pictara {
 namespace {
-
 uchar const* rowOf(simulator::Frame const& frame, int64_t y) {
     return reinterpret_cast<uchar const*>(frame.pixels.constData()) + y * int64_t(frame.pitch);
 }
@@ -13,7 +12,6 @@ void prepare(ColourRow& row, size_t width) {
     for (auto* plane : {&row.red, &row.green, &row.blue})
         plane->resize(width);
 }
-
 } // namespace
 
 BayerRows::BayerRows(uint32_t width, int64_t height, simulator::CameraDescription const& camera,
@@ -137,5 +135,4 @@ void readRgb32Row(simulator::Frame const& frame, uint32_t y, float redGain, floa
         out.red[x] = float(row[4 * x + 2]) / 255 * redGain;
     }
 }
-
 } // namespace pictara

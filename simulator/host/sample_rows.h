@@ -5,7 +5,6 @@
 #include <vector>
 
 namespace pictara {
-
 /// One row of samples on a linear scale, 0 at the black level and 1 at full scale.
 struct ColourRow {
     std::vector<float> red, green, blue;
@@ -60,5 +59,4 @@ private:
 
 /// Rows of an RGB-32 frame, which is linear.
 void readRgb32Row(simulator::Frame const& frame, uint32_t y, float redGain, float blueGain, ColourRow& out);
-
 } // namespace pictara

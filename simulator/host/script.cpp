@@ -11,7 +11,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kMostFrames = 1'000'000;
 
 bool isNumber(QString const& text, Range const& range) {
@@ -98,7 +97,6 @@ bool read(QStringList words, ScriptCommand& command, QString* error) {
             QStringLiteral("it must be: %1 (texts with blanks in quotes)").arg(QLatin1String(row->usage));
     return isGood;
 }
-
 } // namespace
 
 std::optional<std::vector<ScriptCommand>> readScript(QString const& name, QString* error) {
@@ -132,5 +130,4 @@ bool matches(QString const& text, QString const& pattern) {
                                    QRegularExpression::DotMatchesEverythingOption);
     return whole.match(text).hasMatch();
 }
-
 } // namespace pictara

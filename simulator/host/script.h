@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace pictara {
-
 enum class ScriptVerb { Press, Set, Light, Frames, Tick, Fault, Expect, Wait, Screenshot };
 
 /// A line of a script.
@@ -23,5 +22,4 @@ struct ScriptCommand {
 
 /// True when the whole text is the pattern's, in which "*" stands for any text.
 [[nodiscard]] bool matches(QString const& text, QString const& pattern);
-
 } // namespace pictara

@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 FactTable scriptFacts(Options const& options, ScriptEnd const& end) {
     QString const file = QStringLiteral("file");
     return {QStringLiteral("script"),
@@ -30,7 +29,6 @@ RunSummary summaryOf(Session& session, DialogPage const& page, Options const& op
     summary.cause = end.cause;
     return summary;
 }
-
 } // namespace
 
 QString reportScript(Session& session, DialogPage& page, Options const& options, ScriptEnd const& end,
@@ -50,5 +48,4 @@ QString reportScript(Session& session, DialogPage& page, Options const& options,
     report.tables.insert(report.tables.begin(), scriptFacts(options, end));
     return writeReport(report, output);
 }
-
 } // namespace pictara

@@ -3,7 +3,6 @@
 #include "simulator/host/run_all.h"
 
 namespace pictara {
-
 class OutputFolder;
 class Session;
 struct Options;
@@ -21,5 +20,4 @@ struct ScriptEnd {
 /// dialog's own buttons. Returns the page's absolute name; empty when the user interrupted the measurement.
 [[nodiscard]] QString reportScript(Session& session, DialogPage& page, Options const& options,
                                    ScriptEnd const& end, OutputFolder& output);
-
 } // namespace pictara

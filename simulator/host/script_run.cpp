@@ -17,7 +17,6 @@
 
 namespace pictara {
 namespace {
-
 class ScriptRun {
 public:
     ScriptRun(Session& session, Options const& options, HeadlessDialog const& dialog)
@@ -202,7 +201,6 @@ void ScriptRun::tick(int count) {
         m_progress.show(m_state);
     }
 }
-
 } // namespace
 
 int runScript(Session& session, Options const& options) {
@@ -242,5 +240,4 @@ int runScript(Session& session, Options const& options) {
         run.say(QStringLiteral("The report is %1.").arg(page));
     return code == kExitDone && output.failed() ? int(kExitNotCalibrated) : code;
 }
-
 } // namespace pictara

@@ -12,7 +12,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kExposureRegister[] = "COARSE_INTEGRATION_TIME";
 constexpr char kAutomaticExposure[] = "Auto Exposure";
 constexpr int kLongestExposure = 0xFFFF; // rows
@@ -24,7 +23,6 @@ Control* named(Control* control, char const* name, QString const& toolTip) {
     control->setToolTip(toolTip);
     return control;
 }
-
 } // namespace
 
 SensorPanel::SensorPanel(Session& session, QWidget* parent)
@@ -122,5 +120,4 @@ void SensorPanel::refresh(quint64) {
     if (!m_exposure->hasFocus())
         m_exposure->setValue(int(m_session.frames().exposure()));
 }
-
 } // namespace pictara

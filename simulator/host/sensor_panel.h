@@ -8,7 +8,6 @@ class QFormLayout;
 class QSpinBox;
 
 namespace pictara {
-
 class Session;
 
 /// The sensor on the headboard and what a person does to it by hand: another profile, exposure, the seed of
@@ -41,5 +40,4 @@ private:
     QSpinBox* m_operation;
     QCheckBox* m_lasts;
 };
-
 } // namespace pictara

@@ -7,12 +7,10 @@
 
 namespace pictara {
 namespace {
-
 constexpr uint32_t kModeAddressBits = 1;
 constexpr uint32_t kModeDataBits = 2;
 
 constexpr int kNoRegister = -1; // of the host's own
-
 } // namespace
 
 SensorRegisters::SensorRegisters(vy_Camera* camera, std::function<void()> changed)
@@ -80,9 +78,7 @@ bool SensorRegisters::setWidths(BusWidths widths) const {
            vy_setMode(m_camera, kModeDataBits, widths.data) == 0;
 }
 
-void SensorRegisters::beginChanges() {
-    ++m_depth;
-}
+void SensorRegisters::beginChanges() { ++m_depth; }
 
 void SensorRegisters::endChanges() {
     if (m_depth == 0 || --m_depth > 0)
@@ -90,5 +86,4 @@ void SensorRegisters::endChanges() {
     if (std::exchange(m_pending, false))
         m_changed();
 }
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 #include <functional>
 
 namespace pictara {
-
 /// Bits of a device's addresses and of the words that it takes.
 struct BusWidths {
     uint32_t address = 16;
@@ -47,5 +46,4 @@ private:
     uint32_t m_depth = 0;
     bool m_pending = false;
 };
-
 } // namespace pictara

@@ -9,20 +9,14 @@
 
 namespace pictara {
 namespace {
-
 ServiceDesk* current = nullptr;
 
 constexpr uint32_t kRegisterSpace = 0;
 
-char const* textOrEmpty(char const* text) {
-    return text ? text : "";
-}
+char const* textOrEmpty(char const* text) { return text ? text : ""; }
 
 // Options and settings are names of their own and share a file.
-QByteArray keyOf(char const* option) {
-    return QByteArrayLiteral("Option: ") + option;
-}
-
+QByteArray keyOf(char const* option) { return QByteArrayLiteral("Option: ") + option; }
 } // namespace
 
 QByteArray iniFileSetting(QString const& iniFile) {
@@ -148,9 +142,7 @@ ServiceDesk::ServiceDesk(StateVariables& states, SettingsStore& settings, Sensor
     current = this;
 }
 
-ServiceDesk::~ServiceDesk() {
-    current = nullptr;
-}
+ServiceDesk::~ServiceDesk() { current = nullptr; }
 
 HostServices const& ServiceDesk::table() {
     using F = ServiceFunctions;
@@ -191,5 +183,4 @@ HostServices const& ServiceDesk::table() {
     };
     return kServices;
 }
-
 } // namespace pictara

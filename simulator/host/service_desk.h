@@ -10,7 +10,6 @@
 #include <utility>
 
 namespace pictara {
-
 /// The setting "IniFileName" for a file. Plug-ins read it as UTF-8 on Windows, whatever the code page.
 [[nodiscard]] QByteArray iniFileSetting(QString const& iniFile);
 
@@ -46,5 +45,4 @@ private:
     uint64_t m_listEntriesWritten = 0;
     std::map<std::pair<uint32_t, uint32_t>, uint32_t> m_listEntries;
 };
-
 } // namespace pictara

@@ -13,7 +13,6 @@
 
 namespace pictara {
 namespace {
-
 // The plug-in reads text settings into a buffer of this size, the closing zero included.
 constexpr int kTextSettingSize = 260;
 
@@ -34,7 +33,6 @@ std::optional<QString> checkedIniFile(Options const& options, QString* error) {
         return file;
     return std::nullopt;
 }
-
 } // namespace
 
 std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, QString* error) {
@@ -110,9 +108,7 @@ QDialog* Session::openDialog(QWidget* parent, QString* error) {
     return dialog;
 }
 
-Scene Session::scene() const {
-    return {m_camera->description(), m_shadingFile, m_camera->light(), m_seed};
-}
+Scene Session::scene() const { return {m_camera->description(), m_shadingFile, m_camera->light(), m_seed}; }
 
 ViewingConditions Session::conditions() const {
     return {m_camera->light().colourTemperature, m_frames.exposure(), m_states.read(kRedGain),
@@ -160,5 +156,4 @@ void Session::closePlugin() {
     m_plugin.closeDialog();
     m_plugin.unload();
 }
-
 } // namespace pictara

@@ -11,7 +11,6 @@
 class QDialog;
 
 namespace pictara {
-
 /// The camera with light, lens and noise as asked for; null with a message for the user.
 [[nodiscard]] std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, QString* error);
 /// The absolute name of a folder that exists by now and takes files; empty with a message for the user.
@@ -88,5 +87,4 @@ private:
     SensorRecord m_sensor{};
     bool m_isDialogMade = false;
 };
-
 } // namespace pictara

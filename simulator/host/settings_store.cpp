@@ -7,11 +7,7 @@
 
 namespace pictara {
 namespace {
-
-QByteArray encoded(QByteArray const& text) {
-    return text.toPercentEncoding(" /\\:(),;\"'");
-}
-
+QByteArray encoded(QByteArray const& text) { return text.toPercentEncoding(" /\\:(),;\"'"); }
 } // namespace
 
 bool SettingsStore::read(QString* error) {
@@ -65,5 +61,4 @@ void SettingsStore::save() {
                  qUtf8Printable(error));
     m_isOnDisk = isWritten;
 }
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 #include <map>
 
 namespace pictara {
-
 /// The host's settings in a text file, a "key=value" line each. Keys and values are 8-bit texts of any
 /// content; what could break a line is percent-encoded. A change is on disk when the call returns.
 class SettingsStore {
@@ -32,5 +31,4 @@ private:
     std::map<QByteArray, QByteArray> m_values;
     bool m_isOnDisk = true; ///< the last change; else it is kept in memory only, and that was logged
 };
-
 } // namespace pictara

@@ -7,7 +7,6 @@
 #include <QJsonObject>
 
 namespace pictara {
-
 bool writeMeasuredShading(QString const& name, simulator::MeasuredShading const& shading, QString* error) {
     QJsonArray illuminants;
     for (auto const& illuminant : shading.illuminants)
@@ -25,5 +24,4 @@ bool writeMeasuredShading(QString const& name, simulator::MeasuredShading const&
         *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
     return written;
 }
-
 } // namespace pictara

@@ -11,7 +11,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kColumns = 32;
 constexpr double kSamples = 8000; // of a cell at one light, against noise
 constexpr double kFewestFrames = 8, kMostFrames = 64;
@@ -112,7 +111,6 @@ LightGrid meanOfFrames(simulator::SimulatedCamera& camera) {
             channel /= frames;
     return sum;
 }
-
 } // namespace
 
 std::optional<MeasuredShading> measureShading(simulator::SimulatedCamera& camera,
@@ -161,5 +159,4 @@ std::optional<MeasuredShading> measureRecordedShading(QString const& file,
     table.illuminants.push_back(gainsOf(cells, kelvin));
     return table;
 }
-
 } // namespace pictara

@@ -6,7 +6,6 @@
 #include <optional>
 
 namespace pictara {
-
 /// The lights of a shading table when nobody asks for others: an incandescent lamp, a fluorescent one and
 /// daylight, kelvin.
 inline constexpr std::array<double, 3> kStandardLights = {2856, 4000, 6500};
@@ -25,5 +24,4 @@ measureShading(simulator::SimulatedCamera& camera, std::vector<double> const& li
 [[nodiscard]] std::optional<simulator::MeasuredShading>
 measureRecordedShading(QString const& file, simulator::CameraDescription const& camera, double kelvin,
                        QString* error);
-
 } // namespace pictara

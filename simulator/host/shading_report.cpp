@@ -13,7 +13,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kRun[] = "shading";
 constexpr uint32_t kColumns = 32;
 constexpr uint32_t kRows = 24;
@@ -180,7 +179,6 @@ QByteArray jsonOf(std::vector<NamedShading> const& tables, std::vector<Compariso
                                      {QStringLiteral("planes"), planes}})
         .toJson();
 }
-
 } // namespace
 
 QString writeShadingReport(std::vector<NamedShading> const& tables, OutputFolder& output) {
@@ -190,5 +188,4 @@ QString writeShadingReport(std::vector<NamedShading> const& tables, OutputFolder
     output.saveBytes(resultName(run, "summary.json"), jsonOf(tables, all));
     return output.pathOf(page);
 }
-
 } // namespace pictara

@@ -4,7 +4,6 @@
 #include "simulator/host/output_folder.h"
 
 namespace pictara {
-
 /// A shading table and what the report calls it.
 struct NamedShading {
     QString name;
@@ -15,5 +14,4 @@ struct NamedShading {
 /// lies above the first. Tables may differ in grid and lights: both are brought to a common grid and to the
 /// lights of either, as a camera would that they are put before. Returns the page's absolute name.
 QString writeShadingReport(std::vector<NamedShading> const& tables, OutputFolder& output);
-
 } // namespace pictara

@@ -13,7 +13,6 @@
 
 namespace pictara {
 namespace {
-
 using simulator::MeasuredShading;
 
 void tell(QString const& text) {
@@ -21,9 +20,7 @@ void tell(QString const& text) {
     std::fflush(stdout);
 }
 
-void tellLight(double kelvin) {
-    tell(QStringLiteral("measuring at %1 K...").arg(kelvin));
-}
+void tellLight(double kelvin) { tell(QStringLiteral("measuring at %1 K...").arg(kelvin)); }
 
 std::optional<MeasuredShading> measure(Options const& options, QString* error) {
     // Told now and not after the measuring.
@@ -59,7 +56,6 @@ std::optional<std::vector<NamedShading>> tablesFor(Options const& options, QStri
     }
     return tables;
 }
-
 } // namespace
 
 int runShading(Options const& options) {
@@ -80,5 +76,4 @@ int runShading(Options const& options) {
     tell(QStringLiteral("The report is %1.").arg(page));
     return kExitDone;
 }
-
 } // namespace pictara

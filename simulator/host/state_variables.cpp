@@ -4,7 +4,6 @@
 
 namespace pictara {
 namespace {
-
 struct Default {
     char const* name;
     int32_t value;
@@ -53,7 +52,6 @@ constexpr Default kDefaults[] = {
     {"sRGB Color Standard", 0},
     {"Auto Luma Range", 0},
 };
-
 } // namespace
 
 StateVariables::StateVariables(simulator::CameraDescription const& camera) {
@@ -88,5 +86,4 @@ std::map<QByteArray, int32_t> StateVariables::all() const {
     values.insert(m_values.begin(), m_values.end());
     return values;
 }
-
 } // namespace pictara

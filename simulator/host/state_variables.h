@@ -7,7 +7,6 @@
 #include <map>
 
 namespace pictara {
-
 /// The host's named integer variables, which steer its colour pipeline and exposure loop. A name that nobody
 /// knows reads 0 and keeps what is set, as the host's own menus add variables freely.
 class StateVariables {
@@ -24,5 +23,4 @@ private:
     std::map<QByteArray, int32_t> m_values;
     std::map<QByteArray, int32_t> m_ofCamera;
 };
-
 } // namespace pictara

@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kLongestName = 8; // bytes of a label that a record keeps
 
 QString registerName(SolutionRegister const& reg) {
@@ -23,7 +22,6 @@ uint32_t valueIn(simulator::SimulatedCamera const& camera, SolutionRegister cons
         (void)vy_ReadSensorReg(camera.handle(), place, &value);
     return value;
 }
-
 } // namespace
 
 bool isSolutionStored(Session& session, QString const& profile, QString const& label, QString* error) {
@@ -50,5 +48,4 @@ bool isSolutionStored(Session& session, QString const& profile, QString const& l
         }
     return true;
 }
-
 } // namespace pictara

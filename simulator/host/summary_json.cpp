@@ -10,7 +10,6 @@
 
 namespace pictara {
 namespace {
-
 // Rows of a grid.
 QJsonArray gridRows(std::vector<double> const& values, int columns) {
     QJsonArray rows;
@@ -91,7 +90,6 @@ QJsonArray registersArray(std::vector<SolutionRegister> const& registers) {
                                  {QStringLiteral("value"), double(reg.value)}});
     return array;
 }
-
 } // namespace
 
 QByteArray summaryJson(RunReport const& report) {
@@ -111,5 +109,4 @@ QByteArray summaryJson(RunReport const& report) {
     }
     return QJsonDocument(root).toJson();
 }
-
 } // namespace pictara

@@ -5,20 +5,11 @@
 
 namespace pictara {
 namespace {
-
-QString percent(double share) {
-    return QString::number(share * 100, 'f', 2) + QLatin1String(" %");
-}
-
-QString orMissing(QString const& text) {
-    return text.isEmpty() ? QStringLiteral("not measured") : text;
-}
-
+QString percent(double share) { return QString::number(share * 100, 'f', 2) + QLatin1String(" %"); }
+QString orMissing(QString const& text) { return text.isEmpty() ? QStringLiteral("not measured") : text; }
 } // namespace
 
-bool isBeyondLimit(Evenness const& evenness) {
-    return evenness.rating != QLatin1String("green");
-}
+bool isBeyondLimit(Evenness const& evenness) { return evenness.rating != QLatin1String("green"); }
 
 QString sceneLines(Scene const& scene) {
     QString text;
@@ -67,5 +58,4 @@ QImage markedPicture(Evenness const& evenness) {
     painter.drawRect(evenness.blocks.worstBlock);
     return marked;
 }
-
 } // namespace pictara

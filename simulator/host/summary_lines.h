@@ -7,7 +7,6 @@
 #include <optional>
 
 namespace pictara {
-
 /// What is looked at.
 struct Scene {
     simulator::CameraDescription camera;
@@ -36,5 +35,4 @@ struct Evenness {
 
 /// The picture with a frame around the worst block.
 [[nodiscard]] QImage markedPicture(Evenness const& evenness);
-
 } // namespace pictara

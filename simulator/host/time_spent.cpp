@@ -7,7 +7,6 @@
 #endif
 
 namespace pictara {
-
 #ifdef _WIN32
 
 // The C function of the same purpose tells the time by the clock there.
@@ -24,10 +23,7 @@ double processorTime() {
 
 #else
 
-double processorTime() {
-    return double(std::clock()) / CLOCKS_PER_SEC;
-}
+double processorTime() { return double(std::clock()) / CLOCKS_PER_SEC; }
 
 #endif
-
 } // namespace pictara

@@ -4,7 +4,6 @@
 #include <chrono>
 
 namespace pictara {
-
 /// Processor time of the program so far, all its threads together, in seconds.
 [[nodiscard]] double processorTime();
 
@@ -35,5 +34,4 @@ private:
     double m_processor = processorTime();
     Clock::time_point m_start = Clock::now();
 };
-
 } // namespace pictara

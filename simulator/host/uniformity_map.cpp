@@ -6,7 +6,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr int kColours = 256;
 
 QVector<QRgb> colourTable() {
@@ -17,7 +16,6 @@ QVector<QRgb> colourTable() {
     auto const* const row = reinterpret_cast<QRgb const*>(strip.constScanLine(0));
     return {row, row + kColours};
 }
-
 } // namespace
 
 QGradientStops deviationColours() {
@@ -49,5 +47,4 @@ QImage uniformityMap(DisplayBlocks const& blocks, double end) {
         }
     return map;
 }
-
 } // namespace pictara

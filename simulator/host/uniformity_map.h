@@ -6,7 +6,6 @@
 #include <QImage>
 
 namespace pictara {
-
 /// The colours of deviations from none to the largest one shown, by increasing lightness.
 [[nodiscard]] QGradientStops deviationColours();
 
@@ -16,5 +15,4 @@ namespace pictara {
 
 /// A picture of one pixel a block, in the colours of the blocks' deviations; `end` is where they end.
 [[nodiscard]] QImage uniformityMap(DisplayBlocks const& blocks, double end);
-
 } // namespace pictara

@@ -11,7 +11,6 @@
 #include <utility>
 
 namespace pictara {
-
 ValuesPanel::ValuesPanel(QString const& toolTip, Read read, QWidget* parent)
     : LivePanel(parent), m_read(std::move(read)) {
     auto* const chosen = new QSortFilterProxyModel(this);
@@ -41,8 +40,5 @@ ValuesPanel::ValuesPanel(QString const& toolTip, Read read, QWidget* parent)
     layout->addWidget(table, 1);
 }
 
-void ValuesPanel::refresh(quint64 frame) {
-    m_values.show(m_read(), frame);
-}
-
+void ValuesPanel::refresh(quint64 frame) { m_values.show(m_read(), frame); }
 } // namespace pictara

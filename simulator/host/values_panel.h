@@ -6,7 +6,6 @@
 #include <functional>
 
 namespace pictara {
-
 /// A live table of named values with a field that narrows it to the names wanted.
 class ValuesPanel : public LivePanel {
 public:
@@ -21,5 +20,4 @@ private:
     Read m_read;
     NamedValues m_values;
 };
-
 } // namespace pictara

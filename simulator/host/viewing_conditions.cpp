@@ -10,7 +10,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kLamp[] = "lamp";
 constexpr char kExposure[] = "exposure";
 constexpr char kRedGain[] = "relativeRedGain";
@@ -24,12 +23,9 @@ int positiveNumber(QJsonObject const& object, char const* key) {
     int const value = object[QLatin1String(key)].toInt();
     return value <= kHighest ? value : 0;
 }
-
 } // namespace
 
-QString conditionsFileOf(QString const& eepromFile) {
-    return eepromFile + QStringLiteral(".conditions");
-}
+QString conditionsFileOf(QString const& eepromFile) { return eepromFile + QStringLiteral(".conditions"); }
 
 bool readConditions(QString const& name, std::optional<ViewingConditions>* conditions, QString* error) {
     if (!QFileInfo::exists(name))
@@ -68,5 +64,4 @@ bool writeConditions(QString const& name, ViewingConditions const& conditions, Q
         *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
     return written;
 }
-
 } // namespace pictara

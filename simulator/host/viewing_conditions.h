@@ -5,7 +5,6 @@
 #include <optional>
 
 namespace pictara {
-
 /// How the host saw the picture when a calibration ended. An EEPROM holds nothing of it, and a stored
 /// correction can be compared with the calibrated one only under the same conditions.
 struct ViewingConditions {
@@ -24,5 +23,4 @@ struct ViewingConditions {
                                   QString* error);
 /// All or nothing; false with a message for the user.
 [[nodiscard]] bool writeConditions(QString const& file, ViewingConditions const& conditions, QString* error);
-
 } // namespace pictara

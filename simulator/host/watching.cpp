@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 template <CallSource Source>
 void began(void*, char const* function, char const* arguments) {
     Boundary& boundary = Boundary::instance();
@@ -52,7 +51,6 @@ QString folderOf(QString const& pluginFile) {
     return pluginFile.isEmpty() ? QCoreApplication::applicationDirPath()
                                 : QFileInfo(pluginFile).absolutePath();
 }
-
 } // namespace
 
 Watching::Watching(BoundaryObserver& observer, QString const& pluginFile) : m_observer(observer) {
@@ -80,5 +78,4 @@ QStringList Watching::unwatched() {
             names.append(QString::fromLatin1(tap.library));
     return names;
 }
-
 } // namespace pictara

@@ -5,7 +5,6 @@
 #include <QStringList>
 
 namespace pictara {
-
 /// As long as this object stands, an observer is told of every call across the boundary, those on the
 /// stand-in libraries included. Libraries of another make cannot be watched; their calls go unseen.
 class Watching {
@@ -22,5 +21,4 @@ public:
 private:
     BoundaryObserver& m_observer;
 };
-
 } // namespace pictara

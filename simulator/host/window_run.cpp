@@ -17,7 +17,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr quint64 kFramesBeforeScreenshot = 20; // the exposure has settled
 
 // The window's clock delivers frames; the next one sees the interruption.
@@ -63,7 +62,6 @@ void takeScreenshotAndClose(HostWindow& window, QString const& file, int* exitCo
         window.close();
     });
 }
-
 } // namespace
 
 int runWindow(Session& session, Options const& options, QString* nextProfile) {
@@ -92,5 +90,4 @@ int runWindow(Session& session, Options const& options, QString* nextProfile) {
     session.closePlugin();
     return code;
 }
-
 } // namespace pictara

@@ -4,14 +4,11 @@
 #include <cmath>
 
 namespace solver {
-
 namespace {
-
 constexpr int kFractionBits = 10;
 constexpr int kBias = 15;
 constexpr int kSmallestExponent = 1 - kBias; // of normal numbers; subnormal ones share its spacing
 constexpr double kLargest = 65504;
-
 } // namespace
 
 uint16_t toBinary16(double value) {
@@ -36,5 +33,4 @@ double fromBinary16(uint16_t bits) {
     double const magnitude = std::ldexp(significand, exponent);
     return (bits & 0x8000) != 0 ? -magnitude : magnitude;
 }
-
 } // namespace solver

@@ -6,9 +6,7 @@
 #include <span>
 
 namespace solver {
-
 namespace {
-
 constexpr int kMostColumns = 64;        // fine enough that a lens is nearly linear within a block
 constexpr int kSmallestBlock = 8;       // pixels; 16 samples of a Bayer plane
 constexpr double kNoiseLimit = 4;       // standard deviations from the median that still count
@@ -35,9 +33,7 @@ std::vector<int> deliveredEdges(std::vector<int> edges, bool reversed) {
 }
 
 /// First position of the series first, first + step, ... at or after `start`.
-int firstFrom(int start, int first, int step) {
-    return start + ((first - start) % step + step) % step;
-}
+int firstFrom(int start, int first, int step) { return start + ((first - start) % step + step) % step; }
 
 /// Mean sample position of each block along one axis, in array coordinates.
 std::vector<double> positions(std::vector<int> const& edges, int first, int step, bool reversed) {
@@ -166,7 +162,6 @@ BlockMeans planesOf(BlockGrid const& grid, ComponentMeans const& red, ComponentM
     means.planes[kBlue] = blue;
     return means;
 }
-
 } // namespace
 
 BlockGrid::BlockGrid(Geometry const& array) {
@@ -209,5 +204,4 @@ BlockMeans readYcbcr(void const* frame, SensorLayout const& layout, sf_YcbcrInpu
     }
     return planesOf(grid, red, green, blue);
 }
-
 } // namespace solver

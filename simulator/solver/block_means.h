@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace solver {
-
 /// The blocks into which the array is cut. Edges are even pixels of the array (the last one may be odd), so
 /// that every block holds samples of every plane.
 struct BlockGrid {
@@ -49,5 +48,4 @@ struct BlockMeans {
 /// record's luma range and chroma span.
 [[nodiscard]] BlockMeans readYcbcr(void const* frame, SensorLayout const& layout, sf_YcbcrInput const& input,
                                    FrameSampling const& sampling);
-
 } // namespace solver

@@ -9,24 +9,16 @@
 #include <utility>
 
 namespace solver {
-
 namespace {
-
 constexpr uint32_t kLowestFalloff = 50;
 constexpr uint32_t kHighestFalloff = 125;
 
-uint32_t clampedFalloff(uint32_t percent) {
-    return std::clamp(percent, kLowestFalloff, kHighestFalloff);
-}
-
+uint32_t clampedFalloff(uint32_t percent) { return std::clamp(percent, kLowestFalloff, kHighestFalloff); }
 } // namespace
 
-void logCause(QString const& cause) {
-    qWarning("shadefit: %s", qPrintable(cause));
-}
+void logCause(QString const& cause) { qWarning("shadefit: %s", qPrintable(cause)); }
 
 namespace {
-
 // Row by row from the array's top, each as its number and its runs of blocks.
 void logRefusedBlocks(BlockMeans const& means, std::vector<bool> const& refused) {
     QStringList rows;
@@ -47,7 +39,6 @@ void logRefusedBlocks(BlockMeans const& means, std::vector<bool> const& refused)
                      .arg(means.rows)
                      .arg(rows.join(QLatin1Char(' '))));
 }
-
 } // namespace
 
 Calibration::Calibration(SensorLayout layout) : m_layout(std::move(layout)) {}
@@ -189,5 +180,4 @@ Outcome Calibration::addTable(BlockMeans const& means, sf_ApgaParams const& para
         tables.insert(place, table);
     return Outcome::Solved;
 }
-
 } // namespace solver

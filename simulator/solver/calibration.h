@@ -9,7 +9,6 @@
 #include <vector>
 
 namespace solver {
-
 /// Results of the find operations, as the library's interface numbers them.
 enum class Outcome : int { Solved = 0, Failed = -1, WrongImageSize = -2 };
 
@@ -61,5 +60,4 @@ private:
 
 /// Writes a line to the log in the library's name.
 void logCause(QString const& cause);
-
 } // namespace solver

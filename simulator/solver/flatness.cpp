@@ -8,9 +8,7 @@
 #include <cmath>
 
 namespace solver {
-
 namespace {
-
 // Shares of the range from black to white level.
 constexpr double kDarkestCentre = 0.06;
 constexpr double kDarkestBlock = 0.003;
@@ -82,9 +80,7 @@ private:
     Eigen::VectorXd m_residue;
 };
 
-QString percent(double share) {
-    return QString::number(100 * share, 'f', 1) + QLatin1String(" %");
-}
+QString percent(double share) { return QString::number(100 * share, 'f', 1) + QLatin1String(" %"); }
 
 template <typename Test>
 std::vector<bool> blocksOf(BlockMeans const& means, Test const& isRefused) {
@@ -171,7 +167,6 @@ bool isEvenlyLit(Surface const& surface, Geometry const& array, QString* error) 
         *error = QStringLiteral("the lamp is not even: %1 of the brightness are lopsided").arg(percent(rest));
     return !isLopsided;
 }
-
 } // namespace
 
 bool inspect(BlockMeans const& means, Geometry const& array, Inspection& inspection, QString* error) {
@@ -181,5 +176,4 @@ bool inspect(BlockMeans const& means, Geometry const& array, Inspection& inspect
     inspection.trusted = blocksWithoutSpecks(means, surface.perBlock());
     return holdsNoObject(surface, inspection.refused, error) && isEvenlyLit(surface, array, error);
 }
-
 } // namespace solver

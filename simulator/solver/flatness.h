@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace solver {
-
 /// What the blocks of an input image are worth.
 struct Inspection {
     std::vector<bool> trusted; ///< false where dust or a speck spoils it; of an image that is not refused
@@ -19,5 +18,4 @@ struct Inspection {
 /// false, with the reason and its figures in `error`.
 [[nodiscard]] bool inspect(BlockMeans const& means, Geometry const& array, Inspection& inspection,
                            QString* error);
-
 } // namespace solver

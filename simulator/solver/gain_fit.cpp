@@ -8,9 +8,7 @@
 #include <limits>
 
 namespace solver {
-
 namespace {
-
 constexpr double kTraceWeight = 1e-6;  // of blocks beyond the radius: keeps the gain from running away there
 constexpr double kRidge = 1e-9;        // of the normal matrix's mean diagonal
 constexpr double kCentreRadius = 0.15; // relative radius of the blocks that tell the centre's colour
@@ -21,12 +19,8 @@ constexpr int kPasses = 4;               // of reweighting
 /// picture relative to the target, ideally 1.
 using Design = PerPlane<Eigen::Matrix<double, Eigen::Dynamic, kTerms>>;
 
-double horizontal(ComponentMeans const& plane, size_t block) {
-    return plane.x[block % plane.x.size()];
-}
-double vertical(ComponentMeans const& plane, size_t block) {
-    return plane.y[block / plane.x.size()];
-}
+double horizontal(ComponentMeans const& plane, size_t block) { return plane.x[block % plane.x.size()]; }
+double vertical(ComponentMeans const& plane, size_t block) { return plane.y[block / plane.x.size()]; }
 
 /// Mean response around the centre relative to the target: the level to which the plane is brought.
 double centreLevel(ComponentMeans const& plane, std::vector<bool> const& trusted, Geometry const& array,
@@ -175,7 +169,6 @@ double gainAt(PlaneCoefficients const& coefficients, double u, double v) {
         values(i) = fromBinary16(coefficients[static_cast<size_t>(i)]);
     return values.dot(monomialTerms(u, v));
 }
-
 } // namespace
 
 double Target::luminance(double relativeRadius) const {
@@ -202,5 +195,4 @@ BankCoefficients fitGains(BlockMeans const& means, std::vector<bool> const& trus
     constexpr double kSmallestOfALens = 0.4;
     return quantise(coefficients, 1 / std::max(smallestGain(coefficients), kSmallestOfALens));
 }
-
 } // namespace solver

@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace solver {
-
 /// Coefficients of one bank as the registers hold them, binary16, c(p, q) at 5 p + q.
 using PlaneCoefficients = std::array<uint16_t, kTerms>;
 using BankCoefficients = PerPlane<PlaneCoefficients>;
@@ -31,5 +30,4 @@ struct Target {
 /// all planes is 1. Blocks that are not trusted do not count.
 [[nodiscard]] BankCoefficients fitGains(BlockMeans const& means, std::vector<bool> const& trusted,
                                         Geometry const& array, Target const& target);
-
 } // namespace solver

@@ -3,7 +3,6 @@
 #include <cmath>
 
 namespace solver {
-
 /// The sensor array and the coordinates in which a correction is told. Positions are in pixels from the
 /// array's top left corner; the centre of the first pixel is (0.5, 0.5).
 struct Geometry {
@@ -28,5 +27,4 @@ struct Geometry {
         return radius(x, y) / (0.5 * std::hypot(width, height));
     }
 };
-
 } // namespace solver

@@ -9,9 +9,7 @@
 #include <limits>
 
 namespace solver {
-
 namespace {
-
 constexpr char kFirstLine[] = "sensor-layout-1\n";
 constexpr int kSmallestSide = 48;     // pixels; below, there are fewer blocks than coefficients
 constexpr int kLargestSide = 1 << 16; // pixels; the origin is a 16-bit register
@@ -90,9 +88,7 @@ private:
     QString* m_error;
 };
 
-RegisterPlace readPlace(Node const& node) {
-    return {node.whole("id"), node.whole("address")};
-}
+RegisterPlace readPlace(Node const& node) { return {node.whole("id"), node.whole("address")}; }
 
 OriginRegisters readOrigin(Node const& node) {
     return {readPlace(node.object("originColumn")), readPlace(node.object("originRow"))};
@@ -169,7 +165,6 @@ bool startsLikeALayout(char const* bytes) {
             return false;
     return true;
 }
-
 } // namespace
 
 BankRegisters const* SensorLayout::bank(uint32_t slot) const {
@@ -211,5 +206,4 @@ std::optional<SensorLayout> parseSensorData(void const* sensorData, QString* err
     }
     return parseLayout(QByteArray(bytes), error);
 }
-
 } // namespace solver

@@ -10,7 +10,6 @@
 #include <vector>
 
 namespace solver {
-
 struct RegisterPlace {
     uint32_t id = 0; ///< page or id
     uint32_t address = 0;
@@ -61,5 +60,4 @@ struct SensorLayout {
 /// Reads the block that a sensor description points to. Looks at no byte beyond the first one that differs
 /// from a layout's first line, so that foreign data is told apart safely. Empty with the reason in `error`.
 [[nodiscard]] std::optional<SensorLayout> parseSensorData(void const* sensorData, QString* error);
-
 } // namespace solver

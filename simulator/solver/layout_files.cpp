@@ -11,9 +11,7 @@
 #endif
 
 namespace solver {
-
 namespace {
-
 /// The library's own file; a host may have loaded it from anywhere.
 QString ownFileName() {
     static char const anchor = 0;
@@ -33,7 +31,6 @@ QString ownFileName() {
     return QFile::decodeName(info.dli_fname);
 #endif
 }
-
 } // namespace
 
 QString layoutFileName(uint32_t sensorKind, uint32_t variant) {
@@ -43,5 +40,4 @@ QString layoutFileName(uint32_t sensorKind, uint32_t variant) {
     return QStringLiteral("%1/layouts/%2-%3.layout")
         .arg(QFileInfo(own).absolutePath(), QString::number(sensorKind), QString::number(variant));
 }
-
 } // namespace solver

@@ -5,9 +5,7 @@
 #include <QDir>
 
 namespace solver {
-
 namespace {
-
 QByteArray hexadecimal(uint32_t value) {
     return "0x" + QByteArray::number(value, 16).toUpper().rightJustified(4, '0');
 }
@@ -19,7 +17,6 @@ QByteArray lines(std::vector<sf_RegEntry> const& entries) {
                 hexadecimal(entry.third) + '\n';
     return text;
 }
-
 } // namespace
 
 QByteArray presetText(SensorLayout const& layout, Solution const& solution, PresetFormat format) {
@@ -50,5 +47,4 @@ QString fileNameFromHost(char const* path) {
         name.replace(QLatin1Char('\\'), QLatin1Char('/'));
     return name;
 }
-
 } // namespace solver

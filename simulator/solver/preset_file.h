@@ -6,7 +6,6 @@
 #include <QString>
 
 namespace solver {
-
 /// How a preset file tells the tables apart.
 enum class PresetFormat : uint32_t {
     Plain = 0,  ///< one run of lines
@@ -23,5 +22,4 @@ enum class PresetFormat : uint32_t {
 /// File name of a path in the host's 8-bit encoding. Where "\" separates no folders it becomes "/", since
 /// hosts build the path with either.
 [[nodiscard]] QString fileNameFromHost(char const* path);
-
 } // namespace solver

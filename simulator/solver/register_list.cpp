@@ -1,12 +1,8 @@
 #include "simulator/solver/register_list.h"
 
 namespace solver {
-
 namespace {
-
-sf_RegEntry entry(RegisterPlace const& place, uint32_t value) {
-    return {place.id, place.address, value};
-}
+sf_RegEntry entry(RegisterPlace const& place, uint32_t value) { return {place.id, place.address, value}; }
 
 void appendOrigin(std::vector<sf_RegEntry>& list, OriginRegisters const& origin, Geometry const& array) {
     list.push_back(entry(origin.column, static_cast<uint32_t>(array.originColumn())));
@@ -22,7 +18,6 @@ void append(std::vector<sf_RegEntry>& list, BankRegisters const& bank, BankCoeff
         }
     }
 }
-
 } // namespace
 
 std::vector<sf_RegEntry> baseRegisters(SensorLayout const& layout, Solution const& solution) {
@@ -55,5 +50,4 @@ std::vector<sf_RegEntry> allRegisters(SensorLayout const& layout, Solution const
     }
     return list;
 }
-
 } // namespace solver

@@ -9,7 +9,6 @@
 #include <vector>
 
 namespace solver {
-
 /// The correction for one illuminant slot.
 struct Table {
     uint32_t slot = 0;
@@ -35,5 +34,4 @@ struct Solution {
 
 /// All registers in the order in which they are to be written. Every bank is one of the layout's.
 [[nodiscard]] std::vector<sf_RegEntry> allRegisters(SensorLayout const& layout, Solution const& solution);
-
 } // namespace solver

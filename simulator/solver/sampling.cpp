@@ -4,16 +4,13 @@
 #include <iterator>
 
 namespace solver {
-
 namespace {
-
 FrameSampling oriented(uint32_t orientation) {
     FrameSampling sampling;
     sampling.mirrored = (orientation & 1) != 0;
     sampling.upsideDown = (orientation & 2) != 0;
     return sampling;
 }
-
 } // namespace
 
 FrameSampling bayerSampling(SensorLayout const& layout, uint32_t bayerPhase, uint32_t orientation) {
@@ -61,5 +58,4 @@ std::optional<FrameSampling> ycbcrSampling(sf_YcbcrInput const& input) {
             {static_cast<int>(byte / kBytesPerPixel), 2, 0, 1, byte % kBytesPerPixel});
     return sampling;
 }
-
 } // namespace solver

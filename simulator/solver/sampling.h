@@ -9,7 +9,6 @@
 #include <vector>
 
 namespace solver {
-
 /// Where the samples of one component lie in a delivered frame: in every `rowStep`th row from `firstRow` on
 /// the columns `firstColumn`, `firstColumn + columnStep` and so on, each `byteOffset` bytes into its pixel.
 struct ComponentSampling {
@@ -40,5 +39,4 @@ struct FrameSampling {
 /// YCbCr frames of 2 bytes a pixel: the components are Y, Cb, Cr. Byte i of a pair of pixels holds the
 /// component order[i] of the list Y, Cb, Y of the second pixel, Cr. Nothing when that is no order.
 [[nodiscard]] std::optional<FrameSampling> ycbcrSampling(sf_YcbcrInput const& input);
-
 } // namespace solver

@@ -37,7 +37,6 @@ struct sf_Handle {
 };
 
 namespace {
-
 /// Runs an entry's body; a caller written in C must meet no exception.
 template <typename Result, typename Body>
 Result guarded(Result failure, Body body) noexcept {
@@ -134,7 +133,6 @@ int find(sf_Handle* handle, Params const* params, Body body) noexcept {
         return static_cast<int>(body(handle->calibration));
     });
 }
-
 } // namespace
 
 SHADEFIT_API void sf_ObserveCalls(CallObserver const* observer) {

@@ -4,9 +4,7 @@
 #include <cmath>
 
 namespace solver {
-
 namespace {
-
 constexpr double kSpeckDepth = 0.03; // of the logarithm, at least
 constexpr double kNoiseLimit = 6;    // times what half of the blocks stand out
 
@@ -58,7 +56,6 @@ private:
     int m_rows;
     std::vector<double> m_values;
 };
-
 } // namespace
 
 std::vector<bool> blocksWithoutSpecks(BlockMeans const& means, Eigen::VectorXd const& surface) {
@@ -73,5 +70,4 @@ std::vector<bool> blocksWithoutSpecks(BlockMeans const& means, Eigen::VectorXd c
     }
     return trusted;
 }
-
 } // namespace solver

@@ -6,9 +6,7 @@
 #include <vector>
 
 namespace solver {
-
 /// Per block whether all planes fit in with their neighbourhood: false where dust lies. `surface` is the
 /// logarithm of the smooth brightness of each block, which is taken off first.
 [[nodiscard]] std::vector<bool> blocksWithoutSpecks(BlockMeans const& means, Eigen::VectorXd const& surface);
-
 } // namespace solver

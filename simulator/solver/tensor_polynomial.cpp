@@ -3,9 +3,7 @@
 #include <array>
 
 namespace solver {
-
 namespace {
-
 using Row = std::array<double, kOrder>;
 
 Row chebyshev(double x) {
@@ -37,16 +35,10 @@ constexpr double kPowersInChebyshev[kOrder][kOrder] = {
     {0, 0, 0, 4, 0},  //
     {0, 0, 0, 0, 8},
 };
-
 } // namespace
 
-Terms chebyshevTerms(double u, double v) {
-    return product(chebyshev(u), chebyshev(v));
-}
-
-Terms monomialTerms(double u, double v) {
-    return product(powers(u), powers(v));
-}
+Terms chebyshevTerms(double u, double v) { return product(chebyshev(u), chebyshev(v)); }
+Terms monomialTerms(double u, double v) { return product(powers(u), powers(v)); }
 
 TermMatrix monomialsFromChebyshev() {
     TermMatrix matrix;
@@ -56,5 +48,4 @@ TermMatrix monomialsFromChebyshev() {
                                   kPowersInChebyshev[row % kOrder][column % kOrder];
     return matrix;
 }
-
 } // namespace solver

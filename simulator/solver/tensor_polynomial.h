@@ -3,7 +3,6 @@
 #include <Eigen/Core>
 
 namespace solver {
-
 /// Powers 0..4 of each coordinate.
 constexpr int kOrder = 5;
 constexpr int kTerms = kOrder * kOrder;
@@ -20,5 +19,4 @@ using TermMatrix = Eigen::Matrix<double, kTerms, kTerms>;
 
 /// Turns Chebyshev coefficients into monomial ones.
 [[nodiscard]] TermMatrix monomialsFromChebyshev();
-
 } // namespace solver

@@ -9,9 +9,7 @@
 #include "ui_lens_assist_apga.h"
 
 namespace kestra {
-
 namespace {
-
 constexpr int32_t kLibraryMinusOne = -1;
 
 constexpr uint32_t kAdaptiveBits = 12;
@@ -76,7 +74,6 @@ void placeCaptureRows(Ui::LensAssistApga const& steps, Ui::LensAssistApgaCapture
         previous = next;
     }
 }
-
 } // namespace
 
 /// What only the three-illuminant page does: it captures one frame under each light, solves from all three
@@ -247,7 +244,6 @@ EepromStatus LensAssistApgaFlow::storeInEeprom(HeadboardEeprom& eeprom, QByteArr
     EepromStatus const written = HeadboardEepromFlush(eeprom);
     return written == kEepromOk ? HeadboardEepromVerify(eeprom, 0, -1) : written;
 }
-
 } // namespace kestra
 
 using namespace kestra;
@@ -269,13 +265,8 @@ LensAssistApga::LensAssistApga(QWidget* parent, SensorRecord const& sensor, Host
     connect(rows.Daylight_Image, &QPushButton::clicked, this, &LensAssistApga::OnBnClickedDaylight_Image);
 }
 
-LensAssistApgaFlow& LensAssistApga::flow() const {
-    return static_cast<LensAssistApgaFlow&>(*m_flow);
-}
-
-void LensAssistApga::setMode(PgaMode mode) {
-    flow().setMode(mode);
-}
+LensAssistApgaFlow& LensAssistApga::flow() const { return static_cast<LensAssistApgaFlow&>(*m_flow); }
+void LensAssistApga::setMode(PgaMode mode) { flow().setMode(mode); }
 
 void LensAssistApga::capture(Illuminant illuminant) {
     press([&own = flow(), illuminant](CalibrationFlow&) { own.captureImage(illuminant); });

@@ -3,7 +3,6 @@
 #include "calibration/calibration_page.h"
 
 namespace kestra {
-
 class LensAssistApgaFlow;
 
 /// Which of the library's two calculations a sensor needs. Neither, when neither is set.
@@ -11,7 +10,6 @@ struct PgaMode {
     uint8_t autoPgaMode = 0; ///< looked at first
     uint8_t adaptivePgaMode = 0;
 };
-
 } // namespace kestra
 
 /// The three-illuminant page: one calibration from three flat-field pictures, one under each light, for

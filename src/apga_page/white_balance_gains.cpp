@@ -9,16 +9,11 @@
 #include <string>
 
 namespace kestra {
-
 namespace {
-
 constexpr double kFixedPointOne = 128; // 7 fraction bits
 constexpr char kSets[kIlluminants] = {'L', 'M', 'R'};
 
-std::string registerOf(char set, char const* what) {
-    return std::string("CAM_AWB_CCM_") + set + what;
-}
-
+std::string registerOf(char set, char const* what) { return std::string("CAM_AWB_CCM_") + set + what; }
 } // namespace
 
 bool hasWhiteBalanceGains(CapturedFrames const& captured) {
@@ -63,5 +58,4 @@ void storeWhiteBalanceGains(HeadboardEeprom& eeprom, char const* name, Host cons
     (void)EepromDeleteNth(eeprom, kRecordCcm, stored.c_str(), 0);
     (void)EepromAppendRecord(eeprom, record);
 }
-
 } // namespace kestra

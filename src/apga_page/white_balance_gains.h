@@ -7,7 +7,6 @@
 #include <array>
 
 namespace kestra {
-
 /// Colour temperature of each illuminant, kelvin, with fractions.
 using IlluminantKelvins = std::array<double, kIlluminants>;
 
@@ -24,5 +23,4 @@ using IlluminantKelvins = std::array<double, kIlluminants>;
 /// illuminants' temperatures, at the temperature that the sensor has for the set.
 void storeWhiteBalanceGains(HeadboardEeprom& eeprom, char const* name, Host const& host,
                             CapturedFrames const& captured, IlluminantKelvins const& temperatures);
-
 } // namespace kestra

@@ -4,12 +4,9 @@
 #include "wizard/dialogs.h"
 
 #include <QScopeGuard>
-#include <utility>
 
 namespace kestra {
-
 namespace {
-
 constexpr int32_t kCoefficientPrecision = 16; // bits
 
 // A step that runs goes back to ready; true when it ran.
@@ -20,7 +17,6 @@ bool stopStep(StepState& stepState, int32_t& stepProgress) {
     stepProgress = 0;
     return true;
 }
-
 } // namespace
 
 CalibrationFlow::CalibrationFlow(PageTraits const& traits, SensorRecord const& sensor,
@@ -47,9 +43,7 @@ void CalibrationFlow::pageDestroyed() {
     m_state.shading.giveUp();
 }
 
-SensorKind const& CalibrationFlow::kind() const {
-    return sensorKind(m_sensor.sensorKind, m_sensor.variant);
-}
+SensorKind const& CalibrationFlow::kind() const { return sensorKind(m_sensor.sensorKind, m_sensor.variant); }
 
 void CalibrationFlow::initialise() {
     {
@@ -348,5 +342,4 @@ void CalibrationFlow::eepromLabelChanged() {
 void CalibrationFlow::uniformityLimitChanged(QString const& text) {
     m_state.uniformityLimit = leadingDecimal(text.toLocal8Bit());
 }
-
 } // namespace kestra

@@ -13,7 +13,6 @@
 #include <optional>
 
 namespace kestra {
-
 /// What is constant on a calibration page and different on the other.
 struct PageTraits {
     PageKind kind;
@@ -175,5 +174,4 @@ private:
     EepromUse m_eeprom;
     LensCorrection m_lensCorrection;
 };
-
 } // namespace kestra

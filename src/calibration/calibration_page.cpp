@@ -6,7 +6,6 @@
 #include <utility>
 
 namespace kestra {
-
 CalibrationPage::CalibrationPage(QWidget* parent, std::shared_ptr<CalibrationFlow> flow)
     : GatedPage(parent, std::move(flow)) {
     m_flow->emitStatus = [this] { emit Status(); };
@@ -100,5 +99,4 @@ void tellSerialNumberEdited(std::span<CalibrationPage* const> pages, bool isEmpt
         if (page)
             page->setFileState(isEmpty ? kFailed : kNotEvaluated);
 }
-
 } // namespace kestra

@@ -6,7 +6,6 @@
 #include <span>
 
 namespace kestra {
-
 /// A calibration page: the dialog that stands as a tab in the wizard. It owns the widgets and the timer, and
 /// hands everything that happens to its flow, through the gate.
 class CalibrationPage : public GatedPage<CalibrationFlow> {
@@ -84,5 +83,4 @@ private:
 /// entered by the user or filled in. An empty one refuses the results file of every page. Any other opens the
 /// file step of every page again, whatever became of it; only when all of them are ready they stay so.
 void tellSerialNumberEdited(std::span<CalibrationPage* const> pages, bool isEmpty);
-
 } // namespace kestra

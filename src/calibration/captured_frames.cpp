@@ -5,9 +5,7 @@
 #include <exception>
 
 namespace kestra {
-
 namespace {
-
 // Zeros for `elements` samples, with the frame's bytes at the start; null when there is no memory.
 CapturedSamples copyOf(Frame const& frame, int64_t bytes, size_t elements) {
     try {
@@ -18,7 +16,6 @@ CapturedSamples copyOf(Frame const& frame, int64_t bytes, size_t elements) {
         return nullptr;
     }
 }
-
 } // namespace
 
 CaptureRow* CapturedFrames::capturing() {
@@ -51,5 +48,4 @@ void CapturedFrames::capture(CaptureRow& row, Frame const& frame, size_t imagePi
     row.progress = 100;
     row.state = kCaptured;
 }
-
 } // namespace kestra

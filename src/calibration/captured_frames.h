@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace kestra {
-
 /// The three illuminants of a calibration, in the order in which everything here has them: also the sensor's
 /// left, middle and right.
 enum Illuminant : size_t { kIncandescent, kFluorescent, kDaylight, kIlluminants };
@@ -64,5 +63,4 @@ public:
 private:
     int64_t m_frameBytes = 0; // height x pitch of the largest frame so far
 };
-
 } // namespace kestra

@@ -4,16 +4,13 @@
 #include "pictures/white_balance.h"
 
 namespace kestra {
-
 namespace {
-
 constexpr int32_t kExposureStep = 4;       // progress a frame: the host's own loop does the work in that time
 constexpr int32_t kColourBalanceStep = 20; // progress a correction
 constexpr int32_t kPhaseStep = 5;          // phase a frame
 
 constexpr uint32_t kRed = 0xDD2200;
 constexpr uint32_t kAmber = 0xDDBB55;
-
 } // namespace
 
 void CalibrationFlow::onFrame(Frame const& frame) {
@@ -70,5 +67,4 @@ void CalibrationFlow::markWorstBlock(Frame const& frame) const {
     bool const nearlyGood = m_state.uniformityValue <= m_state.uniformityLimit + kUniformityTolerance;
     paintRing(frame, m_state.worstBlock, nearlyGood ? kAmber : kRed);
 }
-
 } // namespace kestra

@@ -5,11 +5,8 @@
 #include <QCoreApplication>
 
 namespace kestra {
-
 namespace {
-
 constexpr int kFalloffChoices[] = {110, 105, 100, 95, 90, 85, 80, 75}; // per cent
-
 } // namespace
 
 int32_t PageWidgets::falloff() const {
@@ -102,5 +99,4 @@ void PageWidgets::show(Enabling const& enabling) {
 void PageWidgets::paintAtOnce(StepWidgets const& step) {
     PageSurface::paintAtOnce({step.status.data(), step.bar.data(), step.bullet.data()});
 }
-
 } // namespace kestra

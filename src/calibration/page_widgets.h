@@ -12,7 +12,6 @@
 #include <algorithm>
 
 namespace kestra {
-
 /// A step's widgets: its status text, the bar that takes the text's place while the step runs, and its
 /// bullet.
 struct StepWidgets {
@@ -124,5 +123,4 @@ private:
     void show(StepWidgets& step, StepStatus const& status);
     void show(Enabling const& enabling);
 };
-
 } // namespace kestra

@@ -7,7 +7,6 @@
 #include <string_view>
 
 namespace kestra {
-
 // A blank EEPROM is formatted. An absent one also closes the step that saves there ("No EEPROM.").
 void CalibrationFlow::detectEeprom() {
     WaitCursor const cursor(widgets.page);
@@ -92,5 +91,4 @@ QByteArray sanitisedLabel(QByteArray label) {
             label.data()[i] = kInstead[at];
     return label;
 }
-
 } // namespace kestra

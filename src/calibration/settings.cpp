@@ -2,9 +2,7 @@
 #include "common/numbers.h"
 
 namespace kestra {
-
 namespace {
-
 constexpr char kDirKey[] = "LensAssist Dir"; // one directory serves all sensors
 constexpr char kFalloffKey[] = "LensAssist Falloff";
 constexpr char kRadiusKey[] = "LensAssist Radius";
@@ -25,7 +23,6 @@ constexpr TemperatureSetting kTemperatures[kIlluminants] = {
 QByteArray keyFor(char const* setting, SensorRecord const& sensor) {
     return QByteArray(setting) + " for " + QByteArray(sensor.name);
 }
-
 } // namespace
 
 void CalibrationFlow::loadSettings() {
@@ -62,5 +59,4 @@ void CalibrationFlow::storeSettings() {
     for (size_t i = 0; i < kIlluminants && m_traits.takesThreePictures; ++i)
         write(kTemperatures[i].key, toInt32(widgets.temperature(i)));
 }
-
 } // namespace kestra

@@ -7,14 +7,11 @@
 #include <utility>
 
 namespace kestra {
-
 namespace {
-
 constexpr uint32_t kChromaZero = 128;
 constexpr uint32_t kFullRangeHigh = 255;
 constexpr uint32_t kVideoRangeChromaHigh = 224;
 constexpr int kFailed = -1;
-
 } // namespace
 
 std::shared_ptr<void const> gaplessPixels(Frame const& frame) {
@@ -132,5 +129,4 @@ bool Shading::save(QByteArray const& path, uint32_t format) const {
     auto const handle = m_handle;
     return handle && shadefit().sf_DumpRegFile(handle.get(), path.constData(), format, 0, 0) == 0;
 }
-
 } // namespace kestra

@@ -10,7 +10,6 @@
 #include <vector>
 
 namespace kestra {
-
 /// An image for the calibration library: rows from the top without gaps, in the library's 8-bit or 16-bit
 /// form.
 struct LibraryImage {
@@ -72,5 +71,4 @@ public:
 private:
     std::shared_ptr<sf_Handle> m_handle;
 };
-
 } // namespace kestra

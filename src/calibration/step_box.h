@@ -3,7 +3,6 @@
 #include <QGroupBox>
 
 namespace kestra {
-
 /// The frame of one step. Some styles measure a title by its ink and paint it by its advance, which costs a
 /// long title the last stroke; this one leaves room for it.
 class StepBox : public QGroupBox {
@@ -15,5 +14,4 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
 };
-
 } // namespace kestra

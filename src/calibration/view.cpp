@@ -4,13 +4,9 @@
 #include <algorithm>
 
 namespace kestra {
-
 namespace {
-
 // Both pages show the same texts, so they are translated once.
-QString translated(char const* text) {
-    return QCoreApplication::translate("LensAssist", text);
-}
+QString translated(char const* text) { return QCoreApplication::translate("LensAssist", text); }
 
 struct Cell {
     char const* text;
@@ -88,9 +84,7 @@ Cell cellOf(StepRow const& row, StepState state) {
     }
 }
 
-StepStatus shown(Cell const& cell) {
-    return {translated(cell.text), cell.bullet};
-}
+StepStatus shown(Cell const& cell) { return {translated(cell.text), cell.bullet}; }
 
 StepStatus stepStatus(StepRow const& row, StepState state, int32_t progress) {
     StepStatus status = shown(cellOf(row, state));
@@ -108,9 +102,7 @@ Bullet uniformityBullet(PageState const& state) {
                                                                                  : Bullet::Red;
 }
 
-QString captured(char const* text) {
-    return QCoreApplication::translate("LensAssistApga", text);
-}
+QString captured(char const* text) { return QCoreApplication::translate("LensAssistApga", text); }
 
 // By `CaptureState`.
 constexpr Cell kCaptures[] = {
@@ -173,7 +165,6 @@ Enabling enablingOf(PageState const& state) {
         .capture = !busy, // also during Run All
     };
 }
-
 } // namespace
 
 PageView viewOf(PageState const& state) {
@@ -199,5 +190,4 @@ PageView viewOf(PageState const& state) {
         }
     return view;
 }
-
 } // namespace kestra

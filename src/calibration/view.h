@@ -12,7 +12,6 @@
 #include <optional>
 
 namespace kestra {
-
 /// State of a calibration step; 5 and 6 are the two failures that the step's status text tells apart.
 enum StepState : uint32_t {
     kNotEvaluated = 0,
@@ -59,10 +58,9 @@ inline constexpr int32_t kFinished = 100;
 
 /// What a calibration page knows of its calibration. Plain data: what the page shows is a function of it.
 struct PageState {
-    uint32_t updateDepth =
-        0;               ///< nesting of widget updates from code; change handlers ignore signals meanwhile
-    uint32_t active = 0; ///< 1 once the page was shown
-    uint32_t runAll = 0; ///< 1 while Run All is in progress
+    uint32_t updateDepth = 0; ///< nesting of updates from code; change handlers ignore signals meanwhile
+    uint32_t active = 0;      ///< 1 once the page was shown
+    uint32_t runAll = 0;      ///< 1 while Run All is in progress
     EepromState eepromState = EepromState::Unknown;
     StepState presetState = kNotEvaluated;
     StepState aeStepState = kNotEvaluated;
@@ -114,5 +112,4 @@ struct PageView {
 };
 
 [[nodiscard]] PageView viewOf(PageState const& state);
-
 } // namespace kestra

@@ -6,7 +6,6 @@
 #include <array>
 
 namespace kestra {
-
 /// The host's service table as the plug-in uses it: one method a slot. A null slot is never called; writes
 /// then do nothing, reads answer 0, the given default or an empty text. A value with its own copy of the
 /// table.
@@ -111,5 +110,4 @@ using ChangeGroup = HostBracket<&Host::beginChanges, &Host::endChanges>;
 
 /// A modal dialog of the plug-in's own (slot 8).
 using ModalBracket = HostBracket<&Host::openModalDialog, &Host::closeModalDialog>;
-
 } // namespace kestra

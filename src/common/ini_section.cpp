@@ -12,16 +12,10 @@
 #endif
 
 namespace kestra {
-
 namespace {
-
 // The C classification functions take an unsigned char's value; anything else is undefined.
-bool isBlank(unsigned char c) {
-    return std::isspace(c) != 0;
-}
-int lower(unsigned char c) {
-    return std::tolower(c);
-}
+bool isBlank(unsigned char c) { return std::isspace(c) != 0; }
+int lower(unsigned char c) { return std::tolower(c); }
 
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
     return std::ranges::equal(a, b, {}, lower, lower);
@@ -82,9 +76,7 @@ void trimInPlace(char* text) {
 }
 
 // The closing bracket of a section header, or null for any other line.
-char* headerEnd(char* line) {
-    return line[0] == '[' ? std::strchr(line, ']') : nullptr;
-}
+char* headerEnd(char* line) { return line[0] == '[' ? std::strchr(line, ']') : nullptr; }
 
 bool skipToSection(std::FILE* file, std::string& line, char const* sectionName) {
     while (readLine(file, line)) {
@@ -99,7 +91,6 @@ bool skipToSection(std::FILE* file, std::string& line, char const* sectionName) 
     }
     return false;
 }
-
 } // namespace
 
 FileHandle openFileUtf8(char const* name, char const* mode) {
@@ -161,5 +152,4 @@ size_t readIniSection(char const* sectionName, char* buffer, size_t bufferSize, 
     buffer[written++] = '\0';
     return written - 1;
 }
-
 } // namespace kestra

@@ -5,7 +5,6 @@
 #include <memory>
 
 namespace kestra {
-
 /// Reads one named section of an ini-style text file as a list of normalised lines, each ended by a NUL, the
 /// list by one more. Section names compare without case, blanks inside the brackets do not count.
 ///
@@ -24,5 +23,4 @@ using FileHandle = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 /// Brings an ini line into the form "key=value" in place. Returns its new length, or 0 for a line to be
 /// skipped: blank lines, comments, and "#" words other than the host's directives.
 [[nodiscard]] size_t normaliseIniLine(char* line);
-
 } // namespace kestra

@@ -15,9 +15,7 @@
 #endif
 
 namespace kestra {
-
 namespace {
-
 template <auto value>
 struct Absent {};
 
@@ -114,28 +112,16 @@ Table const& current(char const* name) {
         installed<Table> = load<Table>(QLatin1String(name));
     return *installed<Table>;
 }
-
 } // namespace
 
-Veyra2 const& veyra2() {
-    return current<Veyra2>("veyra2");
-}
+Veyra2 const& veyra2() { return current<Veyra2>("veyra2"); }
 
 Veyra2 const& absentVeyra2() {
     static Veyra2 const absent = completed(Veyra2());
     return absent;
 }
 
-Shadefit const& shadefit() {
-    return current<Shadefit>("shadefit");
-}
-
-void installVeyra2(Veyra2 const& table) {
-    installed<Veyra2> = completed(table);
-}
-
-void installShadefit(Shadefit const& table) {
-    installed<Shadefit> = completed(table);
-}
-
+Shadefit const& shadefit() { return current<Shadefit>("shadefit"); }
+void installVeyra2(Veyra2 const& table) { installed<Veyra2> = completed(table); }
+void installShadefit(Shadefit const& table) { installed<Shadefit> = completed(table); }
 } // namespace kestra

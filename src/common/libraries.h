@@ -4,7 +4,6 @@
 #include "published/veyra2.h"
 
 namespace kestra {
-
 // The one list of the libraries' functions, and what a missing one answers: nothing exists (0), nothing is
 // found (null), every transfer fails (-1).
 #define KESTRA_VEYRA2(FUNCTION)                                                                              \
@@ -67,5 +66,4 @@ Veyra2 const& absentVeyra2();
 /// not loaded when this comes first.
 void installVeyra2(Veyra2 const& table);
 void installShadefit(Shadefit const& table);
-
 } // namespace kestra

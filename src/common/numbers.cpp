@@ -6,7 +6,6 @@
 #include <cmath>
 
 namespace kestra {
-
 int32_t toInt32(double value) {
     return std::isnan(value) ? 0 : int32_t(std::clamp<double>(value, INT32_MIN, INT32_MAX));
 }
@@ -22,5 +21,4 @@ double leadingDecimal(QByteArray const& text) {
     auto const [stop, error] = std::from_chars(begin, end, value);
     return error == std::errc{} && std::isfinite(value) ? value : 0;
 }
-
 } // namespace kestra

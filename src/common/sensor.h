@@ -7,7 +7,6 @@
 #include <span>
 
 namespace kestra {
-
 /// What the sensor-access library says of the open sensor, copied so that it outlives the next library call.
 struct SensorInfo {
     uint32_t sensorKind = 0;
@@ -116,5 +115,4 @@ private:
 
     vy_Camera* m_camera;
 };
-
 } // namespace kestra

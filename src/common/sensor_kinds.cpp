@@ -3,9 +3,7 @@
 #include <algorithm>
 
 namespace kestra {
-
 namespace {
-
 using enum DialogPage;
 
 constexpr LensCorrection kPgaControl = {"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"};
@@ -84,7 +82,6 @@ constexpr SensorKind kSensorKinds[] = {
     {.kind = 199, .eepromAddress = 0xAC},
 };
 constexpr SensorKind kUnknown = {};
-
 } // namespace
 
 SensorKind const& sensorKind(uint32_t kind, uint32_t variant) {
@@ -94,8 +91,5 @@ SensorKind const& sensorKind(uint32_t kind, uint32_t variant) {
     return row == std::end(kSensorKinds) ? kUnknown : *row;
 }
 
-SensorKind const& unknownSensorKind() {
-    return kUnknown;
-}
-
+SensorKind const& unknownSensorKind() { return kUnknown; }
 } // namespace kestra

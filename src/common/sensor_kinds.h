@@ -6,7 +6,6 @@
 #include <string_view>
 
 namespace kestra {
-
 /// What `OpenQtDialog` makes for a sensor.
 enum class DialogPage { NoDialog, EmptyDialog, LensShading, AutomaticPga, AdaptivePga };
 
@@ -66,5 +65,4 @@ struct SensorKind {
 [[nodiscard]] SensorKind const& sensorKind(uint32_t kind, uint32_t variant);
 
 [[nodiscard]] SensorKind const& unknownSensorKind();
-
 } // namespace kestra

@@ -9,9 +9,7 @@
 #endif
 
 namespace kestra {
-
 namespace {
-
 // A system's sleep may end early, and a device does not answer before its write cycle is over.
 void sleepAtLeast(std::chrono::milliseconds duration) {
     using Clock = std::chrono::steady_clock;
@@ -19,7 +17,6 @@ void sleepAtLeast(std::chrono::milliseconds duration) {
     for (auto now = Clock::now(); now < end; now = Clock::now())
         std::this_thread::sleep_for(std::chrono::ceil<std::chrono::milliseconds>(end - now));
 }
-
 } // namespace
 
 bool directoryExists(QByteArray const& path) {
@@ -45,5 +42,4 @@ bool beginsTwoByteLetter([[maybe_unused]] char byte) {
 Replaceable<void(std::chrono::milliseconds)> pauseFor(sleepAtLeast);
 
 Replaceable<QDateTime()> currentUtcTime(QDateTime::currentDateTimeUtc);
-
 } // namespace kestra

@@ -7,7 +7,6 @@
 #include <utility>
 
 namespace kestra {
-
 /// Whether a path, in the local 8-bit encoding, names an existing directory. An empty path does not.
 [[nodiscard]] bool directoryExists(QByteArray const& path);
 
@@ -40,5 +39,4 @@ extern Replaceable<void(std::chrono::milliseconds)> pauseFor;
 
 /// The current time in UTC.
 extern Replaceable<QDateTime()> currentUtcTime;
-
 } // namespace kestra

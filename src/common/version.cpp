@@ -1,7 +1,6 @@
 #include "common/version.h"
 
 namespace kestra {
-
 char const kBuildDate[] = __DATE__;
 
 QString versionText() {
@@ -10,5 +9,4 @@ QString versionText() {
         text = text.arg(number);
     return text + QStringLiteral("Build Date: %1").arg(QLatin1String(kBuildDate));
 }
-
 } // namespace kestra

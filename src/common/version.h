@@ -4,7 +4,6 @@
 #include <cstdint>
 
 namespace kestra {
-
 /// The plug-in's version, equal to the file version.
 inline constexpr uint32_t kVersion[4] = {6, 1, 63, 61641};
 
@@ -13,5 +12,4 @@ extern char const kBuildDate[];
 
 /// Both, as every page shows them: two lines.
 [[nodiscard]] QString versionText();
-
 } // namespace kestra

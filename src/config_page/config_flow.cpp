@@ -10,9 +10,7 @@
 #include <utility>
 
 namespace kestra {
-
 namespace {
-
 constexpr char kLastNumberSetting[] = "KestraMfr SN";
 constexpr char kGrabFileOption[] = "Still File";
 constexpr int32_t kFormatVersion = 1;
@@ -21,7 +19,6 @@ constexpr uint32_t kModeParallelPort = 53;
 constexpr uint32_t kOn = 1;
 
 static_assert(QMessageBox::Warning == 2, "the erase question's icon is known by its number");
-
 } // namespace
 
 ConfigFlow::ConfigFlow(SensorRecord const& sensor, HostServices const* services, EepromSlot& slot)
@@ -260,5 +257,4 @@ QString userGuidePath() {
 QUrl userGuideUrl(QString const& path) {
     return QUrl(QStringLiteral("file:///") + QString::fromLatin1(QUrl::toPercentEncoding(path, "/:")));
 }
-
 } // namespace kestra

@@ -11,7 +11,6 @@
 #include <functional>
 
 namespace kestra {
-
 /// What the configuration page knows and does. Every call from outside comes through the gate and holds a
 /// share of the flow; those that need none say so.
 class ConfigFlow {
@@ -72,5 +71,4 @@ private:
 
 /// The path as the desktop takes it; signs that mean something in an address stay a part of the name.
 [[nodiscard]] QUrl userGuideUrl(QString const& path);
-
 } // namespace kestra

@@ -1,9 +1,7 @@
 #include "config_page/config_view.h"
 
 namespace kestra {
-
 namespace {
-
 struct SerialRow {
     SerialState state;
     char const* text;
@@ -48,7 +46,6 @@ ConfigStatus serialStatus(SerialState serialState) {
             return {ConfigText::tr(row.text), row.bullet};
     return {ConfigText::tr(kEnterNumber), Bullet::Gray};
 }
-
 } // namespace
 
 ConfigView viewOf(ConfigState const& state) {
@@ -124,5 +121,4 @@ void ConfigWidgets::show(ConfigView const& view) {
 void ConfigWidgets::paintStatusAtOnce() const {
     paintAtOnce({EEPROM_Status.data(), EEPROM_Bullet.data(), SN_Status.data(), SN_Bullet.data()});
 }
-
 } // namespace kestra

@@ -15,7 +15,6 @@
 #include <optional>
 
 namespace kestra {
-
 /// What is known of the serial number in the field.
 enum class SerialState : uint32_t { Unknown = 0, Edited = 1, Saved = 4, Empty = 5 };
 
@@ -28,8 +27,7 @@ struct RecordSpace {
 
 /// What the configuration page knows. Plain data: what the page shows is a function of it.
 struct ConfigState {
-    uint32_t updateDepth =
-        0; ///< nesting of widget updates from code; change handlers ignore signals meanwhile
+    uint32_t updateDepth = 0; ///< nesting of updates from code; change handlers ignore signals meanwhile
     EepromState eepromState = EepromState::Unknown;
     RecordSpace space;
     uint32_t busAddress = 0; ///< of the EEPROM
@@ -115,5 +113,4 @@ private:
 
     std::optional<InterfaceFamily> m_shownInterfaces;
 };
-
 } // namespace kestra

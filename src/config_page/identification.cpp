@@ -5,9 +5,7 @@
 #include <algorithm>
 
 namespace kestra {
-
 namespace {
-
 constexpr std::chrono::milliseconds kAccessPause{100};
 
 constexpr uint32_t kAddresses[] = {8191, 8177, 8179, 8180}; // in the EEPROM, by `Identification`
@@ -48,7 +46,6 @@ constexpr ProductCode kSpecialProcessings[] = {
     {"None", 1},  {"Cover glass removed", 2}, {"Microlenses shifted", 3}, {"Colour filters omitted", 4},
     kUnspecified,
 };
-
 } // namespace
 
 uint32_t readIdentification(Host const& host, uint32_t device, Identification field) {
@@ -87,5 +84,4 @@ InterfaceFamily interfaceFamily(uint32_t partNumberCode) {
     auto const* const row = std::ranges::find(kPartNumbers, partNumberCode, &ProductCode::code);
     return row == std::end(kPartNumbers) ? InterfaceFamily::Sensor : row->interfaces;
 }
-
 } // namespace kestra

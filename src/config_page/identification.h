@@ -8,7 +8,6 @@
 #include <span>
 
 namespace kestra {
-
 /// What the four bytes tell that lie in the EEPROM above its records.
 enum class Identification : uint8_t { PartNumber, Interface, Market, Processing };
 
@@ -49,5 +48,4 @@ inline constexpr uint8_t kModuleParallelCode = 17;
 
 /// The interfaces of a part number; of one that is not in the list, a sensor's.
 [[nodiscard]] InterfaceFamily interfaceFamily(uint32_t partNumberCode);
-
 } // namespace kestra

@@ -8,22 +8,16 @@
 #include <array>
 
 namespace kestra {
-
 namespace {
-
 constexpr int kLength = 10;
 constexpr int kCountLength = 3;
 constexpr int kHighestCount = 999;
 constexpr size_t kRecordBuffer = 1000; // header included
 
-bool isDigit(QChar c) {
-    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
-}
+bool isDigit(QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); }
 
 // A count that is no number counts as 0.
-int countOf(QString const& text) {
-    return std::all_of(text.begin(), text.end(), isDigit) ? text.toInt() : 0;
-}
+int countOf(QString const& text) { return std::all_of(text.begin(), text.end(), isDigit) ? text.toInt() : 0; }
 
 QString numberInImage(HeadboardEeprom& eeprom) {
     std::array<uint8_t, kRecordBuffer> record{};
@@ -55,12 +49,9 @@ int lastOf(char separator, QByteArray const& path) {
             last = i;
     return last;
 }
-
 } // namespace
 
-bool isSerialNumber(QString const& text) {
-    return text.size() == kLength;
-}
+bool isSerialNumber(QString const& text) { return text.size() == kLength; }
 
 std::optional<QString> nextSerialNumber(QString const& last) {
     if (!isSerialNumber(last))
@@ -88,5 +79,4 @@ QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumbe
         separator = lastOf('\\', present);
     return present.left(separator + 1) + serialNumber + '_'; // none: the number alone
 }
-
 } // namespace kestra

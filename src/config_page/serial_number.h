@@ -7,7 +7,6 @@
 #include <optional>
 
 namespace kestra {
-
 // The headboard's serial number: the text of the EEPROM's first "Headboard ID" record. Record and host hold
 // it in local 8-bit, which may lack letters of a number and allows bytes that are no letter; so numbers are
 // compared as texts.
@@ -29,5 +28,4 @@ namespace kestra {
 /// The host's file name for grabbed pictures with a serial number in the place of its last part: the folder
 /// stays, and the host goes on behind the "_". Texts are local 8-bit.
 [[nodiscard]] QByteArray grabFileName(QByteArray const& present, QByteArray const& serialNumber);
-
 } // namespace kestra

@@ -7,9 +7,7 @@
 #include <string>
 
 namespace kestra {
-
 namespace {
-
 constexpr std::array<uint8_t, 4> kMagic = {'V', 'Y', 'E', 'E'};
 constexpr int32_t kUsualVersion = 1;
 constexpr int32_t kHeaderSize = 5;
@@ -86,7 +84,6 @@ int32_t nthRecord(HeadboardEeprom& eeprom, int32_t type, char const* name, int32
         offset = EepromNextRecord(eeprom, offset);
     return offset;
 }
-
 } // namespace
 
 EepromStatus EepromFormat(HeadboardEeprom& eeprom, int32_t version) {
@@ -235,5 +232,4 @@ EepromState probeEeprom(HeadboardEeprom& eeprom) {
         return EepromState::Present;
     return status == kEepromNoAnswer ? EepromState::Absent : EepromState::Unknown;
 }
-
 } // namespace kestra

@@ -7,7 +7,6 @@
 #include <string_view>
 
 namespace kestra {
-
 // The chain of records in the EEPROM: a header ("VYEE" and a version), then records one behind the other,
 // then a byte 0xFF. All operations work on the image and read from the device what they need; nothing reaches
 // the device before `HeadboardEepromFlush`. Device failures come through as they are. No content of the
@@ -76,5 +75,4 @@ enum class EepromState : uint32_t {
 
 /// Looks whether the device answers and is formatted. One that is not formatted is formatted silently.
 [[nodiscard]] EepromState probeEeprom(HeadboardEeprom& eeprom);
-
 } // namespace kestra

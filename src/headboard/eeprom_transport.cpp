@@ -6,9 +6,7 @@
 #include <vector>
 
 namespace kestra {
-
 namespace {
-
 constexpr uint32_t kModeAddressBits = 1;
 constexpr uint32_t kModeDataBits = 2;
 constexpr uint32_t kModeBridge = 3;
@@ -36,9 +34,7 @@ struct Device {
 };
 
 // Registers and descriptions transfer one byte or two, the first of which is the high one.
-bool isPair(std::span<uint8_t const> piece) {
-    return piece.size() == 2;
-}
+bool isPair(std::span<uint8_t const> piece) { return piece.size() == 2; }
 
 uint32_t wordOf(std::span<uint8_t const> piece) {
     return isPair(piece) ? uint32_t(piece[0]) << 8 | piece[1] : piece[0];
@@ -172,7 +168,6 @@ int transferPieces(Way const& way, Device const& device, uint32_t offset, std::s
     }
     return result;
 }
-
 } // namespace
 
 int readDevice(HeadboardEeprom const& eeprom, Sensor const& sensor, uint32_t offset,
@@ -188,5 +183,4 @@ int writeDevice(HeadboardEeprom const& eeprom, Sensor const& sensor, uint32_t of
     Way const& way = chooseWay(eeprom, sensor);
     return transferPieces(way, device, offset, bytes, 2, way.write);
 }
-
 } // namespace kestra

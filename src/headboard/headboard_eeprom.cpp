@@ -4,13 +4,10 @@
 #include "headboard/record_format.h"
 
 #include <algorithm>
-#include <span>
 #include <utility>
 
 namespace kestra {
-
 namespace {
-
 constexpr int32_t kSmallestImage = 8;
 constexpr int kLibraryNoAnswer = 12;
 
@@ -84,7 +81,6 @@ EepromShare takeFrom(EepromSlot& slot) {
         taken->ref.deref();
     return taken;
 }
-
 } // namespace
 
 EepromShare HeadboardEepromCreate(vy_Camera* camera) {
@@ -253,5 +249,4 @@ void EepromUse::abandon() {
     if (isCurrent())
         (void)takeFrom(m_slot);
 }
-
 } // namespace kestra

@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace kestra {
-
 /// What the operations on the headboard EEPROM answer, in the place of an offset, a size or a length too.
 enum EepromStatus : int32_t {
     kEepromOk = 0,
@@ -133,5 +132,4 @@ private:
     EepromShare m_share;
     bool m_isAbandoned = false;
 };
-
 } // namespace kestra

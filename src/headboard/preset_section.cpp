@@ -11,9 +11,7 @@
 #include <cstring>
 
 namespace kestra {
-
 namespace {
-
 constexpr size_t kLongestStateName = 79;
 
 // One form of line: "KEY = number,number,...". The meanings of the numbers are told by a letter each, for the
@@ -137,7 +135,6 @@ std::vector<std::string> readSection(char const* iniFileName, char const* sectio
         lines.push_back(withoutComment(&bytes[at]));
     return lines;
 }
-
 } // namespace
 
 EepromStatus EepromImportSection(HeadboardEeprom& eeprom, char const* iniFileName, char const* sectionName,
@@ -167,5 +164,4 @@ std::vector<PresetEntry> presetEntries(char const* iniFileName, char const* sect
             entries.push_back(*entry);
     return entries;
 }
-
 } // namespace kestra

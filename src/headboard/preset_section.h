@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace kestra {
-
 /// Builds a register set of a type from a section of a preset file (name in UTF-8), under the section's name,
 /// and appends it to the chain. Lines of registers, variables, special functions and memory become entries;
 /// lines of state are taken in the types that know their names; all others are skipped. `kEepromFailed` when
@@ -26,5 +25,4 @@ struct PresetEntry {
 /// What the lines of a section of a preset file become, in their order: one entry each. Without lines of
 /// state and those that are skipped.
 [[nodiscard]] std::vector<PresetEntry> presetEntries(char const* iniFileName, char const* sectionName);
-
 } // namespace kestra

@@ -4,9 +4,7 @@
 #include <string>
 
 namespace kestra {
-
 namespace {
-
 struct RecordTypeRow {
     uint32_t type = 0;
     char const* name = nullptr;
@@ -40,12 +38,9 @@ RecordTypeRow rowOf(uint32_t type) {
 }
 
 constexpr size_t kMostPayload = 0xFFFF;
-
 } // namespace
 
-RecordPayload recordPayload(uint32_t type) {
-    return rowOf(type).payload;
-}
+RecordPayload recordPayload(uint32_t type) { return rowOf(type).payload; }
 
 size_t recordNameWidth(uint32_t type) {
     RecordPayload const payload = recordPayload(type);
@@ -54,9 +49,7 @@ size_t recordNameWidth(uint32_t type) {
                                                  : 0;
 }
 
-char const* recordTypeName(uint32_t type) {
-    return rowOf(type).name;
-}
+char const* recordTypeName(uint32_t type) { return rowOf(type).name; }
 
 uint8_t recordTypeNamed(char const* name) {
     for (RecordTypeRow const& row : kRecordTypes)
@@ -101,5 +94,4 @@ EepromRecord makeRegisterSet(uint8_t type, int32_t capacity, char const* name) {
     record.setName(name);
     return record;
 }
-
 } // namespace kestra

@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace kestra {
-
 inline constexpr uint8_t kErased = 0xFF;      ///< a byte that was never written, also in a record
 inline constexpr int32_t kRecordHead = 3;     ///< bytes before a record's payload: type and length
 inline constexpr int32_t kRecordName = 9;     ///< bytes of the name that a register set begins with
@@ -126,5 +125,4 @@ private:
 
 /// A register set under a name (null: "DEFAULT"), as yet without entries, of at most `capacity` bytes.
 [[nodiscard]] EepromRecord makeRegisterSet(uint8_t type, int32_t capacity, char const* name);
-
 } // namespace kestra

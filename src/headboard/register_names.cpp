@@ -4,9 +4,7 @@
 #include <sstream>
 
 namespace kestra {
-
 namespace {
-
 using Names = std::vector<std::string>;
 
 void addChoices(std::string const& element, Names& choices) {
@@ -74,7 +72,6 @@ constexpr char const* kColourCorrection[] = {
     "AWBTRACKCONFIG_CCMDATA_{0..2}_RBRATIO",
     "AWBTRACKCONFIG_CCMDATA_{0..2}_COLORTEMP",
 };
-
 } // namespace
 
 void expandNames(std::string const& pattern, Names& names) {
@@ -113,5 +110,4 @@ Names const& ccmRegisterNames() {
     }();
     return names;
 }
-
 } // namespace kestra

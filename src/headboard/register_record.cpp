@@ -13,9 +13,7 @@
 #include <string_view>
 
 namespace kestra {
-
 namespace {
-
 constexpr LensCorrection kCorrections[] = {
     {"CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE"},
     {"POLY_SC_ENABLE", "ENABLE"},
@@ -81,7 +79,6 @@ void addBracketedTables(HeadboardEeprom& eeprom, EepromRecord& record, SensorMod
     addTables(eeprom, record, fallback);
     (void)EepromAddRegister(eeprom, record, reg, bitfield, 1);
 }
-
 } // namespace
 
 EepromStatus saveShadingRegisters(HeadboardEeprom& eeprom, char const* name, SensorModel fallback) {
@@ -111,5 +108,4 @@ EepromRecord makeTimeStamp() {
     std::copy_n(text.c_str(), length, record.payload().begin());
     return record;
 }
-
 } // namespace kestra

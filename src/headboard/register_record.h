@@ -4,7 +4,6 @@
 #include "headboard/record_format.h"
 
 namespace kestra {
-
 /// Kind and generation of a sensor.
 struct SensorModel {
     uint32_t sensorKind = 0;
@@ -26,5 +25,4 @@ struct SensorModel {
 
 /// The record "Time Stamp" of the current UTC time, as text such as "2024/05/31 23:59:07" with its NUL.
 [[nodiscard]] EepromRecord makeTimeStamp();
-
 } // namespace kestra

@@ -3,12 +3,9 @@
 #include "headboard/record_format.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace kestra {
-
 namespace {
-
 constexpr uint32_t kShortRegisterBits = 16;
 constexpr uint32_t kUsualVariableSize = 2;
 
@@ -115,16 +112,13 @@ std::optional<RegisterEntry> findEntry(Sensor const& sensor, char const* reg, ch
     entry.mask = mask;
     return entry;
 }
-
 } // namespace
 
 bool isEntryKind(uint8_t code) {
     return code >= uint8_t(EntryKind::Full) && code <= uint8_t(EntryKind::ShortVariable);
 }
 
-size_t entrySize(EntryKind kind) {
-    return kind == EntryKind::Full ? 18 : 4;
-}
+size_t entrySize(EntryKind kind) { return kind == EntryKind::Full ? 18 : 4; }
 
 RegisterEntry decodeEntry(std::span<uint8_t const> bytes, EntryKind kind,
                           std::optional<SensorInfo> const& sensor) {
@@ -256,5 +250,4 @@ int32_t EepromGetLine(std::span<uint8_t const> record, int32_t n, std::string* l
     }
     return kEepromFailed;
 }
-
 } // namespace kestra

@@ -10,7 +10,6 @@
 #include <vector>
 
 namespace kestra {
-
 /// What a register belongs to, by the number that its entry holds. Other address-space kinds of the library
 /// are stored as they are.
 enum RegisterClass : uint32_t {
@@ -96,5 +95,4 @@ struct RegisterSetContent {
 /// The length of the n-th line of a record's bytes, and in `line`, when given, its text; `kEepromFailed` when
 /// there are fewer lines.
 [[nodiscard]] int32_t EepromGetLine(std::span<uint8_t const> record, int32_t n, std::string* line = nullptr);
-
 } // namespace kestra

@@ -5,9 +5,7 @@
 #include <array>
 
 namespace kestra {
-
 namespace {
-
 struct StateSetting {
     char const* variable;
     int32_t value;
@@ -73,15 +71,12 @@ constexpr LensCorrection kSystemOnChipDefault = {"COLOR_PIPELINE_CONTROL", "PGA_
 // Value of a whole register that is the switch.
 constexpr uint32_t kWholeRegisterOn = 0x8000;
 
-bool isWholeRegister(LensCorrection const& correction) {
-    return *correction.lensCorrectionBitfield == '\0';
-}
+bool isWholeRegister(LensCorrection const& correction) { return *correction.lensCorrectionBitfield == '\0'; }
 
 bool exists(Sensor const& sensor, LensCorrection const& correction) {
     return isWholeRegister(correction) ||
            sensor.existsBitfield(correction.lensCorrectionRegister, correction.lensCorrectionBitfield);
 }
-
 } // namespace
 
 void setRawPipeline(Host const& host, Sensor const& sensor, LensCorrection const& correction,
@@ -149,5 +144,4 @@ bool lensCorrectionEnabled(Host const& host, Sensor const& sensor, LensCorrectio
     return exists(sensor, correction) &&
            host.readRegister(correction.lensCorrectionRegister, correction.lensCorrectionBitfield) != 0;
 }
-
 } // namespace kestra

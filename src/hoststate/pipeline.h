@@ -8,7 +8,6 @@
 #include <span>
 
 namespace kestra {
-
 // Variables of the colour pipeline that are read or set apart from the lists of its two states, too.
 inline constexpr char kAutoExposure[] = "Auto Exposure";
 inline constexpr char kWhiteBalance[] = "White Balance";
@@ -60,5 +59,4 @@ void setLensCorrection(Host const& host, Sensor const& sensor, LensCorrection co
 /// Whether the correction is on; false for a sensor that lacks the bitfield.
 [[nodiscard]] bool lensCorrectionEnabled(Host const& host, Sensor const& sensor,
                                          LensCorrection const& correction);
-
 } // namespace kestra

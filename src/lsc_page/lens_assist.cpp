@@ -6,9 +6,7 @@
 #include "ui_lens_assist.h"
 
 namespace kestra {
-
 namespace {
-
 constexpr uint32_t kAllBits = 0xFFFFFFFF;
 
 constexpr PageTraits kTraits = {
@@ -16,7 +14,6 @@ constexpr PageTraits kTraits = {
     .eepromLabel = "KestraTune",
     .skipsUnusableRows = true,
 };
-
 } // namespace
 
 /// What only the lens-shading page does: it solves from one frame inside the frame handler, and loads the
@@ -102,7 +99,6 @@ EepromStatus LensAssistFlow::storeInEeprom(HeadboardEeprom& eeprom, QByteArray c
         status = addFactoryTime(eeprom, label, OlderTime::MustGo);
     return status == kEepromOk ? HeadboardEepromFlush(eeprom) : status;
 }
-
 } // namespace kestra
 
 using namespace kestra;

@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 // First pixel of cell `index` of `cells` along a side, such that `cell` pixels fit behind it.
 int32_t cellStart(int32_t size, int32_t index, int32_t cells, int32_t cell) {
     return std::clamp(int32_t(int64_t{size} * index / cells), 0, size - cell);
@@ -25,16 +24,10 @@ void addPixels(std::span<CSbl::Block const> blocks, uint8_t const* pixels, ptrdi
     addChannelSums(pixels + blocks[0].top * pitch, pitch, blocks[0].bottom - blocks[0].top,
                    std::span(ranges).first(blocks.size()), sums);
 }
-
 } // namespace
 
-uint32_t CSbl::chartScale(uint32_t, uint32_t) {
-    return 1024;
-}
-
-uint32_t CSbl::pixelAt(int32_t, int32_t) {
-    return 0x808080;
-}
+uint32_t CSbl::chartScale(uint32_t, uint32_t) { return 1024; }
+uint32_t CSbl::pixelAt(int32_t, int32_t) { return 0x808080; }
 
 void CSbl::measure(void const* pixels, int32_t width, int32_t height, int32_t pitchInPixels) {
     m_blocks = {};

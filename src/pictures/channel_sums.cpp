@@ -7,7 +7,6 @@
 #include <cstring>
 
 namespace kestra {
-
 // A pixel is read as little-endian words: blue and green lie in its low half, red and an unused byte in the
 // high one. Two channels are summed side by side in one word, with one shift and no mask for the lower one:
 // while its sum fits, it is what remains of the sum of whole words (modulo the word) without the upper one's
@@ -20,7 +19,6 @@ static_assert(std::endian::native == std::endian::little);
 #endif
 
 namespace {
-
 constexpr int kMaxAdds = 257; // of 255 each, before a sum of 16 bits could overflow
 
 template <typename Word>
@@ -57,13 +55,9 @@ using AddRows = decltype(&addRows<8>);
     addRows<8>(bytes, pitch, halves, whole, upper);
 }
 
-AddRows chooseAddEightRows() {
-    return __builtin_cpu_supports("avx2") ? addEightRowsAvx2 : addRows<8>;
-}
+AddRows chooseAddEightRows() { return __builtin_cpu_supports("avx2") ? addEightRowsAvx2 : addRows<8>; }
 #else
-AddRows chooseAddEightRows() {
-    return addRows<8>;
-}
+AddRows chooseAddEightRows() { return addRows<8>; }
 #endif
 
 // Sums down each half pixel's column. The picture's rows are added several at a time, so that a column's sum
@@ -151,7 +145,6 @@ bool isFasterByColumns(int32_t width, ptrdiff_t pitch) {
     bool const skipsHalf = ptrdiff_t{width} * 8 <= std::abs(pitch);
     return width <= kNarrow || (skipsHalf && width <= ColumnSums::kMaxWidth);
 }
-
 } // namespace
 
 void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
@@ -162,5 +155,4 @@ void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
         for (size_t i = 0; i < ranges.size(); ++i)
             addRun(firstRow + ptrdiff_t{ranges[i].first} * 4, ranges[i].last - ranges[i].first, sums[i]);
 }
-
 } // namespace kestra

@@ -5,7 +5,6 @@
 #include <span>
 
 namespace kestra {
-
 /// Exact sums of the channel values of RGB-32 pixels.
 struct ChannelSums {
     uint64_t red = 0;
@@ -24,5 +23,4 @@ struct ColumnRange {
 /// rows are walked once, in memory order; no alignment is needed.
 void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
                     std::span<ColumnRange const> ranges, std::span<ChannelSums> sums);
-
 } // namespace kestra

@@ -4,7 +4,6 @@
 #include <cstdint>
 
 namespace kestra {
-
 /// The host's image-type codes that the plug-in tells apart; any other is raw Bayer with 8 bits a pixel.
 enum class ImageType : uint32_t { Ycbcr = 5, Rgb32 = 11, Raw12 = 13 };
 
@@ -39,5 +38,4 @@ struct Frame {
         return static_cast<uint8_t const*>(data) + ptrdiff_t(y * pitch);
     }
 };
-
 } // namespace kestra

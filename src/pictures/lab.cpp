@@ -1,9 +1,7 @@
 #include "pictures/lab.h"
 
 namespace kestra {
-
 namespace {
-
 // A frame's statistics convert several hundred colours.
 FractionalPower const kTransferPower(2.4);
 FractionalPower const kCubeRoot(1.0 / 3);
@@ -13,10 +11,7 @@ double linearised(double value) {
     return 100 * (c > 0.03928 ? kTransferPower((c + 0.055) / 1.055) : c / 12.92);
 }
 
-double f(double t) {
-    return t > 0.008856 ? kCubeRoot(t) : 7.787 * t + 16.0 / 116;
-}
-
+double f(double t) { return t > 0.008856 ? kCubeRoot(t) : 7.787 * t + 16.0 / 116; }
 } // namespace
 
 Lab rgbToLab(double red, double green, double blue) {
@@ -41,5 +36,4 @@ FractionalPower::FractionalPower(double exponent) : m_exponent(exponent) {
         m_nodes[i] = {std::pow(node, exponent), 1 / node};
     }
 }
-
 } // namespace kestra

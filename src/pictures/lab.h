@@ -3,11 +3,9 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstddef>
 #include <cstdint>
 
 namespace kestra {
-
 /// A colour in CIE L*a*b*.
 struct Lab {
     double l = 0;
@@ -64,5 +62,4 @@ private:
     std::array<double, 6> m_coefficients; // of d, d^2, ...
     std::array<Node, kEnd - kFirst> m_nodes;
 };
-
 } // namespace kestra

@@ -8,9 +8,7 @@
 #include <memory>
 
 namespace kestra {
-
 namespace {
-
 // Without pixel data each pixel is asked for: larger than any sensor's, a picture would hold up the host.
 constexpr int64_t kMostAskedPixels = 1 << 26;
 
@@ -26,7 +24,6 @@ void paint(Frame const& frame, int64_t left, int64_t top, int64_t right, int64_t
             std::memcpy(row + x * 4, &pixel, sizeof pixel);
     }
 }
-
 } // namespace
 
 std::optional<Uniformity> measureUniformity(Frame const& frame, int skippedRows) {
@@ -63,5 +60,4 @@ void paintRing(Frame const& frame, QRect const& block, uint32_t pixel) {
         paint(frame, right - 1, top, right, bottom, pixel);
     }
 }
-
 } // namespace kestra

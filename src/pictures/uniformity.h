@@ -6,7 +6,6 @@
 #include <optional>
 
 namespace kestra {
-
 /// Colour uniformity of a picture: the largest chroma deviation of a block (lower is better), rounded to two
 /// decimals, and where it stands. The rectangle keeps the block's exclusive right and bottom as its edges.
 struct Uniformity {
@@ -22,5 +21,4 @@ struct Uniformity {
 /// Paints a ring close around a block into an RGB-32 frame, two pixels wide on all sides. Since the block's
 /// right and bottom edges are exclusive, it begins at them, and one pixel before the left and top ones.
 void paintRing(Frame const& frame, QRect const& block, uint32_t pixel);
-
 } // namespace kestra

@@ -4,7 +4,6 @@
 #include "pictures/channel_sums.h"
 
 namespace kestra {
-
 std::optional<MeanColour> meanOfCentre(Frame const& frame) {
     if (!frame.hasRgb32Pixels())
         return std::nullopt;
@@ -25,5 +24,4 @@ int32_t correctedGain(int32_t oldGain, double channelMean, double greenMean) {
     double const q = channelMean / greenMean;
     return toInt32(oldGain * ((q - 1) * 0.25 + 1) / q);
 }
-
 } // namespace kestra

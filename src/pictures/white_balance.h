@@ -5,7 +5,6 @@
 #include <optional>
 
 namespace kestra {
-
 /// Mean channel values, 0 to 255.
 struct MeanColour {
     double red = 0;
@@ -20,5 +19,4 @@ struct MeanColour {
 /// The relative gain, in thousandths, that leaves a quarter of the colour error: a damped loop that does not
 /// overshoot on a noisy picture. `oldGain` is in thousandths, `channelMean` and `greenMean` must be above 0.
 [[nodiscard]] int32_t correctedGain(int32_t oldGain, double channelMean, double greenMean);
-
 } // namespace kestra

@@ -16,7 +16,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr uint32_t kApiVersion = 5;
 // The mismatch is silent to the user, deliberately: the null result tells the host, who knows what it asked
 // for. So the box is made and never shown; it needs an application.
@@ -114,7 +113,6 @@ void deliverFrame(void const* data, uint32_t type, int32_t width, int32_t height
             page->onFrame(frame);
     });
 }
-
 } // namespace
 
 QDialog* OpenQtDialog(uint32_t apiVersion, QWidget* parent, SensorRecord const* sensor,

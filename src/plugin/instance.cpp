@@ -19,7 +19,6 @@
 using namespace kestra;
 
 namespace {
-
 // Set while the library is unloaded from a process that goes on.
 bool unloading = false;
 
@@ -43,12 +42,9 @@ struct Instance {
 };
 
 Instance instance;
-
 } // namespace
 
-KestraMfr& kestra::kestraMfr() {
-    return instance.published;
-}
+KestraMfr& kestra::kestraMfr() { return instance.published; }
 
 KestraMfr::KestraMfr()
     : g_configPage(nullptr), g_lensAssist(nullptr), g_lensAssistApga(nullptr), g_wizard(nullptr),
@@ -93,9 +89,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
 // At unload a library's finalisers run before the destructors of its static objects, which its start-up code
 // put first into the list that is worked off backwards. At process exit those destructors run on their own,
 // before any finaliser. So a static destructor that finds the mark set belongs to an unload.
-[[gnu::destructor]] static void markUnloading() {
-    unloading = true;
-}
+[[gnu::destructor]] static void markUnloading() { unloading = true; }
 
 #endif
 

@@ -6,7 +6,6 @@
 class Config;
 
 namespace kestra {
-
 /// The one instance.
 [[nodiscard]] KestraMfr& kestraMfr();
 
@@ -18,5 +17,4 @@ namespace kestra {
 /// `g_configPage`, until someone deletes it, and its edits reset the file step of the calibration pages. Its
 /// parent is the host's widget; the caller puts it into a tab and then lets it initialise.
 Config* makeConfigPage(SensorRecord const& sensor, HostServices const& services);
-
 } // namespace kestra

@@ -6,9 +6,7 @@
 #include <QPointer>
 
 namespace kestra {
-
 namespace {
-
 QString chooseByDialog() {
     // Always starts there, whatever the page shows: users know the chooser so.
     return QFileDialog::getExistingDirectory(
@@ -25,7 +23,6 @@ QMessageBox::StandardButton showBox(QWidget* parent, UserMessage const& message)
     delete box.data();
     return QMessageBox::StandardButton(answer);
 }
-
 } // namespace
 
 Replaceable<QString()> chooseResultFolder(chooseByDialog);
@@ -33,5 +30,4 @@ Replaceable<QString()> chooseResultFolder(chooseByDialog);
 Replaceable<QMessageBox::StandardButton(QWidget*, UserMessage const&)> showMessage(showBox);
 
 Replaceable<bool(QUrl const&)> openDocument(QDesktopServices::openUrl);
-
 } // namespace kestra

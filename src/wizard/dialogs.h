@@ -7,7 +7,6 @@
 #include <QUrl>
 
 namespace kestra {
-
 // Whatever waits for a person, or for a program of the user's desktop.
 
 /// Lets the user choose an existing folder for results files; an empty text when the user cancels.
@@ -28,5 +27,4 @@ extern Replaceable<QMessageBox::StandardButton(QWidget* parent, UserMessage cons
 /// Opens a document with the program that the user's desktop has for it; false when there is none, or no such
 /// document.
 extern Replaceable<bool(QUrl const& url)> openDocument;
-
 } // namespace kestra

@@ -8,7 +8,6 @@
 #include <utility>
 
 namespace kestra {
-
 /// Runs a call and lets nothing that it throws out; the cause is told under `name`. False when the call was
 /// cut short.
 template <typename Call>
@@ -87,5 +86,4 @@ private:
     bool m_closed = false;
     std::deque<std::function<void()>> m_kept;
 };
-
 } // namespace kestra

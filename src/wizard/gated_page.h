@@ -8,7 +8,6 @@
 #include <utility>
 
 namespace kestra {
-
 /// A dialog that stands as a tab in the wizard, in front of its flow: what is known of the page and what it
 /// does. It hands every press and every edit to the flow through the flow's gate, and outlives no step: each
 /// holds a share of the flow. `Flow` has `gate`, `state()` and `press(step)`, which runs a step and
@@ -40,5 +39,4 @@ protected:
 
     std::shared_ptr<Flow> const m_flow;
 };
-
 } // namespace kestra

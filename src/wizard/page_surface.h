@@ -12,7 +12,6 @@
 #include <initializer_list>
 
 namespace kestra {
-
 /// Marks widget updates from code while it lives, so that change handlers ignore the signals that they raise.
 /// It counts in `depth`, which outlives it.
 struct UpdateGuard : QScopedValueRollback<uint32_t> {
@@ -88,5 +87,4 @@ protected:
         }
     }
 };
-
 } // namespace kestra

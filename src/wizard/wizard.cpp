@@ -26,10 +26,5 @@ void Wizard::addPage(QWidget* page, QString const& label) {
     page->activateWindow();
 }
 
-int Wizard::pageCount() const {
-    return tabWidget->count();
-}
-
-void Wizard::enablePage(int index) {
-    tabWidget->setTabEnabled(index, true);
-}
+int Wizard::pageCount() const { return tabWidget->count(); }
+void Wizard::enablePage(int index) { tabWidget->setTabEnabled(index, true); }

@@ -10,7 +10,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr uint32_t kBusAddress = 0xA8;
 
 // A page whose headboard has an EEPROM, behind the plain serial transfers.
@@ -181,5 +180,4 @@ TEST_P(EepromStep, WhoDiscardsTheEepromInsideASaveMakesItFail) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, EepromStep, ::testing::ValuesIn(kPages),
                          [](auto const& test) { return std::string(test.param.name); });
-
 } // namespace

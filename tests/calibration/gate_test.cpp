@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 struct GateTest : ::testing::Test {
     std::function<void()> add(char what) {
         return [this, what] { order += what; };
@@ -65,5 +64,4 @@ TEST_F(GateTest, AStepThatThrowsLeavesTheGateOpen) {
     gate.runOrDrop(add('t'));
     EXPECT_EQ(order, "t");
 }
-
 } // namespace

@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 // What only the three-illuminant page does.
 class LensAssistApgaPage : public PageFixture {
 protected:
@@ -485,5 +484,4 @@ TEST_F(WhiteBalanceRecord, HoldsTheGainsOfTheThreeLightsAtTheSetsTemperatures) {
     EXPECT_EQ(entry.value,
               uint32_t(quadraticThrough({2800.25, 2800.5, 2800.75}, {0.503, 0.753, 1.503}, 2801) * 128));
 }
-
 } // namespace

@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 class LensAssistPage : public PageFixture {
 protected:
     LensAssistPage() : PageFixture(kLensAssistPage) {}
@@ -342,5 +341,4 @@ TEST(Label, BearsNoCharacterThatAFileNameCannot) {
     EXPECT_EQ(sanitisedLabel("a\\b/c:d*e?f|g\"h<i>j"), QByteArray("a-b-c-d-e-f-g'h(i)j"));
     EXPECT_EQ(sanitisedLabel("Plain label_1.0 %1 \xE4"), QByteArray("Plain label_1.0 %1 \xE4"));
 }
-
 } // namespace

@@ -13,7 +13,6 @@
 using namespace kestra;
 
 namespace {
-
 // What holds for every calibration page.
 class PageContract : public PageFixture, public ::testing::WithParamInterface<PageCase> {
 protected:
@@ -501,5 +500,4 @@ TEST_P(PageContract, MarkerIsPaintedOnlyWhileTheValueMissesTheLimit) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, PageContract, ::testing::ValuesIn(kPages),
                          [](auto const& test) { return std::string(test.param.name); });
-
 } // namespace

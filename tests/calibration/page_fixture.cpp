@@ -1,7 +1,6 @@
 #include "tests/calibration/page_fixture.h"
 
 namespace kestra {
-
 PageFixture::PageFixture(PageCase const& pageCase) : m_case(pageCase) {
     libraries.bitfields = {"POLY_SC_ENABLE.ENABLE", "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE"};
     sensor.sensorKind = m_case.sensorKind;
@@ -60,5 +59,4 @@ std::vector<std::string> PageFixture::changes() const {
             found.push_back(call);
     return found;
 }
-
 } // namespace kestra

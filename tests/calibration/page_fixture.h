@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace kestra {
-
 /// What a page of the contract suite is made by, and which sensor it is for.
 struct PageCase {
     char const* name;
@@ -40,5 +39,4 @@ protected:
 
     PageCase const m_case;
 };
-
 } // namespace kestra

@@ -5,7 +5,6 @@
 #include "tests/calibration/page_fixture.h"
 
 namespace kestra {
-
 template <uint8_t kAutoPga>
 CalibrationPage* makeApgaPage(SensorRecord const& sensor, HostServices const& services, Wizard* wizard,
                               EepromSlot& eepromSlot) {
@@ -33,5 +32,4 @@ inline PageCase const kAdaptivePage = {
 inline PageCase const kAutomaticPage = {"LensAssistAutoPga", 68, makeApgaPage<1>, kAdaptivePage.ownSettings,
                                         kAdaptivePage.captureRows};
 inline PageCase const kPages[] = {kLensAssistPage, kAdaptivePage};
-
 } // namespace kestra

@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 // A host that spins events inside a service, or a library that does, may do anything to the page there.
 class Reentry : public PageFixture, public ::testing::WithParamInterface<PageCase> {
 protected:
@@ -194,5 +193,4 @@ TEST_P(Reentry, EveryServiceAndLibraryFunctionMayBeMissing) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, Reentry, ::testing::ValuesIn(kPages),
                          [](auto const& test) { return std::string(test.param.name); });
-
 } // namespace

@@ -10,7 +10,6 @@
 using namespace kestra;
 
 namespace {
-
 using simulator::SimulatedCamera;
 
 /// One way to the EEPROM, by a profile whose sensor takes it.
@@ -187,5 +186,4 @@ TEST_P(SaveUnderFaults, EveryOperationOfASaveMayFail) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, SaveUnderFaults, ::testing::ValuesIn(kPages),
                          [](auto const& test) { return std::string(test.param.name); });
-
 } // namespace

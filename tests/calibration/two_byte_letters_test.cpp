@@ -13,7 +13,6 @@
 using namespace kestra;
 
 namespace {
-
 class TwoByteLetters : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -40,5 +39,4 @@ TEST_F(TwoByteLetters, NameFolders) {
     EXPECT_TRUE(directoryExists(local + '\\'));
     EXPECT_FALSE(directoryExists(local.left(local.size() - 1) + 'A')) << "another letter";
 }
-
 } // namespace

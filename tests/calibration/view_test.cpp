@@ -6,7 +6,6 @@
 using namespace kestra;
 
 namespace {
-
 Bullet bulletOf(char letter) {
     return Bullet(std::string("-bgyr").find(letter)); // the gray one is a dash
 }
@@ -233,5 +232,4 @@ TEST_P(ShownView, GoesToTheWidgetsOfItsStep) {
 
 INSTANTIATE_TEST_SUITE_P(Pages, ShownView, ::testing::ValuesIn(kPages),
                          [](auto const& test) { return std::string(test.param.name); });
-
 } // namespace

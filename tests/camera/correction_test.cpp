@@ -8,7 +8,6 @@
 using namespace simulator;
 
 namespace {
-
 constexpr uint32_t kHalf = 0x3800; // as binary16
 constexpr uint32_t kOneAndHalf = 0x3E00;
 
@@ -94,5 +93,4 @@ TEST(Correction, OnlyTheSwitchBitSwitches) {
     EXPECT_EQ(readRegister(*camera, "POLY_SC_ENABLE"), 0x7FFF);
     EXPECT_NEAR(greenMean(*camera, camera->grab()) / off, 1, 0.01);
 }
-
 } // namespace

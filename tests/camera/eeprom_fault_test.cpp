@@ -7,7 +7,6 @@
 using namespace simulator;
 
 namespace {
-
 // Five operations under a fault at the third: reads of what the factory left are `r`, writes `w`; the
 // expected outcomes are `+` done, `-` failed, `!` done with wrong bytes.
 struct FaultRow {
@@ -97,5 +96,4 @@ TEST(EepromFault, PowerCutKeepsTheBytesStoredBefore) {
         EXPECT_TRUE(access.read(*camera, 0, bytes));
     }
 }
-
 } // namespace

@@ -8,7 +8,6 @@
 using namespace simulator;
 
 namespace {
-
 QByteArray patterned() {
     QByteArray contents(8192, '\0');
     for (int i = 0; i < contents.size(); ++i)
@@ -171,5 +170,4 @@ TEST(Eeprom, BadTransfersMoveNothing) {
 
     EXPECT_EQ(contentsOf(*camera), QByteArray(8192, '\xFF'));
 }
-
 } // namespace

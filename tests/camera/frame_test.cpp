@@ -7,7 +7,6 @@
 using namespace simulator;
 
 namespace {
-
 constexpr Region kMiddle{45, 45, 55, 55};
 
 TEST(Frame, EveryInstalledProfileOpensAndDeliversWhatItDescribes) {
@@ -123,5 +122,4 @@ TEST(IdealFrame, LiesInTheMiddleOfTheNoiseInEveryReadOutOrder) {
             EXPECT_LT(largest, 60);
         }
 }
-
 } // namespace

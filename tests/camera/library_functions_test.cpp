@@ -6,7 +6,6 @@
 using namespace simulator;
 
 namespace {
-
 // No camera, a closed one, a register or bitfield that is not there.
 TEST(LibraryFunctions, WhatIsNotThereAnswersFailure) {
     Camera const open = openQuiet();
@@ -85,5 +84,4 @@ TEST(LibraryFunctions, ValuesAreCutToTheRegistersWidthAndTheSensorsOwnChangesHid
     vy_InvalidateRegCache(camera->handle());
     EXPECT_EQ(readRegister(*camera, "FRAME_COUNT"), before + 1);
 }
-
 } // namespace

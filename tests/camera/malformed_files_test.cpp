@@ -6,7 +6,6 @@
 using namespace simulator;
 
 namespace {
-
 struct Fault {
     char const* content;
     char const* message; ///< the whole of it, with file and place
@@ -144,5 +143,4 @@ TEST(MalformedFiles, ShadingFaultIsNamedWithItsPlace) {
     EXPECT_TRUE(error.startsWith(QLatin1String("/nowhere.json: cannot be read"))) << qPrintable(error);
     EXPECT_EQ(camera->grab().pixels, openQuiet()->grab().pixels) << "a part of a refused file was used";
 }
-
 } // namespace

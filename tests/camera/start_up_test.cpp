@@ -7,14 +7,8 @@
 using namespace simulator;
 
 namespace {
-
-QByteArray big16(uint32_t value) {
-    return QByteArray().append(char(value >> 8)).append(char(value));
-}
-
-QByteArray big32(uint32_t value) {
-    return big16(value >> 16) + big16(value);
-}
+QByteArray big16(uint32_t value) { return QByteArray().append(char(value >> 8)).append(char(value)); }
+QByteArray big32(uint32_t value) { return big16(value >> 16) + big16(value); }
 
 QByteArray withLength(char type, QByteArray const& payload) {
     return QByteArray(1, type) + big16(uint32_t(payload.size())) + payload;
@@ -29,9 +23,7 @@ QByteArray fullEntry(uint32_t space, uint32_t id, uint32_t address, int size, ui
            big32(value);
 }
 
-QByteArray shortEntry(uint32_t word, uint32_t value) {
-    return big16(word) + big16(value);
-}
+QByteArray shortEntry(uint32_t word, uint32_t value) { return big16(word) + big16(value); }
 
 QByteArray device(QByteArray const& records) {
     return (QByteArray("VYEE\x01") + records).leftJustified(8192, '\xFF');
@@ -45,9 +37,7 @@ QByteArray const kPolynomial = shadingRecord(
         withLength(2, fullEntry(0, 0, 0x3640, 2, 0, 0x4000) + fullEntry(0, 0, 0x3642, 1, 0, 0xABCD) +
                           fullEntry(0, 0, 0x3644, 0, 0, 0xABCD) + fullEntry(0, 0, 0x3780, 2, 0x8000, 1)));
 
-Camera openRaw() {
-    return openFor(kEepromAccesses[0]);
-}
+Camera openRaw() { return openFor(kEepromAccesses[0]); }
 
 TEST(StartUp, WritesEntriesOfEveryKindInTheirOrder) {
     Camera const camera = openRaw();
@@ -163,5 +153,4 @@ TEST(StartUp, NoByteOfARecordLeadsTheDecoderAstray) {
         }
     }
 }
-
 } // namespace

@@ -8,7 +8,6 @@
 using namespace simulator;
 
 namespace {
-
 constexpr Region kMiddle{45, 45, 55, 55};
 
 // Tables of even gains, which a picture tells apart: binary16 patterns and what they stand for.
@@ -163,5 +162,4 @@ TEST(IlluminantEstimate, IsKeptWhereThePictureTellsNothing) {
         EXPECT_EQ(seen(camera), last) << level;
     }
 }
-
 } // namespace

@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 TEST(Host, EverySlotGetsItsArgumentsInTheHostsOrder) {
     FakeHost fake;
     FakeLibraries libraries;
@@ -72,5 +71,4 @@ TEST(Host, NullSlotsAreNeverCalledAndAnswerTheirDefaults) {
     EXPECT_EQ(host.readIntSetting("I", -7), -7);
     EXPECT_EQ(host.readTextSetting("T"), "");
 }
-
 } // namespace

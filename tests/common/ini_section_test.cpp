@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 // An ini file with the given bytes, and the reader's answer as lines.
 class IniSection : public ::testing::Test {
 protected:
@@ -104,5 +103,4 @@ TEST(NormaliseIniLine, KeepsSettingsAndDirectivesAndDropsComments) {
         }
     }
 }
-
 } // namespace

@@ -12,7 +12,6 @@
 using namespace kestra;
 
 namespace {
-
 // Nobody was installed yet when a program begins: where the libraries are missing, this is what it works
 // with.
 TEST(Libraries, WhereTheyAreMissingNothingExistsNothingIsFoundAndEveryTransferFails) {
@@ -97,5 +96,4 @@ TEST(Host, TextSettingOfAFullBufferIsTerminated) {
     };
     EXPECT_EQ(Host(services).readTextSetting("LensAssist Dir"), QByteArray(259, 'x'));
 }
-
 } // namespace

@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 TEST(Numbers, NoDoubleOverflowsAnInteger) {
     constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
     constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
@@ -41,5 +40,4 @@ TEST(Directory, OnlyAnExistingFolderIsOne) {
 TEST(Version, IsToldAsTheHostsUsersKnowIt) {
     EXPECT_EQ(versionText().toStdString(), std::string("Version: 6.1.63.61641\nBuild Date: ") + kBuildDate);
 }
-
 } // namespace

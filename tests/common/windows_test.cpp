@@ -13,12 +13,9 @@
 using namespace kestra;
 
 namespace {
-
 QString const kUmlauts = QStringLiteral("Pr\u00FCfstand \u00E4\u00F6");
 
-QByteArray backslashed(QString const& path) {
-    return QDir::toNativeSeparators(path).toLocal8Bit();
-}
+QByteArray backslashed(QString const& path) { return QDir::toNativeSeparators(path).toLocal8Bit(); }
 
 TEST(Windows, DirectoriesAreFoundByTheirAttributesUnderLocalNames) {
     if (GetACP() != 1252)
@@ -64,5 +61,4 @@ TEST(Windows, NoPauseIsShorterThanAskedFor) {
         EXPECT_GE(std::chrono::steady_clock::now() - start, kPause);
     }
 }
-
 } // namespace

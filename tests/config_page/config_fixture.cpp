@@ -6,7 +6,6 @@
 #include <algorithm>
 
 namespace kestra {
-
 ConfigFixture::ConfigFixture() {
     FakeHeadboard::fillIn(services);
     showMessage.replace([this](QWidget*, UserMessage const& message) {
@@ -16,9 +15,7 @@ ConfigFixture::ConfigFixture() {
     });
 }
 
-ConfigFixture::~ConfigFixture() {
-    showMessage.replace({});
-}
+ConfigFixture::~ConfigFixture() { showMessage.replace({}); }
 
 void ConfigFixture::make(HostServices const* table) {
     delete page.data();
@@ -86,5 +83,4 @@ std::vector<std::string> ConfigFixture::busLog() const {
             found.push_back(call);
     return found;
 }
-
 } // namespace kestra

@@ -11,7 +11,6 @@
 #include <vector>
 
 namespace kestra {
-
 /// The configuration page on a fake host and a headboard whose EEPROM is blank at first.
 class ConfigFixture : public PageUnderTest<Config> {
 protected:
@@ -42,5 +41,4 @@ protected:
     std::vector<UserMessage> messages; ///< what the user was shown
     QMessageBox::StandardButton answer = QMessageBox::Ok;
 };
-
 } // namespace kestra

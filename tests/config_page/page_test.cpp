@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 using Log = std::vector<std::string>;
 
 constexpr size_t kPartNumber = 8191, kInterface = 8177, kMarket = 8179, kProcessing = 8180;
@@ -435,5 +434,4 @@ TEST_F(ConfigPage, WithoutHostWizardAndCameraItShowsThatNothingIsThere) {
     page->reject();
     EXPECT_TRUE(page->isVisible()) << "the Escape key leaves a page in its tab";
 }
-
 } // namespace

@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 // A host that spins events inside a service, or a library that does, may do anything to the page there.
 class ConfigReentry : public ConfigFixture {
 protected:
@@ -139,5 +138,4 @@ TEST_F(ConfigReentry, WhatArrivesInsideACallWaitsAndThePageComesToRest) {
     std::cout << cases << " interruptions inside a call\n";
     EXPECT_GE(cases, 600);
 }
-
 } // namespace

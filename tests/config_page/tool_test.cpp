@@ -19,7 +19,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr int kLongestRunMs = 60'000;
 
 // The page on the simulated camera, which is told of every pause in the place of the sleep.
@@ -185,5 +184,4 @@ TEST_F(HeadboardConfig, AnInterruptedSessionKeepsWhatTheDeviceKeeps) {
     }
 }
 #endif
-
 } // namespace

@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 TEST(ConfigView, EveryStateHasItsTextBulletAndEnabling) {
     constexpr char const* kUnknown = "The status of the EEPROM is unknown.";
     constexpr char const* kError = "Error accessing the EEPROM.";
@@ -103,5 +102,4 @@ TEST(ProductLists, NoCodeStandsForTwoRows) {
     EXPECT_EQ(codesOf(Identification::Interface, InterfaceFamily::Sensor), (std::set{1, 2, 3, 255}));
     EXPECT_EQ(codesOf(Identification::Interface, InterfaceFamily::Module), (std::set{17, 18, 255}));
 }
-
 } // namespace

@@ -10,7 +10,6 @@
 #endif
 
 namespace {
-
 struct WholeFile : testing::Test {
     QTemporaryDir folder;
     QString const name = folder.filePath("file");
@@ -61,5 +60,4 @@ TEST_F(WholeFile, ALinkStaysALink) {
     EXPECT_EQ(files::read(name, 3, &fault), QByteArray("new"));
 }
 #endif
-
 } // namespace

@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 using Bytes = std::vector<uint8_t>;
 using Lines = std::vector<std::string>;
 
@@ -265,5 +264,4 @@ TEST(Reentry, ByteChangedDuringItsWriteStaysChanged) {
     EXPECT_EQ(HeadboardEepromFlush(*h.eeprom), kEepromOk);
     EXPECT_EQ(h.board.device[1], 3);
 }
-
 } // namespace

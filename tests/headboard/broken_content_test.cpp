@@ -5,7 +5,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr size_t kImageSize = 8192;
 
 EepromShare eepromOf(std::vector<uint8_t> const& image) {
@@ -80,5 +79,4 @@ TEST(BrokenContent, EverySingleFlippedBitIsSurvived) {
         exercise(image);
     }
 }
-
 } // namespace

@@ -5,7 +5,6 @@
 using namespace kestra;
 
 namespace {
-
 using Bytes = std::vector<uint8_t>;
 
 struct Chain : ::testing::Test, Headboard {
@@ -144,5 +143,4 @@ TEST_F(Chain, TextIsBoundedByItsRecord) {
     for (int32_t const noRecord : {-1, 0, 48, 8175, 8176})
         EXPECT_EQ(EepromRecordText(*eeprom, noRecord).data(), nullptr) << noRecord;
 }
-
 } // namespace

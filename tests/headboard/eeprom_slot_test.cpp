@@ -6,7 +6,6 @@
 using namespace kestra;
 
 namespace {
-
 struct Slot : ::testing::Test, Headboard {
     ~Slot() override { discardEeprom(slot); }
     EepromSlot slot = nullptr;
@@ -71,5 +70,4 @@ TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
         EXPECT_EQ(probeEeprom(*eeprom), row.presence) << row.isFormatted << int(row.fault);
     }
 }
-
 } // namespace

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 namespace kestra {
-
 enum class Path { Raw, Bridge, BusDescription };
 constexpr Path kPaths[] = {Path::Raw, Path::Bridge, Path::BusDescription};
 
@@ -55,5 +54,4 @@ inline std::vector<uint8_t> readRecord(EepromShare const& eeprom, int32_t offset
 inline std::vector<uint8_t> bytesOf(EepromRecord const& record) {
     return {record.bytes().begin(), record.bytes().end()};
 }
-
 } // namespace kestra

@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 struct PresetSection : ::testing::Test, Headboard {
     PresetSection() { EXPECT_EQ(EepromFormat(*eeprom, -1), kEepromOk); }
     int32_t import(std::string const& lines, uint8_t type, std::string const& section = "Lens Correction") {
@@ -109,5 +108,4 @@ TEST_F(PresetSection, IsRefusedWhereTheRecordEndsNotWhereTheDeviceDoes) {
     EXPECT_EQ(import(registers, kRecordPga), kEepromOk);
     EXPECT_EQ(EepromFindRecord(*eeprom, kRecordEnd, nullptr, 0), 5 + 3 + 9 + 3 + 4 * 2023);
 }
-
 } // namespace

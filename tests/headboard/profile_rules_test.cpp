@@ -17,7 +17,6 @@ using namespace kestra;
 // noticed on a whole camera and not only on a register map made for its test.
 
 namespace {
-
 struct Stored {
     char const* reg;
     char const* bitfield;
@@ -33,9 +32,7 @@ struct Row {
 };
 
 // By name, not by bytes, some of which nobody sets.
-void PrintTo(Row const& row, std::ostream* out) {
-    *out << row.profile;
-}
+void PrintTo(Row const& row, std::ostream* out) { *out << row.profile; }
 
 // The sequencer loads each of the three tables before anything else.
 std::vector<Stored> behindTheTables(std::vector<Stored> const& last) {
@@ -182,5 +179,4 @@ INSTANTIATE_TEST_SUITE_P(Headboard, ProfileRules, ::testing::ValuesIn(rows()), [
     std::erase(name, '-');
     return name;
 });
-
 } // namespace

@@ -4,7 +4,6 @@
 using namespace kestra;
 
 namespace {
-
 using Bytes = std::vector<uint8_t>;
 
 struct RecordContent : ::testing::Test, Headboard {
@@ -130,5 +129,4 @@ TEST_F(RecordContent, LinesAreCountedFromBehindTheName) {
     EXPECT_EQ(EepromGetLine(record.bytes(), 3, &line), kEepromFailed);
     EXPECT_EQ(add({0, 0, 1, 0, 0, 0}), kEepromFailed) << "lines are no blocks of entries";
 }
-
 } // namespace

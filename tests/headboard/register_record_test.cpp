@@ -10,7 +10,6 @@
 using namespace kestra;
 
 namespace {
-
 // The names of the stored entries and what they set, in order: "NAME.BITFIELD=value".
 using Replay = std::vector<std::string>;
 
@@ -210,5 +209,4 @@ TEST_F(RegisterRecord, FullOrUnformattedEepromIsReported) {
     EXPECT_EQ(saveCcmRegisters(*eeprom, "N"), kEepromNotFormatted);
     EXPECT_EQ(host.log, Replay{});
 }
-
 } // namespace

@@ -7,7 +7,6 @@
 using namespace kestra;
 
 namespace {
-
 using std::chrono::milliseconds;
 
 // Counts the transfers of an operation and the virtual time that it takes.
@@ -106,5 +105,4 @@ TEST(Transfers, RecordsThatAreSearchedReadAndReplacedTravelOnce) {
         EXPECT_EQ(*std::max_element(written.begin(), written.end()), 1) << int(path);
     }
 }
-
 } // namespace

@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 TEST(LensCorrection, EveryKindHasItsSwitchOnEachPage) {
     struct Row {
         uint32_t kind;
@@ -76,5 +75,4 @@ TEST(LensCorrection, AWholeRegisterIsSwitchedByItsHighBit) {
                                                       "readRegister POLY_SC_ENABLE  1", "begin",
                                                       "writeRegister POLY_SC_ENABLE  0", "end"}));
 }
-
 } // namespace

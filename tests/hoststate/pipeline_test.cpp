@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 class Pipeline : public ::testing::Test, protected FakeBench {
 protected:
     Pipeline() {
@@ -101,5 +100,4 @@ TEST_F(Pipeline, PresetsAreTriedInOrderUnderTheirPrefixes) {
     host.textSettings.clear();
     EXPECT_FALSE(presetExists(used, "Lens Calibration Setup"));
 }
-
 } // namespace

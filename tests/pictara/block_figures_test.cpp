@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 using simulator::CameraDescription;
 
 TEST(BlockReport, FindsTheDarkBlockAndTheColouredOne) {
@@ -66,6 +65,5 @@ TEST(DisplayBlocks, RateAPictureAsTheDialogDoes) {
         EXPECT_NEAR(unrounded.largest, dialog->maxDeviation(), 0.2);
     }
 }
-
 } // namespace
 } // namespace pictara

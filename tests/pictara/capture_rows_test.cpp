@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 // The page is found by its tick.
 class TickingPage : public QWidget {
     Q_OBJECT
@@ -48,7 +47,6 @@ TEST(CaptureRows, LightIsNotChangedWhileAPictureIsTaken) {
     serve();
     EXPECT_EQ(served, QStringList({"4000 K", "pressed"}));
 }
-
 } // namespace
 } // namespace pictara
 

@@ -7,7 +7,6 @@
 
 namespace pictara {
 namespace {
-
 using simulator::CameraDescription;
 using simulator::Frame;
 
@@ -124,6 +123,5 @@ TEST(ColourPipeline, AFrameShorterThanItSaysIsNotTouched) {
     broken.height = -8;
     EXPECT_TRUE(rendered(camera, broken).isNull());
 }
-
 } // namespace
 } // namespace pictara

@@ -6,7 +6,6 @@
 
 namespace pictara {
 namespace {
-
 CommandLine parsed(QStringList arguments) {
     arguments.prepend(QStringLiteral("pictara-sim"));
     return parseCommandLine(arguments);
@@ -79,6 +78,5 @@ TEST(Verdict, EveryStepHasItsSay) {
                            " --   (Lower is better)", "Not done yet.", "No EEPROM."}),
                 1.5 / 7, 1e-9);
 }
-
 } // namespace
 } // namespace pictara

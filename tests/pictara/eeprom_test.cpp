@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
 struct EepromProgram : testing::Test {
     QTemporaryDir folder;
     QString const device = folder.filePath("device.bin");
@@ -129,5 +128,4 @@ TEST_F(EepromProgram, KeepsWhatAFailedSaveWroteAndDropsTheConditionsOfWhatWasThe
     EXPECT_EQ(kept.mid(16), blank.mid(16));
     EXPECT_FALSE(QFile::exists(conditions));
 }
-
 } // namespace

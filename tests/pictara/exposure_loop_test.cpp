@@ -6,7 +6,6 @@
 
 namespace pictara {
 namespace {
-
 using simulator::CameraDescription;
 
 // A sensor whose green saturates first and whose corners get a third of the light.
@@ -47,6 +46,5 @@ TEST(ExposureLoop, ATargetBeyondFullScaleDoesNotClip) {
     EXPECT_LT(centre.peak, 0.97);
     EXPECT_GT(centre.mean, 0.8);
 }
-
 } // namespace
 } // namespace pictara

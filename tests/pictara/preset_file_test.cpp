@@ -8,7 +8,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kIni[] = "[Other]\n"
                         "STATE = Gamma, 1\n"
                         "[ lens calibration SETUP ]\r\n"
@@ -69,6 +68,5 @@ TEST_F(PresetTest, WhatTheCameraDictatesIsNotSet) {
     EXPECT_EQ(states.read("X Offset"), 1);
     EXPECT_EQ(states.read("Y Offset"), 1);
 }
-
 } // namespace
 } // namespace pictara

@@ -6,7 +6,6 @@
 #include <vector>
 
 namespace {
-
 // How a sensor's picture gets better by one run, in the dialog's own figure.
 struct Row {
     char const* profile;
@@ -14,9 +13,7 @@ struct Row {
     char const* status = "Done.";
 };
 
-void PrintTo(Row const& row, std::ostream* out) {
-    *out << row.profile;
-}
+void PrintTo(Row const& row, std::ostream* out) { *out << row.profile; }
 
 // The profiles poly-*ed differ in orientation and Bayer phase: together with the default one they have all
 // four of each, of the array and of the delivered frame.
@@ -92,5 +89,4 @@ INSTANTIATE_TEST_SUITE_P(ThreeIlluminants, AdaptiveProfile,
                          [](auto const& row) {
                              return QString(row.param).remove(QLatin1Char('-')).toStdString();
                          });
-
 } // namespace

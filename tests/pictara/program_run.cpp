@@ -9,9 +9,7 @@
 #include <limits>
 
 namespace {
-
 constexpr int kLongestRunMs = 280'000;
-
 } // namespace
 
 ProgramRun::ProgramRun(QStringList arguments, QString const& folder)

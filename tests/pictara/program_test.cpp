@@ -16,7 +16,6 @@
 #endif
 
 namespace {
-
 TEST(Program, FlattensTheDefaultSensorAndLeavesItsResults) {
     ProgramRun const run({"--run-all", "--falloff", "100"});
     EXPECT_EXIT_CODE(run, 0);
@@ -229,5 +228,4 @@ TEST(Program, WhatIsNoRegularFileIsRefusedAndStays) {
     EXPECT_EXIT_CODE(ProgramRun({"--replay-eeprom", eeprom, "--profile", profile}), 2);
 }
 #endif
-
 } // namespace

@@ -4,7 +4,6 @@
 
 namespace pictara {
 namespace {
-
 TEST(SharedLine, OnlyWhatGoesOnOrIsPolledSharesALine) {
     QByteArray const write = "    vy_writeRegisters 0xA8 0x1E [4b65] = 0";
     struct {
@@ -43,6 +42,5 @@ TEST(ShownLines, HoldNoTimeOfDay) {
     EXPECT_EQ(longRead("2026/11/21 16:42:49"), longRead("2027/01/01 00:00:00"));
     EXPECT_NE(longRead("2026/11/21 16:42:49"), longRead("2026/11/21 16-42-49"));
 }
-
 } // namespace
 } // namespace pictara

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
 constexpr char kRenew[] = "If the change is meant: pictara-sim --run-all --output $(mktemp -d) --record "
                           "tests/pictara/recordings/default-run.txt";
 
@@ -203,5 +202,4 @@ TEST_F(RecordingProgram, AnInterruptedRunLeavesWholeFiles) {
     }
 }
 #endif
-
 } // namespace

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
 constexpr char kOtherFailure[] = "Calibrate_Status: Error. Are the External sensor data files installed?";
 
 struct Refusal : testing::Test {
@@ -92,5 +91,4 @@ TEST_F(Refusal, OfAWrongImageSizeIsNotMendedByLight) {
 TEST(RefusedLight, IsRefusedOnTheDefaultSensorToo) {
     EXPECT_EXIT_CODE(ProgramRun({"--run-all", "--gradient", "0.5"}), 6);
 }
-
 } // namespace

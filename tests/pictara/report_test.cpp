@@ -13,7 +13,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kNasty[] = "<script>\"A\" & 'B' %1</script>";
 
 QByteArray contentsOf(QString const& name) {
@@ -98,6 +97,5 @@ TEST(Refusal, IsMarkedAsThePictureShowsTheArray) {
     }
     EXPECT_EQ(markedRefusal(picture, {}, 0), picture) << "the whole picture is refused";
 }
-
 } // namespace
 } // namespace pictara

@@ -9,7 +9,6 @@
 
 namespace pictara {
 namespace {
-
 constexpr char kGain[] = "COARSE_INTEGRATION_TIME"; // at 0x3012
 
 struct ServiceDeskTest : testing::Test {
@@ -100,6 +99,5 @@ TEST_F(ServiceDeskTest, SettingsAndOptionsAreKeptForTheNextSitting) {
     EXPECT_STREQ(host.readOption(key), "a.png");
     EXPECT_STREQ(host.readOption("unknown"), "");
 }
-
 } // namespace
 } // namespace pictara

@@ -10,7 +10,6 @@
 
 namespace pictara {
 namespace {
-
 using simulator::SimulatedCamera;
 
 constexpr char kFlatLens[] = R"(, "optics": {"lens": {"cornerAngle": 0, "vignetting": [0, 0, 0]}})";
@@ -145,6 +144,5 @@ TEST_F(Recording, ThatShowsNoFlatFieldIsRefusedWithItsCause) {
     EXPECT_FALSE(measureRecordedShading(folder.filePath("red.png"), camera->description(), 5000, &error));
     EXPECT_TRUE(error.contains(QLatin1String("greyscale"))) << qPrintable(error);
 }
-
 } // namespace
 } // namespace pictara

@@ -34,7 +34,6 @@
 
 namespace pictara {
 namespace {
-
 // A chain of one record of shading registers with two settings, and a text.
 QByteArray smallImage() {
     QByteArray image("VYEE\x01", 5);
@@ -331,6 +330,5 @@ TEST(UniformityMap, ColoursEveryBlock) {
     EXPECT_GT(qGray(map.pixel(1, 0)), 200) << "beyond the end";
     EXPECT_TRUE(uniformityMap({}, 4).isNull());
 }
-
 } // namespace
 } // namespace pictara

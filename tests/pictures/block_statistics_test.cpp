@@ -11,7 +11,6 @@
 using namespace kestra;
 
 namespace {
-
 struct Picture {
     Picture(int w, int h, uint32_t colour = 0x808080)
         : width(w), height(h), pixels(size_t(w) * size_t(h), colour) {}
@@ -169,5 +168,4 @@ TEST(FractionalPower, IsAsGoodAsTheStandardLibraryAtEveryNodeBorderAndBeyondTheT
         EXPECT_LT(worst, 1e-15) << exponent;
     }
 }
-
 } // namespace

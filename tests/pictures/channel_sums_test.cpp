@@ -10,7 +10,6 @@
 using namespace kestra;
 
 namespace {
-
 // Noise, or full white, with odd padding behind each row and any alignment of the first pixel.
 struct OddPicture {
     OddPicture(int w, int h, int padding, int misalignment, bool white = false)
@@ -127,5 +126,4 @@ TEST(ChannelSums, EveryBlockAndTheCentreAreTheReferenceBitForBit) {
         }
     }
 }
-
 } // namespace

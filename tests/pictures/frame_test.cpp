@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr auto kRgb32 = ImageType(11); // as the host numbers it
 
 TEST(FrameRules, AFrameOfOneColumnOrOneRowHasNoCentre) {
@@ -37,5 +36,4 @@ TEST(WhiteBalance, TouchesNoPixelOfAFrameThatDoesNotHoldTogether) {
     for (Frame const& frame : frames)
         EXPECT_FALSE(meanOfCentre(frame)) << frame.width << " x " << frame.height;
 }
-
 } // namespace

@@ -20,7 +20,6 @@
 #include <string_view>
 
 namespace {
-
 struct CodeRange {
     uintptr_t first = 0, last = 0;
 };
@@ -46,7 +45,6 @@ bool isPluginCode(void const* caller) {
     auto const address = reinterpret_cast<uintptr_t>(caller);
     return address >= pluginCode.first && address < pluginCode.last;
 }
-
 } // namespace
 
 void* operator new(size_t size) {
@@ -56,12 +54,8 @@ void* operator new(size_t size) {
         return memory;
     throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, size_t) noexcept {
-    std::free(memory);
-}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, size_t) noexcept { std::free(memory); }
 
 extern "C" [[gnu::visibility("default")]] int nanosleep(timespec const* time, timespec*) {
     if (camera)
@@ -71,7 +65,6 @@ extern "C" [[gnu::visibility("default")]] int nanosleep(timespec const* time, ti
 
 namespace pictara {
 namespace {
-
 constexpr int kMostTicks = 100;
 constexpr char kThreeIlluminants[] = "kind72-1";
 
@@ -181,6 +174,5 @@ TEST_P(Allocation, ThatFailsWhileTheDialogIsMadeLeavesNoneAndTheNextOneOpens) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Profiles, Allocation, testing::Values("poly-12bit", kThreeIlluminants));
-
 } // namespace
 } // namespace pictara

@@ -19,7 +19,6 @@
 using namespace kestra;
 
 namespace {
-
 class ConfigPageLink : public ::testing::TestWithParam<uint32_t> {
 protected:
     void SetUp() override {
@@ -146,5 +145,4 @@ TEST(KestraMfrInstance, DeletesTheConfigurationPageBetweenEepromAndWizardAndKeep
     for (size_t i = 1; i < std::size(members); ++i)
         EXPECT_EQ(members[i], nullptr) << i;
 }
-
 } // namespace

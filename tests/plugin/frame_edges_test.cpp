@@ -18,7 +18,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr int32_t kWidths[] = {INT32_MIN, -1, 0, 1, 2, 3, 4, 31, 32, 33, 129, INT32_MAX};
 constexpr int32_t kHeights[] = {INT32_MIN, -1, 0, 1, 2, 3, 15, 17, 18, 19, 65, 97};
 constexpr uint32_t kTypes[] = {0, 1, 4, 5, 6, 8, 10, 11, 12, 13, 14, UINT32_MAX};
@@ -206,7 +205,6 @@ TEST(FrameEdgesOfTheStatistics, BlocksAndCentreTouchNothingBesideThePixels) {
     });
     EXPECT_GT(measured, 100U);
 }
-
 } // namespace
 
 int main(int argc, char** argv) {

@@ -26,15 +26,12 @@
 #include <unistd.h>
 
 // What is alive when a process ends is left to the system, deliberately: that is no leak.
-extern "C" [[gnu::visibility("default")]] int __lsan_is_turned_off() {
-    return 1;
-}
+extern "C" [[gnu::visibility("default")]] int __lsan_is_turned_off() { return 1; }
 #endif
 
 using namespace kestra;
 
 namespace {
-
 struct Setting : FakeBench {
     int argc = 1;
     char name[15] = "orders_test";
@@ -254,7 +251,6 @@ TEST(Orders, WhateverComesFirstTheProcessGoesOnAndEndsCleanly) {
     EXPECT_EQ(counts.failed, 0);
     EXPECT_EQ(counts.orders, numberOfOrders(events, longest));
 }
-
 } // namespace
 
 #ifdef Q_OS_WIN

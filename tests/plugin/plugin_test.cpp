@@ -28,7 +28,6 @@ extern "C" [[gnu::visibility("default")]] void ImageData(void const*, uint32_t, 
 using namespace kestra;
 
 namespace {
-
 class Plugin : public ::testing::Test, protected FakeBench {
 protected:
     Plugin() {
@@ -181,5 +180,4 @@ TEST_F(Plugin, LoadedByARelativePathItFindsItsLibrariesFromAnyFolder) {
     dlclose(loaded);
 }
 #endif
-
 } // namespace

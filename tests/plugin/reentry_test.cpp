@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 class EntriesReentry : public ::testing::TestWithParam<uint32_t> {};
 
 // A host that spins events inside a service, or a library that does, may delete the dialog before the entry
@@ -40,5 +39,4 @@ TEST_P(EntriesReentry, APageGoesWithTheWizardThatIsDeletedWhileItOpens) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, EntriesReentry, ::testing::Values(200, 72));
-
 } // namespace

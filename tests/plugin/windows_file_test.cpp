@@ -10,7 +10,6 @@
 using namespace kestra;
 
 namespace {
-
 TEST(WindowsFile, ItsPropertiesShowTheVersionThatThePagesShow) {
     std::wstring const file = QStringLiteral(PLUGIN_FILE).toStdWString();
     std::vector<char> resource(GetFileVersionInfoSizeW(file.c_str(), nullptr));
@@ -28,5 +27,4 @@ TEST(WindowsFile, ItsPropertiesShowTheVersionThatThePagesShow) {
     EXPECT_TRUE(versionText().startsWith(QStringLiteral("Version: ") +
                                          QString::fromWCharArray(static_cast<wchar_t const*>(found)) + '\n'));
 }
-
 } // namespace

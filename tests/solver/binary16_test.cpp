@@ -5,7 +5,6 @@
 #include <utility>
 
 namespace {
-
 using solver::fromBinary16;
 using solver::toBinary16;
 
@@ -25,5 +24,4 @@ TEST(Binary16, EveryFiniteValueComesBackAndOthersGoToTheNearest) {
     for (auto const& [value, bits] : rows)
         EXPECT_EQ(toBinary16(value), bits) << value;
 }
-
 } // namespace

@@ -9,7 +9,6 @@
 #include <utility>
 
 namespace {
-
 using Shape = SyntheticLens::Shape;
 
 /// A lens without any symmetry, so that no exchange of sides or planes goes unseen.
@@ -189,5 +188,4 @@ TEST(Calibration, EveryRegisterMattersForTheFigure) {
                 << "plane " << plane << ", coefficient " << coefficient;
         }
 }
-
 } // namespace

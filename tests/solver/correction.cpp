@@ -10,7 +10,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr int kColumns = 32;
 constexpr int kRows = 18;
 constexpr double kGamma = 0.45;
@@ -44,7 +43,6 @@ PlaneMeans blockMean(TestSensor const& sensor, Response const& response, int col
     }
     return mean;
 }
-
 } // namespace
 
 Correction::Correction(TestSensor const& sensor, std::vector<sf_RegEntry> const& registers)

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
 constexpr uint32_t kKelvin[] = {0, 0, 2900, 4000, 6500}; // by slot
 
 /// The same lens in the light of a slot: its colour shading changes.
@@ -103,5 +102,4 @@ TEST(Illuminants, NoSlotLeavesTheSolutionAsItIsAndAFailureNoHalfOne) {
     EXPECT_EQ(sf_DumpRegList(handle.get()), nullptr);
     EXPECT_EQ(sf_FindAutoPga(handle.get(), &params), -1);
 }
-
 } // namespace

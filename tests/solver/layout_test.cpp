@@ -7,10 +7,7 @@
 #include <span>
 
 namespace {
-
-sf_Handle* create(QByteArray const& block) {
-    return sf_Create2(block.constData(), 50, 1, 0xFFFFFFFF);
-}
+sf_Handle* create(QByteArray const& block) { return sf_Create2(block.constData(), 50, 1, 0xFFFFFFFF); }
 
 // Each row replaces one text of a correct block.
 struct Fault {
@@ -79,5 +76,4 @@ TEST(Layout, IsFoundBesideTheLibraryByKindAndVariant) {
     EXPECT_TRUE(log.has("50123-8.layout"));
     file.remove();
 }
-
 } // namespace

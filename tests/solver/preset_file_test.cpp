@@ -11,7 +11,6 @@
 using namespace kestra;
 
 namespace {
-
 class PresetFile : public testing::Test {
 protected:
     void SetUp() override {
@@ -77,5 +76,4 @@ TEST_F(PresetFile, IsNotClaimedWhenNothingWasWritten) {
     EXPECT_NE(sf_DumpRegFile(unsolved.get(), pathOf("lens.ini").constData(), 0, 0, 0), 0);
     EXPECT_FALSE(QFile::exists(m_folder.filePath(QStringLiteral("lens.ini"))));
 }
-
 } // namespace

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
 class Refusal : public testing::Test {
 protected:
     TestSensor m_sensor;
@@ -101,5 +100,4 @@ TEST_F(Refusal, NullHandlesAreHarmless) {
     EXPECT_NE(sf_DumpRegFile(nullptr, "x", 0, 0, 0), 0);
     sf_Destroy(nullptr);
 }
-
 } // namespace

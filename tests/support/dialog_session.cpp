@@ -14,9 +14,7 @@
 #include <map>
 
 namespace kestra {
-
 namespace {
-
 InputReader* answers = nullptr;
 Shadefit fakes;
 volatile uint8_t sink = 0;
@@ -88,7 +86,6 @@ constexpr char const* kButtons[] = {"OnBnClickedAe",
                                     "OnBnClickedEnableLC",
                                     "OnUpdateStatus",
                                     "OnBnClickedPromsave"};
-
 } // namespace
 
 void DialogSession::prepare() {
@@ -180,9 +177,7 @@ void DialogSession::type(char const* field, QString const& text) {
         box->setEditText(text);
 }
 
-void DialogSession::pressAny(uint8_t number) {
-    press(kButtons[number % std::size(kButtons)]);
-}
+void DialogSession::pressAny(uint8_t number) { press(kButtons[number % std::size(kButtons)]); }
 
 void DialogSession::changeLibraryAnswers() {
     constexpr int kResults[] = {0, 0, 0, 1, -1, -2, 12, INT32_MIN};
@@ -210,5 +205,4 @@ void DialogSession::changeLibraryAnswers() {
     libraries.description.secondaryMaps = answers->number();
     libraries.headboard.deviceAddress = answers->chance(4) ? 0 : 0xA8;
 }
-
 } // namespace kestra

@@ -10,7 +10,6 @@ class QDialog;
 class QWidget;
 
 namespace kestra {
-
 class CalibrationPage;
 
 /// The plug-in with a host and libraries whose answers come from a fuzz input. At its end everything is
@@ -44,5 +43,4 @@ public:
 private:
     std::string m_partName;
 };
-
 } // namespace kestra

@@ -8,7 +8,6 @@
 using namespace simulator;
 
 namespace {
-
 constexpr uint32_t kBusAddress = 0xA8;
 
 bool readRaw(SimulatedCamera& camera, uint32_t address, QByteArray& bytes) {
@@ -91,7 +90,6 @@ bool writeDescribed(SimulatedCamera& camera, uint32_t address, QByteArray const&
     vy_RegisterDescription const description = location(address, bytes.size());
     return vy_WriteSensorReg(camera.handle(), &description, bigFirst(bytes)) == 0;
 }
-
 } // namespace
 
 EepromAccess const kEepromAccesses[3] = {

@@ -3,7 +3,6 @@
 #include <fstream>
 
 namespace kestra {
-
 FakeBench::FakeBench(QString const& folder) : m_folder(folder) {
     sensor.name = "S1";
     sensor.sensorKind = 200;
@@ -25,8 +24,5 @@ void FakeBench::resetHost() {
     host.textSettings = {{"IniFileName", iniFile()}, {"LensAssist Dir", saveDir()}};
 }
 
-void FakeBench::writeIni(std::string const& bytes) {
-    std::ofstream(iniFile()) << bytes;
-}
-
+void FakeBench::writeIni(std::string const& bytes) { std::ofstream(iniFile()) << bytes; }
 } // namespace kestra

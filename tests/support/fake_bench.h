@@ -8,7 +8,6 @@
 #include <string>
 
 namespace kestra {
-
 /// What the plug-in is started on: a fake host whose ini file has a setup preset and whose save directory
 /// exists, its services, and the record of its sensor, for which the lens-shading page is made.
 class FakeBench {
@@ -35,5 +34,4 @@ private:
     std::optional<QTemporaryDir> m_own;
     QString m_folder;
 };
-
 } // namespace kestra

@@ -10,11 +10,9 @@
 #include <cstdlib>
 
 namespace kestra {
-
 using simulator::BusAnswer;
 
 namespace {
-
 constexpr uint32_t kDataTypeOfNoBytes = 100; // unlike a size, so that mixing the two up shows
 constexpr int kFailure = 5;
 constexpr int kNoAnswer = 12;
@@ -38,7 +36,6 @@ vy_BitfieldDescription const* find(vy_Camera* camera, char const* reg, char cons
 uint32_t maskOf(FakeRegister const& reg, char const* bitfield) {
     return *bitfield ? reg.bitfields.at(bitfield).mask : 0xFFFFFFFF;
 }
-
 } // namespace
 
 // The library's functions, by their own names.
@@ -116,9 +113,7 @@ FakeHeadboard::FakeHeadboard(simulator::EepromContents const& contents)
     headboard = this;
 }
 
-FakeHeadboard::~FakeHeadboard() {
-    headboard = nullptr;
-}
+FakeHeadboard::~FakeHeadboard() { headboard = nullptr; }
 
 void FakeHeadboard::fillIn(Veyra2& table) {
     pauseFor.replace([](std::chrono::milliseconds duration) {
@@ -192,9 +187,7 @@ void FakeHeadboard::plan(DeviceFault fault, uint64_t ahead, bool lasts) {
     eeprom.plan({fault, ahead + 1, lasts});
 }
 
-void FakeHeadboard::waitForDevice() {
-    clock.advance(eeprom.readyAt() - clock.now());
-}
+void FakeHeadboard::waitForDevice() { clock.advance(eeprom.readyAt() - clock.now()); }
 
 int FakeHeadboard::result(BusAnswer answer) {
     m_answer = answer;
@@ -248,5 +241,4 @@ uint32_t FakeHeadboard::bridgeStatus() {
     bool const isBusy = m_answer == BusAnswer::Busy || clock.now() < eeprom.readyAt();
     return (isBusy ? 0x10U : 0U) | (m_answer == BusAnswer::Acknowledged ? 0x04U : 0U);
 }
-
 } // namespace kestra

@@ -10,7 +10,6 @@
 #include <vector>
 
 namespace kestra {
-
 using simulator::DeviceFault;
 
 struct FakeRegister {
@@ -67,5 +66,4 @@ private:
 
     simulator::BusAnswer m_answer = simulator::BusAnswer::NotAcknowledged; ///< to the latest operation
 };
-
 } // namespace kestra

@@ -3,7 +3,6 @@
 #include <cstring>
 
 namespace {
-
 FakeHost* host = nullptr;
 
 template <typename Map>
@@ -11,18 +10,11 @@ auto valueOr(Map const& map, std::string const& key, typename Map::mapped_type f
     auto const found = map.find(key);
     return found == map.end() ? fallback : found->second;
 }
-
 } // namespace
 
-FakeHost::FakeHost() {
-    host = this;
-}
-FakeHost::~FakeHost() {
-    host = nullptr;
-}
-FakeHost* FakeHost::current() {
-    return host;
-}
+FakeHost::FakeHost() { host = this; }
+FakeHost::~FakeHost() { host = nullptr; }
+FakeHost* FakeHost::current() { return host; }
 
 void FakeHost::note(std::string const& call) {
     log.push_back(call);

@@ -4,9 +4,7 @@
 #include "tests/support/fake_host.h"
 
 namespace kestra {
-
 namespace {
-
 FakeLibraries* libraries = nullptr;
 int handleStandIn = 0;
 
@@ -95,7 +93,6 @@ Shadefit solverTable() {
     };
     return table;
 }
-
 } // namespace
 
 LibraryAnswers::LibraryAnswers() {
@@ -124,5 +121,4 @@ void FakeLibraries::resetAnswers() {
     static_cast<LibraryAnswers&>(*this) = {};
     list = {int32_t(entries.size()), entries.data()};
 }
-
 } // namespace kestra

@@ -10,7 +10,6 @@
 #include <vector>
 
 namespace kestra {
-
 /// What the stand-ins of both libraries answer.
 struct LibraryAnswers {
     LibraryAnswers();
@@ -56,5 +55,4 @@ public:
     void const* frame = nullptr;
     std::string path;
 };
-
 } // namespace kestra

@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 namespace kestra {
-
 /// What a host tells of a frame; any numbers.
 struct FrameSizes {
     static constexpr uint32_t kYcbcr = 5, kRaw8 = 8, kRgb32 = 11, kRaw12 = 13; ///< as the host numbers them
@@ -28,5 +27,4 @@ struct FrameSizes {
     /// How many bytes of a row may be painted into: the pixels of a displayed frame, never what pads them.
     [[nodiscard]] int64_t paintableBytes() const { return type == kRgb32 && pitch != 0 ? rowBytes() : 0; }
 };
-
 } // namespace kestra

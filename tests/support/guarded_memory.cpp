@@ -24,7 +24,6 @@
 #endif
 
 namespace {
-
 constexpr size_t kPage = 4096;
 
 #ifdef _WIN32
@@ -36,9 +35,7 @@ uint8_t* guardedPages(size_t size) {
     return static_cast<uint8_t*>(all) + kPage;
 }
 
-void freePages(uint8_t* first, size_t) {
-    VirtualFree(first - kPage, 0, MEM_RELEASE);
-}
+void freePages(uint8_t* first, size_t) { VirtualFree(first - kPage, 0, MEM_RELEASE); }
 
 #else
 
@@ -52,12 +49,9 @@ uint8_t* guardedPages(size_t size) {
     return first;
 }
 
-void freePages(uint8_t* first, size_t size) {
-    munmap(first - kPage, size + 2 * kPage);
-}
+void freePages(uint8_t* first, size_t size) { munmap(first - kPage, size + 2 * kPage); }
 
 #endif
-
 } // namespace
 
 GuardedMemory::GuardedMemory(size_t size)

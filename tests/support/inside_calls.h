@@ -9,7 +9,6 @@
 #include <vector>
 
 namespace kestra {
-
 /// Calls from one on, inside which something was done; empty where nothing was.
 using CallsFrom = std::span<std::string const>;
 
@@ -53,5 +52,4 @@ inline std::vector<std::string> callsForNobody(CallsFrom calls) {
             found.push_back(calls[i]);
     return found;
 }
-
 } // namespace kestra

@@ -5,7 +5,6 @@
 #include <set>
 
 namespace kestra {
-
 /// What an operation moves over the bus.
 enum class Transfer {
     RawRead,  ///< as many bytes as lie side by side
@@ -31,5 +30,4 @@ inline int64_t leastTransfers(std::vector<ByteState> const& state, ByteState wan
         return int64_t(words.size());
     return transfer == Transfer::RawRead ? runs : pairs;
 }
-
 } // namespace kestra

@@ -3,7 +3,6 @@
 #include "common/libraries.h"
 
 namespace kestra {
-
 /// The functions of the sensor-access library that this test program is linked with, for `installVeyra2`.
 [[nodiscard]] inline Veyra2 linkedLibrary() {
     return {vy_ExistsRegister,
@@ -26,5 +25,4 @@ namespace kestra {
             vy_CloseCameras,
             vy_SensorInfo};
 }
-
 } // namespace kestra

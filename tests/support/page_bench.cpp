@@ -1,7 +1,6 @@
 #include "tests/support/page_bench.h"
 
 namespace kestra {
-
 PageBench::PageBench() {
     sensor.camera = libraries.camera();
     remakeWizard();
@@ -21,5 +20,4 @@ void PageBench::remakeWizard() {
         pixmap->fill(colour);
     }
 }
-
 } // namespace kestra

@@ -8,7 +8,6 @@
 #include <memory>
 
 namespace kestra {
-
 /// What a page is made of without the plug-in around it: host and sensor, both libraries, the wizard and the
 /// place of the EEPROM. Pages go before it.
 class PageBench : public FakeBench {
@@ -25,5 +24,4 @@ public:
     std::unique_ptr<Wizard> wizard;
     EepromSlot eepromSlot = nullptr;
 };
-
 } // namespace kestra

@@ -12,7 +12,6 @@
 #include <string>
 
 namespace kestra {
-
 /// What a label or progress bar showed when it was last painted.
 class PaintWatch : public QObject {
 public:
@@ -65,5 +64,4 @@ protected:
 
     QPointer<Page> page;
 };
-
 } // namespace kestra

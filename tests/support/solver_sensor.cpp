@@ -6,13 +6,10 @@
 #include <QtDebug>
 
 namespace {
-
 QStringList g_warnings;
 QtMessageHandler g_formerHandler = nullptr;
 
-QJsonObject place(uint32_t address) {
-    return {{"id", 0}, {"address", static_cast<double>(address)}};
-}
+QJsonObject place(uint32_t address) { return {{"id", 0}, {"address", static_cast<double>(address)}}; }
 
 QJsonObject bank(TestSensor const& sensor, int slot) {
     char const* const names[] = {"greenRed", "red", "blue", "greenBlue"};
@@ -31,7 +28,6 @@ QJsonObject bank(TestSensor const& sensor, int slot) {
         result["colourTemperature"] = place(temperatureAddress(static_cast<uint32_t>(slot)));
     return result;
 }
-
 } // namespace
 
 QByteArray TestSensor::layout() const {
@@ -93,14 +89,10 @@ WarningLog::WarningLog() {
         [](QtMsgType, QMessageLogContext const&, QString const& text) { g_warnings.append(text); });
 }
 
-WarningLog::~WarningLog() {
-    qInstallMessageHandler(g_formerHandler);
-}
+WarningLog::~WarningLog() { qInstallMessageHandler(g_formerHandler); }
 
 bool WarningLog::has(char const* text) const {
     return all().startsWith("shadefit: ") && all().contains(text);
 }
 
-QByteArray WarningLog::all() const {
-    return g_warnings.join('\n').toLocal8Bit();
-}
+QByteArray WarningLog::all() const { return g_warnings.join('\n').toLocal8Bit(); }

@@ -28,15 +28,9 @@ constexpr uint32_t kOriginRow = 0x3784;
 constexpr uint32_t planeAddress(uint32_t slot, uint32_t plane) {
     return 0x3600 + slot * 0x400 + plane * 0x40;
 }
-constexpr uint32_t originColumnAddress(uint32_t slot) {
-    return 0x3702 + slot * 0x400;
-}
-constexpr uint32_t originRowAddress(uint32_t slot) {
-    return 0x3704 + slot * 0x400;
-}
-constexpr uint32_t temperatureAddress(uint32_t slot) {
-    return 0x3700 + slot * 0x400;
-}
+constexpr uint32_t originColumnAddress(uint32_t slot) { return 0x3702 + slot * 0x400; }
+constexpr uint32_t originRowAddress(uint32_t slot) { return 0x3704 + slot * 0x400; }
+constexpr uint32_t temperatureAddress(uint32_t slot) { return 0x3700 + slot * 0x400; }
 
 struct HandleDestroyer {
     void operator()(sf_Handle* handle) const { sf_Destroy(handle); }

@@ -6,7 +6,6 @@
 #include <random>
 
 namespace {
-
 double brightness(SyntheticLens const& lens, double squaredRadius) {
     if (lens.shape == SyntheticLens::Shape::CosineFourth)
         return std::pow(1 + (std::sqrt(lens.peakGain) - 1) * squaredRadius, -2);
@@ -38,7 +37,6 @@ private:
 char byte(double value) {
     return static_cast<char>(std::clamp(static_cast<int>(std::lround(value)), 0, 255));
 }
-
 } // namespace
 
 double sensitivity(Colour colour) {

@@ -11,7 +11,6 @@
 using namespace kestra;
 
 namespace {
-
 using headboard_image::kExitDone;
 using headboard_image::kExitRefused;
 using headboard_image::Outcome;
@@ -174,5 +173,4 @@ TEST_F(ImageUnderTest, GarbageIsReadToItsEndAndEditsOfItLeaveAWholeChain) {
     }
     EXPECT_GT(edits, 50U);
 }
-
 } // namespace

@@ -9,7 +9,6 @@
 using namespace kestra;
 
 namespace {
-
 using headboard_image::ExitCode;
 using headboard_image::kExitDone;
 using headboard_image::kExitRefused;
@@ -230,5 +229,4 @@ TEST_F(ImageUnderTest, AWriteThatFailsHalfWayLeavesTheFileAsItWas) {
     EXPECT_EQ(read(), before);
 }
 #endif
-
 } // namespace

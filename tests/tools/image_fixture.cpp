@@ -10,7 +10,6 @@
 #include <iterator>
 
 namespace kestra {
-
 headboard_image::Outcome ImageUnderTest::run(QStringList const& command) const {
     static int argumentCount = 1;
     static char name[] = "headboard-image";
@@ -78,5 +77,4 @@ std::vector<EepromRecord> recordsOfEveryKind() {
     return {entries, lines, textRecord(kRecordHeadboardId, "A\"1\n\x1B[2J\xE9"),
             recordOf(kRecordScratchpad, {1, 2, 'x'}, "notes"), recordOf(77, {0xFF, 0, 'y'})};
 }
-
 } // namespace kestra

@@ -9,7 +9,6 @@
 #include <vector>
 
 namespace kestra {
-
 using Bytes = std::vector<uint8_t>;
 
 /// An image file in a folder of its own, and the program's commands on it.
@@ -39,5 +38,4 @@ private:
 
 /// One record of every way to hold something: entries of each kind, lines, text, named and opaque bytes.
 [[nodiscard]] std::vector<EepromRecord> recordsOfEveryKind();
-
 } // namespace kestra

@@ -6,7 +6,6 @@
 using namespace kestra;
 
 namespace {
-
 using namespace headboard_image;
 
 // Nothing of a record gets through to the terminal.
@@ -101,5 +100,4 @@ TEST_F(ImageUnderTest, TheProgramHandsOnExitCodesAndTellsAnswersFromComplaints) 
         EXPECT_EQ(complaint.isEmpty(), *row.complaint == '\0');
     }
 }
-
 } // namespace

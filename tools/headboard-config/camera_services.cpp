@@ -9,17 +9,12 @@
 using namespace kestra;
 
 namespace {
-
 CameraServices* current = nullptr;
 
 constexpr uint32_t kByteBits = 8;
 
-QString optionKey(char const* option) {
-    return QStringLiteral("options/") + QString::fromLocal8Bit(option);
-}
-QString settingKey(char const* key) {
-    return QStringLiteral("settings/") + QString::fromLocal8Bit(key);
-}
+QString optionKey(char const* option) { return QStringLiteral("options/") + QString::fromLocal8Bit(option); }
+QString settingKey(char const* key) { return QStringLiteral("settings/") + QString::fromLocal8Bit(key); }
 
 // A host reaches a headboard's devices whichever way the sensor offers, so the way is the EEPROM's own. That
 // transfers bytes only: for all else there is no camera.
@@ -29,7 +24,6 @@ EepromShare deviceOf(vy_Camera* camera, uint32_t address, uint32_t addressBits, 
     eeprom->addressBits = addressBits;
     return eeprom;
 }
-
 } // namespace
 
 struct CameraServiceFunctions {
@@ -75,9 +69,7 @@ CameraServices::CameraServices(vy_Camera* camera, QString const& settingsFile)
     current = this;
 }
 
-CameraServices::~CameraServices() {
-    current = nullptr;
-}
+CameraServices::~CameraServices() { current = nullptr; }
 
 HostServices CameraServices::table() {
     using F = CameraServiceFunctions;

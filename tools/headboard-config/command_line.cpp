@@ -5,7 +5,6 @@
 #include <QCommandLineParser>
 
 namespace {
-
 struct OptionRow {
     char const* name;
     char const* valueName; // null: a switch
@@ -30,7 +29,6 @@ CommandLine usageError(QString const& what) {
             QStringLiteral("headboard-config: %1\nTry \"headboard-config --help\".\n").arg(what.trimmed()),
             kExitUsage};
 }
-
 } // namespace
 
 CommandLine parseCommandLine(QStringList const& arguments) {

@@ -17,7 +17,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr int kLookForInterruptionMs = 50;
 
 void complain(QString const& text) {
@@ -38,9 +37,7 @@ bool hasDisplay() {
                        [](char const* name) { return !qEnvironmentVariableIsEmpty(name); });
 }
 #else
-bool hasDisplay() {
-    return true;
-}
+bool hasDisplay() { return true; }
 #endif
 
 // What the page shows, for whoever has no picture.
@@ -102,7 +99,6 @@ int run(Session& session, Options const& options) {
         return kExitNotSaved;
     return files::isInterrupted() ? kExitInterrupted : kExitDone;
 }
-
 } // namespace
 
 int main(int argc, char** argv) {

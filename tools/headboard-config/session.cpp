@@ -8,7 +8,6 @@
 using namespace kestra;
 
 namespace {
-
 SensorRecord recordOf(simulator::SimulatedCamera const& camera) {
     simulator::CameraDescription const& description = camera.description();
     SensorRecord sensor{};
@@ -28,7 +27,6 @@ bool isUsable(char const* what, QString const& file, QString* error) {
     *error = QStringLiteral("The %1 file %2 cannot be used: %3").arg(QLatin1String(what), file, *error);
     return false;
 }
-
 } // namespace
 
 std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
@@ -57,9 +55,7 @@ Session::Session(std::unique_ptr<simulator::SimulatedCamera> camera, Options con
     layout->addWidget(m_page);
 }
 
-Session::~Session() {
-    discardEeprom(m_eeprom);
-}
+Session::~Session() { discardEeprom(m_eeprom); }
 
 bool Session::saveEeprom(QString* error) const {
     return !m_camera->hasEeprom() || m_camera->saveEeprom(m_eepromFile, error);

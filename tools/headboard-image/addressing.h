@@ -3,7 +3,6 @@
 #include <cstdint>
 
 namespace headboard_image {
-
 /// How a sensor's registers are addressed, which decides how short entries are coded.
 enum class Addressing : bool {
     Plain, ///< whole addresses, as without a camera
@@ -14,5 +13,4 @@ enum class Addressing : bool {
 [[nodiscard]] constexpr uint32_t addressBits(Addressing addressing) {
     return addressing == Addressing::Paged ? 8 : 16;
 }
-
 } // namespace headboard_image

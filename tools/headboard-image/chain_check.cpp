@@ -10,7 +10,6 @@ using namespace kestra;
 
 namespace headboard_image {
 namespace {
-
 constexpr size_t kMagicSize = 4;
 constexpr size_t kVersionOffset = 4;
 constexpr uint8_t kKnownVersion = 1;
@@ -80,7 +79,6 @@ std::string roomText(RecordStore const& store, Chain const& chain) {
     return counted(int64_t(chain.records.size()), "record") + ", " + counted(used, "byte") + " used, " +
            std::to_string(free) + " available\n";
 }
-
 } // namespace
 
 std::optional<Finding> chainFault(RecordStore const& store, Chain const& chain) {
@@ -110,5 +108,4 @@ Outcome checkImage(RecordStore const& store) {
     outcome.exitCode = faults == 0 ? kExitDone : kExitRefused;
     return outcome;
 }
-
 } // namespace headboard_image

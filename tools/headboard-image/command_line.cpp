@@ -13,7 +13,6 @@ using namespace kestra;
 
 namespace headboard_image {
 namespace {
-
 struct Request {
     QString image;
     QStringList arguments; ///< of the command, as many as it takes
@@ -93,9 +92,7 @@ Outcome runDelete(Request const& request) {
     return type ? deleteRecord(request.image, *type, name) : noType(request.arguments[0]);
 }
 
-Outcome runFormat(Request const& request) {
-    return formatImage(request.image);
-}
+Outcome runFormat(Request const& request) { return formatImage(request.image); }
 
 struct Command {
     char const* name;
@@ -164,7 +161,6 @@ Outcome runCommand(QStringList const& words, Request request, bool isPaged) {
     request.addressing = isPaged ? Addressing::Paged : Addressing::Plain;
     return command->run(request);
 }
-
 } // namespace
 
 Outcome runCommandLine(QStringList const& arguments) {
@@ -199,5 +195,4 @@ Outcome runCommandLine(QStringList const& arguments) {
     request.label = parser.value(label);
     return runCommand(parser.positionalArguments(), request, parser.isSet(paged));
 }
-
 } // namespace headboard_image

@@ -20,7 +20,6 @@ using namespace kestra;
 
 namespace headboard_image {
 namespace {
-
 Outcome save(QString const& fileName, std::vector<uint8_t> image, RecordStore const& store,
              std::string const& done) {
     store.copyTo(image);
@@ -223,7 +222,6 @@ Outcome importForSensor(Work const& work) {
         return refused(importFailure(store, status));
     return finish(work, store, replaced, leftOutText(store, store.chain().records.back(), work.lines));
 }
-
 } // namespace
 
 Outcome importSection(QString const& image, Import const& import) {
@@ -288,5 +286,4 @@ Outcome formatImage(QString const& image) {
         done += counted(lost, "record") + " can no longer be reached\n";
     return save(image, *bytes, store, done);
 }
-
 } // namespace headboard_image

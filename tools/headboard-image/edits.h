@@ -9,7 +9,6 @@
 // The commands that change an image file. The file changes as a whole or, when the outcome is not
 // `kExitDone`, not at all.
 namespace headboard_image {
-
 /// What becomes a record, and of what kind and name.
 struct Import {
     QString presetFile;
@@ -30,5 +29,4 @@ struct Import {
 
 /// Makes the chain empty; a file that is not there is created as an erased device first.
 [[nodiscard]] Outcome formatImage(QString const& image);
-
 } // namespace headboard_image

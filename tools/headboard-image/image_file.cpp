@@ -4,7 +4,6 @@
 
 namespace headboard_image {
 namespace {
-
 constexpr qint64 kSmallestImage = 8;
 constexpr qint64 kLargestImage = 0x10000;
 
@@ -19,12 +18,9 @@ std::optional<QByteArray> read(QString const& fileName, std::string* error) {
         *error = about("cannot read", fileName, why);
     return bytes;
 }
-
 } // namespace
 
-bool isReadableFile(QString const& fileName, std::string* error) {
-    return read(fileName, error).has_value();
-}
+bool isReadableFile(QString const& fileName, std::string* error) { return read(fileName, error).has_value(); }
 
 std::optional<std::vector<uint8_t>> readImage(QString const& fileName, std::string* error) {
     auto const bytes = read(fileName, error);
@@ -45,5 +41,4 @@ bool writeImage(QString const& fileName, std::span<uint8_t const> image, std::st
     *error = about("cannot write", fileName, why);
     return false;
 }
-
 } // namespace headboard_image

@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace headboard_image {
-
 /// Bytes of the usual device.
 constexpr size_t kUsualImageSize = 8192;
 
@@ -21,5 +20,4 @@ constexpr size_t kUsualImageSize = 8192;
 /// Replaces the file in one step: whatever fails, it is the old or the new one. False, with the reason in
 /// `error`, when it is the old one.
 [[nodiscard]] bool writeImage(QString const& fileName, std::span<uint8_t const> image, std::string* error);
-
 } // namespace headboard_image

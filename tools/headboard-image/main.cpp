@@ -5,11 +5,9 @@
 #include <cstdio>
 
 namespace {
-
 void print(std::string const& text, std::FILE* file) {
     std::fputs(QString::fromStdString(text).toLocal8Bit().constData(), file);
 }
-
 } // namespace
 
 int main(int argc, char** argv) {

@@ -3,7 +3,6 @@
 #include <string>
 
 namespace headboard_image {
-
 /// Exit codes of the program.
 enum ExitCode : int {
     kExitDone = 0,
@@ -18,12 +17,6 @@ struct Outcome {
     std::string complaint; ///< what was wrong
 };
 
-[[nodiscard]] inline Outcome refused(std::string const& why) {
-    return {kExitRefused, {}, why + '\n'};
-}
-
-[[nodiscard]] inline Outcome unusable(std::string const& why) {
-    return {kExitUnusable, {}, why + '\n'};
-}
-
+[[nodiscard]] inline Outcome refused(std::string const& why) { return {kExitRefused, {}, why + '\n'}; }
+[[nodiscard]] inline Outcome unusable(std::string const& why) { return {kExitUnusable, {}, why + '\n'}; }
 } // namespace headboard_image

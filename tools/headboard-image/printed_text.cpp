@@ -8,17 +8,11 @@ using namespace kestra;
 
 namespace headboard_image {
 namespace {
-
 constexpr char kDigits[] = "0123456789ABCDEF";
 constexpr size_t kDumpWidth = 16;
 
-bool isPrintable(char c) {
-    return c >= ' ' && c <= '~';
-}
-
-std::string byteText(uint8_t byte) {
-    return {kDigits[byte >> 4], kDigits[byte & 15]};
-}
+bool isPrintable(char c) { return c >= ' ' && c <= '~'; }
+std::string byteText(uint8_t byte) { return {kDigits[byte >> 4], kDigits[byte & 15]}; }
 
 std::string escaped(char c) {
     switch (c) {
@@ -35,7 +29,6 @@ std::string escaped(char c) {
         return isPrintable(c) ? std::string(1, c) : "\\x" + byteText(uint8_t(c));
     }
 }
-
 } // namespace
 
 std::string hexadecimal(uint32_t value, size_t digits) {
@@ -47,9 +40,7 @@ std::string hexadecimal(uint32_t value, size_t digits) {
     return "0x" + text;
 }
 
-std::string offsetText(int32_t offset) {
-    return hexadecimal(uint32_t(offset), 4);
-}
+std::string offsetText(int32_t offset) { return hexadecimal(uint32_t(offset), 4); }
 
 std::string quoted(std::string_view text) {
     std::string result = "\"";
@@ -84,5 +75,4 @@ std::string hexDump(std::span<uint8_t const> bytes, int32_t offset) {
 std::string counted(int64_t count, char const* what) {
     return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }
-
 } // namespace headboard_image

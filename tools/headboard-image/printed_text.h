@@ -6,7 +6,6 @@
 #include <string_view>
 
 namespace headboard_image {
-
 /// "0x" and at least so many hexadecimal digits.
 [[nodiscard]] std::string hexadecimal(uint32_t value, size_t digits);
 
@@ -28,5 +27,4 @@ namespace headboard_image {
 
 /// "1 record", "2 records".
 [[nodiscard]] std::string counted(int64_t count, char const* what);
-
 } // namespace headboard_image

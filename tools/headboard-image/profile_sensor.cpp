@@ -11,7 +11,6 @@ using namespace kestra;
 
 namespace headboard_image {
 namespace {
-
 std::set<std::string> const* hidden = nullptr;
 
 int existsUnlessHidden(vy_Camera* camera, char const* reg) {
@@ -22,7 +21,6 @@ uint32_t lowestBits(uint32_t count) {
     constexpr uint32_t kAll = UINT32_MAX;
     return count < 32 ? ~(kAll << count) : kAll;
 }
-
 } // namespace
 
 std::unique_ptr<ProfileSensor> ProfileSensor::open(QString const& profile, std::string* error) {
@@ -54,9 +52,7 @@ ProfileSensor::~ProfileSensor() {
     installVeyra2({});
 }
 
-vy_Camera* ProfileSensor::camera() const {
-    return m_camera->handle();
-}
+vy_Camera* ProfileSensor::camera() const { return m_camera->handle(); }
 
 SensorModel ProfileSensor::model() const {
     return {m_camera->description().sensorKind, m_camera->description().variant};
@@ -86,5 +82,4 @@ bool ProfileSensor::set(RegisterEntry const& entry, std::string* error) {
     m_hidden.erase(reg.name);
     return true;
 }
-
 } // namespace headboard_image

@@ -12,7 +12,6 @@ class SimulatedCamera;
 }
 
 namespace headboard_image {
-
 /// The sensor of a profile, of whose shading registers only those are there that have been set: a record that
 /// is built from it holds these and what the sensor needs besides, and no value that nobody told. While one
 /// lives, it takes the place of the sensor-access library.
@@ -38,5 +37,4 @@ private:
     std::unique_ptr<simulator::SimulatedCamera> m_camera;
     std::set<std::string> m_hidden; ///< registers
 };
-
 } // namespace headboard_image

@@ -9,7 +9,6 @@ using namespace kestra;
 
 namespace headboard_image {
 namespace {
-
 constexpr uint8_t kNul = 0;
 
 // The types whose register sets may consist of lines of state instead.
@@ -124,7 +123,6 @@ private:
     std::span<uint8_t const> m_record;
     std::vector<Finding> m_findings;
 };
-
 } // namespace
 
 bool hasFault(std::vector<Finding> const& findings) {
@@ -149,5 +147,4 @@ std::vector<Finding> checkRecord(RecordPlace const& place, std::span<uint8_t con
 bool holdsLines(RegisterSetContent const& content) {
     return content.blocks.empty() && !content.rest.empty() && !isEntryKind(content.rest.front());
 }
-
 } // namespace headboard_image

@@ -7,7 +7,6 @@
 #include <vector>
 
 namespace headboard_image {
-
 /// One thing that a check has to say.
 struct Finding {
     int32_t offset = 0;  ///< in the image
@@ -26,5 +25,4 @@ struct Finding {
 
 /// Whether a register set consists of lines of text rather than of entries.
 [[nodiscard]] bool holdsLines(kestra::RegisterSetContent const& content);
-
 } // namespace headboard_image

@@ -13,7 +13,6 @@ using namespace kestra;
 
 namespace headboard_image {
 namespace {
-
 constexpr size_t kTypeWidth = 14;
 constexpr size_t kLengthWidth = 6;
 
@@ -111,7 +110,6 @@ std::string contentText(RecordStore const& store, RecordPlace const& place, Addr
     }
     return {};
 }
-
 } // namespace
 
 std::string recordLine(RecordStore const& store, RecordPlace const& place) {
@@ -155,5 +153,4 @@ Outcome showRecord(RecordStore const& store, int32_t offset, Addressing addressi
     }
     return outcome;
 }
-
 } // namespace headboard_image

@@ -5,7 +5,6 @@
 #include "tools/headboard-image/record_store.h"
 
 namespace headboard_image {
-
 /// A record in one line: offset, type, length, and name or text.
 [[nodiscard]] std::string recordLine(RecordStore const& store, RecordPlace const& place);
 
@@ -14,5 +13,4 @@ namespace headboard_image {
 
 /// The command `show`: the record at an offset with its entries, lines or bytes.
 [[nodiscard]] Outcome showRecord(RecordStore const& store, int32_t offset, Addressing addressing);
-
 } // namespace headboard_image

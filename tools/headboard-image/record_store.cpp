@@ -7,7 +7,6 @@
 using namespace kestra;
 
 namespace headboard_image {
-
 RecordPlace const* Chain::at(int32_t offset) const {
     auto const found = std::find_if(records.begin(), records.end(),
                                     [&](RecordPlace const& record) { return record.offset == offset; });
@@ -60,5 +59,4 @@ void RecordStore::copyTo(std::span<uint8_t> image) const {
         if (m_eeprom->state[i] == ByteState::Changed)
             image[i] = bytes()[i];
 }
-
 } // namespace headboard_image

@@ -8,7 +8,6 @@
 #include <vector>
 
 namespace headboard_image {
-
 /// A record in the chain; it lies inside the store as a whole.
 struct RecordPlace {
     int32_t offset = 0;
@@ -60,5 +59,4 @@ private:
     kestra::EepromShare m_eeprom;
     uint8_t m_lastByte = 0;
 };
-
 } // namespace headboard_image

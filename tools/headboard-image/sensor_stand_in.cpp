@@ -5,7 +5,6 @@
 using namespace kestra;
 
 namespace headboard_image {
-
 SensorStandIn::SensorStandIn(Addressing addressing) {
     m_description.recordSize = sizeof(m_description);
     m_description.registerAddressWidth = addressBits(addressing);
@@ -18,5 +17,4 @@ SensorStandIn::SensorStandIn(Addressing addressing) {
     };
     installVeyra2(library);
 }
-
 } // namespace headboard_image

@@ -4,7 +4,6 @@
 #include "tools/headboard-image/addressing.h"
 
 namespace headboard_image {
-
 /// Stands in for the camera during an import: a sensor that has a description and no register. From the first
 /// one on it takes the place of the sensor-access library.
 class SensorStandIn {
@@ -21,5 +20,4 @@ private:
 
     vy_SensorDescription m_description{};
 };
-
 } // namespace headboard_image

@@ -19,7 +19,6 @@
 using namespace kestra;
 
 namespace {
-
 // The page on a fake headboard, driven to a state as a device and a user would drive it.
 class Scene : public PageBench {
 public:
@@ -115,7 +114,6 @@ bool write(NamedState const& state, QDir const& folder) {
     std::printf("%s %s\n", written ? "wrote" : "could not write", qUtf8Printable(file));
     return written;
 }
-
 } // namespace
 
 bool writeConfigStates(QDir const& folder, QStringList const& names) {

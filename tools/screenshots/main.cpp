@@ -14,7 +14,6 @@
 using namespace kestra;
 
 namespace {
-
 constexpr int kWidth = 640;
 constexpr int kHeight = 360;
 
@@ -265,7 +264,6 @@ bool write(NamedState const& state, QDir const& folder) {
     std::printf("%s %s\n", written ? "wrote" : "could not write", qUtf8Printable(file));
     return written;
 }
-
 } // namespace
 
 int main(int argc, char** argv) {
