@@ -206,7 +206,7 @@ void LensAssistApgaFlow::findTables() {
             .isYcbcr = m_state.inputWasYcbcr != 0,
             .bits = isAutomatic ? kAutomaticBits : adaptiveBits,
         };
-        Shading const& library = m_state.shading;
+        Shading const& library = m_state.shadingHandle;
         // The sensor's picture may have grown since the capture; the library reads as much as it is told of.
         if (uint64_t{image.width} * image.height > row.samples->size())
             m_state.lscStepState = kFailed;
@@ -219,7 +219,7 @@ void LensAssistApgaFlow::findTables() {
             m_state.lscStepState = failureOf(result);
     };
     if (!isAutomatic && isGiven(kFluorescent))
-        judge(m_state.shading.findSolution(makeSolutionParams(falloff, m_state.lensRadius)));
+        judge(m_state.shadingHandle.findSolution(makeSolutionParams(falloff, m_state.lensRadius)));
     // The fluorescent table, whose frame the base comes from, is found last: the library keeps the order in
     // which the tables are asked for.
     for (Illuminant const illuminant : {kIncandescent, kDaylight, kFluorescent}) {
@@ -228,7 +228,7 @@ void LensAssistApgaFlow::findTables() {
         sf_ApgaParams table = makeApgaParams(falloff, kNoRadius);
         table.colourTemperature = uint32_t(toInt32(kelvins[illuminant]));
         table.illuminantSlot = kSlots[illuminant];
-        judge(isAutomatic ? m_state.shading.findAutoPga(table) : m_state.shading.findApga(table));
+        judge(isAutomatic ? m_state.shadingHandle.findAutoPga(table) : m_state.shadingHandle.findApga(table));
     }
 }
 

@@ -40,7 +40,7 @@ void CalibrationFlow::pageDestroyed() {
     m_host = {};
     m_camera = Sensor(nullptr);
     m_eeprom.abandon();
-    m_state.shading.giveUp();
+    m_state.shadingHandle.giveUp();
 }
 
 SensorKind const& CalibrationFlow::kind() const { return sensorKind(m_sensor.sensorKind, m_sensor.variant); }
@@ -140,7 +140,7 @@ void CalibrationFlow::runAllAction() {
         return makeCalibrationReady();
     if (m_state.lscStepState == kReady) {
         calibrate();
-        if (!m_state.shading)
+        if (!m_state.shadingHandle)
             setRunAll(false);
         return;
     }
@@ -172,7 +172,7 @@ void CalibrationFlow::colourBalanceTick() {
 
 void CalibrationFlow::calibrationTick() {
     bool const hasInputs = !m_traits.takesThreePictures || m_state.captured.haveAllFrames();
-    if (!m_state.shading || !hasInputs) {
+    if (!m_state.shadingHandle || !hasInputs) {
         if (m_state.runAll)
             setRunAll(false);
         if (m_state.lscStepProgress < phase::kLoaded)
@@ -189,7 +189,7 @@ void CalibrationFlow::calibrationTick() {
 }
 
 void CalibrationFlow::loadSolution() {
-    std::optional<std::vector<sf_RegEntry>> entries = m_state.shading.registers();
+    std::optional<std::vector<sf_RegEntry>> entries = m_state.shadingHandle.registers();
     if (!entries || (m_traits.failsWithoutRegisters && entries->empty()))
         return failCalibration(kFailedOtherwise);
     if (m_traits.firstWrite)
@@ -236,7 +236,7 @@ void CalibrationFlow::resetSteps() {
     for (int32_t* const progress :
          {&m_state.aeStepProgress, &m_state.wbStepProgress, &m_state.lscStepProgress})
         *progress = 0;
-    m_state.shading.giveUp(); // it may hold the pictures
+    m_state.shadingHandle.giveUp(); // it may hold the pictures
     m_state.captured.reset();
     m_state.captured[kIncandescent].arm();
 }
@@ -285,7 +285,7 @@ void CalibrationFlow::calibrate() {
     m_state.settleFrames = kFramesToSettle;
     m_state.lscStepProgress = 0;
     startCalibration();
-    m_state.lscStepState = m_state.shading ? kInProgress : kFailedOtherwise;
+    m_state.lscStepState = m_state.shadingHandle ? kInProgress : kFailedOtherwise;
 }
 
 void CalibrationFlow::startCalibration() {
@@ -295,8 +295,8 @@ void CalibrationFlow::startCalibration() {
     m_state.inputWasYcbcr = 0;
     setLensCorrection(m_host, m_camera, m_lensCorrection, false);
     m_state.worstBlock = QRect();
-    if (!m_state.shading && widgets.page) // no calibration without a page
-        m_state.shading.take(createCalibration());
+    if (!m_state.shadingHandle && widgets.page) // no calibration without a page
+        m_state.shadingHandle.take(createCalibration());
 }
 
 void CalibrationFlow::testUniformity() {

@@ -61,13 +61,13 @@ void CalibrationFlow::saveToFile() {
         checkSaveDirectory();
     if (m_state.fileState == kReady && isNumberMissing())
         m_state.fileState = kFailed;
-    if (m_state.fileState != kReady || !m_state.shading)
+    if (m_state.fileState != kReady || !m_state.shadingHandle)
         return;
     QByteArray const path = resultFilePath();
     if (!widgets.page) // no file under an empty name
         return;
     uint32_t const format = m_traits.savesInFormatOfKind ? kind().resultFileFormat : 0;
-    m_state.fileState = m_state.shading.save(path, format) ? kDone : kFailedOtherwise;
+    m_state.fileState = m_state.shadingHandle.save(path, format) ? kDone : kFailedOtherwise;
     QString const saved = QString::fromLocal8Bit(path);
     m_state.savedPath = saved.mid(saved.lastIndexOf(QLatin1Char(m_traits.pathSeparator)) + 1);
 }

@@ -71,7 +71,7 @@ struct PageState {
     int32_t lscStepProgress = 0; ///< 0 to 100, also the phase
     StepState fileState = kNotEvaluated;
     StepState promState = kNotEvaluated;
-    Shading shading;               ///< of the library; without a handle when there is no calibration
+    Shading shadingHandle;         ///< of the library; without a handle when there is no calibration
     CapturedFrames captured;       ///< of the page that takes three pictures
     uint32_t inputWasYcbcr = 0;    ///< 1 when the last calibration was made from a YCbCr image
     double uniformityValue = 0;    ///< last measured colour uniformity, lower is better

@@ -53,7 +53,7 @@ void LensAssistFlow::captureFrame(Frame const& frame) {
 }
 
 void LensAssistFlow::solveFrom(Frame const& frame) {
-    if (!m_state.shading)
+    if (!m_state.shadingHandle)
         return;
     std::shared_ptr<void const> const pixels = gaplessPixels(frame); // until the library has solved
     if (!pixels) {
@@ -81,15 +81,15 @@ void LensAssistFlow::solveFrom(Frame const& frame) {
 }
 
 bool LensAssistFlow::accepts(LibraryImage const& image) const {
-    return image.isYcbcr ? m_state.shading.accepts(image, readYcbcrInput(m_host))
-                         : m_state.shading.accepts(image, readBayerCoding(m_host));
+    return image.isYcbcr ? m_state.shadingHandle.accepts(image, readYcbcrInput(m_host))
+                         : m_state.shadingHandle.accepts(image, readBayerCoding(m_host));
 }
 
 int LensAssistFlow::findSolution() const {
     int32_t const falloff = widgets.falloff();
-    int const result = m_state.shading.findSolution(makeSolutionParams(falloff, m_state.lensRadius));
+    int const result = m_state.shadingHandle.findSolution(makeSolutionParams(falloff, m_state.lensRadius));
     // Sensors of this page have no illuminant tables; slot 0 lets the library finish what it has.
-    return result == 0 ? m_state.shading.findApga(makeApgaParams(falloff, m_state.lensRadius)) : result;
+    return result == 0 ? m_state.shadingHandle.findApga(makeApgaParams(falloff, m_state.lensRadius)) : result;
 }
 
 EepromStatus LensAssistFlow::storeInEeprom(HeadboardEeprom& eeprom, QByteArray const& label) {
