@@ -3,6 +3,7 @@
 #include "headboard/eeprom_chain.h"
 #include "headboard/register_record.h"
 
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -22,7 +23,7 @@ void CalibrationFlow::saveToEeprom() {
     StepState const prom = m_state.promState;
     if (isFailed(m_state.lscStepState) || !(isOpen(prom) || prom == kDone || prom == kFailedOtherwise))
         return;
-    WaitCursor const cursor(widgets.page);
+    auto cursor = std::make_unique<WaitCursor>(widgets.page);
     ChangeGroup const group(m_host);
     m_state.promState = kInProgress;
     showBefore(widgets.eeprom);
@@ -32,6 +33,7 @@ void CalibrationFlow::saveToEeprom() {
     EepromStatus const status = storeInEeprom(eeprom, widgets.eepromLabelText().toLocal8Bit());
     // Who discards the EEPROM inside a call drops what is not written: its silence is no success.
     bool const isStored = status == kEepromOk && m_eeprom.isCurrent();
+    cursor.reset();
     m_state.promState = isStored ? kDone : kFailedOtherwise;
     show(); // the host may take its time to close the group
 }
@@ -68,8 +70,9 @@ void CalibrationFlow::saveToFile() {
         return;
     uint32_t const format = m_traits.savesInFormatOfKind ? kind().resultFileFormat : 0;
     m_state.fileState = m_state.shadingHandle.save(path, format) ? kDone : kFailedOtherwise;
-    QString const saved = QString::fromLocal8Bit(path);
-    m_state.savedPath = saved.mid(saved.lastIndexOf(QLatin1Char(m_traits.pathSeparator)) + 1);
+    m_state.savedPath = QString::fromLocal8Bit(path); // of an attempt that failed the whole one
+    if (m_state.fileState == kDone)
+        m_state.savedPath.remove(0, m_state.savedPath.lastIndexOf(QLatin1Char(m_traits.pathSeparator)) + 1);
 }
 
 // The separator is always the host's own system's.

@@ -10,6 +10,6 @@ inline constexpr uint32_t kVersion[4] = {6, 1, 63, 61641};
 /// The day of the build in the compiler's date format, for example "Nov  3 2025".
 extern char const kBuildDate[];
 
-/// Both, as every page shows them: two lines.
+/// Both, as every page shows them, in two lines.
 [[nodiscard]] QString versionText();
 } // namespace kestra

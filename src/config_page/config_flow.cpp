@@ -7,7 +7,6 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <utility>
 
 namespace kestra {
 namespace {
@@ -106,8 +105,9 @@ void ConfigFlow::readIdentificationBytes() {
 void ConfigFlow::apply() {
     ChangeGroup const group(m_host);
     widgets.paintStatusAtOnce();
-    if (std::exchange(m_state.combosDirty, false) && m_state.eepromState == EepromState::Present)
+    if (m_state.combosDirty && m_state.eepromState == EepromState::Present)
         writeIdentificationBytes();
+    m_state.combosDirty = false;
     show();
     if (isSerialNumber(widgets.serialNumber())) {
         applySerialNumber();
@@ -144,9 +144,11 @@ void ConfigFlow::writeWhatWaits() {
 void ConfigFlow::applySerialNumber() {
     QString const number = widgets.serialNumber();
     if (!number.isEmpty() && number != storedNumber()) {
-        WaitCursor const cursor(widgets.page);
-        if (putSerialNumber(m_eeprom.take(m_sensor.camera), number))
-            m_eeprom.flush();
+        {
+            WaitCursor const cursor(widgets.page);
+            if (putSerialNumber(m_eeprom.take(m_sensor.camera), number))
+                m_eeprom.flush();
+        }
         // Also after a failure: the next number follows the last one that was asked for.
         m_host.writeTextSetting(kLastNumberSetting, number.toLocal8Bit().constData());
     }

@@ -25,27 +25,19 @@ constexpr ProductCode kPartNumbers[] = {
     kUnspecified,
 };
 
-constexpr ProductCode kSensorInterfaces[] = {
-    {"Parallel", 1},
-    {"MIPI", 2},
-    {"Tavlink", 3},
-    kUnspecified,
-};
+constexpr ProductCode kSensorInterfaces[] = {{"Parallel", 1}, {"MIPI", 2}, {"Tavlink", 3}, kUnspecified};
 
 constexpr ProductCode kModuleInterfaces[] = {
-    {"Corvo Parallel", kModuleParallelCode},
-    {"Corvo MIPI", 18},
-    kUnspecified,
-};
+    {"Corvo Parallel", kModuleParallelCode}, {"Corvo MIPI", 18}, kUnspecified};
 
-constexpr ProductCode kMarketIndicators[] = {
-    {"General purpose", 1}, {"Automotive", 2}, {"Industrial", 3}, {"Medical", 4}, {"Mobile", 5}, kUnspecified,
-};
+constexpr ProductCode kMarketIndicators[] = {{"General purpose", 1}, {"Automotive", 2}, {"Industrial", 3},
+                                             {"Medical", 4},         {"Mobile", 5},     kUnspecified};
 
-constexpr ProductCode kSpecialProcessings[] = {
-    {"None", 1},  {"Cover glass removed", 2}, {"Microlenses shifted", 3}, {"Colour filters omitted", 4},
-    kUnspecified,
-};
+constexpr ProductCode kSpecialProcessings[] = {{"None", 1},
+                                               {"Cover glass removed", 2},
+                                               {"Microlenses shifted", 3},
+                                               {"Colour filters omitted", 4},
+                                               kUnspecified};
 } // namespace
 
 uint32_t readIdentification(Host const& host, uint32_t device, Identification field) {
@@ -66,18 +58,10 @@ QString identificationText(uint32_t code) {
 }
 
 std::span<ProductCode const> productCodes(Identification field, InterfaceFamily family) {
-    switch (field) {
-    case Identification::PartNumber:
-        return kPartNumbers;
-    case Identification::Interface:
-        return family == InterfaceFamily::Module ? std::span<ProductCode const>(kModuleInterfaces)
-                                                 : std::span<ProductCode const>(kSensorInterfaces);
-    case Identification::Market:
-        return kMarketIndicators;
-    case Identification::Processing:
-        break;
-    }
-    return kSpecialProcessings;
+    static constexpr std::span<ProductCode const> kLists[] = {kPartNumbers, kSensorInterfaces,
+                                                              kMarketIndicators, kSpecialProcessings};
+    bool const isOfModule = field == Identification::Interface && family == InterfaceFamily::Module;
+    return isOfModule ? kModuleInterfaces : kLists[size_t(field)];
 }
 
 InterfaceFamily interfaceFamily(uint32_t partNumberCode) {

@@ -236,6 +236,8 @@ HeadboardEeprom& EepromUse::renew(vy_Camera* camera) {
 }
 
 void EepromUse::flush() {
+    if (m_isAbandoned)
+        return;
     (void)HeadboardEepromFlush(*m_share);
     if (m_slot && !isCurrent())
         HeadboardEepromRelease(*m_slot);
