@@ -46,6 +46,7 @@ void CalibrationFlow::pageDestroyed() {
 SensorKind const& CalibrationFlow::kind() const { return sensorKind(m_sensor.sensorKind, m_sensor.variant); }
 
 void CalibrationFlow::initialise() {
+    auto const end = qScopeGuard([&] { m_eeprom.end(); });
     {
         UpdateGuard const guard(m_state.updateDepth);
         widgets.fillFalloff();
@@ -61,7 +62,6 @@ void CalibrationFlow::initialise() {
 void CalibrationFlow::pageShown() {
     m_state.active = 1; // hiding sets it too: only a closed page stops ticking
     loadSettings();
-    show();
     showLensCorrection();
 }
 
@@ -312,9 +312,9 @@ void CalibrationFlow::showGraph() {
     m_host.writeIntSetting("AnalysisDlg Show", 1);
 }
 
-void CalibrationFlow::switchLensCorrection() {
+void CalibrationFlow::switchLensCorrection(bool on) {
     // The button's text follows the register notification that the host sends for the write.
-    setLensCorrection(m_host, m_camera, m_lensCorrection, widgets.isEnableLcChecked());
+    setLensCorrection(m_host, m_camera, m_lensCorrection, on);
 }
 
 void CalibrationFlow::browse() {

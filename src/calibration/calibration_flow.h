@@ -77,7 +77,7 @@ public:
     void showLensCorrection();
 
     // Buttons and fields.
-    void toggleRunAll() { setRunAll(!m_state.runAll); }
+    void setRunAll(bool on);
     void startOver();
     void applySetup();
     void adjustExposure();
@@ -88,7 +88,7 @@ public:
     void saveToEeprom();
     void browse();
     void showGraph();
-    void switchLensCorrection();
+    void switchLensCorrection(bool on);
     void eepromLabelChanged();
     void uniformityLimitChanged(QString const& text);
     void saveDirChanged() { m_state.fileState = kNotEvaluated; }
@@ -151,7 +151,6 @@ private:
     void stepCutShort();
     void loadSettings();
     void storeSettings();
-    void setRunAll(bool on);
     void runAllAction();
     void exposureTick();
     void colourBalanceTick();

@@ -85,6 +85,15 @@ void CalibrationPage::OnUpdateStatus() {
     guarded("the status", [&] { flow->show(); });
 }
 
+// What these two buttons ask for is what they say when they are pressed, also when the press has to wait.
+void CalibrationPage::OnBnClickedRunall() {
+    press([on = !state().runAll](CalibrationFlow& flow) { flow.setRunAll(on); });
+}
+void CalibrationPage::OnBnClickedEnableLC() {
+    edit(
+        [on = m_flow->widgets.isEnableLcChecked()](CalibrationFlow& flow) { flow.switchLensCorrection(on); });
+}
+
 // NOLINTNEXTLINE(performance-unnecessary-value-param): published with a value
 void CalibrationPage::OnEnChangeGoodcu(QString text) {
     edit([text](CalibrationFlow& flow) { flow.uniformityLimitChanged(text); });

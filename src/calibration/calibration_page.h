@@ -51,7 +51,7 @@ public slots:
     void OnBnClickedStartover() { press(&CalibrationFlow::startOver); }
     void OnBnClickedGraph() { press(&CalibrationFlow::showGraph); }
     void OnBnClickedCU() { press(&CalibrationFlow::testUniformity); }
-    void OnBnClickedRunall() { press(&CalibrationFlow::toggleRunAll); }
+    void OnBnClickedRunall();
     void OnBnClickedBrowse() { press(&CalibrationFlow::browse); }
     void OnCbnSelchangePromLabel(QString const&) { edit(&CalibrationFlow::eepromLabelChanged); }
     void OnCbnEditchangePromLabel(QString const&) { edit(&CalibrationFlow::eepromLabelChanged); }
@@ -59,7 +59,7 @@ public slots:
     void OnEnChangeGoodcu(QString text);
     void OnEnChangeSavedir(QString) { edit(&CalibrationFlow::saveDirChanged); }
     // NOLINTEND(performance-unnecessary-value-param)
-    void OnBnClickedEnableLC() { edit(&CalibrationFlow::switchLensCorrection); }
+    void OnBnClickedEnableLC();
     void OnUpdateStatus();
 
 protected:

@@ -61,7 +61,10 @@ public:
     /// While it lives, a modal dialog of the plug-in's own is open.
     class Outside {
     public:
-        explicit Outside(Gate& gate) : m_gate(gate) { m_gate.m_busy = false; }
+        explicit Outside(Gate& gate) : m_gate(gate) {
+            m_gate.m_busy = false;
+            m_gate.run([] {}); // what waits came before whatever arrives now
+        }
         ~Outside() { m_gate.m_busy = true; }
         Outside(Outside const&) = delete;
         Outside& operator=(Outside const&) = delete;

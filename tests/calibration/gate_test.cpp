@@ -34,16 +34,16 @@ TEST_F(GateTest, InsideAStepTicksAreDroppedAndButtonsRunBehindItInTheirOrder) {
 
 TEST_F(GateTest, WhileAModalDialogIsOpenEverythingRuns) {
     gate.runOrKeep([this] {
-        gate.runOrKeep(add('a')); // arrived before the dialog: it need not wait for it
+        gate.runOrKeep(add('a')); // arrived before the dialog, and runs before what arrives inside
         {
             Gate::Outside const outside(gate);
-            gate.runOrDrop(add('t'));
             gate.runOrKeep(add('b'));
+            gate.runOrDrop(add('t'));
         }
         gate.runOrDrop(add('x'));
         order += ')';
     });
-    EXPECT_EQ(order, "tab)");
+    EXPECT_EQ(order, "abt)");
 }
 
 TEST_F(GateTest, OfAClosedGateNothingRunsAndNothingIsHeld) {

@@ -459,6 +459,24 @@ TEST_P(PageContract, AnExceptionInsideAStepEndsItAndIsShown) {
     }
 }
 
+TEST_P(PageContract, WhatAButtonSaysWhenItIsPressedIsDoneBehindTheStep) {
+    open();
+    click("Run_All");
+    bool isFirst = true;
+    host.onCall = [&](std::string const&) {
+        if (!std::exchange(isFirst, false))
+            return;
+        click("Run_All");
+        click("Run_All"); // it still offers to cancel
+        click("Enable_LC");
+        page->registerChanged(0, 0); // shows the correction as it is: off
+    };
+    tick();
+    host.onCall = nullptr;
+    EXPECT_EQ(state().runAll, 0U);
+    EXPECT_TRUE(host.calls("writeRegister").back().ends_with(" 1"));
+}
+
 TEST_P(PageContract, UniformityTestRunsWithoutACalibration) {
     open();
     click("ColorUniformity");
