@@ -30,7 +30,6 @@ protected:
 
 private:
     void solveFrom(Frame const& frame);
-    [[nodiscard]] bool accepts(LibraryImage const& image) const;
     [[nodiscard]] int findSolution() const;
 };
 
@@ -67,7 +66,9 @@ void LensAssistFlow::solveFrom(Frame const& frame) {
         .isYcbcr = frame.type == ImageType::Ycbcr,
         .bits = frame.type == ImageType::Raw12 ? 12U : 8U,
     };
-    bool const isAccepted = accepts(image);
+    Shading const& library = m_state.shadingHandle;
+    bool const isAccepted = image.isYcbcr ? library.accepts(image, readYcbcrInput(m_host))
+                                          : library.accepts(image, readBayerCoding(m_host));
     m_state.inputWasYcbcr = image.isYcbcr ? 1 : 0;
     if (!isAccepted) {
         m_state.lscStepState = kFailedOtherwise;
@@ -78,11 +79,6 @@ void LensAssistFlow::solveFrom(Frame const& frame) {
         m_state.lscStepProgress = phase::kSolved;
     else
         m_state.lscStepState = failureOf(result);
-}
-
-bool LensAssistFlow::accepts(LibraryImage const& image) const {
-    return image.isYcbcr ? m_state.shadingHandle.accepts(image, readYcbcrInput(m_host))
-                         : m_state.shadingHandle.accepts(image, readBayerCoding(m_host));
 }
 
 int LensAssistFlow::findSolution() const {

@@ -69,25 +69,6 @@ TEST(ToneCurve, FollowsExponentBlackAndContrast) {
         EXPECT_EQ(ToneCurve({})(light), 255);
 }
 
-TEST(ColourPipeline, VariablesAreReadInTheirUnits) {
-    StateVariables states(bayerCamera(4, 4));
-    states.set("Relative Red Gain", 875);
-    states.set("Relative Blue Gain", 1187);
-    states.set("Color Correction", 1);
-    states.set("Saturation", 10);
-    states.set("Gamma", 9);
-    states.set("Contrast", 20);
-    states.set("Black Correct", 5);
-    ColourSettings const expected{.redGain = 0.875,
-                                  .blueGain = 1.187,
-                                  .colourCorrection = true,
-                                  .saturation = 1,
-                                  .displayExponent = 0.45,
-                                  .contrast = 1,
-                                  .blackLift = 0.005};
-    EXPECT_EQ(colourSettings(states), expected);
-}
-
 TEST(ColourPipeline, YcbcrOfBothRangesComesOutLinear) {
     struct {
         double black, white;
