@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 
 namespace kestra {
 namespace {
@@ -62,8 +63,9 @@ std::string withoutComment(std::string_view line) {
 }
 
 // What stands behind "key=" in a normalised line, or null for a line with another key.
-char const* valueOf(std::string const& line, std::string const& key) {
-    return line.starts_with(key + '=') ? line.c_str() + key.size() + 1 : nullptr;
+char const* valueOf(std::string const& line, std::string_view key) {
+    bool const hasKey = line.starts_with(key) && line[key.size()] == '=';
+    return hasKey ? line.c_str() + key.size() + 1 : nullptr;
 }
 
 // Up to `most` numbers, decimal, octal or hexadecimal as their prefix says, with commas between them.
@@ -114,12 +116,16 @@ std::optional<std::string> parseState(std::string const& line, uint8_t type) {
         return std::nullopt;
     std::string_view const text = value;
     std::string_view const name = text.substr(0, std::min(text.find(','), kLongestStateName));
-    std::vector<std::string> taken;
-    for (TakenStates const& row : kTakenStates)
-        if (row.type == type)
-            expandNames(row.names, taken);
+    static auto const names = [] {
+        std::map<uint8_t, std::vector<std::string>> byType;
+        for (TakenStates const& row : kTakenStates)
+            expandNames(row.names, byType[row.type]);
+        return byType;
+    }();
+    auto const taken = names.find(type);
     auto const isThis = [&](std::string const& other) { return equalWithoutCase(other, name); };
-    return std::ranges::any_of(taken, isThis) ? std::optional<std::string>(text) : std::nullopt;
+    bool const isTaken = taken != names.end() && std::ranges::any_of(taken->second, isThis);
+    return isTaken ? std::optional<std::string>(text) : std::nullopt;
 }
 
 // The section's lines without comments; empty when there is no such section.
