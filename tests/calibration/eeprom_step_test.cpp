@@ -65,6 +65,11 @@ TEST_P(EepromStep, OpeningFormatsABlankEepromInSilence) {
     host.onCall = nullptr;
     EXPECT_GE(transfers, 4);
     EXPECT_EQ(page->cursor().shape(), Qt::ArrowCursor);
+    host.onCall = [&](std::string const& call) {
+        EXPECT_TRUE(call != "end" || page->cursor().shape() == Qt::ArrowCursor) << "the result is shown";
+    };
+    click("Prom_Save");
+    host.onCall = nullptr;
 }
 
 TEST_P(EepromStep, RunAllAsksAgainWhileTheAnswerIsUnknown) {

@@ -358,6 +358,7 @@ TEST_P(PageContract, ACalibrationIsSavedToItsFileOnceAndFailuresAreTold) {
     libraries.fileAnswer = 1;
     click("File_Save");
     EXPECT_EQ(text("File_Save_Status"), "Error saving the file.");
+    EXPECT_EQ(state().savedPath.toStdString(), saveDir() + "\\BOARD_PART.ini") << "as it was tried";
     libraries.fileAnswer = 0;
     click("Calibrate");
     EXPECT_EQ(state().fileState, kFailedOtherwise) << "only a saved one is to be saved again";

@@ -45,6 +45,10 @@ TEST_F(Slot, APageThatIsGoneReachesTheDeviceOnlyToEndAFlush) {
     EXPECT_EQ(HeadboardEepromLoad(use.take(fake.camera()), 0, 1), kEepromFailed);
     EXPECT_EQ(board.operations, operations);
     EXPECT_EQ(slot, nullptr) << "and none without a camera is left";
+    EepromShare const others = sharedEeprom(slot, fake.camera());
+    ASSERT_EQ(HeadboardEepromPut(*others, 0, 4, bytes.data()), kEepromOk);
+    use.flush();
+    EXPECT_TRUE(HeadboardEepromHasChanges(*others)) << "what waits in another user's image stays";
 }
 
 TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
