@@ -1,7 +1,7 @@
 #include "pictures/block_statistics.h"
-#include "simulator/host/block_report.h"
-#include "simulator/host/colour_pipeline.h"
-#include "simulator/host/display_blocks.h"
+#include "simulator/host/report/block_report.h"
+#include "simulator/host/report/display_blocks.h"
+#include "simulator/host/session/colour_pipeline.h"
 #include "tests/pictara/test_frames.h"
 
 #include <gtest/gtest.h>

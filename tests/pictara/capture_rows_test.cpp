@@ -1,4 +1,4 @@
-#include "simulator/host/capture_rows.h"
+#include "simulator/host/run/capture_rows.h"
 
 #include <QDialog>
 #include <QLabel>

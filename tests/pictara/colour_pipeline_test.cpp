@@ -1,5 +1,5 @@
-#include "simulator/host/colour_pipeline.h"
-#include "simulator/host/linear_picture.h"
+#include "simulator/host/session/colour_pipeline.h"
+#include "simulator/host/session/linear_picture.h"
 #include "tests/pictara/test_frames.h"
 
 #include <gtest/gtest.h>

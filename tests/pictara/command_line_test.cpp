@@ -1,6 +1,6 @@
-#include "simulator/host/command_line.h"
-#include "simulator/host/progress_report.h"
-#include "simulator/host/run_all.h"
+#include "simulator/host/run/progress_report.h"
+#include "simulator/host/run/run_all.h"
+#include "simulator/host/session/command_line.h"
 
 #include <gtest/gtest.h>
 

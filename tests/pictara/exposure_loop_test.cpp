@@ -1,4 +1,4 @@
-#include "simulator/host/exposure_loop.h"
+#include "simulator/host/session/exposure_loop.h"
 #include "tests/pictara/test_frames.h"
 
 #include <cmath>

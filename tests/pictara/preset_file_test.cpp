@@ -1,4 +1,4 @@
-#include "simulator/host/preset_file.h"
+#include "simulator/host/session/preset_file.h"
 #include "tests/pictara/test_frames.h"
 #include "tests/support/camera_under_test.h"
 

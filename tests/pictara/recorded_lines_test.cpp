@@ -1,4 +1,4 @@
-#include "simulator/host/recorded_lines.h"
+#include "simulator/host/recording/recorded_lines.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "simulator/host/picture_detail.h"
-#include "simulator/host/refusal.h"
-#include "simulator/host/report_figures.h"
-#include "simulator/host/run_report.h"
+#include "simulator/host/report/picture_detail.h"
+#include "simulator/host/report/report_figures.h"
+#include "simulator/host/report/run_report.h"
+#include "simulator/host/run/refusal.h"
 
 #include <QFile>
 #include <QJsonDocument>

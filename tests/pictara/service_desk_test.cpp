@@ -1,5 +1,5 @@
-#include "simulator/host/observed_services.h"
-#include "simulator/host/service_desk.h"
+#include "simulator/host/session/observed_services.h"
+#include "simulator/host/session/service_desk.h"
 #include "tests/pictara/test_frames.h"
 #include "tests/support/camera_under_test.h"
 

@@ -1,6 +1,6 @@
-#include "simulator/host/block_means.h"
-#include "simulator/host/shading_file.h"
-#include "simulator/host/shading_measurement.h"
+#include "simulator/host/report/block_means.h"
+#include "simulator/host/shading/shading_file.h"
+#include "simulator/host/shading/shading_measurement.h"
 #include "tests/support/small_profile.h"
 
 #include <QFile>

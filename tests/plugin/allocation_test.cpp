@@ -1,10 +1,10 @@
 // The plug-in in the simulated host, without memory for one of its own allocations after the other. What its
 // libraries, the host and Qt allocate never fails.
 
-#include "simulator/host/capture_rows.h"
-#include "simulator/host/headless_dialog.h"
-#include "simulator/host/run_all.h"
-#include "simulator/host/session.h"
+#include "simulator/host/run/capture_rows.h"
+#include "simulator/host/run/run_all.h"
+#include "simulator/host/session/headless_dialog.h"
+#include "simulator/host/session/session.h"
 #include "tests/support/small_profile.h"
 
 #include <QApplication>

@@ -1,4 +1,4 @@
-#include "simulator/host/plugin_library.h"
+#include "simulator/host/session/plugin_library.h"
 #include "tests/support/fake_bench.h"
 
 #include <QDialog>

@@ -1,0 +1,169 @@
+#include "simulator/host/recording/recorded_lines.h"
+
+#include "simulator/boundary/call_text.h"
+
+#include <QRegularExpression>
+#include <optional>
+#include <utility>
+
+namespace pictara {
+namespace {
+constexpr char kResult[] = " = ";
+constexpr char kPolled[] = "vy_ReadSensorRegStr ";
+constexpr char kWritten[] = "vy_writeRegisters ";
+constexpr char kRead[] = "vy_readRegisters ";
+constexpr uint32_t kMostBytes = 32;  // in a line of bus writes
+constexpr int kMostReadDigits = 128; // in a line of a bus read; more are shown by their hash
+
+QByteArray indented(int depth, QByteArray const& text) { return QByteArray(4 * (depth + 1), ' ') + text; }
+
+/// A bus write as its line shows it.
+struct BusWrite {
+    QByteArray before; ///< name and device
+    uint32_t start = 0;
+    QByteArray groups;
+    [[nodiscard]] uint32_t bytes() const {
+        return uint32_t(groups.size() - groups.count(' ')) / 2; // two digits each
+    }
+};
+
+std::optional<BusWrite> parseBusWrite(QByteArray const& line) {
+    static QRegularExpression const pattern(
+        QStringLiteral("^( *vy_writeRegisters \\w+ )(\\w+) \\[((?:[0-9a-f]{2}| )+)\\] = 0$"));
+    if (!line.contains(kWritten))
+        return std::nullopt;
+    auto const match = pattern.match(QString::fromUtf8(line));
+    bool ok = match.hasMatch();
+    BusWrite const write{match.captured(1).toUtf8(), match.captured(2).toUInt(&ok, 0),
+                         match.captured(3).toUtf8()};
+    return match.hasMatch() && ok ? std::optional(write) : std::nullopt;
+}
+
+QByteArray lineOf(BusWrite const& write) {
+    return write.before + simulator::callText(write.start) + " [" + write.groups + "] = 0";
+}
+
+QByteArray sharedBusWrite(QByteArray const& first, QByteArray const& second) {
+    auto one = parseBusWrite(first);
+    auto const next = parseBusWrite(second);
+    if (!one || !next || one->before != next->before || one->start + one->bytes() != next->start)
+        return {};
+    one->groups += ' ' + next->groups;
+    return lineOf(*one);
+}
+
+// A time of day differs from run to run; its digits are shown as "tt". They may lie in several groups.
+QByteArray withoutTime(QByteArray digits) {
+    static QRegularExpression const pattern(
+        QStringLiteral("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
+    std::vector<int> places; // of the bytes' digits
+    QByteArray bytes;
+    for (int at = 0; at + 1 < digits.size(); at += digits.at(at) == ' ' ? 1 : 2) {
+        if (digits.at(at) == ' ')
+            continue;
+        places.push_back(at);
+        bytes += QByteArray::fromHex(digits.mid(at, 2));
+    }
+    auto times = pattern.globalMatch(QString::fromLatin1(bytes.constData(), bytes.size()));
+    while (times.hasNext()) {
+        auto const time = times.next();
+        for (int byte = time.capturedStart(); byte < time.capturedEnd(); ++byte)
+            digits.replace(places[size_t(byte)], 2, "tt");
+    }
+    return digits;
+}
+
+// As many groups as fit, at least one.
+std::vector<QByteArray> linesOf(BusWrite write) {
+    std::vector<QByteArray> lines;
+    QByteArray const groups = withoutTime(write.groups);
+    write.groups.clear();
+    for (QByteArray const& group : groups.split(' ')) {
+        if (!write.groups.isEmpty() && write.bytes() + uint32_t(group.size()) / 2 > kMostBytes) {
+            lines.push_back(lineOf(write));
+            write.start += write.bytes();
+            write.groups.clear();
+        }
+        write.groups += (write.groups.isEmpty() ? "" : " ") + group;
+    }
+    lines.push_back(lineOf(write));
+    return lines;
+}
+
+bool isPolledAgain(QByteArray const& first, QByteArray const& second) {
+    int const end = first.indexOf(kResult);
+    return first.trimmed().startsWith(kPolled) && end > 0 && second.indexOf(kResult) == end &&
+           first.left(end) == second.left(end);
+}
+} // namespace
+
+QByteArray sharedLine(QByteArray const& first, QByteArray const& second) {
+    return isPolledAgain(first, second) ? second : sharedBusWrite(first, second);
+}
+
+std::vector<QByteArray> shownLines(QByteArray const& line) {
+    if (auto const write = parseBusWrite(line))
+        return linesOf(*write);
+    int const begin = line.lastIndexOf('[') + 1, end = line.lastIndexOf(']');
+    if (!line.contains(kRead) || begin == 0 || end < begin)
+        return {line};
+    QByteArray digits = withoutTime(line.mid(begin, end - begin));
+    if (digits.size() > kMostReadDigits)
+        digits = simulator::hashText(
+            {reinterpret_cast<unsigned char const*>(digits.constData()), size_t(digits.size())});
+    return {line.left(begin) + digits + line.mid(end)};
+}
+
+RecordedLines::RecordedLines(Placeholders placeholders, Sink sink)
+    : m_placeholders(std::move(placeholders)), m_sink(std::move(sink)) {}
+
+void RecordedLines::doing(QByteArray const& input) {
+    writeOpenCalls();
+    write(m_placeholders.hide(input));
+}
+
+void RecordedLines::began(BoundaryCall const& call, int depth) {
+    writeOpenCalls();
+    QByteArray text = (call.source == CallSource::Plugin ? "> " : "") + call.name;
+    if (!call.arguments.isEmpty())
+        text += ' ' + m_placeholders.hide(call.arguments);
+    m_open.push_back({indented(depth, text)});
+}
+
+void RecordedLines::ended(BoundaryCall const&, int depth, QByteArray const& result) {
+    if (m_open.empty())
+        return; // it began before anybody watched
+    OpenCall const call = m_open.back();
+    m_open.pop_back();
+    QByteArray const answer = result.isEmpty() ? QByteArray() : kResult + m_placeholders.hide(result);
+    if (!call.isWritten)
+        write(call.line + answer);
+    else if (!answer.isEmpty())
+        write(indented(depth, answer.mid(1)));
+}
+
+void RecordedLines::flush() {
+    writeOpenCalls();
+    handOver(std::exchange(m_waiting, {}));
+}
+
+void RecordedLines::writeOpenCalls() {
+    for (OpenCall& call : m_open)
+        if (!std::exchange(call.isWritten, true))
+            write(call.line);
+}
+
+void RecordedLines::write(QByteArray const& line) {
+    if (QByteArray const shared = sharedLine(m_waiting, line); !shared.isEmpty()) {
+        m_waiting = shared;
+        return;
+    }
+    handOver(std::exchange(m_waiting, line));
+}
+
+void RecordedLines::handOver(QByteArray const& line) {
+    if (!line.isEmpty())
+        for (QByteArray const& shown : shownLines(line))
+            m_sink(shown);
+}
+} // namespace pictara

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "simulator/host/run/time_spent.h"
+#include "simulator/host/session/dialog_page.h"
+
+#include <functional>
+
+namespace pictara {
+enum class RunEnd {
+    Finished,    ///< the dialog ended the run by itself
+    Cancelled,   ///< the run stands still, after a failed step or before any; the driver cancelled it
+    Interrupted, ///< the user wants the program to end; the driver cancelled the run
+    TimedOut,    ///< the next tick would go beyond the bound on frames; the driver cancelled the run
+};
+
+/// Where a run stands, for whoever shows its progress.
+struct RunProgress {
+    int frames = 0;
+    int ticks = 0;
+    QStringList statusTexts; ///< of all steps, in the order of kSteps
+};
+
+struct RunResult {
+    RunEnd end = RunEnd::Finished;
+    RunProgress last; ///< as the run left the dialog
+};
+
+/// Drives the dialog as a person would who watches the picture: frames are delivered, and after every few of
+/// them the page ticks. It obeys no clock, so that equal runs are equal frame by frame.
+class RunDriver {
+public:
+    /// `deliverFrame` hands the next frame to the plug-in.
+    RunDriver(DialogPage const& page, std::function<void()> deliverFrame, int framesPerTick, int maxFrames);
+
+    /// Called after each tick.
+    void onProgress(std::function<void(RunProgress const&)> observer) { m_observer = std::move(observer); }
+
+    /// Called after each tick, so that a person does what the page asks for.
+    void onRequests(std::function<void()> person) { m_person = std::move(person); }
+
+    /// Called before the dialog saves to the EEPROM, which takes its time and shows nothing meanwhile.
+    void onSaving(std::function<void()> observer) { m_savingObserver = std::move(observer); }
+
+    /// Presses Run All and sees it through.
+    RunResult runAll();
+    /// Presses the steps one after the other from the first to the last, as a person does who had to mend
+    /// something; what cannot be pressed is passed over. Frames and ticks are counted on.
+    RunResult runSteps(Step first, Step last);
+    /// Delivers frames until the uniformity step shows a figure; false when it does not within its bound.
+    bool awaitUniformity(double* figure);
+
+    /// Of all ticks so far. They are short, but for the pauses of a save to the EEPROM.
+    [[nodiscard]] TimeSpent const& timeInTicks() const { return m_timeInTicks; }
+
+private:
+    void advanceOneTick();
+    [[nodiscard]] RunEnd watch(std::function<bool()> const& isWorking);
+
+    DialogPage m_page;
+    std::function<void()> m_deliverFrame;
+    std::function<void(RunProgress const&)> m_observer = [](RunProgress const&) {};
+    std::function<void()> m_savingObserver = [] {};
+    std::function<void()> m_person = [] {};
+    int m_framesPerTick;
+    int m_maxFrames;
+    RunProgress m_progress;
+    TimeSpent m_timeInTicks;
+};
+
+/// The number that a uniformity status shows; false when it shows none.
+[[nodiscard]] bool shownUniformity(QString const& status, double* figure);
+
+/// True when every step up to the uniformity shows that it is done.
+[[nodiscard]] bool isCalibrated(QStringList const& statusTexts);
+
+/// True when both saves show that they are done; without an EEPROM the last one shows that there is none.
+[[nodiscard]] bool isSaved(QStringList const& statusTexts, bool hasEeprom);
+} // namespace pictara

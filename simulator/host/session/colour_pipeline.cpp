@@ -1,0 +1,49 @@
+#include "simulator/host/session/colour_pipeline.h"
+
+#include "simulator/host/session/linear_picture.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace pictara {
+double shownValue(double light, ColourSettings const& settings) {
+    double const lifted = (light - settings.blackLift) / (1 - settings.blackLift);
+    double const shown = std::pow(std::max(lifted, 0.0), settings.displayExponent);
+    return std::clamp((shown - 0.5) * settings.contrast + 0.5, 0.0, 1.0);
+}
+
+ToneCurve::ToneCurve(ColourSettings const& settings) {
+    for (int i = 0; i <= kSteps; ++i)
+        m_values[size_t(i)] = uint8_t(std::lround(shownValue(double(i) / kSteps, settings) * 255));
+}
+
+uint8_t ToneCurve::operator()(float light) const {
+    // In this order a light that is not a number shows as black.
+    float const step = std::min(std::max(0.0F, light * float(kSteps) + 0.5F), float(kSteps));
+    return m_values[size_t(int(step))];
+}
+
+ColourPipeline::ColourPipeline(simulator::CameraDescription const& camera)
+    : m_camera(camera), m_tone(m_settings) {}
+
+void ColourPipeline::render(simulator::Frame const& frame, ColourSettings const& settings, QImage& picture) {
+    if (!isWhole(frame)) {
+        picture = {};
+        return;
+    }
+    if (!(settings == m_settings)) {
+        m_settings = settings;
+        m_tone = ToneCurve(settings);
+    }
+    QSize const size(int(frame.width), frame.height);
+    if (picture.size() != size || picture.format() != QImage::Format_RGB32)
+        picture = QImage(size, QImage::Format_RGB32);
+    uchar* const bits = picture.bits();
+    qsizetype const pitch = picture.bytesPerLine();
+    forEachLinearRow(frame, m_camera, settings, [&](uint32_t y, ColourRow const& row) {
+        auto* const out = reinterpret_cast<QRgb*>(bits + qsizetype(y) * pitch);
+        for (size_t x = 0; x < frame.width; ++x)
+            out[x] = qRgb(m_tone(row.red[x]), m_tone(row.green[x]), m_tone(row.blue[x]));
+    });
+}
+} // namespace pictara

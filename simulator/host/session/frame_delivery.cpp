@@ -1,0 +1,70 @@
+#include "simulator/host/session/frame_delivery.h"
+
+#include "simulator/host/session/boundary.h"
+#include "simulator/host/session/exposure_loop.h"
+
+#include <QtDebug>
+
+namespace pictara {
+namespace {
+constexpr char kExposureRegister[] = "COARSE_INTEGRATION_TIME";
+} // namespace
+
+FrameDelivery::FrameDelivery(simulator::SimulatedCamera& camera, StateVariables const& states,
+                             SensorRegisters& registers, PluginLibrary const& plugin)
+    : m_camera(camera), m_states(states), m_registers(registers), m_plugin(plugin),
+      m_pipeline(camera.description()) {}
+
+void FrameDelivery::deliverNext() {
+    m_frame = m_camera.grab();
+    ++m_frameNumber;
+    Boundary::instance().doing(QStringLiteral("frame %1").arg(m_frameNumber));
+    if (m_states.read("Auto Exposure") == 1)
+        stepExposure();
+    if (!m_camera.description().calibratesFromRgb)
+        m_plugin.imageData(m_frame.pixels.constData(), uint32_t(m_frame.type), m_frame.width, m_frame.height,
+                           m_frame.pitch);
+    m_settings = colourSettings(m_states);
+    m_pipeline.render(m_frame, m_settings, m_picture);
+    if (!m_picture.isNull())
+        m_plugin.rgbImageData(m_picture.bits(), uint32_t(simulator::FrameType::Rgb32),
+                              uint32_t(m_picture.width()), uint32_t(m_picture.height()),
+                              m_picture.bytesPerLine());
+}
+
+void FrameDelivery::passOver(uint64_t frames) {
+    for (; m_frameNumber < frames; ++m_frameNumber)
+        m_frame = m_camera.grab();
+}
+
+QImage FrameDelivery::unmarkedPicture() {
+    QImage picture;
+    m_pipeline.render(m_frame, m_settings, picture);
+    return picture;
+}
+
+BlockReport FrameDelivery::blocks() const {
+    return measureBlocks(linearRows(m_frame, m_camera.description(), m_settings));
+}
+
+PictureDetail FrameDelivery::detail() {
+    return measureDetail(m_frame, m_camera.idealFrame(), m_camera.description(), m_settings,
+                         unmarkedPicture());
+}
+
+uint32_t FrameDelivery::exposure() const { return m_registers.read(kExposureRegister, ""); }
+
+void FrameDelivery::setExposure(uint32_t rows) {
+    if (!m_registers.write(kExposureRegister, "", rows))
+        qWarning("pictara: the sensor does not take an exposure of %u rows", rows);
+}
+
+void FrameDelivery::stepExposure() {
+    CentreZone const centre =
+        measureCentre(m_frame, m_camera.description(), m_states.read("Auto Exposure Inner Zone"));
+    uint32_t const present = exposure();
+    uint32_t const next = nextExposure(present, centre, m_states.read("Auto Exposure Target") / 100.0);
+    if (next != present)
+        setExposure(next);
+}
+} // namespace pictara

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "simulator/host/report/picture_detail.h"
+#include "simulator/host/session/colour_pipeline.h"
+#include "simulator/host/session/plugin_library.h"
+#include "simulator/host/session/sensor_registers.h"
+
+namespace pictara {
+/// The host's display loop, one frame a call: the camera exposes, the exposure loop steps, the plug-in sees
+/// the raw frame and then the picture that is displayed.
+class FrameDelivery {
+public:
+    /// What is handed in outlives this object.
+    FrameDelivery(simulator::SimulatedCamera& camera, StateVariables const& states,
+                  SensorRegisters& registers, PluginLibrary const& plugin);
+
+    void deliverNext();
+    /// Lets the camera run until it has delivered that many frames, which nobody sees.
+    void passOver(uint64_t frames);
+    /// Number of the last frame, from 1.
+    [[nodiscard]] uint64_t frameNumber() const { return m_frameNumber; }
+    /// What the sensor's exposure register holds, in rows.
+    [[nodiscard]] uint32_t exposure() const;
+    void setExposure(uint32_t rows);
+    /// The picture of the last frame, with what the plug-in painted into it.
+    [[nodiscard]] QImage const& picture() const { return m_picture; }
+    /// The picture of the last frame without it.
+    [[nodiscard]] QImage unmarkedPicture();
+    /// The block statistics of the last frame.
+    [[nodiscard]] BlockReport blocks() const;
+    /// All about the last frame, and about the same without noise.
+    [[nodiscard]] PictureDetail detail();
+
+private:
+    void stepExposure();
+
+    simulator::SimulatedCamera& m_camera;
+    StateVariables const& m_states;
+    SensorRegisters& m_registers;
+    PluginLibrary const& m_plugin;
+    ColourPipeline m_pipeline;
+    simulator::Frame m_frame;
+    uint64_t m_frameNumber = 0;
+    ColourSettings m_settings;
+    QImage m_picture;
+};
+} // namespace pictara

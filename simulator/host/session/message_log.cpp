@@ -1,0 +1,72 @@
+#include "simulator/host/session/message_log.h"
+
+#include <QMutex>
+#include <QtGlobal>
+#include <cstdio>
+#include <utility>
+
+namespace pictara {
+namespace {
+constexpr char kSolverMark[] = "shadefit:";
+constexpr char kBlocksMark[] = "refused blocks of ";
+constexpr char kConsequence[] = "there is no ";
+
+struct Log {
+    QMutex mutex; // messages come from any thread
+    QString solverMessage;
+    QString blocks;        ///< of the next message
+    QString refusedBlocks; ///< of the last one
+    bool progressLineShown = false;
+};
+
+Log& log() {
+    static Log instance;
+    return instance;
+}
+
+void noteSolver(QString const& told) {
+    if (told.startsWith(QLatin1String(kBlocksMark))) {
+        log().blocks = told.mid(int(sizeof kBlocksMark) - 1);
+    } else if (!told.startsWith(QLatin1String(kConsequence)) || log().solverMessage.isEmpty()) {
+        log().solverMessage = told;
+        log().refusedBlocks = std::exchange(log().blocks, {});
+    }
+}
+
+void onMessage(QtMsgType type, QMessageLogContext const&, QString const& text) {
+    QMutexLocker const lock(&log().mutex);
+    if (text.startsWith(QLatin1String(kSolverMark)))
+        noteSolver(text.mid(int(sizeof kSolverMark) - 1).trimmed());
+    std::fprintf(stderr, "%s%s\n", log().progressLineShown ? "\r\033[K" : "", text.toLocal8Bit().constData());
+    if (type == QtFatalMsg)
+        std::abort();
+}
+} // namespace
+
+void installMessageLog() { qInstallMessageHandler(onMessage); }
+
+QString lastSolverMessage() {
+    QMutexLocker const lock(&log().mutex);
+    return log().solverMessage;
+}
+
+QString lastRefusedBlocks() {
+    QMutexLocker const lock(&log().mutex);
+    return log().refusedBlocks;
+}
+
+void forgetSolverMessage() {
+    QMutexLocker const lock(&log().mutex);
+    log().solverMessage.clear();
+    log().refusedBlocks.clear();
+}
+
+void complain(QString const& text) {
+    std::fprintf(stderr, "pictara-sim: %s\n", text.toLocal8Bit().constData());
+}
+
+void setProgressLineShown(bool shown) {
+    QMutexLocker const lock(&log().mutex);
+    log().progressLineShown = shown;
+}
+} // namespace pictara

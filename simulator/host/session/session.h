@@ -1,0 +1,90 @@
+#pragma once
+
+#include "simulator/host/report/summary_lines.h"
+#include "simulator/host/session/command_line.h"
+#include "simulator/host/session/eeprom_store.h"
+#include "simulator/host/session/frame_delivery.h"
+#include "simulator/host/session/service_desk.h"
+
+#include <memory>
+
+class QDialog;
+
+namespace pictara {
+/// The camera with light, lens and noise as asked for; null with a message for the user.
+[[nodiscard]] std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, QString* error);
+/// The absolute name of a folder that exists by now and takes files; empty with a message for the user.
+[[nodiscard]] std::optional<QString> createdFolder(QString const& name, QString* error);
+
+/// One sitting of the host: camera, registers, settings, services and plug-in, built from the ground up and
+/// taken down from the top.
+class Session {
+public:
+    /// Null with a message for the user.
+    [[nodiscard]] static std::unique_ptr<Session> open(Options const& options, QString* error);
+    ~Session();
+
+    /// Null with a message for the user when the plug-in makes no dialog. A parent outlives `closePlugin()`.
+    [[nodiscard]] QDialog* openDialog(QWidget* parent, QString* error);
+    /// Takes dialog, pages and plug-in away.
+    void closePlugin();
+
+    /// The camera and what lies before it now.
+    [[nodiscard]] Scene scene() const;
+    /// As they are now.
+    [[nodiscard]] ViewingConditions conditions() const;
+    void setLight(simulator::Light const& light);
+    /// Replaces the fault planned before; operations of the EEPROM count from now on, and none stands for the
+    /// next one. False for a name that is none of a fault.
+    bool injectFault(FaultWish const& wish);
+    /// Writes a register as the host's own register view does. The sensor may refuse the value.
+    void setRegister(QByteArray const& name, uint32_t value);
+    /// Of the camera's noise, from the next frame on.
+    void setSeed(uint64_t seed);
+    [[nodiscard]] uint64_t seed() const { return m_seed; }
+    /// Puts a lamp of that colour temperature, kelvin, before the camera; nothing else of the light changes.
+    void bringLamp(double kelvin);
+    /// Sets lamp, exposure and gains, keeps the exposure from moving, and lets the camera run on to that
+    /// frame, so that with an equal seed the next frame has equal noise.
+    void restoreConditions(ViewingConditions const& conditions);
+
+    /// The EEPROM holds a calibration made under the present conditions: they will be kept with it.
+    void noteConditions() { m_eeprom.conditions = conditions(); }
+    /// Writes the EEPROM to its file, when it has one. False with a message for the user.
+    [[nodiscard]] bool keepEeprom(QString* error) const { return m_eeprom.keep(*m_camera, error); }
+    /// Empty when the EEPROM is not kept.
+    [[nodiscard]] QString const& eepromFile() const { return m_eeprom.file(); }
+    /// Those of the calibration that was replayed, if they were kept with it.
+    [[nodiscard]] std::optional<ViewingConditions> const& replayedConditions() const {
+        return m_eeprom.conditions;
+    }
+    [[nodiscard]] uint64_t replayedWrites() const { return m_eeprom.replayedWrites(); }
+
+    [[nodiscard]] simulator::SimulatedCamera& camera() { return *m_camera; }
+    [[nodiscard]] SensorRegisters& registers() { return m_registers; }
+    [[nodiscard]] FrameDelivery& frames() { return m_frames; }
+    [[nodiscard]] StateVariables& states() { return m_states; }
+    [[nodiscard]] SettingsStore const& settings() const { return m_settings; }
+    [[nodiscard]] ServiceDesk const& desk() const { return m_desk; }
+    [[nodiscard]] QString const& outputFolder() const { return m_outputFolder; }
+
+private:
+    Session(std::unique_ptr<simulator::SimulatedCamera> camera, EepromStore eeprom, Options const& options,
+            QString const& outputFolder, QString const& iniFile, QString const& settingsFile);
+
+    // In the order in which they stand on one another.
+    std::unique_ptr<simulator::SimulatedCamera> m_camera;
+    EepromStore m_eeprom;
+    QString m_shadingFile;
+    uint64_t m_seed;
+    QString m_outputFolder;
+    StateVariables m_states;
+    SettingsStore m_settings;
+    PluginLibrary m_plugin;
+    SensorRegisters m_registers;
+    ServiceDesk m_desk;
+    FrameDelivery m_frames;
+    SensorRecord m_sensor{};
+    bool m_isDialogMade = false;
+};
+} // namespace pictara
