@@ -54,4 +54,11 @@ bool replace(QString const& name, QByteArray const& contents, QString* error) {
     *error = file.errorString();
     return false;
 }
+
+bool write(QString const& name, QByteArray const& contents, QString* error) {
+    bool const isWritten = replace(name, contents, error);
+    if (!isWritten)
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
+    return isWritten;
+}
 } // namespace files

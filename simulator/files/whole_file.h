@@ -20,4 +20,6 @@ inline constexpr qint64 kMostText = 1 << 20;
 /// Writes under another name and renames: whatever fails, the file is the old or the new one. False, with the
 /// reason in `error`, when it is the old one.
 [[nodiscard]] bool replace(QString const& name, QByteArray const& contents, QString* error);
+/// The same, with an error that names the file.
+[[nodiscard]] bool write(QString const& name, QByteArray const& contents, QString* error);
 } // namespace files

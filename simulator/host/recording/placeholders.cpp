@@ -1,6 +1,10 @@
 #include "simulator/host/recording/placeholders.h"
 
+#include "simulator/host/session/command_line.h"
+
+#include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <algorithm>
 
 namespace pictara {
@@ -22,5 +26,16 @@ QByteArray Placeholders::reveal(QByteArray text) const {
     for (auto const& [path, name] : m_names)
         text.replace(name, path);
     return text;
+}
+
+Placeholders placeholdersOf(Options const& options) {
+    QString const program = QCoreApplication::applicationDirPath();
+    Placeholders placeholders;
+    placeholders.add(QDir(options.outputFolder).absolutePath(), "<output>");
+    placeholders.add(options.iniFile.isEmpty() ? program + QStringLiteral("/pictara.ini")
+                                               : QFileInfo(options.iniFile).absoluteFilePath(),
+                     "<ini>");
+    placeholders.add(program, "<program>");
+    return placeholders;
 }
 } // namespace pictara

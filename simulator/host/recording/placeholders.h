@@ -6,6 +6,8 @@
 #include <vector>
 
 namespace pictara {
+struct Options;
+
 /// Names for what differs from machine to machine, so that recordings can be compared.
 class Placeholders {
 public:
@@ -17,4 +19,7 @@ public:
 private:
     std::vector<std::pair<QByteArray, QByteArray>> m_names; ///< longest path first
 };
+
+/// Of a session with these options: "<output>", "<ini>" and "<program>".
+[[nodiscard]] Placeholders placeholdersOf(Options const& options);
 } // namespace pictara

@@ -1,6 +1,7 @@
 #include "simulator/host/recording/recorder.h"
 
 #include "simulator/files/whole_file.h"
+#include "simulator/host/recording/script.h"
 #include "simulator/host/session/message_log.h"
 
 namespace pictara {
@@ -16,17 +17,16 @@ std::unique_ptr<Recorder> Recorder::start(Options const& options, QString* error
 }
 
 Recorder::Recorder(Options const& options)
-    : m_file(options.recordingFile), m_text(recordingHead(options, placeholdersOf(options))),
-      m_lines(placeholdersOf(options),
-              [this](QByteArray const& line) {
-                  m_text += line + '\n';
-                  m_hasBegun = true;
-              }),
+    : m_file(options.recordingFile), m_text(beginningOf(options)), m_lines(placeholdersOf(options),
+                                                                           [this](QByteArray const& line) {
+                                                                               m_text += line + '\n';
+                                                                               m_hasBegun = true;
+                                                                           }),
       m_watching(m_lines, options.pluginFile) {}
 
 bool Recorder::finish(QString* error) {
     m_lines.flush();
     // A session that did not open leaves nothing to keep.
-    return !m_hasBegun || writeWhole(m_file, m_text, error);
+    return !m_hasBegun || files::write(m_file, m_text, error);
 }
 } // namespace pictara

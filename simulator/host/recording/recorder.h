@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/host/recording/recorded_lines.h"
-#include "simulator/host/recording/recording.h"
+#include "simulator/host/recording/seen_lines.h"
+#include "simulator/host/session/command_line.h"
 #include "simulator/host/session/watching.h"
 
 #include <memory>
@@ -24,7 +24,7 @@ private:
     QString const m_file;
     QByteArray m_text;
     bool m_hasBegun = false;
-    RecordedLines m_lines;
+    SeenLines m_lines;
     Watching m_watching;
 };
 } // namespace pictara

@@ -1,125 +1,117 @@
 #include "simulator/host/recording/script.h"
 
 #include "simulator/files/whole_file.h"
-#include "simulator/host/session/fault_wish.h"
-#include "simulator/host/session/light_ranges.h"
+#include "simulator/host/recording/placeholders.h"
+#include "simulator/host/session/words.h"
 
+#include <QDir>
 #include <QRegularExpression>
 #include <algorithm>
-#include <iterator>
-#include <optional>
 
 namespace pictara {
 namespace {
-constexpr int kMostFrames = 1'000'000;
+constexpr qint64 kMostBytes = 64 << 20; // an hour of a recording
+constexpr int kRowSize = 32;            // bytes of an EEPROM in a line
+constexpr char kComment[] = "# pictara-sim recording: below each line the calls that came from it\n";
 
-bool isNumber(QString const& text, Range const& range) {
-    bool ok = false;
-    double const number = text.toDouble(&ok);
-    return ok && number >= range.low && number <= range.high;
-}
-
-bool isCount(QString const& text) {
-    bool ok = false;
-    int const number = text.toInt(&ok);
-    return ok && number >= 1 && number <= kMostFrames;
-}
-
-bool isLight(QStringList const& words) {
-    return isNumber(words[0], kColourTemperatures) && (words.size() == 1 || isNumber(words[1], kLevels));
-}
-
-bool isFault(QStringList const& words) {
-    auto const wish = parseFaultWish(words[0]);
-    return wish && canStrike(*wish);
-}
-
-struct VerbRow {
-    char const* name;
-    ScriptVerb verb;
-    int fewest, most;                         // words behind the name
-    bool (*isGood)(QStringList const& words); // null: any are
-    char const* usage;
-};
-
-constexpr VerbRow kVerbs[] = {
-    {"press", ScriptVerb::Press, 1, 1, nullptr, "press NAME"},
-    {"set", ScriptVerb::Set, 2, 2, nullptr, "set NAME TEXT"},
-    {"light", ScriptVerb::Light, 1, 2, isLight, "light KELVIN [LEVEL], 2000 to 12000 and 0.001 to 10000"},
-    {"frames", ScriptVerb::Frames, 1, 1, [](QStringList const& words) { return isCount(words[0]); },
-     "frames N"},
-    {"tick", ScriptVerb::Tick, 0, 1,
-     [](QStringList const& words) { return words.isEmpty() || isCount(words[0]); }, "tick [N]"},
-    {"fault", ScriptVerb::Fault, 1, 1, isFault, "fault NAME[@N][+] with N from 1"},
-    {"expect", ScriptVerb::Expect, 2, 2, nullptr,
-     "expect NAME TEXT, expect enabled NAME or expect disabled NAME"},
-    {"wait", ScriptVerb::Wait, 2, 3,
-     [](QStringList const& words) { return words.size() == 2 || isCount(words[2]); },
-     "wait NAME TEXT [FRAMES]"},
-    {"screenshot", ScriptVerb::Screenshot, 1, 1, nullptr, "screenshot FILE"},
-};
-
-std::optional<QStringList> wordsOf(QString const& line, QString* error) {
-    static QRegularExpression const word(QStringLiteral(R"re(\s*(?:"([^"]*)"(?=\s|$)|([^"\s]\S*)))re"));
-    QStringList words;
-    int at = 0;
-    QString const text = line.trimmed();
-    while (at < text.size()) {
-        auto const match =
-            word.match(text, at, QRegularExpression::NormalMatch, QRegularExpression::AnchoredMatchOption);
-        if (!match.hasMatch()) {
-            *error = QStringLiteral("a quote is not closed");
-            return std::nullopt;
-        }
-        if (match.captured(2).startsWith(QLatin1Char('#')))
-            break;
-        words.append(match.capturedStart(1) >= 0 ? match.captured(1) : match.captured(2));
-        at = match.capturedEnd();
-    }
-    return words;
-}
-
-bool read(QStringList words, ScriptCommand& command, QString* error) {
-    QString const name = words.takeFirst();
-    auto const* const row = std::find_if(std::begin(kVerbs), std::end(kVerbs), [&](VerbRow const& verb) {
-        return name == QLatin1String(verb.name);
-    });
-    if (row == std::end(kVerbs)) {
+bool readCommand(QString const& line, int number, Script& script, QString* error) {
+    auto words = wordsOf(line, error);
+    if (!words || words->isEmpty())
+        return words.has_value();
+    QString const name = words->takeFirst();
+    auto const all = verbs();
+    auto const verb = std::find_if(all.begin(), all.end(),
+                                   [&](Verb const& row) { return name == QLatin1String(row.name); });
+    if (verb == all.end()) {
         *error = QStringLiteral("there is no command \"%1\"").arg(name);
         return false;
     }
-    bool const isGood =
-        words.size() >= row->fewest && words.size() <= row->most && (!row->isGood || row->isGood(words));
-    command.verb = row->verb;
-    command.arguments = words;
+    bool const begins = verb->begin && script.commands.empty();
+    bool isGood = words->size() >= verb->fewest && words->size() <= verb->most;
+    if (begins)
+        isGood = isGood && verb->begin(*words, script);
+    else if (verb->perform)
+        isGood = isGood && (!verb->isGood || verb->isGood(*words));
     if (!isGood)
         *error =
-            QStringLiteral("it must be: %1 (texts with blanks in quotes)").arg(QLatin1String(row->usage));
-    return isGood;
+            QStringLiteral("it must be: %1 (texts with blanks in quotes)").arg(QLatin1String(verb->usage));
+    else if (!begins && !verb->perform)
+        *error = QStringLiteral("\"%1\" belongs before all that is done").arg(name);
+    else if (!begins)
+        script.commands.push_back({&*verb, *words, number, line.toUtf8()});
+    return error->isEmpty();
+}
+
+// One that cannot be read ends the session before it begins.
+QByteArray contentsOf(QString const& file) {
+    QString error;
+    return files::read(file, files::kMostText, &error).value_or(QByteArray());
+}
+
+void addLine(QByteArray& text, QStringList const& words) { text += lineOf(words).toUtf8() + '\n'; }
+
+// Rows that hold nothing but erased bytes are left out.
+void addEeprom(QByteArray& text, QByteArray const& contents) {
+    if (!contents.isEmpty())
+        addLine(text, {"eeprom", "blank"});
+    for (int at = 0; at < contents.size(); at += kRowSize)
+        if (QByteArray const row = contents.mid(at, kRowSize); row.count('\xFF') != row.size())
+            addLine(text, {"eeprom", QString::number(at), QString::fromLatin1(row.toHex())});
 }
 } // namespace
 
-std::optional<std::vector<ScriptCommand>> readScript(QString const& name, QString* error) {
-    auto const text = files::read(name, files::kMostText, error);
+std::optional<Script> readScript(QString const& name, Options const& options, QString* error) {
+    auto const text = files::read(name, kMostBytes, error);
     if (!text) {
         *error = QStringLiteral("The script %1 cannot be read: %2").arg(name, *error);
         return std::nullopt;
     }
-    std::vector<ScriptCommand> commands;
+    error->clear();
+    Script script{options};
     int number = 0;
-    for (QByteArray const& line : text->split('\n')) {
+    for (QByteArray line : text->split('\n')) {
         ++number;
-        auto const words = wordsOf(QString::fromUtf8(line), error);
-        if (words && words->isEmpty())
-            continue;
-        ScriptCommand command{ScriptVerb::Press, {}, number};
-        if (!words || !read(*words, command, error)) {
+        while (line.endsWith('\r'))
+            line.chop(1);
+        if (bool const isSeen = line.startsWith(' ') && !script.commands.empty(); isSeen)
+            script.commands.back().seen.emplace_back(number, line);
+        else if (!readCommand(QString::fromUtf8(line), number, script, error)) {
             *error = QStringLiteral("%1:%2: %3").arg(name).arg(number).arg(*error);
             return std::nullopt;
         }
-        commands.push_back(command);
     }
-    return commands;
+    return script;
+}
+
+QByteArray beginningOf(Options const& options) {
+    QDir const output(options.outputFolder);
+    QByteArray text = kComment;
+    addLine(text, {"profile", options.profile});
+    addLine(text, {"seed", QString::number(options.seed)});
+    addLine(text, lightWords(lightOf(options)));
+    for (auto const& [verb, file] : {std::pair("shading", options.shadingFile), {"ini", options.iniFile}})
+        if (!file.isEmpty())
+            addLine(text, {verb, file});
+    // One that waits for a save is done at its time.
+    if (options.fault && options.fault->operation)
+        addLine(text, {"fault", textOf(*options.fault)});
+    for (QByteArray const& line : contentsOf(output.filePath("settings.ini")).split('\n'))
+        if (QByteArray const setting = line.trimmed(); !setting.isEmpty())
+            addLine(text, {"setting", QString::fromUtf8(placeholdersOf(options).hide(setting))});
+    addEeprom(text,
+              contentsOf(options.eepromFile.isEmpty() ? output.filePath("eeprom.bin") : options.eepromFile));
+    return text;
+}
+
+bool layOut(Script const& script, QString const& folder, QString* error) {
+    Placeholders placeholders;
+    placeholders.add(folder, "<output>");
+    QByteArray settings;
+    for (QByteArray const& line : script.settings)
+        settings += placeholders.reveal(line) + '\n';
+    QDir const place(folder);
+    return (settings.isEmpty() || files::write(place.filePath("settings.ini"), settings, error)) &&
+           (script.eeprom.isEmpty() || files::write(place.filePath("eeprom.bin"), script.eeprom, error));
 }
 
 bool matches(QString const& text, QString const& pattern) {

@@ -1,5 +1,7 @@
 #include "simulator/host/session/boundary.h"
 
+#include "simulator/host/session/words.h"
+
 #include <algorithm>
 
 namespace pictara {
@@ -15,9 +17,10 @@ Boundary& Boundary::instance() {
 void Boundary::add(BoundaryObserver& observer) { m_observers.push_back(&observer); }
 void Boundary::remove(BoundaryObserver& observer) { std::erase(m_observers, &observer); }
 
-void Boundary::doing(QString const& input) {
+void Boundary::doing(QStringList const& words) {
+    QByteArray const input = m_observers.empty() ? QByteArray() : lineOf(words).toUtf8();
     for (BoundaryObserver* const observer : m_observers)
-        observer->doing(input.toUtf8());
+        observer->doing(input);
 }
 
 void Boundary::begin(CallSource source, char const* name, QByteArray const& arguments) {

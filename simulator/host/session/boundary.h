@@ -1,7 +1,9 @@
 #pragma once
 
+#include "simulator/boundary/observed_call.h"
+
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
 #include <vector>
 
 namespace pictara {
@@ -24,7 +26,7 @@ class BoundaryObserver {
 public:
     virtual ~BoundaryObserver() = default;
     /// The host, or a person at it, is about to do something from which calls may come: a frame, a tick, a
-    /// button. The text is one of recorded_input.h.
+    /// button. The text is a line of a script.
     virtual void doing(QByteArray const& input) = 0;
     virtual void began(BoundaryCall const& call, int depth) = 0;
     /// Of the innermost open call. The result is empty when there is none.
@@ -42,7 +44,7 @@ public:
     void remove(BoundaryObserver& observer);
     [[nodiscard]] bool isObserved() const { return !m_observers.empty(); }
 
-    void doing(QString const& input);
+    void doing(QStringList const& words);
     void begin(CallSource source, char const* name, QByteArray const& local8BitArguments);
     void end(QByteArray const& local8BitResult);
 
@@ -59,29 +61,15 @@ private:
     int m_hostDepth = 0;
 };
 
-/// Brackets a call. Nothing is told when nobody watched at its beginning.
-class Crossing {
-public:
-    /// `arguments()` gives the text of the arguments, in the local code page.
-    template <typename Arguments>
-    Crossing(CallSource source, char const* name, Arguments arguments)
-        : m_isTold(Boundary::instance().isObserved()) {
-        if (m_isTold)
-            Boundary::instance().begin(source, name, arguments());
+/// Tells the boundary of calls from one source, for `simulator::observed`.
+struct SourceWatch {
+    [[nodiscard]] bool isWatching() const { return Boundary::instance().isObserved(); }
+    void began(char const* name, QByteArray const& arguments) const {
+        Boundary::instance().begin(source, name, arguments);
     }
-    ~Crossing() {
-        if (m_isTold)
-            Boundary::instance().end(m_result);
-    }
-    Crossing(Crossing const&) = delete;
-    Crossing& operator=(Crossing const&) = delete;
+    void ended(QByteArray const& result) const { Boundary::instance().end(result); }
 
-    [[nodiscard]] bool isTold() const { return m_isTold; }
-    void setResult(QByteArray const& local8Bit) { m_result = local8Bit; }
-
-private:
-    bool const m_isTold;
-    QByteArray m_result;
+    CallSource source;
 };
 
 /// Brackets a call of the host's own.

@@ -1,6 +1,6 @@
 #include "simulator/host/session/colour_pipeline.h"
 
-#include "simulator/host/session/linear_picture.h"
+#include "simulator/host/session/row_source.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,7 +27,8 @@ ColourPipeline::ColourPipeline(simulator::CameraDescription const& camera)
     : m_camera(camera), m_tone(m_settings) {}
 
 void ColourPipeline::render(simulator::Frame const& frame, ColourSettings const& settings, QImage& picture) {
-    if (!isWhole(frame)) {
+    RowSource const rows = linearRows(frame, m_camera, settings);
+    if (rows.width == 0) {
         picture = {};
         return;
     }
@@ -40,7 +41,7 @@ void ColourPipeline::render(simulator::Frame const& frame, ColourSettings const&
         picture = QImage(size, QImage::Format_RGB32);
     uchar* const bits = picture.bits();
     qsizetype const pitch = picture.bytesPerLine();
-    forEachLinearRow(frame, m_camera, settings, [&](uint32_t y, ColourRow const& row) {
+    rows.read([&](uint32_t y, ColourRow const& row) {
         auto* const out = reinterpret_cast<QRgb*>(bits + qsizetype(y) * pitch);
         for (size_t x = 0; x < frame.width; ++x)
             out[x] = qRgb(m_tone(row.red[x]), m_tone(row.green[x]), m_tone(row.blue[x]));

@@ -26,38 +26,31 @@ enum ExitCode : int {
 
 /// What the user asked for. File names are as typed; empty ones stand for the defaults told in the help.
 struct Options {
-    QString profile = QStringLiteral("poly-12bit");
+    // What to do; nothing of these: a window for work by hand.
     bool listProfiles = false;
-    bool listFaults = false;
-    bool runAll = false;        ///< anything else that is asked for wins
+    bool runAll = false;
+    QString scriptFile;            ///< of commands that work the dialog instead of a person
+    QString replayedRecordingFile; ///< whose inputs are given again, and whose calls are compared
+    QString replayFile;            ///< an EEPROM whose record is replayed as at a start-up
+    QString measureShadingFile;    ///< that a measured shading table is written to
+    QStringList comparedFiles;     ///< two shading tables to be laid side by side
+    QString recordingFile;         ///< where the calls across the boundary are kept as well
+
+    QString profile = QStringLiteral("poly-12bit");
     bool chooseProfile = false; ///< by hand, before the window opens
-    bool thenGood = false;
-    QString screenshotFile;
-    QStringList shownParts; ///< parts of the window that are brought to the front at first
-    bool dark = false;      ///< colours of the window
     QString shadingFile;
     std::optional<double> lightKelvin; ///< of the lamp; none: the usual one, or what a page asks for
     double lightLevel = 1;
     double lightGradient = 0;
     bool objectInPicture = false;
     uint64_t seed = 1;
-    std::optional<int> falloffPercent; ///< none: the page's own setting
-    QString outputFolder = QStringLiteral("pictara-output");
-    QString iniFile;
-    QString settingsFile;
-    QString pluginFile;
-    QString eepromFile;
-    QString replayFile; ///< an EEPROM whose record is replayed instead of a calibration; empty: no replay
-    QString recordName; ///< of the record to be replayed; empty: the first one
     std::optional<FaultWish> fault;
-    QString recordingFile;         ///< where the calls across the boundary are kept; empty: nowhere
-    QString replayedRecordingFile; ///< a recording that is replayed instead of anything else; empty: none
-    QString scriptFile;            ///< of commands that work the dialog instead of a person; empty: none
-    QString measureShadingFile;    ///< that a measured shading table is written to; empty: none is measured
-    QString flatFieldFile;         ///< a recorded picture to measure it from; empty: the simulated camera's
-    QStringList comparedFiles;     ///< two shading tables to be laid side by side; or none
-    int framesPerTick = 3;
-    int maxFrames = 2000;
+
+    QString outputFolder = QStringLiteral("pictara-output");
+    QString eepromFile;
+    QString iniFile;
+    QString pluginFile;
+    QString flatFieldFile; ///< a recorded picture to measure shading from; empty: the simulated camera's
 
     /// Nobody needs a display.
     [[nodiscard]] bool isHeadless() const {

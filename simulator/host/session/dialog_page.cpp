@@ -1,10 +1,10 @@
 #include "simulator/host/session/dialog_page.h"
 
-#include "simulator/host/recording/recorded_input.h"
 #include "simulator/host/session/boundary.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPixmap>
@@ -88,34 +88,35 @@ bool DialogPage::press(char const* name) {
     auto* const button = widget<QAbstractButton>(name);
     if (!button || !button->isEnabled())
         return false;
-    Boundary::instance().doing(pressInput(name));
+    Boundary::instance().doing({"press", name});
     button->click();
     return true;
 }
 
-bool DialogPage::type(char const* name, QString const& text) {
+bool DialogPage::set(char const* name, QString const& text) {
+    if (!isEnabled(name))
+        return false;
     auto* const edit = widget<QLineEdit>(name);
     auto* const box = widget<QComboBox>(name);
-    bool const isEditable = (edit && edit->isEnabled()) || (box && box->isEditable() && box->isEnabled());
-    if (!isEditable)
+    int const entry = box ? box->findText(text) : -1;
+    if (edit || entry >= 0 || (box && box->isEditable())) {
+        Boundary::instance().doing({"set", name, text});
+        if (edit)
+            edit->setText(text);
+        else if (entry >= 0)
+            box->setCurrentIndex(entry);
+        else
+            box->setEditText(text);
+        return true;
+    }
+    auto const* const button = widget<QAbstractButton>(name);
+    bool const isWanted = text == QLatin1String("on");
+    if (!button || !button->isCheckable() || (!isWanted && text != QLatin1String("off")))
         return false;
-    Boundary::instance().doing(typeInput(name, text));
-    if (edit)
-        edit->setText(text);
-    else
-        box->setEditText(text);
-    return true;
+    return button->isChecked() == isWanted || press(name);
 }
 
-bool DialogPage::choose(char const* name, QString const& text) {
-    auto* const box = widget<QComboBox>(name);
-    int const index = box ? box->findText(text) : -1;
-    if (index < 0 || !box->isEnabled())
-        return false;
-    Boundary::instance().doing(chooseInput(name, text));
-    box->setCurrentIndex(index);
-    return true;
-}
+void DialogPage::saveInto(QString const& folder) { set("Save_Dir", QDir::toNativeSeparators(folder)); }
 
 QStringList DialogPage::choices(char const* name) const {
     QStringList texts;
@@ -135,7 +136,7 @@ void DialogPage::stopTimer() {
 void DialogPage::tick() {
     if (!m_page)
         return;
-    Boundary::instance().doing(QStringLiteral("tick"));
+    Boundary::instance().doing({"tick"});
     QMetaObject::invokeMethod(m_page, "start", Qt::DirectConnection);
 }
 

@@ -44,10 +44,11 @@ public:
     [[nodiscard]] bool isEnabled(char const* widget) const;
     /// Clicks a button; false when it cannot be clicked now.
     bool press(char const* button);
-    /// Replaces the text of a line edit, or of a combo box that takes text.
-    bool type(char const* field, QString const& text);
-    /// Chooses the entry of that text; false when there is none.
-    bool choose(char const* comboBox, QString const& text);
+    /// Types into a line edit, chooses the entry of that text in a combo box (or types it where there is none
+    /// and it takes text), or switches a box "on" or "off". False when that cannot be done now.
+    bool set(char const* widget, QString const& text);
+    /// Sets the folder for the dialog's results.
+    void saveInto(QString const& folder);
     [[nodiscard]] QStringList choices(char const* comboBox) const;
 
     /// Keeps the page's own timer from ticking, so that only `tick()` does.

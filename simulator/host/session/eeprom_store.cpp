@@ -2,7 +2,6 @@
 
 #include "simulator/files/whole_file.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 namespace pictara {
@@ -39,42 +38,24 @@ std::optional<EepromStore> EepromStore::open(simulator::SimulatedCamera& camera,
     }
     if (options.fault && !planFault(camera, *options.fault, error))
         return std::nullopt;
-    if (!options.replayFile.isEmpty())
-        return store.replay(camera, options, error) ? std::optional(store) : std::nullopt;
+    if (!options.replayFile.isEmpty()) {
+        // A null name stands for the first record.
+        if (!camera.loadEeprom(options.replayFile, error) || !camera.replayEeprom({}, error))
+            return std::nullopt;
+        store.m_replayedWrites = camera.registerWrites();
+        return store;
+    }
     store.m_file = options.eepromFile.isEmpty() ? outputFolder + QStringLiteral("/eeprom.bin")
                                                 : QFileInfo(options.eepromFile).absoluteFilePath();
-    return store.load(camera, error) ? std::optional(store) : std::nullopt;
-}
-
-bool EepromStore::load(simulator::SimulatedCamera& camera, QString* error) const {
-    if (QFileInfo::exists(m_file) && !camera.loadEeprom(m_file, error))
-        return false;
-    bool const hasPlace = files::isReplaceable(m_file, error);
-    if (!hasPlace)
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(m_file, *error);
-    return hasPlace;
-}
-
-bool EepromStore::replay(simulator::SimulatedCamera& camera, Options const& options, QString* error) {
-    // A null name stands for the first record.
-    QString const record = options.recordName.isEmpty() ? QString() : options.recordName;
-    if (!camera.loadEeprom(options.replayFile, error) || !camera.replayEeprom(record, error) ||
-        !readConditions(conditionsFileOf(options.replayFile), &conditions, error))
-        return false;
-    m_replayedWrites = camera.registerWrites();
-    return true;
+    if (QFileInfo::exists(store.m_file) && !camera.loadEeprom(store.m_file, error))
+        return std::nullopt;
+    if (files::isReplaceable(store.m_file, error))
+        return store;
+    *error = QStringLiteral("The file %1 cannot be written: %2").arg(store.m_file, *error);
+    return std::nullopt;
 }
 
 bool EepromStore::keep(simulator::SimulatedCamera const& camera, QString* error) const {
-    if (m_file.isEmpty())
-        return true;
-    if (!camera.saveEeprom(m_file, error))
-        return false;
-    QString const conditionsFile = conditionsFileOf(m_file);
-    if (conditions)
-        return writeConditions(conditionsFile, *conditions, error);
-    if (camera.deviceBytesWritten() > 0 && QFileInfo(conditionsFile).isFile())
-        QFile::remove(conditionsFile);
-    return true;
+    return m_file.isEmpty() || camera.saveEeprom(m_file, error);
 }
 } // namespace pictara

@@ -1,6 +1,6 @@
 #include "simulator/host/session/exposure_loop.h"
 
-#include "simulator/host/session/linear_picture.h"
+#include "simulator/host/session/row_source.h"
 
 #include <algorithm>
 #include <array>
@@ -59,7 +59,7 @@ CentreZone measureCentre(simulator::Frame const& frame, simulator::CameraDescrip
     auto const [top, bottom] = bounds(uint64_t(std::max(frame.height, 0)));
     LightTally tally;
     // The sensor's own colours: gains and matrix come after what clips.
-    forEachLinearRow(frame, camera, {}, [&, l = left, r = right, t = top, b = bottom](uint32_t y, auto& row) {
+    linearRows(frame, camera, {}).read([&, l = left, r = right, t = top, b = bottom](uint32_t y, auto& row) {
         if (y >= t && y < b)
             tally.add(row, size_t(l), size_t(r));
     });

@@ -18,7 +18,7 @@ FrameDelivery::FrameDelivery(simulator::SimulatedCamera& camera, StateVariables 
 void FrameDelivery::deliverNext() {
     m_frame = m_camera.grab();
     ++m_frameNumber;
-    Boundary::instance().doing(QStringLiteral("frame %1").arg(m_frameNumber));
+    Boundary::instance().doing({"frame", QString::number(m_frameNumber)});
     if (m_states.read("Auto Exposure") == 1)
         stepExposure();
     if (!m_camera.description().calibratesFromRgb)

@@ -8,17 +8,17 @@ class QDialog;
 namespace pictara {
 class Session;
 
-/// The plug-in's dialog in a run without a person.
+/// The plug-in's dialog in a run without a person; the page's own timer rests.
 struct HeadlessDialog {
+    /// Makes the dialog, which stays the plug-in's. False with a message.
+    [[nodiscard]] bool make(Session& session, QString* error);
+    [[nodiscard]] bool show(QString* error);
+
     QDialog* dialog = nullptr;
     DialogPage page;
 };
 
-/// Opens the dialog set up as the options say, with its own timer at rest. Complains and returns another exit
+/// Makes and shows the dialog, with the session's folder for its results. Complains and returns another exit
 /// code than kExitDone when that is not to be had.
-[[nodiscard]] ExitCode openHeadless(Session& session, Options const& options, HeadlessDialog& opened);
-
-/// The steps of it: makes the dialog, and shows it with its timer at rest. False with a message.
-[[nodiscard]] bool makeHeadless(Session& session, HeadlessDialog& opened, QString* error);
-[[nodiscard]] bool showHeadless(HeadlessDialog& opened, QString* error);
+[[nodiscard]] ExitCode openHeadless(Session& session, HeadlessDialog& opened);
 } // namespace pictara

@@ -1,6 +1,5 @@
 #include "simulator/host/session/plugin_library.h"
 
-#include "simulator/boundary/call_text.h"
 #include "simulator/host/session/boundary.h"
 
 #include <QCoreApplication>
@@ -18,15 +17,26 @@ bool resolve(QLibrary& library, char const* name, Function& function, QString* e
     return function != nullptr;
 }
 
-QByteArray hashOf(void const* pixels, int32_t height, uint32_t pitch) {
-    return simulator::hashText({static_cast<unsigned char const*>(pixels), size_t(height) * pitch});
+/// A picture that is handed to the plug-in.
+struct Picture {
+    void const* pixels;
+    uint32_t type, width;
+    int32_t height;
+    uint32_t pitch;
+};
+
+QByteArray hashOf(Picture const& picture) {
+    return simulator::hashText(
+        {static_cast<unsigned char const*>(picture.pixels), size_t(picture.height) * picture.pitch});
 }
 
-QByteArray pictureText(void const* pixels, uint32_t type, uint32_t width, int32_t height, uint32_t pitch) {
-    return "type " + QByteArray::number(type) + ", " + QByteArray::number(width) + 'x' +
-           QByteArray::number(height) + ", pitch " + QByteArray::number(pitch) + ", " +
-           hashOf(pixels, height, pitch);
+QByteArray callText(Picture const& picture) {
+    return "type " + QByteArray::number(picture.type) + ", " + QByteArray::number(picture.width) + 'x' +
+           QByteArray::number(picture.height) + ", pitch " + QByteArray::number(picture.pitch) + ", " +
+           hashOf(picture);
 }
+
+constexpr SourceWatch kWatch{CallSource::Plugin};
 } // namespace
 
 bool PluginLibrary::load(QString const& file, QString* error) {
@@ -72,29 +82,24 @@ void PluginLibrary::closeDialog() const {
 
 void PluginLibrary::imageData(void const* pixels, uint32_t type, uint32_t width, int32_t height,
                               uint32_t pitch) const {
-    if (!m_functions.imageData)
-        return;
-    Crossing const crossing(CallSource::Plugin, "ImageData",
-                            [&] { return pictureText(pixels, type, width, height, pitch); });
-    m_functions.imageData(pixels, type, width, height, pitch);
+    if (m_functions.imageData)
+        simulator::observed(kWatch, simulator::Call("ImageData", Picture{pixels, type, width, height, pitch}),
+                            [&] { m_functions.imageData(pixels, type, width, height, pitch); });
 }
 
 void PluginLibrary::rgbImageData(void* pixels, uint32_t type, uint32_t width, uint32_t height,
                                  int32_t pitch) const {
-    if (!m_functions.rgbImageData)
-        return;
-    Crossing crossing(CallSource::Plugin, "RgbImageData",
-                      [&] { return pictureText(pixels, type, width, int32_t(height), uint32_t(pitch)); });
-    m_functions.rgbImageData(pixels, type, width, height, pitch);
-    if (crossing.isTold())
-        crossing.setResult(hashOf(pixels, int32_t(height), uint32_t(pitch)));
+    Picture const picture{pixels, type, width, int32_t(height), uint32_t(pitch)};
+    if (m_functions.rgbImageData)
+        simulator::observed(
+            kWatch, simulator::Call("RgbImageData", picture),
+            [&] { m_functions.rgbImageData(pixels, type, width, height, pitch); },
+            [&] { return hashOf(picture); });
 }
 
 void PluginLibrary::registerChanged(uint32_t what, uint32_t value) const {
-    if (!m_functions.registerChanged)
-        return;
-    Crossing const crossing(CallSource::Plugin, "RegisterChanged",
-                            [&] { return simulator::callTexts(what, value); });
-    m_functions.registerChanged(what, value);
+    if (m_functions.registerChanged)
+        simulator::observed(kWatch, simulator::Call("RegisterChanged", what, value),
+                            [&] { m_functions.registerChanged(what, value); });
 }
 } // namespace pictara

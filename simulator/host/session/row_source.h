@@ -1,12 +1,16 @@
 #pragma once
 
 #include "simulator/host/session/colour_settings.h"
-#include "simulator/host/session/sample_rows.h"
 
-#include <QImage>
 #include <functional>
+#include <vector>
 
 namespace pictara {
+/// One row of linear light, 0 at the black level and 1 at full scale.
+struct ColourRow {
+    std::vector<float> red, green, blue;
+};
+
 /// A picture that can be read row by row from the top down, as often as one likes. What it was made of
 /// outlives it.
 struct RowSource {
@@ -17,14 +21,12 @@ struct RowSource {
     std::function<void(Use const&)> read = [](Use const&) {};
 };
 
-/// Linear light in display RGB, 0 at black and 1 at full scale. Empty for a frame that is not whole.
+/// A frame as linear light in display RGB: black level taken off, colours completed (a missing one is the
+/// mean of its nearest samples), relative gains, colour matrix and saturation applied. Empty for a frame
+/// whose buffer does not hold the rows that it tells of, or of less than 2 x 2 pixels.
 [[nodiscard]] RowSource linearRows(simulator::Frame const& frame, simulator::CameraDescription const& camera,
                                    ColourSettings const& settings);
 [[nodiscard]] RowSource linearRows(simulator::IdealFrame const& frame,
                                    simulator::CameraDescription const& camera,
                                    ColourSettings const& settings);
-/// Display values of 0 to 255 that are not rounded, of linear rows.
-[[nodiscard]] RowSource shownRows(RowSource const& linear, ColourSettings const& settings);
-/// The display values of a picture of 32 bits a pixel.
-[[nodiscard]] RowSource shownRows(QImage const& picture);
 } // namespace pictara

@@ -1,5 +1,6 @@
 #include "simulator/host/session/service_desk.h"
 
+#include "simulator/host/session/boundary.h"
 #include "simulator/host/session/preset_file.h"
 
 #include <QFile>
@@ -13,10 +14,8 @@ ServiceDesk* current = nullptr;
 
 constexpr uint32_t kRegisterSpace = 0;
 
-char const* textOrEmpty(char const* text) { return text ? text : ""; }
-
 // Options and settings are names of their own and share a file.
-QByteArray keyOf(char const* option) { return QByteArrayLiteral("Option: ") + option; }
+QByteArray keyOf(QByteArray const& option) { return "Option: " + option; }
 } // namespace
 
 QByteArray iniFileSetting(QString const& iniFile) {
@@ -27,114 +26,160 @@ QByteArray iniFileSetting(QString const& iniFile) {
 #endif
 }
 
-struct ServiceFunctions {
+// What the services do at a desk. A missing text counts as an empty one.
+struct Services {
     // For the slots that this host has no use for.
-    static void ignore() {}
+    void ignore() {}
 
-    static uint32_t readRegister(char const* reg, char const* bitfield, uint32_t) {
-        return current && reg ? current->m_registers.read(reg, textOrEmpty(bitfield)) : 0;
+    uint32_t readRegister(QByteArray const& reg, QByteArray const& bitfield, uint32_t) {
+        return desk.m_registers.read(reg.constData(), bitfield.constData());
     }
 
-    static void writeRegister(char const* reg, char const* bitfield, uint32_t value) {
-        if (current && reg && !current->m_registers.write(reg, textOrEmpty(bitfield), value))
-            qWarning("pictara: the sensor does not take %u in %s %s", value, reg, textOrEmpty(bitfield));
+    void writeRegister(QByteArray const& reg, QByteArray const& bitfield, uint32_t value) {
+        if (!desk.m_registers.write(reg.constData(), bitfield.constData(), value))
+            qWarning("pictara: the sensor does not take %u in %s %s", value, reg.constData(),
+                     bitfield.constData());
     }
 
-    static void writeListEntry(uint32_t address, uint32_t, uint32_t id, uint32_t, uint32_t value) {
-        if (!current)
-            return;
-        if (current->m_registers.writeAt(kRegisterSpace, id, address, value)) {
-            ++current->m_listEntriesWritten;
-            current->m_listEntries[{id, address}] = value;
+    void writeListEntry(uint32_t address, uint32_t, uint32_t id, uint32_t, uint32_t value) {
+        if (desk.m_registers.writeAt(kRegisterSpace, id, address, value)) {
+            ++desk.m_listEntriesWritten;
+            desk.m_listEntries[{id, address}] = value;
         } else {
             qWarning("pictara: the sensor does not take 0x%X at %u, 0x%X", value, id, address);
         }
     }
 
-    static uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
-        return current ? current->m_registers.readBusByte(device, address, {addressBits, dataBits}) : 0;
+    uint32_t readBusByte(uint32_t device, uint32_t address, uint32_t addressBits, uint32_t dataBits) {
+        return desk.m_registers.readBusByte(device, address, {addressBits, dataBits});
     }
 
-    static void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
-                             uint32_t dataBits) {
-        if (current && !current->m_registers.writeBusByte(device, address, value, {addressBits, dataBits}))
+    void writeBusByte(uint32_t device, uint32_t address, uint32_t value, uint32_t addressBits,
+                      uint32_t dataBits) {
+        if (!desk.m_registers.writeBusByte(device, address, value, {addressBits, dataBits}))
             qWarning("pictara: the device 0x%X does not take a byte at 0x%X", device, address);
     }
 
     // This host marks no registers, locks nothing while a dialog of the plug-in is open and analyses nothing.
-    static void announceRegister(char const*, uint32_t, uint32_t) {}
-    static void modalDialog(uint32_t) {}
-    static void setupAnalysis(uint32_t, uint32_t, uint32_t, uint32_t, uint32_t) {}
+    void announceRegister(QByteArray const&, uint32_t, uint32_t) {}
+    void modalDialog(uint32_t) {}
+    void setupAnalysis(uint32_t, uint32_t, uint32_t, uint32_t, uint32_t) {}
 
-    static int32_t readState(char const* variable) {
-        return current && variable ? current->m_states.read(variable) : 0;
-    }
+    int32_t readState(QByteArray const& variable) { return desk.m_states.read(variable); }
+    void setState(QByteArray const& variable, int32_t value) { desk.m_states.set(variable, value); }
 
-    static void setState(char const* variable, int32_t value) {
-        if (current && variable)
-            current->m_states.set(variable, value);
-    }
-
-    static char const* readOption(char const* option) {
-        if (!current || !option)
-            return "";
+    char const* readOption(QByteArray const& option) {
         // The answer stays valid while the option is not read again.
-        QByteArray& answer = current->m_options[option];
-        answer = current->m_settings.text(keyOf(option), {});
-        return answer.constData();
+        return (desk.m_options[option] = desk.m_settings.text(keyOf(option), {})).constData();
     }
 
-    static void writeOption(char const* option, char const* value) {
-        if (current && option)
-            current->m_settings.setText(keyOf(option), textOrEmpty(value));
+    void writeOption(QByteArray const& option, QByteArray const& value) {
+        desk.m_settings.setText(keyOf(option), value);
     }
 
-    static void applyPreset(uint32_t, char const* preset) {
-        if (!current || !preset)
-            return;
+    void applyPreset(uint32_t, QByteArray const& preset) {
         // Read anew each time: the user may edit the file while the host runs.
-        auto const lines = readPreset(current->m_iniFile, preset);
-        if (!lines)
-            qWarning("pictara: there is no preset \"%s\"", preset);
-        pictara::applyPreset(lines.value_or(QList<PresetLine>()), current->m_states, current->m_registers);
+        if (!pictara::applyPreset(desk.m_iniFile, preset, desk.m_states, desk.m_registers))
+            qWarning("pictara: there is no preset \"%s\"", preset.constData());
     }
 
-    static int32_t readIntSetting(char const* key, int32_t fallback) {
-        return current && key ? current->m_settings.integer(key, fallback) : fallback;
+    int32_t readIntSetting(QByteArray const& key, int32_t fallback) {
+        return desk.m_settings.integer(key, fallback);
     }
 
-    static void writeIntSetting(char const* key, int32_t value) {
-        if (current && key)
-            current->m_settings.setInteger(key, value);
-    }
+    void writeIntSetting(QByteArray const& key, int32_t value) { desk.m_settings.setInteger(key, value); }
 
-    static void readTextSetting(char const* key, char* buffer, uint32_t size, char const* fallback) {
+    void readTextSetting(QByteArray const& key, char* buffer, uint32_t size, QByteArray const& fallback) {
         if (!buffer || size == 0)
             return;
-        QByteArray value = textOrEmpty(fallback);
-        if (current && key)
-            value = qstrcmp(key, "IniFileName") == 0 ? iniFileSetting(current->m_iniFile)
-                                                     : current->m_settings.text(key, value);
+        QByteArray const value =
+            key == "IniFileName" ? iniFileSetting(desk.m_iniFile) : desk.m_settings.text(key, fallback);
         size_t const length = std::min(size_t(value.size()), size_t(size) - 1);
         std::memcpy(buffer, value.constData(), length);
         buffer[length] = '\0';
     }
 
-    static void writeTextSetting(char const* key, char const* value) {
-        if (current && key)
-            current->m_settings.setText(key, textOrEmpty(value));
+    void writeTextSetting(QByteArray const& key, QByteArray const& value) {
+        desk.m_settings.setText(key, value);
     }
 
-    static void beginChanges() {
-        if (current)
-            current->m_registers.beginChanges();
-    }
+    void beginChanges() { desk.m_registers.beginChanges(); }
+    void endChanges() { desk.m_registers.endChanges(); }
 
-    static void endChanges() {
-        if (current)
-            current->m_registers.endChanges();
+    ServiceDesk& desk;
+};
+
+namespace {
+template <auto Slot, auto Function>
+struct Service;
+
+// `name` is set when the table is filled: a slot's function has no other place to keep it.
+template <typename Result, typename... Arguments, Result (*HostServices::*Slot)(Arguments...), auto Function>
+struct Service<Slot, Function> {
+    static inline char const* name = "";
+
+    static Result call(Arguments... arguments) {
+        return simulator::observed(SourceWatch{CallSource::Host}, simulator::Call(name, arguments...),
+                                   [&]() -> Result {
+                                       if (current)
+                                           return (Services{*current}.*Function)(arguments...);
+                                       if constexpr (std::is_same_v<Result, char const*>)
+                                           return "";
+                                       else
+                                           return Result();
+                                   });
     }
 };
+
+// Its answer is in the caller's buffer.
+void readTextSetting(char const* key, char* buffer, uint32_t size, char const* fallback) {
+    simulator::observed(
+        SourceWatch{CallSource::Host}, simulator::Call("readTextSetting", key, size, fallback),
+        [&] {
+            if (current)
+                Services{*current}.readTextSetting(key, buffer, size, fallback);
+        },
+        [&] { return buffer && size > 0 ? simulator::callText(buffer) : QByteArray(); });
+}
+
+template <auto Slot, auto Function>
+void fill(HostServices& table, char const* name) {
+    Service<Slot, Function>::name = name;
+    table.*Slot = Service<Slot, Function>::call;
+}
+
+HostServices filledTable() {
+    HostServices table{};
+#define PICTARA_SERVICE(slot) fill<&HostServices::slot, &Services::slot>(table, #slot)
+#define PICTARA_UNUSED(slot) fill<&HostServices::slot, &Services::ignore>(table, #slot)
+    PICTARA_SERVICE(readRegister);
+    PICTARA_SERVICE(writeRegister);
+    PICTARA_SERVICE(writeListEntry);
+    PICTARA_SERVICE(readBusByte);
+    PICTARA_SERVICE(writeBusByte);
+    PICTARA_SERVICE(announceRegister);
+    PICTARA_SERVICE(modalDialog);
+    PICTARA_SERVICE(readState);
+    PICTARA_SERVICE(setState);
+    PICTARA_SERVICE(readOption);
+    PICTARA_SERVICE(writeOption);
+    PICTARA_SERVICE(applyPreset);
+    PICTARA_SERVICE(readIntSetting);
+    PICTARA_SERVICE(writeIntSetting);
+    PICTARA_SERVICE(writeTextSetting);
+    PICTARA_SERVICE(setupAnalysis);
+    PICTARA_SERVICE(beginChanges);
+    PICTARA_SERVICE(endChanges);
+    table.readTextSetting = readTextSetting;
+    PICTARA_UNUSED(slot1), PICTARA_UNUSED(slot6), PICTARA_UNUSED(slot11), PICTARA_UNUSED(slot12);
+    PICTARA_UNUSED(slot13), PICTARA_UNUSED(slot17), PICTARA_UNUSED(slot22), PICTARA_UNUSED(slot24);
+    PICTARA_UNUSED(slot27), PICTARA_UNUSED(slot28), PICTARA_UNUSED(slot29), PICTARA_UNUSED(slot30);
+    PICTARA_UNUSED(slot31), PICTARA_UNUSED(slot32);
+#undef PICTARA_SERVICE
+#undef PICTARA_UNUSED
+    return table;
+}
+} // namespace
 
 ServiceDesk::ServiceDesk(StateVariables& states, SettingsStore& settings, SensorRegisters& registers,
                          QString const& iniFile)
@@ -145,42 +190,7 @@ ServiceDesk::ServiceDesk(StateVariables& states, SettingsStore& settings, Sensor
 ServiceDesk::~ServiceDesk() { current = nullptr; }
 
 HostServices const& ServiceDesk::table() {
-    using F = ServiceFunctions;
-    static constexpr HostServices kServices = {
-        .readRegister = F::readRegister,
-        .slot1 = F::ignore,
-        .writeRegister = F::writeRegister,
-        .writeListEntry = F::writeListEntry,
-        .readBusByte = F::readBusByte,
-        .writeBusByte = F::writeBusByte,
-        .slot6 = F::ignore,
-        .announceRegister = F::announceRegister,
-        .modalDialog = F::modalDialog,
-        .readState = F::readState,
-        .setState = F::setState,
-        .slot11 = F::ignore,
-        .slot12 = F::ignore,
-        .slot13 = F::ignore,
-        .readOption = F::readOption,
-        .writeOption = F::writeOption,
-        .applyPreset = F::applyPreset,
-        .slot17 = F::ignore,
-        .readIntSetting = F::readIntSetting,
-        .writeIntSetting = F::writeIntSetting,
-        .readTextSetting = F::readTextSetting,
-        .writeTextSetting = F::writeTextSetting,
-        .slot22 = F::ignore,
-        .setupAnalysis = F::setupAnalysis,
-        .slot24 = F::ignore,
-        .beginChanges = F::beginChanges,
-        .endChanges = F::endChanges,
-        .slot27 = F::ignore,
-        .slot28 = F::ignore,
-        .slot29 = F::ignore,
-        .slot30 = F::ignore,
-        .slot31 = F::ignore,
-        .slot32 = F::ignore,
-    };
-    return kServices;
+    static HostServices const table = filledTable();
+    return table;
 }
 } // namespace pictara

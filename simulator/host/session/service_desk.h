@@ -14,8 +14,7 @@ namespace pictara {
 [[nodiscard]] QByteArray iniFileSetting(QString const& iniFile);
 
 /// Serves the plug-in: the table of service functions and what they act on. The functions have no context
-/// pointer, so one desk at a time is open; without one they do nothing and answer 0, the default or an empty
-/// text.
+/// pointer, so one desk at a time is open; without one they do nothing and answer 0 or an empty text.
 class ServiceDesk {
 public:
     /// What is handed in outlives the desk. `iniFile` is what the setting "IniFileName" answers.
@@ -25,6 +24,7 @@ public:
     ServiceDesk(ServiceDesk const&) = delete;
     ServiceDesk& operator=(ServiceDesk const&) = delete;
 
+    /// All 33 functions; each call is told to the boundary's observers.
     [[nodiscard]] static HostServices const& table();
 
     /// Register-list entries that reached the sensor.
@@ -35,7 +35,7 @@ public:
     }
 
 private:
-    friend struct ServiceFunctions;
+    friend struct Services;
 
     StateVariables& m_states;
     SettingsStore& m_settings;

@@ -1,9 +1,8 @@
 #include "simulator/host/session/session.h"
 
 #include "simulator/files/whole_file.h"
-#include "simulator/host/recording/recorded_input.h"
 #include "simulator/host/session/boundary.h"
-#include "simulator/host/session/observed_services.h"
+#include "simulator/host/session/light_words.h"
 
 #include <QCoreApplication>
 #include <QDialog>
@@ -15,10 +14,6 @@ namespace pictara {
 namespace {
 // The plug-in reads text settings into a buffer of this size, the closing zero included.
 constexpr int kTextSettingSize = 260;
-
-constexpr double kDefaultLamp = 5000; // kelvin
-constexpr char kRedGain[] = "Relative Red Gain";
-constexpr char kBlueGain[] = "Relative Blue Gain";
 
 // The absolute name of a readable ini file.
 std::optional<QString> checkedIniFile(Options const& options, QString* error) {
@@ -39,8 +34,7 @@ std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, Q
     auto camera = simulator::SimulatedCamera::open(options.profile, error);
     if (!camera)
         return nullptr;
-    camera->setLight({options.lightKelvin.value_or(kDefaultLamp), options.lightLevel, options.lightGradient,
-                      options.objectInPicture});
+    camera->setLight(lightOf(options));
     camera->setSeed(options.seed);
     if (!options.shadingFile.isEmpty() && !camera->useMeasuredShading(options.shadingFile, error))
         return nullptr;
@@ -64,8 +58,7 @@ std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     std::optional<EepromStore> eeprom = EepromStore::open(*camera, options, *folder, error);
     if (!eeprom)
         return nullptr;
-    QString const settings =
-        options.settingsFile.isEmpty() ? *folder + "/settings.ini" : options.settingsFile;
+    QString const settings = *folder + QStringLiteral("/settings.ini");
     std::unique_ptr<Session> session(
         new Session(std::move(camera), *std::move(eeprom), options, *folder, *iniFile, settings));
     if (!session->m_settings.read(error)) {
@@ -99,8 +92,8 @@ Session::~Session() {
 }
 
 QDialog* Session::openDialog(QWidget* parent, QString* error) {
-    Boundary::instance().doing(QStringLiteral("open"));
-    QDialog* const dialog = m_plugin.openDialog(parent, &m_sensor, &observedServices());
+    Boundary::instance().doing({"open"});
+    QDialog* const dialog = m_plugin.openDialog(parent, &m_sensor, &ServiceDesk::table());
     m_isDialogMade = m_isDialogMade || dialog;
     if (!dialog)
         *error = QStringLiteral("The plug-in opens no dialog for this sensor: its kind is not supported, or "
@@ -111,8 +104,7 @@ QDialog* Session::openDialog(QWidget* parent, QString* error) {
 Scene Session::scene() const { return {m_camera->description(), m_shadingFile, m_camera->light(), m_seed}; }
 
 ViewingConditions Session::conditions() const {
-    return {m_camera->light().colourTemperature, m_frames.exposure(), m_states.read(kRedGain),
-            m_states.read(kBlueGain), uint32_t(m_frames.frameNumber())};
+    return {m_frames.exposure(), m_states.read("Relative Red Gain"), m_states.read("Relative Blue Gain")};
 }
 
 void Session::bringLamp(double kelvin) {
@@ -122,37 +114,23 @@ void Session::bringLamp(double kelvin) {
 }
 
 void Session::setLight(simulator::Light const& light) {
-    Boundary::instance().doing(lightInput(light));
+    Boundary::instance().doing(lightWords(light));
     m_camera->setLight(light);
 }
 
 bool Session::injectFault(FaultWish const& wish) {
-    Boundary::instance().doing(QStringLiteral("fault ") + textOf(wish));
+    Boundary::instance().doing({"fault", textOf(wish)});
     return m_camera->injectFault(wish.name, wish.operation.value_or(1), wish.forEver);
 }
 
 void Session::setRegister(QByteArray const& name, uint32_t value) {
-    Boundary::instance().doing(registerInput(name, value));
+    Boundary::instance().doing({"register", QString::fromLatin1(name), QString::number(value)});
     m_registers.write(name.constData(), "", value);
-}
-
-void Session::setSeed(uint64_t seed) {
-    m_seed = seed;
-    m_camera->setSeed(seed);
-}
-
-void Session::restoreConditions(ViewingConditions const& conditions) {
-    bringLamp(conditions.lamp);
-    m_states.set("Auto Exposure", 0);
-    m_frames.setExposure(conditions.exposure);
-    m_states.set(kRedGain, conditions.redGain);
-    m_states.set(kBlueGain, conditions.blueGain);
-    m_frames.passOver(conditions.frames);
 }
 
 void Session::closePlugin() {
     if (std::exchange(m_isDialogMade, false))
-        Boundary::instance().doing(QStringLiteral("close"));
+        Boundary::instance().doing({"close"});
     m_plugin.closeDialog();
     m_plugin.unload();
 }

@@ -16,6 +16,13 @@ namespace pictara {
 /// The absolute name of a folder that exists by now and takes files; empty with a message for the user.
 [[nodiscard]] std::optional<QString> createdFolder(QString const& name, QString* error);
 
+/// How the host sees the picture.
+struct ViewingConditions {
+    uint32_t exposure = 0; ///< rows
+    int32_t redGain = 0;   ///< relative to green, thousandths
+    int32_t blueGain = 0;  ///< relative to green, thousandths
+};
+
 /// One sitting of the host: camera, registers, settings, services and plug-in, built from the ground up and
 /// taken down from the top.
 class Session {
@@ -31,7 +38,7 @@ public:
 
     /// The camera and what lies before it now.
     [[nodiscard]] Scene scene() const;
-    /// As they are now.
+    /// Exposure and gains as they are now.
     [[nodiscard]] ViewingConditions conditions() const;
     void setLight(simulator::Light const& light);
     /// Replaces the fault planned before; operations of the EEPROM count from now on, and none stands for the
@@ -39,32 +46,19 @@ public:
     bool injectFault(FaultWish const& wish);
     /// Writes a register as the host's own register view does. The sensor may refuse the value.
     void setRegister(QByteArray const& name, uint32_t value);
-    /// Of the camera's noise, from the next frame on.
-    void setSeed(uint64_t seed);
-    [[nodiscard]] uint64_t seed() const { return m_seed; }
     /// Puts a lamp of that colour temperature, kelvin, before the camera; nothing else of the light changes.
     void bringLamp(double kelvin);
-    /// Sets lamp, exposure and gains, keeps the exposure from moving, and lets the camera run on to that
-    /// frame, so that with an equal seed the next frame has equal noise.
-    void restoreConditions(ViewingConditions const& conditions);
 
-    /// The EEPROM holds a calibration made under the present conditions: they will be kept with it.
-    void noteConditions() { m_eeprom.conditions = conditions(); }
     /// Writes the EEPROM to its file, when it has one. False with a message for the user.
     [[nodiscard]] bool keepEeprom(QString* error) const { return m_eeprom.keep(*m_camera, error); }
     /// Empty when the EEPROM is not kept.
     [[nodiscard]] QString const& eepromFile() const { return m_eeprom.file(); }
-    /// Those of the calibration that was replayed, if they were kept with it.
-    [[nodiscard]] std::optional<ViewingConditions> const& replayedConditions() const {
-        return m_eeprom.conditions;
-    }
     [[nodiscard]] uint64_t replayedWrites() const { return m_eeprom.replayedWrites(); }
 
     [[nodiscard]] simulator::SimulatedCamera& camera() { return *m_camera; }
     [[nodiscard]] SensorRegisters& registers() { return m_registers; }
     [[nodiscard]] FrameDelivery& frames() { return m_frames; }
     [[nodiscard]] StateVariables& states() { return m_states; }
-    [[nodiscard]] SettingsStore const& settings() const { return m_settings; }
     [[nodiscard]] ServiceDesk const& desk() const { return m_desk; }
     [[nodiscard]] QString const& outputFolder() const { return m_outputFolder; }
 

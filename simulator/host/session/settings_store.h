@@ -22,8 +22,6 @@ public:
     [[nodiscard]] int32_t integer(QByteArray const& key, int32_t fallback) const;
     void setInteger(QByteArray const& key, int32_t value);
 
-    [[nodiscard]] std::map<QByteArray, QByteArray> const& all() const { return m_values; }
-
 private:
     void save();
 

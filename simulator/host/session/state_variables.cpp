@@ -9,49 +9,47 @@ struct Default {
     int32_t value;
 };
 
-constexpr Default kDefaults[] = {
-    {"Auto Exposure", 1},
-    {"Auto Exposure Inner Zone", 40},
-    {"Auto Exposure Outer Zone", 40},
-    {"Auto Exposure Target", 50},
-    {"Auto Exposure Stability", 1},
-    {"Auto Exposure Speed", 10},
-    {"Auto Exposure Minimum FPS", 0},
-    {"Auto Exposure Flicker Filter", 0},
-    {"Auto Exposure Soft Limit", 1},
-    {"Auto Exposure Soft Gain Limit", 10},
-    {"Auto Exposure Software Gain Limit", 100},
-    {"Auto Exposure Freeze Gains", 0},
-    {"Auto Exposure Fade Saturation", 0},
-    {"Auto Exposure Fade Aperture", 0},
-    {"White Balance", 2},
-    {"Relative Red Gain", 1000},
-    {"Relative Blue Gain", 1000},
-    {"Color Correction", 1},
-    {"Saturation", 10},
-    {"Gamma", 9},
-    {"Contrast", 20},
-    {"Black Correct", 5},
-    {"Aperture Enable", 0},
-    {"Black CCM Kill Enable", 0},
-    {"Green Balance Enable", 0},
-    {"Noise Removal", 0},
-    {"Lens Correction Enable", 0},
-    {"Lens Correction Falloff", 100},
-    {"Lens Correction Coeff Prec", 16},
-    {"Lens Sim Enable Pwq", 0},
-    {"Lens Sim Enable Poly", 0},
-    {"WB Adjust Gains", 0},
-    {"WB Manual Left", 0},
-    {"WB Manual Right", 3},
-    {"WB Manual Position", 100},
-    {"WB Manual RedGreen", 100},
-    {"WB Manual BlueGreen", 100},
-    {"WB Interpolate Saturation", 1},
-    {"WB Normalize Matrix", 1},
-    {"sRGB Color Standard", 0},
-    {"Auto Luma Range", 0},
-};
+constexpr Default kDefaults[] = {{"Auto Exposure", 1},
+                                 {"Auto Exposure Inner Zone", 40},
+                                 {"Auto Exposure Outer Zone", 40},
+                                 {"Auto Exposure Target", 50},
+                                 {"Auto Exposure Stability", 1},
+                                 {"Auto Exposure Speed", 10},
+                                 {"Auto Exposure Minimum FPS", 0},
+                                 {"Auto Exposure Flicker Filter", 0},
+                                 {"Auto Exposure Soft Limit", 1},
+                                 {"Auto Exposure Soft Gain Limit", 10},
+                                 {"Auto Exposure Software Gain Limit", 100},
+                                 {"Auto Exposure Freeze Gains", 0},
+                                 {"Auto Exposure Fade Saturation", 0},
+                                 {"Auto Exposure Fade Aperture", 0},
+                                 {"White Balance", 2},
+                                 {"Relative Red Gain", 1000},
+                                 {"Relative Blue Gain", 1000},
+                                 {"Color Correction", 1},
+                                 {"Saturation", 10},
+                                 {"Gamma", 9},
+                                 {"Contrast", 20},
+                                 {"Black Correct", 5},
+                                 {"Aperture Enable", 0},
+                                 {"Black CCM Kill Enable", 0},
+                                 {"Green Balance Enable", 0},
+                                 {"Noise Removal", 0},
+                                 {"Lens Correction Enable", 0},
+                                 {"Lens Correction Falloff", 100},
+                                 {"Lens Correction Coeff Prec", 16},
+                                 {"Lens Sim Enable Pwq", 0},
+                                 {"Lens Sim Enable Poly", 0},
+                                 {"WB Adjust Gains", 0},
+                                 {"WB Manual Left", 0},
+                                 {"WB Manual Right", 3},
+                                 {"WB Manual Position", 100},
+                                 {"WB Manual RedGreen", 100},
+                                 {"WB Manual BlueGreen", 100},
+                                 {"WB Interpolate Saturation", 1},
+                                 {"WB Normalize Matrix", 1},
+                                 {"sRGB Color Standard", 0},
+                                 {"Auto Luma Range", 0}};
 } // namespace
 
 StateVariables::StateVariables(simulator::CameraDescription const& camera) {
@@ -81,9 +79,4 @@ void StateVariables::set(QByteArray const& name, int32_t value) {
         m_values[name] = value;
 }
 
-std::map<QByteArray, int32_t> StateVariables::all() const {
-    std::map<QByteArray, int32_t> values = m_ofCamera;
-    values.insert(m_values.begin(), m_values.end());
-    return values;
-}
 } // namespace pictara

@@ -16,8 +16,6 @@ public:
     [[nodiscard]] int32_t read(QByteArray const& name) const;
     /// What the camera dictates ("X Offset", "Y Offset", "Sensor Orientation") cannot be set.
     void set(QByteArray const& name, int32_t value);
-    /// All that have a value.
-    [[nodiscard]] std::map<QByteArray, int32_t> all() const;
 
 private:
     std::map<QByteArray, int32_t> m_values;

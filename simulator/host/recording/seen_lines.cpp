@@ -1,4 +1,4 @@
-#include "simulator/host/recording/recorded_lines.h"
+#include "simulator/host/recording/seen_lines.h"
 
 #include "simulator/boundary/call_text.h"
 
@@ -114,15 +114,15 @@ std::vector<QByteArray> shownLines(QByteArray const& line) {
     return {line.left(begin) + digits + line.mid(end)};
 }
 
-RecordedLines::RecordedLines(Placeholders placeholders, Sink sink)
+SeenLines::SeenLines(Placeholders placeholders, Sink sink)
     : m_placeholders(std::move(placeholders)), m_sink(std::move(sink)) {}
 
-void RecordedLines::doing(QByteArray const& input) {
+void SeenLines::doing(QByteArray const& input) {
     writeOpenCalls();
     write(m_placeholders.hide(input));
 }
 
-void RecordedLines::began(BoundaryCall const& call, int depth) {
+void SeenLines::began(BoundaryCall const& call, int depth) {
     writeOpenCalls();
     QByteArray text = (call.source == CallSource::Plugin ? "> " : "") + call.name;
     if (!call.arguments.isEmpty())
@@ -130,7 +130,7 @@ void RecordedLines::began(BoundaryCall const& call, int depth) {
     m_open.push_back({indented(depth, text)});
 }
 
-void RecordedLines::ended(BoundaryCall const&, int depth, QByteArray const& result) {
+void SeenLines::ended(BoundaryCall const&, int depth, QByteArray const& result) {
     if (m_open.empty())
         return; // it began before anybody watched
     OpenCall const call = m_open.back();
@@ -142,18 +142,18 @@ void RecordedLines::ended(BoundaryCall const&, int depth, QByteArray const& resu
         write(indented(depth, answer.mid(1)));
 }
 
-void RecordedLines::flush() {
+void SeenLines::flush() {
     writeOpenCalls();
     handOver(std::exchange(m_waiting, {}));
 }
 
-void RecordedLines::writeOpenCalls() {
+void SeenLines::writeOpenCalls() {
     for (OpenCall& call : m_open)
         if (!std::exchange(call.isWritten, true))
             write(call.line);
 }
 
-void RecordedLines::write(QByteArray const& line) {
+void SeenLines::write(QByteArray const& line) {
     if (QByteArray const shared = sharedLine(m_waiting, line); !shared.isEmpty()) {
         m_waiting = shared;
         return;
@@ -161,7 +161,7 @@ void RecordedLines::write(QByteArray const& line) {
     handOver(std::exchange(m_waiting, line));
 }
 
-void RecordedLines::handOver(QByteArray const& line) {
+void SeenLines::handOver(QByteArray const& line) {
     if (!line.isEmpty())
         for (QByteArray const& shown : shownLines(line))
             m_sink(shown);

@@ -11,10 +11,10 @@ namespace pictara {
 /// result; where another call came up meanwhile, the result has a line of its own. Two kinds of calls in
 /// succession share a line: bus writes that go on from one another, each with a group of digits, and reads of
 /// one register that is polled, with its last value, because their number is a matter of time.
-class RecordedLines : public BoundaryObserver {
+class SeenLines : public BoundaryObserver {
 public:
     using Sink = std::function<void(QByteArray const& line)>;
-    RecordedLines(Placeholders placeholders, Sink sink);
+    SeenLines(Placeholders placeholders, Sink sink);
 
     void doing(QByteArray const& input) override;
     void began(BoundaryCall const& call, int depth) override;
