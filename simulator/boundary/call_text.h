@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <cstdint>
 #include <span>
 
@@ -17,6 +18,14 @@ inline QByteArray callText(uint32_t number) {
 }
 
 inline QByteArray callText(int32_t number) { return QByteArray::number(number); }
+inline QByteArray callText(double number) { return QByteArray::number(number); }
+
+inline QByteArray callText(std::span<uint32_t const> numbers) {
+    QByteArrayList texts;
+    for (uint32_t const number : numbers)
+        texts.append(callText(number));
+    return texts.join(' ');
+}
 
 /// Twelve digits that any change of the bytes changes: FNV-1a, over words of eight bytes instead of bytes.
 inline QByteArray hashText(std::span<unsigned char const> bytes) {
@@ -38,12 +47,12 @@ inline QByteArray hashText(std::span<unsigned char const> bytes) {
     return '#' + QByteArray::number(qulonglong(hash >> 16), 16).rightJustified(12, '0');
 }
 
-/// The texts one after another with a blank between.
+/// The texts one after another with a blank between; empty ones are left out. Types of others bring a
+/// `callText` of their own, in their namespace.
 template <typename... Arguments>
 QByteArray callTexts(Arguments const&... arguments) {
-    QByteArray text;
-    ((text += callText(arguments) + ' '), ...);
-    text.chop(1);
-    return text;
+    QByteArrayList texts{callText(arguments)...};
+    texts.removeAll(QByteArray());
+    return texts.join(' ');
 }
 } // namespace simulator

@@ -4,45 +4,86 @@
 #include "simulator/boundary/call_text.h"
 
 #include <QByteArray>
+#include <QScopeGuard>
+#include <tuple>
 #include <type_traits>
 
-/// For the functions of a stand-in library: each does its work inside `observed`, which tells the library's
-/// observer. Without an observer no text is made.
+/// One bracket for every call that somebody may watch: functions of the stand-in libraries, services of a
+/// host, entries of its plug-in. A watch is whoever is told:
+///
+///     bool isWatching() const;                                        // of the call that is about to begin
+///     void began(char const* function, QByteArray const& arguments);  // only when watching
+///     void ended(QByteArray const& result);                           // once for each `began`
+///
+/// Texts are in the local code page. Without somebody who watches no text is made.
 namespace simulator {
-/// Of the library into which this is compiled: nothing of it is exported.
-struct CallWatch {
-    CallObserver const* observer = nullptr;
-    bool isInside = false; ///< a function of the library is at work already
+/// What is called with what. Borrows everything.
+template <typename... Arguments>
+class Call {
+public:
+    explicit Call(char const* name, Arguments const&... arguments)
+        : function(name), m_arguments(arguments...) {}
+
+    [[nodiscard]] QByteArray texts() const {
+        return std::apply([](auto const&... arguments) { return callTexts(arguments...); }, m_arguments);
+    }
+
+    char const* const function;
+
+private:
+    std::tuple<Arguments const&...> m_arguments;
 };
-inline CallWatch callWatch;
 
-/// Calls `work` and returns its result. `arguments()` and `answer(result)` give the texts of the call; the
-/// answer is made after the work, so that it can tell what was stored for the caller.
-template <typename Arguments, typename Answer, typename Work>
-auto observed(char const* function, Arguments arguments, Answer answer, Work work) {
-    CallObserver const* const observer = callWatch.observer;
-    if (!observer || callWatch.isInside)
+/// The answer of a call that answers by its result alone, or not at all.
+struct ResultText {
+    QByteArray operator()() const { return {}; }
+    template <typename Result>
+    QByteArray operator()(Result const& result) const {
+        return callText(result);
+    }
+};
+
+/// Calls `work` between the two messages to the watch and returns its result. `answer(result)`, or `answer()`
+/// of a work without one, is made after the work, so that it can tell what was stored for the caller.
+template <typename Watch, typename... Arguments, typename Work, typename Answer = ResultText>
+auto observed(Watch&& watch, Call<Arguments...> const& call, Work work, Answer answer = {}) {
+    if (!watch.isWatching())
         return work();
-    observer->began(observer->context, function, QByteArray(arguments()).constData());
-    callWatch.isInside = true;
-    auto const result = work();
-    callWatch.isInside = false;
-    observer->ended(observer->context, QByteArray(answer(result)).constData());
-    return result;
+    watch.began(call.function, call.texts());
+    QByteArray text;
+    auto const end = qScopeGuard([&] { watch.ended(text); });
+    if constexpr (std::is_void_v<decltype(work())>) {
+        work();
+        text = answer();
+    } else {
+        auto const result = work();
+        text = answer(result);
+        return result;
+    }
 }
 
-/// The same for a function whose result is its answer, or that has none.
-template <typename Arguments, typename Work>
-auto observed(char const* function, Arguments arguments, Work work) {
-    if constexpr (std::is_void_v<decltype(work())>)
-        observed(
-            function, arguments, [](int) { return QByteArray(); },
-            [&] {
-                work();
-                return 0;
-            });
-    else
-        return observed(
-            function, arguments, [](auto result) { return callText(result); }, work);
-}
+/// The watch of a stand-in library, which tells an observer that was handed over by its export. A function
+/// that another one of the library uses is not told.
+class LibraryWatch {
+public:
+    void setObserver(CallObserver const* observer) { m_observer = observer; }
+
+    [[nodiscard]] bool isWatching() const { return m_observer && !m_isInside; }
+    void began(char const* function, QByteArray const& arguments) {
+        m_observer->began(m_observer->context, function, arguments.constData());
+        m_isInside = true;
+    }
+    void ended(QByteArray const& result) {
+        m_isInside = false;
+        if (m_observer) // who stops watching inside a call is not there any more at its end
+            m_observer->ended(m_observer->context, result.constData());
+    }
+
+private:
+    CallObserver const* m_observer = nullptr;
+    bool m_isInside = false;
+};
+
+/// Of the library into which this is compiled: nothing of it is exported.
+inline LibraryWatch libraryWatch;
 } // namespace simulator

@@ -1,4 +1,3 @@
-#include "simulator/boundary/call_text.h"
 #include "simulator/boundary/observed_call.h"
 #include "simulator/camera/camera_handle.h"
 #include "simulator/camera/installed_files.h"
@@ -19,276 +18,260 @@
 #define VEYRA2_FUNCTION extern "C" SIMULATED_CAMERA_API
 #endif
 
-namespace {
+using simulator::Call;
 using simulator::callText;
 using simulator::callTexts;
+using simulator::libraryWatch;
 using simulator::observed;
 using simulator::RegisterMap;
 
-constexpr uint32_t kSerialBusSpace = 1; // of a transient description
+// What an observer reads of arguments and results.
 
-RegisterMap::Register* findByName(vy_Camera* camera, char const* reg) {
-    vy_Camera* const open = vy_Camera::opened(camera);
-    return open && reg ? open->registers.find(reg) : nullptr;
+// Named only when it is not open.
+static QByteArray callText(vy_Camera* camera) {
+    return vy_Camera::opened(camera) ? QByteArray() : QByteArrayLiteral("no-open-camera");
 }
 
-/// Bits that a bitfield name stands for; an empty or null name stands for the whole register, 0 for a
-/// bitfield that is not there.
-uint32_t maskOf(RegisterMap::Register const& reg, char const* bitfield) {
-    if (!bitfield || *bitfield == '\0')
-        return 0xFFFFFFFF;
-    vy_BitfieldDescription const* const found = RegisterMap::findBitfield(reg, bitfield);
-    return found ? found->mask : 0;
-}
-
-RegisterMap::Register* findDescribed(vy_Camera* camera, vy_RegisterDescription const& description) {
-    vy_Camera* const open = vy_Camera::opened(camera);
-    return open ? open->registers.find(description.addressSpace, description.id, description.address)
-                : nullptr;
-}
-
-// Behind a transient description lies a device on the serial bus.
-bool isOnBus(vy_Camera* camera, vy_RegisterDescription const& description) {
-    return vy_Camera::opened(camera) && !description.name && description.addressSpace == kSerialBusSpace;
-}
-
-// What an observer reads of arguments and results. The camera is named only when it is not open.
-
-template <typename... Arguments>
-QByteArray textOf(vy_Camera* camera, Arguments const&... arguments) {
-    QByteArray const text = callTexts(arguments...);
-    return vy_Camera::opened(camera) ? text : "no-open-camera " + text;
-}
-
-QByteArray descriptionText(vy_RegisterDescription const* reg) {
+static QByteArray callText(vy_RegisterDescription const* reg) {
     if (!reg || reg->name)
         return reg ? callText(reg->name) : QByteArrayLiteral("null");
     return '{' + callTexts(reg->addressSpace, reg->id, reg->address, reg->addressWidth, reg->dataWidth) +
            " x " + callText(reg->accessSize) + '}';
 }
 
-auto storedIn(uint32_t const* value) {
-    return [value](int result) {
-        QByteArray const text = callText(result);
-        return result == simulator::kDone ? text + ", " + callText(*value) : text;
-    };
-}
-
-// One group of digits for all bytes of a call; whatever a word holds above its byte is shown, too.
-QByteArray wordsText(uint32_t const* words, uint32_t count) {
-    if (!words)
-        return QByteArrayLiteral("null");
-    QByteArray text;
-    for (uint32_t i = 0; i < count; ++i)
-        text += QByteArray::number(words[i], 16).rightJustified(2, '0');
-    return '[' + text + ']';
-}
-
-QByteArray infoText(vy_SensorDescription const* info) {
+static QByteArray callText(vy_SensorDescription const* info) {
     return info ? callTexts(info->sensorKind, info->variant, info->name) + ' ' +
                       QByteArray::number(info->imageWidth) + 'x' + QByteArray::number(info->imageHeight)
                 : QByteArrayLiteral("null");
 }
 
+namespace {
+using simulator::callText; // besides the one below
+
+// One group of digits for all bytes of a call; whatever a word holds above its byte is shown, too.
+struct Words {
+    uint32_t const* words;
+    uint32_t count;
+};
+
+QByteArray callText(Words const& transfer) {
+    if (!transfer.words)
+        return QByteArrayLiteral("null");
+    QByteArray text;
+    for (uint32_t i = 0; i < transfer.count; ++i)
+        text += QByteArray::number(transfer.words[i], 16).rightJustified(2, '0');
+    return '[' + text + ']';
+}
+
 QByteArray foundText(void const* description) {
     return description ? QByteArrayLiteral("found") : QByteArrayLiteral("null");
 }
-} // namespace
 
-VEYRA2_FUNCTION void vy_ObserveCalls(CallObserver const* observer) {
-    simulator::callWatch.observer = observer;
+/// The status and, after a success, what was stored for the caller.
+template <typename Stored>
+auto statusAnd(Stored stored) {
+    return [=](int status) {
+        QByteArray const text = callText(status);
+        return status == simulator::kDone ? text + ", " + callText(stored()) : text;
+    };
 }
 
+/// What an open camera answers; `absent` for any other.
+template <typename Result, typename Answer>
+Result ifOpen(vy_Camera* camera, Result absent, Answer answer) {
+    vy_Camera* const open = vy_Camera::opened(camera);
+    return open ? answer(*open) : absent;
+}
+
+RegisterMap::Register* findByName(vy_Camera* camera, char const* reg) {
+    vy_Camera* const open = vy_Camera::opened(camera);
+    return open && reg ? open->registers.find(reg) : nullptr;
+}
+
+RegisterMap::Register* findByAddress(vy_Camera* camera, uint32_t addressSpace, uint32_t id,
+                                     uint32_t address) {
+    vy_Camera* const open = vy_Camera::opened(camera);
+    return open ? open->registers.find(addressSpace, id, address) : nullptr;
+}
+
+vy_BitfieldDescription const* findBitfield(vy_Camera* camera, char const* reg, char const* bitfield) {
+    RegisterMap::Register const* const found = findByName(camera, reg);
+    return found && bitfield ? RegisterMap::findBitfield(*found, bitfield) : nullptr;
+}
+
+/// Transfers the bits that a bitfield name stands for; an empty or null name stands for the whole register.
+template <typename Transfer>
+int withBits(vy_Camera* camera, char const* reg, char const* bitfield, Transfer transfer) {
+    RegisterMap::Register* const found = findByName(camera, reg);
+    if (!found)
+        return simulator::kNoSuchRegister;
+    if (!bitfield || *bitfield == '\0')
+        return transfer(*found, 0xFFFFFFFF);
+    vy_BitfieldDescription const* const bits = RegisterMap::findBitfield(*found, bitfield);
+    return bits ? transfer(*found, bits->mask) : simulator::kNoSuchBitfield;
+}
+
+/// Transfers what is described: a register or, behind a transient description, a device on the serial bus.
+template <typename OfRegister, typename OfDevice>
+int withDescribed(vy_Camera* camera, vy_RegisterDescription const& description, OfRegister ofRegister,
+                  OfDevice ofDevice) {
+    constexpr uint32_t kSerialBusSpace = 1; // of a transient description
+    if (auto* const found =
+            findByAddress(camera, description.addressSpace, description.id, description.address))
+        return ofRegister(*found);
+    return vy_Camera::opened(camera) && !description.name && description.addressSpace == kSerialBusSpace
+               ? ofDevice()
+               : simulator::kNoSuchRegister;
+}
+} // namespace
+
+VEYRA2_FUNCTION void vy_ObserveCalls(CallObserver const* observer) { libraryWatch.setObserver(observer); }
+
 VEYRA2_FUNCTION int vy_ExistsRegister(vy_Camera* camera, char const* reg) {
-    return observed(
-        "vy_ExistsRegister", [&] { return textOf(camera, reg); },
-        [&] { return findByName(camera, reg) ? 1 : 0; });
+    return observed(libraryWatch, Call("vy_ExistsRegister", camera, reg),
+                    [&] { return findByName(camera, reg) ? 1 : 0; });
 }
 
 VEYRA2_FUNCTION int vy_ExistsBitfield(vy_Camera* camera, char const* reg, char const* bitfield) {
-    return observed(
-        "vy_ExistsBitfield", [&] { return textOf(camera, reg, bitfield); },
-        [&] {
-            return vy_FindBitfield(camera, reg, bitfield) ? 1 : 0; // not told: it is the library's own
-        });
+    return observed(libraryWatch, Call("vy_ExistsBitfield", camera, reg, bitfield),
+                    [&] { return findBitfield(camera, reg, bitfield) ? 1 : 0; });
 }
 
 VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera, char const* reg) {
-    return observed(
-        "vy_FindRegister", [&] { return textOf(camera, reg); }, foundText,
-        [&]() -> vy_RegisterDescription const* {
-            RegisterMap::Register const* const found = findByName(camera, reg);
-            return found ? &found->description : nullptr;
-        });
+    auto const find = [&]() -> vy_RegisterDescription const* {
+        RegisterMap::Register const* const found = findByName(camera, reg);
+        return found ? &found->description : nullptr;
+    };
+    return observed(libraryWatch, Call("vy_FindRegister", camera, reg), find, foundText);
 }
 
 VEYRA2_FUNCTION vy_BitfieldDescription const* vy_FindBitfield(vy_Camera* camera, char const* reg,
                                                               char const* bitfield) {
     return observed(
-        "vy_FindBitfield", [&] { return textOf(camera, reg, bitfield); }, foundText,
-        [&]() -> vy_BitfieldDescription const* {
-            RegisterMap::Register const* const found = findByName(camera, reg);
-            return found && bitfield ? RegisterMap::findBitfield(*found, bitfield) : nullptr;
-        });
+        libraryWatch, Call("vy_FindBitfield", camera, reg, bitfield),
+        [&] { return findBitfield(camera, reg, bitfield); }, foundText);
 }
 
 VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegisterAddr(vy_Camera* camera, uint32_t address,
                                                                   uint32_t addressSpace, uint32_t selector) {
-    return observed(
-        "vy_FindRegisterAddr", [&] { return textOf(camera, address, addressSpace, selector); },
-        descriptionText,
-        [&]() -> vy_RegisterDescription const* {
-            vy_Camera* const open = vy_Camera::opened(camera);
-            RegisterMap::Register const* const found =
-                open ? open->registers.find(addressSpace, selector, address) : nullptr;
-            return found ? &found->description : nullptr;
-        });
+    return observed(libraryWatch, Call("vy_FindRegisterAddr", camera, address, addressSpace, selector),
+                    [&]() -> vy_RegisterDescription const* {
+                        auto const* const found = findByAddress(camera, addressSpace, selector, address);
+                        return found ? &found->description : nullptr;
+                    });
 }
 
 VEYRA2_FUNCTION uint32_t vy_dataSize(uint32_t dataType) {
-    return observed(
-        "vy_dataSize", [&] { return callText(dataType); }, [&] { return simulator::dataTypeSize(dataType); });
+    return observed(libraryWatch, Call("vy_dataSize", dataType),
+                    [&] { return simulator::dataTypeSize(dataType); });
 }
 
 VEYRA2_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, char const* bitfield,
                                         uint32_t* value) {
+    auto const read = [&](RegisterMap::Register& found, uint32_t mask) {
+        *value = camera->read(found, mask);
+        return int(simulator::kDone);
+    };
     return observed(
-        "vy_ReadSensorRegStr", [&] { return textOf(camera, reg, bitfield); }, storedIn(value),
-        [&]() -> int {
-            if (!value)
-                return simulator::kBadArgument;
-            RegisterMap::Register* const found = findByName(camera, reg);
-            if (!found)
-                return simulator::kNoSuchRegister;
-            uint32_t const mask = maskOf(*found, bitfield);
-            if (mask == 0)
-                return simulator::kNoSuchBitfield;
-            *value = camera->read(*found, mask);
-            return simulator::kDone;
-        });
+        libraryWatch, Call("vy_ReadSensorRegStr", camera, reg, bitfield),
+        [&] { return value ? withBits(camera, reg, bitfield, read) : simulator::kBadArgument; },
+        statusAnd([=] { return *value; }));
 }
 
 VEYRA2_FUNCTION int vy_WriteSensorRegStr(vy_Camera* camera, char const* reg, char const* bitfield,
                                          uint32_t value) {
-    return observed(
-        "vy_WriteSensorRegStr", [&] { return textOf(camera, reg, bitfield, value); },
-        [&]() -> int {
-            RegisterMap::Register* const found = findByName(camera, reg);
-            if (!found)
-                return simulator::kNoSuchRegister;
-            uint32_t const mask = maskOf(*found, bitfield);
-            if (mask == 0)
-                return simulator::kNoSuchBitfield;
-            return camera->write(*found, value, mask);
-        });
+    auto const write = [&](RegisterMap::Register& found, uint32_t mask) {
+        return camera->write(found, value, mask);
+    };
+    return observed(libraryWatch, Call("vy_WriteSensorRegStr", camera, reg, bitfield, value),
+                    [&] { return withBits(camera, reg, bitfield, write); });
 }
 
 VEYRA2_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t* value) {
+    auto const read = [&](RegisterMap::Register& found) {
+        *value = camera->read(found);
+        return int(simulator::kDone);
+    };
+    auto const readDevice = [&] { return camera->bus.readDescribed(*reg, *value); };
     return observed(
-        "vy_ReadSensorReg", [&] { return textOf(camera) + descriptionText(reg); }, storedIn(value),
-        [&]() -> int {
-            if (!reg || !value)
-                return simulator::kBadArgument;
-            RegisterMap::Register* const found = findDescribed(camera, *reg);
-            if (!found)
-                return isOnBus(camera, *reg) ? camera->bus.readDescribed(*reg, *value)
-                                             : simulator::kNoSuchRegister;
-            *value = camera->read(*found);
-            return simulator::kDone;
-        });
+        libraryWatch, Call("vy_ReadSensorReg", camera, reg),
+        [&] {
+            return reg && value ? withDescribed(camera, *reg, read, readDevice) : simulator::kBadArgument;
+        },
+        statusAnd([=] { return *value; }));
 }
 
 VEYRA2_FUNCTION int vy_WriteSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t value) {
-    return observed(
-        "vy_WriteSensorReg", [&] { return textOf(camera) + descriptionText(reg) + ' ' + callText(value); },
-        [&]() -> int {
-            if (!reg)
-                return simulator::kBadArgument;
-            RegisterMap::Register* const found = findDescribed(camera, *reg);
-            if (!found)
-                return isOnBus(camera, *reg) ? camera->bus.writeDescribed(*reg, value)
-                                             : simulator::kNoSuchRegister;
-            return camera->write(*found, value);
-        });
+    auto const write = [&](RegisterMap::Register& found) { return camera->write(found, value); };
+    auto const writeDevice = [&] { return camera->bus.writeDescribed(*reg, value); };
+    return observed(libraryWatch, Call("vy_WriteSensorReg", camera, reg, value), [&] {
+        return reg ? withDescribed(camera, *reg, write, writeDevice) : simulator::kBadArgument;
+    });
 }
 
 VEYRA2_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
                                      uint32_t* words) {
     return observed(
-        "vy_readRegisters", [&] { return textOf(camera, busAddress, start, count); },
-        [&](int result) {
-            return result == simulator::kDone ? callText(result) + ", " + wordsText(words, count)
-                                              : callText(result);
-        },
+        libraryWatch, Call("vy_readRegisters", camera, busAddress, start, count),
         [&] {
-            vy_Camera* const open = vy_Camera::opened(camera);
-            return open && words ? open->bus.readRaw(busAddress, start, {words, count})
-                                 : simulator::kBadArgument;
-        });
+            return ifOpen(camera, int(simulator::kBadArgument), [&](vy_Camera& open) {
+                return words ? open.bus.readRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
+            });
+        },
+        statusAnd([=] {
+            return Words{words, count};
+        }));
 }
 
 VEYRA2_FUNCTION int vy_writeRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
                                       uint32_t const* words) {
     return observed(
-        "vy_writeRegisters",
-        [&] { return textOf(camera, busAddress, start) + ' ' + wordsText(words, count); },
-        [&] {
-            vy_Camera* const open = vy_Camera::opened(camera);
-            return open && words ? open->bus.writeRaw(busAddress, start, {words, count})
-                                 : simulator::kBadArgument;
+        libraryWatch, Call("vy_writeRegisters", camera, busAddress, start, Words{words, count}), [&] {
+            return ifOpen(camera, int(simulator::kBadArgument), [&](vy_Camera& open) {
+                return words ? open.bus.writeRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
+            });
         });
 }
 
 VEYRA2_FUNCTION int vy_setMode(vy_Camera* camera, uint32_t mode, uint32_t value) {
-    return observed(
-        "vy_setMode", [&] { return textOf(camera, mode, value); },
-        [&] {
-            vy_Camera* const open = vy_Camera::opened(camera);
-            return open ? open->bus.setMode(mode, value) : simulator::kBadArgument;
-        });
+    return observed(libraryWatch, Call("vy_setMode", camera, mode, value), [&] {
+        return ifOpen(camera, int(simulator::kBadArgument),
+                      [&](vy_Camera& open) { return open.bus.setMode(mode, value); });
+    });
 }
 
 VEYRA2_FUNCTION void vy_InvalidateRegCache(vy_Camera* camera) {
-    observed(
-        "vy_InvalidateRegCache", [&] { return textOf(camera); },
-        [&] {
-            if (vy_Camera* const open = vy_Camera::opened(camera))
-                open->registers.dropCache();
-        });
+    observed(libraryWatch, Call("vy_InvalidateRegCache", camera), [&] {
+        if (vy_Camera* const open = vy_Camera::opened(camera))
+            open->registers.dropCache();
+    });
 }
 
 VEYRA2_FUNCTION int vy_IsSOC(vy_Camera* camera) {
-    return observed(
-        "vy_IsSOC", [&] { return textOf(camera); },
-        [&] {
-            vy_Camera const* const open = vy_Camera::opened(camera);
-            return open && open->systemOnChip ? 1 : 0;
-        });
+    return observed(libraryWatch, Call("vy_IsSOC", camera), [&] {
+        return ifOpen(camera, 0, [](vy_Camera const& open) { return open.systemOnChip ? 1 : 0; });
+    });
 }
 
 VEYRA2_FUNCTION char const* vy_Home(void) {
-    return observed(
-        "vy_Home", [&] { return QByteArray(); },
-        [&]() -> char const* {
-            static QByteArray const home = QFile::encodeName(simulator::libraryFolder());
-            return home.constData();
-        });
+    return observed(libraryWatch, Call("vy_Home"), []() -> char const* {
+        static QByteArray const home = QFile::encodeName(simulator::libraryFolder());
+        return home.constData();
+    });
 }
 
 VEYRA2_FUNCTION int vy_stopTransport(vy_Camera* camera) {
-    return observed(
-        "vy_stopTransport", [&] { return textOf(camera); },
-        [&] { return vy_Camera::opened(camera) ? simulator::kDone : simulator::kBadArgument; });
+    return observed(libraryWatch, Call("vy_stopTransport", camera), [&]() -> int {
+        return vy_Camera::opened(camera) ? simulator::kDone : simulator::kBadArgument;
+    });
 }
 
 // A camera lives as long as the host's object; a borrower of the handle cannot end it.
 VEYRA2_FUNCTION void vy_CloseCameras(void) {}
 
 VEYRA2_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
-    return observed(
-        "vy_SensorInfo", [&] { return textOf(camera); }, infoText,
-        [&]() -> vy_SensorDescription const* {
-            vy_Camera const* const open = vy_Camera::opened(camera);
-            return open ? &open->description : nullptr;
-        });
+    return observed(libraryWatch, Call("vy_SensorInfo", camera), [&]() -> vy_SensorDescription const* {
+        vy_Camera const* const open = vy_Camera::opened(camera);
+        return open ? &open->description : nullptr;
+    });
 }

@@ -1,6 +1,5 @@
 #include "published/shadefit.h"
 
-#include "simulator/boundary/call_text.h"
 #include "simulator/boundary/observed_call.h"
 #include "simulator/solver/calibration.h"
 #include "simulator/solver/layout_files.h"
@@ -21,8 +20,10 @@
 #define SHADEFIT_API extern "C" __attribute__((visibility("default")))
 #endif
 
+using simulator::Call;
 using simulator::callText;
 using simulator::callTexts;
+using simulator::libraryWatch;
 using simulator::observed;
 using solver::Calibration;
 using solver::logCause;
@@ -36,79 +37,41 @@ struct sf_Handle {
     sf_RegList list{};
 };
 
-namespace {
-/// Runs an entry's body; a caller written in C must meet no exception.
-template <typename Result, typename Body>
-Result guarded(Result failure, Body body) noexcept {
-    try {
-        return body();
-    } catch (std::exception const& exception) {
-        qWarning("shadefit: %s", exception.what());
-    } catch (...) {
-        qWarning("shadefit: unknown exception");
-    }
-    return failure;
-}
-
-sf_Handle* newHandle(std::optional<solver::SensorLayout> layout, QString const& source,
-                     QString const& error) {
-    if (layout)
-        return new sf_Handle(std::move(*layout));
-    logCause(QStringLiteral("%1: %2").arg(source, error));
-    return nullptr;
-}
-
 // What an observer reads of arguments and results.
 
-uint32_t handlesWatched = 0;
-
-QByteArray handleText(sf_Handle const* handle) {
+static QByteArray callText(sf_Handle const* handle) {
     return handle ? "handle" + QByteArray::number(handle->number) : QByteArrayLiteral("null");
 }
 
-QByteArray createdText(sf_Handle* handle) {
-    if (handle)
-        handle->number = ++handlesWatched;
-    return handleText(handle);
-}
-
-QByteArray frameText(void const* frame, uint32_t width, uint32_t height) {
-    return (frame ? "frame " : "null ") + QByteArray::number(width) + 'x' + QByteArray::number(height);
-}
-
-// A record's own size tells whether its members can be read.
-template <typename Record, typename Members>
-QByteArray recordText(Record const* record, Members members) {
+/// A record's own size tells whether its members can be read.
+template <typename Record, typename... Members>
+static QByteArray recordText(Record const* record, Members... members) {
     if (!record || record->size != sizeof(Record))
         return record ? QByteArrayLiteral("{unknown size}") : QByteArrayLiteral("null");
-    return '{' + members(*record) + '}';
+    return '{' + callTexts(record->*members...) + '}';
 }
 
-QByteArray codingText(sf_YcbcrInput const* input) {
-    return recordText(input, [](sf_YcbcrInput const& in) {
-        uint32_t const* const order = in.componentOrder;
-        return callTexts(in.srgbStandard, order[0], order[1], order[2], order[3], in.lumaLow, in.lumaHigh,
-                         in.chromaHigh, in.chromaZero, in.orientation);
-    });
+static QByteArray callText(sf_YcbcrInput const* input) {
+    using In = sf_YcbcrInput;
+    return recordText(input, &In::srgbStandard, &In::componentOrder, &In::lumaLow, &In::lumaHigh,
+                      &In::chromaHigh, &In::chromaZero, &In::orientation);
 }
 
-QByteArray wishText(sf_SolutionParams const* params) {
-    return recordText(params, [](sf_SolutionParams const& p) {
-        return callTexts(p.falloffPercent, p.parameter12, p.parameter16, p.parameter20, p.parameter24,
-                         p.parameter28) +
-               ' ' + QByteArray::number(p.parameter32) + ' ' + QByteArray::number(p.parameter40) + ' ' +
-               callTexts(p.parameter48, p.radius);
-    });
+static QByteArray callText(sf_SolutionParams const* params) {
+    using P = sf_SolutionParams;
+    return recordText(params, &P::falloffPercent, &P::parameter12, &P::parameter16, &P::parameter20,
+                      &P::parameter24, &P::parameter28, &P::parameter32, &P::parameter40, &P::parameter48,
+                      &P::radius);
 }
 
-QByteArray wishText(sf_ApgaParams const* params) {
-    return recordText(params, [](sf_ApgaParams const& p) {
-        return callTexts(p.falloffPercent, p.colourTemperature, p.illuminantSlot, p.parameter20,
-                         p.parameter24, p.parameter28, p.parameter32, p.parameter36, p.radius, p.parameter44);
-    });
+static QByteArray callText(sf_ApgaParams const* params) {
+    using P = sf_ApgaParams;
+    return recordText(params, &P::falloffPercent, &P::colourTemperature, &P::illuminantSlot, &P::parameter20,
+                      &P::parameter24, &P::parameter28, &P::parameter32, &P::parameter36, &P::radius,
+                      &P::parameter44);
 }
 
-QByteArray listText(sf_RegList const* list) {
+static QByteArray callText(sf_RegList const* list) {
     if (!list)
         return QByteArrayLiteral("null");
     QByteArray entries;
@@ -119,11 +82,67 @@ QByteArray listText(sf_RegList const* list) {
                {reinterpret_cast<unsigned char const*>(entries.constData()), size_t(entries.size())});
 }
 
+namespace {
+using simulator::callText; // besides those below
+
+uint32_t handlesWatched = 0;
+
+QByteArray createdText(sf_Handle* handle) {
+    if (handle)
+        handle->number = ++handlesWatched;
+    return callText(handle);
+}
+
+struct SensorData {
+    void const* block;
+};
+
+QByteArray callText(SensorData const& data) {
+    return data.block ? QByteArrayLiteral("data") : QByteArrayLiteral("null");
+}
+
+struct Frame {
+    void const* pixels;
+    uint32_t width;
+    uint32_t height;
+};
+
+QByteArray callText(Frame const& frame) {
+    return (frame.pixels ? "frame " : "null ") + QByteArray::number(frame.width) + 'x' +
+           QByteArray::number(frame.height);
+}
+
+/// Runs an entry's body inside the bracket for whoever watches; a caller written in C must meet no exception.
+template <typename Result, typename... Arguments, typename Body, typename Answer = simulator::ResultText>
+Result entry(Call<Arguments...> const& call, Result failure, Body body, Answer answer = {}) noexcept {
+    return observed(
+        libraryWatch, call,
+        [&]() -> Result {
+            try {
+                return body();
+            } catch (std::exception const& exception) {
+                qWarning("shadefit: %s", exception.what());
+            } catch (...) {
+                qWarning("shadefit: unknown exception");
+            }
+            return failure;
+        },
+        answer);
+}
+
+sf_Handle* newHandle(std::optional<solver::SensorLayout> layout, QString const& source,
+                     QString const& error) {
+    if (layout)
+        return new sf_Handle(std::move(*layout));
+    logCause(QStringLiteral("%1: %2").arg(source, error));
+    return nullptr;
+}
+
 /// The common road of the find operations: null arguments and records of another size fail.
 template <typename Params, typename Body>
-int find(sf_Handle* handle, Params const* params, Body body) noexcept {
+int find(char const* function, sf_Handle* handle, Params const* params, Body body) noexcept {
     constexpr int kFailed = static_cast<int>(solver::Outcome::Failed);
-    return guarded(kFailed, [&] {
+    return entry(Call(function, handle, params), kFailed, [&] {
         if (handle == nullptr)
             return kFailed;
         if (params == nullptr || params->size != sizeof(Params)) {
@@ -133,171 +152,134 @@ int find(sf_Handle* handle, Params const* params, Body body) noexcept {
         return static_cast<int>(body(handle->calibration));
     });
 }
+
+/// Whether there is something for a list or file to show.
+bool holdsSolution(Calibration const& calibration, char const* purpose) {
+    if (calibration.solution().empty())
+        logCause(QStringLiteral("there is no solution to %1").arg(QLatin1String(purpose)));
+    return !calibration.solution().empty();
+}
 } // namespace
 
 SHADEFIT_API void sf_ObserveCalls(CallObserver const* observer) {
-    simulator::callWatch.observer = observer;
+    libraryWatch.setObserver(observer);
     handlesWatched = 0;
 }
 
 SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t minusOne) {
-    return observed(
-        "sf_Create", [&] { return callTexts(sensorKind, variant, minusOne); }, createdText,
-        [&] {
-            return guarded<sf_Handle*>(nullptr, [&] {
-                QFile file(solver::layoutFileName(sensorKind, variant));
-                if (!file.open(QIODevice::ReadOnly)) {
-                    logCause(QStringLiteral("no layout for sensor kind %1, variant %2: %3: %4")
-                                 .arg(QString::number(sensorKind), QString::number(variant), file.fileName(),
-                                      file.errorString()));
-                    return static_cast<sf_Handle*>(nullptr);
-                }
-                QString error;
-                auto layout = solver::parseLayout(file.readAll(), &error);
-                return newHandle(std::move(layout), file.fileName(), error);
-            });
-        });
+    return entry<sf_Handle*>(
+        Call("sf_Create", sensorKind, variant, minusOne), nullptr,
+        [&]() -> sf_Handle* {
+            QFile file(solver::layoutFileName(sensorKind, variant));
+            if (!file.open(QIODevice::ReadOnly)) {
+                logCause(QStringLiteral("no layout for sensor kind %1, variant %2: %3: %4")
+                             .arg(QString::number(sensorKind), QString::number(variant), file.fileName(),
+                                  file.errorString()));
+                return nullptr;
+            }
+            QString error;
+            auto layout = solver::parseLayout(file.readAll(), &error);
+            return newHandle(std::move(layout), file.fileName(), error);
+        },
+        createdText);
 }
 
 SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, uint32_t variant,
                                    uint32_t allBits) {
-    return observed(
-        "sf_Create2",
-        [&] { return (sensorData ? "data " : "null ") + callTexts(sensorKind, variant, allBits); },
-        createdText,
+    return entry<sf_Handle*>(
+        Call("sf_Create2", SensorData{sensorData}, sensorKind, variant, allBits), nullptr,
         [&] {
             // The block names its own kind and variant; the caller's do not count.
-            return guarded<sf_Handle*>(nullptr, [&] {
-                QString error;
-                auto layout = solver::parseSensorData(sensorData, &error);
-                return newHandle(std::move(layout), QStringLiteral("sensor data"), error);
-            });
-        });
+            QString error;
+            auto layout = solver::parseSensorData(sensorData, &error);
+            return newHandle(std::move(layout), QStringLiteral("sensor data"), error);
+        },
+        createdText);
 }
 
 SHADEFIT_API int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
                                    uint32_t bits, uint32_t bayerPhase, uint32_t orientation, uint32_t zero,
                                    int32_t minusOne1, int32_t minusOne2) {
-    return observed(
-        "sf_SetInputImage2",
-        [&] {
-            return handleText(handle) + ' ' + frameText(frame, width, height) + ' ' +
-                   callTexts(bits, bayerPhase, orientation, zero, minusOne1, minusOne2);
-        },
-        [&] {
-            return guarded(0, [&] {
-                if (handle == nullptr)
-                    return 0;
-                if (frame == nullptr || width == 0 || height == 0) {
-                    handle->calibration.refuse(QStringLiteral("the input image is empty"));
-                    return 0;
-                }
-                return handle->calibration.setImage(frame, width, height, bayerPhase, orientation) ? 1 : 0;
-            });
-        });
+    return entry(Call("sf_SetInputImage2", handle, Frame{frame, width, height}, bits, bayerPhase, orientation,
+                      zero, minusOne1, minusOne2),
+                 0, [&] {
+                     if (handle == nullptr)
+                         return 0;
+                     if (frame == nullptr || width == 0 || height == 0) {
+                         handle->calibration.refuse(QStringLiteral("the input image is empty"));
+                         return 0;
+                     }
+                     return handle->calibration.setImage(frame, width, height, bayerPhase, orientation) ? 1
+                                                                                                        : 0;
+                 });
 }
 
 SHADEFIT_API int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
                                        sf_YcbcrInput const* input, int32_t minusOne1, int32_t minusOne2) {
-    return observed(
-        "sf_SetInputImageYcbcr",
+    return entry(
+        Call("sf_SetInputImageYcbcr", handle, Frame{frame, width, height}, input, minusOne1, minusOne2), 0,
         [&] {
-            return handleText(handle) + ' ' + frameText(frame, width, height) + ' ' + codingText(input) +
-                   ' ' + callTexts(minusOne1, minusOne2);
-        },
-        [&] {
-            return guarded(0, [&] {
-                if (handle == nullptr)
-                    return 0;
-                if (frame == nullptr || width == 0 || height == 0 || input == nullptr ||
-                    input->size != sizeof(sf_YcbcrInput)) {
-                    handle->calibration.refuse(
-                        QStringLiteral("the input image is empty or its coding is not told"));
-                    return 0;
-                }
-                return handle->calibration.setYcbcrImage(frame, width, height, *input) ? 1 : 0;
-            });
+            if (handle == nullptr)
+                return 0;
+            if (frame == nullptr || width == 0 || height == 0 || input == nullptr ||
+                input->size != sizeof(sf_YcbcrInput)) {
+                handle->calibration.refuse(
+                    QStringLiteral("the input image is empty or its coding is not told"));
+                return 0;
+            }
+            return handle->calibration.setYcbcrImage(frame, width, height, *input) ? 1 : 0;
         });
 }
 
 SHADEFIT_API int sf_FindSolution(sf_Handle* handle, sf_SolutionParams const* params) {
-    return observed(
-        "sf_FindSolution", [&] { return handleText(handle) + ' ' + wishText(params); },
-        [&] {
-            return find(handle, params, [&](Calibration& calibration) {
-                return calibration.findBase(params->falloffPercent, params->radius);
-            });
-        });
+    return find("sf_FindSolution", handle, params, [&](Calibration& calibration) {
+        return calibration.findBase(params->falloffPercent, params->radius);
+    });
 }
 
 SHADEFIT_API int sf_FindApga(sf_Handle* handle, sf_ApgaParams const* params) {
-    return observed(
-        "sf_FindApga", [&] { return handleText(handle) + ' ' + wishText(params); },
-        [&] {
-            return find(handle, params,
-                        [&](Calibration& calibration) { return calibration.findTable(*params); });
-        });
+    return find("sf_FindApga", handle, params,
+                [&](Calibration& calibration) { return calibration.findTable(*params); });
 }
 
 SHADEFIT_API int sf_FindAutoPga(sf_Handle* handle, sf_ApgaParams const* params) {
-    return observed(
-        "sf_FindAutoPga", [&] { return handleText(handle) + ' ' + wishText(params); },
-        [&] {
-            return find(handle, params,
-                        [&](Calibration& calibration) { return calibration.findFullTable(*params); });
-        });
+    return find("sf_FindAutoPga", handle, params,
+                [&](Calibration& calibration) { return calibration.findFullTable(*params); });
 }
 
 SHADEFIT_API sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
-    return observed(
-        "sf_DumpRegList", [&] { return handleText(handle); }, listText,
-        [&] {
-            return guarded<sf_RegList const*>(nullptr, [&]() -> sf_RegList const* {
-                if (handle == nullptr)
-                    return nullptr;
-                Calibration const& calibration = handle->calibration;
-                if (calibration.solution().empty()) {
-                    logCause(QStringLiteral("there is no solution to list"));
-                    return nullptr;
-                }
-                handle->entries = solver::allRegisters(calibration.layout(), calibration.solution());
-                handle->list = {static_cast<int32_t>(handle->entries.size()), handle->entries.data()};
-                return &handle->list;
-            });
-        });
+    return entry<sf_RegList const*>(Call("sf_DumpRegList", handle), nullptr, [&]() -> sf_RegList const* {
+        if (handle == nullptr || !holdsSolution(handle->calibration, "list"))
+            return nullptr;
+        handle->entries = solver::allRegisters(handle->calibration.layout(), handle->calibration.solution());
+        handle->list = {static_cast<int32_t>(handle->entries.size()), handle->entries.data()};
+        return &handle->list;
+    });
 }
 
 SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t format, uint32_t zero1,
                                 uint32_t zero2) {
-    return observed(
-        "sf_DumpRegFile", [&] { return handleText(handle) + ' ' + callTexts(path, format, zero1, zero2); },
-        [&] {
-            return guarded(-1, [&] {
-                if (handle == nullptr || path == nullptr)
-                    return -1;
-                auto const presetFormat = static_cast<solver::PresetFormat>(format);
-                if (presetFormat != solver::PresetFormat::Plain &&
-                    presetFormat != solver::PresetFormat::Tables) {
-                    logCause(QStringLiteral("unknown file format %1").arg(format));
-                    return -1;
-                }
-                Calibration const& calibration = handle->calibration;
-                if (calibration.solution().empty()) {
-                    logCause(QStringLiteral("there is no solution to write"));
-                    return -1;
-                }
-                QByteArray const text =
-                    solver::presetText(calibration.layout(), calibration.solution(), presetFormat);
-                QString error;
-                if (solver::writeWhole(solver::fileNameFromHost(path), text, &error))
-                    return 0;
-                logCause(error);
-                return -1;
-            });
-        });
+    return entry(Call("sf_DumpRegFile", handle, path, format, zero1, zero2), -1, [&] {
+        if (handle == nullptr || path == nullptr)
+            return -1;
+        auto const presetFormat = static_cast<solver::PresetFormat>(format);
+        if (presetFormat != solver::PresetFormat::Plain && presetFormat != solver::PresetFormat::Tables) {
+            logCause(QStringLiteral("unknown file format %1").arg(format));
+            return -1;
+        }
+        Calibration const& calibration = handle->calibration;
+        if (!holdsSolution(calibration, "write"))
+            return -1;
+        QByteArray const text =
+            solver::presetText(calibration.layout(), calibration.solution(), presetFormat);
+        QString error;
+        if (solver::writeWhole(solver::fileNameFromHost(path), text, &error))
+            return 0;
+        logCause(error);
+        return -1;
+    });
 }
 
 SHADEFIT_API void sf_Destroy(sf_Handle* handle) {
-    observed(
-        "sf_Destroy", [&] { return handleText(handle); }, [&] { delete handle; });
+    observed(libraryWatch, Call("sf_Destroy", handle), [&] { delete handle; });
 }
