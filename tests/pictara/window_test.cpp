@@ -1,5 +1,4 @@
 #include "simulator/files/whole_file.h"
-#include "simulator/host/report/display_blocks.h"
 #include "simulator/host/report/uniformity_map.h"
 #include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/light_ranges.h"
@@ -323,7 +322,10 @@ TEST(CallLog, DropsItsOldestLines) {
 }
 
 TEST(UniformityMap, ColoursEveryBlock) {
-    DisplayBlocks const blocks{.columns = 2, .rows = 1, .deviations = {0, 9}, .largest = 9, .mean = 4.5};
+    BlockReport blocks;
+    blocks.columns = 2;
+    blocks.rows = 1;
+    blocks.deviations = {0, 9};
     QImage const map = uniformityMap(blocks, 4);
     ASSERT_EQ(map.size(), QSize(2, 1));
     EXPECT_LT(qGray(map.pixel(0, 0)), 50);

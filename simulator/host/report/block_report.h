@@ -1,21 +1,25 @@
 #pragma once
 
-#include "simulator/host/session/row_source.h"
-
-#include <QRect>
+#include "simulator/host/report/block_means.h"
 
 namespace pictara {
 /// How even a picture is, from the means of its blocks in linear light. Errors are relative, as shares of 1.
 struct BlockReport {
+    int columns = 0;
+    int rows = 0;
+    std::vector<Colour> means;       ///< of the blocks, row by row
+    double centreLuminance = 0;      ///< of a block in the picture's centre
     double largestAgainstMedian = 0; ///< luminance, against the median block
     double meanAgainstMedian = 0;
-    double largestAgainstCentre = 0; ///< luminance, against a block in the picture's centre
+    double largestAgainstCentre = 0; ///< luminance, against the block in the centre
     double meanAgainstCentre = 0;
-    double largestColourDeviation = 0; ///< distance in a*, b* from the mean of all blocks
-    QRect worstBlock;                  ///< the block of the largest colour deviation
+    std::vector<double> deviations;    ///< distance in a*, b* from the mean of all blocks, of each block
+    double largestColourDeviation = 0; ///< of these
+    double meanColourDeviation = 0;
+    QRect worstBlock; ///< the block of the largest colour deviation
 };
 
 /// Measures rows of linear light, as the colour pipeline sees them before the tone curve, on 32 columns of
-/// blocks that are about square. An empty picture gives an empty report.
-[[nodiscard]] BlockReport measureBlocks(RowSource const& linear);
+/// blocks that are about square. Rows at the top can be left out. An empty picture gives an empty report.
+[[nodiscard]] BlockReport measureBlocks(RowSource const& linear, int skippedRows = 0);
 } // namespace pictara

@@ -34,7 +34,7 @@ double nextColourEnd(double present, double largest) {
     return isKept ? present : std::max(kSmallestEnd, std::ceil(largest));
 }
 
-QImage uniformityMap(DisplayBlocks const& blocks, double end) {
+QImage uniformityMap(BlockReport const& blocks, double end) {
     static QVector<QRgb> const colours = colourTable();
     if (blocks.deviations.empty())
         return {};

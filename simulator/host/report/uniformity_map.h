@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/host/report/display_blocks.h"
+#include "simulator/host/report/block_report.h"
 
 #include <QGradient>
 #include <QImage>
@@ -14,5 +14,5 @@ namespace pictara {
 [[nodiscard]] double nextColourEnd(double present, double largest);
 
 /// A picture of one pixel a block, in the colours of the blocks' deviations; `end` is where they end.
-[[nodiscard]] QImage uniformityMap(DisplayBlocks const& blocks, double end);
+[[nodiscard]] QImage uniformityMap(BlockReport const& blocks, double end);
 } // namespace pictara

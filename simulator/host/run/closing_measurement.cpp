@@ -26,7 +26,7 @@ std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunD
     if (!isNumber)
         result.limit = std::numeric_limits<double>::quiet_NaN();
     result.rating = page.colour("CU_Bullet");
-    result.blocks = session.frames().blocks();
+    result.blocks = measureBlocks(session.frames().light(), int(session.camera().description().unusableRows));
     result.picture = session.frames().unmarkedPicture();
     return result;
 }

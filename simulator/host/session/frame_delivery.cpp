@@ -43,8 +43,13 @@ QImage FrameDelivery::unmarkedPicture() {
     return picture;
 }
 
-BlockReport FrameDelivery::blocks() const {
-    return measureBlocks(linearRows(m_frame, m_camera.description(), m_settings));
+RowSource FrameDelivery::light() const { return linearRows(m_frame, m_camera.description(), m_settings); }
+
+RowSource FrameDelivery::idealLight() const {
+    auto const ideal = std::make_shared<simulator::IdealFrame const>(m_camera.idealFrame());
+    RowSource rows = linearRows(*ideal, m_camera.description(), m_settings);
+    rows.read = [ideal, read = rows.read](RowSource::Use const& use) { read(use); };
+    return rows;
 }
 
 PictureDetail FrameDelivery::detail() {

@@ -26,8 +26,10 @@ public:
     [[nodiscard]] QImage const& picture() const { return m_picture; }
     /// The picture of the last frame without it.
     [[nodiscard]] QImage unmarkedPicture();
-    /// The block statistics of the last frame.
-    [[nodiscard]] BlockReport blocks() const;
+    /// The last frame as linear light in display RGB; valid until the next one.
+    [[nodiscard]] RowSource light() const;
+    /// The same without noise and quantisation.
+    [[nodiscard]] RowSource idealLight() const;
     /// All about the last frame, and about the same without noise.
     [[nodiscard]] PictureDetail detail();
 

@@ -1,6 +1,6 @@
 #include "simulator/host/window/host_window.h"
 
-#include "simulator/host/report/display_blocks.h"
+#include "simulator/host/report/block_report.h"
 #include "simulator/host/session/dialog_setup.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
@@ -274,7 +274,7 @@ void HostWindow::refreshPanels() {
             panel->refresh(frames.frameNumber());
     if (m_view->isUniformityShown() && !frames.picture().isNull()) {
         auto const skipped = int(m_session.camera().description().unusableRows);
-        m_view->setUniformity(rateDisplay(shownRows(frames.unmarkedPicture()), skipped), skipped);
+        m_view->setUniformity(measureBlocks(frames.light(), skipped), skipped);
     }
 }
 

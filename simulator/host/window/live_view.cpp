@@ -56,8 +56,8 @@ void LiveView::setPicture(QImage const& picture) {
         fit();
 }
 
-void LiveView::setUniformity(DisplayBlocks const& blocks, int skippedRows) {
-    m_largest = blocks.largest;
+void LiveView::setUniformity(BlockReport const& blocks, int skippedRows) {
+    m_largest = blocks.largestColourDeviation;
     m_end = nextColourEnd(m_end, m_largest);
     QPixmap const map = QPixmap::fromImage(uniformityMap(blocks, m_end));
     m_map->setPixmap(map);

@@ -4,7 +4,7 @@
 #include <QImage>
 
 namespace pictara {
-struct DisplayBlocks;
+struct BlockReport;
 
 /// Shows the latest picture on a dark ground: as large as it fits or at a scale of one's own, with the
 /// deviations of its blocks and a cross in its centre laid over it if wanted.
@@ -15,7 +15,7 @@ public:
     /// Keeps no share of the picture, whose memory is to be drawn into again.
     void setPicture(QImage const& picture);
     /// Lays the deviations over the picture below so many rows at its top.
-    void setUniformity(DisplayBlocks const& blocks, int skippedRows);
+    void setUniformity(BlockReport const& blocks, int skippedRows);
 
     void showUniformity(bool isShown);
     [[nodiscard]] bool isUniformityShown() const;
