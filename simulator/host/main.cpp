@@ -1,9 +1,8 @@
 #include "simulator/files/interruption.h"
+#include "simulator/host/recording/play.h"
 #include "simulator/host/recording/recorder.h"
 #include "simulator/host/run/calibration_run.h"
-#include "simulator/host/run/recording_replay.h"
 #include "simulator/host/run/replay_run.h"
-#include "simulator/host/run/script_run.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 #include "simulator/host/shading/shading_run.h"
@@ -22,18 +21,12 @@ using namespace pictara;
 constexpr char const* kDisplayVariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
 #endif
 
-CommandLine listing(QStringList const& names) {
-    return {std::nullopt, names.join(QLatin1Char('\n')) + QLatin1Char('\n'), kExitDone};
-}
-
-// The command line is read, and lists are told, without a display.
+// The command line is read, and the sensors are listed, without a display.
 CommandLine readCommandLine(int argc, char** argv) {
     QCoreApplication const application(argc, argv);
     CommandLine commandLine = parseCommandLine(QCoreApplication::arguments());
     if (commandLine.options && commandLine.options->listProfiles)
-        return listing(simulator::SimulatedCamera::notedProfileNames());
-    if (commandLine.options && commandLine.options->listFaults)
-        return listing(simulator::SimulatedCamera::faultNames());
+        return {std::nullopt, simulator::SimulatedCamera::notedProfileNames().join('\n') + '\n', kExitDone};
     return commandLine;
 }
 
@@ -66,23 +59,18 @@ bool chooseProfile(Options& options) {
     return chosen;
 }
 
-int run(Session& session, Options const& options, QString* nextProfile) {
-    if (!options.replayFile.isEmpty())
-        return runReplay(session, options);
-    if (!options.scriptFile.isEmpty())
-        return runScript(session, options);
-    return options.runAll ? runCalibration(session, options) : runWindow(session, options, nextProfile);
-}
-
-// One sitting from its beginning to its end.
-int sitOnce(Options const& options, QString* nextProfile) {
+// One sitting from its beginning to its end. A script tells what to do in it.
+int sit(Options const& options, Script const* script) {
     QString error;
     std::unique_ptr<Session> const session = Session::open(options, &error);
     if (!session) {
         complain(error);
         return kExitUsage;
     }
-    int const code = run(*session, options, nextProfile);
+    int const code = script                         ? runScript(*session, *script)
+                     : options.runAll               ? runCalibration(*session, options)
+                     : options.replayFile.isEmpty() ? runWindow(*session, options)
+                                                    : runReplay(*session, options);
     if (files::isInterrupted())
         complain(QStringLiteral("Interrupted."));
     // Also after a failed run: the device keeps what was written to it.
@@ -92,29 +80,37 @@ int sitOnce(Options const& options, QString* nextProfile) {
     return code == kExitDone ? kExitNotCalibrated : code;
 }
 
-// Another sensor needs another sitting.
-int sit(Options options) {
-    for (;;) {
-        QString nextProfile;
-        int const code = sitOnce(options, &nextProfile);
-        if (nextProfile.isEmpty())
-            return code;
-        options.profile = nextProfile;
-    }
-}
-
-int sitAndRecord(Options const& options) {
+int sitAndRecord(Options const& options, Script const* script) {
     QString error;
     std::unique_ptr<Recorder> const recorder = Recorder::start(options, &error);
     if (!recorder) {
         complain(error);
         return kExitUsage;
     }
-    int const code = sit(options);
+    int const code = sit(options, script);
     if (recorder->finish(&error))
         return code;
     complain(error);
     return code == kExitDone ? kExitNotCalibrated : code;
+}
+
+int runByOptions(Options const& given) {
+    if (given.isAboutShading())
+        return runShading(given);
+    if (!given.replayedRecordingFile.isEmpty())
+        return replayRecording(given);
+    std::optional<Script> script;
+    QString error;
+    if (!given.scriptFile.isEmpty()) {
+        script = readScript(given.scriptFile, given, &error);
+        if (!script || !layOut(*script, given.outputFolder, &error)) {
+            complain(error);
+            return kExitUsage;
+        }
+    }
+    Script const* const told = script ? &*script : nullptr;
+    Options const& options = told ? told->options : given;
+    return options.recordingFile.isEmpty() ? sit(options, told) : sitAndRecord(options, told);
 }
 } // namespace
 
@@ -143,9 +139,5 @@ int main(int argc, char** argv) {
     if (options.chooseProfile && !chooseProfile(options))
         return kExitDone;
     files::noteInterruptions();
-    if (options.isAboutShading())
-        return runShading(options);
-    if (!options.replayedRecordingFile.isEmpty())
-        return runRecordingReplay(options);
-    return options.recordingFile.isEmpty() ? sit(options) : sitAndRecord(options);
+    return runByOptions(options);
 }

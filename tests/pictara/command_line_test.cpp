@@ -22,29 +22,18 @@ TEST(CommandLine, NamesTheOptionThatIsWrong) {
         {{"--level", "0"}, "--level"},
         {{"--gradient", "1.5"}, "--gradient"},
         {{"--seed", "-1"}, "--seed"},
-        {{"--falloff", "95%"}, "--falloff"},
-        {{"--falloff", "50"}, "75 to 110 in steps of 5"},
-        {{"--falloff", "97"}, "75 to 110 in steps of 5"},
-        {{"--frames-per-tick", "0"}, "--frames-per-tick"},
-        {{"--max-frames", "2.5"}, "--max-frames"},
         {{"--output", ""}, "--output"},
         {{"--run-all", "--fault", "error-12@"}, "--fault"},
         {{"--run-all", "--fault", "error-12@0"}, "with N from 1"},
         {{"--run-all", "--fault", "error-12@99999999999999999999"}, "--fault"},
-        {{"--window", "--fault", "error-12"}, "--run-all"},
-        {{"--replay-eeprom", "e.bin", "--window"}, "no window"},
+        {{"--fault", "error-12"}, "--run-all"},
         {{"--replay-eeprom", "e.bin", "--eeprom", "f.bin"}, "--eeprom"},
-        {{"--run-all", "--stored-record", "DEFAULT"}, "--replay-eeprom"},
-        {{"--window", "--record", "calls.txt"}, "--script"},
-        {{"--script", "walk.txt", "--window"}, "--window"},
-        {{"--run-all", "--window", "--then-good"}, "--then-good"},
-        {{"--run-all", "--dark"}, "--dark"},
+        {{"--record", "calls.txt"}, "--script"},
+        {{"--script", "walk.txt", "--replay-eeprom", "e.bin"}, "two runs"},
         {{"--flat-field", "flat.raw"}, "--measure-shading"},
-        {{"--measure-shading", "a.json", "--window"}, "without a window"},
         {{"--compare-shading", "a.json"}, "two files"},
         {{"--compare-shading", "a.json", "b.json", "c.json"}, "not an option"},
         {{"--replay", "calls.txt", "--seed", "2"}, "--seed"},
-        {{"--replay", "calls.txt", "--script", "walk.txt"}, "--script"},
         {{"--colour"}, "colour"},
         {{"poly-12bit"}, "poly-12bit"},
         {{"--profile"}, "profile"},
@@ -55,6 +44,12 @@ TEST(CommandLine, NamesTheOptionThatIsWrong) {
         EXPECT_EQ(result.exitCode, kExitUsage) << row.named;
         EXPECT_TRUE(result.text.contains(QLatin1String(row.named))) << result.text.toStdString();
     }
+}
+
+TEST(CommandLine, AnyOtherRunWinsOverACalibration) {
+    EXPECT_TRUE(parsed({"--run-all"}).options->runAll);
+    EXPECT_FALSE(parsed({"--run-all", "--script", "walk.txt"}).options->runAll);
+    EXPECT_TRUE(parsed({"--run-all", "--help"}).text.contains(QLatin1String("Camera and light:")));
 }
 
 TEST(Verdict, EveryStepHasItsSay) {

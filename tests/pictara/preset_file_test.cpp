@@ -47,9 +47,8 @@ struct PresetTest : testing::Test {
 };
 
 TEST_F(PresetTest, AppliesEveryKindOfLineAndNothingElse) {
-    auto const lines = readPreset(ini, "Lens Calibration Setup");
-    ASSERT_TRUE(lines);
-    EXPECT_EQ(applyPreset(*lines, states, registers), 9);
+    EXPECT_EQ(applyPreset(ini, "Lens Calibration Setup", states, registers), 9);
+    EXPECT_FALSE(applyPreset(ini, "Lens Calibration", states, registers));
     EXPECT_EQ(states.read("Gamma"), 20);
     EXPECT_EQ(states.read("Black Offset"), -7);
     EXPECT_EQ(states.read("Contrast"), 21);

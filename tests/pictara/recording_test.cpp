@@ -46,8 +46,8 @@ TEST_F(RecordingProgram, ADifferenceIsNamedByItsLine) {
         {"another result", result, QByteArray(result).replace("= 95", "= 80"), "95 = 80"},
         {"a call that is no more made", call, "    vy_setMode 9 9 = 0\n" + call, "vy_setMode 9 9"},
         {"a call that was not made then", call, "", "replayed: vy_setMode 2 8 = 0"},
-        {"an input that cannot be given", input, "press No_Such", "recorded: press No_Such"},
-        {"another state at the beginning", "\n\nopen", "\nsetting LensAssist Dir=<output>/x\n\nopen",
+        {"an input that cannot be given", input, "press No_Such", "replayed: the dialog has no"},
+        {"another state at the beginning", "\nopen", "\nsetting \"LensAssist Dir=<output>/x\"\nopen",
          "recorded: readTextSetting \"LensAssist Dir\" 0x104 \"\" = \"\""},
     };
     for (auto const& row : rows) {
@@ -66,34 +66,33 @@ TEST_F(RecordingProgram, ADifferenceIsNamedByItsLine) {
         auto const match = told.match(run.messages());
         QList<QByteArray> const lines = changed.split('\n');
         ASSERT_TRUE(match.hasMatch()) << run.messages().toStdString();
-        EXPECT_EQ(QString::fromUtf8(lines.value(match.captured(1).toInt() - 1).trimmed()), match.captured(2));
+        QString const line = QString::fromUtf8(lines.value(match.captured(1).toInt() - 1).trimmed());
+        EXPECT_TRUE(line == match.captured(2) || match.captured(2) == "(nothing)") << line.toStdString();
     }
 }
 
-// What is no recording ends with 2, an input that cannot be given yet with 1. The first of those once hung,
-// since the replay did nothing, and the second one crashed.
+// What is no script ends with 2, what cannot be done, or was not seen, with 1.
 TEST_F(RecordingProgram, WhatCannotBeReplayedIsToldWithItsLine) {
-    QByteArray const head = "pictara-sim recording 1\n", sensor = head + "profile kind25\n\n";
+    QByteArray const sensor = "profile kind25\n";
     struct {
         QByteArray contents;
         int code;
         char const* told = "copy.txt:";
     } const rows[] = {
-        {"[Other]\n", 2, "no recording"},
-        {head + "profile poly-12bit\nseed one\n\nopen\n", 2, "copy.txt:3: "},
-        {head + "eeprom 8190 ffffff\n\nopen\n", 2, "copy.txt:2: "},
-        {head + "profile poly-12bit\n", 2, "no input"},
-        {head + "light nan\n\nopen\n", 2, "copy.txt:2: "},
-        {head + "profile no-such\n\nopen\n", 2, "no-such"},
+        {"[Other]\n", 2, "no command"},
+        {"profile poly-12bit\nseed one\nopen\n", 2, "copy.txt:2: "},
+        {"eeprom blank\neeprom 8190 ffffff\nopen\n", 2, "copy.txt:2: "},
+        {"light nan\nopen\n", 2, "copy.txt:1: "},
+        {"open\nseed 1\n", 2, "copy.txt:2: "},
+        {"profile no-such\nopen\n", 2, "no-such"},
         {sensor + "tick", 1},
         {sensor + "close", 1},
         {sensor + "frame 1", 1},
         {sensor + "show", 1},
         {sensor + "press AE", 1},
-        {sensor + "light nan 1 0", 1},
-        {sensor + "light 5000 1e9 0", 1},
-        {sensor + "open\n\n    x", 1},
-        {sensor + "fault", 1},
+        {sensor + "open\n    x", 1},
+        {sensor + "open\nlight 5000 1e9 0", 2},
+        {sensor + "open\nfault", 2},
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.contents.constData());
@@ -105,6 +104,7 @@ TEST_F(RecordingProgram, WhatCannotBeReplayedIsToldWithItsLine) {
 }
 
 constexpr char kCalibrationByHand[] = R"(
+light 3200
 expect SETUP_Status "Not done yet."
 set FallOff 80%
 set Prom_Label "By hand"
@@ -134,8 +134,8 @@ TEST_F(RecordingProgram, AScriptWalksThroughACalibrationAndItsRecordingTellsAll)
                   profile = writeSmallProfile(folder.path(), "poly-12bit", {});
     ASSERT_TRUE(writeFile(device, QByteArray::fromHex("5659454501ff") + QByteArray(8186, '\x11')));
     ASSERT_TRUE(writeFile(script, kCalibrationByHand));
-    ProgramRun const run({"--script", script, "--profile", profile, "--eeprom", device, "--light", "3200",
-                          "--seed", "7", "--record", copy});
+    ProgramRun const run(
+        {"--script", script, "--profile", profile, "--eeprom", device, "--seed", "7", "--record", copy});
     ASSERT_EXIT_CODE(run, 0) << run.messages().toStdString();
     EXPECT_TRUE(run.contents("dialog.png").startsWith("\x89PNG"));
     QJsonObject const told = run.json("script-");
@@ -165,6 +165,7 @@ TEST_F(RecordingProgram, AScriptEndsAtTheLineThatFails) {
         {"# press\n\npress # AE", 2, ":5: it must be: press NAME"},
         {"set FallOff 80 %", 2, "in quotes"},
         {"light 1999", 2, "light KELVIN"},
+        {"seed 2", 2, "belongs before"},
         {"frames 0", 2, "frames N"},
         {"wait AE_Status Done. soon", 2, "[FRAMES]"},
         {"expect AE_Status \"Done.", 2, "quote"},

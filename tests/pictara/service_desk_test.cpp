@@ -1,4 +1,3 @@
-#include "simulator/host/session/observed_services.h"
 #include "simulator/host/session/service_desk.h"
 #include "tests/pictara/test_frames.h"
 #include "tests/support/camera_under_test.h"
@@ -23,7 +22,7 @@ struct ServiceDeskTest : testing::Test {
                                   seenByNotification = ServiceDesk::table().readRegister(kGain, "", 1);
                               }};
     ServiceDesk desk{states, settings, registers, folder.filePath("host.ini")};
-    HostServices const& host = observedServices();
+    HostServices const& host = ServiceDesk::table();
 };
 
 TEST_F(ServiceDeskTest, FillsEverySlot) {
@@ -86,8 +85,7 @@ TEST_F(ServiceDeskTest, SettingsAndOptionsAreKeptForTheNextSitting) {
     host.writeTextSetting("Empty", "");
     host.writeOption(key, "a.png");
     SettingsStore next(folder.filePath("settings.ini"));
-    QString error;
-    ASSERT_TRUE(next.read(&error)) << qPrintable(error);
+    ASSERT_TRUE(next.isReadable());
     ServiceDesk const nextDesk(states, next, registers, {});
     char buffer[64];
     host.readTextSetting(key, buffer, sizeof buffer, "");

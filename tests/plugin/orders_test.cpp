@@ -2,7 +2,7 @@
 // process of its own, which must end with 0. Where processes fork, one that stands at the end of a sequence
 // is the beginning of all that are longer; elsewhere each begins anew, and fewer are tried.
 
-#include "simulator/host/session/plugin_library.h"
+#include "simulator/boundary/plugin_library.h"
 #include "tests/support/fake_bench.h"
 
 #include <QApplication>

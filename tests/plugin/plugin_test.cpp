@@ -1,4 +1,4 @@
-#include "simulator/host/session/plugin_library.h"
+#include "simulator/boundary/plugin_library.h"
 #include "tests/support/fake_bench.h"
 
 #include <QDialog>

@@ -1,86 +1,73 @@
 #include "simulator/host/recording/play.h"
 
+#include "simulator/boundary/boundary.h"
 #include "simulator/files/interruption.h"
 #include "simulator/host/recording/player.h"
 #include "simulator/host/recording/seen_lines.h"
+#include "simulator/host/report/output_folder.h"
 #include "simulator/host/run/script_report.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
-#include "simulator/host/session/watching.h"
 
 #include <QTemporaryDir>
+#include <algorithm>
 
 namespace pictara {
 namespace {
-// Compares the calls that come from a command with those that came from it when it was recorded.
-class Comparison {
+QString textOf(QString const& file, Command const& command, size_t place, QByteArray const& replayed) {
+    auto const shown = [](QByteArray const& line) {
+        return line.isEmpty() ? QStringLiteral("(nothing)") : QString::fromUtf8(line.trimmed());
+    };
+    auto const [line, seen] =
+        place < command.seen.size() ? command.seen[place] : std::pair(command.line, QByteArray());
+    return QStringLiteral("%1:%2: the replay differs.\n  input:    %3 (line %4)\n  recorded: %5\n"
+                          "  replayed: %6")
+        .arg(file, QString::number(line), shown(command.text), QString::number(command.line), shown(seen),
+             shown(replayed));
+}
+
+// The lines of calls that come from a command, in the order in which they come.
+class Replay {
 public:
-    explicit Comparison(QString const& file) : m_file(file) {}
+    Replay(Options const& options)
+        : m_lines(placeholdersOf(options), [this](QByteArray const& line) {
+              if (line.startsWith(' ')) // not the input
+                  m_seen.push_back(line);
+          }) {}
 
-    void begin(Command const& command) {
-        m_command = &command;
-        m_next = 0;
-    }
-    void compare(QByteArray const& line) {
-        if (!m_command || !line.startsWith(' ')) // an input
-            return;
-        if (m_next < m_command->seen.size() && m_command->seen[m_next].second == line)
-            ++m_next, ++m_calls;
-        else
-            differ(line);
-    }
-    void end() {
-        if (m_next < m_command->seen.size())
-            differ({});
-    }
-    /// `replayed` came instead of what was recorded; the first one counts.
-    void differ(QByteArray const& replayed) {
-        if (!m_difference.isEmpty())
-            return;
-        auto const shown = [](QByteArray const& line) {
-            return line.isEmpty() ? QStringLiteral("(nothing)") : QString::fromUtf8(line.trimmed());
-        };
-        auto const& seen = m_command->seen;
-        bool const isWithin = m_next < seen.size();
-        int const line = isWithin ? seen[m_next].first : m_command->line;
-        m_difference =
-            QStringLiteral("%1:%2: the replay differs.\n  input:    %3 (line %4)\n"
-                           "  recorded: %5\n  replayed: %6")
-                .arg(m_file, QString::number(line), shown(m_command->text), QString::number(m_command->line),
-                     shown(isWithin ? seen[m_next].second : QByteArray()), shown(replayed));
+    /// The first difference, for the user; empty when what came is what was seen then.
+    [[nodiscard]] QString differenceIn(Player& player, Command const& command, QString const& file) {
+        m_seen.clear();
+        QString cause;
+        bool const isDone = player.perform(command, &cause);
+        m_lines.flush();
+        if (!isDone)
+            m_seen.push_back(cause.toUtf8());
+        size_t place = 0;
+        while (place < m_seen.size() && place < command.seen.size() &&
+               m_seen[place] == command.seen[place].second)
+            ++place;
+        m_calls += int(place);
+        return place == std::max(m_seen.size(), command.seen.size()) || files::isInterrupted()
+                   ? QString()
+                   : textOf(file, command, place, place < m_seen.size() ? m_seen[place] : QByteArray());
     }
 
-    [[nodiscard]] QString const& difference() const { return m_difference; }
+    [[nodiscard]] SeenLines& lines() { return m_lines; }
     [[nodiscard]] int calls() const { return m_calls; }
 
 private:
-    QString const m_file;
-    Command const* m_command = nullptr;
-    size_t m_next = 0; ///< of what was seen
+    std::vector<QByteArray> m_seen;
+    SeenLines m_lines;
     int m_calls = 0;
-    QString m_difference;
 };
-
-void replayAll(Session& session, Script const& script, SeenLines& lines, Comparison& comparison) {
-    Player player(session, script.options);
-    for (Command const& command : script.commands) {
-        QString cause;
-        comparison.begin(command);
-        bool const isDone = player.perform(command, &cause);
-        lines.flush();
-        if (!isDone)
-            comparison.differ(cause.toUtf8());
-        comparison.end();
-        if (files::isInterrupted() || !comparison.difference().isEmpty())
-            return;
-    }
-}
 } // namespace
 
 int runScript(Session& session, Script const& script) {
     QString const& file = script.options.scriptFile;
     Player player(session, script.options);
-    ScriptEnd end{.commands = script.commands.size()};
+    ScriptEnd end;
+    end.commands = script.commands.size();
     for (Command const& command : script.commands) {
         QString error;
         bool const isDone = player.perform(command, &error);
@@ -94,7 +81,7 @@ int runScript(Session& session, Script const& script) {
     }
     end.state = player.progress();
     OutputFolder output(session.outputFolder());
-    QString const page = reportScript(session, player.dialog().page, script.options, end, output);
+    QString const page = reportScript(session, player.page(), script.options, end, output);
     if (files::isInterrupted())
         return kExitInterrupted;
     if (!end.cause.isEmpty())
@@ -119,26 +106,29 @@ int replayRecording(Options const& given) {
         complain(error);
         return kExitUsage;
     }
-    Comparison comparison(given.replayedRecordingFile);
-    SeenLines lines(placeholdersOf(script->options),
-                    [&](QByteArray const& line) { comparison.compare(line); });
+    Replay replay(script->options);
+    QString difference;
     {
-        Watching const watching(lines, fresh.pluginFile);
+        Watching const watching(replay.lines(), fresh.pluginFile);
         auto const session = Session::open(script->options, &error);
         if (!session) {
             complain(error);
             return kExitUsage;
         }
-        replayAll(*session, *script, lines, comparison);
+        Player player(*session, script->options);
+        for (Command const& command : script->commands)
+            if (difference = replay.differenceIn(player, command, given.replayedRecordingFile);
+                !difference.isEmpty() || files::isInterrupted())
+                break;
     }
     if (files::isInterrupted())
         return kExitInterrupted;
-    if (!comparison.difference().isEmpty()) {
-        complain(comparison.difference());
+    if (!difference.isEmpty()) {
+        complain(difference);
         return kExitNotCalibrated;
     }
     std::printf("%s: all %d calls after %d inputs are equal.\n", qPrintable(given.replayedRecordingFile),
-                comparison.calls(), int(script->commands.size()));
+                replay.calls(), int(script->commands.size()));
     return kExitDone;
 }
 } // namespace pictara

@@ -19,32 +19,20 @@ public:
     /// A line of its own beside the progress.
     void say(QString const& text);
 
-    [[nodiscard]] HeadlessDialog& dialog() { return m_dialog; }
+    [[nodiscard]] DialogPage& page() { return m_dialog.page; }
     [[nodiscard]] RunProgress const& progress() const { return m_progress; }
     /// A wait ended in vain.
     [[nodiscard]] bool hasTimedOut() const { return m_hasTimedOut; }
 
-    // The verbs of the language; words and error as in perform().
-    [[nodiscard]] bool open(QStringList const& words, QString* error);
-    [[nodiscard]] bool show(QStringList const& words, QString* error);
-    [[nodiscard]] bool close(QStringList const& words, QString* error);
-    [[nodiscard]] bool press(QStringList const& words, QString* error);
-    [[nodiscard]] bool set(QStringList const& words, QString* error);
-    [[nodiscard]] bool frame(QStringList const& words, QString* error);
-    [[nodiscard]] bool frames(QStringList const& words, QString* error);
-    [[nodiscard]] bool tick(QStringList const& words, QString* error);
-    [[nodiscard]] bool await(QStringList const& words, QString* error);
-    [[nodiscard]] bool expect(QStringList const& words, QString* error);
-    [[nodiscard]] bool light(QStringList const& words, QString* error);
-    [[nodiscard]] bool setRegister(QStringList const& words, QString* error);
-    [[nodiscard]] bool fault(QStringList const& words, QString* error);
-    [[nodiscard]] bool screenshot(QStringList const& words, QString* error);
-
 private:
+    friend struct Verbs;
+
+    [[nodiscard]] bool open(QString* error);
+    [[nodiscard]] bool show(QString* error);
     [[nodiscard]] bool hasPage(QString* error);
     [[nodiscard]] bool hasWidget(QString const& name, QString* error);
     void deliverFrame();
-    void tickOnce();
+    void tick();
 
     Session& m_session;
     Placeholders const m_placeholders;

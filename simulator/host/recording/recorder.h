@@ -2,7 +2,7 @@
 
 #include "simulator/host/recording/seen_lines.h"
 #include "simulator/host/session/command_line.h"
-#include "simulator/host/session/watching.h"
+#include "simulator/boundary/boundary.h"
 
 #include <memory>
 

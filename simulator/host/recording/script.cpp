@@ -2,6 +2,7 @@
 
 #include "simulator/files/whole_file.h"
 #include "simulator/host/recording/placeholders.h"
+#include "simulator/host/session/light_words.h"
 #include "simulator/host/session/words.h"
 
 #include <QDir>
@@ -110,6 +111,7 @@ bool layOut(Script const& script, QString const& folder, QString* error) {
     for (QByteArray const& line : script.settings)
         settings += placeholders.reveal(line) + '\n';
     QDir const place(folder);
+    place.mkpath(QStringLiteral("."));
     return (settings.isEmpty() || files::write(place.filePath("settings.ini"), settings, error)) &&
            (script.eeprom.isEmpty() || files::write(place.filePath("eeprom.bin"), script.eeprom, error));
 }

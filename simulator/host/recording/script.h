@@ -19,9 +19,9 @@ struct Verb {
     char const* usage;
     /// Says with what the session begins. False for bad words; null: it does something to an open session
     /// alone.
-    bool (*begin)(QStringList const& words, Script& script);
+    bool (*begin)(QStringList const& words, Script& script) = nullptr;
     /// Does it; false with the cause. Null: it belongs before all that is done.
-    bool (Player::*perform)(QStringList const& words, QString* error);
+    bool (*perform)(Player& player, QStringList const& words, QString* error) = nullptr;
     bool (*isGood)(QStringList const& words) = nullptr; ///< of words that do something; null: any are
 };
 

@@ -1,6 +1,7 @@
 #include "simulator/host/recording/seen_lines.h"
 
 #include "simulator/boundary/call_text.h"
+#include "simulator/host/session/words.h"
 
 #include <QRegularExpression>
 #include <optional>
@@ -54,21 +55,20 @@ QByteArray sharedBusWrite(QByteArray const& first, QByteArray const& second) {
 
 // A time of day differs from run to run; its digits are shown as "tt". They may lie in several groups.
 QByteArray withoutTime(QByteArray digits) {
-    static QRegularExpression const pattern(
-        QStringLiteral("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
-    std::vector<int> places; // of the bytes' digits
-    QByteArray bytes;
-    for (int at = 0; at + 1 < digits.size(); at += digits.at(at) == ' ' ? 1 : 2) {
-        if (digits.at(at) == ' ')
-            continue;
-        places.push_back(at);
-        bytes += QByteArray::fromHex(digits.mid(at, 2));
-    }
-    auto times = pattern.globalMatch(QString::fromLatin1(bytes.constData(), bytes.size()));
+    static QRegularExpression const pattern = [] {
+        QStringList bytes;
+        for (char const sign : QByteArrayLiteral("0000/00/00 00:00:00"))
+            bytes << (sign == '0' ? QStringLiteral("3[0-9]") : QString::number(sign, 16));
+        return QRegularExpression(bytes.join(QLatin1String(" ?")));
+    }();
+    auto times = pattern.globalMatch(QString::fromLatin1(digits));
     while (times.hasNext()) {
         auto const time = times.next();
-        for (int byte = time.capturedStart(); byte < time.capturedEnd(); ++byte)
-            digits.replace(places[size_t(byte)], 2, "tt");
+        int const begin = time.capturedStart();
+        bool const isWholeByte = (begin - digits.left(begin).count(' ')) % 2 == 0;
+        for (int at = begin; at < time.capturedEnd() && isWholeByte; ++at)
+            if (digits.at(at) != ' ')
+                digits[at] = 't';
     }
     return digits;
 }
@@ -117,9 +117,9 @@ std::vector<QByteArray> shownLines(QByteArray const& line) {
 SeenLines::SeenLines(Placeholders placeholders, Sink sink)
     : m_placeholders(std::move(placeholders)), m_sink(std::move(sink)) {}
 
-void SeenLines::doing(QByteArray const& input) {
+void SeenLines::doing(QStringList const& words) {
     writeOpenCalls();
-    write(m_placeholders.hide(input));
+    write(m_placeholders.hide(lineOf(words).toUtf8()));
 }
 
 void SeenLines::began(BoundaryCall const& call, int depth) {

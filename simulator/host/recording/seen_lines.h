@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simulator/host/recording/placeholders.h"
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 
 #include <functional>
 
@@ -16,7 +16,7 @@ public:
     using Sink = std::function<void(QByteArray const& line)>;
     SeenLines(Placeholders placeholders, Sink sink);
 
-    void doing(QByteArray const& input) override;
+    void doing(QStringList const& words) override;
     void began(BoundaryCall const& call, int depth) override;
     void ended(BoundaryCall const& call, int depth, QByteArray const& result) override;
 

@@ -3,6 +3,8 @@
 #include "simulator/host/report/block_report.h"
 #include "simulator/host/report/display_blocks.h"
 
+#include <QImage>
+
 namespace pictara {
 /// A picture's light as even maps show it.
 struct LightMaps {

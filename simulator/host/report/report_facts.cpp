@@ -1,6 +1,6 @@
 #include "simulator/host/report/run_report.h"
 
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 #include "simulator/host/session/session.h"
 
 namespace pictara {

@@ -1,7 +1,7 @@
 #include "simulator/host/run/stored_solution.h"
 
 #include "simulator/host/report/run_report.h"
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 #include "simulator/host/session/session.h"
 
 #include <QTemporaryDir>

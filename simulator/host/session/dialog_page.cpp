@@ -1,6 +1,6 @@
 #include "simulator/host/session/dialog_page.h"
 
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 
 #include <QAbstractButton>
 #include <QComboBox>

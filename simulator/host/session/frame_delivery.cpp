@@ -1,6 +1,6 @@
 #include "simulator/host/session/frame_delivery.h"
 
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 #include "simulator/host/session/exposure_loop.h"
 
 #include <QtDebug>
@@ -32,11 +32,6 @@ void FrameDelivery::deliverNext() {
                               m_picture.bytesPerLine());
 }
 
-void FrameDelivery::passOver(uint64_t frames) {
-    for (; m_frameNumber < frames; ++m_frameNumber)
-        m_frame = m_camera.grab();
-}
-
 QImage FrameDelivery::unmarkedPicture() {
     QImage picture;
     m_pipeline.render(m_frame, m_settings, picture);
@@ -50,11 +45,6 @@ RowSource FrameDelivery::idealLight() const {
     RowSource rows = linearRows(*ideal, m_camera.description(), m_settings);
     rows.read = [ideal, read = rows.read](RowSource::Use const& use) { read(use); };
     return rows;
-}
-
-PictureDetail FrameDelivery::detail() {
-    return measureDetail(m_frame, m_camera.idealFrame(), m_camera.description(), m_settings,
-                         unmarkedPicture());
 }
 
 uint32_t FrameDelivery::exposure() const { return m_registers.read(kExposureRegister, ""); }

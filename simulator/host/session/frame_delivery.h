@@ -1,8 +1,8 @@
 #pragma once
 
-#include "simulator/host/report/picture_detail.h"
+#include "simulator/boundary/plugin_library.h"
 #include "simulator/host/session/colour_pipeline.h"
-#include "simulator/host/session/plugin_library.h"
+#include "simulator/host/session/row_source.h"
 #include "simulator/host/session/sensor_registers.h"
 
 namespace pictara {
@@ -15,8 +15,6 @@ public:
                   SensorRegisters& registers, PluginLibrary const& plugin);
 
     void deliverNext();
-    /// Lets the camera run until it has delivered that many frames, which nobody sees.
-    void passOver(uint64_t frames);
     /// Number of the last frame, from 1.
     [[nodiscard]] uint64_t frameNumber() const { return m_frameNumber; }
     /// What the sensor's exposure register holds, in rows.
@@ -30,8 +28,6 @@ public:
     [[nodiscard]] RowSource light() const;
     /// The same without noise and quantisation.
     [[nodiscard]] RowSource idealLight() const;
-    /// All about the last frame, and about the same without noise.
-    [[nodiscard]] PictureDetail detail();
 
 private:
     void stepExposure();

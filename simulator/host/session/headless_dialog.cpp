@@ -1,6 +1,6 @@
 #include "simulator/host/session/headless_dialog.h"
 
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 

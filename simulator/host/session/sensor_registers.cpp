@@ -1,6 +1,6 @@
 #include "simulator/host/session/sensor_registers.h"
 
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 
 #include <bit>
 #include <utility>

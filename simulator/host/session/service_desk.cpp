@@ -1,6 +1,6 @@
 #include "simulator/host/session/service_desk.h"
 
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 #include "simulator/host/session/preset_file.h"
 
 #include <QFile>

@@ -1,7 +1,7 @@
 #include "simulator/host/session/session.h"
 
+#include "simulator/boundary/boundary.h"
 #include "simulator/files/whole_file.h"
-#include "simulator/host/session/boundary.h"
 #include "simulator/host/session/light_words.h"
 
 #include <QCoreApplication>
@@ -28,6 +28,8 @@ std::optional<QString> checkedIniFile(Options const& options, QString* error) {
         return file;
     return std::nullopt;
 }
+
+QString settingsFileIn(QString const& folder) { return folder + QStringLiteral("/settings.ini"); }
 } // namespace
 
 std::unique_ptr<simulator::SimulatedCamera> openCamera(Options const& options, QString* error) {
@@ -55,27 +57,25 @@ std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     auto const folder = iniFile ? createdFolder(options.outputFolder, error) : std::nullopt;
     if (!folder)
         return nullptr;
-    std::optional<EepromStore> eeprom = EepromStore::open(*camera, options, *folder, error);
-    if (!eeprom)
-        return nullptr;
-    QString const settings = *folder + QStringLiteral("/settings.ini");
-    std::unique_ptr<Session> session(
-        new Session(std::move(camera), *std::move(eeprom), options, *folder, *iniFile, settings));
-    if (!session->m_settings.read(error)) {
-        *error = QStringLiteral("The settings file %1 cannot be read: %2").arg(settings, *error);
+    if (QString const settings = settingsFileIn(*folder); !files::isReplaceable(settings, error)) {
+        *error = QStringLiteral("The settings file %1 cannot be kept: %2").arg(settings, *error);
         return nullptr;
     }
-    if (!session->m_plugin.load(options.pluginFile, error))
+    std::unique_ptr<Session> session(new Session(std::move(camera), options, *folder, *iniFile));
+    if (!session->prepareEeprom(error))
         return nullptr;
-    return session;
+    if (!session->m_settings.isReadable()) {
+        *error = QStringLiteral("The settings file %1 cannot be read.").arg(settingsFileIn(*folder));
+        return nullptr;
+    }
+    return session->m_plugin.load(options.pluginFile, error) ? std::move(session) : nullptr;
 }
 
-Session::Session(std::unique_ptr<simulator::SimulatedCamera> camera, EepromStore eeprom,
-                 Options const& options, QString const& outputFolder, QString const& iniFile,
-                 QString const& settingsFile)
-    : m_camera(std::move(camera)), m_eeprom(std::move(eeprom)), m_shadingFile(options.shadingFile),
-      m_seed(options.seed), m_outputFolder(outputFolder), m_states(m_camera->description()),
-      m_settings(settingsFile), m_registers(m_camera->handle(), [this] { m_plugin.registerChanged(); }),
+Session::Session(std::unique_ptr<simulator::SimulatedCamera> camera, Options const& options,
+                 QString const& outputFolder, QString const& iniFile)
+    : m_options(options), m_camera(std::move(camera)), m_outputFolder(outputFolder),
+      m_states(m_camera->description()), m_settings(settingsFileIn(outputFolder)),
+      m_registers(m_camera->handle(), [this] { m_plugin.registerChanged(); }),
       m_desk(m_states, m_settings, m_registers, iniFile),
       m_frames(*m_camera, m_states, m_registers, m_plugin) {
     simulator::CameraDescription const& description = m_camera->description();
@@ -91,6 +91,46 @@ Session::~Session() {
     closePlugin();
 }
 
+bool Session::prepareEeprom(QString* error) {
+    auto const& fault = m_options.fault;
+    bool const isReplay = !m_options.replayFile.isEmpty();
+    if (!m_camera->hasEeprom()) {
+        QString const needless = !m_options.eepromFile.isEmpty() ? QStringLiteral("--eeprom")
+                                 : isReplay                      ? QStringLiteral("--replay-eeprom")
+                                 : fault                         ? QStringLiteral("--fault")
+                                                                 : QString();
+        *error = QStringLiteral("The sensor of the profile %1 has no EEPROM for %2.")
+                     .arg(m_camera->description().profile, needless);
+        return needless.isEmpty();
+    }
+    QStringList const faults = simulator::SimulatedCamera::faultNames();
+    if (fault && !faults.contains(fault->name)) {
+        *error = QStringLiteral("There is no fault \"%1\" (known: %2).").arg(fault->name, faults.join(", "));
+        return false;
+    }
+    if (fault && fault->operation)
+        m_camera->injectFault(fault->name, *fault->operation, fault->forEver);
+    if (isReplay) {
+        // A null name stands for the first record.
+        bool const started =
+            m_camera->loadEeprom(m_options.replayFile, error) && m_camera->replayEeprom({}, error);
+        m_replayedWrites = m_camera->registerWrites();
+        return started;
+    }
+    m_eepromFile = m_options.eepromFile.isEmpty() ? m_outputFolder + QStringLiteral("/eeprom.bin")
+                                                  : QFileInfo(m_options.eepromFile).absoluteFilePath();
+    if (QFileInfo::exists(m_eepromFile) && !m_camera->loadEeprom(m_eepromFile, error))
+        return false;
+    bool const hasPlace = files::isReplaceable(m_eepromFile, error);
+    if (!hasPlace)
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(m_eepromFile, *error);
+    return hasPlace;
+}
+
+bool Session::keepEeprom(QString* error) const {
+    return m_eepromFile.isEmpty() || m_camera->saveEeprom(m_eepromFile, error);
+}
+
 QDialog* Session::openDialog(QWidget* parent, QString* error) {
     Boundary::instance().doing({"open"});
     QDialog* const dialog = m_plugin.openDialog(parent, &m_sensor, &ServiceDesk::table());
@@ -99,12 +139,6 @@ QDialog* Session::openDialog(QWidget* parent, QString* error) {
         *error = QStringLiteral("The plug-in opens no dialog for this sensor: its kind is not supported, or "
                                 "the ini file has no section [Lens Calibration Setup].");
     return dialog;
-}
-
-Scene Session::scene() const { return {m_camera->description(), m_shadingFile, m_camera->light(), m_seed}; }
-
-ViewingConditions Session::conditions() const {
-    return {m_frames.exposure(), m_states.read("Relative Red Gain"), m_states.read("Relative Blue Gain")};
 }
 
 void Session::bringLamp(double kelvin) {

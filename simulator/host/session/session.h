@@ -1,8 +1,6 @@
 #pragma once
 
-#include "simulator/host/report/summary_lines.h"
 #include "simulator/host/session/command_line.h"
-#include "simulator/host/session/eeprom_store.h"
 #include "simulator/host/session/frame_delivery.h"
 #include "simulator/host/session/service_desk.h"
 
@@ -16,18 +14,13 @@ namespace pictara {
 /// The absolute name of a folder that exists by now and takes files; empty with a message for the user.
 [[nodiscard]] std::optional<QString> createdFolder(QString const& name, QString* error);
 
-/// How the host sees the picture.
-struct ViewingConditions {
-    uint32_t exposure = 0; ///< rows
-    int32_t redGain = 0;   ///< relative to green, thousandths
-    int32_t blueGain = 0;  ///< relative to green, thousandths
-};
-
 /// One sitting of the host: camera, registers, settings, services and plug-in, built from the ground up and
 /// taken down from the top.
 class Session {
 public:
-    /// Null with a message for the user.
+    /// The camera's EEPROM holds what its file does, or what the profile makes it when there is no file yet;
+    /// for a replay the camera starts up from it. A fault that waits for an operation is planned. Null with a
+    /// message for the user.
     [[nodiscard]] static std::unique_ptr<Session> open(Options const& options, QString* error);
     ~Session();
 
@@ -36,25 +29,24 @@ public:
     /// Takes dialog, pages and plug-in away.
     void closePlugin();
 
-    /// The camera and what lies before it now.
-    [[nodiscard]] Scene scene() const;
-    /// Exposure and gains as they are now.
-    [[nodiscard]] ViewingConditions conditions() const;
     void setLight(simulator::Light const& light);
+    /// Puts a lamp of that colour temperature, kelvin, before the camera; nothing else of the light changes.
+    void bringLamp(double kelvin);
     /// Replaces the fault planned before; operations of the EEPROM count from now on, and none stands for the
     /// next one. False for a name that is none of a fault.
     bool injectFault(FaultWish const& wish);
     /// Writes a register as the host's own register view does. The sensor may refuse the value.
     void setRegister(QByteArray const& name, uint32_t value);
-    /// Puts a lamp of that colour temperature, kelvin, before the camera; nothing else of the light changes.
-    void bringLamp(double kelvin);
 
-    /// Writes the EEPROM to its file, when it has one. False with a message for the user.
-    [[nodiscard]] bool keepEeprom(QString* error) const { return m_eeprom.keep(*m_camera, error); }
+    /// Writes what the EEPROM holds by now to its file, when it has one. False with a message for the user;
+    /// what the file held before is still in it then.
+    [[nodiscard]] bool keepEeprom(QString* error) const;
     /// Empty when the EEPROM is not kept.
-    [[nodiscard]] QString const& eepromFile() const { return m_eeprom.file(); }
-    [[nodiscard]] uint64_t replayedWrites() const { return m_eeprom.replayedWrites(); }
+    [[nodiscard]] QString const& eepromFile() const { return m_eepromFile; }
+    /// Register writes of a start-up from the EEPROM.
+    [[nodiscard]] uint64_t replayedWrites() const { return m_replayedWrites; }
 
+    [[nodiscard]] Options const& options() const { return m_options; }
     [[nodiscard]] simulator::SimulatedCamera& camera() { return *m_camera; }
     [[nodiscard]] SensorRegisters& registers() { return m_registers; }
     [[nodiscard]] FrameDelivery& frames() { return m_frames; }
@@ -63,15 +55,16 @@ public:
     [[nodiscard]] QString const& outputFolder() const { return m_outputFolder; }
 
 private:
-    Session(std::unique_ptr<simulator::SimulatedCamera> camera, EepromStore eeprom, Options const& options,
-            QString const& outputFolder, QString const& iniFile, QString const& settingsFile);
+    Session(std::unique_ptr<simulator::SimulatedCamera> camera, Options const& options,
+            QString const& outputFolder, QString const& iniFile);
+    [[nodiscard]] bool prepareEeprom(QString* error);
 
     // In the order in which they stand on one another.
+    Options const m_options;
     std::unique_ptr<simulator::SimulatedCamera> m_camera;
-    EepromStore m_eeprom;
-    QString m_shadingFile;
-    uint64_t m_seed;
     QString m_outputFolder;
+    QString m_eepromFile;
+    uint64_t m_replayedWrites = 0;
     StateVariables m_states;
     SettingsStore m_settings;
     PluginLibrary m_plugin;

@@ -1,32 +1,43 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
+#include <QSettings>
 #include <cstdint>
-#include <map>
 
 namespace pictara {
-/// The host's settings in a text file, a "key=value" line each. Keys and values are 8-bit texts of any
-/// content; what could break a line is percent-encoded. A change is on disk when the call returns.
+/// The host's settings in an ini file. Keys and values are 8-bit texts of any content. A change is on disk
+/// when the call returns; what cannot be written is logged and kept in memory.
 class SettingsStore {
 public:
-    /// Empty until the file was read.
-    explicit SettingsStore(QString const& file) : m_file(file) {}
+    explicit SettingsStore(QString const& file) : m_settings(file, QSettings::IniFormat) {}
 
-    /// A file that does not exist holds nothing. False with the reason in `error`.
-    [[nodiscard]] bool read(QString* error);
+    /// False for a file that is there and cannot be read.
+    [[nodiscard]] bool isReadable() const { return m_settings.status() == QSettings::NoError; }
 
-    [[nodiscard]] QByteArray text(QByteArray const& key, QByteArray const& fallback) const;
-    void setText(QByteArray const& key, QByteArray const& value);
+    [[nodiscard]] QByteArray text(QByteArray const& key, QByteArray const& fallback) const {
+        return m_settings.value(nameOf(key), fallback).toByteArray();
+    }
+    void setText(QByteArray const& key, QByteArray const& value) {
+        if (m_settings.contains(nameOf(key)) && text(key, {}) == value)
+            return;
+        m_settings.setValue(nameOf(key), value);
+        m_settings.sync();
+        if (!isReadable())
+            qWarning("pictara: the settings cannot be kept in %s", qUtf8Printable(m_settings.fileName()));
+    }
     /// The fallback also stands for a value that is no integer.
-    [[nodiscard]] int32_t integer(QByteArray const& key, int32_t fallback) const;
-    void setInteger(QByteArray const& key, int32_t value);
+    [[nodiscard]] int32_t integer(QByteArray const& key, int32_t fallback) const {
+        bool ok = false;
+        int32_t const value = text(key, {}).toInt(&ok);
+        return ok ? value : fallback;
+    }
+    void setInteger(QByteArray const& key, int32_t value) { setText(key, QByteArray::number(value)); }
 
 private:
-    void save();
+    // Percent-encoded, as "/" and "\" in a name would make groups.
+    [[nodiscard]] static QString nameOf(QByteArray const& key) {
+        return QString::fromLatin1(key.toPercentEncoding(" "));
+    }
 
-    QString m_file;
-    std::map<QByteArray, QByteArray> m_values;
-    bool m_isOnDisk = true; ///< the last change; else it is kept in memory only, and that was logged
+    QSettings m_settings;
 };
 } // namespace pictara

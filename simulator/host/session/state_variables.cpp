@@ -9,20 +9,16 @@ struct Default {
     int32_t value;
 };
 
+// All others are 0.
 constexpr Default kDefaults[] = {{"Auto Exposure", 1},
                                  {"Auto Exposure Inner Zone", 40},
                                  {"Auto Exposure Outer Zone", 40},
                                  {"Auto Exposure Target", 50},
                                  {"Auto Exposure Stability", 1},
                                  {"Auto Exposure Speed", 10},
-                                 {"Auto Exposure Minimum FPS", 0},
-                                 {"Auto Exposure Flicker Filter", 0},
                                  {"Auto Exposure Soft Limit", 1},
                                  {"Auto Exposure Soft Gain Limit", 10},
                                  {"Auto Exposure Software Gain Limit", 100},
-                                 {"Auto Exposure Freeze Gains", 0},
-                                 {"Auto Exposure Fade Saturation", 0},
-                                 {"Auto Exposure Fade Aperture", 0},
                                  {"White Balance", 2},
                                  {"Relative Red Gain", 1000},
                                  {"Relative Blue Gain", 1000},
@@ -31,25 +27,14 @@ constexpr Default kDefaults[] = {{"Auto Exposure", 1},
                                  {"Gamma", 9},
                                  {"Contrast", 20},
                                  {"Black Correct", 5},
-                                 {"Aperture Enable", 0},
-                                 {"Black CCM Kill Enable", 0},
-                                 {"Green Balance Enable", 0},
-                                 {"Noise Removal", 0},
-                                 {"Lens Correction Enable", 0},
                                  {"Lens Correction Falloff", 100},
                                  {"Lens Correction Coeff Prec", 16},
-                                 {"Lens Sim Enable Pwq", 0},
-                                 {"Lens Sim Enable Poly", 0},
-                                 {"WB Adjust Gains", 0},
-                                 {"WB Manual Left", 0},
                                  {"WB Manual Right", 3},
                                  {"WB Manual Position", 100},
                                  {"WB Manual RedGreen", 100},
                                  {"WB Manual BlueGreen", 100},
                                  {"WB Interpolate Saturation", 1},
-                                 {"WB Normalize Matrix", 1},
-                                 {"sRGB Color Standard", 0},
-                                 {"Auto Luma Range", 0}};
+                                 {"WB Normalize Matrix", 1}};
 } // namespace
 
 StateVariables::StateVariables(simulator::CameraDescription const& camera) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 
 #include <QAbstractTableModel>
 #include <cstdint>

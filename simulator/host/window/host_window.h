@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/host/session/watching.h"
+#include "simulator/boundary/boundary.h"
 #include "simulator/host/window/call_log.h"
 
 #include <QMainWindow>

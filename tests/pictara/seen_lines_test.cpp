@@ -1,4 +1,5 @@
-#include "simulator/host/recording/recorded_lines.h"
+#include "simulator/host/recording/seen_lines.h"
+#include "simulator/host/session/words.h"
 
 #include <gtest/gtest.h>
 
@@ -41,6 +42,14 @@ TEST(ShownLines, HoldNoTimeOfDay) {
     };
     EXPECT_EQ(longRead("2026/11/21 16:42:49"), longRead("2027/01/01 00:00:00"));
     EXPECT_NE(longRead("2026/11/21 16:42:49"), longRead("2026/11/21 16-42-49"));
+}
+
+// A recording is read again: whatever was typed must come out as it went in.
+TEST(Words, AnyTextSurvivesItsLine) {
+    QStringList const words = {"set", "Save_Dir", "C:\\Prüf \"stand\" 1\\", "", "#1", "\"", "a#b"};
+    QString error;
+    EXPECT_EQ(wordsOf(lineOf(words) + " # comment", &error), words);
+    EXPECT_FALSE(wordsOf("set Save_Dir \"open", &error));
 }
 } // namespace
 } // namespace pictara

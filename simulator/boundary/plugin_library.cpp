@@ -1,6 +1,6 @@
-#include "simulator/host/session/plugin_library.h"
+#include "simulator/boundary/plugin_library.h"
 
-#include "simulator/host/session/boundary.h"
+#include "simulator/boundary/boundary.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

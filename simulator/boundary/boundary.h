@@ -26,23 +26,20 @@ class BoundaryObserver {
 public:
     virtual ~BoundaryObserver() = default;
     /// The host, or a person at it, is about to do something from which calls may come: a frame, a tick, a
-    /// button. The text is a line of a script.
-    virtual void doing(QByteArray const& input) = 0;
+    /// button. The words are those of a line of a script.
+    virtual void doing(QStringList const& words) = 0;
     virtual void began(BoundaryCall const& call, int depth) = 0;
     /// Of the innermost open call. The result is empty when there is none.
     virtual void ended(BoundaryCall const& call, int depth, QByteArray const& result) = 0;
 };
 
 /// The boundary between host and plug-in, which is the process's: services and library functions have no
-/// context. Observers are told on the GUI thread, in the order in which they were added, and outlive their
-/// watching; without one nothing is written down.
+/// context. Its observer is told on the GUI thread; without one nothing is written down.
 class Boundary {
 public:
     [[nodiscard]] static Boundary& instance();
 
-    void add(BoundaryObserver& observer);
-    void remove(BoundaryObserver& observer);
-    [[nodiscard]] bool isObserved() const { return !m_observers.empty(); }
+    [[nodiscard]] bool isObserved() const { return m_observer != nullptr; }
 
     void doing(QStringList const& words);
     void begin(CallSource source, char const* name, QByteArray const& local8BitArguments);
@@ -54,9 +51,10 @@ public:
     [[nodiscard]] bool isHostAtWork() const { return m_hostDepth > 0; }
 
 private:
+    friend class Watching;
     Boundary() = default;
 
-    std::vector<BoundaryObserver*> m_observers;
+    BoundaryObserver* m_observer = nullptr;
     std::vector<BoundaryCall> m_open;
     int m_hostDepth = 0;
 };
@@ -79,5 +77,20 @@ public:
     ~HostAtWork() { Boundary::instance().leaveHost(); }
     HostAtWork(HostAtWork const&) = delete;
     HostAtWork& operator=(HostAtWork const&) = delete;
+};
+
+/// As long as this object stands, its observer is told of every call across the boundary, those on the
+/// stand-in libraries included. Libraries of another make cannot be watched; their calls go unseen.
+class Watching {
+public:
+    /// `pluginFile` as a host's user names it, empty for that beside the program; beside the plug-in lie its
+    /// libraries. The observer outlives this, and is the only one meanwhile.
+    Watching(BoundaryObserver& observer, QString const& pluginFile);
+    ~Watching();
+    Watching(Watching const&) = delete;
+    Watching& operator=(Watching const&) = delete;
+
+    /// Names of the libraries that cannot be watched.
+    [[nodiscard]] static QStringList unwatched();
 };
 } // namespace pictara
