@@ -32,7 +32,7 @@ def try_one(programs, seeds, seed, number, only):
     """One hostile file. Returns what was tried, how it ended, and a finding or None."""
     chance = random.Random(f"{seed}/{number}")
     inputs = [row for row in inputs_of(seeds) if only in row.name]
-    outputs = [row for row in outputs_of() if only in row.name]
+    outputs = [row for row in outputs_of(seeds) if only in row.name]
     with tempfile.TemporaryDirectory(prefix="hostile-") as name:
         folder = Path(name)
         is_special = not inputs or chance.random() < _SPECIAL_SHARE
@@ -48,6 +48,7 @@ def try_one(programs, seeds, seed, number, only):
             return row.name, f"output is a {kind}", end, finding
         row = chance.choice(inputs)
         path = folder / row.file
+        path.parent.mkdir(exist_ok=True)
         if is_special:
             kind = chance.choice(SPECIALS)
             named = make_special(kind, path)

@@ -16,7 +16,7 @@ _LONGEST = 60  # seconds; then the program is asked to end
 _PATIENCE = 30  # seconds for it to do so
 _MEMORY = 3 << 30
 _PROCESSOR_TIME = 120
-_CODES = {"pictara-sim": {0, 1, 2, 3, 4, 5, 6, 7}, "headboard-config": {0, 1, 2}, "headboard-image": {0, 1, 2}}
+_CODES = {"pictara-sim": {*range(10)}, "headboard-config": {0, 1, 2}, "headboard-image": {0, 1, 2}}
 _TEMPORARY = re.compile(r"\.[A-Za-z]{6}$")
 _INTERRUPTED = 130
 _SMALL = {"width": 160, "height": 120}
@@ -34,7 +34,7 @@ def half_written(folder):
         data = path.read_bytes()
         whole = {".png": data.endswith(b"IEND\xaeB`\x82"), ".html": data.rstrip().endswith(b"</html>"),
                  ".bin": len(data) == 8192, ".txt": data.endswith(b"\n")}
-        if path.suffix in (".json", ".conditions"):
+        if path.suffix == ".json":
             try:
                 json.loads(data)
             except ValueError:
@@ -131,11 +131,11 @@ class Seeds:
         self._make(programs, ["pictara-sim", "--run-all", "--profile", self.plain, "--output", folder / "out2",
                               "--record", recording])
         self.eeproms = [out / "eeprom.bin", self._write("formatted.bin", b"VYEE\x01\xff" + b"\xff" * 8186)]
-        self.conditions = [out / "eeprom.bin.conditions"]
         self.settings = [out / "settings.ini"]
         self.presets = [programs.folder / "pictara.ini", next(out.glob("POLY*.ini"))]
         self.recordings = [recording, self._write("short.txt", "".join(
             recording.read_text().partition("\nframe 7\n")[0:2]))]
+        self.few = self._write("few.txt", "press Run_All\nframes 12\n")
         self.scripts = [self._write("walk.txt", "# by hand\npress LensCalibSetup\nset FallOff 80%\nset Prom_Label "
                                                 "\"By hand\"\nframes 6\nlight 3200 1\nfault error-12@9\npress AE\n"
                                                 "wait AE_Status Done. 60\nexpect SETUP_Status Done.\ntick 2\n"
@@ -186,12 +186,13 @@ class Input:
             (folder / name).write_bytes(source.read_bytes())
 
 
-# Reading comes first; a few frames tell whether what was read can be worked with.
-_FEW = ["--max-frames", "12", "--output", "out"]
+def _few_frames(seeds):
+    """Reading comes first; a few frames tell whether what was read can be worked with."""
+    return ["pictara-sim", "--output", "out", "--script", seeds.few]
 
 
 def inputs_of(seeds):
-    run = ["pictara-sim", "--run-all", *_FEW]
+    run = _few_frames(seeds)
     profile = ["--profile", seeds.profile]
     plain = ["--profile", seeds.plain]
     config = ["headboard-config", "--screenshot", "out.png", "--settings", "config.ini"]
@@ -214,9 +215,7 @@ def inputs_of(seeds):
             *config, "--eeprom", "e.bin", "--profile", path], file="input.json"),
         Input("--eeprom", "binary", seeds.eeproms, lambda path, _: [*run, *profile, "--eeprom", path]),
         Input("--replay-eeprom", "binary", seeds.eeproms, lambda path, _: [
-            *replay, path, *profile, *_FEW]),
-        Input("conditions", "json", seeds.conditions, lambda _, __: [*replay, "device.bin", *profile, *_FEW],
-              file="device.bin.conditions", companion=("device.bin", seeds.eeproms[0])),
+            *replay, path, *profile, "--output", "out"]),
         Input("--profile", "json", seeds.profiles, lambda path, _: [*run, "--profile", path], file="input.json",
               may_last=True),
         Input("--measure-shading of a --profile", "json", seeds.profiles, lambda path, _: [
@@ -231,9 +230,9 @@ def inputs_of(seeds):
         Input("--flat-field samples", "binary", seeds.samples, lambda path, _: [
             "pictara-sim", "--measure-shading", "lens.json", *plain, "--output", "out", "--flat-field", path]),
         Input("--ini", "text", seeds.presets, lambda path, _: [*run, *plain, "--ini", path]),
-        Input("--settings", "text", seeds.settings, lambda path, _: [*run, *plain, "--settings", path]),
+        Input("settings", "text", seeds.settings, lambda _, __: [*run, *plain], file="out/settings.ini"),
         Input("--script", "text", seeds.scripts, lambda path, _: [
-            "pictara-sim", "--script", path, *profile, *_FEW], may_last=True),
+            "pictara-sim", "--script", path, *profile, "--output", "out"], may_last=True),
         Input("--replay", "text", seeds.recordings, lambda path, _: ["pictara-sim", "--replay", path],
               may_last=True),
     ]
@@ -249,11 +248,11 @@ class Output:
         return [*self.words, path]
 
 
-def outputs_of():
-    few = ["pictara-sim", "--run-all", "--profile", "kind25", *_FEW]
+def outputs_of(seeds):
+    few = [*_few_frames(seeds), "--profile", seeds.plain]
     config = ["headboard-config", "--eeprom", "e.bin", "--settings", "c.ini", "--screenshot", "p.png"]
-    return [Output("to --record", [*few, "--record"]), Output("to --settings", [*few, "--settings"]),
-            Output("to --eeprom", ["pictara-sim", "--run-all", *_FEW, "--eeprom"]),
+    return [Output("to --record", [*few, "--record"]),
+            Output("to --eeprom", [*_few_frames(seeds), "--profile", seeds.profile, "--eeprom"]),
             Output("to --measure-shading", ["pictara-sim", "--output", "out", "--measure-shading"]),
             Output("to headboard-config --screenshot", [*config[:-2], "--screenshot"]),
             Output("to headboard-config --eeprom", [*config, "--eeprom"]),
