@@ -4,7 +4,9 @@ cmake_minimum_required(VERSION 3.25)
 # Each row: a folder, and the folders besides itself from which it may include.
 set(floor "published common")
 set(page "calibration wizard hoststate pictures headboard ${floor}")
-set(stand_ins "simulator/files simulator/boundary simulator/camera simulator/solver simulator/host")
+set(stand_ins "simulator/files simulator/boundary simulator/camera simulator/solver simulator/pictures simulator/host simulator/host/session simulator/host/report simulator/host/run simulator/host/recording simulator/host/window")
+set(below_host "published simulator/files simulator/boundary simulator/camera simulator/pictures")
+set(host "simulator/host/session simulator/host/report simulator/host/run simulator/host/recording simulator/host/window")
 set(product "plugin lsc_page apga_page config_page ${page}")
 set(rows
     "published:"
@@ -19,10 +21,16 @@ set(rows
     "config_page: wizard headboard ${floor}"
     "plugin: ${product}"
     "simulator/files:"
-    "simulator/boundary:"
+    "simulator/boundary: published"
     "simulator/camera: published simulator/files simulator/boundary"
     "simulator/solver: published simulator/files simulator/boundary" # not the camera: it sees frames and registers alone
-    "simulator/host: published simulator/files simulator/boundary simulator/camera"
+    "simulator/pictures: simulator/camera"
+    "simulator/host/session: ${below_host}"
+    "simulator/host/report: ${below_host} simulator/host/session"
+    "simulator/host/run: ${below_host} simulator/host/session simulator/host/report"
+    "simulator/host/recording: ${below_host} simulator/host/session simulator/host/report simulator/host/run"
+    "simulator/host/window: ${below_host} simulator/host/session simulator/host/report simulator/host/run"
+    "simulator/host: ${below_host} ${host} tools/shading"
     "tools/headboard-image: headboard ${floor} simulator/files simulator/camera"
     "tools/headboard-config: config_page wizard headboard ${floor} simulator/files simulator/camera"
     "tools/screenshots: ${product} tests/support"

@@ -1,6 +1,6 @@
 #include "pictures/block_statistics.h"
 #include "simulator/host/report/block_report.h"
-#include "simulator/host/session/colour_pipeline.h"
+#include "simulator/pictures/colour_pipeline.h"
 #include "tests/pictara/test_frames.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "simulator/host/session/colour_pipeline.h"
-#include "simulator/host/session/row_source.h"
+#include "simulator/pictures/colour_pipeline.h"
+#include "simulator/pictures/row_source.h"
 #include "tests/pictara/test_frames.h"
 
 #include <gtest/gtest.h>

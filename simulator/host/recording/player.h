@@ -3,7 +3,7 @@
 #include "simulator/host/recording/placeholders.h"
 #include "simulator/host/recording/script.h"
 #include "simulator/host/run/progress_report.h"
-#include "simulator/host/session/headless_dialog.h"
+#include "simulator/host/session/dialog_page.h"
 
 namespace pictara {
 class Session;

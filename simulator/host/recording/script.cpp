@@ -2,7 +2,6 @@
 
 #include "simulator/files/whole_file.h"
 #include "simulator/host/recording/placeholders.h"
-#include "simulator/host/session/light_words.h"
 #include "simulator/host/session/words.h"
 
 #include <QDir>

@@ -1,7 +1,6 @@
 #include "simulator/files/interruption.h"
 #include "simulator/host/recording/player.h"
 #include "simulator/host/report/output_folder.h"
-#include "simulator/host/session/light_words.h"
 #include "simulator/host/session/session.h"
 
 #include <QDialog>
@@ -20,11 +19,6 @@ bool isCount(QStringList const& words) {
     bool ok = false;
     int const number = words.value(Index).toInt(&ok);
     return words.size() <= Index || (ok && number >= 1 && number <= kMostFrames);
-}
-
-std::optional<FaultWish> faultOf(QStringList const& words) {
-    auto const wish = parseFaultWish(words[0]);
-    return wish && canStrike(*wish) ? wish : std::nullopt;
 }
 
 bool beginLight(QStringList const& words, Script& script) {
@@ -183,7 +177,7 @@ struct Verbs {
     static bool fault(Player& player, QStringList const& words, QString* error) {
         if (!player.m_session.camera().hasEeprom())
             *error = QStringLiteral("the camera has no EEPROM");
-        else if (!player.m_session.injectFault(*faultOf(words)))
+        else if (!player.m_session.injectFault(*parseFaultWish(words[0])))
             *error = QStringLiteral("there is no fault \"%1\"; known are %2")
                          .arg(words[0], simulator::SimulatedCamera::faultNames().join(QLatin1String(", ")));
         return error->isEmpty();
@@ -217,9 +211,9 @@ struct Verbs {
              }},
             {"fault", 1, 1, "fault NAME[@N][+] with N from 1",
              [](QStringList const& words, Script& script) {
-                 return bool(script.options.fault = faultOf(words));
+                 return bool(script.options.fault = parseFaultWish(words[0]));
              },
-             fault, [](QStringList const& words) { return bool(faultOf(words)); }},
+             fault, [](QStringList const& words) { return bool(parseFaultWish(words[0])); }},
             {"register", 2, 2, "register NAME VALUE", nullptr, reg},
             {"open", 0, 0, "open", nullptr,
              [](Player& player, QStringList const&, QString* error) { return player.open(error); }},

@@ -7,7 +7,7 @@
 #include "simulator/host/run/progress_report.h"
 #include "simulator/host/run/refusal.h"
 #include "simulator/host/run/run_verdict.h"
-#include "simulator/host/session/headless_dialog.h"
+#include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 

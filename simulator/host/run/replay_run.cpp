@@ -5,7 +5,7 @@
 #include "simulator/host/report/run_report.h"
 #include "simulator/host/run/closing_measurement.h"
 #include "simulator/host/run/progress_report.h"
-#include "simulator/host/session/headless_dialog.h"
+#include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 

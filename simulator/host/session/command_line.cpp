@@ -1,8 +1,5 @@
 #include "simulator/host/session/command_line.h"
 
-#include "simulator/camera/simulated_camera.h"
-#include "simulator/host/session/light_ranges.h"
-
 #include <QCommandLineParser>
 #include <algorithm>
 
@@ -38,9 +35,7 @@ QString setSeed(QString const& value, Options& options) {
 
 QString setFault(QString const& value, Options& options) {
     options.fault = parseFaultWish(value);
-    return options.fault && canStrike(*options.fault)
-               ? QString()
-               : QStringLiteral("NAME, NAME@N, NAME+ or NAME@N+ with N from 1");
+    return options.fault ? QString() : QStringLiteral("NAME, NAME@N, NAME+ or NAME@N+ with N from 1");
 }
 
 QString addCompared(QString const& value, Options& options) {
@@ -164,6 +159,12 @@ QString conflictIn(QStringList const& given, QStringList const& runs, Options co
     return found == std::end(conflicts) ? QString() : QString::fromLatin1(found->told);
 }
 } // namespace
+
+simulator::Light lightOf(Options const& options) {
+    constexpr double kUsualLamp = 5000; // kelvin
+    return {options.lightKelvin.value_or(kUsualLamp), options.lightLevel, options.lightGradient,
+            options.objectInPicture};
+}
 
 CommandLine parseCommandLine(QStringList const& arguments) {
     QCommandLineParser parser;

@@ -1,11 +1,6 @@
 #pragma once
 
-#include "simulator/host/session/fault_wish.h"
-
-#include <QString>
-#include <QStringList>
-#include <cstdint>
-#include <optional>
+#include "simulator/host/session/words.h"
 
 namespace pictara {
 /// Exit codes of the program.
@@ -62,6 +57,9 @@ struct Options {
         return !measureShadingFile.isEmpty() || !comparedFiles.isEmpty();
     }
 };
+
+/// The lamp of the options, or the usual one.
+[[nodiscard]] simulator::Light lightOf(Options const& options);
 
 /// The options, or, when there is nothing to run, a text for the user and the exit code.
 struct CommandLine {

@@ -1,6 +1,6 @@
 #include "simulator/host/session/exposure_loop.h"
 
-#include "simulator/host/session/row_source.h"
+#include "simulator/pictures/row_source.h"
 
 #include <algorithm>
 #include <array>

@@ -4,9 +4,25 @@
 #include "simulator/host/session/exposure_loop.h"
 
 #include <QtDebug>
+#include <algorithm>
 
 namespace pictara {
 namespace {
+// Gains in thousandths, "Saturation" in tenths, "Gamma" and "Contrast" in twentieths, "Black Correct" in
+// thousandths of full scale.
+ColourSettings colourSettings(StateVariables const& states) {
+    auto const share = [&](char const* name, double unit, double low, double high) {
+        return std::clamp(states.read(name) / unit, low, high);
+    };
+    return {.redGain = share("Relative Red Gain", 1000, 0, 64),
+            .blueGain = share("Relative Blue Gain", 1000, 0, 64),
+            .colourCorrection = states.read("Color Correction") == 1,
+            .saturation = share("Saturation", 10, 0, 10),
+            .displayExponent = share("Gamma", 20, 0.05, 5),
+            .contrast = share("Contrast", 20, 0, 10),
+            .blackLift = share("Black Correct", 1000, 0, 0.5)};
+}
+
 constexpr char kExposureRegister[] = "COARSE_INTEGRATION_TIME";
 } // namespace
 

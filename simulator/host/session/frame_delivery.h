@@ -1,9 +1,9 @@
 #pragma once
 
 #include "simulator/boundary/plugin_library.h"
-#include "simulator/host/session/colour_pipeline.h"
-#include "simulator/host/session/row_source.h"
 #include "simulator/host/session/sensor_registers.h"
+#include "simulator/host/session/state_variables.h"
+#include "simulator/pictures/colour_pipeline.h"
 
 namespace pictara {
 /// The host's display loop, one frame a call: the camera exposes, the exposure loop steps, the plug-in sees

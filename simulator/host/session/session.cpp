@@ -2,7 +2,6 @@
 
 #include "simulator/boundary/boundary.h"
 #include "simulator/files/whole_file.h"
-#include "simulator/host/session/light_words.h"
 
 #include <QCoreApplication>
 #include <QDialog>

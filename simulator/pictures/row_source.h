@@ -1,11 +1,24 @@
 #pragma once
 
-#include "simulator/host/session/colour_settings.h"
+#include "simulator/camera/simulated_camera.h"
 
 #include <functional>
 #include <vector>
 
 namespace pictara {
+/// How a host shows light, as plain numbers.
+struct ColourSettings {
+    double redGain = 1; ///< relative to green
+    double blueGain = 1;
+    bool colourCorrection = false; ///< whether the camera's colour matrix is applied
+    double saturation = 1;
+    double displayExponent = 1; ///< display value = light to this power
+    double contrast = 1;        ///< slope of the display value about mid-grey
+    double blackLift = 0;       ///< light that is shown as black, as a share of full scale
+
+    bool operator==(ColourSettings const&) const = default;
+};
+
 /// One row of linear light, 0 at the black level and 1 at full scale.
 struct ColourRow {
     std::vector<float> red, green, blue;

@@ -1,16 +1,18 @@
-#include "simulator/host/session/colour_pipeline.h"
-
-#include "simulator/host/session/row_source.h"
+#include "simulator/pictures/colour_pipeline.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace pictara {
+namespace {
+// The display value, 0 to 1, of linear light.
 double shownValue(double light, ColourSettings const& settings) {
     double const lifted = (light - settings.blackLift) / (1 - settings.blackLift);
     double const shown = std::pow(std::max(lifted, 0.0), settings.displayExponent);
     return std::clamp((shown - 0.5) * settings.contrast + 0.5, 0.0, 1.0);
 }
+
+} // namespace
 
 ToneCurve::ToneCurve(ColourSettings const& settings) {
     for (int i = 0; i <= kSteps; ++i)

@@ -1,15 +1,11 @@
 #pragma once
 
-#include "simulator/host/session/colour_settings.h"
+#include "simulator/pictures/row_source.h"
 
 #include <QImage>
 #include <array>
 
 namespace pictara {
-/// The display value, 0 to 1, of linear light: black lift, then the display exponent, then contrast about
-/// mid-grey.
-[[nodiscard]] double shownValue(double light, ColourSettings const& settings);
-
 /// From linear light to display values 0 to 255: black lift, then the display exponent, then contrast about
 /// mid-grey. Light below black shows 0, light above full scale shows 255 at a contrast of 1.
 class ToneCurve {

@@ -1,4 +1,4 @@
-#include "simulator/host/session/row_source.h"
+#include "simulator/pictures/row_source.h"
 
 #include <algorithm>
 #include <array>
