@@ -1,6 +1,5 @@
 #include "simulator/files/interruption.h"
 #include "simulator/host/recording/play.h"
-#include "simulator/host/recording/recorder.h"
 #include "simulator/host/run/calibration_run.h"
 #include "simulator/host/run/replay_run.h"
 #include "simulator/host/session/message_log.h"
@@ -80,20 +79,6 @@ int sit(Options const& options, Script const* script) {
     return code == kExitDone ? kExitNotCalibrated : code;
 }
 
-int sitAndRecord(Options const& options, Script const* script) {
-    QString error;
-    std::unique_ptr<Recorder> const recorder = Recorder::start(options, &error);
-    if (!recorder) {
-        complain(error);
-        return kExitUsage;
-    }
-    int const code = sit(options, script);
-    if (recorder->finish(&error))
-        return code;
-    complain(error);
-    return code == kExitDone ? kExitNotCalibrated : code;
-}
-
 int runByOptions(Options const& given) {
     if (given.isAboutShading())
         return runShading(given);
@@ -110,7 +95,8 @@ int runByOptions(Options const& given) {
     }
     Script const* const told = script ? &*script : nullptr;
     Options const& options = told ? told->options : given;
-    return options.recordingFile.isEmpty() ? sit(options, told) : sitAndRecord(options, told);
+    auto const sitting = [&] { return sit(options, told); };
+    return options.recordingFile.isEmpty() ? sitting() : recordWhile(options, sitting);
 }
 } // namespace
 

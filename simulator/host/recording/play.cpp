@@ -2,6 +2,7 @@
 
 #include "simulator/boundary/boundary.h"
 #include "simulator/files/interruption.h"
+#include "simulator/files/whole_file.h"
 #include "simulator/host/recording/player.h"
 #include "simulator/host/recording/seen_lines.h"
 #include "simulator/host/report/output_folder.h"
@@ -130,5 +131,29 @@ int replayRecording(Options const& given) {
     std::printf("%s: all %d calls after %d inputs are equal.\n", qPrintable(given.replayedRecordingFile),
                 replay.calls(), int(script->commands.size()));
     return kExitDone;
+}
+
+int recordWhile(Options const& options, std::function<int()> const& sit) {
+    QString error;
+    if (!files::isReplaceable(options.recordingFile, &error)) {
+        complain(QStringLiteral("The recording %1 cannot be written: %2").arg(options.recordingFile, error));
+        return kExitUsage;
+    }
+    QByteArray const beginning = beginningOf(options);
+    QByteArray text;
+    SeenLines lines(placeholdersOf(options), [&](QByteArray const& line) { text += line + '\n'; });
+    int code = kExitDone;
+    {
+        Watching const watching(lines, options.pluginFile);
+        for (QString const& library : Watching::unwatched())
+            complain(QStringLiteral("The calls on the library %1 cannot be recorded.").arg(library));
+        code = sit();
+    }
+    lines.flush();
+    // A session that did not open leaves nothing to keep.
+    if (text.isEmpty() || files::write(options.recordingFile, beginning + text, &error))
+        return code;
+    complain(error);
+    return code == kExitDone ? kExitNotCalibrated : code;
 }
 } // namespace pictara

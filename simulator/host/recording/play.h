@@ -2,6 +2,8 @@
 
 #include "simulator/host/recording/script.h"
 
+#include <functional>
+
 namespace pictara {
 class Session;
 
@@ -14,4 +16,9 @@ class Session;
 /// and compares the calls. Names the first that differs. Returns kExitDone when all are equal,
 /// kExitNotCalibrated when one differs, kExitUsage when the recording cannot be replayed.
 [[nodiscard]] int replayRecording(Options const& options);
+
+/// Keeps all that crosses the boundary while `sit` works in the options' file, whole or not at all; what the
+/// options' files hold at the beginning is part of it. Returns what `sit` does, or another exit code when the
+/// file cannot be written, which is told.
+[[nodiscard]] int recordWhile(Options const& options, std::function<int()> const& sit);
 } // namespace pictara

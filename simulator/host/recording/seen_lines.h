@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/host/recording/placeholders.h"
 #include "simulator/boundary/boundary.h"
+#include "simulator/host/recording/placeholders.h"
 
 #include <functional>
 
