@@ -1,0 +1,171 @@
+#include "simulator/files/json_place.h"
+
+#include "simulator/files/whole_file.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QStringList>
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace files {
+namespace {
+constexpr qint64 kMostBytes = 16 << 20; // numbers for the largest grid that anybody measures
+
+QString at(QString const& file, QString const& path, QString const& what) {
+    return file + QLatin1String(": ") + (path.isEmpty() ? what : path + QLatin1String(": ") + what);
+}
+} // namespace
+
+JsonPlace::JsonPlace(QJsonObject const& root, QString file, QString* error)
+    : m_value(root), m_file(std::move(file)), m_error(error) {}
+
+JsonPlace JsonPlace::child(QJsonValue const& value, QString const& path) const {
+    JsonPlace place = *this;
+    place.m_value = value;
+    place.m_path = path;
+    return place;
+}
+
+void JsonPlace::fail(QString const& what) const {
+    if (m_error->isEmpty())
+        *m_error = at(m_file, m_path, what);
+}
+
+bool JsonPlace::has(char const* key) const { return m_value.toObject().contains(QLatin1String(key)); }
+
+JsonPlace JsonPlace::operator[](char const* key) const {
+    QString const name = QString::fromUtf8(key);
+    QJsonObject const members = object();
+    if (m_value.isObject() && !members.contains(name))
+        fail(QStringLiteral("the key \"%1\" is missing").arg(name));
+    return child(members.value(name), m_path.isEmpty() ? name : m_path + QLatin1Char('.') + name);
+}
+
+std::vector<JsonPlace> JsonPlace::items(size_t count) const {
+    QJsonArray const array = m_value.toArray();
+    if (!m_value.isArray())
+        fail(QStringLiteral("an array is expected"));
+    else if (count != 0 && size_t(array.size()) != count)
+        fail(QStringLiteral("%1 values are expected, not %2").arg(count).arg(array.size()));
+    std::vector<JsonPlace> places;
+    places.reserve(size_t(array.size()));
+    for (int i = 0; i < array.size(); ++i)
+        places.push_back(child(array.at(i), QStringLiteral("%1[%2]").arg(m_path).arg(i)));
+    // Whoever asked for a count may index by it even when the file is at fault.
+    while (places.size() < count)
+        places.push_back(child(QJsonValue(), m_path));
+    return places;
+}
+
+std::vector<JsonPlace> JsonPlace::someItems(size_t most, char const* noun) const {
+    std::vector<JsonPlace> places = items();
+    if (places.empty())
+        fail(QStringLiteral("at least one %1 is needed").arg(QLatin1String(noun)));
+    if (places.size() > most) {
+        places[most].fail(QStringLiteral("no more than %1 %2s are read").arg(most).arg(QLatin1String(noun)));
+        places.erase(places.begin() + std::ptrdiff_t(most), places.end());
+    }
+    return places;
+}
+
+QStringList JsonPlace::keys() const { return object().keys(); }
+
+double JsonPlace::number(double least, double most) const {
+    if (!m_value.isDouble() || !std::isfinite(m_value.toDouble())) {
+        fail(QStringLiteral("a number is expected"));
+        return std::max(least, 0.0);
+    }
+    double const value = m_value.toDouble();
+    if (value < least || value > most)
+        fail(QStringLiteral("%1 lies outside %2 to %3").arg(value).arg(least).arg(most));
+    return value;
+}
+
+uint32_t JsonPlace::integer(uint32_t least, uint32_t most) const {
+    bool isWhole = false;
+    qulonglong value = 0;
+    if (m_value.isString()) {
+        value = m_value.toString().toULongLong(&isWhole, 0);
+    } else if (m_value.isDouble()) {
+        double const number = m_value.toDouble();
+        isWhole = number >= 0 && number <= 0xFFFFFFFF && number == std::floor(number);
+        value = isWhole ? qulonglong(number) : 0;
+    }
+    bool const isWithin = value >= least && value <= most;
+    if (!isWhole)
+        fail(QStringLiteral("a whole number is expected"));
+    else if (!isWithin)
+        fail(QStringLiteral("%1 lies outside %2 to %3").arg(value).arg(least).arg(most));
+    return isWhole && isWithin ? uint32_t(value) : least;
+}
+
+uint32_t JsonPlace::integerOr(uint32_t otherwise, char const* key, uint32_t least, uint32_t most) const {
+    return has(key) ? (*this)[key].integer(least, most) : otherwise;
+}
+
+QString JsonPlace::text() const {
+    if (!m_value.isString())
+        fail(QStringLiteral("a text is expected"));
+    return m_value.toString();
+}
+
+size_t JsonPlace::choice(std::initializer_list<char const*> names) const {
+    QStringList known;
+    for (char const* const name : names)
+        known.append(QString::fromLatin1(name));
+    QString const chosen = text();
+    int const index = known.indexOf(chosen);
+    if (index < 0)
+        fail(QStringLiteral("\"%1\" is none of %2").arg(chosen, known.join(QStringLiteral(", "))));
+    return size_t(std::max(index, 0));
+}
+
+bool JsonPlace::flag() const {
+    if (!m_value.isBool())
+        fail(QStringLiteral("true or false is expected"));
+    return m_value.toBool();
+}
+
+QJsonObject JsonPlace::object() const {
+    if (!m_value.isObject())
+        fail(QStringLiteral("an object is expected"));
+    return m_value.toObject();
+}
+
+std::optional<QJsonObject> parseJson(QByteArray const& text, QString const& name, QString* error) {
+    QJsonParseError fault{};
+    QJsonDocument const document = QJsonDocument::fromJson(text, &fault);
+    if (fault.error != QJsonParseError::NoError)
+        *error = at(name, QStringLiteral("line %1").arg(text.left(fault.offset).count('\n') + 1),
+                    fault.errorString());
+    else if (!document.isObject())
+        *error = at(name, {}, QStringLiteral("an object is expected"));
+    else
+        return document.object();
+    return std::nullopt;
+}
+
+std::optional<QJsonObject> readJson(QString const& file, QString* error) {
+    if (auto const text = files::read(file, kMostBytes, error))
+        return parseJson(*text, QFileInfo(file).fileName(), error);
+    // Where it was looked for is what its user needs to know.
+    *error = at(file, {}, QStringLiteral("cannot be read: %1").arg(*error));
+    return std::nullopt;
+}
+
+QJsonObject mergedJson(QJsonObject base, QJsonObject const& changes) {
+    for (auto member = changes.begin(); member != changes.end(); ++member) {
+        QJsonValue const& change = member.value();
+        if (change.isNull())
+            base.remove(member.key());
+        else
+            base.insert(member.key(), change.isObject()
+                                          ? mergedJson(base.value(member.key()).toObject(), change.toObject())
+                                          : change);
+    }
+    return base;
+}
+} // namespace files
