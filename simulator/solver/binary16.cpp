@@ -19,10 +19,9 @@ uint16_t toBinary16(double value) {
     int const exponent = std::max(std::ilogb(magnitude), kSmallestExponent);
     // Significand with its leading bit, 1024..2047 for normal numbers. Adding instead of masking lets a carry
     // of the rounding run into the exponent, where it belongs.
-    auto const significand =
-        static_cast<int>(std::nearbyint(std::ldexp(magnitude, kFractionBits - exponent)));
+    auto const significand = int(std::nearbyint(std::ldexp(magnitude, kFractionBits - exponent)));
     int const bits = ((exponent - kSmallestExponent) << kFractionBits) + significand;
-    return static_cast<uint16_t>(sign | bits);
+    return uint16_t(sign | bits);
 }
 
 double fromBinary16(uint16_t bits) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <span>
 
 namespace solver {
@@ -13,24 +14,35 @@ constexpr double kNoiseLimit = 4;       // standard deviations from the median t
 constexpr double kSigmaPerMad = 1.4826; // standard deviation of a normal distribution per median deviation
 constexpr double kQuantisation = 1.5;   // counts; the deviation of nearly noiseless samples is a step
 
-std::vector<int> evenEdges(int length, int blocks) {
-    std::vector<int> edges;
-    for (int i = 0; i < blocks; ++i)
-        edges.push_back(static_cast<int>(static_cast<int64_t>(length) * i / blocks) & ~1);
-    edges.push_back(length);
-    return edges;
-}
+/// The blocks into which the array is cut, as the delivered picture shows them.
+struct BlockGrid {
+    std::vector<int> columnEdges; ///< ascending, one more than columns
+    std::vector<int> rowEdges;
 
-/// Block edges as the delivered picture shows them.
-std::vector<int> deliveredEdges(std::vector<int> edges, bool reversed) {
-    if (reversed) {
-        int const length = edges.back();
-        std::reverse(edges.begin(), edges.end());
-        for (int& edge : edges)
-            edge = length - edge;
+    BlockGrid(Geometry const& array, FrameSampling const& sampling) {
+        int const columns = std::min(array.width / kSmallestBlock, kMostColumns);
+        int const square = std::max(array.width / columns, kSmallestBlock);
+        int const rows = std::clamp(array.height / square, 6, kMostColumns);
+        columnEdges = edges(array.width, columns, sampling.mirrored);
+        rowEdges = edges(array.height, rows, sampling.upsideDown);
     }
-    return edges;
-}
+    [[nodiscard]] size_t columns() const { return columnEdges.size() - 1; }
+    [[nodiscard]] size_t rows() const { return rowEdges.size() - 1; }
+
+private:
+    static std::vector<int> edges(int length, int blocks, bool reversed) {
+        std::vector<int> result;
+        for (int i = 0; i < blocks; ++i)
+            result.push_back(int(int64_t(length) * i / blocks) & ~1);
+        result.push_back(length);
+        if (reversed) {
+            std::reverse(result.begin(), result.end());
+            for (int& edge : result)
+                edge = length - edge;
+        }
+        return result;
+    }
+};
 
 /// First position of the series first, first + step, ... at or after `start`.
 int firstFrom(int start, int first, int step) { return start + ((first - start) % step + step) % step; }
@@ -50,34 +62,15 @@ std::vector<double> positions(std::vector<int> const& edges, int first, int step
     return result;
 }
 
-uint16_t sampleAt(unsigned char const* bytes, bool twoBytes) {
-    return static_cast<uint16_t>(twoBytes ? bytes[0] | bytes[1] << 8 : bytes[0]);
-}
-
-/// Samples of one component in the blocks of one block row.
-using BlockRow = std::vector<std::vector<uint16_t>>;
-
-void collectRow(unsigned char const* row, ComponentSampling const& component, FrameSampling const& sampling,
-                std::vector<int> const& columnEdges, BlockRow& blocks) {
-    for (size_t i = 0; i + 1 < columnEdges.size(); ++i) {
-        auto& samples = blocks[i];
-        for (int x = firstFrom(columnEdges[i], component.firstColumn, component.columnStep);
-             x < columnEdges[i + 1]; x += component.columnStep)
-            samples.push_back(
-                sampleAt(row + static_cast<size_t>(x) * sampling.bytesPerPixel + component.byteOffset,
-                         sampling.twoByteSamples));
-    }
-}
-
 /// Mean of the samples that lie within the noise around their median: hot and dead pixels and specks of dust
 /// do not count. `samples` is reordered and must not be empty.
 double robustMean(std::span<uint16_t> samples) {
-    auto const middle = samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2);
+    auto const middle = samples.begin() + std::ptrdiff_t(samples.size() / 2);
     std::nth_element(samples.begin(), middle, samples.end());
     int const median = *middle;
     std::vector<uint16_t> deviations(samples.size());
     std::transform(samples.begin(), samples.end(), deviations.begin(),
-                   [&](uint16_t sample) { return static_cast<uint16_t>(std::abs(sample - median)); });
+                   [&](uint16_t sample) { return uint16_t(std::abs(sample - median)); });
     auto const middleDeviation = deviations.begin() + (middle - samples.begin());
     std::nth_element(deviations.begin(), middleDeviation, deviations.end());
     double const limit = kNoiseLimit * kSigmaPerMad * *middleDeviation + kQuantisation;
@@ -88,64 +81,64 @@ double robustMean(std::span<uint16_t> samples) {
         sum += counts ? sample : 0;
         count += counts ? 1 : 0;
     }
-    return static_cast<double>(sum) / static_cast<double>(count);
+    return double(sum) / double(count);
 }
 
-/// Reduces a block row's samples to their means and empties it.
-struct RowReduction {
-    ComponentMeans& means;
-    double whiteLevel;
-    size_t samples = 0;
-    size_t clipped = 0;
-
-    void reduce(BlockRow& row, size_t firstBlock, bool mirrored) {
-        for (size_t i = 0; i < row.size(); ++i) {
-            auto& block = row[i];
-            auto const above = static_cast<size_t>(std::count_if(
-                block.begin(), block.end(), [&](uint16_t sample) { return sample >= whiteLevel; }));
-            samples += block.size();
-            clipped += above;
-            size_t const place = firstBlock + (mirrored ? row.size() - 1 - i : i);
-            means.clipped[place] = static_cast<double>(above) / static_cast<double>(block.size());
-            means.mean[place] = robustMean(block);
-            block.clear();
+/// The samples of one component in a block of the delivered picture.
+void collect(unsigned char const* frame, int width, FrameSampling const& sampling,
+             ComponentSampling const& component, std::span<int const> columns, std::span<int const> rows,
+             std::vector<uint16_t>& samples) {
+    samples.clear();
+    for (int y = firstFrom(rows[0], component.firstRow, component.rowStep); y < rows[1];
+         y += component.rowStep)
+        for (int x = firstFrom(columns[0], component.firstColumn, component.columnStep); x < columns[1];
+             x += component.columnStep) {
+            auto const pixel = size_t(y) * size_t(width) + size_t(x);
+            auto const* const bytes = frame + pixel * sampling.bytesPerPixel + component.byteOffset;
+            samples.push_back(uint16_t(sampling.twoByteSamples ? bytes[0] | bytes[1] << 8 : bytes[0]));
         }
-    }
-};
+}
 
-/// Reads a frame of the array's size once, in memory order, into the means of each component.
-std::vector<ComponentMeans> readBlocks(void const* frame, Geometry const& array, BlockGrid const& grid,
-                                       FrameSampling const& sampling, double whiteLevel) {
-    auto const columnEdges = deliveredEdges(grid.columnEdges, sampling.mirrored);
-    auto const rowEdges = deliveredEdges(grid.rowEdges, sampling.upsideDown);
-    auto const columns = static_cast<size_t>(grid.columns());
-    auto const rows = static_cast<size_t>(grid.rows());
-    std::vector<ComponentMeans> means(sampling.components.size());
-    std::vector<RowReduction> reductions;
-    for (size_t i = 0; i < means.size(); ++i) {
-        auto const& component = sampling.components[i];
-        means[i].x = positions(columnEdges, component.firstColumn, component.columnStep, sampling.mirrored);
-        means[i].y = positions(rowEdges, component.firstRow, component.rowStep, sampling.upsideDown);
-        means[i].mean.resize(grid.blocks());
-        means[i].clipped.resize(grid.blocks());
-        reductions.push_back({means[i], whiteLevel});
-    }
-    std::vector<BlockRow> blocks(means.size(), BlockRow(columns));
-    size_t const rowBytes = static_cast<size_t>(array.width) * sampling.bytesPerPixel;
-    auto const* row = static_cast<unsigned char const*>(frame);
-    for (size_t blockRow = 0; blockRow < rows; ++blockRow) {
-        for (int y = rowEdges[blockRow]; y < rowEdges[blockRow + 1]; ++y, row += rowBytes)
-            for (size_t i = 0; i < means.size(); ++i)
-                if (y % sampling.components[i].rowStep == sampling.components[i].firstRow)
-                    collectRow(row, sampling.components[i], sampling, columnEdges, blocks[i]);
-        size_t const arrayRow = sampling.upsideDown ? rows - 1 - blockRow : blockRow;
-        for (size_t i = 0; i < means.size(); ++i)
-            reductions[i].reduce(blocks[i], arrayRow * columns, sampling.mirrored);
-    }
-    for (size_t i = 0; i < means.size(); ++i)
-        means[i].clippedShare =
-            static_cast<double>(reductions[i].clipped) / static_cast<double>(reductions[i].samples);
+ComponentMeans readComponent(void const* frame, int width, BlockGrid const& grid,
+                             FrameSampling const& sampling, ComponentSampling const& component,
+                             double whiteLevel) {
+    ComponentMeans means;
+    means.x = positions(grid.columnEdges, component.firstColumn, component.columnStep, sampling.mirrored);
+    means.y = positions(grid.rowEdges, component.firstRow, component.rowStep, sampling.upsideDown);
+    means.mean.resize(grid.columns() * grid.rows());
+    means.clipped.resize(means.mean.size());
+    double allSamples = 0;
+    double allClipped = 0;
+    std::vector<uint16_t> samples;
+    for (size_t row = 0; row < grid.rows(); ++row)
+        for (size_t column = 0; column < grid.columns(); ++column) {
+            collect(static_cast<unsigned char const*>(frame), width, sampling, component,
+                    std::span(grid.columnEdges).subspan(column, 2), std::span(grid.rowEdges).subspan(row, 2),
+                    samples);
+            auto const clipped = double(std::count_if(samples.begin(), samples.end(),
+                                                      [&](uint16_t sample) { return sample >= whiteLevel; }));
+            auto const count = double(samples.size());
+            size_t const arrayRow = sampling.upsideDown ? grid.rows() - 1 - row : row;
+            size_t const place =
+                arrayRow * grid.columns() + (sampling.mirrored ? grid.columns() - 1 - column : column);
+            means.clipped[place] = clipped / count;
+            means.mean[place] = robustMean(samples);
+            allSamples += count;
+            allClipped += clipped;
+        }
+    means.clippedShare = allClipped / allSamples;
     return means;
+}
+
+/// Components of a frame, one each of the sampling's.
+std::vector<ComponentMeans> readComponents(void const* frame, SensorLayout const& layout,
+                                           FrameSampling const& sampling, double whiteLevel) {
+    Geometry const array(layout);
+    BlockGrid const grid(array, sampling);
+    std::vector<ComponentMeans> components;
+    for (ComponentSampling const& component : sampling.components)
+        components.push_back(readComponent(frame, array.width, grid, sampling, component, whiteLevel));
+    return components;
 }
 
 /// Sets every mean to a linear function of itself.
@@ -154,43 +147,72 @@ void rescale(ComponentMeans& component, double zero, double span) {
         mean = (mean - zero) / span;
 }
 
-BlockMeans planesOf(BlockGrid const& grid, ComponentMeans const& red, ComponentMeans const& green,
-                    ComponentMeans const& blue) {
-    BlockMeans means{grid.columns(), grid.rows(), {}};
-    means.planes[kRed] = red;
-    means.planes[kGreenRed] = means.planes[kGreenBlue] = green;
-    means.planes[kBlue] = blue;
-    return means;
+BlockMeans asMeans(PerPlane<ComponentMeans> planes) {
+    auto const& first = planes.front();
+    return {int(first.x.size()), int(first.y.size()), std::move(planes)};
 }
 } // namespace
 
-BlockGrid::BlockGrid(Geometry const& array) {
-    int const columns = std::min(array.width / kSmallestBlock, kMostColumns);
-    int const square = std::max(array.width / columns, kSmallestBlock);
-    columnEdges = evenEdges(array.width, columns);
-    rowEdges = evenEdges(array.height, std::clamp(array.height / square, 6, kMostColumns));
+FrameSampling rawSampling(SensorLayout const& layout, uint32_t bayerPhase, uint32_t orientation) {
+    FrameSampling sampling(orientation);
+    if (layout.input == SensorLayout::Input::Rgb32) {
+        sampling.bytesPerPixel = 4;
+        for (size_t const byte : {2, 1, 0})
+            sampling.components.push_back({0, 1, 0, 1, byte});
+        return sampling;
+    }
+    int const redColumn = int(bayerPhase & 1);
+    int const redRow = int(bayerPhase >> 1 & 1);
+    auto const component = [](int column, int row) { return ComponentSampling{column, 2, row, 2, 0}; };
+    sampling.components.resize(kPlaneCount);
+    sampling.components[Plane::Red] = component(redColumn, redRow);
+    sampling.components[Plane::GreenRed] = component(1 - redColumn, redRow);
+    sampling.components[Plane::GreenBlue] = component(redColumn, 1 - redRow);
+    sampling.components[Plane::Blue] = component(1 - redColumn, 1 - redRow);
+    sampling.twoByteSamples = layout.sampleBytes == 2;
+    sampling.bytesPerPixel = sampling.twoByteSamples ? 2 : 1;
+    return sampling;
+}
+
+std::optional<FrameSampling> ycbcrSampling(sf_YcbcrInput const& input) {
+    auto const& order = input.componentOrder;
+    auto const byteOf = [&](uint32_t component) {
+        return size_t(std::find(std::begin(order), std::end(order), component) - std::begin(order));
+    };
+    constexpr size_t kBytesPerPixel = 2;
+    size_t const luma = byteOf(0);
+    size_t const blue = byteOf(1);
+    size_t const secondLuma = byteOf(2);
+    size_t const red = byteOf(3);
+    if (std::max({luma, blue, secondLuma, red}) >= std::size(order) || luma + kBytesPerPixel != secondLuma)
+        return std::nullopt;
+    FrameSampling sampling(input.orientation);
+    sampling.bytesPerPixel = kBytesPerPixel;
+    sampling.components.push_back({0, 1, 0, 1, luma});
+    // Chroma comes once for two pixels; the byte within the pair tells which pixel's place it takes.
+    for (size_t const byte : {blue, red})
+        sampling.components.push_back({int(byte / kBytesPerPixel), 2, 0, 1, byte % kBytesPerPixel});
+    return sampling;
 }
 
 BlockMeans readRaw(void const* frame, SensorLayout const& layout, FrameSampling const& sampling) {
-    BlockGrid const grid(layout.array);
-    auto components = readBlocks(frame, layout.array, grid, sampling, layout.whiteLevel);
+    auto components = readComponents(frame, layout, sampling, layout.whiteLevel);
     for (ComponentMeans& component : components)
         rescale(component, layout.blackLevel, layout.whiteLevel - layout.blackLevel);
-    if (components.size() != kPlanes)
-        return planesOf(grid, components[0], components[1], components[2]);
-    BlockMeans means{grid.columns(), grid.rows(), {}};
-    std::move(components.begin(), components.end(), means.planes.begin());
-    return means;
+    if (components.size() != kPlaneCount)
+        return asMeans({components[1], components[0], components[2], components[1]});
+    PerPlane<ComponentMeans> planes;
+    std::move(components.begin(), components.end(), planes.begin());
+    return asMeans(std::move(planes));
 }
 
 BlockMeans readYcbcr(void const* frame, SensorLayout const& layout, sf_YcbcrInput const& input,
                      FrameSampling const& sampling) {
-    BlockGrid const grid(layout.array);
-    auto components = readBlocks(frame, layout.array, grid, sampling, input.lumaHigh);
+    auto components = readComponents(frame, layout, sampling, input.lumaHigh);
     ComponentMeans& luma = components[0];
     ComponentMeans& chromaBlue = components[1];
     ComponentMeans& chromaRed = components[2];
-    rescale(luma, input.lumaLow, static_cast<double>(input.lumaHigh) - input.lumaLow);
+    rescale(luma, input.lumaLow, double(input.lumaHigh) - input.lumaLow);
     rescale(chromaBlue, input.chromaZero, input.chromaHigh);
     rescale(chromaRed, input.chromaZero, input.chromaHigh);
     ComponentMeans red = luma;
@@ -202,6 +224,6 @@ BlockMeans readYcbcr(void const* frame, SensorLayout const& layout, sf_YcbcrInpu
         green.mean[i] -= 0.344136 * chromaBlue.mean[i] + 0.714136 * chromaRed.mean[i];
         blue.mean[i] += 1.772 * chromaBlue.mean[i];
     }
-    return planesOf(grid, red, green, blue);
+    return asMeans({green, red, blue, green});
 }
 } // namespace solver

@@ -1,26 +1,43 @@
 #pragma once
 
 #include "published/shadefit.h"
-#include "simulator/solver/layout.h"
-#include "simulator/solver/planes.h"
-#include "simulator/solver/sampling.h"
+#include "simulator/solver/geometry.h"
 
+#include <optional>
 #include <vector>
 
 namespace solver {
-/// The blocks into which the array is cut. Edges are even pixels of the array (the last one may be odd), so
-/// that every block holds samples of every plane.
-struct BlockGrid {
-    std::vector<int> columnEdges; ///< pixels from the array's left, ascending, columns() + 1 of them
-    std::vector<int> rowEdges;    ///< pixels from the array's top
-
-    explicit BlockGrid(Geometry const& array);
-    [[nodiscard]] int columns() const { return static_cast<int>(columnEdges.size()) - 1; }
-    [[nodiscard]] int rows() const { return static_cast<int>(rowEdges.size()) - 1; }
-    [[nodiscard]] size_t blocks() const {
-        return static_cast<size_t>(columns()) * static_cast<size_t>(rows());
-    }
+/// Where the samples of one component lie in a delivered frame: in every `rowStep`th row from `firstRow` on
+/// the columns `firstColumn`, `firstColumn + columnStep` and so on, each `byteOffset` bytes into its pixel.
+struct ComponentSampling {
+    int firstColumn = 0;
+    int columnStep = 1;
+    int firstRow = 0;
+    int rowStep = 1;
+    size_t byteOffset = 0;
 };
+
+/// How the components of a frame are interleaved. Rows are tightly packed.
+struct FrameSampling {
+    bool mirrored = false; ///< the delivered picture shows the array's right side on the left
+    bool upsideDown = false;
+    size_t bytesPerPixel = 1;
+    bool twoByteSamples = false; ///< little-endian words
+    std::vector<ComponentSampling> components;
+
+    explicit FrameSampling(uint32_t orientation)
+        : mirrored((orientation & 1) != 0), upsideDown((orientation & 2) != 0) {}
+};
+
+/// Bayer frames: the components are the planes in their own order, bit 0 of `bayerPhase` is the column and
+/// bit 1 the row of the first red pixel of the delivered frame. RGB frames of 4 bytes a pixel, B G R x: the
+/// components are red, green, blue.
+[[nodiscard]] FrameSampling rawSampling(SensorLayout const& layout, uint32_t bayerPhase,
+                                        uint32_t orientation);
+
+/// YCbCr frames of 2 bytes a pixel: the components are Y, Cb, Cr. Byte i of a pair of pixels holds the
+/// component order[i] of the list Y, Cb, Y of the second pixel, Cr. Nothing when that is no order.
+[[nodiscard]] std::optional<FrameSampling> ycbcrSampling(sf_YcbcrInput const& input);
 
 /// One component of a frame, block by block, row by row from the array's top left.
 struct ComponentMeans {
@@ -31,13 +48,14 @@ struct ComponentMeans {
     double clippedShare = 0;     ///< the same of all samples
 };
 
-/// The four planes of a frame as the fit takes them: means above black level, 1 = white level.
+/// The four planes of a frame as the fit takes them: means above black level, 1 = white level. The array is
+/// cut along even pixels, so that every block holds samples of every plane.
 struct BlockMeans {
     int columns = 0;
     int rows = 0;
     PerPlane<ComponentMeans> planes;
 
-    [[nodiscard]] size_t blocks() const { return static_cast<size_t>(columns) * static_cast<size_t>(rows); }
+    [[nodiscard]] size_t blocks() const { return size_t(columns) * size_t(rows); }
 };
 
 /// Bayer and RGB frames.

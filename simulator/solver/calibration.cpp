@@ -14,11 +14,7 @@ constexpr uint32_t kLowestFalloff = 50;
 constexpr uint32_t kHighestFalloff = 125;
 
 uint32_t clampedFalloff(uint32_t percent) { return std::clamp(percent, kLowestFalloff, kHighestFalloff); }
-} // namespace
 
-void logCause(QString const& cause) { qWarning("shadefit: %s", qPrintable(cause)); }
-
-namespace {
 // Row by row from the array's top, each as its number and its runs of blocks.
 void logRefusedBlocks(BlockMeans const& means, std::vector<bool> const& refused) {
     QStringList rows;
@@ -41,7 +37,7 @@ void logRefusedBlocks(BlockMeans const& means, std::vector<bool> const& refused)
 }
 } // namespace
 
-Calibration::Calibration(SensorLayout layout) : m_layout(std::move(layout)) {}
+void logCause(QString const& cause) { qWarning("shadefit: %s", qPrintable(cause)); }
 
 void Calibration::fail(QString const& cause) {
     m_solution = {};
@@ -56,20 +52,19 @@ void Calibration::refuse(QString const& cause) {
 
 bool Calibration::fits(uint32_t width, uint32_t height) {
     m_means.reset();
-    m_sizeFits = width == static_cast<uint32_t>(m_layout.array.width) &&
-                 height == static_cast<uint32_t>(m_layout.array.height);
+    m_sizeFits = width == uint32_t(m_array.width) && height == uint32_t(m_array.height);
     m_sizes = QStringLiteral("incompatible image size: %1 x %2 instead of %3 x %4")
                   .arg(width)
                   .arg(height)
-                  .arg(m_layout.array.width)
-                  .arg(m_layout.array.height);
+                  .arg(m_array.width)
+                  .arg(m_array.height);
     return m_sizeFits;
 }
 
 bool Calibration::take(BlockMeans means) {
     Inspection inspection;
     QString error;
-    if (!inspect(means, m_layout.array, inspection, &error)) {
+    if (!inspect(means, m_array, inspection, &error)) {
         logRefusedBlocks(means, inspection.refused);
         refuse(error);
         return false;
@@ -81,21 +76,18 @@ bool Calibration::take(BlockMeans means) {
 
 bool Calibration::setImage(void const* frame, uint32_t width, uint32_t height, uint32_t bayerPhase,
                            uint32_t orientation) {
-    if (m_layout.input == Input::Ycbcr) {
+    if (m_layout.input == SensorLayout::Input::Ycbcr) {
         refuse(QStringLiteral("the sensor delivers YCbCr, but a raw image was handed over"));
         return false;
     }
     if (!fits(width, height))
         return true;
-    FrameSampling const sampling = m_layout.input == Input::Rgb32
-                                       ? rgb32Sampling(orientation)
-                                       : bayerSampling(m_layout, bayerPhase, orientation);
-    return take(readRaw(frame, m_layout, sampling));
+    return take(readRaw(frame, m_layout, rawSampling(m_layout, bayerPhase, orientation)));
 }
 
 bool Calibration::setYcbcrImage(void const* frame, uint32_t width, uint32_t height,
                                 sf_YcbcrInput const& input) {
-    if (m_layout.input != Input::Ycbcr) {
+    if (m_layout.input != SensorLayout::Input::Ycbcr) {
         refuse(QStringLiteral("a YCbCr image was handed over, but the sensor delivers none"));
         return false;
     }
@@ -125,8 +117,8 @@ Outcome Calibration::imageOutcome() {
 }
 
 BankCoefficients Calibration::fit(BlockMeans const& means, uint32_t falloffPercent, uint32_t radius) const {
-    Target const target{clampedFalloff(falloffPercent) / 100.0, static_cast<double>(radius)};
-    return fitGains(means, m_trusted, m_layout.array, target);
+    Target const target{clampedFalloff(falloffPercent) / 100.0, double(radius)};
+    return fitGains(means, m_trusted, m_array, target);
 }
 
 Outcome Calibration::findBase(uint32_t falloffPercent, uint32_t radius) {
@@ -151,7 +143,7 @@ Outcome Calibration::findTable(sf_ApgaParams const& params) {
         fail(QStringLiteral("there is no base solution for the table of slot %1").arg(params.illuminantSlot));
         return Outcome::Failed;
     }
-    return addTable(corrected(*m_means, m_layout.array, *m_solution.base), params);
+    return addTable(corrected(*m_means, m_array, *m_solution.base), params);
 }
 
 Outcome Calibration::findFullTable(sf_ApgaParams const& params) {

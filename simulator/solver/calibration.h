@@ -1,11 +1,12 @@
 #pragma once
 
 #include "simulator/solver/block_means.h"
-#include "simulator/solver/register_list.h"
+#include "simulator/solver/solution.h"
 
 #include <QString>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace solver {
@@ -18,7 +19,7 @@ enum class Outcome : int { Solved = 0, Failed = -1, WrongImageSize = -2 };
 /// register list and never a stale or a half one. Causes go to the log.
 class Calibration {
 public:
-    explicit Calibration(SensorLayout layout);
+    explicit Calibration(SensorLayout layout) : m_layout(std::move(layout)), m_array(m_layout) {}
 
     [[nodiscard]] SensorLayout const& layout() const { return m_layout; }
     [[nodiscard]] Solution const& solution() const { return m_solution; }
@@ -51,6 +52,7 @@ private:
     [[nodiscard]] Outcome addTable(BlockMeans const& means, sf_ApgaParams const& params);
 
     SensorLayout m_layout;
+    Geometry m_array;
     bool m_sizeFits = true;
     QString m_sizes;                   ///< of the last frame that does not fit, for the log
     std::optional<BlockMeans> m_means; ///< none: no usable image

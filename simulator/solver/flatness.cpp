@@ -1,6 +1,5 @@
 #include "simulator/solver/flatness.h"
 
-#include "simulator/solver/specks.h"
 #include "simulator/solver/tensor_polynomial.h"
 
 #include <Eigen/Cholesky>
@@ -26,17 +25,21 @@ constexpr double kLargestOffset = 0.115; // of the half-width
 constexpr double kOffsetSlack = 0.012;   // of the logarithm, for lenses so flat that an offset means nothing
 constexpr double kLopsidedness = 0.04;   // root mean square of the odd part that no offset explains
 
+// Specks of dust: blocks that stand out from their neighbours.
+constexpr double kSpeckDepth = 0.03; // of the logarithm, at least
+constexpr double kNoiseLimit = 6;    // times what half of the blocks stand out
+
 /// The green brightness as a logarithm with a smooth surface laid through it.
 class Surface {
 public:
     Surface(BlockMeans const& means, Geometry const& array) {
-        auto const blocks = static_cast<Eigen::Index>(means.blocks());
+        auto const blocks = Eigen::Index(means.blocks());
         m_basis.resize(blocks, kTerms);
         m_log.resize(blocks);
-        ComponentMeans const& first = means.planes[kGreenRed];
-        ComponentMeans const& second = means.planes[kGreenBlue];
+        ComponentMeans const& first = means.planes[Plane::GreenRed];
+        ComponentMeans const& second = means.planes[Plane::GreenBlue];
         for (Eigen::Index i = 0; i < blocks; ++i) {
-            auto const block = static_cast<size_t>(i);
+            auto const block = size_t(i);
             m_u.push_back(array.u(first.x[block % first.x.size()]));
             m_v.push_back(array.v(first.y[block / first.x.size()]));
             m_basis.row(i) = chebyshevTerms(m_u.back(), m_v.back());
@@ -80,6 +83,50 @@ private:
     Eigen::VectorXd m_residue;
 };
 
+double median(std::vector<double>& values) {
+    auto const middle = values.begin() + std::ptrdiff_t(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+using Grid = Eigen::Array<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+
+/// By how much a block stands out: the median over opposite pairs of neighbours, so that slopes cancel. In
+/// the corners there is no pair.
+double relief(Grid const& grid, Eigen::Index row, Eigen::Index column) {
+    constexpr int kDirections[][2] = {{1, 0}, {0, 1}, {1, 1}, {1, -1}, {2, 0}, {0, 2}, {2, 2}, {2, -2}};
+    auto const isInside = [&](Eigen::Index y, Eigen::Index x) {
+        return x >= 0 && y >= 0 && x < grid.cols() && y < grid.rows();
+    };
+    std::vector<double> differences;
+    for (auto const& [x, y] : kDirections)
+        if (isInside(row + y, column + x) && isInside(row - y, column - x))
+            differences.push_back(grid(row, column) -
+                                  0.5 * (grid(row + y, column + x) + grid(row - y, column - x)));
+    return differences.empty() ? 0 : std::abs(median(differences));
+}
+
+/// Per block whether all planes fit in with their neighbourhood: false where dust lies. `surface` is the
+/// logarithm of the smooth brightness of each block, which is taken off first.
+std::vector<bool> blocksWithoutSpecks(BlockMeans const& means, Eigen::VectorXd const& surface) {
+    std::vector<bool> trusted(means.blocks(), true);
+    for (ComponentMeans const& plane : means.planes) {
+        Grid residue(means.rows, means.columns);
+        for (size_t block = 0; block < trusted.size(); ++block)
+            residue.data()[block] = std::log(plane.mean[block]) - surface(Eigen::Index(block));
+        std::vector<double> reliefs;
+        for (Eigen::Index row = 0; row < residue.rows(); ++row)
+            for (Eigen::Index column = 0; column < residue.cols(); ++column)
+                reliefs.push_back(relief(residue, row, column));
+        std::vector<double> ordered = reliefs;
+        double const limit = std::max(kSpeckDepth, kNoiseLimit * median(ordered));
+        for (size_t block = 0; block < reliefs.size(); ++block)
+            if (reliefs[block] > limit)
+                trusted[block] = false;
+    }
+    return trusted;
+}
+
 QString percent(double share) { return QString::number(100 * share, 'f', 1) + QLatin1String(" %"); }
 
 template <typename Test>
@@ -122,8 +169,8 @@ bool isWellExposed(BlockMeans const& means, std::vector<bool>& refused, QString*
 bool holdsNoObject(Surface const& surface, std::vector<bool>& refused, QString* error) {
     Eigen::ArrayXd const deviation = surface.residue().array().abs();
     auto const beyond = (deviation > surface.tolerance()).eval();
-    auto const blocks = static_cast<double>(beyond.count());
-    if (blocks <= std::max(1.0, kObjectShare * static_cast<double>(deviation.size())))
+    auto const blocks = double(beyond.count());
+    if (blocks <= std::max(1.0, kObjectShare * double(deviation.size())))
         return true;
     *error = QStringLiteral("the image is not flat: %1 blocks deviate by up to %2 from a smooth field")
                  .arg(QString::number(blocks), percent(-std::expm1(-deviation.maxCoeff())));
@@ -134,21 +181,21 @@ bool holdsNoObject(Surface const& surface, std::vector<bool>& refused, QString* 
 /// A lens that is offset by d shows L(r - d), about L(r) - d grad L(r): the odd part of the surface is the
 /// offset times the gradient of its even part.
 bool isEvenlyLit(Surface const& surface, Geometry const& array, QString* error) {
-    double const aspect = static_cast<double>(array.width) / array.height;
+    double const aspect = double(array.width) / array.height;
     auto const even = [&](double u, double v) { return 0.5 * (surface.at(u, v) + surface.at(-u, -v)); };
-    auto const blocks = static_cast<Eigen::Index>(surface.u().size());
+    auto const blocks = Eigen::Index(surface.u().size());
     Eigen::MatrixX2d slopes(blocks, 2); // per half-width
     Eigen::VectorXd odd(blocks);
     for (Eigen::Index i = 0; i < blocks; ++i) {
         constexpr double kStep = 1e-3;
-        double const u = surface.u()[static_cast<size_t>(i)];
-        double const v = surface.v()[static_cast<size_t>(i)];
+        double const u = surface.u()[size_t(i)];
+        double const v = surface.v()[size_t(i)];
         slopes(i, 0) = (even(u + kStep, v) - even(u - kStep, v)) / (2 * kStep);
         slopes(i, 1) = (even(u, v + kStep) - even(u, v - kStep)) / (2 * kStep) * aspect;
         odd(i) = 0.5 * (surface.at(u, v) - surface.at(-u, -v));
     }
     Eigen::Vector2d const offset = -(slopes.transpose() * slopes).ldlt().solve(slopes.transpose() * odd);
-    double const scale = std::sqrt(static_cast<double>(blocks));
+    double const scale = std::sqrt(double(blocks));
     for (int axis = 0; axis < 2; ++axis) {
         double const slope = slopes.col(axis).norm() / scale;
         if (std::abs(offset(axis)) * slope > kLargestOffset * slope + kOffsetSlack) {

@@ -40,17 +40,16 @@ double centreLevel(ComponentMeans const& plane, std::vector<bool> const& trusted
 Design designOf(BlockMeans const& means, std::vector<bool> const& trusted, Geometry const& array,
                 Target const& target) {
     Design design;
-    for (size_t k = 0; k < kPlanes; ++k) {
+    for (size_t k = 0; k < kPlaneCount; ++k) {
         ComponentMeans const& plane = means.planes[k];
         double const level = centreLevel(plane, trusted, array, target);
-        design[k].resize(static_cast<Eigen::Index>(means.blocks()), kTerms);
+        design[k].resize(Eigen::Index(means.blocks()), kTerms);
         for (size_t block = 0; block < means.blocks(); ++block) {
             double const x = horizontal(plane, block);
             double const y = vertical(plane, block);
             double const response =
                 plane.mean[block] / (level * target.luminance(array.relativeRadius(x, y)));
-            design[k].row(static_cast<Eigen::Index>(block)) =
-                response * chebyshevTerms(array.u(x), array.v(y));
+            design[k].row(Eigen::Index(block)) = response * chebyshevTerms(array.u(x), array.v(y));
         }
     }
     return design;
@@ -58,13 +57,13 @@ Design designOf(BlockMeans const& means, std::vector<bool> const& trusted, Geome
 
 Eigen::ArrayXd blockWeights(BlockMeans const& means, std::vector<bool> const& trusted, Geometry const& array,
                             Target const& target) {
-    Eigen::ArrayXd weights(static_cast<Eigen::Index>(means.blocks()));
-    ComponentMeans const& green = means.planes[kGreenRed];
+    Eigen::ArrayXd weights(Eigen::Index(means.blocks()));
+    ComponentMeans const& green = means.planes[Plane::GreenRed];
     for (size_t block = 0; block < means.blocks(); ++block) {
         bool const within = target.radius <= 0 ||
                             array.radius(horizontal(green, block), vertical(green, block)) <= target.radius;
         double const weight = within ? 1 : kTraceWeight;
-        weights(static_cast<Eigen::Index>(block)) = trusted[block] ? weight : 0;
+        weights(Eigen::Index(block)) = trusted[block] ? weight : 0;
     }
     return weights;
 }
@@ -73,7 +72,7 @@ Eigen::ArrayXd blockWeights(BlockMeans const& means, std::vector<bool> const& tr
 /// polynomial follows the lens, shows as luminance only.
 PerPlane<Terms> fitPlanes(Design const& design, Eigen::ArrayXd const& weights) {
     PerPlane<Terms> coefficients;
-    for (size_t k = 0; k < kPlanes; ++k) {
+    for (size_t k = 0; k < kPlaneCount; ++k) {
         Eigen::MatrixXd const weighted = weights.matrix().asDiagonal() * design[k];
         TermMatrix normal = weighted.transpose() * design[k];
         normal.diagonal().array() += kRidge * normal.diagonal().mean();
@@ -107,11 +106,11 @@ struct Remainder {
 
 Remainder remainder(Design const& design, PerPlane<Terms> const& coefficients, BlockMeans const& means) {
     PerPlane<Eigen::ArrayXd> result;
-    for (size_t k = 0; k < kPlanes; ++k)
+    for (size_t k = 0; k < kPlaneCount; ++k)
         result[k] = design[k] * coefficients[k];
-    Eigen::ArrayXd const green = 0.5 * (result[kGreenRed] + result[kGreenBlue]);
+    Eigen::ArrayXd const green = 0.5 * (result[Plane::GreenRed] + result[Plane::GreenBlue]);
     Remainder left{smoothed(green - 1, means.columns, means.rows).abs(), Eigen::ArrayXd::Zero(green.size())};
-    for (Plane const plane : {kRed, kBlue}) {
+    for (Plane const plane : {Plane::Red, Plane::Blue}) {
         Eigen::ArrayXd const difference = result[plane] - green;
         Eigen::ArrayXd const smooth = smoothed(difference, means.columns, means.rows);
         left.colour = left.colour.max(smooth.abs());
@@ -155,7 +154,7 @@ double smallestGain(PerPlane<Terms> const& coefficients) {
 BankCoefficients quantise(PerPlane<Terms> const& coefficients, double factor) {
     static TermMatrix const toMonomials = monomialsFromChebyshev();
     BankCoefficients bank;
-    for (size_t k = 0; k < kPlanes; ++k) {
+    for (size_t k = 0; k < kPlaneCount; ++k) {
         Terms const monomials = factor * toMonomials * coefficients[k];
         std::transform(monomials.begin(), monomials.end(), bank[k].begin(), toBinary16);
     }
@@ -166,7 +165,7 @@ BankCoefficients quantise(PerPlane<Terms> const& coefficients, double factor) {
 double gainAt(PlaneCoefficients const& coefficients, double u, double v) {
     Terms values;
     for (int i = 0; i < kTerms; ++i)
-        values(i) = fromBinary16(coefficients[static_cast<size_t>(i)]);
+        values(i) = fromBinary16(coefficients[size_t(i)]);
     return values.dot(monomialTerms(u, v));
 }
 } // namespace
@@ -177,7 +176,7 @@ double Target::luminance(double relativeRadius) const {
 
 BlockMeans corrected(BlockMeans const& means, Geometry const& array, BankCoefficients const& correction) {
     BlockMeans result = means;
-    for (size_t k = 0; k < kPlanes; ++k)
+    for (size_t k = 0; k < kPlaneCount; ++k)
         for (size_t block = 0; block < means.blocks(); ++block) {
             ComponentMeans& plane = result.planes[k];
             plane.mean[block] *=

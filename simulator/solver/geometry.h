@@ -1,13 +1,22 @@
 #pragma once
 
+#include "simulator/files/sensor_layout.h"
+
 #include <cmath>
 
 namespace solver {
+using simulator::kPlaneCount;
+using simulator::PerPlane;
+using simulator::Plane;
+using simulator::SensorLayout;
+
 /// The sensor array and the coordinates in which a correction is told. Positions are in pixels from the
 /// array's top left corner; the centre of the first pixel is (0.5, 0.5).
 struct Geometry {
-    int width = 0;
-    int height = 0;
+    int width;
+    int height;
+
+    explicit Geometry(SensorLayout const& layout) : width(int(layout.width)), height(int(layout.height)) {}
 
     /// The correction's origin, in whole pixels: the array's centre, because coefficients stay smallest when
     /// u and v reach equally far to all sides.

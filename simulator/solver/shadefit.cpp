@@ -1,13 +1,13 @@
 #include "published/shadefit.h"
 
 #include "simulator/boundary/observed_call.h"
+#include "simulator/files/library_folder.h"
+#include "simulator/files/sensor_layout.h"
+#include "simulator/files/whole_file.h"
 #include "simulator/solver/calibration.h"
-#include "simulator/solver/layout_files.h"
-#include "simulator/solver/preset_file.h"
 
-#include <QFile>
+#include <QDir>
 #include <exception>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -29,7 +29,7 @@ using solver::Calibration;
 using solver::logCause;
 
 struct sf_Handle {
-    explicit sf_Handle(solver::SensorLayout layout) : calibration(std::move(layout)) {}
+    explicit sf_Handle(simulator::SensorLayout layout) : calibration(std::move(layout)) {}
 
     uint32_t number = 0; ///< since somebody watches, so that equal runs show equal numbers
     Calibration calibration;
@@ -130,18 +130,18 @@ Result entry(Call<Arguments...> const& call, Result failure, Body body, Answer a
         answer);
 }
 
-sf_Handle* newHandle(std::optional<solver::SensorLayout> layout, QString const& source,
-                     QString const& error) {
-    if (layout)
+sf_Handle* newHandle(char const* block, QString const& source) {
+    QString error;
+    if (auto layout = simulator::parseSensorLayout(block, source, &error))
         return new sf_Handle(std::move(*layout));
-    logCause(QStringLiteral("%1: %2").arg(source, error));
+    logCause(error);
     return nullptr;
 }
 
 /// The common road of the find operations: null arguments and records of another size fail.
 template <typename Params, typename Body>
 int find(char const* function, sf_Handle* handle, Params const* params, Body body) noexcept {
-    constexpr int kFailed = static_cast<int>(solver::Outcome::Failed);
+    constexpr int kFailed = int(solver::Outcome::Failed);
     return entry(Call(function, handle, params), kFailed, [&] {
         if (handle == nullptr)
             return kFailed;
@@ -149,7 +149,7 @@ int find(char const* function, sf_Handle* handle, Params const* params, Body bod
             handle->calibration.fail(QStringLiteral("parameters of unknown size"));
             return kFailed;
         }
-        return static_cast<int>(body(handle->calibration));
+        return int(body(handle->calibration));
     });
 }
 
@@ -170,16 +170,16 @@ SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t
     return entry<sf_Handle*>(
         Call("sf_Create", sensorKind, variant, minusOne), nullptr,
         [&]() -> sf_Handle* {
-            QFile file(solver::layoutFileName(sensorKind, variant));
-            if (!file.open(QIODevice::ReadOnly)) {
-                logCause(QStringLiteral("no layout for sensor kind %1, variant %2: %3: %4")
-                             .arg(QString::number(sensorKind), QString::number(variant), file.fileName(),
-                                  file.errorString()));
-                return nullptr;
-            }
+            QString const name = QStringLiteral("%1/layouts/%2-%3.layout")
+                                     .arg(files::libraryFolder())
+                                     .arg(sensorKind)
+                                     .arg(variant);
             QString error;
-            auto layout = solver::parseLayout(file.readAll(), &error);
-            return newHandle(std::move(layout), file.fileName(), error);
+            if (auto const block = files::read(name, files::kMostText, &error))
+                return newHandle(block->constData(), name);
+            logCause(QStringLiteral("no layout for sensor kind %1, variant %2: %3: %4")
+                         .arg(QString::number(sensorKind), QString::number(variant), name, error));
+            return nullptr;
         },
         createdText);
 }
@@ -190,9 +190,7 @@ SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, 
         Call("sf_Create2", SensorData{sensorData}, sensorKind, variant, allBits), nullptr,
         [&] {
             // The block names its own kind and variant; the caller's do not count.
-            QString error;
-            auto layout = solver::parseSensorData(sensorData, &error);
-            return newHandle(std::move(layout), QStringLiteral("sensor data"), error);
+            return newHandle(static_cast<char const*>(sensorData), QStringLiteral("sensor data"));
         },
         createdText);
 }
@@ -252,7 +250,7 @@ SHADEFIT_API sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
         if (handle == nullptr || !holdsSolution(handle->calibration, "list"))
             return nullptr;
         handle->entries = solver::allRegisters(handle->calibration.layout(), handle->calibration.solution());
-        handle->list = {static_cast<int32_t>(handle->entries.size()), handle->entries.data()};
+        handle->list = {int32_t(handle->entries.size()), handle->entries.data()};
         return &handle->list;
     });
 }
@@ -270,12 +268,15 @@ SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t fo
         Calibration const& calibration = handle->calibration;
         if (!holdsSolution(calibration, "write"))
             return -1;
-        QByteArray const text =
-            solver::presetText(calibration.layout(), calibration.solution(), presetFormat);
+        // Hosts build the path with either separator.
+        QString name = QString::fromLocal8Bit(path);
+        if (QDir::separator() != QLatin1Char('\\'))
+            name.replace(QLatin1Char('\\'), QLatin1Char('/'));
         QString error;
-        if (solver::writeWhole(solver::fileNameFromHost(path), text, &error))
+        if (files::replace(name, presetText(calibration.layout(), calibration.solution(), presetFormat),
+                           &error))
             return 0;
-        logCause(error);
+        logCause(QStringLiteral("cannot write %1: %2").arg(name, error));
         return -1;
     });
 }

@@ -18,23 +18,20 @@ struct Fault {
 
 constexpr Fault kFaults[] = {
     {"sensor-layout-1", "sensor-layout-2", "first line"},
-    {"\"width\": 640", "\"width\": 6.5e9", "width is missing or out of range"},
-    {"\"height\": 360", "\"height\": 360.5", "height is not a whole number"},
-    {"\"input\": \"bayer\"", "\"input\": \"other\"", "input is none of"},
-    {"\"whiteLevel\": 4095", "\"whiteLevel\": 168", "whiteLevel is not above"},
-    {"\"sampleBytes\": 2", "\"sampleBytes\": 3", "sampleBytes"},
-    {"\"greenBlue\"", "\"green\"", "correction.banks[0].planes.greenBlue"},
-    {"\"stride\": 2", "\"stride\": 400000000", "stride leads beyond"},
-    {"\"slot\": 0", "\"slot\": 1", "slot is none of"},
-    {"\"originRow\"", "\"origin\"", "correction.originRow"},
-    {"\"banks\"", "\"bank\"", "correction.banks is not an array"},
-    {"}", "", "no JSON object"},
+    {"\"height\": 360", "\"height\": 47", "height: 47 lies outside"},
+    {"\"input\": \"bayer\"", "\"input\": \"other\"", "input: \"other\" is none of"},
+    {"\"whiteLevel\": 4095", "\"whiteLevel\": 168", "whiteLevel: it is not above"},
+    {"\"input\": \"bayer\"", "\"input\": \"ycbcr\"", "sampleBytes: only Bayer"},
+    {"\"greenBlue\"", "\"green\"", "correction.banks[0].planes: the key \"greenBlue\" is missing"},
+    {"\"stride\": 2", "\"stride\": 400000000", "stride: 400000000 lies outside"},
+    {"\"slot\": 0", "\"slot\": 1", "slot: 1 is none of"},
+    {"\"originRow\"", "\"origin\"", "correction: the key \"originRow\""},
+    {"}", "", "sensor data: line "},
 };
 
 constexpr Fault kTableFaults[] = {
-    {"\"slot\": 4", "\"slot\": 3", "correction.banks[3].slot occurs twice"},
-    {"\"slot\": 4", "\"slot\": 5", "correction.banks[3].slot is missing or out of range"},
-    {"\"address\": 16132", "\"address\": -1", "correction.banks[1].originRow.address"},
+    {"\"slot\": 4", "\"slot\": 3", "correction.banks[3].slot: 3 occurs twice"},
+    {"\"address\": 16132", "\"address\": 4294967295", "correction.banks[1].originRow.address"},
 };
 
 void expectNamed(std::span<Fault const> faults, QByteArray const& good) {
