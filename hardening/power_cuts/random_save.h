@@ -2,7 +2,7 @@
 
 #include "headboard/headboard_eeprom.h"
 #include "headboard/record_format.h"
-#include "simulator/camera/eeprom_contents.h"
+#include "simulator/camera/eeprom_device.h"
 
 #include <vector>
 

@@ -12,11 +12,12 @@ std::vector<vy_Camera*>& openCameras() {
 } // namespace
 
 vy_Camera::vy_Camera(simulator::Profile const& profile)
-    : registers(profile.registers), bus(profile), bridge(registers, bus), systemOnChip(profile.systemOnChip),
-      m_name(profile.sensorName), m_sensorData(profile.layout.text) {
+    : registers(profile.registers), bus(profile), bridge(registers, bus),
+      systemOnChip(profile.description.systemOnChip), m_name(profile.description.sensorName),
+      m_sensorData(profile.layoutBlock) {
     description = {.recordSize = sizeof description,
-                   .sensorKind = profile.kind,
-                   .variant = profile.variant,
+                   .sensorKind = profile.description.sensorKind,
+                   .variant = profile.description.variant,
                    .registerAddressWidth = profile.registerAddressWidth,
                    .registerDataWidth = profile.registerDataWidth,
                    .hasPageSelect = profile.hasPageSelect ? 1U : 0U,

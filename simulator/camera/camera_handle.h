@@ -1,6 +1,5 @@
 #pragma once
 
-#include "simulator/camera/eeprom_bridge.h"
 #include "simulator/camera/headboard_bus.h"
 #include "simulator/camera/profile.h"
 #include "simulator/camera/register_map.h"

@@ -1,59 +1,125 @@
 #include "simulator/camera/eeprom_device.h"
 
+#include "simulator/files/whole_file.h"
+
 #include <algorithm>
 #include <chrono>
 
 namespace simulator {
 namespace {
 constexpr std::chrono::milliseconds kWriteCycle{20};
+constexpr uint8_t kErased = 0xFF;
+constexpr std::array<uint8_t, 5> kHeader = {'V', 'Y', 'E', 'E', 1}; // the last is the format's version
 } // namespace
+
+EepromContents blankContents() {
+    EepromContents contents;
+    contents.fill(kErased);
+    return contents;
+}
+
+EepromContents formattedContents() {
+    EepromContents contents = blankContents(); // an erased byte ends the chain
+    std::copy(kHeader.begin(), kHeader.end(), contents.begin());
+    return contents;
+}
+
+std::optional<EepromContents> readContents(QString const& file, QString* error) {
+    auto const bytes = files::read(file, files::kMostText, error);
+    if (!bytes)
+        *error = QStringLiteral("%1: cannot be read: %2").arg(file, *error);
+    else if (size_t(bytes->size()) != kEepromSize)
+        *error = QStringLiteral("%1: the EEPROM has %2 bytes, the file has %3")
+                     .arg(file)
+                     .arg(kEepromSize)
+                     .arg(bytes->size());
+    if (!bytes || size_t(bytes->size()) != kEepromSize)
+        return std::nullopt;
+    EepromContents contents;
+    std::copy(bytes->begin(), bytes->end(), contents.begin());
+    return contents;
+}
+
+bool writeContents(EepromContents const& contents, QString const& file, QString* error) {
+    if (files::replace(file, {reinterpret_cast<char const*>(contents.data()), int(contents.size())}, error))
+        return true;
+    *error = QStringLiteral("%1: cannot be written: %2").arg(file, *error);
+    return false;
+}
+
+QStringList deviceFaultNames() {
+    return {QStringLiteral("none"),     QStringLiteral("no-acknowledge"), QStringLiteral("busy-for-ever"),
+            QStringLiteral("error-12"), QStringLiteral("flipped-bit"),    QStringLiteral("ignored-write"),
+            QStringLiteral("power-cut")};
+}
 
 size_t countInPage(uint32_t address, size_t count) {
     return std::min<size_t>(count, kEepromPageSize - address % kEepromPageSize);
 }
 
-EepromDevice::EepromDevice(EepromContents const& contents, CameraClock const& clock)
-    : m_contents(contents), m_clock(&clock) {}
+void EepromDevice::plan(FaultPlan const& faults) {
+    constexpr uint64_t kNever = UINT64_MAX / 2;
+    bool const isCut = faults.fault == DeviceFault::PowerCut;
+    m_plan = faults;
+    m_plan.n =
+        (isCut ? m_bytesWritten : m_operations) + std::clamp<uint64_t>(faults.n, isCut ? 0 : 1, kNever);
+}
 
-BusAnswer EepromDevice::select(DeviceFault& fault) {
+bool EepromDevice::isStruck() {
+    if (m_plan.fault == DeviceFault::PowerCut)
+        return powerFails();
+    return m_operations == m_plan.n || (m_plan.forEver && m_operations > m_plan.n);
+}
+
+// A cut that is not for ever is over as soon as it struck.
+bool EepromDevice::powerFails() {
+    if (m_plan.fault != DeviceFault::PowerCut || m_bytesWritten < m_plan.n)
+        return false;
+    if (!m_plan.forEver)
+        m_plan = {};
+    return true;
+}
+
+BusAnswer EepromDevice::select() {
     ++m_operations;
-    fault = m_faults.beginOperation();
-    if (fault == DeviceFault::TransportFailed)
+    DeviceFault const planned = m_plan.fault;
+    m_fault = isStruck() ? planned : DeviceFault::None;
+    switch (m_fault) {
+    case DeviceFault::TransportFailed:
         return BusAnswer::TransportFailed;
-    if (fault == DeviceFault::BusyForEver)
+    case DeviceFault::BusyForEver:
         return BusAnswer::Busy;
-    bool const answers =
-        fault != DeviceFault::NoAcknowledge && fault != DeviceFault::PowerCut && m_clock->now() >= m_readyAt;
-    return answers ? BusAnswer::Acknowledged : BusAnswer::NotAcknowledged;
+    case DeviceFault::NoAcknowledge:
+    case DeviceFault::PowerCut:
+        return BusAnswer::NotAcknowledged;
+    default:
+        return m_clock->now() >= m_readyAt ? BusAnswer::Acknowledged : BusAnswer::NotAcknowledged;
+    }
 }
 
 // Which bit it is changes from operation to operation, so that each byte and bit gets its turn.
-uint8_t EepromDevice::flipped(DeviceFault fault, size_t index, size_t count, uint8_t byte) const {
-    bool const strikes = fault == DeviceFault::FlippedBit && index == m_operations / 8 % count;
+uint8_t EepromDevice::flipped(size_t index, size_t count, uint8_t byte) const {
+    bool const strikes = m_fault == DeviceFault::FlippedBit && index == m_operations / 8 % count;
     return strikes ? uint8_t(byte ^ (1U << m_operations % 8)) : byte;
 }
 
 BusAnswer EepromDevice::read(uint32_t address, std::span<uint8_t> bytes) {
-    DeviceFault fault = DeviceFault::None;
-    BusAnswer const answer = select(fault);
-    if (answer != BusAnswer::Acknowledged)
-        return answer;
-    for (size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = flipped(fault, i, bytes.size(), m_contents[(address + i) % kEepromSize]);
+    BusAnswer const answer = select();
+    for (size_t i = 0; i < bytes.size() && answer == BusAnswer::Acknowledged; ++i)
+        bytes[i] = flipped(i, bytes.size(), m_contents[(address + i) % kEepromSize]);
     return answer;
 }
 
 BusAnswer EepromDevice::write(uint32_t address, std::span<uint8_t const> bytes) {
-    DeviceFault fault = DeviceFault::None;
-    BusAnswer const answer = select(fault);
+    BusAnswer const answer = select();
     if (answer != BusAnswer::Acknowledged)
         return answer;
     size_t const page = address % kEepromSize / kEepromPageSize * kEepromPageSize;
-    bool const isIgnored = fault == DeviceFault::IgnoredWrite;
+    bool const isIgnored = m_fault == DeviceFault::IgnoredWrite;
     for (size_t i = 0; i < bytes.size() && !isIgnored; ++i) {
-        if (!m_faults.beginByte())
+        if (powerFails())
             return BusAnswer::NotAcknowledged;
-        m_contents[page + (address + i) % kEepromPageSize] = flipped(fault, i, bytes.size(), bytes[i]);
+        m_contents[page + (address + i) % kEepromPageSize] = flipped(i, bytes.size(), bytes[i]);
         ++m_bytesWritten;
     }
     m_readyAt = m_clock->now() + kWriteCycle;

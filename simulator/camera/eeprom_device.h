@@ -1,14 +1,53 @@
 #pragma once
 
 #include "simulator/camera/camera_clock.h"
-#include "simulator/camera/device_fault.h"
-#include "simulator/camera/eeprom_contents.h"
 
+#include <QStringList>
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace simulator {
+inline constexpr size_t kEepromSize = 8192;     ///< bytes
 inline constexpr uint32_t kEepromPageSize = 32; ///< bytes
+
+using EepromContents = std::array<uint8_t, kEepromSize>;
+
+/// As it leaves the maker of the chip: every byte 0xFF.
+[[nodiscard]] EepromContents blankContents();
+/// With a header and an empty chain of records.
+[[nodiscard]] EepromContents formattedContents();
+
+/// Reads a file of exactly the device's size; empty with a message for the user in `error` otherwise.
+[[nodiscard]] std::optional<EepromContents> readContents(QString const& file, QString* error);
+/// Writes all or nothing: on failure an older file stays as it was, and `error` tells why.
+[[nodiscard]] bool writeContents(EepromContents const& contents, QString const& file, QString* error);
+
+/// What can go wrong between the camera and its EEPROM.
+enum class DeviceFault {
+    None,
+    NoAcknowledge,   ///< the device does not acknowledge the transfer
+    BusyForEver,     ///< the device never gets ready for the transfer
+    TransportFailed, ///< the transfer does not reach the device, and the library's own call tells it
+    FlippedBit,      ///< one bit of the bytes read or written is wrong
+    IgnoredWrite,    ///< a write is acknowledged and not stored; reads are as ever
+    PowerCut         ///< the power fails after a number of stored bytes
+};
+
+/// The names of the faults on a command line, in their order.
+[[nodiscard]] QStringList deviceFaultNames();
+
+/// When a fault strikes: at operation `n` from the planning on, the first one being 1 (0 means the same), and
+/// if for ever at all later ones. Operations are transfers addressed to the device. The power is cut as soon
+/// as `n` bytes are stored: what is left of that transfer is lost or, when it was just over, the next one;
+/// then it returns unless the cut is for ever.
+struct FaultPlan {
+    DeviceFault fault = DeviceFault::None;
+    uint64_t n = 1;
+    bool forEver = false;
+};
 
 /// How many of `count` bytes from an address on lie in the address's page.
 [[nodiscard]] size_t countInPage(uint32_t address, size_t count);
@@ -28,7 +67,8 @@ enum class BusAnswer {
 class EepromDevice {
 public:
     /// Borrows the clock.
-    EepromDevice(EepromContents const& contents, CameraClock const& clock);
+    EepromDevice(EepromContents const& contents, CameraClock const& clock)
+        : m_contents(contents), m_clock(&clock) {}
 
     [[nodiscard]] BusAnswer read(uint32_t address, std::span<uint8_t> bytes);
     [[nodiscard]] BusAnswer write(uint32_t address, std::span<uint8_t const> bytes);
@@ -41,21 +81,23 @@ public:
     [[nodiscard]] uint64_t bytesWritten() const { return m_bytesWritten; }
 
     /// Replaces whatever was planned before.
-    void plan(FaultPlan const& faults) { m_faults = faults; }
+    void plan(FaultPlan const& faults);
     /// What it holds, past the bus.
     [[nodiscard]] EepromContents const& contents() const { return m_contents; }
     [[nodiscard]] EepromContents& contents() { return m_contents; }
 
 private:
-    /// Counts the operation; `fault` is left for the transfer itself.
-    [[nodiscard]] BusAnswer select(DeviceFault& fault);
-    [[nodiscard]] uint8_t flipped(DeviceFault fault, size_t index, size_t count, uint8_t byte) const;
+    [[nodiscard]] BusAnswer select();
+    [[nodiscard]] bool isStruck();
+    [[nodiscard]] bool powerFails();
+    [[nodiscard]] uint8_t flipped(size_t index, size_t count, uint8_t byte) const;
 
     EepromContents m_contents;
     CameraClock const* m_clock;
     CameraClock::Duration m_readyAt{};
-    FaultPlan m_faults;
     uint64_t m_operations = 0;
     uint64_t m_bytesWritten = 0;
+    FaultPlan m_plan;                        ///< counts operations and bytes as the device does
+    DeviceFault m_fault = DeviceFault::None; ///< of the present transfer
 };
 } // namespace simulator

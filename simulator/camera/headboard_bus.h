@@ -3,6 +3,7 @@
 #include "simulator/camera/camera_clock.h"
 #include "simulator/camera/eeprom_device.h"
 #include "simulator/camera/profile.h"
+#include "simulator/camera/register_map.h"
 
 #include "published/veyra2.h"
 
@@ -32,21 +33,59 @@ public:
     [[nodiscard]] int readDescribed(vy_RegisterDescription const& location, uint32_t& value);
     [[nodiscard]] int writeDescribed(vy_RegisterDescription const& location, uint32_t value);
 
-    /// The device that the bridge reaches under a bus address; null when none is wired there.
-    [[nodiscard]] EepromDevice* behindBridge(uint32_t busAddress);
-
+    /// The device when it is wired so and lies at that bus address; null otherwise.
+    [[nodiscard]] EepromDevice* find(EepromWiring wiring, uint32_t busAddress);
     [[nodiscard]] CameraClock& clock() { return m_clock; }
     /// Null without an EEPROM, whatever its wiring.
     [[nodiscard]] EepromDevice* device() { return m_device ? &*m_device : nullptr; }
 
 private:
-    [[nodiscard]] EepromDevice* find(EepromWiring wiring, uint32_t busAddress);
-    [[nodiscard]] bool fitsRaw(uint32_t start, size_t count) const;
+    [[nodiscard]] int rawFault(EepromDevice const* device, uint32_t start, size_t count) const;
 
     CameraClock m_clock;
     EepromSection m_section;
     std::optional<EepromDevice> m_device;
     uint32_t m_addressBits;
     uint32_t m_wordBits;
+};
+
+/// The sensor's bridge to the headboard's bus: five registers through which a host has one or two bytes moved
+/// at a time. A written command starts a transfer; the status register says busy until it is over, after a
+/// write until the device has stored the bytes, and then whether the device acknowledged. Bytes in different
+/// pages are written one after the other. A new command
+/// drops one that still runs. Without a device the bridge works and nobody acknowledges.
+class EepromBridge {
+public:
+    /// Borrows both. On a sensor without all five registers the bridge is not there and does nothing.
+    EepromBridge(RegisterMap& registers, HeadboardBus& bus);
+
+    /// Brings status and data up to the present time; called before registers are read.
+    void refresh();
+    /// A host wrote a register; called after every write. Answers as the library's functions do.
+    [[nodiscard]] int written(RegisterMap::Register const& reg);
+
+private:
+    /// A transfer whose end the host has not seen yet.
+    struct Transfer {
+        EepromDevice* device = nullptr;
+        std::optional<CameraClock::Duration> endsAt{}; ///< none: it never ends
+        bool isAcknowledged = false;
+        std::optional<uint32_t> data{};    ///< what a read brings
+        uint32_t nextAddress = 0;          ///< of the next page
+        std::optional<uint8_t> nextByte{}; ///< to be written there
+    };
+
+    [[nodiscard]] BusAnswer move(uint32_t command, Transfer& transfer) const;
+    /// The transfer takes its time from now on.
+    void schedule(BusAnswer answer, Transfer& transfer) const;
+
+    HeadboardBus* m_bus;
+    RegisterMap::Register* m_deviceAddress;
+    RegisterMap::Register* m_address;
+    RegisterMap::Register* m_command;
+    RegisterMap::Register* m_status;
+    RegisterMap::Register* m_data;
+    bool m_isThere;
+    std::optional<Transfer> m_transfer;
 };
 } // namespace simulator

@@ -22,6 +22,12 @@ double filtered(ColourFilter const& filter, double kelvin) {
     }
     return sum;
 }
+// The look-up's steps in mired, millionths of 1/K, in which the logarithm of the ratio is nearly straight.
+constexpr double kCoolest = 40;  // 25000 K
+constexpr double kWarmest = 600; // 1667 K
+constexpr double kStep = 10;
+
+constexpr double kBeforeTheFirstFrame = 5000; // kelvin
 } // namespace
 
 std::array<double, 3> illuminantResponse(std::array<ColourFilter, 3> const& filters,
@@ -42,5 +48,28 @@ IlluminantBlend blendAt(std::vector<double> const& temperatures, double colourTe
     double const lowerMired = 1 / temperatures[upper - 1];
     double const upperMired = 1 / temperatures[upper];
     return {upper - 1, upper, (1 / colourTemperature - lowerMired) / (upperMired - lowerMired)};
+}
+
+IlluminantEstimate::IlluminantEstimate(std::array<ColourFilter, 3> const& filters,
+                                       RegisterMap::Register& shown)
+    : m_shown(shown), m_kelvin(kBeforeTheFirstFrame) {
+    for (double mired = kCoolest; mired <= kWarmest; mired += kStep) {
+        std::array<double, 3> const colour = illuminantResponse(filters, 1e6 / mired);
+        m_logRatios.push_back(std::log(colour[0] / colour[2]));
+    }
+    m_shown.isVolatile = true;
+    m_shown.value = uint32_t(m_kelvin);
+}
+
+void IlluminantEstimate::update(std::optional<double> redToBlue) {
+    if (!redToBlue)
+        return;
+    double const ratio = std::clamp(std::log(*redToBlue), m_logRatios.front(), m_logRatios.back());
+    auto const above = std::clamp(std::upper_bound(m_logRatios.begin(), m_logRatios.end(), ratio),
+                                  m_logRatios.begin() + 1, m_logRatios.end() - 1);
+    double const step = double(above - m_logRatios.begin()) - 1;
+    double const share = (ratio - *(above - 1)) / (*above - *(above - 1));
+    m_kelvin = 1e6 / (kCoolest + kStep * (step + share));
+    m_shown.value = uint32_t(std::lround(m_kelvin));
 }
 } // namespace simulator

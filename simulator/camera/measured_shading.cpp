@@ -1,6 +1,6 @@
 #include "simulator/camera/measured_shading.h"
 #include "simulator/camera/illuminant.h"
-#include "simulator/camera/json_place.h"
+#include "simulator/files/json_place.h"
 
 #include <QFileInfo>
 #include <algorithm>
@@ -8,51 +8,32 @@
 
 namespace simulator {
 namespace {
+using files::JsonPlace;
+
 constexpr std::array<char const*, 3> kColourNames = {"red", "green", "blue"};
 constexpr uint32_t kLargestGrid = 1024; // cells in a direction
 constexpr size_t kMostIlluminants = 16;
 constexpr double kLargestGain = 1000;
 constexpr double kLowestTemperature = 500, kHighestTemperature = 50000; // kelvin
 
-std::vector<double> readGains(JsonPlace const& place, size_t cells) {
-    std::vector<double> gains;
-    gains.reserve(cells);
-    for (JsonPlace const& item : place.items(cells)) {
-        gains.push_back(item.number());
-        if (!(gains.back() > 0))
-            item.fail(QStringLiteral("the gain must be above 0"));
-        (void)item.number(1 / kLargestGain, kLargestGain);
-    }
-    return gains;
-}
-
 MeasuredShading readGrid(JsonPlace const& root) {
-    MeasuredShading shading;
-    if (root["format"].text() != QLatin1String("shading-gains-1"))
-        root["format"].fail(QStringLiteral("\"shading-gains-1\" is expected"));
-    shading.name = root["name"].text();
-    shading.columns = root["columns"].integer(2, kLargestGrid);
-    shading.rows = root["rows"].integer(2, kLargestGrid);
-    size_t const cells = size_t(shading.columns) * shading.rows;
-    for (JsonPlace const& item : root["illuminants"].items()) {
-        if (shading.illuminants.size() == kMostIlluminants) {
-            item.fail(QStringLiteral("no more than %1 illuminants are read").arg(kMostIlluminants));
-            break;
-        }
-        MeasuredShading::Illuminant illuminant;
+    (void)root["format"].choice({"shading-gains-1"});
+    MeasuredShading shading{.name = root["name"].text(),
+                            .columns = root["columns"].integer(2, kLargestGrid),
+                            .rows = root["rows"].integer(2, kLargestGrid),
+                            .illuminants = {}};
+    for (JsonPlace const& item : root["illuminants"].someItems(kMostIlluminants, "illuminant")) {
         JsonPlace const temperature = item["colour_temperature_K"];
-        illuminant.temperature = temperature.number();
-        if (!(illuminant.temperature > 0))
-            temperature.fail(QStringLiteral("the temperature must be above 0"));
-        (void)temperature.number(kLowestTemperature, kHighestTemperature);
+        MeasuredShading::Illuminant illuminant{
+            .temperature = temperature.number(kLowestTemperature, kHighestTemperature), .gains = {}};
         if (!shading.illuminants.empty() && illuminant.temperature <= shading.illuminants.back().temperature)
             temperature.fail(QStringLiteral("the temperatures must ascend"));
         for (size_t colour = 0; colour < kColourNames.size(); ++colour)
-            illuminant.gains[colour] = readGains(item[kColourNames[colour]], cells);
+            for (JsonPlace const& gain :
+                 item[kColourNames[colour]].items(size_t(shading.columns) * shading.rows))
+                illuminant.gains[colour].push_back(gain.number(1 / kLargestGain, kLargestGain));
         shading.illuminants.push_back(std::move(illuminant));
     }
-    if (shading.illuminants.empty())
-        root["illuminants"].fail(QStringLiteral("at least one illuminant is needed"));
     return shading;
 }
 
@@ -84,7 +65,7 @@ double interpolated(Sample sample, int count, double position) {
 
 std::optional<MeasuredShading> readMeasuredShading(QString const& file, QString* error) {
     error->clear();
-    std::optional<QJsonObject> const whole = readJsonFile(file, error);
+    std::optional<QJsonObject> const whole = files::readJson(file, error);
     if (!whole)
         return std::nullopt;
     MeasuredShading shading = readGrid(JsonPlace(*whole, QFileInfo(file).fileName(), error));

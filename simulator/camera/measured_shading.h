@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/camera/lens_response.h"
+#include "simulator/camera/optics.h"
 #include "simulator/camera/simulated_camera.h"
 
 #include <QString>

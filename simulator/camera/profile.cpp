@@ -1,21 +1,19 @@
 #include "simulator/camera/profile.h"
-#include "simulator/camera/installed_files.h"
+
 #include "simulator/camera/profile_registers.h"
+#include "simulator/files/json_place.h"
+#include "simulator/files/library_folder.h"
 
 #include <QFileInfo>
 #include <algorithm>
+#include <cmath>
 
 namespace simulator {
 namespace {
+using files::JsonPlace;
+
 constexpr int kDeepestBase = 4;
 constexpr int kMostFiles = 64; // each base may name several
-
-struct FormatName {
-    char const* name;
-    OutputFormat format;
-};
-constexpr FormatName kFormatNames[] = {
-    {"raw12", OutputFormat::Raw12}, {"raw8", OutputFormat::Raw8}, {"ycbcr", OutputFormat::Ycbcr}};
 
 // Empty with the place and the cause in `error`, which is empty before.
 std::optional<QJsonObject> readWithBases(QString const& file, int depth, int& filesRead, QString* error) {
@@ -24,7 +22,7 @@ std::optional<QJsonObject> readWithBases(QString const& file, int depth, int& fi
         *error = name + QStringLiteral(": no more than %1 files make a profile").arg(kMostFiles);
         return std::nullopt;
     }
-    std::optional<QJsonObject> changes = readJsonFile(file, error);
+    std::optional<QJsonObject> changes = files::readJson(file, error);
     if (!changes || !changes->contains(QStringLiteral("base")))
         return changes;
     if (depth == kDeepestBase) {
@@ -44,10 +42,10 @@ std::optional<QJsonObject> readWithBases(QString const& file, int depth, int& fi
             *error = name + QStringLiteral(": base: ") + *error;
             return std::nullopt;
         }
-        whole = mergedJson(whole, *read);
+        whole = files::mergedJson(whole, *read);
     }
     changes->remove(QStringLiteral("base"));
-    return mergedJson(whole, *changes);
+    return files::mergedJson(whole, *changes);
 }
 
 SensorArray readArray(JsonPlace const& place) {
@@ -60,26 +58,18 @@ SensorArray readArray(JsonPlace const& place) {
                       .orientation = place["orientation"].integer(0, 3)};
     if (array.width % 2 != 0 || array.height % 2 != 0)
         place.fail(QStringLiteral("width and height must be even"));
-    if (uint64_t(array.width) * array.height > kMostPixels)
+    if (array.pixels() > kMostPixels)
         place.fail(QStringLiteral("no more than %1 pixels are simulated").arg(kMostPixels));
     return array;
 }
 
 ReadOut readReadOut(JsonPlace const& place) {
-    ReadOut readOut{.pedestal = place["pedestal"].number(0, 1024),
+    constexpr FrameType kFormats[] = {FrameType::Raw12, FrameType::Raw8, FrameType::Ycbcr};
+    ReadOut readOut{.format = kFormats[place["format"].choice({"raw12", "raw8", "ycbcr"})],
+                    .pedestal = place["pedestal"].number(0, 1024),
                     .electronsPerCount = place["electronsPerCount"].number(0.01, 100),
-                    .readNoise = place["readNoise"].number(0, 100),
-                    .unusableRows = place["unusableRows"].integer(0, 16)};
-    QString const name = place["format"].text();
-    auto const* const known =
-        std::find_if(std::begin(kFormatNames), std::end(kFormatNames),
-                     [&](FormatName const& row) { return name == QLatin1String(row.name); });
-    if (known == std::end(kFormatNames)) {
-        place["format"].fail(QStringLiteral("\"%1\" is none of raw12, raw8, ycbcr").arg(name));
-        return readOut;
-    }
-    readOut.format = known->format;
-    if (readOut.format == OutputFormat::Ycbcr) {
+                    .readNoise = place["readNoise"].number(0, 100)};
+    if (readOut.format == FrameType::Ycbcr) {
         readOut.lumaLow = place["lumaLow"].number(0, 254);
         readOut.lumaHigh = place["lumaHigh"].number(readOut.lumaLow + 1, 255);
         readOut.chromaSpan = place["chromaSpan"].number(1, 255);
@@ -87,168 +77,128 @@ ReadOut readReadOut(JsonPlace const& place) {
     return readOut;
 }
 
-struct WiringName {
-    char const* name;
-    EepromWiring wiring;
-};
-constexpr WiringName kWiringNames[] = {{"none", EepromWiring::None},
-                                       {"serial", EepromWiring::Serial},
-                                       {"bridge", EepromWiring::Bridge},
-                                       {"bus-master", EepromWiring::BusMaster}};
-
-EepromSection readEeprom(JsonPlace const& place) {
-    EepromSection eeprom;
-    QString const name = place["kind"].text();
-    auto const* const known =
-        std::find_if(std::begin(kWiringNames), std::end(kWiringNames),
-                     [&](WiringName const& row) { return name == QLatin1String(row.name); });
-    if (known == std::end(kWiringNames)) {
-        place["kind"].fail(QStringLiteral("\"%1\" is none of none, serial, bridge, bus-master").arg(name));
-        return eeprom;
-    }
-    eeprom.wiring = known->wiring;
-    if (eeprom.wiring == EepromWiring::None)
-        return eeprom;
-    eeprom.busAddress = place["busAddress"].integer(0, 0xFE);
-    eeprom.isFormatted = place["formatted"].flag();
-    return eeprom;
+// Sensor RGB to display RGB.
+std::array<double, 9> readColourMatrix(JsonPlace const& place) {
+    constexpr double kRowSumTolerance = 1e-6;
+    std::array<double, 9> const matrix = place.numbers<9>(10);
+    for (size_t row = 0; row < 3; ++row)
+        if (std::abs(matrix[3 * row] + matrix[3 * row + 1] + matrix[3 * row + 2] - 1) > kRowSumTolerance)
+            place.fail(QStringLiteral("row %1 must sum to 1, so that grey stays grey").arg(row + 1));
+    return matrix;
 }
 
-void readIdentity(JsonPlace const& place, Profile& profile) {
-    profile.sensorName = place["sensorName"].text().toLocal8Bit();
-    profile.fileNamePart = place["fileNamePart"].text().toLocal8Bit();
-    if (place.has("note"))
-        profile.note = place["note"].text();
-    profile.kind = place["kind"].integer();
-    profile.variant = place["variant"].integer();
-    profile.systemOnChip = place["systemOnChip"].flag();
-    profile.registerAddressWidth = place["registerAddressWidth"].integer(8, 32);
-    profile.registerDataWidth = place["registerDataWidth"].integer(8, 32);
-    profile.hasPageSelect = place["hasPageSelect"].flag();
-    for (JsonPlace const& space : place["secondaryMaps"].items())
-        profile.secondaryMaps |= 1U << space.integer(0, 31);
-}
-
-bool hasRegister(Profile const& profile, QByteArray const& name) {
-    return std::any_of(profile.registers.begin(), profile.registers.end(),
-                       [&](RegisterDefinition const& reg) { return reg.name == name; });
-}
-
-bool hasRegister(Profile const& profile, RegisterPlace const& place) {
-    return std::any_of(profile.registers.begin(), profile.registers.end(),
-                       [&](RegisterDefinition const& reg) {
-                           return reg.addressSpace == 0 && reg.id == place.id &&
-                                  reg.address == place.address && reg.dataWidth >= 16;
-                       });
+void requireNamed(JsonPlace const& place, QByteArray const& name, Profile const& profile) {
+    if (std::none_of(profile.registers.begin(), profile.registers.end(),
+                     [&](RegisterDefinition const& reg) { return reg.name == name; }))
+        place.fail(QStringLiteral("there is no register \"%1\"").arg(QString::fromLatin1(name)));
 }
 
 QByteArray readRegisterName(JsonPlace const& place, Profile const& profile) {
     QByteArray name = place.text().toLatin1();
-    if (!hasRegister(profile, name))
-        place.fail(QStringLiteral("there is no register \"%1\"").arg(QString::fromLatin1(name)));
+    requireNamed(place, name, profile);
     return name;
-}
-
-void checkLayoutRegisters(JsonPlace const& correction, Profile const& profile) {
-    auto const require = [&](JsonPlace const& place, RegisterPlace const& reg) {
-        if (!hasRegister(profile, reg))
-            place.fail(QStringLiteral("there is no 16-bit register at id %1, address 0x%2")
-                           .arg(reg.id)
-                           .arg(reg.address, 4, 16, QLatin1Char('0')));
-    };
-    std::vector<JsonPlace> const places = correction["banks"].items();
-    for (size_t i = 0; i < profile.layout.banks.size(); ++i) {
-        SensorLayout::Bank const& bank = profile.layout.banks[i];
-        JsonPlace const& origin = places[i].has("originColumn") ? places[i] : correction;
-        require(origin["originColumn"], bank.originColumn);
-        require(origin["originRow"], bank.originRow);
-        for (size_t plane = 0; plane < kPlaneCount; ++plane)
-            for (uint32_t term = 0; term < kCoefficientCount; ++term)
-                require(places[i]["planes"][kPlaneNames[plane]], bank.planes[plane].place(term));
-        if (bank.colourTemperature)
-            require(places[i]["colourTemperature"], *bank.colourTemperature);
-    }
-}
-
-void checkLayoutSamples(JsonPlace const& place, Profile const& profile) {
-    SensorLayout const& layout = profile.layout;
-    bool const isYcbcr = profile.readOut.format == OutputFormat::Ycbcr;
-    if ((layout.input == QLatin1String("ycbcr")) != isYcbcr)
-        place["input"].fail(QStringLiteral("a calibration frame is not what the read-out delivers"));
-    if (layout.input != QLatin1String("bayer"))
-        return;
-    if ((layout.sampleBytes == 2) != (profile.readOut.format == OutputFormat::Raw12))
-        place["sampleBytes"].fail(QStringLiteral("the read-out delivers samples of another size"));
-    if (layout.blackLevel != profile.readOut.deliveredBlack())
-        place["blackLevel"].fail(
-            QStringLiteral("the read-out delivers black as %1").arg(profile.readOut.deliveredBlack()));
-}
-
-struct WiringRegister {
-    EepromWiring wiring;
-    char const* reg;
-};
-constexpr WiringRegister kWiringRegisters[] = {
-    {EepromWiring::Bridge, "IO_EEPROM_I2C_ADDR"}, {EepromWiring::Bridge, "IO_EEPROM_ADDR"},
-    {EepromWiring::Bridge, "IO_EEPROM_COMMAND"},  {EepromWiring::Bridge, "IO_EEPROM_STATUS"},
-    {EepromWiring::Bridge, "IO_EEPROM_DATA"},     {EepromWiring::BusMaster, "DMA_CTRL"}};
-
-void checkEepromRegisters(JsonPlace const& place, Profile const& profile) {
-    for (WiringRegister const& row : kWiringRegisters)
-        if (row.wiring == profile.eeprom.wiring && !hasRegister(profile, row.reg))
-            place.fail(QStringLiteral("there is no register \"%1\"").arg(QLatin1String(row.reg)));
-}
-
-// The layout block is told in full because it is handed out as it stands, so it must agree with the rest.
-// Only its size may be another: that of a sensor in a mode that its data do not tell of.
-void checkLayout(JsonPlace const& place, Profile const& profile) {
-    struct Agreement {
-        char const* key;
-        uint32_t inLayout;
-        uint32_t inProfile;
-    };
-    SensorLayout const& layout = profile.layout;
-    for (Agreement const& row : {
-             Agreement{"kind", layout.kind, profile.kind},
-             Agreement{"variant", layout.variant, profile.variant},
-         })
-        if (row.inLayout != row.inProfile)
-            place[row.key].fail(
-                QStringLiteral("%1 differs from the sensor's %2").arg(row.inLayout).arg(row.inProfile));
-    checkLayoutSamples(place, profile);
-    checkLayoutRegisters(place["correction"], profile);
-}
-
-bool lies(RegisterDefinition const& reg, RegisterPlace const& place) {
-    return reg.addressSpace == 0 && reg.id == place.id && reg.address == place.address;
-}
-
-// Every origin lies in the middle of the array until somebody moves it.
-void resetOrigins(Profile& profile) {
-    for (RegisterDefinition& reg : profile.registers)
-        for (SensorLayout::Bank const& bank : profile.layout.banks) {
-            if (lies(reg, bank.originColumn))
-                reg.reset = profile.array.width / 2;
-            if (lies(reg, bank.originRow))
-                reg.reset = profile.array.height / 2;
-        }
 }
 
 RegisterSwitch readSwitch(JsonPlace const& place, Profile const& profile) {
     return {readRegisterName(place["register"], profile), place["mask"].integer(1), place["value"].integer()};
 }
 
-TableChoice readTableChoice(JsonPlace const& place, Profile const& profile) {
-    TableChoice choice;
-    choice.estimate = readRegisterName(place["estimate"], profile);
-    std::vector<JsonPlace> const temperatures = place["temperatures"].items(kTableCount);
-    for (size_t i = 0; i < kTableCount; ++i) {
-        choice.temperatures[i] = readRegisterName(temperatures[i], profile);
+EepromSection readEeprom(JsonPlace const& place, Profile const& profile) {
+    struct {
+        EepromWiring wiring;
+        char const* reg;
+    } constexpr kRegisters[] = {
+        {EepromWiring::Bridge, "IO_EEPROM_I2C_ADDR"}, {EepromWiring::Bridge, "IO_EEPROM_ADDR"},
+        {EepromWiring::Bridge, "IO_EEPROM_COMMAND"},  {EepromWiring::Bridge, "IO_EEPROM_STATUS"},
+        {EepromWiring::Bridge, "IO_EEPROM_DATA"},     {EepromWiring::BusMaster, "DMA_CTRL"}};
+    auto const wiring = EepromWiring(place["kind"].choice({"none", "serial", "bridge", "bus-master"}));
+    for (auto const& row : kRegisters)
+        if (row.wiring == wiring)
+            requireNamed(place["kind"], row.reg, profile);
+    if (wiring == EepromWiring::None)
+        return {};
+    return {wiring, place["busAddress"].integer(0, 0xFE), place["formatted"].flag()};
+}
+
+RegisterDefinition* registerAt(Profile& profile, RegisterPlace const& place) {
+    auto const found =
+        std::find_if(profile.registers.begin(), profile.registers.end(), [&](RegisterDefinition const& reg) {
+            vy_RegisterDescription const& told = reg.description;
+            return told.addressSpace == 0 && told.id == place.id && told.address == place.address;
+        });
+    return found == profile.registers.end() ? nullptr : &*found;
+}
+
+void requireRegister(JsonPlace const& place, RegisterPlace const& told, Profile& profile) {
+    RegisterDefinition const* const reg = registerAt(profile, told);
+    if (!reg || reg->description.dataWidth < 16)
+        place.fail(QStringLiteral("there is no 16-bit register at id %1, address 0x%2")
+                       .arg(told.id)
+                       .arg(told.address, 4, 16, QLatin1Char('0')));
+}
+
+// Every origin lies in the middle of the array until somebody moves it.
+void placeOrigin(JsonPlace const& place, SensorLayout::Origin const& origin, Profile& profile) {
+    requireRegister(place["originColumn"], origin.column, profile);
+    requireRegister(place["originRow"], origin.row, profile);
+    if (RegisterDefinition* const column = registerAt(profile, origin.column))
+        column->reset = profile.array.width / 2;
+    if (RegisterDefinition* const row = registerAt(profile, origin.row))
+        row->reset = profile.array.height / 2;
+}
+
+void checkCorrection(JsonPlace const& correction, Profile& profile) {
+    constexpr char const* kPlanes[kPlaneCount] = {"greenRed", "red", "blue", "greenBlue"};
+    std::vector<JsonPlace> const places = correction["banks"].items();
+    size_t tables = 0;
+    for (size_t i = 0; i < profile.layout.banks.size(); ++i) {
+        SensorLayout::Bank const& bank = profile.layout.banks[i];
+        tables += bank.slot == kBaseSlot ? 0 : 1;
+        placeOrigin(bank.origin ? places[i] : correction, profile.layout.originOf(bank), profile);
+        for (size_t plane = 0; plane < kPlaneCount; ++plane)
+            for (uint32_t term = 0; term < kCoefficientCount; ++term)
+                requireRegister(places[i]["planes"][kPlanes[plane]], bank.planes[plane].place(term), profile);
+        if (bank.colourTemperature)
+            requireRegister(places[i]["colourTemperature"], *bank.colourTemperature, profile);
+    }
+    if (tables != 0 && tables != kTableSlots.size())
+        correction["banks"].fail(QStringLiteral("of the slots 2, 3, 4 some are missing"));
+}
+
+// The layout block is told in full because it is handed out as it stands, so it must agree with the rest.
+// Only its size may be another: that of a sensor in a mode that its data do not tell of.
+void checkLayout(JsonPlace const& place, Profile& profile) {
+    SensorLayout const& layout = profile.layout;
+    CameraDescription const& sensor = profile.description;
+    auto const agree = [&](char const* key, uint32_t inLayout, uint32_t inProfile) {
+        if (inLayout != inProfile)
+            place[key].fail(QStringLiteral("%1 differs from the sensor's %2").arg(inLayout).arg(inProfile));
+    };
+    agree("kind", layout.kind, sensor.sensorKind);
+    agree("variant", layout.variant, sensor.variant);
+    if ((layout.input == SensorLayout::Input::Ycbcr) != (sensor.rawType == FrameType::Ycbcr))
+        place["input"].fail(QStringLiteral("a calibration frame is not what the read-out delivers"));
+    if (layout.input == SensorLayout::Input::Bayer) {
+        if ((layout.sampleBytes == 2) != (sensor.rawType == FrameType::Raw12))
+            place["sampleBytes"].fail(QStringLiteral("the read-out delivers samples of another size"));
+        if (layout.blackLevel != sensor.blackLevel)
+            place["blackLevel"].fail(
+                QStringLiteral("the read-out delivers black as %1").arg(sensor.blackLevel));
+    }
+    checkCorrection(place["correction"], profile);
+}
+
+TableChoice readTableChoice(JsonPlace const& place, Profile& profile) {
+    TableChoice choice{.estimate = readRegisterName(place["estimate"], profile)};
+    std::vector<JsonPlace> const temperatures = place["temperatures"].items(kTableSlots.size());
+    for (size_t i = 0; i < kTableSlots.size(); ++i) {
+        QByteArray const name = readRegisterName(temperatures[i], profile);
+        profile.description.tableTemperatures.push_back(name);
         // A solution must reach the very register that the sensor asks.
         auto const& told = profile.layout.bank(kTableSlots[i])->colourTemperature;
-        for (RegisterDefinition const& reg : profile.registers)
-            if (told && reg.name == choice.temperatures[i] && !lies(reg, *told))
-                temperatures[i].fail(QStringLiteral("the layout tells another register"));
+        RegisterDefinition const* const reg = told ? registerAt(profile, *told) : nullptr;
+        if (reg && reg->name != name)
+            temperatures[i].fail(QStringLiteral("the layout tells another register"));
     }
     if (place.has("automatic"))
         choice.automatic = readSwitch(place["automatic"], profile);
@@ -257,11 +207,41 @@ TableChoice readTableChoice(JsonPlace const& place, Profile const& profile) {
     return choice;
 }
 
+CameraDescription describe(JsonPlace const& root, SensorArray const& array, ReadOut const& readOut) {
+    bool const isRaw12 = readOut.format == FrameType::Raw12;
+    bool const isRaw8 = readOut.format == FrameType::Raw8;
+    return {.sensorName = root["sensorName"].text().toLocal8Bit(),
+            .fileNamePart = root["fileNamePart"].text().toLocal8Bit(),
+            .summary = root.has("summary") ? root["summary"].text() : QString(),
+            .note = root.has("note") ? root["note"].text() : QString(),
+            .sensorKind = root["kind"].integer(),
+            .variant = root["variant"].integer(),
+            .systemOnChip = root["systemOnChip"].flag(),
+            .width = array.width,
+            .height = array.height,
+            .rawType = readOut.format,
+            .bayerPhase = array.deliveredPhase(),
+            .orientation = array.orientation,
+            .unusableRows = root["readOut"]["unusableRows"].integer(0, 16),
+            .blackLevel = isRaw12  ? readOut.pedestal
+                          : isRaw8 ? readOut.pedestal / kCountsPerByte
+                                   : readOut.lumaLow,
+            .whiteLevel = isRaw12  ? kConverterWhite
+                          : isRaw8 ? 255
+                                   : readOut.lumaHigh,
+            .colourMatrix = readColourMatrix(root["optics"]["colourMatrix"])};
+}
+
 Profile readSections(JsonPlace const& root) {
     Profile profile;
-    readIdentity(root, profile);
     profile.array = readArray(root["array"]);
     profile.readOut = readReadOut(root["readOut"]);
+    profile.description = describe(root, profile.array, profile.readOut);
+    profile.registerAddressWidth = root["registerAddressWidth"].integer(8, 32);
+    profile.registerDataWidth = root["registerDataWidth"].integer(8, 32);
+    profile.hasPageSelect = root["hasPageSelect"].flag();
+    for (JsonPlace const& space : root["secondaryMaps"].items())
+        profile.secondaryMaps |= 1U << space.integer(0, 31);
     profile.registers = readRegisters(root["registers"], profile.registerAddressWidth);
     JsonPlace const exposure = root["exposure"];
     profile.exposure = {readRegisterName(exposure["register"], profile),
@@ -269,40 +249,19 @@ Profile readSections(JsonPlace const& root) {
     profile.frameCounter = readRegisterName(root["frameCounter"], profile);
     profile.correctionSwitch = readSwitch(root["correctionSwitch"], profile);
     profile.layout = readSensorLayout(root["layout"]);
+    profile.layoutBlock = sensorLayoutBlock(root["layout"].object());
     checkLayout(root["layout"], profile);
-    resetOrigins(profile);
-    if (profile.layout.hasTables())
+    profile.description.calibratesFromRgb = profile.layout.input == SensorLayout::Input::Rgb32;
+    if (std::all_of(kTableSlots.begin(), kTableSlots.end(),
+                    [&](uint32_t slot) { return profile.layout.bank(slot); }))
         profile.tableChoice = readTableChoice(root["tableChoice"], profile);
     profile.optics = readOptics(root["optics"]);
-    profile.eeprom = readEeprom(root["eeprom"]);
-    checkEepromRegisters(root["eeprom"]["kind"], profile);
+    profile.eeprom = readEeprom(root["eeprom"], profile);
     return profile;
 }
 } // namespace
 
-double ReadOut::deliveredBlack() const {
-    switch (format) {
-    case OutputFormat::Raw12:
-        return pedestal;
-    case OutputFormat::Raw8:
-        return pedestal / kCountsPerByte;
-    case OutputFormat::Ycbcr:
-        break;
-    }
-    return lumaLow;
-}
-
-double ReadOut::deliveredWhite() const {
-    switch (format) {
-    case OutputFormat::Raw12:
-        return kConverterWhite;
-    case OutputFormat::Raw8:
-        return 255;
-    case OutputFormat::Ycbcr:
-        break;
-    }
-    return lumaHigh;
-}
+QDir profileFolder() { return QDir(files::libraryFolder() + QStringLiteral("/profiles")); }
 
 std::optional<Profile> readProfile(QString const& file, QString* error) {
     error->clear();
@@ -311,9 +270,7 @@ std::optional<Profile> readProfile(QString const& file, QString* error) {
     if (!whole)
         return std::nullopt;
     Profile profile = readSections(JsonPlace(*whole, QFileInfo(file).fileName(), error));
-    if (!error->isEmpty())
-        return std::nullopt;
-    profile.name = QFileInfo(file).completeBaseName();
-    return profile;
+    profile.description.profile = QFileInfo(file).completeBaseName();
+    return error->isEmpty() ? std::optional(std::move(profile)) : std::nullopt;
 }
 } // namespace simulator

@@ -3,19 +3,17 @@
 #include "simulator/camera/optics.h"
 #include "simulator/camera/register_map.h"
 #include "simulator/camera/sensor_array.h"
-#include "simulator/camera/sensor_layout.h"
+#include "simulator/camera/simulated_camera.h"
+#include "simulator/files/sensor_layout.h"
 
 #include <QByteArray>
+#include <QDir>
 #include <QString>
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
 
 namespace simulator {
-/// What the read-out delivers.
-enum class OutputFormat { Raw12, Raw8, Ycbcr };
-
 /// A switch among the registers: on when the masked register equals `value`.
 struct RegisterSwitch {
     QByteArray reg;
@@ -26,26 +24,20 @@ struct RegisterSwitch {
 /// How a sensor that adapts to the light chooses among its tables.
 struct TableChoice {
     QByteArray estimate; ///< register that shows the colour temperature which the sensor sees, kelvin
-    std::array<QByteArray, kTableCount> temperatures; ///< registers of the tables' own, left to right
-    std::optional<RegisterSwitch> automatic;          ///< off: the middle table alone. None: always on
-    QByteArray zone; ///< register that holds the table 1, 2 or 3, left to right; other values hold none.
-                     ///< Empty: there is no such register
+    std::optional<RegisterSwitch> automatic{}; ///< off: the middle table alone. None: always on
+    QByteArray zone{}; ///< register that holds the table 1, 2 or 3, left to right; other values hold none.
+                       ///< Empty: there is no such register
 };
 
 /// The analogue half of the sensor and its converter, which has 12 bits whatever is delivered.
 struct ReadOut {
-    OutputFormat format = OutputFormat::Raw12;
+    FrameType format = FrameType::Raw12;
     double pedestal = 0;          ///< counts of the converter at no light
     double electronsPerCount = 0; ///< of the converter
     double readNoise = 0;         ///< electrons
-    uint32_t unusableRows = 0;    ///< rows at the top of the picture that hold no picture
     double lumaLow = 0;           ///< YCbCr only: luma of black
     double lumaHigh = 255;        ///< YCbCr only: luma of white
     double chromaSpan = 255;      ///< YCbCr only: range of a chroma component around 128
-
-    /// Counts of a delivered sample at no light and at saturation.
-    [[nodiscard]] double deliveredBlack() const;
-    [[nodiscard]] double deliveredWhite() const;
 };
 
 /// How long the sensor integrates.
@@ -72,13 +64,7 @@ struct EepromSection {
 
 /// A sensor on its headboard, as a profile file tells it.
 struct Profile {
-    QString name;
-    QByteArray sensorName;
-    QByteArray fileNamePart;
-    QString note; ///< what its user must know; mostly empty
-    uint32_t kind = 0;
-    uint32_t variant = 0;
-    bool systemOnChip = false;
+    CameraDescription description;
     uint32_t registerAddressWidth = 0; ///< bits
     uint32_t registerDataWidth = 0;    ///< bits
     bool hasPageSelect = false;
@@ -90,6 +76,7 @@ struct Profile {
     RegisterSwitch correctionSwitch; ///< of the sensor's own shading correction
     std::vector<RegisterDefinition> registers;
     SensorLayout layout;
+    QByteArray layoutBlock;                 ///< the layout as `sensorData` holds it
     std::optional<TableChoice> tableChoice; ///< where the layout has tables
     Optics optics;
     EepromSection eeprom;
@@ -106,4 +93,7 @@ inline constexpr double kCountsPerByte = 16;
 /// of the array. Empty with a message that names the fault and its place in
 /// `error` when the file is malformed.
 [[nodiscard]] std::optional<Profile> readProfile(QString const& file, QString* error);
+
+/// Where the profiles lie that are installed beside the library.
+[[nodiscard]] QDir profileFolder();
 } // namespace simulator

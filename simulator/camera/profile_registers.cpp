@@ -6,6 +6,8 @@
 
 namespace simulator {
 namespace {
+using files::JsonPlace;
+
 constexpr uint32_t kLargestFamily = 4096;
 constexpr size_t kMostRegisters = 65536;
 // Bounds of the short addresses that firmware variables have.
@@ -20,27 +22,16 @@ struct Index {
     QStringList words; ///< what stands for the numbers, where there are any
 };
 
-Index readWords(JsonPlace const& place) {
+Index readIndex(JsonPlace const& place) {
     Index index{.letter = place["letter"].text(), .words = {}};
-    for (JsonPlace const& word : place["words"].items())
-        index.words.append(word.text());
-    if (index.words.isEmpty())
-        place["words"].fail(QStringLiteral("at least one word is needed"));
-    index.count = std::max(1U, uint32_t(index.words.size()));
+    if (place.has("words"))
+        for (JsonPlace const& word : place["words"].someItems(kLargestFamily, "word"))
+            index.words.append(word.text());
+    else
+        index.first = place.integerOr(0, "first");
+    index.count = place.has("words") ? std::max(1U, uint32_t(index.words.size()))
+                                     : place["count"].integer(1, kLargestFamily);
     return index;
-}
-
-std::vector<Index> readIndices(JsonPlace const& place) {
-    std::vector<Index> indices;
-    if (!place.has("indices"))
-        return indices;
-    for (JsonPlace const& item : place["indices"].items())
-        indices.push_back(item.has("words") ? readWords(item)
-                                            : Index{item["letter"].text(),
-                                                    item.has("first") ? item["first"].integer() : 0,
-                                                    item["count"].integer(1, kLargestFamily),
-                                                    {}});
-    return indices;
 }
 
 // Replaces {letter} and {letter:digits}.
@@ -64,16 +55,14 @@ QString memberName(QString name, std::vector<Index> const& indices, uint32_t run
 }
 
 std::vector<uint32_t> readResets(JsonPlace const& place) {
+    if (!place.has("reset") || !place["reset"].isArray())
+        return {place.integerOr(0, "reset")};
     std::vector<uint32_t> resets;
-    if (!place.has("reset"))
-        return {0};
-    if (!place["reset"].isArray())
-        return {place["reset"].integer()};
-    for (JsonPlace const& item : place["reset"].items())
+    for (JsonPlace const& item : place["reset"].someItems(kLargestFamily, "value"))
         resets.push_back(item.integer());
     if (resets.empty())
-        place["reset"].fail(QStringLiteral("at least one value is needed"));
-    return resets.empty() ? std::vector<uint32_t>{0} : resets;
+        resets.push_back(0);
+    return resets;
 }
 
 std::vector<Bitfield> readBitfields(JsonPlace const& place, uint32_t dataWidth) {
@@ -87,43 +76,52 @@ std::vector<Bitfield> readBitfields(JsonPlace const& place, uint32_t dataWidth) 
     return bitfields;
 }
 
+uint32_t dataTypeOfWidth(uint32_t bits) { return bits <= 8 ? 0 : bits <= 16 ? 2 : 4; }
+
 RegisterDefinition readCommonPart(JsonPlace const& place, uint32_t addressWidth) {
     RegisterDefinition reg;
-    reg.addressSpace = place.has("addressSpace") ? place["addressSpace"].integer(0, 31) : 0;
-    bool const isFirmware = reg.addressSpace == kFirmwareSpace;
-    reg.id = place.has("id") ? place["id"].integer(0, isFirmware ? kLargestFirmwareId : 0xFFFF) : 0;
-    reg.address = place["address"].integer(0, isFirmware ? kLargestFirmwareAddress : 0xFFFFFFFF);
-    reg.addressWidth = place.has("addressWidth") ? place["addressWidth"].integer(8, 32) : addressWidth;
-    reg.dataWidth = place.has("dataWidth") ? place["dataWidth"].integer(1, 32) : 16;
-    reg.dataType = place.has("dataType") ? place["dataType"].integer(0, 5) : dataTypeOfWidth(reg.dataWidth);
-    reg.bitfields = readBitfields(place, reg.dataWidth);
+    vy_RegisterDescription& told = reg.description;
+    told.addressSpace = place.integerOr(0, "addressSpace", 0, 31);
+    bool const isFirmware = told.addressSpace == kFirmwareSpace;
+    told.id = place.integerOr(0, "id", 0, isFirmware ? kLargestFirmwareId : 0xFFFF);
+    told.address = place["address"].integer(0, isFirmware ? kLargestFirmwareAddress : 0xFFFFFFFF);
+    told.addressWidth = place.integerOr(addressWidth, "addressWidth", 8, 32);
+    told.dataWidth = place.integerOr(16, "dataWidth", 1, 32);
+    told.dataType = place.integerOr(dataTypeOfWidth(told.dataWidth), "dataType", 0, 5);
+    reg.bitfields = readBitfields(place, told.dataWidth);
     return reg;
 }
 
 void appendFamily(JsonPlace const& place, uint32_t addressWidth, std::vector<RegisterDefinition>& registers) {
     RegisterDefinition reg = readCommonPart(place, addressWidth);
     QString const name = place["name"].text();
-    std::vector<Index> const indices = readIndices(place);
+    std::vector<Index> indices;
+    uint64_t count = 1;
+    if (place.has("indices"))
+        for (JsonPlace const& item : place["indices"].items()) {
+            indices.push_back(readIndex(item));
+            count = std::min<uint64_t>(count * indices.back().count, kLargestFamily);
+        }
     uint32_t const stride = indices.empty() ? 0 : place["stride"].integer(1, 0xFFFF);
     std::vector<uint32_t> const resets = readResets(place);
-    uint64_t count = 1;
-    for (Index const& index : indices)
-        count = std::min<uint64_t>(count * index.count, kLargestFamily);
-    uint32_t const firstAddress = reg.address;
     for (uint32_t i = 0; i < count; ++i) {
         reg.name = memberName(name, indices, i).toLatin1();
-        reg.address = firstAddress + i * stride;
         reg.reset = resets[std::min<size_t>(i, resets.size() - 1)];
         registers.push_back(reg);
+        reg.description.address += stride;
     }
 }
 } // namespace
 
 std::vector<RegisterDefinition> readRegisters(JsonPlace const& place, uint32_t addressWidth) {
     std::vector<RegisterDefinition> registers;
-    QSet<QByteArray> names;
-    QSet<QString> places;
-    for (QString const& group : place.keys()) {
+    QSet<QString> taken; // names and places
+    auto const take = [&](QString const& what) {
+        bool const isFree = !taken.contains(what);
+        taken.insert(what);
+        return isFree;
+    };
+    for (QString const& group : place.keys())
         for (JsonPlace const& item : place[group.toUtf8().constData()].items()) {
             size_t const before = registers.size();
             if (before > kMostRegisters) {
@@ -132,19 +130,14 @@ std::vector<RegisterDefinition> readRegisters(JsonPlace const& place, uint32_t a
             }
             appendFamily(item, addressWidth, registers);
             for (size_t i = before; i < registers.size(); ++i) {
-                RegisterDefinition const& reg = registers[i];
-                QString const name = QString::fromLatin1(reg.name);
-                QString const where =
-                    QStringLiteral("%1/%2/%3").arg(reg.addressSpace).arg(reg.id).arg(reg.address);
-                if (names.contains(reg.name))
+                vy_RegisterDescription const& told = registers[i].description;
+                QString const name = QString::fromLatin1(registers[i].name);
+                if (!take(name))
                     item.fail(QStringLiteral("the register \"%1\" is there twice").arg(name));
-                if (places.contains(where))
+                if (!take(QStringLiteral("%1/%2/%3").arg(told.addressSpace).arg(told.id).arg(told.address)))
                     item.fail(QStringLiteral("another register lies at the address of \"%1\"").arg(name));
-                names.insert(reg.name);
-                places.insert(where);
             }
         }
-    }
     return registers;
 }
 } // namespace simulator

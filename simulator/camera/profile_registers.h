@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/camera/json_place.h"
 #include "simulator/camera/register_map.h"
+#include "simulator/files/json_place.h"
 
 #include <vector>
 
@@ -11,5 +11,6 @@ namespace simulator {
 /// digits, and an index may have `words` instead of
 /// a count; the last index runs fastest, and the addresses are `stride` apart. `reset` is one value or an
 /// array, whose last value holds for all further registers of the family.
-[[nodiscard]] std::vector<RegisterDefinition> readRegisters(JsonPlace const& place, uint32_t addressWidth);
+[[nodiscard]] std::vector<RegisterDefinition> readRegisters(files::JsonPlace const& place,
+                                                            uint32_t addressWidth);
 } // namespace simulator

@@ -3,6 +3,7 @@
 
 #include <QtEndian>
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 
@@ -69,35 +70,60 @@ private:
     std::vector<float> m_noise;
 };
 
-// Red and blue of the cells in which neither is saturated.
-class CellSums {
-public:
-    explicit CellSums(float pedestal) : m_pedestal(pedestal) {}
+// ITU-R BT.601: luma weights of red and blue; green has the rest.
+constexpr float kRedWeight = 0.299F;
+constexpr float kBlueWeight = 0.114F;
+constexpr float kGreenWeight = 1 - kRedWeight - kBlueWeight;
+constexpr float kChromaZero = 128;
 
-    void add(float red, float blue) {
-        ++m_cells;
-        if (std::max(red, blue) >= kWhite)
-            return;
-        ++m_usable;
-        m_red += double(red - m_pedestal);
-        m_blue += double(blue - m_pedestal);
-    }
-
-    [[nodiscard]] std::optional<double> redToBlue() const {
-        constexpr double kUsableShare = 0.95; // with fewer cells left, the noise would choose them
-        constexpr double kLeastSignal = 0.5;  // counts
-        if (m_usable < kUsableShare * m_cells || std::min(m_red, m_blue) < kLeastSignal * m_usable)
-            return std::nullopt;
-        return m_red / m_blue;
-    }
-
-private:
-    float m_pedestal;
-    double m_red = 0;
-    double m_blue = 0;
-    double m_cells = 0;
-    double m_usable = 0;
+struct Coding {
+    float black = 0;
+    float scale = 0; // counts to 0..1
+    float lumaLow = 0;
+    float lumaSpan = 0;
+    float chromaSpan = 0;
 };
+
+char rounded(float value) { return char(uint8_t(std::clamp(value, 0.0F, 255.0F) + 0.5F)); }
+
+// The four samples of a 2 x 2 cell, in the order of its rows, make one colour; which is which follows from
+// the delivered phase. Chroma and luma are then those of the cell: no detail is invented.
+std::array<char, 4> codedCell(std::array<float, 4> const& samples, uint32_t phase, Coding const& coding) {
+    auto const level = [&](uint32_t sample) {
+        return std::clamp((samples[sample] - coding.black) * coding.scale, 0.0F, 1.0F);
+    };
+    float const red = level(phase);
+    float const blue = level(phase ^ 3);
+    float const green = (level(phase ^ 1) + level(phase ^ 2)) / 2;
+    float const luma = kRedWeight * red + kGreenWeight * green + kBlueWeight * blue;
+    float const blueDifference = (blue - luma) / (2 * (1 - kBlueWeight));
+    float const redDifference = (red - luma) / (2 * (1 - kRedWeight));
+    char const y = rounded(coding.lumaLow + coding.lumaSpan * luma);
+    return {y, rounded(kChromaZero + coding.chromaSpan * blueDifference), y,
+            rounded(kChromaZero + coding.chromaSpan * redDifference)};
+}
+
+void codeYcbcr(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic, Frame& frame) {
+    Coding const coding{.black = float(readOut.pedestal),
+                        .scale = float(1 / (kConverterWhite - readOut.pedestal)),
+                        .lumaLow = float(readOut.lumaLow),
+                        .lumaSpan = float(readOut.lumaHigh - readOut.lumaLow),
+                        .chromaSpan = float(readOut.chromaSpan)};
+    char* const pixels = frame.pixels.data();
+    uint32_t const phase = array.deliveredPhase();
+    for (uint32_t y = 0; y + 1 < array.height; y += 2) {
+        uint16_t const* const upper = &mosaic[size_t(y) * array.width];
+        uint16_t const* const lower = upper + array.width;
+        char* const line = pixels + size_t(y) * frame.pitch;
+        for (uint32_t x = 0; x + 1 < array.width; x += 2) {
+            std::array<float, 4> const samples = {float(upper[x]), float(upper[x + 1]), float(lower[x]),
+                                                  float(lower[x + 1])};
+            std::array<char, 4> const cell = codedCell(samples, phase, coding);
+            std::copy(cell.begin(), cell.end(), line + size_t(x) * 2);
+        }
+        std::copy(line, line + frame.pitch, line + frame.pitch);
+    }
+}
 } // namespace
 
 std::optional<double> centreRedToBlue(SensorArray const& array, ReadOut const& readOut,
@@ -106,19 +132,29 @@ std::optional<double> centreRedToBlue(SensorArray const& array, ReadOut const& r
     uint32_t const left = array.width * (kShare - 1) / (2 * kShare) & ~1U;
     uint32_t const top = array.height * (kShare - 1) / (2 * kShare) & ~1U;
     RowConverter rows(array, readOut, exposing);
-    CellSums sums(rows.constants().pedestal);
     // The row of a cell that holds red, and the one that holds blue.
-    std::vector<float> red(array.width);
-    std::vector<float> blue(array.width);
+    std::vector<float> reds(array.width);
+    std::vector<float> blues(array.width);
     uint32_t const redRow = array.bayerPhase >> 1;
     uint32_t const redColumn = array.bayerPhase & 1;
+    double red = 0, blue = 0, cells = 0, usable = 0;
     for (uint32_t y = top; y < top + array.height / kShare; y += 2) {
-        rows.convert(y + redRow, red);
-        rows.convert(y + (redRow ^ 1), blue);
-        for (uint32_t x = left; x < left + array.width / kShare; x += 2)
-            sums.add(red[x + redColumn], blue[x + (redColumn ^ 1)]);
+        rows.convert(y + redRow, reds);
+        rows.convert(y + (redRow ^ 1), blues);
+        for (uint32_t x = left; x < left + array.width / kShare; x += 2, ++cells) {
+            float const r = reds[x + redColumn], b = blues[x + (redColumn ^ 1)];
+            if (std::max(r, b) >= kWhite)
+                continue;
+            ++usable;
+            red += double(r - rows.constants().pedestal);
+            blue += double(b - rows.constants().pedestal);
+        }
     }
-    return sums.redToBlue();
+    constexpr double kUsableShare = 0.95; // with fewer cells left, the noise would choose them
+    constexpr double kLeastSignal = 0.5;  // counts
+    if (usable < kUsableShare * cells || std::min(red, blue) < kLeastSignal * usable)
+        return std::nullopt;
+    return red / blue;
 }
 
 Mosaic exposeMosaic(SensorArray const& array, ReadOut const& readOut, Exposing const& exposing) {
@@ -151,15 +187,17 @@ std::vector<float> exposeIdeal(SensorArray const& array, ReadOut const& readOut,
     return ideal;
 }
 
-Frame rawFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic) {
-    bool const wide = readOut.format == OutputFormat::Raw12;
-    Frame frame{.type = wide ? FrameType::Raw12 : FrameType::Raw8,
+Frame deliveredFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic) {
+    uint32_t const bytesPerPixel = readOut.format == FrameType::Raw8 ? 1 : 2;
+    Frame frame{.type = readOut.format,
                 .width = array.width,
                 .height = int32_t(array.height),
-                .pitch = array.width * (wide ? 2 : 1),
+                .pitch = array.width * bytesPerPixel,
                 .pixels = {}};
     frame.pixels.resize(int(frame.pitch * array.height));
-    if (wide) {
+    if (readOut.format == FrameType::Ycbcr) {
+        codeYcbcr(array, readOut, mosaic, frame);
+    } else if (readOut.format == FrameType::Raw12) {
         qToLittleEndian<quint16>(mosaic.data(), qsizetype(mosaic.size()), frame.pixels.data());
     } else {
         constexpr int kDivisor = int(kCountsPerByte);

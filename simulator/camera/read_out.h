@@ -1,6 +1,5 @@
 #pragma once
 
-#include "simulator/camera/light_field.h"
 #include "simulator/camera/profile.h"
 
 #include <cstdint>
@@ -35,8 +34,11 @@ struct Exposing {
 [[nodiscard]] std::vector<float> exposeIdeal(SensorArray const& array, ReadOut const& readOut,
                                              Exposing const& exposing);
 
-/// Packs a mosaic as little-endian 16-bit words or, rounded to the upper 8 bits, as bytes.
-[[nodiscard]] Frame rawFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic);
+/// A mosaic as the sensor delivers it. Raw frames are packed as little-endian 16-bit words or, rounded to the
+/// upper 8 bits, as bytes. A system-on-chip's colour pipeline stands as for a calibration: YCbCr 4:2:2
+/// (Y Cb Y Cr) with the ITU-R BT.601 matrix and a linear tone, no gains and no matrix of its own; luma runs
+/// from the profile's `lumaLow` to `lumaHigh`, chroma over `chromaSpan` around 128.
+[[nodiscard]] Frame deliveredFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic);
 
 /// Fills the rows at the top that the sensor does not expose with whatever lies in its line buffers.
 void spoilUnusableRows(Frame& frame, uint32_t rows, uint64_t noiseStream);

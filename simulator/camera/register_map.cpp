@@ -18,39 +18,27 @@ uint32_t widthMask(vy_RegisterDescription const& description) {
 }
 
 uint32_t shiftOf(uint32_t mask) { return mask == 0 ? 0 : uint32_t(std::countr_zero(mask)); }
-
-RegisterMap::Register registerOf(RegisterDefinition const& definition) {
-    RegisterMap::Register reg;
-    reg.name = definition.name;
-    reg.description.addressSpace = definition.addressSpace;
-    reg.description.id = definition.id;
-    reg.description.address = definition.address;
-    reg.description.addressWidth = definition.addressWidth;
-    reg.description.dataWidth = definition.dataWidth;
-    reg.description.accessSize = dataTypeSize(definition.dataType);
-    reg.description.dataType = definition.dataType;
-    reg.bitfields = definition.bitfields;
-    reg.value = definition.reset & widthMask(reg.description);
-    return reg;
-}
 } // namespace
 
 uint32_t dataTypeSize(uint32_t dataType) {
     return dataType < kDataTypeSizes.size() ? kDataTypeSizes[dataType] : 0;
 }
 
-uint32_t dataTypeOfWidth(uint32_t bits) { return bits <= 8 ? 0 : bits <= 16 ? 2 : 4; }
-
 RegisterMap::RegisterMap(std::vector<RegisterDefinition> const& definitions) {
-    m_registers.reserve(definitions.size());
+    m_registers.reserve(definitions.size()); // nothing moves any more
     for (RegisterDefinition const& definition : definitions) {
-        size_t const index = m_registers.size();
-        Register& reg = m_registers.emplace_back(registerOf(definition));
+        vy_RegisterDescription const& told = definition.description;
+        m_byName.insert(definition.name, m_registers.size());
+        m_byAddress.insert(placeOf(told.addressSpace, told.id, told.address), m_registers.size());
+        Register& reg = m_registers.emplace_back();
+        reg.name = definition.name;
+        reg.description = told;
         reg.description.name = reg.name.constData();
+        reg.description.accessSize = dataTypeSize(told.dataType);
+        reg.bitfields = definition.bitfields;
         for (Bitfield const& bitfield : reg.bitfields)
             reg.bitfieldDescriptions.push_back({bitfield.name.constData(), bitfield.mask, 0});
-        m_byName.insert(reg.name, index);
-        m_byAddress.insert(placeOf(definition.addressSpace, definition.id, definition.address), index);
+        reg.value = definition.reset & widthMask(told);
     }
 }
 

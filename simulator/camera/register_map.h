@@ -26,12 +26,7 @@ struct Bitfield {
 /// One register as a sensor's data sheet tells it.
 struct RegisterDefinition {
     QByteArray name;
-    uint32_t addressSpace = 0; ///< address-space kind; 0 is the sensor itself, 1 its firmware's variables
-    uint32_t id = 0;           ///< page or driver
-    uint32_t address = 0;
-    uint32_t addressWidth = 16; ///< bits
-    uint32_t dataWidth = 16;    ///< bits
-    uint32_t dataType = 0;      ///< code, see dataTypeSize()
+    vy_RegisterDescription description{}; ///< all but the name
     uint32_t reset = 0;
     std::vector<Bitfield> bitfields;
 };
@@ -39,8 +34,6 @@ struct RegisterDefinition {
 /// Bytes of a data type: 0 and 1 are 8 bits wide, 2 and 3 16 bits, 4 and 5 32 bits (the odd ones signed).
 /// 0 for codes that do not exist.
 [[nodiscard]] uint32_t dataTypeSize(uint32_t dataType);
-/// The unsigned data type that holds so many bits.
-[[nodiscard]] uint32_t dataTypeOfWidth(uint32_t bits);
 
 /// The registers of one sensor: where they lie, what they hold, and the library's cache of what was last
 /// seen of them. Writes go through the cache to the sensor; reads stop at the cache until it is dropped.

@@ -1,16 +1,11 @@
 #pragma once
 
-#include <array>
+#include "simulator/files/sensor_layout.h"
+
 #include <cstddef>
 #include <cstdint>
 
 namespace simulator {
-/// The colour planes of a Bayer mosaic; `GreenRed` is the green of the rows that hold red.
-enum class Plane : uint32_t { GreenRed, Red, Blue, GreenBlue };
-inline constexpr size_t kPlaneCount = 4;
-/// Their names in data files, in the order of `Plane`.
-inline constexpr std::array<char const*, kPlaneCount> kPlaneNames = {"greenRed", "red", "blue", "greenBlue"};
-
 /// The pixel array and how it is read out.
 struct SensorArray {
     uint32_t width = 0;       ///< pixels

@@ -1,21 +1,18 @@
 #include "simulator/camera/simulated_camera.h"
+
 #include "simulator/camera/camera_handle.h"
 #include "simulator/camera/illuminant.h"
-#include "simulator/camera/illuminant_estimate.h"
-#include "simulator/camera/installed_files.h"
-#include "simulator/camera/light_field.h"
 #include "simulator/camera/measured_shading.h"
 #include "simulator/camera/noise.h"
 #include "simulator/camera/read_out.h"
 #include "simulator/camera/shading_correction.h"
-#include "simulator/camera/start_up_record.h"
 #include "simulator/camera/stored_records.h"
-#include "simulator/camera/ycbcr_pipeline.h"
 
 #include <QFileInfo>
 #include <QStringList>
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace simulator {
 namespace {
@@ -24,58 +21,12 @@ QString profileFile(QString const& profile) {
                         profile.endsWith(QLatin1String(".json"));
     return isFile ? profile : profileFolder().filePath(profile + QStringLiteral(".json"));
 }
-
-FrameType frameType(OutputFormat format) {
-    switch (format) {
-    case OutputFormat::Raw12:
-        return FrameType::Raw12;
-    case OutputFormat::Raw8:
-        return FrameType::Raw8;
-    case OutputFormat::Ycbcr:
-        break;
-    }
-    return FrameType::Ycbcr;
-}
-
-EepromDevice* deviceOrMessage(vy_Camera& camera, QString* error) {
-    EepromDevice* const device = camera.bus.device();
-    if (!device)
-        *error = QStringLiteral("the camera has no EEPROM");
-    return device;
-}
-
-CameraDescription describe(Profile const& profile) {
-    CameraDescription description;
-    description.profile = profile.name;
-    description.sensorName = profile.sensorName;
-    description.fileNamePart = profile.fileNamePart;
-    description.note = profile.note;
-    description.sensorKind = profile.kind;
-    description.variant = profile.variant;
-    description.systemOnChip = profile.systemOnChip;
-    description.width = profile.array.width;
-    description.height = profile.array.height;
-    description.rawType = frameType(profile.readOut.format);
-    description.calibratesFromRgb = profile.layout.input == QLatin1String("rgb32");
-    description.bayerPhase = profile.array.deliveredPhase();
-    description.orientation = profile.array.orientation;
-    description.unusableRows = profile.readOut.unusableRows;
-    description.blackLevel = profile.readOut.deliveredBlack();
-    description.whiteLevel = profile.readOut.deliveredWhite();
-    if (profile.tableChoice)
-        description.tableTemperatures.assign(profile.tableChoice->temperatures.begin(),
-                                             profile.tableChoice->temperatures.end());
-    std::copy(profile.optics.colourMatrix.begin(), profile.optics.colourMatrix.end(),
-              description.colourMatrix);
-    return description;
-}
 } // namespace
 
 class SimulatedCamera::Implementation {
 public:
     explicit Implementation(Profile sensor)
-        : profile(std::move(sensor)), description(describe(profile)), handle(profile),
-          correction(profile, handle.registers),
+        : profile(std::move(sensor)), handle(profile), correction(profile, handle.registers),
           exposureRegister(handle.registers.find(profile.exposure.reg.constData())),
           frameCounter(handle.registers.find(profile.frameCounter.constData())),
           exposureAtReset(std::max(1U, exposureRegister->value)) {
@@ -84,16 +35,13 @@ public:
                                *handle.registers.find(profile.tableChoice->estimate.constData()));
     }
 
-    void setLight(Light const& changed);
     [[nodiscard]] Field const& lightOnTheArray();
-    [[nodiscard]] Frame grab();
-    [[nodiscard]] IdealFrame idealFrame();
     [[nodiscard]] Exposing exposing();
     [[nodiscard]] Field const* gains();
-    [[nodiscard]] bool replay(QString const& recordName, QString* error);
+    /// Null, with a message in `error`, without an EEPROM.
+    [[nodiscard]] EepromDevice* device(QString* error);
 
     Profile const profile;
-    CameraDescription const description;
     vy_Camera handle;
     ShadingCorrection correction;
     std::optional<IlluminantEstimate> illuminant; ///< where the correction depends on the light
@@ -107,27 +55,14 @@ public:
     Field field; ///< empty: to be computed
 };
 
-void SimulatedCamera::Implementation::setLight(Light const& changed) {
-    bool const sameField = changed.colourTemperature == light.colourTemperature &&
-                           changed.gradient == light.gradient &&
-                           changed.objectInPicture == light.objectInPicture;
-    light = changed;
-    if (!sameField)
-        field.clear();
-}
-
 Field const& SimulatedCamera::Implementation::lightOnTheArray() {
     if (!field.empty())
         return field;
-    std::array<double, 3> const colour = illuminantResponse(profile.optics.filters, light.colourTemperature);
-    if (measuredShading)
-        field =
-            lightField(profile.array, MeasuredLens(*measuredShading, profile.array, light.colourTemperature),
-                       colour, light);
-    else
-        field =
-            lightField(profile.array, AnalyticLens(profile.optics, profile.array, light.colourTemperature),
-                       colour, light);
+    auto const through = [&](LensResponse const& lens) {
+        return lightField(profile.array, lens, profile.optics.filters, light);
+    };
+    field = measuredShading ? through(MeasuredLens(*measuredShading, profile.array, light.colourTemperature))
+                            : through(AnalyticLens(profile.optics, profile.array, light.colourTemperature));
     return field;
 }
 
@@ -144,37 +79,10 @@ Field const* SimulatedCamera::Implementation::gains() {
     return correction.isOn() ? &correction.gains(illuminant ? illuminant->kelvin() : 0) : nullptr;
 }
 
-Frame SimulatedCamera::Implementation::grab() {
-    ++frameNumber;
-    frameCounter->value = uint32_t(frameNumber & 0xFFFF);
-    uint64_t const stream = mixed(seed) + (frameNumber << 32);
-    Exposing exposed = exposing();
-    exposed.noiseStream = stream;
-    // The light is looked at whether the correction is on or off, so that switching does not change it.
-    if (illuminant)
-        illuminant->update(centreRedToBlue(profile.array, profile.readOut, exposed));
-    exposed.gains = gains();
-    Mosaic const mosaic = exposeMosaic(profile.array, profile.readOut, exposed);
-    Frame frame = profile.readOut.format == OutputFormat::Ycbcr
-                      ? ycbcrFrame(profile.array, profile.readOut, mosaic)
-                      : rawFrame(profile.array, profile.readOut, mosaic);
-    spoilUnusableRows(frame, profile.readOut.unusableRows, stream);
-    return frame;
-}
-
-IdealFrame SimulatedCamera::Implementation::idealFrame() {
-    Exposing exposed = exposing();
-    exposed.gains = gains();
-    return {profile.array.width, profile.array.height, exposeIdeal(profile.array, profile.readOut, exposed)};
-}
-
-bool SimulatedCamera::Implementation::replay(QString const& recordName, QString* error) {
-    EepromDevice const* const device = deviceOrMessage(handle, error);
-    if (!device)
-        return false;
-    auto const entries =
-        readStartUpRecord(device->contents(), recordName, profile.registerAddressWidth, error);
-    return entries && replayEntries(*entries, handle.registers, error);
+EepromDevice* SimulatedCamera::Implementation::device(QString* error) {
+    if (!handle.bus.device())
+        *error = QStringLiteral("the camera has no EEPROM");
+    return handle.bus.device();
 }
 
 SimulatedCamera::SimulatedCamera(std::unique_ptr<Implementation> implementation)
@@ -185,8 +93,7 @@ SimulatedCamera::~SimulatedCamera() = default;
 std::unique_ptr<SimulatedCamera> SimulatedCamera::open(QString const& profile, QString* error) {
     QString const file = profileFile(profile);
     // Whoever names a file is told what is wrong with it, and whoever names a profile which there are.
-    bool const isNamedFile = QFileInfo::exists(file) || profile == file;
-    if (!isNamedFile) {
+    if (!QFileInfo::exists(file) && profile != file) {
         *error = QStringLiteral("There is no camera profile \"%1\" (known: %2)")
                      .arg(profile, profileNames().join(QStringLiteral(", ")));
         return nullptr;
@@ -207,19 +114,32 @@ QStringList SimulatedCamera::profileNames() {
 }
 
 QStringList SimulatedCamera::notedProfileNames() {
-    QStringList names = profileNames();
-    QString error; // a profile that cannot be opened is listed all the same
-    for (QString& name : names)
-        if (auto const camera = open(name, &error); camera && !camera->description().note.isEmpty())
-            name += QStringLiteral("  (") + camera->description().note + QLatin1Char(')');
-    return names;
+    constexpr int kWidth = 24; // of the names
+    QStringList lines;
+    for (QString const& name : profileNames()) {
+        QString error; // a profile that cannot be opened is listed all the same
+        auto const camera = open(name, &error);
+        QString line = name.leftJustified(kWidth) + (camera ? camera->description().summary : error);
+        if (camera && !camera->description().note.isEmpty())
+            line += QStringLiteral("; ") + camera->description().note;
+        lines.append(line);
+    }
+    return lines;
 }
 
 vy_Camera* SimulatedCamera::handle() const { return &m_implementation->handle; }
-CameraDescription const& SimulatedCamera::description() const { return m_implementation->description; }
-void SimulatedCamera::setLight(Light const& light) { m_implementation->setLight(light); }
+CameraDescription const& SimulatedCamera::description() const {
+    return m_implementation->profile.description;
+}
 Light const& SimulatedCamera::light() const { return m_implementation->light; }
 void SimulatedCamera::setSeed(uint64_t seed) { m_implementation->seed = seed; }
+
+void SimulatedCamera::setLight(Light const& light) {
+    Light const before = std::exchange(m_implementation->light, light);
+    if (before.colourTemperature != light.colourTemperature || before.gradient != light.gradient ||
+        before.objectInPicture != light.objectInPicture)
+        m_implementation->field.clear();
+}
 
 bool SimulatedCamera::useMeasuredShading(QString const& file, QString* error) {
     std::optional<MeasuredShading> shading = readMeasuredShading(file, error);
@@ -230,14 +150,37 @@ bool SimulatedCamera::useMeasuredShading(QString const& file, QString* error) {
     return true;
 }
 
-Frame SimulatedCamera::grab() { return m_implementation->grab(); }
-IdealFrame SimulatedCamera::idealFrame() const { return m_implementation->idealFrame(); }
+Frame SimulatedCamera::grab() {
+    Implementation& camera = *m_implementation;
+    Profile const& profile = camera.profile;
+    ++camera.frameNumber;
+    camera.frameCounter->value = uint32_t(camera.frameNumber & 0xFFFF);
+    uint64_t const stream = mixed(camera.seed) + (camera.frameNumber << 32);
+    Exposing exposed = camera.exposing();
+    exposed.noiseStream = stream;
+    // The light is looked at whether the correction is on or off, so that switching does not change it.
+    if (camera.illuminant)
+        camera.illuminant->update(centreRedToBlue(profile.array, profile.readOut, exposed));
+    exposed.gains = camera.gains();
+    Frame frame =
+        deliveredFrame(profile.array, profile.readOut, exposeMosaic(profile.array, profile.readOut, exposed));
+    spoilUnusableRows(frame, profile.description.unusableRows, stream);
+    return frame;
+}
+
+IdealFrame SimulatedCamera::idealFrame() const {
+    Profile const& profile = m_implementation->profile;
+    Exposing exposed = m_implementation->exposing();
+    exposed.gains = m_implementation->gains();
+    return {profile.array.width, profile.array.height, exposeIdeal(profile.array, profile.readOut, exposed)};
+}
+
 bool SimulatedCamera::isCorrecting() const { return m_implementation->correction.isOn(); }
 uint64_t SimulatedCamera::registerWrites() const { return m_implementation->handle.registers.writes(); }
 bool SimulatedCamera::hasEeprom() const { return m_implementation->handle.bus.device() != nullptr; }
 
 bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
-    EepromDevice* const device = deviceOrMessage(m_implementation->handle, error);
+    EepromDevice* const device = m_implementation->device(error);
     std::optional<EepromContents> const contents = device ? readContents(file, error) : std::nullopt;
     if (contents)
         device->contents() = *contents;
@@ -245,7 +188,7 @@ bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
 }
 
 bool SimulatedCamera::saveEeprom(QString const& file, QString* error) const {
-    EepromDevice const* const device = deviceOrMessage(m_implementation->handle, error);
+    EepromDevice const* const device = m_implementation->device(error);
     return device && writeContents(device->contents(), file, error);
 }
 
@@ -264,7 +207,10 @@ std::vector<StoredRecord> SimulatedCamera::eepromRecords() const {
 }
 
 bool SimulatedCamera::replayEeprom(QString const& recordName, QString* error) {
-    return m_implementation->replay(recordName, error);
+    EepromDevice const* const device = m_implementation->device(error);
+    return device &&
+           replayRecord(device->contents(), recordName, m_implementation->profile.registerAddressWidth,
+                        m_implementation->handle.registers, error);
 }
 
 void SimulatedCamera::useVirtualTime() { m_implementation->handle.bus.clock().useVirtualTime(); }
@@ -276,11 +222,11 @@ void SimulatedCamera::advanceTime(int milliseconds) {
 QStringList SimulatedCamera::faultNames() { return deviceFaultNames(); }
 
 bool SimulatedCamera::injectFault(QString const& name, uint64_t n, bool forEver) {
-    std::optional<DeviceFault> const fault = deviceFaultByName(name);
+    int const fault = deviceFaultNames().indexOf(name);
     EepromDevice* const device = m_implementation->handle.bus.device();
-    if (fault && device)
-        device->plan(FaultPlan(*fault, n, forEver));
-    return fault.has_value();
+    if (fault >= 0 && device)
+        device->plan({DeviceFault(fault), n, forEver});
+    return fault >= 0;
 }
 
 uint64_t SimulatedCamera::deviceOperations() const {

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -70,9 +71,10 @@ struct StoredRecord {
 
 /// What a host is told of the camera besides its registers.
 struct CameraDescription {
-    QString profile;         ///< the profile's name
+    QString profile{};       ///< the profile's name
     QByteArray sensorName;   ///< for the sensor record's first name
     QByteArray fileNamePart; ///< for the sensor record's file name part
+    QString summary;         ///< what the profile is for, in a line
     QString note;            ///< what its user must know; mostly empty
     uint32_t sensorKind = 0;
     uint32_t variant = 0;
@@ -88,10 +90,10 @@ struct CameraDescription {
     double blackLevel = 0;     ///< counts of the delivered samples
     double whiteLevel = 0;     ///< counts of the delivered samples
     std::vector<QByteArray>
-        tableTemperatures; ///< registers of the colour temperatures for which the correction's
-                           ///< tables were made, left to right; empty with one correction
-    double colourMatrix[9] = {1, 0, 0, 0, 1,
-                              0, 0, 0, 1}; ///< sensor RGB to display RGB, row by row, rows sum to 1
+        tableTemperatures{}; ///< registers of the colour temperatures for which the correction's
+                             ///< tables were made, left to right; empty with one correction
+    std::array<double, 9> colourMatrix = {
+        1, 0, 0, 0, 1, 0, 0, 0, 1}; ///< sensor RGB to display RGB, row by row, rows sum to 1
 };
 
 /// The camera behind the simulated library `veyra2`: one sensor on one headboard, told by a profile. It is
@@ -103,7 +105,7 @@ public:
     [[nodiscard]] static std::unique_ptr<SimulatedCamera> open(QString const& profile, QString* error);
     /// The names of the profiles that are installed beside the library.
     [[nodiscard]] static QStringList profileNames();
-    /// The same with what is to be known of each.
+    /// A line of each: its name, what it is for and, where there is something, what its user must know.
     [[nodiscard]] static QStringList notedProfileNames();
     ~SimulatedCamera();
 

@@ -1,8 +1,8 @@
 #include "simulator/boundary/observed_call.h"
 #include "simulator/camera/camera_handle.h"
-#include "simulator/camera/installed_files.h"
 #include "simulator/camera/register_map.h"
 #include "simulator/camera/simulated_camera.h"
+#include "simulator/files/library_folder.h"
 
 #include "published/veyra2.h"
 
@@ -255,7 +255,7 @@ VEYRA2_FUNCTION int vy_IsSOC(vy_Camera* camera) {
 
 VEYRA2_FUNCTION char const* vy_Home(void) {
     return observed(libraryWatch, Call("vy_Home"), []() -> char const* {
-        static QByteArray const home = QFile::encodeName(simulator::libraryFolder());
+        static QByteArray const home = QFile::encodeName(files::libraryFolder());
         return home.constData();
     });
 }

@@ -1,8 +1,6 @@
+#include "simulator/files/sensor_layout.h"
 #include "tests/support/camera_under_test.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <gtest/gtest.h>
 
 using namespace simulator;
@@ -20,20 +18,14 @@ double correctionAt(Camera const& camera, Region const& region) {
 }
 
 // Writes as a host does: address and id from the layout block, register found by address.
-void writeCoefficient(Camera const& camera, QString const& plane, int p, int q, uint32_t value) {
-    auto const* const text = static_cast<char const*>(vy_SensorInfo(camera->handle())->sensorData);
-    QByteArray const json = QByteArray(text).mid(QByteArray(text).indexOf('\n') + 1);
-    QJsonObject const bank = QJsonDocument::fromJson(json)
-                                 .object()[QStringLiteral("correction")]
-                                 .toObject()[QStringLiteral("banks")]
-                                 .toArray()[0]
-                                 .toObject();
-    QJsonObject const place = bank[QStringLiteral("planes")].toObject()[plane].toObject();
-    int const address =
-        place[QStringLiteral("address")].toInt() + place[QStringLiteral("stride")].toInt() * (5 * p + q);
-    auto const* const found = vy_FindRegisterAddr(camera->handle(), uint32_t(address), 0,
-                                                  uint32_t(place[QStringLiteral("id")].toInt()));
-    ASSERT_TRUE(found) << qPrintable(plane) << p << q;
+void writeGreen(Camera const& camera, uint32_t value) {
+    QString error;
+    auto const layout = parseSensorLayout(
+        static_cast<char const*>(vy_SensorInfo(camera->handle())->sensorData), QString(), &error);
+    ASSERT_TRUE(layout) << qPrintable(error);
+    RegisterPlace const place = layout->banks.front().planes[Plane::GreenRed].first;
+    auto const* const found = vy_FindRegisterAddr(camera->handle(), place.address, 0, place.id);
+    ASSERT_TRUE(found);
     EXPECT_EQ(vy_WriteSensorReg(camera->handle(), found, value), 0);
 }
 
@@ -41,11 +33,10 @@ TEST(Correction, EveryRawProfileMultipliesByThePolynomialInItsRegisters) {
     for (QString const& name : SimulatedCamera::profileNames()) {
         SCOPED_TRACE(qPrintable(name));
         Camera const camera = openProfile(name);
-        ASSERT_TRUE(camera);
         if (camera->description().rawType == FrameType::Ycbcr)
             continue;
         EXPECT_NEAR(correctionAt(camera, {}), 1, 0.01) << "the reset registers change nothing";
-        writeCoefficient(camera, QStringLiteral("greenRed"), 0, 0, kOneAndHalf);
+        writeGreen(camera, kOneAndHalf);
         EXPECT_NEAR(correctionAt(camera, {}), 1.5, 0.015);
         double const red = redMean(*camera, camera->grab());
         switchCorrection(*camera, false);

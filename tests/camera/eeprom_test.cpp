@@ -3,6 +3,7 @@
 #include <array>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace simulator;
@@ -148,26 +149,19 @@ TEST(Eeprom, BadTransfersMoveNothing) {
     EXPECT_NE(vy_readRegisters(camera->handle(), 0xA8, 0, 0xFFFFFFFF, words.data()), 0);
     EXPECT_NE(vy_readRegisters(camera->handle(), 0xA8, 0x10000, 1, words.data()), 0);
     EXPECT_NE(vy_writeRegisters(camera->handle(), 0xA8, 0, 0, words.data()), 0);
-    EXPECT_EQ(vy_setMode(camera->handle(), 2, 16), 0);
-    EXPECT_NE(writeBytes(*camera, 0, {1, 2}), 0) << "words of 16 bits";
-    EXPECT_EQ(vy_setMode(camera->handle(), 2, 8), 0);
-    EXPECT_EQ(vy_setMode(camera->handle(), 1, 8), 0);
-    EXPECT_NE(readBytes(*camera, 0, words), 0) << "addresses of 8 bits";
+    for (auto const& [mode, bits] : {std::pair{2, 16}, {1, 8}}) {
+        EXPECT_EQ(vy_setMode(camera->handle(), uint32_t(mode), uint32_t(bits)), 0);
+        EXPECT_NE(writeBytes(*camera, 0, {1, 2}), 0) << "of another width";
+    }
+    EXPECT_EQ(contentsOf(*camera), QByteArray(8192, '\xFF'));
 
     Camera const described = openFor(kEepromAccesses[2]);
     for (auto const& [addressWidth, address, accessSize] :
          {std::array{8U, 0U, 1U}, {16U, 0x10000U, 1U}, {16U, 0U, 0U}, {16U, 0U, 4U}}) {
-        vy_RegisterDescription description{};
-        description.addressSpace = 1;
-        description.id = 0xA8;
-        description.address = address;
-        description.addressWidth = addressWidth;
-        description.accessSize = accessSize;
-        EXPECT_NE(vy_ReadSensorReg(described->handle(), &description, words.data()), 0);
-        EXPECT_NE(vy_WriteSensorReg(described->handle(), &description, 0), 0);
+        vy_RegisterDescription const location{nullptr, 1, 0xA8, address, addressWidth, 8, accessSize, 0, 0};
+        EXPECT_NE(vy_ReadSensorReg(described->handle(), &location, words.data()), 0);
+        EXPECT_NE(vy_WriteSensorReg(described->handle(), &location, 0), 0);
     }
     EXPECT_EQ(contentsOf(*described), QByteArray(8192, '\xFF'));
-
-    EXPECT_EQ(contentsOf(*camera), QByteArray(8192, '\xFF'));
 }
 } // namespace

@@ -35,7 +35,7 @@ TEST(ColourPipeline, ColoursComeOutRightAtEveryPixelInEveryPhase) {
 TEST(ColourPipeline, GainsMatrixAndSaturationActInThisOrder) {
     CameraDescription camera = bayerCamera(4, 4);
     double const matrix[9] = {1.5, -0.5, 0, -0.25, 1.5, -0.25, 0, -0.5, 1.5};
-    std::copy(std::begin(matrix), std::end(matrix), camera.colourMatrix);
+    std::copy(std::begin(matrix), std::end(matrix), camera.colourMatrix.begin());
     Frame const frame = bayerFrame(camera, flatScene);
     auto const firstPixel = [&](ColourSettings const& settings) {
         std::array<double, 3> pixel{};
