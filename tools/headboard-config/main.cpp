@@ -2,12 +2,10 @@
 
 #include "config_page/config_view.h"
 #include "simulator/files/interruption.h"
-#include "simulator/files/whole_file.h"
+#include "simulator/files/window_picture.h"
 #include "tools/headboard-config/session.h"
 
 #include <QApplication>
-#include <QBuffer>
-#include <QFileInfo>
 #include <QLabel>
 #include <QTimer>
 #include <algorithm>
@@ -54,21 +52,6 @@ void report(Config const& page) {
         std::printf("%s: %s\n", kNames[i], page.state().identification[i].toLocal8Bit().constData());
 }
 
-bool savePicture(QWidget& window, QString const& file) {
-    QByteArray const format = QFileInfo(file).suffix().toLatin1();
-    QBuffer buffer;
-    QString error;
-    bool const hasPlace = files::isReplaceable(file, &error);
-    if (hasPlace)
-        error = QStringLiteral("its name ends like no picture's");
-    bool const saved = hasPlace && buffer.open(QIODevice::WriteOnly) &&
-                       window.grab().save(&buffer, format.constData()) &&
-                       files::replace(file, buffer.data(), &error);
-    if (!saved)
-        complain(QStringLiteral("The picture %1 cannot be written: %2").arg(file, error));
-    return saved;
-}
-
 // A signal may come at any place, so nothing is done in it; a step that is at work ends first.
 void workUntilClosedOrInterrupted() {
     QTimer timer;
@@ -88,7 +71,11 @@ int run(Session& session, Options const& options) {
         workUntilClosedOrInterrupted();
     } else {
         QApplication::processEvents();
-        pictured = savePicture(session.window(), options.screenshotFile);
+        QString reason;
+        pictured = files::savePicture({&session.window()}, options.screenshotFile, &reason);
+        if (!pictured)
+            complain(
+                QStringLiteral("The picture %1 cannot be written: %2").arg(options.screenshotFile, reason));
         report(session.page());
     }
     QString error;

@@ -3,6 +3,7 @@
 #include "config_page/config.h"
 #include "config_page/config_view.h"
 #include "tests/support/page_bench.h"
+#include "tools/screenshots/named_picture.h"
 #include "wizard/page_surface.h"
 
 #include <QApplication>
@@ -11,7 +12,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <algorithm>
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <string>
@@ -109,10 +109,7 @@ bool write(NamedState const& state, QDir const& folder) {
     Scene scene;
     state.reach(scene);
     QApplication::processEvents();
-    QString const file = folder.filePath(QLatin1String(state.name) + QStringLiteral(".png"));
-    bool const written = scene.page->grab().save(file);
-    std::printf("%s %s\n", written ? "wrote" : "could not write", qUtf8Printable(file));
-    return written;
+    return writeNamedPicture({scene.page.get()}, folder, state.name);
 }
 } // namespace
 

@@ -4,6 +4,7 @@
 #include "lsc_page/lens_assist.h"
 #include "tests/support/page_bench.h"
 #include "tools/screenshots/config_states.h"
+#include "tools/screenshots/named_picture.h"
 
 #include <QApplication>
 #include <QDir>
@@ -259,10 +260,7 @@ bool write(NamedState const& state, QDir const& folder) {
     Scene scene;
     state.reach(scene);
     QApplication::processEvents();
-    QString const file = folder.filePath(QLatin1String(state.name) + QStringLiteral(".png"));
-    bool const written = scene.wizard->grab().save(file);
-    std::printf("%s %s\n", written ? "wrote" : "could not write", qUtf8Printable(file));
-    return written;
+    return writeNamedPicture({scene.wizard.get()}, folder, state.name);
 }
 } // namespace
 
