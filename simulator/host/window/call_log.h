@@ -2,48 +2,29 @@
 
 #include "simulator/boundary/boundary.h"
 
-#include <QAbstractTableModel>
-#include <cstdint>
-#include <deque>
+#include <QSortFilterProxyModel>
+#include <array>
 #include <vector>
 
 namespace pictara {
-/// One line of the log: an input of the host or of a person at it, or a call.
-struct LoggedCall {
-    uint64_t number = 0; ///< since the log was made, from 1
-    bool isInput = false;
-    CallSource source = CallSource::Host; ///< of a call
-    int depth = 0;                        ///< of nesting
-    QString name = {};                    ///< or the whole input
-    QString arguments = {};
-    QString result = {};
-};
-
-/// Which lines of a log are shown.
-struct CallFilter {
-    QString text = {}; ///< a part of name, arguments or result, in any case; empty: all
-    bool showsInputs = true;
-    std::vector<CallSource> sources = {CallSource::Host, CallSource::Camera, CallSource::Solver,
-                                       CallSource::Plugin};
-};
-
-/// The latest calls across the boundary as the model of a table, for a window. It is told by a `Watching`.
-/// A call stands in the log from its beginning; its result comes at its end.
+/// The latest calls across the boundary, and the inputs from which they come, as the model of a table. It is
+/// told by a `Watching`. A call stands in the log from its beginning; its result comes at its end. Views are
+/// told of new rows all at once, which costs them the same as one.
 class CallLog : public QAbstractTableModel, public BoundaryObserver {
-    Q_OBJECT
 public:
-    enum Column { kNumber, kSource, kName, kArguments, kResult, kColumnCount };
+    enum Column { kNumber, kSource, kCall, kArguments, kResult, kColumnCount };
+    struct Line {
+        int kind = 0; ///< 0 an input, else a call's source + 1
+        std::array<QString, kColumnCount> texts;
+    };
 
     /// Beyond the capacity the oldest quarter is dropped.
-    explicit CallLog(QObject* parent = nullptr, size_t capacity = 100'000);
+    explicit CallLog(size_t capacity = 100'000) : m_capacity(capacity) {}
 
-    void setFilter(CallFilter const& filter);
-    [[nodiscard]] CallFilter const& filter() const { return m_filter; }
-    void clear();
-    /// Writes the lines that are shown, all or nothing. False with a message.
-    [[nodiscard]] bool save(QString const& file, QString* error) const;
-    /// Of a row that is shown.
-    [[nodiscard]] LoggedCall const& at(int row) const;
+    /// Tells views of the rows that have come.
+    void tell();
+    void clear() { drop(m_lines.size()); }
+    [[nodiscard]] Line const& line(int row) const { return m_lines[size_t(row)]; }
 
     [[nodiscard]] int rowCount(QModelIndex const& parent = {}) const override;
     [[nodiscard]] int columnCount(QModelIndex const& parent = {}) const override;
@@ -56,17 +37,33 @@ public:
     void ended(BoundaryCall const& call, int depth, QByteArray const& result) override;
 
 private:
-    [[nodiscard]] bool isShown(LoggedCall const& call) const;
-    [[nodiscard]] LoggedCall* find(uint64_t number);
-    void append(LoggedCall call);
-    void dropOldest();
-    void chooseRows();
+    void append(Line line);
+    void drop(size_t count);
 
     size_t const m_capacity;
-    CallFilter m_filter;
-    uint64_t m_lastNumber = 0;
-    std::deque<LoggedCall> m_calls;    ///< their numbers follow one another
-    std::vector<uint64_t> m_rows;      ///< numbers of those that are shown
-    std::vector<uint64_t> m_openCalls; ///< numbers, the innermost last
+    std::vector<Line> m_lines;
+    int m_told = 0;                  ///< lines that views know
+    size_t m_dropped = 0;            ///< lines that stood before the first one
+    std::vector<size_t> m_openCalls; ///< lines since the log was made, from 0; the innermost last
+};
+
+/// The lines of a log that a person wants to see; none until it follows the log.
+class ShownCalls : public QSortFilterProxyModel {
+public:
+    explicit ShownCalls(CallLog& log) : m_log(log) {}
+    void follow(bool isWanted) { setSourceModel(isWanted ? &m_log : nullptr); }
+    /// `kinds` has a bit for each kind of a line; the text is a part of call, arguments or result, in any
+    /// case.
+    void choose(QString const& text, unsigned kinds);
+    /// Writes the lines that are shown, all or nothing. False with a message.
+    [[nodiscard]] bool save(QString const& file, QString* error) const;
+
+protected:
+    [[nodiscard]] bool filterAcceptsRow(int row, QModelIndex const& parent) const override;
+
+private:
+    CallLog& m_log;
+    QString m_text;
+    unsigned m_kinds = ~0U;
 };
 } // namespace pictara

@@ -5,7 +5,11 @@
 namespace pictara {
 class Session;
 
-/// Shows the bench and the dialog until the person closes the window. Returns the program's exit code, and in
-/// `nextProfile` the sensor for which the person wants another sitting, or nothing.
-[[nodiscard]] int runWindow(Session& session, Options const& options, QString* nextProfile);
+/// Asks the person for one of the installed sensors; `preferred` is chosen at first. None when the person
+/// wants none.
+[[nodiscard]] std::optional<QString> askForProfile(QString const& preferred);
+
+/// Shows the bench and the dialog until the person closes the window or interrupts the program. Returns the
+/// program's exit code.
+[[nodiscard]] int runWindow(Session& session, Options const& options);
 } // namespace pictara

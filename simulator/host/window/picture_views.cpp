@@ -1,0 +1,108 @@
+#include "simulator/host/window/picture_views.h"
+
+#include "simulator/host/report/uniformity_map.h"
+
+#include <QPainter>
+#include <algorithm>
+
+namespace pictara {
+namespace {
+constexpr QColor kGround(48, 48, 48);
+constexpr QColor kLegendGround(0, 0, 0, 150);
+constexpr double kMapOpacity = 0.6;
+constexpr QSize kLegend(140, 12);
+constexpr int kMargin = 10;
+constexpr int kRows = 180; // enough for a smooth curve, a sixth of the work
+constexpr int kMarkedValues[] = {0, 64, 128, 192, 255};
+// Readable on light and dark ground.
+constexpr QColor kChannels[] = {QColor(220, 70, 60), QColor(50, 160, 70), QColor(70, 120, 230)};
+} // namespace
+
+void LiveView::setPicture(QImage const& picture) {
+    m_picture = picture.copy();
+    update();
+}
+
+void LiveView::setUniformity(BlockReport const& blocks, int skippedRows) {
+    m_largest = blocks.largestColourDeviation;
+    m_end = nextColourEnd(m_end, m_largest);
+    m_map = uniformityMap(blocks, m_end);
+    m_skippedRows = skippedRows;
+    update();
+}
+
+void LiveView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), kGround);
+    if (m_picture.isNull())
+        return;
+    QRect area(QPoint(), m_picture.size().scaled(size(), Qt::KeepAspectRatio));
+    area.moveCenter(rect().center());
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(area, m_picture);
+    if (m_map.isNull())
+        return;
+    area.setTop(area.top() + area.height() * m_skippedRows / m_picture.height());
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    painter.setOpacity(kMapOpacity);
+    painter.drawImage(area, m_map);
+    painter.setOpacity(1);
+    paintLegend(painter);
+}
+
+void LiveView::paintLegend(QPainter& painter) const {
+    QRect const bar(QPoint(kMargin, height() - kMargin - kLegend.height()), kLegend);
+    QString const text =
+        QStringLiteral("0 to %1, largest deviation %2").arg(m_end, 0, 'f', 0).arg(m_largest, 0, 'f', 2);
+    QRect const ground = bar.adjusted(-6, -6, 18 + painter.fontMetrics().horizontalAdvance(text), 6);
+    QLinearGradient gradient(bar.topLeft(), bar.topRight());
+    gradient.setStops(deviationColours());
+    painter.fillRect(ground, kLegendGround);
+    painter.fillRect(bar, gradient);
+    painter.setPen(Qt::white);
+    painter.drawText(ground.adjusted(0, 0, -6, 0), Qt::AlignRight | Qt::AlignVCenter, text);
+}
+
+void Histogram::show(QImage const& picture) {
+    m_counts = {};
+    int const step = std::max(1, picture.height() / kRows);
+    for (int y = step / 2; y < picture.height(); y += step) {
+        auto const* const row = reinterpret_cast<QRgb const*>(picture.constScanLine(y));
+        for (int x = 0; x < picture.width(); ++x) {
+            int const values[] = {qRed(row[x]), qGreen(row[x]), qBlue(row[x])};
+            for (size_t channel = 0; channel < m_counts.size(); ++channel)
+                ++m_counts[channel][size_t(values[channel] * kBins / 256)];
+        }
+    }
+    update();
+}
+
+void Histogram::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    int const line = fontMetrics().height();
+    QRectF const area = QRectF(rect()).adjusted(line, 1, -line, -2 * line - 6);
+    for (int const value : kMarkedValues) {
+        double const x = area.left() + area.width() * value / 255;
+        painter.setPen(palette().color(QPalette::Mid));
+        painter.drawLine(QPointF(x, area.top()), QPointF(x, area.bottom()));
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(QRectF(x - 2 * line, area.bottom() + 3, 4 * line, line), Qt::AlignCenter,
+                         QString::number(value));
+    }
+    painter.drawText(QRectF(0, height() - line, width(), line), Qt::AlignCenter,
+                     QStringLiteral("Display value"));
+    int highest = 1;
+    for (auto const& counts : m_counts)
+        highest = std::max(highest, *std::max_element(counts.begin(), counts.end()));
+    painter.setRenderHint(QPainter::Antialiasing);
+    for (size_t channel = 0; channel < m_counts.size(); ++channel) {
+        QPolygonF steps;
+        for (int bin = 0; bin < kBins; ++bin)
+            for (int const end : {bin, bin + 1})
+                steps << QPointF(area.left() + area.width() * end / kBins,
+                                 area.bottom() - area.height() * m_counts[channel][size_t(bin)] / highest);
+        painter.setPen(QPen(kChannels[channel], 1.5));
+        painter.drawPolyline(steps);
+    }
+}
+} // namespace pictara

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QImage>
+#include <QWidget>
+#include <array>
+
+namespace pictara {
+struct BlockReport;
+
+/// Shows the latest picture as large as it fits on a dark ground, and over it, if wanted, how far the colours
+/// of its blocks lie apart.
+class LiveView : public QWidget {
+public:
+    using QWidget::QWidget;
+    /// Keeps no share of the picture, whose memory is to be drawn into again.
+    void setPicture(QImage const& picture);
+    /// Lays the blocks' deviations over the picture below so many rows at its top; an empty report takes them
+    /// away.
+    void setUniformity(BlockReport const& blocks, int skippedRows);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void paintLegend(QPainter& painter) const;
+
+    QImage m_picture;
+    QImage m_map; ///< a pixel a block
+    int m_skippedRows = 0;
+    double m_end = 0;     ///< of the map's colours
+    double m_largest = 0; ///< of the deviations
+};
+
+/// How often display values occur in the live picture, for red, green and blue.
+class Histogram : public QWidget {
+public:
+    using QWidget::QWidget;
+    /// Counts the pixels of some rows, evenly spread, of a picture with 32 bits a pixel.
+    void show(QImage const& picture);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    static constexpr int kBins = 64; ///< of equal width from 0 to 255
+
+    std::array<std::array<int, kBins>, 3> m_counts{};
+};
+} // namespace pictara
