@@ -5,7 +5,6 @@
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 #include "simulator/host/shading/shading_run.h"
-#include "simulator/host/window/profile_chooser.h"
 #include "simulator/host/window/window_run.h"
 
 #include <QApplication>
@@ -51,11 +50,9 @@ void drawWithoutScreen() {
 
 // False when the person wants none.
 bool chooseProfile(Options& options) {
-    ProfileChooser chooser(options.profile);
-    bool const chosen = chooser.exec() == QDialog::Accepted && !chooser.profile().isEmpty();
-    if (chosen)
-        options.profile = chooser.profile();
-    return chosen;
+    std::optional<QString> const chosen = askForProfile(options.profile);
+    options.profile = chosen.value_or(options.profile);
+    return chosen.has_value();
 }
 
 // One sitting from its beginning to its end. A script tells what to do in it.

@@ -226,7 +226,7 @@ TEST(CallLog, DropsItsOldestLinesAndGivesEachResultToItsCall) {
     CallLog log(40);
     log.began({}, 0);
     for (int i = 0; i < 100; ++i)
-        log.doing("frame");
+        log.doing({"frame"});
     log.began({}, 1);
     log.began({}, 2);
     for (char const* const result : {"inner", "outer", "of a line that was dropped"})

@@ -1,6 +1,7 @@
 #include "simulator/host/window/call_log.h"
 
 #include "simulator/files/whole_file.h"
+#include "simulator/host/session/words.h"
 
 namespace pictara {
 namespace {
@@ -22,8 +23,8 @@ QVariant CallLog::headerData(int section, Qt::Orientation orientation, int role)
     return isColumn && role == Qt::DisplayRole ? QString::fromLatin1(kColumns[section]) : QVariant();
 }
 
-void CallLog::doing(QByteArray const& input) {
-    append({.kind = 0, .texts = {QString(), QString(), QString::fromUtf8(input)}});
+void CallLog::doing(QStringList const& words) {
+    append({.kind = 0, .texts = {QString(), QString(), lineOf(words)}});
 }
 
 void CallLog::began(BoundaryCall const& call, int depth) {

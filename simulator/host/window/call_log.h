@@ -32,7 +32,7 @@ public:
     [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
                                       int role = Qt::DisplayRole) const override;
 
-    void doing(QByteArray const& input) override;
+    void doing(QStringList const& words) override;
     void began(BoundaryCall const& call, int depth) override;
     void ended(BoundaryCall const& call, int depth, QByteArray const& result) override;
 

@@ -2,7 +2,7 @@
 
 #include "simulator/files/interruption.h"
 #include "simulator/host/report/block_report.h"
-#include "simulator/host/session/dialog_setup.h"
+#include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 #include "ui_host_window.h"
@@ -36,7 +36,7 @@ std::unique_ptr<Ui::HostWindow> newForm(QMainWindow* window) {
 } // namespace
 
 HostWindow::HostWindow(Session& session, Options const& options)
-    : m_session(session), m_options(options), m_ui(newForm(this)), m_shown(m_log),
+    : m_session(session), m_ui(newForm(this)), m_shown(m_log),
       m_watching(m_log, options.pluginFile), m_scene(*m_ui, session), m_eeprom(*m_ui, session.camera()),
       m_status(new QLabel) {
     setWindowTitle(QStringLiteral("Pictara - %1").arg(session.camera().description().profile));
@@ -93,8 +93,8 @@ bool HostWindow::openDialog(QString* error) {
     m_dialog = m_session.openDialog(this, error);
     if (!m_dialog)
         return false;
-    DialogPage page = DialogPage::find(m_dialog);
-    return !page || setUpDialog(page, m_options, m_session.outputFolder(), error);
+    DialogPage::find(m_dialog).saveInto(m_session.outputFolder());
+    return true;
 }
 
 void HostWindow::bringDialogBack() {

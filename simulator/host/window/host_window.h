@@ -50,7 +50,6 @@ private:
     void tellRefusal();
 
     Session& m_session;
-    Options const& m_options;
     std::unique_ptr<Ui::HostWindow> const m_ui;
     CallLog m_log;
     ShownCalls m_shown;

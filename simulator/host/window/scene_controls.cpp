@@ -1,6 +1,6 @@
 #include "simulator/host/window/scene_controls.h"
 
-#include "simulator/host/session/light_ranges.h"
+#include "simulator/host/session/words.h"
 #include "simulator/host/session/session.h"
 #include "ui_host_window.h"
 
