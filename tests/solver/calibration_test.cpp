@@ -45,15 +45,11 @@ TEST(Calibration, FlattensEveryLensOfTheRange) {
         double luminance; ///< what a polynomial of this order can reach
     };
     Row const rows[] = {
-        {{Shape::CosineFourth, 1.1, 0, 0, 0}, 0.01},
         {{Shape::CosineFourth, 1.1, 0.4, 0.1, 0.1}, 0.01},
-        {{Shape::CosineFourth, 2.5, 0.2, 0, 0}, 0.01},
         {{Shape::CosineFourth, 2.5, 0.4, -0.1, 0.1}, 0.01},
         {{Shape::CosineFourth, 4.8, 0.4, 0.1, -0.1}, 0.01},
         {{Shape::RadialPolynomial, 1.1, 0.4, 0.1, 0}, 0.01},
-        {{Shape::RadialPolynomial, 2.5, 0.2, 0, 0}, 0.025},
         {{Shape::RadialPolynomial, 2.5, 0.4, 0.1, 0.1}, 0.025},
-        {{Shape::RadialPolynomial, 4.8, 0, 0, 0}, 0.08},
         {{Shape::RadialPolynomial, 4.8, 0.4, 0.1, -0.1}, 0.08},
     };
     TestSensor const sensor;
@@ -112,32 +108,28 @@ TEST(Calibration, ReadsDisplayAndLumaChromaPicturesOfEveryOrientation) {
     }
 }
 
-TEST(Calibration, MeetsTheAllowedFalloffWithinItsRange) {
+TEST(Calibration, MeetsTheAllowedFalloffAndKeepsHighlightsAndTheColourOfTheCentre) {
     constexpr std::pair<uint32_t, double> kRows[] = {
         {100, 1.0}, {75, 0.75}, {110, 1.1}, {0, 0.5}, {400, 1.25}};
     TestSensor const sensor;
     Response const response = kLopsidedLens.response(sensor);
     for (auto const& [percent, corners] : kRows) {
+        SCOPED_TRACE(percent);
         Correction const correction(sensor, calibrate(sensor, response, {}, percent));
         Response const field = after(response, correction);
         double const centre = field(kColourGreen, 320, 180);
         for (double const x : {0.5, 639.5})
             for (double const y : {0.5, 359.5})
-                EXPECT_NEAR(field(kColourGreen, x, y) / centre, corners, 0.01) << percent << " %";
+                EXPECT_NEAR(field(kColourGreen, x, y) / centre, corners, 0.01);
+        double smallest = 100;
+        for (uint32_t plane = 0; plane < 4; ++plane)
+            for (int i = 0; i < 64 * 36; ++i)
+                smallest =
+                    std::min(smallest, correction.gain(0, plane, 10 * (i % 64) + 5, 10 * (i / 64) + 5));
+        EXPECT_NEAR(smallest, 1.014, 0.016);
+        for (uint32_t plane = 1; plane < 4; ++plane)
+            EXPECT_NEAR(correction.gain(0, plane, 320, 180) / correction.gain(0, 0u, 320, 180), 1, 0.015);
     }
-}
-
-TEST(Calibration, KeepsHighlightsAndTheColourOfTheCentre) {
-    TestSensor const sensor;
-    Correction const correction(sensor, calibrate(sensor, kLopsidedLens.response(sensor), {}, 50));
-    double smallest = 100;
-    for (uint32_t plane = 0; plane < 4; ++plane)
-        for (int i = 0; i < 64 * 36; ++i)
-            smallest = std::min(smallest, correction.gain(0, plane, 10 * (i % 64) + 5, 10 * (i / 64) + 5));
-    EXPECT_GE(smallest, 0.998);
-    EXPECT_LE(smallest, 1.03);
-    for (uint32_t plane = 1; plane < 4; ++plane)
-        EXPECT_NEAR(correction.gain(0, plane, 320, 180) / correction.gain(0, 0u, 320, 180), 1, 0.015);
 }
 
 TEST(Calibration, SpendsItsOrderWithinTheRadius) {

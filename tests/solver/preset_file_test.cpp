@@ -55,8 +55,7 @@ TEST_F(PresetFile, GivesBackTheListInBothFormats) {
         ASSERT_EQ(sf_DumpRegFile(m_handle.get(), path.constData(), format, 0, 0), 0);
         auto const entries = readBack(path);
         ASSERT_EQ(entries.size(), list.size());
-        for (size_t i = 0; i < list.size(); ++i)
-            EXPECT_EQ(std::memcmp(&entries[i], &list[i], sizeof list[i]), 0) << "entry " << i;
+        EXPECT_EQ(std::memcmp(entries.data(), list.data(), list.size() * sizeof list[0]), 0);
         QFile file(QFile::decodeName(path));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         QByteArray const text = file.readAll();
