@@ -86,4 +86,10 @@ private:
 
 /// Of the library into which this is compiled: nothing of it is exported.
 inline LibraryWatch libraryWatch;
+
+/// A call of a function of the library.
+template <typename... Arguments, typename Work, typename Answer = ResultText>
+auto observed(Call<Arguments...> const& call, Work work, Answer answer = {}) {
+    return observed(libraryWatch, call, work, answer);
+}
 } // namespace simulator

@@ -3,7 +3,7 @@
 #include "simulator/files/whole_file.h"
 
 #include <algorithm>
-#include <chrono>
+#include <thread>
 
 namespace simulator {
 namespace {
@@ -11,6 +11,30 @@ constexpr std::chrono::milliseconds kWriteCycle{20};
 constexpr uint8_t kErased = 0xFF;
 constexpr std::array<uint8_t, 5> kHeader = {'V', 'Y', 'E', 'E', 1}; // the last is the format's version
 } // namespace
+
+CameraClock::Duration CameraClock::elapsed() const {
+    return m_isVirtual ? Duration::zero() : std::chrono::steady_clock::now() - m_start;
+}
+
+CameraClock::Duration CameraClock::now() const { return m_advanced + elapsed(); }
+
+void CameraClock::useVirtualTime() {
+    m_advanced += elapsed();
+    m_isVirtual = true;
+}
+
+void CameraClock::advance(Duration time) {
+    if (time > Duration::zero())
+        m_advanced += time;
+}
+
+void CameraClock::wait(Duration time) {
+    if (m_isVirtual)
+        return advance(time);
+    // A system's sleep may end early; who waited for the device must find it ready.
+    for (Duration const end = now() + time; now() < end;)
+        std::this_thread::sleep_for(std::chrono::ceil<std::chrono::milliseconds>(end - now()));
+}
 
 EepromContents blankContents() {
     EepromContents contents;

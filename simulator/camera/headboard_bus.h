@@ -1,6 +1,5 @@
 #pragma once
 
-#include "simulator/camera/camera_clock.h"
 #include "simulator/camera/eeprom_device.h"
 #include "simulator/camera/profile.h"
 #include "simulator/camera/register_map.h"

@@ -1,6 +1,5 @@
 #include "simulator/camera/profile.h"
 
-#include "simulator/camera/profile_registers.h"
 #include "simulator/files/json_place.h"
 #include "simulator/files/library_folder.h"
 

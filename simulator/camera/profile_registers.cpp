@@ -1,4 +1,4 @@
-#include "simulator/camera/profile_registers.h"
+#include "simulator/camera/profile.h"
 
 #include <QSet>
 #include <QStringList>
@@ -24,13 +24,14 @@ struct Index {
 
 Index readIndex(JsonPlace const& place) {
     Index index{.letter = place["letter"].text(), .words = {}};
-    if (place.has("words"))
-        for (JsonPlace const& word : place["words"].someItems(kLargestFamily, "word"))
-            index.words.append(word.text());
-    else
+    if (!place.has("words")) {
         index.first = place.integerOr(0, "first");
-    index.count = place.has("words") ? std::max(1U, uint32_t(index.words.size()))
-                                     : place["count"].integer(1, kLargestFamily);
+        index.count = place["count"].integer(1, kLargestFamily);
+        return index;
+    }
+    for (JsonPlace const& word : place["words"].someItems(kLargestFamily, "word"))
+        index.words.append(word.text());
+    index.count = std::max(1U, uint32_t(index.words.size()));
     return index;
 }
 

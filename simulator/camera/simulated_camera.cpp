@@ -3,7 +3,6 @@
 #include "simulator/camera/camera_handle.h"
 #include "simulator/camera/illuminant.h"
 #include "simulator/camera/measured_shading.h"
-#include "simulator/camera/noise.h"
 #include "simulator/camera/read_out.h"
 #include "simulator/camera/shading_correction.h"
 #include "simulator/camera/stored_records.h"

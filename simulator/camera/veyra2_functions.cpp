@@ -128,12 +128,11 @@ int withDescribed(vy_Camera* camera, vy_RegisterDescription const& description, 
 VEYRA2_FUNCTION void vy_ObserveCalls(CallObserver const* observer) { libraryWatch.setObserver(observer); }
 
 VEYRA2_FUNCTION int vy_ExistsRegister(vy_Camera* camera, char const* reg) {
-    return observed(libraryWatch, Call("vy_ExistsRegister", camera, reg),
-                    [&] { return findByName(camera, reg) ? 1 : 0; });
+    return observed(Call("vy_ExistsRegister", camera, reg), [&] { return findByName(camera, reg) ? 1 : 0; });
 }
 
 VEYRA2_FUNCTION int vy_ExistsBitfield(vy_Camera* camera, char const* reg, char const* bitfield) {
-    return observed(libraryWatch, Call("vy_ExistsBitfield", camera, reg, bitfield),
+    return observed(Call("vy_ExistsBitfield", camera, reg, bitfield),
                     [&] { return findBitfield(camera, reg, bitfield) ? 1 : 0; });
 }
 
@@ -142,19 +141,19 @@ VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera,
         RegisterMap::Register const* const found = findByName(camera, reg);
         return found ? &found->description : nullptr;
     };
-    return observed(libraryWatch, Call("vy_FindRegister", camera, reg), find, foundText);
+    return observed(Call("vy_FindRegister", camera, reg), find, foundText);
 }
 
 VEYRA2_FUNCTION vy_BitfieldDescription const* vy_FindBitfield(vy_Camera* camera, char const* reg,
                                                               char const* bitfield) {
     return observed(
-        libraryWatch, Call("vy_FindBitfield", camera, reg, bitfield),
-        [&] { return findBitfield(camera, reg, bitfield); }, foundText);
+        Call("vy_FindBitfield", camera, reg, bitfield), [&] { return findBitfield(camera, reg, bitfield); },
+        foundText);
 }
 
 VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegisterAddr(vy_Camera* camera, uint32_t address,
                                                                   uint32_t addressSpace, uint32_t selector) {
-    return observed(libraryWatch, Call("vy_FindRegisterAddr", camera, address, addressSpace, selector),
+    return observed(Call("vy_FindRegisterAddr", camera, address, addressSpace, selector),
                     [&]() -> vy_RegisterDescription const* {
                         auto const* const found = findByAddress(camera, addressSpace, selector, address);
                         return found ? &found->description : nullptr;
@@ -162,8 +161,7 @@ VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegisterAddr(vy_Camera* cam
 }
 
 VEYRA2_FUNCTION uint32_t vy_dataSize(uint32_t dataType) {
-    return observed(libraryWatch, Call("vy_dataSize", dataType),
-                    [&] { return simulator::dataTypeSize(dataType); });
+    return observed(Call("vy_dataSize", dataType), [&] { return simulator::dataTypeSize(dataType); });
 }
 
 VEYRA2_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, char const* bitfield,
@@ -173,7 +171,7 @@ VEYRA2_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, char
         return int(simulator::kDone);
     };
     return observed(
-        libraryWatch, Call("vy_ReadSensorRegStr", camera, reg, bitfield),
+        Call("vy_ReadSensorRegStr", camera, reg, bitfield),
         [&] { return value ? withBits(camera, reg, bitfield, read) : simulator::kBadArgument; },
         statusAnd([=] { return *value; }));
 }
@@ -183,7 +181,7 @@ VEYRA2_FUNCTION int vy_WriteSensorRegStr(vy_Camera* camera, char const* reg, cha
     auto const write = [&](RegisterMap::Register& found, uint32_t mask) {
         return camera->write(found, value, mask);
     };
-    return observed(libraryWatch, Call("vy_WriteSensorRegStr", camera, reg, bitfield, value),
+    return observed(Call("vy_WriteSensorRegStr", camera, reg, bitfield, value),
                     [&] { return withBits(camera, reg, bitfield, write); });
 }
 
@@ -194,7 +192,7 @@ VEYRA2_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription c
     };
     auto const readDevice = [&] { return camera->bus.readDescribed(*reg, *value); };
     return observed(
-        libraryWatch, Call("vy_ReadSensorReg", camera, reg),
+        Call("vy_ReadSensorReg", camera, reg),
         [&] {
             return reg && value ? withDescribed(camera, *reg, read, readDevice) : simulator::kBadArgument;
         },
@@ -204,7 +202,7 @@ VEYRA2_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription c
 VEYRA2_FUNCTION int vy_WriteSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t value) {
     auto const write = [&](RegisterMap::Register& found) { return camera->write(found, value); };
     auto const writeDevice = [&] { return camera->bus.writeDescribed(*reg, value); };
-    return observed(libraryWatch, Call("vy_WriteSensorReg", camera, reg, value), [&] {
+    return observed(Call("vy_WriteSensorReg", camera, reg, value), [&] {
         return reg ? withDescribed(camera, *reg, write, writeDevice) : simulator::kBadArgument;
     });
 }
@@ -212,7 +210,7 @@ VEYRA2_FUNCTION int vy_WriteSensorReg(vy_Camera* camera, vy_RegisterDescription 
 VEYRA2_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
                                      uint32_t* words) {
     return observed(
-        libraryWatch, Call("vy_readRegisters", camera, busAddress, start, count),
+        Call("vy_readRegisters", camera, busAddress, start, count),
         [&] {
             return ifOpen(camera, int(simulator::kBadArgument), [&](vy_Camera& open) {
                 return words ? open.bus.readRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
@@ -225,43 +223,42 @@ VEYRA2_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, uin
 
 VEYRA2_FUNCTION int vy_writeRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
                                       uint32_t const* words) {
-    return observed(
-        libraryWatch, Call("vy_writeRegisters", camera, busAddress, start, Words{words, count}), [&] {
-            return ifOpen(camera, int(simulator::kBadArgument), [&](vy_Camera& open) {
-                return words ? open.bus.writeRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
-            });
+    return observed(Call("vy_writeRegisters", camera, busAddress, start, Words{words, count}), [&] {
+        return ifOpen(camera, int(simulator::kBadArgument), [&](vy_Camera& open) {
+            return words ? open.bus.writeRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
         });
+    });
 }
 
 VEYRA2_FUNCTION int vy_setMode(vy_Camera* camera, uint32_t mode, uint32_t value) {
-    return observed(libraryWatch, Call("vy_setMode", camera, mode, value), [&] {
+    return observed(Call("vy_setMode", camera, mode, value), [&] {
         return ifOpen(camera, int(simulator::kBadArgument),
                       [&](vy_Camera& open) { return open.bus.setMode(mode, value); });
     });
 }
 
 VEYRA2_FUNCTION void vy_InvalidateRegCache(vy_Camera* camera) {
-    observed(libraryWatch, Call("vy_InvalidateRegCache", camera), [&] {
+    observed(Call("vy_InvalidateRegCache", camera), [&] {
         if (vy_Camera* const open = vy_Camera::opened(camera))
             open->registers.dropCache();
     });
 }
 
 VEYRA2_FUNCTION int vy_IsSOC(vy_Camera* camera) {
-    return observed(libraryWatch, Call("vy_IsSOC", camera), [&] {
+    return observed(Call("vy_IsSOC", camera), [&] {
         return ifOpen(camera, 0, [](vy_Camera const& open) { return open.systemOnChip ? 1 : 0; });
     });
 }
 
 VEYRA2_FUNCTION char const* vy_Home(void) {
-    return observed(libraryWatch, Call("vy_Home"), []() -> char const* {
+    return observed(Call("vy_Home"), []() -> char const* {
         static QByteArray const home = QFile::encodeName(files::libraryFolder());
         return home.constData();
     });
 }
 
 VEYRA2_FUNCTION int vy_stopTransport(vy_Camera* camera) {
-    return observed(libraryWatch, Call("vy_stopTransport", camera), [&]() -> int {
+    return observed(Call("vy_stopTransport", camera), [&]() -> int {
         return vy_Camera::opened(camera) ? simulator::kDone : simulator::kBadArgument;
     });
 }
@@ -270,7 +267,7 @@ VEYRA2_FUNCTION int vy_stopTransport(vy_Camera* camera) {
 VEYRA2_FUNCTION void vy_CloseCameras(void) {}
 
 VEYRA2_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
-    return observed(libraryWatch, Call("vy_SensorInfo", camera), [&]() -> vy_SensorDescription const* {
+    return observed(Call("vy_SensorInfo", camera), [&]() -> vy_SensorDescription const* {
         vy_Camera const* const open = vy_Camera::opened(camera);
         return open ? &open->description : nullptr;
     });

@@ -116,7 +116,7 @@ QByteArray callText(Frame const& frame) {
 template <typename Result, typename... Arguments, typename Body, typename Answer = simulator::ResultText>
 Result entry(Call<Arguments...> const& call, Result failure, Body body, Answer answer = {}) noexcept {
     return observed(
-        libraryWatch, call,
+        call,
         [&]() -> Result {
             try {
                 return body();
@@ -282,5 +282,5 @@ SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t fo
 }
 
 SHADEFIT_API void sf_Destroy(sf_Handle* handle) {
-    observed(libraryWatch, Call("sf_Destroy", handle), [&] { delete handle; });
+    observed(Call("sf_Destroy", handle), [&] { delete handle; });
 }
