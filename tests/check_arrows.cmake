@@ -33,7 +33,7 @@ set(rows
     "simulator/host: ${below_host} ${host} tools/shading"
     "tools/headboard-image: headboard ${floor} simulator/files simulator/camera"
     "tools/headboard-config: config_page wizard headboard ${floor} simulator/files simulator/camera"
-    "tools/screenshots: ${product} simulator/files tests/support"
+    "tools/screenshots: ${product} ${stand_ins} tests/support"
     "tests/support: ${product} ${stand_ins}"
     "tests: ${product} ${stand_ins} tools/headboard-image tools/headboard-config tests/support"
     "hardening: ${product} ${stand_ins} tools/headboard-image tests/support"

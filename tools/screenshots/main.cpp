@@ -1,8 +1,9 @@
-// Writes one picture for each named state of a page: screenshots FOLDER [NAME ...]
+// Writes one picture for each named state of a page or of the bench: screenshots FOLDER [NAME ...]
 
 #include "apga_page/lens_assist_apga.h"
 #include "lsc_page/lens_assist.h"
 #include "tests/support/page_bench.h"
+#include "tools/screenshots/bench_states.h"
 #include "tools/screenshots/config_states.h"
 #include "tools/screenshots/named_picture.h"
 
@@ -278,5 +279,6 @@ int main(int argc, char** argv) {
         if (arguments.size() == 1 || arguments.contains(QLatin1String(state.name)))
             good = write(state, QDir(arguments[0])) && good;
     good = writeConfigStates(QDir(arguments[0]), arguments.mid(1)) && good;
+    good = writeBenchStates(QDir(arguments[0]), arguments.mid(1)) && good;
     return good ? 0 : 1;
 }
