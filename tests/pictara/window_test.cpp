@@ -49,7 +49,10 @@ struct HostWindowTest : testing::Test {
         ASSERT_TRUE(window->openDialog(&error)) << error.toStdString();
         window->showWithDialog();
     }
-    void TearDown() override { session->closePlugin(); }
+    void TearDown() override {
+        if (session)
+            session->closePlugin();
+    }
     template <typename Widget = QWidget>
     [[nodiscard]] Widget* part(char const* name) const {
         return window->findChild<Widget*>(QLatin1String(name));
@@ -98,7 +101,8 @@ TEST_F(HostWindowTest, ASliderReachesEveryPositionStepByStepAndMovesNothingElse)
             ASSERT_EQ(slider->value(), position + 1) << name;
         }
     }
-    EXPECT_TRUE(light().colourTemperature == 12'000 && light().gradient == 1 && light().level == 10'000);
+    EXPECT_TRUE(light().colourTemperature == 12'000 && light().gradient == 1);
+    EXPECT_DOUBLE_EQ(light().level, 10'000);
 }
 
 TEST_F(HostWindowTest, TheDialogComesBackAfterItWasClosedAndNoFrameAfterTheWindowWas) {
@@ -204,7 +208,7 @@ TEST_F(HostWindowTest, TheSensorsControlsReachTheCamera) {
     EXPECT_TRUE(window->statusBar()->currentMessage().contains("no-acknowledge@1+"));
 }
 
-TEST_F(HostWindowTest, CallsAreFilteredAndSavedAndOutOfSightFollowedByNoTable) {
+TEST_F(HostWindowTest, CallsAreFilteredAndSavedAsTheyAreShown) {
     deliver(4);
     auto const* const calls = dynamic_cast<ShownCalls const*>(part<QTableView>("callTable")->model());
     EXPECT_GT(calls->rowCount(), 9);
@@ -217,9 +221,8 @@ TEST_F(HostWindowTest, CallsAreFilteredAndSavedAndOutOfSightFollowedByNoTable) {
     EXPECT_EQ(calls->rowCount(), 0);
     part<QLineEdit>("callText")->clear();
     EXPECT_GE(calls->rowCount(), 8);
-    part<QTabWidget>("tabs")->setCurrentIndex(1);
+    part<QAction>("clear")->trigger();
     EXPECT_EQ(calls->rowCount(), 0);
-    EXPECT_FALSE(part<QAction>("save")->isEnabled()) << "nothing would be saved";
 }
 
 TEST(CallLog, DropsItsOldestLinesAndGivesEachResultToItsCall) {

@@ -47,11 +47,10 @@ private:
     std::vector<size_t> m_openCalls; ///< lines since the log was made, from 0; the innermost last
 };
 
-/// The lines of a log that a person wants to see; none until it follows the log.
+/// The lines of a log that a person wants to see.
 class ShownCalls : public QSortFilterProxyModel {
 public:
-    explicit ShownCalls(CallLog& log) : m_log(log) {}
-    void follow(bool isWanted) { setSourceModel(isWanted ? &m_log : nullptr); }
+    explicit ShownCalls(CallLog& log) : m_log(log) { setSourceModel(&log); }
     /// `kinds` has a bit for each kind of a line; the text is a part of call, arguments or result, in any
     /// case.
     void choose(QString const& text, unsigned kinds);
@@ -62,7 +61,7 @@ protected:
     [[nodiscard]] bool filterAcceptsRow(int row, QModelIndex const& parent) const override;
 
 private:
-    CallLog& m_log;
+    CallLog const& m_log;
     QString m_text;
     unsigned m_kinds = ~0U;
 };

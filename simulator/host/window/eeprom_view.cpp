@@ -87,7 +87,7 @@ EepromView::EepromView(Ui::HostWindow const& ui, simulator::SimulatedCamera cons
                                   ui.bytes->verticalScrollBar()->sizeHint().width(),
                               1});
     int const em = ui.records->fontMetrics().averageCharWidth();
-    ui.records->setColumnWidth(kPlace, 8 * em);
+    ui.records->setColumnWidth(kPlace, 10 * em);
     ui.records->setColumnWidth(kWhat, 14 * em);
     ui.beginAnew->setEnabled(camera.hasEeprom());
     connect(ui.records, &QTreeWidget::currentItemChanged, this, &EepromView::chooseBytesOfRecord);

@@ -66,14 +66,15 @@ void HostWindow::connectCalls() {
     m_ui->callTable->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     m_ui->callTable->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
     m_ui->callTable->setModel(&m_shown);
+    for (int column = 0; column < CallLog::kColumnCount; ++column)
+        m_ui->callTable->setColumnWidth(column, kCallWidths[column] * fontMetrics().averageCharWidth());
     for (QAction* const kind : m_ui->menuKinds->actions())
         connect(kind, &QAction::toggled, this, &HostWindow::filterCalls);
     connect(m_ui->callText, &QLineEdit::textChanged, this, &HostWindow::filterCalls);
     connect(m_ui->follows, &QCheckBox::toggled, this, &HostWindow::refreshPanels);
     connect(m_ui->clear, &QAction::triggered, this, [this] { m_log.clear(); });
     connect(m_ui->save, &QAction::triggered, this, &HostWindow::askAndSaveCalls);
-    connect(m_ui->tabs, &QTabWidget::currentChanged, this, &HostWindow::changeTab);
-    changeTab();
+    connect(m_ui->tabs, &QTabWidget::currentChanged, this, &HostWindow::refreshPanels);
 }
 
 void HostWindow::addStatus() {
@@ -172,16 +173,6 @@ void HostWindow::refreshPanels() {
     m_ui->view->setUniformity(m_ui->uniformity->isChecked() ? measureBlocks(frames.light(), skippedRows)
                                                             : BlockReport(),
                               skippedRows);
-}
-
-void HostWindow::changeTab() {
-    bool const isOfCalls = m_ui->tabs->currentWidget() == m_ui->calls;
-    m_shown.follow(isOfCalls); // out of sight nothing is
-    for (int column = 0; column < m_shown.columnCount(); ++column)
-        m_ui->callTable->setColumnWidth(column, kCallWidths[column] * fontMetrics().averageCharWidth());
-    m_ui->clear->setEnabled(isOfCalls);
-    m_ui->save->setEnabled(isOfCalls);
-    refreshPanels();
 }
 
 void HostWindow::filterCalls() {

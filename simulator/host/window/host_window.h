@@ -44,7 +44,6 @@ private:
     void placeBeside();
     void onClock();
     void refreshPanels();
-    void changeTab();
     void filterCalls();
     void askAndSaveCalls();
     void tellRefusal();

@@ -35,17 +35,18 @@ constexpr std::pair<char const*, double> kIlluminants[] = {
     {"Normal lamp, 5000 K", 5000}, {"Daylight, 6500 K", 6500},       {"Shade, 7500 K", 7500},
 };
 
-// A slider's position is a share of its way, and a value is a share of the quantity's range.
-int positionOf(QSlider const& slider, Quantity const& quantity, double value) {
+constexpr double kPositions = 400; // of a slider
+
+int positionOf(Quantity const& quantity, double value) {
     auto const [low, high] = quantity.range;
     double const share =
         quantity.isLogarithmic ? std::log(value / low) / std::log(high / low) : (value - low) / (high - low);
-    return int(std::lround(std::clamp(share, 0.0, 1.0) * slider.maximum()));
+    return int(std::lround(std::clamp(share, 0.0, 1.0) * kPositions));
 }
 
-double valueOf(QSlider const& slider, Quantity const& quantity) {
+double valueAt(Quantity const& quantity, int position) {
     auto const [low, high] = quantity.range;
-    double const share = double(slider.value()) / slider.maximum();
+    double const share = position / kPositions;
     return quantity.isLogarithmic ? low * std::pow(high / low, share) : low + (high - low) * share;
 }
 
@@ -111,61 +112,49 @@ void SceneControls::connectLight() {
         QVariant const kelvin = m_ui.illuminant->itemData(chosen);
         if (kelvin.isValid())
             m_light.colourTemperature = kelvin.toDouble();
-        showLight();
-        applyLight();
+        changeLight();
     });
     for (Quantity const& quantity : kQuantities)
         connectQuantity(quantity);
     connect(m_ui.object, &QCheckBox::toggled, this, [this](bool isInPicture) {
         m_light.objectInPicture = isInPicture;
-        applyLight();
+        changeLight();
     });
-    connect(m_ui.cover, &QCheckBox::toggled, this, &SceneControls::applyLight);
+    connect(m_ui.cover, &QCheckBox::toggled, this, &SceneControls::changeLight);
     connect(m_ui.normal, &QPushButton::clicked, this, [this] {
         m_light = {};
         checkQuietly(m_ui.cover, false);
-        showLight();
-        applyLight();
+        changeLight();
     });
 }
 
-// Whichever of field and slider was moved stays where it is: setting it back to the other's rounded value
-// would hold it fast.
 void SceneControls::connectQuantity(Quantity const& quantity) {
     QDoubleSpinBox* const number = m_ui.*quantity.number;
-    QSlider* const slider = m_ui.*quantity.slider;
     number->setRange(quantity.range.low, quantity.range.high);
-    auto const take = [this, &quantity](double value) {
-        m_light.*quantity.value = value;
-        showIlluminant();
-        applyLight();
-    };
-    connect(slider, &QSlider::valueChanged, this, [=, &quantity] {
-        showQuietly(number, valueOf(*slider, quantity));
-        take(number->value());
+    connect(number, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+            [this, &quantity](double value) {
+                m_light.*quantity.value = value;
+                changeLight();
+            });
+    // Not what the field makes of it: rounded, it could lie at the position from where the slider came.
+    connect(m_ui.*quantity.slider, &QSlider::valueChanged, this, [this, &quantity](int position) {
+        m_light.*quantity.value = valueAt(quantity, position);
+        changeLight();
     });
-    connect(number, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, [=, &quantity](double value) {
-        showQuietly(slider, positionOf(*slider, quantity, value));
-        take(value);
-    });
-}
-
-void SceneControls::showIlluminant() {
-    int const known = m_ui.illuminant->findData(m_light.colourTemperature);
-    m_ui.illuminant->setCurrentIndex(known >= 0 ? known : m_ui.illuminant->count() - 1);
 }
 
 void SceneControls::showLight() {
     for (Quantity const& quantity : kQuantities) {
-        QSlider* const slider = m_ui.*quantity.slider;
         showQuietly(m_ui.*quantity.number, m_light.*quantity.value);
-        showQuietly(slider, positionOf(*slider, quantity, m_light.*quantity.value));
+        showQuietly(m_ui.*quantity.slider, positionOf(quantity, m_light.*quantity.value));
     }
     checkQuietly(m_ui.object, m_light.objectInPicture);
-    showIlluminant();
+    int const known = m_ui.illuminant->findData(m_light.colourTemperature);
+    m_ui.illuminant->setCurrentIndex(known >= 0 ? known : m_ui.illuminant->count() - 1);
 }
 
-void SceneControls::applyLight() {
+void SceneControls::changeLight() {
+    showLight();
     simulator::Light light = m_light;
     if (m_ui.cover->isChecked())
         light.level = 0;

@@ -24,9 +24,8 @@ private:
     void planFault();
     void connectLight();
     void connectQuantity(Quantity const& quantity);
-    void showIlluminant();
     void showLight();
-    void applyLight();
+    void changeLight();
 
     Ui::HostWindow const& m_ui;
     Session& m_session;
