@@ -23,7 +23,7 @@ def read_arguments():
     parser.add_argument("--interruptions", type=int, default=400, help="signals (default 400)")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
-    parser.add_argument("--build", type=Path, default=_SOURCE / "build/check", help="folder of the build that is tried")
+    parser.add_argument("--build", type=Path, default=_SOURCE / "build/release", help="folder of the build that is tried")
     parser.add_argument("--only", default="", help="inputs whose name contains this text")
     return parser.parse_args()
 
