@@ -22,6 +22,9 @@ if(KESTRA_SANITIZE)
     target_link_options(kestra_options INTERFACE -fsanitize=${KESTRA_SANITIZE})
 endif()
 
+# A test's own sources run once: what they test is optimised, they are not.
+set(KESTRA_TEST_OPTIONS $<$<CXX_COMPILER_ID:GNU>:-Og>)
+
 # One static library per folder.
 function(kestra_folder name)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
