@@ -33,9 +33,10 @@ set(rows
     "simulator/host: ${below_host} ${host} tools/shading"
     "tools/headboard-image: headboard ${floor} simulator/files simulator/camera"
     "tools/headboard-config: config_page wizard headboard ${floor} simulator/files simulator/camera"
+    "tools/shading: ${below_host} simulator/host/session simulator/host/report"
     "tools/screenshots: ${product} ${stand_ins} tests/support"
     "tests/support: ${product} ${stand_ins}"
-    "tests: ${product} ${stand_ins} tools/headboard-image tools/headboard-config tests/support"
+    "tests: ${product} ${stand_ins} tools/shading tools/headboard-image tools/headboard-config tests/support"
     "hardening: ${product} ${stand_ins} tools/headboard-image tests/support"
     "benchmarks: ${product} ${stand_ins} tests/support")
 

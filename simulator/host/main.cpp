@@ -1,11 +1,10 @@
 #include "simulator/files/interruption.h"
 #include "simulator/host/recording/play.h"
-#include "simulator/host/run/calibration_run.h"
-#include "simulator/host/run/replay_run.h"
+#include "simulator/host/run/runs.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
-#include "simulator/host/shading/shading_run.h"
 #include "simulator/host/window/window_run.h"
+#include "tools/shading/shading_run.h"
 
 #include <QApplication>
 #include <algorithm>
@@ -64,9 +63,9 @@ int sit(Options const& options, Script const* script) {
         return kExitUsage;
     }
     int const code = script                         ? runScript(*session, *script)
-                     : options.runAll               ? runCalibration(*session, options)
+                     : options.runAll               ? runCalibration(*session)
                      : options.replayFile.isEmpty() ? runWindow(*session, options)
-                                                    : runReplay(*session, options);
+                                                    : runReplay(*session);
     if (files::isInterrupted())
         complain(QStringLiteral("Interrupted."));
     // Also after a failed run: the device keeps what was written to it.

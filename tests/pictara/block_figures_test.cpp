@@ -28,7 +28,6 @@ TEST(BlockReport, FindsTheDarkBlockAndTheColouredOne) {
     EXPECT_EQ(report.worstBlock, QRect(200, 100, 10, 10));
     EXPECT_GT(report.largestColourDeviation, 5);
     EXPECT_EQ(report.deviations.at(size_t(10 * report.columns + 20)), report.largestColourDeviation);
-    EXPECT_NEAR(report.meanColourDeviation, 2 * report.largestColourDeviation / (32 * 18), 0.01);
     // Rows without a picture, of another colour: the block keeps its place in the picture.
     auto const withMargin = bayerFrame(camera, [](Site site, uint32_t x, uint32_t y) {
         bool const coloured = x >= 200 && x < 210 && y >= 100 && y < 110;

@@ -1,4 +1,5 @@
 #include "simulator/host/run/capture_rows.h"
+#include "simulator/host/run/run_all.h"
 
 #include <QDialog>
 #include <QLabel>
@@ -13,28 +14,34 @@ class TickingPage : public QWidget {
     Q_OBJECT
 public:
     using QWidget::QWidget;
+
+    template <typename Widget>
+    Widget* add(QByteArray const& name, char const* text) {
+        auto* const widget = new Widget(this);
+        widget->setObjectName(QLatin1String(name));
+        widget->setText(QLatin1String(text));
+        return widget;
+    }
 public slots:
     void start() {}
 };
 
-TEST(CaptureRows, LightIsNotChangedWhileAPictureIsTaken) {
+struct Page : testing::Test {
     QDialog dialog;
-    TickingPage page(&dialog);
-    auto const add = [&](auto* widget, QByteArray const& name, char const* text) {
-        widget->setParent(&page);
-        widget->setObjectName(QLatin1String(name));
-        widget->setText(QLatin1String(text));
-        return widget;
-    };
-    (void)add(new QPushButton, "Run_All", "Run All Steps");
+    TickingPage page{&dialog};
+    QPushButton* const runAll = page.add<QPushButton>("Run_All", "Run All Steps");
+    DialogPage const found = DialogPage::find(&dialog);
+};
+
+TEST_F(Page, LightIsNotChangedWhileAPictureIsTaken) {
     auto const addRow = [&](QByteArray const& light, char const* kelvin, char const* status) {
-        (void)add(new QPushButton, light + "_Image", light);
-        (void)add(new QLineEdit, light + "_Temp", kelvin);
-        return add(new QLabel, light + "_Status", status);
+        (void)page.add<QPushButton>(light + "_Image", light);
+        (void)page.add<QLineEdit>(light + "_Temp", kelvin);
+        return page.add<QLabel>(light + "_Status", status);
     };
     QLabel* const first = addRow("Incandescent", "2800", "In progress...");
     (void)addRow("Fluorescent", "4000", "Waiting for you...");
-    CaptureRows rows(DialogPage::find(&dialog));
+    CaptureRows rows(found);
     QStringList served;
     QObject::connect(page.findChild<QPushButton*>("Fluorescent_Image"), &QPushButton::clicked,
                      [&] { served << "pressed"; });
@@ -46,6 +53,25 @@ TEST(CaptureRows, LightIsNotChangedWhileAPictureIsTaken) {
     first->setText("Done.");
     serve();
     EXPECT_EQ(served, QStringList({"4000 K", "pressed"}));
+}
+
+// One that works for ever is given up at the bound, one that shows an error long before; both are cancelled.
+TEST_F(Page, ARunThatDoesNotEndIsGivenUp) {
+    QLabel* const status = page.add<QLabel>("AE_Status", "In progress...");
+    QObject::connect(runAll, &QPushButton::clicked,
+                     [&] { runAll->setText(runAll->text() == "Cancel" ? "Run All Steps" : "Cancel"); });
+    for (auto const& [text, end, frames] : {std::tuple("In progress...", RunEnd::TimedOut, 99),
+                                            std::tuple("Error. No light.", RunEnd::Cancelled, 33)}) {
+        status->setText(text);
+        int delivered = 0;
+        RunDriver driver(
+            found, [&] { ++delivered; }, 3, 100);
+        RunResult const result = driver.runAll();
+        EXPECT_EQ(result.end, end) << text;
+        EXPECT_EQ(delivered, frames) << text;
+        EXPECT_EQ(result.last.frames, frames) << text;
+        EXPECT_EQ(runAll->text(), "Run All Steps") << text;
+    }
 }
 } // namespace
 } // namespace pictara

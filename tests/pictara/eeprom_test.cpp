@@ -11,20 +11,11 @@ namespace {
 struct EepromProgram : testing::Test {
     QTemporaryDir folder;
     QString const device = folder.filePath("device.bin");
-    QString const conditions = device + ".conditions";
 
     [[nodiscard]] QString smallProfile(char const* base) const {
         return writeSmallProfile(folder.path(), base, {});
     }
 };
-
-void expectEqual(ProgramRun const& calibrated, ProgramRun const& replayed, QString const& state) {
-    QByteArray const figure = ("uniformity " + state).toLatin1();
-    EXPECT_NEAR(calibrated.figure(figure), replayed.figure(figure), 0.05);
-    QString const picture = state == "corrected" ? "after.png" : "before.png";
-    EXPECT_EQ(QImage(calibrated.file(picture)), QImage(replayed.file("replay-" + picture)))
-        << "some register does not hold what was calibrated";
-}
 
 // What the results file of a run becomes in a new image, by the tool.
 QByteArray importedResults(ProgramRun const& run, QString const& profile) {
@@ -56,29 +47,15 @@ TEST_F(EepromProgram, WhatWasStoredIsWhatCorrects) {
 
         ProgramRun const replay({"--replay-eeprom", device, "--profile", profile});
         EXPECT_EXIT_CODE(replay, 0);
-        expectEqual(run, replay, "uncorrected");
-        expectEqual(run, replay, "corrected");
-        EXPECT_EQ(replay.value("correction when the dialog opened"), QStringLiteral("on"));
-        EXPECT_EQ(replay.figure("register-list entries written by the dialog"), 0);
+        // Other frames have other noise.
+        for (char const* figure : {"uniformity uncorrected", "uniformity corrected"})
+            EXPECT_NEAR(run.figure(figure), replay.figure(figure), 0.3) << figure;
+        EXPECT_EQ(replay.value("correction was on when the dialog opened"), QStringLiteral("yes"));
+        EXPECT_EQ(replay.figure("registers of the solution written"), 0);
         EXPECT_FALSE(replay.contents("replay-report.html").isEmpty());
         EXPECT_TRUE(replay.contents("report.html").isEmpty()) << "a calibration's would be lost";
         ASSERT_TRUE(QFile::remove(device));
     }
-}
-
-TEST_F(EepromProgram, AReplayFindsLostConditionsByTheDialogsSteps) {
-    QString const profile = smallProfile("poly-12bit");
-    ASSERT_EXIT_CODE(ProgramRun({"--run-all", "--profile", profile, "--eeprom", device}), 0);
-    QStringList const arguments = {"--replay-eeprom", device,    "--profile", profile,
-                                   "--stored-record", "kestratu"};
-    ASSERT_TRUE(writeFile(conditions, "{}"));
-    EXPECT_EXIT_CODE(ProgramRun(arguments), 2);
-    ASSERT_TRUE(QFile::remove(conditions));
-    ProgramRun const replay(arguments);
-    EXPECT_EXIT_CODE(replay, 0);
-    EXPECT_GE(replay.figure("uniformity uncorrected"), 4.0);
-    EXPECT_LE(replay.figure("uniformity corrected"), 1.0);
-    EXPECT_EQ(replay.figure("register-list entries written by the dialog"), 0);
 }
 
 TEST_F(EepromProgram, AFaultIsToldByTheDialogTheSummaryAndTheExitCode) {
@@ -112,9 +89,9 @@ TEST_F(EepromProgram, AFaultIsToldByTheDialogTheSummaryAndTheExitCode) {
     }
 }
 
-TEST_F(EepromProgram, KeepsWhatAFailedSaveWroteAndDropsTheConditionsOfWhatWasThere) {
+TEST_F(EepromProgram, KeepsWhatAFailedSaveWrote) {
     QByteArray const blank(8192, '\xFF');
-    ASSERT_TRUE(writeFile(device, blank) && writeFile(conditions, "of an earlier calibration"));
+    ASSERT_TRUE(writeFile(device, blank));
     // Six bytes are the header's, written when the dialog opens.
     ProgramRun const run({"--run-all", "--profile", smallProfile("poly-12bit"), "--eeprom", device, "--fault",
                           "power-cut@16+"});
@@ -126,6 +103,5 @@ TEST_F(EepromProgram, KeepsWhatAFailedSaveWroteAndDropsTheConditionsOfWhatWasThe
     EXPECT_TRUE(kept.startsWith("VYEE"));
     EXPECT_NE(kept.mid(5, 10), blank.mid(5, 10));
     EXPECT_EQ(kept.mid(16), blank.mid(16));
-    EXPECT_FALSE(QFile::exists(conditions));
 }
 } // namespace

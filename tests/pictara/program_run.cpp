@@ -23,8 +23,9 @@ ProgramRun::ProgramRun(QStringList arguments, QString const& folder)
     m_exitCode = process.exitCode();
     // Lines end as the system's do.
     m_messages = QString::fromLocal8Bit(process.readAllStandardError()).remove(QLatin1Char('\r'));
-    m_summary =
-        QString::fromUtf8(contents("summary.txt") + contents("replay-summary.txt")).remove(QLatin1Char('\r'));
+    m_summary = QString::fromUtf8(contents("summary.txt") + contents("replay-summary.txt") +
+                                  contents("script-summary.txt"))
+                    .remove(QLatin1Char('\r'));
 }
 
 QByteArray ProgramRun::contents(QString const& name) const {

@@ -6,8 +6,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// One run of the program with its results in a folder of its own, unless one is given. A replay's summary is
-/// that run's summary.
+/// One run of the program with its results in a folder of its own, unless one is given. The summary of
+/// a replay or a script is that run's summary.
 class ProgramRun {
 public:
     explicit ProgramRun(QStringList arguments, QString const& folder = {});

@@ -17,11 +17,10 @@
 
 namespace {
 TEST(Program, FlattensTheDefaultSensorAndLeavesItsResults) {
-    ProgramRun const run({"--run-all", "--falloff", "100"});
+    ProgramRun const run({"--run-all"});
     EXPECT_EXIT_CODE(run, 0);
     EXPECT_GE(run.figure("uniformity uncorrected"), 4.0);
     EXPECT_LE(run.figure("uniformity corrected"), 1.0);
-    EXPECT_LE(run.figure("luminance error, largest against the centre block, corrected"), 1.5);
     for (char const* picture : {"before.png", "after.png"})
         EXPECT_EQ(QImage(run.file(picture)).size(), QSize(1920, 1080)) << picture;
     EXPECT_FALSE(QImage(run.file("dialog.png")).isNull());
@@ -37,10 +36,12 @@ TEST(Program, FlattensTheDefaultSensorAndLeavesItsResults) {
         QJsonObject const told = json[QLatin1String(state)].toObject();
         double const dialog = told["dialog_colour_deviation_ab"].toDouble();
         EXPECT_NEAR(dialog, run.figure((QByteArray("uniformity ") + state).constData()), 0.005);
-        EXPECT_NEAR(told["picture_colour_deviation_ab"].toDouble(), dialog, 0.2);
+        // Smaller blocks than the dialog's reach farther into the corners; they are noisier, too.
+        double const measured = told["picture_colour_deviation_ab"].toDouble();
+        EXPECT_NEAR(measured, dialog, 0.3);
         // Noise and rounding add a little to what light and gains leave.
-        EXPECT_LT(told["true_colour_deviation_ab"].toDouble(), dialog + 0.1);
-        EXPECT_GT(told["true_colour_deviation_ab"].toDouble(), dialog - 0.6);
+        EXPECT_LT(told["true_colour_deviation_ab"].toDouble(), measured);
+        EXPECT_GT(told["true_colour_deviation_ab"].toDouble(), measured - 0.6);
         EXPECT_NEAR(told["true_luminance_error_largest_against_centre_percent"].toDouble(),
                     told["luminance_error_largest_against_centre_percent"].toDouble(), 0.6);
     }
@@ -51,27 +52,26 @@ TEST(Program, FlattensTheDefaultSensorAndLeavesItsResults) {
 
 TEST(RunReport, TellsTheDialogsOneFigureItsLimitAndItsRating) {
     QTemporaryDir const folder;
-    QString const settings = folder.filePath("settings.ini");
     struct {
         char const* limit; ///< thousandths
         int exitCode;
         char const* result;
         char const* rating;
-    } const rows[] = {{"2000", 0, "calibrated", "green, limit 2.00"},
-                      {"1", 8, "calibrated, uniformity beyond the limit", "yellow, limit 0.00"},
-                      {"-2000", 8, "calibrated, uniformity beyond the limit", "red, limit -2.00"}};
+    } const rows[] = {{"2000", 0, "calibrated", "green"},
+                      {"1", 8, "calibrated, uniformity beyond the limit", "yellow"},
+                      {"-2000", 8, "calibrated, uniformity beyond the limit", "red"}};
     for (auto const& row : rows) {
         SCOPED_TRACE(row.limit);
-        ASSERT_TRUE(writeFile(settings, QByteArray("LensAssist GoodCU for POLY12=") + row.limit + '\n'));
-        ProgramRun const run(
-            {"--run-all", "--profile", writeSmallProfile(folder.path()), "--settings", settings});
+        ASSERT_TRUE(writeFile(folder.filePath("settings.ini"),
+                              QByteArray("LensAssist GoodCU for POLY12=") + row.limit + '\n'));
+        ProgramRun const run({"--run-all", "--profile", writeSmallProfile(folder.path())}, folder.path());
         EXPECT_EXIT_CODE(run, row.exitCode);
         EXPECT_EQ(run.value("result").toStdString(), row.result);
         EXPECT_EQ(run.value("uniformity rating corrected").toStdString(), row.rating);
         EXPECT_TRUE(run.value("step CU_Status").startsWith(run.value("uniformity corrected") + ' '))
             << run.summary().toStdString();
         QJsonObject const told = run.json()["corrected"].toObject();
-        EXPECT_EQ(told["dialog_rating"].toString(), QString(row.rating).section(',', 0, 0));
+        EXPECT_EQ(told["dialog_rating"].toString(), row.rating);
         EXPECT_NEAR(told["dialog_colour_deviation_limit_ab"].toDouble(),
                     QByteArray(row.limit).toDouble() / 1000, 0.005);
         QByteArray const page = run.contents("report.html");
@@ -131,9 +131,9 @@ TEST(Program, FlattensMeasuredLensesUnderEachLamp) {
                 {"--run-all", "--profile", profile, "--light", lamp, "--shading", folder->filePath(module)});
             EXPECT_EXIT_CODE(run, 0);
             EXPECT_LE(run.figure("uniformity corrected"), 0.7);
-            EXPECT_LE(5 * run.figure("luminance error, largest against the median block, corrected"),
-                      run.figure("luminance error, largest against the median block, uncorrected"));
-            EXPECT_LE(run.figure("luminance error, mean against the median block, corrected"), 3.0);
+            EXPECT_LE(5 * run.figure("largest luminance error against the median block corrected"),
+                      run.figure("largest luminance error against the median block uncorrected"));
+            EXPECT_LE(run.figure("mean luminance error against the median block corrected"), 3.0);
         }
     }
 }
@@ -145,23 +145,6 @@ TEST(Program, EqualSeedsGiveEqualRuns) {
     EXPECT_EXIT_CODE(first, 0);
     EXPECT_EQ(first.summary(), second.summary());
     EXPECT_EQ(QImage(first.file("after.png")), QImage(second.file("after.png")));
-}
-
-TEST(Program, ARunThatTakesTooLongIsGivenUp) {
-    ProgramRun const late({"--run-all", "--max-frames", "50"});
-    EXPECT_EXIT_CODE(late, 3);
-    EXPECT_LE(late.figure("frames"), 50);
-}
-
-TEST(Program, AWindowWinsOverARunAndEndsWhenItIsClosed) {
-    QTemporaryDir const folder;
-    QString const screenshot = folder.filePath("window.png");
-    ProgramRun const run({"--run-all", "--window", "--profile",
-                          writeSmallProfile(folder.path(), "poly-12bit", {}), "--screenshot", screenshot});
-    EXPECT_EXIT_CODE(run, 0);
-    EXPECT_TRUE(run.summary().isEmpty());
-    EXPECT_FALSE(QImage(screenshot).isNull());
-    EXPECT_TRUE(run.contents("eeprom.bin").startsWith("VYEE")) << "the dialog formats a blank one at once";
 }
 
 TEST(Program, WhatCannotBeRunEndsWithAMessage) {
@@ -181,7 +164,6 @@ TEST(Program, WhatCannotBeRunEndsWithAMessage) {
         {{"--ini", noPresets}, "Lens Calibration Setup"},
         {{"--ini", folder.filePath("none.ini")}, "none.ini"},
         {{"--plugin", folder.filePath("none.so")}, "none.so"},
-        {{"--settings", folder.path()}, "settings"},
         {{"--eeprom", cut}, "8191"},
         {{"--eeprom", folder.filePath("none/eeprom.bin")}, "none/eeprom.bin"},
         {{"--eeprom", blank, "--profile", "kind25"}, "has no EEPROM for --eeprom"},
@@ -210,8 +192,8 @@ TEST(Program, WhatIsNoRegularFileIsRefusedAndStays) {
     QString const pipe = folder.filePath("pipe");
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     QString const profile = writeSmallProfile(folder.path(), "poly-12bit", {});
-    for (char const* option : {"--eeprom", "--settings", "--ini", "--shading", "--record", "--profile",
-                               "--script", "--replay-eeprom", "--measure-shading", "--plugin"}) {
+    for (char const* option : {"--eeprom", "--ini", "--shading", "--record", "--profile", "--script",
+                               "--replay-eeprom", "--measure-shading", "--plugin"}) {
         SCOPED_TRACE(option);
         ProgramRun const run({"--run-all", "--profile", profile, option, pipe});
         EXPECT_EXIT_CODE(run, 2);
@@ -221,11 +203,6 @@ TEST(Program, WhatIsNoRegularFileIsRefusedAndStays) {
         EXPECT_FALSE(QFileInfo(pipe).isFile());
     }
     EXPECT_EXIT_CODE(ProgramRun({"--replay", pipe}), 2);
-    // The conditions beside an EEPROM are read, too.
-    QString const eeprom = folder.filePath("eeprom.bin");
-    ASSERT_EXIT_CODE(ProgramRun({"--run-all", "--profile", profile, "--eeprom", eeprom}), 0);
-    ASSERT_TRUE(QFile::remove(eeprom + ".conditions") && QFile::rename(pipe, eeprom + ".conditions"));
-    EXPECT_EXIT_CODE(ProgramRun({"--replay-eeprom", eeprom, "--profile", profile}), 2);
 }
 #endif
 } // namespace

@@ -1,19 +1,15 @@
-#include "simulator/host/report/picture_detail.h"
-#include "simulator/host/report/report_figures.h"
-#include "simulator/host/report/run_report.h"
-#include "simulator/host/run/refusal.h"
+#include "simulator/host/report/evenness.h"
+#include "simulator/host/run/verdict.h"
 
 #include <QFile>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
-#include <array>
 #include <gtest/gtest.h>
 
 namespace pictara {
 namespace {
-constexpr char kNasty[] = "<script>\"A\" & 'B' %1</script>";
+constexpr char kNasty[] = "<script>\"A\" & 'B' %1 {{run}} <!--each sections--></script>";
 
 QByteArray contentsOf(QString const& name) {
     QFile file(name);
@@ -32,54 +28,87 @@ QString textOf(QByteArray const& page) {
     return text;
 }
 
-TEST(Report, EscapesNamesAndTellsTheTablesUnderTheLightsAndWhatIsMissing) {
+// One structure, three forms: each tells every fact, as its reader needs it.
+TEST(Report, TellsTheSameInAllFormsWhateverNamesSay) {
     QTemporaryDir const folder;
     OutputFolder output(folder.path());
     QString const nasty = QString::fromLatin1(kNasty);
-    RunReport report{
-        .run = QStringLiteral("calibration"),
-        .result = QStringLiteral("calibrated"),
-        .cause = nasty,
-        .tables = {{QStringLiteral("eeprom"),
-                    nasty,
-                    {{QStringLiteral("empty"), QStringLiteral("empty"), QString()},
-                     {QStringLiteral("file"), QStringLiteral("file"), nasty}}}},
-        .before = {},
-        .after = {},
-        .refused = {},
-        .refusedCaption = {},
-        .lights = {{2850, 7.5, {1.25, std::nullopt}, 0.5}, {6500, 6.5, {2.25, 0.75}, std::nullopt}},
-        .registers = {{3, 0x3600, nasty, 17}}};
-    writeReport(report, output);
-    EXPECT_EQ(output.written(), QStringList({"report.html", "summary.json"}));
+    Section states{{}, "Figures", Layout::States, {{"figure_ab", "figure", {1.23456789, {}}, " u", 2}}};
+    states.profiles = {{"ratio_percent", nasty, {{"line", {-1, 0, 2.5}}, {"flat", {0, 0, 0}}}}};
+    states.maps = {{"map", " %", 2, {1, 2, 3, 4}, -4, 4}};
+    writeReport({"calibration",
+                 "calibrated",
+                 nasty,
+                 {states,
+                  {"eeprom",
+                   nasty,
+                   Layout::One,
+                   {{"empty", "empty", {QString()}}, {"file", "file", {nasty}}, {"is_on", {}, {true}}}},
+                  {"lights", "Lights", Layout::Columns, {{"kelvin", "light of", {2850, 6500}, " K"}}},
+                  {"registers",
+                   "Registers",
+                   Layout::Rows,
+                   {{"name", "name", {nasty}}, {"value", "value", {17}, {}, Fact::kHexadecimal}}}}},
+                output);
+    EXPECT_EQ(output.written(), QStringList({"report.html", "summary.json", "summary.txt"}));
+
     QByteArray const page = contentsOf(folder.filePath("report.html"));
     QString const text = textOf(page);
-    EXPECT_EQ(text.count(nasty), 4);
+    EXPECT_EQ(text.count(nasty), 5);
     EXPECT_FALSE(page.contains("<script")) << "a name became an element";
-    EXPECT_FALSE(page.contains("/></t")) << "browsers take an empty cell in this form for an open one";
-    for (char const* told : {"2850 K", "6500 K", "7.50", "1.25", "0.75", "table 2 alone", "-"})
+    for (char const* told : {"1.23 u", "-", "2850 K", "6500 K", "0x0011", "-4 %", "flat"})
         EXPECT_TRUE(text.contains(QLatin1String(told))) << told;
+    // From the left to the right border of the axes, the largest value above the others.
+    QStringList const points =
+        QString::fromUtf8(page).section("points=\"", 1).section('"', 0, 0).split(' ', Qt::SkipEmptyParts);
+    ASSERT_EQ(points.size(), 3);
+    EXPECT_TRUE(points[0].startsWith("46.0,") && points[2].startsWith("430.0,")) << points[0].toStdString();
+    EXPECT_LT(points[2].section(',', 1).toDouble(), points[1].section(',', 1).toDouble());
+
     QJsonObject const json = QJsonDocument::fromJson(contentsOf(folder.filePath("summary.json"))).object();
-    EXPECT_EQ(json["eeprom"].toObject()["file"].toString(), nasty);
-    EXPECT_EQ(json["lights"][0]["table_alone_ab"][0].toDouble(), 1.25);
-    EXPECT_TRUE(json["lights"][0]["table_alone_ab"][1].isNull());
-    EXPECT_TRUE(json["lights"][1]["blended_ab"].isNull());
-    EXPECT_TRUE(json["corrected"].isNull());
+    EXPECT_EQ(json["cause"].toString(), nasty);
+    EXPECT_EQ(json["uncorrected"]["figure_ab"].toDouble(), 1.23457);
+    EXPECT_TRUE(json["corrected"].isNull()) << "what was not measured";
+    EXPECT_EQ(json["eeprom"]["file"].toString(), nasty);
+    EXPECT_TRUE(json["eeprom"]["is_on"].toBool());
+    EXPECT_EQ(json["lights"][1]["kelvin"].toInt(), 6500);
+    EXPECT_EQ(json["registers"][0]["value"].toInt(), 17);
+
+    QByteArray const summary = contentsOf(folder.filePath("summary.txt"));
+    for (char const* line : {"result: calibrated\n", "figure uncorrected: 1.23 u\n", "figure corrected: -\n"})
+        EXPECT_TRUE(summary.contains(line)) << line;
+    EXPECT_TRUE(summary.contains("light of:                        2850 K  6500 K\n")) << summary.data();
+    EXPECT_FALSE(summary.contains("0x0011")) << "too many for a text";
 }
 
 TEST(Report, ResidualsAreSignedAndHaveTheirZeroWhereTheyShould) {
-    std::array<Colour, 3> const row{Colour{0.5, 0.5, 0.5}, {1, 1, 1}, {0.55, 0.5, 0.5}};
-    LightGrid light{3, 3, {}};
-    for (int i = 0; i < 3; ++i)
-        light.cells.insert(light.cells.end(), row.begin(), row.end());
-    std::vector<double> const residual = luminanceResidual(light);
-    EXPECT_EQ(residual[4], 0);
-    EXPECT_NEAR(residual[3], -50, 1e-9);
-    std::vector<double> const ratio = ratioResidual(light, 0);
+    BlockReport blocks;
+    blocks.columns = 3;
+    blocks.means = {{0.5, 0.5, 0.5}, {1, 1, 1}, {0.55, 0.5, 0.5}};
+    blocks.centreLuminance = 1;
+    std::vector<double> const residual = luminanceResidual(blocks);
+    EXPECT_NEAR(residual[0], -50, 1e-9);
+    EXPECT_NEAR(residual[1], 0, 1e-9);
+    std::vector<double> const ratio = ratioResidual(blocks, 0);
     EXPECT_NEAR(ratio[0] + ratio[1] + ratio[2], 0, 1e-9);
     EXPECT_GT(ratio[2], 0);
-    EXPECT_LT(ratio[0], 0);
-    EXPECT_EQ(diagonal({1, 2, 3, 4, 5, 6, 7, 8, 9}, 3, 3), (std::vector<double>{1, 5, 9}));
+    EXPECT_EQ(diagonal({1, 2, 3, 4, 5, 6, 7, 8, 9}, 3), (std::vector<double>{1, 5, 9}));
+}
+
+// Maps of before and after can be told apart by their colours alone.
+TEST(Report, StatesShareTheColoursOfTheirMaps) {
+    Evenness uneven, even;
+    uneven.picture = even.picture = QImage(8, 8, QImage::Format_RGB32);
+    uneven.blocks.columns = even.blocks.columns = 2;
+    uneven.blocks.centreLuminance = even.blocks.centreLuminance = 1;
+    uneven.blocks.means = {{0.5, 0.5, 0.5}, {1, 1, 1}};
+    even.blocks.means = {{0.99, 0.99, 0.99}, {1, 1, 1}};
+    for (Section const& section : evennessSections(uneven, even))
+        if (!section.maps.empty()) {
+            ASSERT_EQ(section.maps.size(), 6U);
+            EXPECT_EQ(section.maps[2].high, 50);
+            EXPECT_EQ(section.maps[5].high, 50);
+        }
 }
 
 TEST(Refusal, IsMarkedAsThePictureShowsTheArray) {

@@ -1,7 +1,6 @@
-#include "simulator/host/report/block_means.h"
-#include "simulator/host/shading/shading_file.h"
-#include "simulator/host/shading/shading_measurement.h"
+#include "simulator/host/report/block_report.h"
 #include "tests/support/small_profile.h"
+#include "tools/shading/shading_measurement.h"
 
 #include <QFile>
 #include <QImage>
@@ -24,22 +23,20 @@ std::unique_ptr<SimulatedCamera> openSmall(QString const& folder, char const* ba
 
 // Where a plane's light, against its mean, differs most between two cameras; a share of 1.
 double largestDifference(SimulatedCamera& first, SimulatedCamera& second, double kelvin) {
-    constexpr int kCells = 24;
-    std::vector<LightGrid> grids;
+    std::vector<std::vector<Colour>> grids;
     for (SimulatedCamera* const camera : {&first, &second}) {
         camera->setLight({.colourTemperature = kelvin});
         simulator::IdealFrame const ideal = camera->idealFrame();
-        grids.push_back(lightGrid(linearRows(ideal, camera->description(), {}), kCells, kCells));
+        grids.push_back(measureBlocks(linearRows(ideal, camera->description(), {})).means);
     }
     double largest = 0;
     for (size_t colour = 0; colour < 3; ++colour) {
         double means[2]{};
         for (size_t i = 0; i < 2; ++i)
-            for (Colour const& cell : grids[i].cells)
+            for (Colour const& cell : grids[i])
                 means[i] += cell[colour];
-        for (size_t cell = 0; cell < grids[0].cells.size(); ++cell) {
-            double const ratio =
-                (grids[0].cells[cell][colour] / means[0]) / (grids[1].cells[cell][colour] / means[1]);
+        for (size_t cell = 0; cell < grids[0].size(); ++cell) {
+            double const ratio = (grids[0][cell][colour] / means[0]) / (grids[1][cell][colour] / means[1]);
             largest = std::max(largest, std::abs(ratio - 1));
         }
     }

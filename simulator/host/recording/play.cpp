@@ -82,7 +82,7 @@ int runScript(Session& session, Script const& script) {
     }
     end.state = player.progress();
     OutputFolder output(session.outputFolder());
-    QString const page = reportScript(session, player.page(), script.options, end, output);
+    QString const page = reportScript(session, player.page(), end, output);
     if (files::isInterrupted())
         return kExitInterrupted;
     if (!end.cause.isEmpty())

@@ -1,8 +1,18 @@
 #pragma once
 
-#include "simulator/host/report/block_means.h"
+#include "simulator/pictures/row_source.h"
+
+#include <QRect>
+#include <array>
+#include <vector>
 
 namespace pictara {
+/// Red, green, blue.
+using Colour = std::array<double, 3>;
+
+/// Luminance of linear sRGB (IEC 61966-2-1).
+[[nodiscard]] double luminance(Colour const& colour);
+
 /// How even a picture is, from the means of its blocks in linear light. Errors are relative, as shares of 1.
 struct BlockReport {
     int columns = 0;
@@ -11,12 +21,10 @@ struct BlockReport {
     double centreLuminance = 0;      ///< of a block in the picture's centre
     double largestAgainstMedian = 0; ///< luminance, against the median block
     double meanAgainstMedian = 0;
-    double largestAgainstCentre = 0; ///< luminance, against the block in the centre
-    double meanAgainstCentre = 0;
+    double largestAgainstCentre = 0;   ///< luminance, against the block in the centre
     std::vector<double> deviations;    ///< distance in a*, b* from the mean of all blocks, of each block
     double largestColourDeviation = 0; ///< of these
-    double meanColourDeviation = 0;
-    QRect worstBlock; ///< the block of the largest colour deviation
+    QRect worstBlock;                  ///< the block of the largest colour deviation
 };
 
 /// Measures rows of linear light, as the colour pipeline sees them before the tone curve, on 32 columns of

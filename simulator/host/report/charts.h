@@ -1,58 +1,35 @@
 #pragma once
 
-#include <QImage>
+#include <QJsonObject>
 #include <QString>
 #include <vector>
 
 namespace pictara {
-/// What a page's background is like.
-enum class Scheme { Light, Dark };
-
 /// Values of a grid of cells that covers a picture, row by row from the top left.
 struct HeatMap {
     QString title;
-    QString unit; ///< of the values, for the colour scale
-    int columns = 0;
-    int rows = 0;
+    QString unit; ///< of the values
+    int columns = 1;
     std::vector<double> values;
-    double aspect = 1;    ///< the picture's width over its height
-    bool isSigned = true; ///< colours diverge from a neutral zero; else they rise from the lowest value
-    double end = 0; ///< where the colours of an unsigned map end, so that maps compare; 0: at its highest
+    double low = 0; ///< where the colours begin: below zero they diverge from the middle, else they rise
+    double high = 1;
 };
 
-/// Lines over a common range, from its start to its end in even steps.
+/// Lines along a diagonal of the picture, in even steps.
 struct ProfileChart {
     struct Line {
-        QString name;
+        QString name; ///< for people and scripts
         std::vector<double> values;
-        bool isReference = false; ///< drawn dashed
     };
+    QString key; ///< for scripts, with the values' unit in it
     QString title;
-    QString xLabel;
-    QString yLabel;
-    double start = 0;
-    double end = 1;
     std::vector<Line> lines;
 };
 
-/// Counts in bins of equal width from 0 on.
-struct HistogramChart {
-    QString title;
-    QString xLabel;
-    QString yLabel;
-    double binWidth = 1;
-    std::vector<int> counts;
-};
+/// What a page needs to draw a chart: a picture of its cells, or the points of its lines and an axis' ticks.
+[[nodiscard]] QJsonObject drawing(HeatMap const& chart);
+[[nodiscard]] QJsonObject drawing(ProfileChart const& chart);
 
-/// False where the chart library is missing: then nothing is drawn.
-[[nodiscard]] bool hasCharts();
-
-/// Draw a chart, a picture of twice the size in which it is meant to be shown. Null where the program was
-/// built without the chart library. A GUI application must exist.
-[[nodiscard]] QImage drawChart(HeatMap const& chart, Scheme scheme);
-[[nodiscard]] QImage drawChart(ProfileChart const& chart, Scheme scheme);
-[[nodiscard]] QImage drawChart(HistogramChart const& chart, Scheme scheme);
-
-/// How many pixels of a chart make one of the page.
-inline constexpr int kChartScale = 2;
+/// The largest distance from zero.
+[[nodiscard]] double largestOf(std::vector<double> const& values);
 } // namespace pictara

@@ -1,17 +1,29 @@
 #include "simulator/host/report/output_folder.h"
 
 #include "simulator/files/whole_file.h"
-#include "simulator/host/report/png_effort.h"
 #include "simulator/host/session/message_log.h"
 
 #include <QBuffer>
 #include <QFileInfo>
 
 namespace pictara {
-void OutputFolder::savePicture(QString const& name, QImage const& picture) {
+namespace {
+QByteArray pngOf(QImage const& picture) {
+    // Passed as the quality, which Qt takes as the compressor's effort: the less, the higher the number.
+    // Sensor noise hardly compresses; the usual effort takes four times as long and saves nothing.
+    constexpr int kEffort = 50;
     QBuffer buffer;
-    (void)(buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "PNG", kPngEffort));
-    saveBytes(name, buffer.data());
+    (void)(buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "PNG", kEffort));
+    return buffer.data();
+}
+} // namespace
+
+QString dataUri(QImage const& picture) {
+    return QStringLiteral("data:image/png;base64,") + QString::fromLatin1(pngOf(picture).toBase64());
+}
+
+void OutputFolder::savePicture(QString const& name, QImage const& picture) {
+    saveBytes(name, pngOf(picture));
 }
 
 void OutputFolder::saveText(QString const& name, QString const& text) {
@@ -39,10 +51,10 @@ bool OutputFolder::expect(QString const& name) {
     return there;
 }
 
-void OutputFolder::removeOthers(std::initializer_list<char const*> names) {
-    for (char const* const name : names) {
-        QString const path = m_folder.filePath(QLatin1String(name));
-        if (m_written.contains(QLatin1String(name)) || !QFileInfo(path).isFile() || QFile::remove(path))
+void OutputFolder::removeOthers(QStringList const& names) {
+    for (QString const& name : names) {
+        QString const path = m_folder.filePath(name);
+        if (m_written.contains(name) || !QFileInfo(path).isFile() || QFile::remove(path))
             continue;
         complain(QStringLiteral("The file %1 of an earlier run cannot be removed.").arg(path));
         m_failed = true;

@@ -3,9 +3,11 @@
 #include <QDir>
 #include <QImage>
 #include <QStringList>
-#include <initializer_list>
 
 namespace pictara {
+/// The picture as an address that a page can show.
+[[nodiscard]] QString dataUri(QImage const& picture);
+
 /// Writes a run's files, each as a whole or not at all, and knows their names. What cannot be written is told
 /// on the standard error stream.
 class OutputFolder {
@@ -20,7 +22,7 @@ public:
     [[nodiscard]] bool expect(QString const& name);
     /// Removes those of the names that this run did not write, so that nothing of an earlier one is taken for
     /// its own.
-    void removeOthers(std::initializer_list<char const*> names);
+    void removeOthers(QStringList const& names);
     /// Files that match the wildcard and hold the text, but are none of this run.
     [[nodiscard]] QStringList filesOfOthers(QString const& wildcard, QByteArray const& text) const;
     /// Absolute, whether it is there or not.

@@ -6,12 +6,12 @@
 
 namespace pictara {
 namespace {
-constexpr int kColours = 256;
+constexpr int kColours = 255; // odd, so that one stands for the middle alone
 
-QVector<QRgb> colourTable() {
+QVector<QRgb> colourTable(QGradientStops const& stops) {
     QImage strip(kColours, 1, QImage::Format_RGB32);
     QLinearGradient gradient(0, 0, kColours, 0);
-    gradient.setStops(deviationColours());
+    gradient.setStops(stops);
     QPainter(&strip).fillRect(strip.rect(), gradient);
     auto const* const row = reinterpret_cast<QRgb const*>(strip.constScanLine(0));
     return {row, row + kColours};
@@ -27,6 +27,23 @@ QGradientStops deviationColours() {
             {1, QColor(253, 231, 37)}};
 }
 
+QGradientStops signedColours() {
+    return {{0, QColor(33, 102, 172)}, {0.5, QColor(244, 244, 244)}, {1, QColor(178, 24, 43)}};
+}
+
+QImage colourMap(std::vector<double> const& values, int columns, double low, double high,
+                 QGradientStops const& stops) {
+    if (values.empty())
+        return {};
+    QVector<QRgb> const colours = colourTable(stops);
+    QImage map(columns, int(values.size()) / columns, QImage::Format_RGB32);
+    for (int i = 0; i < columns * map.height(); ++i) {
+        double const share = high > low ? std::clamp((values[size_t(i)] - low) / (high - low), 0.0, 1.0) : 0;
+        map.setPixel(i % columns, i / columns, colours[int(std::lround(share * (kColours - 1)))]);
+    }
+    return map;
+}
+
 double nextColourEnd(double present, double largest) {
     constexpr double kSmallestEnd = 2; // so that a good picture does not look like a bad one
     constexpr double kSlack = 1.5;     // so that noise about a whole number does not move the end to and fro
@@ -35,16 +52,6 @@ double nextColourEnd(double present, double largest) {
 }
 
 QImage uniformityMap(BlockReport const& blocks, double end) {
-    static QVector<QRgb> const colours = colourTable();
-    if (blocks.deviations.empty())
-        return {};
-    QImage map(blocks.columns, blocks.rows, QImage::Format_RGB32);
-    for (int row = 0; row < blocks.rows; ++row)
-        for (int column = 0; column < blocks.columns; ++column) {
-            double const deviation = blocks.deviations[size_t(row * blocks.columns + column)];
-            double const share = end > 0 ? std::clamp(deviation / end, 0.0, 1.0) : 0;
-            map.setPixel(column, row, colours[int(std::lround(share * (kColours - 1)))]);
-        }
-    return map;
+    return colourMap(blocks.deviations, blocks.columns, 0, end, deviationColours());
 }
 } // namespace pictara

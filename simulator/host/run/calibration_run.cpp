@@ -1,12 +1,10 @@
-#include "simulator/host/run/calibration_run.h"
+#include "simulator/host/run/runs.h"
 
 #include "simulator/files/interruption.h"
-#include "simulator/host/report/output_folder.h"
-#include "simulator/host/run/closing_measurement.h"
-#include "simulator/host/run/lit_run.h"
+#include "simulator/host/report/sitting.h"
+#include "simulator/host/run/measurement.h"
 #include "simulator/host/run/progress_report.h"
-#include "simulator/host/run/refusal.h"
-#include "simulator/host/run/run_verdict.h"
+#include "simulator/host/run/verdict.h"
 #include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
@@ -15,53 +13,24 @@
 #include <QPixmap>
 #include <QRegularExpression>
 #include <algorithm>
-#include <cstdio>
-#include <iterator>
 
 namespace pictara {
 namespace {
 constexpr char kResultsSection[] = "[Lens Correction]"; // in every results file
 
-// Nobody else can tell when the dialog starts to save.
-void whenSaving(Session& session, Options const& options, ProgressReport& progress) {
-    progress.say(QStringLiteral("saving to the EEPROM..."));
-    if (options.fault && !options.fault->operation)
-        (void)session.injectFault({options.fault->name, 0, options.fault->forEver});
-}
+// How a calibration ended, the worst first, and by which exit code.
+struct Verdict {
+    char const* told;
+    ExitCode code;
+};
+constexpr Verdict kNotCalibrated{"not calibrated", kExitNotCalibrated}; // or a code of the cause
+constexpr Verdict kNotSaved{"calibrated, not saved", kExitNotSaved};
+constexpr Verdict kBeyondLimit{"calibrated, uniformity beyond the limit", kExitBeyondLimit};
+constexpr Verdict kCalibrated{"calibrated", kExitDone};
 
-// The library looks at a picture when the plug-in hands it over, or when it has all that it needs.
-void deliverAndWatch(Session& session, RunSummary& summary) {
-    session.frames().deliverNext();
-    if (!summary.refused.isNull() || lastSolverMessage().isEmpty())
-        return;
-    QString const blocks = lastRefusedBlocks();
-    summary.hasRefusedBlocks = !blocks.isEmpty();
-    summary.refused =
-        markedRefusal(session.frames().unmarkedPicture(), blocks, session.camera().description().orientation);
-}
-
-void calibrate(Session& session, DialogPage& page, Options const& options, RunDriver& driver,
-               ProgressReport& progress, RunSummary& summary) {
-    CaptureRows rows(page);
-    summary.run = runAllUnderItsLights(session, rows, driver, progress);
-    simulator::SimulatedCamera const& camera = session.camera();
-    if (options.thenGood && wasRefusedForItsLight(summary.run)) {
-        summary.firstRefusal = causeOf(summary.run, rows.read(), camera.hasEeprom());
-        progress.say(QStringLiteral("refused: %1\nThe light is mended.").arg(summary.firstRefusal));
-        forgetSolverMessage();
-        summary.refused = {};
-        summary.run = runAgain(session, rows, driver, progress);
-    }
-    summary.captures = rows.read();
-    summary.scene = session.scene();
-    summary.solutionRegisters = session.desk().listEntriesWritten();
-    summary.registerWrites = camera.registerWrites();
-    summary.eeprom = eepromUseOf(session, page, options);
-}
-
-// Without its folder; empty when none was saved.
-QString resultsFile(RunResult const& run) {
-    QString const saved = run.last.statusTexts[kFileSave];
+// The file's name without its folder; empty when none was saved.
+QString resultsFile(RunProgress const& last) {
+    QString const saved = last.statusTexts[kFileSave];
     if (!saved.startsWith(QLatin1String("Done: ")))
         return {};
     // One page cuts the name at "/" alone, so that what lies before "\\" stays.
@@ -69,123 +38,190 @@ QString resultsFile(RunResult const& run) {
                               int(qstrlen("Done: "))));
 }
 
-void judgeSaves(Session& session, OutputFolder& output, RunSummary& summary) {
-    bool const hasEeprom = session.camera().hasEeprom();
-    QString const results = resultsFile(summary.run);
-    bool const hasResults = output.expect(results);
-    if (!isSaved(summary.run.last.statusTexts, hasEeprom)) {
-        summary.cause = causeOf(summary.run, summary.captures, hasEeprom);
-    } else if (!hasResults) {
-        summary.cause = QStringLiteral("The results file %1 is missing.").arg(results);
-    } else if (summary.eeprom && !summary.eeprom->holdsSolution.value_or(true)) {
-        // Not every sensor's dialog reads back what it saved.
-        summary.cause =
-            QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: %1.")
-                .arg(summary.eeprom->lack);
-    } else {
-        session.noteConditions();
+class CalibrationRun {
+public:
+    CalibrationRun(Session& session, HeadlessDialog const& opened);
+    [[nodiscard]] int run();
+
+private:
+    void calibrate();
+    void judge();
+    void judgeSaves();
+    void judgeLights();
+    void report(QImage const& dialog);
+    void conclude(Verdict const& verdict, QString const& cause);
+
+    void deliverAndWatch();
+    void changeLamp(CaptureRow const& row);
+    void prepareToSave();
+
+    Session& m_session;
+    QDialog* m_dialog;
+    DialogPage m_page;
+    CaptureRows m_rows;
+    ProgressReport m_progress;
+    RunDriver m_driver;
+    OutputFolder m_output;
+
+    RunResult m_run;
+    Verdict m_verdict = kCalibrated;
+    QString m_lack;                          // what the EEPROM lacks
+    Section m_refused{"refused", "Refused"}; // the picture that the library refused
+    Section m_lights{"lights", {}, Layout::Columns};
+    std::optional<Evenness> m_before, m_after;
+    Report m_report{"calibration"};
+};
+
+CalibrationRun::CalibrationRun(Session& session, HeadlessDialog const& opened)
+    : m_session(session), m_dialog(opened.dialog), m_page(opened.page), m_rows(m_page),
+      m_progress(stdout, m_page), m_driver(m_page, [this] { deliverAndWatch(); }),
+      m_output(session.outputFolder()) {
+    m_driver.onProgress([this](RunProgress const& state) { m_progress.show(state); });
+    m_driver.onSaving([this] { prepareToSave(); });
+}
+
+// The library looks at a picture when the plug-in hands it over, or when it has all that it needs.
+void CalibrationRun::deliverAndWatch() {
+    m_session.frames().deliverNext();
+    if (!m_refused.pictures.empty() || lastSolverMessage().isEmpty())
         return;
-    }
-    summary.verdict = Verdict::NotSaved;
+    QString const blocks = lastRefusedBlocks();
+    // A page that takes several pictures has them solved when it has all.
+    QString const what =
+        m_rows.read().empty()
+            ? QStringLiteral("The picture that the calibration library refused")
+            : QStringLiteral("The view when the calibration library refused one of the pictures");
+    m_refused.pictures = {{markedRefusal(m_session.frames().unmarkedPicture(), blocks,
+                                         m_session.camera().description().orientation),
+                           blocks.isEmpty() ? what : what + QStringLiteral("; the refused blocks are marked"),
+                           "refused.png"}};
+}
+
+// The person at the camera of a page that calibrates under several lights.
+void CalibrationRun::changeLamp(CaptureRow const& row) {
+    m_session.bringLamp(row.kelvin);
+    m_progress.say(
+        QStringLiteral("The lamp of %1 K is switched on for the %2.").arg(row.kelvin).arg(row.button));
+}
+
+// Nobody else can tell when the dialog starts to save.
+void CalibrationRun::prepareToSave() {
+    m_progress.say(QStringLiteral("saving to the EEPROM..."));
+    if (auto const& fault = m_session.options().fault; fault && !fault->operation)
+        (void)m_session.injectFault({fault->name, 0, fault->forEver});
+}
+
+void CalibrationRun::conclude(Verdict const& verdict, QString const& cause) {
+    m_verdict = verdict;
+    m_report.cause = cause;
+}
+
+// Facts are those of this moment: what measures later changes lamp and registers.
+void CalibrationRun::calibrate() {
+    if (std::vector<CaptureRow> const captures = m_rows.read(); !captures.empty())
+        changeLamp(captures.front());
+    m_driver.onRequests([this] { m_rows.serve([this](CaptureRow const& row) { changeLamp(row); }); });
+    m_run = m_driver.runAll();
+    m_driver.onRequests([] {});
+    m_report.sections = {sceneSection(m_session), registerSection(m_session),
+                         eepromSection(m_session, m_page.text("Prom_Label"), &m_lack)};
+}
+
+void CalibrationRun::judgeSaves() {
+    bool const hasEeprom = m_session.camera().hasEeprom();
+    QString const results = resultsFile(m_run.last);
+    bool const hasResults = m_output.expect(results);
+    if (!isSaved(m_run.last.statusTexts, hasEeprom))
+        conclude(kNotSaved, causeOf(m_run, m_rows.read(), hasEeprom));
+    else if (!hasResults)
+        conclude(kNotSaved, QStringLiteral("The results file %1 is missing.").arg(results));
+    else if (!m_lack.isEmpty()) // not every sensor's dialog reads back what it saved
+        conclude(kNotSaved,
+                 QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: %1.")
+                     .arg(m_lack));
 }
 
 // The dialog's test is pressed once more without the correction and with it; what it shows then is what is
 // pictured, told and judged.
-void judge(Session& session, DialogPage& page, RunDriver& driver, OutputFolder& output, RunSummary& summary) {
-    if (!isCalibrated(summary.run)) {
-        summary.cause = causeOf(summary.run, summary.captures, session.camera().hasEeprom());
+void CalibrationRun::judge() {
+    if (!isCalibrated(m_run)) {
+        conclude(kNotCalibrated, causeOf(m_run, m_rows.read(), m_session.camera().hasEeprom()));
+        m_verdict.code = exitCodeOf(m_run);
         return;
     }
-    summary.verdict = Verdict::Calibrated;
-    judgeSaves(session, output, summary);
-    summary.before = measureInDetail(session, page, driver, false);
-    summary.after = measureInDetail(session, page, driver, true); // leaves the correction on
-    summary.run.last.statusTexts = page.statusTexts();
-    if (!summary.before || !summary.after) {
-        summary.verdict = Verdict::NotCalibrated;
-        summary.cause = QStringLiteral("The closing measurement is missing.");
-    } else if (summary.verdict == Verdict::Calibrated && isBeyondLimit(*summary.after)) {
-        summary.verdict = Verdict::BeyondLimit;
-        summary.cause = QStringLiteral("The uniformity is beyond the dialog's limit.");
-    }
+    m_progress.say(QStringLiteral("measuring once more, without the correction and with it..."));
+    judgeSaves();
+    m_before = measureEvenness(m_session, m_page, m_driver, false);
+    m_after = measureEvenness(m_session, m_page, m_driver, true); // leaves the correction on
+    m_run.last.statusTexts = m_page.statusTexts();
+    if (!m_before || !m_after)
+        conclude(kNotCalibrated, QStringLiteral("The closing measurement is missing."));
+    else if (m_verdict.code == kExitDone && isBeyondLimit(*m_after))
+        conclude(kBeyondLimit, QStringLiteral("The uniformity is beyond the dialog's limit."));
 }
 
 // Under each light of the page, and one between.
-void judgeLights(Session& session, DialogPage& page, RunDriver& driver, ProgressReport& progress,
-                 RunSummary& summary) {
-    if (summary.verdict == Verdict::NotCalibrated || summary.captures.empty())
+void CalibrationRun::judgeLights() {
+    std::vector<CaptureRow> const captures = m_rows.read();
+    if (!m_before || !m_after || captures.empty())
         return;
     std::vector<double> lights;
-    std::transform(summary.captures.begin(), summary.captures.end(), std::back_inserter(lights),
+    std::transform(captures.begin(), captures.end(), std::back_inserter(lights),
                    [](CaptureRow const& row) { return row.kelvin; });
-    summary.lights = measureLights(session, page, driver, lightsToTry(std::move(lights)), [&](double kelvin) {
-        progress.say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
+    m_driver.onProgress([](RunProgress const&) {});
+    m_lights = measureLights(m_session, m_page, m_driver, lightsToTry(std::move(lights)), [&](double kelvin) {
+        m_progress.say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
     });
-    if (isComplete(summary.lights))
-        return;
-    summary.verdict = Verdict::NotCalibrated;
-    summary.cause = QStringLiteral("The dialog did not show the uniformity under every light.");
+    for (Fact const& fact : m_lights.facts)
+        if (std::any_of(fact.values.begin(), fact.values.end(),
+                        [](auto const& value) { return value.isNull(); }))
+            conclude(kNotCalibrated, "The dialog did not show the uniformity under every light.");
 }
 
-void writeResults(Session& session, OutputFolder& output, RunSummary& summary) {
-    if (summary.before)
-        output.savePicture(QStringLiteral("before.png"), markedPicture(*summary.before));
-    if (summary.after)
-        output.savePicture(QStringLiteral("after.png"), markedPicture(*summary.after));
-    if (summary.verdict != Verdict::NotCalibrated)
-        summary.refused = {};
-    if (!summary.refused.isNull())
-        output.savePicture(QStringLiteral("refused.png"), summary.refused);
-    output.removeOthers({"before.png", "after.png", "refused.png"});
-    summary.earlierResults = output.filesOfOthers(QStringLiteral("*.ini"), kResultsSection);
-    writeReport(reportOf(session, summary), output);
-    summary.filesWritten = output.written() + QStringList(QStringLiteral("summary.txt"));
-    output.saveText(QStringLiteral("summary.txt"), summaryText(summary));
+void CalibrationRun::report(QImage const& dialog) {
+    m_output.savePicture("dialog.png", dialog);
+    std::vector<Section> sections = evennessSections(m_before, m_after);
+    if (m_verdict.told == kNotCalibrated.told)
+        sections.push_back(m_refused);
+    sections.push_back(m_lights);
+    sections.insert(sections.end(), m_report.sections.begin(), m_report.sections.end());
+    if (QStringList const earlier = m_output.filesOfOthers("*.ini", kResultsSection); !earlier.isEmpty())
+        sections.push_back({"files",
+                            "Files",
+                            Layout::One,
+                            {{"earlier_results", "results files of earlier runs", {earlier.join(", ")}}}});
+    sections.push_back(solutionSection(m_session));
+    m_report.result = m_verdict.told;
+    m_report.sections = sections;
+    writeReport(m_report, m_output);
 }
 
-// For the screen alone: the files of equal runs are equal.
-QString timeLines(TimeSpent const& ticks) {
-    auto const seconds = [](double value) { return QString::number(value, 'f', 2); };
-    return QStringLiteral("processor time: %1 s\n"
-                          "processor time in ticks: %2 s\n"
-                          "pauses in ticks: %3 s\n")
-        .arg(seconds(processorTime()), seconds(ticks.processor), seconds(ticks.waited()));
+int CalibrationRun::run() {
+    calibrate();
+    if (files::isInterrupted())
+        return kExitInterrupted;
+    judge();
+    m_report.sections.push_back(stepSection(m_run.last, m_rows.read()));
+    QImage const dialog = m_dialog->grab().toImage();
+    judgeLights();
+    if (files::isInterrupted())
+        return kExitInterrupted;
+    report(dialog);
+    m_progress.say(QLatin1Char('\n') + reportText(m_report));
+    if (!m_report.cause.isEmpty())
+        complain(m_report.cause);
+    return m_output.failed() ? kExitNotCalibrated : m_verdict.code;
 }
 } // namespace
 
-int runCalibration(Session& session, Options const& options) {
+int runCalibration(Session& session) {
     HeadlessDialog opened;
-    if (ExitCode const code = openHeadless(session, options, opened); code != kExitDone)
+    if (ExitCode const code = openHeadless(session, opened); code != kExitDone)
         return code;
-    if (options.lightKelvin && !CaptureRows(opened.page).read().empty()) {
+    if (session.options().lightKelvin && !CaptureRows(opened.page).read().empty()) {
         complain(QStringLiteral("This sensor's page names its lights; --light is not for it."));
         return kExitUsage;
     }
-    OutputFolder output(session.outputFolder());
-    ProgressReport progress(stdout, opened.page);
-    RunSummary summary;
-    RunDriver driver(
-        opened.page, [&] { deliverAndWatch(session, summary); }, options.framesPerTick, options.maxFrames);
-    driver.onProgress([&](RunProgress const& state) { progress.show(state); });
-    driver.onSaving([&] { whenSaving(session, options, progress); });
-
-    calibrate(session, opened.page, options, driver, progress, summary);
-    if (files::isInterrupted())
-        return kExitInterrupted;
-    if (isCalibrated(summary.run))
-        progress.say(QStringLiteral("measuring once more, without the correction and with it..."));
-    judge(session, opened.page, driver, output, summary);
-    driver.onProgress([](RunProgress const&) {});
-    QImage const dialog = opened.dialog->grab().toImage();
-    judgeLights(session, opened.page, driver, progress, summary);
-    if (files::isInterrupted())
-        return kExitInterrupted;
-    output.savePicture(QStringLiteral("dialog.png"), dialog);
-    writeResults(session, output, summary);
-    progress.say(QLatin1Char('\n') + summaryText(summary));
-    progress.say(timeLines(driver.timeInTicks()));
-    if (!summary.cause.isEmpty())
-        complain(summary.cause);
-    return output.failed() ? int(kExitNotCalibrated) : exitCodeOf(summary);
+    return CalibrationRun(session, opened).run();
 }
 } // namespace pictara

@@ -70,12 +70,11 @@ void ProgressReport::showLines(RunProgress const& progress) {
         QString const& status = progress.statusTexts[i];
         QString const turn = withoutFigures(status);
         bool const known = i < m_shown.size();
-        if (known && m_shown[i] == turn)
+        if (m_shown.value(i) == turn)
             continue;
-        if (known)
-            m_shown[i] = turn;
-        else
-            m_shown.append(turn);
+        if (!known)
+            m_shown.append(QString());
+        m_shown[i] = turn;
         if (known || inProgress(status)) // how the dialog looked at first is no news
             say(QStringLiteral("frame %1: %2: %3")
                     .arg(progress.frames, 4)

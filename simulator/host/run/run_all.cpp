@@ -15,13 +15,11 @@ constexpr int kStuckTicks = 5;
 constexpr int kStuckFrames = 30;
 constexpr int kUniformityTicks = 40;
 
-bool anyStartsWith(QStringList const& texts, char const* start) {
-    return std::any_of(texts.begin(), texts.end(),
-                       [&](QString const& text) { return text.startsWith(QLatin1String(start)); });
-}
+bool isInProgress(QString const& status) { return status.startsWith(QLatin1String("In progress")); }
 
 bool standsStill(QStringList const& texts) {
-    return anyStartsWith(texts, "Error") || !anyStartsWith(texts, "In progress");
+    bool const hasFailed = !texts.filter(QRegularExpression(QStringLiteral("^Error"))).isEmpty();
+    return hasFailed || std::none_of(texts.begin(), texts.end(), isInProgress);
 }
 
 bool hasSolution(QStringList const& texts) {
@@ -33,6 +31,11 @@ bool hasSolution(QStringList const& texts) {
 bool isSavingToEepromNext(QStringList const& texts) {
     static QString const open = QStringLiteral("Not done yet.");
     return hasSolution(texts) && texts.value(kFileSave) != open && texts.value(kEepromSave) == open;
+}
+std::optional<double> shownUniformity(QString const& status) {
+    static QRegularExpression const pattern(QStringLiteral("^\\s*([0-9]+\\.[0-9]+)\\s*\\(Lower is better"));
+    auto const match = pattern.match(status);
+    return match.hasMatch() ? std::optional(match.captured(1).toDouble()) : std::nullopt;
 }
 } // namespace
 
@@ -52,10 +55,7 @@ void RunDriver::advanceOneTick() {
     if (m_page.isRunning() && isSavingToEepromNext(m_page.statusTexts()))
         m_savingObserver();
     m_page.stopTimer(); // showing the page again starts its timer again
-    {
-        TimeTaken const taken(m_timeInTicks);
-        m_page.tick();
-    }
+    m_page.tick();
     ++m_progress.ticks;
     QCoreApplication::processEvents();
     m_progress.statusTexts = m_page.statusTexts();
@@ -94,44 +94,29 @@ RunResult RunDriver::runAll() {
     return result;
 }
 
-RunResult RunDriver::runSteps(Step first, Step last) {
+bool RunDriver::adjustToLight() {
     m_page.stopTimer();
-    RunEnd end = RunEnd::Finished;
-    for (int step = first; step <= last && end == RunEnd::Finished; ++step) {
-        if (step == kEepromSave && m_page.isEnabled(kSteps[step].button))
-            m_savingObserver();
-        // The calibration measures the uniformity itself.
-        if (step == kUniformity || !m_page.press(kSteps[step].button))
-            continue;
-        end =
-            watch([&] { return m_page.text(kSteps[step].status).startsWith(QLatin1String("In progress")); });
+    for (Step const step : {kExposure, kColourBalance}) {
+        auto const isWorking = [&] { return isInProgress(m_page.text(kSteps[step].status)); };
+        if (m_page.press(kSteps[step].button) && watch(isWorking) != RunEnd::Finished)
+            return false;
     }
-    m_progress.statusTexts = m_page.statusTexts();
-    return {end, m_progress};
+    return true;
 }
 
-bool RunDriver::awaitUniformity(double* figure) {
+std::optional<double> RunDriver::awaitUniformity() {
     for (int tick = 0; tick < kUniformityTicks && !files::isInterrupted(); ++tick) {
         advanceOneTick();
-        if (shownUniformity(m_progress.statusTexts.at(kUniformity), figure))
-            return true;
+        if (auto const figure = shownUniformity(m_progress.statusTexts.at(kUniformity)))
+            return figure;
     }
-    return false;
-}
-
-bool shownUniformity(QString const& status, double* figure) {
-    static QRegularExpression const pattern(QStringLiteral("^\\s*([0-9]+\\.[0-9]+)\\s*\\(Lower is better"));
-    auto const match = pattern.match(status);
-    if (match.hasMatch())
-        *figure = match.captured(1).toDouble();
-    return match.hasMatch();
+    return std::nullopt;
 }
 
 bool isCalibrated(QStringList const& texts) {
     auto const done = [&](Step step) { return texts.value(step) == QLatin1String("Done."); };
-    double figure = 0;
     return done(kSetup) && done(kExposure) && done(kColourBalance) && hasSolution(texts) &&
-           shownUniformity(texts.value(kUniformity), &figure);
+           shownUniformity(texts.value(kUniformity));
 }
 
 bool isSaved(QStringList const& texts, bool hasEeprom) {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "simulator/host/run/time_spent.h"
 #include "simulator/host/session/dialog_page.h"
 
 #include <functional>
+#include <optional>
 
 namespace pictara {
 enum class RunEnd {
@@ -30,7 +30,8 @@ struct RunResult {
 class RunDriver {
 public:
     /// `deliverFrame` hands the next frame to the plug-in.
-    RunDriver(DialogPage const& page, std::function<void()> deliverFrame, int framesPerTick, int maxFrames);
+    RunDriver(DialogPage const& page, std::function<void()> deliverFrame, int framesPerTick = 3,
+              int maxFrames = 2000);
 
     /// Called after each tick.
     void onProgress(std::function<void(RunProgress const&)> observer) { m_observer = std::move(observer); }
@@ -43,14 +44,11 @@ public:
 
     /// Presses Run All and sees it through.
     RunResult runAll();
-    /// Presses the steps one after the other from the first to the last, as a person does who had to mend
-    /// something; what cannot be pressed is passed over. Frames and ticks are counted on.
-    RunResult runSteps(Step first, Step last);
-    /// Delivers frames until the uniformity step shows a figure; false when it does not within its bound.
-    bool awaitUniformity(double* figure);
-
-    /// Of all ticks so far. They are short, but for the pauses of a save to the EEPROM.
-    [[nodiscard]] TimeSpent const& timeInTicks() const { return m_timeInTicks; }
+    /// Presses the steps of exposure and colour balance, as a person does who changed the light; what cannot
+    /// be pressed is passed over. Frames are counted on. False when a step does not end.
+    bool adjustToLight();
+    /// Delivers frames until the uniformity step shows a figure; nothing when it does not within its bound.
+    std::optional<double> awaitUniformity();
 
 private:
     void advanceOneTick();
@@ -64,11 +62,7 @@ private:
     int m_framesPerTick;
     int m_maxFrames;
     RunProgress m_progress;
-    TimeSpent m_timeInTicks;
 };
-
-/// The number that a uniformity status shows; false when it shows none.
-[[nodiscard]] bool shownUniformity(QString const& status, double* figure);
 
 /// True when every step up to the uniformity shows that it is done.
 [[nodiscard]] bool isCalibrated(QStringList const& statusTexts);

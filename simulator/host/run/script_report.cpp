@@ -1,51 +1,37 @@
 #include "simulator/host/run/script_report.h"
 
 #include "simulator/files/interruption.h"
-
-#include "simulator/host/run/closing_measurement.h"
-#include "simulator/host/run/run_summary.h"
+#include "simulator/host/report/sitting.h"
+#include "simulator/host/run/measurement.h"
+#include "simulator/host/run/verdict.h"
 #include "simulator/host/session/session.h"
 
 namespace pictara {
-namespace {
-FactTable scriptFacts(Options const& options, ScriptEnd const& end) {
-    QString const file = QStringLiteral("file");
-    return {QStringLiteral("script"),
-            QStringLiteral("Script"),
-            {{file, file, options.scriptFile},
-             {"commands", "commands", double(end.commands)},
-             {"commands_done", "commands done", double(end.done)}}};
-}
-
-RunSummary summaryOf(Session& session, DialogPage const& page, Options const& options, ScriptEnd const& end) {
-    RunSummary summary;
-    summary.scene = session.scene();
-    summary.run.last = end.state;
-    summary.run.last.statusTexts = page.statusTexts();
-    summary.captures = CaptureRows(page).read();
-    summary.solutionRegisters = session.desk().listEntriesWritten();
-    summary.registerWrites = session.camera().registerWrites();
-    summary.eeprom = eepromUseOf(session, page, options);
-    summary.cause = end.cause;
-    return summary;
-}
-} // namespace
-
-QString reportScript(Session& session, DialogPage& page, Options const& options, ScriptEnd const& end,
-                     OutputFolder& output) {
-    RunSummary summary = summaryOf(session, page, options, end);
-    if (end.cause.isEmpty() && summary.solutionRegisters > 0) {
-        RunDriver driver(
-            page, [&] { session.frames().deliverNext(); }, options.framesPerTick, options.maxFrames);
-        summary.before = measureInDetail(session, page, driver, false);
-        summary.after = measureInDetail(session, page, driver, true);
+QString reportScript(Session& session, DialogPage& page, ScriptEnd const& end, OutputFolder& output) {
+    QString lack;
+    RunProgress last = end.state;
+    last.statusTexts = page.statusTexts();
+    std::vector<Section> sections{{"script",
+                                   "Script",
+                                   Layout::One,
+                                   {{"file", "script", {session.options().scriptFile}},
+                                    {"commands", "commands", {double(end.commands)}},
+                                    {"commands_done", "commands done", {double(end.done)}}}},
+                                  stepSection(last, CaptureRows(page).read()),
+                                  sceneSection(session),
+                                  registerSection(session),
+                                  eepromSection(session, page.text("Prom_Label"), &lack)};
+    if (end.cause.isEmpty() && session.desk().listEntriesWritten() > 0) {
+        RunDriver driver(page, [&] { session.frames().deliverNext(); });
+        auto const before = measureEvenness(session, page, driver, false);
+        auto const after = measureEvenness(session, page, driver, true);
+        std::vector<Section> const evenness = evennessSections(before, after);
+        sections.insert(sections.begin() + 1, evenness.begin(), evenness.end());
     }
     if (files::isInterrupted())
         return {};
-    RunReport report = reportOf(session, summary);
-    report.run = QStringLiteral("script");
-    report.result = end.cause.isEmpty() ? QStringLiteral("done") : QStringLiteral("failed");
-    report.tables.insert(report.tables.begin(), scriptFacts(options, end));
-    return writeReport(report, output);
+    sections.push_back(solutionSection(session));
+    QString const result = end.cause.isEmpty() ? QStringLiteral("done") : QStringLiteral("failed");
+    return writeReport({"script", result, end.cause, sections}, output);
 }
 } // namespace pictara

@@ -5,7 +5,6 @@
 namespace pictara {
 class OutputFolder;
 class Session;
-struct Options;
 
 /// How a script ended.
 struct ScriptEnd {
@@ -18,6 +17,6 @@ struct ScriptEnd {
 /// Writes a script's report and its summary for scripts. Of a script that is done and left a solution in the
 /// sensor they tell how even the picture is without and with it, measured as at the end of a run by the
 /// dialog's own buttons. Returns the page's absolute name; empty when the user interrupted the measurement.
-[[nodiscard]] QString reportScript(Session& session, DialogPage& page, Options const& options,
-                                   ScriptEnd const& end, OutputFolder& output);
+[[nodiscard]] QString reportScript(Session& session, DialogPage& page, ScriptEnd const& end,
+                                   OutputFolder& output);
 } // namespace pictara

@@ -24,4 +24,8 @@ measureShading(simulator::SimulatedCamera& camera, std::vector<double> const& li
 [[nodiscard]] std::optional<simulator::MeasuredShading>
 measureRecordedShading(QString const& file, simulator::CameraDescription const& camera, double kelvin,
                        QString* error);
+
+/// Writes a table in the format shading-gains-1, whole or not at all; false with a message for the user.
+[[nodiscard]] bool writeMeasuredShading(QString const& file, simulator::MeasuredShading const& shading,
+                                        QString* error);
 } // namespace pictara

@@ -1,0 +1,107 @@
+#include "simulator/host/run/verdict.h"
+
+#include "simulator/host/session/message_log.h"
+
+#include <QPainter>
+#include <QRegularExpression>
+
+namespace pictara {
+namespace {
+struct Refusal {
+    char const* told; ///< part of the library's message
+    ExitCode code;
+};
+
+constexpr Refusal kRefusals[] = {
+    {"too dark", kExitTooDark},         {"clipped", kExitClipped},      {"not flat", kExitNotFlat},
+    {"lamp is not even", kExitNotFlat}, {"image size", kExitWrongSize},
+};
+
+bool isFailure(QString const& status, RunEnd end, bool hasEeprom) {
+    return status.startsWith(QLatin1String("Error")) || status.startsWith(QLatin1String("Warning")) ||
+           (end == RunEnd::TimedOut && status.startsWith(QLatin1String("In progress"))) ||
+           (hasEeprom && status == QLatin1String("No EEPROM."));
+}
+
+// Of a run that shows no error. Only the EEPROM holds the dialog before the first step: it goes on once that
+// answers or is certain not to be there.
+QString standstillOf(QStringList const& texts) {
+    bool const hasBegun = texts.value(kSetup) == QLatin1String("Done.");
+    return hasBegun ? QStringLiteral(
+                          "Run All stands still without an error, as it does where it waits for a person.")
+                    : QStringLiteral("Run All stands still before its first step: it asks for the EEPROM and "
+                                     "does not learn whether there is one.");
+}
+} // namespace
+
+bool isCalibrated(RunResult const& run) {
+    return run.end == RunEnd::Finished && isCalibrated(run.last.statusTexts);
+}
+
+QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, bool hasEeprom) {
+    QStringList causes;
+    if (run.end == RunEnd::TimedOut)
+        causes.append(QStringLiteral("The run did not end in %1 frames.").arg(run.last.frames));
+    for (int i = 0; i < run.last.statusTexts.size(); ++i) {
+        QString const status = run.last.statusTexts[i].trimmed();
+        if (isFailure(status, run.end, hasEeprom))
+            causes.append(QString::fromLatin1(kSteps[i].status) + QLatin1String(": ") + status);
+    }
+    for (CaptureRow const& row : captures)
+        if (row.status.startsWith(QLatin1String("Error")))
+            causes.append(row.button + QLatin1String(": ") + row.status);
+    if (QString const solver = lastSolverMessage(); !solver.isEmpty())
+        causes.append(solver);
+    if (run.end == RunEnd::Cancelled && causes.isEmpty())
+        causes.append(standstillOf(run.last.statusTexts));
+    return causes.join(QLatin1String(" | "));
+}
+
+Section stepSection(RunProgress const& last, std::vector<CaptureRow> const& captures) {
+    Section section{"steps", "Steps"};
+    for (int i = 0; i < last.statusTexts.size(); ++i)
+        section.facts.push_back(
+            {kSteps[i].status, QStringLiteral("step ") + kSteps[i].status, {last.statusTexts[i].trimmed()}});
+    for (size_t i = 0; i < captures.size(); ++i)
+        section.facts.push_back(
+            {QStringLiteral("capture_%1").arg(i + 1),
+             QStringLiteral("capture %1 at %2 K").arg(captures[i].button).arg(captures[i].kelvin),
+             {captures[i].status}});
+    section.facts.push_back({"frames", "frames", {last.frames}});
+    return section;
+}
+
+ExitCode exitCodeOf(RunResult const& run) {
+    if (run.end == RunEnd::TimedOut)
+        return kExitTimeout;
+    for (Refusal const& refusal : kRefusals)
+        if (lastSolverMessage().contains(QLatin1String(refusal.told)))
+            return refusal.code;
+    return kExitNotCalibrated;
+}
+
+QImage markedRefusal(QImage picture, QString const& blocks, uint32_t orientation) {
+    static QRegularExpression const grid(QStringLiteral("^([0-9]+) x ([0-9]+): ")),
+        row(QStringLiteral("([0-9]+):([0-9,-]+)")), run(QStringLiteral("([0-9]+)-([0-9]+)"));
+    auto const size = grid.match(blocks);
+    if (!size.hasMatch() || picture.isNull())
+        return picture;
+    QPainter painter(&picture);
+    painter.translate(orientation & 1 ? picture.width() : 0, orientation & 2 ? picture.height() : 0);
+    painter.scale((orientation & 1 ? -1.0 : 1.0) * picture.width() / size.captured(1).toDouble(),
+                  (orientation & 2 ? -1.0 : 1.0) * picture.height() / size.captured(2).toDouble());
+    QPen pen(QColor(255, 0, 255), 2);
+    pen.setCosmetic(true);
+    painter.setPen(pen);
+    painter.setBrush(QColor(255, 0, 255, 70));
+    for (auto rows = row.globalMatch(blocks, size.capturedEnd()); rows.hasNext();) {
+        auto const told = rows.next();
+        for (auto runs = run.globalMatch(told.captured(2)); runs.hasNext();) {
+            auto const ends = runs.next();
+            for (int column = ends.captured(1).toInt(); column <= ends.captured(2).toInt(); ++column)
+                painter.drawRect(QRectF(column, told.captured(1).toDouble(), 1, 1));
+        }
+    }
+    return picture;
+}
+} // namespace pictara

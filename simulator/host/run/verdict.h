@@ -1,0 +1,27 @@
+#pragma once
+
+#include "simulator/host/report/report.h"
+#include "simulator/host/run/capture_rows.h"
+#include "simulator/host/run/run_all.h"
+#include "simulator/host/session/command_line.h"
+
+namespace pictara {
+/// How a run ended, by what the dialog shows and the calibration library logged last.
+
+/// True when the dialog ended the run by itself with all up to the uniformity done, whatever came of the
+/// saves.
+[[nodiscard]] bool isCalibrated(RunResult const& run);
+
+/// Why a run is not done, in the dialog's own words and then the library's.
+[[nodiscard]] QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, bool hasEeprom);
+
+/// What the dialog shows of the steps and of the pictures taken.
+[[nodiscard]] Section stepSection(RunProgress const& last, std::vector<CaptureRow> const& captures);
+
+/// The exit code of a run that is not calibrated: what the library refused a picture for, if it did.
+[[nodiscard]] ExitCode exitCodeOf(RunResult const& run);
+
+/// A picture with the blocks drawn into it that the calibration library refused, as `lastRefusedBlocks` tells
+/// them: on a grid over the sensor's array, which the picture shows in that orientation.
+[[nodiscard]] QImage markedRefusal(QImage picture, QString const& blocks, uint32_t orientation);
+} // namespace pictara

@@ -1,0 +1,176 @@
+#include "tools/shading/shading_measurement.h"
+
+#include "simulator/files/interruption.h"
+#include "simulator/files/whole_file.h"
+#include "simulator/host/report/block_report.h"
+#include "simulator/host/report/report.h"
+#include "simulator/host/session/exposure_loop.h"
+#include "simulator/host/session/sensor_registers.h"
+#include "tools/shading/recorded_picture.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <algorithm>
+#include <cmath>
+
+namespace pictara {
+namespace {
+constexpr double kSamples = 8000; // of a cell at one light, against noise
+constexpr double kFewestFrames = 8, kMostFrames = 64;
+constexpr int kExposureSteps = 20;    // more than any light needs
+constexpr double kTarget = 0.7;       // of full scale, for the brightest colour
+constexpr double kLeastLight = 0.005; // of full scale, for the darkest cell
+constexpr double kClipped = 0.99;
+constexpr char kExposureRegister[] = "COARSE_INTEGRATION_TIME";
+
+using simulator::MeasuredShading;
+
+using Cells = std::vector<Colour>;
+
+// A table tells the lens as it lies before the pixel array, however that is read out.
+Cells asOnTheArray(Cells cells, std::ptrdiff_t columns, uint32_t orientation) {
+    if (orientation & 1)
+        for (auto row = cells.begin(); row != cells.end(); row += columns)
+            std::reverse(row, row + columns);
+    if (orientation & 2)
+        for (auto upper = cells.begin(), lower = cells.end() - columns; upper < lower;
+             upper += columns, lower -= columns)
+            std::swap_ranges(upper, upper + columns, lower);
+    return cells;
+}
+
+// An empty table of that name, and the cells for one light.
+struct Measurement {
+    MeasuredShading table;
+    Cells cells;
+};
+
+// Of the picture without the rows that hold none; one more is left out, into which they were mixed when the
+// colours were completed.
+Measurement cellsOf(QString const& name, simulator::Frame const& frame,
+                    simulator::CameraDescription const& camera) {
+    int const skipped = camera.unusableRows > 0 ? int(camera.unusableRows) + 1 : 0;
+    BlockReport const blocks = measureBlocks(linearRows(frame, camera, {}), skipped);
+    return {{name, uint32_t(blocks.columns), uint32_t(blocks.rows), {}},
+            asOnTheArray(blocks.means, blocks.columns, camera.orientation)};
+}
+
+// Adds what each plane needs to be as bright as in its brightest cell. False with the cause for a picture of
+// no use.
+bool addGains(Measurement const& measured, double kelvin, MeasuredShading& table, QString* error) {
+    MeasuredShading::Illuminant illuminant{kelvin, {}};
+    bool isDark = false, isClipped = false;
+    for (size_t colour = 0; colour < 3; ++colour) {
+        double brightest = 0;
+        for (Colour const& cell : measured.cells)
+            brightest = std::max(brightest, cell[colour]);
+        isClipped = isClipped || brightest > kClipped;
+        for (Colour const& cell : measured.cells) {
+            isDark = isDark || cell[colour] < kLeastLight;
+            illuminant.gains[colour].push_back(brightest / cell[colour]);
+        }
+    }
+    table.illuminants.push_back(illuminant);
+    *error = measured.table.columns < 2 || measured.table.rows < 2 ? QStringLiteral("it is too small")
+             : isDark                                              ? QStringLiteral("it is too dark")
+             : isClipped                                           ? QStringLiteral("it is clipped")
+                                                                   : QString();
+    return error->isEmpty();
+}
+
+// Until nothing is too bright and the brightest colour near its target, anywhere in the picture.
+void expose(simulator::SimulatedCamera& camera) {
+    SensorRegisters registers(camera.handle(), [] {});
+    for (int step = 0; step < kExposureSteps; ++step) {
+        uint32_t const present = registers.read(kExposureRegister, "");
+        uint32_t const next =
+            nextExposure(present, measureCentre(camera.grab(), camera.description(), 100), kTarget);
+        if (next == present || !registers.write(kExposureRegister, "", next))
+            return;
+    }
+}
+
+Measurement meanOfFrames(simulator::SimulatedCamera& camera) {
+    simulator::CameraDescription const& told = camera.description();
+    Measurement sum = cellsOf(told.profile, camera.grab(), told);
+    double const cellSize = double(told.width) * told.height / double(std::max<size_t>(sum.cells.size(), 1));
+    int const frames = int(std::clamp(std::ceil(kSamples / cellSize), kFewestFrames, kMostFrames));
+    for (int i = 1; i < frames && !files::isInterrupted(); ++i) {
+        Cells const cells = cellsOf(told.profile, camera.grab(), told).cells;
+        for (size_t k = 0; k < cells.size(); ++k)
+            for (size_t colour = 0; colour < 3; ++colour)
+                sum.cells[k][colour] += cells[k][colour];
+    }
+    for (Colour& cell : sum.cells)
+        for (double& channel : cell)
+            channel /= frames;
+    return sum;
+}
+} // namespace
+
+std::optional<MeasuredShading> measureShading(simulator::SimulatedCamera& camera,
+                                              std::vector<double> const& lights,
+                                              std::function<void(double kelvin)> const& onLight,
+                                              QString* error) {
+    if (camera.isCorrecting()) {
+        *error = QStringLiteral("The sensor's own shading correction is on.");
+        return std::nullopt;
+    }
+    std::optional<MeasuredShading> table;
+    for (double const kelvin : lights) {
+        simulator::Light light = camera.light();
+        light.colourTemperature = kelvin;
+        onLight(kelvin);
+        camera.setLight(light);
+        expose(camera);
+        Measurement const measured = meanOfFrames(camera);
+        if (files::isInterrupted()) {
+            *error = QStringLiteral("Interrupted.");
+            return std::nullopt;
+        }
+        if (!table)
+            table = measured.table;
+        if (!addGains(measured, kelvin, *table, error)) {
+            *error = QStringLiteral("The picture at %1 K is of no use: %2.").arg(kelvin).arg(*error);
+            return std::nullopt;
+        }
+    }
+    return table;
+}
+
+std::optional<MeasuredShading> measureRecordedShading(QString const& file,
+                                                      simulator::CameraDescription const& camera,
+                                                      double kelvin, QString* error) {
+    std::optional<simulator::Frame> const frame = readRecordedPicture(file, camera, error);
+    if (!frame)
+        return std::nullopt;
+    Measurement measured = cellsOf(file, *frame, camera);
+    if (addGains(measured, kelvin, measured.table, error))
+        return measured.table;
+    *error = QStringLiteral("The picture %1 is of no use: %2.").arg(file, *error);
+    return std::nullopt;
+}
+
+bool writeMeasuredShading(QString const& name, MeasuredShading const& shading, QString* error) {
+    QJsonArray illuminants;
+    for (auto const& illuminant : shading.illuminants) {
+        QJsonArray planes[3];
+        for (size_t colour = 0; colour < 3; ++colour)
+            for (double const gain : illuminant.gains[colour])
+                planes[colour].append(rounded(gain));
+        illuminants.append(QJsonObject{{"colour_temperature_K", illuminant.temperature},
+                                       {"red", planes[0]},
+                                       {"green", planes[1]},
+                                       {"blue", planes[2]}});
+    }
+    QJsonObject const root{{"format", "shading-gains-1"},
+                           {"name", shading.name},
+                           {"columns", int(shading.columns)},
+                           {"rows", int(shading.rows)},
+                           {"illuminants", illuminants}};
+    bool const written = files::replace(name, QJsonDocument(root).toJson(QJsonDocument::Compact), error);
+    if (!written)
+        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
+    return written;
+}
+} // namespace pictara
