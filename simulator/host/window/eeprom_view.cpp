@@ -88,7 +88,7 @@ EepromView::EepromView(Ui::HostWindow const& ui, simulator::SimulatedCamera cons
                               1});
     int const em = ui.records->fontMetrics().averageCharWidth();
     ui.records->setColumnWidth(kPlace, 10 * em);
-    ui.records->setColumnWidth(kWhat, 14 * em);
+    ui.records->setColumnWidth(kWhat, 12 * em);
     ui.beginAnew->setEnabled(camera.hasEeprom());
     connect(ui.records, &QTreeWidget::currentItemChanged, this, &EepromView::chooseBytesOfRecord);
     connect(ui.beginAnew, &QPushButton::clicked, this, [this] {

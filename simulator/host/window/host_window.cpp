@@ -24,7 +24,7 @@ constexpr int kFrameIntervalMs = 66; // about 15 frames a second
 constexpr int kShortestRestMs = 15;
 constexpr quint64 kFramesBetweenRefreshes = 4;
 constexpr int kGap = 10; // pixels between window and dialog
-constexpr QSize kPreferredSize(1250, 1000);
+constexpr QSize kPreferredSize(1270, 1000);
 constexpr int kTitleBar = 30;                      // about; the screen's system adds it
 constexpr int kCallWidths[] = {9, 10, 38, 48, 20}; // of the columns, in characters
 
