@@ -16,8 +16,11 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <link.h>
+#include <memory>
 #include <new>
 #include <string_view>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace {
 struct CodeRange {
@@ -26,6 +29,7 @@ struct CodeRange {
 
 simulator::SimulatedCamera* camera = nullptr; // its time passes by the sleeps of the plug-in
 CodeRange pluginCode;
+long slept = 0;          // milliseconds
 int allocationsLeft = 0; // of the plug-in's, up to the one that fails; 0: none fails
 
 int findPlugin(dl_phdr_info* info, size_t, void*) {
@@ -57,10 +61,21 @@ void* operator new(size_t size) {
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, size_t) noexcept { std::free(memory); }
 
+// Sleeps take no time, and the clock that they are measured by goes on as if they had.
 extern "C" [[gnu::visibility("default")]] int nanosleep(timespec const* time, timespec*) {
+    auto const milliseconds = time->tv_sec * 1000 + (time->tv_nsec + 999'999) / 1'000'000;
+    slept += milliseconds;
     if (camera)
-        camera->advanceTime(int(time->tv_sec * 1000 + (time->tv_nsec + 999'999) / 1'000'000));
+        camera->advanceTime(int(milliseconds));
     return 0;
+}
+extern "C" [[gnu::visibility("default")]] int clock_gettime(clockid_t clock, timespec* time) noexcept {
+    auto const result = int(syscall(SYS_clock_gettime, clock, time));
+    if (clock == CLOCK_MONOTONIC)
+        *time = {time->tv_sec + slept / 1000, time->tv_nsec + slept % 1000 * 1'000'000};
+    if (time->tv_nsec >= 1'000'000'000)
+        *time = {time->tv_sec + 1, time->tv_nsec - 1'000'000'000};
+    return result;
 }
 
 namespace pictara {
@@ -127,6 +142,7 @@ TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
     ASSERT_TRUE(plugin.load(QStringLiteral(PLUGIN_FILE), &error)) << error.toStdString();
     HeadlessDialog opened;
     ASSERT_EQ(openHeadless(*session, options, opened), kExitDone);
+    std::unique_ptr<QDialog> const dialog(opened.dialog); // as the library stays
     DialogPage page = opened.page;
     CaptureRows rows(page);
     auto const changeLamp = [&](CaptureRow const& row) { session->bringLamp(row.kelvin); };
@@ -143,7 +159,7 @@ TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
     }
     withoutMemory([&] { page.press("Prom_Save"); });
     std::cout << failures << " allocations failed\n";
-    EXPECT_GT(failures, 50);
+    EXPECT_GT(failures, 1000);
     (void)plugin.unload(); // as often as it was loaded
 
     page.press("Start_Over");
