@@ -1,6 +1,7 @@
 #include "common/system.h"
 #include "tests/calibration/pages.h"
 #include "tests/support/inside_calls.h"
+#include "tests/support/whole_walk.h"
 #include "wizard/dialogs.h"
 
 #include <array>
@@ -74,7 +75,7 @@ protected:
     }
     // Runs each action again and again, doing `deed` inside its first call, its second, and so on.
     template <typename Deed, typename Check>
-    int insideEveryCallOfEveryAction(Deed deed, Check check) {
+    int insideEveryCallOfEveryAction(Deed deed, Check check, CallWalk walk = {}) {
         int cases = 0;
         for (Action const& action : actions()) {
             SCOPED_TRACE(action.name);
@@ -88,7 +89,8 @@ protected:
                     comeToRest();
                     delete page.data();
                     EXPECT_EQ(libraries.handlesAlive, 0);
-                });
+                },
+                walk);
         }
         return cases;
     }
@@ -124,8 +126,10 @@ TEST_P(Reentry, WhatArrivesInsideACallWaitsOrIsDroppedAndThePageComesToRest) {
         return std::array{state().aeStepProgress, state().wbStepProgress, state().lscStepProgress,
                           state().settleFrames};
     };
+    // In a sample one of the deeds is done inside each call.
+    size_t const step = stride(deeds.size());
     int cases = 0;
-    for (auto const& [name, presses] : deeds) {
+    for (size_t first = 1; auto const& [name, presses] : deeds) {
         SCOPED_TRACE(name);
         cases += insideEveryCallOfEveryAction(
             [&, &pressed = presses](Action const& action) {
@@ -145,10 +149,10 @@ TEST_P(Reentry, WhatArrivesInsideACallWaitsOrIsDroppedAndThePageComesToRest) {
                     EXPECT_EQ(counted(), before);
                 }
             },
-            [](CallsFrom) {});
+            [](CallsFrom) {}, {.first = first++ % step + 1, .step = step});
     }
     std::cout << cases << " interruptions inside a call\n";
-    EXPECT_GE(cases, 1500);
+    EXPECT_GE(cases, 1500 / int(step));
 }
 
 // Installs a table of functions without its first one, without its second, and so on.

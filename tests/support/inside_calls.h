@@ -12,12 +12,18 @@ namespace kestra {
 /// Calls from one on, inside which something was done; empty where nothing was.
 using CallsFrom = std::span<std::string const>;
 
-/// Runs `run` again and again on what `prepare` makes, does `deed` inside its first call of a service or a
-/// library, its second, and so on, and hands `check` the calls from that one on. Answers the number of calls;
-/// the last round, without a deed, is checked, too.
+/// The calls of a run inside which something is done: from `first` on, each `step`-th.
+struct CallWalk {
+    size_t first = 1, step = 1;
+};
+
+/// Runs `run` again and again on what `prepare` makes, does `deed` inside one call of a service or a library
+/// after the other, and hands `check` the calls from that one on. Answers how often it was done; the last
+/// round, without a deed, is checked, too.
 template <typename Prepare, typename Run, typename Deed, typename Check>
-int doInsideEveryCall(FakeHost& host, Prepare prepare, Run run, Deed deed, Check check) {
-    for (size_t n = 1;; ++n) {
+int doInsideEveryCall(FakeHost& host, Prepare prepare, Run run, Deed deed, Check check, CallWalk walk = {}) {
+    int cases = 0;
+    for (size_t n = walk.first;; n += walk.step) {
         SCOPED_TRACE("call " + std::to_string(n));
         prepare();
         host.log.clear();
@@ -31,7 +37,8 @@ int doInsideEveryCall(FakeHost& host, Prepare prepare, Run run, Deed deed, Check
         EXPECT_TRUE(host.isBalanced());
         check(calls < n ? CallsFrom() : CallsFrom(host.log).subspan(n - 1));
         if (calls < n)
-            return int(n - 1);
+            return cases;
+        ++cases;
     }
 }
 
