@@ -175,23 +175,13 @@ FrameSampling rawSampling(SensorLayout const& layout, uint32_t bayerPhase, uint3
 }
 
 std::optional<FrameSampling> ycbcrSampling(sf_YcbcrInput const& input) {
-    auto const& order = input.componentOrder;
-    auto const byteOf = [&](uint32_t component) {
-        return size_t(std::find(std::begin(order), std::end(order), component) - std::begin(order));
-    };
-    constexpr size_t kBytesPerPixel = 2;
-    size_t const luma = byteOf(0);
-    size_t const blue = byteOf(1);
-    size_t const secondLuma = byteOf(2);
-    size_t const red = byteOf(3);
-    if (std::max({luma, blue, secondLuma, red}) >= std::size(order) || luma + kBytesPerPixel != secondLuma)
+    constexpr uint32_t kOrder[] = {0, 1, 2, 3};
+    if (!std::equal(std::begin(kOrder), std::end(kOrder), std::begin(input.componentOrder)))
         return std::nullopt;
     FrameSampling sampling(input.orientation);
-    sampling.bytesPerPixel = kBytesPerPixel;
-    sampling.components.push_back({0, 1, 0, 1, luma});
-    // Chroma comes once for two pixels; the byte within the pair tells which pixel's place it takes.
-    for (size_t const byte : {blue, red})
-        sampling.components.push_back({int(byte / kBytesPerPixel), 2, 0, 1, byte % kBytesPerPixel});
+    sampling.bytesPerPixel = 2;
+    // Chroma comes once for two pixels: Cb with the first, Cr with the second one.
+    sampling.components = {{0, 1, 0, 1, 0}, {0, 2, 0, 1, 1}, {1, 2, 0, 1, 1}};
     return sampling;
 }
 

@@ -35,8 +35,8 @@ struct FrameSampling {
 [[nodiscard]] FrameSampling rawSampling(SensorLayout const& layout, uint32_t bayerPhase,
                                         uint32_t orientation);
 
-/// YCbCr frames of 2 bytes a pixel: the components are Y, Cb, Cr. Byte i of a pair of pixels holds the
-/// component order[i] of the list Y, Cb, Y of the second pixel, Cr. Nothing when that is no order.
+/// YCbCr frames of 2 bytes a pixel in the order Y Cb Y Cr: the components are Y, Cb, Cr. Nothing for any
+/// other order, which no sensor delivers.
 [[nodiscard]] std::optional<FrameSampling> ycbcrSampling(sf_YcbcrInput const& input);
 
 /// One component of a frame, block by block, row by row from the array's top left.
