@@ -106,9 +106,9 @@ std::unique_ptr<SimulatedCamera> SimulatedCamera::open(QString const& profile, Q
 
 QStringList SimulatedCamera::profileNames() {
     QStringList names;
-    for (QFileInfo const& file :
-         profileFolder().entryInfoList({QStringLiteral("*.json")}, QDir::Files, QDir::Name))
-        names.append(file.completeBaseName());
+    for (QString const& file : profileFolder().entryList({QStringLiteral("*.json")}, QDir::Files))
+        names.append(QFileInfo(file).completeBaseName());
+    names.sort(); // a name before the longer ones that begin with it
     return names;
 }
 
