@@ -2,7 +2,6 @@
 
 #include <array>
 #include <gtest/gtest.h>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -55,21 +54,16 @@ TEST(Eeprom, EveryAccessMovesBytesInTheirOrder) {
 TEST(Eeprom, AnswersOnlyWhereItIsWired) {
     for (EepromAccess const& wired : kEepromAccesses) {
         Camera const camera = openFor(wired);
-        for (EepromAccess const& other : kEepromAccesses) {
-            bool const hasRegisters = other.read != kEepromAccesses[1].read ||
-                                      vy_ExistsRegister(camera->handle(), "IO_EEPROM_DATA");
-            if (&other == &wired || !hasRegisters)
-                continue;
-            SCOPED_TRACE(std::string(wired.name) + " by " + other.name);
-            QByteArray bytes(2, '\0');
-            EXPECT_FALSE(other.read(*camera, 0, bytes));
-            EXPECT_FALSE(other.write(*camera, 0, bytes));
-        }
+        for (EepromAccess const& other : {kEepromAccesses[0], kEepromAccesses[2]})
+            if (other.read != wired.read) {
+                QByteArray bytes(2, '\0');
+                EXPECT_FALSE(other.read(*camera, 0, bytes)) << wired.name << " by " << other.name;
+                EXPECT_FALSE(other.write(*camera, 0, bytes)) << wired.name << " by " << other.name;
+            }
         EXPECT_EQ(camera->deviceOperations(), 0U);
     }
-    Camera const camera = openRaw();
     uint32_t word = 0;
-    EXPECT_EQ(vy_readRegisters(camera->handle(), 0xAA, 0, 1, &word), 12);
+    EXPECT_EQ(vy_readRegisters(openRaw()->handle(), 0xAA, 0, 1, &word), 12);
 }
 
 TEST(Eeprom, WriteWrapsWithinItsPageAndReadAtTheEnd) {

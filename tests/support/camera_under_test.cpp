@@ -87,6 +87,13 @@ void switchCorrection(SimulatedCamera const& camera, bool on) {
     ADD_FAILURE() << "the sensor has no switch";
 }
 
+double correctionAt(Camera const& camera, Region const& region) {
+    switchCorrection(*camera, false);
+    double const off = greenMean(*camera, camera->grab(), region);
+    switchCorrection(*camera, true);
+    return greenMean(*camera, camera->grab(), region) / off;
+}
+
 void writeRegister(SimulatedCamera const& camera, char const* reg, uint32_t value, char const* bitfield) {
     EXPECT_EQ(vy_WriteSensorRegStr(camera.handle(), reg, bitfield, value), 0) << reg << ' ' << bitfield;
 }

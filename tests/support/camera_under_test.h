@@ -47,6 +47,9 @@ struct Region {
 /// Switches the sensor's correction as a host does. Fails the test when the sensor has no switch.
 void switchCorrection(simulator::SimulatedCamera const& camera, bool on);
 
+/// What the correction multiplies the green by: of the same light without and with it.
+[[nodiscard]] double correctionAt(Camera const& camera, Region const& region = {45, 45, 55, 55});
+
 void writeRegister(simulator::SimulatedCamera const& camera, char const* reg, uint32_t value,
                    char const* bitfield = "");
 [[nodiscard]] uint32_t readRegister(simulator::SimulatedCamera const& camera, char const* reg,
