@@ -107,8 +107,11 @@ void CalibrationRun::changeLamp(CaptureRow const& row) {
 // Nobody else can tell when the dialog starts to save.
 void CalibrationRun::prepareToSave() {
     m_progress.say(QStringLiteral("saving to the EEPROM..."));
-    if (auto const& fault = m_session.options().fault; fault && !fault->operation)
-        (void)m_session.injectFault({fault->name, 0, fault->forEver});
+    auto const& fault = m_session.options().fault;
+    bool const isCut =
+        fault && fault->name == QLatin1String("power-cut"); // these count bytes, before the first
+    if (fault && !fault->operation)
+        (void)m_session.injectFault({fault->name, isCut ? 0U : 1U, fault->forEver});
 }
 
 void CalibrationRun::conclude(Verdict const& verdict, QString const& cause) {
