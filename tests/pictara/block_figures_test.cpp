@@ -1,5 +1,5 @@
 #include "pictures/block_statistics.h"
-#include "simulator/host/report/block_report.h"
+#include "simulator/pictures/block_report.h"
 #include "simulator/pictures/colour_pipeline.h"
 #include "tests/pictara/test_frames.h"
 

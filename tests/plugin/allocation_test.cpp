@@ -3,7 +3,7 @@
 
 #include "simulator/host/run/capture_rows.h"
 #include "simulator/host/run/run_all.h"
-#include "simulator/host/session/headless_dialog.h"
+#include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/session.h"
 #include "tests/support/small_profile.h"
 
@@ -141,7 +141,7 @@ TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
     QString error;
     ASSERT_TRUE(plugin.load(QStringLiteral(PLUGIN_FILE), &error)) << error.toStdString();
     HeadlessDialog opened;
-    ASSERT_EQ(openHeadless(*session, options, opened), kExitDone);
+    ASSERT_EQ(openHeadless(*session, opened), kExitDone);
     std::unique_ptr<QDialog> const dialog(opened.dialog); // as the library stays
     DialogPage page = opened.page;
     CaptureRows rows(page);

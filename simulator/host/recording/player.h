@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/host/recording/placeholders.h"
 #include "simulator/host/recording/script.h"
+#include "simulator/host/recording/seen_lines.h"
 #include "simulator/host/run/progress_report.h"
 #include "simulator/host/session/dialog_page.h"
 

@@ -1,11 +1,10 @@
 #include "simulator/host/recording/script.h"
 
 #include "simulator/files/whole_file.h"
-#include "simulator/host/recording/placeholders.h"
+#include "simulator/host/recording/seen_lines.h"
 #include "simulator/host/session/words.h"
 
 #include <QDir>
-#include <QRegularExpression>
 #include <algorithm>
 
 namespace pictara {
@@ -113,14 +112,5 @@ bool layOut(Script const& script, QString const& folder, QString* error) {
     place.mkpath(QStringLiteral("."));
     return (settings.isEmpty() || files::write(place.filePath("settings.ini"), settings, error)) &&
            (script.eeprom.isEmpty() || files::write(place.filePath("eeprom.bin"), script.eeprom, error));
-}
-
-bool matches(QString const& text, QString const& pattern) {
-    QStringList parts = pattern.split(QLatin1Char('*'));
-    std::transform(parts.begin(), parts.end(), parts.begin(),
-                   [](QString const& part) { return QRegularExpression::escape(part); });
-    QRegularExpression const whole(QRegularExpression::anchoredPattern(parts.join(QLatin1String(".*"))),
-                                   QRegularExpression::DotMatchesEverythingOption);
-    return whole.match(text).hasMatch();
 }
 } // namespace pictara

@@ -54,7 +54,4 @@ struct Script {
 
 /// Puts settings and EEPROM with which a script begins into a folder. False with a message.
 [[nodiscard]] bool layOut(Script const& script, QString const& folder, QString* error);
-
-/// True when the whole text is the pattern's, in which "*" stands for any text.
-[[nodiscard]] bool matches(QString const& text, QString const& pattern);
 } // namespace pictara

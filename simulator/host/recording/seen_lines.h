@@ -1,11 +1,31 @@
 #pragma once
 
 #include "simulator/boundary/boundary.h"
-#include "simulator/host/recording/placeholders.h"
 
+#include <QByteArray>
+#include <QString>
 #include <functional>
+#include <utility>
+#include <vector>
 
 namespace pictara {
+struct Options;
+
+/// Names for what differs from machine to machine, so that recordings can be compared.
+class Placeholders {
+public:
+    /// The UTF-8 path, in the system's and in Qt's way of writing it, is shown as `name`.
+    void add(QString const& path, QByteArray const& name);
+    [[nodiscard]] QByteArray hide(QByteArray text) const;
+    [[nodiscard]] QByteArray reveal(QByteArray text) const;
+
+private:
+    std::vector<std::pair<QByteArray, QByteArray>> m_names; ///< longest path first
+};
+
+/// Of a session with these options: "<output>", "<ini>" and "<program>".
+[[nodiscard]] Placeholders placeholdersOf(Options const& options);
+
 /// Writes what happens at the boundary as the lines of a recording: an input stands at the beginning of a
 /// line, and the calls that came from it below, four blanks for each depth. A line is one call with its
 /// result; where another call came up meanwhile, the result has a line of its own. Two kinds of calls in

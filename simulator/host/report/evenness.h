@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/host/report/block_report.h"
+#include "simulator/pictures/block_report.h"
 #include "simulator/host/report/report.h"
 
 #include <QImage>

@@ -1,7 +1,7 @@
 #include "simulator/host/window/host_window.h"
 
 #include "simulator/files/interruption.h"
-#include "simulator/host/report/block_report.h"
+#include "simulator/pictures/block_report.h"
 #include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"

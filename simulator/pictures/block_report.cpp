@@ -1,4 +1,4 @@
-#include "simulator/host/report/block_report.h"
+#include "simulator/pictures/block_report.h"
 
 #include <algorithm>
 #include <cmath>
