@@ -8,6 +8,15 @@
 #include <tuple>
 #include <type_traits>
 
+#ifdef _MSC_VER
+// Declared without an export, no definition may have one there; the linker exports all.
+#define LIBRARY_FUNCTION extern "C"
+#elif defined(_WIN32)
+#define LIBRARY_FUNCTION extern "C" __declspec(dllexport)
+#else
+#define LIBRARY_FUNCTION extern "C" __attribute__((visibility("default")))
+#endif
+
 /// One bracket for every call that somebody may watch: functions of the stand-in libraries, services of a
 /// host, entries of its plug-in. A watch is whoever is told:
 ///

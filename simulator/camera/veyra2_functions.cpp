@@ -1,7 +1,6 @@
 #include "simulator/boundary/observed_call.h"
 #include "simulator/camera/camera_handle.h"
 #include "simulator/camera/register_map.h"
-#include "simulator/camera/simulated_camera.h"
 #include "simulator/files/library_folder.h"
 
 #include "published/veyra2.h"
@@ -10,13 +9,6 @@
 
 // The library's functions over the simulated camera. A null or closed camera, a null name and a register that
 // the sensor lacks are answered, never followed.
-
-#ifdef _MSC_VER
-// Declared without an export, no definition may have one there; the linker exports all.
-#define VEYRA2_FUNCTION extern "C"
-#else
-#define VEYRA2_FUNCTION extern "C" SIMULATED_CAMERA_API
-#endif
 
 using simulator::Call;
 using simulator::callText;
@@ -125,18 +117,18 @@ int withDescribed(vy_Camera* camera, vy_RegisterDescription const& description, 
 }
 } // namespace
 
-VEYRA2_FUNCTION void vy_ObserveCalls(CallObserver const* observer) { libraryWatch.setObserver(observer); }
+LIBRARY_FUNCTION void vy_ObserveCalls(CallObserver const* observer) { libraryWatch.setObserver(observer); }
 
-VEYRA2_FUNCTION int vy_ExistsRegister(vy_Camera* camera, char const* reg) {
+LIBRARY_FUNCTION int vy_ExistsRegister(vy_Camera* camera, char const* reg) {
     return observed(Call("vy_ExistsRegister", camera, reg), [&] { return findByName(camera, reg) ? 1 : 0; });
 }
 
-VEYRA2_FUNCTION int vy_ExistsBitfield(vy_Camera* camera, char const* reg, char const* bitfield) {
+LIBRARY_FUNCTION int vy_ExistsBitfield(vy_Camera* camera, char const* reg, char const* bitfield) {
     return observed(Call("vy_ExistsBitfield", camera, reg, bitfield),
                     [&] { return findBitfield(camera, reg, bitfield) ? 1 : 0; });
 }
 
-VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera, char const* reg) {
+LIBRARY_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera, char const* reg) {
     auto const find = [&]() -> vy_RegisterDescription const* {
         RegisterMap::Register const* const found = findByName(camera, reg);
         return found ? &found->description : nullptr;
@@ -144,15 +136,15 @@ VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera,
     return observed(Call("vy_FindRegister", camera, reg), find, foundText);
 }
 
-VEYRA2_FUNCTION vy_BitfieldDescription const* vy_FindBitfield(vy_Camera* camera, char const* reg,
-                                                              char const* bitfield) {
+LIBRARY_FUNCTION vy_BitfieldDescription const* vy_FindBitfield(vy_Camera* camera, char const* reg,
+                                                               char const* bitfield) {
     return observed(
         Call("vy_FindBitfield", camera, reg, bitfield), [&] { return findBitfield(camera, reg, bitfield); },
         foundText);
 }
 
-VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegisterAddr(vy_Camera* camera, uint32_t address,
-                                                                  uint32_t addressSpace, uint32_t selector) {
+LIBRARY_FUNCTION vy_RegisterDescription const* vy_FindRegisterAddr(vy_Camera* camera, uint32_t address,
+                                                                   uint32_t addressSpace, uint32_t selector) {
     return observed(Call("vy_FindRegisterAddr", camera, address, addressSpace, selector),
                     [&]() -> vy_RegisterDescription const* {
                         auto const* const found = findByAddress(camera, addressSpace, selector, address);
@@ -160,12 +152,12 @@ VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegisterAddr(vy_Camera* cam
                     });
 }
 
-VEYRA2_FUNCTION uint32_t vy_dataSize(uint32_t dataType) {
+LIBRARY_FUNCTION uint32_t vy_dataSize(uint32_t dataType) {
     return observed(Call("vy_dataSize", dataType), [&] { return simulator::dataTypeSize(dataType); });
 }
 
-VEYRA2_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, char const* bitfield,
-                                        uint32_t* value) {
+LIBRARY_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, char const* bitfield,
+                                         uint32_t* value) {
     auto const read = [&](RegisterMap::Register& found, uint32_t mask) {
         *value = camera->read(found, mask);
         return int(simulator::kDone);
@@ -176,8 +168,8 @@ VEYRA2_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, char
         statusAnd([=] { return *value; }));
 }
 
-VEYRA2_FUNCTION int vy_WriteSensorRegStr(vy_Camera* camera, char const* reg, char const* bitfield,
-                                         uint32_t value) {
+LIBRARY_FUNCTION int vy_WriteSensorRegStr(vy_Camera* camera, char const* reg, char const* bitfield,
+                                          uint32_t value) {
     auto const write = [&](RegisterMap::Register& found, uint32_t mask) {
         return camera->write(found, value, mask);
     };
@@ -185,7 +177,7 @@ VEYRA2_FUNCTION int vy_WriteSensorRegStr(vy_Camera* camera, char const* reg, cha
                     [&] { return withBits(camera, reg, bitfield, write); });
 }
 
-VEYRA2_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t* value) {
+LIBRARY_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t* value) {
     auto const read = [&](RegisterMap::Register& found) {
         *value = camera->read(found);
         return int(simulator::kDone);
@@ -199,7 +191,7 @@ VEYRA2_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription c
         statusAnd([=] { return *value; }));
 }
 
-VEYRA2_FUNCTION int vy_WriteSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t value) {
+LIBRARY_FUNCTION int vy_WriteSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t value) {
     auto const write = [&](RegisterMap::Register& found) { return camera->write(found, value); };
     auto const writeDevice = [&] { return camera->bus.writeDescribed(*reg, value); };
     return observed(Call("vy_WriteSensorReg", camera, reg, value), [&] {
@@ -207,8 +199,8 @@ VEYRA2_FUNCTION int vy_WriteSensorReg(vy_Camera* camera, vy_RegisterDescription 
     });
 }
 
-VEYRA2_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
-                                     uint32_t* words) {
+LIBRARY_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
+                                      uint32_t* words) {
     return observed(
         Call("vy_readRegisters", camera, busAddress, start, count),
         [&] {
@@ -221,8 +213,8 @@ VEYRA2_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, uin
         }));
 }
 
-VEYRA2_FUNCTION int vy_writeRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
-                                      uint32_t const* words) {
+LIBRARY_FUNCTION int vy_writeRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
+                                       uint32_t const* words) {
     return observed(Call("vy_writeRegisters", camera, busAddress, start, Words{words, count}), [&] {
         return ifOpen(camera, int(simulator::kBadArgument), [&](vy_Camera& open) {
             return words ? open.bus.writeRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
@@ -230,43 +222,43 @@ VEYRA2_FUNCTION int vy_writeRegisters(vy_Camera* camera, uint32_t busAddress, ui
     });
 }
 
-VEYRA2_FUNCTION int vy_setMode(vy_Camera* camera, uint32_t mode, uint32_t value) {
+LIBRARY_FUNCTION int vy_setMode(vy_Camera* camera, uint32_t mode, uint32_t value) {
     return observed(Call("vy_setMode", camera, mode, value), [&] {
         return ifOpen(camera, int(simulator::kBadArgument),
                       [&](vy_Camera& open) { return open.bus.setMode(mode, value); });
     });
 }
 
-VEYRA2_FUNCTION void vy_InvalidateRegCache(vy_Camera* camera) {
+LIBRARY_FUNCTION void vy_InvalidateRegCache(vy_Camera* camera) {
     observed(Call("vy_InvalidateRegCache", camera), [&] {
         if (vy_Camera* const open = vy_Camera::opened(camera))
             open->registers.dropCache();
     });
 }
 
-VEYRA2_FUNCTION int vy_IsSOC(vy_Camera* camera) {
+LIBRARY_FUNCTION int vy_IsSOC(vy_Camera* camera) {
     return observed(Call("vy_IsSOC", camera), [&] {
         return ifOpen(camera, 0, [](vy_Camera const& open) { return open.systemOnChip ? 1 : 0; });
     });
 }
 
-VEYRA2_FUNCTION char const* vy_Home(void) {
+LIBRARY_FUNCTION char const* vy_Home(void) {
     return observed(Call("vy_Home"), []() -> char const* {
         static QByteArray const home = QFile::encodeName(files::libraryFolder());
         return home.constData();
     });
 }
 
-VEYRA2_FUNCTION int vy_stopTransport(vy_Camera* camera) {
+LIBRARY_FUNCTION int vy_stopTransport(vy_Camera* camera) {
     return observed(Call("vy_stopTransport", camera), [&]() -> int {
         return vy_Camera::opened(camera) ? simulator::kDone : simulator::kBadArgument;
     });
 }
 
 // A camera lives as long as the host's object; a borrower of the handle cannot end it.
-VEYRA2_FUNCTION void vy_CloseCameras(void) {}
+LIBRARY_FUNCTION void vy_CloseCameras(void) {}
 
-VEYRA2_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
+LIBRARY_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
     return observed(Call("vy_SensorInfo", camera), [&]() -> vy_SensorDescription const* {
         vy_Camera const* const open = vy_Camera::opened(camera);
         return open ? &open->description : nullptr;

@@ -161,15 +161,7 @@ Outcome Calibration::addTable(BlockMeans const& means, sf_ApgaParams const& para
         fail(QStringLiteral("the sensor has no table for illuminant slot %1").arg(slot));
         return Outcome::Failed;
     }
-    Table const table{slot, params.colourTemperature, fit(means, params.falloffPercent, params.radius)};
-    auto& tables = m_solution.tables;
-    auto const place =
-        std::lower_bound(tables.begin(), tables.end(), slot,
-                         [](Table const& entry, uint32_t wanted) { return entry.slot < wanted; });
-    if (place != tables.end() && place->slot == slot)
-        *place = table;
-    else
-        tables.insert(place, table);
+    m_solution.tables[slot] = {params.colourTemperature, fit(means, params.falloffPercent, params.radius)};
     return Outcome::Solved;
 }
 } // namespace solver

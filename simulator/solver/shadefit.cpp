@@ -11,15 +11,6 @@
 #include <utility>
 #include <vector>
 
-#ifdef _MSC_VER
-// Declared without an export, no definition may have one there; the linker exports all.
-#define SHADEFIT_API extern "C"
-#elif defined(_WIN32)
-#define SHADEFIT_API extern "C" __declspec(dllexport)
-#else
-#define SHADEFIT_API extern "C" __attribute__((visibility("default")))
-#endif
-
 using simulator::Call;
 using simulator::callText;
 using simulator::callTexts;
@@ -161,12 +152,12 @@ bool holdsSolution(Calibration const& calibration, char const* purpose) {
 }
 } // namespace
 
-SHADEFIT_API void sf_ObserveCalls(CallObserver const* observer) {
+LIBRARY_FUNCTION void sf_ObserveCalls(CallObserver const* observer) {
     libraryWatch.setObserver(observer);
     handlesWatched = 0;
 }
 
-SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t minusOne) {
+LIBRARY_FUNCTION sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t minusOne) {
     return entry<sf_Handle*>(
         Call("sf_Create", sensorKind, variant, minusOne), nullptr,
         [&]() -> sf_Handle* {
@@ -184,8 +175,8 @@ SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t
         createdText);
 }
 
-SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, uint32_t variant,
-                                   uint32_t allBits) {
+LIBRARY_FUNCTION sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, uint32_t variant,
+                                       uint32_t allBits) {
     return entry<sf_Handle*>(
         Call("sf_Create2", SensorData{sensorData}, sensorKind, variant, allBits), nullptr,
         [&] {
@@ -195,9 +186,9 @@ SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, 
         createdText);
 }
 
-SHADEFIT_API int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
-                                   uint32_t bits, uint32_t bayerPhase, uint32_t orientation, uint32_t zero,
-                                   int32_t minusOne1, int32_t minusOne2) {
+LIBRARY_FUNCTION int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
+                                       uint32_t bits, uint32_t bayerPhase, uint32_t orientation,
+                                       uint32_t zero, int32_t minusOne1, int32_t minusOne2) {
     return entry(Call("sf_SetInputImage2", handle, Frame{frame, width, height}, bits, bayerPhase, orientation,
                       zero, minusOne1, minusOne2),
                  0, [&] {
@@ -212,8 +203,9 @@ SHADEFIT_API int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_
                  });
 }
 
-SHADEFIT_API int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
-                                       sf_YcbcrInput const* input, int32_t minusOne1, int32_t minusOne2) {
+LIBRARY_FUNCTION int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uint32_t width,
+                                           uint32_t height, sf_YcbcrInput const* input, int32_t minusOne1,
+                                           int32_t minusOne2) {
     return entry(
         Call("sf_SetInputImageYcbcr", handle, Frame{frame, width, height}, input, minusOne1, minusOne2), 0,
         [&] {
@@ -229,23 +221,23 @@ SHADEFIT_API int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uin
         });
 }
 
-SHADEFIT_API int sf_FindSolution(sf_Handle* handle, sf_SolutionParams const* params) {
+LIBRARY_FUNCTION int sf_FindSolution(sf_Handle* handle, sf_SolutionParams const* params) {
     return find("sf_FindSolution", handle, params, [&](Calibration& calibration) {
         return calibration.findBase(params->falloffPercent, params->radius);
     });
 }
 
-SHADEFIT_API int sf_FindApga(sf_Handle* handle, sf_ApgaParams const* params) {
+LIBRARY_FUNCTION int sf_FindApga(sf_Handle* handle, sf_ApgaParams const* params) {
     return find("sf_FindApga", handle, params,
                 [&](Calibration& calibration) { return calibration.findTable(*params); });
 }
 
-SHADEFIT_API int sf_FindAutoPga(sf_Handle* handle, sf_ApgaParams const* params) {
+LIBRARY_FUNCTION int sf_FindAutoPga(sf_Handle* handle, sf_ApgaParams const* params) {
     return find("sf_FindAutoPga", handle, params,
                 [&](Calibration& calibration) { return calibration.findFullTable(*params); });
 }
 
-SHADEFIT_API sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
+LIBRARY_FUNCTION sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
     return entry<sf_RegList const*>(Call("sf_DumpRegList", handle), nullptr, [&]() -> sf_RegList const* {
         if (handle == nullptr || !holdsSolution(handle->calibration, "list"))
             return nullptr;
@@ -255,8 +247,8 @@ SHADEFIT_API sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
     });
 }
 
-SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t format, uint32_t zero1,
-                                uint32_t zero2) {
+LIBRARY_FUNCTION int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t format, uint32_t zero1,
+                                    uint32_t zero2) {
     return entry(Call("sf_DumpRegFile", handle, path, format, zero1, zero2), -1, [&] {
         if (handle == nullptr || path == nullptr)
             return -1;
@@ -281,6 +273,6 @@ SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t fo
     });
 }
 
-SHADEFIT_API void sf_Destroy(sf_Handle* handle) {
+LIBRARY_FUNCTION void sf_Destroy(sf_Handle* handle) {
     observed(Call("sf_Destroy", handle), [&] { delete handle; });
 }

@@ -28,9 +28,9 @@ Registers baseRegisters(SensorLayout const& layout, Solution const& solution) {
     return list;
 }
 
-Registers tableRegisters(SensorLayout const& layout, Table const& table) {
+Registers tableRegisters(SensorLayout const& layout, uint32_t slot, Table const& table) {
     Registers list;
-    Bank const& bank = *layout.bank(table.slot);
+    Bank const& bank = *layout.bank(slot);
     if (bank.origin)
         append(list, *bank.origin, Geometry(layout));
     append(list, bank, table.coefficients);
@@ -54,8 +54,8 @@ QByteArray lines(Registers const& entries) {
 
 std::vector<sf_RegEntry> allRegisters(SensorLayout const& layout, Solution const& solution) {
     Registers list = baseRegisters(layout, solution);
-    for (Table const& table : solution.tables) {
-        Registers const registers = tableRegisters(layout, table);
+    for (auto const& [slot, table] : solution.tables) {
+        Registers const registers = tableRegisters(layout, slot, table);
         list.insert(list.end(), registers.begin(), registers.end());
     }
     return list;
@@ -67,11 +67,11 @@ QByteArray presetText(SensorLayout const& layout, Solution const& solution, Pres
             QByteArray::number(layout.variant) + '\n';
     text += "; corners at " + QByteArray::number(solution.falloffPercent) + " % of the centre\n";
     text += lines(baseRegisters(layout, solution));
-    for (Table const& table : solution.tables) {
+    for (auto const& [slot, table] : solution.tables) {
         if (format == PresetFormat::Tables)
-            text += "; illuminant slot " + QByteArray::number(table.slot) + ", " +
+            text += "; illuminant slot " + QByteArray::number(slot) + ", " +
                     QByteArray::number(table.colourTemperature) + " K\n";
-        text += lines(tableRegisters(layout, table));
+        text += lines(tableRegisters(layout, slot, table));
     }
     return text;
 }

@@ -5,13 +5,13 @@
 
 #include <QByteArray>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <vector>
 
 namespace solver {
-/// The correction for one illuminant slot.
+/// The correction for one illuminant.
 struct Table {
-    uint32_t slot = 0;
     uint32_t colourTemperature = 0; ///< kelvin
     BankCoefficients coefficients{};
 };
@@ -20,7 +20,7 @@ struct Table {
 struct Solution {
     uint32_t falloffPercent = 100;
     std::optional<BankCoefficients> base; ///< the correction that always holds
-    std::vector<Table> tables;            ///< by ascending slot
+    std::map<uint32_t, Table> tables;     ///< by slot
 
     [[nodiscard]] bool empty() const { return !base && tables.empty(); }
 };
