@@ -15,7 +15,6 @@ set(common_headers
 function(kestra_precompiled name)
     file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/empty.cpp CONTENT "")
     add_library(${name} OBJECT ${CMAKE_BINARY_DIR}/empty.cpp)
-    set_target_properties(${name} PROPERTIES AUTOMOC OFF AUTOUIC OFF AUTORCC OFF)
     target_include_directories(${name} SYSTEM PRIVATE $<TARGET_PROPERTY:Qt5::Widgets,INTERFACE_INCLUDE_DIRECTORIES>)
     target_compile_definitions(${name} PRIVATE $<$<NOT:$<CONFIG:Debug>>:QT_NO_DEBUG>)
     target_compile_options(${name} PRIVATE -fPIC)
