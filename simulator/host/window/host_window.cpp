@@ -36,9 +36,8 @@ std::unique_ptr<Ui::HostWindow> newForm(QMainWindow* window) {
 } // namespace
 
 HostWindow::HostWindow(Session& session, Options const& options)
-    : m_session(session), m_ui(newForm(this)), m_shown(m_log),
-      m_watching(m_log, options.pluginFile), m_scene(*m_ui, session), m_eeprom(*m_ui, session.camera()),
-      m_status(new QLabel) {
+    : m_session(session), m_ui(newForm(this)), m_shown(m_log), m_watching(m_log, options.pluginFile),
+      m_scene(*m_ui, session), m_eeprom(*m_ui, session.camera()), m_status(new QLabel) {
     setWindowTitle(QStringLiteral("Pictara - %1").arg(session.camera().description().profile));
     forgetSolverMessage(); // that of another sitting
     // On a low screen the column scrolls; it is never narrower than what it holds by now.

@@ -1,7 +1,7 @@
 #include "simulator/host/window/scene_controls.h"
 
-#include "simulator/host/session/words.h"
 #include "simulator/host/session/session.h"
+#include "simulator/host/session/words.h"
 #include "ui_host_window.h"
 
 #include <QSignalBlocker>

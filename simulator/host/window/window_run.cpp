@@ -7,12 +7,13 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QFontDatabase>
 #include <QInputDialog>
 #include <algorithm>
 
 namespace pictara {
 std::optional<QString> askForProfile(QString const& preferred) {
-    constexpr QSize kSize(640, 480);
+    constexpr QSize kSize(860, 560);
     QStringList const names = simulator::SimulatedCamera::profileNames();
     QStringList const lines = simulator::SimulatedCamera::notedProfileNames(); // in the same order
     QInputDialog dialog;
@@ -23,8 +24,10 @@ std::optional<QString> askForProfile(QString const& preferred) {
     dialog.setTextValue(lines.value(std::max(0, names.indexOf(preferred))));
     dialog.setOkButtonText(QStringLiteral("Open"));
     dialog.resize(kSize);
-    if (auto* const list = dialog.findChild<QAbstractItemView*>())
+    if (auto* const list = dialog.findChild<QAbstractItemView*>()) {
+        list->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont)); // lines hold columns
         QObject::connect(list, &QAbstractItemView::activated, &dialog, &QDialog::accept);
+    }
     int const chosen = dialog.exec() == QDialog::Accepted ? lines.indexOf(dialog.textValue()) : -1;
     return chosen >= 0 ? std::optional(names[chosen]) : std::nullopt;
 }
