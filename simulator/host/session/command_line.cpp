@@ -123,9 +123,9 @@ QString helpText() {
         }
     }
     return text +
-           QStringLiteral("\nFaults: %1. Without @N the first operation of a run's save fails.\n")
+           QStringLiteral("\nFaults: %1.\nWithout @N the first operation of a run's save fails.\n\n")
                .arg(simulator::SimulatedCamera::faultNames().join(QLatin1String(", "))) +
-           QLatin1Char('\n') + QLatin1String(kExitCodes);
+           QLatin1String(kExitCodes);
 }
 
 CommandLine usageError(QString const& what) {
