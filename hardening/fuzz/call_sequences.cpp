@@ -3,8 +3,8 @@
 // played again until a sequence has its calls.
 
 #include "calibration/calibration_page.h"
+#include "hardening/fuzz/fuzz_frames.h"
 #include "hardening/fuzz/fuzz_target.h"
-#include "hardening/fuzz/guarded_frame.h"
 #include "published/entries.h"
 #include "tests/support/dialog_session.h"
 
@@ -151,14 +151,14 @@ void Sequence::call() {
         return DialogSession::press("start");
     case 9:
     case 10:
-        return GuardedFrame::deliverGood(5, 1);
+        return deliverGoodFrames(5, 1);
     case 11:
         // A calibration as far as the host's side can bring it.
         for (uint8_t const button : std::initializer_list<uint8_t>{8, 9, 10, 2})
             DialogSession::pressAny(button);
         return;
     default:
-        return GuardedFrame(m_input).deliver();
+        return deliverFrame(m_input);
     }
 }
 

@@ -2,8 +2,8 @@
 // calibration: nothing outside of the pixels is read, nothing outside of a displayed picture is written.
 
 #include "calibration/calibration_page.h"
+#include "hardening/fuzz/fuzz_frames.h"
 #include "hardening/fuzz/fuzz_target.h"
-#include "hardening/fuzz/guarded_frame.h"
 #include "hardening/fuzz/open_dialogs.h"
 
 using namespace kestra;
@@ -14,7 +14,7 @@ constexpr int kMostFrames = 24;
 // Brings the page to where a frame does something, by good frames and ticks.
 void advance(int ticks) {
     for (int i = 0; i < ticks; ++i) {
-        GuardedFrame::deliverGood(6, 1);
+        deliverGoodFrames(6, 1);
         DialogSession::press("start");
     }
 }
@@ -34,7 +34,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     DialogSession::type("GoodCU", QString::number(input.byte() % 4));
     advance(input.byte() % 4);
     for (int i = 0; i < kMostFrames && !input.isUsedUp(); ++i) {
-        GuardedFrame(input).deliver();
+        deliverFrame(input);
         uint8_t const next = input.byte();
         if (next % 4 == 0)
             DialogSession::press("start");

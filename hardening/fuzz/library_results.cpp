@@ -2,8 +2,8 @@
 // and saves. What the page reports as done has been done.
 
 #include "calibration/calibration_page.h"
+#include "hardening/fuzz/fuzz_frames.h"
 #include "hardening/fuzz/fuzz_target.h"
-#include "hardening/fuzz/guarded_frame.h"
 #include "hardening/fuzz/open_dialogs.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
@@ -100,15 +100,15 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
             // Everything that a calibration waits for.
             for (int const button : {8, 9, 10, 2}) {
                 DialogSession::pressAny(uint8_t(button));
-                GuardedFrame::deliverGood(0, 1);
+                deliverGoodFrames(0, 1);
             }
-            GuardedFrame::deliverGood(session.sensor.sensorKind == 16 ? 1 : 0, 1);
+            deliverGoodFrames(session.sensor.sensorKind == 16 ? 1 : 0, 1);
             break;
         case 5:
-            GuardedFrame(input).deliver();
+            deliverFrame(input);
             break;
         default:
-            GuardedFrame::deliverGood(6, 1);
+            deliverGoodFrames(6, 1);
             tick(session);
             break;
         }

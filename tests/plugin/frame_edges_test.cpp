@@ -7,11 +7,9 @@
 #include "pictures/white_balance.h"
 #include "plugin/instance.h"
 #include "tests/support/dialog_session.h"
-#include "tests/support/frame_sizes.h"
-#include "tests/support/guarded_memory.h"
+#include "tests/support/guarded_frame.h"
 
 #include <QDialog>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <iostream>
 
@@ -44,50 +42,14 @@ size_t forEachCombination(Visit visit) {
     return count;
 }
 
-class EdgeFrame {
-public:
-    /// The pixels that belong to the sizes, noise in them; null when no truthful host has so many.
-    void place(FrameSizes const& sizes, bool atRear) {
-        m_sizes = sizes;
-        int64_t const bytes = sizes.holdTogether() ? sizes.step() * sizes.height : 0;
-        if (bytes > int64_t(m_memory.size())) {
-            data = nullptr;
-            m_bytes = 0;
-            return;
-        }
-        m_bytes = size_t(bytes);
-        m_first = atRear ? m_memory.placeAtRear(m_bytes) : m_memory.placeAtFront(m_bytes);
-        for (size_t i = 0; i < m_bytes; ++i)
-            m_first[i] = uint8_t(i * 37 >> 3);
-        // Walked upwards, a frame begins with its last row in memory.
-        data = sizes.pitch < 0 && bytes > 0 ? m_first + m_bytes - sizes.step() : m_first;
-    }
-    void deliver(bool asRgb) const {
-        if (asRgb)
-            RgbImageData(data, m_sizes.type, uint32_t(m_sizes.width), uint32_t(m_sizes.height),
-                         m_sizes.pitch);
-        else
-            ImageData(data, m_sizes.type, uint32_t(m_sizes.width), m_sizes.height, uint32_t(m_sizes.pitch));
-        checkPadding();
-    }
-
-    uint8_t* data = nullptr;
-
-private:
-    void checkPadding() const {
-        if (!data || m_bytes == 0)
-            return;
-        auto const painted = size_t(m_sizes.paintableBytes());
-        for (size_t i = 0; i < m_bytes; ++i)
-            if (i % size_t(m_sizes.step()) >= painted && m_first[i] != uint8_t(i * 37 >> 3))
-                FAIL() << "painted behind a row of " << m_sizes.width << " pixels";
-    }
-
-    GuardedMemory m_memory{size_t{256} * 1024};
-    FrameSizes m_sizes{};
-    uint8_t* m_first = nullptr;
-    size_t m_bytes = 0;
-};
+// Noise, so that a byte that is painted shows.
+GuardedFrame edgeFrame(FrameSizes const& sizes, bool atRear) {
+    static GuardedMemory room(size_t{256} * 1024);
+    GuardedFrame frame(room, sizes, atRear);
+    for (size_t i = 0; i < frame.pixels.size(); ++i)
+        frame.pixels[i] = uint8_t(i * 37 >> 3);
+    return frame;
+}
 
 void settle(PageState const& state, bool (*isDue)(PageState const&)) {
     for (int frames = 0; !isDue(state) && frames < 40; ++frames)
@@ -168,16 +130,16 @@ TEST_P(FrameEdges, NothingBesideThePixelsIsTouchedInAnyStateOfThePage) {
     CalibrationPage* const page = DialogSession::page();
     page->setVisible(true); // it ticks only when shown
     DialogSession::type("GoodCU", QStringLiteral("-1"));
-    EdgeFrame frame;
     size_t withPixels = 0;
     for (Due const& due : kDue) {
         SCOPED_TRACE(due.name);
         DialogSession::press("OnBnClickedStartover");
         size_t const count = forEachCombination([&](FrameSizes const& sizes, size_t number) {
             due.bring(page->state());
-            frame.place(sizes, number % 2 == 0);
-            withPixels += frame.data && sizes.holdTogether();
-            frame.deliver(number / 2 % 2 == 0);
+            GuardedFrame const frame = edgeFrame(sizes, number % 2 == 0);
+            withPixels += !frame.pixels.empty();
+            if (!frame.deliver(number / 2 % 2 == 0))
+                FAIL() << "painted behind a row of " << sizes.width << " pixels";
             session.host.log.clear();
         });
         EXPECT_GE(count, kCombinations);
@@ -191,13 +153,12 @@ TEST_P(FrameEdges, NothingBesideThePixelsIsTouchedInAnyStateOfThePage) {
 INSTANTIATE_TEST_SUITE_P(Kinds, FrameEdges, ::testing::Values(200, 33, 16, 72, 68));
 
 TEST(FrameEdgesOfTheStatistics, BlocksAndCentreTouchNothingBesideThePixels) {
-    EdgeFrame frame;
     size_t measured = 0;
     forEachCombination([&](FrameSizes const& sizes, size_t number) {
-        frame.place(sizes, number % 2 == 0);
+        GuardedFrame const frame = edgeFrame(sizes, number % 2 == 0);
         Frame const told{frame.data, ImageType(sizes.type), sizes.width, sizes.height, sizes.pitch};
         measured += meanOfCentre(told).has_value();
-        if (sizes.type != kRgb32 || !frame.data || !sizes.holdTogether() || sizes.pitch % 4 != 0)
+        if (sizes.type != kRgb32 || frame.pixels.empty() || sizes.pitch % 4 != 0)
             return;
         CSbl statistics;
         statistics.measure(frame.data, sizes.width, sizes.height, sizes.pitch / 4);
