@@ -2,13 +2,13 @@
 #include "headboard/eeprom_chain.h"
 #include "tests/support/fake_headboard.h"
 
+#include <QCommandLineParser>
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
+#include <functional>
 #include <mutex>
-#include <string_view>
 #include <thread>
 
 using namespace kestra;
@@ -17,31 +17,21 @@ using namespace power_cuts;
 namespace {
 using simulator::EepromContents;
 
-/// Counts of cuts that left the same.
-struct Row {
-    uint64_t cuts = 0;
-    uint64_t listNames = 0;    ///< `list` ends with a complaint
-    uint64_t checkNames = 0;   ///< `check` finds a fault
-    uint64_t othersHarmed = 0; ///< a record that the save does not replace is lost
-    uint64_t nextSaves = 0;    ///< the same save again succeeds
-    uint64_t mended = 0;       ///< and leaves nothing for `check` to name
-
-    void add(Row const& other);
+/// What is counted of cuts that left the same.
+enum Column : uint8_t {
+    kCuts,
+    kListNames,    ///< `list` ends with a complaint
+    kCheckNames,   ///< `check` finds a fault
+    kOthersHarmed, ///< a record that the save does not replace is lost
+    kNextSaves,    ///< the same save again succeeds
+    kMended,       ///< and leaves nothing for `check` to name
+    kColumns
 };
+constexpr char const* kTitles[kColumns] = {"cuts",        "by list",   "by check",
+                                           "others lost", "next save", "mends all"};
+using Row = std::array<uint64_t, kColumns>;
 
-constexpr struct {
-    char const* title;
-    uint64_t Row::*count;
-} kColumns[] = {
-    {"cuts", &Row::cuts},           {"by list", &Row::listNames},
-    {"by check", &Row::checkNames}, {"others lost", &Row::othersHarmed},
-    {"next save", &Row::nextSaves}, {"mends all", &Row::mended},
-};
-
-void Row::add(Row const& other) {
-    for (auto const& column : kColumns)
-        this->*column.count += other.*column.count;
-}
+void add(Row& sum, Row const& row) { std::ranges::transform(sum, row, sum.begin(), std::plus<>()); }
 
 struct Tally {
     uint64_t saves = 0;
@@ -53,7 +43,7 @@ struct Tally {
         saves += other.saves;
         savesWithBreak += other.savesWithBreak;
         for (size_t i = 0; i < kRemainsCount; ++i)
-            rows[i].add(other.rows[i]);
+            ::add(rows[i], other.rows[i]);
         failures.insert(failures.end(), other.failures.begin(), other.failures.end());
     }
 };
@@ -112,10 +102,7 @@ private:
                "list and check name a broken chain", cut);
         expectPresence(left, cut);
         Row& row = m_tally.rows[size_t(remains)];
-        ++row.cuts;
-        row.listNames += told.listIsClean ? 0 : 1;
-        row.checkNames += told.checkIsClean ? 0 : 1;
-        row.othersHarmed += harmsOthers(left, m_before, m_scene.save) ? 1 : 0;
+        add(row, {1, !told.listIsClean, !told.checkIsClean, harmsOthers(left, m_before, m_scene.save), 0, 0});
         saveAgain(left, cut, row);
         startAnew(left, cut);
         return remains;
@@ -138,8 +125,7 @@ private:
             return;
         }
         Report const told = report(board.device);
-        ++row.nextSaves;
-        row.mended += told.checkIsClean ? 1 : 0;
+        add(row, {0, 0, 0, 0, 1, told.checkIsClean});
         expect(told.isWhole, "a successful save leaves a whole chain", cut);
         expect(holds(board.device, m_scene.save), "what a successful save stored is found", cut);
     }
@@ -168,58 +154,38 @@ constexpr char const* kRemainsTexts[kRemainsCount] = {
 
 void print(char const* what, Row const& counts, uint64_t all) {
     std::printf("%-31s", what);
-    for (auto const& column : kColumns)
-        std::printf("%12llu", static_cast<unsigned long long>(counts.*column.count));
-    std::printf("%10.2f %%\n", 100.0 * double(counts.cuts) / double(std::max<uint64_t>(all, 1)));
+    for (uint64_t const count : counts)
+        std::printf("%12llu", static_cast<unsigned long long>(count));
+    std::printf("%10.2f %%\n", 100.0 * double(counts[kCuts]) / double(std::max<uint64_t>(all, 1)));
 }
 
 void print(Tally const& tally) {
-    Row sum;
+    Row sum{};
     for (Row const& row : tally.rows)
-        sum.add(row);
+        add(sum, row);
     auto const saves = static_cast<unsigned long long>(tally.saves);
-    std::printf("%llu saves, %llu cuts\n\n%31s", saves, static_cast<unsigned long long>(sum.cuts), "");
-    for (auto const& column : kColumns)
-        std::printf("%12s", column.title);
+    std::printf("%llu saves, %llu cuts\n\n%31s", saves, static_cast<unsigned long long>(sum[kCuts]), "");
+    for (char const* const title : kTitles)
+        std::printf("%12s", title);
     std::printf("%12s\n", "share");
     for (size_t i = 0; i < kRemainsCount; ++i)
-        print(kRemainsTexts[i], tally.rows[i], sum.cuts);
-    print("all", sum, sum.cuts);
+        print(kRemainsTexts[i], tally.rows[i], sum[kCuts]);
+    print("all", sum, sum[kCuts]);
     std::printf("%llu of %llu saves break the chain when the power fails at the wrong byte\n",
                 static_cast<unsigned long long>(tally.savesWithBreak), saves);
     std::fflush(stdout);
 }
 
-constexpr uint32_t kDefaultSaves = 1000;
 constexpr size_t kMostFailuresShown = 20;
 
-struct Arguments {
-    uint32_t saves = kDefaultSaves;
-    uint32_t seed = 1;
-};
-
-bool readArguments(int argc, char** argv, Arguments& arguments) {
-    for (int i = 1; i < argc; i += 2) {
-        std::string_view const name = argv[i];
-        char const* const value = i + 1 < argc ? argv[i + 1] : nullptr;
-        if (value && name == "--saves")
-            arguments.saves = uint32_t(std::strtoul(value, nullptr, 10));
-        else if (value && name == "--seed")
-            arguments.seed = uint32_t(std::strtoul(value, nullptr, 10));
-        else
-            return false;
-    }
-    return true;
-}
-
 // The scenes of consecutive numbers, shared out among the cores.
-Tally cutAll(Arguments const& arguments) {
+Tally cutAll(uint32_t saves, uint32_t seed) {
     std::atomic<uint32_t> next = 0;
     std::mutex mutex;
     Tally sum;
     auto const work = [&] {
-        for (uint32_t i = next++; i < arguments.saves; i = next++) {
-            Tally const tally = CutSave(arguments.seed + i).run();
+        for (uint32_t i = next++; i < saves; i = next++) {
+            Tally const tally = CutSave(seed + i).run();
             std::lock_guard const lock(mutex);
             sum.add(tally);
         }
@@ -234,23 +200,25 @@ Tally cutAll(Arguments const& arguments) {
 } // namespace
 
 int main(int argc, char** argv) {
-    Arguments arguments;
-    if (!readArguments(argc, argv, arguments)) {
+    QCommandLineParser parser;
+    parser.addOptions({{"saves", {}, "COUNT", "1000"}, {"seed", {}, "NUMBER", "1"}});
+    if (!parser.parse(QStringList(argv, argv + argc)) || !parser.positionalArguments().isEmpty()) {
         std::fputs("usage: power-cuts [--saves COUNT] [--seed NUMBER]\n", stderr);
         return 2;
     }
+    uint32_t const saves = parser.value("saves").toUInt();
     Veyra2 library;
     FakeHeadboard::fillIn(library);
     installVeyra2(library);
-    std::printf("cutting the power after every byte of %u saves; this takes minutes\n", arguments.saves);
+    std::printf("cutting the power after every byte of %u saves; this takes minutes\n", saves);
     std::fflush(stdout);
-    Tally const tally = cutAll(arguments);
+    Tally const tally = cutAll(saves, parser.value("seed").toUInt());
     print(tally);
     for (size_t i = 0; i < std::min(tally.failures.size(), kMostFailuresShown); ++i)
         std::fprintf(stderr, "%s\n", tally.failures[i].c_str());
     if (!tally.failures.empty())
         std::fprintf(stderr, "%zu promises were not kept\n", tally.failures.size());
-    if (tally.saves < arguments.saves)
+    if (tally.saves < saves)
         std::fputs("fewer saves were tried than were asked for\n", stderr);
-    return tally.failures.empty() && tally.saves >= arguments.saves ? 0 : 1;
+    return tally.failures.empty() && tally.saves >= saves ? 0 : 1;
 }
