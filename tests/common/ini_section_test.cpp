@@ -26,35 +26,29 @@ protected:
     std::vector<char> m_buffer;
 };
 
-TEST_F(IniSection, MatchesAHeaderInAnyCaseAndWithBlanksInside) {
-    write("[other]\nA=1\n  [  lens CALIBRATION setup ] trailing\nREG = 1 , 2\n");
-    EXPECT_EQ(read("Lens Calibration Setup"), 10U);
-    EXPECT_EQ(text(10), std::string("REG=1 , 2\0", 10));
-    EXPECT_EQ(read("Lens Calibration"), 0U);
-}
-
-TEST_F(IniSection, EmptySectionCountsAsPresent) {
-    write("[Lens Calibration Setup]\n[Next]\nA=1\n");
-    EXPECT_EQ(read("Lens Calibration Setup"), 1U);
-    EXPECT_EQ(text(2), std::string(2, '\0'));
-}
-
-TEST_F(IniSection, LongFirstLineIsCutToTheRoomAndTerminated) {
-    write("[S]\n" + std::string(5000, 'x') + "\nsecond\n");
-    EXPECT_EQ(read("S"), 31U);
-    EXPECT_EQ(text(32), std::string(30, 'x') + std::string(2, '\0'));
-}
-
-TEST_F(IniSection, ALineThatMeetsNoRoomLeavesItsNul) {
-    write("[S]\n" + std::string(29, 'x') + "\nsecond\nthird\n");
-    EXPECT_EQ(read("S"), 31U);
-    EXPECT_EQ(text(32), std::string(29, 'x') + std::string(3, '\0'));
-}
-
-TEST_F(IniSection, ReadsALastLineWithoutLineFeedAndDropsCarriageReturns) {
-    write("[S]\r\nabc\r\n\r\nd = e");
-    EXPECT_EQ(read("S"), 8U);
-    EXPECT_EQ(text(8), std::string("abc\0d=e\0", 8));
+TEST_F(IniSection, LinesAreNormalisedAndTerminatedAndCutToTheRoom) {
+    struct Row {
+        std::string file;
+        char const* section;
+        std::string answer; ///< without the NUL behind it; empty: no such section
+    };
+    std::string const long5000(5000, 'x'), x29(29, 'x'), nul(1, '\0');
+    for (Row const& row : {
+             // A header in any case and with blanks inside.
+             Row{"[other]\nA=1\n  [  lens CALIBRATION setup ] trailing\nREG = 1 , 2\n",
+                 "Lens Calibration Setup", "REG=1 , 2" + nul},
+             {"[Lens Calibration Setup]\nA=1\n", "Lens Calibration", ""},
+             {"[Lens Calibration Setup]\n[Next]\nA=1\n", "Lens Calibration Setup", nul}, // empty, but present
+             {"[S]\r\nabc\r\n\r\nd = e", "S", "abc" + nul + "d=e" + nul},
+             {"[S]\n" + long5000 + "\nsecond\n", "S", x29 + "x" + nul},
+             {"[S]\n" + x29 + "\nsecond\nthird\n", "S", x29 + nul + nul}, // what meets no room leaves its NUL
+         }) {
+        write(row.file);
+        EXPECT_EQ(read(row.section), row.answer.size()) << row.file;
+        if (!row.answer.empty()) {
+            EXPECT_EQ(text(row.answer.size() + 1), row.answer + nul) << row.file;
+        }
+    }
 }
 
 TEST_F(IniSection, AnswersWithoutABufferAndWithOneTooSmall) {

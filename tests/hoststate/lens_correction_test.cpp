@@ -16,38 +16,40 @@ TEST(LensCorrection, EveryKindHasItsSwitchOnEachPage) {
         char const* apga;
         bool asksTheLibrary;
     };
+    constexpr char const* kShading = "COLOR_PIPELINE_CONTROL.LENS_SHADING";
+    constexpr char const* kPga = "COLOR_PIPELINE_CONTROL.PGA_ENABLE";
+    constexpr char const* kCamPga = "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE";
+    constexpr char const* kControl = "LENS_CORRECTION_CONTROL.ENABLE";
+    constexpr char const* kCorrection = "LENS_CORRECTION.ENABLE";
+    constexpr char const* kPoly = "POLY_SC_ENABLE.ENABLE";
     Row const rows[] = {
-        {16, false, "COLOR_PIPELINE_CONTROL.LENS_SHADING", "COLOR_PIPELINE_CONTROL.LENS_SHADING", false},
-        {23, true, "COLOR_PIPELINE_CONTROL.LENS_SHADING", "COLOR_PIPELINE_CONTROL.LENS_SHADING", false},
-        {22, false, "LENS_CORRECTION_CONTROL.ENABLE", "LENS_CORRECTION_CONTROL.ENABLE", false},
-        {40, false, "LENS_CORRECTION_CONTROL.ENABLE", "LENS_CORRECTION_CONTROL.ENABLE", false},
-        {25, false, "LENS_CORRECTION.ENABLE", "LENS_CORRECTION.ENABLE", false},
-        {27, false, "LENS_CORRECTION.ENABLE", "LENS_CORRECTION.ENABLE", false},
-        {95, true, "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE", "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE", false},
-        {115, true, "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE", "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE",
-         false},
-        {72, false, "POLY_SC_ENABLE.ENABLE", "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE", true},
-        {76, true, "COLOR_PIPELINE_CONTROL.PGA_ENABLE", "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE", true},
-        {154, false, "POLY_SC_ENABLE.", "POLY_SC_ENABLE.ENABLE", false},
-        {68, true, "COLOR_PIPELINE_CONTROL.PGA_ENABLE", "COLOR_PIPELINE_CONTROL.PGA_ENABLE", true},
-        {200, false, "POLY_SC_ENABLE.ENABLE", "POLY_SC_ENABLE.ENABLE", true},
+        {16, false, kShading, kShading, false},
+        {23, true, kShading, kShading, false},
+        {22, false, kControl, kControl, false},
+        {40, false, kControl, kControl, false},
+        {25, false, kCorrection, kCorrection, false},
+        {27, false, kCorrection, kCorrection, false},
+        {95, true, kCamPga, kCamPga, false},
+        {115, true, kCamPga, kCamPga, false},
+        {72, false, kPoly, kCamPga, true},
+        {76, true, kPga, kCamPga, true},
+        {154, false, "POLY_SC_ENABLE.", kPoly, false},
+        {68, true, kPga, kPga, true},
+        {200, false, kPoly, kPoly, true},
     };
     FakeHost host;
     FakeLibraries fake;
-    auto const name = [](LensCorrection const& correction) {
+    auto const chosen = [&](PageKind page, uint32_t kind) {
+        LensCorrection const correction =
+            chooseLensCorrection(page, sensorKind(kind, 1), Sensor(fake.camera()));
         return std::string(correction.lensCorrectionRegister) + '.' + correction.lensCorrectionBitfield;
     };
     for (Row const& row : rows) {
         fake.systemOnChip = row.systemOnChip;
         host.log.clear();
-        EXPECT_EQ(
-            name(chooseLensCorrection(PageKind::LensShading, sensorKind(row.kind, 1), Sensor(fake.camera()))),
-            row.lensShading)
-            << row.kind;
+        EXPECT_EQ(chosen(PageKind::LensShading, row.kind), row.lensShading) << row.kind;
         EXPECT_EQ(!host.log.empty(), row.asksTheLibrary) << row.kind;
-        EXPECT_EQ(name(chooseLensCorrection(PageKind::Apga, sensorKind(row.kind, 1), Sensor(fake.camera()))),
-                  row.apga)
-            << row.kind;
+        EXPECT_EQ(chosen(PageKind::Apga, row.kind), row.apga) << row.kind;
     }
 }
 

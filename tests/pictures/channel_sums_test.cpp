@@ -3,6 +3,7 @@
 #include "pictures/white_balance.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 #include <utility>
 #include <vector>
@@ -125,5 +126,25 @@ TEST(ChannelSums, EveryBlockAndTheCentreAreTheReferenceBitForBit) {
             EXPECT_EQ(mean->blue, double(sums.blue) / count);
         }
     }
+}
+TEST(WhiteBalance, GainLeavesAQuarterOfTheErrorAndTruncates) {
+    EXPECT_EQ(correctedGain(1000, 120, 100), 875);
+    EXPECT_EQ(correctedGain(1000, 80, 100), 1187);
+    EXPECT_EQ(correctedGain(std::numeric_limits<int32_t>::max(), 1e-9, 255),
+              std::numeric_limits<int32_t>::max());
+}
+
+TEST(WhiteBalance, TouchesNoPixelOfAFrameThatDoesNotHoldTogetherOrHasNoCentre) {
+    uint8_t const pixel[4] = {1, 2, 3, 4};
+    Frame const frames[] = {
+        {nullptr, ImageType::Rgb32, 640, 480, 2560}, {pixel, ImageType::Rgb32, 0, 480, 2560},
+        {pixel, ImageType::Rgb32, 640, -1, 2560},    {pixel, ImageType::Rgb32, 640, 480, 2559},
+        {pixel, ImageType::Rgb32, 640, 480, -2559},  {pixel, ImageType::Rgb32, 1, 1, 4},
+        {pixel, ImageType::Raw12, 640, 480, 2560},   {pixel, ImageType::Rgb32, 0x40000000, 480, 0},
+    };
+    for (Frame const& frame : frames)
+        EXPECT_FALSE(meanOfCentre(frame)) << frame.width << " x " << frame.height;
+    std::vector<uint32_t> const pixels(16);
+    EXPECT_TRUE(meanOfCentre({pixels.data(), ImageType::Rgb32, 2, 8, 8}));
 }
 } // namespace
