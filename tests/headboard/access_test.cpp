@@ -20,18 +20,16 @@ void addBridgeTransfer(Lines& lines, Lines const& writes, int polls) {
 }
 
 TEST(Access, SensorKindDecidesWhereTheEepromIs) {
-    struct Row {
-        uint32_t kind, address;
-        bool bridgeOnly;
-    };
+    using Row = std::tuple<uint32_t, uint32_t, bool>;
     FakeLibraries fake;
-    for (Row const& row : {Row{95, 0xAA, false}, Row{99, 0xAA, false}, Row{193, 0xAC, false},
-                           Row{198, 0xAC, false}, Row{199, 0xAC, false}, Row{71, 0xA8, true},
-                           Row{103, 0xA8, true}, Row{111, 0xA8, true}, Row{33, 0xA8, false}}) {
-        fake.description.sensorKind = row.kind;
+    for (auto const& [kind, address, bridgeOnly] :
+         {Row{95, 0xAA, false}, Row{99, 0xAA, false}, Row{193, 0xAC, false}, Row{198, 0xAC, false},
+          Row{199, 0xAC, false}, Row{71, 0xA8, true}, Row{103, 0xA8, true}, Row{111, 0xA8, true},
+          Row{33, 0xA8, false}}) {
+        fake.description.sensorKind = kind;
         EepromShare const eeprom = HeadboardEepromCreate(fake.camera());
-        EXPECT_EQ(eeprom->deviceAddress, row.address) << row.kind;
-        EXPECT_EQ(eeprom->bridgeOnly, row.bridgeOnly) << row.kind;
+        EXPECT_EQ(eeprom->deviceAddress, address) << kind;
+        EXPECT_EQ(eeprom->bridgeOnly, bridgeOnly) << kind;
         EXPECT_TRUE(eeprom->borrowedHandle);
         HeadboardEepromBind(*eeprom, nullptr);
         EXPECT_TRUE(eeprom->sensor) << "binding no camera changes nothing";

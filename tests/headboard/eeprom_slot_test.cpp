@@ -58,20 +58,17 @@ TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
     int64_t const written = board.operations;
     EXPECT_EQ(probeEeprom(*eeprom), EepromState::Present);
     EXPECT_EQ(board.operations, written) << "a formatted one is left alone";
-    struct Row {
-        bool isFormatted;
-        DeviceFault fault;
-        EepromState presence;
-    };
-    for (Row const& row : {Row{true, DeviceFault::NoAcknowledge, EepromState::Absent},
-                           Row{true, DeviceFault::TransportFailed, EepromState::Unknown},
-                           Row{false, DeviceFault::NoAcknowledge, EepromState::Absent},
-                           Row{false, DeviceFault::TransportFailed, EepromState::Absent}}) {
+    using Row = std::tuple<bool, DeviceFault, EepromState>;
+    for (auto const& [isFormatted, fault, presence] :
+         {Row{true, DeviceFault::NoAcknowledge, EepromState::Absent},
+          Row{true, DeviceFault::TransportFailed, EepromState::Unknown},
+          Row{false, DeviceFault::NoAcknowledge, EepromState::Absent},
+          Row{false, DeviceFault::TransportFailed, EepromState::Absent}}) {
         HeadboardEepromRelease(*eeprom);
-        board.device[0] = row.isFormatted ? 'V' : 0xFF;
+        board.device[0] = isFormatted ? 'V' : 0xFF;
         // A read comes first: of a blank device it succeeds, and the write of the header meets the fault.
-        board.plan(row.fault, row.isFormatted ? 0 : 1);
-        EXPECT_EQ(probeEeprom(*eeprom), row.presence) << row.isFormatted << int(row.fault);
+        board.plan(fault, isFormatted ? 0 : 1);
+        EXPECT_EQ(probeEeprom(*eeprom), presence) << isFormatted << int(fault);
     }
 }
 } // namespace

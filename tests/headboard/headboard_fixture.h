@@ -2,6 +2,7 @@
 
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
+#include "headboard/register_set.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_libraries.h"
 
@@ -49,6 +50,15 @@ inline std::vector<uint8_t> readRecord(EepromShare const& eeprom, int32_t offset
     int32_t const size = EepromReadRecord(*eeprom, offset, {});
     std::vector<uint8_t> bytes(size_t(std::max(size, 0)));
     return EepromReadRecord(*eeprom, offset, bytes) < 0 ? std::vector<uint8_t>() : bytes;
+}
+
+/// The entries of a register set.
+inline std::vector<RegisterEntry> entriesOf(EepromShare const& eeprom, std::vector<uint8_t> const& record) {
+    std::vector<RegisterEntry> found;
+    RegisterEntry entry;
+    while (EepromGetEntry(*eeprom, record, int32_t(found.size()), entry) == kEepromOk)
+        found.push_back(entry);
+    return found;
 }
 
 inline std::vector<uint8_t> bytesOf(EepromRecord const& record) {

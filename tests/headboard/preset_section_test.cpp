@@ -1,6 +1,5 @@
 #include "headboard/preset_section.h"
 
-#include "headboard/register_set.h"
 #include "tests/headboard/headboard_fixture.h"
 
 #include <QTemporaryDir>
@@ -17,14 +16,7 @@ struct PresetSection : ::testing::Test, Headboard {
     }
     std::string ini() const { return m_folder.filePath(QStringLiteral("preset.ini")).toStdString(); }
 
-    std::vector<RegisterEntry> entries() {
-        std::vector<RegisterEntry> found;
-        RegisterEntry entry;
-        std::vector<uint8_t> const record = readRecord(eeprom, 5);
-        while (EepromGetEntry(*eeprom, record, int32_t(found.size()), entry) == kEepromOk)
-            found.push_back(entry);
-        return found;
-    }
+    std::vector<RegisterEntry> entries() const { return entriesOf(eeprom, readRecord(eeprom, 5)); }
     std::vector<std::string> lines() {
         std::vector<std::string> found;
         std::string line;
@@ -40,11 +32,8 @@ private:
 
 TEST_F(PresetSection, EveryFormOfLineIsTaken) {
     fake.hasDescription = false; // so that sizes are the lines' own
-    struct Row {
-        char const* line;
-        std::vector<RegisterEntry> entries;
-    };
-    for (Row const& row : std::vector<Row>{
+    using Row = std::tuple<char const*, std::vector<RegisterEntry>>;
+    for (auto const& [line, stored] : std::vector<Row>{
              {"REG = 4660, 13", {{0, 0, 4660, 1, 0, 13}}},
              {"REG=3,0x20,0xFFFF // comment", {{0, 0, 0x20, 1, 0, 0xFFFF}}}, // a short entry holds no page
              {"BITFIELD = 3, 0x20, 0x8000, 1", {{0, 3, 0x20, 0, 0x8000, 1}}},
@@ -61,8 +50,8 @@ TEST_F(PresetSection, EveryFormOfLineIsTaken) {
              {"REG = 1\nREG 1, 2\nREGS = 1, 2\nVAR = 1, 2\nSTATE = White Balance, 1\n// REG = 1, 2\nx", {}},
          }) {
         ASSERT_EQ(EepromFormat(*eeprom, -1), kEepromOk);
-        ASSERT_EQ(import(row.line, kRecordPga), kEepromOk) << row.line;
-        EXPECT_EQ(entries(), row.entries) << row.line;
+        ASSERT_EQ(import(line, kRecordPga), kEepromOk) << line;
+        EXPECT_EQ(entries(), stored) << line;
         EXPECT_EQ(EepromRecordText(*eeprom, 5), "Lens Cor");
     }
 }

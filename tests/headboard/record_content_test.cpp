@@ -1,4 +1,3 @@
-#include "headboard/register_set.h"
 #include "tests/headboard/headboard_fixture.h"
 
 using namespace kestra;
@@ -9,11 +8,7 @@ using Bytes = std::vector<uint8_t>;
 struct RecordContent : ::testing::Test, Headboard {
     Bytes content() const { return {record.payload().begin() + 9, record.payload().end()}; }
     int32_t add(RegisterEntry const& entry) { return EepromAddEntry(*eeprom, record, entry); }
-    RegisterEntry entry(int32_t n) {
-        RegisterEntry found;
-        EXPECT_EQ(EepromGetEntry(*eeprom, record.bytes(), n, found), kEepromOk);
-        return found;
-    }
+    RegisterEntry entry(size_t n) const { return entriesOf(eeprom, bytesOf(record)).at(n); }
     EepromRecord record = makeRegisterSet(kRecordPga, 8112, "N");
 };
 
@@ -29,28 +24,23 @@ TEST_F(RecordContent, EntriesOfOneKindShareABlock) {
     EXPECT_EQ(entry(1), (RegisterEntry{0, 0, 0x3602, 2, 0, 0x5678}));
     EXPECT_EQ(entry(2), (RegisterEntry{1, 18, 0x42, 1, 0, 7}));
     EXPECT_EQ(entry(3), (RegisterEntry{0, 0, 0x3780, 2, 0x8000, 0x12345678}));
-    RegisterEntry none;
-    EXPECT_EQ(EepromGetEntry(*eeprom, record.bytes(), 4, none), kEepromFailed);
+    EXPECT_EQ(entriesOf(eeprom, bytesOf(record)).size(), 4U);
 }
 
 TEST_F(RecordContent, KindFollowsClassSizeMaskAndTheSensorsWidths) {
-    struct Row {
-        RegisterEntry entry;
-        uint32_t dataWidth;
-        bool hasDescription;
-        int kind;
-    };
-    for (Row const& row : {Row{{0, 0, 1, 0, 0, 0}, 16, true, 3}, Row{{0, 0, 1, 1, 0, 0}, 16, true, 3},
-                           Row{{0, 0, 1, 2, 0, 0}, 16, true, 2}, Row{{0, 0, 1, 2, 0, 0}, 8, true, 3},
-                           Row{{0, 0, 1, 1, 0, 0}, 0, true, 2}, Row{{0, 0, 1, 4, 0, 0}, 16, false, 3},
-                           Row{{0, 0, 1, 0, 1, 0}, 16, false, 2}, Row{{1, 0, 1, 0, 0, 0}, 16, true, 4},
-                           Row{{1, 0, 1, 4, 0, 0}, 16, true, 2}, Row{{1, 0, 1, 1, 1, 0}, 16, true, 2},
-                           Row{{2, 0, 1, 1, 0, 0}, 16, true, 2}}) {
-        fake.description.registerDataWidth = row.dataWidth;
-        fake.hasDescription = row.hasDescription;
+    using Row = std::tuple<RegisterEntry, uint32_t, bool, int>;
+    for (auto const& [added, dataWidth, hasDescription, kind] :
+         {Row{{0, 0, 1, 0, 0, 0}, 16, true, 3}, Row{{0, 0, 1, 1, 0, 0}, 16, true, 3},
+          Row{{0, 0, 1, 2, 0, 0}, 16, true, 2}, Row{{0, 0, 1, 2, 0, 0}, 8, true, 3},
+          Row{{0, 0, 1, 1, 0, 0}, 0, true, 2}, Row{{0, 0, 1, 4, 0, 0}, 16, false, 3},
+          Row{{0, 0, 1, 0, 1, 0}, 16, false, 2}, Row{{1, 0, 1, 0, 0, 0}, 16, true, 4},
+          Row{{1, 0, 1, 4, 0, 0}, 16, true, 2}, Row{{1, 0, 1, 1, 1, 0}, 16, true, 2},
+          Row{{2, 0, 1, 1, 0, 0}, 16, true, 2}}) {
+        fake.description.registerDataWidth = dataWidth;
+        fake.hasDescription = hasDescription;
         record = makeRegisterSet(kRecordPga, 8112, nullptr);
-        ASSERT_EQ(add(row.entry), kEepromOk);
-        EXPECT_EQ(content()[0], row.kind) << row.entry.registerClass << ' ' << row.entry.size;
+        ASSERT_EQ(add(added), kEepromOk);
+        EXPECT_EQ(content()[0], kind) << added.registerClass << ' ' << added.size;
     }
 }
 
@@ -72,27 +62,22 @@ TEST_F(RecordContent, EntryWithoutSizeTakesThatOfItsRegister) {
 }
 
 TEST_F(RecordContent, ClassAndIdFollowTheAddressSpace) {
-    struct Row {
-        uint32_t space;
-        bool pages;
-        uint32_t maps, registerClass, id, size;
-    };
+    using Row = std::tuple<uint32_t, bool, uint32_t, uint32_t, uint32_t, uint32_t>;
     board.add("R", 0, 6, 0x20, 4, 0xABCD);
     board.addBitfield("R", "B", 0xFF00);
     // Where an entry carries no size, that of the register with the same class and id is taken.
-    for (Row const& row :
+    for (auto const& [space, pages, maps, registerClass, id, size] :
          {Row{0, false, 0, 0, 0, 0}, Row{0, true, 0, 0, 6, 4}, Row{3, true, 0, 0, 6, 0},
           Row{10, false, 0, 0, 0, 0}, Row{1, false, 0, 1, 6, 4}, Row{2, false, 0, 2, 6, 4},
           Row{5, false, 0, 5, 6, 4}, Row{6, false, 0, 6, 6, 4}, Row{8, false, 0, 8, 6, 4},
           Row{9, false, 0, 9, 6, 4}, Row{4, true, 0x80, 4, 0, 0}, Row{4, true, 0x10, 4, 6, 4},
           Row{7, true, 0x10, 7, 0, 0}, Row{7, true, 0x80, 7, 6, 4}}) {
-        board.registers["R"].description.addressSpace = row.space;
-        fake.description.hasPageSelect = row.pages;
-        fake.description.secondaryMaps = row.maps;
+        board.registers["R"].description.addressSpace = space;
+        fake.description.hasPageSelect = pages;
+        fake.description.secondaryMaps = maps;
         record = makeRegisterSet(kRecordPga, 8112, nullptr);
         ASSERT_EQ(EepromAddRegisterCurrent(*eeprom, record, "R", "B"), kEepromOk);
-        EXPECT_EQ(entry(0), (RegisterEntry{row.registerClass, row.id, 0x20, row.size, 0xFF00, 0xAB}))
-            << row.space;
+        EXPECT_EQ(entry(0), (RegisterEntry{registerClass, id, 0x20, size, 0xFF00, 0xAB})) << space;
     }
     EXPECT_EQ(EepromAddRegister(*eeprom, record, "R", "X", 1), kEepromFailed);
     EXPECT_EQ(EepromAddRegister(*eeprom, record, "X", "", 1), kEepromFailed);

@@ -1,11 +1,11 @@
 #include "headboard/register_record.h"
 
 #include "headboard/register_names.h"
-#include "headboard/register_set.h"
 #include "tests/headboard/headboard_fixture.h"
 
 #include <algorithm>
 #include <set>
+#include <sstream>
 
 using namespace kestra;
 
@@ -36,10 +36,9 @@ struct RegisterRecord : ::testing::Test, Headboard {
     }
 
     Replay replay(uint8_t type, char const* name) {
-        std::vector<uint8_t> const record = readRecord(eeprom, EepromFindRecord(*eeprom, type, name, 0));
         Replay lines;
-        RegisterEntry entry;
-        while (EepromGetEntry(*eeprom, record, int32_t(lines.size()), entry) == kEepromOk)
+        for (RegisterEntry const& entry :
+             entriesOf(eeprom, readRecord(eeprom, EepromFindRecord(*eeprom, type, name, 0))))
             lines.push_back(describe(entry));
         return lines;
     }
@@ -59,64 +58,30 @@ private:
     }
 };
 
-TEST(RegisterNames, CountsAndSamplesOfEveryFamily) {
-    struct Row {
-        size_t place;
-        char const* name;
-    };
-    std::vector<std::string> const& shading = shadingRegisterNames();
-    ASSERT_EQ(shading.size(), 1111U);
-    EXPECT_EQ(std::set<std::string>(shading.begin(), shading.end()).size(), 1111U);
-    // The borders of the families, and where an index within one has its turn.
-    constexpr Row kShading[] = {{0, "P_GR_P0Q0"},
-                                {1, "P_G1_P0Q0"},
-                                {2, "P_CR_P0Q0"},
-                                {3, "P_GR_P0Q1"},
-                                {15, "P_GR_P1Q0"},
-                                {76, "P_R_P0Q0"},
-                                {125, "P_BL_P0Q0"},
-                                {249, "P_CB_P4Q4"},
-                                {251, "CENTER_ROW"},
-                                {353, "PGATABLE_DATA_099"},
-                                {355, "PGATABLE_CENTERCOLUMN"},
-                                {357, "P_CR_Q5"},
-                                {371, "CAM_PGA_M_CONFIG_BLUE_Q14"},
-                                {377, "PGASETUP_LEFT_COLORTEMP"},
-                                {392, "LENS_CORRECTION_CONTROL"},
-                                {406, "ZONE_X6Y6"},
-                                {418, "SECOND_DERIV_ZONE_7_RED"},
-                                {419, "K_FACTOR_IN_K_FX_FY_R_TL"},
-                                {426, "LENS_K_FACTOR_R_Q3"},
-                                {450, "CF_34_G1"},
-                                {467, "LENS_K_FACTOR_B_Q0"},
-                                {471, "CF_12_G2"},
-                                {494, "CF_34_B"},
-                                {495, "X2_FACTORS"},
-                                {599, "PGATABLEA_CENTERROW"},
-                                {601, "PGATABLED65_DATA_000"},
-                                {703, "PGATABLECWF_DATA_000"},
-                                {816, "PGA_TABLE_A_DATA_11"},
-                                {907, "PGA_TABLE_CWF_DATA_0"},
-                                {1110, "PGA_TABLE_D65_CENTER_ROW"}};
-    for (Row const& row : kShading)
-        EXPECT_EQ(shading[row.place], row.name);
+// The borders of the families, and where an index within one has its turn.
+void expectNames(std::vector<std::string> const& names, size_t count, std::string const& samples) {
+    EXPECT_EQ(names.size(), count);
+    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), count);
+    std::istringstream stream(samples);
+    size_t place = 0;
+    for (std::string name; stream >> place >> name;)
+        EXPECT_EQ(names.at(place), name);
+}
 
-    std::vector<std::string> const& ccm = ccmRegisterNames();
-    ASSERT_EQ(ccm.size(), 313U);
-    EXPECT_EQ(std::set<std::string>(ccm.begin(), ccm.end()).size(), 313U);
-    constexpr Row kCcm[] = {{10, "AWB_CCM_L_10"},
-                            {11, "AWB_CCM_RL_0"},
-                            {34, "AWB_TG_MAX0"},
-                            {56, "PRI_A_CONFIG_AWB_CCM_RL_10"},
-                            {123, "CAM_AWB_CCM_L_0"},
-                            {232, "BIN_OFF_CONFIG_AWB_CCM_RL_10"},
-                            {253, "CAM_AWB_CCM_M_0"},
-                            {272, "CAM_AWB_CCM_L_BG_GAIN"},
-                            {277, "CAM_AWB_CCM_L_CTEMP"},
-                            {307, "AWBTRACKCONFIG_CCMDATA_0_RBRATIO"},
-                            {312, "AWBTRACKCONFIG_CCMDATA_2_COLORTEMP"}};
-    for (Row const& row : kCcm)
-        EXPECT_EQ(ccm[row.place], row.name);
+TEST(RegisterNames, CountsAndSamplesOfEveryFamily) {
+    expectNames(shadingRegisterNames(), 1111,
+                "0 P_GR_P0Q0 1 P_G1_P0Q0 2 P_CR_P0Q0 3 P_GR_P0Q1 15 P_GR_P1Q0 76 P_R_P0Q0 125 P_BL_P0Q0 "
+                "249 P_CB_P4Q4 251 CENTER_ROW 353 PGATABLE_DATA_099 355 PGATABLE_CENTERCOLUMN 357 P_CR_Q5 "
+                "371 CAM_PGA_M_CONFIG_BLUE_Q14 377 PGASETUP_LEFT_COLORTEMP 392 LENS_CORRECTION_CONTROL "
+                "406 ZONE_X6Y6 418 SECOND_DERIV_ZONE_7_RED 419 K_FACTOR_IN_K_FX_FY_R_TL "
+                "426 LENS_K_FACTOR_R_Q3 450 CF_34_G1 467 LENS_K_FACTOR_B_Q0 471 CF_12_G2 494 CF_34_B "
+                "495 X2_FACTORS 599 PGATABLEA_CENTERROW 601 PGATABLED65_DATA_000 703 PGATABLECWF_DATA_000 "
+                "816 PGA_TABLE_A_DATA_11 907 PGA_TABLE_CWF_DATA_0 1110 PGA_TABLE_D65_CENTER_ROW");
+    expectNames(ccmRegisterNames(), 313,
+                "10 AWB_CCM_L_10 11 AWB_CCM_RL_0 34 AWB_TG_MAX0 56 PRI_A_CONFIG_AWB_CCM_RL_10 "
+                "123 CAM_AWB_CCM_L_0 232 BIN_OFF_CONFIG_AWB_CCM_RL_10 253 CAM_AWB_CCM_M_0 "
+                "272 CAM_AWB_CCM_L_BG_GAIN 277 CAM_AWB_CCM_L_CTEMP 307 AWBTRACKCONFIG_CCMDATA_0_RBRATIO "
+                "312 AWBTRACKCONFIG_CCMDATA_2_COLORTEMP");
 }
 
 TEST_F(RegisterRecord, CorrectionIsOffWhileItsRegistersAreRead) {
