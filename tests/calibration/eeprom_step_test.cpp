@@ -1,7 +1,6 @@
 #include "tests/calibration/pages.h"
 #include "tests/support/inside_calls.h"
 
-#include "common/system.h"
 #include "headboard/eeprom_chain.h"
 #include "headboard/record_format.h"
 
@@ -18,9 +17,7 @@ protected:
     EepromStep() : PageFixture(GetParam()) {
         libraries.headboard.deviceAddress = kBusAddress;
         libraries.headboard.add("P_RD_P0Q0", 0, 0, 0x3640, 2, 0x1234);
-        currentUtcTime.replace([] { return QDateTime(QDate(2024, 5, 31), QTime(23, 59, 7), Qt::UTC); });
     }
-    ~EepromStep() override { currentUtcTime.replace({}); }
 
     void chooseLabel(char const* label) {
         auto* const box = widget<QComboBox>("Prom_Label");
@@ -28,17 +25,9 @@ protected:
         box->setCurrentText(QLatin1String(label));
     }
     // What a fresh reader of the device finds.
-    [[nodiscard]] EepromShare device() const { return HeadboardEepromCreate(sensor.camera); }
-    [[nodiscard]] int records(uint8_t type) const {
-        EepromShare const eeprom = device();
-        int count = 0;
-        for (int32_t at = EepromFindRecord(*eeprom, type, nullptr, 0); at >= 0;
-             at = EepromFindRecord(*eeprom, type, nullptr, EepromNextRecord(*eeprom, at)))
-            ++count;
-        return count;
-    }
+    [[nodiscard]] int records(uint8_t type) const { return recordsOnDevice()[type]; }
     [[nodiscard]] std::string recordText(uint8_t type) const {
-        EepromShare const eeprom = device();
+        EepromShare const eeprom = HeadboardEepromCreate(sensor.camera);
         return std::string(EepromRecordText(*eeprom, EepromFindRecord(*eeprom, type, nullptr, 0)));
     }
 };
@@ -111,17 +100,14 @@ TEST_P(EepromStep, StoresUnderTheLabelWithinOneGroupOfChanges) {
 }
 
 TEST_P(EepromStep, OnlyTheFactorysLabelAddsOneTime) {
-    struct Row {
-        char const* label;
-        int times;
-    };
-    for (Row const& row : {Row{"factory", 0}, Row{"FACTORY", 1}, Row{"FACTORY", 1}}) {
+    using Row = std::tuple<char const*, int>;
+    for (auto const& [label, times] : {Row{"factory", 0}, Row{"FACTORY", 1}, Row{"FACTORY", 1}}) {
         open();
-        chooseLabel(row.label);
+        chooseLabel(label);
         click("Prom_Save");
-        EXPECT_EQ(text("Prom_Save_Status"), "Done.") << row.label;
-        EXPECT_EQ(records(kRecordTimeStamp), row.times) << row.label;
-        EXPECT_EQ(records(kRecordPga), 1) << row.label;
+        EXPECT_EQ(text("Prom_Save_Status"), "Done.") << label;
+        EXPECT_EQ(records(kRecordTimeStamp), times) << label;
+        EXPECT_EQ(records(kRecordPga), 1) << label;
     }
     EXPECT_EQ(recordText(kRecordTimeStamp), "2024/05/31 23:59:07");
 }

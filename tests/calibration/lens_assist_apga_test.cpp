@@ -201,24 +201,22 @@ TEST_F(LensAssistApgaPage, AdaptiveCalculationAsksInItsOrder) {
 }
 
 TEST_F(LensAssistApgaPage, ATemperatureIsTheNumberInFrontOfItsTextWithoutItsFraction) {
-    struct Row {
-        char const* text;
-        char const* kelvin;
-    };
-    for (Row const& row : {Row{"2856.5", "2856"}, Row{"2856K", "2856"}, Row{" +2856.9 K", "2856"},
-                           Row{"abc", "0"}, Row{"", "0"}, Row{"1e99", "2147483647"}}) {
-        SCOPED_TRACE(row.text);
+    using Row = std::tuple<char const*, char const*>;
+    for (auto const& [typed, kelvin] :
+         {Row{"2856.5", "2856"}, Row{"2856K", "2856"}, Row{" +2856.9 K", "2856"}, Row{"abc", "0"},
+          Row{"", "0"}, Row{"1e99", "2147483647"}}) {
+        SCOPED_TRACE(typed);
         open();
-        widget<QLineEdit>("Incandescent_Temp")->setText(row.text);
+        widget<QLineEdit>("Incandescent_Temp")->setText(typed);
         captureAll();
         host.log.clear();
         click("Calibrate");
         EXPECT_EQ(host.calls("writeInt LensAssist Left").back(),
-                  std::string("writeInt LensAssist Left Temp for S1 ") + row.kelvin);
+                  std::string("writeInt LensAssist Left Temp for S1 ") + kelvin);
         tick();
-        EXPECT_EQ(host.calls("findApga 2").back(), std::string("findApga 2 ") + row.kelvin + " 95 0");
+        EXPECT_EQ(host.calls("findApga 2").back(), std::string("findApga 2 ") + kelvin + " 95 0");
         page->setVisible(true);
-        EXPECT_EQ(widget<QLineEdit>("Incandescent_Temp")->text(), row.kelvin) << "as it is stored";
+        EXPECT_EQ(widget<QLineEdit>("Incandescent_Temp")->text(), kelvin) << "as it is stored";
     }
 }
 
@@ -253,20 +251,18 @@ TEST_F(LensAssistApgaPage, YcbcrPicturesThatTheCalibrationWaitedForAreHandedOver
 }
 
 TEST_F(LensAssistApgaPage, AFailedCalculationAsksNoMoreAndShowsAtTheNextTick) {
-    struct Row {
-        int input, solution, table;
-        size_t calls;
-    };
-    for (Row const& row : {Row{0, 0, 0, 1}, Row{1, -2, 0, 2}, Row{1, 1, 0, 2}, Row{1, 0, -2, 4}}) {
-        SCOPED_TRACE(row.calls);
-        libraries.inputAnswer = row.input;
-        libraries.solutionAnswer = row.solution;
-        libraries.apgaAnswer = row.table;
+    using Row = std::tuple<int, int, int, size_t>;
+    for (auto const& [input, solution, table, calls] :
+         {Row{0, 0, 0, 1}, Row{1, -2, 0, 2}, Row{1, 1, 0, 2}, Row{1, 0, -2, 4}}) {
+        SCOPED_TRACE(calls);
+        libraries.inputAnswer = input;
+        libraries.solutionAnswer = solution;
+        libraries.apgaAnswer = table;
         libraries.hasList = false;
         open();
         startCalibration();
         tick();
-        EXPECT_EQ(solverCalls().size(), row.calls);
+        EXPECT_EQ(solverCalls().size(), calls);
         EXPECT_EQ(state().lscStepState, kInProgress);
         EXPECT_EQ(state().lscStepProgress, phase::kSolved);
         tick();
@@ -380,15 +376,6 @@ protected:
         host.registers = {
             {"CAM_AWB_CCM_L_CTEMP.", 2800}, {"CAM_AWB_CCM_M_CTEMP.", 4000}, {"CAM_AWB_CCM_R_CTEMP.", 6500}};
     }
-    // What a fresh reader of the device finds; every type is counted under its number.
-    [[nodiscard]] std::map<uint8_t, int> recordsOnDevice() const {
-        EepromShare const eeprom = HeadboardEepromCreate(sensor.camera);
-        std::map<uint8_t, int> found;
-        std::vector<uint8_t> record(8192);
-        for (int n = 0; EepromReadNth(*eeprom, kAnyRecordType, nullptr, n, record) > 0; ++n)
-            ++found[record[0]];
-        return found;
-    }
     // In the image that the page works on; what the device holds is another matter.
     [[nodiscard]] bool has(uint8_t type) const {
         return eepromSlot && EepromFindRecord(*eepromSlot, type, nullptr, 0) >= 0;
@@ -396,20 +383,17 @@ protected:
 };
 
 TEST_F(WhiteBalanceRecord, IsMadeForItsSensorOutOfRecordedGainsOnly) {
-    struct Row {
-        uint32_t kind, variant;
-        std::vector<int> redGains;
-        bool isMade;
-    };
-    for (Row const& row : {Row{72, 1, {500, 750, 1500}, true}, Row{72, 2, {500, 750, 1500}, false},
-                           Row{76, 1, {500, 750, 1500}, false}, Row{72, 1, {500, 0, 1500}, false}}) {
+    using Row = std::tuple<uint32_t, uint32_t, std::vector<int>, bool>;
+    for (auto const& [kind, variant, redGains, isMade] :
+         {Row{72, 1, {500, 750, 1500}, true}, Row{72, 2, {500, 750, 1500}, false},
+          Row{76, 1, {500, 750, 1500}, false}, Row{72, 1, {500, 0, 1500}, false}}) {
         libraries.headboard.device.fill(0xFF);
-        sensor.sensorKind = row.kind;
-        sensor.variant = row.variant;
+        sensor.sensorKind = kind;
+        sensor.variant = variant;
         open();
-        runAll(row.redGains);
+        runAll(redGains);
         EXPECT_EQ(text("Prom_Save_Status"), "Done.");
-        EXPECT_EQ(has(kRecordCcm), row.isMade) << row.kind << ' ' << row.variant;
+        EXPECT_EQ(has(kRecordCcm), isMade) << kind << ' ' << variant;
         EXPECT_EQ(host.calls("dumpRegFile"), std::vector<std::string>{"dumpRegFile 0"});
         host.log.clear();
     }

@@ -12,6 +12,15 @@ class LensAssistPage : public PageFixture {
 protected:
     LensAssistPage() : PageFixture(kLensAssistPage) {}
 
+    // A sensor of this kind, whose next frame is the one to calibrate from.
+    void openSettled(uint32_t kind) {
+        sensor.sensorKind = kind;
+        libraries.bitfields.insert("COLOR_PIPELINE_CONTROL.LENS_SHADING");
+        open();
+        click("Calibrate");
+        frames(kind == 16 ? 5 : 6);
+        host.log.clear();
+    }
     // From the button to the moment at which the library is due.
     void calibrateToCapture() {
         click("Calibrate");
@@ -99,33 +108,6 @@ TEST_F(LensAssistPage, FramesGoToTheLibraryWithTheHostsGeometry) {
     EXPECT_EQ(state().lscStepProgress, 50);
 }
 
-TEST_F(LensAssistPage, EachKindTakesItsOwnFrames) {
-    struct Row {
-        uint32_t kind;
-        uint32_t type;
-        char const* call; // null: not taken
-    };
-    Row const rows[] = {{200, 13, "setInputImage2 64 48 12 0 0 0 -1 -1"},
-                        {200, 2, "setInputImage2 64 48 8 0 0 0 -1 -1"},
-                        {200, 5, "setInputImageYcbcr 64 48"},
-                        {200, 11, nullptr},
-                        {16, 11, "setInputImage2 64 48 8 0 0 0 -1 -1"},
-                        {16, 13, nullptr}};
-    for (Row const& row : rows) {
-        sensor.sensorKind = row.kind;
-        libraries.bitfields.insert("COLOR_PIPELINE_CONTROL.LENS_SHADING");
-        open();
-        click("Calibrate");
-        frames(row.kind == 16 ? 5 : 6);
-        host.log.clear();
-        frames(1, row.type);
-        EXPECT_EQ(host.calls("setInput"),
-                  row.call ? std::vector<std::string>{row.call} : std::vector<std::string>{})
-            << row.kind << ' ' << row.type;
-        EXPECT_EQ(state().inputWasYcbcr, row.type == 5 ? 1U : 0U);
-    }
-}
-
 TEST_F(LensAssistPage, AFrameThatCannotBeReadFailsTheStepAndTheNextCalibrationSucceeds) {
     open();
     uint8_t const pixels[64] = {};
@@ -147,21 +129,25 @@ TEST_F(LensAssistPage, AFrameThatCannotBeReadFailsTheStepAndTheNextCalibrationSu
     }
 }
 
+TEST_F(LensAssistPage, EachKindTakesItsOwnFrames) {
+    for (auto const& [kind, type] : {std::pair(200U, 11U), {16U, 13U}}) {
+        openSettled(kind);
+        frames(1, type);
+        EXPECT_EQ(host.calls("setInput"), std::vector<std::string>()) << kind;
+    }
+}
+
 TEST_F(LensAssistPage, TheLibraryGetsTheRowsFromTheTopWithoutGapsWhateverThePitch) {
-    struct Row {
-        uint32_t kind, type;
-        int bytesPerPixel;
-    };
+    using Row = std::tuple<uint32_t, uint32_t, int, char const*>;
     constexpr int kWidth = 5, kHeight = 3;
-    for (Row const& row : {Row{200, 13, 2}, Row{200, 5, 2}, Row{200, 8, 1}, Row{16, 11, 4}}) {
-        int const rowBytes = kWidth * row.bytesPerPixel;
+    for (auto const& [kind, type, bytesPerPixel, handOver] :
+         {Row{200, 13, 2, "setInputImage2 5 3 12 0 0 0 -1 -1"}, Row{200, 5, 2, "setInputImageYcbcr 5 3"},
+          Row{200, 8, 1, "setInputImage2 5 3 8 0 0 0 -1 -1"},
+          Row{16, 11, 4, "setInputImage2 5 3 8 0 0 0 -1 -1"}}) {
+        int const rowBytes = kWidth * bytesPerPixel;
         for (int const pitch : {0, rowBytes, rowBytes + 3, -rowBytes, -rowBytes - 1}) {
-            SCOPED_TRACE(std::to_string(row.type) + ' ' + std::to_string(pitch));
-            sensor.sensorKind = row.kind;
-            libraries.bitfields.insert("COLOR_PIPELINE_CONTROL.LENS_SHADING");
-            open();
-            click("Calibrate");
-            frames(row.kind == 16 ? 5 : 6);
+            SCOPED_TRACE(std::to_string(type) + ' ' + std::to_string(pitch));
+            openSettled(kind);
             int const step = pitch == 0 ? rowBytes : std::abs(pitch);
             std::vector<uint8_t> memory(size_t(step * kHeight), 0xEE), expected;
             uint8_t* const first = pitch < 0 ? memory.data() + step * (kHeight - 1) : memory.data();
@@ -178,9 +164,11 @@ TEST_F(LensAssistPage, TheLibraryGetsTheRowsFromTheTopWithoutGapsWhateverThePitc
                 auto const* const bytes = static_cast<uint8_t const*>(libraries.frame);
                 handedOver.assign(bytes, bytes + expected.size());
             };
-            page->onFrame({first, ImageType(row.type), kWidth, kHeight, pitch});
+            page->onFrame({first, ImageType(type), kWidth, kHeight, pitch});
             host.onCall = nullptr;
             EXPECT_EQ(handedOver, expected);
+            EXPECT_EQ(host.calls("setInput"), std::vector<std::string>{handOver});
+            EXPECT_EQ(state().inputWasYcbcr, type == 5 ? 1U : 0U);
             EXPECT_EQ(libraries.frame == first, pitch == 0 || pitch == rowBytes) << "copied without need";
             EXPECT_EQ(state().lscStepProgress, phase::kSolved);
         }
@@ -188,15 +176,12 @@ TEST_F(LensAssistPage, TheLibraryGetsTheRowsFromTheTopWithoutGapsWhateverThePitc
 }
 
 TEST_F(LensAssistPage, YcbcrInputCarriesTheLumaRange) {
-    struct Row {
-        int32_t automatic, high;
-        uint32_t low, chromaHigh;
-    };
-    for (Row const& row : {Row{1, 255, 11, 255}, Row{0, 235, 22, 224}}) {
+    using Row = std::tuple<int32_t, int32_t, uint32_t, uint32_t>;
+    for (auto const& [automatic, high, low, chromaHigh] : {Row{1, 255, 11, 255}, Row{0, 235, 22, 224}}) {
         open();
-        host.states = {{"sRGB Color Standard", 3}, {"Auto Luma Range", row.automatic},
+        host.states = {{"sRGB Color Standard", 3}, {"Auto Luma Range", automatic},
                        {"Luma Clip Lo", 11},       {"Luma Lo", 22},
-                       {"Luma Clip Hi", row.high}, {"Sensor Orientation", 1}};
+                       {"Luma Clip Hi", high},     {"Sensor Orientation", 1}};
         calibrateToCapture();
         host.log.clear();
         frames(1, 5);
@@ -204,9 +189,9 @@ TEST_F(LensAssistPage, YcbcrInputCarriesTheLumaRange) {
         EXPECT_EQ(input.size, 48U);
         EXPECT_EQ(input.srgbStandard, 3U);
         EXPECT_EQ(input.componentOrder[3], 3U);
-        EXPECT_EQ(input.lumaLow, row.low);
-        EXPECT_EQ(input.lumaHigh, uint32_t(row.high));
-        EXPECT_EQ(input.chromaHigh, row.chromaHigh);
+        EXPECT_EQ(input.lumaLow, low);
+        EXPECT_EQ(input.lumaHigh, uint32_t(high));
+        EXPECT_EQ(input.chromaHigh, chromaHigh);
         EXPECT_EQ(input.chromaZero, 128U);
         EXPECT_EQ(input.orientation, 1U);
         auto const reads = host.calls("readState");
@@ -217,25 +202,21 @@ TEST_F(LensAssistPage, YcbcrInputCarriesTheLumaRange) {
 }
 
 TEST_F(LensAssistPage, FailuresShowTheirOwnText) {
-    struct Row {
-        int input, solution, apga;
-        bool list;
-        char const* text;
-    };
+    using Row = std::tuple<int, int, int, bool, char const*>;
     constexpr char const* kSize = "Error: Incompatible image size.";
     constexpr char const* kOther = "Error. Are the External sensor data files installed?";
-    for (Row const& row :
+    for (auto const& [input, solution, apga, list, told] :
          {Row{0, 0, 0, true, kOther}, Row{1, -2, 0, true, kSize}, Row{1, -1, 0, true, kOther},
           Row{1, 0, -2, true, kSize}, Row{1, 0, 9, true, kOther}, Row{1, 0, 0, false, kOther}}) {
-        libraries.inputAnswer = row.input;
-        libraries.solutionAnswer = row.solution;
-        libraries.apgaAnswer = row.apga;
-        libraries.hasList = row.list;
+        libraries.inputAnswer = input;
+        libraries.solutionAnswer = solution;
+        libraries.apgaAnswer = apga;
+        libraries.hasList = list;
         open();
         calibrateToCapture();
         frames(1, 13);
         tick();
-        EXPECT_EQ(text("Calibrate_Status"), row.text);
+        EXPECT_EQ(text("Calibrate_Status"), told);
         EXPECT_TRUE(host.calls("writeListEntry").empty());
         click("Calibrate");
         EXPECT_EQ(state().lscStepState, kInProgress) << "the next try starts afresh";
@@ -261,36 +242,28 @@ TEST_F(LensAssistPage, AFailedCalibrationKeepsRunAllWaitingButAMissingOneEndsIt)
 }
 
 TEST_F(LensAssistPage, OddListsAreHandled) {
-    struct Row {
-        int32_t count;
-        bool pointer;
-        size_t writes;
-        uint32_t step;
-    };
-    for (Row const& row :
+    using Row = std::tuple<int32_t, bool, size_t, uint32_t>;
+    for (auto const& [count, pointer, writes, step] :
          {Row{0, true, 0, kInProgress}, Row{-5, true, 0, kInProgress}, Row{2, false, 0, kFailedOtherwise},
           Row{0, false, 0, kInProgress}, Row{1, true, 1, kInProgress}}) {
-        libraries.list = {row.count, row.pointer ? libraries.entries.data() : nullptr};
+        libraries.list = {count, pointer ? libraries.entries.data() : nullptr};
         open();
         solve();
         host.log.clear();
         tick();
-        EXPECT_EQ(host.calls("writeListEntry").size(), row.writes) << row.count;
-        EXPECT_EQ(state().lscStepState, row.step) << row.count;
+        EXPECT_EQ(host.calls("writeListEntry").size(), writes) << count;
+        EXPECT_EQ(state().lscStepState, step) << count;
         EXPECT_TRUE(host.isBalanced());
-        EXPECT_EQ(host.calls("begin").empty(), row.step == kFailedOtherwise);
+        EXPECT_EQ(host.calls("begin").empty(), step == kFailedOtherwise);
     }
 }
 
 TEST_F(LensAssistPage, ResultsFileNameIsBuiltByteForByte) {
-    struct Row {
-        char const* part;
-        char const* sensorName;
-        std::string name;
-    };
-    for (Row const& row : {Row{"B:%1", "P/%2", "B:%1_P/%2.ini"}, Row{nullptr, nullptr, "_.ini"}}) {
-        sensor.fileNamePart = row.part;
-        libraries.description.name = row.sensorName;
+    using Row = std::tuple<char const*, char const*, std::string>;
+    for (auto const& [part, sensorName, name] :
+         {Row{"B:%1", "P/%2", "B:%1_P/%2.ini"}, Row{nullptr, nullptr, "_.ini"}}) {
+        sensor.fileNamePart = part;
+        libraries.description.name = sensorName;
         open();
         widget<QLineEdit>("Save_Dir")->setText(QString::fromStdString(saveDir() + "/"));
         solve();
@@ -299,8 +272,8 @@ TEST_F(LensAssistPage, ResultsFileNameIsBuiltByteForByte) {
         tick();
         ASSERT_EQ(state().lscStepState, kDone);
         click("File_Save");
-        EXPECT_EQ(libraries.path, saveDir() + "/\\" + row.name);
-        EXPECT_EQ(text("File_Save_Status"), "Done: " + row.name);
+        EXPECT_EQ(libraries.path, saveDir() + "/\\" + name);
+        EXPECT_EQ(text("File_Save_Status"), "Done: " + name);
     }
 }
 
@@ -315,15 +288,6 @@ TEST_F(LensAssistPage, UnusableTopRowsAreLeftOutForTheirKinds) {
         page->onFrame({pixels.data(), ImageType::Rgb32, 64, 48, 256});
         EXPECT_EQ(state().uniformityValue == 0, kind != 200) << kind;
     }
-}
-
-TEST_F(LensAssistPage, ANewCalibrationForgetsTheWorstBlock) {
-    open();
-    click("ColorUniformity");
-    frames(1);
-    EXPECT_FALSE(state().worstBlock.isEmpty());
-    click("Calibrate");
-    EXPECT_TRUE(state().worstBlock.isEmpty());
 }
 
 TEST(SerialNumberEdits, OneFileStepThatIsOverIsOpenAgainOnBothPages) {

@@ -1,11 +1,17 @@
 #include "tests/calibration/page_fixture.h"
 
+#include "common/system.h"
+#include "headboard/eeprom_chain.h"
+
 namespace kestra {
 PageFixture::PageFixture(PageCase const& pageCase) : m_case(pageCase) {
     libraries.bitfields = {"POLY_SC_ENABLE.ENABLE", "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE"};
     sensor.sensorKind = m_case.sensorKind;
     libraries.headboard.deviceAddress = 0; // no EEPROM answers, unless a test says otherwise
+    currentUtcTime.replace([] { return QDateTime(QDate(2024, 5, 31), QTime(23, 59, 7), Qt::UTC); });
 }
+
+PageFixture::~PageFixture() { currentUtcTime.replace({}); }
 
 void PageFixture::remake() {
     delete page.data();
@@ -57,6 +63,15 @@ std::vector<std::string> PageFixture::changes() const {
         if (!call.starts_with("read") && !call.starts_with("exists") && call != "sensorInfo" &&
             call != "isSOC")
             found.push_back(call);
+    return found;
+}
+
+std::map<uint8_t, int> PageFixture::recordsOnDevice() const {
+    EepromShare const eeprom = HeadboardEepromCreate(sensor.camera);
+    std::map<uint8_t, int> found;
+    std::vector<uint8_t> record(8192);
+    for (int n = 0; EepromReadNth(*eeprom, kAnyRecordType, nullptr, n, record) > 0; ++n)
+        ++found[record[0]];
     return found;
 }
 } // namespace kestra

@@ -3,6 +3,7 @@
 #include "calibration/calibration_page.h"
 #include "tests/support/page_under_test.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -18,10 +19,11 @@ struct PageCase {
     std::vector<char const*> captureRows;
 };
 
-/// A calibration page whose sensor can correct and whose headboard has no EEPROM.
+/// A calibration page whose sensor can correct and whose headboard has no EEPROM, in May 2024.
 class PageFixture : public PageUnderTest<CalibrationPage> {
 protected:
     explicit PageFixture(PageCase const& pageCase);
+    ~PageFixture() override;
 
     /// Makes the page, lets it initialise and shows it as its tab does. The log then starts anew.
     void open();
@@ -36,6 +38,9 @@ protected:
     void play(int rounds);
     /// The log without reads of settings and states.
     [[nodiscard]] std::vector<std::string> changes() const;
+
+    /// What a fresh reader of the device finds; every type is counted under its number.
+    [[nodiscard]] std::map<uint8_t, int> recordsOnDevice() const;
 
     PageCase const m_case;
 };

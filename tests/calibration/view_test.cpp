@@ -1,8 +1,6 @@
 #include "calibration/view.h"
 #include "tests/calibration/pages.h"
 
-#include <array>
-
 using namespace kestra;
 
 namespace {
@@ -10,49 +8,50 @@ Bullet bulletOf(char letter) {
     return Bullet(std::string("-bgyr").find(letter)); // the gray one is a dash
 }
 
+using State = PageState;
+using View = PageView;
+
+struct Step {
+    StepState State::*field;
+    StepStatus View::*status;
+    char const* label;
+    char const* bullet;
+    char const* bar; ///< of progress; null: none that the view shows
+    char const* bullets;
+};
+
+constexpr Step kSteps[] = {
+    {&State::presetState, &View::setup, "SETUP", "Setup", nullptr, "---gyy"},
+    {&State::aeStepState, &View::exposure, "AE", "AE", "AE", "--bgrr"},
+    {&State::wbStepState, &View::colourBalance, "AWB", "AWB", "AWB", "--bgrr"},
+    {&State::lscStepState, &View::calibration, "Calibrate", "Calibrate", "Calib", "--bgrr"},
+    {&State::lscStepState, &View::uniformity, "CU", "CU", nullptr, "---y--"},
+    {&State::fileState, &View::file, "File_Save", "FileSave", nullptr, "--bgrr"},
+    {&State::promState, &View::eeprom, "Prom_Save", "PromSave", nullptr, "--bgrr"},
+};
+
+constexpr char const* kNoPreset = "Warning: There is no 'Lens Calibration Setup' preset in the ini file.";
+constexpr char const* kUnknown = "The status of the setup preset is unknown.";
+constexpr char const* kNoData = "Error. Are the External sensor data files installed?";
+constexpr char const* kSize = "Error: Incompatible image size.";
+constexpr char const* kFolder = "Error: The directory does not exist.";
+constexpr char const* kAccess = "Error accessing the EEPROM.";
+constexpr char const* kOpen = "Not done yet.";
+constexpr char const* kNone = " --   (Lower is better)";
+
+// A running step whose text ends with % is covered by its bar.
+constexpr char const* kTexts[][6] = {
+    {kUnknown, kOpen, kUnknown, "Done.", kNoPreset, kNoPreset},
+    {kOpen, kOpen, "In progress... 7 %", "Done.", "Error", "Error"},
+    {kOpen, kOpen, "In progress... 8%", "Done.", "Error", "Error"},
+    {kOpen, kOpen, "In progress... 9%", "Done.", kSize, kNoData},
+    {kNone, kNone, kNone, " 2.50   (Lower is better.)", kNone, kNone},
+    {kOpen, kOpen, "In progress...", "Done: 100%1 %2_%.ini", kFolder, "Error saving the file."},
+    {kOpen, kOpen, "In progress...", "Done.", "No EEPROM.", kAccess},
+};
+
 TEST(View, EveryStateHasItsTextAndBullet) {
-    constexpr char const* kNoPreset = "Warning: There is no 'Lens Calibration Setup' preset in the ini file.";
-    constexpr char const* kUnknown = "The status of the setup preset is unknown.";
-    constexpr char const* kNoData = "Error. Are the External sensor data files installed?";
-    constexpr char const* kOpen = "Not done yet.";
-    constexpr char const* kNoValue = " --   (Lower is better)";
     constexpr StepState kStates[] = {kNotEvaluated, kReady, kInProgress, kDone, kFailed, kFailedOtherwise};
-    struct {
-        StepState PageState::*field;
-        StepStatus PageView::*status;
-        char const* bullets;
-        std::array<char const*, 6> texts; // a running step whose text ends with % is covered by its bar
-    } const steps[] = {
-        {&PageState::presetState,
-         &PageView::setup,
-         "---gyy",
-         {kUnknown, kOpen, kUnknown, "Done.", kNoPreset, kNoPreset}},
-        {&PageState::aeStepState,
-         &PageView::exposure,
-         "--bgrr",
-         {kOpen, kOpen, "In progress... 7 %", "Done.", "Error", "Error"}},
-        {&PageState::wbStepState,
-         &PageView::colourBalance,
-         "--bgrr",
-         {kOpen, kOpen, "In progress... 8%", "Done.", "Error", "Error"}},
-        {&PageState::lscStepState,
-         &PageView::calibration,
-         "--bgrr",
-         {kOpen, kOpen, "In progress... 9%", "Done.", "Error: Incompatible image size.", kNoData}},
-        {&PageState::lscStepState,
-         &PageView::uniformity,
-         "---y--",
-         {kNoValue, kNoValue, kNoValue, " 2.50   (Lower is better.)", kNoValue, kNoValue}},
-        {&PageState::fileState,
-         &PageView::file,
-         "--bgrr",
-         {kOpen, kOpen, "In progress...", "Done: 100%1 %2_%.ini", "Error: The directory does not exist.",
-          "Error saving the file."}},
-        {&PageState::promState,
-         &PageView::eeprom,
-         "--bgrr",
-         {kOpen, kOpen, "In progress...", "Done.", "No EEPROM.", "Error accessing the EEPROM."}},
-    };
     PageState plain;
     plain.aeStepProgress = 7;
     plain.wbStepProgress = 8;
@@ -60,21 +59,21 @@ TEST(View, EveryStateHasItsTextAndBullet) {
     plain.uniformityValue = 2.5;
     plain.uniformityLimit = 2;
     plain.savedPath = QStringLiteral("100%1 %2_%.ini");
-    for (auto const& step : steps) {
+    for (size_t n = 0; n < std::size(kSteps); ++n) {
+        Step const& step = kSteps[n];
         for (size_t i = 0; i < std::size(kStates); ++i) {
             PageState state = plain;
             state.*step.field = kStates[i];
             StepStatus const shown = viewOf(state).*step.status;
-            EXPECT_EQ(shown.text.toStdString(), step.texts[i]) << kStates[i];
-            EXPECT_EQ(shown.bullet, bulletOf(step.bullets[i])) << step.texts[i];
+            EXPECT_EQ(shown.text.toStdString(), kTexts[n][i]) << kStates[i];
+            EXPECT_EQ(shown.bullet, bulletOf(step.bullets[i])) << kTexts[n][i];
             bool const isCovered = kStates[i] == kInProgress && shown.text.endsWith('%');
-            EXPECT_EQ(shown.showsBar, isCovered) << step.texts[i];
-            EXPECT_EQ(shown.progress.has_value(), isCovered) << step.texts[i];
+            EXPECT_EQ(shown.showsBar, isCovered) << kTexts[n][i];
+            EXPECT_EQ(shown.progress.has_value(), isCovered) << kTexts[n][i];
         }
     }
-    constexpr char const* kCaptureTexts[] = {
-        kOpen,   kOpen, "Waiting for you...", "In progress...", "Done.", "Error: Incompatible image size.",
-        "Error."};
+    constexpr char const* kCaptureTexts[] = {kOpen, kOpen,   "Waiting for you...", "In progress...", "Done.",
+                                             kSize, "Error."};
     for (size_t i = 0; i < std::size(kCaptureTexts); ++i) {
         for (bool const isLit : {false, true}) {
             PageState state;
@@ -185,18 +184,13 @@ class ShownView : public PageFixture, public ::testing::WithParamInterface<PageC
 protected:
     ShownView() : PageFixture(GetParam()) {}
 
-    void expectShown(StepStatus const& step, std::string const& label, std::string const& bullet,
-                     char const* bar = nullptr) const {
-        EXPECT_EQ(text(label.c_str()), step.text.toStdString());
-        EXPECT_EQ(widget<QLabel>(label.c_str())->isHidden(), step.showsBar) << label;
-        EXPECT_EQ(widget<QLabel>(bullet.c_str())->pixmap(Qt::ReturnByValue).cacheKey(),
+    void expectShown(StepStatus const& step, std::string const& label, std::string const& bullet) const {
+        auto const* const status = widget<QLabel>((label + "_Status").c_str());
+        EXPECT_EQ(status->text(), step.text);
+        EXPECT_EQ(status->isHidden(), step.showsBar) << label;
+        EXPECT_EQ(widget<QLabel>((bullet + "_Bullet").c_str())->pixmap(Qt::ReturnByValue).cacheKey(),
                   bulletPixmap(wizard.get(), step.bullet).cacheKey())
             << bullet;
-        if (!bar)
-            return;
-        EXPECT_EQ(widget<QProgressBar>(bar)->isHidden(), !step.showsBar) << bar;
-        EXPECT_EQ(widget<QProgressBar>(bar)->value(),
-                  step.progress.value_or(widget<QProgressBar>(bar)->value()));
     }
 };
 
@@ -210,16 +204,18 @@ TEST_P(ShownView, GoesToTheWidgetsOfItsStep) {
         const_cast<PageState&>(page->state()) = state;
         QMetaObject::invokeMethod(page, "OnUpdateStatus");
         PageView const view = viewOf(state);
-        expectShown(view.setup, "SETUP_Status", "Setup_Bullet");
-        expectShown(view.exposure, "AE_Status", "AE_Bullet", "AE_progressBar");
-        expectShown(view.colourBalance, "AWB_Status", "AWB_Bullet", "AWB_progressBar");
-        expectShown(view.calibration, "Calibrate_Status", "Calibrate_Bullet", "Calib_progressBar");
-        expectShown(view.uniformity, "CU_Status", "CU_Bullet");
-        expectShown(view.file, "File_Save_Status", "FileSave_Bullet");
-        expectShown(view.eeprom, "Prom_Save_Status", "PromSave_Bullet");
+        for (Step const& step : kSteps) {
+            StepStatus const& shown = view.*step.status;
+            expectShown(shown, step.label, step.bullet);
+            if (!step.bar)
+                continue;
+            auto const* const bar = widget<QProgressBar>((std::string(step.bar) + "_progressBar").c_str());
+            EXPECT_EQ(bar->isHidden(), !shown.showsBar) << step.bar;
+            EXPECT_EQ(bar->value(), shown.progress.value_or(bar->value()));
+        }
         for (size_t i = 0; i < GetParam().captureRows.size(); ++i) {
             std::string const name = GetParam().captureRows[i];
-            expectShown(view.captures[i], name + "_Status", name + "_Bullet");
+            expectShown(view.captures[i], name, name);
             EXPECT_EQ(isEnabled((name + "_Image").c_str()), view.enabling.capture);
             EXPECT_TRUE(isEnabled((name + "_Temp").c_str()));
         }
