@@ -3,8 +3,6 @@
 // sizes do not hold together has none at all.
 
 #include "apga_page/lens_assist_apga.h"
-#include "pictures/block_statistics.h"
-#include "pictures/white_balance.h"
 #include "plugin/instance.h"
 #include "tests/support/dialog_session.h"
 #include "tests/support/guarded_frame.h"
@@ -151,21 +149,6 @@ TEST_P(FrameEdges, NothingBesideThePixelsIsTouchedInAnyStateOfThePage) {
 
 // The pages of both forms, and the kinds that skip rows, calibrate from the displayed picture, or blend.
 INSTANTIATE_TEST_SUITE_P(Kinds, FrameEdges, ::testing::Values(200, 33, 16, 72, 68));
-
-TEST(FrameEdgesOfTheStatistics, BlocksAndCentreTouchNothingBesideThePixels) {
-    size_t measured = 0;
-    forEachCombination([&](FrameSizes const& sizes, size_t number) {
-        GuardedFrame const frame = edgeFrame(sizes, number % 2 == 0);
-        Frame const told{frame.data, ImageType(sizes.type), sizes.width, sizes.height, sizes.pitch};
-        measured += meanOfCentre(told).has_value();
-        if (sizes.type != kRgb32 || frame.pixels.empty() || sizes.pitch % 4 != 0)
-            return;
-        CSbl statistics;
-        statistics.measure(frame.data, sizes.width, sizes.height, sizes.pitch / 4);
-        EXPECT_GE(statistics.block(0, 0).red, 0);
-    });
-    EXPECT_GT(measured, 100U);
-}
 } // namespace
 
 int main(int argc, char** argv) {

@@ -77,21 +77,18 @@ TEST_F(Plugin, OnlyThePlainSetupPresetOpensTheDialog) {
 }
 
 TEST_F(Plugin, KindsChooseTheirTabs) {
-    struct Row {
-        uint32_t kind;
-        int tabs;
-        char const* label;
-    };
-    for (Row const& row : {Row{97, 0, ""}, Row{200, 1, "Lens Calibration"}, Row{0, 1, "Lens Calibration"}}) {
-        sensor.sensorKind = row.kind;
-        ASSERT_TRUE(open()) << row.kind;
+    using Row = std::tuple<uint32_t, int, char const*>;
+    for (auto const& [kind, count, label] :
+         {Row{97, 0, ""}, Row{200, 1, "Lens Calibration"}, Row{0, 1, "Lens Calibration"}}) {
+        sensor.sensorKind = kind;
+        ASSERT_TRUE(open()) << kind;
         EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Kestra Headboard Tuning - LSC Wizard"));
         EXPECT_EQ(dialog->size(), QSize(575, 816));
         auto* const tabs = dialog->findChild<QTabWidget*>(QStringLiteral("tabWidget"));
         EXPECT_EQ(tabs->geometry(), QRect(0, 10, 565, 771));
-        EXPECT_EQ(tabs->count(), row.tabs) << row.kind;
-        if (row.tabs > 0) {
-            EXPECT_EQ(tabs->tabText(0), QLatin1String(row.label));
+        EXPECT_EQ(tabs->count(), count) << kind;
+        if (count > 0) {
+            EXPECT_EQ(tabs->tabText(0), QLatin1String(label));
             EXPECT_TRUE(tabs->isTabEnabled(0));
         }
         delete dialog.data();

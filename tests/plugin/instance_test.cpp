@@ -1,4 +1,5 @@
-// The configuration page beside a calibration page, as a dialog would show both.
+// What the instance holds: the configuration page beside a calibration page, as a dialog would show both, and
+// the dialog that goes while it opens.
 
 #include "calibration/calibration_page.h"
 #include "config_page/config.h"
@@ -9,11 +10,13 @@
 #include "tests/support/dialog_session.h"
 #include "tests/support/inside_calls.h"
 
+#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <memory>
 
 using namespace kestra;
@@ -121,6 +124,38 @@ TEST_P(ConfigPageLink, ThePageMayBeDeletedInsideAnyCallOfASave) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ConfigPageLink, ::testing::Values(200, 72));
+
+class EntriesReentry : public ::testing::TestWithParam<uint32_t> {};
+
+// A host that spins events inside a service, or a library that does, may delete the dialog before the entry
+// that makes it has returned.
+TEST_P(EntriesReentry, APageGoesWithTheWizardThatIsDeletedWhileItOpens) {
+    for (size_t n = 1;; ++n) {
+        InputReader nothing({});
+        DialogSession session(nothing); // looks at what is left at its end
+        session.sensor.sensorKind = GetParam();
+        QWidget parent;
+        size_t calls = 0;
+        bool isInitialised = false;
+        session.host.onCall = [&](std::string const& call) {
+            if (!isInitialised && ++calls == n)
+                delete kestraMfr().g_wizard;
+            isInitialised |= call.starts_with("announceRegister"); // what comes later is the wizard's own
+        };
+        QDialog const* const dialog = session.open(5, &parent);
+        if (calls < n) {
+            std::cout << n - 1 << " deletions while a dialog opens\n";
+            break;
+        }
+        bool const wasBefore = dialog != nullptr; // the call came before the wizard was made
+        EXPECT_EQ(kestraMfr().g_wizard != nullptr, wasBefore) << "call " << n;
+        EXPECT_EQ(DialogSession::page() != nullptr, wasBefore) << "call " << n;
+        EXPECT_EQ(parent.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly).size(), int(wasBefore))
+            << "call " << n;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, EntriesReentry, ::testing::Values(200, 72));
 
 TEST(KestraMfrInstance, DeletesTheConfigurationPageBetweenEepromAndWizardAndKeepsItsAddress) {
     FakeLibraries libraries;
