@@ -27,13 +27,9 @@ protected:
 };
 
 TEST_F(IniSection, LinesAreNormalisedAndTerminatedAndCutToTheRoom) {
-    struct Row {
-        std::string file;
-        char const* section;
-        std::string answer; ///< without the NUL behind it; empty: no such section
-    };
+    using Row = std::tuple<std::string, char const*, std::string>; // the answer is empty without the section
     std::string const long5000(5000, 'x'), x29(29, 'x'), nul(1, '\0');
-    for (Row const& row : {
+    for (auto const& [file, section, answer] : {
              // A header in any case and with blanks inside.
              Row{"[other]\nA=1\n  [  lens CALIBRATION setup ] trailing\nREG = 1 , 2\n",
                  "Lens Calibration Setup", "REG=1 , 2" + nul},
@@ -43,10 +39,10 @@ TEST_F(IniSection, LinesAreNormalisedAndTerminatedAndCutToTheRoom) {
              {"[S]\n" + long5000 + "\nsecond\n", "S", x29 + "x" + nul},
              {"[S]\n" + x29 + "\nsecond\nthird\n", "S", x29 + nul + nul}, // what meets no room leaves its NUL
          }) {
-        write(row.file);
-        EXPECT_EQ(read(row.section), row.answer.size()) << row.file;
-        if (!row.answer.empty()) {
-            EXPECT_EQ(text(row.answer.size() + 1), row.answer + nul) << row.file;
+        write(file);
+        EXPECT_EQ(read(section), answer.size()) << file;
+        if (!answer.empty()) {
+            EXPECT_EQ(text(answer.size() + 1), answer + nul) << file;
         }
     }
 }
@@ -63,10 +59,7 @@ TEST_F(IniSection, AnswersWithoutABufferAndWithOneTooSmall) {
 }
 
 TEST(NormaliseIniLine, KeepsSettingsAndDirectivesAndDropsComments) {
-    struct Row {
-        std::string line;
-        std::string normalised; // empty: the line is skipped
-    };
+    using Row = std::tuple<std::string, std::string>; // nothing is left of a line that is skipped
     Row const rows[] = {
         {"  key \t =  value \x01 ", "key=value"},
         {"key=value", "key=value"},
@@ -88,12 +81,12 @@ TEST(NormaliseIniLine, KeepsSettingsAndDirectivesAndDropsComments) {
         {"#SHORTCUTS = s", "#SHORTCUTS=s"},
         {"name = \xE4\xE4", "name="},
     };
-    for (Row const& row : rows) {
-        std::string line = row.line;
+    for (auto const& [given, normalised] : rows) {
+        std::string line = given;
         size_t const length = normaliseIniLine(line.data());
-        EXPECT_EQ(length, row.normalised.size()) << row.line;
+        EXPECT_EQ(length, normalised.size()) << given;
         if (length > 0) {
-            EXPECT_STREQ(line.c_str(), row.normalised.c_str());
+            EXPECT_STREQ(line.c_str(), normalised.c_str());
         }
     }
 }

@@ -20,14 +20,12 @@ TEST(Numbers, NoDoubleOverflowsAnInteger) {
 }
 
 TEST(Numbers, DecimalIsReadAsFarAsItIsOne) {
-    struct Row {
-        char const* text;
-        double value;
-    };
-    for (Row const& row : {Row{"2.0abc", 2}, Row{" \t\n+1.5", 1.5}, Row{"-0.25", -0.25}, Row{"+-1", 0},
-                           Row{"++1", 0}, Row{"+", 0}, Row{"", 0}, Row{"  ", 0}, Row{"1,5", 1}, Row{"x1", 0},
-                           Row{"inf", 0}, Row{"nan", 0}, Row{"1e999", 0}, Row{"+7", 7}})
-        EXPECT_EQ(leadingDecimal(row.text), row.value) << '"' << row.text << '"';
+    using Row = std::tuple<char const*, double>;
+    for (auto const& [text, value] :
+         {Row{"2.0abc", 2}, Row{" \t\n+1.5", 1.5}, Row{"-0.25", -0.25}, Row{"+-1", 0}, Row{"++1", 0},
+          Row{"+", 0}, Row{"", 0}, Row{"  ", 0}, Row{"1,5", 1}, Row{"x1", 0}, Row{"inf", 0}, Row{"nan", 0},
+          Row{"1e999", 0}, Row{"+7", 7}})
+        EXPECT_EQ(leadingDecimal(text), value) << '"' << text << '"';
 }
 
 TEST(Directory, OnlyAnExistingFolderIsOne) {

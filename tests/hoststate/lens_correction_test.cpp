@@ -9,13 +9,7 @@ using namespace kestra;
 
 namespace {
 TEST(LensCorrection, EveryKindHasItsSwitchOnEachPage) {
-    struct Row {
-        uint32_t kind;
-        bool systemOnChip;
-        char const* lensShading;
-        char const* apga;
-        bool asksTheLibrary;
-    };
+    using Row = std::tuple<uint32_t, bool, char const*, char const*, bool>;
     constexpr char const* kShading = "COLOR_PIPELINE_CONTROL.LENS_SHADING";
     constexpr char const* kPga = "COLOR_PIPELINE_CONTROL.PGA_ENABLE";
     constexpr char const* kCamPga = "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE";
@@ -39,17 +33,17 @@ TEST(LensCorrection, EveryKindHasItsSwitchOnEachPage) {
     };
     FakeHost host;
     FakeLibraries fake;
-    auto const chosen = [&](PageKind page, uint32_t kind) {
+    auto const chosen = [&](PageKind page, uint32_t kindOfSensor) {
         LensCorrection const correction =
-            chooseLensCorrection(page, sensorKind(kind, 1), Sensor(fake.camera()));
+            chooseLensCorrection(page, sensorKind(kindOfSensor, 1), Sensor(fake.camera()));
         return std::string(correction.lensCorrectionRegister) + '.' + correction.lensCorrectionBitfield;
     };
-    for (Row const& row : rows) {
-        fake.systemOnChip = row.systemOnChip;
+    for (auto const& [kind, systemOnChip, lensShading, apga, asksTheLibrary] : rows) {
+        fake.systemOnChip = systemOnChip;
         host.log.clear();
-        EXPECT_EQ(chosen(PageKind::LensShading, row.kind), row.lensShading) << row.kind;
-        EXPECT_EQ(!host.log.empty(), row.asksTheLibrary) << row.kind;
-        EXPECT_EQ(chosen(PageKind::Apga, row.kind), row.apga) << row.kind;
+        EXPECT_EQ(chosen(PageKind::LensShading, kind), lensShading) << kind;
+        EXPECT_EQ(!host.log.empty(), asksTheLibrary) << kind;
+        EXPECT_EQ(chosen(PageKind::Apga, kind), apga) << kind;
     }
 }
 

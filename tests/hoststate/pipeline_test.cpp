@@ -78,11 +78,7 @@ TEST_F(Pipeline, VerifyUsesNoBracketAndAppliesItsPresetBeforeTheCorrection) {
 }
 
 TEST_F(Pipeline, PresetsAreTriedInOrderUnderTheirPrefixes) {
-    struct Row {
-        char const* ini;
-        char const* setup;
-        char const* verify;
-    };
+    using Row = std::tuple<char const*, char const*, char const*>;
     Row const rows[] = {
         {"[Toolbar: Lens Calibration Setup]\n[Toolbar: Lens Calibration Verify]\n",
          "Toolbar: Lens Calibration Setup", nullptr},
@@ -92,10 +88,10 @@ TEST_F(Pipeline, PresetsAreTriedInOrderUnderTheirPrefixes) {
          "Lens Calibration Setup", "Lens Calibration Verify"},
         {"", nullptr, nullptr},
     };
-    for (Row const& row : rows) {
-        writeIni(row.ini);
-        EXPECT_STREQ(findPreset(used, kSetupPreset), row.setup) << row.ini;
-        EXPECT_STREQ(findPreset(used, kVerifyPreset), row.verify) << row.ini;
+    for (auto const& [ini, setup, verify] : rows) {
+        writeIni(ini);
+        EXPECT_STREQ(findPreset(used, kSetupPreset), setup) << ini;
+        EXPECT_STREQ(findPreset(used, kVerifyPreset), verify) << ini;
     }
     host.textSettings.clear();
     EXPECT_FALSE(presetExists(used, "Lens Calibration Setup"));

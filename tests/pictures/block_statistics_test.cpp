@@ -23,23 +23,21 @@ struct Picture {
 };
 
 TEST(BlockStatistics, GridFollowsTheAspectRatio) {
-    struct Row {
-        int width, height, columns, rows, blockWidth, blockHeight;
-    };
+    using Row = std::tuple<int, int, int, int, int, int>;
     Row const rows[] = {{640, 480, 20, 15, 32, 32},   {1280, 800, 24, 16, 53, 50},
                         {1920, 1080, 32, 18, 60, 60}, {1415, 1000, 24, 16, 58, 62},
                         {1414, 1000, 20, 15, 70, 66}, {7, 5, 20, 15, 1, 1}};
-    for (Row const& row : rows) {
-        Picture picture(row.width, row.height);
+    for (auto const& [width, height, columns, down, blockWidth, blockHeight] : rows) {
+        Picture picture(width, height);
         CSbl statistics;
-        statistics.measure(picture.pixels.data(), row.width, row.height, row.width);
-        EXPECT_EQ(statistics.columns(), row.columns) << row.width;
-        EXPECT_EQ(statistics.rows(), row.rows) << row.width;
-        CSbl::Block const& last = statistics.block(row.rows - 1, row.columns - 1);
-        EXPECT_EQ(last.right - last.left, row.blockWidth);
-        EXPECT_EQ(last.bottom - last.top, row.blockHeight);
-        EXPECT_LE(last.right, row.width);
-        EXPECT_LE(last.bottom, row.height);
+        statistics.measure(picture.pixels.data(), width, height, width);
+        EXPECT_EQ(statistics.columns(), columns) << width;
+        EXPECT_EQ(statistics.rows(), down) << width;
+        CSbl::Block const& last = statistics.block(down - 1, columns - 1);
+        EXPECT_EQ(last.right - last.left, blockWidth);
+        EXPECT_EQ(last.bottom - last.top, blockHeight);
+        EXPECT_LE(last.right, width);
+        EXPECT_LE(last.bottom, height);
     }
 }
 

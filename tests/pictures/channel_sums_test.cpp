@@ -92,16 +92,15 @@ TEST(ChannelSums, WhiteOverflowsNoSumAtAnyLength) {
 }
 
 TEST(ChannelSums, EveryBlockAndTheCentreAreTheReferenceBitForBit) {
-    struct Row {
-        int width, height;
-    };
+    using Row = std::tuple<int, int>;
     // Every grid, pictures smaller than their grid, blocks of more than 257 rows, and wide rows.
-    for (Row const& row : {Row{331, 250}, Row{1281, 801}, Row{641, 359}, Row{7, 5}, Row{3, 997},
-                           Row{61, 4001}, Row{2591, 1601}, Row{4001, 501}, Row{7001, 31}, Row{8197, 9}}) {
-        SCOPED_TRACE(testing::Message() << row.width << " x " << row.height);
-        OddPicture const picture(row.width, row.height, 4 * (row.height % 5), row.width % 4);
+    for (auto const& [width, height] :
+         {Row{331, 250}, Row{1281, 801}, Row{641, 359}, Row{7, 5}, Row{3, 997}, Row{61, 4001},
+          Row{2591, 1601}, Row{4001, 501}, Row{7001, 31}, Row{8197, 9}}) {
+        SCOPED_TRACE(testing::Message() << width << " x " << height);
+        OddPicture const picture(width, height, 4 * (height % 5), width % 4);
         CSbl statistics;
-        statistics.measure(picture.top(), row.width, row.height, int32_t(picture.pitch / 4));
+        statistics.measure(picture.top(), width, height, int32_t(picture.pitch / 4));
         for (int i = 0; i < statistics.rows() * statistics.columns(); ++i) {
             CSbl::Block const& block = statistics.block(i / statistics.columns(), i % statistics.columns());
             ChannelSums const sums =
@@ -115,9 +114,9 @@ TEST(ChannelSums, EveryBlockAndTheCentreAreTheReferenceBitForBit) {
         for (bool const upwards : {false, true}) {
             uint8_t const* const first = upwards ? picture.bottom() : picture.top();
             ptrdiff_t const pitch = upwards ? -picture.pitch : picture.pitch;
-            int const left = row.width / 4, right = 3 * row.width / 4;
-            int const top = row.height / 4, bottom = 3 * row.height / 4;
-            auto const mean = meanOfCentre({first, ImageType::Rgb32, row.width, row.height, int32_t(pitch)});
+            int const left = width / 4, right = 3 * width / 4;
+            int const top = height / 4, bottom = 3 * height / 4;
+            auto const mean = meanOfCentre({first, ImageType::Rgb32, width, height, int32_t(pitch)});
             ASSERT_TRUE(mean);
             ChannelSums const sums = reference(first, pitch, top, bottom, {left, right});
             double const count = double(bottom - top) * double(right - left);

@@ -18,6 +18,12 @@ sf_Handle* create(Parts const&... call) {
     return reinterpret_cast<sf_Handle*>(&libraries->handles.emplace_back());
 }
 
+int findTable(char const* name, sf_ApgaParams const& params) {
+    libraries->apga = params;
+    noteCall(name, params.illuminantSlot, params.colourTemperature, params.falloffPercent, params.radius);
+    return libraries->apgaAnswer;
+}
+
 Veyra2 cameraTable() {
     Veyra2 table;
     FakeHeadboard::fillIn(table);
@@ -67,16 +73,10 @@ Shadefit solverTable() {
         return libraries->solutionAnswer;
     };
     table.sf_FindApga = [](sf_Handle*, sf_ApgaParams const* params) {
-        libraries->apga = *params;
-        noteCall("findApga", params->illuminantSlot, params->colourTemperature, params->falloffPercent,
-                 params->radius);
-        return libraries->apgaAnswer;
+        return findTable("findApga", *params);
     };
     table.sf_FindAutoPga = [](sf_Handle*, sf_ApgaParams const* params) {
-        libraries->apga = *params;
-        noteCall("findAutoPga", params->illuminantSlot, params->colourTemperature, params->falloffPercent,
-                 params->radius);
-        return libraries->apgaAnswer;
+        return findTable("findAutoPga", *params);
     };
     table.sf_DumpRegList = [](sf_Handle*) -> sf_RegList const* {
         noteCall("dumpRegList");
