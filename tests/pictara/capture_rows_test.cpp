@@ -30,7 +30,7 @@ struct Page : testing::Test {
     QDialog dialog;
     TickingPage page{&dialog};
     QPushButton* const runAll = page.add<QPushButton>("Run_All", "Run All Steps");
-    DialogPage const found = DialogPage::find(&dialog);
+    DialogPage found = DialogPage::find(&dialog);
 };
 
 TEST_F(Page, LightIsNotChangedWhileAPictureIsTaken) {
@@ -41,12 +41,12 @@ TEST_F(Page, LightIsNotChangedWhileAPictureIsTaken) {
     };
     QLabel* const first = addRow("Incandescent", "2800", "In progress...");
     (void)addRow("Fluorescent", "4000", "Waiting for you...");
-    CaptureRows rows(found);
     QStringList served;
     QObject::connect(page.findChild<QPushButton*>("Fluorescent_Image"), &QPushButton::clicked,
                      [&] { served << "pressed"; });
     auto const serve = [&] {
-        rows.serve([&](CaptureRow const& row) { served << QStringLiteral("%1 K").arg(row.kelvin); });
+        serveCaptureRows(found,
+                         [&](CaptureRow const& row) { served << QStringLiteral("%1 K").arg(row.kelvin); });
     };
     serve();
     EXPECT_TRUE(served.isEmpty());

@@ -144,7 +144,6 @@ TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
     ASSERT_EQ(openHeadless(*session, opened), kExitDone);
     std::unique_ptr<QDialog> const dialog(opened.dialog); // as the library stays
     DialogPage page = opened.page;
-    CaptureRows rows(page);
     auto const changeLamp = [&](CaptureRow const& row) { session->bringLamp(row.kelvin); };
     for (StepWidgets const& step : kSteps)
         withoutMemory([&] { page.press(step.button); });
@@ -155,7 +154,7 @@ TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
             deliver();
         withoutMemory([&] { plugin.registerChanged(); });
         withoutMemory([&] { page.tick(); });
-        rows.serve(changeLamp);
+        serveCaptureRows(page, changeLamp);
     }
     withoutMemory([&] { page.press("Prom_Save"); });
     std::cout << failures << " allocations failed\n";
@@ -163,9 +162,8 @@ TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
     (void)plugin.unload(); // as often as it was loaded
 
     page.press("Start_Over");
-    RunDriver driver(
-        page, [&] { session->frames().deliverNext(); }, 3, 2000);
-    driver.onRequests([&] { rows.serve(changeLamp); });
+    RunDriver driver(page, [&] { session->frames().deliverNext(); });
+    driver.onRequests = [&] { serveCaptureRows(page, changeLamp); };
     RunResult const result = driver.runAll();
     EXPECT_EQ(result.end, RunEnd::Finished);
     EXPECT_TRUE(isCalibrated(result.last.statusTexts) && isSaved(result.last.statusTexts, true))

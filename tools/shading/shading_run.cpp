@@ -55,12 +55,8 @@ Section tableSection(std::vector<NamedShading> const& tables) {
         "Tables",
         Layout::Rows,
         {{"file", "file", {}}, {"name", "lens", {}}, {"columns", "columns", {}}, {"rows", "rows", {}}}};
-    for (NamedShading const& table : tables) {
-        QJsonValue const row[] = {table.file, table.shading.name, int(table.shading.columns),
-                                  int(table.shading.rows)};
-        for (size_t i = 0; i < section.facts.size(); ++i)
-            section.facts[i].values.push_back(row[i]);
-    }
+    for (auto const& [file, shading] : tables)
+        section.add({file, shading.name, int(shading.columns), int(shading.rows)});
     return section;
 }
 
@@ -98,9 +94,7 @@ Section planeSection(std::vector<NamedShading> const& tables) {
             std::vector<double> const first = gainsOf(tables.front().shading, plane.plane, kelvin),
                                       second = gainsOf(tables.back().shading, plane.plane, kelvin);
             auto const [farthest, rms] = differenceOf(first, second);
-            QJsonValue const row[] = {kelvin, plane.name, largestOf(first), largestOf(second), farthest, rms};
-            for (size_t i = 0; i < section.facts.size(); ++i)
-                section.facts[i].values.push_back(row[i]);
+            section.add({kelvin, plane.name, largestOf(first), largestOf(second), farthest, rms});
         }
     return section;
 }

@@ -1,15 +1,30 @@
 #include "simulator/host/report/charts.h"
 
 #include "simulator/host/report/output_folder.h"
-#include "simulator/host/report/uniformity_map.h"
 
 #include <QJsonArray>
+#include <QPainter>
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 
 namespace pictara {
 namespace {
+constexpr int kColours = 255; // odd, so that one stands for the middle alone
+
+QVector<QRgb> colourTable(QGradientStops const& stops) {
+    QImage strip(kColours, 1, QImage::Format_RGB32);
+    QLinearGradient gradient(0, 0, kColours, 0);
+    gradient.setStops(stops);
+    QPainter(&strip).fillRect(strip.rect(), gradient);
+    auto const* const row = reinterpret_cast<QRgb const*>(strip.constScanLine(0));
+    return {row, row + kColours};
+}
+
+QGradientStops signedColours() {
+    return {{0, QColor(33, 102, 172)}, {0.5, QColor(244, 244, 244)}, {1, QColor(178, 24, 43)}};
+}
+
 // The area inside the axes, in the page's own units.
 constexpr double kLeft = 46, kRight = 430, kTop = 8, kBottom = 190;
 
@@ -41,8 +56,30 @@ double stepOf(Range const& range) {
 QString place(double position) { return QString::number(position, 'f', 1); }
 } // namespace
 
+QGradientStops risingColours() {
+    // Five steps of the map "viridis", whose lightness rises evenly.
+    return {{0, QColor(68, 1, 84)},
+            {0.25, QColor(59, 82, 139)},
+            {0.5, QColor(33, 145, 140)},
+            {0.75, QColor(94, 201, 98)},
+            {1, QColor(253, 231, 37)}};
+}
+
+QImage colourMap(std::vector<double> const& values, int columns, double low, double high,
+                 QGradientStops const& stops) {
+    if (values.empty())
+        return {};
+    QVector<QRgb> const colours = colourTable(stops);
+    QImage map(columns, int(values.size()) / columns, QImage::Format_RGB32);
+    for (int i = 0; i < columns * map.height(); ++i) {
+        double const share = high > low ? std::clamp((values[size_t(i)] - low) / (high - low), 0.0, 1.0) : 0;
+        map.setPixel(i % columns, i / columns, colours[int(std::lround(share * (kColours - 1)))]);
+    }
+    return map;
+}
+
 QJsonObject drawing(HeatMap const& chart) {
-    QGradientStops const colours = chart.low < 0 ? signedColours() : deviationColours();
+    QGradientStops const colours = chart.low < 0 ? signedColours() : risingColours();
     std::vector<double> scale(64);
     std::iota(scale.begin(), scale.end(), 0);
     auto const shown = [&](double value) { return QString::number(value, 'g', 3) + chart.unit; };

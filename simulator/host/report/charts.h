@@ -1,10 +1,20 @@
 #pragma once
 
+#include <QGradient>
+#include <QImage>
 #include <QJsonObject>
 #include <QString>
 #include <vector>
 
 namespace pictara {
+/// The colours of what rises from nothing, by increasing lightness.
+[[nodiscard]] QGradientStops risingColours();
+
+/// A picture of one pixel a value, row by row from the top left; the colours span `low` to `high`. Null for
+/// no values.
+[[nodiscard]] QImage colourMap(std::vector<double> const& values, int columns, double low, double high,
+                               QGradientStops const& colours);
+
 /// Values of a grid of cells that covers a picture, row by row from the top left.
 struct HeatMap {
     QString title;

@@ -5,6 +5,43 @@
 
 namespace pictara {
 namespace {
+// Nothing is above a reference that is no light.
+double percentAbove(double value, double reference) {
+    return reference > 0 ? 100 * (value / reference - 1) : 0;
+}
+// How many percent each block's luminance lies above that of the block in the centre.
+std::vector<double> luminanceResidual(BlockReport const& blocks) {
+    std::vector<double> residual;
+    for (Colour const& block : blocks.means)
+        residual.push_back(percentAbove(luminance(block), blocks.centreLuminance));
+    return residual;
+}
+
+// How many percent each block's ratio of a channel (0 red, 2 blue) to green lies above the mean of all.
+std::vector<double> ratioResidual(BlockReport const& blocks, size_t channel) {
+    std::vector<double> ratios;
+    double mean = 0;
+    for (Colour const& block : blocks.means) {
+        ratios.push_back(block[1] > 0 ? block[channel] / block[1] : 0);
+        mean += ratios.back() / double(blocks.means.size());
+    }
+    for (double& ratio : ratios)
+        ratio = percentAbove(ratio, mean);
+    return ratios;
+}
+
+// The values on the way from the top left to the bottom right corner; both are among them.
+std::vector<double> diagonal(std::vector<double> const& values, int columns) {
+    std::vector<double> line;
+    int const rows = int(values.size()) / columns, steps = std::max(columns, rows);
+    for (int i = 0; i < steps; ++i) {
+        int const last = std::max(steps - 1, 1);
+        int const column = i * (columns - 1) / last, row = i * (rows - 1) / last;
+        line.push_back(values[size_t(row) * size_t(columns) + size_t(column)]);
+    }
+    return line;
+}
+
 double spread(std::vector<double> const& values) {
     if (values.empty())
         return 0;
@@ -81,43 +118,9 @@ QImage markedPicture(Evenness const& evenness) {
     return marked;
 }
 
-// Nothing is above a reference that is no light.
-double percentAbove(double value, double reference) {
-    return reference > 0 ? 100 * (value / reference - 1) : 0;
-}
 } // namespace
 
 bool isBeyondLimit(Evenness const& evenness) { return evenness.rating != QLatin1String("green"); }
-
-std::vector<double> luminanceResidual(BlockReport const& blocks) {
-    std::vector<double> residual;
-    for (Colour const& block : blocks.means)
-        residual.push_back(percentAbove(luminance(block), blocks.centreLuminance));
-    return residual;
-}
-
-std::vector<double> ratioResidual(BlockReport const& blocks, size_t channel) {
-    std::vector<double> ratios;
-    double mean = 0;
-    for (Colour const& block : blocks.means) {
-        ratios.push_back(block[1] > 0 ? block[channel] / block[1] : 0);
-        mean += ratios.back() / double(blocks.means.size());
-    }
-    for (double& ratio : ratios)
-        ratio = percentAbove(ratio, mean);
-    return ratios;
-}
-
-std::vector<double> diagonal(std::vector<double> const& values, int columns) {
-    std::vector<double> line;
-    int const rows = int(values.size()) / columns, steps = std::max(columns, rows);
-    for (int i = 0; i < steps; ++i) {
-        int const last = std::max(steps - 1, 1);
-        int const column = i * (columns - 1) / last, row = i * (rows - 1) / last;
-        line.push_back(values[size_t(row) * size_t(columns) + size_t(column)]);
-    }
-    return line;
-}
 
 std::vector<Section> evennessSections(std::optional<Evenness> const& uncorrected,
                                       std::optional<Evenness> const& corrected) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/pictures/block_report.h"
 #include "simulator/host/report/report.h"
+#include "simulator/pictures/block_report.h"
 
 #include <QImage>
 #include <optional>
@@ -19,13 +19,6 @@ struct Evenness {
 
 /// The dialog finds the figure beyond its limit.
 [[nodiscard]] bool isBeyondLimit(Evenness const& evenness);
-
-/// How many percent each block's luminance lies above that of the block in the centre.
-[[nodiscard]] std::vector<double> luminanceResidual(BlockReport const& blocks);
-/// How many percent each block's ratio of a channel (0 red, 2 blue) to green lies above the mean of all.
-[[nodiscard]] std::vector<double> ratioResidual(BlockReport const& blocks, size_t channel);
-/// The values on the way from the top left to the bottom right corner; both are among them.
-[[nodiscard]] std::vector<double> diagonal(std::vector<double> const& values, int columns);
 
 /// The figures of both states, what was not measured being missing; where both were, also their pictures,
 /// maps and profiles.

@@ -81,6 +81,11 @@ QString Fact::shown(size_t index) const {
     return (decimals < 0 ? QString::number(number, 'g', 10) : QString::number(number, 'f', decimals)) + unit;
 }
 
+void Section::add(std::initializer_list<QJsonValue> thing) {
+    for (size_t i = 0; i < facts.size(); ++i)
+        facts[i].values.push_back(thing.begin()[i]);
+}
+
 QString reportText(Report const& report) {
     QString text = QStringLiteral("result: %1\n").arg(report.result);
     if (!report.cause.isEmpty())

@@ -49,6 +49,9 @@ struct Section {
     std::vector<Picture> pictures = {};
     std::vector<HeatMap> maps = {};
     std::vector<ProfileChart> profiles = {};
+
+    /// One more thing that the facts have a value for, in their order.
+    void add(std::initializer_list<QJsonValue> thing);
 };
 
 /// What a run tells, as a text, as a page for people and as figures for scripts.

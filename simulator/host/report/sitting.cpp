@@ -113,10 +113,7 @@ Section solutionSection(Session& session) {
                      {"value", "value", {}, {}, Fact::kHexadecimal}}};
     for (auto const& [place, value] : session.desk().listEntries()) {
         auto const [id, address] = place;
-        QJsonValue const row[] = {nameOf(session.camera(), id, address), double(id), double(address),
-                                  double(value)};
-        for (size_t i = 0; i < section.facts.size(); ++i)
-            section.facts[i].values.push_back(row[i]);
+        section.add({nameOf(session.camera(), id, address), double(id), double(address), double(value)});
     }
     return section;
 }

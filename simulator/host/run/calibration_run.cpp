@@ -58,7 +58,6 @@ private:
     Session& m_session;
     QDialog* m_dialog;
     DialogPage m_page;
-    CaptureRows m_rows;
     ProgressReport m_progress;
     RunDriver m_driver;
     OutputFolder m_output;
@@ -73,11 +72,10 @@ private:
 };
 
 CalibrationRun::CalibrationRun(Session& session, HeadlessDialog const& opened)
-    : m_session(session), m_dialog(opened.dialog), m_page(opened.page), m_rows(m_page),
-      m_progress(stdout, m_page), m_driver(m_page, [this] { deliverAndWatch(); }),
-      m_output(session.outputFolder()) {
-    m_driver.onProgress([this](RunProgress const& state) { m_progress.show(state); });
-    m_driver.onSaving([this] { prepareToSave(); });
+    : m_session(session), m_dialog(opened.dialog), m_page(opened.page), m_progress(stdout, m_page),
+      m_driver(m_page, [this] { deliverAndWatch(); }), m_output(session.outputFolder()) {
+    m_driver.onProgress = [this](RunProgress const& state) { m_progress.show(state); };
+    m_driver.onSaving = [this] { prepareToSave(); };
 }
 
 // The library looks at a picture when the plug-in hands it over, or when it has all that it needs.
@@ -88,7 +86,7 @@ void CalibrationRun::deliverAndWatch() {
     QString const blocks = lastRefusedBlocks();
     // A page that takes several pictures has them solved when it has all.
     QString const what =
-        m_rows.read().empty()
+        captureRows(m_page).empty()
             ? QStringLiteral("The picture that the calibration library refused")
             : QStringLiteral("The view when the calibration library refused one of the pictures");
     m_refused.pictures = {{markedRefusal(m_session.frames().unmarkedPicture(), blocks,
@@ -121,11 +119,13 @@ void CalibrationRun::conclude(Verdict const& verdict, QString const& cause) {
 
 // Facts are those of this moment: what measures later changes lamp and registers.
 void CalibrationRun::calibrate() {
-    if (std::vector<CaptureRow> const captures = m_rows.read(); !captures.empty())
+    if (std::vector<CaptureRow> const captures = captureRows(m_page); !captures.empty())
         changeLamp(captures.front());
-    m_driver.onRequests([this] { m_rows.serve([this](CaptureRow const& row) { changeLamp(row); }); });
+    m_driver.onRequests = [this] {
+        serveCaptureRows(m_page, [this](CaptureRow const& row) { changeLamp(row); });
+    };
     m_run = m_driver.runAll();
-    m_driver.onRequests([] {});
+    m_driver.onRequests = [] {};
     m_report.sections = {sceneSection(m_session), registerSection(m_session),
                          eepromSection(m_session, m_page.text("Prom_Label"), &m_lack)};
 }
@@ -135,7 +135,7 @@ void CalibrationRun::judgeSaves() {
     QString const results = resultsFile(m_run.last);
     bool const hasResults = m_output.expect(results);
     if (!isSaved(m_run.last.statusTexts, hasEeprom))
-        conclude(kNotSaved, causeOf(m_run, m_rows.read(), hasEeprom));
+        conclude(kNotSaved, causeOf(m_run, captureRows(m_page), hasEeprom));
     else if (!hasResults)
         conclude(kNotSaved, QStringLiteral("The results file %1 is missing.").arg(results));
     else if (!m_lack.isEmpty()) // not every sensor's dialog reads back what it saved
@@ -148,7 +148,7 @@ void CalibrationRun::judgeSaves() {
 // pictured, told and judged.
 void CalibrationRun::judge() {
     if (!isCalibrated(m_run)) {
-        conclude(kNotCalibrated, causeOf(m_run, m_rows.read(), m_session.camera().hasEeprom()));
+        conclude(kNotCalibrated, causeOf(m_run, captureRows(m_page), m_session.camera().hasEeprom()));
         m_verdict.code = exitCodeOf(m_run);
         return;
     }
@@ -165,13 +165,13 @@ void CalibrationRun::judge() {
 
 // Under each light of the page, and one between.
 void CalibrationRun::judgeLights() {
-    std::vector<CaptureRow> const captures = m_rows.read();
+    std::vector<CaptureRow> const captures = captureRows(m_page);
     if (!m_before || !m_after || captures.empty())
         return;
     std::vector<double> lights;
     std::transform(captures.begin(), captures.end(), std::back_inserter(lights),
                    [](CaptureRow const& row) { return row.kelvin; });
-    m_driver.onProgress([](RunProgress const&) {});
+    m_driver.onProgress = [](RunProgress const&) {};
     m_lights = measureLights(m_session, m_page, m_driver, lightsToTry(std::move(lights)), [&](double kelvin) {
         m_progress.say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
     });
@@ -204,7 +204,7 @@ int CalibrationRun::run() {
     if (files::isInterrupted())
         return kExitInterrupted;
     judge();
-    m_report.sections.push_back(stepSection(m_run.last, m_rows.read()));
+    m_report.sections.push_back(stepSection(m_run.last, captureRows(m_page)));
     QImage const dialog = m_dialog->grab().toImage();
     judgeLights();
     if (files::isInterrupted())
@@ -221,7 +221,7 @@ int runCalibration(Session& session) {
     HeadlessDialog opened;
     if (ExitCode const code = openHeadless(session, opened); code != kExitDone)
         return code;
-    if (session.options().lightKelvin && !CaptureRows(opened.page).read().empty()) {
+    if (session.options().lightKelvin && !captureRows(opened.page).empty()) {
         complain(QStringLiteral("This sensor's page names its lights; --light is not for it."));
         return kExitUsage;
     }

@@ -20,24 +20,24 @@ bool isWaiting(CaptureRow const& row) { return row.status.startsWith(QLatin1Stri
 bool isCapturing(CaptureRow const& row) { return row.status.startsWith(QLatin1String("In progress")); }
 } // namespace
 
-std::vector<CaptureRow> CaptureRows::read() const {
+std::vector<CaptureRow> captureRows(DialogPage const& page) {
     std::vector<CaptureRow> rows;
     for (RowWidgets const& widgets : kRows)
-        if (QString const button = m_page.text(widgets.button); !button.isEmpty())
+        if (QString const button = page.text(widgets.button); !button.isEmpty())
             rows.push_back({.name = widgets.button,
                             .button = button,
-                            .kelvin = m_page.text(widgets.temperature).toDouble(),
-                            .status = m_page.text(widgets.status).trimmed()});
+                            .kelvin = page.text(widgets.temperature).toDouble(),
+                            .status = page.text(widgets.status).trimmed()});
     return rows;
 }
 
-void CaptureRows::serve(std::function<void(CaptureRow const&)> const& bringLight) {
-    std::vector<CaptureRow> const rows = read();
+void serveCaptureRows(DialogPage& page, std::function<void(CaptureRow const&)> const& bringLight) {
+    std::vector<CaptureRow> const rows = captureRows(page);
     auto const waiting = std::find_if(rows.begin(), rows.end(), isWaiting);
     if (waiting == rows.end() || std::any_of(rows.begin(), rows.end(), isCapturing) ||
-        !m_page.isEnabled(waiting->name))
+        !page.isEnabled(waiting->name))
         return;
     bringLight(*waiting);
-    m_page.press(waiting->name);
+    page.press(waiting->name);
 }
 } // namespace pictara

@@ -14,19 +14,10 @@ struct CaptureRow {
     QString status;
 };
 
-/// The rows of a page that takes a picture under each of several lights, as a person reads and serves them.
-class CaptureRows {
-public:
-    explicit CaptureRows(DialogPage const& page) : m_page(page) {}
+/// In the order in which the page takes them; empty on a page that calibrates under one light.
+[[nodiscard]] std::vector<CaptureRow> captureRows(DialogPage const& page);
 
-    /// In the order in which the page takes them; empty on a page that calibrates under one light.
-    [[nodiscard]] std::vector<CaptureRow> read() const;
-
-    /// Does what a row that waits asks for: brings its light before the camera and presses its button. A
-    /// light is not changed while another row still takes its picture.
-    void serve(std::function<void(CaptureRow const&)> const& bringLight);
-
-private:
-    DialogPage m_page;
-};
+/// Does as a person what a row that waits asks for: brings its light before the camera and presses its
+/// button. A light is not changed while another row still takes its picture.
+void serveCaptureRows(DialogPage& page, std::function<void(CaptureRow const&)> const& bringLight);
 } // namespace pictara

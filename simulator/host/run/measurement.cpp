@@ -23,30 +23,6 @@ QJsonValue uniformity(DialogPage& page, RunDriver& driver, bool corrected) {
     auto const figure = driver.awaitUniformity();
     return figure ? QJsonValue(*figure) : QJsonValue();
 }
-
-// Tells the sensor that all its tables but one were made for redder lights than there are.
-class OneTable {
-public:
-    OneTable(Session& session, std::vector<QByteArray> const& temperatures, size_t table)
-        : m_session(session), m_names(temperatures) {
-        uint32_t unreal = 1; // kelvin
-        for (size_t i = 0; i < m_names.size(); ++i) {
-            m_values.push_back(m_session.registers().read(m_names[i].constData(), ""));
-            m_session.setRegister(m_names[i], i == table ? uint32_t(m_names.size()) : unreal++);
-        }
-    }
-    ~OneTable() {
-        for (size_t i = 0; i < m_names.size(); ++i)
-            m_session.setRegister(m_names[i], m_values[i]);
-    }
-    OneTable(OneTable const&) = delete;
-    OneTable& operator=(OneTable const&) = delete;
-
-private:
-    Session& m_session;
-    std::vector<QByteArray> const& m_names;
-    std::vector<uint32_t> m_values;
-};
 } // namespace
 
 std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunDriver& driver,
@@ -78,15 +54,18 @@ std::vector<double> lightsToTry(std::vector<double> lights) {
 Section measureLights(Session& session, DialogPage& page, RunDriver& driver,
                       std::vector<double> const& lights, std::function<void(double kelvin)> const& onLight) {
     std::vector<QByteArray> const& temperatures = session.camera().description().tableTemperatures;
-    std::vector<Fact> facts{{"colour_temperature_K", "uniformity under the light of", {}, " K"},
-                            {"uncorrected_ab", "no correction", {}, {}, 2}};
-    for (size_t table = 1; table <= temperatures.size(); ++table)
-        facts.push_back({QStringLiteral("table_%1_alone_ab").arg(table),
-                         QStringLiteral("table %1 alone").arg(table),
-                         {},
-                         {},
-                         2});
-    facts.push_back({"blended_ab", "blended tables", {}, {}, 2});
+    size_t const tables = temperatures.size();
+    std::vector<Fact> facts(tables + 3, {{}, {}, {}, {}, 2});
+    auto const name = [&](size_t i, QString const& key, QString const& label) {
+        facts[i].key = key;
+        facts[i].label = label;
+    };
+    facts[0] = {"colour_temperature_K", "uniformity under the light of", {}, " K"};
+    name(1, "uncorrected_ab", "no correction");
+    for (size_t table = 1; table <= tables; ++table)
+        name(table + 1, QStringLiteral("table_%1_alone_ab").arg(table),
+             QStringLiteral("table %1 alone").arg(table));
+    name(tables + 2, "blended_ab", "blended tables");
     for (double const kelvin : lights) {
         onLight(kelvin);
         session.bringLamp(kelvin);
@@ -96,9 +75,16 @@ Section measureLights(Session& session, DialogPage& page, RunDriver& driver,
         };
         facts[0].values.push_back(kelvin);
         facts[1].values.push_back(measure(false));
-        for (size_t table = 0; table < temperatures.size(); ++table) {
-            OneTable const alone(session, temperatures, table);
+        for (size_t table = 0; table < tables; ++table) {
+            // All the others were made for redder lights than there are.
+            std::vector<uint32_t> held;
+            for (uint32_t i = 0, unreal = 1; i < tables; ++i) {
+                held.push_back(session.registers().read(temperatures[i].constData(), ""));
+                session.setRegister(temperatures[i], i == table ? uint32_t(tables) : unreal++);
+            }
             facts[table + 2].values.push_back(measure(true));
+            for (size_t i = 0; i < tables; ++i)
+                session.setRegister(temperatures[i], held[i]);
         }
         facts.back().values.push_back(measure(true));
     }

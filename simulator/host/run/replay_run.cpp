@@ -38,7 +38,7 @@ int runReplay(Session& session) {
     bool const wasOn = opened.page.isChecked("Enable_LC");
     ProgressReport progress(stdout, opened.page);
     RunDriver driver(opened.page, [&] { session.frames().deliverNext(); });
-    driver.onProgress([&](RunProgress const& state) { progress.show(state); });
+    driver.onProgress = [&](RunProgress const& state) { progress.show(state); };
     driver.adjustToLight(); // leaves the correction's tables as they are
     auto const before = measureEvenness(session, opened.page, driver, false);
     auto const after = measureEvenness(session, opened.page, driver, true);

@@ -53,14 +53,14 @@ void RunDriver::advanceOneTick() {
         QCoreApplication::processEvents();
     }
     if (m_page.isRunning() && isSavingToEepromNext(m_page.statusTexts()))
-        m_savingObserver();
+        onSaving();
     m_page.stopTimer(); // showing the page again starts its timer again
     m_page.tick();
     ++m_progress.ticks;
     QCoreApplication::processEvents();
     m_progress.statusTexts = m_page.statusTexts();
-    m_observer(m_progress);
-    m_person();
+    onProgress(m_progress);
+    onRequests();
 }
 
 RunEnd RunDriver::watch(std::function<bool()> const& isWorking) {

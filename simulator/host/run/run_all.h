@@ -33,14 +33,11 @@ public:
     RunDriver(DialogPage const& page, std::function<void()> deliverFrame, int framesPerTick = 3,
               int maxFrames = 2000);
 
-    /// Called after each tick.
-    void onProgress(std::function<void(RunProgress const&)> observer) { m_observer = std::move(observer); }
-
-    /// Called after each tick, so that a person does what the page asks for.
-    void onRequests(std::function<void()> person) { m_person = std::move(person); }
-
+    /// Called after each tick, the second so that a person does what the page asks for.
+    std::function<void(RunProgress const&)> onProgress = [](RunProgress const&) {};
+    std::function<void()> onRequests = [] {};
     /// Called before the dialog saves to the EEPROM, which takes its time and shows nothing meanwhile.
-    void onSaving(std::function<void()> observer) { m_savingObserver = std::move(observer); }
+    std::function<void()> onSaving = [] {};
 
     /// Presses Run All and sees it through.
     RunResult runAll();
@@ -56,9 +53,6 @@ private:
 
     DialogPage m_page;
     std::function<void()> m_deliverFrame;
-    std::function<void(RunProgress const&)> m_observer = [](RunProgress const&) {};
-    std::function<void()> m_savingObserver = [] {};
-    std::function<void()> m_person = [] {};
     int m_framesPerTick;
     int m_maxFrames;
     RunProgress m_progress;

@@ -17,7 +17,7 @@ QString reportScript(Session& session, DialogPage& page, ScriptEnd const& end, O
                                    {{"file", "script", {session.options().scriptFile}},
                                     {"commands", "commands", {double(end.commands)}},
                                     {"commands_done", "commands done", {double(end.done)}}}},
-                                  stepSection(last, CaptureRows(page).read()),
+                                  stepSection(last, captureRows(page)),
                                   sceneSection(session),
                                   registerSection(session),
                                   eepromSection(session, page.text("Prom_Label"), &lack)};

@@ -1,9 +1,11 @@
 #include "simulator/host/window/picture_views.h"
 
-#include "simulator/host/report/uniformity_map.h"
+#include "simulator/host/report/charts.h"
+#include "simulator/pictures/block_report.h"
 
 #include <QPainter>
 #include <algorithm>
+#include <cmath>
 
 namespace pictara {
 namespace {
@@ -16,6 +18,15 @@ constexpr int kRows = 180; // enough for a smooth curve, a sixth of the work
 constexpr int kMarkedValues[] = {0, 64, 128, 192, 255};
 // Readable on light and dark ground.
 constexpr QColor kChannels[] = {QColor(220, 70, 60), QColor(50, 160, 70), QColor(70, 120, 230)};
+
+// The deviation at which the colours end: it follows the largest one up at once, and down only when that is
+// well below.
+double nextColourEnd(double present, double largest) {
+    constexpr double kSmallestEnd = 2; // so that a good picture does not look like a bad one
+    constexpr double kSlack = 1.5;     // so that noise about a whole number does not move the end to and fro
+    bool const isKept = largest <= present && largest >= present - kSlack;
+    return isKept ? present : std::max(kSmallestEnd, std::ceil(largest));
+}
 } // namespace
 
 void LiveView::setPicture(QImage const& picture) {
@@ -26,7 +37,7 @@ void LiveView::setPicture(QImage const& picture) {
 void LiveView::setUniformity(BlockReport const& blocks, int skippedRows) {
     m_largest = blocks.largestColourDeviation;
     m_end = nextColourEnd(m_end, m_largest);
-    m_map = uniformityMap(blocks, m_end);
+    m_map = colourMap(blocks.deviations, blocks.columns, 0, m_end, risingColours());
     m_skippedRows = skippedRows;
     update();
 }
@@ -56,7 +67,7 @@ void LiveView::paintLegend(QPainter& painter) const {
         QStringLiteral("0 to %1, largest deviation %2").arg(m_end, 0, 'f', 0).arg(m_largest, 0, 'f', 2);
     QRect const ground = bar.adjusted(-6, -6, 18 + painter.fontMetrics().horizontalAdvance(text), 6);
     QLinearGradient gradient(bar.topLeft(), bar.topRight());
-    gradient.setStops(deviationColours());
+    gradient.setStops(risingColours());
     painter.fillRect(ground, kLegendGround);
     painter.fillRect(bar, gradient);
     painter.setPen(Qt::white);
