@@ -306,7 +306,6 @@ void Player::tick() {
     m_dialog.page.stopTimer(); // showing the page again starts its timer again
     m_dialog.page.tick();
     QCoreApplication::processEvents();
-    ++m_progress.ticks;
     m_progress.statusTexts = m_dialog.page.statusTexts();
     m_report->show(m_progress);
 }

@@ -56,7 +56,6 @@ void RunDriver::advanceOneTick() {
         onSaving();
     m_page.stopTimer(); // showing the page again starts its timer again
     m_page.tick();
-    ++m_progress.ticks;
     QCoreApplication::processEvents();
     m_progress.statusTexts = m_page.statusTexts();
     onProgress(m_progress);

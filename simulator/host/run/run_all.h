@@ -16,7 +16,6 @@ enum class RunEnd {
 /// Where a run stands, for whoever shows its progress.
 struct RunProgress {
     int frames = 0;
-    int ticks = 0;
     QStringList statusTexts; ///< of all steps, in the order of kSteps
 };
 

@@ -11,7 +11,7 @@ struct ScriptEnd {
     size_t commands = 0; ///< of the whole script
     size_t done = 0;     ///< of these, without a failure
     QString cause;       ///< of the failure, with file and line; empty for none
-    RunProgress state;   ///< frames and ticks
+    RunProgress state;   ///< frames
 };
 
 /// Writes a script's report and its summary for scripts. Of a script that is done and left a solution in the
