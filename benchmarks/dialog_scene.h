@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/camera/simulated_camera.h"
 #include "simulator/boundary/plugin_library.h"
+#include "simulator/camera/simulated_camera.h"
 #include "tests/support/fake_bench.h"
 
 #include <QDialog>

@@ -99,19 +99,11 @@ public:
         return toMarkdown(table);
     }
 
-    std::string runAll(std::optional<RunAllCost> const& cost) {
+    std::string runAll(std::optional<double> const& cost) {
         constexpr double kMostSeconds = 10;
-        auto const part = [&](double RunAllCost::*member) {
-            return cost ? std::optional((*cost).*member) : std::nullopt;
-        };
-        auto const whole = part(&RunAllCost::processor);
-        return toMarkdown(
-            {{"what", "figure", "at most"},
-             {"the whole run", judged(whole, whole && *whole <= kMostSeconds, duration),
-              duration(kMostSeconds)},
-             {"its ticks of the page alone", judged(part(&RunAllCost::ticks), true, duration), ""},
-             {"not in it: pauses in ticks, for the EEPROM's write cycle",
-              judged(part(&RunAllCost::pauses), true, duration), ""}});
+        return toMarkdown({{"what", "figure", "at most"},
+                           {"the whole run", judged(cost, cost && *cost <= kMostSeconds, duration),
+                            duration(kMostSeconds)}});
     }
 
     std::string eeprom(std::vector<EepromCost> const& costs) {
@@ -227,7 +219,7 @@ Report makeReport(Measured const& measured, std::string const& command) {
         "the same buffers, by processor time.\n\n" +
         reporter.ratios() + "By the clock:\n\n" + reporter.limits(measured.firstOpening) +
         "A full Run All of the default camera without a window, from the program's start to its report, in "
-        "processor\ntime; the pauses by the clock. [Where it goes](simulator-profile.md):\n\n" +
+        "processor\ntime:\n\n" +
         reporter.runAll(measured.runAll) +
         "Bus transfers of an EEPROM of 8176 bytes. A raw write ends with a pause of 20 ms; the bridge is "
         "asked "

@@ -12,7 +12,7 @@
 struct Measured {
     Medians medians;
     double firstOpening = 0; ///< seconds
-    std::optional<RunAllCost> runAll;
+    std::optional<double> runAll;
     std::vector<EepromCost> eeprom;
 };
 
