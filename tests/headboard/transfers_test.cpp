@@ -13,40 +13,35 @@ using std::chrono::milliseconds;
 struct CountedBoard : Headboard {
     explicit CountedBoard(Path way) : Headboard(way), path(way) {}
 
-    [[nodiscard]] int64_t least(ByteState wanted, size_t begin, size_t end, bool isWrite) const {
-        Transfer const raw = isWrite ? Transfer::RawWrite : Transfer::RawRead;
-        return leastTransfers(eeprom->state, wanted, begin, end, path == Path::Raw ? raw : Transfer::Pair);
-    }
-    // The bridge is asked every 2 ms; a raw read waits for nobody, and the library for the device alone.
-    [[nodiscard]] milliseconds timeOfReads(int64_t transfers) const {
-        return path == Path::Bridge ? milliseconds(2 * transfers) : milliseconds(0);
-    }
-
+    // Moves the bytes of a state by the fewest transfers, each of which takes so many milliseconds.
     template <typename Operation>
-    void expect(int64_t transfers, milliseconds time, Operation operation) {
+    void move(ByteState moved, size_t begin, size_t end, Transfer raw, int msEach, Operation operation) {
+        int64_t const transfers =
+            leastTransfers(eeprom->state, moved, begin, end, path == Path::Raw ? raw : Transfer::Pair);
+        // Behind the last write by description nobody waits for the device.
+        bool const isLastFree = path == Path::BusDescription && transfers > 0;
         int64_t const before = board.operations;
         auto const start = board.clock.now();
         EXPECT_EQ(operation(), kEepromOk);
         EXPECT_EQ(board.operations - before, transfers) << int(path);
-        EXPECT_EQ(board.clock.now() - start, time) << int(path);
+        EXPECT_EQ(board.clock.now() - start, milliseconds(msEach * (transfers - isLastFree))) << int(path);
     }
+    // The bridge is asked every 2 ms; a raw read waits for nobody, and the library for the device alone.
+    [[nodiscard]] int msEachRead() const { return path == Path::Bridge ? 2 : 0; }
+
     void load(int32_t offset, int32_t count) {
         HeadboardEepromEnsureImage(*eeprom);
-        int64_t const transfers =
-            least(ByteState::NotRead, size_t(offset), size_t(offset) + size_t(count), false);
-        expect(transfers, timeOfReads(transfers),
-               [&] { return HeadboardEepromLoad(*eeprom, offset, count); });
+        move(ByteState::NotRead, size_t(offset), size_t(offset) + size_t(count), Transfer::RawRead,
+             msEachRead(), [&] { return HeadboardEepromLoad(*eeprom, offset, count); });
     }
     void save() {
-        int64_t const transfers = least(ByteState::Changed, 0, eeprom->state.size(), true);
-        // Behind the last write by description nobody waits for the device.
-        int64_t const cycles = path == Path::BusDescription ? std::max<int64_t>(transfers - 1, 0) : transfers;
-        expect(transfers, milliseconds(20 * cycles), [&] { return HeadboardEepromFlush(*eeprom); });
+        move(ByteState::Changed, 0, eeprom->state.size(), Transfer::RawWrite, 20,
+             [&] { return HeadboardEepromFlush(*eeprom); });
         board.clock.advance(milliseconds(20));
     }
     void verify() {
-        int64_t const transfers = least(ByteState::Current, 0, eeprom->state.size(), false);
-        expect(transfers, timeOfReads(transfers), [&] { return HeadboardEepromVerify(*eeprom, 0, -1); });
+        move(ByteState::Current, 0, eeprom->state.size(), Transfer::RawRead, msEachRead(),
+             [&] { return HeadboardEepromVerify(*eeprom, 0, -1); });
     }
 
     Path path;

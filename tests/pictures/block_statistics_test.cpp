@@ -139,9 +139,8 @@ TEST(AskedPixels, GiveEveryBlockTheStatisticsOfThePictureItself) {
         for (int32_t column = 0; column < whole.columns(); ++column) {
             CSbl::Block const& one = asked.block(row, column);
             CSbl::Block const& other = whole.block(row, column);
-            EXPECT_EQ(one.red, other.red) << row << ' ' << column;
-            EXPECT_EQ(one.green, other.green) << row << ' ' << column;
-            EXPECT_EQ(one.blue, other.blue) << row << ' ' << column;
+            EXPECT_EQ(std::tie(one.red, one.green, one.blue), std::tie(other.red, other.green, other.blue))
+                << row << ' ' << column;
         }
 }
 
