@@ -11,8 +11,7 @@ class Correction {
 public:
     Correction(TestSensor const& sensor, std::vector<sf_RegEntry> const& registers);
 
-    /// Gain of a plane (0 greenRed, 1 red, 2 blue, 3 greenBlue) by the bank of a slot.
-    [[nodiscard]] double gain(uint32_t slot, uint32_t plane, double x, double y) const;
+    /// Gain of a colour's plane by the bank of a slot.
     [[nodiscard]] double gain(uint32_t slot, Colour colour, double x, double y) const;
 
 private:
@@ -20,16 +19,14 @@ private:
     std::map<uint32_t, uint32_t> m_registers;
 };
 
-/// A corrected flat field in 32 x 18 blocks.
+/// A corrected flat field in 32 x 18 blocks: largest relative deviations from a block in the middle.
 struct FieldQuality {
-    double colourDeviation = 0; ///< largest distance of a block from the mean in a*, b*
-    double worstLuminance = 0;  ///< largest relative deviation from the centre block
-    double greenImbalance = 0;  ///< largest change of the ratio of the two greens
+    double colour = 0; ///< of the ratio of red, blue or the sensor's second green to green
+    double luminance = 0;
 };
 
-/// Shows the field as a host would (white balance on the centre, colour matrix, exponent 0.45).
-[[nodiscard]] FieldQuality measure(TestSensor const& sensor, Response const& corrected);
-
-/// The response after the correction of one or two banks.
+/// The response after the correction by the banks of these slots.
 [[nodiscard]] Response after(Response const& response, Correction const& correction,
                              std::vector<uint32_t> const& banks = {0});
+[[nodiscard]] FieldQuality measure(TestSensor const& sensor, Response const& corrected);
+void expectWithin(FieldQuality const& quality, FieldQuality const& worst);

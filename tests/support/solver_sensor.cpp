@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QtDebug>
+#include <cstring>
 
 namespace {
 QStringList g_warnings;
@@ -54,9 +55,12 @@ Handle open(TestSensor const& sensor) {
 
 bool setImage(Handle const& handle, TestSensor const& sensor, QByteArray const& frame, uint32_t bayerPhase,
               uint32_t orientation) {
-    return sf_SetInputImage2(handle.get(), frame.constData(), static_cast<uint32_t>(sensor.width),
-                             static_cast<uint32_t>(sensor.height), 12, bayerPhase, orientation, 0, -1,
-                             -1) != 0;
+    auto const width = uint32_t(sensor.width), height = uint32_t(sensor.height);
+    sf_YcbcrInput const coding{sizeof coding, 0, {0, 1, 2, 3}, 0, 255, 255, 128, orientation};
+    return (std::strcmp(sensor.input, "ycbcr") == 0
+                ? sf_SetInputImageYcbcr(handle.get(), frame.constData(), width, height, &coding, -1, -1)
+                : sf_SetInputImage2(handle.get(), frame.constData(), width, height, 12, bayerPhase,
+                                    orientation, 0, -1, -1)) != 0;
 }
 
 int findSolution(Handle const& handle, uint32_t falloffPercent, uint32_t radius) {

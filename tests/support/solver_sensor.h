@@ -39,7 +39,7 @@ using Handle = std::unique_ptr<sf_Handle, HandleDestroyer>;
 
 [[nodiscard]] Handle open(TestSensor const& sensor);
 
-/// Hands a tightly packed raw frame over; false = refused.
+/// Hands a tightly packed frame over; false = refused.
 [[nodiscard]] bool setImage(Handle const& handle, TestSensor const& sensor, QByteArray const& frame,
                             uint32_t bayerPhase = 0, uint32_t orientation = 0);
 [[nodiscard]] int findSolution(Handle const& handle, uint32_t falloffPercent = 100, uint32_t radius = 0);
