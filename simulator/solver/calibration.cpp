@@ -1,25 +1,23 @@
 #include "simulator/solver/calibration.h"
 
 #include "simulator/solver/flatness.h"
-#include "simulator/solver/gain_fit.h"
 
 #include <QStringList>
 #include <QtDebug>
-#include <algorithm>
-#include <utility>
+#include <bit>
+#include <cmath>
 
 namespace solver {
 namespace {
-constexpr uint32_t kLowestFalloff = 50;
-constexpr uint32_t kHighestFalloff = 125;
+using Registers = std::vector<sf_RegEntry>;
 
-uint32_t clampedFalloff(uint32_t percent) { return std::clamp(percent, kLowestFalloff, kHighestFalloff); }
+uint32_t clampedFalloff(uint32_t percent) { return std::clamp(percent, 50u, 125u); }
 
 // Row by row from the array's top, each as its number and its runs of blocks.
-void logRefusedBlocks(BlockMeans const& means, std::vector<bool> const& refused) {
+void logRefusedBlocks(BlockMeans const& means, BlockMask const& refused) {
     QStringList rows;
-    for (int row = 0; row < means.rows && !refused.empty(); ++row) {
-        auto const first = refused.begin() + std::ptrdiff_t(row) * means.columns, end = first + means.columns;
+    for (int row = 0; row < means.rows && refused.size() != 0; ++row) {
+        auto const first = refused.begin() + row * means.columns, end = first + means.columns;
         QStringList runs;
         for (auto from = std::find(first, end, true); from != end;) {
             auto const to = std::find(from, end, false);
@@ -35,39 +33,70 @@ void logRefusedBlocks(BlockMeans const& means, std::vector<bool> const& refused)
                      .arg(means.rows)
                      .arg(rows.join(QLatin1Char(' '))));
 }
+
+void append(Registers& list, simulator::RegisterPlace const& place, uint32_t value) {
+    list.push_back({place.id, place.address, value});
+}
+
+void append(Registers& list, SensorLayout::Origin const& origin, SensorLayout const& layout) {
+    append(list, origin.column, originIn(layout.width));
+    append(list, origin.row, originIn(layout.height));
+}
+
+void append(Registers& list, SensorLayout::Bank const& bank, BankCoefficients const& coefficients) {
+    for (size_t plane = 0; plane < kPlaneCount; ++plane)
+        for (int i = 0; i < kTerms; ++i)
+            append(list, bank.planes[plane].place(uint32_t(i)),
+                   std::bit_cast<uint16_t>(coefficients[plane](i)));
+}
+
+QString lines(Registers const& entries) {
+    QString text;
+    for (sf_RegEntry const& entry : entries)
+        text += QString::asprintf("REG = 0x%04X, 0x%04X, 0x%04X\n", entry.first, entry.second, entry.third);
+    return text;
+}
 } // namespace
 
 void logCause(QString const& cause) { qWarning("shadefit: %s", qPrintable(cause)); }
 
-void Calibration::fail(QString const& cause) {
-    m_solution = {};
-    logCause(cause);
+void Calibration::drop() {
+    m_falloffPercent = 100;
+    m_base.reset();
+    m_tables.clear();
 }
 
-void Calibration::refuse(QString const& cause) {
+Outcome Calibration::fail(QString const& cause) {
+    drop();
+    logCause(cause);
+    return Outcome::Failed;
+}
+
+bool Calibration::refuse(QString const& cause) {
     m_means.reset();
-    m_sizeFits = true;
+    m_misfit.clear();
     fail(cause);
+    return false;
 }
 
 bool Calibration::fits(uint32_t width, uint32_t height) {
     m_means.reset();
-    m_sizeFits = width == uint32_t(m_array.width) && height == uint32_t(m_array.height);
-    m_sizes = QStringLiteral("incompatible image size: %1 x %2 instead of %3 x %4")
-                  .arg(width)
-                  .arg(height)
-                  .arg(m_array.width)
-                  .arg(m_array.height);
-    return m_sizeFits;
+    m_misfit.clear();
+    if (width == m_layout.width && height == m_layout.height)
+        return true;
+    m_misfit = QStringLiteral("incompatible image size: %1 x %2 instead of %3 x %4")
+                   .arg(width)
+                   .arg(height)
+                   .arg(m_layout.width)
+                   .arg(m_layout.height);
+    return false;
 }
 
 bool Calibration::take(BlockMeans means) {
-    Inspection inspection;
-    QString error;
-    if (!inspect(means, m_array, inspection, &error)) {
+    Inspection inspection = inspect(means, m_layout);
+    if (!inspection.fault.isEmpty()) {
         logRefusedBlocks(means, inspection.refused);
-        refuse(error);
-        return false;
+        return refuse(inspection.fault);
     }
     m_means = std::move(means);
     m_trusted = std::move(inspection.trusted);
@@ -76,61 +105,48 @@ bool Calibration::take(BlockMeans means) {
 
 bool Calibration::setImage(void const* frame, uint32_t width, uint32_t height, uint32_t bayerPhase,
                            uint32_t orientation) {
-    if (m_layout.input == SensorLayout::Input::Ycbcr) {
-        refuse(QStringLiteral("the sensor delivers YCbCr, but a raw image was handed over"));
-        return false;
-    }
-    if (!fits(width, height))
-        return true;
-    return take(readRaw(frame, m_layout, rawSampling(m_layout, bayerPhase, orientation)));
+    if (m_layout.input == SensorLayout::Input::Ycbcr)
+        return refuse(QStringLiteral("the sensor delivers YCbCr, but a raw image was handed over"));
+    return !fits(width, height) || take(readRaw(frame, m_layout, bayerPhase, orientation));
 }
 
 bool Calibration::setYcbcrImage(void const* frame, uint32_t width, uint32_t height,
                                 sf_YcbcrInput const& input) {
-    if (m_layout.input != SensorLayout::Input::Ycbcr) {
-        refuse(QStringLiteral("a YCbCr image was handed over, but the sensor delivers none"));
-        return false;
-    }
-    auto const sampling = ycbcrSampling(input);
-    if (!sampling || input.lumaHigh <= input.lumaLow || input.chromaHigh == 0) {
-        refuse(QStringLiteral("unknown YCbCr coding: luma %1 to %2, chroma span %3")
-                   .arg(input.lumaLow)
-                   .arg(input.lumaHigh)
-                   .arg(input.chromaHigh));
-        return false;
-    }
-    if (!fits(width, height))
-        return true;
-    return take(readYcbcr(frame, m_layout, input, *sampling));
+    constexpr uint32_t kComponentOrder[] = {0, 1, 2, 3}; // no sensor delivers any other one
+    if (m_layout.input != SensorLayout::Input::Ycbcr)
+        return refuse(QStringLiteral("a YCbCr image was handed over, but the sensor delivers none"));
+    if (!std::equal(std::begin(kComponentOrder), std::end(kComponentOrder), input.componentOrder) ||
+        input.lumaHigh <= input.lumaLow || input.chromaHigh == 0)
+        return refuse(QStringLiteral("unknown YCbCr coding: luma %1 to %2, chroma span %3")
+                          .arg(input.lumaLow)
+                          .arg(input.lumaHigh)
+                          .arg(input.chromaHigh));
+    return !fits(width, height) || take(readYcbcr(frame, m_layout, input));
 }
 
 Outcome Calibration::imageOutcome() {
-    if (!m_sizeFits) {
-        fail(m_sizes);
+    if (!m_misfit.isEmpty()) {
+        fail(m_misfit);
         return Outcome::WrongImageSize;
     }
-    if (!m_means) {
-        fail(QStringLiteral("there is no input image"));
-        return Outcome::Failed;
-    }
-    return Outcome::Solved;
+    return m_means ? Outcome::Solved : fail(QStringLiteral("there is no input image"));
 }
 
 BankCoefficients Calibration::fit(BlockMeans const& means, uint32_t falloffPercent, uint32_t radius) const {
-    Target const target{clampedFalloff(falloffPercent) / 100.0, double(radius)};
-    return fitGains(means, m_trusted, m_array, target);
+    Target target{clampedFalloff(falloffPercent) / 100.0};
+    if (radius != 0)
+        target.radius = radius / (0.5 * std::hypot(m_layout.width, m_layout.height));
+    return fitGains(means, m_trusted, target);
 }
 
-Outcome Calibration::findBase(uint32_t falloffPercent, uint32_t radius) {
-    m_solution = {};
+Outcome Calibration::findBase(sf_SolutionParams const& params) {
+    drop();
     if (Outcome const outcome = imageOutcome(); outcome != Outcome::Solved)
         return outcome;
-    if (m_layout.bank(0) == nullptr) {
-        fail(QStringLiteral("the sensor has no base correction"));
-        return Outcome::Failed;
-    }
-    m_solution.falloffPercent = clampedFalloff(falloffPercent);
-    m_solution.base = fit(*m_means, falloffPercent, radius);
+    if (m_layout.bank(simulator::kBaseSlot) == nullptr)
+        return fail(QStringLiteral("the sensor has no base correction"));
+    m_falloffPercent = clampedFalloff(params.falloffPercent);
+    m_base = fit(*m_means, params.falloffPercent, params.radius);
     return Outcome::Solved;
 }
 
@@ -139,29 +155,70 @@ Outcome Calibration::findTable(sf_ApgaParams const& params) {
         return Outcome::Solved;
     if (Outcome const outcome = imageOutcome(); outcome != Outcome::Solved)
         return outcome;
-    if (!m_solution.base) {
-        fail(QStringLiteral("there is no base solution for the table of slot %1").arg(params.illuminantSlot));
-        return Outcome::Failed;
-    }
-    return addTable(corrected(*m_means, m_array, *m_solution.base), params);
+    if (!m_base)
+        return fail(
+            QStringLiteral("there is no base solution for the table of slot %1").arg(params.illuminantSlot));
+    return addTable(corrected(*m_means, *m_base), params);
 }
 
 Outcome Calibration::findFullTable(sf_ApgaParams const& params) {
     if (Outcome const outcome = imageOutcome(); outcome != Outcome::Solved)
         return outcome;
-    if (m_solution.base)
-        m_solution = {};
-    m_solution.falloffPercent = clampedFalloff(params.falloffPercent);
+    if (m_base)
+        drop();
+    m_falloffPercent = clampedFalloff(params.falloffPercent);
     return addTable(*m_means, params);
 }
 
 Outcome Calibration::addTable(BlockMeans const& means, sf_ApgaParams const& params) {
     uint32_t const slot = params.illuminantSlot;
-    if (slot == 0 || m_layout.bank(slot) == nullptr) {
-        fail(QStringLiteral("the sensor has no table for illuminant slot %1").arg(slot));
-        return Outcome::Failed;
-    }
-    m_solution.tables[slot] = {params.colourTemperature, fit(means, params.falloffPercent, params.radius)};
+    if (slot == simulator::kBaseSlot || m_layout.bank(slot) == nullptr)
+        return fail(QStringLiteral("the sensor has no table for illuminant slot %1").arg(slot));
+    m_tables[slot] = {params.colourTemperature, fit(means, params.falloffPercent, params.radius)};
     return Outcome::Solved;
+}
+
+Registers Calibration::baseRegisters() const {
+    Registers list;
+    append(list, m_layout.origin, m_layout);
+    if (m_base)
+        append(list, *m_layout.bank(simulator::kBaseSlot), *m_base);
+    return list;
+}
+
+Registers Calibration::tableRegisters(uint32_t slot, Table const& table) const {
+    Registers list;
+    SensorLayout::Bank const& bank = *m_layout.bank(slot);
+    if (bank.origin)
+        append(list, *bank.origin, m_layout);
+    append(list, bank, table.coefficients);
+    if (bank.colourTemperature)
+        append(list, *bank.colourTemperature, table.colourTemperature);
+    return list;
+}
+
+Registers Calibration::registers() const {
+    Registers list = baseRegisters();
+    for (auto const& [slot, table] : m_tables) {
+        Registers const ofTable = tableRegisters(slot, table);
+        list.insert(list.end(), ofTable.begin(), ofTable.end());
+    }
+    return list;
+}
+
+QByteArray Calibration::presetText(PresetFormat format) const {
+    QString text = QStringLiteral("[Lens Correction]\n"
+                                  "; sensor kind %1, variant %2\n"
+                                  "; corners at %3 % of the centre\n")
+                       .arg(m_layout.kind)
+                       .arg(m_layout.variant)
+                       .arg(m_falloffPercent);
+    text += lines(baseRegisters());
+    for (auto const& [slot, table] : m_tables) {
+        if (format == PresetFormat::Tables)
+            text += QStringLiteral("; illuminant slot %1, %2 K\n").arg(slot).arg(table.colourTemperature);
+        text += lines(tableRegisters(slot, table));
+    }
+    return text.toLatin1();
 }
 } // namespace solver

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "simulator/solver/block_means.h"
-#include "simulator/solver/solution.h"
+#include "simulator/solver/gain_fit.h"
 
 #include <QString>
-#include <cstdint>
+#include <map>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -13,16 +13,19 @@ namespace solver {
 /// Results of the find operations, as the library's interface numbers them.
 enum class Outcome : int { Solved = 0, Failed = -1, WrongImageSize = -2 };
 
+/// How a preset file tells the tables apart.
+enum class PresetFormat : uint32_t {
+    Plain = 0,  ///< one run of lines
+    Tables = 2, ///< a comment line before each table
+};
+
 /// One sensor's calibration: the input image of the moment, reduced to block means, and the solution.
 ///
 /// Whatever fails leaves no solution behind, so that a caller that overlooks a failure finds an empty
 /// register list and never a stale or a half one. Causes go to the log.
 class Calibration {
 public:
-    explicit Calibration(SensorLayout layout) : m_layout(std::move(layout)), m_array(m_layout) {}
-
-    [[nodiscard]] SensorLayout const& layout() const { return m_layout; }
-    [[nodiscard]] Solution const& solution() const { return m_solution; }
+    explicit Calibration(SensorLayout layout) : m_layout(std::move(layout)) {}
 
     /// Reads a Bayer or RGB frame, or refuses it (false). A frame of another size than the array's is
     /// accepted unread, and the next find operation tells. The frame is not kept.
@@ -32,32 +35,49 @@ public:
                                      sf_YcbcrInput const& input);
 
     /// The full correction of the image, which becomes the base; drops all tables.
-    [[nodiscard]] Outcome findBase(uint32_t falloffPercent, uint32_t radius);
+    [[nodiscard]] Outcome findBase(sf_SolutionParams const& params);
     /// Adds the table of a slot, which corrects what the base leaves of the image.
     [[nodiscard]] Outcome findTable(sf_ApgaParams const& params);
     /// Adds the table of a slot, which is the full correction; drops the base.
     [[nodiscard]] Outcome findFullTable(sf_ApgaParams const& params);
 
+    [[nodiscard]] bool hasSolution() const { return m_base || !m_tables.empty(); }
+    /// All registers in the order in which they are to be written: the origin, the base's coefficients when
+    /// there is one, then table by table its origin where it has its own, its coefficients, and its colour
+    /// temperature where the sensor asks for it.
+    [[nodiscard]] std::vector<sf_RegEntry> registers() const;
+    /// The same as lines of the host's preset "Lens Correction": `REG = <id>, <address>, <value>`.
+    [[nodiscard]] QByteArray presetText(PresetFormat format) const;
+
     /// Logs a cause and drops the solution.
-    void fail(QString const& cause);
-    /// The same for an input image: what came before it is no input either.
-    void refuse(QString const& cause);
+    Outcome fail(QString const& cause);
+    /// The same for an input image: what came before it is no input either. False.
+    bool refuse(QString const& cause);
 
 private:
+    /// The correction for one illuminant slot.
+    struct Table {
+        uint32_t colourTemperature = 0; ///< kelvin
+        BankCoefficients coefficients{};
+    };
+
     [[nodiscard]] bool fits(uint32_t width, uint32_t height);
     [[nodiscard]] bool take(BlockMeans means);
+    void drop();
     [[nodiscard]] Outcome imageOutcome();
     [[nodiscard]] BankCoefficients fit(BlockMeans const& means, uint32_t falloffPercent,
                                        uint32_t radius) const;
     [[nodiscard]] Outcome addTable(BlockMeans const& means, sf_ApgaParams const& params);
+    [[nodiscard]] std::vector<sf_RegEntry> baseRegisters() const;
+    [[nodiscard]] std::vector<sf_RegEntry> tableRegisters(uint32_t slot, Table const& table) const;
 
     SensorLayout m_layout;
-    Geometry m_array;
-    bool m_sizeFits = true;
-    QString m_sizes;                   ///< of the last frame that does not fit, for the log
+    QString m_misfit;                  ///< the sizes of a frame that does not fit, for the log
     std::optional<BlockMeans> m_means; ///< none: no usable image
-    std::vector<bool> m_trusted;
-    Solution m_solution;
+    BlockMask m_trusted;
+    uint32_t m_falloffPercent = 100; ///< of the solution
+    std::optional<BankCoefficients> m_base;
+    std::map<uint32_t, Table> m_tables; ///< by slot
 };
 
 /// Writes a line to the log in the library's name.

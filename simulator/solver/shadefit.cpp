@@ -11,6 +11,13 @@
 #include <utility>
 #include <vector>
 
+#ifdef _MSC_VER
+// Declared without an export, no definition may have one there; the linker exports all.
+#define SHADEFIT_API extern "C"
+#else
+#define SHADEFIT_API extern "C" Q_DECL_EXPORT
+#endif
+
 using simulator::Call;
 using simulator::callText;
 using simulator::callTexts;
@@ -18,6 +25,7 @@ using simulator::libraryWatch;
 using simulator::observed;
 using solver::Calibration;
 using solver::logCause;
+using solver::Outcome;
 
 struct sf_Handle {
     explicit sf_Handle(simulator::SensorLayout layout) : calibration(std::move(layout)) {}
@@ -96,6 +104,8 @@ struct Frame {
     void const* pixels;
     uint32_t width;
     uint32_t height;
+
+    [[nodiscard]] bool isEmpty() const { return pixels == nullptr || width == 0 || height == 0; }
 };
 
 QByteArray callText(Frame const& frame) {
@@ -121,6 +131,12 @@ Result entry(Call<Arguments...> const& call, Result failure, Body body, Answer a
         answer);
 }
 
+/// The same for an operation on a handle; a null one fails.
+template <typename Result, typename... Arguments, typename Body>
+Result entryOf(sf_Handle* handle, Call<Arguments...> const& call, Result failure, Body body) noexcept {
+    return entry(call, failure, [&]() -> Result { return handle ? body(*handle) : failure; });
+}
+
 sf_Handle* newHandle(char const* block, QString const& source) {
     QString error;
     if (auto layout = simulator::parseSensorLayout(block, source, &error))
@@ -130,149 +146,127 @@ sf_Handle* newHandle(char const* block, QString const& source) {
 }
 
 /// The common road of the find operations: null arguments and records of another size fail.
-template <typename Params, typename Body>
-int find(char const* function, sf_Handle* handle, Params const* params, Body body) noexcept {
-    constexpr int kFailed = int(solver::Outcome::Failed);
-    return entry(Call(function, handle, params), kFailed, [&] {
-        if (handle == nullptr)
-            return kFailed;
-        if (params == nullptr || params->size != sizeof(Params)) {
-            handle->calibration.fail(QStringLiteral("parameters of unknown size"));
-            return kFailed;
-        }
-        return int(body(handle->calibration));
+template <typename Params>
+int find(char const* function, sf_Handle* handle, Params const* params,
+         Outcome (Calibration::*operation)(Params const&)) noexcept {
+    return entryOf(handle, Call(function, handle, params), int(Outcome::Failed), [&](sf_Handle& of) {
+        if (params == nullptr || params->size != sizeof(Params))
+            return int(of.calibration.fail(QStringLiteral("parameters of unknown size")));
+        return int((of.calibration.*operation)(*params));
     });
 }
 
 /// Whether there is something for a list or file to show.
-bool holdsSolution(Calibration const& calibration, char const* purpose) {
-    if (calibration.solution().empty())
+bool holdsSolution(sf_Handle const& handle, char const* purpose) {
+    if (!handle.calibration.hasSolution())
         logCause(QStringLiteral("there is no solution to %1").arg(QLatin1String(purpose)));
-    return !calibration.solution().empty();
+    return handle.calibration.hasSolution();
 }
 } // namespace
 
-LIBRARY_FUNCTION void sf_ObserveCalls(CallObserver const* observer) {
+SHADEFIT_API void sf_ObserveCalls(CallObserver const* observer) {
     libraryWatch.setObserver(observer);
     handlesWatched = 0;
 }
 
-LIBRARY_FUNCTION sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t minusOne) {
-    return entry<sf_Handle*>(
-        Call("sf_Create", sensorKind, variant, minusOne), nullptr,
-        [&]() -> sf_Handle* {
-            QString const name = QStringLiteral("%1/layouts/%2-%3.layout")
-                                     .arg(files::libraryFolder())
-                                     .arg(sensorKind)
-                                     .arg(variant);
-            QString error;
-            if (auto const block = files::read(name, files::kMostText, &error))
-                return newHandle(block->constData(), name);
-            logCause(QStringLiteral("no layout for sensor kind %1, variant %2: %3: %4")
-                         .arg(QString::number(sensorKind), QString::number(variant), name, error));
-            return nullptr;
-        },
-        createdText);
+SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t minusOne) {
+    auto const fromFile = [&]() -> sf_Handle* {
+        QString const name =
+            files::libraryFolder() + QStringLiteral("/layouts/%1-%2.layout").arg(sensorKind).arg(variant);
+        QString error;
+        if (auto const block = files::read(name, files::kMostText, &error))
+            return newHandle(block->constData(), name);
+        logCause(QStringLiteral("no layout for sensor kind %1, variant %2: %3: %4")
+                     .arg(QString::number(sensorKind), QString::number(variant), name, error));
+        return nullptr;
+    };
+    return entry<sf_Handle*>(Call("sf_Create", sensorKind, variant, minusOne), nullptr, fromFile,
+                             createdText);
 }
 
-LIBRARY_FUNCTION sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, uint32_t variant,
-                                       uint32_t allBits) {
+SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, uint32_t variant,
+                                   uint32_t allBits) {
+    // The block names its own kind and variant; the caller's do not count.
     return entry<sf_Handle*>(
         Call("sf_Create2", SensorData{sensorData}, sensorKind, variant, allBits), nullptr,
-        [&] {
-            // The block names its own kind and variant; the caller's do not count.
-            return newHandle(static_cast<char const*>(sensorData), QStringLiteral("sensor data"));
-        },
+        [&] { return newHandle(static_cast<char const*>(sensorData), QStringLiteral("sensor data")); },
         createdText);
 }
 
-LIBRARY_FUNCTION int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
-                                       uint32_t bits, uint32_t bayerPhase, uint32_t orientation,
-                                       uint32_t zero, int32_t minusOne1, int32_t minusOne2) {
-    return entry(Call("sf_SetInputImage2", handle, Frame{frame, width, height}, bits, bayerPhase, orientation,
-                      zero, minusOne1, minusOne2),
-                 0, [&] {
-                     if (handle == nullptr)
-                         return 0;
-                     if (frame == nullptr || width == 0 || height == 0) {
-                         handle->calibration.refuse(QStringLiteral("the input image is empty"));
-                         return 0;
-                     }
-                     return handle->calibration.setImage(frame, width, height, bayerPhase, orientation) ? 1
-                                                                                                        : 0;
-                 });
-}
-
-LIBRARY_FUNCTION int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uint32_t width,
-                                           uint32_t height, sf_YcbcrInput const* input, int32_t minusOne1,
-                                           int32_t minusOne2) {
-    return entry(
-        Call("sf_SetInputImageYcbcr", handle, Frame{frame, width, height}, input, minusOne1, minusOne2), 0,
-        [&] {
-            if (handle == nullptr)
-                return 0;
-            if (frame == nullptr || width == 0 || height == 0 || input == nullptr ||
-                input->size != sizeof(sf_YcbcrInput)) {
-                handle->calibration.refuse(
-                    QStringLiteral("the input image is empty or its coding is not told"));
-                return 0;
-            }
-            return handle->calibration.setYcbcrImage(frame, width, height, *input) ? 1 : 0;
+SHADEFIT_API int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
+                                   uint32_t bits, uint32_t bayerPhase, uint32_t orientation, uint32_t zero,
+                                   int32_t minusOne1, int32_t minusOne2) {
+    Frame const told{frame, width, height};
+    return entryOf(
+        handle,
+        Call("sf_SetInputImage2", handle, told, bits, bayerPhase, orientation, zero, minusOne1, minusOne2), 0,
+        [&](sf_Handle& of) -> int {
+            if (told.isEmpty())
+                return of.calibration.refuse(QStringLiteral("the input image is empty"));
+            return of.calibration.setImage(frame, width, height, bayerPhase, orientation);
         });
 }
 
-LIBRARY_FUNCTION int sf_FindSolution(sf_Handle* handle, sf_SolutionParams const* params) {
-    return find("sf_FindSolution", handle, params, [&](Calibration& calibration) {
-        return calibration.findBase(params->falloffPercent, params->radius);
-    });
+SHADEFIT_API int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
+                                       sf_YcbcrInput const* input, int32_t minusOne1, int32_t minusOne2) {
+    Frame const told{frame, width, height};
+    return entryOf(handle, Call("sf_SetInputImageYcbcr", handle, told, input, minusOne1, minusOne2), 0,
+                   [&](sf_Handle& of) -> int {
+                       if (told.isEmpty() || input == nullptr || input->size != sizeof(sf_YcbcrInput))
+                           return of.calibration.refuse(
+                               QStringLiteral("the input image is empty or its coding is not told"));
+                       return of.calibration.setYcbcrImage(frame, width, height, *input);
+                   });
 }
 
-LIBRARY_FUNCTION int sf_FindApga(sf_Handle* handle, sf_ApgaParams const* params) {
-    return find("sf_FindApga", handle, params,
-                [&](Calibration& calibration) { return calibration.findTable(*params); });
+SHADEFIT_API int sf_FindSolution(sf_Handle* handle, sf_SolutionParams const* params) {
+    return find("sf_FindSolution", handle, params, &Calibration::findBase);
 }
 
-LIBRARY_FUNCTION int sf_FindAutoPga(sf_Handle* handle, sf_ApgaParams const* params) {
-    return find("sf_FindAutoPga", handle, params,
-                [&](Calibration& calibration) { return calibration.findFullTable(*params); });
+SHADEFIT_API int sf_FindApga(sf_Handle* handle, sf_ApgaParams const* params) {
+    return find("sf_FindApga", handle, params, &Calibration::findTable);
 }
 
-LIBRARY_FUNCTION sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
-    return entry<sf_RegList const*>(Call("sf_DumpRegList", handle), nullptr, [&]() -> sf_RegList const* {
-        if (handle == nullptr || !holdsSolution(handle->calibration, "list"))
-            return nullptr;
-        handle->entries = solver::allRegisters(handle->calibration.layout(), handle->calibration.solution());
-        handle->list = {int32_t(handle->entries.size()), handle->entries.data()};
-        return &handle->list;
-    });
+SHADEFIT_API int sf_FindAutoPga(sf_Handle* handle, sf_ApgaParams const* params) {
+    return find("sf_FindAutoPga", handle, params, &Calibration::findFullTable);
 }
 
-LIBRARY_FUNCTION int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t format, uint32_t zero1,
-                                    uint32_t zero2) {
-    return entry(Call("sf_DumpRegFile", handle, path, format, zero1, zero2), -1, [&] {
-        if (handle == nullptr || path == nullptr)
+SHADEFIT_API sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
+    return entryOf<sf_RegList const*>(handle, Call("sf_DumpRegList", handle), nullptr,
+                                      [](sf_Handle& of) -> sf_RegList const* {
+                                          if (!holdsSolution(of, "list"))
+                                              return nullptr;
+                                          of.entries = of.calibration.registers();
+                                          of.list = {int32_t(of.entries.size()), of.entries.data()};
+                                          return &of.list;
+                                      });
+}
+
+SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t format, uint32_t zero1,
+                                uint32_t zero2) {
+    return entryOf(
+        handle, Call("sf_DumpRegFile", handle, path, format, zero1, zero2), -1, [&](sf_Handle& of) {
+            if (path == nullptr)
+                return -1;
+            auto const presetFormat = static_cast<solver::PresetFormat>(format);
+            if (presetFormat != solver::PresetFormat::Plain && presetFormat != solver::PresetFormat::Tables) {
+                logCause(QStringLiteral("unknown file format %1").arg(format));
+                return -1;
+            }
+            if (!holdsSolution(of, "write"))
+                return -1;
+            // Hosts build the path with either separator.
+            QString name = QString::fromLocal8Bit(path);
+            if (QDir::separator() != QLatin1Char('\\'))
+                name.replace(QLatin1Char('\\'), QLatin1Char('/'));
+            QString error;
+            if (files::replace(name, of.calibration.presetText(presetFormat), &error))
+                return 0;
+            logCause(QStringLiteral("cannot write %1: %2").arg(name, error));
             return -1;
-        auto const presetFormat = static_cast<solver::PresetFormat>(format);
-        if (presetFormat != solver::PresetFormat::Plain && presetFormat != solver::PresetFormat::Tables) {
-            logCause(QStringLiteral("unknown file format %1").arg(format));
-            return -1;
-        }
-        Calibration const& calibration = handle->calibration;
-        if (!holdsSolution(calibration, "write"))
-            return -1;
-        // Hosts build the path with either separator.
-        QString name = QString::fromLocal8Bit(path);
-        if (QDir::separator() != QLatin1Char('\\'))
-            name.replace(QLatin1Char('\\'), QLatin1Char('/'));
-        QString error;
-        if (files::replace(name, presetText(calibration.layout(), calibration.solution(), presetFormat),
-                           &error))
-            return 0;
-        logCause(QStringLiteral("cannot write %1: %2").arg(name, error));
-        return -1;
-    });
+        });
 }
 
-LIBRARY_FUNCTION void sf_Destroy(sf_Handle* handle) {
+SHADEFIT_API void sf_Destroy(sf_Handle* handle) {
     observed(Call("sf_Destroy", handle), [&] { delete handle; });
 }
