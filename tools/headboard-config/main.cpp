@@ -2,8 +2,8 @@
 
 #include "config_page/config_view.h"
 #include "simulator/files/interruption.h"
-#include "simulator/files/window_picture.h"
 #include "tools/headboard-config/session.h"
+#include "tools/window_picture/window_picture.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/files/window_picture.h"
+#include "tools/window_picture/window_picture.h"
 
 #include <QDir>
 #include <QWidget>

@@ -1,4 +1,4 @@
-#include "simulator/files/window_picture.h"
+#include "tools/window_picture/window_picture.h"
 
 #include "simulator/files/whole_file.h"
 
