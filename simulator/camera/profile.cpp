@@ -1,7 +1,7 @@
 #include "simulator/camera/profile.h"
 
 #include "simulator/files/json_place.h"
-#include "simulator/files/library_folder.h"
+#include "simulator/files/whole_file.h"
 
 #include <QFileInfo>
 #include <algorithm>

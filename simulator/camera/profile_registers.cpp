@@ -72,7 +72,7 @@ std::vector<Bitfield> readBitfields(JsonPlace const& place, uint32_t dataWidth) 
         return bitfields;
     JsonPlace const object = place["bitfields"];
     uint32_t const widest = dataWidth >= 32 ? 0xFFFFFFFF : (1U << dataWidth) - 1;
-    for (QString const& name : object.keys())
+    for (QString const& name : object.object().keys())
         bitfields.push_back({name.toLatin1(), object[name.toUtf8().constData()].integer(1, widest)});
     return bitfields;
 }
@@ -122,7 +122,7 @@ std::vector<RegisterDefinition> readRegisters(JsonPlace const& place, uint32_t a
         taken.insert(what);
         return isFree;
     };
-    for (QString const& group : place.keys())
+    for (QString const& group : place.object().keys())
         for (JsonPlace const& item : place[group.toUtf8().constData()].items()) {
             size_t const before = registers.size();
             if (before > kMostRegisters) {

@@ -19,9 +19,6 @@ QString at(QString const& file, QString const& path, QString const& what) {
 }
 } // namespace
 
-JsonPlace::JsonPlace(QJsonObject const& root, QString file, QString* error)
-    : m_value(root), m_file(std::move(file)), m_error(error) {}
-
 JsonPlace JsonPlace::child(QJsonValue const& value, QString const& path) const {
     JsonPlace place = *this;
     place.m_value = value;
@@ -34,24 +31,27 @@ void JsonPlace::fail(QString const& what) const {
         *m_error = at(m_file, m_path, what);
 }
 
+void JsonPlace::expect(bool holds, char const* what) const {
+    if (!holds)
+        fail(QLatin1String(what) + QLatin1String(" is expected"));
+}
+
 bool JsonPlace::has(char const* key) const { return m_value.toObject().contains(QLatin1String(key)); }
 
 JsonPlace JsonPlace::operator[](char const* key) const {
     QString const name = QString::fromUtf8(key);
     QJsonObject const members = object();
-    if (m_value.isObject() && !members.contains(name))
+    if (!members.contains(name)) // of what is no object that is told already
         fail(QStringLiteral("the key \"%1\" is missing").arg(name));
     return child(members.value(name), m_path.isEmpty() ? name : m_path + QLatin1Char('.') + name);
 }
 
 std::vector<JsonPlace> JsonPlace::items(size_t count) const {
     QJsonArray const array = m_value.toArray();
-    if (!m_value.isArray())
-        fail(QStringLiteral("an array is expected"));
-    else if (count != 0 && size_t(array.size()) != count)
+    expect(m_value.isArray(), "an array");
+    if (count != 0 && size_t(array.size()) != count)
         fail(QStringLiteral("%1 values are expected, not %2").arg(count).arg(array.size()));
     std::vector<JsonPlace> places;
-    places.reserve(size_t(array.size()));
     for (int i = 0; i < array.size(); ++i)
         places.push_back(child(array.at(i), QStringLiteral("%1[%2]").arg(m_path).arg(i)));
     // Whoever asked for a count may index by it even when the file is at fault.
@@ -71,33 +71,22 @@ std::vector<JsonPlace> JsonPlace::someItems(size_t most, char const* noun) const
     return places;
 }
 
-QStringList JsonPlace::keys() const { return object().keys(); }
-
 double JsonPlace::number(double least, double most) const {
-    if (!m_value.isDouble() || !std::isfinite(m_value.toDouble())) {
-        fail(QStringLiteral("a number is expected"));
-        return std::max(least, 0.0);
-    }
-    double const value = m_value.toDouble();
+    double const value = m_value.toDouble(std::max(least, 0.0)); // finite: no text of JSON stands for others
+    expect(m_value.isDouble(), "a number");
     if (value < least || value > most)
         fail(QStringLiteral("%1 lies outside %2 to %3").arg(value).arg(least).arg(most));
     return value;
 }
 
 uint32_t JsonPlace::integer(uint32_t least, uint32_t most) const {
-    bool isWhole = false;
-    qulonglong value = 0;
-    if (m_value.isString()) {
-        value = m_value.toString().toULongLong(&isWhole, 0);
-    } else if (m_value.isDouble()) {
-        double const number = m_value.toDouble();
-        isWhole = number >= 0 && number <= 0xFFFFFFFF && number == std::floor(number);
-        value = isWhole ? qulonglong(number) : 0;
-    }
+    double const number = m_value.toDouble(-1);
+    bool isWhole = number >= 0 && number <= 0xFFFFFFFF && number == std::floor(number);
+    qulonglong const value =
+        m_value.isString() ? m_value.toString().toULongLong(&isWhole, 0) : qulonglong(isWhole ? number : 0);
     bool const isWithin = value >= least && value <= most;
-    if (!isWhole)
-        fail(QStringLiteral("a whole number is expected"));
-    else if (!isWithin)
+    expect(isWhole, "a whole number");
+    if (!isWithin)
         fail(QStringLiteral("%1 lies outside %2 to %3").arg(value).arg(least).arg(most));
     return isWhole && isWithin ? uint32_t(value) : least;
 }
@@ -107,8 +96,7 @@ uint32_t JsonPlace::integerOr(uint32_t otherwise, char const* key, uint32_t leas
 }
 
 QString JsonPlace::text() const {
-    if (!m_value.isString())
-        fail(QStringLiteral("a text is expected"));
+    expect(m_value.isString(), "a text");
     return m_value.toString();
 }
 
@@ -124,14 +112,12 @@ size_t JsonPlace::choice(std::initializer_list<char const*> names) const {
 }
 
 bool JsonPlace::flag() const {
-    if (!m_value.isBool())
-        fail(QStringLiteral("true or false is expected"));
+    expect(m_value.isBool(), "true or false");
     return m_value.toBool();
 }
 
 QJsonObject JsonPlace::object() const {
-    if (!m_value.isObject())
-        fail(QStringLiteral("an object is expected"));
+    expect(m_value.isObject(), "an object");
     return m_value.toObject();
 }
 

@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <limits>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace files {
@@ -19,7 +20,8 @@ namespace files {
 class JsonPlace {
 public:
     /// The outermost value of a file, whose name without folders the messages show.
-    JsonPlace(QJsonObject const& root, QString file, QString* error);
+    JsonPlace(QJsonObject const& root, QString file, QString* error)
+        : m_value(root), m_file(std::move(file)), m_error(error) {}
 
     [[nodiscard]] bool has(char const* key) const;
     /// A member that must be there.
@@ -28,8 +30,6 @@ public:
     [[nodiscard]] std::vector<JsonPlace> items(size_t count = 0) const;
     /// The elements of an array that has at least one and at most `most`, of what `noun` says.
     [[nodiscard]] std::vector<JsonPlace> someItems(size_t most, char const* noun) const;
-    /// The names of an object's members, in alphabetical order.
-    [[nodiscard]] QStringList keys() const;
 
     [[nodiscard]] double number(double least = std::numeric_limits<double>::lowest(),
                                 double most = std::numeric_limits<double>::max()) const;
@@ -58,6 +58,7 @@ public:
 
 private:
     [[nodiscard]] JsonPlace child(QJsonValue const& value, QString const& path) const;
+    void expect(bool holds, char const* what) const;
 
     QJsonValue m_value;
     QString m_file;

@@ -80,13 +80,12 @@ std::optional<SensorLayout> parseSensorLayout(char const* block, QString const& 
         *error = QStringLiteral("there is no %1").arg(name);
     else if (qstrncmp(block, kFirstLine, sizeof kFirstLine - 1) != 0)
         *error = QStringLiteral("%1: the first line is not sensor-layout-1").arg(name);
-    if (!error->isEmpty())
-        return std::nullopt;
     // A blank first line, so that faults are told by the block's own lines.
-    auto const object = files::parseJson(QByteArray(block + sizeof kFirstLine - 2), name, error);
-    if (!object)
-        return std::nullopt;
-    SensorLayout layout = readSensorLayout(JsonPlace(*object, name, error));
-    return error->isEmpty() ? std::optional(std::move(layout)) : std::nullopt;
+    else if (auto const object = files::parseJson(QByteArray(block + sizeof kFirstLine - 2), name, error)) {
+        SensorLayout layout = readSensorLayout(JsonPlace(*object, name, error));
+        if (error->isEmpty())
+            return layout;
+    }
+    return std::nullopt;
 }
 } // namespace simulator

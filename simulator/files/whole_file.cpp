@@ -3,6 +3,13 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#ifdef Q_OS_WIN
+#include <array>
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
 namespace files {
 namespace {
 bool isOtherThanAFile(QString const& name, QString* error) {
@@ -14,16 +21,32 @@ bool isOtherThanAFile(QString const& name, QString* error) {
 }
 } // namespace
 
+QString libraryFolder() {
+#ifdef Q_OS_WIN
+    HMODULE module = nullptr;
+    std::array<wchar_t, 32768> path{}; // the longest one
+    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                                GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                            reinterpret_cast<LPCWSTR>(&libraryFolder), &module) ||
+        GetModuleFileNameW(module, path.data(), DWORD(path.size() - 1)) == 0)
+        return {};
+    return QFileInfo(QString::fromWCharArray(path.data())).absolutePath();
+#else
+    Dl_info info{};
+    if (!dladdr(reinterpret_cast<void const*>(&libraryFolder), &info) || !info.dli_fname)
+        return {};
+    return QFileInfo(QFile::decodeName(info.dli_fname)).absolutePath();
+#endif
+}
+
 std::optional<QByteArray> read(QString const& name, qint64 most, QString* error) {
     if (isOtherThanAFile(name, error))
         return std::nullopt;
     QFile file(name);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = file.errorString();
-        return std::nullopt;
-    }
+    QByteArray bytes;
     // Asked first, so that not even the bound is read of a file that is far too large; some tell a size of 0.
-    QByteArray bytes = file.size() <= most ? file.read(most + 1) : QByteArray();
+    if (file.open(QIODevice::ReadOnly) && file.size() <= most)
+        bytes = file.read(most + 1);
     if (file.error() != QFileDevice::NoError)
         *error = file.errorString();
     else if (file.size() > most || bytes.size() > most)

@@ -10,6 +10,10 @@ namespace files {
 /// Bytes that no text written by hand comes near.
 inline constexpr qint64 kMostText = 1 << 20;
 
+/// The folder of the library that this code is linked into, wherever a host has loaded it from: its data
+/// files lie beside it. Empty when the system does not tell.
+[[nodiscard]] QString libraryFolder();
+
 /// What a file of at most `most` bytes holds; empty, with the reason in `error`, for any other.
 [[nodiscard]] std::optional<QByteArray> read(QString const& name, qint64 most, QString* error);
 

@@ -1,7 +1,6 @@
 #include "published/shadefit.h"
 
 #include "simulator/boundary/observed_call.h"
-#include "simulator/files/library_folder.h"
 #include "simulator/files/sensor_layout.h"
 #include "simulator/files/whole_file.h"
 #include "simulator/solver/calibration.h"
