@@ -3,7 +3,7 @@
 #include "simulator/host/run/runs.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
-#include "simulator/host/window/window_run.h"
+#include "simulator/host/window/host_window.h"
 #include "tools/shading/shading_run.h"
 
 #include <QApplication>

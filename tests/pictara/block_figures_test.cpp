@@ -20,22 +20,17 @@ TEST(BlockReport, FindsTheDarkBlockAndTheColouredOne) {
     EXPECT_NEAR(report.meanAgainstMedian, 0.2 / (32 * 18), 1e-4);
     EXPECT_LT(report.largestColourDeviation, 1);
 
-    auto const red = bayerFrame(camera, [](Site site, uint32_t x, uint32_t y) {
-        bool const coloured = x >= 200 && x < 210 && y >= 100 && y < 110;
-        return coloured && site == Site::Red ? 700.0 : 600.0;
-    });
-    report = measureBlocks(linearRows(red, camera, {}));
-    EXPECT_EQ(report.worstBlock, QRect(200, 100, 10, 10));
-    EXPECT_GT(report.largestColourDeviation, 5);
-    EXPECT_EQ(report.deviations.at(size_t(10 * report.columns + 20)), report.largestColourDeviation);
     // Rows without a picture, of another colour: the block keeps its place in the picture.
-    auto const withMargin = bayerFrame(camera, [](Site site, uint32_t x, uint32_t y) {
-        bool const coloured = x >= 200 && x < 210 && y >= 100 && y < 110;
-        return y < 18 ? 110.0 : coloured && site == Site::Red ? 700.0 : 600.0;
-    });
-    report = measureBlocks(linearRows(withMargin, camera, {}), 20);
-    EXPECT_EQ(report.worstBlock, QRect(200, 100, 10, 10));
-    EXPECT_LT(report.largestAgainstMedian, 0.1);
+    for (uint32_t const margin : {0U, 18U}) {
+        auto const red = bayerFrame(camera, [&](Site site, uint32_t x, uint32_t y) {
+            bool const coloured = site == Site::Red && x >= 200 && x < 210 && y >= 100 && y < 110;
+            return y < margin ? 110.0 : coloured ? 700.0 : 600.0;
+        });
+        report = measureBlocks(linearRows(red, camera, {}), margin == 0 ? 0 : 20);
+        EXPECT_EQ(report.worstBlock, QRect(200, 100, 10, 10));
+        EXPECT_GT(report.largestColourDeviation, 5);
+        EXPECT_LT(report.largestAgainstMedian, 0.1);
+    }
 }
 
 // Colour that changes over the picture, as an uncorrected lens leaves it.
@@ -50,7 +45,7 @@ simulator::Frame shadedFrame(CameraDescription const& camera) {
 // The host measures light, the dialog what a display makes of it, on other blocks.
 TEST(BlockReport, FindsAboutTheColourDeviationThatTheDialogFinds) {
     ColourSettings const settings{.redGain = 1.1, .blueGain = 1.2, .displayExponent = 0.45};
-    for (QSize const size : {QSize(320, 240), QSize(331, 217), QSize(333, 187)}) {
+    for (QSize const size : {QSize(320, 240), QSize(331, 217)}) {
         auto const camera = bayerCamera(uint32_t(size.width()), uint32_t(size.height()));
         auto const frame = shadedFrame(camera);
         QImage picture;

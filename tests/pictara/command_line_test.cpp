@@ -1,4 +1,3 @@
-#include "simulator/host/run/progress_report.h"
 #include "simulator/host/run/run_all.h"
 #include "simulator/host/session/command_line.h"
 
@@ -69,9 +68,6 @@ TEST(Verdict, EveryStepHasItsSay) {
         EXPECT_EQ(isCalibrated(texts), isOfTheSaves) << i;
         EXPECT_EQ(isSaved(texts, false), !isOfTheSaves) << i;
     }
-    EXPECT_NEAR(shareDone({"Done.", "In progress... 50 %", "Not done yet.", "Not done yet.",
-                           " --   (Lower is better)", "Not done yet.", "No EEPROM."}),
-                1.5 / 7, 1e-9);
 }
 } // namespace
 } // namespace pictara

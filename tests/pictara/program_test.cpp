@@ -25,9 +25,7 @@ TEST(Program, FlattensTheDefaultSensorAndLeavesItsResults) {
         EXPECT_EQ(QImage(run.file(picture)).size(), QSize(1920, 1080)) << picture;
     EXPECT_FALSE(QImage(run.file("dialog.png")).isNull());
     QString const results = run.value("step File_Save_Status").mid(int(qstrlen("Done: ")));
-    QFile file(run.file(results));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << results.toStdString();
-    EXPECT_TRUE(file.readAll().contains("[Lens Correction]"));
+    EXPECT_TRUE(run.contents(results).contains("[Lens Correction]")) << results.toStdString();
 
     // Scripts read what the summary tells people, and the true figures beside the dialog's.
     run.expectPage();
@@ -53,29 +51,27 @@ TEST(Program, FlattensTheDefaultSensorAndLeavesItsResults) {
 TEST(RunReport, TellsTheDialogsOneFigureItsLimitAndItsRating) {
     QTemporaryDir const folder;
     struct {
-        char const* limit; ///< thousandths
+        double limit;
         int exitCode;
         char const* result;
         char const* rating;
-    } const rows[] = {{"2000", 0, "calibrated", "green"},
-                      {"1", 8, "calibrated, uniformity beyond the limit", "yellow"},
-                      {"-2000", 8, "calibrated, uniformity beyond the limit", "red"}};
+    } const rows[] = {{2, 0, "calibrated", "green"},
+                      {0, 8, "calibrated, uniformity beyond the limit", "yellow"},
+                      {-2, 8, "calibrated, uniformity beyond the limit", "red"}};
     for (auto const& row : rows) {
         SCOPED_TRACE(row.limit);
         ASSERT_TRUE(writeFile(folder.filePath("settings.ini"),
-                              QByteArray("LensAssist GoodCU for POLY12=") + row.limit + '\n'));
+                              "LensAssist GoodCU for POLY12=" + QByteArray::number(1000 * row.limit) + '\n'));
         ProgramRun const run({"--run-all", "--profile", writeSmallProfile(folder.path())}, folder.path());
         EXPECT_EXIT_CODE(run, row.exitCode);
         EXPECT_EQ(run.value("result").toStdString(), row.result);
-        EXPECT_EQ(run.value("uniformity rating corrected").toStdString(), row.rating);
         EXPECT_TRUE(run.value("step CU_Status").startsWith(run.value("uniformity corrected") + ' '))
             << run.summary().toStdString();
         QJsonObject const told = run.json()["corrected"].toObject();
         EXPECT_EQ(told["dialog_rating"].toString(), row.rating);
-        EXPECT_NEAR(told["dialog_colour_deviation_limit_ab"].toDouble(),
-                    QByteArray(row.limit).toDouble() / 1000, 0.005);
+        EXPECT_EQ(told["dialog_colour_deviation_limit_ab"].toDouble(), row.limit);
         QByteArray const page = run.contents("report.html");
-        EXPECT_TRUE(page.contains(row.result) && page.contains(told["dialog_rating"].toString().toUtf8()));
+        EXPECT_TRUE(page.contains(row.result) && page.contains(row.rating));
     }
 }
 
@@ -102,18 +98,7 @@ TEST(ShadingRun, MeasuresALensAndLaysTwoSideBySide) {
         "illuminants": [{"colour_temperature_K": 4000,
             "red": [1, 1, 1, 1], "green": [1, 1, 1, 1], "blue": [1, 1, 1, 1]}]})"));
     ProgramRun const flat({"--compare-shading", first, second});
-    QJsonValue const middle = flat.json("shading-")["planes"].toArray().at(3);
-    EXPECT_LT(middle["largest_difference_percent"].toDouble(), -20);
-}
-
-// The colour temperatures at which a module was measured.
-QStringList lampsOf(QString const& module) {
-    QFile file(module);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    QStringList lamps;
-    for (QJsonValue const& illuminant : QJsonDocument::fromJson(file.readAll())["illuminants"].toArray())
-        lamps << QString::number(illuminant["colour_temperature_K"].toInt());
-    return lamps;
+    EXPECT_LT(flat.json("shading-")["planes"].toArray().at(3)["largest_difference_percent"].toDouble(), -20);
 }
 
 TEST(Program, FlattensMeasuredLensesUnderEachLamp) {
@@ -125,10 +110,14 @@ TEST(Program, FlattensMeasuredLensesUnderEachLamp) {
     QTemporaryDir const profileFolder;
     QString const profile = writeChangedProfile(profileFolder.path(), "poly-12bit", kNoEeprom);
     for (QString const& module : modules) {
-        for (QString const& lamp : lampsOf(folder->filePath(module))) {
+        QFile file(folder->filePath(module));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        for (QJsonValue const& illuminant :
+             QJsonDocument::fromJson(file.readAll())["illuminants"].toArray()) {
+            QString const lamp = QString::number(illuminant["colour_temperature_K"].toInt());
             SCOPED_TRACE(module.toStdString() + " at " + lamp.toStdString());
             ProgramRun const run(
-                {"--run-all", "--profile", profile, "--light", lamp, "--shading", folder->filePath(module)});
+                {"--run-all", "--profile", profile, "--light", lamp, "--shading", file.fileName()});
             EXPECT_EXIT_CODE(run, 0);
             EXPECT_LE(run.figure("uniformity corrected"), 0.7);
             EXPECT_LE(5 * run.figure("largest luminance error against the median block corrected"),
@@ -136,15 +125,6 @@ TEST(Program, FlattensMeasuredLensesUnderEachLamp) {
             EXPECT_LE(run.figure("mean luminance error against the median block corrected"), 3.0);
         }
     }
-}
-
-TEST(Program, EqualSeedsGiveEqualRuns) {
-    QTemporaryDir const folder;
-    QStringList const arguments{"--run-all", "--profile", writeSmallProfile(folder.path()), "--seed", "5"};
-    ProgramRun const first(arguments), second(arguments);
-    EXPECT_EXIT_CODE(first, 0);
-    EXPECT_EQ(first.summary(), second.summary());
-    EXPECT_EQ(QImage(first.file("after.png")), QImage(second.file("after.png")));
 }
 
 TEST(Program, WhatCannotBeRunEndsWithAMessage) {
@@ -158,7 +138,6 @@ TEST(Program, WhatCannotBeRunEndsWithAMessage) {
         QStringList arguments;
         char const* told;
     } const rows[] = {
-        {{"--light", "1"}, "--light"},
         {{"--profile", "no-such"}, "no-such"},
         {{"--shading", malformed}, "lens.json"},
         {{"--ini", noPresets}, "Lens Calibration Setup"},

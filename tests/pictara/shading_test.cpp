@@ -1,10 +1,11 @@
+#include "simulator/files/whole_file.h"
 #include "simulator/pictures/block_report.h"
 #include "tests/support/small_profile.h"
 #include "tools/shading/shading_measurement.h"
 
-#include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
+#include <QtEndian>
 #include <gtest/gtest.h>
 
 namespace pictara {
@@ -23,23 +24,24 @@ std::unique_ptr<SimulatedCamera> openSmall(QString const& folder, char const* ba
 
 // Where a plane's light, against its mean, differs most between two cameras; a share of 1.
 double largestDifference(SimulatedCamera& first, SimulatedCamera& second, double kelvin) {
-    std::vector<std::vector<Colour>> grids;
-    for (SimulatedCamera* const camera : {&first, &second}) {
-        camera->setLight({.colourTemperature = kelvin});
-        simulator::IdealFrame const ideal = camera->idealFrame();
-        grids.push_back(measureBlocks(linearRows(ideal, camera->description(), {})).means);
+    std::vector<Colour> grids[2];
+    Colour means[2]{};
+    for (size_t i = 0; i < 2; ++i) {
+        SimulatedCamera& camera = i == 0 ? first : second;
+        camera.setLight({.colourTemperature = kelvin});
+        simulator::IdealFrame const ideal = camera.idealFrame();
+        grids[i] = measureBlocks(linearRows(ideal, camera.description(), {})).means;
+        for (Colour const& cell : grids[i])
+            for (size_t colour = 0; colour < 3; ++colour)
+                means[i][colour] += cell[colour];
     }
     double largest = 0;
-    for (size_t colour = 0; colour < 3; ++colour) {
-        double means[2]{};
-        for (size_t i = 0; i < 2; ++i)
-            for (Colour const& cell : grids[i])
-                means[i] += cell[colour];
-        for (size_t cell = 0; cell < grids[0].size(); ++cell) {
-            double const ratio = (grids[0][cell][colour] / means[0]) / (grids[1][cell][colour] / means[1]);
+    for (size_t cell = 0; cell < grids[0].size(); ++cell)
+        for (size_t colour = 0; colour < 3; ++colour) {
+            double const ratio =
+                (grids[0][cell][colour] / means[0][colour]) / (grids[1][cell][colour] / means[1][colour]);
             largest = std::max(largest, std::abs(ratio - 1));
         }
-    }
     return largest;
 }
 
@@ -72,33 +74,26 @@ TEST(MeasureShading, AMeasuredLensShadesAsTheOriginal) {
 
 // Frames of the camera as somebody may have kept them.
 struct Recording : testing::Test {
-    void SetUp() override {
-        camera = openSmall(folder.path(), "poly-12bit");
-        frame = camera->grab();
-    }
     [[nodiscard]] QString write(char const* name, QByteArray const& bytes) const {
-        QFile file(folder.filePath(QLatin1String(name)));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        EXPECT_EQ(file.write(bytes), bytes.size());
-        return file.fileName();
+        QString const file = folder.filePath(QLatin1String(name));
+        EXPECT_TRUE(files::replace(file, bytes, nullptr));
+        return file;
     }
-    [[nodiscard]] QString writePng(char const* name, QImage::Format format, int factor = 1) const {
+    [[nodiscard]] QString writePng(char const* name, int factor) const {
         QImage picture(int(frame.width), frame.height, QImage::Format_Grayscale16);
         for (int y = 0; y < frame.height; ++y)
-            for (int x = 0; x < picture.width(); ++x) {
-                auto const* const sample =
-                    reinterpret_cast<uchar const*>(frame.pixels.constData()) + y * int(frame.pitch) + 2 * x;
+            for (int x = 0; x < picture.width(); ++x)
                 reinterpret_cast<quint16*>(picture.scanLine(y))[x] =
-                    quint16(factor * (sample[0] + 256 * sample[1]));
-            }
+                    quint16(factor * qFromLittleEndian<quint16>(frame.pixels.constData() +
+                                                                y * int(frame.pitch) + 2 * x));
         QString const file = folder.filePath(QLatin1String(name));
-        EXPECT_TRUE(picture.convertToFormat(format).save(file));
+        EXPECT_TRUE(picture.save(file));
         return file;
     }
 
     QTemporaryDir folder;
-    std::unique_ptr<SimulatedCamera> camera;
-    simulator::Frame frame;
+    std::unique_ptr<SimulatedCamera> const camera = openSmall(folder.path(), "poly-12bit");
+    simulator::Frame const frame = camera->grab();
     QString error;
 };
 
@@ -106,8 +101,7 @@ TEST_F(Recording, OfAFlatFieldShowsTheLensThatTheCameraHas) {
     auto const live = measureShading(
         *camera, {5000}, [](double) {}, &error);
     ASSERT_TRUE(live) << qPrintable(error);
-    for (QString const& file :
-         {writePng("flat.png", QImage::Format_Grayscale16), write("flat.raw", frame.pixels)}) {
+    for (QString const& file : {writePng("flat.png", 1), write("flat.raw", frame.pixels)}) {
         auto const recorded = measureRecordedShading(file, camera->description(), 5000, &error);
         ASSERT_TRUE(recorded) << qPrintable(error);
         ASSERT_EQ(recorded->columns, live->columns);
@@ -120,26 +114,21 @@ TEST_F(Recording, OfAFlatFieldShowsTheLensThatTheCameraHas) {
 }
 
 TEST_F(Recording, ThatShowsNoFlatFieldIsRefusedWithItsCause) {
-    struct {
-        QString file;
-        char const* told;
-    } const rows[] = {
-        {write("cut.raw", frame.pixels.chopped(1)), "bytes"},
-        {write("no.png", "PNG"), "no.png"},
-        {folder.filePath("none.raw"), "none.raw"},
-        {writePng("clipped.png", QImage::Format_Grayscale16, 8), "clipped"},
-        {writePng("dark.png", QImage::Format_Grayscale16, 0), "dark"},
-        {write("dark.raw", QByteArray(frame.pixels.size(), '\0')), "dark"},
-    };
-    for (auto const& row : rows) {
-        EXPECT_FALSE(measureRecordedShading(row.file, camera->description(), 5000, &error));
-        EXPECT_TRUE(error.contains(QLatin1String(row.told))) << qPrintable(error);
-    }
     QImage coloured(64, 64, QImage::Format_RGB32);
     coloured.fill(Qt::red);
     ASSERT_TRUE(coloured.save(folder.filePath("red.png")));
-    EXPECT_FALSE(measureRecordedShading(folder.filePath("red.png"), camera->description(), 5000, &error));
-    EXPECT_TRUE(error.contains(QLatin1String("greyscale"))) << qPrintable(error);
+    std::pair<QString, char const*> const rows[] = {
+        {write("cut.raw", frame.pixels.chopped(1)), "bytes"},
+        {write("no.png", "PNG"), "no.png"},
+        {folder.filePath("none.raw"), "none.raw"},
+        {writePng("clipped.png", 8), "clipped"},
+        {writePng("dark.png", 0), "dark"},
+        {folder.filePath("red.png"), "greyscale"},
+    };
+    for (auto const& [file, told] : rows) {
+        EXPECT_FALSE(measureRecordedShading(file, camera->description(), 5000, &error));
+        EXPECT_TRUE(error.contains(QLatin1String(told))) << qPrintable(error);
+    }
 }
 } // namespace
 } // namespace pictara

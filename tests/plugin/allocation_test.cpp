@@ -1,7 +1,6 @@
 // The plug-in in the simulated host, without memory for one of its own allocations after the other. What its
 // libraries, the host and Qt allocate never fails.
 
-#include "simulator/host/run/capture_rows.h"
 #include "simulator/host/run/run_all.h"
 #include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/session.h"

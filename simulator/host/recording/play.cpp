@@ -5,8 +5,8 @@
 #include "simulator/files/whole_file.h"
 #include "simulator/host/recording/player.h"
 #include "simulator/host/recording/seen_lines.h"
-#include "simulator/host/report/output_folder.h"
-#include "simulator/host/run/script_report.h"
+#include "simulator/host/report/report.h"
+#include "simulator/host/run/runs.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 
@@ -80,7 +80,7 @@ int runScript(Session& session, Script const& script) {
         }
         ++end.done;
     }
-    end.state = player.progress();
+    end.frames = player.progress().frames;
     OutputFolder output(session.outputFolder());
     QString const page = reportScript(session, player.page(), end, output);
     if (files::isInterrupted())

@@ -1,6 +1,6 @@
 #include "simulator/host/recording/player.h"
 #include "simulator/files/interruption.h"
-#include "simulator/host/report/output_folder.h"
+#include "simulator/host/report/report.h"
 #include "simulator/host/session/session.h"
 
 #include <QCoreApplication>
@@ -264,19 +264,14 @@ bool Player::perform(Command const& command, QString* error) {
     return false;
 }
 
-void Player::say(QString const& text) {
-    if (m_report)
-        m_report->say(text);
-    else
-        std::printf("%s\n", text.toLocal8Bit().constData());
-}
+void Player::say(QString const& text) { ProgressReport::say(text); }
 
 bool Player::open(QString* error) { return !m_dialog.dialog && m_dialog.make(m_session, error); }
 
 bool Player::show(QString* error) {
     if (!m_dialog.dialog || m_dialog.page || !m_dialog.show(error))
         return false;
-    m_report.emplace(stdout, m_dialog.page);
+    m_report.emplace(m_dialog.page);
     return true;
 }
 

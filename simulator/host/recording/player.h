@@ -2,7 +2,7 @@
 
 #include "simulator/host/recording/script.h"
 #include "simulator/host/recording/seen_lines.h"
-#include "simulator/host/run/progress_report.h"
+#include "simulator/host/run/run_all.h"
 #include "simulator/host/session/dialog_page.h"
 
 namespace pictara {

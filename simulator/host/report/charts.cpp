@@ -1,7 +1,6 @@
 #include "simulator/host/report/charts.h"
 
-#include "simulator/host/report/output_folder.h"
-
+#include <QBuffer>
 #include <QJsonArray>
 #include <QPainter>
 #include <algorithm>
@@ -10,7 +9,30 @@
 
 namespace pictara {
 namespace {
-constexpr int kColours = 255; // odd, so that one stands for the middle alone
+constexpr int kColours = 255; // of a map; odd, so that one stands for the middle alone
+// The area inside the axes, in the page's own units.
+constexpr double kLeft = 46, kRight = 430, kTop = 8, kBottom = 190;
+
+// Of lowest and highest value, with room above and below, and a span even where all is flat.
+std::pair<double, double> rangeOf(std::vector<ProfileChart::Line> const& lines) {
+    double low = 0, high = 0;
+    for (ProfileChart::Line const& line : lines)
+        for (double const value : line.values) {
+            low = std::min(low, value);
+            high = std::max(high, value);
+        }
+    double const room = std::max(0.08 * (high - low), 0.01);
+    return {low - room, high + room};
+}
+
+// Steps of 1, 2 or 5 times a power of ten.
+double stepOf(double wanted) {
+    double const decade = std::pow(10, std::floor(std::log10(wanted)));
+    for (double const step : {1.0, 2.0, 5.0})
+        if (step * decade >= wanted)
+            return step * decade;
+    return 10 * decade;
+}
 
 QVector<QRgb> colourTable(QGradientStops const& stops) {
     QImage strip(kColours, 1, QImage::Format_RGB32);
@@ -21,42 +43,23 @@ QVector<QRgb> colourTable(QGradientStops const& stops) {
     return {row, row + kColours};
 }
 
-QGradientStops signedColours() {
-    return {{0, QColor(33, 102, 172)}, {0.5, QColor(244, 244, 244)}, {1, QColor(178, 24, 43)}};
-}
-
-// The area inside the axes, in the page's own units.
-constexpr double kLeft = 46, kRight = 430, kTop = 8, kBottom = 190;
-
-struct Range {
-    double low = 0, high = 0;
-};
-
-// With room above and below, and a span even where all is flat.
-Range rangeOf(std::vector<ProfileChart::Line> const& lines) {
-    Range range;
-    for (ProfileChart::Line const& line : lines)
-        for (double const value : line.values)
-            range = {std::min(range.low, value), std::max(range.high, value)};
-    double const room = std::max(0.08 * (range.high - range.low), 0.01);
-    return {range.low - room, range.high + room};
-}
-
-// Steps of 1, 2 or 5 times a power of ten, about so many in the range.
-double stepOf(Range const& range) {
-    constexpr int kAbout = 5;
-    double const wanted = (range.high - range.low) / kAbout;
-    double const decade = std::pow(10, std::floor(std::log10(wanted)));
-    for (double const step : {1.0, 2.0, 5.0})
-        if (step * decade >= wanted)
-            return step * decade;
-    return 10 * decade;
-}
-
 QString place(double position) { return QString::number(position, 'f', 1); }
 } // namespace
 
-QGradientStops risingColours() {
+QByteArray pngOf(QImage const& picture) {
+    // Passed as the quality, which Qt takes as the compressor's effort: the less, the higher the number.
+    // Sensor noise hardly compresses; the usual effort takes four times as long and saves nothing.
+    constexpr int kEffort = 50;
+    QBuffer buffer;
+    (void)(buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "PNG", kEffort));
+    return buffer.data();
+}
+
+QString dataUri(QImage const& picture) {
+    return QStringLiteral("data:image/png;base64,") + QString::fromLatin1(pngOf(picture).toBase64());
+}
+
+QGradientStops deviationColours() {
     // Five steps of the map "viridis", whose lightness rises evenly.
     return {{0, QColor(68, 1, 84)},
             {0.25, QColor(59, 82, 139)},
@@ -79,7 +82,9 @@ QImage colourMap(std::vector<double> const& values, int columns, double low, dou
 }
 
 QJsonObject drawing(HeatMap const& chart) {
-    QGradientStops const colours = chart.low < 0 ? signedColours() : risingColours();
+    static QGradientStops const diverging{
+        {0, QColor(33, 102, 172)}, {0.5, QColor(244, 244, 244)}, {1, QColor(178, 24, 43)}};
+    QGradientStops const colours = chart.low < 0 ? diverging : deviationColours();
     std::vector<double> scale(64);
     std::iota(scale.begin(), scale.end(), 0);
     auto const shown = [&](double value) { return QString::number(value, 'g', 3) + chart.unit; };
@@ -91,13 +96,14 @@ QJsonObject drawing(HeatMap const& chart) {
 }
 
 QJsonObject drawing(ProfileChart const& chart) {
-    Range const range = rangeOf(chart.lines);
+    constexpr int kAboutTicks = 5;
+    auto const range = rangeOf(chart.lines);
+    double const low = range.first, high = range.second, step = stepOf((high - low) / kAboutTicks);
     auto const height = [&](double value) {
-        return place(kBottom - (kBottom - kTop) * (value - range.low) / (range.high - range.low));
+        return place(kBottom - (kBottom - kTop) * (value - low) / (high - low));
     };
     QJsonArray ticks, lines;
-    double const step = stepOf(range);
-    for (double tick = std::ceil(range.low / step); tick * step <= range.high; ++tick)
+    for (double tick = std::ceil(low / step); tick * step <= high; ++tick)
         ticks.append(QJsonObject{{"place", height(tick * step)},
                                  {"label", QString::number(tick * step + 0.0, 'g', 4)}}); // no "-0"
     for (ProfileChart::Line const& line : chart.lines) {
@@ -111,9 +117,7 @@ QJsonObject drawing(ProfileChart const& chart) {
 }
 
 double largestOf(std::vector<double> const& values) {
-    double largest = 0;
-    for (double const value : values)
-        largest = std::max(largest, std::abs(value));
-    return largest;
+    return std::accumulate(values.begin(), values.end(), 0.0,
+                           [](double largest, double value) { return std::max(largest, std::abs(value)); });
 }
 } // namespace pictara

@@ -7,8 +7,8 @@
 #include <vector>
 
 namespace pictara {
-/// The colours of what rises from nothing, by increasing lightness.
-[[nodiscard]] QGradientStops risingColours();
+/// The colours of deviations from none to the largest one shown, by increasing lightness.
+[[nodiscard]] QGradientStops deviationColours();
 
 /// A picture of one pixel a value, row by row from the top left; the colours span `low` to `high`. Null for
 /// no values.
@@ -35,6 +35,11 @@ struct ProfileChart {
     QString title;
     std::vector<Line> lines;
 };
+
+/// The picture as the bytes of a PNG file.
+[[nodiscard]] QByteArray pngOf(QImage const& picture);
+/// The picture as an address that a page can show.
+[[nodiscard]] QString dataUri(QImage const& picture);
 
 /// What a page needs to draw a chart: a picture of its cells, or the points of its lines and an axis' ticks.
 [[nodiscard]] QJsonObject drawing(HeatMap const& chart);

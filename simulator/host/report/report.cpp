@@ -1,25 +1,25 @@
 #include "simulator/host/report/report.h"
 
+#include "simulator/files/whole_file.h"
+#include "simulator/host/session/message_log.h"
+
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QTextStream>
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 
 namespace pictara {
 namespace {
-QJsonValue forScripts(QJsonValue const& value) {
-    return value.isDouble() ? QJsonValue(rounded(value.toDouble())) : value;
-}
-
 // The facts' values of that index; null when none of them is there.
 QJsonValue objectOf(Section const& section, size_t index) {
     QJsonObject object;
     bool isEmpty = true;
     for (Fact const& fact : section.facts) {
-        object[fact.key] = forScripts(fact.values[index]);
-        isEmpty = isEmpty && fact.values[index].isNull();
+        QJsonValue const& value = fact.values[index];
+        object[fact.key] = value.isDouble() ? QJsonValue(rounded(value.toDouble())) : value;
+        isEmpty = isEmpty && value.isNull();
     }
     return isEmpty ? QJsonValue() : object;
 }
@@ -46,25 +46,28 @@ QJsonObject profilesOf(Section const& section) {
 }
 
 QString linesOf(Section const& section, Fact const& fact) {
-    QString lines;
-    QTextStream out(&lines);
     if (section.layout == Layout::One)
-        out << fact.label << ": " << fact.shown() << '\n';
+        return fact.label + ": " + fact.shown() + '\n';
+    QString lines;
     for (size_t i = 0; section.layout == Layout::States && i < std::size(kStates); ++i)
-        out << fact.label << ' ' << kStates[i] << ": " << fact.shown(i) << '\n';
-    if (section.layout == Layout::Columns) {
-        out << (fact.label + QLatin1Char(':')).leftJustified(31);
-        for (size_t i = 0; i < fact.values.size(); ++i)
-            out << ' ' << fact.shown(i).rightJustified(7);
-        out << '\n';
-    }
-    return lines;
+        lines += fact.label + ' ' + kStates[i] + ": " + fact.shown(i) + '\n';
+    if (section.layout != Layout::Columns)
+        return lines;
+    lines = (fact.label + ':').leftJustified(31);
+    for (size_t i = 0; i < fact.values.size(); ++i)
+        lines += ' ' + fact.shown(i).rightJustified(7);
+    return lines + '\n';
 }
 } // namespace
 
 bool Fact::isTold() const {
     return !label.isEmpty() &&
            std::any_of(values.begin(), values.end(), [](QJsonValue const& value) { return !value.isNull(); });
+}
+
+void Section::add(std::initializer_list<QJsonValue> thing) {
+    for (size_t i = 0; i < facts.size(); ++i)
+        facts[i].values.push_back(thing.begin()[i]);
 }
 
 QString Fact::shown(size_t index) const {
@@ -79,11 +82,6 @@ QString Fact::shown(size_t index) const {
     if (decimals == kHexadecimal)
         return QStringLiteral("0x%1").arg(uint32_t(number), 4, 16, QLatin1Char('0'));
     return (decimals < 0 ? QString::number(number, 'g', 10) : QString::number(number, 'f', decimals)) + unit;
-}
-
-void Section::add(std::initializer_list<QJsonValue> thing) {
-    for (size_t i = 0; i < facts.size(); ++i)
-        facts[i].values.push_back(thing.begin()[i]);
 }
 
 QString reportText(Report const& report) {
@@ -120,6 +118,45 @@ QByteArray reportJson(Report const& report) {
     return QJsonDocument(root).toJson();
 }
 
+void OutputFolder::saveBytes(QString const& name, QByteArray const& bytes) {
+    QString error = QStringLiteral("it would be empty");
+    bool const saved = !bytes.isEmpty() && files::replace(pathOf(name), bytes, &error);
+    if (saved)
+        m_written.append(name);
+    else
+        complain(QStringLiteral("The file %1 cannot be written: %2").arg(m_folder.filePath(name), error));
+    m_failed = m_failed || !saved;
+}
+
+bool OutputFolder::expect(QString const& name) {
+    bool const there = QFileInfo(m_folder.filePath(name)).isFile();
+    if (there)
+        m_written.append(name);
+    return there;
+}
+
+void OutputFolder::removeOthers(QStringList const& names) {
+    for (QString const& name : names) {
+        QString const path = m_folder.filePath(name);
+        if (m_written.contains(name) || !QFileInfo(path).isFile() || QFile::remove(path))
+            continue;
+        complain(QStringLiteral("The file %1 of an earlier run cannot be removed.").arg(path));
+        m_failed = true;
+    }
+}
+
+QStringList OutputFolder::filesOfOthers(QString const& wildcard, QByteArray const& text) const {
+    QStringList found;
+    for (QString const& name : m_folder.entryList({wildcard}, QDir::Files, QDir::Name)) {
+        QFile file(m_folder.filePath(name));
+        constexpr qint64 kLookedAt = 1 << 20; // bytes
+        if (!m_written.contains(name) && file.open(QIODevice::ReadOnly) &&
+            file.read(kLookedAt).contains(text))
+            found << name;
+    }
+    return found;
+}
+
 QString writeReport(Report const& report, OutputFolder& output) {
     auto const nameOf = [&](char const* name) {
         return report.run == QLatin1String("calibration") ? QString(name) : report.run + '-' + name;
@@ -131,7 +168,7 @@ QString writeReport(Report const& report, OutputFolder& output) {
     QString const page = nameOf("report.html");
     output.saveBytes(page, reportPage(report));
     output.saveBytes(nameOf("summary.json"), reportJson(report));
-    output.saveText(nameOf("summary.txt"), reportText(report));
+    output.saveBytes(nameOf("summary.txt"), reportText(report).toUtf8());
     return output.pathOf(page);
 }
 

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "simulator/host/report/charts.h"
-#include "simulator/host/report/output_folder.h"
 
+#include <QDir>
 #include <QJsonValue>
+#include <QStringList>
 
 namespace pictara {
 /// Something that is told under one name.
@@ -11,10 +12,11 @@ struct Fact {
     static constexpr int kShortest = -1;    ///< as many decimals as it takes
     static constexpr int kHexadecimal = -2; ///< a whole number in the notation of registers
 
-    QString key;                    ///< for scripts, with the unit in it
-    QString label;                  ///< for people; empty: told to scripts alone
-    std::vector<QJsonValue> values; ///< as many as the section tells of; texts, flags, numbers, null for none
-    QString unit = {};              ///< behind a number
+    QString key;   ///< for scripts, with the unit in it
+    QString label; ///< for people; empty: told to scripts alone
+    std::vector<QJsonValue> values =
+        {};            ///< as many as the section tells of; texts, flags, numbers, null for none
+    QString unit = {}; ///< behind a number
     int decimals = kShortest;
 
     /// To people, and not for scripts alone or without any value.
@@ -60,6 +62,32 @@ struct Report {
     QString result = {}; ///< how it ended
     QString cause = {};  ///< of a failure
     std::vector<Section> sections = {};
+};
+
+/// Writes a run's files, each as a whole or not at all, and knows their names. What cannot be written is told
+/// on the standard error stream.
+class OutputFolder {
+public:
+    explicit OutputFolder(QString const& folder) : m_folder(folder) {}
+
+    /// As PNG, whatever the name says.
+    void savePicture(QString const& name, QImage const& picture) { saveBytes(name, pngOf(picture)); }
+    void saveBytes(QString const& name, QByteArray const& bytes);
+    /// A file that somebody else should have written.
+    [[nodiscard]] bool expect(QString const& name);
+    /// Removes those of the names that this run did not write, so that nothing of an earlier one is taken for
+    /// its own.
+    void removeOthers(QStringList const& names);
+    /// Files that match the wildcard and hold the text, but are none of this run.
+    [[nodiscard]] QStringList filesOfOthers(QString const& wildcard, QByteArray const& text) const;
+    /// Absolute, whether it is there or not.
+    [[nodiscard]] QString pathOf(QString const& name) const { return m_folder.absoluteFilePath(name); }
+    [[nodiscard]] bool failed() const { return m_failed; }
+
+private:
+    QDir m_folder;
+    QStringList m_written;
+    bool m_failed = false;
 };
 
 /// A line "name: value" for each value.

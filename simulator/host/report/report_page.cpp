@@ -36,12 +36,10 @@ bool isNumber(QString const& text) {
 }
 
 std::vector<QStringList> transposed(std::vector<QStringList> const& table) {
-    std::vector<QStringList> result;
-    for (int i = 0; !table.empty() && i < table.front().size(); ++i) {
-        result.emplace_back();
-        for (QStringList const& row : table)
-            result.back() << row[i];
-    }
+    std::vector<QStringList> result(table.empty() ? 0 : size_t(table.front().size()));
+    for (QStringList const& row : table)
+        for (size_t i = 0; i < result.size(); ++i)
+            result[i] << row[int(i)];
     return result;
 }
 

@@ -8,26 +8,29 @@
 
 namespace pictara {
 namespace {
+using RegisterPlace = std::pair<uint32_t, uint32_t>; // id and address
+
 constexpr int kLongestName = 8; // bytes of a label that a record keeps
 
+QString hexadecimal(uint32_t number) { return QStringLiteral("0x%1").arg(number, 4, 16, QLatin1Char('0')); }
+
 // A register of the solution; null when the camera has none there.
-vy_RegisterDescription const* registerAt(simulator::SimulatedCamera const& camera, uint32_t id,
-                                         uint32_t address) {
-    return vy_FindRegisterAddr(camera.handle(), address, 0, id);
+vy_RegisterDescription const* registerAt(simulator::SimulatedCamera const& camera, RegisterPlace place) {
+    return vy_FindRegisterAddr(camera.handle(), place.second, 0, place.first);
 }
 
-uint32_t valueOf(simulator::SimulatedCamera const& camera, uint32_t id, uint32_t address) {
+uint32_t valueOf(simulator::SimulatedCamera const& camera, RegisterPlace place) {
     uint32_t value = 0;
-    if (auto const* const place = registerAt(camera, id, address))
-        (void)vy_ReadSensorReg(camera.handle(), place, &value);
+    if (auto const* const found = registerAt(camera, place))
+        (void)vy_ReadSensorReg(camera.handle(), found, &value);
     return value;
 }
 
 // The place of a register without a name.
-QString nameOf(simulator::SimulatedCamera const& camera, uint32_t id, uint32_t address) {
-    auto const* const place = registerAt(camera, id, address);
-    return place && place->name ? QString::fromLocal8Bit(place->name)
-                                : QStringLiteral("%1/0x%2").arg(id).arg(address, 4, 16, QLatin1Char('0'));
+QString nameOf(simulator::SimulatedCamera const& camera, RegisterPlace place) {
+    auto const* const found = registerAt(camera, place);
+    return found && found->name ? QString::fromLocal8Bit(found->name)
+                                : QStringLiteral("%1/%2").arg(place.first).arg(hexadecimal(place.second));
 }
 
 // Why a camera that starts up from the EEPROM does not hold what the registers of this one hold.
@@ -44,13 +47,10 @@ QString lackOf(Session& session, QString const& label) {
     if (!started->isCorrecting())
         return QStringLiteral("the record \"%1\" leaves the correction off").arg(record);
     for (auto const& [place, written] : session.desk().listEntries()) {
-        auto const [id, address] = place;
-        uint32_t const stored = valueOf(*started, id, address), held = valueOf(camera, id, address);
+        uint32_t const stored = valueOf(*started, place), held = valueOf(camera, place);
         if (stored != held)
-            return QStringLiteral("by the record \"%1\" the register %2 starts with 0x%3 instead of 0x%4")
-                .arg(record, nameOf(camera, id, address))
-                .arg(stored, 4, 16, QLatin1Char('0'))
-                .arg(held, 4, 16, QLatin1Char('0'));
+            return QStringLiteral("by the record \"%1\" the register %2 starts with %3 instead of %4")
+                .arg(record, nameOf(camera, place), hexadecimal(stored), hexadecimal(held));
     }
     return {};
 }
@@ -61,61 +61,50 @@ Section sceneSection(Session& session) {
     simulator::Light const& light = session.camera().light();
     Options const& options = session.options();
     QString const lens = options.shadingFile.isEmpty() ? "of the profile" : options.shadingFile;
-    Section section{"scene",
-                    "Camera and light",
-                    Layout::One,
-                    {{"sensor", "sensor", {QString::fromLocal8Bit(camera.sensorName)}},
+    Section section{"scene", "Camera and light"};
+    section.facts = {{"sensor", "sensor", {QString::fromLocal8Bit(camera.sensorName)}},
                      {"sensor_kind", "sensor kind", {int(camera.sensorKind)}},
                      {"sensor_variant", "sensor variant", {int(camera.variant)}},
                      {"width_px", "width", {int(camera.width)}, " pixels"},
                      {"height_px", "height", {int(camera.height)}, " pixels"},
-                     {"profile", "profile", {camera.profile}}}};
+                     {"profile", "profile", {camera.profile}},
+                     {"lens", "lens", {lens}},
+                     {"lamp_colour_temperature_K", "lamp", {light.colourTemperature}, " K"},
+                     {"light_level_ratio", "level of the light", {light.level}},
+                     {"light_gradient_ratio", "gradient of the light", {light.gradient}},
+                     {"object_in_picture", "object in the picture", {light.objectInPicture}},
+                     {"noise_seed", "seed", {double(options.seed)}}};
     if (!camera.note.isEmpty())
-        section.facts.push_back({"profile_note", "note", {camera.note}});
-    section.facts.insert(section.facts.end(),
-                         {{"lens", "lens", {lens}},
-                          {"lamp_colour_temperature_K", "lamp", {light.colourTemperature}, " K"},
-                          {"light_level_ratio", "level of the light", {light.level}},
-                          {"light_gradient_ratio", "gradient of the light", {light.gradient}},
-                          {"object_in_picture", "object in the picture", {light.objectInPicture}},
-                          {"noise_seed", "seed", {double(options.seed)}}});
+        section.facts.insert(section.facts.begin() + 6, {"profile_note", "note", {camera.note}});
     return section;
 }
 
 Section registerSection(Session& session) {
-    return {"registers",
-            "Registers",
-            Layout::One,
-            {{"solution_registers_written",
-              "registers of the solution written",
-              {double(session.desk().listEntriesWritten())}},
-             {"register_writes", "register writes in all", {double(session.camera().registerWrites())}},
-             {"exposure_rows", "exposure", {double(session.frames().exposure())}, " rows"},
-             {"relative_red_gain_thousandths",
-              "relative red gain",
-              {session.states().read("Relative Red Gain")},
-              " / 1000"},
-             {"relative_blue_gain_thousandths",
-              "relative blue gain",
-              {session.states().read("Relative Blue Gain")},
-              " / 1000"},
-             {"correction_is_on", "correction is on", {session.camera().isCorrecting()}}}};
+    double const ofSolution = double(session.desk().listEntriesWritten());
+    int const red = session.states().read("Relative Red Gain"),
+              blue = session.states().read("Relative Blue Gain");
+    Section section{"registers", "Registers"};
+    section.facts = {
+        {"solution_registers_written", "registers of the solution written", {ofSolution}},
+        {"register_writes", "register writes in all", {double(session.camera().registerWrites())}},
+        {"exposure_rows", "exposure", {double(session.frames().exposure())}, " rows"},
+        {"relative_red_gain_thousandths", "relative red gain", {red}, " / 1000"},
+        {"relative_blue_gain_thousandths", "relative blue gain", {blue}, " / 1000"},
+        {"correction_is_on", "correction is on", {session.camera().isCorrecting()}}};
+    return section;
 }
 
 Section solutionSection(Session& session) {
     HostAtWork const own; // looking names up is no call of the plug-in
-    Section section{"solution_registers",
-                    "Registers of the solution",
-                    Layout::Rows,
-                    {{"name", "name", {}},
-                     {"id", "id", {}},
-                     {"address", "address", {}, {}, Fact::kHexadecimal},
-                     {"value", "value", {}, {}, Fact::kHexadecimal}}};
+    Fact name{"name", "name"}, id{"id", "id"}, address{"address", "address", {}, {}, Fact::kHexadecimal},
+        held{"value", "value", {}, {}, Fact::kHexadecimal};
     for (auto const& [place, value] : session.desk().listEntries()) {
-        auto const [id, address] = place;
-        section.add({nameOf(session.camera(), id, address), double(id), double(address), double(value)});
+        name.values.push_back(nameOf(session.camera(), place));
+        id.values.push_back(double(place.first));
+        address.values.push_back(double(place.second));
+        held.values.push_back(double(value));
     }
-    return section;
+    return {"solution_registers", "Registers of the solution", Layout::Rows, {name, id, address, held}};
 }
 
 Section eepromSection(Session& session, QString const& label, QString* lack) {

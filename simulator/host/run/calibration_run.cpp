@@ -3,9 +3,7 @@
 #include "simulator/files/interruption.h"
 #include "simulator/host/report/sitting.h"
 #include "simulator/host/run/measurement.h"
-#include "simulator/host/run/progress_report.h"
 #include "simulator/host/run/verdict.h"
-#include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 
@@ -16,26 +14,14 @@
 
 namespace pictara {
 namespace {
-constexpr char kResultsSection[] = "[Lens Correction]"; // in every results file
-
-// How a calibration ended, the worst first, and by which exit code.
-struct Verdict {
-    char const* told;
-    ExitCode code;
-};
-constexpr Verdict kNotCalibrated{"not calibrated", kExitNotCalibrated}; // or a code of the cause
-constexpr Verdict kNotSaved{"calibrated, not saved", kExitNotSaved};
-constexpr Verdict kBeyondLimit{"calibrated, uniformity beyond the limit", kExitBeyondLimit};
-constexpr Verdict kCalibrated{"calibrated", kExitDone};
+constexpr char kNotCalibrated[] = "not calibrated";
+constexpr char kNotSaved[] = "calibrated, not saved";
 
 // The file's name without its folder; empty when none was saved.
 QString resultsFile(RunProgress const& last) {
-    QString const saved = last.statusTexts[kFileSave];
-    if (!saved.startsWith(QLatin1String("Done: ")))
-        return {};
     // One page cuts the name at "/" alone, so that what lies before "\\" stays.
-    return saved.mid(std::max(saved.lastIndexOf(QRegularExpression(QStringLiteral("[/\\\\]"))) + 1,
-                              int(qstrlen("Done: "))));
+    static QRegularExpression const name(QStringLiteral("^Done: (?:.*[/\\\\])?(.*)"));
+    return name.match(last.statusTexts[kFileSave]).captured(1);
 }
 
 class CalibrationRun {
@@ -49,7 +35,7 @@ private:
     void judgeSaves();
     void judgeLights();
     void report(QImage const& dialog);
-    void conclude(Verdict const& verdict, QString const& cause);
+    void conclude(char const* result, ExitCode code, QString const& cause);
 
     void deliverAndWatch();
     void changeLamp(CaptureRow const& row);
@@ -63,16 +49,16 @@ private:
     OutputFolder m_output;
 
     RunResult m_run;
-    Verdict m_verdict = kCalibrated;
+    ExitCode m_code = kExitDone;
     QString m_lack;                          // what the EEPROM lacks
     Section m_refused{"refused", "Refused"}; // the picture that the library refused
     Section m_lights{"lights", {}, Layout::Columns};
-    std::optional<Evenness> m_before, m_after;
-    Report m_report{"calibration"};
+    EvennessStates m_states;
+    Report m_report{"calibration", "calibrated"};
 };
 
 CalibrationRun::CalibrationRun(Session& session, HeadlessDialog const& opened)
-    : m_session(session), m_dialog(opened.dialog), m_page(opened.page), m_progress(stdout, m_page),
+    : m_session(session), m_dialog(opened.dialog), m_page(opened.page), m_progress(m_page),
       m_driver(m_page, [this] { deliverAndWatch(); }), m_output(session.outputFolder()) {
     m_driver.onProgress = [this](RunProgress const& state) { m_progress.show(state); };
     m_driver.onSaving = [this] { prepareToSave(); };
@@ -98,32 +84,33 @@ void CalibrationRun::deliverAndWatch() {
 // The person at the camera of a page that calibrates under several lights.
 void CalibrationRun::changeLamp(CaptureRow const& row) {
     m_session.bringLamp(row.kelvin);
-    m_progress.say(
+    ProgressReport::say(
         QStringLiteral("The lamp of %1 K is switched on for the %2.").arg(row.kelvin).arg(row.button));
 }
 
 // Nobody else can tell when the dialog starts to save.
 void CalibrationRun::prepareToSave() {
-    m_progress.say(QStringLiteral("saving to the EEPROM..."));
+    ProgressReport::say(QStringLiteral("saving to the EEPROM..."));
     auto const& fault = m_session.options().fault;
-    bool const isCut =
-        fault && fault->name == QLatin1String("power-cut"); // these count bytes, before the first
-    if (fault && !fault->operation)
-        (void)m_session.injectFault({fault->name, isCut ? 0U : 1U, fault->forEver});
+    if (!fault || fault->operation)
+        return;
+    uint64_t const first =
+        fault->name == QLatin1String("power-cut") ? 0 : 1; // of stored bytes, of operations
+    (void)m_session.injectFault({fault->name, first, fault->forEver});
 }
 
-void CalibrationRun::conclude(Verdict const& verdict, QString const& cause) {
-    m_verdict = verdict;
+void CalibrationRun::conclude(char const* result, ExitCode code, QString const& cause) {
+    m_report.result = result;
     m_report.cause = cause;
+    m_code = code;
 }
 
 // Facts are those of this moment: what measures later changes lamp and registers.
 void CalibrationRun::calibrate() {
+    auto const bringLight = [this](CaptureRow const& row) { changeLamp(row); };
     if (std::vector<CaptureRow> const captures = captureRows(m_page); !captures.empty())
-        changeLamp(captures.front());
-    m_driver.onRequests = [this] {
-        serveCaptureRows(m_page, [this](CaptureRow const& row) { changeLamp(row); });
-    };
+        bringLight(captures.front());
+    m_driver.onRequests = [&] { serveCaptureRows(m_page, bringLight); };
     m_run = m_driver.runAll();
     m_driver.onRequests = [] {};
     m_report.sections = {sceneSection(m_session), registerSection(m_session),
@@ -135,11 +122,11 @@ void CalibrationRun::judgeSaves() {
     QString const results = resultsFile(m_run.last);
     bool const hasResults = m_output.expect(results);
     if (!isSaved(m_run.last.statusTexts, hasEeprom))
-        conclude(kNotSaved, causeOf(m_run, captureRows(m_page), hasEeprom));
+        conclude(kNotSaved, kExitNotSaved, causeOf(m_run, captureRows(m_page), hasEeprom));
     else if (!hasResults)
-        conclude(kNotSaved, QStringLiteral("The results file %1 is missing.").arg(results));
+        conclude(kNotSaved, kExitNotSaved, QStringLiteral("The results file %1 is missing.").arg(results));
     else if (!m_lack.isEmpty()) // not every sensor's dialog reads back what it saved
-        conclude(kNotSaved,
+        conclude(kNotSaved, kExitNotSaved,
                  QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: %1.")
                      .arg(m_lack));
 }
@@ -147,54 +134,53 @@ void CalibrationRun::judgeSaves() {
 // The dialog's test is pressed once more without the correction and with it; what it shows then is what is
 // pictured, told and judged.
 void CalibrationRun::judge() {
-    if (!isCalibrated(m_run)) {
-        conclude(kNotCalibrated, causeOf(m_run, captureRows(m_page), m_session.camera().hasEeprom()));
-        m_verdict.code = exitCodeOf(m_run);
+    if (m_run.end != RunEnd::Finished || !isCalibrated(m_run.last.statusTexts)) {
+        bool const hasEeprom = m_session.camera().hasEeprom();
+        conclude(kNotCalibrated, exitCodeOf(m_run), causeOf(m_run, captureRows(m_page), hasEeprom));
         return;
     }
-    m_progress.say(QStringLiteral("measuring once more, without the correction and with it..."));
+    ProgressReport::say(QStringLiteral("measuring once more, without the correction and with it..."));
     judgeSaves();
-    m_before = measureEvenness(m_session, m_page, m_driver, false);
-    m_after = measureEvenness(m_session, m_page, m_driver, true); // leaves the correction on
+    m_states = measureEvenness(m_session, m_page, m_driver);
     m_run.last.statusTexts = m_page.statusTexts();
-    if (!m_before || !m_after)
-        conclude(kNotCalibrated, QStringLiteral("The closing measurement is missing."));
-    else if (m_verdict.code == kExitDone && isBeyondLimit(*m_after))
-        conclude(kBeyondLimit, QStringLiteral("The uniformity is beyond the dialog's limit."));
+    if (!m_states[0] || !m_states[1])
+        conclude(kNotCalibrated, kExitNotCalibrated, QStringLiteral("The closing measurement is missing."));
+    else if (m_code == kExitDone && m_states[1]->isBeyondLimit())
+        conclude("calibrated, uniformity beyond the limit", kExitBeyondLimit,
+                 QStringLiteral("The uniformity is beyond the dialog's limit."));
 }
 
 // Under each light of the page, and one between.
 void CalibrationRun::judgeLights() {
-    std::vector<CaptureRow> const captures = captureRows(m_page);
-    if (!m_before || !m_after || captures.empty())
-        return;
     std::vector<double> lights;
-    std::transform(captures.begin(), captures.end(), std::back_inserter(lights),
-                   [](CaptureRow const& row) { return row.kelvin; });
+    for (CaptureRow const& row : captureRows(m_page))
+        lights.push_back(row.kelvin);
+    if (!m_states[0] || !m_states[1] || lights.empty())
+        return;
     m_driver.onProgress = [](RunProgress const&) {};
-    m_lights = measureLights(m_session, m_page, m_driver, lightsToTry(std::move(lights)), [&](double kelvin) {
-        m_progress.say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
+    m_lights = measureLights(m_session, m_page, m_driver, lights, [](double kelvin) {
+        ProgressReport::say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
     });
     for (Fact const& fact : m_lights.facts)
-        if (std::any_of(fact.values.begin(), fact.values.end(),
-                        [](auto const& value) { return value.isNull(); }))
-            conclude(kNotCalibrated, "The dialog did not show the uniformity under every light.");
+        if (std::count(fact.values.begin(), fact.values.end(), QJsonValue()) > 0)
+            conclude(kNotCalibrated, kExitNotCalibrated,
+                     QStringLiteral("The dialog did not show the uniformity under every light."));
 }
 
 void CalibrationRun::report(QImage const& dialog) {
     m_output.savePicture("dialog.png", dialog);
-    std::vector<Section> sections = evennessSections(m_before, m_after);
-    if (m_verdict.told == kNotCalibrated.told)
+    std::vector<Section> sections = evennessSections(m_states);
+    if (m_report.result == QLatin1String(kNotCalibrated))
         sections.push_back(m_refused);
     sections.push_back(m_lights);
     sections.insert(sections.end(), m_report.sections.begin(), m_report.sections.end());
-    if (QStringList const earlier = m_output.filesOfOthers("*.ini", kResultsSection); !earlier.isEmpty())
+    if (QString const earlier = m_output.filesOfOthers("*.ini", "[Lens Correction]").join(", ");
+        !earlier.isEmpty())
         sections.push_back({"files",
                             "Files",
                             Layout::One,
-                            {{"earlier_results", "results files of earlier runs", {earlier.join(", ")}}}});
+                            {{"earlier_results", "results files of earlier runs", {earlier}}}});
     sections.push_back(solutionSection(m_session));
-    m_report.result = m_verdict.told;
     m_report.sections = sections;
     writeReport(m_report, m_output);
 }
@@ -210,10 +196,10 @@ int CalibrationRun::run() {
     if (files::isInterrupted())
         return kExitInterrupted;
     report(dialog);
-    m_progress.say(QLatin1Char('\n') + reportText(m_report));
+    ProgressReport::say(QLatin1Char('\n') + reportText(m_report));
     if (!m_report.cause.isEmpty())
         complain(m_report.cause);
-    return m_output.failed() ? kExitNotCalibrated : m_verdict.code;
+    return m_output.failed() ? kExitNotCalibrated : m_code;
 }
 } // namespace
 

@@ -5,7 +5,6 @@
 #include <QtDebug>
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace pictara {
 namespace {
@@ -23,70 +22,70 @@ QJsonValue uniformity(DialogPage& page, RunDriver& driver, bool corrected) {
     auto const figure = driver.awaitUniformity();
     return figure ? QJsonValue(*figure) : QJsonValue();
 }
+
+// The figure of one table alone: the sensor is told that all others were made for redder lights than there
+// are.
+QJsonValue uniformityOfTable(size_t table, Session& session, DialogPage& page, RunDriver& driver) {
+    std::vector<QByteArray> const& names = session.camera().description().tableTemperatures;
+    std::vector<uint32_t> present;
+    uint32_t unreal = 1; // kelvin
+    for (size_t i = 0; i < names.size(); ++i) {
+        present.push_back(session.registers().read(names[i].constData(), ""));
+        session.setRegister(names[i], i == table ? uint32_t(names.size()) : unreal++);
+    }
+    QJsonValue const figure = uniformity(page, driver, true);
+    for (size_t i = 0; i < names.size(); ++i)
+        session.setRegister(names[i], present[i]);
+    return figure;
+}
 } // namespace
 
-std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunDriver& driver,
-                                        bool corrected) {
-    QJsonValue const figure = uniformity(page, driver, corrected);
-    if (figure.isNull())
-        return std::nullopt;
-    bool isNumber = false;
-    double const limit = page.text("GoodCU").toDouble(&isNumber);
+EvennessStates measureEvenness(Session& session, DialogPage& page, RunDriver& driver) {
+    EvennessStates states;
     auto const skipped = int(session.camera().description().unusableRows);
-    return Evenness{.uniformity = figure.toDouble(),
-                    .limit = isNumber ? limit : std::numeric_limits<double>::quiet_NaN(),
-                    .rating = page.colour("CU_Bullet"),
-                    .blocks = measureBlocks(session.frames().light(), skipped),
-                    .trueBlocks = measureBlocks(session.frames().idealLight(), skipped),
-                    .picture = session.frames().unmarkedPicture()};
-}
-
-std::vector<double> lightsToTry(std::vector<double> lights) {
-    std::sort(lights.begin(), lights.end());
-    if (lights.size() >= 2) {
-        // What the eye and the sensors step by is the reciprocal; people name whole hundreds.
-        double const middle = 2 / (1 / lights[lights.size() - 2] + 1 / lights.back());
-        lights.push_back(std::floor(middle / 100) * 100);
+    for (size_t corrected = 0; corrected < states.size(); ++corrected) {
+        QJsonValue const figure = uniformity(page, driver, corrected != 0);
+        if (figure.isNull())
+            continue;
+        states[corrected] = Evenness{.uniformity = figure.toDouble(),
+                                     .limit = page.text("GoodCU").toDouble(),
+                                     .rating = page.colour("CU_Bullet"),
+                                     .blocks = measureBlocks(session.frames().light(), skipped),
+                                     .trueBlocks = measureBlocks(session.frames().idealLight(), skipped),
+                                     .picture = session.frames().unmarkedPicture()};
     }
-    return lights;
+    return states;
 }
 
-Section measureLights(Session& session, DialogPage& page, RunDriver& driver,
-                      std::vector<double> const& lights, std::function<void(double kelvin)> const& onLight) {
-    std::vector<QByteArray> const& temperatures = session.camera().description().tableTemperatures;
-    size_t const tables = temperatures.size();
-    std::vector<Fact> facts(tables + 3, {{}, {}, {}, {}, 2});
-    auto const name = [&](size_t i, QString const& key, QString const& label) {
-        facts[i].key = key;
-        facts[i].label = label;
-    };
-    facts[0] = {"colour_temperature_K", "uniformity under the light of", {}, " K"};
-    name(1, "uncorrected_ab", "no correction");
+Section measureLights(Session& session, DialogPage& page, RunDriver& driver, std::vector<double> lights,
+                      std::function<void(double kelvin)> const& onLight) {
+    size_t const tables = session.camera().description().tableTemperatures.size();
+    std::vector<Fact> facts{{"colour_temperature_K", "uniformity under the light of", {}, " K"},
+                            {"uncorrected_ab", "no correction", {}, {}, 2}};
     for (size_t table = 1; table <= tables; ++table)
-        name(table + 1, QStringLiteral("table_%1_alone_ab").arg(table),
-             QStringLiteral("table %1 alone").arg(table));
-    name(tables + 2, "blended_ab", "blended tables");
+        facts.push_back({QStringLiteral("table_%1_alone_ab").arg(table),
+                         QStringLiteral("table %1 alone").arg(table),
+                         {},
+                         {},
+                         2});
+    facts.push_back({"blended_ab", "blended tables", {}, {}, 2});
+    std::sort(lights.begin(), lights.end());
+    if (lights.size() >
+        1) // what the eye and the sensors step by is the reciprocal; people name whole hundreds
+        lights.push_back(100 * std::floor(2 / (1 / lights.rbegin()[1] + 1 / lights.back()) / 100));
     for (double const kelvin : lights) {
         onLight(kelvin);
         session.bringLamp(kelvin);
-        bool const isSet = driver.adjustToLight();
-        auto const measure = [&](bool corrected) {
-            return isSet ? uniformity(page, driver, corrected) : QJsonValue();
-        };
-        facts[0].values.push_back(kelvin);
-        facts[1].values.push_back(measure(false));
-        for (size_t table = 0; table < tables; ++table) {
-            // All the others were made for redder lights than there are.
-            std::vector<uint32_t> held;
-            for (uint32_t i = 0, unreal = 1; i < tables; ++i) {
-                held.push_back(session.registers().read(temperatures[i].constData(), ""));
-                session.setRegister(temperatures[i], i == table ? uint32_t(tables) : unreal++);
-            }
-            facts[table + 2].values.push_back(measure(true));
-            for (size_t i = 0; i < tables; ++i)
-                session.setRegister(temperatures[i], held[i]);
+        std::vector<QJsonValue> figures(facts.size());
+        figures.front() = kelvin;
+        if (driver.adjustToLight()) {
+            figures[1] = uniformity(page, driver, false);
+            for (size_t table = 0; table < tables; ++table)
+                figures[table + 2] = uniformityOfTable(table, session, page, driver);
+            figures.back() = uniformity(page, driver, true);
         }
-        facts.back().values.push_back(measure(true));
+        for (size_t i = 0; i < facts.size(); ++i)
+            facts[i].values.push_back(figures[i]);
     }
     return {"lights", "Each table under each light", Layout::Columns, facts};
 }

@@ -6,19 +6,17 @@
 namespace pictara {
 class Session;
 
-/// Has the dialog measure how even the picture is with the sensor's correction on or off, all else equal, and
-/// measures the same picture; the correction stays so. Nothing when the dialog shows no figure.
-[[nodiscard]] std::optional<Evenness> measureEvenness(Session& session, DialogPage& page, RunDriver& driver,
-                                                      bool corrected);
+/// Has the dialog measure how even the picture is, first with the sensor's correction off, then on, all else
+/// equal, and measures the same pictures; the correction stays on. Nothing of a state in which the dialog
+/// shows no figure.
+[[nodiscard]] EvennessStates measureEvenness(Session& session, DialogPage& page, RunDriver& driver);
 
-/// The lights and, at last, one between the two bluest of them, where a sensor has to blend.
-[[nodiscard]] std::vector<double> lightsToTry(std::vector<double> lights);
-
-/// The dialog's figure under each light: without correction, by each of the sensor's tables alone and as the
-/// sensor blends them. Exposure and colour balance are the light's, and equal for all. To see one table
-/// alone, the registers of the tables' colour temperatures are set so that every light lies beyond it, and
-/// set back. The last light stays, and so does the correction. `onLight` is called before each light.
+/// The dialog's figure under each light, and at last under one between the two bluest, where a sensor has to
+/// blend: without correction, by each of the sensor's tables alone and as the sensor blends them. Exposure
+/// and colour balance are the light's, and equal for all. To see one table alone, the registers of the
+/// tables' colour temperatures are set so that every light lies beyond it, and set back. The last light
+/// stays, and so does the correction. `onLight` is called before each light.
 [[nodiscard]] Section measureLights(Session& session, DialogPage& page, RunDriver& driver,
-                                    std::vector<double> const& lights,
+                                    std::vector<double> lights,
                                     std::function<void(double kelvin)> const& onLight);
 } // namespace pictara

@@ -5,33 +5,35 @@
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 namespace pictara {
 namespace {
+constexpr int kFramesPerTick = 3, kMostFrames = 2000;
 // A run that shows an error, or no step at work, and no change for so long is not going to change: in every
 // working step the progress moves more often.
-constexpr int kStuckTicks = 5;
 constexpr int kStuckFrames = 30;
 constexpr int kUniformityTicks = 40;
 
-bool isInProgress(QString const& status) { return status.startsWith(QLatin1String("In progress")); }
+// Button, colour temperature and status.
+constexpr char const* kCaptureRows[][3] = {
+    {"Incandescent_Image", "Incandescent_Temp", "Incandescent_Status"},
+    {"Fluorescent_Image", "Fluorescent_Temp", "Fluorescent_Status"},
+    {"Daylight_Image", "Daylight_Temp", "Daylight_Status"},
+};
 
 bool standsStill(QStringList const& texts) {
     bool const hasFailed = !texts.filter(QRegularExpression(QStringLiteral("^Error"))).isEmpty();
     return hasFailed || std::none_of(texts.begin(), texts.end(), isInProgress);
 }
 
-bool hasSolution(QStringList const& texts) {
-    QString const status = texts.value(kCalibration);
-    return status == QLatin1String("Done.") || status.startsWith(QLatin1String("YCbCr calibration."));
-}
-
 // A run has nothing left to do but to save to the EEPROM.
 bool isSavingToEepromNext(QStringList const& texts) {
     static QString const open = QStringLiteral("Not done yet.");
-    return hasSolution(texts) && texts.value(kFileSave) != open && texts.value(kEepromSave) == open;
+    return texts.value(kFileSave) != open && texts.value(kEepromSave) == open;
 }
+
 std::optional<double> shownUniformity(QString const& status) {
     static QRegularExpression const pattern(QStringLiteral("^\\s*([0-9]+\\.[0-9]+)\\s*\\(Lower is better"));
     auto const match = pattern.match(status);
@@ -39,13 +41,8 @@ std::optional<double> shownUniformity(QString const& status) {
 }
 } // namespace
 
-RunDriver::RunDriver(DialogPage const& page, std::function<void()> deliverFrame, int framesPerTick,
-                     int maxFrames)
-    : m_page(page), m_deliverFrame(std::move(deliverFrame)), m_framesPerTick(framesPerTick),
-      m_maxFrames(maxFrames) {}
-
 void RunDriver::advanceOneTick() {
-    for (int i = 0; i < m_framesPerTick; ++i) {
+    for (int i = 0; i < kFramesPerTick; ++i) {
         if (files::isInterrupted())
             return;
         m_deliverFrame();
@@ -63,21 +60,19 @@ void RunDriver::advanceOneTick() {
 }
 
 RunEnd RunDriver::watch(std::function<bool()> const& isWorking) {
-    int unchangedTicks = 0, unchangedSince = m_progress.frames;
+    int unchangedSince = m_progress.frames;
     while (isWorking()) {
         if (files::isInterrupted())
             return RunEnd::Interrupted;
-        if (m_progress.frames + m_framesPerTick > m_maxFrames)
+        if (m_progress.frames + kFramesPerTick > kMostFrames)
             return RunEnd::TimedOut;
         QStringList const before = m_progress.statusTexts;
         advanceOneTick();
-        if (m_progress.statusTexts != before) {
-            unchangedTicks = 0;
+        if (m_progress.statusTexts != before)
             unchangedSince = m_progress.frames;
-        } else if (++unchangedTicks >= kStuckTicks && m_progress.frames - unchangedSince >= kStuckFrames &&
-                   standsStill(m_progress.statusTexts) && isWorking()) {
+        else if (m_progress.frames - unchangedSince >= kStuckFrames && standsStill(m_progress.statusTexts) &&
+                 isWorking())
             return RunEnd::Cancelled;
-        }
     }
     return RunEnd::Finished;
 }
@@ -112,9 +107,34 @@ std::optional<double> RunDriver::awaitUniformity() {
     return std::nullopt;
 }
 
+void ProgressReport::show(RunProgress const& progress) {
+    static QRegularExpression const figures(QStringLiteral("[0-9]+ ?%"));
+    for (int i = 0; i < progress.statusTexts.size(); ++i) {
+        QString const& status = progress.statusTexts[i];
+        // What stays when its figures change, so that each turn is shown once.
+        QString const turn = QString(status).remove(figures);
+        bool const known = m_shown.contains(i);
+        if (std::exchange(m_shown[i], turn) == turn)
+            continue;
+        if (known || isInProgress(status)) // how the dialog looked at first is no news
+            say(QStringLiteral("frame %1: %2: %3")
+                    .arg(progress.frames, 4)
+                    .arg(m_page.text(kSteps[i].button), status.trimmed()));
+    }
+}
+
+void ProgressReport::say(QString const& text) {
+    std::printf("%s\n", text.toLocal8Bit().constData());
+    std::fflush(stdout);
+}
+
+bool isInProgress(QString const& status) { return status.startsWith(QLatin1String("In progress")); }
+
 bool isCalibrated(QStringList const& texts) {
     auto const done = [&](Step step) { return texts.value(step) == QLatin1String("Done."); };
-    return done(kSetup) && done(kExposure) && done(kColourBalance) && hasSolution(texts) &&
+    return done(kSetup) && done(kExposure) && done(kColourBalance) &&
+           (done(kCalibration) ||
+            texts.value(kCalibration).startsWith(QLatin1String("YCbCr calibration."))) &&
            shownUniformity(texts.value(kUniformity));
 }
 
@@ -122,5 +142,28 @@ bool isSaved(QStringList const& texts, bool hasEeprom) {
     QString const eeprom = texts.value(kEepromSave);
     return texts.value(kFileSave).startsWith(QLatin1String("Done: ")) &&
            (hasEeprom ? eeprom == QLatin1String("Done.") : eeprom.startsWith(QLatin1String("No EEPROM.")));
+}
+
+std::vector<CaptureRow> captureRows(DialogPage const& page) {
+    std::vector<CaptureRow> rows;
+    for (auto const& [button, temperature, status] : kCaptureRows)
+        if (QString const text = page.text(button); !text.isEmpty())
+            rows.push_back({button, text, page.text(temperature).toDouble(), page.text(status).trimmed()});
+    return rows;
+}
+
+void serveCaptureRows(DialogPage& page, std::function<void(CaptureRow const&)> const& bringLight) {
+    CaptureRow const* waiting = nullptr;
+    std::vector<CaptureRow> const rows = captureRows(page);
+    for (CaptureRow const& row : rows) {
+        if (isInProgress(row.status))
+            return;
+        if (!waiting && row.status.startsWith(QLatin1String("Waiting")))
+            waiting = &row;
+    }
+    if (!waiting || !page.isEnabled(waiting->name))
+        return;
+    bringLight(*waiting);
+    page.press(waiting->name);
 }
 } // namespace pictara

@@ -7,36 +7,19 @@
 
 namespace pictara {
 namespace {
-struct Refusal {
-    char const* told; ///< part of the library's message
-    ExitCode code;
-};
-
-constexpr Refusal kRefusals[] = {
+// By a part of the library's message.
+constexpr std::pair<char const*, ExitCode> kRefusals[] = {
     {"too dark", kExitTooDark},         {"clipped", kExitClipped},      {"not flat", kExitNotFlat},
     {"lamp is not even", kExitNotFlat}, {"image size", kExitWrongSize},
 };
 
-bool isFailure(QString const& status, RunEnd end, bool hasEeprom) {
-    return status.startsWith(QLatin1String("Error")) || status.startsWith(QLatin1String("Warning")) ||
-           (end == RunEnd::TimedOut && status.startsWith(QLatin1String("In progress"))) ||
-           (hasEeprom && status == QLatin1String("No EEPROM."));
-}
-
 // Of a run that shows no error. Only the EEPROM holds the dialog before the first step: it goes on once that
 // answers or is certain not to be there.
-QString standstillOf(QStringList const& texts) {
-    bool const hasBegun = texts.value(kSetup) == QLatin1String("Done.");
-    return hasBegun ? QStringLiteral(
-                          "Run All stands still without an error, as it does where it waits for a person.")
-                    : QStringLiteral("Run All stands still before its first step: it asks for the EEPROM and "
-                                     "does not learn whether there is one.");
-}
+constexpr char kStands[] = "Run All stands still without an error, as it does where it waits for a person.";
+constexpr char kStandsAtFirst[] =
+    "Run All stands still before its first step: it asks for the EEPROM and does not learn whether there is "
+    "one.";
 } // namespace
-
-bool isCalibrated(RunResult const& run) {
-    return run.end == RunEnd::Finished && isCalibrated(run.last.statusTexts);
-}
 
 QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, bool hasEeprom) {
     QStringList causes;
@@ -44,7 +27,9 @@ QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, b
         causes.append(QStringLiteral("The run did not end in %1 frames.").arg(run.last.frames));
     for (int i = 0; i < run.last.statusTexts.size(); ++i) {
         QString const status = run.last.statusTexts[i].trimmed();
-        if (isFailure(status, run.end, hasEeprom))
+        if (status.startsWith(QLatin1String("Error")) || status.startsWith(QLatin1String("Warning")) ||
+            (run.end == RunEnd::TimedOut && isInProgress(status)) ||
+            (hasEeprom && status == QLatin1String("No EEPROM.")))
             causes.append(QString::fromLatin1(kSteps[i].status) + QLatin1String(": ") + status);
     }
     for (CaptureRow const& row : captures)
@@ -53,7 +38,8 @@ QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, b
     if (QString const solver = lastSolverMessage(); !solver.isEmpty())
         causes.append(solver);
     if (run.end == RunEnd::Cancelled && causes.isEmpty())
-        causes.append(standstillOf(run.last.statusTexts));
+        causes.append(run.last.statusTexts.value(kSetup) == QLatin1String("Done.") ? kStands
+                                                                                   : kStandsAtFirst);
     return causes.join(QLatin1String(" | "));
 }
 
@@ -74,15 +60,16 @@ Section stepSection(RunProgress const& last, std::vector<CaptureRow> const& capt
 ExitCode exitCodeOf(RunResult const& run) {
     if (run.end == RunEnd::TimedOut)
         return kExitTimeout;
-    for (Refusal const& refusal : kRefusals)
-        if (lastSolverMessage().contains(QLatin1String(refusal.told)))
-            return refusal.code;
+    for (auto const& [told, code] : kRefusals)
+        if (lastSolverMessage().contains(QLatin1String(told)))
+            return code;
     return kExitNotCalibrated;
 }
 
 QImage markedRefusal(QImage picture, QString const& blocks, uint32_t orientation) {
     static QRegularExpression const grid(QStringLiteral("^([0-9]+) x ([0-9]+): ")),
-        row(QStringLiteral("([0-9]+):([0-9,-]+)")), run(QStringLiteral("([0-9]+)-([0-9]+)"));
+        run(QStringLiteral(
+            "(?:([0-9]+):)?([0-9]+)-([0-9]+)")); // of blocks, the first one of a row behind that
     auto const size = grid.match(blocks);
     if (!size.hasMatch() || picture.isNull())
         return picture;
@@ -94,13 +81,12 @@ QImage markedRefusal(QImage picture, QString const& blocks, uint32_t orientation
     pen.setCosmetic(true);
     painter.setPen(pen);
     painter.setBrush(QColor(255, 0, 255, 70));
-    for (auto rows = row.globalMatch(blocks, size.capturedEnd()); rows.hasNext();) {
-        auto const told = rows.next();
-        for (auto runs = run.globalMatch(told.captured(2)); runs.hasNext();) {
-            auto const ends = runs.next();
-            for (int column = ends.captured(1).toInt(); column <= ends.captured(2).toInt(); ++column)
-                painter.drawRect(QRectF(column, told.captured(1).toDouble(), 1, 1));
-        }
+    double row = 0;
+    for (auto runs = run.globalMatch(blocks, size.capturedEnd()); runs.hasNext();) {
+        auto const told = runs.next();
+        row = told.capturedLength(1) > 0 ? told.captured(1).toDouble() : row;
+        for (int column = told.captured(2).toInt(); column <= told.captured(3).toInt(); ++column)
+            painter.drawRect(QRectF(column, row, 1, 1));
     }
     return picture;
 }

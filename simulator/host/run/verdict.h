@@ -1,16 +1,11 @@
 #pragma once
 
 #include "simulator/host/report/report.h"
-#include "simulator/host/run/capture_rows.h"
 #include "simulator/host/run/run_all.h"
 #include "simulator/host/session/command_line.h"
 
 namespace pictara {
 /// How a run ended, by what the dialog shows and the calibration library logged last.
-
-/// True when the dialog ended the run by itself with all up to the uniformity done, whatever came of the
-/// saves.
-[[nodiscard]] bool isCalibrated(RunResult const& run);
 
 /// Why a run is not done, in the dialog's own words and then the library's.
 [[nodiscard]] QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, bool hasEeprom);

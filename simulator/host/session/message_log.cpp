@@ -16,7 +16,6 @@ struct Log {
     QString solverMessage;
     QString blocks;        ///< of the next message
     QString refusedBlocks; ///< of the last one
-    bool progressLineShown = false;
 };
 
 Log& log() {
@@ -37,7 +36,7 @@ void onMessage(QtMsgType type, QMessageLogContext const&, QString const& text) {
     QMutexLocker const lock(&log().mutex);
     if (text.startsWith(QLatin1String(kSolverMark)))
         noteSolver(text.mid(int(sizeof kSolverMark) - 1).trimmed());
-    std::fprintf(stderr, "%s%s\n", log().progressLineShown ? "\r\033[K" : "", text.toLocal8Bit().constData());
+    std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
     if (type == QtFatalMsg)
         std::abort();
 }
@@ -63,10 +62,5 @@ void forgetSolverMessage() {
 
 void complain(QString const& text) {
     std::fprintf(stderr, "pictara-sim: %s\n", text.toLocal8Bit().constData());
-}
-
-void setProgressLineShown(bool shown) {
-    QMutexLocker const lock(&log().mutex);
-    log().progressLineShown = shown;
 }
 } // namespace pictara

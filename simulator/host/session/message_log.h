@@ -18,7 +18,4 @@ void forgetSolverMessage();
 
 /// A line of the program's own on the standard error stream.
 void complain(QString const& text);
-
-/// Set while a progress bar stands on the terminal's last line: a message then clears that line first.
-void setProgressLineShown(bool shown);
 } // namespace pictara

@@ -10,9 +10,6 @@ constexpr char const* kSources[] = {"host", "veyra2", "shadefit", "plug-in"};
 constexpr int kIndent = 4; // blanks by which a call is set off from what it came of
 } // namespace
 
-int CallLog::rowCount(QModelIndex const& parent) const { return parent.isValid() ? 0 : m_told; }
-int CallLog::columnCount(QModelIndex const& parent) const { return parent.isValid() ? 0 : kColumnCount; }
-
 QVariant CallLog::data(QModelIndex const& index, int role) const {
     bool const isText = role == Qt::DisplayRole && index.isValid() && index.row() < rowCount();
     return isText ? line(index.row()).texts[size_t(index.column())] : QVariant();
@@ -75,18 +72,19 @@ void CallLog::drop(size_t count) {
     endRemoveRows();
 }
 
-void ShownCalls::choose(QString const& text, unsigned kinds) {
-    m_text = text;
+ShownCalls::ShownCalls(CallLog& log) : m_log(log) {
+    setSourceModel(&log);
+    setFilterKeyColumn(-1); // any
+    setFilterCaseSensitivity(Qt::CaseInsensitive);
+}
+
+void ShownCalls::choose(unsigned kinds) {
     m_kinds = kinds;
     invalidateFilter();
 }
 
-bool ShownCalls::filterAcceptsRow(int row, QModelIndex const&) const {
-    CallLog::Line const& line = m_log.line(row);
-    bool isFound = m_text.isEmpty();
-    for (size_t column = CallLog::kCall; column <= CallLog::kResult && !isFound; ++column)
-        isFound = line.texts[column].contains(m_text, Qt::CaseInsensitive);
-    return isFound && (m_kinds >> line.kind & 1) != 0;
+bool ShownCalls::filterAcceptsRow(int row, QModelIndex const& parent) const {
+    return (m_kinds >> m_log.line(row).kind & 1) != 0 && QSortFilterProxyModel::filterAcceptsRow(row, parent);
 }
 
 bool ShownCalls::save(QString const& file, QString* error) const {

@@ -26,8 +26,10 @@ public:
     void clear() { drop(m_lines.size()); }
     [[nodiscard]] Line const& line(int row) const { return m_lines[size_t(row)]; }
 
-    [[nodiscard]] int rowCount(QModelIndex const& parent = {}) const override;
-    [[nodiscard]] int columnCount(QModelIndex const& parent = {}) const override;
+    [[nodiscard]] int rowCount(QModelIndex const& parent = {}) const override {
+        return parent.isValid() ? 0 : m_told;
+    }
+    [[nodiscard]] int columnCount(QModelIndex const& = {}) const override { return kColumnCount; }
     [[nodiscard]] QVariant data(QModelIndex const& index, int role = Qt::DisplayRole) const override;
     [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
                                       int role = Qt::DisplayRole) const override;
@@ -47,13 +49,12 @@ private:
     std::vector<size_t> m_openCalls; ///< lines since the log was made, from 0; the innermost last
 };
 
-/// The lines of a log that a person wants to see.
+/// The lines of a log that a person wants to see: those in which the filter's text occurs, in any case.
 class ShownCalls : public QSortFilterProxyModel {
 public:
-    explicit ShownCalls(CallLog& log) : m_log(log) { setSourceModel(&log); }
-    /// `kinds` has a bit for each kind of a line; the text is a part of call, arguments or result, in any
-    /// case.
-    void choose(QString const& text, unsigned kinds);
+    explicit ShownCalls(CallLog& log);
+    /// Has a bit for each kind of a line.
+    void choose(unsigned kinds);
     /// Writes the lines that are shown, all or nothing. False with a message.
     [[nodiscard]] bool save(QString const& file, QString* error) const;
 
@@ -62,7 +63,6 @@ protected:
 
 private:
     CallLog const& m_log;
-    QString m_text;
     unsigned m_kinds = ~0U;
 };
 } // namespace pictara

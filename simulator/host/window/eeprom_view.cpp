@@ -1,6 +1,5 @@
-#include "simulator/host/window/eeprom_view.h"
+#include "simulator/host/window/panels.h"
 
-#include "simulator/camera/simulated_camera.h"
 #include "ui_host_window.h"
 
 #include <QFontDatabase>
@@ -19,9 +18,7 @@ constexpr int kFullEntrySize = 18;                                        // byt
 constexpr int kShortEntrySize = 4;
 constexpr int kMarkOpacity = 110; // the text stays readable in a light and in a dark scheme
 
-QString hexadecimal(size_t number, int digits) {
-    return QStringLiteral("%1").arg(number, digits, 16, QLatin1Char('0')).toUpper();
-}
+QString placeOf(size_t offset) { return QStringLiteral("%1").arg(offset, 4, 16, QLatin1Char('0')).toUpper(); }
 
 int positionOf(int offset) { return offset / kRowBytes * kRowLength + kRowStart + 3 * (offset % kRowBytes); }
 
@@ -34,14 +31,13 @@ QString dumpOf(QByteArray const& bytes) {
         for (char const byte : row)
             characters += QLatin1Char(byte >= ' ' && byte <= '~' ? byte : '.');
         dump += QStringLiteral("%1  %2  %3\n")
-                    .arg(hexadecimal(size_t(offset), 4), QString::fromLatin1(row.toHex(' ').toUpper()),
-                         characters);
+                    .arg(placeOf(size_t(offset)), QString::fromLatin1(row.toHex(' ').toUpper()), characters);
     }
     return dump;
 }
 
 QTreeWidgetItem* newItem(size_t offset, size_t size, QString const& what, QString const& held) {
-    auto* const item = new QTreeWidgetItem({hexadecimal(offset, 4), what, held});
+    auto* const item = new QTreeWidgetItem({placeOf(offset), what, held});
     item->setData(kPlace, kOffset, qulonglong(offset));
     item->setData(kPlace, kSize, qulonglong(size));
     item->setToolTip(kWhat, what);
@@ -59,14 +55,10 @@ QTreeWidgetItem* itemOf(simulator::StoredSetting const& setting) {
 }
 
 QTreeWidgetItem* itemOf(simulator::StoredRecord const& record) {
-    QStringList held;
-    if (!record.text.isEmpty())
-        held << record.text;
-    if (!record.settings.empty())
-        held << QStringLiteral("%1 registers").arg(record.settings.size());
-    held << QStringLiteral("%1 bytes").arg(record.size);
-    if (!record.fault.isEmpty())
-        held << record.fault;
+    QString const registers =
+        record.settings.empty() ? QString() : QStringLiteral("%1 registers").arg(record.settings.size());
+    QStringList held{record.text, registers, QStringLiteral("%1 bytes").arg(record.size), record.fault};
+    held.removeAll(QString());
     QTreeWidgetItem* const item =
         newItem(record.offset, record.size,
                 record.typeName.isEmpty() ? QStringLiteral("Type %1").arg(record.type) : record.typeName,

@@ -1,15 +1,17 @@
 #include "simulator/host/window/host_window.h"
 
 #include "simulator/files/interruption.h"
-#include "simulator/host/session/dialog_page.h"
+#include "simulator/pictures/block_report.h"
+#include "simulator/host/run/run_all.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
-#include "simulator/pictures/block_report.h"
 #include "ui_host_window.h"
 
+#include <QAbstractItemView>
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QFileDialog>
+#include <QInputDialog>
 #include <QMessageBox>
 #include <QScreen>
 #include <QScrollBar>
@@ -38,7 +40,8 @@ std::unique_ptr<Ui::HostWindow> newForm(QMainWindow* window) {
 HostWindow::HostWindow(Session& session, Options const& options)
     : m_session(session), m_ui(newForm(this)), m_shown(m_log), m_watching(m_log, options.pluginFile),
       m_scene(*m_ui, session), m_eeprom(*m_ui, session.camera()), m_status(new QLabel) {
-    setWindowTitle(QStringLiteral("Pictara - %1").arg(session.camera().description().profile));
+    simulator::CameraDescription const& camera = session.camera().description();
+    setWindowTitle(QStringLiteral("Pictara - %1").arg(camera.profile));
     forgetSolverMessage(); // that of another sitting
     // On a low screen the column scrolls; it is never narrower than what it holds by now.
     for (QLayout* const layout : m_ui->column->findChildren<QLayout*>())
@@ -49,7 +52,15 @@ HostWindow::HostWindow(Session& session, Options const& options)
     uniformity->setDefaultAction(m_ui->uniformity);
     m_ui->tabs->setCornerWidget(uniformity);
     connectCalls();
-    addStatus();
+    QString sensor = QStringLiteral("%1, %2 x %3")
+                         .arg(QString::fromLocal8Bit(camera.sensorName))
+                         .arg(camera.width)
+                         .arg(camera.height);
+    if (QStringList const unwatched = Watching::unwatched(); !unwatched.isEmpty())
+        sensor += QStringLiteral("    Calls of %1 are not seen").arg(unwatched.join(QStringLiteral(", ")));
+    statusBar()->addWidget(new QLabel(sensor));
+    statusBar()->addPermanentWidget(m_status);
+    m_status->setToolTip(QStringLiteral("Frames since the start, and the sensor's exposure register"));
     connect(m_ui->uniformity, &QAction::toggled, this, &HostWindow::refreshPanels);
     connect(m_ui->quit, &QAction::triggered, this, &QWidget::close);
     connect(m_ui->dialog, &QPushButton::clicked, this, &HostWindow::bringDialogBack);
@@ -76,19 +87,6 @@ void HostWindow::connectCalls() {
     connect(m_ui->tabs, &QTabWidget::currentChanged, this, &HostWindow::refreshPanels);
 }
 
-void HostWindow::addStatus() {
-    simulator::CameraDescription const& camera = m_session.camera().description();
-    QString sensor = QStringLiteral("%1, %2 x %3")
-                         .arg(QString::fromLocal8Bit(camera.sensorName))
-                         .arg(camera.width)
-                         .arg(camera.height);
-    if (QStringList const unwatched = Watching::unwatched(); !unwatched.isEmpty())
-        sensor += QStringLiteral("    Calls of %1 are not seen").arg(unwatched.join(QStringLiteral(", ")));
-    statusBar()->addWidget(new QLabel(sensor));
-    statusBar()->addPermanentWidget(m_status);
-    m_status->setToolTip(QStringLiteral("Frames since the start, and the sensor's exposure register"));
-}
-
 bool HostWindow::openDialog(QString* error) {
     m_dialog = m_session.openDialog(this, error);
     if (!m_dialog)
@@ -110,7 +108,12 @@ void HostWindow::bringDialogBack() {
 }
 
 void HostWindow::showWithDialog() {
-    placeBeside();
+    QRect const room = screen()->availableGeometry().marginsRemoved({kGap, kGap, kGap, kGap});
+    int const dialogWidth = m_dialog ? m_dialog->width() : 0;
+    // The window does not go below its smallest size.
+    resize(std::min(kPreferredSize.width(), room.width() - dialogWidth - kGap),
+           std::min(kPreferredSize.height(), room.height() - kTitleBar));
+    move(room.topLeft());
     show();
     // The picture gets the height of its proportions, what lies below it the rest.
     simulator::CameraDescription const& camera = m_session.camera().description();
@@ -119,19 +122,10 @@ void HostWindow::showWithDialog() {
     m_ui->parts->setSizes({picture, std::max(1, rest)});
     refreshPanels();
     m_clock.start(0);
-    if (m_dialog)
-        m_dialog->show();
-}
-
-void HostWindow::placeBeside() {
-    QRect const room = screen()->availableGeometry().marginsRemoved({kGap, kGap, kGap, kGap});
-    QSize const dialog = m_dialog ? m_dialog->size() : QSize(0, 0);
-    int const width = std::min(kPreferredSize.width(), room.width() - dialog.width() - kGap);
-    // The window does not go below its smallest size.
-    resize(width, std::min(kPreferredSize.height(), room.height() - kTitleBar));
-    move(room.topLeft());
-    if (m_dialog)
-        m_dialog->move(std::min(x() + this->width() + kGap, room.right() + 1 - dialog.width()), y());
+    if (!m_dialog)
+        return;
+    m_dialog->move(std::min(x() + width() + kGap, room.right() + 1 - dialogWidth), y());
+    m_dialog->show();
 }
 
 void HostWindow::onClock() {
@@ -179,7 +173,8 @@ void HostWindow::filterCalls() {
     QList<QAction*> const actions = m_ui->menuKinds->actions(); // in the order of the kinds
     for (int kind = 0; kind < actions.size(); ++kind)
         kinds |= actions[kind]->isChecked() ? 1U << kind : 0U;
-    m_shown.choose(m_ui->callText->text(), kinds);
+    m_shown.choose(kinds);
+    m_shown.setFilterFixedString(m_ui->callText->text());
     refreshPanels();
 }
 
@@ -194,7 +189,7 @@ void HostWindow::askAndSaveCalls() {
 // The dialog says only that a picture was refused; the library says why.
 void HostWindow::tellRefusal() {
     QString const status = DialogPage::find(m_dialog).text(kSteps[kCalibration].status);
-    bool const isTrying = status.startsWith(QLatin1String("In progress"));
+    bool const isTrying = isInProgress(status);
     if (!std::exchange(m_isTrying, isTrying) && isTrying)
         forgetSolverMessage();
     QString const told = lastSolverMessage();
@@ -208,5 +203,37 @@ void HostWindow::closeEvent(QCloseEvent* event) {
     if (m_dialog)
         m_dialog->hide();
     QApplication::exit(kExitDone);
+}
+
+std::optional<QString> askForProfile(QString const& preferred) {
+    QStringList const names = simulator::SimulatedCamera::profileNames();
+    QStringList const lines = simulator::SimulatedCamera::notedProfileNames(); // in the same order
+    QInputDialog dialog;
+    dialog.setWindowTitle(QStringLiteral("Pictara - sensor"));
+    dialog.setLabelText(QStringLiteral("Sensor on the headboard:"));
+    dialog.setOption(QInputDialog::UseListViewForComboBoxItems);
+    dialog.setComboBoxItems(lines);
+    dialog.setTextValue(lines.value(std::max(0, names.indexOf(preferred))));
+    dialog.setOkButtonText(QStringLiteral("Open"));
+    dialog.resize(640, 480);
+    if (auto* const list = dialog.findChild<QAbstractItemView*>())
+        QObject::connect(list, &QAbstractItemView::activated, &dialog, &QDialog::accept);
+    int const chosen = dialog.exec() == QDialog::Accepted ? lines.indexOf(dialog.textValue()) : -1;
+    return chosen >= 0 ? std::optional(names[chosen]) : std::nullopt;
+}
+
+int runWindow(Session& session, Options const& options) {
+    HostWindow window(session, options);
+    QString error;
+    bool const isOpen = window.openDialog(&error);
+    if (isOpen) {
+        window.showWithDialog();
+        QApplication::exec();
+    } else {
+        complain(error);
+    }
+    // The dialog is a child of the window, but the plug-in's to delete.
+    session.closePlugin();
+    return !isOpen ? kExitUsage : files::isInterrupted() ? kExitInterrupted : kExitDone;
 }
 } // namespace pictara

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "simulator/boundary/boundary.h"
+#include "simulator/host/session/command_line.h"
 #include "simulator/host/window/call_log.h"
-#include "simulator/host/window/eeprom_view.h"
-#include "simulator/host/window/scene_controls.h"
+#include "simulator/host/window/panels.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -14,9 +13,6 @@ class QDialog;
 class QLabel;
 
 namespace pictara {
-class DialogPage;
-struct Options;
-
 /// The host's main window, a bench: the live picture, sensor and light at its side, and below it calls and
 /// the EEPROM; the plug-in's dialog is a window of its own. While it is open, frames are delivered in real
 /// time. Closing it, or an interruption of the program, ends the event loop.
@@ -39,9 +35,7 @@ protected:
 
 private:
     void connectCalls();
-    void addStatus();
     void bringDialogBack();
-    void placeBeside();
     void onClock();
     void refreshPanels();
     void filterCalls();
@@ -60,4 +54,12 @@ private:
     bool m_isTrying = false;
     QTimer m_clock;
 };
+
+/// Asks the person for one of the installed sensors; `preferred` is chosen at first. None when the person
+/// wants none.
+[[nodiscard]] std::optional<QString> askForProfile(QString const& preferred);
+
+/// Shows the bench and the dialog until the person closes the window or interrupts the program. Returns the
+/// program's exit code.
+[[nodiscard]] int runWindow(Session& session, Options const& options);
 } // namespace pictara

@@ -1,7 +1,7 @@
 #include "simulator/host/window/picture_views.h"
 
-#include "simulator/host/report/charts.h"
 #include "simulator/pictures/block_report.h"
+#include "simulator/host/report/charts.h"
 
 #include <QPainter>
 #include <algorithm>
@@ -12,21 +12,14 @@ namespace {
 constexpr QColor kGround(48, 48, 48);
 constexpr QColor kLegendGround(0, 0, 0, 150);
 constexpr double kMapOpacity = 0.6;
+constexpr double kSmallestEnd = 2; // so that a good picture does not look like a bad one
+constexpr double kSlack = 1.5;     // so that noise about a whole number does not move the end to and fro
 constexpr QSize kLegend(140, 12);
 constexpr int kMargin = 10;
 constexpr int kRows = 180; // enough for a smooth curve, a sixth of the work
 constexpr int kMarkedValues[] = {0, 64, 128, 192, 255};
 // Readable on light and dark ground.
 constexpr QColor kChannels[] = {QColor(220, 70, 60), QColor(50, 160, 70), QColor(70, 120, 230)};
-
-// The deviation at which the colours end: it follows the largest one up at once, and down only when that is
-// well below.
-double nextColourEnd(double present, double largest) {
-    constexpr double kSmallestEnd = 2; // so that a good picture does not look like a bad one
-    constexpr double kSlack = 1.5;     // so that noise about a whole number does not move the end to and fro
-    bool const isKept = largest <= present && largest >= present - kSlack;
-    return isKept ? present : std::max(kSmallestEnd, std::ceil(largest));
-}
 } // namespace
 
 void LiveView::setPicture(QImage const& picture) {
@@ -36,8 +29,10 @@ void LiveView::setPicture(QImage const& picture) {
 
 void LiveView::setUniformity(BlockReport const& blocks, int skippedRows) {
     m_largest = blocks.largestColourDeviation;
-    m_end = nextColourEnd(m_end, m_largest);
-    m_map = colourMap(blocks.deviations, blocks.columns, 0, m_end, risingColours());
+    // The colours' end follows the largest one up at once, and down only when that is well below.
+    if (m_largest > m_end || m_largest < m_end - kSlack)
+        m_end = std::max(kSmallestEnd, std::ceil(m_largest));
+    m_map = colourMap(blocks.deviations, blocks.columns, 0, m_end, deviationColours());
     m_skippedRows = skippedRows;
     update();
 }
@@ -67,7 +62,7 @@ void LiveView::paintLegend(QPainter& painter) const {
         QStringLiteral("0 to %1, largest deviation %2").arg(m_end, 0, 'f', 0).arg(m_largest, 0, 'f', 2);
     QRect const ground = bar.adjusted(-6, -6, 18 + painter.fontMetrics().horizontalAdvance(text), 6);
     QLinearGradient gradient(bar.topLeft(), bar.topRight());
-    gradient.setStops(risingColours());
+    gradient.setStops(deviationColours());
     painter.fillRect(ground, kLegendGround);
     painter.fillRect(bar, gradient);
     painter.setPen(Qt::white);
@@ -91,7 +86,7 @@ void Histogram::show(QImage const& picture) {
 void Histogram::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     int const line = fontMetrics().height();
-    QRectF const area = QRectF(rect()).adjusted(line, 1, -line, -2 * line - 6);
+    QRectF const area = QRectF(rect()).adjusted(line, 1, -line, -line - 6);
     for (int const value : kMarkedValues) {
         double const x = area.left() + area.width() * value / 255;
         painter.setPen(palette().color(QPalette::Mid));
@@ -100,8 +95,6 @@ void Histogram::paintEvent(QPaintEvent*) {
         painter.drawText(QRectF(x - 2 * line, area.bottom() + 3, 4 * line, line), Qt::AlignCenter,
                          QString::number(value));
     }
-    painter.drawText(QRectF(0, height() - line, width(), line), Qt::AlignCenter,
-                     QStringLiteral("Display value"));
     int highest = 1;
     for (auto const& counts : m_counts)
         highest = std::max(highest, *std::max_element(counts.begin(), counts.end()));

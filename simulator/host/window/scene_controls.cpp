@@ -1,4 +1,4 @@
-#include "simulator/host/window/scene_controls.h"
+#include "simulator/host/window/panels.h"
 
 #include "simulator/host/session/session.h"
 #include "simulator/host/session/words.h"
@@ -7,10 +7,13 @@
 #include <QSignalBlocker>
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace pictara {
-/// A quantity of the light that a person sets by a field and a slider.
+namespace {
+constexpr char kExposureRegister[] = "COARSE_INTEGRATION_TIME";
+constexpr char kAutomaticExposure[] = "Auto Exposure";
+
+// A quantity of the light that a person sets by a field and a slider.
 struct Quantity {
     QDoubleSpinBox* Ui::HostWindow::*number;
     QSlider* Ui::HostWindow::*slider;
@@ -19,20 +22,11 @@ struct Quantity {
     bool isLogarithmic = false; ///< whether equal ways of the slider are equal ratios
 };
 
-namespace {
-constexpr char kExposureRegister[] = "COARSE_INTEGRATION_TIME";
-constexpr char kAutomaticExposure[] = "Auto Exposure";
-
 constexpr Quantity kQuantities[] = {
     {&Ui::HostWindow::temperature, &Ui::HostWindow::temperatureSlider, &simulator::Light::colourTemperature,
      kColourTemperatures},
     {&Ui::HostWindow::level, &Ui::HostWindow::levelSlider, &simulator::Light::level, kLevels, true},
     {&Ui::HostWindow::gradient, &Ui::HostWindow::gradientSlider, &simulator::Light::gradient, kGradients},
-};
-
-constexpr std::pair<char const*, double> kIlluminants[] = {
-    {"Horizon, 2300 K", 2300},     {"Incandescent A, 2856 K", 2856}, {"Fluorescent, 4000 K", 4000},
-    {"Normal lamp, 5000 K", 5000}, {"Daylight, 6500 K", 6500},       {"Shade, 7500 K", 7500},
 };
 
 constexpr double kPositions = 400; // of a slider
@@ -50,15 +44,11 @@ double valueAt(Quantity const& quantity, int position) {
     return quantity.isLogarithmic ? low * std::pow(high / low, share) : low + (high - low) * share;
 }
 
-template <typename Control, typename Value>
-void showQuietly(Control* control, Value value) {
+// Without telling its receivers.
+template <typename Control, typename Set, typename Value>
+void setQuietly(Control* control, Set set, Value value) {
     QSignalBlocker const quiet(control);
-    control->setValue(value);
-}
-
-void checkQuietly(QCheckBox* box, bool isChecked) {
-    QSignalBlocker const quiet(box);
-    box->setChecked(isChecked);
+    (control->*set)(value);
 }
 } // namespace
 
@@ -80,9 +70,9 @@ void SceneControls::connectSensor() {
     m_ui.fault->addItems(simulator::SimulatedCamera::faultNames());
     m_ui.fault->setCurrentText(QStringLiteral("none"));
     connect(m_ui.fail, &QPushButton::clicked, this, &SceneControls::planFault);
-    for (QWidget* const part :
-         std::initializer_list<QWidget*>{m_ui.fault, m_ui.operation, m_ui.lasts, m_ui.fail})
-        part->setEnabled(m_session.camera().hasEeprom());
+    bool const hasEeprom = m_session.camera().hasEeprom();
+    for (QWidget* const part : QWidgetList{m_ui.fault, m_ui.operation, m_ui.lasts, m_ui.fail})
+        part->setEnabled(hasEeprom);
 }
 
 void SceneControls::planFault() {
@@ -90,32 +80,36 @@ void SceneControls::planFault() {
     FaultWish const wish{m_ui.fault->currentText(), uint64_t(m_ui.operation->value()),
                          m_ui.lasts->isChecked()};
     if (m_session.injectFault(wish))
-        m_ui.statusBar->showMessage(wish.name == QLatin1String("none")
-                                        ? QStringLiteral("The EEPROM works.")
-                                        : QStringLiteral("Planned for the EEPROM: %1").arg(textOf(wish)),
+        m_ui.statusBar->showMessage(QStringLiteral("Planned for the EEPROM: %1").arg(textOf(wish)),
                                     kMessageMs);
 }
 
 void SceneControls::refresh() {
     bool const isAutomatic = m_session.states().read(kAutomaticExposure) == 1;
-    checkQuietly(m_ui.automaticExposure, isAutomatic);
+    setQuietly(m_ui.automaticExposure, &QCheckBox::setChecked, isAutomatic);
     m_ui.exposure->setEnabled(!isAutomatic);
     if (!m_ui.exposure->hasFocus())
-        showQuietly(m_ui.exposure, int(m_session.frames().exposure()));
+        setQuietly(m_ui.exposure, &QSpinBox::setValue, int(m_session.frames().exposure()));
 }
 
 void SceneControls::connectLight() {
-    for (auto const& [name, kelvin] : kIlluminants)
-        m_ui.illuminant->addItem(QLatin1String(name), kelvin);
-    m_ui.illuminant->addItem(QStringLiteral("Other"));
-    connect(m_ui.illuminant, QOverload<int>::of(&QComboBox::activated), this, [this](int chosen) {
-        QVariant const kelvin = m_ui.illuminant->itemData(chosen);
-        if (kelvin.isValid())
-            m_light.colourTemperature = kelvin.toDouble();
+    connect(m_ui.illuminant, &QComboBox::textActivated, this, [this](QString const& chosen) {
+        if (double const kelvin = chosen.section(' ', -2, -2).toDouble(); kelvin > 0) // not "Other"
+            m_light.colourTemperature = kelvin;
         changeLight();
     });
-    for (Quantity const& quantity : kQuantities)
-        connectQuantity(quantity);
+    for (Quantity const& quantity : kQuantities) {
+        auto const set = [this, &quantity](double value) {
+            m_light.*quantity.value = value;
+            changeLight();
+        };
+        QDoubleSpinBox* const number = m_ui.*quantity.number;
+        number->setRange(quantity.range.low, quantity.range.high);
+        connect(number, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, set);
+        // Not what the field makes of it: rounded, it could lie at the position from where the slider came.
+        connect(m_ui.*quantity.slider, &QSlider::valueChanged, this,
+                [set, &quantity](int position) { set(valueAt(quantity, position)); });
+    }
     connect(m_ui.object, &QCheckBox::toggled, this, [this](bool isInPicture) {
         m_light.objectInPicture = isInPicture;
         changeLight();
@@ -123,33 +117,19 @@ void SceneControls::connectLight() {
     connect(m_ui.cover, &QCheckBox::toggled, this, &SceneControls::changeLight);
     connect(m_ui.normal, &QPushButton::clicked, this, [this] {
         m_light = {};
-        checkQuietly(m_ui.cover, false);
-        changeLight();
-    });
-}
-
-void SceneControls::connectQuantity(Quantity const& quantity) {
-    QDoubleSpinBox* const number = m_ui.*quantity.number;
-    number->setRange(quantity.range.low, quantity.range.high);
-    connect(number, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
-            [this, &quantity](double value) {
-                m_light.*quantity.value = value;
-                changeLight();
-            });
-    // Not what the field makes of it: rounded, it could lie at the position from where the slider came.
-    connect(m_ui.*quantity.slider, &QSlider::valueChanged, this, [this, &quantity](int position) {
-        m_light.*quantity.value = valueAt(quantity, position);
+        setQuietly(m_ui.cover, &QCheckBox::setChecked, false);
         changeLight();
     });
 }
 
 void SceneControls::showLight() {
     for (Quantity const& quantity : kQuantities) {
-        showQuietly(m_ui.*quantity.number, m_light.*quantity.value);
-        showQuietly(m_ui.*quantity.slider, positionOf(quantity, m_light.*quantity.value));
+        setQuietly(m_ui.*quantity.number, &QDoubleSpinBox::setValue, m_light.*quantity.value);
+        setQuietly(m_ui.*quantity.slider, &QSlider::setValue, positionOf(quantity, m_light.*quantity.value));
     }
-    checkQuietly(m_ui.object, m_light.objectInPicture);
-    int const known = m_ui.illuminant->findData(m_light.colourTemperature);
+    setQuietly(m_ui.object, &QCheckBox::setChecked, m_light.objectInPicture);
+    int const known =
+        m_ui.illuminant->findText(QStringLiteral(", %1 K").arg(m_light.colourTemperature), Qt::MatchEndsWith);
     m_ui.illuminant->setCurrentIndex(known >= 0 ? known : m_ui.illuminant->count() - 1);
 }
 

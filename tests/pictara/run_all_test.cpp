@@ -1,4 +1,3 @@
-#include "simulator/host/run/capture_rows.h"
 #include "simulator/host/run/run_all.h"
 
 #include <QDialog>
@@ -44,15 +43,12 @@ TEST_F(Page, LightIsNotChangedWhileAPictureIsTaken) {
     QStringList served;
     QObject::connect(page.findChild<QPushButton*>("Fluorescent_Image"), &QPushButton::clicked,
                      [&] { served << "pressed"; });
-    auto const serve = [&] {
-        serveCaptureRows(found,
-                         [&](CaptureRow const& row) { served << QStringLiteral("%1 K").arg(row.kelvin); });
-    };
-    serve();
-    EXPECT_TRUE(served.isEmpty());
-    first->setText("Done.");
-    serve();
-    EXPECT_EQ(served, QStringList({"4000 K", "pressed"}));
+    for (char const* const status : {"In progress...", "Done."}) {
+        EXPECT_TRUE(served.isEmpty());
+        first->setText(status);
+        serveCaptureRows(found, [&](CaptureRow const& row) { served << QString::number(row.kelvin); });
+    }
+    EXPECT_EQ(served, QStringList({"4000", "pressed"}));
 }
 
 // One that works for ever is given up at the bound, one that shows an error long before; both are cancelled.
@@ -60,20 +56,17 @@ TEST_F(Page, ARunThatDoesNotEndIsGivenUp) {
     QLabel* const status = page.add<QLabel>("AE_Status", "In progress...");
     QObject::connect(runAll, &QPushButton::clicked,
                      [&] { runAll->setText(runAll->text() == "Cancel" ? "Run All Steps" : "Cancel"); });
-    for (auto const& [text, end, frames] : {std::tuple("In progress...", RunEnd::TimedOut, 99),
+    for (auto const& [text, end, frames] : {std::tuple("In progress...", RunEnd::TimedOut, 1998),
                                             std::tuple("Error. No light.", RunEnd::Cancelled, 33)}) {
         status->setText(text);
         int delivered = 0;
-        RunDriver driver(
-            found, [&] { ++delivered; }, 3, 100);
-        RunResult const result = driver.runAll();
+        RunResult const result = RunDriver(found, [&] { ++delivered; }).runAll();
         EXPECT_EQ(result.end, end) << text;
-        EXPECT_EQ(delivered, frames) << text;
-        EXPECT_EQ(result.last.frames, frames) << text;
+        EXPECT_TRUE(delivered == frames && result.last.frames == frames) << delivered;
         EXPECT_EQ(runAll->text(), "Run All Steps") << text;
     }
 }
 } // namespace
 } // namespace pictara
 
-#include "capture_rows_test.moc"
+#include "run_all_test.moc"
