@@ -1,8 +1,5 @@
 #include "simulator/camera/eeprom_device.h"
 
-#include "simulator/files/whole_file.h"
-
-#include <algorithm>
 #include <thread>
 
 namespace simulator {
@@ -12,20 +9,13 @@ constexpr uint8_t kErased = 0xFF;
 constexpr std::array<uint8_t, 5> kHeader = {'V', 'Y', 'E', 'E', 1}; // the last is the format's version
 } // namespace
 
-CameraClock::Duration CameraClock::elapsed() const {
-    return m_isVirtual ? Duration::zero() : std::chrono::steady_clock::now() - m_start;
+CameraClock::Duration CameraClock::now() const {
+    return m_isVirtual ? m_advanced : m_advanced + (std::chrono::steady_clock::now() - m_start);
 }
-
-CameraClock::Duration CameraClock::now() const { return m_advanced + elapsed(); }
 
 void CameraClock::useVirtualTime() {
-    m_advanced += elapsed();
+    m_advanced = now();
     m_isVirtual = true;
-}
-
-void CameraClock::advance(Duration time) {
-    if (time > Duration::zero())
-        m_advanced += time;
 }
 
 void CameraClock::wait(Duration time) {
@@ -48,37 +38,10 @@ EepromContents formattedContents() {
     return contents;
 }
 
-std::optional<EepromContents> readContents(QString const& file, QString* error) {
-    auto const bytes = files::read(file, files::kMostText, error);
-    if (!bytes)
-        *error = QStringLiteral("%1: cannot be read: %2").arg(file, *error);
-    else if (size_t(bytes->size()) != kEepromSize)
-        *error = QStringLiteral("%1: the EEPROM has %2 bytes, the file has %3")
-                     .arg(file)
-                     .arg(kEepromSize)
-                     .arg(bytes->size());
-    if (!bytes || size_t(bytes->size()) != kEepromSize)
-        return std::nullopt;
-    EepromContents contents;
-    std::copy(bytes->begin(), bytes->end(), contents.begin());
-    return contents;
-}
-
-bool writeContents(EepromContents const& contents, QString const& file, QString* error) {
-    if (files::replace(file, {reinterpret_cast<char const*>(contents.data()), int(contents.size())}, error))
-        return true;
-    *error = QStringLiteral("%1: cannot be written: %2").arg(file, *error);
-    return false;
-}
-
 QStringList deviceFaultNames() {
     return {QStringLiteral("none"),     QStringLiteral("no-acknowledge"), QStringLiteral("busy-for-ever"),
             QStringLiteral("error-12"), QStringLiteral("flipped-bit"),    QStringLiteral("ignored-write"),
             QStringLiteral("power-cut")};
-}
-
-size_t countInPage(uint32_t address, size_t count) {
-    return std::min<size_t>(count, kEepromPageSize - address % kEepromPageSize);
 }
 
 void EepromDevice::plan(FaultPlan const& faults) {
@@ -87,12 +50,6 @@ void EepromDevice::plan(FaultPlan const& faults) {
     m_plan = faults;
     m_plan.n =
         (isCut ? m_bytesWritten : m_operations) + std::clamp<uint64_t>(faults.n, isCut ? 0 : 1, kNever);
-}
-
-bool EepromDevice::isStruck() {
-    if (m_plan.fault == DeviceFault::PowerCut)
-        return powerFails();
-    return m_operations == m_plan.n || (m_plan.forEver && m_operations > m_plan.n);
 }
 
 // A cut that is not for ever is over as soon as it struck.
@@ -107,7 +64,9 @@ bool EepromDevice::powerFails() {
 BusAnswer EepromDevice::select() {
     ++m_operations;
     DeviceFault const planned = m_plan.fault;
-    m_fault = isStruck() ? planned : DeviceFault::None;
+    bool const isTheOperation = m_operations == m_plan.n || (m_plan.forEver && m_operations > m_plan.n);
+    bool const strikes = planned == DeviceFault::PowerCut ? powerFails() : isTheOperation;
+    m_fault = strikes ? planned : DeviceFault::None;
     switch (m_fault) {
     case DeviceFault::TransportFailed:
         return BusAnswer::TransportFailed;

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <QStringList>
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 
 namespace simulator {
@@ -20,13 +20,11 @@ public:
     /// Stops following the steady clock; what passed so far stays passed.
     void useVirtualTime();
     /// Lets time pass without anybody waiting for it. Ignores what is not above 0.
-    void advance(Duration time);
+    void advance(Duration time) { m_advanced += std::max(time, Duration::zero()); }
     /// Returns when the time has passed: sleeps, or advances the virtual time.
     void wait(Duration time);
 
 private:
-    [[nodiscard]] Duration elapsed() const;
-
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
     Duration m_advanced{};
     bool m_isVirtual = false;
@@ -41,11 +39,6 @@ using EepromContents = std::array<uint8_t, kEepromSize>;
 [[nodiscard]] EepromContents blankContents();
 /// With a header and an empty chain of records.
 [[nodiscard]] EepromContents formattedContents();
-
-/// Reads a file of exactly the device's size; empty with a message for the user in `error` otherwise.
-[[nodiscard]] std::optional<EepromContents> readContents(QString const& file, QString* error);
-/// Writes all or nothing: on failure an older file stays as it was, and `error` tells why.
-[[nodiscard]] bool writeContents(EepromContents const& contents, QString const& file, QString* error);
 
 /// What can go wrong between the camera and its EEPROM.
 enum class DeviceFault {
@@ -70,9 +63,6 @@ struct FaultPlan {
     uint64_t n = 1;
     bool forEver = false;
 };
-
-/// How many of `count` bytes from an address on lie in the address's page.
-[[nodiscard]] size_t countInPage(uint32_t address, size_t count);
 
 /// What whoever addresses the device gets to see.
 enum class BusAnswer {
@@ -110,7 +100,6 @@ public:
 
 private:
     [[nodiscard]] BusAnswer select();
-    [[nodiscard]] bool isStruck();
     [[nodiscard]] bool powerFails();
     [[nodiscard]] uint8_t flipped(size_t index, size_t count, uint8_t byte) const;
 

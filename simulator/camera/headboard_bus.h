@@ -2,18 +2,27 @@
 
 #include "simulator/camera/eeprom_device.h"
 #include "simulator/camera/profile.h"
-#include "simulator/camera/register_map.h"
-
-#include "published/veyra2.h"
 
 #include <cstdint>
 #include <optional>
 
 namespace simulator {
+/// Bytes on their way to the device, those of different pages apart from each other.
+struct PagedWrite {
+    uint32_t address = 0;
+    std::array<uint8_t, 2> bytes{}; ///< big byte first
+    size_t left = 0;                ///< of the bytes; the first ones are done
+
+    /// Writes those that lie in the address's page and goes on behind them.
+    [[nodiscard]] BusAnswer next(EepromDevice& device);
+};
+
 /// The serial bus of the headboard with its EEPROM, and the ways from the library to it. An EEPROM answers
-/// on the one way that its profile wires; on the others nothing acknowledges.
+/// on the one way that its profile wires; on the others nothing acknowledges. All is answered as by the
+/// library's functions.
 class HeadboardBus {
 public:
+    /// Borrows the profile.
     explicit HeadboardBus(Profile const& profile);
     // The device borrows the clock.
     HeadboardBus(HeadboardBus const&) = delete;
@@ -22,8 +31,7 @@ public:
     /// Modes 1 and 2 set the bits of an address and of a word in raw transfers; 3 is the bridge's and needs
     /// nothing here. The widths come up as the sensor's own.
     [[nodiscard]] int setMode(uint32_t mode, uint32_t value);
-    /// Raw transfers, answered as by the library's functions. A width or length that is none of the
-    /// device's is a bad argument.
+    /// Raw transfers. A width or length that is none of the device's is a bad argument.
     [[nodiscard]] int readRaw(uint32_t busAddress, uint32_t start, std::span<uint32_t> words);
     [[nodiscard]] int writeRaw(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words);
     /// One location of one or two bytes, big byte first, behind a transient description. The sensor's bus
@@ -35,24 +43,23 @@ public:
     /// The device when it is wired so and lies at that bus address; null otherwise.
     [[nodiscard]] EepromDevice* find(EepromWiring wiring, uint32_t busAddress);
     [[nodiscard]] CameraClock& clock() { return m_clock; }
-    /// Null without an EEPROM, whatever its wiring.
-    [[nodiscard]] EepromDevice* device() { return m_device ? &*m_device : nullptr; }
+    /// Blank and out of everybody's reach on a headboard without an EEPROM.
+    [[nodiscard]] EepromDevice& device() { return m_device; }
 
 private:
-    [[nodiscard]] int rawFault(EepromDevice const* device, uint32_t start, size_t count) const;
+    [[nodiscard]] bool fits(uint32_t start, size_t count) const;
 
+    EepromSection const& m_section;
     CameraClock m_clock;
-    EepromSection m_section;
-    std::optional<EepromDevice> m_device;
-    uint32_t m_addressBits;
-    uint32_t m_wordBits;
+    EepromDevice m_device;
+    uint32_t m_addressBits, m_wordBits;
 };
 
 /// The sensor's bridge to the headboard's bus: five registers through which a host has one or two bytes moved
 /// at a time. A written command starts a transfer; the status register says busy until it is over, after a
 /// write until the device has stored the bytes, and then whether the device acknowledged. Bytes in different
-/// pages are written one after the other. A new command
-/// drops one that still runs. Without a device the bridge works and nobody acknowledges.
+/// pages are written one after the other. A new command drops one that still runs. Without a device the
+/// bridge works and nobody acknowledges.
 class EepromBridge {
 public:
     /// Borrows both. On a sensor without all five registers the bridge is not there and does nothing.
@@ -69,22 +76,39 @@ private:
         EepromDevice* device = nullptr;
         std::optional<CameraClock::Duration> endsAt{}; ///< none: it never ends
         bool isAcknowledged = false;
-        std::optional<uint32_t> data{};    ///< what a read brings
-        uint32_t nextAddress = 0;          ///< of the next page
-        std::optional<uint8_t> nextByte{}; ///< to be written there
+        std::optional<uint32_t> data{}; ///< what a read brings
+        PagedWrite write{};             ///< what a write has still to do
     };
 
-    [[nodiscard]] BusAnswer move(uint32_t command, Transfer& transfer) const;
+    [[nodiscard]] BusAnswer begin(uint32_t command, Transfer& transfer) const;
     /// The transfer takes its time from now on.
     void schedule(BusAnswer answer, Transfer& transfer) const;
 
-    HeadboardBus* m_bus;
-    RegisterMap::Register* m_deviceAddress;
-    RegisterMap::Register* m_address;
-    RegisterMap::Register* m_command;
-    RegisterMap::Register* m_status;
-    RegisterMap::Register* m_data;
+    HeadboardBus& m_bus;
+    std::array<RegisterMap::Register*, kBridgeRegisters.size()> m_registers{};
     bool m_isThere;
     std::optional<Transfer> m_transfer;
 };
 } // namespace simulator
+
+/// What the library's functions know of an open camera: its profile with the registers, and the bus of its
+/// headboard. Nothing of the scene or the frames is reachable from here.
+struct vy_Camera {
+    /// Borrows the profile.
+    explicit vy_Camera(simulator::Profile& sensor);
+    ~vy_Camera();
+    vy_Camera(vy_Camera const&) = delete;
+    vy_Camera& operator=(vy_Camera const&) = delete;
+
+    /// The masked bits of a register, as the library's functions answer and take them.
+    [[nodiscard]] uint32_t read(simulator::RegisterMap::Register& reg, uint32_t mask = 0xFFFFFFFF);
+    [[nodiscard]] int write(simulator::RegisterMap::Register& reg, uint32_t value,
+                            uint32_t mask = 0xFFFFFFFF);
+
+    /// False for null and for handles of cameras that are closed, so that no function follows a stale one.
+    [[nodiscard]] static bool isOpen(vy_Camera const* camera);
+
+    simulator::Profile& profile;
+    simulator::HeadboardBus bus{profile};
+    simulator::EepromBridge bridge{profile.registers, bus};
+};

@@ -67,7 +67,8 @@ ReadOut readReadOut(JsonPlace const& place) {
     ReadOut readOut{.format = kFormats[place["format"].choice({"raw12", "raw8", "ycbcr"})],
                     .pedestal = place["pedestal"].number(0, 1024),
                     .electronsPerCount = place["electronsPerCount"].number(0.01, 100),
-                    .readNoise = place["readNoise"].number(0, 100)};
+                    .readNoise = place["readNoise"].number(0, 100),
+                    .unusableRows = place["unusableRows"].integer(0, 16)};
     if (readOut.format == FrameType::Ycbcr) {
         readOut.lumaLow = place["lumaLow"].number(0, 254);
         readOut.lumaHigh = place["lumaHigh"].number(readOut.lumaLow + 1, 255);
@@ -86,64 +87,48 @@ std::array<double, 9> readColourMatrix(JsonPlace const& place) {
     return matrix;
 }
 
-void requireNamed(JsonPlace const& place, QByteArray const& name, Profile const& profile) {
-    if (std::none_of(profile.registers.begin(), profile.registers.end(),
-                     [&](RegisterDefinition const& reg) { return reg.name == name; }))
+RegisterMap::Register* namedRegister(JsonPlace const& place, QByteArray const& name, Profile& profile) {
+    RegisterMap::Register* const found = profile.registers.find(name.constData());
+    if (!found)
         place.fail(QStringLiteral("there is no register \"%1\"").arg(QString::fromLatin1(name)));
+    return found;
 }
 
-QByteArray readRegisterName(JsonPlace const& place, Profile const& profile) {
-    QByteArray name = place.text().toLatin1();
-    requireNamed(place, name, profile);
-    return name;
+RegisterMap::Register* readRegister(JsonPlace const& place, Profile& profile) {
+    return namedRegister(place, place.text().toLatin1(), profile);
 }
 
-RegisterSwitch readSwitch(JsonPlace const& place, Profile const& profile) {
-    return {readRegisterName(place["register"], profile), place["mask"].integer(1), place["value"].integer()};
+RegisterSwitch readSwitch(JsonPlace const& place, Profile& profile) {
+    return {readRegister(place["register"], profile), place["mask"].integer(1), place["value"].integer()};
 }
 
-EepromSection readEeprom(JsonPlace const& place, Profile const& profile) {
-    struct {
-        EepromWiring wiring;
-        char const* reg;
-    } constexpr kRegisters[] = {
-        {EepromWiring::Bridge, "IO_EEPROM_I2C_ADDR"}, {EepromWiring::Bridge, "IO_EEPROM_ADDR"},
-        {EepromWiring::Bridge, "IO_EEPROM_COMMAND"},  {EepromWiring::Bridge, "IO_EEPROM_STATUS"},
-        {EepromWiring::Bridge, "IO_EEPROM_DATA"},     {EepromWiring::BusMaster, "DMA_CTRL"}};
+EepromSection readEeprom(JsonPlace const& place, Profile& profile) {
     auto const wiring = EepromWiring(place["kind"].choice({"none", "serial", "bridge", "bus-master"}));
-    for (auto const& row : kRegisters)
-        if (row.wiring == wiring)
-            requireNamed(place["kind"], row.reg, profile);
     if (wiring == EepromWiring::None)
         return {};
+    if (wiring == EepromWiring::Bridge)
+        for (char const* const name : kBridgeRegisters)
+            namedRegister(place["kind"], name, profile);
+    if (wiring == EepromWiring::BusMaster)
+        namedRegister(place["kind"], "DMA_CTRL", profile);
     return {wiring, place["busAddress"].integer(0, 0xFE), place["formatted"].flag()};
 }
 
-RegisterDefinition* registerAt(Profile& profile, RegisterPlace const& place) {
-    auto const found =
-        std::find_if(profile.registers.begin(), profile.registers.end(), [&](RegisterDefinition const& reg) {
-            vy_RegisterDescription const& told = reg.description;
-            return told.addressSpace == 0 && told.id == place.id && told.address == place.address;
-        });
-    return found == profile.registers.end() ? nullptr : &*found;
-}
-
-void requireRegister(JsonPlace const& place, RegisterPlace const& told, Profile& profile) {
-    RegisterDefinition const* const reg = registerAt(profile, told);
+RegisterMap::Register* readRegister(JsonPlace const& place, RegisterPlace const& told, Profile& profile) {
+    RegisterMap::Register* const reg = profile.registers.find(0, told.id, told.address);
     if (!reg || reg->description.dataWidth < 16)
         place.fail(QStringLiteral("there is no 16-bit register at id %1, address 0x%2")
                        .arg(told.id)
                        .arg(told.address, 4, 16, QLatin1Char('0')));
+    return reg;
 }
 
 // Every origin lies in the middle of the array until somebody moves it.
 void placeOrigin(JsonPlace const& place, SensorLayout::Origin const& origin, Profile& profile) {
-    requireRegister(place["originColumn"], origin.column, profile);
-    requireRegister(place["originRow"], origin.row, profile);
-    if (RegisterDefinition* const column = registerAt(profile, origin.column))
-        column->reset = profile.array.width / 2;
-    if (RegisterDefinition* const row = registerAt(profile, origin.row))
-        row->reset = profile.array.height / 2;
+    if (auto* const column = readRegister(place["originColumn"], origin.column, profile))
+        column->value = profile.array.width / 2;
+    if (auto* const row = readRegister(place["originRow"], origin.row, profile))
+        row->value = profile.array.height / 2;
 }
 
 void checkCorrection(JsonPlace const& correction, Profile& profile) {
@@ -156,9 +141,9 @@ void checkCorrection(JsonPlace const& correction, Profile& profile) {
         placeOrigin(bank.origin ? places[i] : correction, profile.layout.originOf(bank), profile);
         for (size_t plane = 0; plane < kPlaneCount; ++plane)
             for (uint32_t term = 0; term < kCoefficientCount; ++term)
-                requireRegister(places[i]["planes"][kPlanes[plane]], bank.planes[plane].place(term), profile);
+                readRegister(places[i]["planes"][kPlanes[plane]], bank.planes[plane].place(term), profile);
         if (bank.colourTemperature)
-            requireRegister(places[i]["colourTemperature"], *bank.colourTemperature, profile);
+            readRegister(places[i]["colourTemperature"], *bank.colourTemperature, profile);
     }
     if (tables != 0 && tables != kTableSlots.size())
         correction["banks"].fail(QStringLiteral("of the slots 2, 3, 4 some are missing"));
@@ -188,21 +173,20 @@ void checkLayout(JsonPlace const& place, Profile& profile) {
 }
 
 TableChoice readTableChoice(JsonPlace const& place, Profile& profile) {
-    TableChoice choice{.estimate = readRegisterName(place["estimate"], profile)};
+    TableChoice choice{.estimate = readRegister(place["estimate"], profile)};
     std::vector<JsonPlace> const temperatures = place["temperatures"].items(kTableSlots.size());
     for (size_t i = 0; i < kTableSlots.size(); ++i) {
-        QByteArray const name = readRegisterName(temperatures[i], profile);
-        profile.description.tableTemperatures.push_back(name);
+        auto const* const reg = choice.temperatures[i] = readRegister(temperatures[i], profile);
+        profile.description.tableTemperatures.push_back(reg ? reg->name : QByteArray());
         // A solution must reach the very register that the sensor asks.
         auto const& told = profile.layout.bank(kTableSlots[i])->colourTemperature;
-        RegisterDefinition const* const reg = told ? registerAt(profile, *told) : nullptr;
-        if (reg && reg->name != name)
+        if (told && profile.registers.find(0, told->id, told->address) != reg)
             temperatures[i].fail(QStringLiteral("the layout tells another register"));
     }
     if (place.has("automatic"))
         choice.automatic = readSwitch(place["automatic"], profile);
     if (place.has("zone"))
-        choice.zone = readRegisterName(place["zone"], profile);
+        choice.zone = readRegister(place["zone"], profile);
     return choice;
 }
 
@@ -221,7 +205,7 @@ CameraDescription describe(JsonPlace const& root, SensorArray const& array, Read
             .rawType = readOut.format,
             .bayerPhase = array.deliveredPhase(),
             .orientation = array.orientation,
-            .unusableRows = root["readOut"]["unusableRows"].integer(0, 16),
+            .unusableRows = readOut.unusableRows,
             .blackLevel = isRaw12  ? readOut.pedestal
                           : isRaw8 ? readOut.pedestal / kCountsPerByte
                                    : readOut.lumaLow,
@@ -231,24 +215,36 @@ CameraDescription describe(JsonPlace const& root, SensorArray const& array, Read
             .colourMatrix = readColourMatrix(root["optics"]["colourMatrix"])};
 }
 
+vy_SensorDescription readSensor(JsonPlace const& root, CameraDescription const& camera) {
+    vy_SensorDescription sensor{};
+    sensor.recordSize = sizeof sensor;
+    sensor.sensorKind = camera.sensorKind;
+    sensor.variant = camera.variant;
+    sensor.registerAddressWidth = root["registerAddressWidth"].integer(8, 32);
+    sensor.registerDataWidth = root["registerDataWidth"].integer(8, 32);
+    sensor.hasPageSelect = root["hasPageSelect"].flag();
+    sensor.imageWidth = camera.width;
+    sensor.imageHeight = camera.height;
+    sensor.name = camera.sensorName.constData();
+    for (JsonPlace const& space : root["secondaryMaps"].items())
+        sensor.secondaryMaps |= 1U << space.integer(0, 31);
+    return sensor;
+}
+
 Profile readSections(JsonPlace const& root) {
     Profile profile;
     profile.array = readArray(root["array"]);
     profile.readOut = readReadOut(root["readOut"]);
     profile.description = describe(root, profile.array, profile.readOut);
-    profile.registerAddressWidth = root["registerAddressWidth"].integer(8, 32);
-    profile.registerDataWidth = root["registerDataWidth"].integer(8, 32);
-    profile.hasPageSelect = root["hasPageSelect"].flag();
-    for (JsonPlace const& space : root["secondaryMaps"].items())
-        profile.secondaryMaps |= 1U << space.integer(0, 31);
-    profile.registers = readRegisters(root["registers"], profile.registerAddressWidth);
-    JsonPlace const exposure = root["exposure"];
-    profile.exposure = {readRegisterName(exposure["register"], profile),
-                        exposure["signalAtReset"].number(0.001, 1)};
-    profile.frameCounter = readRegisterName(root["frameCounter"], profile);
+    profile.sensor = readSensor(root, profile.description);
+    readRegisters(root["registers"], profile.sensor.registerAddressWidth, profile.registers);
+    profile.exposure = readRegister(root["exposure"]["register"], profile);
+    profile.signalAtReset = root["exposure"]["signalAtReset"].number(0.001, 1);
+    profile.frameCounter = readRegister(root["frameCounter"], profile);
     profile.correctionSwitch = readSwitch(root["correctionSwitch"], profile);
     profile.layout = readSensorLayout(root["layout"]);
     profile.layoutBlock = sensorLayoutBlock(root["layout"].object());
+    profile.sensor.sensorData = profile.layoutBlock.constData();
     checkLayout(root["layout"], profile);
     profile.description.calibratesFromRgb = profile.layout.input == SensorLayout::Input::Rgb32;
     if (std::all_of(kTableSlots.begin(), kTableSlots.end(),

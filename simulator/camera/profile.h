@@ -2,31 +2,32 @@
 
 #include "simulator/camera/optics.h"
 #include "simulator/camera/register_map.h"
-#include "simulator/camera/sensor_array.h"
-#include "simulator/camera/simulated_camera.h"
 #include "simulator/files/sensor_layout.h"
 
 #include <QByteArray>
 #include <QDir>
-#include <QString>
+#include <array>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 namespace simulator {
 /// A switch among the registers: on when the masked register equals `value`.
 struct RegisterSwitch {
-    QByteArray reg;
+    RegisterMap::Register const* reg = nullptr;
     uint32_t mask = 0;
     uint32_t value = 0;
+
+    [[nodiscard]] bool isOn() const { return (reg->value & mask) == value; }
 };
 
 /// How a sensor that adapts to the light chooses among its tables.
 struct TableChoice {
-    QByteArray estimate; ///< register that shows the colour temperature which the sensor sees, kelvin
+    RegisterMap::Register* estimate = nullptr; ///< shows the colour temperature that the sensor sees, kelvin
+    /// Of those for which the tables are made, left to right.
+    std::array<RegisterMap::Register const*, kTableSlots.size()> temperatures{};
     std::optional<RegisterSwitch> automatic{}; ///< off: the middle table alone. None: always on
-    QByteArray zone{}; ///< register that holds the table 1, 2 or 3, left to right; other values hold none.
-                       ///< Empty: there is no such register
+    /// Holds the table 1, 2 or 3, left to right; other values hold none. Null: there is no such register.
+    RegisterMap::Register const* zone = nullptr;
 };
 
 /// The analogue half of the sensor and its converter, which has 12 bits whatever is delivered.
@@ -35,16 +36,10 @@ struct ReadOut {
     double pedestal = 0;          ///< counts of the converter at no light
     double electronsPerCount = 0; ///< of the converter
     double readNoise = 0;         ///< electrons
+    uint32_t unusableRows = 0;    ///< at the top, which the sensor does not expose
     double lumaLow = 0;           ///< YCbCr only: luma of black
     double lumaHigh = 255;        ///< YCbCr only: luma of white
     double chromaSpan = 255;      ///< YCbCr only: range of a chroma component around 128
-};
-
-/// How long the sensor integrates.
-struct Exposure {
-    QByteArray reg;
-    double signalAtReset =
-        0; ///< green in the middle at the reset value under a lamp of level 1, of full scale
 };
 
 /// How the EEPROM of a headboard is reached.
@@ -55,6 +50,10 @@ enum class EepromWiring {
     BusMaster ///< behind the sensor's own bus master
 };
 
+/// What a sensor with a bridge to its EEPROM must have: device, address, command, status and data.
+inline constexpr std::array<char const*, 5> kBridgeRegisters = {
+    "IO_EEPROM_I2C_ADDR", "IO_EEPROM_ADDR", "IO_EEPROM_COMMAND", "IO_EEPROM_STATUS", "IO_EEPROM_DATA"};
+
 /// The memory on the headboard.
 struct EepromSection {
     EepromWiring wiring = EepromWiring::None;
@@ -62,19 +61,18 @@ struct EepromSection {
     bool isFormatted = false; ///< as it comes from the factory; blank otherwise
 };
 
-/// A sensor on its headboard, as a profile file tells it.
+/// A sensor on its headboard, as a profile file tells it. It can be moved: registers stay where they are.
 struct Profile {
     CameraDescription description;
-    uint32_t registerAddressWidth = 0; ///< bits
-    uint32_t registerDataWidth = 0;    ///< bits
-    bool hasPageSelect = false;
-    uint32_t secondaryMaps = 0; ///< bit k: the map of address-space kind k is present
+    vy_SensorDescription sensor{}; ///< points into `description` and `layoutBlock`
     SensorArray array;
     ReadOut readOut;
-    Exposure exposure;
-    QByteArray frameCounter;         ///< register that counts the frames
+    RegisterMap registers;
+    RegisterMap::Register const* exposure = nullptr; ///< how long the sensor integrates
+    /// Green in the middle at the exposure's reset value under a lamp of level 1, of full scale.
+    double signalAtReset = 0;
+    RegisterMap::Register* frameCounter = nullptr;
     RegisterSwitch correctionSwitch; ///< of the sensor's own shading correction
-    std::vector<RegisterDefinition> registers;
     SensorLayout layout;
     QByteArray layoutBlock;                 ///< the layout as `sensorData` holds it
     std::optional<TableChoice> tableChoice; ///< where the layout has tables
@@ -90,17 +88,16 @@ inline constexpr double kCountsPerByte = 16;
 /// Reads a profile file. A profile may name a `base`, whose file it then merely changes, or an array of them,
 /// each of which changes the ones before it: a whole profile first, then mostly groups of registers. A base
 /// is looked for beside the file and then among the installed profiles. Origin registers reset to the middle
-/// of the array. Empty with a message that names the fault and its place in
-/// `error` when the file is malformed.
+/// of the array. Empty with a message that names the fault and its place in `error` when the file is
+/// malformed.
 [[nodiscard]] std::optional<Profile> readProfile(QString const& file, QString* error);
 
 /// Reads the register groups of a profile: an object whose members are arrays of registers. A register with
 /// `indices` is a family: its name holds a place such as {p} for each index, or {i:3} for one of three
-/// digits, and an index may have `words` instead of
-/// a count; the last index runs fastest, and the addresses are `stride` apart. `reset` is one value or an
-/// array, whose last value holds for all further registers of the family.
-[[nodiscard]] std::vector<RegisterDefinition> readRegisters(files::JsonPlace const& place,
-                                                            uint32_t addressWidth);
+/// digits, and an index may have `words` instead of a count; the last index runs fastest, and the addresses
+/// are `stride` apart. `reset` is one value or an array, whose last value holds for all further registers of
+/// the family.
+void readRegisters(files::JsonPlace const& place, uint32_t addressWidth, RegisterMap& registers);
 
 /// Where the profiles lie that are installed beside the library.
 [[nodiscard]] QDir profileFolder();

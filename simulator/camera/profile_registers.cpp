@@ -1,6 +1,5 @@
 #include "simulator/camera/profile.h"
 
-#include <QSet>
 #include <QStringList>
 #include <algorithm>
 
@@ -35,15 +34,12 @@ Index readIndex(JsonPlace const& place) {
     return index;
 }
 
-// Replaces {letter} and {letter:digits}.
+// Replaces {letter}, and {letter:3} by three digits.
 QString fillIn(QString name, Index const& index, uint32_t value) {
     QString const plain = QLatin1Char('{') + index.letter + QLatin1Char('}');
     name.replace(plain, index.words.isEmpty() ? QString::number(value) : index.words.value(int(value)));
-    for (int digits = 2; digits <= 4; ++digits) {
-        QString const padded = QStringLiteral("{%1:%2}").arg(index.letter).arg(digits);
-        name.replace(padded, QStringLiteral("%1").arg(value, digits, 10, QLatin1Char('0')));
-    }
-    return name;
+    return name.replace(QStringLiteral("{%1:3}").arg(index.letter),
+                        QStringLiteral("%1").arg(value, 3, 10, QLatin1Char('0')));
 }
 
 // The name of a family's member; `running` counts the members with the last index fastest.
@@ -66,21 +62,24 @@ std::vector<uint32_t> readResets(JsonPlace const& place) {
     return resets;
 }
 
-std::vector<Bitfield> readBitfields(JsonPlace const& place, uint32_t dataWidth) {
-    std::vector<Bitfield> bitfields;
+std::vector<RegisterMap::Bitfield> readBitfields(JsonPlace const& place, uint32_t dataWidth) {
+    std::vector<RegisterMap::Bitfield> bitfields;
     if (!place.has("bitfields"))
         return bitfields;
     JsonPlace const object = place["bitfields"];
     uint32_t const widest = dataWidth >= 32 ? 0xFFFFFFFF : (1U << dataWidth) - 1;
-    for (QString const& name : object.object().keys())
-        bitfields.push_back({name.toLatin1(), object[name.toUtf8().constData()].integer(1, widest)});
+    for (QString const& key : object.keys()) {
+        QByteArray const name = key.toLatin1();
+        uint32_t const mask = object[key.toUtf8().constData()].integer(1, widest);
+        bitfields.push_back({name, {name.constData(), mask, 0}});
+    }
     return bitfields;
 }
 
 uint32_t dataTypeOfWidth(uint32_t bits) { return bits <= 8 ? 0 : bits <= 16 ? 2 : 4; }
 
-RegisterDefinition readCommonPart(JsonPlace const& place, uint32_t addressWidth) {
-    RegisterDefinition reg;
+RegisterMap::Register readCommonPart(JsonPlace const& place, uint32_t addressWidth) {
+    RegisterMap::Register reg;
     vy_RegisterDescription& told = reg.description;
     told.addressSpace = place.integerOr(0, "addressSpace", 0, 31);
     bool const isFirmware = told.addressSpace == kFirmwareSpace;
@@ -93,8 +92,18 @@ RegisterDefinition readCommonPart(JsonPlace const& place, uint32_t addressWidth)
     return reg;
 }
 
-void appendFamily(JsonPlace const& place, uint32_t addressWidth, std::vector<RegisterDefinition>& registers) {
-    RegisterDefinition reg = readCommonPart(place, addressWidth);
+void addRegister(JsonPlace const& place, RegisterMap::Register const& reg, RegisterMap& registers) {
+    vy_RegisterDescription const& told = reg.description;
+    QString const name = QString::fromLatin1(reg.name);
+    if (registers.find(reg.name.constData()))
+        place.fail(QStringLiteral("the register \"%1\" is there twice").arg(name));
+    if (registers.find(told.addressSpace, told.id, told.address))
+        place.fail(QStringLiteral("another register lies at the address of \"%1\"").arg(name));
+    registers.add(reg);
+}
+
+void addFamily(JsonPlace const& place, uint32_t addressWidth, RegisterMap& registers) {
+    RegisterMap::Register reg = readCommonPart(place, addressWidth);
     QString const name = place["name"].text();
     std::vector<Index> indices;
     uint64_t count = 1;
@@ -107,38 +116,19 @@ void appendFamily(JsonPlace const& place, uint32_t addressWidth, std::vector<Reg
     std::vector<uint32_t> const resets = readResets(place);
     for (uint32_t i = 0; i < count; ++i) {
         reg.name = memberName(name, indices, i).toLatin1();
-        reg.reset = resets[std::min<size_t>(i, resets.size() - 1)];
-        registers.push_back(reg);
+        reg.value = resets[std::min<size_t>(i, resets.size() - 1)];
+        addRegister(place, reg, registers);
         reg.description.address += stride;
     }
 }
 } // namespace
 
-std::vector<RegisterDefinition> readRegisters(JsonPlace const& place, uint32_t addressWidth) {
-    std::vector<RegisterDefinition> registers;
-    QSet<QString> taken; // names and places
-    auto const take = [&](QString const& what) {
-        bool const isFree = !taken.contains(what);
-        taken.insert(what);
-        return isFree;
-    };
-    for (QString const& group : place.object().keys())
+void readRegisters(JsonPlace const& place, uint32_t addressWidth, RegisterMap& registers) {
+    for (QString const& group : place.keys())
         for (JsonPlace const& item : place[group.toUtf8().constData()].items()) {
-            size_t const before = registers.size();
-            if (before > kMostRegisters) {
-                item.fail(QStringLiteral("no more than %1 registers are read").arg(kMostRegisters));
-                return registers;
-            }
-            appendFamily(item, addressWidth, registers);
-            for (size_t i = before; i < registers.size(); ++i) {
-                vy_RegisterDescription const& told = registers[i].description;
-                QString const name = QString::fromLatin1(registers[i].name);
-                if (!take(name))
-                    item.fail(QStringLiteral("the register \"%1\" is there twice").arg(name));
-                if (!take(QStringLiteral("%1/%2/%3").arg(told.addressSpace).arg(told.id).arg(told.address)))
-                    item.fail(QStringLiteral("another register lies at the address of \"%1\"").arg(name));
-            }
+            if (registers.size() > kMostRegisters)
+                return item.fail(QStringLiteral("no more than %1 registers are read").arg(kMostRegisters));
+            addFamily(item, addressWidth, registers);
         }
-    return registers;
 }
 } // namespace simulator

@@ -15,39 +15,31 @@ namespace simulator {
     return z ^ (z >> 31);
 }
 
-/// The samples of one exposure as 12-bit counts above 0, row by row in the order of the delivered picture.
-using Mosaic = std::vector<uint16_t>;
-
 /// One exposure.
 struct Exposing {
+    SensorArray const& array;
+    ReadOut const& readOut;
     Field const& light;
     double countsPerLight = 0;    ///< counts above the pedestal for a light of 1, linear in time and lamp
     Field const* gains = nullptr; ///< null: the correction is off
     uint64_t noiseStream = 0;
 };
 
-/// Exposes and reads out the array. The order is a real sensor's: photons arrive in a Poisson manner (its
+/// Exposes, reads out and delivers. The order is a real sensor's: photons arrive in a Poisson manner (its
 /// normal approximation), the amplifier adds its noise and the pedestal, the 12-bit converter clips and
 /// quantises; only then the correction multiplies what lies above the pedestal, noise and all, clips and
-/// quantises again.
-[[nodiscard]] Mosaic exposeMosaic(SensorArray const& array, ReadOut const& readOut, Exposing const& exposing);
+/// quantises again. Raw frames are packed as little-endian 16-bit words or, rounded to the upper 8 bits, as
+/// bytes. A system-on-chip's colour pipeline stands as for a calibration: YCbCr 4:2:2 (Y Cb Y Cr) with the
+/// ITU-R BT.601 matrix and a linear tone, no gains and no matrix of its own; luma runs from the profile's
+/// `lumaLow` to `lumaHigh`, chroma over `chromaSpan` around 128. The rows at the top that the sensor does not
+/// expose hold whatever lies in its line buffers.
+[[nodiscard]] Frame exposeFrame(Exposing const& exposing);
 
 /// The ratio of red to blue above the pedestal in the middle of an exposure, before any correction: what the
 /// white-balance statistics of a sensor see. Empty when saturation or darkness leaves nothing to compare.
-[[nodiscard]] std::optional<double> centreRedToBlue(SensorArray const& array, ReadOut const& readOut,
-                                                    Exposing const& exposing);
+[[nodiscard]] std::optional<double> centreRedToBlue(Exposing const& exposing);
 
 /// The same exposure without noise and without steps: 0 at black and 1 at full scale, clipped where the
 /// converter and the correction clip, in the order of the delivered picture.
-[[nodiscard]] std::vector<float> exposeIdeal(SensorArray const& array, ReadOut const& readOut,
-                                             Exposing const& exposing);
-
-/// A mosaic as the sensor delivers it. Raw frames are packed as little-endian 16-bit words or, rounded to the
-/// upper 8 bits, as bytes. A system-on-chip's colour pipeline stands as for a calibration: YCbCr 4:2:2
-/// (Y Cb Y Cr) with the ITU-R BT.601 matrix and a linear tone, no gains and no matrix of its own; luma runs
-/// from the profile's `lumaLow` to `lumaHigh`, chroma over `chromaSpan` around 128.
-[[nodiscard]] Frame deliveredFrame(SensorArray const& array, ReadOut const& readOut, Mosaic const& mosaic);
-
-/// Fills the rows at the top that the sensor does not expose with whatever lies in its line buffers.
-void spoilUnusableRows(Frame& frame, uint32_t rows, uint64_t noiseStream);
+[[nodiscard]] std::vector<float> exposeIdeal(Exposing const& exposing);
 } // namespace simulator

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <bit>
+#include <utility>
 
 namespace simulator {
 namespace {
@@ -24,40 +25,31 @@ uint32_t dataTypeSize(uint32_t dataType) {
     return dataType < kDataTypeSizes.size() ? kDataTypeSizes[dataType] : 0;
 }
 
-RegisterMap::RegisterMap(std::vector<RegisterDefinition> const& definitions) {
-    m_registers.reserve(definitions.size()); // nothing moves any more
-    for (RegisterDefinition const& definition : definitions) {
-        vy_RegisterDescription const& told = definition.description;
-        m_byName.insert(definition.name, m_registers.size());
-        m_byAddress.insert(placeOf(told.addressSpace, told.id, told.address), m_registers.size());
-        Register& reg = m_registers.emplace_back();
-        reg.name = definition.name;
-        reg.description = told;
-        reg.description.name = reg.name.constData();
-        reg.description.accessSize = dataTypeSize(told.dataType);
-        reg.bitfields = definition.bitfields;
-        for (Bitfield const& bitfield : reg.bitfields)
-            reg.bitfieldDescriptions.push_back({bitfield.name.constData(), bitfield.mask, 0});
-        reg.value = definition.reset & widthMask(told);
-    }
+void RegisterMap::add(Register reg) {
+    vy_RegisterDescription& told = reg.description;
+    told.name = reg.name.constData();
+    told.accessSize = dataTypeSize(told.dataType);
+    reg.value &= widthMask(told);
+    quint64 const place = placeOf(told.addressSpace, told.id, told.address);
+    Register* const added = &m_registers.emplace_back(std::move(reg));
+    m_byName.insert(added->name, added);
+    m_byPlace.insert(place, added);
 }
 
 RegisterMap::Register* RegisterMap::find(char const* name) {
-    auto const found = m_byName.constFind(QByteArray::fromRawData(name, int(qstrlen(name))));
-    return found == m_byName.constEnd() ? nullptr : &m_registers[*found];
+    return m_byName.value(QByteArray::fromRawData(name, int(qstrlen(name))));
 }
 
 RegisterMap::Register* RegisterMap::find(uint32_t addressSpace, uint32_t id, uint32_t address) {
-    if (addressSpace > kLargestHalf || id > kLargestHalf)
-        return nullptr;
-    auto const found = m_byAddress.constFind(placeOf(addressSpace, id, address));
-    return found == m_byAddress.constEnd() ? nullptr : &m_registers[*found];
+    return addressSpace > kLargestHalf || id > kLargestHalf
+               ? nullptr
+               : m_byPlace.value(placeOf(addressSpace, id, address));
 }
 
 vy_BitfieldDescription const* RegisterMap::findBitfield(Register const& reg, char const* name) {
-    for (vy_BitfieldDescription const& bitfield : reg.bitfieldDescriptions)
-        if (qstrcmp(bitfield.name, name) == 0)
-            return &bitfield;
+    for (Bitfield const& bitfield : reg.bitfields)
+        if (bitfield.name == name)
+            return &bitfield.description;
     return nullptr;
 }
 

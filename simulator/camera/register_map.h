@@ -5,31 +5,12 @@
 #include <QByteArray>
 #include <QHash>
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 namespace simulator {
 /// What the transfer functions of the library answer.
-enum TransferStatus : int {
-    kDone = 0,
-    kNoSuchRegister = 1,
-    kNoSuchBitfield = 2,
-    kBadArgument = 3,
-    kNoAnswer = 12
-};
-
-/// Named bits of a register.
-struct Bitfield {
-    QByteArray name;
-    uint32_t mask = 0;
-};
-
-/// One register as a sensor's data sheet tells it.
-struct RegisterDefinition {
-    QByteArray name;
-    vy_RegisterDescription description{}; ///< all but the name
-    uint32_t reset = 0;
-    std::vector<Bitfield> bitfields;
-};
+enum TransferStatus : int { kDone, kNoSuchRegister, kNoSuchBitfield, kBadArgument, kNoAnswer = 12 };
 
 /// Bytes of a data type: 0 and 1 are 8 bits wide, 2 and 3 16 bits, 4 and 5 32 bits (the odd ones signed).
 /// 0 for codes that do not exist.
@@ -39,23 +20,30 @@ struct RegisterDefinition {
 /// seen of them. Writes go through the cache to the sensor; reads stop at the cache until it is dropped.
 class RegisterMap {
 public:
+    /// Named bits of a register; the description points into the name.
+    struct Bitfield {
+        QByteArray name;
+        vy_BitfieldDescription description{};
+    };
+
     struct Register {
         QByteArray name;
-        vy_RegisterDescription description{};
-        std::vector<Bitfield> bitfields;
-        std::vector<vy_BitfieldDescription> bitfieldDescriptions; ///< in the order of `bitfields`
-        uint32_t value = 0;                                       ///< what the sensor holds
-        uint32_t cached = 0;                                      ///< what the library last saw
+        vy_RegisterDescription description{}; ///< name and access size are the map's to fill in
+        std::vector<Bitfield> bitfields{};
+        uint32_t value = 0;  ///< what the sensor holds; at first, after reset
+        uint32_t cached = 0; ///< what the library last saw
         bool isCached = false;
         bool isVolatile = false; ///< the sensor changes it by itself: never answered from the cache
     };
 
-    explicit RegisterMap(std::vector<RegisterDefinition> const& definitions);
-    // The descriptions point into the names.
-    RegisterMap(RegisterMap const&) = delete;
-    RegisterMap& operator=(RegisterMap const&) = delete;
+    RegisterMap() = default;
+    RegisterMap(RegisterMap&&) = default; // a copy would find the registers of the original
 
-    /// Null when there is none. What is found stays valid and in place as long as the map.
+    /// Takes one whose name and place are still free.
+    void add(Register reg);
+    [[nodiscard]] size_t size() const { return m_registers.size(); }
+
+    /// Null when there is none. What is found stays valid and in place, even when the map is moved.
     [[nodiscard]] Register* find(char const* name);
     [[nodiscard]] Register* find(uint32_t addressSpace, uint32_t id, uint32_t address);
     [[nodiscard]] static vy_BitfieldDescription const* findBitfield(Register const& reg, char const* name);
@@ -68,9 +56,9 @@ public:
     [[nodiscard]] uint64_t writes() const { return m_writes; }
 
 private:
-    std::vector<Register> m_registers;
-    QHash<QByteArray, size_t> m_byName;
-    QHash<quint64, size_t> m_byAddress;
+    std::deque<Register> m_registers;
+    QHash<QByteArray, Register*> m_byName;
+    QHash<quint64, Register*> m_byPlace;
     uint64_t m_writes = 0;
 };
 } // namespace simulator

@@ -1,11 +1,10 @@
 #include "simulator/camera/simulated_camera.h"
 
-#include "simulator/camera/camera_handle.h"
-#include "simulator/camera/illuminant.h"
-#include "simulator/camera/measured_shading.h"
+#include "simulator/camera/headboard_bus.h"
 #include "simulator/camera/read_out.h"
 #include "simulator/camera/shading_correction.h"
 #include "simulator/camera/stored_records.h"
+#include "simulator/files/whole_file.h"
 
 #include <QFileInfo>
 #include <QStringList>
@@ -14,74 +13,44 @@
 #include <utility>
 
 namespace simulator {
-namespace {
-QString profileFile(QString const& profile) {
-    bool const isFile = profile.contains(QLatin1Char('/')) || profile.contains(QLatin1Char('\\')) ||
-                        profile.endsWith(QLatin1String(".json"));
-    return isFile ? profile : profileFolder().filePath(profile + QStringLiteral(".json"));
-}
-} // namespace
+struct SimulatedCamera::Implementation {
+    explicit Implementation(Profile sensor) : profile(std::move(sensor)) {}
 
-class SimulatedCamera::Implementation {
-public:
-    explicit Implementation(Profile sensor)
-        : profile(std::move(sensor)), handle(profile), correction(profile, handle.registers),
-          exposureRegister(handle.registers.find(profile.exposure.reg.constData())),
-          frameCounter(handle.registers.find(profile.frameCounter.constData())),
-          exposureAtReset(std::max(1U, exposureRegister->value)) {
-        if (profile.tableChoice)
-            illuminant.emplace(profile.optics.filters,
-                               *handle.registers.find(profile.tableChoice->estimate.constData()));
-    }
-
-    [[nodiscard]] Field const& lightOnTheArray();
     [[nodiscard]] Exposing exposing();
-    [[nodiscard]] Field const* gains();
     /// Null, with a message in `error`, without an EEPROM.
-    [[nodiscard]] EepromDevice* device(QString* error);
+    [[nodiscard]] EepromDevice* eeprom(QString* error);
 
-    Profile const profile;
-    vy_Camera handle;
-    ShadingCorrection correction;
-    std::optional<IlluminantEstimate> illuminant; ///< where the correction depends on the light
-    RegisterMap::Register const* const exposureRegister;
-    RegisterMap::Register* const frameCounter;
-    uint32_t const exposureAtReset;
+    Profile profile;
+    vy_Camera handle{profile};
+    ShadingCorrection correction{profile};
+    uint32_t const exposureAtReset = std::max(1U, profile.exposure->value);
     std::optional<MeasuredShading> measuredShading;
     Light light;
     uint64_t seed = 1;
     uint64_t frameNumber = 0;
-    Field field; ///< empty: to be computed
+    Field field; ///< the light on the array; empty: to be computed
 };
 
-Field const& SimulatedCamera::Implementation::lightOnTheArray() {
-    if (!field.empty())
-        return field;
-    auto const through = [&](LensResponse const& lens) {
-        return lightField(profile.array, lens, profile.optics.filters, light);
-    };
-    field = measuredShading ? through(MeasuredLens(*measuredShading, profile.array, light.colourTemperature))
-                            : through(AnalyticLens(profile.optics, profile.array, light.colourTemperature));
-    return field;
-}
-
 Exposing SimulatedCamera::Implementation::exposing() {
-    double const exposure = double(exposureRegister->value) / exposureAtReset;
+    if (field.empty())
+        field = lightField(profile.array,
+                           measuredShading
+                               ? measuredLens(*measuredShading, profile.array, light.colourTemperature)
+                               : analyticLens(profile.optics, profile.array, light.colourTemperature),
+                           profile.optics.filters, light);
+    double const exposure = double(profile.exposure->value) / exposureAtReset;
     double const fullScale = kConverterWhite - profile.readOut.pedestal;
-    return {
-        .light = lightOnTheArray(),
-        .countsPerLight = profile.exposure.signalAtReset * fullScale * exposure * std::max(0.0, light.level),
-    };
+    return {.array = profile.array,
+            .readOut = profile.readOut,
+            .light = field,
+            .countsPerLight = profile.signalAtReset * fullScale * exposure * std::max(0.0, light.level)};
 }
 
-Field const* SimulatedCamera::Implementation::gains() {
-    return correction.isOn() ? &correction.gains(illuminant ? illuminant->kelvin() : 0) : nullptr;
-}
-
-EepromDevice* SimulatedCamera::Implementation::device(QString* error) {
-    if (!handle.bus.device())
-        *error = QStringLiteral("the camera has no EEPROM");
-    return handle.bus.device();
+EepromDevice* SimulatedCamera::Implementation::eeprom(QString* error) {
+    if (profile.eeprom.wiring != EepromWiring::None)
+        return &handle.bus.device();
+    *error = QStringLiteral("the camera has no EEPROM");
+    return nullptr;
 }
 
 SimulatedCamera::SimulatedCamera(std::unique_ptr<Implementation> implementation)
@@ -90,9 +59,11 @@ SimulatedCamera::SimulatedCamera(std::unique_ptr<Implementation> implementation)
 SimulatedCamera::~SimulatedCamera() = default;
 
 std::unique_ptr<SimulatedCamera> SimulatedCamera::open(QString const& profile, QString* error) {
-    QString const file = profileFile(profile);
+    bool const isFile = profile.contains(QLatin1Char('/')) || profile.contains(QLatin1Char('\\')) ||
+                        profile.endsWith(QLatin1String(".json"));
+    QString const file = isFile ? profile : profileFolder().filePath(profile + QStringLiteral(".json"));
     // Whoever names a file is told what is wrong with it, and whoever names a profile which there are.
-    if (!QFileInfo::exists(file) && profile != file) {
+    if (!isFile && !QFileInfo::exists(file)) {
         *error = QStringLiteral("There is no camera profile \"%1\" (known: %2)")
                      .arg(profile, profileNames().join(QStringLiteral(", ")));
         return nullptr;
@@ -151,65 +122,69 @@ bool SimulatedCamera::useMeasuredShading(QString const& file, QString* error) {
 
 Frame SimulatedCamera::grab() {
     Implementation& camera = *m_implementation;
-    Profile const& profile = camera.profile;
     ++camera.frameNumber;
-    camera.frameCounter->value = uint32_t(camera.frameNumber & 0xFFFF);
-    uint64_t const stream = mixed(camera.seed) + (camera.frameNumber << 32);
-    Exposing exposed = camera.exposing();
-    exposed.noiseStream = stream;
+    camera.profile.frameCounter->value = uint32_t(camera.frameNumber & 0xFFFF);
+    Exposing exposing = camera.exposing();
+    exposing.noiseStream = mixed(camera.seed) + (camera.frameNumber << 32);
     // The light is looked at whether the correction is on or off, so that switching does not change it.
-    if (camera.illuminant)
-        camera.illuminant->update(centreRedToBlue(profile.array, profile.readOut, exposed));
-    exposed.gains = camera.gains();
-    Frame frame =
-        deliveredFrame(profile.array, profile.readOut, exposeMosaic(profile.array, profile.readOut, exposed));
-    spoilUnusableRows(frame, profile.description.unusableRows, stream);
-    return frame;
+    if (camera.correction.dependsOnLight())
+        camera.correction.look(centreRedToBlue(exposing));
+    exposing.gains = camera.correction.gains();
+    return exposeFrame(exposing);
 }
 
 IdealFrame SimulatedCamera::idealFrame() const {
-    Profile const& profile = m_implementation->profile;
-    Exposing exposed = m_implementation->exposing();
-    exposed.gains = m_implementation->gains();
-    return {profile.array.width, profile.array.height, exposeIdeal(profile.array, profile.readOut, exposed)};
+    Exposing exposing = m_implementation->exposing();
+    exposing.gains = m_implementation->correction.gains();
+    return {exposing.array.width, exposing.array.height, exposeIdeal(exposing)};
 }
 
-bool SimulatedCamera::isCorrecting() const { return m_implementation->correction.isOn(); }
-uint64_t SimulatedCamera::registerWrites() const { return m_implementation->handle.registers.writes(); }
-bool SimulatedCamera::hasEeprom() const { return m_implementation->handle.bus.device() != nullptr; }
+bool SimulatedCamera::isCorrecting() const { return m_implementation->profile.correctionSwitch.isOn(); }
+uint64_t SimulatedCamera::registerWrites() const { return m_implementation->profile.registers.writes(); }
+bool SimulatedCamera::hasEeprom() const {
+    return m_implementation->profile.eeprom.wiring != EepromWiring::None;
+}
 
 bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
-    EepromDevice* const device = m_implementation->device(error);
-    std::optional<EepromContents> const contents = device ? readContents(file, error) : std::nullopt;
-    if (contents)
-        device->contents() = *contents;
-    return contents.has_value();
+    EepromDevice* const device = m_implementation->eeprom(error);
+    std::optional<QByteArray> const bytes =
+        device ? files::read(file, files::kMostText, error) : std::nullopt;
+    if (bytes && bytes->size() == int(kEepromSize)) {
+        std::copy(bytes->begin(), bytes->end(), device->contents().begin());
+        return true;
+    }
+    if (bytes)
+        *error = QStringLiteral("%1: the EEPROM has %2 bytes, the file has %3")
+                     .arg(file)
+                     .arg(kEepromSize)
+                     .arg(bytes->size());
+    else if (device)
+        *error = QStringLiteral("%1: cannot be read: %2").arg(file, *error);
+    return false;
 }
 
 bool SimulatedCamera::saveEeprom(QString const& file, QString* error) const {
-    EepromDevice const* const device = m_implementation->device(error);
-    return device && writeContents(device->contents(), file, error);
+    if (!m_implementation->eeprom(error))
+        return false;
+    bool const isSaved = files::replace(file, eepromBytes(), error);
+    if (!isSaved)
+        *error = QStringLiteral("%1: cannot be written: %2").arg(file, *error);
+    return isSaved;
 }
 
 QByteArray SimulatedCamera::eepromBytes() const {
-    EepromDevice const* const device = m_implementation->handle.bus.device();
-    return device ? QByteArray(reinterpret_cast<char const*>(device->contents().data()),
-                               int(device->contents().size()))
-                  : QByteArray();
+    EepromContents const& contents = m_implementation->handle.bus.device().contents();
+    return hasEeprom() ? QByteArray(reinterpret_cast<char const*>(contents.data()), int(contents.size()))
+                       : QByteArray();
 }
 
 std::vector<StoredRecord> SimulatedCamera::eepromRecords() const {
-    EepromDevice const* const device = m_implementation->handle.bus.device();
-    return device ? storedRecords(device->contents(), m_implementation->profile.registerAddressWidth,
-                                  m_implementation->handle.registers)
-                  : std::vector<StoredRecord>();
+    return storedRecords(m_implementation->handle.bus.device().contents(), m_implementation->profile);
 }
 
 bool SimulatedCamera::replayEeprom(QString const& recordName, QString* error) {
-    EepromDevice const* const device = m_implementation->device(error);
-    return device &&
-           replayRecord(device->contents(), recordName, m_implementation->profile.registerAddressWidth,
-                        m_implementation->handle.registers, error);
+    EepromDevice const* const device = m_implementation->eeprom(error);
+    return device && replayRecord(device->contents(), recordName, m_implementation->profile, error);
 }
 
 void SimulatedCamera::useVirtualTime() { m_implementation->handle.bus.clock().useVirtualTime(); }
@@ -222,19 +197,16 @@ QStringList SimulatedCamera::faultNames() { return deviceFaultNames(); }
 
 bool SimulatedCamera::injectFault(QString const& name, uint64_t n, bool forEver) {
     int const fault = deviceFaultNames().indexOf(name);
-    EepromDevice* const device = m_implementation->handle.bus.device();
-    if (fault >= 0 && device)
-        device->plan({DeviceFault(fault), n, forEver});
+    if (fault >= 0)
+        m_implementation->handle.bus.device().plan({DeviceFault(fault), n, forEver});
     return fault >= 0;
 }
 
 uint64_t SimulatedCamera::deviceOperations() const {
-    EepromDevice const* const device = m_implementation->handle.bus.device();
-    return device ? device->operations() : 0;
+    return m_implementation->handle.bus.device().operations();
 }
 
 uint64_t SimulatedCamera::deviceBytesWritten() const {
-    EepromDevice const* const device = m_implementation->handle.bus.device();
-    return device ? device->bytesWritten() : 0;
+    return m_implementation->handle.bus.device().bytesWritten();
 }
 } // namespace simulator

@@ -51,11 +51,15 @@ struct IdealFrame {
 
 /// A register's value as a record of the EEPROM holds it.
 struct StoredSetting {
-    size_t offset = 0; ///< in the EEPROM
-    QByteArray name;   ///< of the sensor's register; empty when the sensor has none there
-    QString place;     ///< address-space kind, id and address
+    size_t offset = 0;         ///< in the EEPROM
+    uint32_t addressSpace = 0; ///< address-space kind
+    uint32_t id = 0;           ///< page or driver
+    uint32_t address = 0;
+    uint32_t size = 0; ///< bytes of the value; 0: as wide as the register
+    uint32_t mask = 0; ///< bits that the value belongs to, its lowest bit at their lowest; 0: whole register
     uint32_t value = 0;
-    uint32_t mask = 0; ///< 0: whole register
+    QByteArray name{}; ///< of the sensor's register; empty when the sensor has none there
+    QString place{};   ///< address-space kind, id and address
 };
 
 /// A record of the EEPROM's chain.
@@ -83,17 +87,15 @@ struct CameraDescription {
     uint32_t height = 0;                  ///< pixels
     FrameType rawType = FrameType::Raw12; ///< what grab() delivers
     bool calibratesFromRgb = false;       ///< the calibration takes the host's RGB-32 picture
-    uint32_t bayerPhase =
-        0; ///< bit 0: column offset, bit 1: row offset of the first red pixel; of the delivered frame
+    uint32_t bayerPhase = 0;   ///< of a delivered frame; bit 0: column, bit 1: row of the first red pixel
     uint32_t orientation = 0;  ///< bit 0: mirrored, bit 1: upside down
     uint32_t unusableRows = 0; ///< rows at the top of a frame that hold no picture
     double blackLevel = 0;     ///< counts of the delivered samples
     double whiteLevel = 0;     ///< counts of the delivered samples
-    std::vector<QByteArray>
-        tableTemperatures{}; ///< registers of the colour temperatures for which the correction's
-                             ///< tables were made, left to right; empty with one correction
-    std::array<double, 9> colourMatrix = {
-        1, 0, 0, 0, 1, 0, 0, 0, 1}; ///< sensor RGB to display RGB, row by row, rows sum to 1
+    /// Registers of the colour temperatures for which the correction's tables were made, left to right;
+    /// empty with one correction.
+    std::vector<QByteArray> tableTemperatures{};
+    std::array<double, 9> colourMatrix{}; ///< sensor RGB to display RGB, row by row, rows sum to 1
 };
 
 /// The camera behind the simulated library `veyra2`: one sensor on one headboard, told by a profile. It is
@@ -164,9 +166,8 @@ public:
     [[nodiscard]] uint64_t deviceOperations() const;
     [[nodiscard]] uint64_t deviceBytesWritten() const;
 
-    class Implementation;
-
 private:
+    struct Implementation;
     explicit SimulatedCamera(std::unique_ptr<Implementation> implementation);
     std::unique_ptr<Implementation> m_implementation;
 };

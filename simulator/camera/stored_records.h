@@ -1,8 +1,7 @@
 #pragma once
 
 #include "simulator/camera/eeprom_device.h"
-#include "simulator/camera/register_map.h"
-#include "simulator/camera/simulated_camera.h"
+#include "simulator/camera/profile.h"
 
 #include <QString>
 #include <vector>
@@ -11,15 +10,12 @@
 namespace simulator {
 /// The chain of records for whoever looks at the EEPROM, with the names of the registers that lie where an
 /// entry says. It stops at the first record that runs over the end, and tells so as that record's fault.
-/// Short entries hold page and address in a byte each on sensors whose registers have less than 9 address
-/// bits.
-[[nodiscard]] std::vector<StoredRecord> storedRecords(EepromContents const& contents,
-                                                      uint32_t registerAddressWidth, RegisterMap& registers);
+[[nodiscard]] std::vector<StoredRecord> storedRecords(EepromContents const& contents, Profile& profile);
 
 /// Writes the entries of the first record of shading registers, or of the first one with that name (in upper
 /// or lower case) when the name is not null, in their order. False with a message that names the place in
 /// `error`, and nothing written, when there is no such record, anything up to its end is malformed, a
 /// register is not there or an entry fits none.
-[[nodiscard]] bool replayRecord(EepromContents const& contents, QString const& name,
-                                uint32_t registerAddressWidth, RegisterMap& registers, QString* error);
+[[nodiscard]] bool replayRecord(EepromContents const& contents, QString const& name, Profile& profile,
+                                QString* error);
 } // namespace simulator

@@ -1,27 +1,58 @@
 #include "simulator/boundary/observed_call.h"
-#include "simulator/camera/camera_handle.h"
-#include "simulator/camera/register_map.h"
-#include "simulator/files/whole_file.h"
+#include "simulator/camera/headboard_bus.h"
+#include "simulator/camera/simulated_camera.h"
+#include "simulator/files/library_folder.h"
 
 #include "published/veyra2.h"
 
 #include <QFile>
+#include <algorithm>
+#include <utility>
+#include <vector>
 
 // The library's functions over the simulated camera. A null or closed camera, a null name and a register that
 // the sensor lacks are answered, never followed.
 
-using simulator::Call;
-using simulator::callText;
-using simulator::callTexts;
-using simulator::libraryWatch;
-using simulator::observed;
-using simulator::RegisterMap;
+#ifdef _MSC_VER
+// Declared without an export, no definition may have one there; the linker exports all.
+#define VEYRA2_FUNCTION extern "C"
+#else
+#define VEYRA2_FUNCTION extern "C" SIMULATED_CAMERA_API
+#endif
+
+using namespace simulator;
+
+// Cameras are opened and used on one thread, the host's.
+static std::vector<vy_Camera*>& openCameras() {
+    static std::vector<vy_Camera*> cameras;
+    return cameras;
+}
+
+vy_Camera::vy_Camera(Profile& sensor) : profile(sensor) { openCameras().push_back(this); }
+
+vy_Camera::~vy_Camera() { std::erase(openCameras(), this); }
+
+uint32_t vy_Camera::read(RegisterMap::Register& reg, uint32_t mask) {
+    bridge.refresh();
+    return RegisterMap::read(reg, mask);
+}
+
+int vy_Camera::write(RegisterMap::Register& reg, uint32_t value, uint32_t mask) {
+    bridge.refresh();
+    profile.registers.write(reg, value, mask);
+    return bridge.written(reg);
+}
+
+bool vy_Camera::isOpen(vy_Camera const* camera) {
+    auto const& cameras = openCameras();
+    return std::find(cameras.begin(), cameras.end(), camera) != cameras.end();
+}
 
 // What an observer reads of arguments and results.
 
 // Named only when it is not open.
 static QByteArray callText(vy_Camera* camera) {
-    return vy_Camera::opened(camera) ? QByteArray() : QByteArrayLiteral("no-open-camera");
+    return vy_Camera::isOpen(camera) ? QByteArray() : QByteArrayLiteral("no-open-camera");
 }
 
 static QByteArray callText(vy_RegisterDescription const* reg) {
@@ -64,26 +95,21 @@ template <typename Stored>
 auto statusAnd(Stored stored) {
     return [=](int status) {
         QByteArray const text = callText(status);
-        return status == simulator::kDone ? text + ", " + callText(stored()) : text;
+        return status == kDone ? text + ", " + callText(stored()) : text;
     };
 }
 
-/// What an open camera answers; `absent` for any other.
-template <typename Result, typename Answer>
-Result ifOpen(vy_Camera* camera, Result absent, Answer answer) {
-    vy_Camera* const open = vy_Camera::opened(camera);
-    return open ? answer(*open) : absent;
-}
-
 RegisterMap::Register* findByName(vy_Camera* camera, char const* reg) {
-    vy_Camera* const open = vy_Camera::opened(camera);
-    return open && reg ? open->registers.find(reg) : nullptr;
+    return vy_Camera::isOpen(camera) && reg ? camera->profile.registers.find(reg) : nullptr;
 }
 
 RegisterMap::Register* findByAddress(vy_Camera* camera, uint32_t addressSpace, uint32_t id,
                                      uint32_t address) {
-    vy_Camera* const open = vy_Camera::opened(camera);
-    return open ? open->registers.find(addressSpace, id, address) : nullptr;
+    return vy_Camera::isOpen(camera) ? camera->profile.registers.find(addressSpace, id, address) : nullptr;
+}
+
+vy_RegisterDescription const* descriptionOf(RegisterMap::Register const* reg) {
+    return reg ? &reg->description : nullptr;
 }
 
 vy_BitfieldDescription const* findBitfield(vy_Camera* camera, char const* reg, char const* bitfield) {
@@ -96,24 +122,22 @@ template <typename Transfer>
 int withBits(vy_Camera* camera, char const* reg, char const* bitfield, Transfer transfer) {
     RegisterMap::Register* const found = findByName(camera, reg);
     if (!found)
-        return simulator::kNoSuchRegister;
+        return kNoSuchRegister;
     if (!bitfield || *bitfield == '\0')
         return transfer(*found, 0xFFFFFFFF);
     vy_BitfieldDescription const* const bits = RegisterMap::findBitfield(*found, bitfield);
-    return bits ? transfer(*found, bits->mask) : simulator::kNoSuchBitfield;
+    return bits ? transfer(*found, bits->mask) : kNoSuchBitfield;
 }
 
 /// Transfers what is described: a register or, behind a transient description, a device on the serial bus.
 template <typename OfRegister, typename OfDevice>
-int withDescribed(vy_Camera* camera, vy_RegisterDescription const& description, OfRegister ofRegister,
+int withDescribed(vy_Camera* camera, vy_RegisterDescription const& told, OfRegister ofRegister,
                   OfDevice ofDevice) {
     constexpr uint32_t kSerialBusSpace = 1; // of a transient description
-    if (auto* const found =
-            findByAddress(camera, description.addressSpace, description.id, description.address))
+    if (auto* const found = findByAddress(camera, told.addressSpace, told.id, told.address))
         return ofRegister(*found);
-    return vy_Camera::opened(camera) && !description.name && description.addressSpace == kSerialBusSpace
-               ? ofDevice()
-               : simulator::kNoSuchRegister;
+    bool const isTransient = !told.name && told.addressSpace == kSerialBusSpace;
+    return vy_Camera::isOpen(camera) && isTransient ? ofDevice() : kNoSuchRegister;
 }
 } // namespace
 
@@ -128,12 +152,10 @@ LIBRARY_FUNCTION int vy_ExistsBitfield(vy_Camera* camera, char const* reg, char 
                     [&] { return findBitfield(camera, reg, bitfield) ? 1 : 0; });
 }
 
-LIBRARY_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera, char const* reg) {
-    auto const find = [&]() -> vy_RegisterDescription const* {
-        RegisterMap::Register const* const found = findByName(camera, reg);
-        return found ? &found->description : nullptr;
-    };
-    return observed(Call("vy_FindRegister", camera, reg), find, foundText);
+VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera, char const* reg) {
+    return observed(
+        Call("vy_FindRegister", camera, reg), [&] { return descriptionOf(findByName(camera, reg)); },
+        foundText);
 }
 
 LIBRARY_FUNCTION vy_BitfieldDescription const* vy_FindBitfield(vy_Camera* camera, char const* reg,
@@ -146,25 +168,22 @@ LIBRARY_FUNCTION vy_BitfieldDescription const* vy_FindBitfield(vy_Camera* camera
 LIBRARY_FUNCTION vy_RegisterDescription const* vy_FindRegisterAddr(vy_Camera* camera, uint32_t address,
                                                                    uint32_t addressSpace, uint32_t selector) {
     return observed(Call("vy_FindRegisterAddr", camera, address, addressSpace, selector),
-                    [&]() -> vy_RegisterDescription const* {
-                        auto const* const found = findByAddress(camera, addressSpace, selector, address);
-                        return found ? &found->description : nullptr;
-                    });
+                    [&] { return descriptionOf(findByAddress(camera, addressSpace, selector, address)); });
 }
 
-LIBRARY_FUNCTION uint32_t vy_dataSize(uint32_t dataType) {
-    return observed(Call("vy_dataSize", dataType), [&] { return simulator::dataTypeSize(dataType); });
+VEYRA2_FUNCTION uint32_t vy_dataSize(uint32_t dataType) {
+    return observed(Call("vy_dataSize", dataType), [&] { return dataTypeSize(dataType); });
 }
 
 LIBRARY_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, char const* bitfield,
                                          uint32_t* value) {
     auto const read = [&](RegisterMap::Register& found, uint32_t mask) {
         *value = camera->read(found, mask);
-        return int(simulator::kDone);
+        return int(kDone);
     };
     return observed(
         Call("vy_ReadSensorRegStr", camera, reg, bitfield),
-        [&] { return value ? withBits(camera, reg, bitfield, read) : simulator::kBadArgument; },
+        [&] { return value ? withBits(camera, reg, bitfield, read) : kBadArgument; },
         statusAnd([=] { return *value; }));
 }
 
@@ -180,23 +199,20 @@ LIBRARY_FUNCTION int vy_WriteSensorRegStr(vy_Camera* camera, char const* reg, ch
 LIBRARY_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t* value) {
     auto const read = [&](RegisterMap::Register& found) {
         *value = camera->read(found);
-        return int(simulator::kDone);
+        return int(kDone);
     };
     auto const readDevice = [&] { return camera->bus.readDescribed(*reg, *value); };
     return observed(
         Call("vy_ReadSensorReg", camera, reg),
-        [&] {
-            return reg && value ? withDescribed(camera, *reg, read, readDevice) : simulator::kBadArgument;
-        },
+        [&] { return reg && value ? withDescribed(camera, *reg, read, readDevice) : kBadArgument; },
         statusAnd([=] { return *value; }));
 }
 
 LIBRARY_FUNCTION int vy_WriteSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t value) {
     auto const write = [&](RegisterMap::Register& found) { return camera->write(found, value); };
     auto const writeDevice = [&] { return camera->bus.writeDescribed(*reg, value); };
-    return observed(Call("vy_WriteSensorReg", camera, reg, value), [&] {
-        return reg ? withDescribed(camera, *reg, write, writeDevice) : simulator::kBadArgument;
-    });
+    return observed(Call("vy_WriteSensorReg", camera, reg, value),
+                    [&] { return reg ? withDescribed(camera, *reg, write, writeDevice) : kBadArgument; });
 }
 
 LIBRARY_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
@@ -204,9 +220,8 @@ LIBRARY_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, ui
     return observed(
         Call("vy_readRegisters", camera, busAddress, start, count),
         [&] {
-            return ifOpen(camera, int(simulator::kBadArgument), [&](vy_Camera& open) {
-                return words ? open.bus.readRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
-            });
+            return vy_Camera::isOpen(camera) && words ? camera->bus.readRaw(busAddress, start, {words, count})
+                                                      : kBadArgument;
         },
         statusAnd([=] {
             return Words{words, count};
@@ -216,29 +231,27 @@ LIBRARY_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, ui
 LIBRARY_FUNCTION int vy_writeRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
                                        uint32_t const* words) {
     return observed(Call("vy_writeRegisters", camera, busAddress, start, Words{words, count}), [&] {
-        return ifOpen(camera, int(simulator::kBadArgument), [&](vy_Camera& open) {
-            return words ? open.bus.writeRaw(busAddress, start, {words, count}) : simulator::kBadArgument;
-        });
+        return vy_Camera::isOpen(camera) && words ? camera->bus.writeRaw(busAddress, start, {words, count})
+                                                  : kBadArgument;
     });
 }
 
 LIBRARY_FUNCTION int vy_setMode(vy_Camera* camera, uint32_t mode, uint32_t value) {
     return observed(Call("vy_setMode", camera, mode, value), [&] {
-        return ifOpen(camera, int(simulator::kBadArgument),
-                      [&](vy_Camera& open) { return open.bus.setMode(mode, value); });
+        return vy_Camera::isOpen(camera) ? camera->bus.setMode(mode, value) : kBadArgument;
     });
 }
 
 LIBRARY_FUNCTION void vy_InvalidateRegCache(vy_Camera* camera) {
     observed(Call("vy_InvalidateRegCache", camera), [&] {
-        if (vy_Camera* const open = vy_Camera::opened(camera))
-            open->registers.dropCache();
+        if (vy_Camera::isOpen(camera))
+            camera->profile.registers.dropCache();
     });
 }
 
 LIBRARY_FUNCTION int vy_IsSOC(vy_Camera* camera) {
     return observed(Call("vy_IsSOC", camera), [&] {
-        return ifOpen(camera, 0, [](vy_Camera const& open) { return open.systemOnChip ? 1 : 0; });
+        return vy_Camera::isOpen(camera) && camera->profile.description.systemOnChip ? 1 : 0;
     });
 }
 
@@ -249,18 +262,16 @@ LIBRARY_FUNCTION char const* vy_Home(void) {
     });
 }
 
-LIBRARY_FUNCTION int vy_stopTransport(vy_Camera* camera) {
-    return observed(Call("vy_stopTransport", camera), [&]() -> int {
-        return vy_Camera::opened(camera) ? simulator::kDone : simulator::kBadArgument;
-    });
+VEYRA2_FUNCTION int vy_stopTransport(vy_Camera* camera) {
+    return observed(Call("vy_stopTransport", camera),
+                    [&] { return int(vy_Camera::isOpen(camera) ? kDone : kBadArgument); });
 }
 
 // A camera lives as long as the host's object; a borrower of the handle cannot end it.
 LIBRARY_FUNCTION void vy_CloseCameras(void) {}
 
-LIBRARY_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
-    return observed(Call("vy_SensorInfo", camera), [&]() -> vy_SensorDescription const* {
-        vy_Camera const* const open = vy_Camera::opened(camera);
-        return open ? &open->description : nullptr;
+VEYRA2_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
+    return observed(Call("vy_SensorInfo", camera), [&] {
+        return vy_Camera::isOpen(camera) ? &std::as_const(camera->profile.sensor) : nullptr;
     });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/camera/measured_shading.h"
+#include "simulator/camera/optics.h"
 
 #include <functional>
 #include <optional>

@@ -35,11 +35,11 @@ struct NamedShading {
 
 // What makes the plane flat at that light; the smallest gain is 1.
 std::vector<double> gainsOf(MeasuredShading const& shading, simulator::Plane plane, double kelvin) {
-    simulator::MeasuredLens const lens(shading, kGrid, kelvin);
+    simulator::LensRows const lens = simulator::measuredLens(shading, kGrid, kelvin);
     std::vector<float> row(kGrid.width);
     std::vector<double> gains;
     for (uint32_t y = 0; y < kGrid.height; ++y) {
-        lens.row(plane, y, row);
+        lens(plane, y, row);
         std::transform(row.begin(), row.end(), std::back_inserter(gains),
                        [](float response) { return 1 / double(response); });
     }
