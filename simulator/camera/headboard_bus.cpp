@@ -29,10 +29,10 @@ using TwoBytes = std::array<uint8_t, 2>; // big byte first
 
 // How a transfer ends that `work` does when the device is there and can do it.
 template <typename Work>
-int transferred(EepromDevice* device, bool fits, Work work) {
-    if (!device || !fits)
-        return device ? kBadArgument : kNoAnswer;
-    return work(*device) == BusAnswer::Acknowledged ? kDone : kNoAnswer;
+int transferred(EepromDevice const* reached, bool fits, Work work) {
+    if (!reached || !fits)
+        return reached ? kBadArgument : kNoAnswer;
+    return work() == BusAnswer::Acknowledged ? kDone : kNoAnswer;
 }
 
 bool fitsDevice(vy_RegisterDescription const& told) {
@@ -53,9 +53,9 @@ BusAnswer PagedWrite::next(EepromDevice& device) {
 }
 
 HeadboardBus::HeadboardBus(Profile const& profile)
-    : m_section(profile.eeprom),
-      m_device(profile.eeprom.isFormatted ? formattedContents() : blankContents(), m_clock),
-      m_addressBits(profile.sensor.registerAddressWidth), m_wordBits(profile.sensor.registerDataWidth) {}
+    : device(profile.eeprom.isFormatted ? formattedContents() : blankContents(), clock),
+      m_section(profile.eeprom), m_addressBits(profile.sensor.registerAddressWidth),
+      m_wordBits(profile.sensor.registerDataWidth) {}
 
 int HeadboardBus::setMode(uint32_t mode, uint32_t value) {
     if (mode == kModeAddressBits)
@@ -66,7 +66,7 @@ int HeadboardBus::setMode(uint32_t mode, uint32_t value) {
 }
 
 EepromDevice* HeadboardBus::find(EepromWiring wiring, uint32_t busAddress) {
-    return m_section.wiring == wiring && m_section.busAddress == busAddress ? &m_device : nullptr;
+    return m_section.wiring == wiring && m_section.busAddress == busAddress ? &device : nullptr;
 }
 
 bool HeadboardBus::fits(uint32_t start, size_t count) const {
@@ -75,7 +75,7 @@ bool HeadboardBus::fits(uint32_t start, size_t count) const {
 }
 
 int HeadboardBus::readRaw(uint32_t busAddress, uint32_t start, std::span<uint32_t> words) {
-    auto const read = [&](EepromDevice& device) {
+    auto const read = [&] {
         std::vector<uint8_t> bytes(words.size());
         BusAnswer const answer = device.read(start, bytes);
         if (answer == BusAnswer::Acknowledged)
@@ -86,7 +86,7 @@ int HeadboardBus::readRaw(uint32_t busAddress, uint32_t start, std::span<uint32_
 }
 
 int HeadboardBus::writeRaw(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words) {
-    auto const write = [&](EepromDevice& device) {
+    auto const write = [&] {
         std::vector<uint8_t> bytes(words.size());
         std::transform(words.begin(), words.end(), bytes.begin(),
                        [](uint32_t word) { return uint8_t(word); });
@@ -96,7 +96,7 @@ int HeadboardBus::writeRaw(uint32_t busAddress, uint32_t start, std::span<uint32
 }
 
 int HeadboardBus::readDescribed(vy_RegisterDescription const& location, uint32_t& value) {
-    auto const read = [&](EepromDevice& device) {
+    auto const read = [&] {
         TwoBytes bytes{};
         BusAnswer const answer = device.read(location.address, std::span(bytes).last(location.accessSize));
         if (answer == BusAnswer::Acknowledged)
@@ -107,11 +107,11 @@ int HeadboardBus::readDescribed(vy_RegisterDescription const& location, uint32_t
 }
 
 int HeadboardBus::writeDescribed(vy_RegisterDescription const& location, uint32_t value) {
-    auto const write = [&](EepromDevice& device) {
+    auto const write = [&] {
         for (PagedWrite rest{location.address, bytesOf(value), location.accessSize}; rest.left > 0;) {
             if (BusAnswer const answer = rest.next(device); answer != BusAnswer::Acknowledged)
                 return answer;
-            m_clock.wait(device.readyAt() - m_clock.now());
+            clock.wait(device.readyAt() - clock.now());
         }
         return BusAnswer::Acknowledged;
     };
@@ -127,7 +127,7 @@ EepromBridge::EepromBridge(RegisterMap& registers, HeadboardBus& bus) : m_bus(bu
 }
 
 void EepromBridge::refresh() {
-    if (!m_transfer || !m_transfer->endsAt || m_bus.clock().now() < *m_transfer->endsAt)
+    if (!m_transfer || !m_transfer->endsAt || m_bus.clock.now() < *m_transfer->endsAt)
         return;
     // There is no call of the host to fail here: a transport that fails is a device that keeps silent.
     if (m_transfer->isAcknowledged && m_transfer->write.left > 0)
@@ -155,7 +155,7 @@ void EepromBridge::schedule(BusAnswer answer, Transfer& transfer) const {
     transfer.isAcknowledged = answer == BusAnswer::Acknowledged;
     if (answer == BusAnswer::Busy)
         return;
-    transfer.endsAt = m_bus.clock().now() + kBridgeTime;
+    transfer.endsAt = m_bus.clock.now() + kBridgeTime;
     if (transfer.isAcknowledged)
         transfer.endsAt = std::max(*transfer.endsAt, transfer.device->readyAt());
 }

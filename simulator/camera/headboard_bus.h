@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace simulator {
 /// Bytes on their way to the device, those of different pages apart from each other.
@@ -42,16 +43,14 @@ public:
 
     /// The device when it is wired so and lies at that bus address; null otherwise.
     [[nodiscard]] EepromDevice* find(EepromWiring wiring, uint32_t busAddress);
-    [[nodiscard]] CameraClock& clock() { return m_clock; }
-    /// Blank and out of everybody's reach on a headboard without an EEPROM.
-    [[nodiscard]] EepromDevice& device() { return m_device; }
+
+    CameraClock clock;
+    EepromDevice device; ///< blank and out of everybody's reach on a headboard without an EEPROM
 
 private:
     [[nodiscard]] bool fits(uint32_t start, size_t count) const;
 
     EepromSection const& m_section;
-    CameraClock m_clock;
-    EepromDevice m_device;
     uint32_t m_addressBits, m_wordBits;
 };
 
@@ -89,6 +88,17 @@ private:
     bool m_isThere;
     std::optional<Transfer> m_transfer;
 };
+
+/// The records of the EEPROM's chain for whoever looks at it, with the names of the registers that lie where
+/// an entry says. It stops at the first record that runs over the end, and tells so as that record's fault.
+[[nodiscard]] std::vector<StoredRecord> storedRecords(EepromContents const& contents, Profile& profile);
+
+/// Writes the entries of the first record of shading registers, or of the first one with that name (in upper
+/// or lower case) when the name is not null, in their order. False with a message that names the place in
+/// `error`, and nothing written, when there is no such record, anything up to its end is malformed, a
+/// register is not there or an entry fits none.
+[[nodiscard]] bool replayRecord(EepromContents const& contents, QString const& name, Profile& profile,
+                                QString* error);
 } // namespace simulator
 
 /// What the library's functions know of an open camera: its profile with the registers, and the bus of its

@@ -191,8 +191,8 @@ TableChoice readTableChoice(JsonPlace const& place, Profile& profile) {
 }
 
 CameraDescription describe(JsonPlace const& root, SensorArray const& array, ReadOut const& readOut) {
-    bool const isRaw12 = readOut.format == FrameType::Raw12;
-    bool const isRaw8 = readOut.format == FrameType::Raw8;
+    bool const isYcbcr = readOut.format == FrameType::Ycbcr;
+    double const divisor = readOut.format == FrameType::Raw8 ? kCountsPerByte : 1;
     return {.sensorName = root["sensorName"].text().toLocal8Bit(),
             .fileNamePart = root["fileNamePart"].text().toLocal8Bit(),
             .summary = root.has("summary") ? root["summary"].text() : QString(),
@@ -206,12 +206,8 @@ CameraDescription describe(JsonPlace const& root, SensorArray const& array, Read
             .bayerPhase = array.deliveredPhase(),
             .orientation = array.orientation,
             .unusableRows = readOut.unusableRows,
-            .blackLevel = isRaw12  ? readOut.pedestal
-                          : isRaw8 ? readOut.pedestal / kCountsPerByte
-                                   : readOut.lumaLow,
-            .whiteLevel = isRaw12  ? kConverterWhite
-                          : isRaw8 ? 255
-                                   : readOut.lumaHigh,
+            .blackLevel = isYcbcr ? readOut.lumaLow : readOut.pedestal / divisor,
+            .whiteLevel = isYcbcr ? readOut.lumaHigh : std::floor(kConverterWhite / divisor),
             .colourMatrix = readColourMatrix(root["optics"]["colourMatrix"])};
 }
 

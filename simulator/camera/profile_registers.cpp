@@ -14,39 +14,35 @@ constexpr uint32_t kFirmwareSpace = 1;
 constexpr uint32_t kLargestFirmwareId = 31;
 constexpr uint32_t kLargestFirmwareAddress = 0x3FF;
 
+/// What stands in the members' names for an index of their family.
 struct Index {
     QString letter;
-    uint32_t first = 0;
-    uint32_t count = 1;
-    QStringList words; ///< what stands for the numbers, where there are any
+    QStringList words; ///< one at least
 };
 
 Index readIndex(JsonPlace const& place) {
     Index index{.letter = place["letter"].text(), .words = {}};
-    if (!place.has("words")) {
-        index.first = place.integerOr(0, "first");
-        index.count = place["count"].integer(1, kLargestFamily);
-        return index;
+    if (place.has("words")) {
+        for (JsonPlace const& word : place["words"].someItems(kLargestFamily, "word"))
+            index.words.append(word.text());
+    } else {
+        uint32_t const first = place.integerOr(0, "first");
+        uint32_t const count = place["count"].integer(1, kLargestFamily);
+        for (uint32_t i = 0; i < count; ++i)
+            index.words.append(QString::number(first + i));
     }
-    for (JsonPlace const& word : place["words"].someItems(kLargestFamily, "word"))
-        index.words.append(word.text());
-    index.count = std::max(1U, uint32_t(index.words.size()));
+    if (index.words.isEmpty())
+        index.words.append(QString());
     return index;
 }
 
-// Replaces {letter}, and {letter:3} by three digits.
-QString fillIn(QString name, Index const& index, uint32_t value) {
-    QString const plain = QLatin1Char('{') + index.letter + QLatin1Char('}');
-    name.replace(plain, index.words.isEmpty() ? QString::number(value) : index.words.value(int(value)));
-    return name.replace(QStringLiteral("{%1:3}").arg(index.letter),
-                        QStringLiteral("%1").arg(value, 3, 10, QLatin1Char('0')));
-}
-
 // The name of a family's member; `running` counts the members with the last index fastest.
-QString memberName(QString name, std::vector<Index> const& indices, uint32_t running) {
+QString memberName(QString name, std::vector<Index> const& indices, int running) {
     for (auto index = indices.rbegin(); index != indices.rend(); ++index) {
-        name = fillIn(name, *index, index->first + running % index->count);
-        running /= index->count;
+        QString const& word = index->words[running % index->words.size()];
+        name.replace(QStringLiteral("{%1}").arg(index->letter), word);
+        name.replace(QStringLiteral("{%1:3}").arg(index->letter), word.rightJustified(3, QLatin1Char('0')));
+        running /= index->words.size();
     }
     return name;
 }
@@ -110,12 +106,12 @@ void addFamily(JsonPlace const& place, uint32_t addressWidth, RegisterMap& regis
     if (place.has("indices"))
         for (JsonPlace const& item : place["indices"].items()) {
             indices.push_back(readIndex(item));
-            count = std::min<uint64_t>(count * indices.back().count, kLargestFamily);
+            count = std::min<uint64_t>(count * uint64_t(indices.back().words.size()), kLargestFamily);
         }
     uint32_t const stride = indices.empty() ? 0 : place["stride"].integer(1, 0xFFFF);
     std::vector<uint32_t> const resets = readResets(place);
     for (uint32_t i = 0; i < count; ++i) {
-        reg.name = memberName(name, indices, i).toLatin1();
+        reg.name = memberName(name, indices, int(i)).toLatin1();
         reg.value = resets[std::min<size_t>(i, resets.size() - 1)];
         addRegister(place, reg, registers);
         reg.description.address += stride;

@@ -3,7 +3,6 @@
 #include "simulator/camera/headboard_bus.h"
 #include "simulator/camera/read_out.h"
 #include "simulator/camera/shading_correction.h"
-#include "simulator/camera/stored_records.h"
 #include "simulator/files/whole_file.h"
 
 #include <QFileInfo>
@@ -22,6 +21,7 @@ struct SimulatedCamera::Implementation {
 
     Profile profile;
     vy_Camera handle{profile};
+    EepromDevice& device = handle.bus.device;
     ShadingCorrection correction{profile};
     uint32_t const exposureAtReset = std::max(1U, profile.exposure->value);
     std::optional<MeasuredShading> measuredShading;
@@ -48,7 +48,7 @@ Exposing SimulatedCamera::Implementation::exposing() {
 
 EepromDevice* SimulatedCamera::Implementation::eeprom(QString* error) {
     if (profile.eeprom.wiring != EepromWiring::None)
-        return &handle.bus.device();
+        return &device;
     *error = QStringLiteral("the camera has no EEPROM");
     return nullptr;
 }
@@ -173,13 +173,13 @@ bool SimulatedCamera::saveEeprom(QString const& file, QString* error) const {
 }
 
 QByteArray SimulatedCamera::eepromBytes() const {
-    EepromContents const& contents = m_implementation->handle.bus.device().contents();
+    EepromContents const& contents = m_implementation->device.contents();
     return hasEeprom() ? QByteArray(reinterpret_cast<char const*>(contents.data()), int(contents.size()))
                        : QByteArray();
 }
 
 std::vector<StoredRecord> SimulatedCamera::eepromRecords() const {
-    return storedRecords(m_implementation->handle.bus.device().contents(), m_implementation->profile);
+    return storedRecords(m_implementation->device.contents(), m_implementation->profile);
 }
 
 bool SimulatedCamera::replayEeprom(QString const& recordName, QString* error) {
@@ -187,10 +187,10 @@ bool SimulatedCamera::replayEeprom(QString const& recordName, QString* error) {
     return device && replayRecord(device->contents(), recordName, m_implementation->profile, error);
 }
 
-void SimulatedCamera::useVirtualTime() { m_implementation->handle.bus.clock().useVirtualTime(); }
+void SimulatedCamera::useVirtualTime() { m_implementation->handle.bus.clock.useVirtualTime(); }
 
 void SimulatedCamera::advanceTime(int milliseconds) {
-    m_implementation->handle.bus.clock().advance(std::chrono::milliseconds(milliseconds));
+    m_implementation->handle.bus.clock.advance(std::chrono::milliseconds(milliseconds));
 }
 
 QStringList SimulatedCamera::faultNames() { return deviceFaultNames(); }
@@ -198,15 +198,11 @@ QStringList SimulatedCamera::faultNames() { return deviceFaultNames(); }
 bool SimulatedCamera::injectFault(QString const& name, uint64_t n, bool forEver) {
     int const fault = deviceFaultNames().indexOf(name);
     if (fault >= 0)
-        m_implementation->handle.bus.device().plan({DeviceFault(fault), n, forEver});
+        m_implementation->device.plan({DeviceFault(fault), n, forEver});
     return fault >= 0;
 }
 
-uint64_t SimulatedCamera::deviceOperations() const {
-    return m_implementation->handle.bus.device().operations();
-}
+uint64_t SimulatedCamera::deviceOperations() const { return m_implementation->device.operations(); }
 
-uint64_t SimulatedCamera::deviceBytesWritten() const {
-    return m_implementation->handle.bus.device().bytesWritten();
-}
+uint64_t SimulatedCamera::deviceBytesWritten() const { return m_implementation->device.bytesWritten(); }
 } // namespace simulator

@@ -1,4 +1,4 @@
-#include "simulator/camera/stored_records.h"
+#include "simulator/camera/headboard_bus.h"
 
 #include <QtEndian>
 #include <algorithm>
@@ -8,6 +8,7 @@
 #include <span>
 #include <tuple>
 
+// The camera's own decoder of what a calibration left in its EEPROM.
 namespace simulator {
 namespace {
 constexpr uint8_t kMagic[] = {'V', 'Y', 'E', 'E'};
@@ -64,12 +65,6 @@ constexpr TypeRow kTypes[] = {
     {11, "Headboard ID", kAll}, {12, "CCM", 9, true},     {13, "SWCCM", 9},       {14, "Defect Map"},
     {15, "Lens Type", kAll},    {16, "Time Stamp", kAll}, {17, "Scratchpad", 15}, {18, "SWSTEREO", 9},
 };
-
-TypeRow rowOf(uint8_t type) {
-    auto const found = std::find_if(std::begin(kTypes), std::end(kTypes),
-                                    [&](TypeRow const& row) { return row.type == type; });
-    return found == std::end(kTypes) ? TypeRow{type, ""} : *found;
-}
 
 // What fills all of its room has no closing zero.
 QString textIn(Bytes payload, size_t room) {
@@ -165,7 +160,9 @@ std::optional<Bytes> Decoder::find(QString const& name, QString* error) const {
 }
 
 StoredRecord Decoder::told(Item const& item) const {
-    TypeRow const row = rowOf(item.type());
+    auto const* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
+                                           [&](TypeRow const& row) { return row.type == item.type(); });
+    TypeRow const row = found == std::end(kTypes) ? TypeRow{item.type(), ""} : *found;
     StoredRecord record{.offset = offsetOf(item.whole),
                         .size = item.whole.size(),
                         .type = row.type,
