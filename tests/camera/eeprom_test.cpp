@@ -2,6 +2,7 @@
 
 #include <array>
 #include <gtest/gtest.h>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -9,9 +10,9 @@ using namespace simulator;
 
 namespace {
 QByteArray patterned() {
-    QByteArray contents(8192, '\0');
-    for (int i = 0; i < contents.size(); ++i)
-        contents[i] = char(i * 7 + i / 256);
+    QByteArray contents;
+    for (int i = 0; i < 8192; ++i)
+        contents += char(i * 7 + i / 256);
     return contents;
 }
 
@@ -36,18 +37,13 @@ TEST(Eeprom, EveryAccessMovesBytesInTheirOrder) {
         SCOPED_TRACE(access.name);
         Camera const camera = openFor(access);
         programContents(*camera, patterned());
-        QByteArray two(2, '\0');
-        QByteArray one(1, '\0');
-        EXPECT_TRUE(access.read(*camera, 0x1234, two));
-        EXPECT_EQ(two, patterned().mid(0x1234, 2));
-        EXPECT_TRUE(access.read(*camera, 0x1235, one));
-        EXPECT_EQ(one, patterned().mid(0x1235, 1));
-
-        EXPECT_TRUE(access.write(*camera, 0x40, "\xA1\x5B"));
-        EXPECT_TRUE(access.write(*camera, 0x42, "\xC3")) << "the write cycle of the bytes before";
-        EXPECT_EQ(contentsOf(*camera), patterned().replace(0x40, 3, "\xA1\x5B\xC3"));
-        EXPECT_EQ(camera->deviceOperations(), 4U);
-        EXPECT_EQ(camera->deviceBytesWritten(), 3U);
+        for (int const count : {1, 2}) {
+            QByteArray bytes(count, '\0');
+            EXPECT_TRUE(access.read(*camera, 0x1234, bytes));
+            EXPECT_EQ(bytes, patterned().mid(0x1234, count));
+            EXPECT_TRUE(access.write(*camera, 0x40, QByteArray("\xA1\x5B").left(count)));
+            EXPECT_EQ(contentsOf(*camera), patterned().replace(0x40, count, "\xA1\x5B", count));
+        }
     }
 }
 
@@ -115,26 +111,23 @@ TEST(Eeprom, DoesNotAcknowledgeWhileItStores) {
 TEST(Eeprom, BridgeIsBusyForTheTransferAndTheWriteCycle) {
     Camera const camera = openFor(kEepromAccesses[1]);
     programContents(*camera, patterned());
-    writeRegister(*camera, "IO_EEPROM_I2C_ADDR", 0xA8);
-    writeRegister(*camera, "IO_EEPROM_ADDR", 0x100);
-    writeRegister(*camera, "IO_EEPROM_DATA", 0x5A);
-    writeRegister(*camera, "IO_EEPROM_COMMAND", 0x010);
-    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x10U);
-    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_DATA"), 0x5AU) << "data before they are there";
-    camera->advanceTime(1);
-    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x04U);
-    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_DATA"), uint8_t(patterned()[0x100]));
-
-    writeRegister(*camera, "IO_EEPROM_COMMAND", 0x080);
-    camera->advanceTime(19);
-    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x10U);
-    camera->advanceTime(1);
-    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x04U);
-
-    writeRegister(*camera, "IO_EEPROM_I2C_ADDR", 0xA0); // nobody's
-    writeRegister(*camera, "IO_EEPROM_COMMAND", 0x010);
-    camera->advanceTime(1);
-    EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0U);
+    struct {
+        uint32_t device, command, milliseconds, status; ///< after one millisecond less it is still busy
+    } const rows[] = {{0xA8, 0x010, 1, 0x04}, {0xA8, 0x080, 20, 0x04}, {0xA0, 0x010, 1, 0x00}};
+    for (auto const& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.device << ' ' << row.command);
+        writeRegister(*camera, "IO_EEPROM_I2C_ADDR", row.device);
+        writeRegister(*camera, "IO_EEPROM_ADDR", 0x100);
+        writeRegister(*camera, "IO_EEPROM_DATA", 0x5A);
+        writeRegister(*camera, "IO_EEPROM_COMMAND", row.command);
+        camera->advanceTime(int(row.milliseconds) - 1);
+        EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x10U);
+        EXPECT_EQ(readRegister(*camera, "IO_EEPROM_DATA"), 0x5AU) << "data before they are there";
+        camera->advanceTime(1);
+        EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), row.status);
+        bool const isRead = row.command == 0x010 && row.status != 0;
+        EXPECT_EQ(readRegister(*camera, "IO_EEPROM_DATA"), isRead ? uint8_t(patterned()[0x100]) : 0x5AU);
+    }
 }
 
 TEST(Eeprom, BadTransfersMoveNothing) {
@@ -157,5 +150,91 @@ TEST(Eeprom, BadTransfersMoveNothing) {
         EXPECT_NE(vy_WriteSensorReg(described->handle(), &location, 0), 0);
     }
     EXPECT_EQ(contentsOf(*described), QByteArray(8192, '\xFF'));
+}
+
+// Five operations under a fault at the third: reads of what the factory left are `r`, writes `w`; the
+// expected outcomes are `+` done, `-` failed, `!` done with wrong bytes.
+struct FaultRow {
+    char const* fault;
+    bool forEver;
+    char const* operations;
+    char const* outcomes;
+};
+
+constexpr FaultRow kFaultRows[] = {
+    {"none", true, "rwrwr", "+++++"},           {"no-acknowledge", false, "rwrwr", "++-++"},
+    {"no-acknowledge", true, "rwrwr", "++---"}, {"no-acknowledge", false, "wwwrw", "++-++"},
+    {"busy-for-ever", false, "rwrwr", "++-++"}, {"busy-for-ever", true, "rwwrw", "++---"},
+    {"error-12", false, "rwrwr", "++-++"},      {"error-12", true, "rwwwr", "++---"},
+    {"flipped-bit", false, "rwrwr", "++!++"},   {"flipped-bit", true, "rwwrw", "++!!!"},
+    {"ignored-write", false, "rwwww", "++!++"}, {"ignored-write", true, "rwwrw", "++!+!"},
+    {"ignored-write", false, "rwrww", "+++++"},
+};
+
+QByteArray const kFactory = QByteArray(8192, '\x6C');
+
+/// What one operation brought, on a page of its own.
+struct Transfer {
+    char operation = 'r';
+    bool isDone = false;
+    QByteArray bytes; ///< read or to be written
+};
+
+Transfer transfer(EepromAccess const& access, SimulatedCamera& camera, char operation, uint32_t page) {
+    Transfer done{.operation = operation, .bytes = operation == 'r' ? QByteArray(2, '\0') : "\x93\x3A"};
+    done.isDone = operation == 'r' ? access.read(camera, page * 32, done.bytes)
+                                   : access.write(camera, page * 32, done.bytes);
+    return done;
+}
+
+char outcomeOf(Transfer const& done, QByteArray const& stored) {
+    QByteArray const factory = kFactory.left(2);
+    if (!done.isDone)
+        return stored == factory ? '-' : '?'; // a failed transfer leaves no trace
+    return (done.operation == 'r' ? done.bytes == factory : done.bytes == stored) ? '+' : '!';
+}
+
+TEST(EepromFault, StrikesTheNamedOperationOnEveryAccess) {
+    for (EepromAccess const& access : kEepromAccesses) {
+        for (FaultRow const& row : kFaultRows) {
+            SCOPED_TRACE(std::string(access.name) + ' ' + row.fault +
+                         (row.forEver ? " for ever " : " once ") + row.operations);
+            Camera const camera = openFor(access);
+            programContents(*camera, kFactory);
+            ASSERT_TRUE(camera->injectFault(QString::fromLatin1(row.fault), 3, row.forEver));
+            std::vector<Transfer> transfers;
+            for (uint32_t i = 0; i < 5; ++i)
+                transfers.push_back(transfer(access, *camera, row.operations[i], i));
+            EXPECT_EQ(camera->deviceOperations(), 5U);
+            ASSERT_TRUE(camera->injectFault(QStringLiteral("none")));
+            transfers.push_back(transfer(access, *camera, 'w', 5));
+
+            QByteArray const contents = contentsOf(*camera);
+            QByteArray outcomes;
+            for (size_t i = 0; i < transfers.size(); ++i)
+                outcomes += outcomeOf(transfers[i], contents.mid(int(i) * 32, 2));
+            EXPECT_EQ(outcomes, QByteArray(row.outcomes) + '+') << "the last one is without faults";
+        }
+    }
+}
+
+TEST(EepromFault, PowerCutKeepsTheBytesStoredBefore) {
+    for (EepromAccess const& access : kEepromAccesses)
+        for (bool const forEver : {false, true}) {
+            SCOPED_TRACE(std::string(access.name) + (forEver ? " for ever" : " once"));
+            Camera const camera = openFor(access);
+            programContents(*camera, kFactory);
+            ASSERT_TRUE(camera->injectFault(QStringLiteral("power-cut"), 3, forEver));
+            EXPECT_TRUE(access.write(*camera, 0, "ab"));
+            EXPECT_FALSE(access.write(*camera, 2, "cd"));
+            EXPECT_EQ(contentsOf(*camera).left(5), "abc" + kFactory.left(2));
+            QByteArray bytes(2, '\0');
+            EXPECT_EQ(access.read(*camera, 0, bytes), !forEver);
+            ASSERT_TRUE(camera->injectFault(QStringLiteral("power-cut"), 2, forEver));
+            EXPECT_TRUE(access.write(*camera, 2, "ef")) << "the transfer was over";
+            EXPECT_FALSE(access.read(*camera, 0, bytes));
+            EXPECT_EQ(access.read(*camera, 0, bytes), !forEver);
+            EXPECT_EQ(camera->deviceBytesWritten(), 5U);
+        }
 }
 } // namespace

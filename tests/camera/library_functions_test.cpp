@@ -57,9 +57,8 @@ TEST(LibraryFunctions, DescriptionTellsWhereARegisterLies) {
     auto const* const last = vy_FindRegister(handle, "PGATABLE_DATA_099");
     ASSERT_TRUE(last);
     EXPECT_STREQ(last->name, "PGATABLE_DATA_099");
-    EXPECT_EQ(last->address, 0x3640U + 99 * 2);
     EXPECT_EQ(vy_dataSize(last->dataType), 2U);
-    EXPECT_EQ(vy_FindRegisterAddr(handle, last->address, 0, 0), last);
+    EXPECT_EQ(vy_FindRegisterAddr(handle, 0x3640 + 99 * 2, 0, 0), last);
     auto const* const variable = vy_FindRegister(handle, "EXPOSURE_TARGET");
     ASSERT_TRUE(variable);
     EXPECT_EQ(variable->addressSpace, 1U);
@@ -72,6 +71,9 @@ TEST(LibraryFunctions, ValuesAreCutToTheRegistersWidthAndTheSensorsOwnChangesHid
     Camera const camera = openQuiet();
     writeRegister(*camera, "POLY_ORIGIN_C", 0x12345);
     EXPECT_EQ(readRegister(*camera, "POLY_ORIGIN_C"), 0x2345U);
+    writeRegister(*camera, "POLY_SC_ENABLE", 0x7FFE);
+    writeRegister(*camera, "POLY_SC_ENABLE", 1, "ENABLE");
+    EXPECT_EQ(readRegister(*camera, "POLY_SC_ENABLE"), 0xFFFEU) << "a bitfield changes its own bits alone";
     uint32_t const before = readRegister(*camera, "FRAME_COUNT");
     (void)camera->grab();
     EXPECT_EQ(readRegister(*camera, "FRAME_COUNT"), before);
