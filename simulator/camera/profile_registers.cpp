@@ -64,7 +64,7 @@ std::vector<RegisterMap::Bitfield> readBitfields(JsonPlace const& place, uint32_
         return bitfields;
     JsonPlace const object = place["bitfields"];
     uint32_t const widest = dataWidth >= 32 ? 0xFFFFFFFF : (1U << dataWidth) - 1;
-    for (QString const& key : object.keys()) {
+    for (QString const& key : object.object().keys()) {
         QByteArray const name = key.toLatin1();
         uint32_t const mask = object[key.toUtf8().constData()].integer(1, widest);
         bitfields.push_back({name, {name.constData(), mask, 0}});
@@ -120,7 +120,7 @@ void addFamily(JsonPlace const& place, uint32_t addressWidth, RegisterMap& regis
 } // namespace
 
 void readRegisters(JsonPlace const& place, uint32_t addressWidth, RegisterMap& registers) {
-    for (QString const& group : place.keys())
+    for (QString const& group : place.object().keys())
         for (JsonPlace const& item : place[group.toUtf8().constData()].items()) {
             if (registers.size() > kMostRegisters)
                 return item.fail(QStringLiteral("no more than %1 registers are read").arg(kMostRegisters));

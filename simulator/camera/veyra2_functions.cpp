@@ -1,7 +1,7 @@
 #include "simulator/boundary/observed_call.h"
 #include "simulator/camera/headboard_bus.h"
 #include "simulator/camera/simulated_camera.h"
-#include "simulator/files/library_folder.h"
+#include "simulator/files/whole_file.h"
 
 #include "published/veyra2.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/pictures/block_report.h"
 #include "simulator/host/report/report.h"
+#include "simulator/pictures/block_report.h"
 
 #include <QImage>
 #include <optional>

@@ -1,10 +1,10 @@
 #include "simulator/host/window/host_window.h"
 
 #include "simulator/files/interruption.h"
-#include "simulator/pictures/block_report.h"
 #include "simulator/host/run/run_all.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
+#include "simulator/pictures/block_report.h"
 #include "ui_host_window.h"
 
 #include <QAbstractItemView>

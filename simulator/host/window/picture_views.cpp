@@ -1,7 +1,7 @@
 #include "simulator/host/window/picture_views.h"
 
-#include "simulator/pictures/block_report.h"
 #include "simulator/host/report/charts.h"
+#include "simulator/pictures/block_report.h"
 
 #include <QPainter>
 #include <algorithm>
