@@ -23,7 +23,7 @@ DialogScene::DialogScene() : m_pixels(size_t(kWidth) * kHeight, 0x808080) {
     QString error;
     if (!m_plugin.load(QStringLiteral(PLUGIN_FILE), &error))
         qFatal("%s", qUtf8Printable(error));
-    m_camera = simulator::SimulatedCamera::open(QStringLiteral("poly-12bit"), &error);
+    m_camera = simulator::SimulatedCamera::open(QStringLiteral("polynomial"), &error);
     if (!m_camera)
         qFatal("%s", qUtf8Printable(error));
     std::string const eeprom = m_bench.saveDir() + "/eeprom.bin";

@@ -120,7 +120,7 @@ class Seeds:
 
     def __init__(self, folder, programs):
         self.folder = folder
-        bases = ["poly-12bit", "ycbcr", "kind76-1", "kind71", "kind25"]
+        bases = ["polynomial", "ycbcr", "adaptive-76", "eeprom-bridge-71", "no-eeprom-25"]
         self.profiles = [self._small(programs, base) for base in bases]
         self.profile = self.profiles[0]
         self.plain = self._write("plain.json", json.dumps(json.loads(self.profile.read_text()) |

@@ -21,9 +21,9 @@ struct Access {
 };
 
 constexpr Access kAccesses[] = {
-    {"serial transfers", "poly-12bit", false},
-    {"bus description", "kind103", false},
-    {"bridge", "kind71", true},
+    {"serial transfers", "polynomial", false},
+    {"bus description", "bus-master-103", false},
+    {"bridge", "eeprom-bridge-71", true},
 };
 
 // These faults reach the library's answer; the others corrupt in silence.

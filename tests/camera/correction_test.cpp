@@ -99,7 +99,7 @@ double between(double kelvin, size_t lower, double lowerKelvin, double upperKelv
 }
 
 TEST(TableBlend, MixesTheNeighboursInReciprocalKelvinInWhateverOrderTheyStand) {
-    Camera const camera = openProfile("kind72-1");
+    Camera const camera = openProfile("adaptive-72");
     auto const gainUnder = [&](double kelvin) {
         light(camera, kelvin);
         return correctionAt(camera);
@@ -131,13 +131,13 @@ struct Holding {
 
 constexpr size_t kMixing = 3;
 constexpr Holding kHoldings[] = {
-    {"kind68-1", "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 0, 1},
-    {"kind68-2", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 1, 0},
-    {"kind68-2", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 3, 2},
-    {"kind68-2", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 4, kMixing},
-    {"kind76-2", "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 2, 1},
-    {"kind76-2", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 0, 1},
-    {"kind76-2", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1, kMixing},
+    {"three-tables-68", "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 0, 1},
+    {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 1, 0},
+    {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 3, 2},
+    {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 4, kMixing},
+    {"automatic-76", "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 2, 1},
+    {"automatic-76", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 0, 1},
+    {"automatic-76", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1, kMixing},
 };
 
 TEST(HeldTable, IsShownUnderEveryLampAndNoneAtReset) {
@@ -166,7 +166,7 @@ double seen(Camera const& camera) {
 }
 
 TEST(IlluminantEstimate, FollowsTheLampWhateverTheExposureAndTheCorrection) {
-    for (char const* const profile : {"kind68-2", "kind72-2", "kind76-2"}) {
+    for (char const* const profile : {"zone-tables-68", "adaptive-72-flipped", "automatic-76"}) {
         SCOPED_TRACE(profile);
         Camera const camera = openProfile(profile);
         for (double const kelvin : {2300.0, 4900.0, 9000.0})

@@ -44,7 +44,7 @@ TEST(Frame, LampColourRampAndObjectReachThePicture) {
 }
 
 TEST(Frame, UnusableRowsHoldNoPicture) {
-    Camera const camera = openProfile("kind33");
+    Camera const camera = openProfile("unusable-rows-33");
     camera->setLight({.level = 0});
     Frame const frame = camera->grab();
     for (uint32_t y = 0; y < 3; ++y) {

@@ -11,7 +11,7 @@ namespace {
 constexpr std::pair<char const*, char const*> kProfileFaults[] = {
     {R"("kind": )", "p.json: line 1: "},
     {R"("base": "p")", "p.json: base: p.json: base: "},
-    {R"("base": ["poly-12bit", "groups/nowhere"])", "p.json: base: nowhere.json: cannot be read"},
+    {R"("base": ["polynomial", "groups/nowhere"])", "p.json: base: nowhere.json: cannot be read"},
     {R"("systemOnChip": 1)", "p.json: systemOnChip: true or false is expected"},
     {R"("optics": 1)", "p.json: optics: an object is expected"},
     {R"("optics": {"lens": {"centre": [1, 2, 3]}})",
@@ -30,12 +30,12 @@ constexpr std::pair<char const*, char const*> kProfileFaults[] = {
     {R"("optics": {"colourShading": []})", "p.json: optics.colourShading: at least one illuminant is needed"},
     {R"("eeprom": {"kind": "paper"})", "p.json: eeprom.kind: \"paper\" is none of none, serial, bridge"},
     {R"("eeprom": {"kind": "bridge"})", "p.json: eeprom.kind: there is no register \"IO_EEPROM_I2C_ADDR\""},
-    {R"("base": "kind72-1", "tableChoice": {"temperatures": ["FRAME_COUNT", "FRAME_COUNT", "FRAME_COUNT"]})",
+    {R"("base": "adaptive-72", "tableChoice": {"temperatures": ["FRAME_COUNT", "FRAME_COUNT", "FRAME_COUNT"]})",
      "p.json: tableChoice.temperatures[0]: the layout tells another register"},
 };
 
 QByteArray profileOf(QByteArray const& content) {
-    return content.contains("\"base\"") ? '{' + content + '}' : R"({"base": "poly-12bit", )" + content + '}';
+    return content.contains("\"base\"") ? '{' + content + '}' : R"({"base": "polynomial", )" + content + '}';
 }
 
 void expectFault(QByteArray const& content, char const* message, TestFiles const& files = {}) {
@@ -60,7 +60,7 @@ QByteArray repeated(char const* item, int times) {
 // A file of a few lines must not ask for hours or for more than the memory.
 TEST(MalformedFiles, CountsAreBounded) {
     TestFiles const files;
-    (void)files.write("q.json", R"({"base": [)" + repeated("\"poly-12bit\"", 8) + "]}");
+    (void)files.write("q.json", R"({"base": [)" + repeated("\"polynomial\"", 8) + "]}");
     expectFault(R"("base": [)" + repeated("\"q\"", 8) + ']', "p.json: base: q.json: no more than 64 files",
                 files);
     expectFault(R"("registers": {"more": [)" +

@@ -63,10 +63,11 @@ TEST(StartUp, ShortEntriesHoldPageOrDriver) {
         ASSERT_TRUE(camera->replayEeprom({}, &error)) << profile << qPrintable(error);
         EXPECT_EQ(readRegister(*camera, reg), value) << profile;
     };
-    expectValue("kind154", withLength(3, shortEntry(0x0210, 0x3E00)), "P_GR_P0Q0", 0x3E00);
+    expectValue("paged-154", withLength(3, shortEntry(0x0210, 0x3E00)), "P_GR_P0Q0", 0x3E00);
     expectValue("soc-pga", withLength(4, shortEntry(0x8000 | 2 << 10 | 0x14F, 0x1142)), "EXPOSURE_TARGET",
                 0x42);
-    expectValue("kind95", withLength(4, shortEntry(18 << 10 | 0x0BE, 0x4321)), "CAM_PGA_PGA_CONTROL", 0x4321);
+    expectValue("firmware-switch-95", withLength(4, shortEntry(18 << 10 | 0x0BE, 0x4321)),
+                "CAM_PGA_PGA_CONTROL", 0x4321);
 }
 
 TEST(StartUp, TakesTheFirstRecordOrTheNamedOneBehindOthers) {

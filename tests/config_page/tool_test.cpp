@@ -25,7 +25,7 @@ constexpr int kLongestRunMs = 60'000;
 class HeadboardConfig : public ::testing::Test {
 protected:
     HeadboardConfig() {
-        options.profile = QStringLiteral("poly-12bit");
+        options.profile = QStringLiteral("polynomial");
         options.eepromFile = file("eeprom.bin");
         options.settingsFile = file("settings.ini");
         showMessage.replace([](QWidget*, UserMessage const&) { return QMessageBox::Ok; });
@@ -106,7 +106,7 @@ TEST_F(HeadboardConfig, WhatAPersonAppliesIsInTheEepromsFileAndComesBack) {
 
 TEST_F(HeadboardConfig, EveryWiringOfAnEepromLeadsToItsIdentificationBytes) {
     // Serial bus, bridge, bus master, and serial bus at another address.
-    for (char const* profile : {"soc-pga", "kind71", "kind103", "kind95"}) {
+    for (char const* profile : {"soc-pga", "eeprom-bridge-71", "bus-master-103", "firmware-switch-95"}) {
         SCOPED_TRACE(profile);
         options.profile = QLatin1String(profile);
         options.eepromFile = file(profile);

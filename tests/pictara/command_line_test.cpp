@@ -34,7 +34,7 @@ TEST(CommandLine, NamesTheOptionThatIsWrong) {
         {{"--compare-shading", "a.json", "b.json", "c.json"}, "not an option"},
         {{"--replay", "calls.txt", "--seed", "2"}, "--seed"},
         {{"--colour"}, "colour"},
-        {{"poly-12bit"}, "poly-12bit"},
+        {{"polynomial"}, "polynomial"},
         {{"--profile"}, "profile"},
     };
     for (auto const& row : rows) {

@@ -31,7 +31,7 @@ QByteArray importedResults(ProgramRun const& run, QString const& profile) {
 
 // On the raw path and behind the sensor's bus master.
 TEST_F(EepromProgram, WhatWasStoredIsWhatCorrects) {
-    for (char const* base : {"poly-12bit", "kind103"}) {
+    for (char const* base : {"polynomial", "bus-master-103"}) {
         SCOPED_TRACE(base);
         QString const profile = smallProfile(base);
         ProgramRun const run({"--run-all", "--profile", profile, "--eeprom", device});
@@ -63,14 +63,14 @@ TEST_F(EepromProgram, AFaultIsToldByTheDialogTheSummaryAndTheExitCode) {
         char const* result;
         char const* told;
     } const rows[] = {
-        {"poly-12bit", "error-12", 9, "calibrated, not saved",
+        {"polynomial", "error-12", 9, "calibrated, not saved",
          "Prom_Save_Status: Error accessing the EEPROM."},
-        {"poly-12bit", "error-12@1+", 9, "calibrated, not saved", "Prom_Save_Status: No EEPROM."},
+        {"polynomial", "error-12@1+", 9, "calibrated, not saved", "Prom_Save_Status: No EEPROM."},
         // The dialog says that it saved.
-        {"poly-12bit", "ignored-write+", 9, "calibrated, not saved", "does not hold the solution"},
-        {"kind71", "none", 9, "calibrated, not saved", "does not hold the solution"},
+        {"polynomial", "ignored-write+", 9, "calibrated, not saved", "does not hold the solution"},
+        {"eeprom-bridge-71", "none", 9, "calibrated, not saved", "does not hold the solution"},
         // Behind the bridge the dialog cannot tell silence from absence, and asks for ever.
-        {"kind71", "no-acknowledge@1+", 1, "not calibrated", "stands still before its first step"},
+        {"eeprom-bridge-71", "no-acknowledge@1+", 1, "not calibrated", "stands still before its first step"},
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.fault);
@@ -88,7 +88,7 @@ TEST_F(EepromProgram, AFaultIsToldByTheDialogTheSummaryAndTheExitCode) {
 TEST_F(EepromProgram, KeepsWhatAFailedSaveWrote) {
     ASSERT_TRUE(writeFile(device, QByteArray(8192, '\xFF')));
     // Six bytes are the header's, written when the dialog opens.
-    ProgramRun const run({"--run-all", "--profile", smallProfile("poly-12bit"), "--eeprom", device, "--fault",
+    ProgramRun const run({"--run-all", "--profile", smallProfile("polynomial"), "--eeprom", device, "--fault",
                           "power-cut@16+"});
     EXPECT_EXIT_CODE(run, 9);
     QByteArray const kept = run.contents(device);

@@ -15,19 +15,16 @@ struct Row {
 
 void PrintTo(Row const& row, std::ostream* out) { *out << row.profile; }
 
-// The profiles poly-*ed differ in orientation and Bayer phase: together with the default one they have all
-// four of each, of the array and of the delivered frame.
+// These and the adaptive ones below have all four orientations and all four Bayer phases, of the array and
+// of the delivered frame.
 constexpr Row kRows[] = {
-    {"poly-strong"},
-    {"poly-extreme"},
-    {"poly-mirrored"},
-    {"poly-flipped"},
-    {"poly-rotated"},
+    {"polynomial-extreme"},
+    {"polynomial-rotated"},
     {"soc-pga"},
     {"ycbcr", 2.0, "YCbCr calibration. Bypass mode recommended."},
-    {"kind16", 2.0},
-    {"kind33"},
-    {"kind154"},
+    {"soc-rgb-16", 2.0},
+    {"unusable-rows-33"},
+    {"paged-154"},
 };
 
 class Profile : public testing::TestWithParam<Row> {};
@@ -62,7 +59,7 @@ TEST_P(AdaptiveProfile, IsFlattenedUnderEachLightAndBetweenByTheBlendAlone) {
     // One of them saves its record, too.
     QString profile = GetParam();
     QTemporaryDir const folder;
-    if (profile != "kind72-1")
+    if (profile != "adaptive-72")
         profile = writeChangedProfile(folder.path(), GetParam(), kNoEeprom);
     ProgramRun const run({"--run-all", "--profile", profile});
     EXPECT_EXIT_CODE(run, 0);
@@ -81,8 +78,8 @@ TEST_P(AdaptiveProfile, IsFlattenedUnderEachLightAndBetweenByTheBlendAlone) {
 }
 
 INSTANTIATE_TEST_SUITE_P(ThreeIlluminants, AdaptiveProfile,
-                         testing::Values("kind68-1", "kind68-2", "kind72-1", "kind72-2", "kind76-1",
-                                         "kind76-2"),
+                         testing::Values("three-tables-68", "zone-tables-68", "adaptive-72",
+                                         "adaptive-72-flipped", "adaptive-76", "automatic-76"),
                          [](auto const& row) {
                              return QString(row.param).remove(QLatin1Char('-')).toStdString();
                          });

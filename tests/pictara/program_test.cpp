@@ -108,7 +108,7 @@ TEST(Program, FlattensMeasuredLensesUnderEachLamp) {
     QStringList const modules = folder->entryList({"*.json"}, QDir::Files, QDir::Name);
     ASSERT_FALSE(modules.isEmpty()) << "no measured lenses in " << folder->path().toStdString();
     QTemporaryDir const profileFolder;
-    QString const profile = writeChangedProfile(profileFolder.path(), "poly-12bit", kNoEeprom);
+    QString const profile = writeChangedProfile(profileFolder.path(), "polynomial", kNoEeprom);
     for (QString const& module : modules) {
         QFile file(folder->filePath(module));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -145,8 +145,8 @@ TEST(Program, WhatCannotBeRunEndsWithAMessage) {
         {{"--plugin", folder.filePath("none.so")}, "none.so"},
         {{"--eeprom", cut}, "8191"},
         {{"--eeprom", folder.filePath("none/eeprom.bin")}, "none/eeprom.bin"},
-        {{"--eeprom", blank, "--profile", "kind25"}, "has no EEPROM for --eeprom"},
-        {{"--fault", "error-12", "--profile", "kind25"}, "has no EEPROM for --fault"},
+        {{"--eeprom", blank, "--profile", "no-eeprom-25"}, "has no EEPROM for --eeprom"},
+        {{"--fault", "error-12", "--profile", "no-eeprom-25"}, "has no EEPROM for --fault"},
         {{"--fault", "error-13"}, "error-12"},
         {{"--replay-eeprom", blank}, "EEPROM"},
         {{"--replay-eeprom", folder.filePath("none.bin")}, "none.bin"},
@@ -170,7 +170,7 @@ TEST(Program, WhatIsNoRegularFileIsRefusedAndStays) {
     QTemporaryDir const folder;
     QString const pipe = folder.filePath("pipe");
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    QString const profile = writeSmallProfile(folder.path(), "poly-12bit", {});
+    QString const profile = writeSmallProfile(folder.path(), "polynomial", {});
     for (char const* option : {"--eeprom", "--ini", "--shading", "--record", "--profile", "--script",
                                "--replay-eeprom", "--measure-shading", "--plugin"}) {
         SCOPED_TRACE(option);

@@ -73,14 +73,14 @@ TEST_F(RecordingProgram, ADifferenceIsNamedByItsLine) {
 
 // What is no script ends with 2, what cannot be done, or was not seen, with 1.
 TEST_F(RecordingProgram, WhatCannotBeReplayedIsToldWithItsLine) {
-    QByteArray const sensor = "profile kind25\n";
+    QByteArray const sensor = "profile no-eeprom-25\n";
     struct {
         QByteArray contents;
         int code;
         char const* told = "copy.txt:";
     } const rows[] = {
         {"[Other]\n", 2, "no command"},
-        {"profile poly-12bit\nseed one\nopen\n", 2, "copy.txt:2: "},
+        {"profile polynomial\nseed one\nopen\n", 2, "copy.txt:2: "},
         {"eeprom blank\neeprom 8190 ffffff\nopen\n", 2, "copy.txt:2: "},
         {"light nan\nopen\n", 2, "copy.txt:1: "},
         {"open\nseed 1\n", 2, "copy.txt:2: "},
@@ -131,7 +131,7 @@ screenshot dialog.png     # in the output folder
 // Light, EEPROM and settings at the beginning are the recording's, whatever became of the files.
 TEST_F(RecordingProgram, AScriptWalksThroughACalibrationAndItsRecordingTellsAll) {
     QString const device = folder.filePath("device.bin"),
-                  profile = writeSmallProfile(folder.path(), "poly-12bit", {});
+                  profile = writeSmallProfile(folder.path(), "polynomial", {});
     ASSERT_TRUE(writeFile(device, QByteArray::fromHex("5659454501ff") + QByteArray(8186, '\x11')));
     ASSERT_TRUE(writeFile(script, kCalibrationByHand));
     ProgramRun const run(
@@ -187,7 +187,7 @@ TEST_F(RecordingProgram, AnInterruptedRunLeavesWholeFiles) {
     for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
         QProcess process;
         process.start(QStringLiteral(PICTARA_SIM),
-                      {"--run-all", "--profile", writeSmallProfile(folder.path(), "poly-12bit", {}),
+                      {"--run-all", "--profile", writeSmallProfile(folder.path(), "polynomial", {}),
                        "--output", output, "--record", copy});
         // The first line of progress: frames are on their way.
         ASSERT_TRUE(process.waitForReadyRead(60'000));

@@ -23,11 +23,11 @@ TEST_F(Refusal, IsToldByDialogSummaryAndExitCode) {
         {run + QStringList{"--level", "0.001"}, 4, "too dark"},
         {run + QStringList{"--level", "10000"}, 5, "clipped"},
         {run + QStringList{"--gradient", "-0.5"}, 6, "the lamp is not even"},
-        {{"--run-all", "--object", "--profile", writeChangedProfile(folder.path(), "kind72-1", kNoEeprom)},
+        {{"--run-all", "--object", "--profile", writeChangedProfile(folder.path(), "adaptive-72", kNoEeprom)},
          6,
          "not flat",
          {}},
-        {{"--run-all", "--profile", "poly-wrong-size"},
+        {{"--run-all", "--profile", "wrong-size"},
          7,
          "1280 x 720 instead of 1920 x 1080",
          "Calibrate_Status: Error: Incompatible image size."},
@@ -65,7 +65,7 @@ TEST_F(Refusal, DoesNotSpoilTheNextGoodPicture) {
     QString const script = folder.filePath("mend.txt");
     ASSERT_TRUE(writeFile(script, kMendTheLight));
     ProgramRun const mended({"--script", script, "--level", "0.001", "--profile",
-                             writeChangedProfile(folder.path(), "poly-12bit", kNoEeprom)});
+                             writeChangedProfile(folder.path(), "polynomial", kNoEeprom)});
     EXPECT_EXIT_CODE(mended, 0);
     EXPECT_GE(mended.figure("uniformity uncorrected"), 4.0);
     EXPECT_LE(mended.figure("uniformity corrected"), 1.0);

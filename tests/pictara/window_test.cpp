@@ -39,7 +39,7 @@ struct HostWindowTest : testing::Test {
     void SetUp() override {
         options.eepromFile = folder.filePath("board.bin");
         ASSERT_TRUE(files::replace(options.eepromFile, smallImage(), &error)) << error.toStdString();
-        options.profile = writeSmallProfile(folder.path(), "poly-12bit", {});
+        options.profile = writeSmallProfile(folder.path(), "polynomial", {});
         options.outputFolder = folder.filePath("out");
         options.lightLevel = 1.00023;
         session = Session::open(options, &error);

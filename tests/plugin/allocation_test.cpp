@@ -80,7 +80,7 @@ extern "C" [[gnu::visibility("default")]] int clock_gettime(clockid_t clock, tim
 namespace pictara {
 namespace {
 constexpr int kMostTicks = 100;
-constexpr char kThreeIlluminants[] = "kind72-1";
+constexpr char kThreeIlluminants[] = "adaptive-72";
 
 // The sensor of the three-illuminant page has the size that the solver's own layout files tell.
 QString smallProfile(QString const& folder, char const* base) {
@@ -186,6 +186,6 @@ TEST_P(Allocation, ThatFailsWhileTheDialogIsMadeLeavesNoneAndTheNextOneOpens) {
     EXPECT_GE(dialogs, 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Profiles, Allocation, testing::Values("poly-12bit", kThreeIlluminants));
+INSTANTIATE_TEST_SUITE_P(Profiles, Allocation, testing::Values("polynomial", kThreeIlluminants));
 } // namespace
 } // namespace pictara

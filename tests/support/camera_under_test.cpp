@@ -25,7 +25,7 @@ Camera openChanged(QByteArray const& changes) {
     TestFiles const files;
     QJsonObject profile = QJsonDocument::fromJson(changes).object();
     EXPECT_FALSE(profile.isEmpty()) << changes.constData();
-    profile.insert(QStringLiteral("base"), QStringLiteral("poly-12bit"));
+    profile.insert(QStringLiteral("base"), QStringLiteral("polynomial"));
     return openProfile(files.write(QStringLiteral("changed.json"), QJsonDocument(profile).toJson()));
 }
 

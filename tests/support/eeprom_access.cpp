@@ -93,9 +93,9 @@ bool writeDescribed(SimulatedCamera& camera, uint32_t address, QByteArray const&
 } // namespace
 
 EepromAccess const kEepromAccesses[3] = {
-    {"raw", "poly-12bit", readRaw, writeRaw},
-    {"bridge", "kind71", readBridge, writeBridge},
-    {"description", "kind103", readDescribed, writeDescribed},
+    {"raw", "polynomial", readRaw, writeRaw},
+    {"bridge", "eeprom-bridge-71", readBridge, writeBridge},
+    {"description", "bus-master-103", readDescribed, writeDescribed},
 };
 
 Camera openFor(EepromAccess const& access) {

@@ -16,7 +16,7 @@ inline QString writeChangedProfile(QString const& folder, char const* base, QByt
 inline constexpr char kNoEeprom[] = R"(, "eeprom": {"kind": "none"})";
 
 /// The profile with fewer pixels. Lens and colours are the same, and a run takes a fraction of the time.
-inline QString writeSmallProfile(QString const& folder, char const* base = "poly-12bit",
+inline QString writeSmallProfile(QString const& folder, char const* base = "polynomial",
                                  QByteArray const& more = kNoEeprom) {
     QByteArray const size = R"({"width": 480, "height": 270})";
     return writeChangedProfile(folder, base, R"(, "array": )" + size + R"(, "layout": )" + size + more);

@@ -89,7 +89,7 @@ TEST_F(ImageUnderTest, CheckNamesEveryDamageAndItsPlaceOnlyRemarksWhatIsUnusualA
 // reads.
 TEST_F(ImageUnderTest, CheckAndThePlugInAgreeOnChainsThatEndAtTheLastByte) {
     QString error;
-    auto const camera = simulator::SimulatedCamera::open(QStringLiteral("poly-12bit"), &error);
+    auto const camera = simulator::SimulatedCamera::open(QStringLiteral("polynomial"), &error);
     ASSERT_TRUE(camera) << qPrintable(error);
     installVeyra2(linkedLibrary());
     int whole = 0;

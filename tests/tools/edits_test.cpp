@@ -103,13 +103,13 @@ TEST_F(Import, ForASensorTheRecordSwitchesTheCorrectionAndHoldsOnlyWhatWasTold) 
         char const* shown;
         char const* note = "";
     };
-    for (Row const& row : {Row{"poly-12bit", "REG = 0, 0x3784, 0x21C\nREG = 0, 0x3602, 7", R"(
+    for (Row const& row : {Row{"polynomial", "REG = 0, 0x3784, 0x21C\nREG = 0, 0x3602, 7", R"(
 0      0x00        0x3780      2     0x8000      0x0000
 0      0x00        0x3602      -     0x0000      0x0007
 0      0x00        0x3784      -     0x0000      0x021C
 0      0x00        0x3780      2     0x8000      0x0001
 (Add)"},
-                           {"kind76-2", "REG = 0, 0x3782, 0x280\nREG = 0, 0x3B00, 0xAF0\n", R"(
+                           {"automatic-76", "REG = 0, 0x3782, 0x280\nREG = 0, 0x3B00, 0xAF0\n", R"(
 1      0x12        0x00BE      2     0x0001      0x0000
 0      0x00        0x3B00      -     0x0000      0x0AF0
 1      0x12        0x00BE      2     0x0002      0x0001
@@ -130,12 +130,12 @@ TEST_F(Import, ForASensorTheRecordSwitchesTheCorrectionAndHoldsOnlyWhatWasTold) 
           {"REG = 0x3602, 0x100000000", "more than 32 bits"},
           {"STATE = Gamma, 9", "no line of a register"}}) {
         write(imageOf({}));
-        Outcome const outcome = import(line, {"PGA", "--sensor", "poly-12bit"});
+        Outcome const outcome = import(line, {"PGA", "--sensor", "polynomial"});
         EXPECT_EQ(outcome.exitCode, kExitRefused);
         EXPECT_SAYS(outcome.complaint, why);
         EXPECT_EQ(read(), imageOf({}));
     }
-    EXPECT_EQ(import("REG = 0x3602, 1", {"CCM", "--sensor", "poly-12bit"}).exitCode, kExitRefused);
+    EXPECT_EQ(import("REG = 0x3602, 1", {"CCM", "--sensor", "polynomial"}).exitCode, kExitRefused);
     EXPECT_EQ(import("REG = 0x3602, 1", {"PGA", "--sensor", "none"}).exitCode, kExitUnusable);
 }
 

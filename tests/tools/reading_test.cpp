@@ -62,7 +62,7 @@ TEST_F(ImageUnderTest, BadCommandLinesAndFilesAreToldFromDamage) {
     EXPECT_EQ(run({}).exitCode, kExitUnusable);
     for (char const* const command :
          {"lst", "list 5", "show", "show 5x", "show 0x", "show -5", "list --paged", "check --every", "delete",
-          "list --label x", "import a b PGA --paged --sensor poly-12bit", "import a b PGA --label=",
+          "list --label x", "import a b PGA --paged --sensor polynomial", "import a b PGA --label=",
           "delete XYZ", "delete EE_IDENT", "delete END_OF_RECORDS", "delete 256", "import a b", "format now"})
         EXPECT_EQ(run(QString(command).split(' ')).exitCode, kExitUnusable) << command;
     EXPECT_EQ(read(), good);

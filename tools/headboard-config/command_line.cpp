@@ -13,7 +13,7 @@ struct OptionRow {
 };
 
 constexpr OptionRow kOptions[] = {
-    {"profile", "NAME|FILE", "The simulated sensor (default poly-12bit).", "poly-12bit"},
+    {"profile", "NAME|FILE", "The simulated sensor (default polynomial).", "polynomial"},
     {"list-profiles", nullptr, "List the simulated sensors and end.", ""},
     {"eeprom", "FILE",
      "The EEPROM's 8192 bytes, read when the file exists and written at the end (default "

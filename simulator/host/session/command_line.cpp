@@ -70,7 +70,7 @@ OptionGroup const kGroups[] = {
        setText<&Options::recordingFile>},
       {"list-profiles", nullptr, "List the simulated sensors.", setSwitch<&Options::listProfiles>}}},
     {"Camera and light",
-     {{"profile", "NAME|FILE", "The simulated sensor (default poly-12bit).", setText<&Options::profile>},
+     {{"profile", "NAME|FILE", "The simulated sensor (default polynomial).", setText<&Options::profile>},
       {"shading", "FILE", "Put a measured lens before the sensor.", setText<&Options::shadingFile>},
       {"light", "KELVIN", "Colour temperature of the lamp (default 5000).",
        setNumber<&Options::lightKelvin, kColourTemperatures>},

@@ -31,7 +31,7 @@ struct Options {
     QStringList comparedFiles;     ///< two shading tables to be laid side by side
     QString recordingFile;         ///< where the calls across the boundary are kept as well
 
-    QString profile = QStringLiteral("poly-12bit");
+    QString profile = QStringLiteral("polynomial");
     bool chooseProfile = false; ///< by hand, before the window opens
     QString shadingFile;
     std::optional<double> lightKelvin; ///< of the lamp; none: the usual one, or what a page asks for
