@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <initializer_list>
 
 namespace files {
 inline volatile std::sig_atomic_t interrupted = 0; ///< for the two below

@@ -4,12 +4,12 @@
 #include "simulator/host/window/call_log.h"
 #include "simulator/host/window/panels.h"
 
+#include <QDialog>
 #include <QMainWindow>
 #include <QPointer>
 #include <QTimer>
 #include <memory>
 
-class QDialog;
 class QLabel;
 
 namespace pictara {
