@@ -66,7 +66,7 @@ private:
 
 int runScript(Session& session, Script const& script) {
     QString const& file = script.options.scriptFile;
-    Player player(session, script.options);
+    Player player(session);
     ScriptEnd end;
     end.commands = script.commands.size();
     for (Command const& command : script.commands) {
@@ -116,7 +116,7 @@ int replayRecording(Options const& given) {
             complain(error);
             return kExitUsage;
         }
-        Player player(*session, script->options);
+        Player player(*session);
         for (Command const& command : script->commands)
             if (difference = replay.differenceIn(player, command, given.replayedRecordingFile);
                 !difference.isEmpty() || files::isInterrupted())

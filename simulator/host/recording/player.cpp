@@ -249,8 +249,7 @@ struct Verbs {
 
 std::span<Verb const> verbs() { return Verbs::all(); }
 
-Player::Player(Session& session, Options const& options)
-    : m_session(session), m_placeholders(placeholdersOf(options)) {}
+Player::Player(Session& session) : m_session(session), m_placeholders(placeholdersOf(session.options())) {}
 
 bool Player::perform(Command const& command, QString* error) {
     QStringList words;

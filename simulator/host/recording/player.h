@@ -12,7 +12,7 @@ class Session;
 class Player {
 public:
     /// What is borrowed outlives the player. What needs the dialog opens it unless the script did so.
-    Player(Session& session, Options const& options);
+    explicit Player(Session& session);
 
     /// False with the cause when it cannot be done. An interruption ends it early.
     [[nodiscard]] bool perform(Command const& command, QString* error);
