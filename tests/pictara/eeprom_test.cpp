@@ -46,7 +46,7 @@ TEST_F(EepromProgram, WhatWasStoredIsWhatCorrects) {
         EXPECT_EXIT_CODE(replay, 0);
         // Other frames have other noise.
         for (char const* figure : {"uniformity uncorrected", "uniformity corrected"})
-            EXPECT_NEAR(run.figure(figure), replay.figure(figure), 0.3) << figure;
+            EXPECT_NEAR(run.figure(figure), replay.figure(figure), 0.1) << figure;
         EXPECT_EQ(replay.value("correction was on when the dialog opened"), QStringLiteral("yes"));
         EXPECT_EQ(replay.figure("registers of the solution written"), 0);
         EXPECT_FALSE(replay.contents("replay-report.html").isEmpty());
