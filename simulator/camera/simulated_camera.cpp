@@ -158,18 +158,11 @@ bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
                      .arg(file)
                      .arg(kEepromSize)
                      .arg(bytes->size());
-    else if (device)
-        *error = QStringLiteral("%1: cannot be read: %2").arg(file, *error);
     return false;
 }
 
 bool SimulatedCamera::saveEeprom(QString const& file, QString* error) const {
-    if (!m_implementation->eeprom(error))
-        return false;
-    bool const isSaved = files::replace(file, eepromBytes(), error);
-    if (!isSaved)
-        *error = QStringLiteral("%1: cannot be written: %2").arg(file, *error);
-    return isSaved;
+    return m_implementation->eeprom(error) && files::replace(file, eepromBytes(), error);
 }
 
 QByteArray SimulatedCamera::eepromBytes() const {

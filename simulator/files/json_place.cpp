@@ -135,11 +135,8 @@ std::optional<QJsonObject> parseJson(QByteArray const& text, QString const& name
 }
 
 std::optional<QJsonObject> readJson(QString const& file, QString* error) {
-    if (auto const text = files::read(file, kMostBytes, error))
-        return parseJson(*text, QFileInfo(file).fileName(), error);
-    // Where it was looked for is what its user needs to know.
-    *error = at(file, {}, QStringLiteral("cannot be read: %1").arg(*error));
-    return std::nullopt;
+    auto const text = files::read(file, kMostBytes, error);
+    return text ? parseJson(*text, QFileInfo(file).fileName(), error) : std::nullopt;
 }
 
 QJsonObject mergedJson(QJsonObject base, QJsonObject const& changes) {

@@ -12,12 +12,16 @@
 
 namespace files {
 namespace {
-bool isOtherThanAFile(QString const& name, QString* error) {
+constexpr char kNoFile[] = "it is no regular file";
+
+bool isOtherThanAFile(QString const& name) {
     QFileInfo const info(name);
-    bool const isOther = info.exists() && !info.isFile();
-    if (isOther)
-        *error = QStringLiteral("it is no regular file");
-    return isOther;
+    return info.exists() && !info.isFile();
+}
+
+bool fail(QString const& name, QString const& cause, QString* error) {
+    *error = QStringLiteral("%1: cannot be written: %2").arg(name, cause);
+    return false;
 }
 } // namespace
 
@@ -40,48 +44,38 @@ QString libraryFolder() {
 }
 
 std::optional<QByteArray> read(QString const& name, qint64 most, QString* error) {
-    if (isOtherThanAFile(name, error))
-        return std::nullopt;
     QFile file(name);
     QByteArray bytes;
+    QString cause;
     // Asked first, so that not even the bound is read of a file that is far too large; some tell a size of 0.
-    if (file.open(QIODevice::ReadOnly) && file.size() <= most)
+    if (isOtherThanAFile(name))
+        cause = QLatin1String(kNoFile);
+    else if (file.open(QIODevice::ReadOnly) && file.size() <= most)
         bytes = file.read(most + 1);
     if (file.error() != QFileDevice::NoError)
-        *error = file.errorString();
-    else if (file.size() > most || bytes.size() > most)
-        *error = QStringLiteral("it has more than %1 bytes").arg(most);
-    else
+        cause = file.errorString();
+    else if (cause.isEmpty() && (file.size() > most || bytes.size() > most))
+        cause = QStringLiteral("it has more than %1 bytes").arg(most);
+    if (cause.isEmpty())
         return bytes;
+    *error = QStringLiteral("%1: cannot be read: %2").arg(name, cause);
     return std::nullopt;
 }
 
 bool isReplaceable(QString const& name, QString* error) {
-    if (isOtherThanAFile(name, error))
-        return false;
     QFileInfo const folder(QFileInfo(name).absolutePath());
-    bool const hasPlace = folder.isDir() && folder.isWritable();
-    if (!hasPlace)
-        *error = QStringLiteral("its folder takes no files");
-    return hasPlace;
+    if (isOtherThanAFile(name))
+        return fail(name, kNoFile, error);
+    return (folder.isDir() && folder.isWritable()) || fail(name, "its folder takes no files", error);
 }
 
 bool replace(QString const& name, QByteArray const& contents, QString* error) {
-    if (isOtherThanAFile(name, error))
-        return false;
+    if (isOtherThanAFile(name))
+        return fail(name, kNoFile, error);
     QSaveFile file(name);
     // Flushed here, because a commit does not notice when what is still buffered cannot be written.
-    if (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.flush() &&
-        file.commit())
-        return true;
-    *error = file.errorString();
-    return false;
-}
-
-bool write(QString const& name, QByteArray const& contents, QString* error) {
-    bool const isWritten = replace(name, contents, error);
-    if (!isWritten)
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
-    return isWritten;
+    return (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.flush() &&
+            file.commit()) ||
+           fail(name, file.errorString(), error);
 }
 } // namespace files

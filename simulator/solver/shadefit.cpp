@@ -175,8 +175,8 @@ SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t
         QString error;
         if (auto const block = files::read(name, files::kMostText, &error))
             return newHandle(block->constData(), name);
-        logCause(QStringLiteral("no layout for sensor kind %1, variant %2: %3: %4")
-                     .arg(QString::number(sensorKind), QString::number(variant), name, error));
+        logCause(QStringLiteral("no layout for sensor kind %1, variant %2: %3")
+                     .arg(QString::number(sensorKind), QString::number(variant), error));
         return nullptr;
     };
     return entry<sf_Handle*>(Call("sf_Create", sensorKind, variant, minusOne), nullptr, fromFile,
@@ -261,7 +261,7 @@ SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t fo
             QString error;
             if (files::replace(name, of.calibration.presetText(presetFormat), &error))
                 return 0;
-            logCause(QStringLiteral("cannot write %1: %2").arg(name, error));
+            logCause(error);
             return -1;
         });
 }

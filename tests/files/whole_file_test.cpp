@@ -20,7 +20,7 @@ TEST_F(WholeFile, IsReadUpToItsBoundAndNotBeyond) {
     ASSERT_TRUE(files::replace(name, "12345678", &fault));
     EXPECT_EQ(files::read(name, 8, &fault), QByteArray("12345678"));
     EXPECT_FALSE(files::read(name, 7, &fault));
-    EXPECT_EQ(fault, "it has more than 7 bytes");
+    EXPECT_EQ(fault, name + ": cannot be read: it has more than 7 bytes");
     // Larger than any memory.
     ASSERT_TRUE(QFile::resize(name, qint64(1) << 40));
     EXPECT_FALSE(files::read(name, files::kMostText, &fault));
@@ -45,7 +45,7 @@ TEST_F(WholeFile, WhatIsNoRegularFileIsNeitherOpenedNorReplaced) {
     for (QString const& other : {pipe, link, folder.path(), QStringLiteral("/dev/zero")}) {
         SCOPED_TRACE(other.toStdString());
         EXPECT_FALSE(files::read(other, files::kMostText, &fault));
-        EXPECT_EQ(fault, "it is no regular file");
+        EXPECT_EQ(fault, other + ": cannot be read: it is no regular file");
         EXPECT_FALSE(files::isReplaceable(other, &fault));
         EXPECT_FALSE(files::replace(other, "new", &fault));
         EXPECT_FALSE(QFileInfo(other).isFile());

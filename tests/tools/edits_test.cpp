@@ -153,7 +153,7 @@ TEST_F(ImageUnderTest, ARefusedCommandTellsWhyAndLeavesTheFileAsItWas) {
              {"STATE = WB Speed,1\nREG = 1, 2", "import FILE SECTION SWCCM", kExitRefused, "mixes"},
              {"REG = 1, 2\nSTATE = WB Speed,1", "import FILE SECTION SWCCM", kExitRefused, "mixes"},
              {many.c_str(), "import FILE SECTION PGA", kExitRefused, "does not fit: 8149 bytes"},
-             {"", "import nowhere.ini SECTION PGA", kExitUnusable, "cannot read nowhere.ini"},
+             {"", "import nowhere.ini SECTION PGA", kExitUnusable, "nowhere.ini: cannot be read: "},
              {"", "import . SECTION PGA", kExitUnusable, "no regular file"},
              {"", "delete CCM", kExitRefused, "there is no record CCM"},
              {"", "delete PGA Other", kExitRefused, "there is no record PGA named \"Other\""},
@@ -211,7 +211,7 @@ TEST_F(ImageUnderTest, AWriteThatFailsHalfWayLeavesTheFileAsItWas) {
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
     (void)std::signal(SIGXFSZ, oldHandler);
     EXPECT_EQ(outcome.exitCode, kExitUnusable);
-    EXPECT_SAYS(outcome.complaint, "cannot write");
+    EXPECT_SAYS(outcome.complaint, "cannot be written");
     EXPECT_TRUE(outcome.output.empty());
     EXPECT_EQ(read(), before);
 }

@@ -76,9 +76,9 @@ TEST_F(ImageUnderTest, TheProgramHandsOnExitCodesAndTellsAnswersFromComplaints) 
         QStringList command;
         int exitCode;
         char const* output;
-        char const* complaint;
+        QString complaint;
     } const rows[] = {
-        {{"list"}, kExitUnusable, "", "headboard-image: cannot read "},
+        {{"list"}, kExitUnusable, "", "headboard-image: " + image() + ": cannot be read: "},
         {{"format"}, kExitDone, "created and formatted\n", ""},
         {{"delete", "PGA"}, kExitRefused, "", "headboard-image: there is no record PGA"},
     };
@@ -88,9 +88,9 @@ TEST_F(ImageUnderTest, TheProgramHandsOnExitCodesAndTellsAnswersFromComplaints) 
         ASSERT_TRUE(process.waitForFinished() && process.exitStatus() == QProcess::NormalExit);
         EXPECT_EQ(process.exitCode(), row.exitCode);
         EXPECT_EQ(process.readAllStandardOutput().replace("\r\n", "\n"), row.output);
-        QByteArray const complaint = process.readAllStandardError();
-        EXPECT_TRUE(complaint.startsWith(row.complaint)) << complaint.constData();
-        EXPECT_EQ(complaint.isEmpty(), *row.complaint == '\0');
+        QString const complaint = process.readAllStandardError();
+        EXPECT_TRUE(complaint.startsWith(row.complaint)) << complaint.toStdString();
+        EXPECT_EQ(complaint.isEmpty(), row.complaint.isEmpty());
     }
 }
 } // namespace

@@ -20,12 +20,9 @@ SensorRecord recordOf(simulator::SimulatedCamera const& camera) {
 }
 
 // Told now: what a session stored could not be kept. Whoever reads the settings would wait for a pipe.
-bool isUsable(char const* what, QString const& file, QString* error) {
-    if (files::isReplaceable(file, error) &&
-        (!QFileInfo::exists(file) || files::read(file, files::kMostText, error)))
-        return true;
-    *error = QStringLiteral("The %1 file %2 cannot be used: %3").arg(QLatin1String(what), file, *error);
-    return false;
+bool isUsable(QString const& file, QString* error) {
+    return files::isReplaceable(file, error) &&
+           (!QFileInfo::exists(file) || files::read(file, files::kMostText, error));
 }
 } // namespace
 
@@ -36,10 +33,10 @@ std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     if (camera->hasEeprom()) {
         if (QFileInfo::exists(options.eepromFile) && !camera->loadEeprom(options.eepromFile, error))
             return nullptr;
-        if (!isUsable("EEPROM", options.eepromFile, error))
+        if (!isUsable(options.eepromFile, error))
             return nullptr;
     }
-    if (!isUsable("settings", options.settingsFile, error))
+    if (!isUsable(options.settingsFile, error))
         return nullptr;
     return std::unique_ptr<Session>(new Session(std::move(camera), options));
 }

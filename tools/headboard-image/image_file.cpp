@@ -7,15 +7,11 @@ namespace {
 constexpr qint64 kSmallestImage = 8;
 constexpr qint64 kLargestImage = 0x10000;
 
-std::string about(char const* what, QString const& fileName, QString const& why) {
-    return std::string(what) + ' ' + fileName.toStdString() + ": " + why.toStdString();
-}
-
 std::optional<QByteArray> read(QString const& fileName, std::string* error) {
     QString why;
     auto bytes = files::read(fileName, files::kMostText, &why);
     if (!bytes)
-        *error = about("cannot read", fileName, why);
+        *error = why.toStdString();
     return bytes;
 }
 } // namespace
@@ -27,8 +23,10 @@ std::optional<std::vector<uint8_t>> readImage(QString const& fileName, std::stri
     if (!bytes)
         return std::nullopt;
     if (bytes->size() < kSmallestImage || bytes->size() > kLargestImage) {
-        *error = about("no image:", fileName,
-                       QStringLiteral("it has %1 bytes, an image 8 to 65536").arg(bytes->size()));
+        *error = QStringLiteral("%1: no image: it has %2 bytes, an image 8 to 65536")
+                     .arg(fileName)
+                     .arg(bytes->size())
+                     .toStdString();
         return std::nullopt;
     }
     return std::vector<uint8_t>(bytes->begin(), bytes->end());
@@ -38,7 +36,7 @@ bool writeImage(QString const& fileName, std::span<uint8_t const> image, std::st
     QString why;
     if (files::replace(fileName, {reinterpret_cast<char const*>(image.data()), int(image.size())}, &why))
         return true;
-    *error = about("cannot write", fileName, why);
+    *error = why.toStdString();
     return false;
 }
 } // namespace headboard_image

@@ -35,10 +35,8 @@ QImage readPng(QString const& name, CameraDescription const& camera, QString* er
     constexpr qint64 kMostBytes = 256 << 20;
     constexpr int kLongestSide = 16384; // pixels
     auto bytes = files::read(name, kMostBytes, error);
-    if (!bytes) {
-        *error = QStringLiteral("The picture %1 cannot be read: %2").arg(name, *error);
+    if (!bytes)
         return {};
-    }
     QBuffer buffer(&*bytes);
     QImageReader reader(&buffer, "png");
     // Asked first: few bytes can tell a picture that no memory holds.
@@ -78,16 +76,14 @@ std::optional<Frame> readSamples(QString const& name, CameraDescription const& c
     uint32_t const pitch = camera.width * (camera.rawType == FrameType::Raw8 ? 1 : 2);
     qint64 const needed = qint64(pitch) * camera.height;
     auto const bytes = files::read(name, std::max(needed, files::kMostText), error);
-    if (!bytes)
-        *error = QStringLiteral("The file %1 cannot be read: %2").arg(name, *error);
-    else if (bytes->size() != needed)
+    if (bytes && bytes->size() == needed)
+        return Frame{camera.rawType, camera.width, int32_t(camera.height), pitch, *bytes};
+    if (bytes)
         *error = QStringLiteral("The file %1 has %2 bytes; a frame of the profile %3 has %4.")
                      .arg(name)
                      .arg(bytes->size())
                      .arg(camera.profile)
                      .arg(needed);
-    else
-        return Frame{camera.rawType, camera.width, int32_t(camera.height), pitch, *bytes};
     return std::nullopt;
 }
 
@@ -242,9 +238,6 @@ bool writeMeasuredShading(QString const& name, MeasuredShading const& shading, Q
                            {"columns", int(shading.columns)},
                            {"rows", int(shading.rows)},
                            {"illuminants", illuminants}};
-    bool const written = files::replace(name, QJsonDocument(root).toJson(QJsonDocument::Compact), error);
-    if (!written)
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(name, *error);
-    return written;
+    return files::replace(name, QJsonDocument(root).toJson(QJsonDocument::Compact), error);
 }
 } // namespace pictara

@@ -124,10 +124,8 @@ void tell(QString const& text) {
 
 std::optional<MeasuredShading> measure(Options const& options, QString* error) {
     // Told now and not after the measuring.
-    if (!files::isReplaceable(options.measureShadingFile, error)) {
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(options.measureShadingFile, *error);
+    if (!files::isReplaceable(options.measureShadingFile, error))
         return std::nullopt;
-    }
     auto const camera = openCamera(options, error);
     if (!camera)
         return std::nullopt;

@@ -151,7 +151,7 @@ int recordWhile(Options const& options, std::function<int()> const& sit) {
     }
     lines.flush();
     // A session that did not open leaves nothing to keep.
-    if (text.isEmpty() || files::write(options.recordingFile, beginning + text, &error))
+    if (text.isEmpty() || files::replace(options.recordingFile, beginning + text, &error))
         return code;
     complain(error);
     return code == kExitDone ? kExitNotCalibrated : code;

@@ -61,10 +61,8 @@ void addEeprom(QByteArray& text, QByteArray const& contents) {
 
 std::optional<Script> readScript(QString const& name, Options const& options, QString* error) {
     auto const text = files::read(name, kMostBytes, error);
-    if (!text) {
-        *error = QStringLiteral("The script %1 cannot be read: %2").arg(name, *error);
+    if (!text)
         return std::nullopt;
-    }
     error->clear();
     Script script{options};
     int number = 0;
@@ -110,7 +108,7 @@ bool layOut(Script const& script, QString const& folder, QString* error) {
         settings += placeholders.reveal(line) + '\n';
     QDir const place(folder);
     place.mkpath(QStringLiteral("."));
-    return (settings.isEmpty() || files::write(place.filePath("settings.ini"), settings, error)) &&
-           (script.eeprom.isEmpty() || files::write(place.filePath("eeprom.bin"), script.eeprom, error));
+    return (settings.isEmpty() || files::replace(place.filePath("settings.ini"), settings, error)) &&
+           (script.eeprom.isEmpty() || files::replace(place.filePath("eeprom.bin"), script.eeprom, error));
 }
 } // namespace pictara

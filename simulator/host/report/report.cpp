@@ -119,12 +119,12 @@ QByteArray reportJson(Report const& report) {
 }
 
 void OutputFolder::saveBytes(QString const& name, QByteArray const& bytes) {
-    QString error = QStringLiteral("it would be empty");
+    QString error = QStringLiteral("%1 would be empty").arg(pathOf(name));
     bool const saved = !bytes.isEmpty() && files::replace(pathOf(name), bytes, &error);
     if (saved)
         m_written.append(name);
     else
-        complain(QStringLiteral("The file %1 cannot be written: %2").arg(m_folder.filePath(name), error));
+        complain(error);
     m_failed = m_failed || !saved;
 }
 

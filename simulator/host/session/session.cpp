@@ -20,11 +20,10 @@ std::optional<QString> checkedIniFile(Options const& options, QString* error) {
         options.iniFile.isEmpty() ? QCoreApplication::applicationDirPath() + "/pictara.ini" : options.iniFile;
     QString file = QFileInfo(given).absoluteFilePath();
     if (!files::read(file, files::kMostText, error))
-        *error = QStringLiteral("The ini file %1 cannot be read: %2").arg(file, *error);
-    else if (iniFileSetting(file).size() >= kTextSettingSize)
-        *error = QStringLiteral("The name of the ini file is too long for a plug-in: %1").arg(file);
-    else
+        return std::nullopt;
+    if (iniFileSetting(file).size() < kTextSettingSize)
         return file;
+    *error = QStringLiteral("The name of the ini file is too long for a plug-in: %1").arg(file);
     return std::nullopt;
 }
 
@@ -54,12 +53,8 @@ std::unique_ptr<Session> Session::open(Options const& options, QString* error) {
     auto camera = openCamera(options, error);
     auto const iniFile = camera ? checkedIniFile(options, error) : std::nullopt;
     auto const folder = iniFile ? createdFolder(options.outputFolder, error) : std::nullopt;
-    if (!folder)
+    if (!folder || !files::isReplaceable(settingsFileIn(*folder), error))
         return nullptr;
-    if (QString const settings = settingsFileIn(*folder); !files::isReplaceable(settings, error)) {
-        *error = QStringLiteral("The settings file %1 cannot be kept: %2").arg(settings, *error);
-        return nullptr;
-    }
     std::unique_ptr<Session> session(new Session(std::move(camera), options, *folder, *iniFile));
     if (!session->prepareEeprom(error))
         return nullptr;
@@ -118,12 +113,8 @@ bool Session::prepareEeprom(QString* error) {
     }
     m_eepromFile = m_options.eepromFile.isEmpty() ? m_outputFolder + QStringLiteral("/eeprom.bin")
                                                   : QFileInfo(m_options.eepromFile).absoluteFilePath();
-    if (QFileInfo::exists(m_eepromFile) && !m_camera->loadEeprom(m_eepromFile, error))
-        return false;
-    bool const hasPlace = files::isReplaceable(m_eepromFile, error);
-    if (!hasPlace)
-        *error = QStringLiteral("The file %1 cannot be written: %2").arg(m_eepromFile, *error);
-    return hasPlace;
+    return (!QFileInfo::exists(m_eepromFile) || m_camera->loadEeprom(m_eepromFile, error)) &&
+           files::isReplaceable(m_eepromFile, error);
 }
 
 bool Session::keepEeprom(QString* error) const {
