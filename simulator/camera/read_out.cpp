@@ -163,22 +163,6 @@ std::optional<double> centreRedToBlue(Exposing const& exposing) {
     return red / blue;
 }
 
-std::vector<float> exposeIdeal(Exposing const& exposing) {
-    SensorArray const& array = exposing.array;
-    auto const scale = float(exposing.countsPerLight / (kConverterWhite - exposing.readOut.pedestal));
-    std::vector<float> ideal(array.pixels());
-    for (uint32_t row = 0; row < array.height; ++row) {
-        size_t const from = size_t(array.arrayRow(row)) * array.width;
-        size_t const to = size_t(row) * array.width;
-        for (uint32_t x = 0; x < array.width; ++x) {
-            float const signal = std::min(exposing.light[from + x] * scale, 1.0F);
-            float const corrected = exposing.gains ? signal * (*exposing.gains)[from + x] : signal;
-            ideal[to + array.arrayColumn(x)] = std::clamp(corrected, 0.0F, 1.0F);
-        }
-    }
-    return ideal;
-}
-
 Frame exposeFrame(Exposing const& exposing) {
     FrameType const format = exposing.readOut.format;
     SensorArray const& array = exposing.array;

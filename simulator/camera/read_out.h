@@ -38,8 +38,4 @@ struct Exposing {
 /// The ratio of red to blue above the pedestal in the middle of an exposure, before any correction: what the
 /// white-balance statistics of a sensor see. Empty when saturation or darkness leaves nothing to compare.
 [[nodiscard]] std::optional<double> centreRedToBlue(Exposing const& exposing);
-
-/// The same exposure without noise and without steps: 0 at black and 1 at full scale, clipped where the
-/// converter and the correction clip, in the order of the delivered picture.
-[[nodiscard]] std::vector<float> exposeIdeal(Exposing const& exposing);
 } // namespace simulator

@@ -133,12 +133,6 @@ Frame SimulatedCamera::grab() {
     return exposeFrame(exposing);
 }
 
-IdealFrame SimulatedCamera::idealFrame() const {
-    Exposing exposing = m_implementation->exposing();
-    exposing.gains = m_implementation->correction.gains();
-    return {exposing.array.width, exposing.array.height, exposeIdeal(exposing)};
-}
-
 bool SimulatedCamera::isCorrecting() const { return m_implementation->profile.correctionSwitch.isOn(); }
 uint64_t SimulatedCamera::registerWrites() const { return m_implementation->profile.registers.writes(); }
 bool SimulatedCamera::hasEeprom() const {

@@ -40,15 +40,6 @@ struct Frame {
     QByteArray pixels;
 };
 
-/// A picture without noise and without the converter's steps, as no camera could deliver it: the signal of
-/// each photosite, 0 at black and 1 at full scale, in the order and with the Bayer phase of the delivered
-/// frames, whatever their type.
-struct IdealFrame {
-    uint32_t width = 0;
-    uint32_t height = 0;
-    std::vector<float> samples;
-};
-
 /// A register's value as a record of the EEPROM holds it.
 struct StoredSetting {
     size_t offset = 0;         ///< in the EEPROM
@@ -125,9 +116,6 @@ public:
 
     /// Exposes and reads out the next frame.
     [[nodiscard]] Frame grab();
-    /// What a frame would show now if light, lens, exposure and correction were all there is. Nothing of the
-    /// camera changes, not even the noise of the next frame.
-    [[nodiscard]] IdealFrame idealFrame() const;
     /// Whether the sensor's own shading correction is switched on.
     [[nodiscard]] bool isCorrecting() const;
     /// Number of register writes that reached the sensor since it was opened.

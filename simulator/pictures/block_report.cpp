@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 namespace pictara {
 namespace {
@@ -23,21 +22,14 @@ std::vector<QRect> blockRects(int width, int height, int columns, int rows, int 
     return rects;
 }
 
-// The mean of each rectangle.
-std::vector<Colour> meansOf(RowSource const& picture, std::vector<QRect> const& rects) {
-    std::vector<Colour> means(rects.size());
-    picture.read([&](uint32_t y, ColourRow const& row) {
-        std::vector<float> const* const planes[] = {&row.red, &row.green, &row.blue};
-        for (size_t i = 0; i < rects.size(); ++i)
-            if (QRect const& rect = rects[i]; int(y) >= rect.top() && int(y) <= rect.bottom())
-                for (size_t colour = 0; colour < 3; ++colour)
-                    for (int x = rect.left(); x <= rect.right(); ++x)
-                        means[i][colour] += double((*planes[colour])[size_t(x)]);
-    });
+// Adds what a row has in each rectangle.
+void add(uint32_t y, ColourRow const& row, std::vector<QRect> const& rects, std::vector<Colour>& sums) {
+    std::vector<float> const* const planes[] = {&row.red, &row.green, &row.blue};
     for (size_t i = 0; i < rects.size(); ++i)
-        for (double& channel : means[i])
-            channel /= double(rects[i].width()) * rects[i].height();
-    return means;
+        if (QRect const& rect = rects[i]; int(y) >= rect.top() && int(y) <= rect.bottom())
+            for (size_t colour = 0; colour < 3; ++colour)
+                for (int x = rect.left(); x <= rect.right(); ++x)
+                    sums[i][colour] += double((*planes[colour])[size_t(x)]);
 }
 
 // The axes a* and b* of CIE 1976 L*a*b* (CIE 15), of linear sRGB (IEC 61966-2-1) against its white, D65.
@@ -58,16 +50,17 @@ double medianOf(std::vector<double> values) {
     return *middle;
 }
 
-// How far each block is from a reference.
-std::vector<double> errorsAgainst(double reference, std::vector<double> const& blocks) {
-    std::vector<double> errors;
-    for (double const block : blocks)
-        errors.push_back(reference > 0 ? std::abs(block / reference - 1) : 0);
-    return errors;
-}
-
-double largestIn(std::vector<double> const& values) {
-    return *std::max_element(values.begin(), values.end());
+void rateLuminance(BlockReport& report) {
+    std::vector<double> blocks;
+    std::transform(report.means.begin(), report.means.end(), std::back_inserter(blocks), luminance);
+    double const median = medianOf(blocks);
+    for (double const block : blocks) {
+        double const ofMedian = median > 0 ? std::abs(block / median - 1) : 0;
+        double const ofCentre = report.centreLuminance > 0 ? std::abs(block / report.centreLuminance - 1) : 0;
+        report.meanAgainstMedian += ofMedian / double(blocks.size());
+        report.largestAgainstMedian = std::max(report.largestAgainstMedian, ofMedian);
+        report.largestAgainstCentre = std::max(report.largestAgainstCentre, ofCentre);
+    }
 }
 
 void rateColour(std::vector<QRect> const& rects, BlockReport& report) {
@@ -89,24 +82,30 @@ double luminance(Colour const& colour) {
     return 0.2126 * colour[0] + 0.7152 * colour[1] + 0.0722 * colour[2];
 }
 
-BlockReport measureBlocks(RowSource const& linear, int skippedRows) {
+BlockReport measureBlocks(simulator::Frame const& frame, simulator::CameraDescription const& camera,
+                          ColourSettings const& settings) {
     BlockReport report;
-    int const width = linear.width, height = linear.height - skippedRows;
+    int const skippedRows = camera.unusableRows > 0 ? int(camera.unusableRows) + 1 : 0;
+    int const width = int(frame.width), height = frame.height - skippedRows;
     if (width < 1 || height < 1)
         return report;
-    report.columns = std::min(kColumns, width);
-    report.rows = std::clamp(int(std::lround(double(report.columns) * height / width)), 1, height);
-    std::vector<QRect> const rects = blockRects(width, height, report.columns, report.rows, skippedRows);
-    report.means = meansOf(linear, rects);
-    report.centreLuminance = luminance(report.means.back());
-    report.means.pop_back();
-    std::vector<double> blocks;
-    std::transform(report.means.begin(), report.means.end(), std::back_inserter(blocks), luminance);
-    std::vector<double> const againstMedian = errorsAgainst(medianOf(blocks), blocks);
-    report.largestAgainstMedian = largestIn(againstMedian);
-    report.meanAgainstMedian =
-        std::accumulate(againstMedian.begin(), againstMedian.end(), 0.0) / double(blocks.size());
-    report.largestAgainstCentre = largestIn(errorsAgainst(report.centreLuminance, blocks));
+    int const columns = std::min(kColumns, width);
+    int const rows = std::clamp(int(std::lround(double(columns) * height / width)), 1, height);
+    std::vector<QRect> const rects = blockRects(width, height, columns, rows, skippedRows);
+    std::vector<Colour> means(rects.size());
+    if (!readLinear(frame, camera, settings,
+                    [&](uint32_t y, ColourRow const& row) { add(y, row, rects, means); }))
+        return report;
+    for (size_t i = 0; i < rects.size(); ++i)
+        for (double& channel : means[i])
+            channel /= double(rects[i].width()) * rects[i].height();
+    report.columns = columns;
+    report.rows = rows;
+    report.skippedRows = skippedRows;
+    report.centreLuminance = luminance(means.back());
+    means.pop_back();
+    report.means = means;
+    rateLuminance(report);
     rateColour(rects, report);
     return report;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/pictures/row_source.h"
+#include "simulator/pictures/linear_rows.h"
 
 #include <QRect>
 #include <array>
@@ -17,17 +17,22 @@ using Colour = std::array<double, 3>;
 struct BlockReport {
     int columns = 0;
     int rows = 0;
-    std::vector<Colour> means;       ///< of the blocks, row by row
-    double centreLuminance = 0;      ///< of a block in the picture's centre
-    double largestAgainstMedian = 0; ///< luminance, against the median block
-    double meanAgainstMedian = 0;
+    std::vector<Colour> means;         ///< of the blocks, row by row
+    double centreLuminance = 0;        ///< of a block in the picture's centre
+    double largestAgainstMedian = 0;   ///< luminance, against the median block
+    double meanAgainstMedian = 0;      ///< the same, over all blocks
     double largestAgainstCentre = 0;   ///< luminance, against the block in the centre
     std::vector<double> deviations;    ///< distance in a*, b* from the mean of all blocks, of each block
     double largestColourDeviation = 0; ///< of these
     QRect worstBlock;                  ///< the block of the largest colour deviation
+    int skippedRows = 0;               ///< of the picture, above the blocks
 };
 
-/// Measures rows of linear light, as the colour pipeline sees them before the tone curve, on 32 columns of
-/// blocks that are about square. Rows at the top can be left out. An empty picture gives an empty report.
-[[nodiscard]] BlockReport measureBlocks(RowSource const& linear, int skippedRows = 0);
+/// Measures a frame in linear light, as the colour pipeline sees it before the tone curve, on 32 columns of
+/// blocks that are about square, without the rows that hold no picture and the one below, into which they
+/// were mixed when its colours were completed. A frame that is not whole, or of which nothing is left, gives
+/// an empty report.
+[[nodiscard]] BlockReport measureBlocks(simulator::Frame const& frame,
+                                        simulator::CameraDescription const& camera,
+                                        ColourSettings const& settings);
 } // namespace pictara

@@ -29,24 +29,21 @@ ColourPipeline::ColourPipeline(simulator::CameraDescription const& camera)
     : m_camera(camera), m_tone(m_settings) {}
 
 void ColourPipeline::render(simulator::Frame const& frame, ColourSettings const& settings, QImage& picture) {
-    RowSource const rows = linearRows(frame, m_camera, settings);
-    if (rows.width == 0) {
-        picture = {};
-        return;
-    }
     if (!(settings == m_settings)) {
         m_settings = settings;
         m_tone = ToneCurve(settings);
     }
-    QSize const size(int(frame.width), frame.height);
+    QSize const size(int(frame.width), std::max(frame.height, 0));
     if (picture.size() != size || picture.format() != QImage::Format_RGB32)
         picture = QImage(size, QImage::Format_RGB32);
     uchar* const bits = picture.bits();
     qsizetype const pitch = picture.bytesPerLine();
-    rows.read([&](uint32_t y, ColourRow const& row) {
+    auto const draw = [&](uint32_t y, ColourRow const& row) {
         auto* const out = reinterpret_cast<QRgb*>(bits + qsizetype(y) * pitch);
         for (size_t x = 0; x < frame.width; ++x)
             out[x] = qRgb(m_tone(row.red[x]), m_tone(row.green[x]), m_tone(row.blue[x]));
-    });
+    };
+    if (!readLinear(frame, m_camera, settings, draw))
+        picture = {};
 }
 } // namespace pictara

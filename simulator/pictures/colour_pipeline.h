@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/pictures/row_source.h"
+#include "simulator/pictures/linear_rows.h"
 
 #include <QImage>
 #include <array>

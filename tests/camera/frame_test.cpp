@@ -54,28 +54,4 @@ TEST(Frame, UnusableRowsHoldNoPicture) {
         EXPECT_EQ(brightest > 1000, y < 2) << y;
     }
 }
-
-TEST(IdealFrame, LiesInTheMiddleOfTheNoiseInEveryReadOutOrder) {
-    for (uint32_t orientation = 0; orientation < 4; ++orientation)
-        for (bool const isCorrecting : {false, true}) {
-            SCOPED_TRACE(testing::Message() << "orientation " << orientation << ", " << isCorrecting);
-            Camera const camera = openQuiet(1, orientation);
-            writeRegister(*camera, "P_GR_P0Q0", 0x3E00); // 1.5
-            switchCorrection(*camera, isCorrecting);
-            CameraDescription const& told = camera->description();
-            IdealFrame const ideal = camera->idealFrame();
-            ASSERT_EQ(ideal.samples.size(), size_t(told.width) * told.height);
-            Frame const frame = camera->grab();
-            double sum = 0, largest = 0;
-            for (uint32_t i = 0; i < ideal.samples.size(); ++i) {
-                double const light = double(ideal.samples[i]) * (told.whiteLevel - told.blackLevel);
-                double const error =
-                    sampleAt(frame, i % told.width, i / told.width) - told.blackLevel - light;
-                sum += error;
-                largest = std::max(largest, std::abs(error));
-            }
-            EXPECT_NEAR(sum / double(ideal.samples.size()), 0, 0.1);
-            EXPECT_LT(largest, 60);
-        }
-}
 } // namespace

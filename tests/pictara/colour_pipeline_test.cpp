@@ -1,5 +1,5 @@
 #include "simulator/pictures/colour_pipeline.h"
-#include "simulator/pictures/row_source.h"
+#include "simulator/pictures/linear_rows.h"
 #include "tests/pictara/test_frames.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ TEST(ColourPipeline, GainsMatrixAndSaturationActInThisOrder) {
     Frame const frame = bayerFrame(camera, flatScene);
     auto const firstPixel = [&](ColourSettings const& settings) {
         std::array<double, 3> pixel{};
-        linearRows(frame, camera, settings).read([&](uint32_t y, ColourRow const& row) {
+        readLinear(frame, camera, settings, [&](uint32_t y, ColourRow const& row) {
             if (y == 0)
                 pixel = {row.red[0], row.green[0], row.blue[0]};
         });

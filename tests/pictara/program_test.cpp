@@ -27,7 +27,7 @@ TEST(Program, FlattensTheDefaultSensorAndLeavesItsResults) {
     QString const results = run.value("step File_Save_Status").mid(int(qstrlen("Done: ")));
     EXPECT_TRUE(run.contents(results).contains("[Lens Correction]")) << results.toStdString();
 
-    // Scripts read what the summary tells people, and the true figures beside the dialog's.
+    // Scripts read what the summary tells people, and the host's own figure beside the dialog's.
     run.expectPage();
     QJsonObject const json = run.json();
     for (char const* state : {"uncorrected", "corrected"}) {
@@ -37,11 +37,6 @@ TEST(Program, FlattensTheDefaultSensorAndLeavesItsResults) {
         // Smaller blocks than the dialog's reach farther into the corners; they are noisier, too.
         double const measured = told["picture_colour_deviation_ab"].toDouble();
         EXPECT_NEAR(measured, dialog, 0.3);
-        // Noise and rounding add a little to what light and gains leave.
-        EXPECT_LT(told["true_colour_deviation_ab"].toDouble(), measured);
-        EXPECT_GT(told["true_colour_deviation_ab"].toDouble(), measured - 0.6);
-        EXPECT_NEAR(told["true_luminance_error_largest_against_centre_percent"].toDouble(),
-                    told["luminance_error_largest_against_centre_percent"].toDouble(), 0.6);
     }
     EXPECT_EQ(json["registers"]["solution_registers_written"].toInt(),
               int(run.figure("registers of the solution written")));

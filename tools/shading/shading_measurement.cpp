@@ -117,11 +117,8 @@ struct Measurement {
     Cells cells;
 };
 
-// Of the picture without the rows that hold none; one more is left out, into which they were mixed when the
-// colours were completed.
 Measurement cellsOf(QString const& name, Frame const& frame, CameraDescription const& camera) {
-    int const skipped = camera.unusableRows > 0 ? int(camera.unusableRows) + 1 : 0;
-    BlockReport const blocks = measureBlocks(linearRows(frame, camera, {}), skipped);
+    BlockReport const blocks = measureBlocks(frame, camera, {});
     return {{name, uint32_t(blocks.columns), uint32_t(blocks.rows), {}},
             asOnTheArray(blocks.means, blocks.columns, camera.orientation)};
 }

@@ -16,7 +16,7 @@ std::vector<double> blueResidual(BlockReport const& blocks) { return ratioResidu
 // The figures of one state; names and units alone of one that was not measured.
 std::vector<Fact> figuresOf(std::optional<Evenness> const& state) {
     auto const e = state.value_or(Evenness{});
-    BlockReport const &blocks = e.blocks, &ideal = e.trueBlocks;
+    BlockReport const& blocks = e.blocks;
     struct {
         char const* key;
         char const* label;
@@ -28,16 +28,12 @@ std::vector<Fact> figuresOf(std::optional<Evenness> const& state) {
         {"dialog_colour_deviation_limit_ab", "uniformity limit", e.limit},
         {"picture_colour_deviation_ab", "largest colour deviation as the host measures it",
          blocks.largestColourDeviation},
-        {"true_colour_deviation_ab", "largest colour deviation of the noiseless picture",
-         ideal.largestColourDeviation},
         {"luminance_error_largest_against_median_percent", "largest luminance error against the median block",
          100 * blocks.largestAgainstMedian, " %"},
         {"luminance_error_mean_against_median_percent", "mean luminance error against the median block",
          100 * blocks.meanAgainstMedian, " %"},
         {"luminance_error_largest_against_centre_percent", "largest luminance error against the centre block",
          100 * blocks.largestAgainstCentre, " %"},
-        {"true_luminance_error_largest_against_centre_percent",
-         "largest luminance error of the noiseless picture", 100 * ideal.largestAgainstCentre, " %"},
         {"red_to_green_spread_percent", "R/G from the lowest to the highest block",
          spread(redResidual(blocks)), " %"},
         {"blue_to_green_spread_percent", "B/G from the lowest to the highest block",

@@ -13,7 +13,6 @@ struct Evenness {
     double limit = 0;      ///< for it, as the dialog shows it
     QString rating;        ///< the colour by which the dialog rates it: "green" up to the limit
     BlockReport blocks;
-    BlockReport trueBlocks; ///< of the same picture without noise and quantisation
     QImage picture;
 
     [[nodiscard]] bool isBeyondLimit() const { return rating != QLatin1String("green"); }

@@ -42,7 +42,6 @@ QJsonValue uniformityOfTable(size_t table, Session& session, DialogPage& page, R
 
 EvennessStates measureEvenness(Session& session, DialogPage& page, RunDriver& driver) {
     EvennessStates states;
-    auto const skipped = int(session.camera().description().unusableRows);
     for (size_t corrected = 0; corrected < states.size(); ++corrected) {
         QJsonValue const figure = uniformity(page, driver, corrected != 0);
         if (figure.isNull())
@@ -50,8 +49,7 @@ EvennessStates measureEvenness(Session& session, DialogPage& page, RunDriver& dr
         states[corrected] = Evenness{.uniformity = figure.toDouble(),
                                      .limit = page.text("GoodCU").toDouble(),
                                      .rating = page.colour("CU_Bullet"),
-                                     .blocks = measureBlocks(session.frames().light(), skipped),
-                                     .trueBlocks = measureBlocks(session.frames().idealLight(), skipped),
+                                     .blocks = session.frames().blocks(),
                                      .picture = session.frames().unmarkedPicture()};
     }
     return states;

@@ -1,6 +1,6 @@
 #include "simulator/host/session/exposure_loop.h"
 
-#include "simulator/pictures/row_source.h"
+#include "simulator/pictures/linear_rows.h"
 
 #include <algorithm>
 #include <array>
@@ -15,37 +15,7 @@ constexpr double kTolerance = 0.01;
 constexpr double kDarkest = 1e-4;
 constexpr double kHighestTarget = 0.85; // leaves room for noise below the peak limit
 constexpr uint32_t kLongestExposure = 0xFFFF;
-
-// Means and a histogram of the light of three colours.
-class LightTally {
-public:
-    void add(ColourRow const& row, size_t left, size_t right) {
-        std::vector<float> const* const planes[] = {&row.red, &row.green, &row.blue};
-        for (size_t colour = 0; colour < 3; ++colour)
-            for (size_t x = left; x < right; ++x) {
-                float const light = (*planes[colour])[x];
-                m_sums[colour] += double(light);
-                ++m_histogram[size_t(std::clamp(light, 0.0F, 1.0F) * float(kBins))];
-            }
-        m_count += right - left;
-    }
-
-    [[nodiscard]] CentreZone zone() const {
-        if (m_count == 0)
-            return {};
-        double const brightest = *std::max_element(m_sums.begin(), m_sums.end());
-        size_t bin = kBins;
-        for (uint64_t above = 0; bin > 0 && (above += m_histogram[bin]) * 1000 <= m_count * 3;)
-            --bin;
-        return {brightest / double(m_count), double(bin) / kBins};
-    }
-
-private:
-    static constexpr size_t kBins = 512;
-    std::array<double, 3> m_sums{};
-    std::array<uint64_t, kBins + 1> m_histogram{};
-    uint64_t m_count = 0;
-};
+constexpr size_t kBins = 512; // of the light up to full scale
 } // namespace
 
 CentreZone measureCentre(simulator::Frame const& frame, simulator::CameraDescription const& camera,
@@ -57,13 +27,25 @@ CentreZone measureCentre(simulator::Frame const& frame, simulator::CameraDescrip
     };
     auto const [left, right] = bounds(frame.width);
     auto const [top, bottom] = bounds(uint64_t(std::max(frame.height, 0)));
-    LightTally tally;
+    uint64_t const count = (right - left) * (bottom - top);
+    std::array<double, 3> sums{};
+    std::array<uint64_t, kBins + 1> histogram{}; // of all colours
+    auto const add = [&, first = left, last = right, t = top, b = bottom](uint32_t y, ColourRow const& row) {
+        std::vector<float> const* const planes[] = {&row.red, &row.green, &row.blue};
+        for (size_t colour = 0; colour < 3 && y >= t && y < b; ++colour)
+            for (size_t x = first; x < last; ++x) {
+                float const light = (*planes[colour])[x];
+                sums[colour] += double(light);
+                ++histogram[size_t(std::clamp(light, 0.0F, 1.0F) * float(kBins))];
+            }
+    };
     // The sensor's own colours: gains and matrix come after what clips.
-    linearRows(frame, camera, {}).read([&, l = left, r = right, t = top, b = bottom](uint32_t y, auto& row) {
-        if (y >= t && y < b)
-            tally.add(row, size_t(l), size_t(r));
-    });
-    return tally.zone();
+    if (!readLinear(frame, camera, {}, add) || count == 0)
+        return {};
+    size_t bin = kBins;
+    for (uint64_t above = 0; bin > 0 && (above += histogram[bin]) * 1000 <= count * 3;)
+        --bin;
+    return {*std::max_element(sums.begin(), sums.end()) / double(count), double(bin) / kBins};
 }
 
 uint32_t nextExposure(uint32_t present, CentreZone const& centre, double target) {

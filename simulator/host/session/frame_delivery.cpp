@@ -54,28 +54,18 @@ QImage FrameDelivery::unmarkedPicture() {
     return picture;
 }
 
-RowSource FrameDelivery::light() const { return linearRows(m_frame, m_camera.description(), m_settings); }
-
-RowSource FrameDelivery::idealLight() const {
-    auto const ideal = std::make_shared<simulator::IdealFrame const>(m_camera.idealFrame());
-    RowSource rows = linearRows(*ideal, m_camera.description(), m_settings);
-    rows.read = [ideal, read = rows.read](RowSource::Use const& use) { read(use); };
-    return rows;
+BlockReport FrameDelivery::blocks() const {
+    return measureBlocks(m_frame, m_camera.description(), m_settings);
 }
 
 uint32_t FrameDelivery::exposure() const { return m_registers.read(kExposureRegister, ""); }
-
-void FrameDelivery::setExposure(uint32_t rows) {
-    if (!m_registers.write(kExposureRegister, "", rows))
-        qWarning("pictara: the sensor does not take an exposure of %u rows", rows);
-}
 
 void FrameDelivery::stepExposure() {
     CentreZone const centre =
         measureCentre(m_frame, m_camera.description(), m_states.read("Auto Exposure Inner Zone"));
     uint32_t const present = exposure();
     uint32_t const next = nextExposure(present, centre, m_states.read("Auto Exposure Target") / 100.0);
-    if (next != present)
-        setExposure(next);
+    if (next != present && !m_registers.write(kExposureRegister, "", next))
+        qWarning("pictara: the sensor does not take an exposure of %u rows", next);
 }
 } // namespace pictara

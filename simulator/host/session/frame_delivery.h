@@ -3,6 +3,7 @@
 #include "simulator/boundary/plugin_library.h"
 #include "simulator/host/session/sensor_registers.h"
 #include "simulator/host/session/state_variables.h"
+#include "simulator/pictures/block_report.h"
 #include "simulator/pictures/colour_pipeline.h"
 
 namespace pictara {
@@ -19,15 +20,12 @@ public:
     [[nodiscard]] uint64_t frameNumber() const { return m_frameNumber; }
     /// What the sensor's exposure register holds, in rows.
     [[nodiscard]] uint32_t exposure() const;
-    void setExposure(uint32_t rows);
     /// The picture of the last frame, with what the plug-in painted into it.
     [[nodiscard]] QImage const& picture() const { return m_picture; }
     /// The picture of the last frame without it.
     [[nodiscard]] QImage unmarkedPicture();
-    /// The last frame as linear light in display RGB; valid until the next one.
-    [[nodiscard]] RowSource light() const;
-    /// The same without noise and quantisation.
-    [[nodiscard]] RowSource idealLight() const;
+    /// How even the last frame is, without the rows that hold no picture.
+    [[nodiscard]] BlockReport blocks() const;
 
 private:
     void stepExposure();

@@ -157,15 +157,11 @@ void HostWindow::refreshPanels() {
     FrameDelivery& frames = m_session.frames();
     m_scene.refresh();
     m_log.tell();
-    m_ui->histogram->show(frames.picture());
     if (m_ui->eeprom->isVisible())
         m_eeprom.refresh();
     if (m_ui->calls->isVisible() && m_ui->follows->isChecked())
         m_ui->callTable->scrollToBottom();
-    auto const skippedRows = int(m_session.camera().description().unusableRows);
-    m_ui->view->setUniformity(m_ui->uniformity->isChecked() ? measureBlocks(frames.light(), skippedRows)
-                                                            : BlockReport(),
-                              skippedRows);
+    m_ui->view->setUniformity(m_ui->uniformity->isChecked() ? frames.blocks() : BlockReport());
 }
 
 void HostWindow::filterCalls() {

@@ -16,10 +16,6 @@ constexpr double kSmallestEnd = 2; // so that a good picture does not look like 
 constexpr double kSlack = 1.5;     // so that noise about a whole number does not move the end to and fro
 constexpr QSize kLegend(140, 12);
 constexpr int kMargin = 10;
-constexpr int kRows = 180; // enough for a smooth curve, a sixth of the work
-constexpr int kMarkedValues[] = {0, 64, 128, 192, 255};
-// Readable on light and dark ground.
-constexpr QColor kChannels[] = {QColor(220, 70, 60), QColor(50, 160, 70), QColor(70, 120, 230)};
 } // namespace
 
 void LiveView::setPicture(QImage const& picture) {
@@ -27,13 +23,13 @@ void LiveView::setPicture(QImage const& picture) {
     update();
 }
 
-void LiveView::setUniformity(BlockReport const& blocks, int skippedRows) {
+void LiveView::setUniformity(BlockReport const& blocks) {
     m_largest = blocks.largestColourDeviation;
     // The colours' end follows the largest one up at once, and down only when that is well below.
     if (m_largest > m_end || m_largest < m_end - kSlack)
         m_end = std::max(kSmallestEnd, std::ceil(m_largest));
     m_map = colourMap(blocks.deviations, blocks.columns, 0, m_end, deviationColours());
-    m_skippedRows = skippedRows;
+    m_skippedRows = blocks.skippedRows;
     update();
 }
 
@@ -67,46 +63,5 @@ void LiveView::paintLegend(QPainter& painter) const {
     painter.fillRect(bar, gradient);
     painter.setPen(Qt::white);
     painter.drawText(ground.adjusted(0, 0, -6, 0), Qt::AlignRight | Qt::AlignVCenter, text);
-}
-
-void Histogram::show(QImage const& picture) {
-    m_counts = {};
-    int const step = std::max(1, picture.height() / kRows);
-    for (int y = step / 2; y < picture.height(); y += step) {
-        auto const* const row = reinterpret_cast<QRgb const*>(picture.constScanLine(y));
-        for (int x = 0; x < picture.width(); ++x) {
-            int const values[] = {qRed(row[x]), qGreen(row[x]), qBlue(row[x])};
-            for (size_t channel = 0; channel < m_counts.size(); ++channel)
-                ++m_counts[channel][size_t(values[channel] * kBins / 256)];
-        }
-    }
-    update();
-}
-
-void Histogram::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    int const line = fontMetrics().height();
-    QRectF const area = QRectF(rect()).adjusted(line, 1, -line, -line - 6);
-    for (int const value : kMarkedValues) {
-        double const x = area.left() + area.width() * value / 255;
-        painter.setPen(palette().color(QPalette::Mid));
-        painter.drawLine(QPointF(x, area.top()), QPointF(x, area.bottom()));
-        painter.setPen(palette().color(QPalette::WindowText));
-        painter.drawText(QRectF(x - 2 * line, area.bottom() + 3, 4 * line, line), Qt::AlignCenter,
-                         QString::number(value));
-    }
-    int highest = 1;
-    for (auto const& counts : m_counts)
-        highest = std::max(highest, *std::max_element(counts.begin(), counts.end()));
-    painter.setRenderHint(QPainter::Antialiasing);
-    for (size_t channel = 0; channel < m_counts.size(); ++channel) {
-        QPolygonF steps;
-        for (int bin = 0; bin < kBins; ++bin)
-            for (int const end : {bin, bin + 1})
-                steps << QPointF(area.left() + area.width() * end / kBins,
-                                 area.bottom() - area.height() * m_counts[channel][size_t(bin)] / highest);
-        painter.setPen(QPen(kChannels[channel], 1.5));
-        painter.drawPolyline(steps);
-    }
 }
 } // namespace pictara

@@ -2,7 +2,6 @@
 
 #include <QImage>
 #include <QWidget>
-#include <array>
 
 namespace pictara {
 struct BlockReport;
@@ -14,9 +13,8 @@ public:
     using QWidget::QWidget;
     /// Keeps no share of the picture, whose memory is to be drawn into again.
     void setPicture(QImage const& picture);
-    /// Lays the blocks' deviations over the picture below so many rows at its top; an empty report takes them
-    /// away.
-    void setUniformity(BlockReport const& blocks, int skippedRows);
+    /// Lays the blocks' deviations over the picture; an empty report takes them away.
+    void setUniformity(BlockReport const& blocks);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -29,21 +27,5 @@ private:
     int m_skippedRows = 0;
     double m_end = 0;     ///< of the map's colours
     double m_largest = 0; ///< of the deviations
-};
-
-/// How often display values occur in the live picture, for red, green and blue.
-class Histogram : public QWidget {
-public:
-    using QWidget::QWidget;
-    /// Counts the pixels of some rows, evenly spread, of a picture with 32 bits a pixel.
-    void show(QImage const& picture);
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
-
-private:
-    static constexpr int kBins = 64; ///< of equal width from 0 to 255
-
-    std::array<std::array<int, kBins>, 3> m_counts{};
 };
 } // namespace pictara

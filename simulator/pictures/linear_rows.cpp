@@ -1,8 +1,8 @@
-#include "simulator/pictures/row_source.h"
+#include "simulator/pictures/linear_rows.h"
 
 #include <algorithm>
 #include <array>
-#include <memory>
+#include <optional>
 
 namespace pictara {
 namespace {
@@ -10,7 +10,6 @@ using simulator::CameraDescription;
 using simulator::Frame;
 using simulator::FrameType;
 using Matrix = std::array<float, 9>;
-using FillRow = std::function<void(uint32_t y, ColourRow& row)>;
 
 // Luminance weights of linear sRGB (IEC 61966-2-1).
 constexpr double kLuminance[3] = {0.2126, 0.7152, 0.0722};
@@ -23,14 +22,12 @@ uchar const* rowOf(Frame const& frame, int64_t y) {
 // which keeps the pattern.
 class Mosaic {
 public:
-    /// Writes one row of samples.
-    using Load = std::function<void(int64_t y, float* samples)>;
-
-    Mosaic(uint32_t width, int64_t height, uint32_t phase, double black, double white,
-           ColourSettings const& settings, Load load)
-        : m_width(width), m_height(height), m_redColumn(phase & 1), m_redRow(phase >> 1 & 1),
-          m_black(float(black)), m_scale(float(1 / (white - black))), m_redGain(float(settings.redGain)),
-          m_blueGain(float(settings.blueGain)), m_load(std::move(load)) {
+    /// Borrows the frame.
+    Mosaic(Frame const& frame, CameraDescription const& camera, ColourSettings const& settings)
+        : m_frame(frame), m_width(frame.width), m_redColumn(camera.bayerPhase & 1),
+          m_redRow(camera.bayerPhase >> 1 & 1), m_black(float(camera.blackLevel)),
+          m_scale(float(1 / (camera.whiteLevel - camera.blackLevel))), m_redGain(float(settings.redGain)),
+          m_blueGain(float(settings.blueGain)) {
         size_t const padded = m_width + 2;
         for (auto* row : {&m_above, &m_present, &m_below, &m_isGreen})
             row->resize(padded);
@@ -60,7 +57,14 @@ private:
         std::array<float, 2> const scale = {m_scale * (colourAtEven ? colourGain : 1),
                                             m_scale * (colourAtEven ? 1 : colourGain)};
         float* const out = samples.data() + 1;
-        m_load(y < 0 ? -y : y < m_height ? y : 2 * m_height - 2 - y, out);
+        uchar const* const row = rowOf(m_frame, y < 0                ? -y
+                                                : y < m_frame.height ? y
+                                                                     : 2 * m_frame.height - 2 - y);
+        if (m_frame.type == FrameType::Raw8)
+            std::copy_n(row, m_width, out);
+        else
+            for (size_t x = 0; x < m_width; ++x)
+                out[x] = float(row[2 * x] | row[2 * x + 1] << 8);
         for (size_t x = 0; x < m_width; ++x)
             out[x] = (out[x] - m_black) * scale[x & 1];
         samples[0] = samples[2];
@@ -87,10 +91,10 @@ private:
         }
     }
 
+    Frame const& m_frame;
     size_t m_width;
-    int64_t m_height, m_redColumn, m_redRow;
+    int64_t m_redColumn, m_redRow;
     float m_black, m_scale, m_redGain, m_blueGain;
-    Load m_load;
     std::vector<float> m_above, m_present, m_below; // each with one mirrored sample at either end
     std::vector<float> m_isGreen;                   // 1 at the green sites of a red row, padded alike
 };
@@ -143,66 +147,34 @@ void multiply(Matrix const& m, ColourRow& row) {
     }
 }
 
-RowSource rows(uint32_t width, int64_t height, CameraDescription const& camera,
-               ColourSettings const& settings, FillRow fill) {
-    bool const plain = !settings.colourCorrection && settings.saturation == 1;
-    auto const read = [=, matrix = colourMatrix(camera, settings)](RowSource::Use const& use) {
-        ColourRow row;
-        for (auto* plane : {&row.red, &row.green, &row.blue})
-            plane->resize(width);
-        for (uint32_t y = 0; y < uint32_t(height); ++y) {
-            fill(y, row);
-            if (!plain)
-                multiply(matrix, row);
-            use(y, row);
-        }
-    };
-    return {int(width), int(height), read};
-}
-
 bool isWhole(Frame const& frame) {
     uint64_t const needed = uint64_t(frame.width) * (frame.type == FrameType::Raw8 ? 1 : 2);
     return frame.width >= 2 && frame.height >= 2 && frame.pitch >= needed &&
            uint64_t(frame.pixels.size()) >= uint64_t(frame.pitch) * uint64_t(frame.height - 1) + needed;
 }
-
-// Shared, as a function to be kept must be one to be copied.
-FillRow fillMosaic(Mosaic mosaic) {
-    return [shared = std::make_shared<Mosaic>(std::move(mosaic))](uint32_t y, ColourRow& row) {
-        shared->fill(y, row);
-    };
-}
 } // namespace
 
-RowSource linearRows(Frame const& frame, CameraDescription const& camera, ColourSettings const& settings) {
+bool readLinear(Frame const& frame, CameraDescription const& camera, ColourSettings const& settings,
+                std::function<void(uint32_t y, ColourRow const& row)> const& use) {
     if (!isWhole(frame))
-        return {};
-    if (frame.type == FrameType::Ycbcr)
-        return rows(frame.width, frame.height, camera, settings,
-                    [&frame, camera, settings](uint32_t y, ColourRow& row) {
-                        fillYcbcr(frame, camera, settings, y, row);
-                    });
-    auto const load = [&frame](int64_t y, float* samples) {
-        uchar const* const row = rowOf(frame, y);
-        if (frame.type == FrameType::Raw8)
-            std::copy_n(row, frame.width, samples);
+        return false;
+    std::optional<Mosaic> mosaic;
+    if (frame.type != FrameType::Ycbcr)
+        mosaic.emplace(frame, camera, settings);
+    bool const isPlain = !settings.colourCorrection && settings.saturation == 1;
+    Matrix const matrix = colourMatrix(camera, settings);
+    ColourRow row;
+    for (auto* plane : {&row.red, &row.green, &row.blue})
+        plane->resize(frame.width);
+    for (uint32_t y = 0; y < uint32_t(frame.height); ++y) {
+        if (mosaic)
+            mosaic->fill(y, row);
         else
-            for (size_t x = 0; x < frame.width; ++x)
-                samples[x] = float(row[2 * x] | row[2 * x + 1] << 8);
-    };
-    return rows(frame.width, frame.height, camera, settings,
-                fillMosaic({frame.width, frame.height, camera.bayerPhase, camera.blackLevel,
-                            camera.whiteLevel, settings, load}));
-}
-
-RowSource linearRows(simulator::IdealFrame const& frame, CameraDescription const& camera,
-                     ColourSettings const& settings) {
-    if (frame.width < 2 || frame.height < 2 || frame.samples.size() != size_t(frame.width) * frame.height)
-        return {};
-    auto const load = [&frame](int64_t y, float* samples) {
-        std::copy_n(frame.samples.data() + size_t(y) * frame.width, frame.width, samples);
-    };
-    return rows(frame.width, frame.height, camera, settings,
-                fillMosaic({frame.width, frame.height, camera.bayerPhase, 0, 1, settings, load}));
+            fillYcbcr(frame, camera, settings, y, row);
+        if (!isPlain)
+            multiply(matrix, row);
+        use(y, row);
+    }
+    return true;
 }
 } // namespace pictara
