@@ -48,3 +48,11 @@ function(kestra_data_beside library pattern)
     add_custom_target(${library}_data DEPENDS ${installed_files})
     add_dependencies(${library} ${library}_data)
 endfunction()
+
+# What every program with windows asks of the address sanitizer, when it is built with it.
+if(KESTRA_SANITIZE MATCHES address)
+    add_library(sanitizer_options OBJECT ${CMAKE_CURRENT_LIST_DIR}/sanitizer_options.cpp)
+    target_link_libraries(sanitizer_options PRIVATE kestra_options)
+else()
+    add_library(sanitizer_options INTERFACE)
+endif()

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QLibrary>
+#include <QtDebug>
 #include <utility>
 
 namespace pictara {
@@ -58,20 +59,15 @@ void Boundary::doing(QStringList const& words) {
 }
 
 void Boundary::begin(CallSource source, char const* name, QByteArray const& arguments) {
-    m_open.push_back({source, name, utf8(arguments)});
-    // A copy: a call that the observer leads to would move the original.
-    BoundaryCall const call = m_open.back();
+    int const depth = m_depth++;
     if (m_observer)
-        m_observer->began(call, int(m_open.size()) - 1);
+        m_observer->began({source, name, utf8(arguments)}, depth);
 }
 
 void Boundary::end(QByteArray const& result) {
-    if (m_open.empty())
-        return;
-    BoundaryCall const call = m_open.back();
-    m_open.pop_back();
+    --m_depth;
     if (m_observer)
-        m_observer->ended(call, int(m_open.size()), utf8(result));
+        m_observer->ended(m_depth, utf8(result));
 }
 
 Watching::Watching(BoundaryObserver& observer, QString const& pluginFile) {
@@ -81,6 +77,8 @@ Watching::Watching(BoundaryObserver& observer, QString const& pluginFile) {
         tap.connected = find(tap, folder);
         if (tap.connected)
             tap.connected(&tap.observer);
+        else
+            qWarning("pictara: the calls on the library %s are not seen", tap.library);
     }
     Boundary::instance().m_observer = &observer;
 }
@@ -90,13 +88,5 @@ Watching::~Watching() {
     for (Tap& tap : taps)
         if (ObserveCalls const connected = std::exchange(tap.connected, nullptr))
             connected(nullptr);
-}
-
-QStringList Watching::unwatched() {
-    QStringList names;
-    for (Tap const& tap : taps)
-        if (!tap.connected)
-            names.append(QString::fromLatin1(tap.library));
-    return names;
 }
 } // namespace pictara

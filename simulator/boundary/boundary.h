@@ -4,7 +4,6 @@
 
 #include <QByteArray>
 #include <QStringList>
-#include <vector>
 
 namespace pictara {
 enum class CallSource {
@@ -29,8 +28,8 @@ public:
     /// button. The words are those of a line of a script.
     virtual void doing(QStringList const& words) = 0;
     virtual void began(BoundaryCall const& call, int depth) = 0;
-    /// Of the innermost open call. The result is empty when there is none.
-    virtual void ended(BoundaryCall const& call, int depth, QByteArray const& result) = 0;
+    /// The innermost open call. The result is empty when there is none.
+    virtual void ended(int depth, QByteArray const& result) = 0;
 };
 
 /// The boundary between host and plug-in, which is the process's: services and library functions have no
@@ -40,22 +39,20 @@ public:
     [[nodiscard]] static Boundary& instance();
 
     [[nodiscard]] bool isObserved() const { return m_observer != nullptr; }
+    /// The host's own calls of the camera library are not the plug-in's and are not told.
+    [[nodiscard]] bool isHostAtWork() const { return m_hostDepth > 0; }
 
     void doing(QStringList const& words);
     void begin(CallSource source, char const* name, QByteArray const& local8BitArguments);
     void end(QByteArray const& local8BitResult);
 
-    /// The host's own calls of the camera library are not the plug-in's and are not told.
-    void enterHost() { ++m_hostDepth; }
-    void leaveHost() { --m_hostDepth; }
-    [[nodiscard]] bool isHostAtWork() const { return m_hostDepth > 0; }
-
 private:
     friend class Watching;
+    friend class HostAtWork;
     Boundary() = default;
 
     BoundaryObserver* m_observer = nullptr;
-    std::vector<BoundaryCall> m_open;
+    int m_depth = 0; ///< open calls
     int m_hostDepth = 0;
 };
 
@@ -73,14 +70,14 @@ struct SourceWatch {
 /// Brackets a call of the host's own.
 class HostAtWork {
 public:
-    HostAtWork() { Boundary::instance().enterHost(); }
-    ~HostAtWork() { Boundary::instance().leaveHost(); }
+    HostAtWork() { ++Boundary::instance().m_hostDepth; }
+    ~HostAtWork() { --Boundary::instance().m_hostDepth; }
     HostAtWork(HostAtWork const&) = delete;
     HostAtWork& operator=(HostAtWork const&) = delete;
 };
 
 /// As long as this object stands, its observer is told of every call across the boundary, those on the
-/// stand-in libraries included. Libraries of another make cannot be watched; their calls go unseen.
+/// stand-in libraries included. Libraries of another make cannot be watched, which is logged.
 class Watching {
 public:
     /// `pluginFile` as a host's user names it, empty for that beside the program; beside the plug-in lie its
@@ -89,8 +86,5 @@ public:
     ~Watching();
     Watching(Watching const&) = delete;
     Watching& operator=(Watching const&) = delete;
-
-    /// Names of the libraries that cannot be watched.
-    [[nodiscard]] static QStringList unwatched();
 };
 } // namespace pictara

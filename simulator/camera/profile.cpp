@@ -196,7 +196,6 @@ CameraDescription describe(JsonPlace const& root, SensorArray const& array, Read
     return {.sensorName = root["sensorName"].text().toLocal8Bit(),
             .fileNamePart = root["fileNamePart"].text().toLocal8Bit(),
             .summary = root.has("summary") ? root["summary"].text() : QString(),
-            .note = root.has("note") ? root["note"].text() : QString(),
             .sensorKind = root["kind"].integer(),
             .variant = root["variant"].integer(),
             .systemOnChip = root["systemOnChip"].flag(),

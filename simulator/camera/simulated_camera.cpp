@@ -89,10 +89,7 @@ QStringList SimulatedCamera::notedProfileNames() {
     for (QString const& name : profileNames()) {
         QString error; // a profile that cannot be opened is listed all the same
         auto const camera = open(name, &error);
-        QString line = name.leftJustified(kWidth) + (camera ? camera->description().summary : error);
-        if (camera && !camera->description().note.isEmpty())
-            line += QStringLiteral("; ") + camera->description().note;
-        lines.append(line);
+        lines.append(name.leftJustified(kWidth) + (camera ? camera->description().summary : error));
     }
     return lines;
 }

@@ -70,7 +70,6 @@ struct CameraDescription {
     QByteArray sensorName;   ///< for the sensor record's first name
     QByteArray fileNamePart; ///< for the sensor record's file name part
     QString summary;         ///< what the profile is for, in a line
-    QString note;            ///< what its user must know; mostly empty
     uint32_t sensorKind = 0;
     uint32_t variant = 0;
     bool systemOnChip = false;
@@ -98,7 +97,7 @@ public:
     [[nodiscard]] static std::unique_ptr<SimulatedCamera> open(QString const& profile, QString* error);
     /// The names of the profiles that are installed beside the library.
     [[nodiscard]] static QStringList profileNames();
-    /// A line of each: its name, what it is for and, where there is something, what its user must know.
+    /// A line of each: its name, and what it is for.
     [[nodiscard]] static QStringList notedProfileNames();
     ~SimulatedCamera();
 

@@ -13,13 +13,6 @@
 // The library's functions over the simulated camera. A null or closed camera, a null name and a register that
 // the sensor lacks are answered, never followed.
 
-#ifdef _MSC_VER
-// Declared without an export, no definition may have one there; the linker exports all.
-#define VEYRA2_FUNCTION extern "C"
-#else
-#define VEYRA2_FUNCTION extern "C" SIMULATED_CAMERA_API
-#endif
-
 using namespace simulator;
 
 // Cameras are opened and used on one thread, the host's.
@@ -152,7 +145,7 @@ LIBRARY_FUNCTION int vy_ExistsBitfield(vy_Camera* camera, char const* reg, char 
                     [&] { return findBitfield(camera, reg, bitfield) ? 1 : 0; });
 }
 
-VEYRA2_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera, char const* reg) {
+LIBRARY_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera, char const* reg) {
     return observed(
         Call("vy_FindRegister", camera, reg), [&] { return descriptionOf(findByName(camera, reg)); },
         foundText);
@@ -171,7 +164,7 @@ LIBRARY_FUNCTION vy_RegisterDescription const* vy_FindRegisterAddr(vy_Camera* ca
                     [&] { return descriptionOf(findByAddress(camera, addressSpace, selector, address)); });
 }
 
-VEYRA2_FUNCTION uint32_t vy_dataSize(uint32_t dataType) {
+LIBRARY_FUNCTION uint32_t vy_dataSize(uint32_t dataType) {
     return observed(Call("vy_dataSize", dataType), [&] { return dataTypeSize(dataType); });
 }
 
@@ -262,7 +255,7 @@ LIBRARY_FUNCTION char const* vy_Home(void) {
     });
 }
 
-VEYRA2_FUNCTION int vy_stopTransport(vy_Camera* camera) {
+LIBRARY_FUNCTION int vy_stopTransport(vy_Camera* camera) {
     return observed(Call("vy_stopTransport", camera),
                     [&] { return int(vy_Camera::isOpen(camera) ? kDone : kBadArgument); });
 }
@@ -270,7 +263,7 @@ VEYRA2_FUNCTION int vy_stopTransport(vy_Camera* camera) {
 // A camera lives as long as the host's object; a borrower of the handle cannot end it.
 LIBRARY_FUNCTION void vy_CloseCameras(void) {}
 
-VEYRA2_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
+LIBRARY_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
     return observed(Call("vy_SensorInfo", camera), [&] {
         return vy_Camera::isOpen(camera) ? &std::as_const(camera->profile.sensor) : nullptr;
     });

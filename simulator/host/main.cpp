@@ -7,16 +7,10 @@
 #include "tools/shading/shading_run.h"
 
 #include <QApplication>
-#include <algorithm>
 #include <cstdio>
-#include <iterator>
 
 namespace {
 using namespace pictara;
-
-#ifdef Q_OS_LINUX
-constexpr char const* kDisplayVariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
-#endif
 
 // The command line is read, and the sensors are listed, without a display.
 CommandLine readCommandLine(int argc, char** argv) {
@@ -27,15 +21,15 @@ CommandLine readCommandLine(int argc, char** argv) {
     return commandLine;
 }
 
-#ifdef Q_OS_LINUX
-// Qt would abort.
+// Qt would abort without.
 bool hasDisplay() {
-    return std::any_of(std::begin(kDisplayVariables), std::end(kDisplayVariables),
-                       [](char const* name) { return !qEnvironmentVariableIsEmpty(name); });
-}
+#ifdef Q_OS_LINUX
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
 #else
-bool hasDisplay() { return true; }
+    return true;
 #endif
+}
 
 void drawWithoutScreen() {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
@@ -58,13 +52,11 @@ bool chooseProfile(Options& options) {
 int sit(Options const& options, Script const* script) {
     QString error;
     std::unique_ptr<Session> const session = Session::open(options, &error);
-    if (!session) {
-        complain(error);
-        return kExitUsage;
-    }
+    if (!session)
+        return refuse(error);
     int const code = script                         ? runScript(*session, *script)
                      : options.runAll               ? runCalibration(*session)
-                     : options.replayFile.isEmpty() ? runWindow(*session, options)
+                     : options.replayFile.isEmpty() ? runWindow(*session)
                                                     : runReplay(*session);
     if (files::isInterrupted())
         complain(QStringLiteral("Interrupted."));
@@ -84,10 +76,8 @@ int runByOptions(Options const& given) {
     QString error;
     if (!given.scriptFile.isEmpty()) {
         script = readScript(given.scriptFile, given, &error);
-        if (!script || !layOut(*script, given.outputFolder, &error)) {
-            complain(error);
-            return kExitUsage;
-        }
+        if (!script || !layOut(*script, given.outputFolder, &error))
+            return refuse(error);
     }
     Script const* const told = script ? &*script : nullptr;
     Options const& options = told ? told->options : given;
@@ -106,11 +96,9 @@ int main(int argc, char** argv) {
     Options& options = *commandLine.options;
     if (options.isHeadless())
         drawWithoutScreen();
-    if (!hasDisplay()) {
-        complain(QStringLiteral("There is no display for the window. --run-all, --script, --replay and "
-                                "--replay-eeprom need none."));
-        return kExitUsage;
-    }
+    if (!hasDisplay())
+        return refuse(QStringLiteral("There is no display for the window. --run-all, --script, --replay and "
+                                     "--replay-eeprom need none."));
 
     installMessageLog();
     // Qt has options of its own by some of these names; the program's are not for it.

@@ -10,13 +10,6 @@
 #include <utility>
 #include <vector>
 
-#ifdef _MSC_VER
-// Declared without an export, no definition may have one there; the linker exports all.
-#define SHADEFIT_API extern "C"
-#else
-#define SHADEFIT_API extern "C" Q_DECL_EXPORT
-#endif
-
 using simulator::Call;
 using simulator::callText;
 using simulator::callTexts;
@@ -163,12 +156,12 @@ bool holdsSolution(sf_Handle const& handle, char const* purpose) {
 }
 } // namespace
 
-SHADEFIT_API void sf_ObserveCalls(CallObserver const* observer) {
+LIBRARY_FUNCTION void sf_ObserveCalls(CallObserver const* observer) {
     libraryWatch.setObserver(observer);
     handlesWatched = 0;
 }
 
-SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t minusOne) {
+LIBRARY_FUNCTION sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t minusOne) {
     auto const fromFile = [&]() -> sf_Handle* {
         QString const name =
             files::libraryFolder() + QStringLiteral("/layouts/%1-%2.layout").arg(sensorKind).arg(variant);
@@ -183,8 +176,8 @@ SHADEFIT_API sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int32_t
                              createdText);
 }
 
-SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, uint32_t variant,
-                                   uint32_t allBits) {
+LIBRARY_FUNCTION sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, uint32_t variant,
+                                       uint32_t allBits) {
     // The block names its own kind and variant; the caller's do not count.
     return entry<sf_Handle*>(
         Call("sf_Create2", SensorData{sensorData}, sensorKind, variant, allBits), nullptr,
@@ -192,9 +185,9 @@ SHADEFIT_API sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, 
         createdText);
 }
 
-SHADEFIT_API int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
-                                   uint32_t bits, uint32_t bayerPhase, uint32_t orientation, uint32_t zero,
-                                   int32_t minusOne1, int32_t minusOne2) {
+LIBRARY_FUNCTION int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
+                                       uint32_t bits, uint32_t bayerPhase, uint32_t orientation,
+                                       uint32_t zero, int32_t minusOne1, int32_t minusOne2) {
     Frame const told{frame, width, height};
     return entryOf(
         handle,
@@ -206,8 +199,9 @@ SHADEFIT_API int sf_SetInputImage2(sf_Handle* handle, void const* frame, uint32_
         });
 }
 
-SHADEFIT_API int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
-                                       sf_YcbcrInput const* input, int32_t minusOne1, int32_t minusOne2) {
+LIBRARY_FUNCTION int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uint32_t width,
+                                           uint32_t height, sf_YcbcrInput const* input, int32_t minusOne1,
+                                           int32_t minusOne2) {
     Frame const told{frame, width, height};
     return entryOf(handle, Call("sf_SetInputImageYcbcr", handle, told, input, minusOne1, minusOne2), 0,
                    [&](sf_Handle& of) -> int {
@@ -218,19 +212,19 @@ SHADEFIT_API int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uin
                    });
 }
 
-SHADEFIT_API int sf_FindSolution(sf_Handle* handle, sf_SolutionParams const* params) {
+LIBRARY_FUNCTION int sf_FindSolution(sf_Handle* handle, sf_SolutionParams const* params) {
     return find("sf_FindSolution", handle, params, &Calibration::findBase);
 }
 
-SHADEFIT_API int sf_FindApga(sf_Handle* handle, sf_ApgaParams const* params) {
+LIBRARY_FUNCTION int sf_FindApga(sf_Handle* handle, sf_ApgaParams const* params) {
     return find("sf_FindApga", handle, params, &Calibration::findTable);
 }
 
-SHADEFIT_API int sf_FindAutoPga(sf_Handle* handle, sf_ApgaParams const* params) {
+LIBRARY_FUNCTION int sf_FindAutoPga(sf_Handle* handle, sf_ApgaParams const* params) {
     return find("sf_FindAutoPga", handle, params, &Calibration::findFullTable);
 }
 
-SHADEFIT_API sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
+LIBRARY_FUNCTION sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
     return entryOf<sf_RegList const*>(handle, Call("sf_DumpRegList", handle), nullptr,
                                       [](sf_Handle& of) -> sf_RegList const* {
                                           if (!holdsSolution(of, "list"))
@@ -241,8 +235,8 @@ SHADEFIT_API sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
                                       });
 }
 
-SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t format, uint32_t zero1,
-                                uint32_t zero2) {
+LIBRARY_FUNCTION int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t format, uint32_t zero1,
+                                    uint32_t zero2) {
     return entryOf(
         handle, Call("sf_DumpRegFile", handle, path, format, zero1, zero2), -1, [&](sf_Handle& of) {
             if (path == nullptr)
@@ -266,6 +260,6 @@ SHADEFIT_API int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t fo
         });
 }
 
-SHADEFIT_API void sf_Destroy(sf_Handle* handle) {
+LIBRARY_FUNCTION void sf_Destroy(sf_Handle* handle) {
     observed(Call("sf_Destroy", handle), [&] { delete handle; });
 }

@@ -83,7 +83,7 @@ bool write(NamedState const& state, QDir const& folder) {
     QPalette const light = QApplication::palette();
     if (state.isDark)
         QApplication::setPalette(darkPalette());
-    HostWindow window(*session, options);
+    HostWindow window(*session);
     bool written = window.openDialog(&error);
     if (written) {
         window.showWithDialog();

@@ -158,10 +158,8 @@ int runShading(Options const& options) {
     QString error;
     std::optional<QString> const folder = createdFolder(options.outputFolder, &error);
     auto const tables = folder ? tablesFor(options, &error) : std::vector<NamedShading>();
-    if (tables.empty()) {
-        complain(error);
-        return files::isInterrupted() ? kExitInterrupted : kExitUsage;
-    }
+    if (tables.empty())
+        return files::isInterrupted() ? kExitInterrupted : refuse(error);
     bool const areTwo = tables.size() == 2;
     if (!areTwo)
         tell(QStringLiteral("The table is %1.").arg(QFileInfo(tables.front().file).absoluteFilePath()));

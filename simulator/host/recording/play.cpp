@@ -103,19 +103,15 @@ int replayRecording(Options const& given) {
     QTemporaryDir const folder;
     fresh.outputFolder = folder.path();
     auto const script = readScript(given.replayedRecordingFile, fresh, &error);
-    if (!script || !layOut(*script, folder.path(), &error)) {
-        complain(error);
-        return kExitUsage;
-    }
+    if (!script || !layOut(*script, folder.path(), &error))
+        return refuse(error);
     Replay replay(script->options);
     QString difference;
     {
         Watching const watching(replay.lines(), fresh.pluginFile);
         auto const session = Session::open(script->options, &error);
-        if (!session) {
-            complain(error);
-            return kExitUsage;
-        }
+        if (!session)
+            return refuse(error);
         Player player(*session);
         for (Command const& command : script->commands)
             if (difference = replay.differenceIn(player, command, given.replayedRecordingFile);
@@ -135,18 +131,14 @@ int replayRecording(Options const& given) {
 
 int recordWhile(Options const& options, std::function<int()> const& sit) {
     QString error;
-    if (!files::isReplaceable(options.recordingFile, &error)) {
-        complain(QStringLiteral("The recording %1 cannot be written: %2").arg(options.recordingFile, error));
-        return kExitUsage;
-    }
+    if (!files::isReplaceable(options.recordingFile, &error))
+        return refuse(error);
     QByteArray const beginning = beginningOf(options);
     QByteArray text;
     SeenLines lines(placeholdersOf(options), [&](QByteArray const& line) { text += line + '\n'; });
     int code = kExitDone;
     {
         Watching const watching(lines, options.pluginFile);
-        for (QString const& library : Watching::unwatched())
-            complain(QStringLiteral("The calls on the library %1 cannot be recorded.").arg(library));
         code = sit();
     }
     lines.flush();

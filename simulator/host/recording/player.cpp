@@ -297,7 +297,6 @@ void Player::deliverFrame() {
 }
 
 void Player::tick() {
-    m_dialog.page.stopTimer(); // showing the page again starts its timer again
     m_dialog.page.tick();
     QCoreApplication::processEvents();
     m_progress.statusTexts = m_dialog.page.statusTexts();

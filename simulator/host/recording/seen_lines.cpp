@@ -134,7 +134,7 @@ void SeenLines::began(BoundaryCall const& call, int depth) {
     m_open.push_back({indented(depth, text)});
 }
 
-void SeenLines::ended(BoundaryCall const&, int depth, QByteArray const& result) {
+void SeenLines::ended(int depth, QByteArray const& result) {
     if (m_open.empty())
         return; // it began before anybody watched
     OpenCall const call = m_open.back();

@@ -38,7 +38,7 @@ public:
 
     void doing(QStringList const& words) override;
     void began(BoundaryCall const& call, int depth) override;
-    void ended(BoundaryCall const& call, int depth, QByteArray const& result) override;
+    void ended(int depth, QByteArray const& result) override;
 
     /// Hands over what waits for a call that may share its line.
     void flush();

@@ -79,8 +79,6 @@ QString Fact::shown(size_t index) const {
     if (!value.isDouble())
         return value.toString();
     double const number = value.toDouble();
-    if (decimals == kHexadecimal)
-        return QStringLiteral("0x%1").arg(uint32_t(number), 4, 16, QLatin1Char('0'));
     return (decimals < 0 ? QString::number(number, 'g', 10) : QString::number(number, 'f', decimals)) + unit;
 }
 
@@ -128,13 +126,6 @@ void OutputFolder::saveBytes(QString const& name, QByteArray const& bytes) {
     m_failed = m_failed || !saved;
 }
 
-bool OutputFolder::expect(QString const& name) {
-    bool const there = QFileInfo(m_folder.filePath(name)).isFile();
-    if (there)
-        m_written.append(name);
-    return there;
-}
-
 void OutputFolder::removeOthers(QStringList const& names) {
     for (QString const& name : names) {
         QString const path = m_folder.filePath(name);
@@ -143,18 +134,6 @@ void OutputFolder::removeOthers(QStringList const& names) {
         complain(QStringLiteral("The file %1 of an earlier run cannot be removed.").arg(path));
         m_failed = true;
     }
-}
-
-QStringList OutputFolder::filesOfOthers(QString const& wildcard, QByteArray const& text) const {
-    QStringList found;
-    for (QString const& name : m_folder.entryList({wildcard}, QDir::Files, QDir::Name)) {
-        QFile file(m_folder.filePath(name));
-        constexpr qint64 kLookedAt = 1 << 20; // bytes
-        if (!m_written.contains(name) && file.open(QIODevice::ReadOnly) &&
-            file.read(kLookedAt).contains(text))
-            found << name;
-    }
-    return found;
 }
 
 QString writeReport(Report const& report, OutputFolder& output) {

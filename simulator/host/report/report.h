@@ -9,8 +9,7 @@
 namespace pictara {
 /// Something that is told under one name.
 struct Fact {
-    static constexpr int kShortest = -1;    ///< as many decimals as it takes
-    static constexpr int kHexadecimal = -2; ///< a whole number in the notation of registers
+    static constexpr int kShortest = -1; ///< as many decimals as it takes
 
     QString key;   ///< for scripts, with the unit in it
     QString label; ///< for people; empty: told to scripts alone
@@ -73,13 +72,9 @@ public:
     /// As PNG, whatever the name says.
     void savePicture(QString const& name, QImage const& picture) { saveBytes(name, pngOf(picture)); }
     void saveBytes(QString const& name, QByteArray const& bytes);
-    /// A file that somebody else should have written.
-    [[nodiscard]] bool expect(QString const& name);
     /// Removes those of the names that this run did not write, so that nothing of an earlier one is taken for
     /// its own.
     void removeOthers(QStringList const& names);
-    /// Files that match the wildcard and hold the text, but are none of this run.
-    [[nodiscard]] QStringList filesOfOthers(QString const& wildcard, QByteArray const& text) const;
     /// Absolute, whether it is there or not.
     [[nodiscard]] QString pathOf(QString const& name) const { return m_folder.absoluteFilePath(name); }
     [[nodiscard]] bool failed() const { return m_failed; }

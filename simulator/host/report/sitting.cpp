@@ -3,7 +3,7 @@
 #include "simulator/boundary/boundary.h"
 #include "simulator/host/session/session.h"
 
-#include <QFileInfo>
+#include <QDir>
 #include <QTemporaryDir>
 
 namespace pictara {
@@ -26,13 +26,6 @@ uint32_t valueOf(simulator::SimulatedCamera const& camera, RegisterPlace place) 
     return value;
 }
 
-// The place of a register without a name.
-QString nameOf(simulator::SimulatedCamera const& camera, RegisterPlace place) {
-    auto const* const found = registerAt(camera, place);
-    return found && found->name ? QString::fromLocal8Bit(found->name)
-                                : QStringLiteral("%1/%2").arg(place.first).arg(hexadecimal(place.second));
-}
-
 // Why a camera that starts up from the EEPROM does not hold what the registers of this one hold.
 QString lackOf(Session& session, QString const& label) {
     QTemporaryDir const folder;
@@ -50,7 +43,8 @@ QString lackOf(Session& session, QString const& label) {
         uint32_t const stored = valueOf(*started, place), held = valueOf(camera, place);
         if (stored != held)
             return QStringLiteral("by the record \"%1\" the register %2 starts with %3 instead of %4")
-                .arg(record, nameOf(camera, place), hexadecimal(stored), hexadecimal(held));
+                .arg(record, QString::fromLocal8Bit(registerAt(camera, place)->name), hexadecimal(stored),
+                     hexadecimal(held));
     }
     return {};
 }
@@ -74,8 +68,6 @@ Section sceneSection(Session& session) {
                      {"light_gradient_ratio", "gradient of the light", {light.gradient}},
                      {"object_in_picture", "object in the picture", {light.objectInPicture}},
                      {"noise_seed", "seed", {double(options.seed)}}};
-    if (!camera.note.isEmpty())
-        section.facts.insert(section.facts.begin() + 6, {"profile_note", "note", {camera.note}});
     return section;
 }
 
@@ -94,19 +86,6 @@ Section registerSection(Session& session) {
     return section;
 }
 
-Section solutionSection(Session& session) {
-    HostAtWork const own; // looking names up is no call of the plug-in
-    Fact name{"name", "name"}, id{"id", "id"}, address{"address", "address", {}, {}, Fact::kHexadecimal},
-        held{"value", "value", {}, {}, Fact::kHexadecimal};
-    for (auto const& [place, value] : session.desk().listEntries()) {
-        name.values.push_back(nameOf(session.camera(), place));
-        id.values.push_back(double(place.first));
-        address.values.push_back(double(place.second));
-        held.values.push_back(double(value));
-    }
-    return {"solution_registers", "Registers of the solution", Layout::Rows, {name, id, address, held}};
-}
-
 Section eepromSection(Session& session, QString const& label, QString* lack) {
     lack->clear();
     Section section{"eeprom", "EEPROM"};
@@ -122,13 +101,12 @@ Section eepromSection(Session& session, QString const& label, QString* lack) {
     QString const contents = !hasSolution      ? QStringLiteral("nothing was saved, there is no solution")
                              : lack->isEmpty() ? QStringLiteral("holds the solution")
                                                : QStringLiteral("does not hold the solution: ") + *lack;
-    QFileInfo const file(session.eepromFile());
-    bool const isInFolder = file.absolutePath() == session.outputFolder();
-    section.facts = {{"contents", "EEPROM", {contents}},
-                     {"holds_solution", {}, {hasSolution ? QJsonValue(lack->isEmpty()) : QJsonValue()}},
-                     {"file", "EEPROM file", {isInFolder ? file.fileName() : file.filePath()}},
-                     {"operations", "EEPROM operations", {double(camera.deviceOperations())}},
-                     {"written_bytes", "EEPROM bytes written", {double(camera.deviceBytesWritten())}}};
+    section.facts = {
+        {"contents", "EEPROM", {contents}},
+        {"holds_solution", {}, {hasSolution ? QJsonValue(lack->isEmpty()) : QJsonValue()}},
+        {"file", "EEPROM file", {QDir(session.outputFolder()).relativeFilePath(session.eepromFile())}},
+        {"operations", "EEPROM operations", {double(camera.deviceOperations())}},
+        {"written_bytes", "EEPROM bytes written", {double(camera.deviceBytesWritten())}}};
     if (auto const& fault = session.options().fault)
         section.facts.push_back({"fault", "EEPROM fault", {textOf(*fault)}});
     return section;

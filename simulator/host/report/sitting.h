@@ -11,8 +11,6 @@ class Session;
 [[nodiscard]] Section sceneSection(Session& session);
 /// The state of the registers, and how many were written.
 [[nodiscard]] Section registerSection(Session& session);
-/// The registers of the solution that the plug-in wrote, by address.
-[[nodiscard]] Section solutionSection(Session& session);
 /// What the sitting did to the camera's EEPROM. When the plug-in wrote a solution, another camera starts up
 /// from what the EEPROM holds, by the record of that label; `lack` tells why that one does not correct with
 /// the same solution, and is empty otherwise.

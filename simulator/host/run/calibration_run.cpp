@@ -1,6 +1,7 @@
 #include "simulator/host/run/runs.h"
 
 #include "simulator/files/interruption.h"
+#include "simulator/files/whole_file.h"
 #include "simulator/host/report/sitting.h"
 #include "simulator/host/run/measurement.h"
 #include "simulator/host/run/verdict.h"
@@ -22,6 +23,18 @@ QString resultsFile(RunProgress const& last) {
     // One page cuts the name at "/" alone, so that what lies before "\\" stays.
     static QRegularExpression const name(QStringLiteral("^Done: (?:.*[/\\\\])?(.*)"));
     return name.match(last.statusTexts[kFileSave]).captured(1);
+}
+
+// They stay, and must not be taken for the run's own.
+QStringList earlierResults(QDir const& folder, QString const& own) {
+    QStringList found;
+    for (QString const& name : folder.entryList({"*.ini"}, QDir::Files, QDir::Name)) {
+        QString error; // what cannot be read is no results file
+        auto const text = files::read(folder.filePath(name), files::kMostText, &error);
+        if (name != own && text && text->contains("[Lens Correction]"))
+            found << name;
+    }
+    return found;
 }
 
 class CalibrationRun {
@@ -67,9 +80,9 @@ CalibrationRun::CalibrationRun(Session& session, HeadlessDialog const& opened)
 // The library looks at a picture when the plug-in hands it over, or when it has all that it needs.
 void CalibrationRun::deliverAndWatch() {
     m_session.frames().deliverNext();
-    if (!m_refused.pictures.empty() || lastSolverMessage().isEmpty())
+    if (!m_refused.pictures.empty() || lastSolverCause().text.isEmpty())
         return;
-    QString const blocks = lastRefusedBlocks();
+    QString const blocks = lastSolverCause().blocks;
     // A page that takes several pictures has them solved when it has all.
     QString const what =
         captureRows(m_page).empty()
@@ -120,10 +133,9 @@ void CalibrationRun::calibrate() {
 void CalibrationRun::judgeSaves() {
     bool const hasEeprom = m_session.camera().hasEeprom();
     QString const results = resultsFile(m_run.last);
-    bool const hasResults = m_output.expect(results);
     if (!isSaved(m_run.last.statusTexts, hasEeprom))
         conclude(kNotSaved, kExitNotSaved, causeOf(m_run, captureRows(m_page), hasEeprom));
-    else if (!hasResults)
+    else if (!QFileInfo(m_output.pathOf(results)).isFile())
         conclude(kNotSaved, kExitNotSaved, QStringLiteral("The results file %1 is missing.").arg(results));
     else if (!m_lack.isEmpty()) // not every sensor's dialog reads back what it saved
         conclude(kNotSaved, kExitNotSaved,
@@ -174,13 +186,12 @@ void CalibrationRun::report(QImage const& dialog) {
         sections.push_back(m_refused);
     sections.push_back(m_lights);
     sections.insert(sections.end(), m_report.sections.begin(), m_report.sections.end());
-    if (QString const earlier = m_output.filesOfOthers("*.ini", "[Lens Correction]").join(", ");
+    if (QStringList const earlier = earlierResults(m_session.outputFolder(), resultsFile(m_run.last));
         !earlier.isEmpty())
         sections.push_back({"files",
                             "Files",
                             Layout::One,
-                            {{"earlier_results", "results files of earlier runs", {earlier}}}});
-    sections.push_back(solutionSection(m_session));
+                            {{"earlier_results", "results files of earlier runs", {earlier.join(", ")}}}});
     m_report.sections = sections;
     writeReport(m_report, m_output);
 }
@@ -207,10 +218,8 @@ int runCalibration(Session& session) {
     HeadlessDialog opened;
     if (ExitCode const code = openHeadless(session, opened); code != kExitDone)
         return code;
-    if (session.options().lightKelvin && !captureRows(opened.page).empty()) {
-        complain(QStringLiteral("This sensor's page names its lights; --light is not for it."));
-        return kExitUsage;
-    }
+    if (session.options().lightKelvin && !captureRows(opened.page).empty())
+        return refuse(QStringLiteral("This sensor's page names its lights; --light is not for it."));
     return CalibrationRun(session, opened).run();
 }
 } // namespace pictara

@@ -37,9 +37,8 @@ int runReplay(Session& session) {
                                : "not measured",
                   isMeasured ? "" : "The dialog shows no uniformity for the replayed correction.",
                   evennessSections(states)};
-    // Honest figures need no solution from the dialog.
-    report.sections.insert(report.sections.end(), {replayed, sceneSection(session), registerSection(session),
-                                                   solutionSection(session)});
+    report.sections.insert(report.sections.end(),
+                           {replayed, sceneSection(session), registerSection(session)});
     OutputFolder output(session.outputFolder());
     output.savePicture("replay-dialog.png", opened.dialog->grab().toImage());
     QString const page = writeReport(report, output);
@@ -67,7 +66,6 @@ QString reportScript(Session& session, DialogPage& page, ScriptEnd const& end, O
     }
     if (files::isInterrupted())
         return {};
-    sections.push_back(solutionSection(session));
     return writeReport({"script", end.cause.isEmpty() ? "done" : "failed", end.cause, sections}, output);
 }
 } // namespace pictara

@@ -51,7 +51,6 @@ void RunDriver::advanceOneTick() {
     }
     if (m_page.isRunning() && isSavingToEepromNext(m_page.statusTexts()))
         onSaving();
-    m_page.stopTimer(); // showing the page again starts its timer again
     m_page.tick();
     QCoreApplication::processEvents();
     m_progress.statusTexts = m_page.statusTexts();

@@ -35,7 +35,7 @@ QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, b
     for (CaptureRow const& row : captures)
         if (row.status.startsWith(QLatin1String("Error")))
             causes.append(row.button + QLatin1String(": ") + row.status);
-    if (QString const solver = lastSolverMessage(); !solver.isEmpty())
+    if (QString const solver = lastSolverCause().text; !solver.isEmpty())
         causes.append(solver);
     if (run.end == RunEnd::Cancelled && causes.isEmpty())
         causes.append(run.last.statusTexts.value(kSetup) == QLatin1String("Done.") ? kStands
@@ -61,7 +61,7 @@ ExitCode exitCodeOf(RunResult const& run) {
     if (run.end == RunEnd::TimedOut)
         return kExitTimeout;
     for (auto const& [told, code] : kRefusals)
-        if (lastSolverMessage().contains(QLatin1String(told)))
+        if (lastSolverCause().text.contains(QLatin1String(told)))
             return code;
     return kExitNotCalibrated;
 }

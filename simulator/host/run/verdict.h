@@ -16,7 +16,7 @@ namespace pictara {
 /// The exit code of a run that is not calibrated: what the library refused a picture for, if it did.
 [[nodiscard]] ExitCode exitCodeOf(RunResult const& run);
 
-/// A picture with the blocks drawn into it that the calibration library refused, as `lastRefusedBlocks` tells
+/// A picture with the blocks drawn into it that the calibration library refused, as `SolverCause` tells
 /// them: on a grid over the sensor's array, which the picture shows in that orientation.
 [[nodiscard]] QImage markedRefusal(QImage picture, QString const& blocks, uint32_t orientation);
 } // namespace pictara

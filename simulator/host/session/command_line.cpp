@@ -1,5 +1,7 @@
 #include "simulator/host/session/command_line.h"
 
+#include "simulator/host/session/message_log.h"
+
 #include <QCommandLineParser>
 #include <algorithm>
 
@@ -159,6 +161,11 @@ QString conflictIn(QStringList const& given, QStringList const& runs, Options co
     return found == std::end(conflicts) ? QString() : QString::fromLatin1(found->told);
 }
 } // namespace
+
+ExitCode refuse(QString const& why) {
+    complain(why);
+    return kExitUsage;
+}
 
 simulator::Light lightOf(Options const& options) {
     constexpr double kUsualLamp = 5000; // kelvin

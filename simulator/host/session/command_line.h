@@ -19,6 +19,9 @@ enum ExitCode : int {
     kExitInterrupted = 130, ///< by Ctrl-C or a request to terminate
 };
 
+/// Complains that the program cannot do what it was asked for.
+[[nodiscard]] ExitCode refuse(QString const& why);
+
 /// What the user asked for. File names are as typed; empty ones stand for the defaults told in the help.
 struct Options {
     // What to do; nothing of these: a window for work by hand.

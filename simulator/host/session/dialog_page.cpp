@@ -139,6 +139,7 @@ void DialogPage::stopTimer() {
 void DialogPage::tick() {
     if (!m_page)
         return;
+    stopTimer(); // showing the page again starts its timer again
     Boundary::instance().doing({"tick"});
     QMetaObject::invokeMethod(m_page, "start", Qt::DirectConnection);
 }
@@ -162,15 +163,13 @@ bool HeadlessDialog::show(QString* error) {
 
 ExitCode openHeadless(Session& session, HeadlessDialog& opened) {
     QString error;
-    ExitCode code = kExitDone;
     if (!opened.make(session, &error))
-        code = kExitUsage;
-    else if (!opened.show(&error))
-        code = kExitNotCalibrated;
-    else
-        opened.page.saveInto(session.outputFolder());
-    if (code != kExitDone)
+        return refuse(error);
+    if (!opened.show(&error)) {
         complain(error);
-    return code;
+        return kExitNotCalibrated;
+    }
+    opened.page.saveInto(session.outputFolder());
+    return kExitDone;
 }
 } // namespace pictara

@@ -57,6 +57,7 @@ public:
 
     /// Keeps the page's own timer from ticking, so that only `tick()` does.
     void stopTimer();
+    /// The page's own tick; its timer rests from then on.
     void tick();
 
     /// True while Run All works.

@@ -13,9 +13,8 @@ constexpr char kConsequence[] = "there is no ";
 
 struct Log {
     QMutex mutex; // messages come from any thread
-    QString solverMessage;
-    QString blocks;        ///< of the next message
-    QString refusedBlocks; ///< of the last one
+    SolverCause last;
+    QString blocks; ///< of the next cause
 };
 
 Log& log() {
@@ -26,9 +25,8 @@ Log& log() {
 void noteSolver(QString const& told) {
     if (told.startsWith(QLatin1String(kBlocksMark))) {
         log().blocks = told.mid(int(sizeof kBlocksMark) - 1);
-    } else if (!told.startsWith(QLatin1String(kConsequence)) || log().solverMessage.isEmpty()) {
-        log().solverMessage = told;
-        log().refusedBlocks = std::exchange(log().blocks, {});
+    } else if (!told.startsWith(QLatin1String(kConsequence)) || log().last.text.isEmpty()) {
+        log().last = {told, std::exchange(log().blocks, {})};
     }
 }
 
@@ -44,20 +42,14 @@ void onMessage(QtMsgType type, QMessageLogContext const&, QString const& text) {
 
 void installMessageLog() { qInstallMessageHandler(onMessage); }
 
-QString lastSolverMessage() {
+SolverCause lastSolverCause() {
     QMutexLocker const lock(&log().mutex);
-    return log().solverMessage;
+    return log().last;
 }
 
-QString lastRefusedBlocks() {
+void forgetSolverCause() {
     QMutexLocker const lock(&log().mutex);
-    return log().refusedBlocks;
-}
-
-void forgetSolverMessage() {
-    QMutexLocker const lock(&log().mutex);
-    log().solverMessage.clear();
-    log().refusedBlocks.clear();
+    log().last = {};
 }
 
 void complain(QString const& text) {

@@ -7,14 +7,16 @@ namespace pictara {
 /// the calibration library logged.
 void installMessageLog();
 
-/// The cause that the calibration library logged last, without its mark; empty when it logged none. That it
-/// then has no solution is no cause of its own.
-[[nodiscard]] QString lastSolverMessage();
-/// The blocks that the cause is about, as the library logged them before it; empty without any.
-[[nodiscard]] QString lastRefusedBlocks();
+/// Why the calibration library did not do what it was asked for, as it logged it last.
+struct SolverCause {
+    QString text;   ///< without the library's mark; empty when it logged none
+    QString blocks; ///< that the cause is about; empty without any
+};
 
+/// That the library then has no solution is no cause of its own.
+[[nodiscard]] SolverCause lastSolverCause();
 /// What was logged so far is no cause of what comes.
-void forgetSolverMessage();
+void forgetSolverCause();
 
 /// A line of the program's own on the standard error stream.
 void complain(QString const& text);

@@ -28,9 +28,6 @@ QByteArray iniFileSetting(QString const& iniFile) {
 
 // What the services do at a desk. A missing text counts as an empty one.
 struct Services {
-    // For the slots that this host has no use for.
-    void ignore() {}
-
     uint32_t readRegister(QByteArray const& reg, QByteArray const& bitfield, uint32_t) {
         return desk.m_registers.read(reg.constData(), bitfield.constData());
     }
@@ -59,11 +56,6 @@ struct Services {
         if (!desk.m_registers.writeBusByte(device, address, value, {addressBits, dataBits}))
             qWarning("pictara: the device 0x%X does not take a byte at 0x%X", device, address);
     }
-
-    // This host marks no registers, locks nothing while a dialog of the plug-in is open and analyses nothing.
-    void announceRegister(QByteArray const&, uint32_t, uint32_t) {}
-    void modalDialog(uint32_t) {}
-    void setupAnalysis(uint32_t, uint32_t, uint32_t, uint32_t, uint32_t) {}
 
     int32_t readState(QByteArray const& variable) { return desk.m_states.read(variable); }
     void setState(QByteArray const& variable, int32_t value) { desk.m_states.set(variable, value); }
@@ -121,8 +113,9 @@ struct Service<Slot, Function> {
     static Result call(Arguments... arguments) {
         return simulator::observed(SourceWatch{CallSource::Host}, simulator::Call(name, arguments...),
                                    [&]() -> Result {
-                                       if (current)
-                                           return (Services{*current}.*Function)(arguments...);
+                                       if constexpr (Function != nullptr)
+                                           if (current)
+                                               return (Services{*current}.*Function)(arguments...);
                                        if constexpr (std::is_same_v<Result, char const*>)
                                            return "";
                                        else
@@ -151,14 +144,12 @@ void fill(HostServices& table, char const* name) {
 HostServices filledTable() {
     HostServices table{};
 #define PICTARA_SERVICE(slot) fill<&HostServices::slot, &Services::slot>(table, #slot)
-#define PICTARA_UNUSED(slot) fill<&HostServices::slot, &Services::ignore>(table, #slot)
+#define PICTARA_UNUSED(slot) fill<&HostServices::slot, nullptr>(table, #slot)
     PICTARA_SERVICE(readRegister);
     PICTARA_SERVICE(writeRegister);
     PICTARA_SERVICE(writeListEntry);
     PICTARA_SERVICE(readBusByte);
     PICTARA_SERVICE(writeBusByte);
-    PICTARA_SERVICE(announceRegister);
-    PICTARA_SERVICE(modalDialog);
     PICTARA_SERVICE(readState);
     PICTARA_SERVICE(setState);
     PICTARA_SERVICE(readOption);
@@ -167,10 +158,11 @@ HostServices filledTable() {
     PICTARA_SERVICE(readIntSetting);
     PICTARA_SERVICE(writeIntSetting);
     PICTARA_SERVICE(writeTextSetting);
-    PICTARA_SERVICE(setupAnalysis);
     PICTARA_SERVICE(beginChanges);
     PICTARA_SERVICE(endChanges);
     table.readTextSetting = readTextSetting;
+    // This host marks no registers, locks nothing while a dialog of the plug-in is open and analyses nothing.
+    PICTARA_UNUSED(announceRegister), PICTARA_UNUSED(modalDialog), PICTARA_UNUSED(setupAnalysis);
     PICTARA_UNUSED(slot1), PICTARA_UNUSED(slot6), PICTARA_UNUSED(slot11), PICTARA_UNUSED(slot12);
     PICTARA_UNUSED(slot13), PICTARA_UNUSED(slot17), PICTARA_UNUSED(slot22), PICTARA_UNUSED(slot24);
     PICTARA_UNUSED(slot27), PICTARA_UNUSED(slot28), PICTARA_UNUSED(slot29), PICTARA_UNUSED(slot30);

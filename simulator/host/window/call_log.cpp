@@ -6,13 +6,14 @@
 namespace pictara {
 namespace {
 constexpr char const* kColumns[] = {"No.", "Of", "Call", "Arguments", "Result"};
-constexpr char const* kSources[] = {"host", "veyra2", "shadefit", "plug-in"};
+constexpr char const* kSources[] = {"host", "veyra2", "shadefit", "plug-in"}; // of calls
+constexpr char kInput[] = "input";
 constexpr int kIndent = 4; // blanks by which a call is set off from what it came of
 } // namespace
 
 QVariant CallLog::data(QModelIndex const& index, int role) const {
     bool const isText = role == Qt::DisplayRole && index.isValid() && index.row() < rowCount();
-    return isText ? line(index.row()).texts[size_t(index.column())] : QVariant();
+    return isText ? m_lines[size_t(index.row())][size_t(index.column())] : QVariant();
 }
 
 QVariant CallLog::headerData(int section, Qt::Orientation orientation, int role) const {
@@ -20,26 +21,23 @@ QVariant CallLog::headerData(int section, Qt::Orientation orientation, int role)
     return isColumn && role == Qt::DisplayRole ? QString::fromLatin1(kColumns[section]) : QVariant();
 }
 
-void CallLog::doing(QStringList const& words) {
-    append({.kind = 0, .texts = {QString(), QString(), lineOf(words)}});
-}
+void CallLog::doing(QStringList const& words) { append({QString(), kInput, lineOf(words)}); }
 
 void CallLog::began(BoundaryCall const& call, int depth) {
-    append({.kind = int(call.source) + 1,
-            .texts = {QString(), QLatin1String(kSources[int(call.source)]),
-                      QString(kIndent * (depth + 1), QLatin1Char(' ')) + QString::fromUtf8(call.name),
-                      QString::fromUtf8(call.arguments)}});
+    append({QString(), QLatin1String(kSources[int(call.source)]),
+            QString(kIndent * (depth + 1), QLatin1Char(' ')) + QString::fromUtf8(call.name),
+            QString::fromUtf8(call.arguments)});
     m_openCalls.push_back(m_dropped + m_lines.size() - 1);
 }
 
-void CallLog::ended(BoundaryCall const&, int, QByteArray const& result) {
+void CallLog::ended(int, QByteArray const& result) {
     if (m_openCalls.empty())
         return; // it began before anybody watched
     size_t const line = m_openCalls.back();
     m_openCalls.pop_back();
     if (line < m_dropped || result.isEmpty())
         return;
-    m_lines[line - m_dropped].texts[kResult] = QString::fromUtf8(result);
+    m_lines[line - m_dropped][kResult] = QString::fromUtf8(result);
     QModelIndex const changed = index(int(line - m_dropped), kResult);
     if (changed.isValid())
         emit dataChanged(changed, changed);
@@ -48,7 +46,7 @@ void CallLog::ended(BoundaryCall const&, int, QByteArray const& result) {
 void CallLog::append(Line line) {
     if (m_lines.size() >= m_capacity)
         drop(m_capacity / 4);
-    line.texts[kNumber] = QString::number(m_dropped + m_lines.size() + 1);
+    line[kNumber] = QString::number(m_dropped + m_lines.size() + 1);
     m_lines.push_back(std::move(line));
 }
 
@@ -72,28 +70,13 @@ void CallLog::drop(size_t count) {
     endRemoveRows();
 }
 
-ShownCalls::ShownCalls(CallLog& log) : m_log(log) {
-    setSourceModel(&log);
-    setFilterKeyColumn(-1); // any
-    setFilterCaseSensitivity(Qt::CaseInsensitive);
-}
-
-void ShownCalls::choose(unsigned kinds) {
-    m_kinds = kinds;
-    invalidateFilter();
-}
-
-bool ShownCalls::filterAcceptsRow(int row, QModelIndex const& parent) const {
-    return (m_kinds >> m_log.line(row).kind & 1) != 0 && QSortFilterProxyModel::filterAcceptsRow(row, parent);
-}
-
-bool ShownCalls::save(QString const& file, QString* error) const {
+bool saveCalls(QAbstractItemModel const& shown, QString const& file, QString* error) {
     QString text;
-    for (int row = 0; row < rowCount(); ++row) {
-        auto const& texts = m_log.line(mapToSource(index(row, 0)).row()).texts;
-        QStringList words{texts[CallLog::kCall], texts[CallLog::kArguments]};
-        if (!texts[CallLog::kResult].isEmpty())
-            words << QStringLiteral("=") << texts[CallLog::kResult];
+    for (int row = 0; row < shown.rowCount(); ++row) {
+        auto const cell = [&](int column) { return shown.index(row, column).data().toString(); };
+        QStringList words{cell(CallLog::kCall), cell(CallLog::kArguments)};
+        if (!cell(CallLog::kResult).isEmpty())
+            words << QStringLiteral("=") << cell(CallLog::kResult);
         words.removeAll(QString());
         text += words.join(QLatin1Char(' ')) + QLatin1Char('\n');
     }

@@ -2,7 +2,7 @@
 
 #include "simulator/boundary/boundary.h"
 
-#include <QSortFilterProxyModel>
+#include <QAbstractTableModel>
 #include <array>
 #include <vector>
 
@@ -13,10 +13,7 @@ namespace pictara {
 class CallLog : public QAbstractTableModel, public BoundaryObserver {
 public:
     enum Column { kNumber, kSource, kCall, kArguments, kResult, kColumnCount };
-    struct Line {
-        int kind = 0; ///< 0 an input, else a call's source + 1
-        std::array<QString, kColumnCount> texts;
-    };
+    using Line = std::array<QString, kColumnCount>;
 
     /// Beyond the capacity the oldest quarter is dropped.
     explicit CallLog(size_t capacity = 100'000) : m_capacity(capacity) {}
@@ -24,7 +21,6 @@ public:
     /// Tells views of the rows that have come.
     void tell();
     void clear() { drop(m_lines.size()); }
-    [[nodiscard]] Line const& line(int row) const { return m_lines[size_t(row)]; }
 
     [[nodiscard]] int rowCount(QModelIndex const& parent = {}) const override {
         return parent.isValid() ? 0 : m_told;
@@ -36,7 +32,7 @@ public:
 
     void doing(QStringList const& words) override;
     void began(BoundaryCall const& call, int depth) override;
-    void ended(BoundaryCall const& call, int depth, QByteArray const& result) override;
+    void ended(int depth, QByteArray const& result) override;
 
 private:
     void append(Line line);
@@ -49,20 +45,6 @@ private:
     std::vector<size_t> m_openCalls; ///< lines since the log was made, from 0; the innermost last
 };
 
-/// The lines of a log that a person wants to see: those in which the filter's text occurs, in any case.
-class ShownCalls : public QSortFilterProxyModel {
-public:
-    explicit ShownCalls(CallLog& log);
-    /// Has a bit for each kind of a line.
-    void choose(unsigned kinds);
-    /// Writes the lines that are shown, all or nothing. False with a message.
-    [[nodiscard]] bool save(QString const& file, QString* error) const;
-
-protected:
-    [[nodiscard]] bool filterAcceptsRow(int row, QModelIndex const& parent) const override;
-
-private:
-    CallLog const& m_log;
-    unsigned m_kinds = ~0U;
-};
+/// Writes the lines of a log, or those that a filter leaves of it, all or nothing. False with a message.
+[[nodiscard]] bool saveCalls(QAbstractItemModel const& shown, QString const& file, QString* error);
 } // namespace pictara

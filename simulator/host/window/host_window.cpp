@@ -37,12 +37,12 @@ std::unique_ptr<Ui::HostWindow> newForm(QMainWindow* window) {
 }
 } // namespace
 
-HostWindow::HostWindow(Session& session, Options const& options)
-    : m_session(session), m_ui(newForm(this)), m_shown(m_log), m_watching(m_log, options.pluginFile),
+HostWindow::HostWindow(Session& session)
+    : m_session(session), m_ui(newForm(this)), m_watching(m_log, session.options().pluginFile),
       m_scene(*m_ui, session), m_eeprom(*m_ui, session.camera()), m_status(new QLabel) {
     simulator::CameraDescription const& camera = session.camera().description();
     setWindowTitle(QStringLiteral("Pictara - %1").arg(camera.profile));
-    forgetSolverMessage(); // that of another sitting
+    forgetSolverCause(); // that of another sitting
     // On a low screen the column scrolls; it is never narrower than what it holds by now.
     for (QLayout* const layout : m_ui->column->findChildren<QLayout*>())
         layout->invalidate();
@@ -52,13 +52,10 @@ HostWindow::HostWindow(Session& session, Options const& options)
     uniformity->setDefaultAction(m_ui->uniformity);
     m_ui->tabs->setCornerWidget(uniformity);
     connectCalls();
-    QString sensor = QStringLiteral("%1, %2 x %3")
-                         .arg(QString::fromLocal8Bit(camera.sensorName))
-                         .arg(camera.width)
-                         .arg(camera.height);
-    if (QStringList const unwatched = Watching::unwatched(); !unwatched.isEmpty())
-        sensor += QStringLiteral("    Calls of %1 are not seen").arg(unwatched.join(QStringLiteral(", ")));
-    statusBar()->addWidget(new QLabel(sensor));
+    statusBar()->addWidget(new QLabel(QStringLiteral("%1, %2 x %3")
+                                          .arg(QString::fromLocal8Bit(camera.sensorName))
+                                          .arg(camera.width)
+                                          .arg(camera.height)));
     statusBar()->addPermanentWidget(m_status);
     m_status->setToolTip(QStringLiteral("Frames since the start, and the sensor's exposure register"));
     connect(m_ui->uniformity, &QAction::toggled, this, &HostWindow::refreshPanels);
@@ -75,11 +72,12 @@ void HostWindow::connectCalls() {
     // All rows are equally high without measuring each.
     m_ui->callTable->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     m_ui->callTable->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
+    m_shown.setSourceModel(&m_log);
+    m_shown.setFilterKeyColumn(-1); // any
+    m_shown.setFilterCaseSensitivity(Qt::CaseInsensitive);
     m_ui->callTable->setModel(&m_shown);
     for (int column = 0; column < CallLog::kColumnCount; ++column)
         m_ui->callTable->setColumnWidth(column, kCallWidths[column] * fontMetrics().averageCharWidth());
-    for (QAction* const kind : m_ui->menuKinds->actions())
-        connect(kind, &QAction::toggled, this, &HostWindow::filterCalls);
     connect(m_ui->callText, &QLineEdit::textChanged, this, &HostWindow::filterCalls);
     connect(m_ui->follows, &QCheckBox::toggled, this, &HostWindow::refreshPanels);
     connect(m_ui->clear, &QAction::triggered, this, [this] { m_log.clear(); });
@@ -164,13 +162,8 @@ void HostWindow::refreshPanels() {
     m_ui->view->setUniformity(m_ui->uniformity->isChecked() ? frames.blocks() : BlockReport());
 }
 
-void HostWindow::filterCalls() {
-    unsigned kinds = 0;
-    QList<QAction*> const actions = m_ui->menuKinds->actions(); // in the order of the kinds
-    for (int kind = 0; kind < actions.size(); ++kind)
-        kinds |= actions[kind]->isChecked() ? 1U << kind : 0U;
-    m_shown.choose(kinds);
-    m_shown.setFilterFixedString(m_ui->callText->text());
+void HostWindow::filterCalls(QString const& text) {
+    m_shown.setFilterFixedString(text);
     refreshPanels();
 }
 
@@ -178,8 +171,8 @@ void HostWindow::askAndSaveCalls() {
     QString const title = QStringLiteral("Save the calls");
     QString const file = QFileDialog::getSaveFileName(this, title, QStringLiteral("calls.txt"));
     QString error;
-    if (!file.isEmpty() && !m_shown.save(file, &error))
-        QMessageBox::warning(this, title, QStringLiteral("%1 cannot be written: %2").arg(file, error));
+    if (!file.isEmpty() && !saveCalls(m_shown, file, &error))
+        QMessageBox::warning(this, title, error);
 }
 
 // The dialog says only that a picture was refused; the library says why.
@@ -187,8 +180,8 @@ void HostWindow::tellRefusal() {
     QString const status = DialogPage::find(m_dialog).text(kSteps[kCalibration].status);
     bool const isTrying = isInProgress(status);
     if (!std::exchange(m_isTrying, isTrying) && isTrying)
-        forgetSolverMessage();
-    QString const told = lastSolverMessage();
+        forgetSolverCause();
+    QString const told = lastSolverCause().text;
     m_ui->refusal->setText(QStringLiteral("Refused: ") + told);
     m_ui->refusal->setVisible(!told.isEmpty() && status.startsWith(QLatin1String("Error")));
 }
@@ -218,8 +211,8 @@ std::optional<QString> askForProfile(QString const& preferred) {
     return chosen >= 0 ? std::optional(names[chosen]) : std::nullopt;
 }
 
-int runWindow(Session& session, Options const& options) {
-    HostWindow window(session, options);
+int runWindow(Session& session) {
+    HostWindow window(session);
     QString error;
     bool const isOpen = window.openDialog(&error);
     if (isOpen) {

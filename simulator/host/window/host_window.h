@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QMainWindow>
 #include <QPointer>
+#include <QSortFilterProxyModel>
 #include <QTimer>
 #include <memory>
 
@@ -19,7 +20,7 @@ namespace pictara {
 class HostWindow : public QMainWindow {
 public:
     /// The session outlives the window; its plug-in is closed before the window goes.
-    HostWindow(Session& session, Options const& options);
+    explicit HostWindow(Session& session);
     ~HostWindow() override;
 
     /// Opens the plug-in's dialog set up as the options say. False with a message when it makes none.
@@ -38,14 +39,14 @@ private:
     void bringDialogBack();
     void onClock();
     void refreshPanels();
-    void filterCalls();
+    void filterCalls(QString const& text);
     void askAndSaveCalls();
     void tellRefusal();
 
     Session& m_session;
     std::unique_ptr<Ui::HostWindow> const m_ui;
     CallLog m_log;
-    ShownCalls m_shown;
+    QSortFilterProxyModel m_shown; ///< the lines in which the filter's text occurs
     Watching m_watching;
     SceneControls m_scene;
     EepromView m_eeprom;
@@ -61,5 +62,5 @@ private:
 
 /// Shows the bench and the dialog until the person closes the window or interrupts the program. Returns the
 /// program's exit code.
-[[nodiscard]] int runWindow(Session& session, Options const& options);
+[[nodiscard]] int runWindow(Session& session);
 } // namespace pictara
