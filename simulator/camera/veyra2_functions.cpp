@@ -261,7 +261,9 @@ LIBRARY_FUNCTION int vy_stopTransport(vy_Camera* camera) {
 }
 
 // A camera lives as long as the host's object; a borrower of the handle cannot end it.
-LIBRARY_FUNCTION void vy_CloseCameras(void) {}
+LIBRARY_FUNCTION void vy_CloseCameras(void) {
+    observed(Call("vy_CloseCameras"), [] {});
+}
 
 LIBRARY_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
     return observed(Call("vy_SensorInfo", camera), [&] {

@@ -58,8 +58,6 @@ int sit(Options const& options, Script const* script) {
                      : options.runAll               ? runCalibration(*session)
                      : options.replayFile.isEmpty() ? runWindow(*session)
                                                     : runReplay(*session);
-    if (files::isInterrupted())
-        complain(QStringLiteral("Interrupted."));
     // Also after a failed run: the device keeps what was written to it.
     if (session->keepEeprom(&error))
         return code;
@@ -109,5 +107,8 @@ int main(int argc, char** argv) {
     if (options.chooseProfile && !chooseProfile(options))
         return kExitDone;
     files::noteInterruptions();
-    return runByOptions(options);
+    int const code = runByOptions(options);
+    if (files::isInterrupted())
+        complain(QStringLiteral("Interrupted."));
+    return code;
 }

@@ -170,6 +170,9 @@ TEST_F(RecordingProgram, AScriptEndsAtTheLineThatFails) {
         {"expect AE_Status \"Done.", 2, "quote"},
         {"fault error-12", 1, "no EEPROM"},
         {"fault error-12@0", 2, "N from 1"},
+        {"fault error-13", 2, "N from 1"},
+        {"register NO_SUCH 4", 1, "does not take that: NO_SUCH"},
+        {"register COARSE_INTEGRATION_TIME long", 2, "register NAME VALUE"},
     };
     for (auto const& row : rows) {
         ASSERT_TRUE(writeFile(script, QByteArray("press LensCalibSetup\nframes 3\n") + row.line));
@@ -178,6 +181,15 @@ TEST_F(RecordingProgram, AScriptEndsAtTheLineThatFails) {
         EXPECT_TRUE(run.messages().contains(script + ':') && run.messages().contains(QLatin1String(row.told)))
             << run.messages().toStdString();
     }
+}
+
+// The dialog, which nobody opened, opens with the first frame and asks for the EEPROM in vain.
+TEST_F(RecordingProgram, AFaultAtAScriptsBeginningStrikesTheFirstOperation) {
+    ASSERT_TRUE(writeFile(
+        script, "fault no-acknowledge+\nframe\nframes 3\nexpect Prom_Save_Status \"No EEPROM.\"\n"));
+    ProgramRun const run(
+        {"--script", script, "--profile", writeSmallProfile(folder.path(), "polynomial", {})});
+    EXPECT_EXIT_CODE(run, 0) << run.messages().toStdString();
 }
 
 #ifdef Q_OS_UNIX

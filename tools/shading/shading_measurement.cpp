@@ -192,10 +192,8 @@ std::optional<MeasuredShading> measureShading(simulator::SimulatedCamera& camera
         camera.setLight(light);
         expose(camera);
         Measurement const measured = meanOfFrames(camera);
-        if (files::isInterrupted()) {
-            *error = QStringLiteral("Interrupted.");
+        if (files::isInterrupted())
             return std::nullopt;
-        }
         if (!table)
             table = measured.table;
         if (!addGains(measured, kelvin, *table, error)) {

@@ -88,9 +88,9 @@ int runScript(Session& session, Script const& script) {
     if (!end.cause.isEmpty())
         complain(end.cause);
     else
-        player.say(QStringLiteral("%1: done, %2 commands.").arg(file).arg(end.commands));
+        ProgressReport::say(QStringLiteral("%1: done, %2 commands.").arg(file).arg(end.commands));
     if (!output.failed())
-        player.say(QStringLiteral("The report is %1.").arg(page));
+        ProgressReport::say(QStringLiteral("The report is %1.").arg(page));
     if (player.hasTimedOut())
         return kExitTimeout;
     return output.failed() || !end.cause.isEmpty() ? kExitNotCalibrated : kExitDone;

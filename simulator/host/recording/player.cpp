@@ -1,11 +1,13 @@
 #include "simulator/host/recording/player.h"
+
 #include "simulator/files/interruption.h"
+#include "simulator/files/whole_file.h"
 #include "simulator/host/report/report.h"
 #include "simulator/host/session/session.h"
 
 #include <QCoreApplication>
 #include <QDialog>
-#include <QFileInfo>
+#include <QDir>
 #include <QPixmap>
 #include <QRegularExpression>
 #include <algorithm>
@@ -111,10 +113,11 @@ struct Verbs {
         return false;
     }
 
-    static bool frame(Player& player, QStringList const&, QString*) {
-        if (player.m_dialog.dialog)
+    static bool frame(Player& player, QStringList const&, QString* error) {
+        bool const isOpen = player.m_dialog.dialog || player.hasPage(error);
+        if (isOpen)
             player.deliverFrame();
-        return player.m_dialog.dialog != nullptr;
+        return isOpen;
     }
 
     static bool frames(Player& player, QStringList const& words, QString* error) {
@@ -179,32 +182,26 @@ struct Verbs {
         return isGood;
     }
 
-    static bool reg(Player& player, QStringList const& words, QString*) {
-        bool ok = false;
-        uint32_t const value = words[1].toUInt(&ok, 0);
-        if (ok)
-            player.m_session.setRegister(words[0].toLatin1(), value);
-        return ok;
+    static bool reg(Player& player, QStringList const& words, QString* error) {
+        bool const isTaken = player.m_session.setRegister(words[0].toLatin1(), words[1].toUInt(nullptr, 0));
+        if (!isTaken)
+            *error = QStringLiteral("the sensor does not take that: %1").arg(words[0]);
+        return isTaken;
     }
 
     static bool fault(Player& player, QStringList const& words, QString* error) {
-        if (!player.m_session.camera().hasEeprom())
+        if (player.m_session.camera().hasEeprom())
+            player.m_session.injectFault(*parseFaultWish(words[0]));
+        else
             *error = QStringLiteral("the camera has no EEPROM");
-        else if (!player.m_session.injectFault(*parseFaultWish(words[0])))
-            *error = QStringLiteral("there is no fault \"%1\"; known are %2")
-                         .arg(words[0], simulator::SimulatedCamera::faultNames().join(QLatin1String(", ")));
         return error->isEmpty();
     }
 
     static bool screenshot(Player& player, QStringList const& words, QString* error) {
         if (!player.hasPage(error))
             return false;
-        QFileInfo const info(QDir(player.m_session.outputFolder()), words[0]);
-        OutputFolder folder(info.absolutePath());
-        folder.savePicture(info.fileName(), player.m_dialog.dialog->grab().toImage());
-        if (folder.failed())
-            *error = QStringLiteral("the picture cannot be saved");
-        return !folder.failed();
+        return files::replace(QDir(player.m_session.outputFolder()).absoluteFilePath(words[0]),
+                              pngOf(player.m_dialog.dialog->grab().toImage()), error);
     }
 
     static std::span<Verb const> all() {
@@ -222,12 +219,17 @@ struct Verbs {
                  simulator::Light light;
                  return readLight(words, light);
              }},
-            {"fault", 1, 1, "fault NAME[@N][+] with N from 1",
+            {"fault", 1, 1, "fault NAME[@N][+] with N from 1 and a name that --help lists",
              [](QStringList const& words, Script& script) {
                  return bool(script.options.fault = parseFaultWish(words[0]));
              },
              fault, [](QStringList const& words) { return bool(parseFaultWish(words[0])); }},
-            {"register", 2, 2, "register NAME VALUE", nullptr, reg},
+            {"register", 2, 2, "register NAME VALUE", nullptr, reg,
+             [](QStringList const& words) {
+                 bool ok = false;
+                 (void)words[1].toUInt(&ok, 0);
+                 return ok;
+             }},
             {"open", 0, 0, "open", nullptr,
              [](Player& player, QStringList const&, QString* error) { return player.open(error); }},
             {"show", 0, 0, "show", nullptr,
@@ -263,19 +265,17 @@ bool Player::perform(Command const& command, QString* error) {
     return false;
 }
 
-void Player::say(QString const& text) { ProgressReport::say(text); }
-
 bool Player::open(QString* error) { return !m_dialog.dialog && m_dialog.make(m_session, error); }
 
 bool Player::show(QString* error) {
-    if (!m_dialog.dialog || m_dialog.page || !m_dialog.show(error))
+    if ((!m_dialog.dialog && !open(error)) || m_dialog.page || !m_dialog.show(error))
         return false;
     m_report.emplace(m_dialog.page);
     return true;
 }
 
 bool Player::hasPage(QString* error) {
-    if (m_dialog.dialog || !open(error) || !show(error))
+    if (m_dialog.dialog || !show(error))
         return bool(m_dialog.page);
     m_dialog.page.saveInto(m_session.outputFolder());
     return true;

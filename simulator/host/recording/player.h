@@ -16,8 +16,6 @@ public:
 
     /// False with the cause when it cannot be done. An interruption ends it early.
     [[nodiscard]] bool perform(Command const& command, QString* error);
-    /// A line of its own beside the progress.
-    void say(QString const& text);
 
     [[nodiscard]] DialogPage& page() { return m_dialog.page; }
     [[nodiscard]] RunProgress const& progress() const { return m_progress; }

@@ -45,6 +45,18 @@ QJsonObject profilesOf(Section const& section) {
     return charts;
 }
 
+// Each thing in a line of its own.
+QString rowsOf(Section const& section) {
+    QString lines;
+    for (size_t i = 0; !section.facts.empty() && i < section.facts.front().values.size(); ++i) {
+        QStringList told;
+        for (Fact const& fact : section.facts)
+            told << fact.label + QLatin1Char(' ') + fact.shown(i);
+        lines += told.join(QLatin1String(", ")) + QLatin1Char('\n');
+    }
+    return lines;
+}
+
 QString linesOf(Section const& section, Fact const& fact) {
     if (section.layout == Layout::One)
         return fact.label + ": " + fact.shown() + '\n';
@@ -87,7 +99,7 @@ QString reportText(Report const& report) {
     if (!report.cause.isEmpty())
         text += QStringLiteral("cause: %1\n").arg(report.cause);
     for (Section const& section : report.sections) {
-        QString lines;
+        QString lines = section.layout == Layout::Rows ? rowsOf(section) : QString();
         for (Fact const& fact : section.facts)
             if (fact.isTold())
                 lines += linesOf(section, fact);

@@ -29,7 +29,7 @@ enum class Layout {
     One,     ///< the section itself
     States,  ///< each of kStates
     Columns, ///< several things that stand side by side
-    Rows,    ///< many things, one below the other; too much for a text
+    Rows,    ///< many things, one below the other
 };
 
 /// The states of the sensor's correction, for scripts and people.

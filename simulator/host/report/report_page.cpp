@@ -31,57 +31,52 @@ QString filled(QString const& text, QJsonObject const& values) {
     return result + text.mid(end);
 }
 
-bool isNumber(QString const& text) {
-    return !text.isEmpty() && (text[0].isDigit() || text[0] == QLatin1Char('-'));
+using Cells = std::vector<QJsonObject>;
+
+QJsonObject cell(QString const& text, bool isNumber = false) {
+    return {{"text", text}, {"kind", isNumber ? "number" : "text"}};
 }
 
-std::vector<QStringList> transposed(std::vector<QStringList> const& table) {
-    std::vector<QStringList> result(table.empty() ? 0 : size_t(table.front().size()));
-    for (QStringList const& row : table)
+std::vector<Cells> transposed(std::vector<Cells> const& table) {
+    std::vector<Cells> result(table.empty() ? 0 : table.front().size());
+    for (Cells const& row : table)
         for (size_t i = 0; i < result.size(); ++i)
-            result[i] << row[int(i)];
+            result[i].push_back(row[i]);
     return result;
 }
 
 // A table's cells as rows: a row for each fact, or of many things one for each of these. The first row and
 // the first column are heads.
 QJsonArray rowsOf(Section const& section) {
-    std::vector<QStringList> table;
+    std::vector<Cells> table;
     for (Fact const& fact : section.facts)
         if (fact.isTold()) {
-            table.push_back({fact.label});
+            table.push_back({cell(fact.label)});
             for (size_t i = 0; i < fact.values.size(); ++i)
-                table.back() << fact.shown(i);
+                table.back().push_back(cell(fact.shown(i), fact.values[i].isDouble()));
         }
     if (section.layout == Layout::States && !table.empty())
-        table.insert(table.begin(), {QString(), kStates[0], kStates[1]});
+        table.insert(table.begin(), {cell({}), cell(kStates[0]), cell(kStates[1])});
     if (section.layout == Layout::Rows)
         table = transposed(table);
     QJsonArray rows;
     for (size_t row = 0; row < table.size(); ++row) {
         QJsonArray heads, cells;
         bool const isHead = row == 0 && (section.layout == Layout::States || section.layout == Layout::Rows);
-        for (QString const& text : table[row]) {
-            QJsonObject const cell{{"text", text}, {"kind", isNumber(text) ? "number" : "text"}};
-            (isHead || heads.isEmpty() ? heads : cells).append(cell);
-        }
+        for (QJsonObject const& each : table[row])
+            (isHead || heads.isEmpty() ? heads : cells).append(each);
         rows.append(QJsonObject{{"heads", heads}, {"cells", cells}});
     }
     return rows;
 }
 
-// Scaled down to what a page can show, the more the more bytes it takes; noise makes pictures large.
+// No wider than the page shows it: the noise of larger ones would make megabytes.
 QJsonObject drawing(Picture const& picture) {
-    constexpr int kWidest = 720, kNarrowest = 240, kMostBytes = 450'000;
-    int const width = std::min(kWidest, picture.image.width());
-    auto const scaled = [&](int to) {
-        return to < picture.image.width() ? picture.image.scaledToWidth(to, Qt::SmoothTransformation)
-                                          : picture.image;
-    };
-    QString uri = dataUri(scaled(width));
-    for (int to = width * 3 / 4; uri.size() > kMostBytes && to > kNarrowest; to = to * 3 / 4)
-        uri = dataUri(scaled(to));
-    return {{"picture", uri}, {"caption", picture.caption}, {"width", width}};
+    constexpr int kWidest = 470;
+    QImage const shown = picture.image.width() <= kWidest
+                             ? picture.image
+                             : picture.image.scaledToWidth(kWidest, Qt::SmoothTransformation);
+    return {{"picture", dataUri(shown)}, {"caption", picture.caption}, {"width", shown.width()}};
 }
 
 template <typename Item>

@@ -104,12 +104,8 @@ void CalibrationRun::changeLamp(CaptureRow const& row) {
 // Nobody else can tell when the dialog starts to save.
 void CalibrationRun::prepareToSave() {
     ProgressReport::say(QStringLiteral("saving to the EEPROM..."));
-    auto const& fault = m_session.options().fault;
-    if (!fault || fault->operation)
-        return;
-    uint64_t const first =
-        fault->name == QLatin1String("power-cut") ? 0 : 1; // of stored bytes, of operations
-    (void)m_session.injectFault({fault->name, first, fault->forEver});
+    if (auto const& fault = m_session.options().fault; fault && !fault->operation)
+        m_session.injectFault(*fault);
 }
 
 void CalibrationRun::conclude(char const* result, ExitCode code, QString const& cause) {

@@ -37,7 +37,9 @@ QString setSeed(QString const& value, Options& options) {
 
 QString setFault(QString const& value, Options& options) {
     options.fault = parseFaultWish(value);
-    return options.fault ? QString() : QStringLiteral("NAME, NAME@N, NAME+ or NAME@N+ with N from 1");
+    return options.fault ? QString()
+                         : QStringLiteral("NAME, NAME@N, NAME+ or NAME@N+ with N from 1 and NAME one of %1")
+                               .arg(simulator::SimulatedCamera::faultNames().join(QLatin1String(", ")));
 }
 
 QString addCompared(QString const& value, Options& options) {

@@ -5,6 +5,7 @@
 #include <QByteArrayList>
 #include <QtDebug>
 #include <algorithm>
+#include <map>
 
 namespace pictara {
 namespace {
@@ -47,11 +48,15 @@ constexpr Kind kKinds[] = {{"STATE", 1, 1,
                                 return registers.writeAt(kFirmwareVariableSpace, n[0], n[1], n[2]);
                             }}};
 
+using Lines = std::map<int, QByteArray>; // by their number, from 1
+
 // The lines of the section that are no comments.
-std::optional<QByteArrayList> linesOf(QByteArray const& text, QByteArray const& section) {
-    std::optional<QByteArrayList> lines;
+std::optional<Lines> linesOf(QByteArray const& text, QByteArray const& section) {
+    std::optional<Lines> lines;
+    int number = 0;
     for (QByteArray const& untrimmed : text.split('\n')) {
         QByteArray const line = untrimmed.trimmed();
+        ++number;
         int const end = line.indexOf(']');
         if (line.startsWith('[') && end > 0) {
             if (lines)
@@ -60,7 +65,7 @@ std::optional<QByteArrayList> linesOf(QByteArray const& text, QByteArray const& 
                 lines.emplace();
         } else if (lines && !line.isEmpty() && !strchr(";#", line[0]) && !line.startsWith("//")) {
             // Directives such as #TOOLTIP dress the host's menus, so they too say nothing to the sensor.
-            lines->append(line);
+            (*lines)[number] = line;
         }
     }
     return lines;
@@ -101,10 +106,11 @@ std::optional<int> applyPreset(QString const& iniFile, QByteArray const& section
     if (!lines)
         return std::nullopt;
     registers.beginChanges();
-    auto const applied = std::count_if(lines->begin(), lines->end(), [&](QByteArray const& line) {
-        bool const done = apply(line, states, registers);
+    auto const applied = std::count_if(lines->begin(), lines->end(), [&](auto const& row) {
+        bool const done = apply(row.second, states, registers);
         if (!done)
-            qWarning("pictara: preset line passed over: %s", line.constData());
+            qWarning("pictara: %s:%d: preset line passed over: %s", qPrintable(iniFile), row.first,
+                     row.second.constData());
         return done;
     });
     registers.endChanges();

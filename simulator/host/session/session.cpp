@@ -27,6 +27,12 @@ std::optional<QString> checkedIniFile(Options const& options, QString* error) {
     return std::nullopt;
 }
 
+// The next operation, or the next byte stored, is what a wish without a number means.
+void plan(FaultWish const& wish, simulator::SimulatedCamera& camera) {
+    uint64_t const next = wish.name == QLatin1String("power-cut") ? 0 : 1;
+    (void)camera.injectFault(wish.name, wish.operation.value_or(next), wish.forEver);
+}
+
 QString settingsFileIn(QString const& folder) { return folder + QStringLiteral("/settings.ini"); }
 } // namespace
 
@@ -97,13 +103,8 @@ bool Session::prepareEeprom(QString* error) {
                      .arg(m_camera->description().profile, needless);
         return needless.isEmpty();
     }
-    QStringList const faults = simulator::SimulatedCamera::faultNames();
-    if (fault && !faults.contains(fault->name)) {
-        *error = QStringLiteral("There is no fault \"%1\" (known: %2).").arg(fault->name, faults.join(", "));
-        return false;
-    }
-    if (fault && fault->operation)
-        m_camera->injectFault(fault->name, *fault->operation, fault->forEver);
+    if (fault && (fault->operation || !m_options.runAll)) // a run waits for its save
+        plan(*fault, *m_camera);
     if (isReplay) {
         // A null name stands for the first record.
         bool const started =
@@ -142,14 +143,14 @@ void Session::setLight(simulator::Light const& light) {
     m_camera->setLight(light);
 }
 
-bool Session::injectFault(FaultWish const& wish) {
+void Session::injectFault(FaultWish const& wish) {
     Boundary::instance().doing({"fault", textOf(wish)});
-    return m_camera->injectFault(wish.name, wish.operation.value_or(1), wish.forEver);
+    plan(wish, *m_camera);
 }
 
-void Session::setRegister(QByteArray const& name, uint32_t value) {
+bool Session::setRegister(QByteArray const& name, uint32_t value) {
     Boundary::instance().doing({"register", QString::fromLatin1(name), QString::number(value)});
-    m_registers.write(name.constData(), "", value);
+    return m_registers.write(name.constData(), "", value);
 }
 
 void Session::closePlugin() {

@@ -33,10 +33,10 @@ public:
     /// Puts a lamp of that colour temperature, kelvin, before the camera; nothing else of the light changes.
     void bringLamp(double kelvin);
     /// Replaces the fault planned before; operations of the EEPROM count from now on, and none stands for the
-    /// next one. False for a name that is none of a fault.
-    bool injectFault(FaultWish const& wish);
-    /// Writes a register as the host's own register view does. The sensor may refuse the value.
-    void setRegister(QByteArray const& name, uint32_t value);
+    /// next one.
+    void injectFault(FaultWish const& wish);
+    /// Writes a register as the host's own register view does. False when the sensor does not take it.
+    bool setRegister(QByteArray const& name, uint32_t value);
 
     /// Writes what the EEPROM holds by now to its file, when it has one. False with a message for the user;
     /// what the file held before is still in it then.

@@ -76,7 +76,8 @@ std::optional<FaultWish> parseFaultWish(QString const& text) {
     FaultWish wish{.name = match.captured(1), .operation = {}, .forEver = !match.captured(3).isEmpty()};
     if (QString const number = match.captured(2); ok && !number.isEmpty())
         wish.operation = number.toULongLong(&ok);
-    ok = ok && (wish.operation != 0U || wish.name == QLatin1String("power-cut"));
+    ok = ok && simulator::SimulatedCamera::faultNames().contains(wish.name) &&
+         (wish.operation != 0U || wish.name == QLatin1String("power-cut"));
     return ok ? std::optional(wish) : std::nullopt;
 }
 

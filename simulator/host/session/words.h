@@ -43,8 +43,8 @@ struct FaultWish {
     bool forEver = false;              ///< from there on; else once
 };
 
-/// How it is typed: NAME, NAME@N, NAME+ or NAME@N+. The name is not looked at. None for an operation 0: they
-/// are counted from 1, and only power can fail before a first byte is stored.
+/// How it is typed: NAME, NAME@N, NAME+ or NAME@N+. None for a name that no fault has, and for an operation
+/// 0: they are counted from 1, and only power can fail before a first byte is stored.
 [[nodiscard]] std::optional<FaultWish> parseFaultWish(QString const& text);
 [[nodiscard]] QString textOf(FaultWish const& wish);
 } // namespace pictara

@@ -79,9 +79,8 @@ void SceneControls::planFault() {
     constexpr int kMessageMs = 15'000;
     FaultWish const wish{m_ui.fault->currentText(), uint64_t(m_ui.operation->value()),
                          m_ui.lasts->isChecked()};
-    if (m_session.injectFault(wish))
-        m_ui.statusBar->showMessage(QStringLiteral("Planned for the EEPROM: %1").arg(textOf(wish)),
-                                    kMessageMs);
+    m_session.injectFault(wish);
+    m_ui.statusBar->showMessage(QStringLiteral("Planned for the EEPROM: %1").arg(textOf(wish)), kMessageMs);
 }
 
 void SceneControls::refresh() {
