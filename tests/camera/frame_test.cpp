@@ -1,12 +1,178 @@
+#include "simulator/files/sensor_layout.h"
 #include "tests/support/camera_under_test.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 
 using namespace simulator;
 
 namespace {
+constexpr uint32_t kHalf = 0x3800, kOneAndHalf = 0x3E00; // as binary16
+
+// The register of green's constant term, found by its address in the layout block as a host does it.
+vy_RegisterDescription const* greenRegister(Camera const& camera) {
+    QString error;
+    auto const layout = parseSensorLayout(
+        static_cast<char const*>(vy_SensorInfo(camera->handle())->sensorData), QString(), &error);
+    EXPECT_TRUE(layout) << qPrintable(error);
+    RegisterPlace const place = layout->banks.front().planes[Plane::GreenRed].first;
+    return vy_FindRegisterAddr(camera->handle(), place.address, 0, place.id);
+}
+
+TEST(Correction, EveryInstalledProfileDeliversWhatItDescribesTimesThePolynomialInItsRegisters) {
+    for (QString const& name : SimulatedCamera::profileNames()) {
+        SCOPED_TRACE(qPrintable(name));
+        Camera const camera = openProfile(name);
+        CameraDescription const& told = camera->description();
+        EXPECT_FALSE(told.summary.isEmpty());
+        Frame const frame = camera->grab();
+        EXPECT_EQ(frame.type, told.rawType);
+        EXPECT_EQ(frame.pitch, told.width * (frame.type == FrameType::Raw8 ? 1 : 2));
+        EXPECT_EQ(uint32_t(frame.pixels.size()), frame.pitch * told.height);
+        EXPECT_EQ(vy_SensorInfo(camera->handle())->sensorKind, told.sensorKind);
+        if (frame.type == FrameType::Ycbcr)
+            continue;
+        // Room above for the exposure loop, and light enough to begin with.
+        EXPECT_NEAR(greenMean(*camera, frame, {45, 45, 55, 55}) / (told.whiteLevel - told.blackLevel), 0.2,
+                    0.02);
+        EXPECT_NEAR(correctionAt(camera), 1, 0.01) << "the reset registers change nothing";
+        EXPECT_EQ(vy_WriteSensorReg(camera->handle(), greenRegister(camera), kOneAndHalf), 0);
+        EXPECT_NEAR(correctionAt(camera), 1.5, 0.015);
+        double const red = redMean(*camera, camera->grab());
+        switchCorrection(*camera, false);
+        EXPECT_NEAR(redMean(*camera, camera->grab()) / red, 1, 0.01) << "one plane is another's";
+    }
+}
+
+// The terms u and v are the array's, whatever the direction of the read-out; the origin moves them.
+TEST(Correction, TermsFollowTheArrayAndTheOrigin) {
+    for (uint32_t orientation = 0; orientation < 4; ++orientation) {
+        SCOPED_TRACE(orientation);
+        Camera const camera = openQuiet(2, orientation);
+        writeRegister(*camera, "P_GR_P1Q0", kHalf);
+        // In the middle of a strip two per cent of the picture wide |u| is 0.98.
+        double const right = (orientation & 1) != 0 ? -0.49 : 0.49;
+        EXPECT_NEAR(correctionAt(camera, {98, 48, 100, 52}), 1 + right, 0.02);
+        EXPECT_NEAR(correctionAt(camera, {0, 48, 2, 52}), 1 - right, 0.02);
+        writeRegister(*camera, "POLY_ORIGIN_C", 160 + 32); // a fifth of the half-width
+        EXPECT_NEAR(correctionAt(camera), 1 - 0.1, 0.02);
+    }
+}
+
+TEST(Correction, NegativeAndHugeGainsStayWithinTheSamples) {
+    Camera const camera = openQuiet();
+    double const black = camera->description().blackLevel, white = camera->description().whiteLevel;
+    switchCorrection(*camera, true);
+    // The pattern of minus infinity, the largest value, the pattern of no number.
+    for (auto const& [gain, sample] : {std::pair{0xFC00U, black}, {0x7BFFU, white}, {0x7E00U, black}}) {
+        writeRegister(*camera, "P_GR_P0Q0", gain);
+        EXPECT_EQ(sampleAt(camera->grab(), 161, 120), sample) << gain;
+    }
+}
+
+// Tables of even gains, which a picture tells apart: binary16 patterns and what they stand for.
+constexpr uint32_t kGainPatterns[] = {0x3D00, 0x3E00, 0x4000};
+constexpr std::array<double, 3> kGains = {1.25, 1.5, 2.0};
+constexpr double kTolerance = 0.02;
+
+constexpr char const* kTableNames[] = {"A", "CWF", "D65"};
+constexpr char const* kTemperatures[] = {"CAM_PGA_L_CONFIG_COLOUR_TEMP", "CAM_PGA_M_CONFIG_COLOUR_TEMP",
+                                         "CAM_PGA_R_CONFIG_COLOUR_TEMP"};
+
+// Of the registers of the first coefficients, in whose name %1 stands for the table's.
+void setTable(Camera const& camera, char const* registers, size_t table, size_t gain) {
+    writeRegister(*camera, QByteArray(registers).replace("%1", kTableNames[table]), kGainPatterns[gain]);
+}
+
+double gainUnder(Camera const& camera, double kelvin) {
+    camera->setLight({.colourTemperature = kelvin});
+    return correctionAt(camera);
+}
+
+double between(double kelvin, size_t lower, double lowerKelvin, double upperKelvin) {
+    double const share = (1 / kelvin - 1 / lowerKelvin) / (1 / upperKelvin - 1 / lowerKelvin);
+    return kGains[lower] + share * (kGains[lower + 1] - kGains[lower]);
+}
+
+TEST(TableBlend, MixesTheNeighboursInReciprocalKelvinInWhateverOrderTheyStand) {
+    Camera const camera = openProfile("adaptive-72");
+    constexpr uint32_t kKelvins[] = {2800, 4000, 6500};
+    for (bool const reversed : {false, true}) {
+        SCOPED_TRACE(reversed);
+        for (size_t i = 0; i < 3; ++i) {
+            size_t const gain = reversed ? 2 - i : i;
+            setTable(camera, "PGATABLE%1_DATA_000", i, gain);
+            writeRegister(*camera, kTemperatures[i], kKelvins[gain]);
+        }
+        EXPECT_NEAR(gainUnder(camera, 2200), kGains[0], kTolerance);
+        EXPECT_NEAR(gainUnder(camera, 3300), between(3300, 0, 2800, 4000), kTolerance);
+        EXPECT_NEAR(gainUnder(camera, 4900), between(4900, 1, 4000, 6500), kTolerance);
+        EXPECT_NEAR(gainUnder(camera, 9000), kGains[2], kTolerance);
+    }
+    writeRegister(*camera, "P_GR_P0Q0", kOneAndHalf); // the base is a factor
+    EXPECT_NEAR(gainUnder(camera, 4000), 1.5 * kGains[1], 2 * kTolerance);
+    for (size_t i = 0; i < 3; ++i) {
+        setTable(camera, "PGATABLE%1_DATA_000", i, 0);
+        writeRegister(*camera, kTemperatures[i], 0); // tells nothing
+    }
+    EXPECT_NEAR(gainUnder(camera, 4000), 1.5 * kGains[0], 2 * kTolerance);
+}
+
+TEST(HeldTable, IsShownUnderEveryLampAndNoneAtReset) {
+    constexpr size_t kMixing = 3;
+    struct {
+        char const* profile;
+        char const* tables;
+        char const* reg; ///< by which the sensor stops to mix
+        char const* bitfield;
+        uint32_t value;
+        size_t shown; ///< table
+    } const rows[] = {
+        {"three-tables-68", "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 0, 1},
+        {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 1, 0},
+        {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 3, 2},
+        {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 4, kMixing},
+        {"automatic-76", "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 2, 1},
+        {"automatic-76", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 0, 1},
+        {"automatic-76", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1, kMixing},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.profile << ' ' << row.reg << ' ' << row.value);
+        Camera const camera = openProfile(row.profile);
+        for (size_t i = 0; i < 3; ++i)
+            setTable(camera, row.tables, i, i);
+        EXPECT_NEAR(gainUnder(camera, 2400), kGains[0], kTolerance);
+        EXPECT_NEAR(gainUnder(camera, 8000), kGains[2], kTolerance);
+        writeRegister(*camera, row.reg, row.value, row.bitfield);
+        EXPECT_NEAR(gainUnder(camera, 2400), kGains[row.shown == kMixing ? 0 : row.shown], kTolerance);
+        EXPECT_NEAR(gainUnder(camera, 8000), kGains[row.shown == kMixing ? 2 : row.shown], kTolerance);
+    }
+}
+
+TEST(IlluminantEstimate, FollowsTheLampWhateverTheExposureAndTheCorrection) {
+    for (char const* const profile : {"zone-tables-68", "adaptive-72-flipped", "automatic-76"}) {
+        SCOPED_TRACE(profile);
+        Camera const camera = openProfile(profile);
+        auto const seen = [&](double kelvin, double level = 1) {
+            camera->setLight({.colourTemperature = kelvin, .level = level});
+            (void)camera->grab();
+            return double(readRegister(*camera, "AWB_COLOUR_TEMPERATURE"));
+        };
+        for (double const kelvin : {2300.0, 4900.0, 9000.0})
+            for (double const level : {0.02, 1.0, 3.0})
+                EXPECT_NEAR(seen(kelvin, level) / kelvin, 1, 0.02) << kelvin << ' ' << level;
+        double const plain = seen(9000);
+        for (double const level : {0.0, 1000.0})
+            EXPECT_EQ(seen(7000, level), plain) << "a picture that tells nothing";
+        // A correction that colours the middle must not lead the sensor to another table.
+        writeRegister(*camera, "P_RD_P0Q0", 0x4000);
+        switchCorrection(*camera, true);
+        EXPECT_NEAR(seen(9000) / plain, 1, 0.005);
+    }
+}
+
 constexpr Region kMiddle{45, 45, 55, 55};
 
 // Photon noise: the variance in electrons is the signal in electrons plus that of the amplifier.

@@ -160,7 +160,7 @@ TEST_P(ProfileRules, StoredCorrectionGivesTheSamePictureAfterAStart) {
     switchCorrection(*camera, true);
     store();
     Camera const started = openProfile(GetParam().profile), reset = openProfile(GetParam().profile);
-    programContents(*started, contentsOf(*camera));
+    programContents(*started, camera->eepromBytes());
     QString error;
     ASSERT_TRUE(started->replayEeprom(QStringLiteral("rules"), &error)) << qPrintable(error);
     for (double const kelvin : {2800.0, 4900.0}) {

@@ -1,6 +1,5 @@
 #include "tests/support/eeprom_access.h"
 
-#include <QFile>
 #include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
@@ -102,16 +101,6 @@ Camera openFor(EepromAccess const& access) {
     Camera camera = openProfile(access.profile);
     camera->useVirtualTime();
     return camera;
-}
-
-QByteArray contentsOf(SimulatedCamera const& camera) {
-    TestFiles const files;
-    QString const name = files.write(QStringLiteral("contents"), {});
-    QString error;
-    EXPECT_TRUE(camera.saveEeprom(name, &error)) << qPrintable(error);
-    QFile file(name);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
 }
 
 void programContents(SimulatedCamera& camera, QByteArray const& contents) {

@@ -21,6 +21,5 @@ extern EepromAccess const kEepromAccesses[3];
 /// A camera of that access in virtual time.
 [[nodiscard]] Camera openFor(EepromAccess const& access);
 
-/// What the device holds, seen past every access and fault.
-[[nodiscard]] QByteArray contentsOf(simulator::SimulatedCamera const& camera);
+/// Sets what the device holds, past every access and fault.
 void programContents(simulator::SimulatedCamera& camera, QByteArray const& contents);
