@@ -3,8 +3,53 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <memory>
 
 namespace {
+sf_Handle* create(char const* block) { return sf_Create2(block, 50, 1, 0xFFFFFFFF); }
+
+TEST(Layout, FaultsAreNamedWithTheirPlace) {
+    QByteArray const good = TestSensor{.bankSlots = {0, 2, 3, 4}, .tablesHaveOrigins = true}.layout();
+    ASSERT_TRUE(Handle(create(good.constData())));
+    struct {
+        char const* from;
+        char const* to;
+        char const* named;
+    } const rows[] = {
+        {"sensor-layout-1", "sensor-layout-2", "first line"},
+        {"\"height\": 360", "\"height\": 47", "height: 47 lies outside"},
+        {"\"input\": \"bayer\"", "\"input\": \"other\"", "input: \"other\" is none of"},
+        {"\"whiteLevel\": 4095", "\"whiteLevel\": 168", "whiteLevel: it is not above"},
+        {"\"input\": \"bayer\"", "\"input\": \"ycbcr\"", "sampleBytes: only Bayer"},
+        {"\"greenBlue\"", "\"green\"", "correction.banks[0].planes: the key \"greenBlue\" is missing"},
+        {"\"stride\": 2", "\"stride\": 400000000", "stride: 400000000 lies outside"},
+        {"\"slot\": 0", "\"slot\": 1", "slot: 1 is none of"},
+        {"\"originRow\"", "\"origin\"", "correction: the key \"originRow\""},
+        {"}", "", "sensor data: line "},
+        {"\"slot\": 4", "\"slot\": 3", "correction.banks[3].slot: 3 occurs twice"},
+        {"\"address\": 16132", "\"address\": 4294967295", "correction.banks[1].originRow.address"},
+    };
+    for (auto const& [from, to, named] : rows) {
+        SCOPED_TRACE(named);
+        WarningLog const log;
+        QByteArray const bad = QByteArray(good).replace(from, to);
+        ASSERT_NE(bad, good);
+        EXPECT_EQ(create(bad.constData()), nullptr);
+        EXPECT_TRUE(log.has(named)) << log.all().constData();
+    }
+}
+
+TEST(Layout, IsForeignMissingOrFoundBesideTheLibraryByKindAndVariant) {
+    WarningLog const log;
+    std::unique_ptr<char[]> const foreign(new char[4]{'s', 'e', 'n', '\0'}); // not read beyond
+    EXPECT_EQ(create(foreign.get()), nullptr);
+    EXPECT_EQ(create(nullptr), nullptr);
+    EXPECT_TRUE(log.has("there is no sensor data"));
+    EXPECT_TRUE(Handle(sf_Create(68, 1, -1)));
+    EXPECT_EQ(sf_Create(50123, 8, -1), nullptr);
+    EXPECT_TRUE(log.has("50123-8.layout"));
+}
+
 struct Refusal : testing::Test {
     TestSensor sensor;
     Response lens = SyntheticLens{}.response(sensor);
@@ -71,16 +116,14 @@ TEST_F(Refusal, EmptyFramesForeignRecordsAndNullHandles) {
     EXPECT_EQ(sf_FindApga(handle.get(), nullptr), -1);
 
     Handle const coded = open({.input = "ycbcr", .sampleBytes = 1, .blackLevel = 0, .whiteLevel = 255});
-    sf_YcbcrInput noRange = good, noOrder = good, foreign = good;
-    noRange.lumaHigh = 16;
-    noOrder.componentOrder[3] = 0;
-    foreign.size = 40;
-    for (sf_YcbcrInput const* input : {&noRange, &noOrder, &foreign})
-        EXPECT_EQ(sf_SetInputImageYcbcr(coded.get(), &byte, 640, 360, input, -1, -1), 0);
+    for (sf_YcbcrInput const& bad :
+         {sf_YcbcrInput{sizeof good, 0, {0, 1, 2, 3}, 16, 16, 224, 128, 0}, // no range
+          {sizeof good, 0, {0, 1, 2, 0}, 16, 235, 224, 128, 0},             // no order
+          {40, 0, {0, 1, 2, 3}, 16, 235, 224, 128, 0}})
+        EXPECT_EQ(sf_SetInputImageYcbcr(coded.get(), &byte, 640, 360, &bad, -1, -1), 0);
 
     sf_ApgaParams const table = tableParams(2, 2900);
     EXPECT_EQ(sf_SetInputImage2(nullptr, &byte, 1, 1, 12, 0, 0, 0, -1, -1), 0);
-    EXPECT_EQ(sf_SetInputImageYcbcr(nullptr, &byte, 1, 1, &good, -1, -1), 0);
     EXPECT_EQ(sf_FindApga(nullptr, &table), -1);
     EXPECT_EQ(sf_DumpRegList(nullptr), nullptr);
     EXPECT_NE(sf_DumpRegFile(nullptr, "x", 0, 0, 0), 0);
