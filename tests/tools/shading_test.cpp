@@ -2,8 +2,12 @@
 #include "simulator/pictures/block_report.h"
 #include "tests/support/small_profile.h"
 #include "tools/shading/shading_measurement.h"
+#include "tools/shading/shading_run.h"
 
+#include <QFile>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <gtest/gtest.h>
@@ -76,6 +80,40 @@ TEST(MeasureShading, AMeasuredLensShadesAsTheOriginal) {
         ASSERT_TRUE(flat->useMeasuredShading(file, &error)) << qPrintable(error);
         for (double const kelvin : {2856.0, 4000.0, 5000.0, 6500.0})
             EXPECT_LT(largestDifference(*original, *flat, kelvin), bound) << kelvin << " K";
+    }
+}
+
+// The second lens, of a table that is put before the sensor, needs less gain than the first one.
+TEST(ShadingRun, MeasuresALensAndLaysTwoSideBySide) {
+    QTemporaryDir const folder;
+    QString const flat = folder.filePath("flat.json"), first = folder.filePath("a & b.json"),
+                  second = folder.filePath("b.json");
+    ASSERT_TRUE(files::replace(flat, R"({"format": "shading-gains-1", "name": "flat", "columns": 2, "rows": 2,
+        "illuminants": [{"colour_temperature_K": 4000,
+            "red": [1, 1, 1, 1], "green": [1, 1, 1, 1], "blue": [1, 1, 1, 1]}]})",
+                               nullptr));
+    Options options;
+    options.outputFolder = folder.path();
+    options.profile = writeSmallProfile(folder.path());
+    options.measureShadingFile = first;
+    EXPECT_EQ(runShading(options), kExitDone);
+    options.measureShadingFile = second;
+    options.shadingFile = flat;
+    options.lightKelvin = 4000;
+    EXPECT_EQ(runShading(options), kExitDone);
+    options.measureShadingFile.clear();
+    options.comparedFiles = QStringList{first, second};
+    EXPECT_EQ(runShading(options), kExitDone);
+
+    QFile page(folder.filePath("shading-report.html")), summary(folder.filePath("shading-summary.json"));
+    ASSERT_TRUE(page.open(QIODevice::ReadOnly) && summary.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(page.readAll().contains("a &amp; b.json"));
+    QJsonArray const planes = QJsonDocument::fromJson(summary.readAll())["planes"].toArray();
+    ASSERT_EQ(planes.size(), 9);
+    for (int plane = 3; plane < 6; ++plane) {
+        EXPECT_EQ(planes[plane]["colour_temperature_K"].toInt(), 4000);
+        EXPECT_NEAR(planes[plane]["second_largest_gain"].toDouble(), 1, 0.01);
+        EXPECT_LT(planes[plane]["largest_difference_percent"].toDouble(), -20);
     }
 }
 
