@@ -1,5 +1,6 @@
-#include "simulator/host/run/run_all.h"
+#include "simulator/host/recording/seen_lines.h"
 #include "simulator/host/session/command_line.h"
+#include "simulator/host/session/words.h"
 
 #include <gtest/gtest.h>
 
@@ -51,23 +52,47 @@ TEST(CommandLine, AnyOtherRunWinsOverACalibration) {
     EXPECT_TRUE(parsed({"--run-all", "--help"}).text.contains(QLatin1String("Camera and light:")));
 }
 
-TEST(Verdict, EveryStepHasItsSay) {
-    QStringList const done = {"Done.",
-                              "Done.",
-                              "Done.",
-                              "YCbCr calibration. Bypass mode recommended.",
-                              " 0.52   (Lower is better.)",
-                              "Done: POLY.ini",
-                              "No EEPROM."};
-    EXPECT_TRUE(isCalibrated(done) && isSaved(done, false));
-    EXPECT_FALSE(isSaved(done, true)) << "an EEPROM that is there was not found";
-    for (int i = 0; i < done.size(); ++i) {
-        QStringList texts = done;
-        texts[i] = i == kUniformity ? QStringLiteral(" --   (Lower is better)") : QStringLiteral("Error");
-        bool const isOfTheSaves = i == kFileSave || i == kEepromSave;
-        EXPECT_EQ(isCalibrated(texts), isOfTheSaves) << i;
-        EXPECT_EQ(isSaved(texts, false), !isOfTheSaves) << i;
-    }
+TEST(SharedLine, OnlyWhatGoesOnOrIsPolledSharesALine) {
+    QByteArray const write = "    vy_writeRegisters 0xA8 0x1E [4b65] = 0";
+    struct {
+        QByteArray first, second, shared;
+    } const rows[] = {
+        {write, "    vy_writeRegisters 0xA8 0x20 [73] = 0", "    vy_writeRegisters 0xA8 0x1E [4b65 73] = 0"},
+        {write, "    vy_writeRegisters 0xA8 0x22 [73] = 0", ""},
+        {write, "    vy_writeRegisters 0xA8 0x20 [73] = 12", ""},
+        {"    vy_ReadSensorRegStr \"S\" \"\" = 0, 0x10", "    vy_ReadSensorRegStr \"S\" \"\" = 0, 4",
+         "    vy_ReadSensorRegStr \"S\" \"\" = 0, 4"},
+        {"    setState \"Gamma\" 9", "    setState \"Gamma\" 9", ""},
+    };
+    for (auto const& row : rows)
+        EXPECT_EQ(sharedLine(row.first, row.second), row.shared) << row.second.constData();
+}
+
+// A time of day would make every replay differ; it may lie over two lines and begin at an odd byte.
+TEST(ShownLines, HoldNoTimeOfDay) {
+    QByteArray const time = "00" + QByteArray("2026/11/21 16:42:49").toHex();
+    QByteArray const before = QByteArray("aabb ").repeated(12);
+    QByteArray groups = before + time.left(4);
+    for (int i = 4; i < time.size(); i += 4)
+        groups += ' ' + time.mid(i, 4);
+    std::vector<QByteArray> const shown{
+        "    vy_writeRegisters 0xA8 8 [" + before + "00tt tttt tttt tttt] = 0",
+        "    vy_writeRegisters 0xA8 0x28 [tttt tttt tttt tttt tttt tttt] = 0"};
+    EXPECT_EQ(shownLines("    vy_writeRegisters 0xA8 8 [" + groups + "] = 0"), shown);
+    auto const longRead = [&](QByteArray text) {
+        return shownLines("    vy_readRegisters 0xA8 0 84 = 0, [" + QByteArray(128, 'f') + text.toHex() +
+                          ']');
+    };
+    EXPECT_EQ(longRead("2026/11/21 16:42:49"), longRead("2027/01/01 00:00:00"));
+    EXPECT_NE(longRead("2026/11/21 16:42:49"), longRead("2026/11/21 16-42-49"));
+}
+
+// A recording is read again: whatever was typed must come out as it went in.
+TEST(Words, AnyTextSurvivesItsLine) {
+    QStringList const words = {"set", "Save_Dir", "C:\\Prüf \"stand\" 1\\", "", "#1", "\"", "a#b"};
+    QString error;
+    EXPECT_EQ(wordsOf(lineOf(words) + " # comment", &error), words);
+    EXPECT_FALSE(wordsOf("set Save_Dir \"open", &error));
 }
 } // namespace
 } // namespace pictara

@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>
+#include <numeric>
 
 namespace pictara {
 namespace {
@@ -17,13 +18,20 @@ QByteArray contentsOf(QString const& name) {
     return file.readAll();
 }
 
-// All text of a page, which must be well-formed.
+// All text of a page, which must be well-formed and show nothing from elsewhere.
 QString textOf(QByteArray const& page) {
     QString text;
+    for (char const* outside : {"http:", "https:", "url(", "@import"})
+        EXPECT_FALSE(page.contains(outside)) << outside;
     QXmlStreamReader reader(page);
-    while (!reader.atEnd())
-        if (reader.readNext() == QXmlStreamReader::Characters)
-            text += reader.text();
+    while (!reader.atEnd()) {
+        (void)reader.readNext();
+        text += reader.text();
+        for (char const* attribute : {"src", "srcset", "href"}) {
+            auto const source = reader.attributes().value(QLatin1String(attribute));
+            EXPECT_TRUE(source.isEmpty() || source.startsWith("data:")) << source.toString().toStdString();
+        }
+    }
     EXPECT_FALSE(reader.hasError()) << qPrintable(reader.errorString());
     return text;
 }
@@ -35,25 +43,20 @@ TEST(Report, TellsTheSameInAllFormsWhateverNamesSay) {
     QString const nasty = QString::fromLatin1(kNasty);
     Section states{{}, "Figures", Layout::States, {{"figure_ab", "figure", {1.23456789, {}}, " u", 2}}};
     states.profiles = {{"ratio_percent", nasty, {{"line", {-1, 0, 2.5}}, {"flat", {0, 0, 0}}}}};
+    states.pictures = {{QImage(8, 8, QImage::Format_RGB32), nasty, "picture.png"}};
     states.maps = {{"map", " %", 2, {1, 2, 3, 4}, -4, 4}};
-    writeReport(
-        {"calibration",
-         "calibrated",
-         nasty,
-         {states,
-          {"eeprom",
-           nasty,
-           Layout::One,
-           {{"empty", "empty", {QString()}}, {"file", "file", {nasty}}, {"is_on", {}, {true}}}},
-          {"lights", "Lights", Layout::Columns, {{"kelvin", "light of", {2850, 6500}, " K"}}},
-          {"registers", "Registers", Layout::Rows, {{"name", "name", {nasty}}, {"value", "value", {17}}}}}},
-        output);
+    Section eeprom{"eeprom", nasty, Layout::One}, lights{"lights", "Lights", Layout::Columns},
+        registers{"registers", "Registers", Layout::Rows};
+    eeprom.facts = {{"empty", "empty", {QString()}}, {"file", "file", {nasty}}, {"is_on", {}, {true}}};
+    lights.facts = {{"kelvin", "light of", {2850, 6500}, " K"}};
+    registers.facts = {{"name", "name", {nasty}}, {"value", "value", {17}}};
+    writeReport({"calibration", "calibrated", nasty, {states, eeprom, lights, registers}}, output);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files),
-              QStringList({"report.html", "summary.json", "summary.txt"}));
+              QStringList({"picture.png", "report.html", "summary.json", "summary.txt"}));
 
     QByteArray const page = contentsOf(folder.filePath("report.html"));
     QString const text = textOf(page);
-    EXPECT_EQ(text.count(nasty), 5);
+    EXPECT_EQ(text.count(nasty), 6);
     EXPECT_FALSE(page.contains("<script")) << "a name became an element";
     for (char const* told : {"1.23 u", "-", "2850 K", "6500 K", "17", "-4 %", "flat"})
         EXPECT_TRUE(text.contains(QLatin1String(told))) << told;
@@ -80,31 +83,37 @@ TEST(Report, TellsTheSameInAllFormsWhateverNamesSay) {
     EXPECT_TRUE(summary.contains("value 17\n")) << summary.data();
 }
 
-TEST(Report, ResidualsAreSignedAndHaveTheirZeroWhereTheyShould) {
-    BlockReport blocks;
-    blocks.columns = 3;
-    blocks.means = {{0.5, 0.5, 0.5}, {1, 1, 1}, {0.55, 0.5, 0.5}};
-    blocks.centreLuminance = 1;
-    std::vector<double> const residual = luminanceResidual(blocks);
-    EXPECT_NEAR(residual[0], -50, 1e-9);
-    EXPECT_NEAR(residual[1], 0, 1e-9);
-    std::vector<double> const ratio = ratioResidual(blocks, 0);
-    EXPECT_NEAR(ratio[0] + ratio[1] + ratio[2], 0, 1e-9);
-    EXPECT_GT(ratio[2], 0);
-    EXPECT_EQ(diagonal({1, 2, 3, 4, 5, 6, 7, 8, 9}, 3), (std::vector<double>{1, 5, 9}));
-}
-
 // Maps of before and after can be told apart by their colours alone.
-TEST(Report, StatesShareTheColoursOfTheirMaps) {
+TEST(Report, ResidualsAreSignedAndBothStatesShareTheColoursOfTheirMaps) {
     Evenness state;
     state.picture = QImage(8, 8, QImage::Format_RGB32);
-    state.blocks.columns = 2;
+    state.blocks.columns = 3;
     state.blocks.centreLuminance = 1;
-    state.blocks.means = {{0.5, 0.5, 0.5}, {1, 1, 1}};
+    state.blocks.means.assign(9, {1, 1, 1});
+    state.blocks.means[0] = {0.5, 0.5, 0.5};
+    state.blocks.means[4] = {1.01, 1, 1};
+    state.blocks.means[8] = {1.1, 1, 1};
     EvennessStates states{state, state};
-    states[1]->blocks.means = {{0.9, 0.9, 0.9}, {1, 1, 1}};
-    std::vector<HeatMap> const maps = evennessSections(states).at(2).maps;
+    states[1]->blocks.means[0] = {0.9, 0.9, 0.9};
+    std::vector<Section> const sections = evennessSections(states);
+    std::vector<HeatMap> const& maps = sections.at(2).maps;
+    EXPECT_NEAR(maps.at(2).values.at(0), -50, 1e-9);
+    EXPECT_NEAR(maps.at(2).values.at(1), 0, 1e-9);
     EXPECT_TRUE(maps.at(2).high == 50 && maps.at(5).high == 50);
+    std::vector<double> const& ratios = maps.at(0).values;
+    EXPECT_NEAR(std::accumulate(ratios.begin(), ratios.end(), 0.0), 0, 1e-9);
+    EXPECT_TRUE(ratios[0] < 0 && 0 < ratios[8]);
+    std::vector<double> const& line = sections.at(3).profiles.at(0).lines.at(0).values;
+    EXPECT_EQ(line, (std::vector<double>{ratios[0], ratios[4], ratios[8]})) << "from corner to corner";
+}
+
+TEST(Report, MapsTellWhatLiesBelowFromWhatLiesAbove) {
+    QByteArray const cells = drawing(HeatMap{{}, {}, 3, {-4, 0, 4}, -4, 4})["cells"].toString().toLatin1();
+    QImage const map = QImage::fromData(QByteArray::fromBase64(cells.mid(cells.indexOf(',') + 1)));
+    ASSERT_EQ(map.size(), QSize(3, 1));
+    QColor const below = map.pixelColor(0, 0), even = map.pixelColor(1, 0), above = map.pixelColor(2, 0);
+    EXPECT_TRUE(below.blue() > below.red() + 100 && above.red() > above.blue() + 100);
+    EXPECT_GT(even.lightness(), std::max(below.lightness(), above.lightness()) + 50);
 }
 
 TEST(Refusal, IsMarkedAsThePictureShowsTheArray) {

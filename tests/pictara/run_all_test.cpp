@@ -66,6 +66,25 @@ TEST_F(Page, ARunThatDoesNotEndIsGivenUp) {
         EXPECT_EQ(runAll->text(), "Run All Steps") << text;
     }
 }
+
+TEST(Verdict, EveryStepHasItsSay) {
+    QStringList const done = {"Done.",
+                              "Done.",
+                              "Done.",
+                              "YCbCr calibration. Bypass mode recommended.",
+                              " 0.52   (Lower is better.)",
+                              "Done: POLY.ini",
+                              "No EEPROM."};
+    EXPECT_TRUE(isCalibrated(done) && isSaved(done, false));
+    EXPECT_FALSE(isSaved(done, true)) << "an EEPROM that is there was not found";
+    for (int i = 0; i < done.size(); ++i) {
+        QStringList texts = done;
+        texts[i] = i == kUniformity ? QStringLiteral(" --   (Lower is better)") : QStringLiteral("Error");
+        bool const isOfTheSaves = i == kFileSave || i == kEepromSave;
+        EXPECT_EQ(isCalibrated(texts), isOfTheSaves) << i;
+        EXPECT_EQ(isSaved(texts, false), !isOfTheSaves) << i;
+    }
+}
 } // namespace
 } // namespace pictara
 

@@ -1,5 +1,6 @@
+#include "simulator/files/whole_file.h"
+#include "simulator/host/session/preset_file.h"
 #include "simulator/host/session/service_desk.h"
-#include "tests/pictara/test_frames.h"
 #include "tests/support/camera_under_test.h"
 
 #include <QTemporaryDir>
@@ -8,12 +9,35 @@
 
 namespace pictara {
 namespace {
+constexpr char kIni[] = "[Other]\n"
+                        "STATE = Gamma, 1\n"
+                        "[ lens calibration SETUP ]\r\n"
+                        "#TOOLTIP = STATE = Gamma, 2\n"
+                        "; STATE = Gamma, 3\n"
+                        "// STATE = Gamma, 4\n"
+                        "STATE = Gamma, 20\r\n"
+                        "  state =  Black Offset ,  -7  \n"
+                        "REG = 0, 0x3600, 0x4000 // first coefficient\n"
+                        "REG = 1, 13824, 77\n"
+                        "REG = COARSE_INTEGRATION_TIME, 32\n"
+                        "BITFIELD = POLY_SC_ENABLE, ENABLE, 1\n"
+                        "BITFIELD = 0, 0x3602, 0x0FF0, 0xAB\n"
+                        "VAR = 3, 0x21, 9\n"
+                        "REG = 0, 0xFFFF, 1\n"
+                        "REG = 0, 0x3600\n"
+                        "REG = 0, 0x3600, many\n"
+                        "LOAD = Other\n"
+                        "nonsense\n"
+                        "STATE = Contrast, 21";
+
 constexpr char kGain[] = "COARSE_INTEGRATION_TIME"; // at 0x3012
 
 struct ServiceDeskTest : testing::Test {
     QTemporaryDir folder;
-    Camera const sensor = openChanged(R"({"sensorName": "A"})");
-    StateVariables states{bayerCamera(4, 4)};
+    Camera const sensor = openChanged(R"({"array": {"bayerPhase": 3}, "registers": {"more": [
+        {"name": "SECOND_PAGE", "id": 1, "address": 13824},
+        {"name": "VARIABLE", "addressSpace": 1, "id": 3, "address": "0x21"}]}})");
+    StateVariables states{sensor->description()};
     SettingsStore settings{folder.filePath("settings.ini")};
     int notified = 0;
     uint32_t seenByNotification = 0;
@@ -56,17 +80,6 @@ TEST_F(ServiceDeskTest, NotifiesOnceForTheOuterGroupAndNotAtAllWithoutARegister)
     EXPECT_EQ(desk.listEntriesWritten(), 1U);
 }
 
-TEST_F(ServiceDeskTest, TextsAreCutToTheBufferAndFallBack) {
-    char buffer[8] = "xxxxxxx";
-    host.readTextSetting("LensAssist Dir", buffer, 8, "none");
-    EXPECT_STREQ(buffer, "none");
-    host.writeTextSetting("LensAssist Dir", "/home/lens shading");
-    host.readTextSetting("LensAssist Dir", buffer, 8, "none");
-    EXPECT_STREQ(buffer, "/home/l");
-    host.readTextSetting("unknown", buffer, 8, nullptr);
-    EXPECT_STREQ(buffer, "");
-}
-
 TEST_F(ServiceDeskTest, ReachesTheBusAtTheWidthsOfEachCall) {
     sensor->useVirtualTime();
     host.writeBusByte(0xA8, 0x1FF, 0x5A, 16, 8);
@@ -92,10 +105,41 @@ TEST_F(ServiceDeskTest, SettingsAndOptionsAreKeptForTheNextSitting) {
     EXPECT_EQ(QByteArray(buffer), value);
     host.readTextSetting("Empty", buffer, sizeof buffer, "fallback");
     EXPECT_STREQ(buffer, "");
+    host.readTextSetting(key, buffer, 4, ""); // cut to the buffer
+    EXPECT_EQ(QByteArray(buffer), value.left(3));
+    host.readTextSetting("unknown", buffer, sizeof buffer, "none");
+    EXPECT_STREQ(buffer, "none");
+    host.readTextSetting("unknown", buffer, sizeof buffer, nullptr);
+    EXPECT_STREQ(buffer, "");
     EXPECT_EQ(host.readIntSetting("LensAssist Falloff for S1", 1), -95);
     EXPECT_EQ(host.readIntSetting(key, 42), 42);
     EXPECT_STREQ(host.readOption(key), "a.png");
     EXPECT_STREQ(host.readOption("unknown"), "");
+}
+
+TEST_F(ServiceDeskTest, AppliesEveryKindOfPresetLineAndNothingElse) {
+    QString const ini = folder.filePath("host.ini");
+    ASSERT_TRUE(files::replace(ini, kIni, nullptr));
+    writeRegister(*sensor, "P_GR_P0Q1", 0xF00F);
+    EXPECT_EQ(applyPreset(ini, "Lens Calibration Setup", states, registers), 9);
+    EXPECT_FALSE(applyPreset(ini, "Lens Calibration", states, registers));
+    EXPECT_EQ(states.read("Gamma"), 20);
+    EXPECT_EQ(states.read("Black Offset"), -7);
+    EXPECT_EQ(states.read("Contrast"), 21);
+    EXPECT_EQ(readRegister(*sensor, "P_GR_P0Q0"), 0x4000U);
+    EXPECT_EQ(readRegister(*sensor, "SECOND_PAGE"), 77U);
+    EXPECT_EQ(readRegister(*sensor, "COARSE_INTEGRATION_TIME"), 32U);
+    EXPECT_EQ(readRegister(*sensor, "POLY_SC_ENABLE"), 0x8000U);
+    EXPECT_EQ(readRegister(*sensor, "P_GR_P0Q1"), 0xFABFU);
+    EXPECT_EQ(readRegister(*sensor, "VARIABLE"), 9U);
+    EXPECT_EQ(notified, 1);
+}
+
+TEST_F(ServiceDeskTest, WhatTheCameraDictatesIsNotSet) {
+    states.set("X Offset", 0);
+    states.set("Y Offset", 5);
+    EXPECT_EQ(states.read("X Offset"), 1);
+    EXPECT_EQ(states.read("Y Offset"), 1);
 }
 } // namespace
 } // namespace pictara
