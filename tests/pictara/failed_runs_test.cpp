@@ -1,0 +1,93 @@
+#include "tests/pictara/program_run.h"
+#include "tests/support/small_profile.h"
+
+#include <QFile>
+#include <QImage>
+#include <gtest/gtest.h>
+
+namespace {
+struct FailedRun : testing::Test {
+    [[nodiscard]] QString small(char const* base, QByteArray const& more = {}) const {
+        return writeSmallProfile(folder.path(), base, more);
+    }
+
+    QTemporaryDir folder;
+};
+
+TEST_F(FailedRun, IsToldByDialogSummaryAndExitCode) {
+    constexpr char kRefused[] = "Calibrate_Status: Error. Are the External sensor data files installed?";
+    constexpr char kNotHeld[] = "does not hold the solution"; // though the dialog says that it saved
+    QString const plain = small("polynomial"), bridge = small("eeprom-bridge-71");
+    struct {
+        QString profile;
+        QStringList options;
+        int exitCode;
+        std::vector<char const*> told;
+    } const rows[] = {
+        {plain, {"--level", "0.001"}, 4, {kRefused, "too dark"}},
+        {plain, {"--level", "10000"}, 5, {kRefused, "clipped"}},
+        {plain, {"--gradient", "-0.5"}, 6, {kRefused, "the lamp is not even"}},
+        {"adaptive-72", {"--object"}, 6, {"not flat"}},
+        {"wrong-size", {}, 7, {"Error: Incompatible image size.", "1280 x 720 instead of 1920 x 1080"}},
+        {plain, {"--fault", "error-12"}, 9, {"Prom_Save_Status: Error accessing the EEPROM."}},
+        {plain, {"--fault", "error-12@1+"}, 9, {"Prom_Save_Status: No EEPROM."}},
+        {plain, {"--fault", "ignored-write+"}, 9, {kNotHeld}},
+        {bridge, {"--fault", "none"}, 9, {kNotHeld}},
+        // Behind the bridge the dialog cannot tell silence from absence, and asks for ever.
+        {bridge, {"--fault", "no-acknowledge@1+"}, 1, {"stands still before its first step"}},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.told.back());
+        ProgramRun const run(QStringList{"--run-all", "--profile", row.profile} + row.options);
+        EXPECT_EXIT_CODE(run, row.exitCode);
+        bool const isCalibrated = row.exitCode == 9;
+        EXPECT_EQ(run.value("result"), QString(isCalibrated ? "calibrated, not saved" : "not calibrated"));
+        EXPECT_EQ(run.figure("uniformity corrected") < 1, isCalibrated) << "what was calibrated is measured";
+        EXPECT_EQ(run.value("step File_Save_Status") == "Not done yet.", !isCalibrated);
+        for (char const* const told : row.told)
+            EXPECT_TRUE(run.value("cause").contains(told) && run.messages().contains(told))
+                << run.messages().toStdString();
+        EXPECT_EQ(run.contents("eeprom.bin").size(), 8192);
+    }
+}
+
+TEST_F(FailedRun, KeepsWhatAFailedSaveWrote) {
+    QString const device = folder.filePath("device.bin");
+    ASSERT_TRUE(writeFile(device, QByteArray(8192, '\xFF')));
+    // Six bytes are the header's, written when the dialog opens.
+    ProgramRun const run(
+        {"--run-all", "--profile", small("polynomial"), "--eeprom", device, "--fault", "power-cut@16+"});
+    EXPECT_EXIT_CODE(run, 9);
+    QByteArray const kept = run.contents(device);
+    EXPECT_TRUE(kept.startsWith("VYEE"));
+    EXPECT_LT(kept.mid(5, 10).count('\xFF'), 10);
+    EXPECT_EQ(kept.mid(16), QByteArray(8192 - 16, '\xFF'));
+}
+
+// Where the object is, the picture is marked; what an earlier run left is gone or told.
+TEST_F(FailedRun, IsPicturedAmongOutputsOfThisRunAlone) {
+    QStringList const good{"--run-all", "--profile", small("polynomial", kNoEeprom)};
+    QString const output = folder.filePath("output");
+    EXPECT_EXIT_CODE(ProgramRun(good, output), 0);
+    ProgramRun const refused(good + QStringList("--object"), output);
+    EXPECT_EXIT_CODE(refused, 6);
+    for (char const* picture : {"before.png", "after.png"})
+        EXPECT_FALSE(QFile::exists(refused.file(picture))) << picture;
+    QImage const picture(refused.file("refused.png"));
+    auto const isMarked = [&](int x, int y) {
+        QColor const colour = picture.pixelColor(x, y);
+        return colour.red() > colour.green() + 30 && colour.blue() > colour.green() + 30;
+    };
+    ASSERT_EQ(picture.size(), QSize(480, 270));
+    EXPECT_TRUE(isMarked(297, 107) && !isMarked(240, 200));
+    EXPECT_TRUE(refused.contents("report.html").contains("<h2>Refused</h2>"));
+    EXPECT_TRUE(refused.json()["corrected"].isNull());
+    EXPECT_EQ(refused.json()["cause"].toString(), refused.value("cause"));
+    EXPECT_EQ(refused.value("results files of earlier runs"), QStringLiteral("POLY12_POLY12.ini"));
+
+    ProgramRun const mended(good, output);
+    EXPECT_EXIT_CODE(mended, 0);
+    EXPECT_FALSE(QFile::exists(mended.file("refused.png")));
+    EXPECT_EQ(mended.value("results files of earlier runs"), QString());
+}
+} // namespace
