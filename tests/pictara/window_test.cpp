@@ -1,8 +1,11 @@
 #include "simulator/files/whole_file.h"
+#include "simulator/host/report/charts.h"
 #include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 #include "simulator/host/window/host_window.h"
+#include "simulator/host/window/picture_views.h"
+#include "simulator/pictures/block_report.h"
 #include "tests/support/small_profile.h"
 
 #include <QTemporaryDir>
@@ -23,6 +26,33 @@ TEST(AskedForAProfile, APersonTakesThePreferredOneOrAnother) {
     };
     EXPECT_EQ(answer("no such"), QString("soc-pga"));
     EXPECT_EQ(answer("ycbcr"), QString("ycbcr"));
+}
+
+// Over a picture of a colour of the scale, that colour's block alone cannot be seen.
+TEST(LiveView, ShowsTheWorstBlockAndAnEvenOneInTheColoursOfTheScalesEnds) {
+    LiveView view;
+    view.resize(300, 200);
+    BlockReport blocks;
+    blocks.columns = 3;
+    blocks.deviations = {0, 3, 6};
+    blocks.largestColourDeviation = 6;
+    QGradientStops const scale = deviationColours();
+    EXPECT_LT(scale.front().second.lightness(), scale.back().second.lightness());
+    for (int const block : {0, 2}) {
+        QColor const colour = (block == 0 ? scale.front() : scale.back()).second;
+        QImage picture(300, 200, QImage::Format_RGB32);
+        picture.fill(colour);
+        view.setPicture(picture);
+        view.setUniformity(blocks, 0);
+        QImage const shown = view.grab().toImage();
+        for (int i = 0; i < 3; ++i) {
+            QColor const cell = shown.pixelColor(50 + 100 * i, 50);
+            int const distance = std::abs(cell.red() - colour.red()) +
+                                 std::abs(cell.green() - colour.green()) +
+                                 std::abs(cell.blue() - colour.blue());
+            EXPECT_EQ(distance < 8, i == block) << i << ' ' << cell.name().toStdString();
+        }
+    }
 }
 
 // A chain of one record of shading registers with two settings, and a text.
@@ -129,25 +159,24 @@ TEST_F(HostWindowTest, WhyAPictureWasRefusedStaysUntilTheNextTry) {
     session->setLight({.objectInPicture = true});
     DialogPage page = DialogPage::find(window->dialog());
     auto const* const reason = part<QLabel>("refusal");
-    auto const work = [&] {
+    auto const work = [&](int ticks) {
+        for (int i = 0; i < ticks && !page.text("Calibrate_Status").startsWith("Error"); ++i) {
+            deliver(1);
+            page.stopTimer();
+            page.tick();
+        }
         deliver(1);
-        page.stopTimer();
-        page.tick();
-    };
-    auto const workUntilRefused = [&] {
-        for (int i = 0; i < 200 && !page.text("Calibrate_Status").startsWith("Error"); ++i)
-            work();
-        work();
-        EXPECT_TRUE(reason->isVisible() && reason->text().contains("not flat"));
     };
     EXPECT_FALSE(reason->isVisible());
     page.press("Run_All");
-    workUntilRefused();
+    work(200);
+    EXPECT_TRUE(reason->isVisible() && reason->text().contains("not flat"));
     page.press("Run_All");
     page.press("Calibrate");
-    work();
+    work(1);
     EXPECT_FALSE(reason->isVisible()) << "another try";
-    workUntilRefused(); // for the same reason
+    work(200);
+    EXPECT_TRUE(reason->isVisible() && reason->text().contains("not flat")) << "for the same reason";
     qInstallMessageHandler(nullptr);
 }
 
