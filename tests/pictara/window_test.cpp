@@ -43,7 +43,7 @@ TEST(LiveView, ShowsTheWorstBlockAndAnEvenOneInTheColoursOfTheScalesEnds) {
         QImage picture(300, 200, QImage::Format_RGB32);
         picture.fill(colour);
         view.setPicture(picture);
-        view.setUniformity(blocks, 0);
+        view.setUniformity(blocks);
         QImage const shown = view.grab().toImage();
         for (int i = 0; i < 3; ++i) {
             QColor const cell = shown.pixelColor(50 + 100 * i, 50);
