@@ -113,7 +113,7 @@ struct Service<Slot, Function> {
     static Result call(Arguments... arguments) {
         return simulator::observed(SourceWatch{CallSource::Host}, simulator::Call(name, arguments...),
                                    [&]() -> Result {
-                                       if constexpr (Function != nullptr)
+                                       if constexpr (!std::is_null_pointer_v<decltype(Function)>)
                                            if (current)
                                                return (Services{*current}.*Function)(arguments...);
                                        if constexpr (std::is_same_v<Result, char const*>)
