@@ -1,0 +1,75 @@
+"""Runs the proofs one after the other and keeps the table of what they tried and found."""
+
+import argparse
+import datetime
+import os
+import re
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+_SOURCE = Path(__file__).resolve().parents[1]
+_LOGS = _SOURCE / "out" / "hardening"
+_PAGE = _SOURCE / "docs" / "hardening.md"
+_BEGIN, _END = "<!-- written by hardening/all -->\n", "<!-- to here -->\n"
+
+# The command of each, and which of its lines tell how much was tried.
+_PROOFS = {
+    "definitions": ("./check --definitions", r"out of (\d+)$", "{} programs"),
+    "tidy": ("./check --tidy", r"^static analysis of (\d+ files)", "{}"),
+    "sanitize": ("./check --sanitize", r"^(\d+ tests) ran", "{}"),
+    "thread": ("./check --thread", r"^(\d+ tests) ran", "{}"),
+    "valgrind": ("./check --valgrind", r"^(\d+ tests) ran", "{}"),
+    "coverage": ("hardening/coverage", r"^total +\d+ of +\d+ +([\d.]+ %) +\d+ of +\d+ +([\d.]+ %)", "{} of the lines, {} of the branches"),
+    "hostile-host": ("hardening/hostile-host", r"^(\d+ .*)", "{}"),
+    "hostile-inputs": ("hardening/hostile-inputs", r"^(\d+ hostile files).* and (\d+ interruptions)", "{}, {}"),
+    "fuzz": ("hardening/fuzz/run", r"^(\w+) +(\d+) ", "{1} runs of {0}"),
+    "mutate": ("hardening/mutate", r"^(\d+ mutants) tried, (\d+ killed \([\d.]+ %\))", "{}, {}"),
+    "power-cuts": ("hardening/power-cuts", r"^(\d+ saves, \d+ cuts)", "{}"),
+}
+
+
+def read_arguments():
+    parser = argparse.ArgumentParser(prog="hardening/all", description=__doc__)
+    parser.add_argument("proofs", nargs="*", metavar="PROOF", help="some of: " + ", ".join(_PROOFS))
+    arguments = parser.parse_args()
+    if unknown := set(arguments.proofs) - set(_PROOFS):
+        parser.error("there is no proof " + ", ".join(sorted(unknown)))
+    return arguments
+
+
+def run(name):
+    """A row of the table, and whether nothing was found."""
+    command, pattern, told = _PROOFS[name]
+    log = _LOGS / f"{name}.txt"
+    print(f"{command} ...", flush=True)
+    begin = time.monotonic()
+    with log.open("w") as output:
+        code = subprocess.run(command.split(), cwd=_SOURCE, stdout=output, stderr=subprocess.STDOUT).returncode
+    minutes = (time.monotonic() - begin) / 60
+    found = re.findall(pattern, log.read_text(errors="replace"), re.MULTILINE)
+    tried = "; ".join(told.format(*(groups if isinstance(groups, tuple) else (groups,))) for groups in found)
+    result = "nothing" if code == 0 else f"exit {code}: see {log.relative_to(_SOURCE)}"
+    # A proof that tells nothing has proved nothing.
+    is_good = code == 0 and bool(found)
+    return f"| `{command}` | {tried or 'nothing told'} | {result} | {minutes:.1f} |\n", is_good
+
+
+def main():
+    arguments = read_arguments()
+    _LOGS.mkdir(parents=True, exist_ok=True)
+    rows, goods = zip(*[run(name) for name in arguments.proofs or _PROOFS])
+    today = datetime.date.today().isoformat()
+    table = f"The last night, {today}, on {os.cpu_count()} cores:\n\n| command | tried | found | minutes |\n|---|---|---|---|\n"
+    table += "".join(rows)
+    print("\n" + table)
+    # A part of a night is no night.
+    if not arguments.proofs:
+        before, rest = _PAGE.read_text().split(_BEGIN)
+        _PAGE.write_text(before + _BEGIN + table + _END + rest.split(_END)[1])
+    sys.exit(0 if all(goods) else 1)
+
+
+if __name__ == "__main__":
+    main()
