@@ -1,21 +1,200 @@
-#include "hardening/power_cuts/remains.h"
 #include "headboard/eeprom_chain.h"
+#include "headboard/record_format.h"
+#include "headboard/register_set.h"
 #include "tests/support/fake_headboard.h"
+#include "tools/headboard-image/chain_check.h"
+#include "tools/headboard-image/record_display.h"
 
 #include <QCommandLineParser>
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdio>
-#include <functional>
-#include <mutex>
+#include <future>
+#include <random>
+#include <string>
 #include <thread>
 
 using namespace kestra;
-using namespace power_cuts;
 
 namespace {
+using headboard_image::kExitDone;
+using headboard_image::Outcome;
 using simulator::EepromContents;
+using Bytes = std::vector<uint8_t>;
+using Records = std::vector<Bytes>; // head and payload each, in the chain's order
+
+/// What one press of a button stores: mostly one record, with a factory calibration its time stamp too.
+using Save = std::vector<EepromRecord>;
+
+/// A board with a history of saves, and the save during which the power will fail.
+struct Scene {
+    EepromContents before;
+    Save save;
+};
+
+constexpr int32_t kCapacity = 8112;
+constexpr size_t kStoreSize = 8176; // behind it lie the bytes that say what the headboard is
+
+struct Dice {
+    /// Not by a distribution of the library: those differ from system to system.
+    uint32_t between(uint32_t least, uint32_t most) {
+        return least + uint32_t(random() % (most - least + 1));
+    }
+    uint32_t below(uint32_t count) { return between(0, count - 1); }
+
+    std::mt19937 random;
+};
+
+EepromRecord textRecord(uint8_t type, std::string const& text) {
+    EepromRecord record = EepromNewRecord(type, kCapacity, 0);
+    (void)record.append({reinterpret_cast<uint8_t const*>(text.c_str()), text.size() + 1});
+    return record;
+}
+
+EepromRecord randomText(Dice& dice, uint8_t type) {
+    std::string text(dice.between(1, 24), ' ');
+    std::ranges::generate(text, [&] { return char('0' + dice.below(75)); });
+    return textRecord(type, text);
+}
+
+EepromRecord timeStamp(Dice& dice) {
+    std::string const minute = std::to_string(dice.between(10, 59));
+    return textRecord(kRecordTimeStamp, "2024/05/31 23:" + minute + ":07");
+}
+
+// The coefficients of a sensor's shading or colour correction, then a few switches.
+EepromRecord registerSet(Dice& dice, uint8_t type, char const* name, uint32_t count) {
+    EepromShare const noDevice = HeadboardEepromCreate(nullptr);
+    EepromRecord record = makeRegisterSet(type, kCapacity, name);
+    RegisterEntry entry;
+    for (uint32_t i = 0; i < count; ++i) {
+        entry.address = 0x3600 + 2 * i;
+        entry.value = dice.below(0x10000);
+        (void)EepromAddEntry(*noDevice, record, entry);
+    }
+    entry.mask = 0x8000;
+    entry.value = 1;
+    for (uint32_t i = dice.below(3); i > 0; --i)
+        (void)EepromAddEntry(*noDevice, record, entry);
+    return record;
+}
+
+EepromRecord stateLines(Dice& dice) {
+    EepromRecord record = makeRegisterSet(kRecordSwPga, kCapacity, "Lens Correction");
+    for (char const* const colour : {"Red", "Green1", "Green2", "Blue"})
+        (void)EepromAddLine(record,
+                            std::string("Lens Curve ") + colour + ',' + std::to_string(dice.below(1000)));
+    return record;
+}
+
+EepromRecord customerData(Dice& dice) {
+    EepromRecord record = EepromNewRecord(kRecordCustomerData, kCapacity, int32_t(dice.between(1, 200)));
+    std::ranges::generate(record.payload(), [&] { return uint8_t(dice.below(256)); });
+    return record;
+}
+
+// A polynomial correction has about 120 registers, a table of gains more; a sensor's own set keeps its size
+// from save to save, so sizes repeat.
+Save randomSave(Dice& dice) {
+    constexpr char const* kLabels[] = {"FACTORY", "Lens Correction", "A"};
+    constexpr uint32_t kCounts[] = {40, 106, 118, 118, 118, 242};
+    switch (dice.below(10)) {
+    case 0:
+        return {randomText(dice, kRecordHeadboardId)};
+    case 1:
+        return {randomText(dice, kRecordLensType)};
+    case 2:
+        return {registerSet(dice, kRecordCcm, nullptr, dice.between(12, 40))};
+    case 3:
+        return {dice.below(2) == 0 ? stateLines(dice) : customerData(dice)};
+    default:
+        break;
+    }
+    char const* const label = kLabels[dice.below(std::size(kLabels))];
+    Save save = {registerSet(dice, kRecordPga, label, kCounts[dice.below(std::size(kCounts))])};
+    if (label == kLabels[0])
+        save.insert(save.begin(), timeStamp(dice));
+    return save;
+}
+
+// Saves as the pages do: the records replace older ones in the image, then the image is flushed.
+int32_t store(EepromShare const& eeprom, Save const& save) {
+    for (EepromRecord const& record : save) {
+        int32_t const status = EepromReplaceRecord(*eeprom, record);
+        if (status != kEepromOk)
+            return status;
+    }
+    return HeadboardEepromFlush(*eeprom);
+}
+
+// The same number gives the same scene.
+Scene randomScene(uint32_t number) {
+    Dice dice{std::mt19937(number)};
+    FakeHeadboard board(simulator::formattedContents());
+    EepromShare const eeprom = HeadboardEepromCreate(board.camera());
+    for (uint32_t saves = dice.between(1, 14); saves > 0; --saves)
+        (void)store(eeprom, randomSave(dice));
+    Scene scene{board.device, randomSave(dice)};
+    auto const identity = std::span(scene.before).subspan(kStoreSize);
+    std::ranges::generate(identity, [&] { return uint8_t(dice.below(256)); });
+    return scene;
+}
+
+/// What is in a device, and what `list` and `check` say of it.
+struct Report {
+    explicit Report(EepromContents const& contents) : store(contents) {
+        auto const chain = store.chain();
+        for (auto const& place : chain.records) {
+            auto const bytes = store.record(place);
+            records.emplace_back(bytes.begin(), bytes.end());
+        }
+        isWhole = chain.end == headboard_image::ChainEnd::Marked;
+        Outcome const list = listRecords(store), check = checkImage(store);
+        listIsClean = list.exitCode == kExitDone;
+        checkIsClean = check.exitCode == kExitDone;
+        // An empty list says so in a line of its own.
+        auto const lines = std::max(records.size(), size_t{isWhole});
+        // The complaint without its line feed.
+        std::string const fault = list.complaint.substr(0, list.complaint.size() - !listIsClean);
+        isTruthful = listIsClean == isWhole && fault.empty() == isWhole &&
+                     size_t(std::ranges::count(list.output, '\n')) == lines &&
+                     check.output.find(fault) != std::string::npos && (isWhole || !checkIsClean) &&
+                     (check.output.find("all is well") != std::string::npos) == checkIsClean;
+    }
+
+    /// Whether a search for this record's type and name finds it, byte for byte.
+    [[nodiscard]] bool finds(std::span<uint8_t const> record) const {
+        std::string const name(recordText(record[0], record.subspan(kRecordHead)));
+        int32_t const offset = EepromFindRecord(*store.eeprom(), record[0], name.c_str(), 0);
+        Bytes bytes(record.size());
+        return offset >= 0 && EepromReadRecord(*store.eeprom(), offset, {}) == int32_t(bytes.size()) &&
+               EepromReadRecord(*store.eeprom(), offset, bytes) == int32_t(bytes.size()) &&
+               std::ranges::equal(bytes, record);
+    }
+    [[nodiscard]] bool holds(Save const& save) const {
+        return std::ranges::all_of(save, [&](EepromRecord const& record) { return finds(record.bytes()); });
+    }
+
+    headboard_image::RecordStore store;
+    Records records; ///< as far as the chain goes
+    bool isWhole;    ///< the chain
+    bool isTruthful; ///< damage is named with its place, and nothing is named where there is none
+    bool listIsClean, checkIsClean;
+};
+
+// Whether two records stand for the same thing, so that one replaces the other.
+bool isSameKind(std::span<uint8_t const> a, std::span<uint8_t const> b) {
+    return a[0] == b[0] && (recordNameWidth(a[0]) == 0 || recordText(a[0], a.subspan(kRecordHead)) ==
+                                                              recordText(b[0], b.subspan(kRecordHead)));
+}
+
+/// What a cut leaves, told by somebody who knows what should be there.
+enum Remains : uint8_t { kAsBefore, kAsAfter, kBrokenChain, kDamagedRecord, kOnlyStored, kMixed, kRemains };
+constexpr char const* kRemainsTexts[kRemains] = {
+    "all records as before the save", "all records as after it",  "broken chain",
+    "damaged record, whole chain",    "records missing or twice", "a record nobody stored",
+};
 
 /// What is counted of cuts that left the same.
 enum Column : uint8_t {
@@ -36,38 +215,31 @@ void add(Row& sum, Row const& row) { std::ranges::transform(sum, row, sum.begin(
 struct Tally {
     uint64_t saves = 0;
     uint64_t savesWithBreak = 0; ///< a cut at some byte breaks the chain
-    std::array<Row, kRemainsCount> rows{};
+    std::array<Row, kRemains> rows{};
     std::vector<std::string> failures; ///< promises that were not kept
-
-    void add(Tally const& other) {
-        saves += other.saves;
-        savesWithBreak += other.savesWithBreak;
-        for (size_t i = 0; i < kRemainsCount; ++i)
-            ::add(rows[i], other.rows[i]);
-        failures.insert(failures.end(), other.failures.begin(), other.failures.end());
-    }
 };
 
-// Cuts the power after every byte of a scene's save, looks at what is left each time, and mends it.
+// Cuts the power after every byte of a scene's save, all but the last, looks at what is left each time, and
+// mends it.
 class CutSave {
 public:
-    explicit CutSave(uint32_t number) : m_number(number), m_scene(randomScene(number)) {
+    CutSave(uint32_t number, Tally& tally)
+        : m_number(number), m_scene(randomScene(number)), m_before(Report(m_scene.before).records),
+          m_tally(tally) {}
+
+    void run() {
         FakeHeadboard board(m_scene.before);
         int32_t const status = store(HeadboardEepromCreate(board.camera()), m_scene.save);
-        m_length = board.eeprom.bytesWritten();
-        m_before = report(m_scene.before).records;
-        m_after = report(board.device).records;
-        expect(status == kEepromOk && holds(board.device, m_scene.save),
-               "without a cut the save stores what it should", m_length);
-    }
-
-    Tally run() {
+        uint64_t const length = board.eeprom.bytesWritten();
+        Report const whole(board.device);
+        m_after = whole.records;
+        expect(status == kEepromOk && whole.holds(m_scene.save),
+               "without a cut the save stores what it should", length);
         bool breaks = false;
-        for (uint64_t cut = 1; cut < m_length; ++cut)
-            breaks = tryCut(cut) == Remains::BrokenChain || breaks;
-        m_tally.saves = m_length > 1 ? 1 : 0;
-        m_tally.savesWithBreak = breaks ? 1 : 0;
-        return m_tally;
+        for (uint64_t cut = 1; cut < length; ++cut)
+            breaks |= tryCut(cut) == kBrokenChain;
+        m_tally.saves += length > 1;
+        m_tally.savesWithBreak += breaks;
     }
 
 private:
@@ -88,32 +260,54 @@ private:
         // Only the headboard lost its power: the program still has the image, and in it what was not written.
         board.plan(DeviceFault::None);
         bool const isStored = store(eeprom, m_scene.save) == kEepromOk;
-        expect(isStored && report(board.device).records == m_after,
+        expect(isStored && Report(board.device).records == m_after,
                "the same program, asked to save again, stores everything", cut);
         return left;
     }
 
-    Remains tryCut(uint64_t cut) {
-        EepromContents const left = contentsAfterCut(cut);
-        Report const told = report(left);
-        Remains const remains = classify(told, m_before, m_after);
-        expect(told.isTruthful, "list and check say what is left", cut);
-        expect(remains != Remains::BrokenChain || (!told.listIsClean && !told.checkIsClean),
-               "list and check name a broken chain", cut);
-        expectPresence(left, cut);
-        Row& row = m_tally.rows[size_t(remains)];
-        add(row, {1, !told.listIsClean, !told.checkIsClean, harmsOthers(left, m_before, m_scene.save), 0, 0});
-        saveAgain(left, cut, row);
-        startAnew(left, cut);
-        return remains;
+    [[nodiscard]] Remains classify(Report const& left) const {
+        if (!left.isWhole)
+            return kBrokenChain;
+        if (left.records == m_after)
+            return kAsAfter;
+        if (left.records == m_before)
+            return kAsBefore;
+        if (!left.checkIsClean)
+            return kDamagedRecord;
+        auto const isIn = [](Records const& records, Bytes const& record) {
+            return std::ranges::find(records, record) != records.end();
+        };
+        bool const onlyStored = std::ranges::all_of(left.records, [&](Bytes const& record) {
+            return isIn(m_before, record) || isIn(m_after, record);
+        });
+        return onlyStored ? kOnlyStored : kMixed;
     }
 
-    // A board with a broken chain is not taken for a blank one, which would be formatted in silence.
-    void expectPresence(EepromContents const& left, uint64_t cut) {
+    // Whether a record that the save does not replace can no longer be found as it was.
+    [[nodiscard]] bool harmsOthers(Report const& left) const {
+        return std::ranges::any_of(m_before, [&](Bytes const& record) {
+            bool const isReplaced = std::ranges::any_of(
+                m_scene.save, [&](EepromRecord const& saved) { return isSameKind(saved.bytes(), record); });
+            return !isReplaced && !left.finds(record);
+        });
+    }
+
+    Remains tryCut(uint64_t cut) {
+        EepromContents const left = contentsAfterCut(cut);
+        Report const told(left);
+        Remains const remains = classify(told);
+        expect(told.isTruthful && (told.checkIsClean || remains == kBrokenChain || remains == kDamagedRecord),
+               "list and check say what is left", cut);
         FakeHeadboard board(left);
+        // A board with a broken chain is not taken for a blank one, which would be formatted in silence.
         EepromState const presence = probeEeprom(*HeadboardEepromCreate(board.camera()));
         expect(presence == EepromState::Present && board.eeprom.bytesWritten() == 0,
                "a test for presence leaves the board as it is", cut);
+        Row& row = m_tally.rows[remains];
+        add(row, {1, !told.listIsClean, !told.checkIsClean, harmsOthers(told), 0, 0});
+        saveAgain(left, cut, row);
+        startAnew(left, cut);
+        return remains;
     }
 
     // The power is back, the program starts again, and somebody presses the same button.
@@ -124,32 +318,26 @@ private:
             expect(board.eeprom.bytesWritten() == 0, "a save that fails on what is left writes nothing", cut);
             return;
         }
-        Report const told = report(board.device);
+        Report const told(board.device);
         add(row, {0, 0, 0, 0, 1, told.checkIsClean});
         expect(told.isWhole, "a successful save leaves a whole chain", cut);
-        expect(holds(board.device, m_scene.save), "what a successful save stored is found", cut);
+        expect(told.holds(m_scene.save), "what a successful save stored is found", cut);
     }
 
     void startAnew(EepromContents const& left, uint64_t cut) {
         FakeHeadboard board(left);
         EepromShare const eeprom = HeadboardEepromCreate(board.camera());
         bool const done = EepromFormat(*eeprom, -1) == kEepromOk && store(eeprom, m_scene.save) == kEepromOk;
-        Report const told = report(board.device);
+        Report const told(board.device);
         expect(done && told.checkIsClean && told.records.size() == m_scene.save.size() &&
-                   holds(board.device, m_scene.save),
+                   told.holds(m_scene.save),
                "a format mends everything", cut);
     }
 
     uint32_t m_number;
     Scene m_scene;
-    uint64_t m_length = 0; ///< bytes that the uncut save writes
     Records m_before, m_after;
-    Tally m_tally;
-};
-
-constexpr char const* kRemainsTexts[kRemainsCount] = {
-    "all records as before the save", "all records as after it",  "broken chain",
-    "damaged record, whole chain",    "records missing or twice", "a record nobody stored",
+    Tally& m_tally;
 };
 
 void print(char const* what, Row const& counts, uint64_t all) {
@@ -168,7 +356,7 @@ void print(Tally const& tally) {
     for (char const* const title : kTitles)
         std::printf("%12s", title);
     std::printf("%12s\n", "share");
-    for (size_t i = 0; i < kRemainsCount; ++i)
+    for (size_t i = 0; i < kRemains; ++i)
         print(kRemainsTexts[i], tally.rows[i], sum[kCuts]);
     print("all", sum, sum[kCuts]);
     std::printf("%llu of %llu saves break the chain when the power fails at the wrong byte\n",
@@ -181,20 +369,23 @@ constexpr size_t kMostFailuresShown = 20;
 // The scenes of consecutive numbers, shared out among the cores.
 Tally cutAll(uint32_t saves, uint32_t seed) {
     std::atomic<uint32_t> next = 0;
-    std::mutex mutex;
+    std::vector<std::future<Tally>> parts(std::max(std::thread::hardware_concurrency(), 1U));
+    for (std::future<Tally>& part : parts)
+        part = std::async(std::launch::async, [&] {
+            Tally tally;
+            for (uint32_t i = next++; i < saves; i = next++)
+                CutSave(seed + i, tally).run();
+            return tally;
+        });
     Tally sum;
-    auto const work = [&] {
-        for (uint32_t i = next++; i < saves; i = next++) {
-            Tally const tally = CutSave(seed + i).run();
-            std::lock_guard const lock(mutex);
-            sum.add(tally);
-        }
-    };
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < std::max(std::thread::hardware_concurrency(), 1U); ++i)
-        threads.emplace_back(work);
-    for (std::thread& thread : threads)
-        thread.join();
+    for (std::future<Tally>& part : parts) {
+        Tally const tally = part.get();
+        sum.saves += tally.saves;
+        sum.savesWithBreak += tally.savesWithBreak;
+        for (size_t i = 0; i < kRemains; ++i)
+            add(sum.rows[i], tally.rows[i]);
+        sum.failures.insert(sum.failures.end(), tally.failures.begin(), tally.failures.end());
+    }
     return sum;
 }
 } // namespace
