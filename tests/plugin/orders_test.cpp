@@ -1,6 +1,5 @@
 // Every order in which host, dialog, library and application may come together and to their ends, each in a
-// process of its own, which must end with 0. Where processes fork, one that stands at the end of a sequence
-// is the beginning of all that are longer; elsewhere each begins anew, and fewer are tried.
+// process of its own, which must end with 0. Where processes do not fork, fewer are tried.
 
 #include "simulator/boundary/plugin_library.h"
 #include "tests/support/fake_bench.h"
@@ -21,10 +20,13 @@
 
 #ifdef Q_OS_WIN
 #include <QProcess>
+
+constexpr bool kForks = false;
 #else
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+constexpr bool kForks = true;
 
 // What is alive when a process ends is left to the system, deliberately: that is no leak.
 extern "C" [[gnu::visibility("default")]] int __lsan_is_turned_off() { return 1; }
@@ -84,10 +86,9 @@ struct Setting : FakeBench {
     }
 };
 
-using Deed = void (*)(Setting&);
 struct Event {
     char const* name;
-    Deed run;
+    void (*run)(Setting&);
 };
 
 constexpr Event kEvents[] = {
@@ -109,162 +110,89 @@ constexpr Event kEnds[] = {
     {"exit", [](Setting&) {}},
 };
 
-struct Counts {
-    int orders, failed;
-};
-
-// All orders of at most `longest` of `events` different ones, with so many ends each.
-int numberOfOrders(size_t events, size_t longest, size_t ends) {
-    size_t orders = 1, found = 1;
-    for (size_t length = 1; length <= longest; ++length)
-        found += orders *= events + 1 - length;
-    return int(found * ends);
-}
-
-#ifdef Q_OS_WIN
-
-constexpr size_t kUsualLongest = 2;
-constexpr bool kHasUsuallyEveryEnd = true;
 constexpr char kOneOrder[] = "--one-order";
 
-// The numbers of events, and of an end.
-[[noreturn]] void runOrder(int count, char** numbers) {
-    auto* const setting = new Setting; // never destroyed: what an order leaves alive is alive at the exit
-    for (int i = 0; i + 1 < count; ++i)
-        kEvents[std::atoi(numbers[i])].run(*setting);
-    kEnds[std::atoi(numbers[count - 1])].run(*setting);
+// Numbers of events, then that of an end.
+[[noreturn]] void runOrder(Setting& setting, QStringList const& order) {
+    for (int i = 0; i + 1 < order.size(); ++i)
+        kEvents[order[i].toInt()].run(setting);
+    kEnds[order.back().toInt()].run(setting);
     std::exit(0);
 }
 
-class Orders {
-public:
-    Orders(size_t events, size_t longest, bool) : m_events(events), m_longest(longest) {
-        qputenv("TMP", QFile::encodeName(m_folder.path())); // what is left alive leaves its files as well
-        qputenv("TEMP", QFile::encodeName(m_folder.path()));
-    }
-
-    [[nodiscard]] Counts run() {
-        walk();
-        return m_counts;
-    }
-
-private:
-    void walk() {
-        for (size_t end = 0; end < std::size(kEnds); ++end)
-            inChild(end);
-        for (size_t i = 0; i < m_events && size_t(m_path.size()) < m_longest; ++i) {
-            QString const event = QString::number(i);
-            if (m_path.contains(event))
-                continue;
-            m_path.append(event);
-            walk();
-            m_path.removeLast();
-        }
-    }
-
-    void inChild(size_t end) {
-        QProcess process;
-        process.start(QCoreApplication::applicationFilePath(),
-                      QStringList(QLatin1String(kOneOrder)) + m_path + QStringList(QString::number(end)));
-        ++m_counts.orders;
-        if (process.waitForFinished(60'000) && process.exitStatus() == QProcess::NormalExit &&
-            process.exitCode() == 0)
-            return;
-        ++m_counts.failed;
-        for (QString const& event : m_path)
-            std::cerr << kEvents[event.toInt()].name << ", ";
-        std::cerr << kEnds[end].name << " ends with " << process.exitCode() << '\n';
-    }
-
-    size_t const m_events, m_longest;
-    QTemporaryDir m_folder;
-    QStringList m_path;
-    Counts m_counts{};
-};
-
+// Runs it in a process of its own. 0: that went well.
+int runApart(QStringList const& order) {
+#ifdef Q_OS_WIN
+    QProcess process;
+    process.start(QCoreApplication::applicationFilePath(), QStringList(kOneOrder) + order);
+    bool const ended = process.waitForFinished(60'000) && process.exitStatus() == QProcess::NormalExit;
+    return ended ? process.exitCode() : -1;
 #else
-
-constexpr size_t kUsualLongest = 3;
-constexpr bool kHasUsuallyEveryEnd = false;
-
-class Orders {
-public:
-    /// `hasEveryEnd`: each order comes to each of the ends, else they take turns.
-    Orders(size_t events, size_t longest, bool hasEveryEnd)
-        : m_events(events), m_longest(longest), m_hasEveryEnd(hasEveryEnd),
-          m_counts(static_cast<Counts*>(
-              mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {}
-
-    [[nodiscard]] Counts run() {
-        // Never destroyed: what an order leaves alive is alive at the process's exit.
-        auto* const setting = new Setting;
-        walk(*setting, 0, 0);
-        return *m_counts;
-    }
-
-private:
-    void walk(Setting& setting, unsigned done, size_t turn) {
-        for (size_t i = 0; i < std::size(kEnds); ++i)
-            if (m_hasEveryEnd || i == turn % std::size(kEnds))
-                inChild(kEnds[i], [&] {
-                    kEnds[i].run(setting);
-                    std::exit(0);
-                });
-        for (size_t i = 0; i < m_events && m_path.size() < m_longest; ++i) {
-            if (done & 1U << i)
-                continue;
-            inChild(kEvents[i], [&] {
-                kEvents[i].run(setting);
-                walk(setting, done | 1U << i, 3 * turn + i + 1);
-                std::_Exit(0);
-            });
-        }
-    }
-
-    template <typename Call>
-    void inChild(Event const& event, Call call) {
-        m_path.push_back(event.name);
-        std::fflush(nullptr); // or the child would write it once more
-        pid_t const child = fork();
-        if (child == 0)
-            call();
-        int status = 0;
-        m_counts->orders += &event >= kEnds && &event < std::end(kEnds);
-        if (child < 0 || waitpid(child, &status, 0) != child || status != 0) {
-            ++m_counts->failed;
-            for (char const* const step : m_path)
-                std::cerr << step << ", ";
-            std::cerr << "ends with " << status << '\n';
-        }
-        m_path.pop_back();
-    }
-
-    size_t const m_events, m_longest;
-    bool const m_hasEveryEnd;
-    Counts* const m_counts;
-    std::vector<char const*> m_path;
-};
-
+    // Never destroyed: what an order leaves alive is alive at the process's exit.
+    static auto* const setting = new Setting;
+    std::fflush(nullptr); // or the child would write it once more
+    pid_t const child = fork();
+    if (child == 0)
+        runOrder(*setting, order);
+    int status = 0;
+    return child > 0 && waitpid(child, &status, 0) == child ? status : -1;
 #endif
+}
+
+/// All orders of at most `longest` of `events` different ones, each with every end, or with the ends in turn.
+struct Orders {
+    void runFrom(QStringList const& order, size_t turn) {
+        for (size_t end = 0; end < std::size(kEnds); ++end)
+            if (hasEveryEnd || end == turn % std::size(kEnds))
+                run(order + QStringList(QString::number(end)));
+        for (size_t i = 0; i < events && size_t(order.size()) < longest; ++i)
+            if (QString const event = QString::number(i); !order.contains(event))
+                runFrom(order + QStringList(event), 3 * turn + i + 1);
+    }
+    void run(QStringList const& order) {
+        ++tried;
+        int const status = runApart(order);
+        if (status == 0)
+            return;
+        ++failed;
+        for (int i = 0; i + 1 < order.size(); ++i)
+            std::cerr << kEvents[order[i].toInt()].name << ", ";
+        std::cerr << kEnds[order.back().toInt()].name << " ends with " << status << '\n';
+    }
+    [[nodiscard]] size_t number() const {
+        size_t orders = 1, found = 1;
+        for (size_t length = 1; length <= longest; ++length)
+            found += orders *= events + 1 - length;
+        return found * (hasEveryEnd ? std::size(kEnds) : 1);
+    }
+
+    size_t events, longest;
+    bool hasEveryEnd;
+    size_t tried = 0, failed = 0;
+};
 
 TEST(Orders, WhateverComesFirstTheProcessGoesOnAndEndsCleanly) {
+    // What is left alive leaves its files as well.
+    QTemporaryDir const folder;
+    for (char const* const name : {"TMPDIR", "TMP", "TEMP"})
+        qputenv(name, QFile::encodeName(folder.path()));
     // A few of all events, or, which takes minutes, all of the host's.
-    bool const hasEveryEnd = walksWhole() || kHasUsuallyEveryEnd;
-    size_t const events = walksWhole() ? kHostEvents : std::size(kEvents),
-                 longest = walksWhole() ? kHostEvents : kUsualLongest;
-    Counts const counts = Orders(events, longest, hasEveryEnd).run();
-    std::cout << counts.orders << " orders\n";
-    EXPECT_EQ(counts.failed, 0);
-    EXPECT_EQ(counts.orders, numberOfOrders(events, longest, hasEveryEnd ? std::size(kEnds) : 1));
+    Orders orders = walksWhole() ? Orders{kHostEvents, kHostEvents, true}
+                    : kForks     ? Orders{std::size(kEvents), 3, false}
+                                 : Orders{std::size(kEvents), 2, true};
+    orders.runFrom({}, 0);
+    std::cout << orders.tried << " orders\n";
+    EXPECT_EQ(orders.failed, 0U);
+    EXPECT_EQ(orders.tried, orders.number());
 }
 } // namespace
 
-#ifdef Q_OS_WIN
 int main(int argc, char** argv) {
     if (argc > 2 && qstrcmp(argv[1], kOneOrder) == 0)
-        runOrder(argc - 2, argv + 2);
+        runOrder(*new Setting, QStringList(argv + 2, argv + argc));
     testing::InitGoogleTest(&argc, argv);
+#ifdef Q_OS_WIN
     QCoreApplication const application(argc, argv); // which knows the program's file
+#endif
     return RUN_ALL_TESTS();
 }
-#endif
