@@ -1,9 +1,10 @@
-"""Interrupts programs right before their calls that change the file system."""
+"""Interrupts programs inside their calls that change the file system."""
 
 import collections
 import concurrent.futures
 import itertools
 import random
+import re
 import shutil
 import signal
 import tempfile
@@ -11,6 +12,11 @@ from pathlib import Path
 
 from programs import half_written
 
+# As strace takes them; what an architecture lacks is passed over.
+_CALLS = ",".join(f"?{name}" for name in (
+    "open openat write fchmod chmod fchmodat unlink unlinkat rename renameat renameat2 link linkat mkdir mkdirat").split())
+# Opening changes something when it creates, writing when it is not to the standard streams.
+_CHANGE = re.compile(r"(?!open(at)?\((?!.*O_CREAT)|write\([012],)(\w+)\(")
 _SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]
 _INTERRUPTED = 130
 
@@ -43,18 +49,25 @@ def _run(programs, walk, more, check):
         for target, source in files.items():
             shutil.copy(source, folder / target)
         before = _contents(folder / "out")
-        more = dict(more, LD_PRELOAD=str(programs.interrupter), INTERRUPT_COUNT=f"{folder}/count")
-        return check(programs.run(words, folder, more), folder, before)
+        tracer = ["strace", "-o", folder / "calls", "-e", f"trace={_CALLS}", *more]
+        return check(programs.run(words, folder, tracer), folder, before)
 
 
 def _contents(folder):
     return {path.name: path.read_bytes() for path in folder.rglob("*") if path.is_file()}
 
 
-def _counted(end, folder, _):
+def _traced(end, folder, _):
+    """The calls, each by its name and how often the program has made it by then."""
     if end.code != 0:
         raise SystemExit(f"What is to be interrupted does not end well: {end.told()}")
-    return int((folder / "count").read_text())
+    made = collections.Counter()
+    calls = []
+    for line in (folder / "calls").read_text(errors="replace").splitlines():
+        made[line.partition("(")[0]] += 1
+        if change := _CHANGE.match(line):
+            calls.append((change[2], made[change[2]]))
+    return calls
 
 
 def _judged(end, folder, before):
@@ -69,12 +82,10 @@ def _judged(end, folder, before):
 
 def interrupt_all(programs, seeds, arguments):
     """The walks in turn, each at its calls in random order; how many of each, and findings."""
-    if not programs.interrupter:
-        raise SystemExit("The build lacks what interrupts the programs.")
     chance = random.Random(f"{arguments.seed}/interruptions")
     places = []
     for walk in _walks(seeds):
-        calls = list(range(1, _run(programs, walk, {}, _counted) + 1))
+        calls = _run(programs, walk, [], _traced)
         chance.shuffle(calls)
         places.append([(walk, at) for at in calls])
     turns = zip(*map(itertools.cycle, places))
@@ -82,13 +93,13 @@ def interrupt_all(programs, seeds, arguments):
         itertools.islice(itertools.chain.from_iterable(turns), arguments.interruptions), itertools.cycle(_SIGNALS))]
     done, findings = collections.Counter(), []
     with concurrent.futures.ThreadPoolExecutor(3 * arguments.jobs) as pool:  # they mostly wait for an EEPROM
-        jobs = {pool.submit(_run, programs, walk, {"INTERRUPT_AT": str(at), "INTERRUPT_BY": str(int(number))},
-                            _judged): (walk[0], at, number) for walk, at, number in tries}
+        jobs = {pool.submit(_run, programs, walk, ["-e", f"inject={call}:signal={number.name}:when={at}"],
+                            _judged): (walk[0], f"{call} {at}", number) for walk, (call, at), number in tries}
         for job in concurrent.futures.as_completed(jobs):
             name, at, number = jobs[job]
             done[name] += 1
             end, finding = job.result()
             if finding:
-                findings.append(f"{name}, {number.name} at call {at}: {finding}\n    {end.told()}")
+                findings.append(f"{name}, {number.name} at {at}: {finding}\n    {end.told()}")
                 print(findings[-1], flush=True)
     return done, findings

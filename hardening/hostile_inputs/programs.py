@@ -82,15 +82,14 @@ def _bounded():
 class Programs:
     def __init__(self, build):
         self.folder = build / "bin"
-        self.interrupter = next(build.glob("bin/*interrupt.so"), None)
         # A sanitizer's shadow needs more than any bound.
         cache = (build / "CMakeCache.txt").read_text()
         self.bound = None if re.search(r"KESTRA_SANITIZE:\w+=\w", cache) else _bounded
 
-    def run(self, words, folder, more=None):
+    def run(self, words, folder, tracer=()):
         words = [str(self.folder / words[0]), *map(str, words[1:])]
-        environment = dict(os.environ, QT_QPA_PLATFORM="offscreen", LC_ALL="C.UTF-8", **(more or {}))
-        with subprocess.Popen(words, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+        environment = dict(os.environ, QT_QPA_PLATFORM="offscreen", LC_ALL="C.UTF-8")
+        with subprocess.Popen([*tracer, *words], cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                               stderr=subprocess.PIPE, preexec_fn=self.bound) as process:
             was_asked = False
             try:
