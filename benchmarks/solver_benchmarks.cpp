@@ -1,5 +1,5 @@
 #include "benchmarks/benchmarks.h"
-#include "tests/support/synthetic.h"
+#include "tests/support/solver_input.h"
 
 #include <benchmark/benchmark.h>
 #include <map>

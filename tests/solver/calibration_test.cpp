@@ -1,5 +1,4 @@
-#include "tests/support/solver_sensor.h"
-#include "tests/support/synthetic.h"
+#include "tests/support/solver_input.h"
 
 #include <Eigen/Core>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "tests/support/synthetic.h"
+#include "tests/support/solver_input.h"
 
 #include <algorithm>
 #include <cmath>
@@ -38,6 +38,74 @@ char byte(double value) {
     return static_cast<char>(std::clamp(static_cast<int>(std::lround(value)), 0, 255));
 }
 } // namespace
+
+QByteArray TestSensor::layout() const {
+    auto const place = [](char const* key, uint32_t address, char const* more = "") {
+        return QString::asprintf(R"("%s": {"id": 0, "address": %u%s})", key, address, more);
+    };
+    QStringList banks;
+    for (int const bankSlot : bankSlots) {
+        auto const slot = uint32_t(bankSlot);
+        QStringList planes;
+        for (char const* const plane : {"greenRed", "red", "blue", "greenBlue"})
+            planes += place(plane, planeAddress(slot, uint32_t(planes.size())), R"(, "stride": 2)");
+        QStringList bank{QString::asprintf(R"("slot": %u, "planes": {)", slot) + planes.join(", ") + '}'};
+        if (slot != 0 && tablesHaveOrigins)
+            bank << place("originColumn", originColumnAddress(slot))
+                 << place("originRow", originRowAddress(slot));
+        if (slot != 0 && tablesHaveTemperatures)
+            bank << place("colourTemperature", temperatureAddress(slot));
+        banks += '{' + bank.join(", ") + '}';
+    }
+    return "sensor-layout-1\n" +
+           QString::asprintf(R"({"kind": 50, "variant": 1, "width": %d, "height": %d, "input": "%s",
+ "sampleBytes": %d, "blackLevel": %d, "whiteLevel": %d, )",
+                             width, height, input, sampleBytes, blackLevel, whiteLevel)
+               .toUtf8() +
+           QStringList{R"("correction": {)" + place("originColumn", kOriginColumn),
+                       place("originRow", kOriginRow), "\"banks\": [" + banks.join(",\n")}
+               .join(", ")
+               .toUtf8() +
+           "]}}\n";
+}
+
+Handle open(TestSensor const& sensor) {
+    return Handle(sf_Create2(sensor.layout().constData(), 50, 1, 0xFFFFFFFF));
+}
+
+bool setImage(Handle const& handle, TestSensor const& sensor, QByteArray const& frame, uint32_t bayerPhase,
+              uint32_t orientation) {
+    auto const width = uint32_t(sensor.width), height = uint32_t(sensor.height);
+    sf_YcbcrInput const coding{sizeof coding, 0, {0, 1, 2, 3}, 0, 255, 255, 128, orientation};
+    return (std::strcmp(sensor.input, "ycbcr") == 0
+                ? sf_SetInputImageYcbcr(handle.get(), frame.constData(), width, height, &coding, -1, -1)
+                : sf_SetInputImage2(handle.get(), frame.constData(), width, height, 12, bayerPhase,
+                                    orientation, 0, -1, -1)) != 0;
+}
+
+int findSolution(Handle const& handle, uint32_t falloffPercent, uint32_t radius) {
+    sf_SolutionParams params{};
+    params.size = sizeof params;
+    params.falloffPercent = falloffPercent;
+    params.radius = radius;
+    return sf_FindSolution(handle.get(), &params);
+}
+
+sf_ApgaParams tableParams(uint32_t slot, uint32_t colourTemperature) {
+    sf_ApgaParams params{};
+    params.size = sizeof params;
+    params.falloffPercent = 100;
+    params.colourTemperature = colourTemperature;
+    params.illuminantSlot = slot;
+    return params;
+}
+
+std::vector<sf_RegEntry> registers(Handle const& handle) {
+    sf_RegList const* const list = sf_DumpRegList(handle.get());
+    if (list == nullptr)
+        return {};
+    return {list->entries, list->entries + list->count};
+}
 
 double sensitivity(Colour colour) {
     constexpr double kSensitivities[] = {0.7, 1.0, 0.55, 1.0};
