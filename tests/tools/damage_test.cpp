@@ -1,5 +1,4 @@
 #include "headboard/eeprom_chain.h"
-#include "headboard/record_format.h"
 #include "simulator/camera/simulated_camera.h"
 #include "tests/support/linked_library.h"
 #include "tests/tools/image_fixture.h"

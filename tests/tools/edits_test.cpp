@@ -1,4 +1,3 @@
-#include "headboard/record_format.h"
 #include "tests/tools/image_fixture.h"
 
 #ifdef Q_OS_UNIX
