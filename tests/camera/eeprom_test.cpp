@@ -47,7 +47,7 @@ TEST(Eeprom, EveryAccessMovesBytesInTheirOrderWhereItIsWired) {
         EXPECT_EQ(camera->deviceBytesWritten(), 3U);
         QByteArray bytes(2, '\0');
         for (EepromAccess const& other : {kEepromAccesses[0], kEepromAccesses[2]})
-            if (other.read != access.read) {
+            if (other.move != access.move) {
                 EXPECT_FALSE(other.read(*camera, 0, bytes)) << "by " << other.name;
                 EXPECT_FALSE(other.write(*camera, 0, bytes)) << "by " << other.name;
             }

@@ -177,7 +177,7 @@ constexpr Region kMiddle{45, 45, 55, 55};
 
 // Photon noise: the variance in electrons is the signal in electrons plus that of the amplifier.
 TEST(Frame, VarianceIsThatOfPhotonsAndAmplifierAndTheSignalIsLinear) {
-    Camera const camera = openChanged("{\"readOut\": {\"electronsPerCount\": 2, \"readNoise\": 8}}");
+    Camera const camera = openChanged(R"(, "readOut": {"electronsPerCount": 2, "readNoise": 8})");
     for (uint32_t const exposure : {100U, 1000U}) {
         writeRegister(*camera, "COARSE_INTEGRATION_TIME", exposure);
         Frame const one = camera->grab();

@@ -34,9 +34,9 @@ constexpr char kGain[] = "COARSE_INTEGRATION_TIME"; // at 0x3012
 
 struct ServiceDeskTest : testing::Test {
     QTemporaryDir folder;
-    Camera const sensor = openChanged(R"({"array": {"bayerPhase": 3}, "registers": {"more": [
+    Camera const sensor = openChanged(R"(, "array": {"bayerPhase": 3}, "registers": {"more": [
         {"name": "SECOND_PAGE", "id": 1, "address": 13824},
-        {"name": "VARIABLE", "addressSpace": 1, "id": 3, "address": "0x21"}]}})");
+        {"name": "VARIABLE", "addressSpace": 1, "id": 3, "address": "0x21"}]})");
     StateVariables states{sensor->description()};
     SettingsStore settings{folder.filePath("settings.ini")};
     int notified = 0;

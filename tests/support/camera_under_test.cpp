@@ -1,17 +1,15 @@
 #include "tests/support/camera_under_test.h"
 
-#include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include "simulator/files/whole_file.h"
+#include "tests/support/small_profile.h"
+
 #include <gtest/gtest.h>
 
 using namespace simulator;
 
 QString TestFiles::write(QString const& name, QByteArray const& content) const {
-    QFile file(m_folder.filePath(name));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-    return file.fileName();
+    EXPECT_TRUE(files::replace(m_folder.filePath(name), content, nullptr));
+    return m_folder.filePath(name);
 }
 
 Camera openProfile(QString const& profile) {
@@ -22,20 +20,17 @@ Camera openProfile(QString const& profile) {
 }
 
 Camera openChanged(QByteArray const& changes) {
-    TestFiles const files;
-    QJsonObject profile = QJsonDocument::fromJson(changes).object();
-    EXPECT_FALSE(profile.isEmpty()) << changes.constData();
-    profile.insert(QStringLiteral("base"), QStringLiteral("polynomial"));
-    return openProfile(files.write(QStringLiteral("changed.json"), QJsonDocument(profile).toJson()));
+    QTemporaryDir const folder;
+    return openProfile(writeChangedProfile(folder.path(), "polynomial", changes));
 }
 
 Camera openQuiet(uint32_t arrayPhase, uint32_t orientation) {
-    return openChanged(QStringLiteral(R"({
+    return openChanged(QStringLiteral(R"(,
         "array": {"width": 320, "height": 240, "bayerPhase": %1, "orientation": %2},
         "layout": {"width": 320, "height": 240},
         "readOut": {"electronsPerCount": 50, "readNoise": 0},
         "optics": {"lens": {"centre": [0.4, -0.4]}}
-    })")
+    )")
                            .arg(arrayPhase)
                            .arg(orientation)
                            .toUtf8());

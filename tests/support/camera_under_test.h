@@ -21,7 +21,8 @@ private:
 
 /// Opens an installed profile or a profile's file. Fails the test when it cannot.
 [[nodiscard]] Camera openProfile(QString const& profile);
-/// Opens the default profile changed by a JSON object's text. Fails the test when it cannot.
+/// Opens the default profile with some keys changed; the text begins with a comma. Fails the test when it
+/// cannot.
 [[nodiscard]] Camera openChanged(QByteArray const& changes);
 /// The default sensor with 320 x 240 pixels and hardly any noise, read out as told.
 [[nodiscard]] Camera openQuiet(uint32_t arrayPhase = 0, uint32_t orientation = 0);

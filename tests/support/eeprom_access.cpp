@@ -1,38 +1,34 @@
 #include "tests/support/eeprom_access.h"
 
-#include <algorithm>
-#include <array>
 #include <gtest/gtest.h>
+#include <iterator>
 
 using namespace simulator;
 
 namespace {
 constexpr uint32_t kBusAddress = 0xA8;
 
-bool readRaw(SimulatedCamera& camera, uint32_t address, QByteArray& bytes) {
-    std::array<uint32_t, 2> words{};
+bool moveRaw(SimulatedCamera& camera, Transfer const& transfer, uint32_t& value) {
     EXPECT_EQ(vy_setMode(camera.handle(), 1, 16), 0);
     EXPECT_EQ(vy_setMode(camera.handle(), 2, 8), 0);
-    if (vy_readRegisters(camera.handle(), kBusAddress, address, uint32_t(bytes.size()), words.data()) != 0)
-        return false;
-    std::copy_n(words.begin(), bytes.size(), bytes.begin());
-    return true;
-}
-
-bool writeRaw(SimulatedCamera& camera, uint32_t address, QByteArray const& bytes) {
-    std::array<uint32_t, 2> words{};
-    std::transform(bytes.begin(), bytes.end(), words.begin(), [](char byte) { return uint8_t(byte); });
-    EXPECT_EQ(vy_setMode(camera.handle(), 1, 16), 0);
-    EXPECT_EQ(vy_setMode(camera.handle(), 2, 8), 0);
-    bool const isDone =
-        vy_writeRegisters(camera.handle(), kBusAddress, address, uint32_t(bytes.size()), words.data()) == 0;
-    camera.advanceTime(20);
+    uint32_t bytes[] = {value >> 8, value & 0xFF};
+    uint32_t* const first = std::end(bytes) - transfer.count;
+    auto const move = [&](auto library) {
+        return library(camera.handle(), kBusAddress, transfer.address, transfer.count, first) == 0;
+    };
+    bool const isDone = transfer.writes ? move(vy_writeRegisters) : move(vy_readRegisters);
+    if (transfer.writes)
+        camera.advanceTime(20);
+    value = bytes[0] << 8 | bytes[1];
     return isDone;
 }
 
-bool runBridge(SimulatedCamera& camera, uint32_t address, uint32_t command) {
+bool moveByBridge(SimulatedCamera& camera, Transfer const& transfer, uint32_t& value) {
+    if (transfer.writes)
+        writeRegister(camera, "IO_EEPROM_DATA", value);
     writeRegister(camera, "IO_EEPROM_I2C_ADDR", kBusAddress);
-    writeRegister(camera, "IO_EEPROM_ADDR", address);
+    writeRegister(camera, "IO_EEPROM_ADDR", transfer.address);
+    uint32_t const command = (transfer.writes ? 0x080 : 0x010) + (transfer.count == 2 ? 0x200 : 0);
     if (vy_WriteSensorRegStr(camera.handle(), "IO_EEPROM_COMMAND", "", command) != 0)
         return false;
     uint32_t status = 0x10;
@@ -40,62 +36,39 @@ bool runBridge(SimulatedCamera& camera, uint32_t address, uint32_t command) {
         camera.advanceTime(2);
         status = readRegister(camera, "IO_EEPROM_STATUS");
     }
+    value = readRegister(camera, "IO_EEPROM_DATA");
     return status == 0x04;
 }
 
-bool readBridge(SimulatedCamera& camera, uint32_t address, QByteArray& bytes) {
-    if (!runBridge(camera, address, bytes.size() == 2 ? 0x210 : 0x010))
-        return false;
-    uint32_t const data = readRegister(camera, "IO_EEPROM_DATA");
-    bytes[0] = char(bytes.size() == 2 ? data >> 8 : data);
-    bytes[bytes.size() - 1] = char(data);
-    return true;
+bool moveDescribed(SimulatedCamera& camera, Transfer const& transfer, uint32_t& value) {
+    vy_RegisterDescription const description{nullptr, 1, kBusAddress, transfer.address, 16, 8, transfer.count,
+                                             0,       0};
+    return (transfer.writes ? vy_WriteSensorReg(camera.handle(), &description, value)
+                            : vy_ReadSensorReg(camera.handle(), &description, &value)) == 0;
 }
+} // namespace
 
-uint32_t bigFirst(QByteArray const& bytes) {
+EepromAccess const kEepromAccesses[3] = {
+    {"raw", "polynomial", moveRaw},
+    {"bridge", "eeprom-bridge-71", moveByBridge},
+    {"description", "bus-master-103", moveDescribed},
+};
+
+bool EepromAccess::read(SimulatedCamera& camera, uint32_t address, QByteArray& bytes) const {
     uint32_t value = 0;
-    for (char const byte : bytes)
-        value = value << 8 | uint8_t(byte);
-    return value;
-}
-
-bool writeBridge(SimulatedCamera& camera, uint32_t address, QByteArray const& bytes) {
-    writeRegister(camera, "IO_EEPROM_DATA", bigFirst(bytes));
-    return runBridge(camera, address, bytes.size() == 2 ? 0x280 : 0x080);
-}
-
-vy_RegisterDescription location(uint32_t address, int count) {
-    vy_RegisterDescription description{};
-    description.addressSpace = 1;
-    description.id = kBusAddress;
-    description.address = address;
-    description.addressWidth = 16;
-    description.dataWidth = 8;
-    description.accessSize = uint32_t(count);
-    return description;
-}
-
-bool readDescribed(SimulatedCamera& camera, uint32_t address, QByteArray& bytes) {
-    uint32_t value = 0;
-    vy_RegisterDescription const description = location(address, bytes.size());
-    if (vy_ReadSensorReg(camera.handle(), &description, &value) != 0)
+    if (!move(camera, {address, uint32_t(bytes.size()), false}, value))
         return false;
     for (int i = bytes.size(); i-- > 0; value >>= 8)
         bytes[i] = char(value);
     return true;
 }
 
-bool writeDescribed(SimulatedCamera& camera, uint32_t address, QByteArray const& bytes) {
-    vy_RegisterDescription const description = location(address, bytes.size());
-    return vy_WriteSensorReg(camera.handle(), &description, bigFirst(bytes)) == 0;
+bool EepromAccess::write(SimulatedCamera& camera, uint32_t address, QByteArray const& bytes) const {
+    uint32_t value = 0;
+    for (char const byte : bytes)
+        value = value << 8 | uint8_t(byte);
+    return move(camera, {address, uint32_t(bytes.size()), true}, value);
 }
-} // namespace
-
-EepromAccess const kEepromAccesses[3] = {
-    {"raw", "polynomial", readRaw, writeRaw},
-    {"bridge", "eeprom-bridge-71", readBridge, writeBridge},
-    {"description", "bus-master-103", readDescribed, writeDescribed},
-};
 
 Camera openFor(EepromAccess const& access) {
     Camera camera = openProfile(access.profile);

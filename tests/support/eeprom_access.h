@@ -4,16 +4,23 @@
 
 #include <QByteArray>
 #include <cstdint>
-#include <functional>
 
-/// One way to the EEPROM, as software on the host goes it: the profile that is wired so, and a transfer of
-/// one or two bytes that answers whether it went well. Time passes only where a host would sleep.
+/// One or two bytes.
+struct Transfer {
+    uint32_t address, count;
+    bool writes;
+};
+
+/// One way to the EEPROM, as software on the host goes it: the profile that is wired so, and transfers of one
+/// or two bytes that answer whether they went well. Time passes only where a host would sleep.
 struct EepromAccess {
+    bool read(simulator::SimulatedCamera& camera, uint32_t address,
+              QByteArray& bytes) const; ///< as many as it has
+    bool write(simulator::SimulatedCamera& camera, uint32_t address, QByteArray const& bytes) const;
+
     char const* name;
     char const* profile;
-    bool (*read)(simulator::SimulatedCamera& camera, uint32_t address,
-                 QByteArray& bytes); ///< as many as it has
-    bool (*write)(simulator::SimulatedCamera& camera, uint32_t address, QByteArray const& bytes);
+    bool (*move)(simulator::SimulatedCamera& camera, Transfer const& transfer, uint32_t& value);
 };
 
 extern EepromAccess const kEepromAccesses[3];
