@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstdlib>
 
 namespace kestra {
 using simulator::BusAnswer;
@@ -20,92 +19,15 @@ constexpr int kNoAnswer = 12;
 thread_local FakeHeadboard* headboard = nullptr;
 
 FakeRegister* find(vy_Camera* camera, char const* reg) {
-    if (!camera)
-        std::abort(); // the library would
+    MUST_HOLD(camera); // the library would crash
     auto const found = headboard->registers.find(reg);
     return found == headboard->registers.end() ? nullptr : &found->second;
-}
-
-vy_BitfieldDescription const* find(vy_Camera* camera, char const* reg, char const* bitfield) {
-    FakeRegister* const found = find(camera, reg);
-    if (!found || !found->bitfields.contains(bitfield))
-        return nullptr;
-    return &found->bitfields[bitfield];
 }
 
 uint32_t maskOf(FakeRegister const& reg, char const* bitfield) {
     return *bitfield ? reg.bitfields.at(bitfield).mask : 0xFFFFFFFF;
 }
 } // namespace
-
-// The library's functions, by their own names.
-struct FakeHeadboardFunctions {
-    static int existsRegister(vy_Camera* camera, char const* reg) {
-        noteCall("existsRegister", reg);
-        return find(camera, reg) != nullptr;
-    }
-    static vy_RegisterDescription const* findRegister(vy_Camera* camera, char const* reg) {
-        FakeRegister* const found = find(camera, reg);
-        noteCall("findRegister", reg);
-        return found ? &found->description : nullptr;
-    }
-    static vy_RegisterDescription const* findRegisterAddr(vy_Camera*, uint32_t address, uint32_t space,
-                                                          uint32_t id) {
-        noteCall("findRegisterAddr", address, space, id);
-        for (auto const& [name, reg] : headboard->registers) {
-            vy_RegisterDescription const& d = reg.description;
-            if (d.address == address && d.addressSpace == space && d.id == id)
-                return &d;
-        }
-        return nullptr;
-    }
-    static int readByName(vy_Camera* camera, char const* reg, char const* bitfield, uint32_t* value) {
-        FakeRegister* const found = find(camera, reg);
-        noteCall("read", reg, bitfield);
-        if (!found)
-            return -1;
-        uint32_t const mask = maskOf(*found, bitfield);
-        bool const isStatus = std::string(reg) == "IO_EEPROM_STATUS";
-        uint32_t const whole = isStatus ? headboard->bridgeStatus() : found->value;
-        *value = (whole & mask) >> std::countr_zero(mask);
-        return 0;
-    }
-    static int writeByName(vy_Camera* camera, char const* reg, char const* bitfield, uint32_t value) {
-        FakeRegister* const found = find(camera, reg);
-        noteCall("write", reg, bitfield, value);
-        if (!found)
-            return -1;
-        uint32_t const mask = maskOf(*found, bitfield);
-        found->value = (found->value & ~mask) | (value << std::countr_zero(mask) & mask);
-        if (std::string(reg) == "IO_EEPROM_COMMAND")
-            headboard->runBridge(value);
-        return 0;
-    }
-    static int readDescribed(vy_Camera*, vy_RegisterDescription const* reg, uint32_t* value) {
-        noteCall("readDescribed", reg->addressSpace, reg->id, reg->addressWidth, reg->dataWidth,
-                 reg->dataType, reg->address, reg->accessSize);
-        headboard->waitForDevice();
-        std::array<uint32_t, 2> words{};
-        int const result = headboard->read(reg->id, reg->address, std::span(words).first(reg->accessSize));
-        *value = reg->accessSize == 2 ? words[0] << 8 | words[1] : words[0];
-        return result;
-    }
-    static int writeDescribed(vy_Camera*, vy_RegisterDescription const* reg, uint32_t value) {
-        noteCall("writeDescribed", reg->address, reg->accessSize, value);
-        headboard->waitForDevice();
-        std::array const words = {value >> 8, value};
-        return headboard->write(reg->id, reg->address, std::span(words).last(reg->accessSize));
-    }
-    static int readBus(vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count, uint32_t* words) {
-        noteCall("readBus", busAddress, start, count);
-        return headboard->read(busAddress, start, {words, count});
-    }
-    static int writeBus(vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count,
-                        uint32_t const* words) {
-        noteCall("writeBus", busAddress, start, count, words[0]);
-        return headboard->write(busAddress, start, {words, count});
-    }
-};
 
 FakeHeadboard::FakeHeadboard(simulator::EepromContents const& contents)
     : eeprom(contents, clock), timesRead(device.size()), timesWritten(device.size()) {
@@ -120,18 +42,79 @@ void FakeHeadboard::fillIn(Veyra2& table) {
         headboard->clock.advance(duration);
         noteCall("pause", duration.count());
     });
-    using Functions = FakeHeadboardFunctions;
-    table.vy_ExistsRegister = Functions::existsRegister;
-    table.vy_FindRegister = Functions::findRegister;
-    table.vy_FindBitfield = find;
-    table.vy_FindRegisterAddr = Functions::findRegisterAddr;
+    table.vy_ExistsRegister = [](vy_Camera* camera, char const* reg) {
+        noteCall("existsRegister", reg);
+        return int(find(camera, reg) != nullptr);
+    };
+    table.vy_FindRegister = [](vy_Camera* camera, char const* reg) -> vy_RegisterDescription const* {
+        FakeRegister* const found = find(camera, reg);
+        noteCall("findRegister", reg);
+        return found ? &found->description : nullptr;
+    };
+    table.vy_FindBitfield = [](vy_Camera* camera, char const* reg,
+                               char const* bitfield) -> vy_BitfieldDescription const* {
+        FakeRegister* const found = find(camera, reg);
+        return found && found->bitfields.contains(bitfield) ? &found->bitfields[bitfield] : nullptr;
+    };
+    table.vy_FindRegisterAddr = [](vy_Camera*, uint32_t address, uint32_t space,
+                                   uint32_t id) -> vy_RegisterDescription const* {
+        noteCall("findRegisterAddr", address, space, id);
+        auto const found = std::ranges::find_if(headboard->registers, [&](auto const& named) {
+            vy_RegisterDescription const& d = named.second.description;
+            return d.address == address && d.addressSpace == space && d.id == id;
+        });
+        return found == headboard->registers.end() ? nullptr : &found->second.description;
+    };
     table.vy_dataSize = [](uint32_t dataType) { return dataType - kDataTypeOfNoBytes; };
-    table.vy_ReadSensorRegStr = Functions::readByName;
-    table.vy_WriteSensorRegStr = Functions::writeByName;
-    table.vy_ReadSensorReg = Functions::readDescribed;
-    table.vy_WriteSensorReg = Functions::writeDescribed;
-    table.vy_readRegisters = Functions::readBus;
-    table.vy_writeRegisters = Functions::writeBus;
+    table.vy_ReadSensorRegStr = [](vy_Camera* camera, char const* reg, char const* bitfield,
+                                   uint32_t* value) {
+        FakeRegister* const found = find(camera, reg);
+        noteCall("read", reg, bitfield);
+        if (!found)
+            return -1;
+        uint32_t const mask = maskOf(*found, bitfield);
+        bool const isStatus = std::string(reg) == "IO_EEPROM_STATUS";
+        uint32_t const whole = isStatus ? headboard->bridgeStatus() : found->value;
+        *value = (whole & mask) >> std::countr_zero(mask);
+        return 0;
+    };
+    table.vy_WriteSensorRegStr = [](vy_Camera* camera, char const* reg, char const* bitfield,
+                                    uint32_t value) {
+        FakeRegister* const found = find(camera, reg);
+        noteCall("write", reg, bitfield, value);
+        if (!found)
+            return -1;
+        uint32_t const mask = maskOf(*found, bitfield);
+        found->value = (found->value & ~mask) | (value << std::countr_zero(mask) & mask);
+        if (std::string(reg) == "IO_EEPROM_COMMAND")
+            headboard->runBridge(value);
+        return 0;
+    };
+    table.vy_ReadSensorReg = [](vy_Camera*, vy_RegisterDescription const* reg, uint32_t* value) {
+        noteCall("readDescribed", reg->addressSpace, reg->id, reg->addressWidth, reg->dataWidth,
+                 reg->dataType, reg->address, reg->accessSize);
+        headboard->waitForDevice();
+        std::array<uint32_t, 2> words{};
+        int const result = headboard->read(reg->id, reg->address, std::span(words).first(reg->accessSize));
+        *value = reg->accessSize == 2 ? words[0] << 8 | words[1] : words[0];
+        return result;
+    };
+    table.vy_WriteSensorReg = [](vy_Camera*, vy_RegisterDescription const* reg, uint32_t value) {
+        noteCall("writeDescribed", reg->address, reg->accessSize, value);
+        headboard->waitForDevice();
+        std::array const words = {value >> 8, value};
+        return headboard->write(reg->id, reg->address, std::span(words).last(reg->accessSize));
+    };
+    table.vy_readRegisters = [](vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count,
+                                uint32_t* words) {
+        noteCall("readBus", busAddress, start, count);
+        return headboard->read(busAddress, start, {words, count});
+    };
+    table.vy_writeRegisters = [](vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count,
+                                 uint32_t const* words) {
+        noteCall("writeBus", busAddress, start, count, words[0]);
+        return headboard->write(busAddress, start, {words, count});
+    };
     table.vy_setMode = [](vy_Camera*, uint32_t mode, uint32_t value) {
         noteCall("setMode", mode, value);
         return 0;

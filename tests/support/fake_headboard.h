@@ -56,7 +56,6 @@ public:
     static void fillIn(HostServices& table);
 
 private:
-    friend struct FakeHeadboardFunctions;
     [[nodiscard]] int read(uint32_t busAddress, uint32_t start, std::span<uint32_t> words);
     [[nodiscard]] int write(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words);
     [[nodiscard]] int result(simulator::BusAnswer answer);

@@ -2,20 +2,40 @@
 
 #include "common/system.h"
 #include "tests/support/fake_host.h"
+#include "tests/support/must_hold.h"
+
+#include <algorithm>
 
 namespace kestra {
 namespace {
 FakeLibraries* libraries = nullptr;
 int handleStandIn = 0;
+volatile uint8_t sink = 0;
 
 template <typename... Parts>
-sf_Handle* create(Parts const&... call) {
+sf_Handle* create(uint8_t bytesPerPixel, Parts const&... call) {
     noteCall(call...);
     if (!libraries->createsHandle)
         return nullptr;
     ++libraries->handlesAlive;
     // A new address each time, so that a routine that confuses two calibrations is found out.
-    return reinterpret_cast<sf_Handle*>(&libraries->handles.emplace_back());
+    return reinterpret_cast<sf_Handle*>(&libraries->handles.emplace_back(bytesPerPixel));
+}
+
+uint8_t& bytesPerPixel(sf_Handle* handle) {
+    auto& bytes = *reinterpret_cast<uint8_t*>(handle);
+    MUST_HOLD(bytes != 0); // else it was destroyed
+    return bytes;
+}
+
+// The library reads all that it is told of.
+void readWhole(void const* frame, uint64_t bytes) {
+    libraries->frame = frame;
+    auto const* const first = static_cast<uint8_t const*>(frame);
+    uint8_t sum = 0;
+    for (uint64_t i = 0; i < bytes; ++i)
+        sum = uint8_t(sum ^ first[i]);
+    sink = sum;
 }
 
 int findTable(char const* name, sf_ApgaParams const& params) {
@@ -48,21 +68,23 @@ Veyra2 cameraTable() {
 Shadefit solverTable() {
     Shadefit table;
     table.sf_Create = [](uint32_t kind, uint32_t variant, int32_t minusOne) {
-        return create("create", kind, variant, minusOne);
+        return create(2, "create", kind, variant, minusOne);
     };
     table.sf_Create2 = [](void const* data, uint32_t kind, uint32_t variant, uint32_t bits) {
-        return create("create2", data ? "data" : "null", kind, variant, bits);
+        constexpr uint32_t kRgbInputKind = 16;
+        return create(kind == kRgbInputKind ? 4 : 1, "create2", data ? "data" : "null", kind, variant, bits);
     };
-    table.sf_SetInputImage2 = [](sf_Handle*, void const* frame, uint32_t width, uint32_t height,
+    table.sf_SetInputImage2 = [](sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
                                  uint32_t bits, uint32_t phase, uint32_t orientation, uint32_t zero,
                                  int32_t a, int32_t b) {
-        libraries->frame = frame;
+        uint64_t const pixelBytes = std::max<uint64_t>(bytesPerPixel(handle), bits > 8 ? 2 : 1);
+        readWhole(frame, uint64_t{width} * height * pixelBytes);
         noteCall("setInputImage2", width, height, bits, phase, orientation, zero, a, b);
         return libraries->inputAnswer;
     };
     table.sf_SetInputImageYcbcr = [](sf_Handle*, void const* frame, uint32_t width, uint32_t height,
                                      sf_YcbcrInput const* input, int32_t, int32_t) {
-        libraries->frame = frame;
+        readWhole(frame, uint64_t{width} * height * 2);
         libraries->ycbcrInput = *input;
         noteCall("setInputImageYcbcr", width, height);
         return libraries->inputAnswer;
@@ -87,7 +109,8 @@ Shadefit solverTable() {
         noteCall("dumpRegFile", format);
         return libraries->fileAnswer;
     };
-    table.sf_Destroy = [](sf_Handle*) {
+    table.sf_Destroy = [](sf_Handle* handle) {
+        bytesPerPixel(handle) = 0;
         --libraries->handlesAlive;
         noteCall("destroy");
     };

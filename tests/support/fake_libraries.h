@@ -30,14 +30,12 @@ struct LibraryAnswers {
     std::vector<sf_RegEntry> entries = {{1, 0x3600, 7}, {0, 0x3602, 8}};
 };
 
-/// Stand-ins for both libraries that answer from plain fields and log their calls into the current
-/// `FakeHost`. Installed while it lives; one lives at a time.
+/// Stand-ins for both libraries that answer from plain fields, read the frames that they are handed and log
+/// their calls into the current `FakeHost`. Installed while it lives; one lives at a time.
 class FakeLibraries : public LibraryAnswers {
 public:
     FakeLibraries();
     ~FakeLibraries();
-    FakeLibraries(FakeLibraries const&) = delete;
-    FakeLibraries& operator=(FakeLibraries const&) = delete;
 
     [[nodiscard]] vy_Camera* camera() { return headboard.camera(); }
     /// The answers of the beginning again.
@@ -46,7 +44,9 @@ public:
     FakeHeadboard headboard; ///< registers by name, their bitfields, and the EEPROM
     sf_RegList list{};       ///< of the solver; over `entries` at first
     int handlesAlive = 0;
-    std::deque<char> handles; ///< every handle that was created
+    /// Every handle that was created, with the bytes of a pixel that its sensor's page hands over as 8 bits;
+    /// 0 when it was destroyed.
+    std::deque<uint8_t> handles;
 
     // What the solver was handed last.
     sf_YcbcrInput ycbcrInput{};

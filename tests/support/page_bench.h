@@ -14,8 +14,6 @@ class PageBench : public FakeBench {
 public:
     PageBench();
     ~PageBench() { discardEeprom(eepromSlot); }
-    PageBench(PageBench const&) = delete;
-    PageBench& operator=(PageBench const&) = delete;
 
     /// Takes the place of the wizard and deletes its pages.
     void remakeWizard();
