@@ -7,41 +7,24 @@
 #include "headboard/record_format.h"
 #include "tests/support/input_reader.h"
 
-#include <QCoreApplication>
+#include <QTemporaryFile>
 #include <cctype>
-#include <filesystem>
 #include <memory>
 #include <string_view>
-
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 using namespace kestra;
 
 namespace {
-std::string const& iniFile() {
-    // Where there is a folder in memory, a run takes a hundredth of the time.
-    static std::filesystem::path const memory = "/dev/shm";
-    static std::string const path =
-        ((std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path()) /
-         ("fuzz-" + std::to_string(QCoreApplication::applicationPid()) + ".ini"))
-            .string();
-    return path;
+// It stays open: opening it anew each time would take longer.
+QTemporaryFile& file() {
+    static QTemporaryFile opened;
+    MUST_HOLD(opened.isOpen() || opened.open());
+    return opened;
 }
 
-// Opening the file anew each time would take longer.
-bool replaceContents(std::FILE* file, std::span<uint8_t const> bytes) {
-#ifdef _WIN32
-    std::rewind(file);
-    return std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() && std::fflush(file) == 0 &&
-           _chsize(_fileno(file), long(bytes.size())) == 0;
-#else
-    return pwrite(fileno(file), bytes.data(), bytes.size(), 0) == ssize_t(bytes.size()) &&
-           ftruncate(fileno(file), off_t(bytes.size())) == 0;
-#endif
+std::string const& iniFile() {
+    static std::string const path = file().fileName().toStdString();
+    return path;
 }
 
 // One line of the reader's answer: trimmed, "key=value", and as it stands when it is read once more.
@@ -89,14 +72,7 @@ void checkImport(char const* section, uint8_t type) {
 }
 } // namespace
 
-int LLVMFuzzerInitialize(int*, char***) {
-    (void)iniFile(); // made first, so that it outlives the file's removal
-    std::atexit([] {
-        std::error_code stillOpen; // which keeps it on some systems
-        std::filesystem::remove(iniFile(), stillOpen);
-    });
-    return 0;
-}
+int LLVMFuzzerInitialize(int*, char***) { return 0; }
 
 int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     InputReader input({data, size});
@@ -105,8 +81,11 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     size_t const smallSize = input.byte();
     uint8_t const type = input.byte();
     auto const bytes = input.rest(2048 - 2);
-    static FileHandle const file = openFileUtf8(iniFile().c_str(), "wb");
-    MUST_HOLD(file && replaceContents(file.get(), bytes));
+    bool const isWritten = file().seek(0) &&
+                           file().write(reinterpret_cast<char const*>(bytes.data()), qint64(bytes.size())) ==
+                               qint64(bytes.size()) &&
+                           file().flush() && file().resize(qint64(bytes.size()));
+    MUST_HOLD(isWritten);
     checkSection(section, smallSize);
     if (type < 20)
         checkImport(section, type);

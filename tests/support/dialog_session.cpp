@@ -4,88 +4,52 @@
 #include "lsc_page/lens_assist.h"
 #include "plugin/instance.h"
 #include "tests/support/must_hold.h"
+#include "tests/support/told_frame.h"
 #include "wizard/dialogs.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPointer>
-#include <QTemporaryDir>
-#include <map>
 
 namespace kestra {
 namespace {
 InputReader* answers = nullptr;
-Shadefit fakes;
-volatile uint8_t sink = 0;
 
-// The library reads all that it is told of.
-void readWhole(void const* frame, uint64_t bytes) {
-    auto const* const first = static_cast<uint8_t const*>(frame);
-    uint8_t sum = 0;
-    for (uint64_t i = 0; i < bytes; ++i)
-        sum = uint8_t(sum ^ first[i]);
-    sink = sum;
+QList<QByteArray> const kButtons =
+    QByteArray("OnBnClickedAe OnBnClickedAwb OnBnClickedCalibrate OnBnClickedCU OnBnClickedRunall "
+               "OnBnClickedStartover OnBnClickedFilesave OnBnClicked_LensCalibSetup "
+               "OnBnClickedIncandescent_Image OnBnClickedFluorescent_Image OnBnClickedDaylight_Image "
+               "OnBnClickedGraph OnBnClickedBrowse OnBnClickedEnableLC OnUpdateStatus OnBnClickedPromsave")
+        .split(' ');
+
+constexpr int64_t kMostBytes = 65536;
+
+void chooseSizes(InputReader& input, ToldFrame& frame) {
+    frame.width = int32_t(input.number());
+    frame.height = int32_t(input.number());
+    uint32_t const rowBytes = uint32_t(frame.width) * uint32_t(frame.bytesPerPixel());
+    switch (input.byte() % 4) {
+    case 0:
+        frame.pitch = int32_t(input.number());
+        break;
+    case 1:
+        frame.pitch = int32_t(0U - rowBytes - input.byte());
+        break;
+    default:
+        frame.pitch = int32_t(rowBytes + input.byte() % 8);
+        break;
+    }
 }
 
-// Bytes of a pixel by calibration: only the library knows by the sensor what its page hands over as 8 bits.
-std::map<sf_Handle*, uint64_t> bytesPerPixel;
-
-sf_Handle* create(uint32_t kind, uint32_t variant, int32_t minusOne) {
-    sf_Handle* const made = fakes.sf_Create(kind, variant, minusOne);
-    bytesPerPixel[made] = 2;
-    return made;
+// A host tells the truth about the memory that it hands over, so the sizes have to fit into what is here.
+void bound(ToldFrame& frame) {
+    if (frame.step() > kMostBytes) {
+        frame.width = 1 + int32_t(uint32_t(frame.width) % 1024);
+        frame.pitch = int32_t(frame.rowBytes());
+    }
+    frame.height = int32_t(std::min(int64_t{frame.height}, kMostBytes / frame.step()));
 }
-
-sf_Handle* create2(void const* sensorData, uint32_t kind, uint32_t variant, uint32_t bits) {
-    constexpr uint32_t kRgbInputKind = 16;
-    sf_Handle* const made = fakes.sf_Create2(sensorData, kind, variant, bits);
-    bytesPerPixel[made] = kind == kRgbInputKind ? 4 : 1;
-    return made;
-}
-
-void destroy(sf_Handle* handle) {
-    bytesPerPixel.erase(handle);
-    fakes.sf_Destroy(handle);
-}
-
-int readBayer(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height, uint32_t bits,
-              uint32_t phase, uint32_t orientation, uint32_t zero, int32_t a, int32_t b) {
-    readWhole(frame,
-              uint64_t{width} * height * std::max<uint64_t>(bytesPerPixel.at(handle), bits > 8 ? 2 : 1));
-    return fakes.sf_SetInputImage2(handle, frame, width, height, bits, phase, orientation, zero, a, b);
-}
-
-int readYcbcr(sf_Handle* handle, void const* frame, uint32_t width, uint32_t height,
-              sf_YcbcrInput const* coding, int32_t a, int32_t b) {
-    readWhole(frame, uint64_t{width} * height * 2);
-    return fakes.sf_SetInputImageYcbcr(handle, frame, width, height, coding, a, b);
-}
-
-// Of all sessions, as a fuzzer makes thousands a minute.
-QString sessionFolder() {
-    static QTemporaryDir const folder(QDir(QStringLiteral("/dev/shm")).exists()
-                                          ? QStringLiteral("/dev/shm/fuzz-XXXXXX")
-                                          : QDir::tempPath() + QStringLiteral("/fuzz-XXXXXX"));
-    return folder.path();
-}
-
-constexpr char const* kButtons[] = {"OnBnClickedAe",
-                                    "OnBnClickedAwb",
-                                    "OnBnClickedCalibrate",
-                                    "OnBnClickedCU",
-                                    "OnBnClickedRunall",
-                                    "OnBnClickedStartover",
-                                    "OnBnClickedFilesave",
-                                    "OnBnClicked_LensCalibSetup",
-                                    "OnBnClickedIncandescent_Image",
-                                    "OnBnClickedFluorescent_Image",
-                                    "OnBnClickedDaylight_Image",
-                                    "OnBnClickedGraph",
-                                    "OnBnClickedBrowse",
-                                    "OnBnClickedEnableLC",
-                                    "OnUpdateStatus",
-                                    "OnBnClickedPromsave"};
 } // namespace
 
 void DialogSession::prepare() {
@@ -96,20 +60,11 @@ void DialogSession::prepare() {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     static auto* const application = new QApplication(argc, argv); // never deleted: Qt's statics go first
     (void)application;
-    FakeBench(sessionFolder())
-        .writeIni("[Lens Calibration Setup]\nREG = 1, 2\n[Hidden: Lens Calibration Verify]\n");
     qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const&) {});
 }
 
-DialogSession::DialogSession(InputReader& input) : FakeBench(sessionFolder()) {
-    fakes = shadefit();
-    Shadefit table = fakes;
-    table.sf_Create = create;
-    table.sf_Create2 = create2;
-    table.sf_Destroy = destroy;
-    table.sf_SetInputImage2 = readBayer;
-    table.sf_SetInputImageYcbcr = readYcbcr;
-    installShadefit(table);
+DialogSession::DialogSession(InputReader& input) {
+    writeIni("[Lens Calibration Setup]\nREG = 1, 2\n[Hidden: Lens Calibration Verify]\n");
     beginAnew(input);
     chooseResultFolder.replace([] { return QString::fromStdString(answers->text()); });
     sensor.variant = 0;
@@ -177,7 +132,7 @@ void DialogSession::type(char const* field, QString const& text) {
         box->setEditText(text);
 }
 
-void DialogSession::pressAny(uint8_t number) { press(kButtons[number % std::size(kButtons)]); }
+void DialogSession::pressAny(uint8_t number) { press(kButtons[number % kButtons.size()]); }
 
 void DialogSession::changeLibraryAnswers() {
     constexpr int kResults[] = {0, 0, 0, 1, -1, -2, 12, INT32_MIN};
@@ -204,5 +159,35 @@ void DialogSession::changeLibraryAnswers() {
     libraries.description.registerDataWidth = answers->number();
     libraries.description.secondaryMaps = answers->number();
     libraries.headboard.deviceAddress = answers->chance(4) ? 0 : 0xA8;
+}
+
+void DialogSession::deliverFrame(InputReader& input) {
+    constexpr uint32_t kTypes[] = {ToldFrame::kRgb32, ToldFrame::kRgb32, ToldFrame::kRaw12,
+                                   ToldFrame::kYcbcr, ToldFrame::kRaw8,  0,
+                                   0xFFFFFFFF,        ToldFrame::kRgb32};
+    ToldFrame frame{.type = input.pick(kTypes)};
+    bool const asRgb = input.chance(2), hasPixels = !input.chance(16);
+    chooseSizes(input, frame);
+    std::vector<uint8_t> pixels;
+    if (hasPixels && frame.holdTogether()) {
+        bound(frame);
+        // Exactly as many, so that a sanitizer sees a byte before or behind them.
+        pixels.resize(size_t(frame.bytes()));
+        uint32_t const pattern = input.word();
+        for (size_t i = 0; i + 4 <= pixels.size(); i += 4)
+            std::memcpy(&pixels[i], &pattern, 4);
+        for (int spots = input.byte() % 8; spots > 0; --spots)
+            pixels[input.word() % pixels.size()] = input.byte();
+    }
+    MUST_HOLD(frame.deliver(pixels, asRgb));
+}
+
+void DialogSession::deliverGoodFrames(int displayed, int raw) {
+    constexpr uint8_t kDisplayed[] = {0, 0, 0, 3, 32, 3, 24, 2, 0, 0x80, 0x90, 0x70, 0};
+    constexpr uint8_t kRaw[] = {2, 0, 0, 3, 32, 3, 24, 2, 0, 0x08, 0x09, 0x07, 0};
+    for (int i = 0; i < displayed + raw; ++i) {
+        InputReader reader(i < displayed ? std::span<uint8_t const>(kDisplayed) : kRaw);
+        deliverFrame(reader);
+    }
 }
 } // namespace kestra

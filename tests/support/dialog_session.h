@@ -18,8 +18,6 @@ class DialogSession : public FakeBench {
 public:
     explicit DialogSession(InputReader& answers);
     ~DialogSession();
-    DialogSession(DialogSession const&) = delete;
-    DialogSession& operator=(DialogSession const&) = delete;
 
     /// Makes the one application object; called before the first session.
     static void prepare();
@@ -33,6 +31,12 @@ public:
     static void type(char const* field, QString const& text);
     /// Runs one of the page's buttons, all told by number; the saves into the EEPROM are slow and the last.
     static void pressAny(uint8_t number);
+    /// Delivers a frame whose type, sizes, pitch and pixels come from a fuzz input. When they hold together
+    /// the pixels are really there and nothing around them may be touched; when they do not, nothing at all
+    /// may be.
+    static void deliverFrame(InputReader& input);
+    /// Delivers displayed frames and raw ones, as good ones are.
+    static void deliverGoodFrames(int displayed, int raw);
     /// Another input's answers from here on, with the host, the libraries and the headboard of the beginning.
     void beginAnew(InputReader& answers);
     /// New answers of the libraries: null, short and absurd ones among them.

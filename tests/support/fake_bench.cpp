@@ -3,16 +3,11 @@
 #include <fstream>
 
 namespace kestra {
-FakeBench::FakeBench(QString const& folder) : m_folder(folder) {
+FakeBench::FakeBench() {
     sensor.name = "S1";
     sensor.sensorKind = 200;
     sensor.variant = 1;
     sensor.fileNamePart = "BOARD";
-    resetHost();
-}
-
-FakeBench::FakeBench() : FakeBench(QString()) {
-    m_folder = m_own.emplace().path();
     writeIni("[Lens Calibration Setup]\nREG = 1, 2\n[Lens Calibration Verify]\n");
     resetHost();
 }

@@ -2,9 +2,7 @@
 
 #include "tests/support/fake_host.h"
 
-#include <QString>
 #include <QTemporaryDir>
-#include <optional>
 #include <string>
 
 namespace kestra {
@@ -12,17 +10,14 @@ namespace kestra {
 /// exists, its services, and the record of its sensor, for which the lens-shading page is made.
 class FakeBench {
 public:
-    /// With files in a folder of its own.
     FakeBench();
-    /// With files in a folder of the caller's, whose ini file stays as it is.
-    explicit FakeBench(QString const& folder);
 
     /// Forgets what the host was told, and what it logged.
     void resetHost();
     /// Writes the host's ini file anew.
     void writeIni(std::string const& bytes);
     /// The save directory, where the ini file lies, too.
-    [[nodiscard]] std::string saveDir() const { return m_folder.toStdString(); }
+    [[nodiscard]] std::string saveDir() const { return m_folder.path().toStdString(); }
 
     FakeHost host;
     SensorRecord sensor{};
@@ -31,7 +26,6 @@ public:
 private:
     [[nodiscard]] std::string iniFile() const { return saveDir() + "/host.ini"; }
 
-    std::optional<QTemporaryDir> m_own;
-    QString m_folder;
+    QTemporaryDir m_folder;
 };
 } // namespace kestra
