@@ -1,4 +1,4 @@
-#include "tests/support/eeprom_access.h"
+#include "tests/support/camera_under_test.h"
 
 #include <gtest/gtest.h>
 #include <utility>

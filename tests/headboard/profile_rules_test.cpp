@@ -4,7 +4,7 @@
 #include "headboard/register_names.h"
 #include "headboard/register_record.h"
 #include "headboard/register_set.h"
-#include "tests/support/eeprom_access.h"
+#include "tests/support/camera_under_test.h"
 #include "tests/support/linked_library.h"
 
 #include <algorithm>
