@@ -12,41 +12,22 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <iostream>
-#include <link.h>
 #include <memory>
 #include <new>
-#include <string_view>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
-struct CodeRange {
-    uintptr_t first = 0, last = 0;
-};
-
 simulator::SimulatedCamera* camera = nullptr; // its time passes by the sleeps of the plug-in
-CodeRange pluginCode;
-long slept = 0;          // milliseconds
-int allocationsLeft = 0; // of the plug-in's, up to the one that fails; 0: none fails
-
-int findPlugin(dl_phdr_info* info, size_t, void*) {
-    if (!std::string_view(info->dlpi_name).ends_with("/KestraMfr.so"))
-        return 0;
-    for (int i = 0; i < info->dlpi_phnum; ++i) {
-        auto const& segment = info->dlpi_phdr[i];
-        if (segment.p_type == PT_LOAD && segment.p_flags & PF_X) {
-            uintptr_t const first = info->dlpi_addr + segment.p_vaddr;
-            pluginCode = {first, first + segment.p_memsz};
-        }
-    }
-    return 1;
-}
+dl_find_object pluginCode{};                  // where it lies
+long slept = 0;                               // milliseconds
+int allocationsLeft = 0;                      // of the plug-in's, up to the one that fails; 0: none fails
 
 bool isPluginCode(void const* caller) {
-    auto const address = reinterpret_cast<uintptr_t>(caller);
-    return address >= pluginCode.first && address < pluginCode.last;
+    return caller >= pluginCode.dlfo_map_start && caller < pluginCode.dlfo_map_end;
 }
 } // namespace
 
@@ -116,8 +97,7 @@ protected:
         ASSERT_TRUE(session) << error.toStdString();
         camera = &session->camera();
         camera->useVirtualTime();
-        dl_iterate_phdr(findPlugin, nullptr);
-        ASSERT_NE(pluginCode.last, 0U);
+        ASSERT_EQ(_dl_find_object(reinterpret_cast<void*>(kept.resolve("OpenQtDialog")), &pluginCode), 0);
     }
     void TearDown() override {
         session.reset();
