@@ -107,8 +107,6 @@ void step(DialogSession& session, InputReader& input, bool& isSaved) {
             saveToEeprom(session, input);
         return;
     case 3:
-        if (next / 8 == 31)
-            return DialogSession::type("GoodCU", QString::number(input.byte() % 4));
         return DialogSession::pressAny(next / 8 % 15);
     case 4:
         // Everything that a calibration waits for.
@@ -119,8 +117,10 @@ void step(DialogSession& session, InputReader& input, bool& isSaved) {
         return DialogSession::deliverGoodFrames(session.sensor.sensorKind == 16 ? 1 : 0, 1);
     case 5:
         return DialogSession::deliverFrame(input);
-    default:
+    case 6:
         DialogSession::deliverGoodFrames(6, 1);
+        return tick(session);
+    default:
         return tick(session);
     }
 }
@@ -136,7 +136,10 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     static auto* const dialogs = new OpenDialogs(input);
     dialogs->choose(input);
     DialogSession& session = dialogs->session;
-    session.sensor.variant = input.byte() % 4;
+    uint8_t const choice = input.byte();
+    session.sensor.variant = choice % 4;
+    // Low limits, so that rings are painted.
+    DialogSession::type("GoodCU", QString::number(choice / 4 % 4));
     if (input.chance(2))
         session.changeLibraryAnswers();
     addRegisters(session.libraries.headboard, input);
