@@ -1,26 +1,37 @@
-"""Tries mutants of four folders against their tests and prints what the tests noticed."""
+"""Tries mutants of the product against its tests and prints what the tests noticed."""
 
 import argparse
+import json
 import math
 import os
 import queue
+import re
+import resource
+import signal
+import subprocess
 import sys
 import threading
+import time
 from pathlib import Path
 
+from killers import Killers
+from report import print_report
 from source_mutants import mutants_of
-from workshop import TESTS, Fate, Workshop
+from workshop import TESTS, Fate, Workshop, programs_for
 
 _SOURCE = Path(__file__).resolve().parents[2]
-_LEAST_KILLED = 0.85
 
 
 def read_arguments():
     parser = argparse.ArgumentParser(prog="hardening/mutate", description=__doc__)
-    parser.add_argument("--mutants", type=int, default=300, help="how many to try; 300")
+    parser.add_argument("--mutants", type=int, default=600, help="how many to try; 600")
     parser.add_argument("--seed", type=int, default=1, help="decides which ones; 1")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="how many at a time; one a core")
     parser.add_argument("--only", default="", metavar="PATH", help="only files whose path begins with this")
+    parser.add_argument("--since", metavar="REV", help="only lines that changed since this revision")
+    parser.add_argument(
+        "--every", action="store_true", help="run every quick test on each mutant, and tell what a test kills alone"
+    )
     return parser.parse_args()
 
 
@@ -32,6 +43,22 @@ def read_sources(only):
         for path in (_SOURCE / folder).glob(pattern)
     )
     return {name: (_SOURCE / name).read_text() for name in names if name.startswith(only)}
+
+
+def changed_lines(revision):
+    """The lines of each file that the revision does not have."""
+    command = ["git", "diff", "--unified=0", "--no-prefix", "--no-color", "--no-ext-diff", revision, "--", "src"]
+    diff = subprocess.run(command, cwd=_SOURCE, capture_output=True, text=True)
+    if diff.returncode != 0:
+        sys.exit(diff.stderr.strip())
+    changed, file = {}, None
+    for line in diff.stdout.splitlines():
+        if line.startswith("+++ "):
+            file = line[4:]
+        elif hunk := re.match(r"@@ \S+ \+(\d+)(?:,(\d+))? @@", line):
+            first, count = int(hunk[1]), int(hunk[2] or 1)
+            changed.setdefault(file, set()).update(range(first, first + count))
+    return changed
 
 
 def _weight(file):
@@ -58,12 +85,14 @@ def shares(candidates, total):
 class Trial:
     """Tries the mutants of each file in their order until its share has compiled, several files at a time."""
 
-    def __init__(self, workshops, candidates, wanted):
+    def __init__(self, workshops, candidates, wanted, every, record):
         self._workshops = workshops
         self._candidates = {file: list(reversed(mutants)) for file, mutants in candidates.items()}
         self._wanted = wanted
+        self._every = every
+        self._record = record
         self._lock = threading.Lock()
-        self.results = []  # of pairs: mutant, fate
+        self.results = []  # of triples: mutant, fate, tests that killed it
 
     def run(self):
         quotas = shares(self._candidates, self._wanted)
@@ -98,63 +127,78 @@ class Trial:
     def _try_next(self, workshop, file):
         while self._candidates[file]:
             mutant = self._candidates[file].pop()
-            fate = workshop.fate_of(mutant)
+            # Where all is built again, the first test that kills has to do.
+            fate, killers = workshop.fate_of(mutant, self._every and not file.endswith(".h"))
             if fate is not Fate.NOT_BUILT:
-                self._note(mutant, fate)
+                self._note(mutant, fate, killers)
                 return
 
-    def _note(self, mutant, fate):
+    def _note(self, mutant, fate, killers):
         with self._lock:
-            self.results.append((mutant, fate))
+            self.results.append((mutant, fate, killers))
             place = f"{mutant.file}:{mutant.line}"
-            print(f"[{len(self.results):3}/{self._wanted}] {fate.value:14} {place}: {mutant.kind}", flush=True)
+            self._record.write(json.dumps([place, mutant.replacement, fate.value, *killers]) + "\n")
+            self._record.flush()
+            by = f" by {killers[0]}" if killers else ""
+            print(f"[{len(self.results):3}/{self._wanted}] {fate.value:14} {place}: {mutant.kind}{by}", flush=True)
 
 
-def print_report(trial, sources):
-    print(f"\n{'file':40} {'tried':>6} {'killed':>6} {'survived':>8}")
-    survivors = []
-    for file in sources:
-        fates = [(mutant, fate) for mutant, fate in trial.results if mutant.file == file]
-        alive = [mutant for mutant, fate in fates if fate is Fate.SURVIVED]
-        survivors += alive
-        if fates:
-            print(f"{file:40} {len(fates):6} {len(fates) - len(alive):6} {len(alive):8}")
-    if survivors:
-        print("\nsurvivors:")
-    for mutant in sorted(survivors, key=lambda mutant: (mutant.file, mutant.begin)):
-        print("  " + mutant.describe(sources[mutant.file]))
-    return len(survivors)
-
-
-def open_workshops(count):
-    workshops = []
+def open_workshops(folder, count, programs, killers):
+    workshops, seconds = [], {}
     for number in range(count):
         print(f"building copy {number + 1} of {count}", flush=True)
-        workshop = Workshop(_SOURCE, _SOURCE / "build" / "mutation" / str(number))
-        if fault := workshop.open():
+        workshop = Workshop(_SOURCE, folder / str(number), programs, killers, seconds)
+        if fault := workshop.open(count):
             sys.exit(fault)
         workshops.append(workshop)
     return workshops
 
 
+def _processor_time():
+    used = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return used.ru_utime + used.ru_stime
+
+
+def print_time(workshops, tried, wall, processor):
+    parts = ", ".join(
+        f"{sum(shop.spent[part] for shop in workshops) / tried:.1f} s {part}" for part in workshops[0].spent
+    )
+    print(f"\na mutant took {parts}, {processor / tried:.1f} s of a processor; all of them {wall / 60:.0f} minutes")
+
+
 def main():
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit("ended"))
     arguments = read_arguments()
     sources = read_sources(arguments.only)
     candidates = {file: mutants_of(file, text, arguments.seed) for file, text in sources.items()}
-    workshops = open_workshops(max(arguments.jobs, 1))
-    trial = Trial(workshops, candidates, arguments.mutants)
-    trial.run()
+    wanted = arguments.mutants
+    if arguments.since:
+        changed = changed_lines(arguments.since)
+        for file, mutants in candidates.items():
+            candidates[file] = [mutant for mutant in mutants if mutant.line in changed.get(file, ())]
+        wanted = min(wanted, sum(map(len, candidates.values())))
+        if not wanted:
+            print(f"nothing to try: no mutant's line has changed since {arguments.since}")
+            return
+    folder = _SOURCE / "build" / "mutation"
+    folder.mkdir(parents=True, exist_ok=True)
+    killers = Killers(folder / "killers.json")
+    programs = programs_for(file for file, mutants in candidates.items() if mutants)
+    workshops = open_workshops(folder, max(arguments.jobs, 1), programs, killers)
+    begin, used = time.monotonic(), _processor_time()
+    with open(folder / "results.jsonl", "w") as record:
+        trial = Trial(workshops, candidates, wanted, arguments.every, record)
+        trial.run()
     for workshop in workshops:
         workshop.close()
-    survived = print_report(trial, sources)
+    faults = print_report(trial.results, sources, _SOURCE / "docs" / "mutation.md", arguments.every)
     tried = len(trial.results)
-    killed = tried - survived
-    percent = 100 * killed / tried if tried else 0
-    print(f"\n{tried} mutants tried, {killed} killed ({percent:.1f} %), {survived} survived")
-    if tried < arguments.mutants:
-        sys.exit(f"too few: {arguments.mutants} were asked for")
-    if killed < _LEAST_KILLED * tried:
-        sys.exit(f"too few killed: at least {_LEAST_KILLED:.0%} are asked for")
+    if tried:
+        print_time(workshops, tried, time.monotonic() - begin, _processor_time() - used)
+    if tried < wanted and not arguments.since:
+        faults.append(f"too few: {wanted} were asked for")
+    if faults:
+        sys.exit("\n".join(faults))
 
 
 if __name__ == "__main__":

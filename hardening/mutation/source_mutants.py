@@ -20,11 +20,11 @@ class Mutant:
         return text[: self.begin] + self.replacement + text[self.end :]
 
     def describe(self, text):
-        """The changed line before and after, without its indentation."""
-        broken = self.apply(text)
-        before = text.splitlines()[self.line - 1].strip()
-        after = broken.splitlines()[self.line - 1].strip()
-        return f"{self.file}:{self.line}: {self.kind}\n      {before}\n   -> {after}"
+        """The changed lines on one, without indentation, with the change as [[before -> after]] where it is."""
+        first = text.rfind("\n", 0, self.begin) + 1
+        last = text.find("\n", self.end)
+        change = f"[[{text[self.begin : self.end]} -> {self.replacement}]]"
+        return " ".join((text[first : self.begin] + change + text[self.end : last]).split())
 
 
 # Comments, literals, directives, compile-time checks, attributes and what only another system builds: changing them
