@@ -141,6 +141,11 @@ TEST_F(LensAssistApgaPage, TheUserIsWaitedForUnderTheSecondAndThirdLightOnly) {
     }
     frames(1, 13);
     EXPECT_EQ(captured()[kFluorescent].state, kCapturing) << "colour balance runs";
+    for (int i = 0; i < 40 && captured()[kDaylight].state != kWaiting; ++i) {
+        frames(3);
+        tick();
+    }
+    EXPECT_EQ(captured()[kFluorescent].state, kCapturing) << "the user pressed once";
 }
 
 TEST_F(LensAssistApgaPage, OnlyANewLightDuringRunAllHasExposureRedone) {
@@ -323,7 +328,7 @@ TEST_F(LensAssistApgaPage, LoadingBeginsWithTheSelectWriteAndShowsItsStatusInsid
 
 TEST_F(LensAssistApgaPage, TheFileNeedsASerialNumberAndBearsASanitisedName) {
     bool missing = true;
-    sensor.fileNamePart = "B:%1";
+    sensor.fileNamePart = ":B%1";
     libraries.description.name = "P/\"2\"";
     open();
     page->setSerialNumber({{}, [&] { return missing; }});
@@ -339,8 +344,8 @@ TEST_F(LensAssistApgaPage, TheFileNeedsASerialNumberAndBearsASanitisedName) {
     EXPECT_EQ(text("File_Save_Status"), "Error: The directory does not exist.");
     widget<QLineEdit>("Save_Dir")->setText(QString::fromStdString(saveDir() + "/"));
     click("File_Save");
-    EXPECT_EQ(libraries.path, saveDir() + "/\\B-%1_P-'2'.ini");
-    EXPECT_EQ(text("File_Save_Status"), "Done: \\B-%1_P-'2'.ini");
+    EXPECT_EQ(libraries.path, saveDir() + "/\\-B%1_P-'2'.ini");
+    EXPECT_EQ(text("File_Save_Status"), "Done: \\-B%1_P-'2'.ini");
 }
 
 TEST(Parabola, GoesThroughItsPointsAndFallsBackToTheFirst) {

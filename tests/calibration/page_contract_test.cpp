@@ -140,8 +140,12 @@ TEST_P(PageContract, InitialisesFromSettingsFirstAndTellsTheVersion) {
 TEST_P(PageContract, ShowingLoadsTheSettingsStartsTheTimerAndIsNotUndoneByHiding) {
     host.intSettings = {{"LensAssist Falloff for S1", 80}, {"LensAssist GoodCU for S1", 1234}};
     open();
-    EXPECT_EQ(widget<QComboBox>("FallOff")->currentText(), QStringLiteral("80%"));
-    EXPECT_EQ(widget<QComboBox>("FallOff")->currentData().toInt(), 80);
+    auto const* const falloff = widget<QComboBox>("FallOff");
+    EXPECT_EQ(falloff->currentText(), QStringLiteral("80%"));
+    std::string choices;
+    for (int i = 0; i < falloff->count(); ++i)
+        choices += falloff->itemText(i).toStdString() + ' ';
+    EXPECT_EQ(choices, "110% 105% 100% 95% 90% 85% 80% 75% ");
     EXPECT_EQ(widget<QLineEdit>("GoodCU")->text(), QStringLiteral("1.23"));
     EXPECT_EQ(widget<QLineEdit>("Save_Dir")->text().toStdString(), saveDir());
     EXPECT_EQ(state().active, 1U);
@@ -205,6 +209,20 @@ TEST_P(PageContract, ExposureCountsFramesAndEndsAtTheTick) {
     EXPECT_TRUE(widget<QProgressBar>("AE_progressBar")->isHidden());
 }
 
+// What a step measures, it measures on the pipeline that it asked for.
+TEST_P(PageContract, EachStepSetsThePipelineThatItMeasuresOn) {
+    using Row = std::tuple<char const*, int, size_t, int>;
+    for (auto const& [button, exposure, gains, gamma] :
+         {Row{"AE", 1, 0, 20}, Row{"AWB", 0, 2, 20}, Row{"Calibrate", 0, 0, 20},
+          Row{"ColorUniformity", 0, 0, 9}}) {
+        open();
+        click(button);
+        EXPECT_EQ(host.states["Auto Exposure"], exposure) << button;
+        EXPECT_EQ(host.calls("setState Relative").size(), gains) << button;
+        EXPECT_EQ(host.states["Gamma"], gamma) << button;
+    }
+}
+
 TEST_P(PageContract, ColourBalanceCorrectsEveryFifthFrame) {
     open();
     click("AWB");
@@ -222,7 +240,8 @@ TEST_P(PageContract, ColourBalanceCorrectsEveryFifthFrame) {
     frames(1, 11, kTinted);
     EXPECT_EQ(host.log.size(), 8U);
     EXPECT_EQ(state().wbStepProgress, 40);
-    frames(20, 11, 0x000050); // a picture without red gives no correction
+    for (uint32_t const lacksAChannel : {0x006450U, 0x780050U, 0x786400U})
+        frames(20, 11, lacksAChannel); // gives no correction
     EXPECT_EQ(state().wbStepProgress, 40);
     frames(15, 11, kTinted);
     tick();
@@ -428,6 +447,7 @@ TEST_P(PageContract, AnExceptionInsideAStepEndsItAndIsShown) {
         tickOnceSolved();
         EXPECT_EQ(state().lscStepState, kFailedOtherwise);
         EXPECT_EQ(state().lscStepProgress, 0);
+        EXPECT_EQ(state().promState, kFailed) << "no EEPROM, as before";
         EXPECT_EQ(text("Calibrate_Status"), "Error. Are the External sensor data files installed?");
         EXPECT_FALSE(widget<QLabel>("Calibrate_Status")->isHidden());
         click("Calibrate");

@@ -1,3 +1,4 @@
+#include "calibration/step_box.h"
 #include "calibration/view.h"
 #include "tests/calibration/pages.h"
 
@@ -224,6 +225,14 @@ TEST_P(ShownView, GoesToTheWidgetsOfItsStep) {
             for (char const* const name : group.names)
                 EXPECT_EQ(isEnabled(name), !group.isEnabled || view.enabling.*group.isEnabled) << name;
     }
+}
+
+TEST(StepBox, LeavesRoomBehindItsTitle) {
+    StepBox box;
+    QGroupBox plain;
+    box.setTitle(QStringLiteral("1. Setup"));
+    plain.setTitle(QStringLiteral("1. Setup  "));
+    EXPECT_EQ(box.grab().toImage(), plain.grab().toImage());
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, ShownView, ::testing::ValuesIn(kPages),

@@ -17,7 +17,7 @@ TEST(ConfigView, EveryStateHasItsTextBulletAndEnabling) {
     constexpr char const* kBlank =
         "EEPROM is present and working normally.\n0 bytes used.  8171 bytes available.";
     constexpr char const* kUsed =
-        "EEPROM is present and working normally.\n7 bytes used.  8164 bytes available.";
+        "EEPROM is present and working normally.\n1 bytes used.  8170 bytes available.";
     using enum Bullet;
     struct {
         EepromState eeprom;
@@ -32,7 +32,7 @@ TEST(ConfigView, EveryStateHasItsTextBulletAndEnabling) {
         {EepromState::Error, {}, true, kError, Red, "--?"},
         {EepromState::Absent, {}, true, kAbsent, Red, "--?"},
         {EepromState::Present, {0, 8171, false}, false, kBlank, Green, "L--"},
-        {EepromState::Present, {7, 8164, false}, true, kUsed, Green, "LAE"},
+        {EepromState::Present, {1, 8170, false}, true, kUsed, Green, "LAE"},
         {EepromState::Present, {0, 8171, true}, false, kError, Red, "L-E"}, // changes that wait to be written
         {EepromState::Present, {0, kEepromFailed, false}, false, kError, Red, "L-E"}, // a broken chain
     };

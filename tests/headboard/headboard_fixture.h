@@ -16,7 +16,7 @@ constexpr Path kPaths[] = {Path::Raw, Path::Bridge, Path::BusDescription};
 struct Headboard {
     explicit Headboard(Path path = Path::Raw) {
         fake.description.sensorKind = path == Path::Raw ? 33 : 71;
-        fake.description.registerAddressWidth = 16;
+        fake.description.registerAddressWidth = 9; // the fewest bits without pages
         fake.description.registerDataWidth = 16;
         if (path == Path::Bridge)
             board.addBridge();

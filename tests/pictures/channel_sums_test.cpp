@@ -138,7 +138,7 @@ TEST(WhiteBalance, TouchesNoPixelOfAFrameThatDoesNotHoldTogetherOrHasNoCentre) {
     Frame const frames[] = {
         {nullptr, ImageType::Rgb32, 640, 480, 2560}, {pixel, ImageType::Rgb32, 0, 480, 2560},
         {pixel, ImageType::Rgb32, 640, -1, 2560},    {pixel, ImageType::Rgb32, 640, 480, 2559},
-        {pixel, ImageType::Rgb32, 640, 480, -2559},  {pixel, ImageType::Rgb32, 1, 1, 4},
+        {pixel, ImageType::Rgb32, 640, 480, -2559},  {pixel, ImageType::Rgb32, 1, 480, 4},
         {pixel, ImageType::Raw12, 640, 480, 2560},   {pixel, ImageType::Rgb32, 0x40000000, 480, 0},
     };
     for (Frame const& frame : frames)

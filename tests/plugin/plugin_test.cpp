@@ -1,5 +1,6 @@
 #include "simulator/boundary/plugin_library.h"
 #include "tests/support/fake_bench.h"
+#include "wizard/wizard.h"
 
 #include <QDialog>
 #include <QDir>
@@ -78,7 +79,8 @@ TEST_F(Plugin, OnlyThePlainSetupPresetOpensTheDialog) {
 TEST_F(Plugin, KindsChooseTheirTabs) {
     using Row = std::tuple<uint32_t, int, char const*>;
     for (auto const& [kind, count, label] :
-         {Row{97, 0, ""}, Row{200, 1, "Lens Calibration"}, Row{0, 1, "Lens Calibration"}}) {
+         {Row{97, 0, ""}, Row{200, 1, "Lens Calibration"}, Row{0, 1, "Lens Calibration"},
+          Row{72, 1, "Lens Calibration - APGA(Adaptive/Auto)"}}) {
         delete dialog.data(); // the last one goes with the library
         sensor.sensorKind = kind;
         ASSERT_TRUE(open()) << kind;
@@ -98,9 +100,10 @@ TEST_F(Plugin, BulletsComeFromTheLibrarysOwnResources) {
     ASSERT_TRUE(open());
     EXPECT_FALSE(
         dialog->findChild<QLabel*>(QStringLiteral("Setup_Bullet"))->pixmap(Qt::ReturnByValue).isNull());
-    for (char const* colour : {"gray", "blue", "green", "yellow", "red"})
-        EXPECT_FALSE(QPixmap(QStringLiteral(":/Icons/circle_%1.png").arg(QLatin1String(colour))).isNull())
-            << colour;
+    auto const& wizard = static_cast<Wizard const&>(*dialog);
+    for (QPixmap const* const bullet :
+         {&wizard.pixGray, &wizard.pixBlue, &wizard.pixGreen, &wizard.pixYellow, &wizard.pixRed})
+        EXPECT_FALSE(bullet->isNull());
 }
 
 TEST_F(Plugin, FramesReachThePageThroughBothEntriesAlsoAfterCloseDialog) {
