@@ -454,6 +454,8 @@ TEST_P(PageContract, AnExceptionInsideAStepEndsItAndIsShown) {
         tickOnceSolved();
         EXPECT_EQ(state().lscStepProgress, phase::kLoaded);
     }
+    QMetaObject::invokeMethod(page, "OnBnClickedPromsave");
+    EXPECT_EQ(state().promState, kFailed) << "there is nothing to save to";
 }
 
 TEST_P(PageContract, WhatAButtonSaysWhenItIsPressedIsDoneBehindTheStep) {
