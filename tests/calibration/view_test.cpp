@@ -227,7 +227,7 @@ TEST_P(ShownView, GoesToTheWidgetsOfItsStep) {
     }
 }
 
-TEST(StepBox, LeavesRoomBehindItsTitle) {
+TEST(StepBox, IsPaintedAsAnyGroupBox) {
     StepBox box;
     QGroupBox plain;
     box.setTitle(QStringLiteral("1. Setup"));
