@@ -1,4 +1,4 @@
-"""Prints the coverage of every file of four folders and fails below the bounds."""
+"""Prints the coverage of every file of the product and fails below the bounds."""
 
 import argparse
 import json
@@ -6,7 +6,7 @@ import sys
 from pathlib import Path
 
 _SOURCE = Path(__file__).resolve().parents[1]
-_FOLDERS = ("src/common", "src/headboard", "src/hoststate", "src/pictures")
+_PRODUCT = Path("src")
 _KINDS = ("lines", "branches")
 
 
@@ -23,7 +23,7 @@ def read_files(summary):
     measured = json.loads(summary.read_text())["data"][0]["files"]
     paths = ((Path(file["filename"]).resolve(), file["summary"]) for file in measured)
     inside = ((path.relative_to(_SOURCE), counts) for path, counts in paths if path.is_relative_to(_SOURCE))
-    return {str(name): counts for name, counts in sorted(inside) if name.parts[0] in _FOLDERS}
+    return {str(name): counts for name, counts in sorted(inside) if name.is_relative_to(_PRODUCT)}
 
 
 def percent(covered, count):
@@ -59,7 +59,7 @@ def main():
         if percent(total[kind]["covered"], total[kind]["count"]) < bound:
             faults.append(f"fewer than {bound:g} % of the {kind} are covered")
     # A file that no test program links is in no report: it would be missed in silence.
-    sources = {str(path.relative_to(_SOURCE)) for folder in _FOLDERS for path in (_SOURCE / folder).glob("*.cpp")}
+    sources = {str(path.relative_to(_SOURCE)) for path in (_SOURCE / _PRODUCT).rglob("*.cpp")}
     print(f"{len(sources & files.keys())} of {len(sources)} source files measured, and the headers that they use")
     faults += [f"no test program contains {name}" for name in sorted(sources - files.keys())]
     if faults:
