@@ -34,7 +34,8 @@ TEST_F(IniSection, LinesAreNormalisedAndTerminatedAndCutToTheRoom) {
              Row{"[other]\nA=1\n  [  lens CALIBRATION setup ] trailing\nREG = 1 , 2\n",
                  "Lens Calibration Setup", "REG=1 , 2" + nul},
              {"[Lens Calibration Setup]\nA=1\n", "Lens Calibration", ""},
-             {"[Lens Calibration Setup]\n [Next]\nA=1\n", "Lens Calibration Setup", nul}, // empty, but present
+             {"[Lens Calibration Setup]\n [Next]\nA=1\n", "Lens Calibration Setup",
+              nul}, // empty, but present
              {"[S]\r\nabc\r\n\r\nd = e", "S", "abc" + nul + "d=e" + nul},
              {"[S]\n" + long5000 + "\nsecond\n", "S", x29 + "x" + nul},
              {"[S]\n" + x29 + "\nsecond\nthird\n", "S", x29 + nul + nul}, // what meets no room leaves its NUL
