@@ -387,7 +387,9 @@ TEST_P(PageContract, ACalibrationIsSavedToItsFileOnceAndFailuresAreTold) {
 
 // Inside these calls, which may take seconds, nothing is painted.
 TEST_P(PageContract, ARowIsPaintedBeforeTheCallThatTakesLong) {
-    using Row = std::tuple<char const*, char const*, char const*, char const*, char const*>;
+    struct Row {
+        char const *slot, *label, *dot, *made, *told;
+    };
     std::vector<Row> rows = {
         {"OnBnClickedPromsave", "Prom_Save_Status", "PromSave_Bullet", "Bus ", "In progress..."},
         {"OnBnClicked_LensCalibSetup", "SETUP_Status", "Setup_Bullet", "applyPreset",
@@ -401,20 +403,20 @@ TEST_P(PageContract, ARowIsPaintedBeforeTheCallThatTakesLong) {
     frames(3, 13);
     click("Prom_Save");
     QApplication::processEvents();
-    for (auto const& [slot, label, dot, made, told] : rows) {
-        SCOPED_TRACE(slot);
-        if (slot == std::string("start"))
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.slot);
+        if (row.slot == std::string("start"))
             click("Calibrate");
-        PaintWatch const status(widget<QWidget>(label)), bullet(widget<QWidget>(dot));
+        PaintWatch const status(widget<QWidget>(row.label)), bullet(widget<QWidget>(row.dot));
         int calls = 0;
         host.onCall = [&](std::string const& call) {
-            if (call.find(made) == std::string::npos || calls++ > 0)
+            if (call.find(row.made) == std::string::npos || calls++ > 0)
                 return;
-            EXPECT_EQ(widget<QWidget>(label)->property("text").toString(), QLatin1String(told));
+            EXPECT_EQ(widget<QWidget>(row.label)->property("text").toString(), QLatin1String(row.told));
             EXPECT_TRUE(status.isPainted());
             EXPECT_TRUE(bullet.isPainted());
         };
-        QMetaObject::invokeMethod(page, slot);
+        QMetaObject::invokeMethod(page, row.slot);
         host.onCall = nullptr;
         EXPECT_GT(calls, 0);
     }
