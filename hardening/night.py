@@ -21,7 +21,11 @@ _PROOFS = {
     "sanitize": ("./check --sanitize", r"^(\d+ tests) ran", "{}"),
     "thread": ("./check --thread", r"^(\d+ tests) ran", "{}"),
     "valgrind": ("./check --valgrind", r"^(\d+ tests) ran", "{}"),
-    "coverage": ("hardening/coverage", r"^total +\d+ of +\d+ +([\d.]+ %) +\d+ of +\d+ +([\d.]+ %)", "{} of the lines, {} of the branches"),
+    "coverage": (
+        "hardening/coverage",
+        r"^total +\d+ of +\d+ +([\d.]+ %) +\d+ of +\d+ +([\d.]+ %)",
+        "{} of the lines, {} of the branches",
+    ),
     "hostile-host": ("hardening/hostile-host", r"^(\d+ .*)", "{}"),
     "hostile-inputs": ("hardening/hostile-inputs", r"^(\d+ hostile files).* and (\d+ interruptions)", "{}, {}"),
     "fuzz": ("hardening/fuzz/run", r"^(\w+) +(\d+) ", "{1} runs of {0}"),
@@ -61,8 +65,8 @@ def main():
     _LOGS.mkdir(parents=True, exist_ok=True)
     rows, goods = zip(*[run(name) for name in arguments.proofs or _PROOFS])
     today = datetime.date.today().isoformat()
-    table = f"The last night, {today}, on {os.cpu_count()} cores:\n\n| command | tried | found | minutes |\n|---|---|---|---|\n"
-    table += "".join(rows)
+    table = f"The last night, {today}, on {os.cpu_count()} cores:\n\n"
+    table += "| command | tried | found | minutes |\n|---|---|---|---|\n" + "".join(rows)
     print("\n" + table)
     # A part of a night is no night.
     if not arguments.proofs:
