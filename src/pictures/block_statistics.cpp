@@ -8,6 +8,8 @@
 
 using namespace kestra;
 
+static_assert(CSbl::kMaxColumns <= kMaxRanges);
+
 namespace {
 // First pixel of cell `index` of `cells` along a side, such that `cell` pixels fit behind it.
 int32_t cellStart(int32_t size, int32_t index, int32_t cells, int32_t cell) {

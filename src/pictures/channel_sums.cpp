@@ -7,152 +7,107 @@
 #include <cstring>
 
 namespace kestra {
-// A pixel is read as little-endian words: blue and green lie in its low half, red and an unused byte in the
-// high one. Two channels are summed side by side in one word, with one shift and no mask for the lower one:
-// while its sum fits, it is what remains of the sum of whole words (modulo the word) without the upper one's
-// share. The loops are plain so that every compiler turns them into vector instructions.
+// A pixel is a little-endian word: blue and green lie in its low half, red and an unused byte in the high
+// one. Two channels are summed side by side in 16 bits, with one shift and one mask: while the sums fit, the
+// lower channel's is what remains of the sum of whole words (modulo the word) without the upper one's share.
 static_assert(std::endian::native == std::endian::little);
 
-#if defined(__GNUC__) && !defined(__clang__)
-// GCC would load each word of a picture row twice, once for each of its two uses.
-#pragma GCC optimize("no-tree-ter")
-#endif
-
 namespace {
+#ifdef __GNUC__
+// 16-bit sums side by side in a vector, which pays 10 % at 640 x 480.
+using Word [[gnu::vector_size(16)]] = uint16_t;
+Word upperOf(Word word) { return word >> 8; }
+#else
+using Word = uint64_t;
+Word upperOf(Word word) { return (word >> 8) & 0x00FF00FF00FF00FF; }
+#endif
+constexpr int kWordPixels = sizeof(Word) / 4;
 constexpr int kMaxAdds = 257; // of 255 each, before a sum of 16 bits could overflow
 
-template <typename Word>
-Word wordAt(void const* bytes) {
-    Word word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-// Adds half pixels of several rows to the sums of their columns: of whole words, and of the upper channels
-// alone. Inlined, it takes on the instructions that its caller may use. Without the promise that sums and
-// rows lie apart, no compiler would turn it into vector instructions.
-template <int Rows>
-void addRows(uint8_t const* bytes, ptrdiff_t pitch, size_t halves, uint16_t* __restrict whole,
-             uint16_t* __restrict upper) {
-    for (size_t i = 0; i < halves; ++i) {
-        uint16_t wholeSum = whole[i];
-        uint16_t upperSum = upper[i];
-        for (int row = 0; row < Rows; ++row) {
-            auto const half = wordAt<uint16_t>(bytes + row * pitch + ptrdiff_t(i) * 2);
-            wholeSum = uint16_t(wholeSum + half);
-            upperSum = uint16_t(upperSum + (half >> 8));
-        }
-        whole[i] = wholeSum;
-        upper[i] = upperSum;
-    }
-}
-
-using AddRows = decltype(&addRows<8>);
-
-#if defined(__GNUC__) && defined(__x86_64__)
-[[gnu::target("avx2")]] void addEightRowsAvx2(uint8_t const* bytes, ptrdiff_t pitch, size_t halves,
-                                              uint16_t* __restrict whole, uint16_t* __restrict upper) {
-    addRows<8>(bytes, pitch, halves, whole, upper);
-}
-
-AddRows chooseAddEightRows() { return __builtin_cpu_supports("avx2") ? addEightRowsAvx2 : addRows<8>; }
-#else
-AddRows chooseAddEightRows() { return addRows<8>; }
-#endif
-
-// Sums down each half pixel's column. The picture's rows are added several at a time, so that a column's sum
-// is loaded and stored less often than the pixels. The sums of a strip stay in the first-level cache; those
-// of wider pictures would travel between the caches with every row.
-class ColumnSums {
-public:
-    static constexpr int32_t kMaxWidth = 4096;
-    static constexpr int kMaxRows = kMaxAdds;
-
-    // `rows` may be up to kMaxRows, `width` up to kMaxWidth pixels.
-    ColumnSums(uint8_t const* firstRow, ptrdiff_t pitch, int rows, int32_t width, AddRows addEight) {
-        size_t const halves = size_t(width) * 2;
-        std::fill_n(m_lower.begin(), halves, uint16_t{0});
-        std::fill_n(m_upper.begin(), halves, uint16_t{0});
-        for (; rows >= 8; rows -= 8, firstRow += 8 * pitch)
-            addEight(firstRow, pitch, halves, m_lower.data(), m_upper.data());
-        for (; rows >= 2; rows -= 2, firstRow += 2 * pitch)
-            addRows<2>(firstRow, pitch, halves, m_lower.data(), m_upper.data());
-        if (rows == 1)
-            addRows<1>(firstRow, pitch, halves, m_lower.data(), m_upper.data());
-        for (size_t i = 0; i < halves; ++i)
-            m_lower[i] = uint16_t(m_lower[i] - (m_upper[i] << 8));
-    }
-
-    void addTo(ChannelSums& sums, ColumnRange range) const {
-        uint32_t red = 0;
-        uint32_t green = 0;
-        uint32_t blue = 0;
-        for (int32_t x = range.first; x < range.last; ++x) {
-            auto const blueAndRed = wordAt<uint32_t>(&m_lower[size_t(x) * 2]);
-            auto const greenAndUnused = wordAt<uint32_t>(&m_upper[size_t(x) * 2]);
-            blue += blueAndRed & 0xFFFF;
-            red += blueAndRed >> 16;
-            green += greenAndUnused & 0xFFFF;
-        }
-        sums.red += red;
-        sums.green += green;
-        sums.blue += blue;
-    }
-
-private:
-    std::array<uint16_t, size_t{kMaxWidth} * 2> m_lower; // blue and red
-    std::array<uint16_t, size_t{kMaxWidth} * 2> m_upper; // green and unused
+// A word's pixels, each summed apart from its neighbours.
+struct PackedSums {
+    Word whole{};
+    Word upper{};
+    int adds = 0;
 };
 
-void addColumns(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows, std::span<ColumnRange const> ranges,
-                std::span<ChannelSums> sums) {
-    int32_t const left = ranges.front().first;
-    int32_t const width = ranges.back().last - left;
-    while (rows > 0) {
-        int const count = int(std::min<int64_t>(rows, ColumnSums::kMaxRows));
-        ColumnSums const columns(firstRow + ptrdiff_t{left} * 4, pitch, count, width, chooseAddEightRows());
-        for (size_t i = 0; i < ranges.size(); ++i)
-            columns.addTo(sums[i], {ranges[i].first - left, ranges[i].last - left});
-        rows -= count;
-        firstRow += count * pitch;
+void unpack(PackedSums& packed, ChannelSums& sums) {
+    using Halves = std::array<uint16_t, size_t{kWordPixels} * 2>;
+    auto const lower = std::bit_cast<Halves>(packed.whole - (packed.upper << 8)); // blue and red
+    auto const upper = std::bit_cast<Halves>(packed.upper);                       // green and unused
+    uint32_t red = 0;
+    uint32_t green = 0;
+    uint32_t blue = 0;
+    for (size_t i = 0; i < lower.size(); i += 2) {
+        blue += lower[i];
+        red += lower[i + 1];
+        green += upper[i];
     }
+    sums.red += red;
+    sums.green += green;
+    sums.blue += blue;
+    packed = {};
 }
 
-// Pixels that follow one another.
-void addRun(uint8_t const* bytes, int32_t count, ChannelSums& sums) {
-    while (count > 0) {
-        int const part = std::min(count, kMaxAdds);
-        uint32_t whole = 0;
-        uint32_t upper = 0;
-        for (int i = 0; i < part; ++i) {
-            auto const pixel = wordAt<uint32_t>(bytes + ptrdiff_t{i} * 4);
-            whole += pixel;
-            upper += (pixel >> 8) & 0x00FF00FF;
+// Adds pixels that follow one another, in `Rows` picture rows.
+template <int Rows>
+void addRun(uint8_t const* bytes, ptrdiff_t pitch, int32_t pixels, PackedSums& packed, ChannelSums& sums) {
+    while (pixels >= kWordPixels) {
+        if (packed.adds + Rows > kMaxAdds)
+            unpack(packed, sums);
+        int const words = std::min(pixels / kWordPixels, (kMaxAdds - packed.adds) / Rows);
+        Word whole = packed.whole;
+        Word upper = packed.upper;
+        auto const addWord = [&, step = pitch](uint8_t const* first) {
+            for (int row = 0; row < Rows; ++row) {
+                Word word;
+                std::memcpy(&word, first + row * step, sizeof word);
+                whole += word;
+                upper += upperOf(word);
+            }
+        };
+        int i = 0;
+        for (; i + 4 <= words; i += 4, bytes += 4 * sizeof(Word)) // without its own end each word pays 5 %
+            for (size_t k = 0; k < 4; ++k)
+                addWord(bytes + k * sizeof(Word));
+        for (; i < words; ++i, bytes += sizeof(Word))
+            addWord(bytes);
+        packed = {whole, upper, packed.adds + words * Rows};
+        pixels -= words * kWordPixels;
+    }
+    for (; pixels > 0; --pixels, bytes += 4) {
+        for (int row = 0; row < Rows; ++row) {
+            uint8_t const* const pixel = bytes + row * pitch;
+            sums.blue += pixel[0];
+            sums.green += pixel[1];
+            sums.red += pixel[2];
         }
-        uint32_t const lower = whole - (upper << 8);
-        sums.blue += lower & 0xFFFF;
-        sums.red += lower >> 16;
-        sums.green += upper & 0xFFFF;
-        bytes += ptrdiff_t{part} * 4;
-        count -= part;
     }
 }
 
-// Where rows are read whole, memory is fastest in its own order, unless the rows are so narrow that all their
-// sums stay in the first-level cache. Where they are skipped in part, several rows at once keep it busier.
-bool isFasterByColumns(int32_t width, ptrdiff_t pitch) {
-    constexpr int32_t kNarrow = 2560;
-    bool const skipsHalf = ptrdiff_t{width} * 8 <= std::abs(pitch);
-    return width <= kNarrow || (skipsHalf && width <= ColumnSums::kMaxWidth);
+template <int Rows>
+void addRows(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows, std::span<ColumnRange const> ranges,
+             std::span<ChannelSums> sums) {
+    std::array<PackedSums, kMaxRanges> packed;
+    for (; rows >= Rows; rows -= Rows, firstRow += Rows * pitch)
+        for (size_t i = 0; i < ranges.size(); ++i)
+            addRun<Rows>(firstRow + ptrdiff_t{ranges[i].first} * 4, pitch, ranges[i].last - ranges[i].first,
+                         packed[i], sums[i]);
+    for (size_t i = 0; i < ranges.size(); ++i)
+        unpack(packed[i], sums[i]);
+    if constexpr (Rows > 1)
+        addRows<1>(firstRow, pitch, rows, ranges, sums);
 }
 } // namespace
 
 void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
                     std::span<ColumnRange const> ranges, std::span<ChannelSums> sums) {
-    if (isFasterByColumns(ranges.back().last - ranges.front().first, pitch))
-        return addColumns(firstRow, pitch, rows, ranges, sums);
-    for (int64_t y = 0; y < rows; ++y, firstRow += pitch)
-        for (size_t i = 0; i < ranges.size(); ++i)
-            addRun(firstRow + ptrdiff_t{ranges[i].first} * 4, ranges[i].last - ranges[i].first, sums[i]);
+    bool const skipsHalf = ptrdiff_t{ranges.back().last - ranges.front().first} * 8 <= std::abs(pitch);
+    // Memory is fastest in its own order. Where rows are skipped in part, several at once keep it busier: it
+    // pays 60 % of a white balance.
+    if (skipsHalf)
+        addRows<8>(firstRow, pitch, rows, ranges, sums);
+    else
+        addRows<1>(firstRow, pitch, rows, ranges, sums);
 }
 } // namespace kestra

@@ -18,9 +18,11 @@ struct ColumnRange {
     int32_t last;
 };
 
+inline constexpr size_t kMaxRanges = 32;
+
 /// Adds the pixels of each column range, over `rows` picture rows that lie `pitch` bytes apart from
-/// `firstRow` on (negative: upwards), to the sums of the same index. The ranges ascend and may overlap. The
-/// rows are walked once, in memory order; no alignment is needed.
+/// `firstRow` on (negative: upwards), to the sums of the same index. There are one to kMaxRanges of them;
+/// they ascend and may overlap. No alignment is needed.
 void addChannelSums(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows,
                     std::span<ColumnRange const> ranges, std::span<ChannelSums> sums);
 } // namespace kestra

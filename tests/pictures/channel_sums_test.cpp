@@ -74,13 +74,14 @@ void expectExactSums(OddPicture const& picture, std::vector<ColumnRange> const& 
 }
 
 TEST(ChannelSums, NoColumnIsLostAtOddSizesPitchesAndAlignments) {
-    // Narrow and wide pictures are summed in different ways; 2560 pixels is where they meet.
-    for (int const width : {1, 2, 7, 33, 331, 2559, 2560, 2561, 5003}) {
+    // Ranges of half a row and of more are summed in different ways.
+    for (int const width : {1, 2, 7, 8, 33, 331, 2560, 5003}) {
         for (int const height : {1, 2, 3, 9, 23}) {
             SCOPED_TRACE(testing::Message() << width << " x " << height);
             OddPicture const picture(width, height, width % 3, height % 4);
             int const third = width / 3;
             expectExactSums(picture, {{0, width}});
+            expectExactSums(picture, {{third, third + (width + 1) / 2}});
             expectExactSums(picture, {{0, third + 1}, {third, width}, {width - 1, width}});
         }
     }
@@ -92,6 +93,7 @@ TEST(ChannelSums, WhiteOverflowsNoSumAtAnyLength) {
         expectExactSums({3, length, 0, 0, true}, {{0, 3}});
         expectExactSums({length, 3, 0, 0, true}, {{0, length}});
         expectExactSums({2600 + length, 2, 1, 3, true}, {{0, length}, {2600, 2600 + length}});
+        expectExactSums({2 * length, 17, 0, 0, true}, {{0, length}});
     }
 }
 
