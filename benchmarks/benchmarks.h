@@ -13,7 +13,6 @@ inline constexpr std::array<FrameSize, 4> kFrameSizes{{{640, 480}, {1920, 1080},
 /// Each tells the benchmark library what there is to measure. A benchmark's name is its subject, followed by
 /// the way in which it is done; its arguments are a size.
 void registerPictureBenchmarks();
-void registerOverlayBenchmarks();
 void registerDialogBenchmarks();
 void registerSolverBenchmarks();
 

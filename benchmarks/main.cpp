@@ -34,7 +34,6 @@ int main(int argc, char** argv) {
     measured.firstOpening = measureFirstOpening(); // before anything else has loaded the libraries
     measured.runAll = measureRunAll();
     registerPictureBenchmarks();
-    registerOverlayBenchmarks();
     registerDialogBenchmarks();
     registerSolverBenchmarks();
     benchmark::RunSpecifiedBenchmarks(&measured.medians);

@@ -1,20 +1,22 @@
 #pragma once
 
 #include "benchmarks/benchmarks.h"
-#include "pictures/frame.h"
 
-#include <cstdint>
 #include <vector>
 
-/// An RGB-32 picture of noise without padding between its rows.
-struct NoisePicture {
-    FrameSize size;
-    std::vector<uint32_t> pixels;
+/// A camera's pictures of noise, RGB-32 without padding, as they come from memory: one lies behind the other
+/// in one buffer of the largest frame's size, which all ways of a measurement share, so that no cache holds
+/// the next.
+class NoisePictures {
+public:
+    explicit NoisePictures(FrameSize size);
 
-    [[nodiscard]] kestra::Frame frame() const {
-        return {pixels.data(), kestra::ImageType::Rgb32, size.width, size.height, size.width * 4};
-    }
+    [[nodiscard]] FrameSize size() const { return m_size; }
+    /// The next picture's first pixel; after the last one comes the first.
+    [[nodiscard]] uint32_t const* next();
+
+private:
+    FrameSize m_size;
+    std::vector<uint32_t> const& m_noise;
+    size_t m_next = 0;
 };
-
-/// The picture of a size, made at the first call and kept: all ways are measured on the same buffer.
-[[nodiscard]] NoisePicture const& noisePicture(FrameSize size);

@@ -3,25 +3,24 @@
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
-OpencvMeans::OpencvMeans(cv::Mat picture, Blocks blocks)
-    : m_picture(std::move(picture)), m_blocks(std::move(blocks)), m_means(m_blocks.rectangles.size()) {
+OpencvMeans::OpencvMeans(Blocks blocks) : m_blocks(std::move(blocks)), m_means(m_blocks.rectangles.size()) {
     for (cv::Rect const& block : m_blocks.rectangles)
         m_area |= block;
 }
 
-void OpencvMeans::byMean() {
+void OpencvMeans::byMean(cv::Mat const& picture) {
     for (size_t i = 0; i < m_means.size(); ++i)
-        m_means[i] = cv::mean(m_picture(m_blocks.rectangles[i]));
+        m_means[i] = cv::mean(picture(m_blocks.rectangles[i]));
 }
 
-void OpencvMeans::byResize() {
-    cv::resize(m_picture(m_area), m_small, m_blocks.grid, 0, 0, cv::INTER_AREA);
+void OpencvMeans::byResize(cv::Mat const& picture) {
+    cv::resize(picture(m_area), m_small, m_blocks.grid, 0, 0, cv::INTER_AREA);
     for (size_t i = 0; i < m_means.size(); ++i)
         m_means[i] = cv::Scalar(m_small.at<cv::Vec4b>(int(i) / m_small.cols, int(i) % m_small.cols));
 }
 
-void OpencvMeans::byIntegral() {
-    cv::integral(m_picture(m_area), m_sums, CV_32S);
+void OpencvMeans::byIntegral(cv::Mat const& picture) {
+    cv::integral(picture(m_area), m_sums, CV_32S);
     auto const sumAt = [this](int x, int y) { return m_sums.at<cv::Vec4i>(y - m_area.y, x - m_area.x); };
     for (size_t i = 0; i < m_means.size(); ++i) {
         cv::Rect const& block = m_blocks.rectangles[i];

@@ -13,20 +13,19 @@ struct Blocks {
 /// `means`.
 class OpencvMeans {
 public:
-    OpencvMeans(cv::Mat picture, Blocks blocks);
+    explicit OpencvMeans(Blocks blocks);
 
     /// One mean a block.
-    void byMean();
+    void byMean(cv::Mat const& picture);
     /// The area that the blocks span, scaled down to one pixel a block. The means are rounded to whole
     /// counts, and where the blocks do not tile the area they are those of nearly the same blocks.
-    void byResize();
+    void byResize(cv::Mat const& picture);
     /// Differences of a sum table, which is exact modulo 2^32.
-    void byIntegral();
+    void byIntegral(cv::Mat const& picture);
 
     [[nodiscard]] std::vector<cv::Scalar> const& means() const { return m_means; }
 
 private:
-    cv::Mat const m_picture;
     Blocks const m_blocks;
     cv::Rect m_area;
     cv::Mat m_small;

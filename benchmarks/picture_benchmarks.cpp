@@ -1,18 +1,22 @@
 #include "benchmarks/benchmarks.h"
 #include "benchmarks/noise_picture.h"
 #include "benchmarks/opencv_means.h"
-#include "benchmarks/plain_sum.h"
+#include "benchmarks/plain_reads.h"
 #include "pictures/block_statistics.h"
+#include "pictures/lab.h"
+#include "pictures/uniformity.h"
 #include "pictures/white_balance.h"
 
+#include <QRect>
 #include <benchmark/benchmark.h>
 #include <cmath>
+#include <memory>
 #include <string>
+#include <vector>
 
 using namespace kestra;
 
-// Every way is measured on the same buffers. OpenCV's ways and the plain sum are what the plug-in is held
-// against.
+// OpenCV's ways and the plain reads are what the plug-in is held against, on the same pictures.
 
 namespace {
 FrameSize sizeOf(benchmark::State const& state) { return {int32_t(state.range(0)), int32_t(state.range(1))}; }
@@ -24,12 +28,11 @@ void countPixels(benchmark::State& state) {
 }
 
 // What is averaged of a picture: the blocks of its statistics, or its centre.
-using ChooseBlocks = Blocks (*)(NoisePicture const&);
+using ChooseBlocks = Blocks (*)(FrameSize);
 
-Blocks statisticsBlocks(NoisePicture const& picture) {
+Blocks statisticsBlocks(FrameSize size) {
     CSbl statistics;
-    FrameSize const size = picture.size;
-    statistics.measure(picture.pixels.data(), size.width, size.height, size.width);
+    statistics.measure(NoisePictures(size).next(), size.width, size.height, size.width);
     Blocks blocks{{}, {statistics.columns(), statistics.rows()}};
     for (int row = 0; row < statistics.rows(); ++row) {
         for (int column = 0; column < statistics.columns(); ++column) {
@@ -41,52 +44,62 @@ Blocks statisticsBlocks(NoisePicture const& picture) {
     return blocks;
 }
 
-Blocks centre(NoisePicture const& picture) {
-    auto const [width, height] = picture.size;
+Blocks centre(FrameSize size) {
+    auto const [width, height] = size;
     return {{cv::Rect(cv::Point(width / 4, height / 4), cv::Point(3 * width / 4, 3 * height / 4))}, {1, 1}};
 }
 
 void blockStatistics(benchmark::State& state) {
-    NoisePicture const& picture = noisePicture(sizeOf(state));
-    FrameSize const size = picture.size;
+    NoisePictures pictures(sizeOf(state));
+    FrameSize const size = pictures.size();
     auto const statistics = std::make_unique<CSbl>();
     for (auto _ : state) {
-        statistics->measure(picture.pixels.data(), size.width, size.height, size.width);
+        statistics->measure(pictures.next(), size.width, size.height, size.width);
         benchmark::DoNotOptimize(statistics->maxDeviation());
     }
     countPixels(state);
 }
 
 void whiteBalance(benchmark::State& state) {
-    Frame const frame = noisePicture(sizeOf(state)).frame();
+    NoisePictures pictures(sizeOf(state));
+    auto const [width, height] = pictures.size();
     for (auto _ : state)
-        benchmark::DoNotOptimize(meanOfCentre(frame));
+        benchmark::DoNotOptimize(meanOfCentre({pictures.next(), ImageType::Rgb32, width, height, width * 4}));
     countPixels(state);
 }
 
-void sumWholePicture(benchmark::State& state) {
-    NoisePicture const& picture = noisePicture(sizeOf(state));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(plainSum(picture.pixels.data(), picture.pixels.size()));
-    countPixels(state);
-}
-
-void sumCentre(benchmark::State& state) {
-    NoisePicture const& picture = noisePicture(sizeOf(state));
-    cv::Rect const area = centre(picture).rectangles[0];
+void plainRead(benchmark::State& state, ChooseBlocks choose, PlainRead const& way) {
+    NoisePictures pictures(sizeOf(state));
+    cv::Rect area;
+    for (cv::Rect const& block : choose(pictures.size()).rectangles)
+        area |= block;
+    int const pitch = pictures.size().width;
+    int const pieces = area.width == pitch ? 1 : area.height; // whole rows follow one another
     for (auto _ : state) {
+        uint32_t const* const first = pictures.next() + ptrdiff_t{area.y} * pitch + area.x;
         uint64_t sum = 0;
-        for (int y = area.y; y < area.y + area.height; ++y)
-            sum += plainSum(picture.pixels.data() + ptrdiff_t{y} * picture.size.width + area.x,
-                            size_t(area.width));
+        for (int piece = 0; piece < pieces; ++piece)
+            sum += way.sum(first + ptrdiff_t{piece} * pitch, size_t(area.area() / pieces));
         benchmark::DoNotOptimize(sum);
     }
     countPixels(state);
 }
 
+// What no read contains: the mean colours of the blocks are converted.
+void convertColours(benchmark::State& state) {
+    size_t const count = statisticsBlocks(sizeOf(state)).rectangles.size();
+    uint32_t const* const pixels = NoisePictures(sizeOf(state)).next();
+    for (auto _ : state) {
+        for (size_t i = 0; i < count; ++i) {
+            uint32_t const colour = pixels[i];
+            benchmark::DoNotOptimize(rgbToLab(colour >> 16 & 0xFF, colour >> 8 & 0xFF, colour & 0xFF));
+        }
+    }
+}
+
 struct OpencvWay {
     char const* name;
-    void (OpencvMeans::*run)();
+    void (OpencvMeans::*run)(cv::Mat const& picture);
     double tolerance; // counts, of a block's mean
 };
 constexpr OpencvWay kOpencvWays[] = {
@@ -96,13 +109,14 @@ constexpr OpencvWay kOpencvWays[] = {
 };
 
 // A way that came to other means would be no comparison.
-bool isSame(OpencvMeans const& means, NoisePicture const& picture, Blocks const& blocks, double tolerance) {
+bool isSame(OpencvMeans const& means, uint32_t const* pixels, int width, Blocks const& blocks,
+            double tolerance) {
     for (size_t i = 0; i < blocks.rectangles.size(); ++i) {
         cv::Rect const& block = blocks.rectangles[i];
         double red = 0;
         for (int y = block.y; y < block.y + block.height; ++y)
             for (int x = block.x; x < block.x + block.width; ++x)
-                red += (picture.pixels[size_t(y) * size_t(picture.size.width) + size_t(x)] >> 16) & 0xFF;
+                red += (pixels[ptrdiff_t{y} * width + x] >> 16) & 0xFF;
         if (std::abs(red / block.area() - means.means()[i][2]) > tolerance)
             return false;
     }
@@ -110,30 +124,51 @@ bool isSame(OpencvMeans const& means, NoisePicture const& picture, Blocks const&
 }
 
 void opencv(benchmark::State& state, ChooseBlocks choose, OpencvWay const& way) {
-    NoisePicture const& picture = noisePicture(sizeOf(state));
-    Blocks const blocks = choose(picture);
-    auto* const pixels = const_cast<uint32_t*>(picture.pixels.data()); // cv::Mat knows no read-only buffer
-    OpencvMeans means(cv::Mat(picture.size.height, picture.size.width, CV_8UC4, pixels), blocks);
-    (means.*way.run)();
-    if (!isSame(means, picture, blocks, way.tolerance))
+    NoisePictures pictures(sizeOf(state));
+    auto const [width, height] = pictures.size();
+    Blocks const blocks = choose(pictures.size());
+    OpencvMeans means(blocks);
+    auto const run = [&, w = width, h = height](uint32_t const* pixels) {
+        // cv::Mat knows no read-only buffer.
+        (means.*way.run)(cv::Mat(h, w, CV_8UC4, const_cast<uint32_t*>(pixels)));
+    };
+    uint32_t const* const first = pictures.next();
+    run(first);
+    if (!isSame(means, first, width, blocks, way.tolerance))
         state.SkipWithError("OpenCV came to other means");
     for (auto _ : state) {
-        (means.*way.run)();
+        run(pictures.next());
         benchmark::DoNotOptimize(means.means().data());
         benchmark::ClobberMemory();
     }
     countPixels(state);
 }
 
+// Rings of any size in the largest frame: the overlay costs what its ring costs.
+void overlay(benchmark::State& state) {
+    auto const [width, height] = kFrameSizes.back();
+    std::vector<uint32_t> pixels(size_t(width) * size_t(height));
+    Frame const frame{pixels.data(), ImageType::Rgb32, width, height, width * 4};
+    int const side = int(state.range(0));
+    QRect const block(QPoint(100, 100), QPoint(100 + side, 100 + side));
+    for (auto _ : state) {
+        paintRing(frame, block, 0xDD2200);
+        benchmark::ClobberMemory();
+    }
+    state.SetComplexityN(side);
+}
+
 template <typename Function>
-benchmark::internal::Benchmark* atEverySize(std::string const& name, Function function) {
+void atEverySize(std::string const& name, Function function) {
     auto* const registered = benchmark::RegisterBenchmark(name.c_str(), function);
     for (FrameSize const& size : kFrameSizes)
         registered->Args({size.width, size.height});
-    return registered;
 }
 
-void registerOpencv(std::string const& subject, ChooseBlocks choose) {
+void registerOthers(std::string const& subject, ChooseBlocks choose) {
+    for (PlainRead const& way : kPlainReads)
+        atEverySize(subject + " plain " + way.name,
+                    [choose, &way](benchmark::State& state) { plainRead(state, choose, way); });
     for (OpencvWay const& way : kOpencvWays)
         atEverySize(subject + " " + way.name,
                     [choose, &way](benchmark::State& state) { opencv(state, choose, way); });
@@ -143,15 +178,9 @@ void registerOpencv(std::string const& subject, ChooseBlocks choose) {
 void registerPictureBenchmarks() {
     cv::setNumThreads(1);
     atEverySize("block statistics plug-in", blockStatistics);
-    atEverySize("block statistics plain sum", sumWholePicture);
-    registerOpencv("block statistics", statisticsBlocks);
+    atEverySize("block statistics colours", convertColours);
+    registerOthers("block statistics", statisticsBlocks);
     atEverySize("white balance plug-in", whiteBalance);
-    // Centres that all lie in the same cache: from one cache to the next the price of a pixel changes.
-    benchmark::RegisterBenchmark("white balance by height", whiteBalance)
-        ->Args({1920, 1080})
-        ->Args({1920, 2160})
-        ->Args({1920, 3240})
-        ->Args({1920, 4320});
-    atEverySize("white balance plain sum", sumCentre);
-    registerOpencv("white balance", centre);
+    registerOthers("white balance", centre);
+    benchmark::RegisterBenchmark("overlay by side of the ring", overlay)->RangeMultiplier(2)->Range(32, 512);
 }
