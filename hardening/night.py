@@ -1,8 +1,7 @@
-"""Runs the proofs one after the other and keeps the table of what they tried and found."""
+"""Runs the proofs one after the other and keeps the table of what each tried and found last."""
 
 import argparse
 import datetime
-import os
 import re
 import subprocess
 import sys
@@ -44,7 +43,7 @@ def read_arguments():
 
 
 def run(name):
-    """A row of the table, and whether nothing was found."""
+    """The cells of a row of the table, and whether nothing was found."""
     command, pattern, told = _PROOFS[name]
     log = _LOGS / f"{name}.txt"
     print(f"{command} ...", flush=True)
@@ -57,22 +56,31 @@ def run(name):
     result = "nothing" if code == 0 else f"exit {code}: see {log.relative_to(_SOURCE)}"
     # A proof that tells nothing has proved nothing.
     is_good = code == 0 and bool(found)
-    return f"| `{command}` | {tried or 'nothing told'} | {result} | {minutes:.1f} |\n", is_good
+    today = datetime.date.today().isoformat()
+    return f"| `{command}` | {tried or 'nothing told'} | {result} | {minutes:.1f} | {today} |", is_good
+
+
+def keep(row):
+    """Puts a row in the place of the one of the same command."""
+    before, rest = _PAGE.read_text().split(_BEGIN)
+    table, after = rest.split(_END)
+    rows = dict((line.split("|")[1], line) for line in [*table.splitlines()[2:], row])
+    places = [f" `{command}` " for command, _, _ in _PROOFS.values()]
+    table = "| command | tried | found | minutes | day |\n|---|---|---|---|---|\n"
+    table += "".join(f"{rows[place]}\n" for place in places if place in rows)
+    _PAGE.write_text(before + _BEGIN + table + _END + after)
 
 
 def main():
     arguments = read_arguments()
     _LOGS.mkdir(parents=True, exist_ok=True)
-    rows, goods = zip(*[run(name) for name in arguments.proofs or _PROOFS])
-    today = datetime.date.today().isoformat()
-    table = f"The last night, {today}, on {os.cpu_count()} cores:\n\n"
-    table += "| command | tried | found | minutes |\n|---|---|---|---|\n" + "".join(rows)
-    print("\n" + table)
-    # A part of a night is no night.
-    if not arguments.proofs:
-        before, rest = _PAGE.read_text().split(_BEGIN)
-        _PAGE.write_text(before + _BEGIN + table + _END + rest.split(_END)[1])
-    sys.exit(0 if all(goods) else 1)
+    are_good = True
+    for name in arguments.proofs or _PROOFS:
+        row, is_good = run(name)
+        print(row, flush=True)
+        keep(row)
+        are_good = are_good and is_good
+    sys.exit(0 if are_good else 1)
 
 
 if __name__ == "__main__":
