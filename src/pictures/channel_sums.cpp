@@ -14,7 +14,7 @@ static_assert(std::endian::native == std::endian::little);
 
 namespace {
 #ifdef __GNUC__
-// 16-bit sums side by side in a vector, which pays 10 % at 640 x 480.
+// 16-bit sums side by side in a vector, which pays 30 % of the block statistics at 640 x 480.
 using Word [[gnu::vector_size(16)]] = uint16_t;
 Word upperOf(Word word) { return word >> 8; }
 #else
@@ -67,7 +67,7 @@ void addRun(uint8_t const* bytes, ptrdiff_t pitch, int32_t pixels, PackedSums& p
             }
         };
         int i = 0;
-        for (; i + 4 <= words; i += 4, bytes += 4 * sizeof(Word)) // without its own end each word pays 5 %
+        for (; i + 4 <= words; i += 4, bytes += 4 * sizeof(Word)) // no end at each word, which pays 12 %
             for (size_t k = 0; k < 4; ++k)
                 addWord(bytes + k * sizeof(Word));
         for (; i < words; ++i, bytes += sizeof(Word))
