@@ -1,6 +1,3 @@
-#include "headboard/eeprom_chain.h"
-#include "headboard/headboard_eeprom.h"
-
 #include "tests/headboard/headboard_fixture.h"
 
 using namespace kestra;
@@ -17,7 +14,7 @@ TEST_F(Slot, AllUsersShareOneEepromUntilItIsRenewed) {
     EXPECT_EQ(slot, sharedEeprom(slot, nullptr).data());
     ASSERT_EQ(EepromFormat(*first, -1), kEepromOk);
     EepromUse use(slot);
-    HeadboardEeprom const& second = use.renew(fake.camera());
+    HeadboardEeprom& second = use.renew(fake.camera());
     EXPECT_TRUE(first->image.empty()) << "what was not written is dropped";
     EXPECT_NE(slot, first.data());
     EXPECT_EQ(slot, &second);
@@ -28,17 +25,17 @@ TEST_F(Slot, AllUsersShareOneEepromUntilItIsRenewed) {
 
 // The host may delete a page inside any transfer of its save.
 TEST_F(Slot, APageThatIsGoneReachesTheDeviceOnlyToEndAFlush) {
-    std::array<uint8_t, 4> const bytes = {1, 2, 3, 4};
+    Bytes const bytes = {1, 2, 3, 4};
     EepromUse use(slot);
-    ASSERT_EQ(HeadboardEepromPut(use.take(fake.camera()), 0, 4, bytes.data()), kEepromOk);
+    HeadboardEeprom& taken = use.take(fake.camera());
+    ASSERT_EQ(HeadboardEepromPut(taken, 0, 4, bytes.data()), kEepromOk);
     host.onCall = [&](std::string const& call) {
         if (call.starts_with("writeBus"))
             use.abandon();
     };
-    HeadboardEeprom& taken = use.take(fake.camera());
     EXPECT_EQ(HeadboardEepromFlush(taken), kEepromOk);
     host.onCall = nullptr;
-    EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), board.device.begin()));
+    EXPECT_EQ(onDevice(0, 4), bytes);
     EXPECT_EQ(slot, nullptr) << "the next user gets another one";
     auto const operations = board.operations;
     EXPECT_EQ(HeadboardEepromLoad(taken, 100, 1), kEepromFailed);
@@ -52,18 +49,17 @@ TEST_F(Slot, APageThatIsGoneReachesTheDeviceOnlyToEndAFlush) {
 }
 
 TEST_F(Slot, ProbeFormatsABlankDeviceAndTellsSilenceFromFailure) {
-    EXPECT_EQ(probeEeprom(*eeprom), EepromState::Present);
-    std::vector<uint8_t> const head(board.device.begin(), board.device.begin() + 6);
-    EXPECT_EQ(head, (std::vector<uint8_t>{'V', 'Y', 'E', 'E', 1, 0xFF}));
-    int64_t const written = board.operations;
-    EXPECT_EQ(probeEeprom(*eeprom), EepromState::Present);
-    EXPECT_EQ(board.operations, written) << "a formatted one is left alone";
-    using Row = std::tuple<bool, DeviceFault, EepromState>;
-    for (auto const& [isFormatted, fault, presence] :
-         {Row{true, DeviceFault::NoAcknowledge, EepromState::Absent},
-          Row{true, DeviceFault::TransportFailed, EepromState::Unknown},
-          Row{false, DeviceFault::NoAcknowledge, EepromState::Absent},
-          Row{false, DeviceFault::TransportFailed, EepromState::Absent}}) {
+    for (int64_t const operations : {4, 0}) { // a formatted one is left alone
+        board.operations = 0;
+        EXPECT_EQ(probeEeprom(*eeprom), EepromState::Present);
+        EXPECT_EQ(board.operations, operations);
+        EXPECT_EQ(onDevice(0, 6), (Bytes{'V', 'Y', 'E', 'E', 1, 0xFF}));
+    }
+    using enum DeviceFault;
+    for (auto const& [isFormatted, fault, presence] : {std::tuple(true, NoAcknowledge, EepromState::Absent),
+                                                       {true, TransportFailed, EepromState::Unknown},
+                                                       {false, NoAcknowledge, EepromState::Absent},
+                                                       {false, TransportFailed, EepromState::Absent}}) {
         HeadboardEepromRelease(*eeprom);
         board.device[0] = isFormatted ? 'V' : 0xFF;
         // A read comes first: of a blank device it succeeds, and the write of the header meets the fault.

@@ -7,12 +7,14 @@
 #include "tests/support/fake_libraries.h"
 
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace kestra {
+using Bytes = std::vector<uint8_t>;
 enum class Path { Raw, Bridge, BusDescription };
-constexpr Path kPaths[] = {Path::Raw, Path::Bridge, Path::BusDescription};
 
-/// A headboard whose EEPROM is reached in one of the three ways, with the library's calls in `host.log`.
+/// A headboard whose EEPROM is reached in one of the three ways, with the library's calls in `host.log`, and
+/// the operations on its EEPROM.
 struct Headboard {
     explicit Headboard(Path path = Path::Raw) {
         fake.description.sensorKind = path == Path::Raw ? 33 : 71;
@@ -26,10 +28,42 @@ struct Headboard {
         host.log.clear();
     }
 
-    /// Fills the image as if it had been read, so that nothing asks the device.
-    void setImage(std::vector<uint8_t> const& bytes) {
-        eeprom->image = bytes;
-        eeprom->state.assign(bytes.size(), ByteState::Current);
+    EepromStatus load(int32_t offset, int32_t count) { return HeadboardEepromLoad(*eeprom, offset, count); }
+    EepromStatus put(int32_t offset, Bytes const& bytes) {
+        return HeadboardEepromPut(*eeprom, offset, int32_t(bytes.size()), bytes.data());
+    }
+    EepromStatus flush() { return HeadboardEepromFlush(*eeprom); }
+    EepromStatus verify() { return HeadboardEepromVerify(*eeprom, 0, -1); }
+
+    void format() { ASSERT_EQ(EepromFormat(*eeprom, -1), kEepromOk); }
+    EepromStatus append(EepromRecord const& record) { return EepromAppendRecord(*eeprom, record); }
+    int32_t find(uint8_t type, char const* name = nullptr, int32_t start = 0) {
+        return EepromFindRecord(*eeprom, type, name, start);
+    }
+    int32_t end() { return find(kRecordEnd); }
+    /// The bytes of a record where it stands; empty when it cannot be read.
+    [[nodiscard]] Bytes record(int32_t offset) {
+        Bytes bytes(size_t(std::max(EepromReadRecord(*eeprom, offset, {}), 0)));
+        return EepromReadRecord(*eeprom, offset, bytes) < 0 ? Bytes() : bytes;
+    }
+    /// The entries of a register set.
+    [[nodiscard]] std::vector<RegisterEntry> entries(std::span<uint8_t const> record) {
+        std::vector<RegisterEntry> found;
+        for (RegisterEntry entry; EepromGetEntry(*eeprom, record, int32_t(found.size()), entry) == kEepromOk;)
+            found.push_back(entry);
+        return found;
+    }
+
+    /// The device's bytes from an offset on.
+    [[nodiscard]] Bytes onDevice(ptrdiff_t offset, ptrdiff_t count) const {
+        return {board.device.begin() + offset, board.device.begin() + offset + count};
+    }
+    /// The calls so far, with "; " between them; the log then begins anew.
+    [[nodiscard]] std::string takeLog() {
+        std::string joined;
+        for (std::string const& call : std::exchange(host.log, {}))
+            joined += (joined.empty() ? "" : "; ") + call;
+        return joined;
     }
 
     FakeHost host;
@@ -39,29 +73,13 @@ struct Headboard {
 };
 
 /// A record of any type with these payload bytes.
-inline EepromRecord recordOf(uint8_t type, std::vector<uint8_t> const& payload) {
+inline EepromRecord recordOf(uint8_t type, Bytes const& payload) {
     EepromRecord record = EepromNewRecord(type, 8112, 0);
     EXPECT_TRUE(record.append(payload));
     return record;
 }
 
-/// The bytes of a record where it stands in the EEPROM; empty when it cannot be read.
-inline std::vector<uint8_t> readRecord(EepromShare const& eeprom, int32_t offset) {
-    int32_t const size = EepromReadRecord(*eeprom, offset, {});
-    std::vector<uint8_t> bytes(size_t(std::max(size, 0)));
-    return EepromReadRecord(*eeprom, offset, bytes) < 0 ? std::vector<uint8_t>() : bytes;
-}
-
-/// The entries of a register set.
-inline std::vector<RegisterEntry> entriesOf(EepromShare const& eeprom, std::vector<uint8_t> const& record) {
-    std::vector<RegisterEntry> found;
-    RegisterEntry entry;
-    while (EepromGetEntry(*eeprom, record, int32_t(found.size()), entry) == kEepromOk)
-        found.push_back(entry);
-    return found;
-}
-
-inline std::vector<uint8_t> bytesOf(EepromRecord const& record) {
-    return {record.bytes().begin(), record.bytes().end()};
+inline EepromRecord registerSet(char const* name, int32_t capacity = 8112) {
+    return makeRegisterSet(kRecordPga, capacity, name);
 }
 } // namespace kestra

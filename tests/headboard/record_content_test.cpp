@@ -3,44 +3,41 @@
 using namespace kestra;
 
 namespace {
-using Bytes = std::vector<uint8_t>;
-
 struct RecordContent : ::testing::Test, Headboard {
-    Bytes content() const { return {record.payload().begin() + 9, record.payload().end()}; }
-    int32_t add(RegisterEntry const& entry) { return EepromAddEntry(*eeprom, record, entry); }
-    RegisterEntry entry(size_t n) const { return entriesOf(eeprom, bytesOf(record)).at(n); }
-    EepromRecord record = makeRegisterSet(kRecordPga, 8112, "N");
+    int32_t add(RegisterEntry const& entry) { return EepromAddEntry(*eeprom, set, entry); }
+    RegisterEntry entry(size_t n) { return entries(set.bytes()).at(n); }
+    EepromRecord set = registerSet("N");
 };
 
 TEST_F(RecordContent, EntriesOfOneKindShareABlock) {
     fake.description.registerDataWidth = 8;
-    ASSERT_EQ(add({0, 0, 0x3600, 2, 0, 0x1234}), kEepromOk);
-    ASSERT_EQ(add({0, 0, 0x3602, 2, 0, 0x5678}), kEepromOk);
-    ASSERT_EQ(add({1, 18, 0x42, 1, 0, 7}), kEepromOk);
-    ASSERT_EQ(add({0, 0, 0x3780, 2, 0x8000, 0x12345678}), kEepromOk);
-    EXPECT_EQ(content(), (Bytes{3, 0,    8,    0x36, 0, 0x12, 0x34, 0x36, 2, 0x56, 0x78, 4,    0,
-                                4, 0xC8, 0x42, 0,    7, 2,    0,    18,   0, 0,    0,    0,    0,
-                                0, 0,    0x37, 0x80, 2, 0,    0,    0x80, 0, 0x12, 0x34, 0x56, 0x78}));
-    EXPECT_EQ(entry(1), (RegisterEntry{0, 0, 0x3602, 2, 0, 0x5678}));
-    EXPECT_EQ(entry(2), (RegisterEntry{1, 18, 0x42, 1, 0, 7}));
-    EXPECT_EQ(entry(3), (RegisterEntry{0, 0, 0x3780, 2, 0x8000, 0x12345678}));
-    EXPECT_EQ(entriesOf(eeprom, bytesOf(record)).size(), 4U);
+    std::vector<RegisterEntry> const all = {{0, 0, 0x3600, 2, 0, 0x1234},
+                                            {0, 0, 0x3602, 2, 0, 0x5678},
+                                            {1, 18, 0x42, 1, 0, 7},
+                                            {0, 0, 0x3780, 2, 0x8000, 0x12345678}};
+    for (RegisterEntry const& each : all)
+        ASSERT_EQ(add(each), kEepromOk);
+    EXPECT_EQ(Bytes(set.payload().begin() + 9, set.payload().end()),
+              (Bytes{3, 0,    8,    0x36, 0, 0x12, 0x34, 0x36, 2, 0x56, 0x78, 4,    0,
+                     4, 0xC8, 0x42, 0,    7, 2,    0,    18,   0, 0,    0,    0,    0,
+                     0, 0,    0x37, 0x80, 2, 0,    0,    0x80, 0, 0x12, 0x34, 0x56, 0x78}));
+    EXPECT_EQ(entries(set.bytes()), all);
 }
 
 TEST_F(RecordContent, KindFollowsClassSizeMaskAndTheSensorsWidths) {
-    using Row = std::tuple<RegisterEntry, uint32_t, bool, int>;
-    for (auto const& [added, dataWidth, hasDescription, kind] :
-         {Row{{0, 0, 1, 0, 0, 0}, 16, true, 3}, Row{{0, 0, 1, 1, 0, 0}, 16, true, 3},
-          Row{{0, 0, 1, 2, 0, 0}, 16, true, 2}, Row{{0, 0, 1, 2, 0, 0}, 8, true, 3},
-          Row{{0, 0, 1, 1, 0, 0}, 0, true, 2}, Row{{0, 0, 1, 4, 0, 0}, 16, false, 3},
-          Row{{0, 0, 1, 0, 1, 0}, 16, false, 2}, Row{{1, 0, 1, 0, 0, 0}, 16, true, 4},
-          Row{{1, 0, 1, 4, 0, 0}, 16, true, 2}, Row{{1, 0, 1, 1, 1, 0}, 16, true, 2},
-          Row{{2, 0, 1, 1, 0, 0}, 16, true, 2}}) {
-        fake.description.registerDataWidth = dataWidth;
-        fake.hasDescription = hasDescription;
-        record = makeRegisterSet(kRecordPga, 8112, nullptr);
-        ASSERT_EQ(add(added), kEepromOk);
-        EXPECT_EQ(content()[0], kind) << added.registerClass << ' ' << added.size;
+    struct {
+        uint32_t registerClass, size, mask;
+        int dataWidth; // -1: without a description
+        int kind;
+    } const rows[] = {{0, 0, 0, 16, 3}, {0, 1, 0, 16, 3}, {0, 2, 0, 16, 2}, {0, 2, 0, 8, 3},
+                      {0, 1, 0, 0, 2},  {0, 4, 0, -1, 3}, {0, 0, 1, -1, 2}, {1, 0, 0, 16, 4},
+                      {1, 4, 0, 16, 2}, {1, 1, 1, 16, 2}, {2, 1, 0, 16, 2}};
+    for (auto const& row : rows) {
+        fake.description.registerDataWidth = uint32_t(row.dataWidth);
+        fake.hasDescription = row.dataWidth >= 0;
+        set = registerSet(nullptr);
+        ASSERT_EQ(add({row.registerClass, 0, 1, row.size, row.mask, 0}), kEepromOk);
+        EXPECT_EQ(set.payload()[9], row.kind) << row.registerClass << ' ' << row.size;
     }
 }
 
@@ -62,56 +59,66 @@ TEST_F(RecordContent, EntryWithoutSizeTakesThatOfItsRegister) {
 }
 
 TEST_F(RecordContent, ClassAndIdFollowTheAddressSpace) {
-    using Row = std::tuple<uint32_t, bool, uint32_t, uint32_t, uint32_t, uint32_t>;
     board.add("R", 0, 6, 0x20, 4, 0xABCD);
     board.addBitfield("R", "B", 0xFF00);
-    // Where an entry carries no size, that of the register with the same class and id is taken.
-    for (auto const& [space, pages, maps, registerClass, id, size] :
-         {Row{0, false, 0, 0, 0, 0}, Row{0, true, 0, 0, 6, 4}, Row{3, true, 0, 0, 6, 0},
-          Row{10, false, 0, 0, 0, 0}, Row{1, false, 0, 1, 6, 4}, Row{2, false, 0, 2, 6, 4},
-          Row{5, false, 0, 5, 6, 4}, Row{6, false, 0, 6, 6, 4}, Row{8, false, 0, 8, 6, 4},
-          Row{9, false, 0, 9, 6, 4}, Row{4, true, 0x80, 4, 0, 0}, Row{4, true, 0x10, 4, 6, 4},
-          Row{7, true, 0x10, 7, 0, 0}, Row{7, true, 0x80, 7, 6, 4}}) {
-        board.registers["R"].description.addressSpace = space;
-        fake.description.hasPageSelect = pages;
-        fake.description.secondaryMaps = maps;
-        record = makeRegisterSet(kRecordPga, 8112, nullptr);
-        ASSERT_EQ(EepromAddRegisterCurrent(*eeprom, record, "R", "B"), kEepromOk);
-        EXPECT_EQ(entry(0), (RegisterEntry{registerClass, id, 0x20, size, 0xFF00, 0xAB})) << space;
+    struct {
+        uint32_t space;
+        bool pages;
+        uint32_t maps, registerClass, id, size;
+    } const rows[] = {// Where an entry carries no size, that of the register with its class and id is taken.
+                      {0, false, 0, 0, 0, 0},   {0, true, 0, 0, 6, 4},    {3, true, 0, 0, 6, 0},
+                      {10, false, 0, 0, 0, 0},  {1, false, 0, 1, 6, 4},   {2, false, 0, 2, 6, 4},
+                      {5, false, 0, 5, 6, 4},   {6, false, 0, 6, 6, 4},   {8, false, 0, 8, 6, 4},
+                      {9, false, 0, 9, 6, 4},   {4, true, 0x80, 4, 0, 0}, {4, true, 0x10, 4, 6, 4},
+                      {7, true, 0x10, 7, 0, 0}, {7, true, 0x80, 7, 6, 4}};
+    for (auto const& row : rows) {
+        board.registers["R"].description.addressSpace = row.space;
+        fake.description.hasPageSelect = row.pages;
+        fake.description.secondaryMaps = row.maps;
+        set = registerSet(nullptr);
+        ASSERT_EQ(EepromAddRegisterCurrent(*eeprom, set, "R", "B"), kEepromOk);
+        EXPECT_EQ(entry(0), (RegisterEntry{row.registerClass, row.id, 0x20, row.size, 0xFF00, 0xAB}))
+            << row.space;
     }
-    EXPECT_EQ(EepromAddRegister(*eeprom, record, "R", "X", 1), kEepromFailed);
-    EXPECT_EQ(EepromAddRegister(*eeprom, record, "X", "", 1), kEepromFailed);
-    EXPECT_EQ(EepromAddRegisterCurrent(*eeprom, record, "X", ""), kEepromFailed);
+    EXPECT_EQ(EepromAddRegister(*eeprom, set, "R", "X", 1), kEepromFailed);
+    EXPECT_EQ(EepromAddRegister(*eeprom, set, "X", "", 1), kEepromFailed);
+    EXPECT_EQ(EepromAddRegisterCurrent(*eeprom, set, "X", ""), kEepromFailed);
 }
 
-TEST_F(RecordContent, CapacityBoundsEntriesAndLines) {
-    record = makeRegisterSet(kRecordPga, 40, nullptr);
-    ASSERT_EQ(add({2, 0, 1, 1, 0, 0}), kEepromOk); // 9 + 3 + 18
-    EXPECT_EQ(add({2, 0, 1, 1, 0, 0}), kEepromNoRoom);
-    record = makeRegisterSet(kRecordPga, 42, nullptr);
-    ASSERT_EQ(add({2, 0, 1, 1, 0, 0}), kEepromOk);
-    EXPECT_EQ(add({2, 0, 1, 1, 0, 5}), kEepromOk) << "accepted below the limit, it may end beyond it";
-    EXPECT_EQ(entry(1).value, 5U);
-    EXPECT_EQ(add({2, 0, 1, 1, 0, 0}), kEepromNoRoom);
+TEST_F(RecordContent, CapacityBoundsEntriesAndLinesAndTheLengthEveryPayload) {
+    RegisterEntry const full = {2, 0, 1, 1, 0, 5};
+    set = registerSet(nullptr, 40);
+    ASSERT_EQ(add(full), kEepromOk); // 9 + 3 + 18
+    EXPECT_EQ(add(full), kEepromNoRoom);
+    set = registerSet(nullptr, 42);
+    ASSERT_EQ(add(full), kEepromOk);
+    EXPECT_EQ(add(full), kEepromOk) << "accepted below the limit, it may end beyond it";
+    EXPECT_EQ(add(full), kEepromNoRoom);
+    EXPECT_EQ(entries(set.bytes()), (std::vector{full, full}));
 
-    record = makeRegisterSet(kRecordSwPga, 30, nullptr);
-    EXPECT_EQ(EepromAddLine(record, std::string(14, 'x')), kEepromNoRoom);
-    EXPECT_EQ(EepromAddLine(record, std::string(13, 'x')), kEepromOk);
-    record = makeRegisterSet(kRecordSwPga, INT32_MAX, nullptr);
-    EXPECT_EQ(EepromAddLine(record, std::string(65600, 'x')), kEepromNoRoom) << "no length can tell it";
+    set = registerSet(nullptr, 30);
+    EXPECT_EQ(EepromAddLine(set, std::string(14, 'x')), kEepromNoRoom);
+    EXPECT_EQ(EepromAddLine(set, std::string(13, 'x')), kEepromOk);
+    set = registerSet(nullptr, INT32_MAX);
+    EXPECT_EQ(EepromAddLine(set, std::string(65600, 'x')), kEepromNoRoom) << "no length can tell it";
+    set = EepromNewRecord(kRecordCustomerData, 0x10000, 0xFFFE);
+    EXPECT_TRUE(set.append(Bytes{7}));
+    EXPECT_FALSE(set.append(Bytes{7}));
+    EXPECT_EQ(set.length(), 0xFFFF);
+    EXPECT_EQ(getU16Be(set.bytes(), 1), 0xFFFFU);
 }
 
 TEST_F(RecordContent, LinesAreCountedFromBehindTheName) {
-    ASSERT_EQ(EepromAddLine(record, "WB Speed,3"), kEepromOk);
-    ASSERT_EQ(EepromAddLine(record, ""), kEepromOk);
-    ASSERT_TRUE(record.append(Bytes{'c', 'u', 't'}));
+    ASSERT_EQ(EepromAddLine(set, "WB Speed,3"), kEepromOk);
+    ASSERT_EQ(EepromAddLine(set, ""), kEepromOk);
+    ASSERT_TRUE(set.append(Bytes{'c', 'u', 't'}));
     std::string line;
-    EXPECT_EQ(EepromGetLine(record.bytes(), 0, &line), 10);
+    EXPECT_EQ(EepromGetLine(set.bytes(), 0, &line), 10);
     EXPECT_EQ(line, "WB Speed,3");
-    EXPECT_EQ(EepromGetLine(record.bytes(), 1), 0);
-    EXPECT_EQ(EepromGetLine(record.bytes(), 2, &line), 3);
+    EXPECT_EQ(EepromGetLine(set.bytes(), 1), 0);
+    EXPECT_EQ(EepromGetLine(set.bytes(), 2, &line), 3);
     EXPECT_EQ(line, "cut");
-    EXPECT_EQ(EepromGetLine(record.bytes(), 3, &line), kEepromFailed);
+    EXPECT_EQ(EepromGetLine(set.bytes(), 3, &line), kEepromFailed);
     EXPECT_EQ(add({0, 0, 1, 0, 0, 0}), kEepromFailed) << "lines are no blocks of entries";
 }
 } // namespace

@@ -3,24 +3,17 @@
 #include "headboard/register_names.h"
 #include "tests/headboard/headboard_fixture.h"
 
-#include <algorithm>
 #include <set>
 #include <sstream>
 
 using namespace kestra;
 
 namespace {
-// The names of the stored entries and what they set, in order: "NAME.BITFIELD=value".
-using Replay = std::vector<std::string>;
-
+// What is stored and in which order: "NAME.BITFIELD=value", with blanks between them.
 struct RegisterRecord : ::testing::Test, Headboard {
     RegisterRecord() {
         fake.description.registerDataWidth = 8;
-        EXPECT_EQ(EepromFormat(*eeprom, -1), kEepromOk);
-    }
-    void setModel(uint32_t kind, uint32_t variant) {
-        fake.description.sensorKind = kind;
-        fake.description.variant = variant;
+        format();
     }
     // Registers with addresses of their own and the values 1, 2, 3 and so on.
     void addRegisters(std::initializer_list<char const*> names) {
@@ -34,13 +27,15 @@ struct RegisterRecord : ::testing::Test, Headboard {
         board.addBitfield(reg, bitfield, 1);
         board.registers[reg].value = isOn;
     }
-
-    Replay replay(uint8_t type, char const* name) {
-        Replay lines;
-        for (RegisterEntry const& entry :
-             entriesOf(eeprom, readRecord(eeprom, EepromFindRecord(*eeprom, type, name, 0))))
-            lines.push_back(describe(entry));
-        return lines;
+    void expectStored(char const* name, std::string const& expected, uint8_t type = kRecordPga) {
+        std::string stored;
+        for (RegisterEntry const& entry : entries(record(find(type, name))))
+            stored += (stored.empty() ? "" : " ") + describe(entry);
+        EXPECT_EQ(stored, expected);
+    }
+    void expectSaved(std::string const& expected, SensorModel fallback = {}) {
+        ASSERT_EQ(saveShadingRegisters(*eeprom, "N", fallback), kEepromOk);
+        expectStored("N", expected);
     }
 
 private:
@@ -89,63 +84,55 @@ TEST_F(RegisterRecord, CorrectionIsOffWhileItsRegistersAreRead) {
     addEnable("POLY_SC_ENABLE", "ENABLE", true); // first in order, so the other one is left alone
     addRegisters({"P_GR_P0Q0", "P_CB_P4Q4", "CENTER_ROW"});
     ASSERT_EQ(saveShadingRegisters(*eeprom, "KestraTune", {}), kEepromOk);
-    EXPECT_EQ(replay(kRecordPga, "KestraTu"), (Replay{"POLY_SC_ENABLE.ENABLE=0", "P_GR_P0Q0=3", "P_CB_P4Q4=4",
-                                                      "CENTER_ROW=5", "POLY_SC_ENABLE.ENABLE=1"}));
-    std::vector<std::string> log;
-    for (std::string const& call : host.log)
-        if (call.starts_with("read P") || call.starts_with("write") || call == "invalidateCache")
-            log.push_back(call);
-    EXPECT_EQ(log, (std::vector<std::string>{"read POLY_SC_ENABLE ENABLE", "write POLY_SC_ENABLE ENABLE 0",
-                                             "invalidateCache", "read P_GR_P0Q0 ", "read P_CB_P4Q4 ",
-                                             "write POLY_SC_ENABLE ENABLE 1"}));
-    EXPECT_EQ(host.calls("writeBus"), Replay{}) << "the caller flushes";
+    std::erase_if(host.log, [](std::string const& call) {
+        return !call.starts_with("read P") && !call.starts_with("write") && call != "invalidateCache";
+    });
+    EXPECT_EQ(takeLog(), "read POLY_SC_ENABLE ENABLE; write POLY_SC_ENABLE ENABLE 0; invalidateCache; "
+                         "read P_GR_P0Q0 ; read P_CB_P4Q4 ; write POLY_SC_ENABLE ENABLE 1")
+        << "the caller flushes";
+    expectStored("KestraTu", "POLY_SC_ENABLE.ENABLE=0 P_GR_P0Q0=3 P_CB_P4Q4=4 CENTER_ROW=5 "
+                             "POLY_SC_ENABLE.ENABLE=1");
 }
 
 TEST_F(RegisterRecord, SensorIsNotWrittenWhereNothingHasToBeSwitched) {
     addRegisters({"P_GR_P0Q0"});
     ASSERT_EQ(saveShadingRegisters(*eeprom, nullptr, {}), kEepromOk);
-    EXPECT_EQ(replay(kRecordPga, "default"), Replay{"P_GR_P0Q0=1"});
+    expectStored("default", "P_GR_P0Q0=1");
     addEnable("POLY_SC_ENABLE", "ENABLE", false);
     ASSERT_EQ(saveShadingRegisters(*eeprom, nullptr, {}), kEepromOk);
-    EXPECT_EQ(replay(kRecordPga, "DEFAULT"),
-              (Replay{"POLY_SC_ENABLE.ENABLE=0", "P_GR_P0Q0=1", "POLY_SC_ENABLE.ENABLE=1"}));
-    EXPECT_EQ(host.calls("write"), Replay{});
+    expectStored("DEFAULT", "POLY_SC_ENABLE.ENABLE=0 P_GR_P0Q0=1 POLY_SC_ENABLE.ENABLE=1");
+    EXPECT_TRUE(host.calls("write").empty());
     EXPECT_EQ(host.calls("invalidateCache").size(), 1U);
-    // The first was replaced.
-    EXPECT_EQ(EepromNextRecord(*eeprom, EepromNextRecord(*eeprom, 5)), kEepromNoRecord);
+    EXPECT_EQ(EepromNextRecord(*eeprom, 5), end()) << "the first was replaced";
 }
 
 // Sensors that have all of these registers are met as whole cameras.
 TEST_F(RegisterRecord, Kind68WithoutARegisterStoresWhatDoesNotHangOnIt) {
     addEnable("COLOR_PIPELINE_CONTROL", "PGA_ENABLE", false);
     addRegisters({"P_CR_Q5", "PGASETUP_MODE", "PGAOUTPUT_CURZONE", "SEQUENCERSETUP_CMD"});
-    auto const expect = [&](uint32_t variant, Replay const& tail) {
-        setModel(68, variant);
-        ASSERT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromOk);
-        Replay all = {"COLOR_PIPELINE_CONTROL.PGA_ENABLE=0", "P_CR_Q5=2"};
-        all.insert(all.end(), tail.begin(), tail.end());
-        all.emplace_back("COLOR_PIPELINE_CONTROL.PGA_ENABLE=1");
-        EXPECT_EQ(replay(kRecordPga, "N"), all) << variant;
+    fake.description.sensorKind = 68;
+    auto const expect = [&](uint32_t variant, std::string const& tail) {
+        fake.description.variant = variant;
+        expectSaved("COLOR_PIPELINE_CONTROL.PGA_ENABLE=0 P_CR_Q5=2 " + tail +
+                    "COLOR_PIPELINE_CONTROL.PGA_ENABLE=1");
     };
-    expect(1, {"PGASETUP_MODE=1", "SEQUENCERSETUP_CMD=255"});
-    expect(2, {"PGAOUTPUT_CURZONE=4"});
+    expect(1, "PGASETUP_MODE=1 SEQUENCERSETUP_CMD=255 ");
+    expect(2, "PGAOUTPUT_CURZONE=4 ");
     addRegisters({"SEQUENCERSETUP_MANUALOBJ"});
     board.registers.erase("PGASETUP_MODE");
-    Replay pairs;
+    std::string pairs;
     for (char const* const object : {"339", "595", "851", "338"})
-        pairs.insert(pairs.end(),
-                     {std::string("SEQUENCERSETUP_MANUALOBJ=") + object, "SEQUENCERSETUP_CMD=255"});
+        pairs += std::string("SEQUENCERSETUP_MANUALOBJ=") + object + " SEQUENCERSETUP_CMD=255 ";
     expect(1, pairs);
 }
 
 TEST_F(RegisterRecord, HostsRecordTellsTheModelOfASensorWithoutDescription) {
     addRegisters({"P_GR_P0Q0", "PGA_TABLE_A_DATA_0"});
-    setModel(76, 1);
-    ASSERT_EQ(saveShadingRegisters(*eeprom, "N", {76, 2}), kEepromOk);
-    EXPECT_EQ(replay(kRecordPga, "N"), (Replay{"P_GR_P0Q0=1", "PGA_TABLE_A_DATA_0=2"}));
+    fake.description.sensorKind = 76;
+    fake.description.variant = 1;
+    expectSaved("P_GR_P0Q0=1 PGA_TABLE_A_DATA_0=2", {76, 2});
     fake.hasDescription = false;
-    ASSERT_EQ(saveShadingRegisters(*eeprom, "N", {76, 2}), kEepromOk);
-    EXPECT_EQ(replay(kRecordPga, "N"), (Replay{"PGA_TABLE_A_DATA_0=2"}));
+    expectSaved("PGA_TABLE_A_DATA_0=2", {76, 2});
 }
 
 TEST_F(RegisterRecord, CcmRecordHoldsItsRegistersOnly) {
@@ -154,24 +141,23 @@ TEST_F(RegisterRecord, CcmRecordHoldsItsRegistersOnly) {
         {"AWB_CCM_L_0", "CAM_AWB_CCM_RL_10", "PGA_CURRENT_ZONE", "AWBTRACKCONFIG_CCMDATA_2_COLORTEMP"});
     ASSERT_EQ(saveCcmRegisters(*eeprom, "A very long name"), kEepromOk);
     ASSERT_EQ(saveCcmRegisters(*eeprom, "A very long name"), kEepromOk);
-    EXPECT_EQ(replay(kRecordCcm, "A very l"),
-              (Replay{"AWB_CCM_L_0=2", "CAM_AWB_CCM_RL_10=3", "AWBTRACKCONFIG_CCMDATA_2_COLORTEMP=5"}));
-    EXPECT_EQ(EepromNextRecord(*eeprom, EepromNextRecord(*eeprom, 5)), kEepromNoRecord);
-    EXPECT_EQ(host.calls("write"), Replay{});
+    expectStored("A very l", "AWB_CCM_L_0=2 CAM_AWB_CCM_RL_10=3 AWBTRACKCONFIG_CCMDATA_2_COLORTEMP=5",
+                 kRecordCcm);
+    EXPECT_EQ(EepromNextRecord(*eeprom, 5), end()) << "the first was replaced";
+    EXPECT_TRUE(host.calls("write").empty());
 }
 
 TEST_F(RegisterRecord, FullOrUnformattedEepromIsReported) {
     addRegisters({"P_GR_P0Q0"});
     ASSERT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromOk);
-    ASSERT_EQ(EepromAppendRecord(*eeprom, recordOf(kRecordCustomerData, std::vector<uint8_t>(8140))),
-              kEepromOk);
+    ASSERT_EQ(append(recordOf(kRecordCustomerData, Bytes(8140))), kEepromOk);
     addRegisters({"CENTER_ROW", "CENTER_COLUMN", "P_CB_P4Q4"});
     EXPECT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromNoRoom);
-    EXPECT_EQ(EepromFindRecord(*eeprom, kRecordPga, "N", 0), kEepromNoRecord) << "the old one went first";
+    EXPECT_EQ(find(kRecordPga, "N"), kEepromNoRecord) << "the old one went first";
     eeprom->image[0] = 'X';
     host.log.clear();
     EXPECT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromNotFormatted);
     EXPECT_EQ(saveCcmRegisters(*eeprom, "N"), kEepromNotFormatted);
-    EXPECT_EQ(host.log, Replay{});
+    EXPECT_EQ(takeLog(), "");
 }
 } // namespace

@@ -8,6 +8,7 @@ using namespace kestra;
 
 namespace {
 using std::chrono::milliseconds;
+constexpr Path kPaths[] = {Path::Raw, Path::Bridge, Path::BusDescription};
 
 // Counts the transfers of an operation and the virtual time that it takes.
 struct CountedBoard : Headboard {
@@ -32,16 +33,15 @@ struct CountedBoard : Headboard {
     void load(int32_t offset, int32_t count) {
         HeadboardEepromEnsureImage(*eeprom);
         move(ByteState::NotRead, size_t(offset), size_t(offset) + size_t(count), Transfer::RawRead,
-             msEachRead(), [&] { return HeadboardEepromLoad(*eeprom, offset, count); });
+             msEachRead(), [&] { return Headboard::load(offset, count); });
     }
     void save() {
-        move(ByteState::Changed, 0, eeprom->state.size(), Transfer::RawWrite, 20,
-             [&] { return HeadboardEepromFlush(*eeprom); });
+        move(ByteState::Changed, 0, eeprom->state.size(), Transfer::RawWrite, 20, [&] { return flush(); });
         board.clock.advance(milliseconds(20));
     }
     void verify() {
         move(ByteState::Current, 0, eeprom->state.size(), Transfer::RawRead, msEachRead(),
-             [&] { return HeadboardEepromVerify(*eeprom, 0, -1); });
+             [&] { return Headboard::verify(); });
     }
 
     Path path;
@@ -51,53 +51,42 @@ TEST(Transfers, LoadSaveAndVerifyTakeNoneThatTheirBytesDoNotNeed) {
     for (Path const path : kPaths) {
         CountedBoard h(path);
         std::mt19937 random(11);
-        auto const below = [&](int32_t n) { return int32_t(random() % uint32_t(n)); };
-        // Pairs at odd addresses would wrap at the end of a page, and the bridge cuts the first byte of a
-        // pair.
+        auto const below = [&](uint32_t n) { return int32_t(random() % n); };
+        // Pairs at odd addresses would wrap at the end of a page, and the bridge cuts the first byte of one.
         int32_t const evenForPairs = path == Path::Raw ? ~0 : ~1;
-        std::vector<uint8_t> const bytes(64, 0);
         for (int i = 0; i < 60; ++i) {
             h.load(below(2000), 1 + below(40));
-            ASSERT_EQ(HeadboardEepromPut(*h.eeprom, below(2000) & evenForPairs, 1 + below(15), bytes.data()),
-                      kEepromOk);
+            ASSERT_EQ(h.put(below(2000) & evenForPairs, Bytes(size_t(1 + below(15)))), kEepromOk);
             if (i % 20 == 19)
                 h.save();
         }
         h.load(0, 2100);
         h.save(); // has nothing to do
-        EXPECT_EQ(*std::max_element(h.board.timesRead.begin(), h.board.timesRead.end()), 1) << int(path);
+        EXPECT_EQ(std::ranges::max(h.board.timesRead), 1) << int(path);
         h.verify();
     }
 }
 
-simulator::EepromContents deviceWithRecords() {
-    Headboard h;
-    EXPECT_EQ(EepromFormat(*h.eeprom, -1), kEepromOk);
-    for (EepromRecord const& record :
-         {makeRegisterSet(kRecordPga, 8112, "one"), recordOf(kRecordDefectMap, std::vector<uint8_t>(301, 7)),
-          makeRegisterSet(kRecordPga, 8112, "two"), recordOf(kRecordScratchpad, {'h', 'i', 0})})
-        EXPECT_EQ(EepromAppendRecord(*h.eeprom, record), kEepromOk);
-    EXPECT_EQ(HeadboardEepromFlush(*h.eeprom), kEepromOk);
-    return h.board.device;
-}
-
 TEST(Transfers, RecordsThatAreSearchedReadAndReplacedTravelOnce) {
-    simulator::EepromContents const device = deviceWithRecords();
+    Headboard writer;
+    writer.format();
+    for (EepromRecord const& record : {registerSet("one"), recordOf(kRecordDefectMap, Bytes(301, 7)),
+                                       registerSet("two"), recordOf(kRecordScratchpad, {'h', 'i', 0})})
+        ASSERT_EQ(writer.append(record), kEepromOk);
+    ASSERT_EQ(writer.flush(), kEepromOk);
+    simulator::EepromContents const device = writer.board.device;
     for (Path const path : kPaths) {
         CountedBoard h(path);
         h.board.device = device;
-        int32_t const second = EepromFindRecord(*h.eeprom, kRecordPga, "TWO", 0);
-        ASSERT_GT(second, 0);
-        EXPECT_FALSE(readRecord(h.eeprom, second).empty());
+        int32_t const second = h.find(kRecordPga, "TWO");
+        EXPECT_FALSE(h.record(second).empty());
         EXPECT_EQ(EepromRecordText(*h.eeprom, second), "two");
-        ASSERT_EQ(EepromReplaceRecord(*h.eeprom, makeRegisterSet(kRecordPga, 8112, "one")), kEepromOk);
+        ASSERT_EQ(EepromReplaceRecord(*h.eeprom, registerSet("one")), kEepromOk);
         EXPECT_GT(EepromFreeSpace(*h.eeprom), 0);
         h.save();
         h.load(0, 8176);
-        auto const& read = h.board.timesRead;
-        auto const& written = h.board.timesWritten;
-        EXPECT_EQ(*std::max_element(read.begin(), read.end()), 1) << int(path);
-        EXPECT_EQ(*std::max_element(written.begin(), written.end()), 1) << int(path);
+        EXPECT_EQ(std::ranges::max(h.board.timesRead), 1) << int(path);
+        EXPECT_EQ(std::ranges::max(h.board.timesWritten), 1) << int(path);
     }
 }
 } // namespace
