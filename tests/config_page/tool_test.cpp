@@ -3,14 +3,10 @@
 #include "tools/headboard-config/session.h"
 #include "wizard/dialogs.h"
 
-#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QImage>
-#include <QLabel>
-#include <QLineEdit>
 #include <QProcess>
-#include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <csignal>
@@ -24,8 +20,9 @@ constexpr int kLongestRunMs = 60'000;
 // The page on the simulated camera, which is told of every pause in the place of the sleep.
 class HeadboardConfig : public ::testing::Test {
 protected:
+    using Codes = std::vector<int>; // part number, interface, market and processing
+
     HeadboardConfig() {
-        options.profile = QStringLiteral("polynomial");
         options.eepromFile = file("eeprom.bin");
         options.settingsFile = file("settings.ini");
         showMessage.replace([](QWidget*, UserMessage const&) { return QMessageBox::Ok; });
@@ -35,7 +32,8 @@ protected:
         pauseFor.replace({});
     }
 
-    void open() {
+    void open(char const* profile) {
+        options.profile = QLatin1String(profile);
         session.reset();
         QString error;
         session = Session::open(options, &error);
@@ -53,13 +51,23 @@ protected:
         EXPECT_TRUE(saved.open(QIODevice::ReadOnly));
         return saved.readAll();
     }
+    static Codes codesIn(QByteArray const& eeprom) {
+        return {eeprom.at(8191), eeprom.at(8177), eeprom.at(8179), eeprom.at(8180)};
+    }
+    Codes codesShown() {
+        Codes shown;
+        for (char const* const combo : kCombos)
+            shown.push_back(widget<QComboBox>(combo)->currentData().toInt());
+        return shown;
+    }
+    void choose(Codes const& codes) {
+        for (size_t i = 0; i < codes.size(); ++i)
+            widget<QComboBox>(kCombos[i])->setCurrentIndex(widget<QComboBox>(kCombos[i])->findData(codes[i]));
+    }
+    void click(char const* button) { widget<QPushButton>(button)->click(); }
     template <typename Widget>
     Widget* widget(char const* name) {
         return session->page().findChild<Widget*>(QLatin1String(name));
-    }
-    void choose(char const* combo, int code) {
-        auto* const list = widget<QComboBox>(combo);
-        list->setCurrentIndex(list->findData(code));
     }
     [[nodiscard]] QString file(char const* name) const { return m_folder.filePath(QLatin1String(name)); }
 
@@ -67,60 +75,48 @@ protected:
     std::unique_ptr<Session> session;
 
 private:
+    static constexpr std::array kCombos = {"PN_Combo", "IF_Combo", "MI_Combo", "SP_Combo"};
+
     QTemporaryDir m_folder;
 };
 
 TEST_F(HeadboardConfig, WhatAPersonAppliesIsInTheEepromsFileAndComesBack) {
-    open();
-    choose("PN_Combo", 64);
-    choose("IF_Combo", 18);
-    choose("MI_Combo", 2);
-    choose("SP_Combo", 3);
+    open("polynomial");
+    choose({64, 18, 2, 3});
     widget<QLineEdit>("SN")->setText(QStringLiteral("ABC1234998"));
-    widget<QPushButton>("Apply")->click();
-    widget<QPushButton>("setGrabFileName")->click();
+    click("Apply");
+    click("setGrabFileName");
     QByteArray const eeprom = savedEeprom();
     ASSERT_EQ(eeprom.size(), 8192);
     EXPECT_EQ(eeprom.left(20), QByteArray("VYEE\x01\x0B\0\x0B"
                                           "ABC1234998\0\xFF",
                                           20));
-    EXPECT_EQ(eeprom[8191], 64);
-    EXPECT_EQ(eeprom[8177], 18);
-    EXPECT_EQ(eeprom[8179], 2);
-    EXPECT_EQ(eeprom[8180], 3);
     EXPECT_EQ(QSettings(options.settingsFile, QSettings::IniFormat).value("options/Still File").toString(),
               "ABC1234998_");
 
-    open();
+    open("polynomial");
     EXPECT_EQ(session->page().serialNumber(), "ABC1234998");
-    EXPECT_EQ(widget<QComboBox>("SP_Combo")->currentData().toInt(), 3);
     // The next headboard, on which the number goes on.
-    widget<QPushButton>("EEPROM_Erase")->click();
+    click("EEPROM_Erase");
     widget<QLineEdit>("SN")->clear();
-    widget<QPushButton>("EEPROM_Test")->click();
+    click("EEPROM_Test");
     EXPECT_EQ(session->page().serialNumber(), "ABC1234999");
-    QByteArray const erased = savedEeprom();
-    EXPECT_EQ(erased.left(6), QByteArray("VYEE\x01\xFF"));
-    EXPECT_EQ(erased.mid(6), eeprom.mid(6));
+    EXPECT_EQ(savedEeprom(), QByteArray("VYEE\x01\xFF") + eeprom.mid(6));
 }
 
 TEST_F(HeadboardConfig, EveryWiringOfAnEepromLeadsToItsIdentificationBytes) {
     // Serial bus, bridge, bus master, and serial bus at another address.
     for (char const* profile : {"soc-pga", "eeprom-bridge-71", "bus-master-103", "firmware-switch-95"}) {
         SCOPED_TRACE(profile);
-        options.profile = QLatin1String(profile);
         options.eepromFile = file(profile);
-        open();
+        open(profile);
         EXPECT_EQ(session->page().state().eepromState, EepromState::Present);
-        EXPECT_EQ(widget<QComboBox>("MI_Combo")->currentData().toInt(), 255);
-        choose("MI_Combo", 4);
-        choose("PN_Combo", 12);
-        widget<QPushButton>("Apply")->click();
-        QByteArray const eeprom = savedEeprom();
-        EXPECT_EQ(eeprom[8179], 4);
-        EXPECT_EQ(eeprom[8191], 12);
-        widget<QPushButton>("EEPROM_Test")->click();
-        EXPECT_EQ(widget<QComboBox>("MI_Combo")->currentData().toInt(), 4);
+        EXPECT_EQ(codesShown(), (Codes{255, 255, 255, 255}));
+        choose({64, 18, 2, 3});
+        click("Apply");
+        EXPECT_EQ(codesIn(savedEeprom()), (Codes{64, 18, 2, 3}));
+        open(profile);
+        EXPECT_EQ(codesShown(), (Codes{64, 18, 2, 3}));
     }
 }
 
@@ -134,7 +130,8 @@ TEST_F(HeadboardConfig, TheProgramRunsWithoutAScreenAndTellsItsEndByTheExitCode)
         output = process.readAllStandardOutput().replace("\r\n", "\n");
         return ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     };
-    EXPECT_EQ(run({"--eeprom", options.eepromFile}), kExitDone);
+    QStringList const onEeprom = {"--eeprom", options.eepromFile};
+    EXPECT_EQ(run(onEeprom), kExitDone);
     EXPECT_TRUE(
         output.startsWith("EEPROM is present and working normally.\n0 bytes used.  8171 bytes available.\n"));
     EXPECT_TRUE(output.contains("part number: 0xff\n"));
@@ -144,11 +141,12 @@ TEST_F(HeadboardConfig, TheProgramRunsWithoutAScreenAndTellsItsEndByTheExitCode)
     EXPECT_EQ(eeprom.read(6), QByteArray("VYEE\x01\xFF"));
 
     eeprom.resize(4);
-    EXPECT_EQ(run({"--eeprom", options.eepromFile}), kExitUsage);
-    EXPECT_EQ(run({"--profile", "none-such"}), kExitUsage);
-    EXPECT_EQ(run({"--colour"}), kExitUsage);
-    EXPECT_EQ(run({"--eeprom", "/no/such/folder/eeprom.bin"}), kExitUsage);
-    EXPECT_EQ(run({"--eeprom", file("other.bin"), "--settings", file("")}), kExitUsage);
+    for (QStringList const& wrong : {onEeprom,
+                                     {"--profile", "none-such"},
+                                     {"--colour"},
+                                     {"--eeprom", "/no/such/folder/eeprom.bin"},
+                                     {"--eeprom", file("other.bin"), "--settings", file("")}})
+        EXPECT_EQ(run(wrong), kExitUsage) << wrong.join(' ').toStdString();
     EXPECT_EQ(run({"--eeprom", file("other.bin"), "--screenshot", "/no/such/folder/page.png"}),
               kExitNotSaved);
 }
