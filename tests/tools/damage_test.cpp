@@ -3,17 +3,12 @@
 #include "tests/support/linked_library.h"
 #include "tests/tools/image_fixture.h"
 
-#include <functional>
 #include <random>
 #include <span>
 
 using namespace kestra;
 
 namespace {
-using headboard_image::kExitDone;
-using headboard_image::kExitRefused;
-using headboard_image::Outcome;
-
 std::vector<EepromRecord> timeStamps(size_t count) {
     return std::vector<EepromRecord>(count, textRecord(kRecordTimeStamp, "2024/05/31 23:59:07"));
 }
@@ -76,10 +71,9 @@ TEST_F(ImageUnderTest, CheckNamesEveryDamageAndItsPlaceOnlyRemarksWhatIsUnusualA
               "0x0011: remark: never found: the record at 0x0005 has the same type and name", false},
          }) {
         write(row.image);
-        Outcome const outcome = run({"check"});
+        Outcome const outcome = run("check");
         EXPECT_EQ(outcome.exitCode, row.isDamage ? kExitRefused : kExitDone) << row.finding;
-        EXPECT_NE(outcome.output.find(row.finding), std::string::npos) << row.finding << '\n'
-                                                                       << outcome.output;
+        EXPECT_SAYS(outcome.output, row.finding);
         EXPECT_EQ(outcome.output.find("all is well") == std::string::npos, row.isDamage) << row.finding;
     }
 }
@@ -95,48 +89,43 @@ TEST_F(ImageUnderTest, CheckAndThePlugInAgreeOnChainsThatEndAtTheLastByte) {
     for (uint8_t const last : Bytes{0xFF, 0x55, 0x00})
         for (int32_t end = kStoreSize - 5; end <= kStoreSize + 1; ++end) {
             int32_t const length = end - 8;
-            Bytes image = changed(imageOf({}), 5, {77, uint8_t(length >> 8), uint8_t(length)});
-            for (int32_t at = end; at < kStoreSize; ++at)
-                image[size_t(at)] = 0xFF;
-            image[kStoreSize - 1] = last;
-            write(image);
-            ASSERT_TRUE(camera->loadEeprom(this->image(), &error)) << qPrintable(error);
+            write(changed(changed(imageOf({}), kStoreSize - 1, {last}), 5,
+                          {77, uint8_t(length >> 8), uint8_t(length)}));
+            ASSERT_TRUE(camera->loadEeprom(image, &error)) << qPrintable(error);
             bool const isWhole = EepromFreeSpace(*HeadboardEepromCreate(camera->handle())) >= 0;
-            whole += isWhole ? 1 : 0;
-            Outcome const outcome = run({"check"});
+            whole += isWhole;
+            Outcome const outcome = run("check");
             EXPECT_EQ(outcome.exitCode == kExitDone, isWhole) << end << ' ' << int(last) << outcome.output;
             bool const isUnreadMark = isWhole && end == kStoreSize - 1 && last != 0xFF;
             EXPECT_EQ(outcome.output.find("0x1FEF: remark") != std::string::npos, isUnreadMark)
                 << outcome.output;
             // An edit keeps the byte where the chain does not reach it.
-            EXPECT_EQ(run({"delete", "77"}).exitCode == kExitDone, isWhole);
+            EXPECT_EQ(run("delete 77").exitCode == kExitDone, isWhole);
             EXPECT_EQ(read()[kStoreSize - 1], last);
         }
     EXPECT_GT(whole, 6);
 }
 
-TEST_F(ImageUnderTest, ADamagedChainIsShownAsFarAsItGoesAndNeverWrittenTo) {
+TEST_F(ImageUnderTest, WhatIsDamagedIsShownAsFarAsItGoesAndADamagedChainNeverWrittenTo) {
     Bytes const damaged = changed(imageOf(timeStamps(2)), 28, {kRecordTimeStamp, 0x20, 0x00});
     write(damaged);
-    Outcome const list = run({"list"});
-    EXPECT_EQ(list.exitCode, kExitRefused);
+    preset("REG = 1, 2");
+    Outcome const list = run("list");
     EXPECT_EQ(list.output, "0x0005  Time Stamp    20    \"2024/05/31 23:59:07\"\n");
-    EXPECT_NE(list.complaint.find("0x001C: the record"), std::string::npos) << list.complaint;
-    EXPECT_EQ(run({"show", "5"}).exitCode, kExitDone);
-    EXPECT_EQ(run({"show", "28"}).exitCode, kExitRefused);
-    EXPECT_EQ(run({"delete", "Time Stamp"}).exitCode, kExitRefused);
-    EXPECT_EQ(run({"import", preset("REG = 1, 2"), "Lens Correction", "PGA"}).exitCode, kExitRefused);
+    EXPECT_SAYS(list.complaint, "0x001C: the record");
+    EXPECT_EQ(run("show 5").exitCode, kExitDone);
+    for (char const* const command :
+         {"list", "show 28", "delete Time~Stamp", "import PRESET Lens~Correction PGA"})
+        EXPECT_EQ(run(command).exitCode, kExitRefused) << command;
     EXPECT_EQ(read(), damaged);
-}
 
-TEST_F(ImageUnderTest, ADamagedRecordIsShownAsFarAsItGoesAndCanBeDeleted) {
     write(imageOf({recordOf(kRecordPga, {3, 0, 4, 0, 0x20, 0, 7, 3, 0, 8, 0, 0x30, 0, 9})}));
-    Outcome const show = run({"show", "5"});
+    Outcome const show = run("show 5");
     EXPECT_EQ(show.exitCode, kExitRefused);
-    EXPECT_NE(show.output.find("0x0030      -     0x0000      0x0009"), std::string::npos) << show.output;
-    EXPECT_NE(show.complaint.find("longer than the rest"), std::string::npos) << show.complaint;
-    EXPECT_EQ(run({"delete", "PGA"}).exitCode, kExitDone);
-    EXPECT_EQ(run({"check"}).exitCode, kExitDone);
+    EXPECT_SAYS(show.output, "0x0030      -     0x0000      0x0009");
+    EXPECT_SAYS(show.complaint, "longer than the rest");
+    EXPECT_EQ(run("delete PGA").exitCode, kExitDone);
+    EXPECT_EQ(run("check").exitCode, kExitDone);
 }
 
 TEST_F(ImageUnderTest, GarbageIsReadToItsEndAndEditsOfItLeaveAWholeChain) {
@@ -146,7 +135,7 @@ TEST_F(ImageUnderTest, GarbageIsReadToItsEndAndEditsOfItLeaveAWholeChain) {
     auto const below = [&](size_t count) {
         return std::uniform_int_distribution<size_t>(0, count - 1)(random);
     };
-    QString const section = preset("REG = 1, 2");
+    preset("REG = 1, 2");
     size_t edits = 0;
     for (int round = 0; round < 400; ++round) {
         Bytes bytes(round % 5 == 0 ? 8 + below(200) : 8192, 0xFF);
@@ -156,18 +145,17 @@ TEST_F(ImageUnderTest, GarbageIsReadToItsEndAndEditsOfItLeaveAWholeChain) {
         if (round % 4 != 0)
             bytes = changed(bytes, 0, {'V', 'Y', 'E', 'E', 1});
         write(bytes);
-        bool const isWhole = run({"check"}).output.find(" available\n") != std::string::npos;
-        EXPECT_EQ(run({"list"}).exitCode, isWhole ? kExitDone : kExitRefused);
-        for (QString const& offset : {QStringLiteral("5"), QString::number(below(8192))})
-            EXPECT_LE(run({"show", offset}).exitCode, kExitRefused);
-        for (QStringList const& edit :
-             {QStringList{"import", section, "Lens Correction", "SWPGA"}, QStringList{"delete", "PGA"}}) {
+        bool const isWhole = run("check").output.find(" available\n") != std::string::npos;
+        EXPECT_EQ(run("list").exitCode, isWhole ? kExitDone : kExitRefused);
+        for (size_t const offset : {size_t{5}, below(8192)})
+            EXPECT_LE(run("show " + QString::number(offset)).exitCode, kExitRefused);
+        for (char const* const edit : {"import PRESET Lens~Correction SWPGA", "delete PGA"}) {
             Bytes const before = read();
             bool const done = run(edit).exitCode == kExitDone;
-            edits += done ? 1 : 0;
+            edits += done;
             EXPECT_TRUE(done ? isWhole : read() == before);
             EXPECT_EQ(read().size(), before.size());
-            EXPECT_EQ(run({"list"}).exitCode, isWhole ? kExitDone : kExitRefused);
+            EXPECT_EQ(run("list").exitCode, isWhole ? kExitDone : kExitRefused);
         }
     }
     EXPECT_GT(edits, 50U);

@@ -5,46 +5,51 @@
 #include "tools/headboard-image/command_line.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace kestra {
 using Bytes = std::vector<uint8_t>;
+using namespace headboard_image;
+
+#define EXPECT_SAYS(text, part) EXPECT_NE((text).find(part), std::string::npos) << (text)
 
 /// An image file in a folder of its own, and the program's commands on it.
 struct ImageUnderTest : ::testing::Test {
     static constexpr int32_t kStoreSize = 8176; ///< of the usual image; the identity bytes lie behind
 
-    /// Runs a command on the image.
-    headboard_image::Outcome run(QStringList const& command) const {
+    /// Runs a command on the image: words with blanks between them. A word's own blanks are "~", and PRESET
+    /// is the preset file.
+    Outcome run(QString const& words) const {
         static int count = 1;
         static char name[] = "headboard-image";
         static char* arguments[] = {name, nullptr};
         static QCoreApplication const application(count, arguments);
-        return headboard_image::runCommandLine(QStringList{"headboard-image", image()} + command);
+        QStringList command = words.split(' ', Qt::SkipEmptyParts);
+        command.replaceInStrings("~", " ").replaceInStrings("PRESET", m_preset);
+        return runCommandLine(QStringList{name, image} + command);
     }
     void write(Bytes const& bytes) const {
         QByteArray const content(reinterpret_cast<char const*>(bytes.data()), int(bytes.size()));
-        EXPECT_TRUE(files::replace(image(), content, nullptr));
+        EXPECT_TRUE(files::replace(image, content, nullptr));
     }
     [[nodiscard]] Bytes read() const {
-        QFile file(image());
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        QByteArray const content = file.readAll();
-        return {content.begin(), content.end()};
+        auto const content = files::read(image, 1 << 20, nullptr);
+        EXPECT_TRUE(content);
+        return {content->begin(), content->end()};
     }
-    /// A preset file with a section "Lens Correction", beside the image.
-    [[nodiscard]] QString preset(std::string const& lines) const {
-        QString name = m_folder.filePath("preset.ini");
+    /// Writes a preset file with these lines in the section "Lens Correction".
+    void preset(std::string const& lines) const {
         std::string const content = "[Other]\nREG = 9, 9\n[Lens Correction]\n" + lines + '\n';
-        EXPECT_TRUE(files::replace(name, QByteArray::fromStdString(content), nullptr));
-        return name;
+        EXPECT_TRUE(files::replace(m_preset, QByteArray::fromStdString(content), nullptr));
     }
-    [[nodiscard]] QString image() const { return m_folder.filePath("image.bin"); }
 
 private:
     QTemporaryDir m_folder;
+    QString const m_preset = m_folder.filePath("preset.ini");
+
+protected:
+    QString const image = m_folder.filePath("image.bin");
 };
 
 /// An image of 8192 bytes, its identity bytes set, with these records.

@@ -5,8 +5,6 @@
 using namespace kestra;
 
 namespace {
-using namespace headboard_image;
-
 // Nothing of a record gets through to the terminal.
 TEST_F(ImageUnderTest, ListAndShowDecodeWhatEachTypeHolds) {
     write(imageOf(recordsOfEveryKind()));
@@ -38,36 +36,33 @@ class  id          address     size  mask        value
 )"},
     };
     for (auto const& [command, output] : rows)
-        EXPECT_EQ(run(QString(command).split(' ')).output, output);
-    for (char const* const offset : {"0", "6", "8175", "8191", "4294967295"})
-        EXPECT_EQ(run({"show", offset}).exitCode, kExitRefused) << offset;
+        EXPECT_EQ(run(command).output, output);
+    for (char const* const command : {"show 0", "show 6", "show 8175", "show 8191", "show 4294967295"})
+        EXPECT_EQ(run(command).exitCode, kExitRefused) << command;
     // Where no address has a high byte, both ways give the same and nothing needs to be said.
     write(imageOf({recordOf(kRecordPga, {3, 0, 4, 0, 0x20, 0, 7})}));
-    EXPECT_EQ(run({"show", "5"}).output, run({"show", "5", "--paged"}).output);
+    EXPECT_EQ(run("show 5").output, run("show 5 --paged").output);
 }
 
 TEST_F(ImageUnderTest, BadCommandLinesAndFilesAreToldFromDamage) {
-    EXPECT_EQ(run({"list"}).exitCode, kExitUnusable); // there is none
+    EXPECT_EQ(run("list").exitCode, kExitUnusable); // there is none
     for (size_t const size : {0, 7, 65537}) {
         write(Bytes(size, 0xFF));
-        Outcome const outcome = run({"check"});
+        Outcome const outcome = run("check");
         EXPECT_EQ(outcome.exitCode, kExitUnusable);
-        EXPECT_NE(outcome.complaint.find("it has " + std::to_string(size) + " bytes"), std::string::npos);
-        EXPECT_EQ(run({"format"}).exitCode, kExitUnusable);
+        EXPECT_SAYS(outcome.complaint, "it has " + std::to_string(size) + " bytes");
+        EXPECT_EQ(run("format").exitCode, kExitUnusable);
         EXPECT_EQ(read().size(), size);
     }
-    Bytes const good = imageOf({});
-    write(good);
-    EXPECT_EQ(run({}).exitCode, kExitUnusable);
+    write(imageOf({}));
     for (char const* const command :
-         {"lst", "list 5", "show", "show 5x", "show 0x", "show -5", "list --paged", "check --every", "delete",
-          "list --label x", "import a b PGA --paged --sensor polynomial", "import a b PGA --label=",
+         {"", "lst", "list 5", "show", "show 5x", "show 0x", "show -5", "list --paged", "check --every",
+          "delete", "list --label x", "import a b PGA --paged --sensor polynomial", "import a b PGA --label=",
           "delete XYZ", "delete EE_IDENT", "delete END_OF_RECORDS", "delete 256", "import a b", "format now"})
-        EXPECT_EQ(run(QString(command).split(' ')).exitCode, kExitUnusable) << command;
-    EXPECT_EQ(read(), good);
-    Outcome const help = run({"--help"});
-    EXPECT_EQ(help.exitCode, kExitDone);
-    EXPECT_NE(help.output.find("delete TYPE [NAME]"), std::string::npos);
+        EXPECT_EQ(run(command).exitCode, kExitUnusable) << command;
+    EXPECT_EQ(read(), imageOf({}));
+    EXPECT_EQ(run("--help").exitCode, kExitDone);
+    EXPECT_SAYS(run("--help").output, "delete TYPE [NAME]");
 }
 
 TEST_F(ImageUnderTest, TheProgramHandsOnExitCodesAndTellsAnswersFromComplaints) {
@@ -77,13 +72,13 @@ TEST_F(ImageUnderTest, TheProgramHandsOnExitCodesAndTellsAnswersFromComplaints) 
         char const* output;
         QString complaint;
     } const rows[] = {
-        {{"list"}, kExitUnusable, "", "headboard-image: " + image() + ": cannot be read: "},
+        {{"list"}, kExitUnusable, "", "headboard-image: " + image + ": cannot be read: "},
         {{"format"}, kExitDone, "created and formatted\n", ""},
         {{"delete", "PGA"}, kExitRefused, "", "headboard-image: there is no record PGA"},
     };
     for (auto const& row : rows) {
         QProcess process;
-        process.start(QStringLiteral(HEADBOARD_IMAGE), QStringList{image()} + row.command);
+        process.start(QStringLiteral(HEADBOARD_IMAGE), QStringList{image} + row.command);
         ASSERT_TRUE(process.waitForFinished() && process.exitStatus() == QProcess::NormalExit);
         EXPECT_EQ(process.exitCode(), row.exitCode);
         EXPECT_EQ(process.readAllStandardOutput().replace("\r\n", "\n"), row.output);
