@@ -20,11 +20,10 @@ TEST(Numbers, NoDoubleOverflowsAnInteger) {
 }
 
 TEST(Numbers, DecimalIsReadAsFarAsItIsOne) {
-    using Row = std::tuple<char const*, double>;
-    for (auto const& [text, value] :
-         {Row{"2.0abc", 2}, Row{" \t\n+1.5", 1.5}, Row{"-0.25", -0.25}, Row{"+-1", 0}, Row{"++1", 0},
-          Row{"+", 0}, Row{"", 0}, Row{"  ", 0}, Row{"1,5", 1}, Row{"x1", 0}, Row{"inf", 0}, Row{"nan", 0},
-          Row{"1e999", 0}, Row{"+7", 7}})
+    std::pair<char const*, double> const rows[] = {
+        {"2.0abc", 2}, {" \t\n+1.5", 1.5}, {"-0.25", -0.25}, {"+-1", 0}, {"++1", 0}, {"+", 0},     {"", 0},
+        {"  ", 0},     {"1,5", 1},         {"x1", 0},        {"inf", 0}, {"nan", 0}, {"1e999", 0}, {"+7", 7}};
+    for (auto const& [text, value] : rows)
         EXPECT_EQ(leadingDecimal(text), value) << '"' << text << '"';
 }
 

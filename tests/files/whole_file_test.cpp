@@ -12,7 +12,7 @@
 namespace {
 struct WholeFile : testing::Test {
     QTemporaryDir folder;
-    QString const name = folder.filePath("file");
+    QString const name = folder.filePath("file"), link = folder.filePath("link");
     QString fault;
 };
 
@@ -39,21 +39,19 @@ TEST_F(WholeFile, IsTheOldOneWhenItCannotBeReplaced) {
 
 #ifdef Q_OS_UNIX
 TEST_F(WholeFile, WhatIsNoRegularFileIsNeitherOpenedNorReplaced) {
-    QString const pipe = folder.filePath("pipe"), link = folder.filePath("link");
+    QString const pipe = folder.filePath("pipe");
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     ASSERT_TRUE(QFile::link(pipe, link));
     for (QString const& other : {pipe, link, folder.path(), QStringLiteral("/dev/zero")}) {
         SCOPED_TRACE(other.toStdString());
         EXPECT_FALSE(files::read(other, files::kMostText, &fault));
         EXPECT_EQ(fault, other + ": cannot be read: it is no regular file");
-        EXPECT_FALSE(files::isReplaceable(other, &fault));
-        EXPECT_FALSE(files::replace(other, "new", &fault));
+        EXPECT_FALSE(files::isReplaceable(other, &fault) || files::replace(other, "new", &fault));
         EXPECT_FALSE(QFileInfo(other).isFile());
     }
 }
 
 TEST_F(WholeFile, ALinkStaysALink) {
-    QString const link = folder.filePath("link");
     ASSERT_TRUE(files::replace(name, "old", &fault) && QFile::link(name, link));
     ASSERT_TRUE(files::replace(link, "new", &fault)) << fault.toStdString();
     EXPECT_TRUE(QFileInfo(link).isSymLink());
