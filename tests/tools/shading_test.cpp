@@ -19,39 +19,43 @@ using simulator::SimulatedCamera;
 constexpr char kQuiet[] = R"(, "readOut": {"electronsPerCount": 25})";
 constexpr char kFlatLens[] = R"(, "optics": {"lens": {"cornerAngle": 0, "vignetting": [0, 0, 0]}})";
 
-std::unique_ptr<SimulatedCamera> openSmall(QString const& folder, char const* base,
-                                           QByteArray const& more = {}) {
+// A camera with files of its own beside its profile.
+struct SmallCamera {
+    explicit SmallCamera(char const* base, QByteArray const& more = {})
+        : camera(SimulatedCamera::open(writeSmallProfile(folder.path(), base, kNoEeprom + more), &error)) {
+        EXPECT_TRUE(camera) << qPrintable(error);
+    }
+    // The light's cells of many frames, against noise, without which the steps of 8-bit samples would count.
+    [[nodiscard]] std::vector<Colour> cells(double kelvin) const {
+        camera->setLight({.colourTemperature = kelvin});
+        std::vector<Colour> sums;
+        for (int frame = 0; frame < 64; ++frame) {
+            std::vector<Colour> const cells = measureBlocks(camera->grab(), camera->description(), {}).means;
+            sums.resize(cells.size());
+            for (size_t k = 0; k < 3 * cells.size(); ++k)
+                sums[k / 3][k % 3] += cells[k / 3][k % 3];
+        }
+        return sums;
+    }
+
+    QTemporaryDir const folder;
     QString error;
-    auto camera = SimulatedCamera::open(writeSmallProfile(folder, base, kNoEeprom + more), &error);
-    EXPECT_TRUE(camera) << qPrintable(error);
-    return camera;
-}
+    std::unique_ptr<SimulatedCamera> const camera;
+};
 
 // Where a plane's light, against its mean, differs most between two cameras; a share of 1.
-double largestDifference(SimulatedCamera& first, SimulatedCamera& second, double kelvin) {
-    constexpr int kFrames = 64; // against noise, without which the steps of 8-bit samples would count
-    std::vector<Colour> grids[2];
-    Colour means[2]{};
-    for (size_t i = 0; i < 2; ++i) {
-        SimulatedCamera& camera = i == 0 ? first : second;
-        camera.setLight({.colourTemperature = kelvin});
-        for (int frame = 0; frame < kFrames; ++frame) {
-            std::vector<Colour> const cells = measureBlocks(camera.grab(), camera.description(), {}).means;
-            grids[i].resize(cells.size());
-            for (size_t k = 0; k < 3 * cells.size(); ++k)
-                grids[i][k / 3][k % 3] += cells[k / 3][k % 3];
-        }
-        for (Colour const& cell : grids[i])
-            for (size_t colour = 0; colour < 3; ++colour)
-                means[i][colour] += cell[colour];
-    }
+double largestDifference(SmallCamera const& first, SmallCamera const& second, double kelvin) {
+    auto const a = first.cells(kelvin), b = second.cells(kelvin);
     double largest = 0;
-    for (size_t cell = 0; cell < grids[0].size(); ++cell)
-        for (size_t colour = 0; colour < 3; ++colour) {
-            double const ratio =
-                (grids[0][cell][colour] / means[0][colour]) / (grids[1][cell][colour] / means[1][colour]);
-            largest = std::max(largest, std::abs(ratio - 1));
+    for (size_t colour = 0; colour < 3; ++colour) {
+        double meanA = 0, meanB = 0;
+        for (size_t i = 0; i < a.size(); ++i) {
+            meanA += a[i][colour];
+            meanB += b[i][colour];
         }
+        for (size_t i = 0; i < a.size(); ++i)
+            largest = std::max(largest, std::abs(a[i][colour] / meanA / (b[i][colour] / meanB) - 1));
+    }
     return largest;
 }
 
@@ -67,19 +71,17 @@ TEST(MeasureShading, AMeasuredLensShadesAsTheOriginal) {
         {"polynomial", kQuiet, 0.003}, {"polynomial-rotated", kQuiet, 0.003}, {"ycbcr", "", 0.008}};
     for (auto const& [base, noise, bound] : rows) {
         SCOPED_TRACE(base);
-        QTemporaryDir const folder, flatFolder;
-        auto const original = openSmall(folder.path(), base, noise);
-        auto const flat = openSmall(flatFolder.path(), base, QByteArray(noise) + kFlatLens);
+        SmallCamera const original(base, noise), flat(base, QByteArray(noise) + kFlatLens);
         QString error;
         auto const table = measureShading(
-            *original, {2856, 4000, 6500}, [](double) {}, &error);
+            *original.camera, {2856, 4000, 6500}, [](double) {}, &error);
         ASSERT_TRUE(table) << qPrintable(error);
-        QString const file = folder.filePath("lens.json");
+        QString const file = original.folder.filePath("lens.json");
         ASSERT_TRUE(writeMeasuredShading(file, *table, &error)) << qPrintable(error);
-        EXPECT_GT(largestDifference(*original, *flat, 4000), 0.1) << "the lens is flat before";
-        ASSERT_TRUE(flat->useMeasuredShading(file, &error)) << qPrintable(error);
+        EXPECT_GT(largestDifference(original, flat, 4000), 0.1) << "the lens is flat before";
+        ASSERT_TRUE(flat.camera->useMeasuredShading(file, &error)) << qPrintable(error);
         for (double const kelvin : {2856.0, 4000.0, 5000.0, 6500.0})
-            EXPECT_LT(largestDifference(*original, *flat, kelvin), bound) << kelvin << " K";
+            EXPECT_LT(largestDifference(original, flat, kelvin), bound) << kelvin << " K";
     }
 }
 
@@ -118,11 +120,11 @@ TEST(ShadingRun, MeasuresALensAndLaysTwoSideBySide) {
 }
 
 // Frames of the camera as somebody may have kept them.
-struct Recording : testing::Test {
+struct Recording : testing::Test, SmallCamera {
+    Recording() : SmallCamera("polynomial") {}
     [[nodiscard]] QString write(char const* name, QByteArray const& bytes) const {
-        QString const file = folder.filePath(QLatin1String(name));
-        EXPECT_TRUE(files::replace(file, bytes, nullptr));
-        return file;
+        EXPECT_TRUE(files::replace(folder.filePath(name), bytes, nullptr));
+        return folder.filePath(name);
     }
     [[nodiscard]] QString writePng(char const* name, int factor) const {
         QImage picture(int(frame.width), frame.height, QImage::Format_Grayscale16);
@@ -131,15 +133,14 @@ struct Recording : testing::Test {
                 reinterpret_cast<quint16*>(picture.scanLine(y))[x] =
                     quint16(factor * qFromLittleEndian<quint16>(frame.pixels.constData() +
                                                                 y * int(frame.pitch) + 2 * x));
-        QString const file = folder.filePath(QLatin1String(name));
-        EXPECT_TRUE(picture.save(file));
-        return file;
+        EXPECT_TRUE(picture.save(folder.filePath(name)));
+        return folder.filePath(name);
+    }
+    [[nodiscard]] auto measure(QString const& file) {
+        return measureRecordedShading(file, camera->description(), 5000, &error);
     }
 
-    QTemporaryDir folder;
-    std::unique_ptr<SimulatedCamera> const camera = openSmall(folder.path(), "polynomial");
     simulator::Frame const frame = camera->grab();
-    QString error;
 };
 
 TEST_F(Recording, OfAFlatFieldShowsTheLensThatTheCameraHas) {
@@ -147,14 +148,15 @@ TEST_F(Recording, OfAFlatFieldShowsTheLensThatTheCameraHas) {
         *camera, {5000}, [](double) {}, &error);
     ASSERT_TRUE(live) << qPrintable(error);
     for (QString const& file : {writePng("flat.png", 1), write("flat.raw", frame.pixels)}) {
-        auto const recorded = measureRecordedShading(file, camera->description(), 5000, &error);
+        auto const recorded = measure(file);
         ASSERT_TRUE(recorded) << qPrintable(error);
         ASSERT_EQ(recorded->columns, live->columns);
-        for (size_t colour = 0; colour < 3; ++colour)
-            for (size_t i = 0; i < live->illuminants[0].gains[colour].size(); ++i)
-                ASSERT_NEAR(recorded->illuminants[0].gains[colour][i] / live->illuminants[0].gains[colour][i],
-                            1, 0.03)
-                    << colour << " at " << i;
+        for (size_t colour = 0; colour < 3; ++colour) {
+            auto const &found = recorded->illuminants[0].gains[colour],
+                       &expected = live->illuminants[0].gains[colour];
+            for (size_t i = 0; i < expected.size(); ++i)
+                ASSERT_NEAR(found[i] / expected[i], 1, 0.03) << colour << " at " << i;
+        }
     }
 }
 
@@ -171,7 +173,7 @@ TEST_F(Recording, ThatShowsNoFlatFieldIsRefusedWithItsCause) {
         {folder.filePath("red.png"), "greyscale"},
     };
     for (auto const& [file, told] : rows) {
-        EXPECT_FALSE(measureRecordedShading(file, camera->description(), 5000, &error));
+        EXPECT_FALSE(measure(file));
         EXPECT_TRUE(error.contains(QLatin1String(told))) << qPrintable(error);
     }
 }
