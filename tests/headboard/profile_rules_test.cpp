@@ -28,9 +28,8 @@ struct Row {
 void PrintTo(Row const& row, std::ostream* out) { *out << row.profile; }
 
 // The sequencer loads each of the three tables before anything else.
-#define TABLES                                                                                               \
-    "SEQUENCERSETUP_MANUALOBJ=339 SEQUENCERSETUP_CMD=255 SEQUENCERSETUP_MANUALOBJ=595 "                      \
-    "SEQUENCERSETUP_CMD=255 SEQUENCERSETUP_MANUALOBJ=851 SEQUENCERSETUP_CMD=255 "
+QString const kTables = "SEQUENCERSETUP_MANUALOBJ=339 SEQUENCERSETUP_CMD=255 SEQUENCERSETUP_MANUALOBJ=595 "
+                        "SEQUENCERSETUP_CMD=255 SEQUENCERSETUP_MANUALOBJ=851 SEQUENCERSETUP_CMD=255 ";
 constexpr char kPgaOn[] = "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE=1";
 
 Row const kRows[] = {
@@ -40,16 +39,15 @@ Row const kRows[] = {
     {"firmware-switch-95", kPgaOn, "", "CAM_PGA_R_CONFIG_BLUE_Q14", 0xAA},
     {"soc-bus-master-111", "=1", "", "AWB_CCM_RL_10"},
     {"companion-198", "", "", "P_CB_P4Q4 P_GB_Q5", 0xAC},
-    {"three-tables-68", TABLES "PGASETUP_MODE=1 SEQUENCERSETUP_MANUALOBJ=338 SEQUENCERSETUP_CMD=255 =1",
+    {"three-tables-68", kTables + "PGASETUP_MODE=1 SEQUENCERSETUP_MANUALOBJ=338 SEQUENCERSETUP_CMD=255 =1",
      "P_GR_Q5 P_RD_Q5 PGASETUP_LEFT_COLORTEMP PGASETUP_RIGHT_BLUEQ14", "P_CR_Q5 P_CB_Q5"},
-    {"zone-tables-68", TABLES "PGAOUTPUT_CURZONE=4 =1", "P_BL_Q5", "PGATABLECWF_DATA_099"},
+    {"zone-tables-68", kTables + "PGAOUTPUT_CURZONE=4 =1", "P_BL_Q5", "PGATABLECWF_DATA_099"},
     {"adaptive-72", kPgaOn, "", "CAM_AWB_CCM_R_CTEMP CAM_AWB_CCM_L_BG_GAIN"},
     {"adaptive-72-flipped", kPgaOn},
     {"adaptive-76", kPgaOn, "", "P_GR_P0Q0 CENTER_ROW PGA_TABLE_D65_CENTER_COLUMN"},
     {"automatic-76", "CAM_PGA_PGA_CONTROL.CAM_PGA_AUTO_PGA_ENABLE=1 =1 PGA_CURRENT_ZONE=255",
      "P_GR_P0Q0 CENTER_ROW CENTER_COLUMN", "PGA_TABLE_A_DATA_0"},
 };
-#undef TABLES
 
 class ProfileRules : public ::testing::TestWithParam<Row> {
 protected:
@@ -63,15 +61,6 @@ protected:
         installVeyra2({});
     }
 
-    // Both records go through the sensor's own EEPROM, so that it must lie where its kind is looked for.
-    void store() const {
-        EepromShare const eeprom = HeadboardEepromCreate(camera->handle());
-        EXPECT_EQ(eeprom->deviceAddress, GetParam().deviceAddress);
-        EXPECT_EQ(EepromFormat(*eeprom, -1), kEepromOk);
-        EXPECT_EQ(saveShadingRegisters(*eeprom, "rules", {}), kEepromOk);
-        EXPECT_EQ(saveCcmRegisters(*eeprom, "rules"), kEepromOk);
-        EXPECT_EQ(HeadboardEepromFlush(*eeprom), kEepromOk);
-    }
     [[nodiscard]] std::vector<RegisterEntry> storedEntries(uint8_t type) const {
         EepromShare const eeprom = HeadboardEepromCreate(camera->handle());
         std::vector<uint8_t> record(8192);
@@ -92,10 +81,25 @@ protected:
     Camera const camera = openProfile(GetParam().profile);
 };
 
-TEST_P(ProfileRules, AreKeptOnAWholeCamera) {
-    store();
+TEST_P(ProfileRules, AreKeptOnAWholeCameraAndGiveTheSamePictureAfterAStart) {
+    Row const& row = GetParam();
+    uint32_t value = 0x2800; // 1/32 as binary16, and a little more for each coefficient
+    bool const hasBase = !row.passedOver.contains("P_GR_P0Q0");
+    for (std::string const& name : shadingRegisterNames())
+        if (((hasBase && name.starts_with("P_")) || name.find("_DATA_") != std::string::npos) &&
+            vy_ExistsRegister(camera->handle(), name.c_str()))
+            writeRegister(*camera, name.c_str(), ++value);
+    switchCorrection(*camera, true);
+    // Both records go through the sensor's own EEPROM, so that it must lie where its kind is looked for.
+    EepromShare const eeprom = HeadboardEepromCreate(camera->handle());
+    EXPECT_EQ(eeprom->deviceAddress, row.deviceAddress);
+    EXPECT_EQ(EepromFormat(*eeprom, -1), kEepromOk);
+    EXPECT_EQ(saveShadingRegisters(*eeprom, "rules", {}), kEepromOk);
+    EXPECT_EQ(saveCcmRegisters(*eeprom, "rules"), kEepromOk);
+    EXPECT_EQ(HeadboardEepromFlush(*eeprom), kEepromOk);
+
     std::vector<RegisterEntry> entries = storedEntries(kRecordPga);
-    QStringList const tail = GetParam().tail.split(' ', Qt::SkipEmptyParts);
+    QStringList const tail = row.tail.split(' ', Qt::SkipEmptyParts);
     ASSERT_GE(entries.size(), size_t(tail.size()) + 10);
     for (auto entry = entries.end() - tail.size(); QString const& stored : tail) {
         EXPECT_EQ(entry->value, stored.section('=', 1).toUInt()) << qPrintable(stored);
@@ -112,23 +116,13 @@ TEST_P(ProfileRules, AreKeptOnAWholeCamera) {
     auto const holds = [&](QString const& name) {
         return std::ranges::any_of(entries, [&](RegisterEntry const& entry) { return isOf(entry, name); });
     };
-    for (QString const& name : GetParam().passedOver.split(' ', Qt::SkipEmptyParts))
+    for (QString const& name : row.passedOver.split(' ', Qt::SkipEmptyParts))
         EXPECT_FALSE(holds(name)) << qPrintable(name);
     std::ranges::copy(storedEntries(kRecordCcm), std::back_inserter(entries));
-    for (QString const& name : GetParam().alsoStored.split(' ', Qt::SkipEmptyParts))
+    for (QString const& name : row.alsoStored.split(' ', Qt::SkipEmptyParts))
         EXPECT_TRUE(holds(name)) << qPrintable(name);
-}
 
-TEST_P(ProfileRules, StoredCorrectionGivesTheSamePictureAfterAStart) {
-    bool const hasBase = !GetParam().passedOver.contains("P_GR_P0Q0");
-    uint32_t value = 0x2800; // 1/32 as binary16, and a little more for each coefficient
-    for (std::string const& name : shadingRegisterNames())
-        if (((hasBase && name.starts_with("P_")) || name.find("_DATA_") != std::string::npos) &&
-            vy_ExistsRegister(camera->handle(), name.c_str()))
-            writeRegister(*camera, name.c_str(), ++value);
-    switchCorrection(*camera, true);
-    store();
-    Camera const started = openProfile(GetParam().profile), reset = openProfile(GetParam().profile);
+    Camera const started = openProfile(row.profile), reset = openProfile(row.profile);
     programContents(*started, camera->eepromBytes());
     QString error;
     ASSERT_TRUE(started->replayEeprom(QStringLiteral("rules"), &error)) << qPrintable(error);

@@ -25,19 +25,17 @@ TEST_F(RecordContent, EntriesOfOneKindShareABlock) {
 }
 
 TEST_F(RecordContent, KindFollowsClassSizeMaskAndTheSensorsWidths) {
-    struct {
-        uint32_t registerClass, size, mask;
-        int dataWidth; // -1: without a description
-        int kind;
-    } const rows[] = {{0, 0, 0, 16, 3}, {0, 1, 0, 16, 3}, {0, 2, 0, 16, 2}, {0, 2, 0, 8, 3},
-                      {0, 1, 0, 0, 2},  {0, 4, 0, -1, 3}, {0, 0, 1, -1, 2}, {1, 0, 0, 16, 4},
-                      {1, 4, 0, 16, 2}, {1, 1, 1, 16, 2}, {2, 1, 0, 16, 2}};
-    for (auto const& row : rows) {
-        fake.description.registerDataWidth = uint32_t(row.dataWidth);
-        fake.hasDescription = row.dataWidth >= 0;
+    using Row = std::array<uint32_t, 5>;   // of class, size and mask, of the sensor's width, and the kind
+    constexpr uint32_t kNone = 0xFFFFFFFF; // as a width: the sensor has no description
+    for (auto const& [registerClass, size, mask, width, kind] :
+         {Row{0, 0, 0, 16, 3}, Row{0, 1, 0, 16, 3}, Row{0, 2, 0, 16, 2}, Row{0, 2, 0, 8, 3},
+          Row{0, 1, 0, 0, 2}, Row{0, 4, 0, kNone, 3}, Row{0, 0, 1, kNone, 2}, Row{1, 0, 0, 16, 4},
+          Row{1, 4, 0, 16, 2}, Row{1, 1, 1, 16, 2}, Row{2, 1, 0, 16, 2}}) {
+        fake.description.registerDataWidth = width;
+        fake.hasDescription = width != kNone;
         set = registerSet(nullptr);
-        ASSERT_EQ(add({row.registerClass, 0, 1, row.size, row.mask, 0}), kEepromOk);
-        EXPECT_EQ(set.payload()[9], row.kind) << row.registerClass << ' ' << row.size;
+        ASSERT_EQ(add({registerClass, 0, 1, size, mask, 0}), kEepromOk);
+        EXPECT_EQ(set.payload()[9], kind) << registerClass << ' ' << size;
     }
 }
 
@@ -61,24 +59,19 @@ TEST_F(RecordContent, EntryWithoutSizeTakesThatOfItsRegister) {
 TEST_F(RecordContent, ClassAndIdFollowTheAddressSpace) {
     board.add("R", 0, 6, 0x20, 4, 0xABCD);
     board.addBitfield("R", "B", 0xFF00);
-    struct {
-        uint32_t space;
-        bool pages;
-        uint32_t maps, registerClass, id, size;
-    } const rows[] = {// Where an entry carries no size, that of the register with its class and id is taken.
-                      {0, false, 0, 0, 0, 0},   {0, true, 0, 0, 6, 4},    {3, true, 0, 0, 6, 0},
-                      {10, false, 0, 0, 0, 0},  {1, false, 0, 1, 6, 4},   {2, false, 0, 2, 6, 4},
-                      {5, false, 0, 5, 6, 4},   {6, false, 0, 6, 6, 4},   {8, false, 0, 8, 6, 4},
-                      {9, false, 0, 9, 6, 4},   {4, true, 0x80, 4, 0, 0}, {4, true, 0x10, 4, 6, 4},
-                      {7, true, 0x10, 7, 0, 0}, {7, true, 0x80, 7, 6, 4}};
-    for (auto const& row : rows) {
-        board.registers["R"].description.addressSpace = row.space;
-        fake.description.hasPageSelect = row.pages;
-        fake.description.secondaryMaps = row.maps;
+    using Row = std::array<uint32_t, 6>;
+    // Where an entry carries no size, that of the register with the same class and id is taken.
+    for (auto const& [space, pages, maps, registerClass, id, size] :
+         {Row{0, 0, 0, 0, 0, 0}, Row{0, 1, 0, 0, 6, 4}, Row{3, 1, 0, 0, 6, 0}, Row{10, 0, 0, 0, 0, 0},
+          Row{1, 0, 0, 1, 6, 4}, Row{2, 0, 0, 2, 6, 4}, Row{5, 0, 0, 5, 6, 4}, Row{6, 0, 0, 6, 6, 4},
+          Row{8, 0, 0, 8, 6, 4}, Row{9, 0, 0, 9, 6, 4}, Row{4, 1, 0x80, 4, 0, 0}, Row{4, 1, 0x10, 4, 6, 4},
+          Row{7, 1, 0x10, 7, 0, 0}, Row{7, 1, 0x80, 7, 6, 4}}) {
+        board.registers["R"].description.addressSpace = space;
+        fake.description.hasPageSelect = pages;
+        fake.description.secondaryMaps = maps;
         set = registerSet(nullptr);
         ASSERT_EQ(EepromAddRegisterCurrent(*eeprom, set, "R", "B"), kEepromOk);
-        EXPECT_EQ(entry(0), (RegisterEntry{row.registerClass, row.id, 0x20, row.size, 0xFF00, 0xAB}))
-            << row.space;
+        EXPECT_EQ(entry(0), (RegisterEntry{registerClass, id, 0x20, size, 0xFF00, 0xAB})) << space;
     }
     EXPECT_EQ(EepromAddRegister(*eeprom, set, "R", "X", 1), kEepromFailed);
     EXPECT_EQ(EepromAddRegister(*eeprom, set, "X", "", 1), kEepromFailed);
