@@ -4,7 +4,6 @@
 #include "tests/support/fake_host.h"
 #include "tests/support/must_hold.h"
 
-#include <algorithm>
 #include <array>
 #include <bit>
 
@@ -20,8 +19,7 @@ thread_local FakeHeadboard* headboard = nullptr;
 
 FakeRegister* find(vy_Camera* camera, char const* reg) {
     MUST_HOLD(camera); // the library would crash
-    auto const found = headboard->registers.find(reg);
-    return found == headboard->registers.end() ? nullptr : &found->second;
+    return headboard->registers.contains(reg) ? &headboard->registers[reg] : nullptr;
 }
 
 uint32_t maskOf(FakeRegister const& reg, char const* bitfield) {
@@ -59,11 +57,11 @@ void FakeHeadboard::fillIn(Veyra2& table) {
     table.vy_FindRegisterAddr = [](vy_Camera*, uint32_t address, uint32_t space,
                                    uint32_t id) -> vy_RegisterDescription const* {
         noteCall("findRegisterAddr", address, space, id);
-        auto const found = std::ranges::find_if(headboard->registers, [&](auto const& named) {
-            vy_RegisterDescription const& d = named.second.description;
-            return d.address == address && d.addressSpace == space && d.id == id;
-        });
-        return found == headboard->registers.end() ? nullptr : &found->second.description;
+        for (auto const& [name, reg] : headboard->registers)
+            if (vy_RegisterDescription const& d = reg.description;
+                d.address == address && d.addressSpace == space && d.id == id)
+                return &d;
+        return nullptr;
     };
     table.vy_dataSize = [](uint32_t dataType) { return dataType - kDataTypeOfNoBytes; };
     table.vy_ReadSensorRegStr = [](vy_Camera* camera, char const* reg, char const* bitfield,
@@ -93,7 +91,7 @@ void FakeHeadboard::fillIn(Veyra2& table) {
     table.vy_ReadSensorReg = [](vy_Camera*, vy_RegisterDescription const* reg, uint32_t* value) {
         noteCall("readDescribed", reg->addressSpace, reg->id, reg->addressWidth, reg->dataWidth,
                  reg->dataType, reg->address, reg->accessSize);
-        headboard->waitForDevice();
+        headboard->clock.advance(headboard->eeprom.readyAt() - headboard->clock.now());
         std::array<uint32_t, 2> words{};
         int const result = headboard->read(reg->id, reg->address, std::span(words).first(reg->accessSize));
         *value = reg->accessSize == 2 ? words[0] << 8 | words[1] : words[0];
@@ -101,7 +99,7 @@ void FakeHeadboard::fillIn(Veyra2& table) {
     };
     table.vy_WriteSensorReg = [](vy_Camera*, vy_RegisterDescription const* reg, uint32_t value) {
         noteCall("writeDescribed", reg->address, reg->accessSize, value);
-        headboard->waitForDevice();
+        headboard->clock.advance(headboard->eeprom.readyAt() - headboard->clock.now());
         std::array const words = {value >> 8, value};
         return headboard->write(reg->id, reg->address, std::span(words).last(reg->accessSize));
     };
@@ -141,36 +139,17 @@ void FakeHeadboard::fillIn(HostServices& table) {
     };
 }
 
-FakeRegister& FakeHeadboard::add(std::string const& name, uint32_t addressSpace, uint32_t id,
-                                 uint32_t address, uint32_t bytes, uint32_t value) {
-    FakeRegister& reg = registers[name];
-    reg.description = {.name = nullptr,
-                       .addressSpace = addressSpace,
-                       .id = id,
-                       .address = address,
-                       .addressWidth = 16,
-                       .dataWidth = bytes * 8,
-                       .accessSize = bytes,
-                       .dataType = kDataTypeOfNoBytes + bytes,
-                       .reserved = 0};
-    reg.value = value;
-    return reg;
-}
-
-void FakeHeadboard::addBitfield(std::string const& reg, std::string const& bitfield, uint32_t mask) {
-    registers.at(reg).bitfields[bitfield] = {nullptr, mask, 0};
+void FakeHeadboard::add(std::string const& name, uint32_t addressSpace, uint32_t id, uint32_t address,
+                        uint32_t bytes, uint32_t value) {
+    vy_RegisterDescription const description = {
+        nullptr, addressSpace, id, address, 16, bytes * 8, bytes, kDataTypeOfNoBytes + bytes, 0};
+    registers[name] = {.description = description, .bitfields = {}, .value = value};
 }
 
 void FakeHeadboard::addBridge() {
     for (char const* const name : {"I2C_ADDR", "ADDR", "COMMAND", "STATUS", "DATA"})
         add(std::string("IO_EEPROM_") + name, 0, 0, uint32_t(0x3100 + 2 * registers.size()), 2);
 }
-
-void FakeHeadboard::plan(DeviceFault fault, uint64_t ahead, bool lasts) {
-    eeprom.plan({fault, ahead + 1, lasts});
-}
-
-void FakeHeadboard::waitForDevice() { clock.advance(eeprom.readyAt() - clock.now()); }
 
 int FakeHeadboard::result(BusAnswer answer) {
     m_answer = answer;

@@ -28,10 +28,12 @@ public:
     FakeHeadboard(FakeHeadboard const&) = delete;
     FakeHeadboard& operator=(FakeHeadboard const&) = delete;
 
-    /// Adds a register of `bytes` bytes and returns it.
-    FakeRegister& add(std::string const& name, uint32_t addressSpace, uint32_t id, uint32_t address,
-                      uint32_t bytes, uint32_t value = 0);
-    void addBitfield(std::string const& reg, std::string const& bitfield, uint32_t mask);
+    /// Adds a register of `bytes` bytes.
+    void add(std::string const& name, uint32_t addressSpace, uint32_t id, uint32_t address, uint32_t bytes,
+             uint32_t value = 0);
+    void addBitfield(std::string const& reg, std::string const& bitfield, uint32_t mask) {
+        registers.at(reg).bitfields[bitfield] = {nullptr, mask, 0};
+    }
     /// The registers of an EEPROM bridge, `IO_EEPROM_*`.
     void addBridge();
 
@@ -48,7 +50,9 @@ public:
 
     /// The fault strikes the operation that is so many ahead, the next one being 0, and with `lasts` all
     /// later ones. It takes the place of what was planned before.
-    void plan(DeviceFault fault, uint64_t ahead = 0, bool lasts = true);
+    void plan(DeviceFault fault, uint64_t ahead = 0, bool lasts = true) {
+        eeprom.plan({fault, ahead + 1, lasts});
+    }
 
     /// Fills in the functions that this fake stands for, and makes every pause one of its time.
     static void fillIn(Veyra2& table);
@@ -59,7 +63,6 @@ private:
     [[nodiscard]] int read(uint32_t busAddress, uint32_t start, std::span<uint32_t> words);
     [[nodiscard]] int write(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words);
     [[nodiscard]] int result(simulator::BusAnswer answer);
-    void waitForDevice();
     void runBridge(uint32_t command);
     [[nodiscard]] uint32_t bridgeStatus();
 

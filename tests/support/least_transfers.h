@@ -2,8 +2,6 @@
 
 #include "headboard/headboard_eeprom.h"
 
-#include <set>
-
 namespace kestra {
 /// What an operation moves over the bus.
 enum class Transfer {
@@ -15,19 +13,14 @@ enum class Transfer {
 /// The fewest transfers that carry every byte of a state in the range [begin, end), and no other.
 inline int64_t leastTransfers(std::vector<ByteState> const& state, ByteState wanted, size_t begin, size_t end,
                               Transfer transfer) {
-    std::set<size_t> words;
-    int64_t runs = 0, pairs = 0;
+    int64_t count = 0;
     size_t length = 0; // of the run so far
     for (size_t i = begin; i < end; ++i) {
         length = state[i] == wanted ? length + 1 : 0;
-        if (length == 0)
-            continue;
-        words.insert(i / 2);
-        runs += length == 1;
-        pairs += length % 2;
+        bool const beginsPair = length % 2 == 1, beginsWord = length > 0 && i % 2 == 0;
+        count += transfer == Transfer::Pair ? beginsPair
+                                            : length == 1 || (transfer == Transfer::RawWrite && beginsWord);
     }
-    if (transfer == Transfer::RawWrite)
-        return int64_t(words.size());
-    return transfer == Transfer::RawRead ? runs : pairs;
+    return count;
 }
 } // namespace kestra
