@@ -3,6 +3,7 @@
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_libraries.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using namespace kestra;
