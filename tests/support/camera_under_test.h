@@ -1,23 +1,12 @@
 #pragma once
 
 #include "simulator/camera/simulated_camera.h"
+#include "tests/support/small_profile.h"
 
-#include <QByteArray>
-#include <QTemporaryDir>
 #include <memory>
 
 /// A camera as a test wants it: a small and almost noiseless array, unless the test says otherwise.
 using Camera = std::unique_ptr<simulator::SimulatedCamera>;
-
-/// Files of one test, gone with it.
-class TestFiles {
-public:
-    /// Writes a file and gives its path.
-    [[nodiscard]] QString write(QString const& name, QByteArray const& content) const;
-
-private:
-    QTemporaryDir m_folder;
-};
 
 /// Opens an installed profile or a profile's file. Fails the test when it cannot.
 [[nodiscard]] Camera openProfile(QString const& profile);
@@ -35,10 +24,7 @@ struct Region {
     uint32_t left = 0, top = 0, right = 100, bottom = 100;
 };
 
-/// Mean above black of the sites (column, row) of the mosaic's 2 x 2 cells: the first red pixel of the frame
-/// lies at site (phase & 1, phase >> 1).
-[[nodiscard]] double siteMean(simulator::SimulatedCamera const& camera, simulator::Frame const& frame,
-                              Region const& region, uint32_t column, uint32_t row);
+/// Means above black.
 [[nodiscard]] double redMean(simulator::SimulatedCamera const& camera, simulator::Frame const& frame,
                              Region const& region = {});
 /// Of the green in the rows that hold red.
@@ -55,29 +41,6 @@ void writeRegister(simulator::SimulatedCamera const& camera, char const* reg, ui
                    char const* bitfield = "");
 [[nodiscard]] uint32_t readRegister(simulator::SimulatedCamera const& camera, char const* reg,
                                     char const* bitfield = "");
-
-/// One or two bytes.
-struct Transfer {
-    uint32_t address, count;
-    bool writes;
-};
-
-/// One way to the EEPROM, as software on the host goes it: the profile that is wired so, and transfers of one
-/// or two bytes that answer whether they went well. Time passes only where a host would sleep.
-struct EepromAccess {
-    bool read(simulator::SimulatedCamera& camera, uint32_t address,
-              QByteArray& bytes) const; ///< as many as it has
-    bool write(simulator::SimulatedCamera& camera, uint32_t address, QByteArray const& bytes) const;
-
-    char const* name;
-    char const* profile;
-    bool (*move)(simulator::SimulatedCamera& camera, Transfer const& transfer, uint32_t& value);
-};
-
-extern EepromAccess const kEepromAccesses[3];
-
-/// A camera of that access in virtual time.
-[[nodiscard]] Camera openFor(EepromAccess const& access);
 
 /// Sets what the device holds, past every access and fault.
 void programContents(simulator::SimulatedCamera& camera, QByteArray const& contents);

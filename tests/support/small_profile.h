@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
 
 /// Writes a profile that changes some keys of another one and gives its path. `changes` begins with a comma.
 inline QString writeChangedProfile(QString const& folder, char const* base, QByteArray const& changes) {
@@ -21,3 +23,20 @@ inline QString writeSmallProfile(QString const& folder, char const* base = "poly
     QByteArray const size = R"({"width": 480, "height": 270})";
     return writeChangedProfile(folder, base, R"(, "array": )" + size + R"(, "layout": )" + size + more);
 }
+
+/// Files of one test, gone with it.
+struct TestFiles {
+    [[nodiscard]] QString path(char const* name) const { return folder.filePath(name); }
+    /// Writes a file and gives its path. Fails the test when it cannot.
+    QString write(char const* name, QByteArray const& contents) const {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size()) << name;
+        return path(name);
+    }
+    [[nodiscard]] QString smallProfile(char const* base = "polynomial",
+                                       QByteArray const& more = kNoEeprom) const {
+        return writeSmallProfile(folder.path(), base, more);
+    }
+
+    QTemporaryDir folder;
+};
