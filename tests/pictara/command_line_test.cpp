@@ -3,53 +3,43 @@
 #include "simulator/host/session/words.h"
 
 #include <gtest/gtest.h>
+#include <utility>
+#include <vector>
 
 namespace pictara {
 namespace {
-CommandLine parsed(QStringList arguments) {
-    arguments.prepend(QStringLiteral("pictara-sim"));
-    return parseCommandLine(arguments);
+CommandLine parsed(QString const& arguments) {
+    return parseCommandLine(("pictara-sim " + arguments).split(' '));
 }
 
 TEST(CommandLine, NamesTheOptionThatIsWrong) {
-    struct {
-        QStringList arguments;
-        char const* named;
-    } const rows[] = {
-        {{"--light", "1999"}, "--light"},
-        {{"--light", "warm"}, "--light"},
-        {{"--light", "nan"}, "--light"},
-        {{"--level", "0"}, "--level"},
-        {{"--gradient", "1.5"}, "--gradient"},
-        {{"--seed", "-1"}, "--seed"},
-        {{"--output", ""}, "--output"},
-        {{"--run-all", "--fault", "error-12@"}, "--fault"},
-        {{"--run-all", "--fault", "error-12@0"}, "with N from 1"},
-        {{"--run-all", "--fault", "error-12@99999999999999999999"}, "--fault"},
-        {{"--fault", "error-12"}, "--run-all"},
-        {{"--replay-eeprom", "e.bin", "--eeprom", "f.bin"}, "--eeprom"},
-        {{"--record", "calls.txt"}, "--script"},
-        {{"--script", "walk.txt", "--replay-eeprom", "e.bin"}, "two runs"},
-        {{"--flat-field", "flat.raw"}, "--measure-shading"},
-        {{"--compare-shading", "a.json"}, "two files"},
-        {{"--compare-shading", "a.json", "b.json", "c.json"}, "not an option"},
-        {{"--replay", "calls.txt", "--seed", "2"}, "--seed"},
-        {{"--colour"}, "colour"},
-        {{"polynomial"}, "polynomial"},
-        {{"--profile"}, "profile"},
-    };
-    for (auto const& row : rows) {
-        CommandLine const result = parsed(row.arguments);
-        EXPECT_FALSE(result.options) << row.named;
-        EXPECT_EQ(result.exitCode, kExitUsage) << row.named;
-        EXPECT_TRUE(result.text.contains(QLatin1String(row.named))) << result.text.toStdString();
+    std::vector<std::pair<QString, QString>> rows = {
+        {"--run-all --fault error-12@0", "with N from 1"},
+        {"--fault error-12", "--run-all"},
+        {"--record calls.txt", "--script"},
+        {"--script walk.txt --replay-eeprom e.bin", "two runs"},
+        {"--flat-field flat.raw", "--measure-shading"},
+        {"--compare-shading a.json", "two files"},
+        {"--compare-shading a.json b.json c.json", "not an option"},
+        {"--colour", "colour"},
+        {"polynomial", "polynomial"}};
+    for (QString const arguments :
+         {"--light 1999", "--light warm", "--light nan", "--level 0", "--gradient 1.5", "--seed -1",
+          "--output ", "--run-all --fault error-12@", "--run-all --fault error-12@99999999999999999999",
+          "--replay-eeprom e.bin --eeprom f.bin", "--replay calls.txt --seed 2", "--profile"})
+        rows.emplace_back(arguments, "--" + arguments.section("--", -1).section(' ', 0, 0));
+    for (auto const& [arguments, named] : rows) {
+        CommandLine const result = parsed(arguments);
+        EXPECT_FALSE(result.options) << arguments.toStdString();
+        EXPECT_EQ(result.exitCode, kExitUsage) << arguments.toStdString();
+        EXPECT_TRUE(result.text.contains(named)) << result.text.toStdString();
     }
 }
 
 TEST(CommandLine, AnyOtherRunWinsOverACalibration) {
-    EXPECT_TRUE(parsed({"--run-all"}).options->runAll);
-    EXPECT_FALSE(parsed({"--run-all", "--script", "walk.txt"}).options->runAll);
-    EXPECT_TRUE(parsed({"--run-all", "--help"}).text.contains(QLatin1String("Camera and light:")));
+    EXPECT_TRUE(parsed("--run-all").options->runAll);
+    EXPECT_FALSE(parsed("--run-all --script walk.txt").options->runAll);
+    EXPECT_TRUE(parsed("--run-all --help").text.contains("Camera and light:"));
 }
 
 TEST(SharedLine, OnlyWhatGoesOnOrIsPolledSharesALine) {

@@ -3,8 +3,8 @@
 #include "simulator/pictures/block_report.h"
 #include "simulator/pictures/colour_pipeline.h"
 
-#include <cmath>
-#include <functional>
+#include <algorithm>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -15,10 +15,10 @@ using simulator::Frame;
 using simulator::FrameType;
 
 // A camera of 12-bit Bayer frames, black at 100 and full scale at 1100 counts.
-CameraDescription bayerCamera(uint32_t width, uint32_t height, uint32_t phase = 0) {
+CameraDescription bayerCamera(int width, int height, uint32_t phase = 0) {
     CameraDescription camera;
-    camera.width = width;
-    camera.height = height;
+    camera.width = uint32_t(width);
+    camera.height = uint32_t(height);
     camera.bayerPhase = phase;
     camera.blackLevel = 100;
     camera.whiteLevel = 1100;
@@ -29,25 +29,18 @@ constexpr uint32_t kSpare = 6; // bytes behind each row
 
 enum class Site { Red, Green, Blue };
 
-Site siteOf(CameraDescription const& camera, uint32_t x, uint32_t y) {
-    bool const redColumn = ((x ^ camera.bayerPhase) & 1) == 0;
-    bool const redRow = ((y ^ camera.bayerPhase >> 1) & 1) == 0;
-    if (redColumn != redRow)
-        return Site::Green;
-    return redRow ? Site::Red : Site::Blue;
-}
-
 // A frame of the camera's samples in counts, its rows longer than they need be.
-Frame bayerFrame(CameraDescription const& camera,
-                 std::function<double(Site, uint32_t x, uint32_t y)> const& counts) {
+template <typename Counts>
+Frame bayerFrame(CameraDescription const& camera, Counts counts) {
     Frame frame{FrameType::Raw12, camera.width, int32_t(camera.height), camera.width * 2 + kSpare, {}};
     frame.pixels.fill('\x55', int(frame.pitch * camera.height));
     for (uint32_t y = 0; y < camera.height; ++y)
         for (uint32_t x = 0; x < camera.width; ++x) {
-            auto const sample = uint32_t(counts(siteOf(camera, x, y), x, y) + 0.5);
-            int const at = int(y * frame.pitch + 2 * x);
-            frame.pixels[at] = char(sample & 0xFF);
-            frame.pixels[at + 1] = char(sample >> 8);
+            bool const redColumn = ((x ^ camera.bayerPhase) & 1) == 0;
+            bool const redRow = ((y ^ camera.bayerPhase >> 1) & 1) == 0;
+            Site const site = redColumn != redRow ? Site::Green : redRow ? Site::Red : Site::Blue;
+            auto const sample = uint16_t(counts(site, x, y) + 0.5);
+            std::memcpy(frame.pixels.data() + y * frame.pitch + 2 * x, &sample, 2);
         }
     return frame;
 }
@@ -64,35 +57,35 @@ QImage rendered(CameraDescription const& camera, Frame const& frame, ColourSetti
 }
 
 TEST(ColourPipeline, ColoursComeOutRightAtEveryPixelInEveryPhase) {
+    QImage flat(7, 5, QImage::Format_RGB32);
+    flat.fill(qRgb(51, 128, 204));
     for (uint32_t phase = 0; phase < 4; ++phase) {
         CameraDescription const camera = bayerCamera(7, 5, phase);
-        QImage const picture = rendered(camera, bayerFrame(camera, flatScene));
-        ASSERT_EQ(picture.size(), QSize(7, 5));
-        for (int y = 0; y < 5; ++y)
-            for (int x = 0; x < 7; ++x)
-                ASSERT_EQ(picture.pixel(x, y), qRgb(51, 128, 204)) << phase << " at " << x << ',' << y;
+        EXPECT_EQ(rendered(camera, bayerFrame(camera, flatScene)), flat) << phase;
     }
 }
 
 TEST(ColourPipeline, GainsMatrixAndSaturationActInThisOrder) {
     CameraDescription camera = bayerCamera(4, 4);
-    double const matrix[9] = {1.5, -0.5, 0, -0.25, 1.5, -0.25, 0, -0.5, 1.5};
-    std::copy(std::begin(matrix), std::end(matrix), camera.colourMatrix.begin());
-    Frame const frame = bayerFrame(camera, flatScene);
-    auto const expectPixel = [&](ColourSettings const& settings, double red, double green, double blue) {
-        int rows = 0;
-        readLinear(frame, camera, settings, [&](uint32_t, ColourRow const& row) {
-            ++rows;
-            EXPECT_NEAR(row.red[0], red, 1e-5);
-            EXPECT_NEAR(row.green[0], green, 1e-5);
-            EXPECT_NEAR(row.blue[0], blue, 1e-5);
-        });
-        EXPECT_EQ(rows, 4);
-    };
-    expectPixel({.redGain = 2, .blueGain = 0.5}, 0.4, 0.5, 0.4);
-    expectPixel({.redGain = 2, .blueGain = 0.5, .colourCorrection = true}, 0.35, 0.55, 0.35);
+    camera.colourMatrix = {1.5, -0.5, 0, -0.25, 1.5, -0.25, 0, -0.5, 1.5};
     double const grey = 0.2126 * 0.35 + 0.7152 * 0.55 + 0.0722 * 0.35;
-    expectPixel({.redGain = 2, .blueGain = 0.5, .colourCorrection = true, .saturation = 0}, grey, grey, grey);
+    struct {
+        ColourSettings settings;
+        double red, green, blue;
+    } const rows[] = {
+        {{.redGain = 2, .blueGain = 0.5}, 0.4, 0.5, 0.4},
+        {{.redGain = 2, .blueGain = 0.5, .colourCorrection = true}, 0.35, 0.55, 0.35},
+        {{.redGain = 2, .blueGain = 0.5, .colourCorrection = true, .saturation = 0}, grey, grey, grey}};
+    for (auto const& [settings, red, green, blue] : rows) {
+        int lines = 0;
+        readLinear(bayerFrame(camera, flatScene), camera, settings, [&](uint32_t, ColourRow const& line) {
+            ++lines;
+            EXPECT_NEAR(line.red[0], red, 1e-5);
+            EXPECT_NEAR(line.green[0], green, 1e-5);
+            EXPECT_NEAR(line.blue[0], blue, 1e-5);
+        });
+        EXPECT_EQ(lines, 4);
+    }
 }
 
 TEST(ToneCurve, FollowsExponentBlackAndContrast) {
@@ -110,18 +103,15 @@ TEST(ToneCurve, FollowsExponentBlackAndContrast) {
 TEST(ColourPipeline, YcbcrOfBothRangesComesOutLinear) {
     struct {
         double black, white;
-        uint8_t luma, cr;
-    } const ranges[] = {{0, 255, 102, 164}, {16, 235, 104, 160}}; // 40 % luma, red difference of 0.142
-    for (auto const& range : ranges) {
+        char const* pairs; // 40 % luma, red difference of 0.142
+    } const ranges[] = {{0, 255, "668066a4668066a4"}, {16, 235, "688068a0688068a0"}};
+    for (auto const& [black, white, pairs] : ranges) {
         CameraDescription camera = bayerCamera(4, 2);
         camera.rawType = FrameType::Ycbcr;
-        camera.blackLevel = range.black;
-        camera.whiteLevel = range.white;
-        Frame frame{FrameType::Ycbcr, 4, 2, 8, {}};
-        for (int pair = 0; pair < 4; ++pair)
-            for (uint8_t const byte : {range.luma, uint8_t(128), range.luma, range.cr})
-                frame.pixels.append(char(byte));
-        QRgb const pixel = rendered(camera, frame).pixel(3, 1);
+        camera.blackLevel = black;
+        camera.whiteLevel = white;
+        QRgb const pixel =
+            rendered(camera, {FrameType::Ycbcr, 4, 2, 8, QByteArray::fromHex(pairs).repeated(2)}).pixel(3, 1);
         EXPECT_NEAR(qRed(pixel), 152.5, 2);
         EXPECT_NEAR(qGreen(pixel), 76.5, 2);
         EXPECT_NEAR(qBlue(pixel), 102, 2);
@@ -130,15 +120,19 @@ TEST(ColourPipeline, YcbcrOfBothRangesComesOutLinear) {
 
 TEST(ColourPipeline, AFrameShorterThanItSaysIsNotTouched) {
     CameraDescription const camera = bayerCamera(8, 8);
-    auto const isDrawn = [&](auto damage) {
-        Frame frame = bayerFrame(camera, flatScene);
-        damage(frame);
-        return !rendered(camera, frame).isNull();
-    };
-    EXPECT_TRUE(isDrawn([](Frame& frame) { frame.pixels.chop(kSpare); })) << "of the last row";
-    EXPECT_FALSE(isDrawn([](Frame& frame) { frame.pixels.chop(kSpare + 1); }));
-    EXPECT_FALSE(isDrawn([](Frame& frame) { frame.pitch = 15; }));
-    EXPECT_FALSE(isDrawn([](Frame& frame) { frame.height = -8; }));
+    Frame const whole = bayerFrame(camera, flatScene);
+    struct {
+        int missing;
+        uint32_t pitch;
+        int32_t height;
+        bool isDrawn;
+    } const rows[] = {
+        {kSpare, 22, 8, true}, {kSpare + 1, 22, 8, false}, {0, 15, 8, false}, {0, 22, -8, false}};
+    for (auto const& [missing, pitch, height, isDrawn] : rows) {
+        Frame frame{FrameType::Raw12, 8, height, pitch, whole.pixels};
+        frame.pixels.chop(missing); // of the last row
+        EXPECT_EQ(!rendered(camera, frame).isNull(), isDrawn) << missing << ' ' << pitch << ' ' << height;
+    }
 }
 
 TEST(BlockReport, FindsTheDarkBlockAndTheColouredOne) {
@@ -168,40 +162,25 @@ TEST(BlockReport, FindsTheDarkBlockAndTheColouredOne) {
     }
 }
 
-// Colour that changes over the picture, as an uncorrected lens leaves it.
-Frame shadedFrame(CameraDescription const& camera) {
-    return bayerFrame(camera, [&](Site site, uint32_t x, uint32_t y) {
-        double const u = double(x) / camera.width, v = double(y) / camera.height;
-        double const gain = site == Site::Red ? 1 - 0.2 * u : site == Site::Blue ? 0.8 + 0.1 * u * v : 1;
-        return 100 + 800 * gain * (1 - 0.3 * v);
-    });
-}
-
 // The host measures light, the dialog what a display makes of it, on other blocks.
 TEST(BlockReport, FindsAboutTheColourDeviationThatTheDialogFinds) {
     ColourSettings const settings{.redGain = 1.1, .blueGain = 1.2, .displayExponent = 0.45};
     for (QSize const size : {QSize(320, 240), QSize(331, 217)}) {
-        auto const camera = bayerCamera(uint32_t(size.width()), uint32_t(size.height()));
-        auto const frame = shadedFrame(camera);
-        QImage picture;
-        ColourPipeline(camera).render(frame, settings, picture);
+        auto const camera = bayerCamera(size.width(), size.height());
+        // Colour that changes over the picture, as an uncorrected lens leaves it.
+        auto const frame = bayerFrame(camera, [&](Site site, uint32_t x, uint32_t y) {
+            double const u = double(x) / size.width(), v = double(y) / size.height();
+            double const gain = site == Site::Red ? 1 - 0.2 * u : site == Site::Blue ? 0.8 + 0.1 * u * v : 1;
+            return 100 + 800 * gain * (1 - 0.3 * v);
+        });
+        QImage const picture = rendered(camera, frame, settings);
         auto const dialog = std::make_unique<CSbl>();
         dialog->measure(picture.constBits(), size.width(), size.height(), picture.bytesPerLine() / 4);
-        BlockReport const measured = measureBlocks(frame, camera, settings);
         // An exponent of 0.45 is not quite the curve that the dialog undoes, and smaller blocks reach farther
         // into the corners: that makes 2 % here.
-        EXPECT_NEAR(measured.largestColourDeviation / dialog->maxDeviation(), 1, 0.04);
+        double const measured = measureBlocks(frame, camera, settings).largestColourDeviation;
+        EXPECT_NEAR(measured / dialog->maxDeviation(), 1, 0.04);
     }
-}
-
-// A sensor whose green saturates first and whose corners get a third of the light.
-Frame exposed(CameraDescription const& camera, uint32_t time, double lightPerTime) {
-    return bayerFrame(camera, [&](Site site, uint32_t x, uint32_t y) {
-        double const u = (x + 0.5) / camera.width * 2 - 1, v = (y + 0.5) / camera.height * 2 - 1;
-        double const colour = site == Site::Green ? 1 : site == Site::Red ? 0.6 : 0.4;
-        double const light = time * lightPerTime * colour * (1 - 0.33 * (u * u + v * v));
-        return std::min(camera.blackLevel + 1000 * light, camera.whiteLevel);
-    });
 }
 
 TEST(ExposureLoop, SettlesWithinTwelveFramesFromAnyStartWithoutClippingAgain) {
@@ -214,21 +193,28 @@ TEST(ExposureLoop, SettlesWithinTwelveFramesFromAnyStartWithoutClippingAgain) {
         for (double const lightPerTime : {1.4e-5, 2e-4, 1e-3, 4e-3})
             for (uint32_t const start : {1U, 100U, 1000U, 20000U}) {
                 SCOPED_TRACE(testing::Message() << start << " at " << lightPerTime << " to " << target);
-                auto const centreAt = [&](uint32_t time) {
-                    return measureCentre(exposed(camera, time, lightPerTime), camera, zone);
-                };
                 uint32_t time = start;
-                bool clippedAgain = false, wasUnclipped = false;
+                CentreZone centre;
+                auto const expose = [&, percent = zone] {
+                    // A sensor whose green saturates first and whose corners get a third of the light.
+                    Frame const frame = bayerFrame(camera, [&](Site site, uint32_t x, uint32_t y) {
+                        double const u = (x + 0.5) / 32 - 1, v = (y + 0.5) / 24 - 1;
+                        double const colour = site == Site::Green ? 1 : site == Site::Red ? 0.6 : 0.4;
+                        double const light = time * lightPerTime * colour * (1 - 0.33 * (u * u + v * v));
+                        return std::min(100 + 1000 * light, 1100.0);
+                    });
+                    centre = measureCentre(frame, camera, percent);
+                };
+                bool wasUnclipped = false;
                 for (int frame = 0; frame < 12; ++frame) {
-                    CentreZone const centre = centreAt(time);
-                    clippedAgain = clippedAgain || (wasUnclipped && centre.peak >= 0.99);
+                    expose();
+                    EXPECT_FALSE(wasUnclipped && centre.peak >= 0.99) << "clipped again";
                     wasUnclipped = wasUnclipped || centre.peak < 0.99;
                     time = nextExposure(time, centre, target);
                 }
-                CentreZone const centre = centreAt(time);
+                expose();
                 EXPECT_TRUE(lowest < centre.mean && centre.mean < highest) << centre.mean;
                 EXPECT_LT(centre.peak, 0.97);
-                EXPECT_FALSE(clippedAgain);
                 // Where the peak limits it, it follows the peak's last digit.
                 double const slack = zone == 100 ? 0.002 * time : 0;
                 EXPECT_NEAR(nextExposure(time, centre, target), time, slack) << "still moving";

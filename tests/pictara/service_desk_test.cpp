@@ -1,9 +1,7 @@
-#include "simulator/files/whole_file.h"
 #include "simulator/host/session/preset_file.h"
 #include "simulator/host/session/service_desk.h"
 #include "tests/support/camera_under_test.h"
 
-#include <QTemporaryDir>
 #include <cstring>
 #include <gtest/gtest.h>
 
@@ -33,19 +31,19 @@ constexpr char kIni[] = "[Other]\n"
 constexpr char kGain[] = "COARSE_INTEGRATION_TIME"; // at 0x3012
 
 struct ServiceDeskTest : testing::Test {
-    QTemporaryDir folder;
+    TestFiles files;
     Camera const sensor = openChanged(R"(, "array": {"bayerPhase": 3}, "registers": {"more": [
         {"name": "SECOND_PAGE", "id": 1, "address": 13824},
         {"name": "VARIABLE", "addressSpace": 1, "id": 3, "address": "0x21"}]})");
     StateVariables states{sensor->description()};
-    SettingsStore settings{folder.filePath("settings.ini")};
+    SettingsStore settings{files.path("settings.ini")};
     int notified = 0;
     uint32_t seenByNotification = 0;
     SensorRegisters registers{sensor->handle(), [this] {
                                   ++notified;
                                   seenByNotification = ServiceDesk::table().readRegister(kGain, "", 1);
                               }};
-    ServiceDesk desk{states, settings, registers, folder.filePath("host.ini")};
+    ServiceDesk desk{states, settings, registers, files.path("host.ini")};
     HostServices const& host = ServiceDesk::table();
 };
 
@@ -91,26 +89,26 @@ TEST_F(ServiceDeskTest, ReachesTheBusAtTheWidthsOfEachCall) {
 }
 
 // Options lie apart from settings; both hold any text.
+// Options lie apart from settings; both hold any text.
 TEST_F(ServiceDeskTest, SettingsAndOptionsAreKeptForTheNextSitting) {
     QByteArray const key = "LensAssist Dir for 50% [a=b] \xE4\n", value = " \\\\server\\a=b%20 \r\n\xFC ";
     host.writeTextSetting(key, value);
     host.writeIntSetting("LensAssist Falloff for S1", -95);
     host.writeTextSetting("Empty", "");
     host.writeOption(key, "a.png");
-    SettingsStore next(folder.filePath("settings.ini"));
+    SettingsStore next(files.path("settings.ini"));
     ASSERT_TRUE(next.isReadable());
     ServiceDesk const nextDesk(states, next, registers, {});
-    char buffer[64];
-    host.readTextSetting(key, buffer, sizeof buffer, "");
-    EXPECT_EQ(QByteArray(buffer), value);
-    host.readTextSetting("Empty", buffer, sizeof buffer, "fallback");
-    EXPECT_STREQ(buffer, "");
-    host.readTextSetting(key, buffer, 4, ""); // cut to the buffer
-    EXPECT_EQ(QByteArray(buffer), value.left(3));
-    host.readTextSetting("unknown", buffer, sizeof buffer, "none");
-    EXPECT_STREQ(buffer, "none");
-    host.readTextSetting("unknown", buffer, sizeof buffer, nullptr);
-    EXPECT_STREQ(buffer, "");
+    auto const textOf = [&](char const* name, char const* fallback, uint32_t size = 64) {
+        char buffer[64];
+        host.readTextSetting(name, buffer, size, fallback);
+        return QByteArray(buffer);
+    };
+    EXPECT_EQ(textOf(key, ""), value);
+    EXPECT_EQ(textOf("Empty", "fallback"), "");
+    EXPECT_EQ(textOf(key, "", 4), value.left(3)) << "cut to the buffer";
+    EXPECT_EQ(textOf("unknown", "none"), "none");
+    EXPECT_EQ(textOf("unknown", nullptr), "");
     EXPECT_EQ(host.readIntSetting("LensAssist Falloff for S1", 1), -95);
     EXPECT_EQ(host.readIntSetting(key, 42), 42);
     EXPECT_STREQ(host.readOption(key), "a.png");
@@ -118,28 +116,27 @@ TEST_F(ServiceDeskTest, SettingsAndOptionsAreKeptForTheNextSitting) {
 }
 
 TEST_F(ServiceDeskTest, AppliesEveryKindOfPresetLineAndNothingElse) {
-    QString const ini = folder.filePath("host.ini");
-    ASSERT_TRUE(files::replace(ini, kIni, nullptr));
+    QString const ini = files.write("host.ini", kIni);
     writeRegister(*sensor, "P_GR_P0Q1", 0xF00F);
     EXPECT_EQ(applyPreset(ini, "Lens Calibration Setup", states, registers), 9);
     EXPECT_FALSE(applyPreset(ini, "Lens Calibration", states, registers));
-    EXPECT_EQ(states.read("Gamma"), 20);
-    EXPECT_EQ(states.read("Black Offset"), -7);
-    EXPECT_EQ(states.read("Contrast"), 21);
-    EXPECT_EQ(readRegister(*sensor, "P_GR_P0Q0"), 0x4000U);
-    EXPECT_EQ(readRegister(*sensor, "SECOND_PAGE"), 77U);
-    EXPECT_EQ(readRegister(*sensor, "COARSE_INTEGRATION_TIME"), 32U);
-    EXPECT_EQ(readRegister(*sensor, "POLY_SC_ENABLE"), 0x8000U);
-    EXPECT_EQ(readRegister(*sensor, "P_GR_P0Q1"), 0xFABFU);
-    EXPECT_EQ(readRegister(*sensor, "VARIABLE"), 9U);
+    for (auto const& [state, value] : {std::pair{"Gamma", 20}, {"Black Offset", -7}, {"Contrast", 21}})
+        EXPECT_EQ(states.read(state), value) << state;
+    for (auto const& [reg, value] : {std::pair{"P_GR_P0Q0", 0x4000U},
+                                     {"SECOND_PAGE", 77U},
+                                     {kGain, 32U},
+                                     {"POLY_SC_ENABLE", 0x8000U},
+                                     {"P_GR_P0Q1", 0xFABFU},
+                                     {"VARIABLE", 9U}})
+        EXPECT_EQ(readRegister(*sensor, reg), value) << reg;
     EXPECT_EQ(notified, 1);
 }
 
 TEST_F(ServiceDeskTest, WhatTheCameraDictatesIsNotSet) {
-    states.set("X Offset", 0);
-    states.set("Y Offset", 5);
-    EXPECT_EQ(states.read("X Offset"), 1);
-    EXPECT_EQ(states.read("Y Offset"), 1);
+    for (auto const& [state, value] : {std::pair{"X Offset", 0}, {"Y Offset", 5}}) {
+        states.set(state, value);
+        EXPECT_EQ(states.read(state), 1);
+    }
 }
 } // namespace
 } // namespace pictara
