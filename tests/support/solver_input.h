@@ -17,7 +17,7 @@ struct TestSensor {
     int sampleBytes = 2;
     int blackLevel = 168;
     int whiteLevel = 4095;
-    std::vector<int> bankSlots{0};
+    std::vector<uint32_t> bankSlots{0};
     bool tablesHaveOrigins = false; ///< of their own
     bool tablesHaveTemperatures = true;
 
@@ -94,9 +94,6 @@ struct Exposure {
     unsigned orientation = 0; ///< bit 0: mirrored, bit 1: upside down
     double deviantPixels = 0; ///< share of pixels that are dead or hot
 };
-
-/// Relative sensitivity of the planes in the light of the frames.
-[[nodiscard]] double sensitivity(Colour colour);
 
 /// A frame as the sensor delivers it: Bayer samples, B G R x or Y Cb Y Cr (full range).
 [[nodiscard]] QByteArray expose(TestSensor const& sensor, Response const& response,
