@@ -8,7 +8,6 @@
 
 #include <QApplication>
 #include <QDialog>
-#include <QTemporaryDir>
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
@@ -19,6 +18,7 @@
 #include <new>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 simulator::SimulatedCamera* camera = nullptr; // its time passes by the sleeps of the plug-in
@@ -59,30 +59,19 @@ extern "C" [[gnu::visibility("default")]] int clock_gettime(clockid_t clock, tim
 
 namespace pictara {
 namespace {
-constexpr int kMostTicks = 100;
 constexpr char kThreeIlluminants[] = "adaptive-72";
 
-// The sensor of the three-illuminant page has the size that the solver's own layout files tell.
-QString smallProfile(QString const& folder, char const* base) {
-    constexpr char kFormatted[] = R"(, "eeprom": {"formatted": true})";
-    return base == kThreeIlluminants ? writeChangedProfile(folder, base, kFormatted)
-                                     : writeSmallProfile(folder, base, kFormatted);
-}
-
-class Allocation : public testing::TestWithParam<char const*> {
+class Allocation : public testing::TestWithParam<char const*>, protected TestFiles {
 protected:
     // Calls again and again without memory for the first allocation, the second, and so on, until the call
     // needs no more.
     template <typename Call>
     void withoutMemory(Call call) {
-        for (int n = 1;; ++n) {
+        for (int n = 1;; ++n, ++failures) {
             allocationsLeft = n;
             EXPECT_NO_THROW(call());
-            bool const wentThrough = allocationsLeft > 0;
-            allocationsLeft = 0;
-            if (wentThrough)
+            if (std::exchange(allocationsLeft, 0) > 0)
                 return;
-            ++failures;
         }
     }
     void SetUp() override {
@@ -90,9 +79,12 @@ protected:
         QLibrary kept(QStringLiteral(PLUGIN_FILE));
         kept.setLoadHints(QLibrary::PreventUnloadHint);
         ASSERT_TRUE(kept.load());
-        options.profile = smallProfile(folder.path(), GetParam());
-        options.outputFolder = folder.filePath("out");
-        QString error;
+        // The sensor of the three-illuminant page has the size that the solver's own layout files tell.
+        constexpr char kFormatted[] = R"(, "eeprom": {"formatted": true})";
+        options.profile = GetParam() == kThreeIlluminants
+                              ? writeChangedProfile(folder.path(), GetParam(), kFormatted)
+                              : smallProfile(GetParam(), kFormatted);
+        options.outputFolder = path("out");
         session = Session::open(options, &error);
         ASSERT_TRUE(session) << error.toStdString();
         camera = &session->camera();
@@ -104,35 +96,33 @@ protected:
         camera = nullptr;
     }
 
-    void deliver() {
-        withoutMemory([&] { session->frames().deliverNext(); });
-    }
-
-    QTemporaryDir folder;
     Options options;
+    QString error;
     std::unique_ptr<Session> session;
     int failures = 0;
 };
 
 TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
     PluginLibrary plugin;
-    QString error;
     ASSERT_TRUE(plugin.load(QStringLiteral(PLUGIN_FILE), &error)) << error.toStdString();
     HeadlessDialog opened;
     ASSERT_EQ(openHeadless(*session, opened), kExitDone);
     std::unique_ptr<QDialog> const dialog(opened.dialog); // as the library stays
     DialogPage page = opened.page;
-    auto const changeLamp = [&](CaptureRow const& row) { session->bringLamp(row.kelvin); };
+    auto const deliver = [&] { session->frames().deliverNext(); };
+    auto const serveRows = [&] {
+        serveCaptureRows(page, [&](CaptureRow const& row) { session->bringLamp(row.kelvin); });
+    };
     for (StepWidgets const& step : kSteps)
         withoutMemory([&] { page.press(step.button); });
     page.press("Start_Over");
     page.press("Run_All");
-    for (int tick = 0; tick < kMostTicks && page.isRunning(); ++tick) {
+    for (int tick = 0; tick < 100 && page.isRunning(); ++tick) {
         for (int frame = 0; frame < 3; ++frame)
-            deliver();
+            withoutMemory(deliver);
         withoutMemory([&] { plugin.registerChanged(); });
         withoutMemory([&] { page.tick(); });
-        serveCaptureRows(page, changeLamp);
+        serveRows();
     }
     withoutMemory([&] { page.press("Prom_Save"); });
     std::cout << failures << " allocations failed\n";
@@ -140,8 +130,8 @@ TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
     (void)plugin.unload(); // as often as it was loaded
 
     page.press("Start_Over");
-    RunDriver driver(page, [&] { session->frames().deliverNext(); });
-    driver.onRequests = [&] { serveCaptureRows(page, changeLamp); };
+    RunDriver driver(page, deliver);
+    driver.onRequests = serveRows;
     RunResult const result = driver.runAll();
     EXPECT_EQ(result.end, RunEnd::Finished);
     EXPECT_TRUE(isCalibrated(result.last.statusTexts) && isSaved(result.last.statusTexts, true))
@@ -149,16 +139,13 @@ TEST_P(Allocation, ThatFailsEndsItsStepAloneAndTheNextRunIsWhole) {
 }
 
 TEST_P(Allocation, ThatFailsWhileTheDialogIsMadeLeavesNoneAndTheNextOneOpens) {
-    QString error;
     int dialogs = 0;
     withoutMemory([&] {
-        QDialog* const dialog = session->openDialog(nullptr, &error);
+        std::unique_ptr<QDialog> const dialog(session->openDialog(nullptr, &error));
         QWidgetList const widgets = QApplication::topLevelWidgets();
-        auto const left = std::count_if(widgets.begin(), widgets.end(),
-                                        [](QWidget const* widget) { return !widget->parentWidget(); });
-        EXPECT_EQ(left, dialog ? 1 : 0) << "failure " << failures;
+        auto const isRoot = [](QWidget const* widget) { return !widget->parentWidget(); };
+        EXPECT_EQ(std::count_if(widgets.begin(), widgets.end(), isRoot), dialog ? 1 : 0) << failures;
         dialogs += dialog != nullptr;
-        delete dialog;
     });
     std::cout << failures << " allocations failed, " << dialogs << " dialogs opened\n";
     EXPECT_GT(failures, 100);
