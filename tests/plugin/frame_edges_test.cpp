@@ -78,14 +78,9 @@ void settle(PageState const& state, bool (*isDue)(PageState const&)) {
     ASSERT_TRUE(isDue(state));
 }
 
-// The displayed frame that ends the settling is itself the input of the kind that calibrates from it.
-int32_t capturePhase = 0;
-
-// What a page is brought to before each frame, when it is not there already.
-struct Due {
-    char const* name;
-    void (*bring)(PageState const&);
-};
+bool isInPhase(PageState const& state, int wanted) {
+    return state.lscStepState == kInProgress && state.lscStepProgress == wanted;
+}
 
 void bringToColourBalance(PageState const& state) {
     if (state.wbStepState != kInProgress)
@@ -94,9 +89,9 @@ void bringToColourBalance(PageState const& state) {
 }
 
 void bringToMeasurement(PageState const& state) {
-    if (state.lscStepState == kInProgress && state.lscStepProgress == phase::kMeasured)
+    if (isInPhase(state, phase::kMeasured))
         DialogSession::press("start"); // done: the next frame gets a ring, then it is measured again
-    else if (state.lscStepState != kInProgress || state.lscStepProgress != phase::kMeasure)
+    else if (!isInPhase(state, phase::kMeasure))
         DialogSession::press("OnBnClickedCU");
 }
 
@@ -112,32 +107,34 @@ void bringToRing(PageState const& state) {
     ASSERT_GT(state.worstBlock.right(), 120);
 }
 
+// The displayed frame that ends the settling is itself the input of the kind that calibrates from it.
+int capturePhase = 0;
+
 void bringToCapture(PageState const& state) {
-    if (LensAssistApga const* const page = kestraMfr().g_lensAssistApga) {
-        // All three frames are what was last delivered; with them the page calculates.
-        if (page->captured().haveAllFrames() && page->captured()[kDaylight].state == kCaptured) {
+    LensAssistApga const* const page = kestraMfr().g_lensAssistApga;
+    if (!page) {
+        if (!isInPhase(state, capturePhase))
             DialogSession::press("OnBnClickedCalibrate");
-            DialogSession::press("start");
-        }
-        for (auto const& [row, slot] : {std::pair{kIncandescent, "OnBnClickedIncandescent_Image"},
-                                        std::pair{kFluorescent, "OnBnClickedFluorescent_Image"},
-                                        std::pair{kDaylight, "OnBnClickedDaylight_Image"}})
-            if (page->captured()[row].state != kCapturing)
-                DialogSession::press(slot);
+        settle(state, [](PageState const& now) { return isInPhase(now, capturePhase); });
         return;
     }
-    auto const isDue = [](PageState const& now) {
-        return now.lscStepState == kInProgress && now.lscStepProgress == capturePhase;
-    };
-    if (!isDue(state))
-        DialogSession::press("OnBnClickedCalibrate");
-    settle(state, isDue);
+    // All three frames are what was last delivered; with them the page calculates.
+    if (page->captured().haveAllFrames() && page->captured()[kDaylight].state == kCaptured)
+        for (char const* const slot : {"OnBnClickedCalibrate", "start"})
+            DialogSession::press(slot);
+    for (auto const& [row, slot] : {std::pair{kIncandescent, "OnBnClickedIncandescent_Image"},
+                                    {kFluorescent, "OnBnClickedFluorescent_Image"},
+                                    {kDaylight, "OnBnClickedDaylight_Image"}})
+        if (page->captured()[row].state != kCapturing)
+            DialogSession::press(slot);
 }
 
-constexpr Due kDue[] = {{"colour balance", bringToColourBalance},
-                        {"measurement", bringToMeasurement},
-                        {"ring", bringToRing},
-                        {"capture", bringToCapture}};
+// What a page is brought to before each frame, when it is not there already.
+constexpr std::pair<char const*, void (*)(PageState const&)> kDue[] = {
+    {"colour balance", bringToColourBalance},
+    {"measurement", bringToMeasurement},
+    {"ring", bringToRing},
+    {"capture", bringToCapture}};
 
 class FrameEdges : public ::testing::TestWithParam<uint32_t> {};
 
@@ -152,19 +149,20 @@ TEST_P(FrameEdges, NothingBesideThePixelsIsTouchedInAnyStateOfThePage) {
     page->setVisible(true); // it ticks only when shown
     DialogSession::type("GoodCU", QStringLiteral("-1"));
     size_t withPixels = 0;
-    for (Due const& due : kDue) {
-        SCOPED_TRACE(due.name);
+    for (auto const& [name, bring] : kDue) {
+        SCOPED_TRACE(name);
         DialogSession::press("OnBnClickedStartover");
-        size_t const count = forEachCombination([&](ToldFrame const& frame, size_t number) {
-            due.bring(page->state());
-            // With each width, pitch and type some heights come to each guard page through each entry.
-            size_t const height = number / 12;
-            std::span<uint8_t> const pixels = placePixels(frame, height % 2 == 0);
-            withPixels += !pixels.empty();
-            if (!frame.deliver(pixels, height / 2 % 2 == 0))
-                FAIL() << "painted behind a row of " << frame.width << " pixels";
-            session.host.log.clear();
-        });
+        size_t const count =
+            forEachCombination([&, bringThere = bring](ToldFrame const& frame, size_t number) {
+                bringThere(page->state());
+                // With each width, pitch and type some heights come to each guard page through each entry.
+                size_t const height = number / 12;
+                std::span<uint8_t> const pixels = placePixels(frame, height % 2 == 0);
+                withPixels += !pixels.empty();
+                if (!frame.deliver(pixels, height / 2 % 2 == 0))
+                    FAIL() << "painted behind a row of " << frame.width << " pixels";
+                session.host.log.clear();
+            });
         EXPECT_GE(count, kCombinations);
     }
     EXPECT_EQ(page->state().updateDepth, 0U);

@@ -41,10 +41,9 @@ struct ToldFrame {
             RgbImageData(data, type, uint32_t(width), uint32_t(height), pitch);
         else
             ImageData(data, type, uint32_t(width), height, uint32_t(pitch));
-        auto const paintable = size_t(type == kRgb32 && pitch != 0 ? rowBytes() : 0),
-                   rowStep = size_t(step());
-        for (size_t row = 0; row < before.size(); row += rowStep)
-            if (std::memcmp(&pixels[row] + paintable, &before[row] + paintable, rowStep - paintable) != 0)
+        auto const paintable = size_t(type == kRgb32 && pitch != 0 ? rowBytes() : 0);
+        for (size_t row = 0; row < before.size(); row += size_t(step()))
+            if (std::memcmp(&pixels[row] + paintable, &before[row] + paintable, size_t(step()) - paintable))
                 return false;
         return true;
     }
