@@ -11,17 +11,8 @@ using namespace simulator;
 namespace {
 constexpr uint32_t kHalf = 0x3800, kOneAndHalf = 0x3E00; // as binary16
 
-// The register of green's constant term, found by its address in the layout block as a host does it.
-vy_RegisterDescription const* greenRegister(Camera const& camera) {
-    QString error;
-    auto const layout = parseSensorLayout(
-        static_cast<char const*>(vy_SensorInfo(camera->handle())->sensorData), QString(), &error);
-    EXPECT_TRUE(layout) << qPrintable(error);
-    RegisterPlace const place = layout->banks.front().planes[Plane::GreenRed].first;
-    return vy_FindRegisterAddr(camera->handle(), place.address, 0, place.id);
-}
-
 TEST(Correction, EveryInstalledProfileDeliversWhatItDescribesTimesThePolynomialInItsRegisters) {
+    QString error;
     for (QString const& name : SimulatedCamera::profileNames()) {
         SCOPED_TRACE(qPrintable(name));
         Camera const camera = openProfile(name);
@@ -38,7 +29,13 @@ TEST(Correction, EveryInstalledProfileDeliversWhatItDescribesTimesThePolynomialI
         EXPECT_NEAR(greenMean(*camera, frame, {45, 45, 55, 55}) / (told.whiteLevel - told.blackLevel), 0.2,
                     0.02);
         EXPECT_NEAR(correctionAt(camera), 1, 0.01) << "the reset registers change nothing";
-        EXPECT_EQ(vy_WriteSensorReg(camera->handle(), greenRegister(camera), kOneAndHalf), 0);
+        // Green's constant term, found by its address in the layout block as a host does it.
+        auto const layout = parseSensorLayout(
+            static_cast<char const*>(vy_SensorInfo(camera->handle())->sensorData), {}, &error);
+        ASSERT_TRUE(layout) << qPrintable(error);
+        auto const& [id, address] = layout->banks.front().planes[Plane::GreenRed].first;
+        auto const* const green = vy_FindRegisterAddr(camera->handle(), address, 0, id);
+        EXPECT_EQ(vy_WriteSensorReg(camera->handle(), green, kOneAndHalf), 0);
         EXPECT_NEAR(correctionAt(camera), 1.5, 0.015);
         double const red = redMean(*camera, camera->grab());
         switchCorrection(*camera, false);
@@ -75,79 +72,72 @@ TEST(Correction, NegativeAndHugeGainsStayWithinTheSamples) {
 // Tables of even gains, which a picture tells apart: binary16 patterns and what they stand for.
 constexpr uint32_t kGainPatterns[] = {0x3D00, 0x3E00, 0x4000};
 constexpr std::array<double, 3> kGains = {1.25, 1.5, 2.0};
-constexpr double kTolerance = 0.02;
-
-constexpr char const* kTableNames[] = {"A", "CWF", "D65"};
-constexpr char const* kTemperatures[] = {"CAM_PGA_L_CONFIG_COLOUR_TEMP", "CAM_PGA_M_CONFIG_COLOUR_TEMP",
-                                         "CAM_PGA_R_CONFIG_COLOUR_TEMP"};
 
 // Of the registers of the first coefficients, in whose name %1 stands for the table's.
 void setTable(Camera const& camera, char const* registers, size_t table, size_t gain) {
+    constexpr char const* kTableNames[] = {"A", "CWF", "D65"};
     writeRegister(*camera, QByteArray(registers).replace("%1", kTableNames[table]), kGainPatterns[gain]);
 }
 
-double gainUnder(Camera const& camera, double kelvin) {
+void expectGain(Camera const& camera, double kelvin, double gain, double tolerance = 0.02) {
     camera->setLight({.colourTemperature = kelvin});
-    return correctionAt(camera);
-}
-
-double between(double kelvin, size_t lower, double lowerKelvin, double upperKelvin) {
-    double const share = (1 / kelvin - 1 / lowerKelvin) / (1 / upperKelvin - 1 / lowerKelvin);
-    return kGains[lower] + share * (kGains[lower + 1] - kGains[lower]);
+    EXPECT_NEAR(correctionAt(camera), gain, tolerance) << kelvin;
 }
 
 TEST(TableBlend, MixesTheNeighboursInReciprocalKelvinInWhateverOrderTheyStand) {
     Camera const camera = openProfile("adaptive-72");
-    constexpr uint32_t kKelvins[] = {2800, 4000, 6500};
+    auto const setTables = [&](std::array<size_t, 3> gains, std::array<uint32_t, 3> kelvins) {
+        for (size_t i = 0; i < 3; ++i) {
+            setTable(camera, "PGATABLE%1_DATA_000", i, gains[i]);
+            writeRegister(*camera, QByteArray("CAM_PGA_$_CONFIG_COLOUR_TEMP").replace('$', "LMR"[i]),
+                          kelvins[i]);
+        }
+    };
+    auto const between = [](double kelvin, size_t lower, double lowerKelvin, double upperKelvin) {
+        double const share = (1 / kelvin - 1 / lowerKelvin) / (1 / upperKelvin - 1 / lowerKelvin);
+        return kGains[lower] + share * (kGains[lower + 1] - kGains[lower]);
+    };
     for (bool const reversed : {false, true}) {
         SCOPED_TRACE(reversed);
-        for (size_t i = 0; i < 3; ++i) {
-            size_t const gain = reversed ? 2 - i : i;
-            setTable(camera, "PGATABLE%1_DATA_000", i, gain);
-            writeRegister(*camera, kTemperatures[i], kKelvins[gain]);
-        }
-        EXPECT_NEAR(gainUnder(camera, 2200), kGains[0], kTolerance);
-        EXPECT_NEAR(gainUnder(camera, 3300), between(3300, 0, 2800, 4000), kTolerance);
-        EXPECT_NEAR(gainUnder(camera, 4900), between(4900, 1, 4000, 6500), kTolerance);
-        EXPECT_NEAR(gainUnder(camera, 9000), kGains[2], kTolerance);
+        reversed ? setTables({2, 1, 0}, {6500, 4000, 2800}) : setTables({0, 1, 2}, {2800, 4000, 6500});
+        expectGain(camera, 2200, kGains[0]);
+        expectGain(camera, 3300, between(3300, 0, 2800, 4000));
+        expectGain(camera, 4900, between(4900, 1, 4000, 6500));
+        expectGain(camera, 9000, kGains[2]);
     }
     writeRegister(*camera, "P_GR_P0Q0", kOneAndHalf); // the base is a factor
-    EXPECT_NEAR(gainUnder(camera, 4000), 1.5 * kGains[1], 2 * kTolerance);
-    for (size_t i = 0; i < 3; ++i) {
-        setTable(camera, "PGATABLE%1_DATA_000", i, 0);
-        writeRegister(*camera, kTemperatures[i], 0); // tells nothing
-    }
-    EXPECT_NEAR(gainUnder(camera, 4000), 1.5 * kGains[0], 2 * kTolerance);
+    expectGain(camera, 4000, 1.5 * kGains[1], 0.04);
+    setTables({0, 0, 0}, {0, 0, 0}); // such temperatures tell nothing
+    expectGain(camera, 4000, 1.5 * kGains[0], 0.04);
 }
 
 TEST(HeldTable, IsShownUnderEveryLampAndNoneAtReset) {
-    constexpr size_t kMixing = 3;
     struct {
         char const* profile;
         char const* tables;
         char const* reg; ///< by which the sensor stops to mix
         char const* bitfield;
         uint32_t value;
-        size_t shown; ///< table
+        size_t warm, cold; ///< tables that are shown under these lamps
     } const rows[] = {
-        {"three-tables-68", "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 0, 1},
-        {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 1, 0},
-        {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 3, 2},
-        {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 4, kMixing},
-        {"automatic-76", "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 2, 1},
-        {"automatic-76", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 0, 1},
-        {"automatic-76", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1, kMixing},
+        {"three-tables-68", "PGATABLE%1_DATA_000", "PGASETUP_MODE", "", 0, 1, 1},
+        {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 1, 0, 0},
+        {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 3, 2, 2},
+        {"zone-tables-68", "PGATABLE%1_DATA_000", "PGAOUTPUT_CURZONE", "", 4, 0, 2},
+        {"automatic-76", "PGA_TABLE_%1_DATA_0", "PGA_CURRENT_ZONE", "", 2, 1, 1},
+        {"automatic-76", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 0, 1, 1},
+        {"automatic-76", "PGA_TABLE_%1_DATA_0", "CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", 1, 0, 2},
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(testing::Message() << row.profile << ' ' << row.reg << ' ' << row.value);
         Camera const camera = openProfile(row.profile);
         for (size_t i = 0; i < 3; ++i)
             setTable(camera, row.tables, i, i);
-        EXPECT_NEAR(gainUnder(camera, 2400), kGains[0], kTolerance);
-        EXPECT_NEAR(gainUnder(camera, 8000), kGains[2], kTolerance);
+        expectGain(camera, 2400, kGains[0]);
+        expectGain(camera, 8000, kGains[2]);
         writeRegister(*camera, row.reg, row.value, row.bitfield);
-        EXPECT_NEAR(gainUnder(camera, 2400), kGains[row.shown == kMixing ? 0 : row.shown], kTolerance);
-        EXPECT_NEAR(gainUnder(camera, 8000), kGains[row.shown == kMixing ? 2 : row.shown], kTolerance);
+        expectGain(camera, 2400, kGains[row.warm]);
+        expectGain(camera, 8000, kGains[row.cold]);
     }
 }
 

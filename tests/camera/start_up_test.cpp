@@ -30,8 +30,7 @@ TEST(StartUp, WritesEntriesOfEveryKindInTheirOrder) {
         uint64_t writes = 1;
     } const rows[] = {
         // Full entries: a bitfield, whose value counts from its lowest bit; a whole register; a byte; a
-        // register
-        // whose own width counts.
+        // register whose own width counts.
         {"polynomial",
          item(2, hex("00 00000000 00003780 02 00008000 00000000")) + item(3, hex("36003E00 36021234")) +
              item(2, hex("00 00000000 00003640 02 00000000 00004000"
