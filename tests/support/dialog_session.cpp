@@ -23,33 +23,6 @@ QList<QByteArray> const kButtons =
                "OnBnClickedGraph OnBnClickedBrowse OnBnClickedEnableLC OnUpdateStatus OnBnClickedPromsave")
         .split(' ');
 
-constexpr int64_t kMostBytes = 65536;
-
-void chooseSizes(InputReader& input, ToldFrame& frame) {
-    frame.width = int32_t(input.number());
-    frame.height = int32_t(input.number());
-    uint32_t const rowBytes = uint32_t(frame.width) * uint32_t(frame.bytesPerPixel());
-    switch (input.byte() % 4) {
-    case 0:
-        frame.pitch = int32_t(input.number());
-        break;
-    case 1:
-        frame.pitch = int32_t(0U - rowBytes - input.byte());
-        break;
-    default:
-        frame.pitch = int32_t(rowBytes + input.byte() % 8);
-        break;
-    }
-}
-
-// A host tells the truth about the memory that it hands over, so the sizes have to fit into what is here.
-void bound(ToldFrame& frame) {
-    if (frame.step() > kMostBytes) {
-        frame.width = 1 + int32_t(uint32_t(frame.width) % 1024);
-        frame.pitch = int32_t(frame.rowBytes());
-    }
-    frame.height = int32_t(std::min(int64_t{frame.height}, kMostBytes / frame.step()));
-}
 } // namespace
 
 void DialogSession::prepare() {
@@ -74,8 +47,7 @@ DialogSession::DialogSession(InputReader& input) {
 DialogSession::~DialogSession() {
     host.onCall = nullptr;
     QPointer<CalibrationPage> const last = page();
-    if (last)
-        MUST_HOLD(last->state().updateDepth == 0);
+    MUST_HOLD(!last || last->state().updateDepth == 0);
     while (!QApplication::topLevelWidgets().isEmpty())
         delete QApplication::topLevelWidgets().first();
     // Whoever deletes the dialog, the instance does not keep it.
@@ -123,12 +95,10 @@ void DialogSession::press(char const* slot) {
 }
 
 void DialogSession::type(char const* field, QString const& text) {
-    CalibrationPage* const found = page();
-    if (!found)
-        return;
-    if (auto* const edit = found->findChild<QLineEdit*>(QLatin1String(field)))
+    auto* const found = page() ? page()->findChild<QWidget*>(QLatin1String(field)) : nullptr;
+    if (auto* const edit = qobject_cast<QLineEdit*>(found))
         edit->setText(text);
-    else if (auto* const box = found->findChild<QComboBox*>(QLatin1String(field)))
+    else if (auto* const box = qobject_cast<QComboBox*>(found))
         box->setEditText(text);
 }
 
@@ -167,10 +137,21 @@ void DialogSession::deliverFrame(InputReader& input) {
                                    0xFFFFFFFF,        ToldFrame::kRgb32};
     ToldFrame frame{.type = input.pick(kTypes)};
     bool const asRgb = input.chance(2), hasPixels = !input.chance(16);
-    chooseSizes(input, frame);
+    frame.width = int32_t(input.number());
+    frame.height = int32_t(input.number());
+    uint32_t const rowBytes = uint32_t(frame.width) * uint32_t(frame.bytesPerPixel()), way = input.byte() % 4;
+    frame.pitch = int32_t(way == 0   ? input.number()
+                          : way == 1 ? 0U - rowBytes - input.byte()
+                                     : rowBytes + input.byte() % 8);
     std::vector<uint8_t> pixels;
     if (hasPixels && frame.holdTogether()) {
-        bound(frame);
+        // A host tells the truth about the memory that it hands over, so the sizes have to fit into some.
+        constexpr int64_t kMostBytes = 65536;
+        if (frame.step() > kMostBytes) {
+            frame.width = 1 + int32_t(uint32_t(frame.width) % 1024);
+            frame.pitch = int32_t(frame.rowBytes());
+        }
+        frame.height = int32_t(std::min(int64_t{frame.height}, kMostBytes / frame.step()));
         // Exactly as many, so that a sanitizer sees a byte before or behind them.
         pixels.resize(size_t(frame.bytes()));
         uint32_t const pattern = input.word();
