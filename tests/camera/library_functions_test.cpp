@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <gtest/gtest.h>
+#include <tuple>
 
 using namespace simulator;
 
@@ -9,16 +10,10 @@ namespace {
 TEST(LibraryFunctions, WhatIsNotThereAnswersFailure) {
     Camera const open = openQuiet();
     vy_Camera* const closed = openQuiet()->handle();
-    struct {
-        vy_Camera* camera;
-        char const* reg;
-        char const* bitfield = "ENABLE";
-    } const rows[] = {{nullptr, "POLY_SC_ENABLE"},
-                      {closed, "POLY_SC_ENABLE"},
-                      {open->handle(), nullptr},
-                      {open->handle(), "poly_sc_enable"},
-                      {open->handle(), "POLY_SC_ENABLE", "NONE"},
-                      {open->handle(), "POLY_ORIGIN_C"}};
+    std::tuple<vy_Camera*, char const*, char const*> const rows[] = {
+        {nullptr, "POLY_SC_ENABLE", "ENABLE"},      {closed, "POLY_SC_ENABLE", "ENABLE"},
+        {open->handle(), nullptr, "ENABLE"},        {open->handle(), "poly_sc_enable", "ENABLE"},
+        {open->handle(), "POLY_SC_ENABLE", "NONE"}, {open->handle(), "POLY_ORIGIN_C", "ENABLE"}};
     uint32_t word = 0;
     for (auto const& [camera, reg, bitfield] : rows) {
         SCOPED_TRACE(testing::Message() << (reg ? reg : "null") << ' ' << bitfield);

@@ -75,11 +75,7 @@ constexpr char kShading[] = R"({
 })";
 
 TEST(MalformedFiles, ShadingFaultIsNamedWithItsPlace) {
-    struct {
-        char const* from;
-        char const* to;
-        char const* message;
-    } const rows[] = {
+    constexpr char const* kRows[][3] = {
         {"shading-gains-1", "shading-gains-2", "format: \"shading-gains-2\" is none of shading-gains-1"},
         {"\"columns\": 2", "\"columns\": 1", "columns: 1 lies outside 2 to 1024"},
         {"\"rows\": 2", "\"rows\": 3", "illuminants[0].red: 6 values are expected, not 4"},
@@ -92,7 +88,7 @@ TEST(MalformedFiles, ShadingFaultIsNamedWithItsPlace) {
     QString error;
     ASSERT_TRUE(openQuiet()->useMeasuredShading(files.write("m.json", kShading), &error))
         << qPrintable(error);
-    for (auto const& [from, to, message] : rows) {
+    for (auto const& [from, to, message] : kRows) {
         QByteArray const content = QByteArray(kShading).replace(from, to);
         EXPECT_FALSE(camera->useMeasuredShading(files.write("m.json", content), &error)) << message;
         EXPECT_TRUE(error.contains(QStringLiteral("m.json: ") + message)) << qPrintable(error);

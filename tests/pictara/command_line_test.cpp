@@ -44,9 +44,7 @@ TEST(CommandLine, AnyOtherRunWinsOverACalibration) {
 
 TEST(SharedLine, OnlyWhatGoesOnOrIsPolledSharesALine) {
     QByteArray const write = "    vy_writeRegisters 0xA8 0x1E [4b65] = 0";
-    struct {
-        QByteArray first, second, shared;
-    } const rows[] = {
+    QByteArray const rows[][3] = {
         {write, "    vy_writeRegisters 0xA8 0x20 [73] = 0", "    vy_writeRegisters 0xA8 0x1E [4b65 73] = 0"},
         {write, "    vy_writeRegisters 0xA8 0x22 [73] = 0", ""},
         {write, "    vy_writeRegisters 0xA8 0x20 [73] = 12", ""},
@@ -54,8 +52,8 @@ TEST(SharedLine, OnlyWhatGoesOnOrIsPolledSharesALine) {
          "    vy_ReadSensorRegStr \"S\" \"\" = 0, 4"},
         {"    setState \"Gamma\" 9", "    setState \"Gamma\" 9", ""},
     };
-    for (auto const& row : rows)
-        EXPECT_EQ(sharedLine(row.first, row.second), row.shared) << row.second.constData();
+    for (auto const& [first, second, shared] : rows)
+        EXPECT_EQ(sharedLine(first, second), shared) << second.constData();
 }
 
 // A time of day would make every replay differ; it may lie over two lines and begin at an odd byte.

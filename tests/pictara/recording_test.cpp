@@ -24,9 +24,7 @@ TEST_F(RecordingProgram, NothingThatTheHostAsksForItsReportIsTakenForThePlugIns)
 
 TEST_F(RecordingProgram, ADifferenceIsNamedByItsLine) {
     QByteArray const whole = contentsOf(recorded), call = "    vy_setMode 2 8 = 0\n";
-    struct {
-        QByteArray from, to, told;
-    } const rows[] = {
+    QByteArray const rows[][3] = {
         {"\"LensAssist Falloff for POLY12\" 95 = 95", "\"LensAssist Falloff for POLY12\" 95 = 80", "95 = 80"},
         {call, "    vy_setMode 9 9 = 0\n" + call, "vy_setMode 9 9"}, // no more made
         {call, "", "replayed: vy_setMode 2 8 = 0"},                  // not made then
