@@ -57,10 +57,6 @@ set FallOff 100%
 set Prom_Label "By hand"
 press LensCalibSetup
 wait SETUP_Status Done. 30
-press AE
-wait AE_Status Done. 300
-press AWB
-wait AWB_Status Done. 300
 press Calibrate
 expect Calibrate_Status "In progress*"
 wait Calibrate_Status Error* 300     # too dark
