@@ -76,13 +76,13 @@ TEST(ColourPipeline, GainsMatrixAndSaturationActInThisOrder) {
         {{.redGain = 2, .blueGain = 0.5}, 0.4, 0.5, 0.4},
         {{.redGain = 2, .blueGain = 0.5, .colourCorrection = true}, 0.35, 0.55, 0.35},
         {{.redGain = 2, .blueGain = 0.5, .colourCorrection = true, .saturation = 0}, grey, grey, grey}};
-    for (auto const& [settings, red, green, blue] : rows) {
+    for (auto const& row : rows) {
         int lines = 0;
-        readLinear(bayerFrame(camera, flatScene), camera, settings, [&](uint32_t, ColourRow const& line) {
+        readLinear(bayerFrame(camera, flatScene), camera, row.settings, [&](uint32_t, ColourRow const& line) {
             ++lines;
-            EXPECT_NEAR(line.red[0], red, 1e-5);
-            EXPECT_NEAR(line.green[0], green, 1e-5);
-            EXPECT_NEAR(line.blue[0], blue, 1e-5);
+            EXPECT_NEAR(line.red[0], row.red, 1e-5);
+            EXPECT_NEAR(line.green[0], row.green, 1e-5);
+            EXPECT_NEAR(line.blue[0], row.blue, 1e-5);
         });
         EXPECT_EQ(lines, 4);
     }

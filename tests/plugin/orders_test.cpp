@@ -52,18 +52,17 @@ struct Setting : FakeBench {
     void open(uint32_t kind) {
         sensor.sensorKind = kind;
         dialogs.emplace_back(plugin.openDialog(parent, &sensor, &services));
-        if (!dialogs.back())
+        if (!last())
             std::_Exit(2);
-        dialogs.back()->show();
+        last()->show();
         invoke("OnBnClickedRunall");
     }
     void invoke(char const* slot) {
         if (QDialog* const found = page())
             QMetaObject::invokeMethod(found, slot);
     }
-    [[nodiscard]] QDialog* page() const {
-        return dialogs.empty() || !dialogs.back() ? nullptr : dialogs.back()->findChild<QDialog*>();
-    }
+    [[nodiscard]] QDialog* last() const { return dialogs.empty() ? nullptr : dialogs.back().data(); }
+    [[nodiscard]] QDialog* page() const { return last() ? last()->findChild<QDialog*>() : nullptr; }
     void frame() {
         static std::vector<uint32_t> picture(64 * 48, 0x808080);
         plugin.rgbImageData(picture.data(), 11, 64, 48, 256);
@@ -77,7 +76,7 @@ struct Setting : FakeBench {
             delete dialogs[i].data();
         if (!plugin.unload())
             std::_Exit(3);
-        if (maySweep && !dialogs.empty() && dialogs.back())
+        if (maySweep && last())
             std::_Exit(4);
     }
     void endApplication() {
@@ -96,7 +95,7 @@ constexpr Event kEvents[] = {
     {"notification", [](Setting& s) { s.plugin.registerChanged(); }},
     {"close", [](Setting& s) { s.plugin.closeDialog(); }},
     {"delete by parent", [](Setting& s) { delete s.parent.data(); }},
-    {"delete dialog", [](Setting& s) { delete (s.dialogs.empty() ? nullptr : s.dialogs.back().data()); }},
+    {"delete dialog", [](Setting& s) { delete s.last(); }},
     {"delete page", [](Setting& s) { delete s.page(); }},
 };
 constexpr size_t kHostEvents = 7; // the first ones, which a host itself brings about
