@@ -27,7 +27,7 @@ Camera openQuiet(uint32_t arrayPhase, uint32_t orientation) {
 double sampleAt(Frame const& frame, uint32_t x, uint32_t y) {
     auto const* const row =
         reinterpret_cast<unsigned char const*>(frame.pixels.constData()) + size_t(y) * frame.pitch;
-    return frame.type == FrameType::Raw12 ? row[2 * x] + 256 * row[2 * x + 1] : row[x];
+    return frame.type == FrameType::Raw12 ? row[size_t{x} * 2] + 256 * row[size_t{x} * 2 + 1] : row[x];
 }
 
 namespace {

@@ -151,7 +151,8 @@ void DialogSession::deliverFrame(InputReader& input) {
             frame.width = 1 + int32_t(uint32_t(frame.width) % 1024);
             frame.pitch = int32_t(frame.rowBytes());
         }
-        frame.height = int32_t(std::min(int64_t{frame.height}, kMostBytes / frame.step()));
+        frame.height =
+            int32_t(std::min(int64_t{frame.height}, kMostBytes / std::max<int64_t>(frame.step(), 1)));
         // Exactly as many, so that a sanitizer sees a byte before or behind them.
         pixels.resize(size_t(frame.bytes()));
         uint32_t const pattern = input.word();

@@ -93,7 +93,7 @@ Response SyntheticLens::response(TestSensor const& sensor) const {
 }
 
 QByteArray expose(TestSensor const& sensor, Response const& response, Exposure const& exposure) {
-    constexpr double kSensitivities[] = {0.7, 1.0, 0.55, 1.0};
+    static constexpr double kSensitivities[] = {0.7, 1.0, 0.55, 1.0};
     QByteArray frame;
     std::mt19937 random{17};
     std::normal_distribution<double> normal;
