@@ -365,10 +365,13 @@ TEST_F(ConfigPage, WithoutHostWizardAndCameraItShowsThatNothingIsThere) {
     sensor.camera = nullptr;
     page = new Config(nullptr, sensor, nullptr, eepromSlot, nullptr);
     page->initialise();
-    enter("ABC1234001");
-    for (char const* slotName : {"OnBnClickedEepromTest", "OnBnClickedSetGrabFileName",
-                                 "OnBnClickedEepromErase", "OnBnClickedApply"})
-        QMetaObject::invokeMethod(page, slotName);
+    for (char const* const number : {"", "ABC1234001"}) {
+        enter(number);
+        page->OnBnClickedEepromTest();
+        page->OnBnClickedApply();
+        page->OnBnClickedSetGrabFileName();
+        page->OnBnClickedEepromErase();
+    }
     EXPECT_EQ(text("EEPROM_Status"), "The status of the EEPROM is unknown.");
     EXPECT_EQ(text("SN_Status"), kUnsaved);
     EXPECT_TRUE(widget<QLabel>("EEPROM_Bullet")->pixmap(Qt::ReturnByValue).isNull());

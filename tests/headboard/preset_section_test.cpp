@@ -9,11 +9,13 @@ using namespace kestra;
 
 namespace {
 struct PresetSection : ::testing::Test, Headboard {
-    // The lines between others, into a new chain.
+    // The lines between others, into a new chain, which stays empty where that fails.
     int32_t import(std::string const& lines, uint8_t type = kRecordPga) {
         format();
         std::ofstream(ini) << "[Other]\nREG = 9, 9\n[Lens Correction]\n" + lines + "\n[Last]\nREG = 8, 8\n";
-        return EepromImportSection(*eeprom, ini.c_str(), "Lens Correction", type);
+        EepromStatus const status = EepromImportSection(*eeprom, ini.c_str(), "Lens Correction", type);
+        EXPECT_TRUE(status == kEepromOk || end() == 5);
+        return status;
     }
 
     QTemporaryDir folder;
@@ -71,12 +73,10 @@ TEST_F(PresetSection, WhatCannotBeStoredWholeIsNotStored) {
     EXPECT_EQ(EepromImportSection(*eeprom, ini.c_str(), "Lens Correction", kRecordPga), kEepromFailed);
     EXPECT_EQ(import("REG = 1, 2", kRecordTimeStamp), kEepromFailed);
     EXPECT_EQ(import("STATE = WB Speed, 3\nREG = 1, 2", kRecordSwCcm), kEepromFailed);
-    EXPECT_EQ(end(), 5);
     std::string most;
     for (int i = 0; i < 2023; ++i)
         most += "REG = " + std::to_string(i) + ", 1\n";
     EXPECT_EQ(import(most + "REG = 2023, 1"), kEepromNoRoom);
-    EXPECT_EQ(end(), 5);
     // Long sections and lines are read whole.
     std::string const remark(70000, 'x');
     EXPECT_EQ(import(std::string(70000, '\n') + "; " + remark + "\nnothing " + remark + '\n' + most),

@@ -92,7 +92,7 @@ TEST_F(ImageUnderTest, ARefusedCommandTellsWhyAndLeavesTheFileAsItWas) {
              {many, "PGA", "does not fit: 8149 bytes"},
              // What a record cannot say.
              {kPages, "PGA", "the record would hold the id 0x00 instead of 0x02; --paged is for"},
-             {"REG = 0x3600, 1", "PGA --paged", "the record would hold"},
+             {"REG = 0x3600, 1", "PGA --paged", "; with --paged, pages and addresses go up to 0xFF"},
              {"REG = 0x3000, 0xFFFF", "PGA", ""},
              {"REG = 0x3000,0x12345", "PGA",
               "\"REG=0x3000,0x12345\": the record would hold the value 0x2345"},
@@ -112,7 +112,7 @@ TEST_F(ImageUnderTest, ARefusedCommandTellsWhyAndLeavesTheFileAsItWas) {
              {"BITFIELD = 0x3780, 0x8000, 2", "PGA --sensor polynomial", "has no room for 0x0002"},
              {"REG = 0x3602, 0x100000000", "PGA --sensor polynomial", "more than 32 bits"},
              {"STATE = Gamma, 9", "PGA --sensor polynomial", "no line of a register"},
-             {"REG = 0x3602, 1", "CCM --sensor polynomial", "--sensor"},
+             {"REG = 0x3602, 1", "CCM --sensor polynomial", "--sensor is for records PGA"},
              {"REG = 0x3602, 1", "PGA --sensor none", "none", kExitUnusable},
              // Other commands.
              {"REG = 1, 2", "import PRESET Nowhere PGA", "has no section [Nowhere]"},
