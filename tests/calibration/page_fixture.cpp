@@ -16,7 +16,13 @@ PageFixture::~PageFixture() { currentUtcTime.replace({}); }
 void PageFixture::remake() {
     delete page.data();
     remakeWizard();
-    page = m_case.make(sensor, services, wizard.get(), eepromSlot);
+    if (!m_case.takesThreePictures()) {
+        page = new LensAssist(nullptr, sensor, services, wizard.get(), eepromSlot);
+        return;
+    }
+    auto* const apga = new LensAssistApga(nullptr, sensor, services, wizard.get(), eepromSlot);
+    apga->setMode(m_case.mode);
+    page = apga;
 }
 
 void PageFixture::open() {
@@ -28,24 +34,37 @@ void PageFixture::open() {
     host.log.clear();
 }
 
+void PageFixture::enter(char const* field, std::string const& text) {
+    widget<QLineEdit>(field)->setText(QString::fromStdString(text));
+}
+
+void PageFixture::chooseLabel(char const* label) {
+    auto* const box = widget<QComboBox>("Prom_Label");
+    box->addItem(QLatin1String(label));
+    box->setCurrentText(QLatin1String(label));
+}
+
 void PageFixture::capture(bool all) {
-    for (size_t i = 0; i < m_case.captureRows.size() && page; ++i) {
-        std::string const row = m_case.captureRows[i];
-        if (all || text((row + "_Status").c_str()) == "Waiting for you...")
-            QMetaObject::invokeMethod(page, ("OnBnClicked" + row + "_Image").c_str());
-    }
+    for (std::string const row : m_case.captureRows)
+        if (page && (all || text((row + "_Status").c_str()) == "Waiting for you..."))
+            invoke(("OnBnClicked" + row + "_Image").c_str());
+}
+
+void PageFixture::startCalibration() {
+    capture(true);
+    frames(3, 13);
+    click("Calibrate");
 }
 
 void PageFixture::tick(int count) {
     while (count-- > 0)
-        QMetaObject::invokeMethod(page, "start");
+        invoke("start");
 }
 
 void PageFixture::frames(int count, uint32_t type, uint32_t pixel) {
     std::vector<uint32_t> pixels(64 * 48, pixel);
-    int32_t const pitch = 64 * (type == 11 ? 4 : 2);
     for (; count > 0 && page; --count)
-        page->onFrame({pixels.data(), ImageType(type), 64, 48, pitch});
+        page->onFrame({pixels.data(), ImageType(type), 64, 48, 64 * (type == 11 ? 4 : 2)});
 }
 
 void PageFixture::play(int rounds) {
@@ -57,12 +76,12 @@ void PageFixture::play(int rounds) {
     }
 }
 
-std::vector<std::string> PageFixture::changes() const {
-    std::vector<std::string> found;
-    for (std::string const& call : host.log)
-        if (!call.starts_with("read") && !call.starts_with("exists") && call != "sensorInfo" &&
-            call != "isSOC")
-            found.push_back(call);
+Calls PageFixture::changes() const {
+    Calls found = host.log;
+    std::erase_if(found, [](std::string const& call) {
+        return call.starts_with("read") || call.starts_with("exists") || call == "sensorInfo" ||
+               call == "isSOC";
+    });
     return found;
 }
 

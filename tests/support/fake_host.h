@@ -8,7 +8,10 @@
 #include <type_traits>
 #include <vector>
 
-/// A host that answers from maps and keeps a log of every call, one line a call, for example
+/// Calls of a host and of both libraries, one line a call.
+using Calls = std::vector<std::string>;
+
+/// A host that answers from maps and keeps a log of every call, for example
 /// `setState Gamma 20`. Bracket calls read `begin` and `end`. One host lives at a time.
 class FakeHost {
 public:
@@ -19,7 +22,7 @@ public:
 
     [[nodiscard]] HostServices services() const;
 
-    std::vector<std::string> log;
+    Calls log;
     std::map<std::string, int32_t> states;
     std::map<std::string, int32_t> intSettings;
     std::map<std::string, std::string> textSettings;
@@ -29,7 +32,7 @@ public:
     std::function<void(std::string const& call)> onCall;
 
     /// The log's lines that begin with `prefix`.
-    [[nodiscard]] std::vector<std::string> calls(std::string const& prefix) const;
+    [[nodiscard]] Calls calls(std::string const& prefix) const;
     /// Whether every `begin` has its `end`, and no `end` came first.
     [[nodiscard]] bool isBalanced() const;
     /// Logs a call that is not the host's own, for example a library's.

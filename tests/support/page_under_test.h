@@ -53,8 +53,9 @@ protected:
         EXPECT_TRUE(found) << name;
         return found;
     }
-    [[nodiscard]] std::string text(char const* label) const {
-        return widget<QLabel>(label)->text().toStdString();
+    /// Of a label, a button or a line to write in.
+    [[nodiscard]] std::string text(char const* name) const {
+        return widget<QWidget>(name)->property("text").toString().toStdString();
     }
     [[nodiscard]] bool isEnabled(char const* name) const { return widget<QWidget>(name)->isEnabled(); }
     void click(char const* button) {
