@@ -91,7 +91,7 @@ void FakeHeadboard::fillIn(Veyra2& table) {
     table.vy_ReadSensorReg = [](vy_Camera*, vy_RegisterDescription const* reg, uint32_t* value) {
         noteCall("readDescribed", reg->addressSpace, reg->id, reg->addressWidth, reg->dataWidth,
                  reg->dataType, reg->address, reg->accessSize);
-        headboard->clock.advance(headboard->eeprom.readyAt() - headboard->clock.now());
+        headboard->waitForDevice();
         std::array<uint32_t, 2> words{};
         int const result = headboard->read(reg->id, reg->address, std::span(words).first(reg->accessSize));
         *value = reg->accessSize == 2 ? words[0] << 8 | words[1] : words[0];
@@ -99,9 +99,9 @@ void FakeHeadboard::fillIn(Veyra2& table) {
     };
     table.vy_WriteSensorReg = [](vy_Camera*, vy_RegisterDescription const* reg, uint32_t value) {
         noteCall("writeDescribed", reg->address, reg->accessSize, value);
-        headboard->clock.advance(headboard->eeprom.readyAt() - headboard->clock.now());
+        headboard->waitForDevice();
         std::array const words = {value >> 8, value};
-        return headboard->write(reg->id, reg->address, std::span(words).last(reg->accessSize));
+        return headboard->writePages(reg->id, reg->address, std::span(words).last(reg->accessSize));
     };
     table.vy_readRegisters = [](vy_Camera*, uint32_t busAddress, uint32_t start, uint32_t count,
                                 uint32_t* words) {
@@ -151,6 +151,8 @@ void FakeHeadboard::addBridge() {
         add(std::string("IO_EEPROM_") + name, 0, 0, uint32_t(0x3100 + 2 * registers.size()), 2);
 }
 
+void FakeHeadboard::waitForDevice() { clock.advance(eeprom.readyAt() - clock.now()); }
+
 int FakeHeadboard::result(BusAnswer answer) {
     m_answer = answer;
     if (answer == BusAnswer::TransportFailed)
@@ -186,6 +188,16 @@ int FakeHeadboard::write(uint32_t busAddress, uint32_t start, std::span<uint32_t
     return status;
 }
 
+int FakeHeadboard::writePages(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words) {
+    bool const isCrossing =
+        splitsAtPages && words.size() == 2 && (start + 1) % simulator::kEepromPageSize == 0;
+    int const status = write(busAddress, start, isCrossing ? words.first(1) : words);
+    if (status != 0 || !isCrossing)
+        return status;
+    waitForDevice();
+    return write(busAddress, start + 1, words.last(1));
+}
+
 void FakeHeadboard::runBridge(uint32_t command) {
     size_t const count = command & 0x200 ? 2 : 1;
     uint32_t const address = registers.at("IO_EEPROM_ADDR").value;
@@ -194,7 +206,7 @@ void FakeHeadboard::runBridge(uint32_t command) {
     std::array words = {data >> 8 & 0xFF, data & 0xFF};
     auto const moved = std::span(words).last(count);
     if (command & 0x080)
-        (void)write(busAddress, address, moved);
+        (void)writePages(busAddress, address, moved);
     else if (read(busAddress, address, moved) == 0)
         data = (count == 2 ? words[0] << 8 : 0) | words[1];
 }

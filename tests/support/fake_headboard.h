@@ -45,6 +45,8 @@ public:
     simulator::EepromDevice eeprom;
     simulator::EepromContents& device = eeprom.contents();
     uint32_t deviceAddress = 0xA8;
+    /// A sensor that drives the bus itself begins another transfer at a page's end.
+    bool splitsAtPages = false;
     std::vector<int> timesRead, timesWritten; ///< of each byte of the device
     int64_t operations = 0;                   ///< on the bus so far
 
@@ -62,7 +64,9 @@ public:
 private:
     [[nodiscard]] int read(uint32_t busAddress, uint32_t start, std::span<uint32_t> words);
     [[nodiscard]] int write(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words);
+    [[nodiscard]] int writePages(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words);
     [[nodiscard]] int result(simulator::BusAnswer answer);
+    void waitForDevice();
     void runBridge(uint32_t command);
     [[nodiscard]] uint32_t bridgeStatus();
 
