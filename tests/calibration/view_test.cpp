@@ -1,6 +1,6 @@
 #include "calibration/step_box.h"
 #include "calibration/view.h"
-#include "tests/calibration/pages.h"
+#include "tests/calibration/page_fixture.h"
 
 using namespace kestra;
 
@@ -11,34 +11,32 @@ Bullet bulletOf(char letter) {
 
 using State = PageState;
 using View = PageView;
-
 struct Step {
     StepState State::*field;
     StepStatus View::*status;
-    char const* label;
-    char const* bullet;
+    std::string label, bullet;
     char const* bar; ///< of progress; null: none that the view shows
     char const* bullets;
 };
-
-constexpr Step kSteps[] = {
+Step const kSteps[] = {
     {&State::presetState, &View::setup, "SETUP", "Setup", nullptr, "---gyy"},
-    {&State::aeStepState, &View::exposure, "AE", "AE", "AE", "--bgrr"},
-    {&State::wbStepState, &View::colourBalance, "AWB", "AWB", "AWB", "--bgrr"},
-    {&State::lscStepState, &View::calibration, "Calibrate", "Calibrate", "Calib", "--bgrr"},
+    {&State::aeStepState, &View::exposure, "AE", "AE", "AE_progressBar", "--bgrr"},
+    {&State::wbStepState, &View::colourBalance, "AWB", "AWB", "AWB_progressBar", "--bgrr"},
+    {&State::lscStepState, &View::calibration, "Calibrate", "Calibrate", "Calib_progressBar", "--bgrr"},
     {&State::lscStepState, &View::uniformity, "CU", "CU", nullptr, "---y--"},
     {&State::fileState, &View::file, "File_Save", "FileSave", nullptr, "--bgrr"},
     {&State::promState, &View::eeprom, "Prom_Save", "PromSave", nullptr, "--bgrr"},
 };
 
-constexpr char const* kNoPreset = "Warning: There is no 'Lens Calibration Setup' preset in the ini file.";
-constexpr char const* kUnknown = "The status of the setup preset is unknown.";
-constexpr char const* kNoData = "Error. Are the External sensor data files installed?";
-constexpr char const* kSize = "Error: Incompatible image size.";
-constexpr char const* kFolder = "Error: The directory does not exist.";
-constexpr char const* kAccess = "Error accessing the EEPROM.";
-constexpr char const* kOpen = "Not done yet.";
-constexpr char const* kNone = " --   (Lower is better)";
+constexpr StepState kStates[] = {kNotEvaluated, kReady, kInProgress, kDone, kFailed, kFailedOtherwise};
+constexpr char kNoPreset[] = "Warning: There is no 'Lens Calibration Setup' preset in the ini file.";
+constexpr char kUnknown[] = "The status of the setup preset is unknown.";
+constexpr char kNoData[] = "Error. Are the External sensor data files installed?";
+constexpr char kSize[] = "Error: Incompatible image size.";
+constexpr char kFolder[] = "Error: The directory does not exist.";
+constexpr char kAccess[] = "Error accessing the EEPROM.";
+constexpr char kOpen[] = "Not done yet.";
+constexpr char kNone[] = " --   (Lower is better)";
 
 // A running step whose text ends with % is covered by its bar.
 constexpr char const* kTexts[][6] = {
@@ -52,7 +50,6 @@ constexpr char const* kTexts[][6] = {
 };
 
 TEST(View, EveryStateHasItsTextAndBullet) {
-    constexpr StepState kStates[] = {kNotEvaluated, kReady, kInProgress, kDone, kFailed, kFailedOtherwise};
     PageState plain;
     plain.aeStepProgress = 7;
     plain.wbStepProgress = 8;
@@ -60,50 +57,48 @@ TEST(View, EveryStateHasItsTextAndBullet) {
     plain.uniformityValue = 2.5;
     plain.uniformityLimit = 2;
     plain.savedPath = QStringLiteral("100%1 %2_%.ini");
-    for (size_t n = 0; n < std::size(kSteps); ++n) {
-        Step const& step = kSteps[n];
+    for (size_t n = 0; n < std::size(kSteps); ++n)
         for (size_t i = 0; i < std::size(kStates); ++i) {
             PageState state = plain;
-            state.*step.field = kStates[i];
-            StepStatus const shown = viewOf(state).*step.status;
-            EXPECT_EQ(shown.text.toStdString(), kTexts[n][i]) << kStates[i];
-            EXPECT_EQ(shown.bullet, bulletOf(step.bullets[i])) << kTexts[n][i];
+            state.*kSteps[n].field = kStates[i];
+            StepStatus const shown = viewOf(state).*kSteps[n].status;
             bool const isCovered = kStates[i] == kInProgress && shown.text.endsWith('%');
-            EXPECT_EQ(shown.showsBar, isCovered) << kTexts[n][i];
-            EXPECT_EQ(shown.progress.has_value(), isCovered) << kTexts[n][i];
+            EXPECT_EQ(shown.text, kTexts[n][i]);
+            EXPECT_EQ(std::tuple(shown.bullet, shown.showsBar, shown.progress.has_value()),
+                      std::tuple(bulletOf(kSteps[n].bullets[i]), isCovered, isCovered))
+                << kTexts[n][i];
         }
-    }
-    constexpr char const* kCaptureTexts[] = {kOpen, kOpen,   "Waiting for you...", "In progress...", "Done.",
-                                             kSize, "Error."};
-    for (size_t i = 0; i < std::size(kCaptureTexts); ++i) {
+    plain.lscStepState = kDone;
+    plain.inputWasYcbcr = 1;
+    plain.refusedForNumber = true;
+    PageView const view = viewOf(plain);
+    EXPECT_EQ(view.calibration.text, "YCbCr calibration. Bypass mode recommended.");
+    EXPECT_EQ(view.calibration.bullet, Bullet::Yellow);
+    EXPECT_EQ(view.file.text, "Error: No serial number.");
+}
+
+TEST(View, AWaitingRowBlinks) {
+    constexpr char const* kCaptures[] = {kOpen, kOpen,   "Waiting for you...", "In progress...", "Done.",
+                                         kSize, "Error."};
+    for (size_t i = 0; i < std::size(kCaptures); ++i)
         for (bool const isLit : {false, true}) {
             PageState state;
             state.captured[kFluorescent].state = CaptureState(i);
             state.captured[kFluorescent].isLit = isLit;
             StepStatus const shown = viewOf(state).captures[kFluorescent];
-            EXPECT_EQ(shown.text.toStdString(), kCaptureTexts[i]);
-            EXPECT_EQ(shown.bullet, bulletOf((isLit ? "--bbgrr" : "---bgrr")[i])) << kCaptureTexts[i];
+            EXPECT_EQ(shown.text, kCaptures[i]);
+            EXPECT_EQ(shown.bullet, bulletOf((isLit ? "--bbgrr" : "---bgrr")[i])) << kCaptures[i];
         }
-    }
-    plain.lscStepState = kDone;
-    plain.inputWasYcbcr = 1;
-    plain.refusedForNumber = true;
-    EXPECT_EQ(viewOf(plain).calibration.text, "YCbCr calibration. Bypass mode recommended.");
-    EXPECT_EQ(viewOf(plain).calibration.bullet, Bullet::Yellow);
-    EXPECT_EQ(viewOf(plain).file.text, "Error: No serial number.");
-    EXPECT_EQ(viewOf(plain).runAll, "Run All Steps");
-    plain.runAll = 1;
-    EXPECT_EQ(viewOf(plain).runAll, "Cancel Run All");
 }
 
 TEST(View, OfAllStepsThatRunTheLastOneHasItsBar) {
     PageState state;
-    state.aeStepState = state.wbStepState = state.lscStepState = kInProgress;
-    PageView const all = viewOf(state);
-    EXPECT_TRUE(all.calibration.showsBar && !all.colourBalance.showsBar && !all.exposure.showsBar);
-    state.lscStepState = kDone;
-    PageView const two = viewOf(state);
-    EXPECT_TRUE(two.colourBalance.showsBar && !two.exposure.showsBar);
+    for (auto const last : {&State::aeStepState, &State::wbStepState, &State::lscStepState}) {
+        state.*last = kInProgress;
+        PageView const view = viewOf(state);
+        for (Step const& step : kSteps)
+            EXPECT_EQ((view.*step.status).showsBar, step.bar && step.field == last) << step.label;
+    }
 }
 
 TEST(View, UniformityIsRatedAgainstTheLimit) {
@@ -126,7 +121,6 @@ struct Group {
     bool Enabling::*isEnabled; ///< null: always
     std::vector<char const*> names;
 };
-
 Group const kGroups[] = {
     {'R', &Enabling::runAll, {"Run_All"}},
     {'S', &Enabling::setup, {"LensCalibSetup"}},
@@ -136,10 +130,6 @@ Group const kGroups[] = {
     {'E', &Enabling::eepromSave, {"Prom_Save"}},
     {'T', &Enabling::eepromSaveStatus, {"Prom_Save_Status"}},
     {'C', &Enabling::capture, {}},
-    {'!',
-     nullptr,
-     {"Start_Over", "Show_Graph", "SETUP_Status", "AE_Status", "AWB_Status", "Calibrate_Status",
-      "File_Save_Status"}},
 };
 
 struct EnablingRow {
@@ -158,33 +148,20 @@ struct EnablingRow {
         return state;
     }
 };
-
 constexpr EnablingRow kEnablingRows[] = {
-    {0, 0, 0, 1, 1, 1, 4, "RSAP-ETC!"}, // fresh
-    {0, 3, 0, 1, 1, 1, 4, "---P--T-!"}, // exposure by hand
-    {0, 0, 3, 1, 1, 1, 4, "---P--T-!"}, // colour balance by hand
-    {1, 3, 0, 4, 1, 1, 4, "R-----T-!"}, // Run All can be cancelled
-    {1, 4, 4, 4, 3, 1, 5, "R------C!"}, //
-    {0, 0, 0, 5, 4, 1, 5, "R-APF--C!"}, // no preset, calibrated, no EEPROM
-    {0, 0, 0, 1, 4, 5, 5, "RSAP---C!"}, // no directory
-    {0, 0, 0, 1, 3, 1, 0, "RSAP---C!"}, // calibrating by hand leaves the rest usable
+    {0, 0, 0, 1, 1, 1, 4, "RSAP-ETC"}, // fresh
+    {0, 3, 0, 1, 1, 1, 4, "---P--T-"}, // exposure by hand
+    {0, 0, 3, 1, 1, 1, 4, "---P--T-"}, // colour balance by hand
+    {1, 3, 0, 4, 1, 1, 4, "R-----T-"}, // Run All can be cancelled
+    {1, 4, 4, 4, 3, 1, 5, "R------C"}, //
+    {0, 0, 0, 5, 4, 1, 5, "R-APF--C"}, // no preset, calibrated, no EEPROM
+    {0, 0, 0, 1, 4, 5, 5, "RSAP---C"}, // no directory
+    {0, 0, 0, 1, 3, 1, 0, "RSAP---C"}, // calibrating by hand leaves the rest usable
 };
 
-TEST(View, EnablingFollowsTheStates) {
-    for (EnablingRow const& row : kEnablingRows) {
-        Enabling const enabling = viewOf(row.state()).enabling;
-        std::string enabled;
-        for (Group const& group : kGroups)
-            enabled += !group.isEnabled || enabling.*group.isEnabled ? group.letter : '-';
-        EXPECT_EQ(enabled, row.enabled);
-    }
-}
-
 // The states are laid into the page, since no run leads through all of them.
-class ShownView : public PageFixture, public ::testing::WithParamInterface<PageCase> {
+class ShownView : public EachPage {
 protected:
-    ShownView() : PageFixture(GetParam()) {}
-
     void expectShown(StepStatus const& step, std::string const& label, std::string const& bullet) const {
         auto const* const status = widget<QLabel>((label + "_Status").c_str());
         EXPECT_EQ(status->text(), step.text);
@@ -203,14 +180,14 @@ TEST_P(ShownView, GoesToTheWidgetsOfItsStep) {
         state.aeStepProgress = 7;
         state.captured[kDaylight].state = kCaptured;
         const_cast<PageState&>(page->state()) = state;
-        QMetaObject::invokeMethod(page, "OnUpdateStatus");
+        invoke("OnUpdateStatus");
         PageView const view = viewOf(state);
         for (Step const& step : kSteps) {
             StepStatus const& shown = view.*step.status;
             expectShown(shown, step.label, step.bullet);
             if (!step.bar)
                 continue;
-            auto const* const bar = widget<QProgressBar>((std::string(step.bar) + "_progressBar").c_str());
+            auto const* const bar = widget<QProgressBar>(step.bar);
             EXPECT_EQ(bar->isHidden(), !shown.showsBar) << step.bar;
             EXPECT_EQ(bar->value(), shown.progress.value_or(bar->value()));
         }
@@ -220,10 +197,18 @@ TEST_P(ShownView, GoesToTheWidgetsOfItsStep) {
             EXPECT_EQ(isEnabled((name + "_Image").c_str()), view.enabling.capture);
             EXPECT_TRUE(isEnabled((name + "_Temp").c_str()));
         }
-        EXPECT_EQ(widget<QPushButton>("Run_All")->text(), view.runAll);
-        for (Group const& group : kGroups)
+        EXPECT_EQ(text("Run_All"), row.runAll ? "Cancel Run All" : "Run All Steps");
+        std::string enabled;
+        for (Group const& group : kGroups) {
+            bool const isGroupEnabled = view.enabling.*group.isEnabled;
+            enabled += isGroupEnabled ? group.letter : '-';
             for (char const* const name : group.names)
-                EXPECT_EQ(isEnabled(name), !group.isEnabled || view.enabling.*group.isEnabled) << name;
+                EXPECT_EQ(isEnabled(name), isGroupEnabled) << name;
+        }
+        EXPECT_EQ(enabled, row.enabled);
+        for (char const* const always : {"Start_Over", "Show_Graph", "SETUP_Status", "AE_Status",
+                                         "AWB_Status", "Calibrate_Status", "File_Save_Status"})
+            EXPECT_TRUE(isEnabled(always)) << always;
     }
 }
 
@@ -235,6 +220,5 @@ TEST(StepBox, IsPaintedAsAnyGroupBox) {
     EXPECT_EQ(box.grab().toImage(), plain.grab().toImage());
 }
 
-INSTANTIATE_TEST_SUITE_P(Pages, ShownView, ::testing::ValuesIn(kPages),
-                         [](auto const& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Pages, ShownView, ::testing::ValuesIn(kPages), nameOf);
 } // namespace
