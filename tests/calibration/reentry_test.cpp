@@ -1,55 +1,49 @@
-#include "common/system.h"
-#include "tests/calibration/pages.h"
+#include "tests/calibration/page_fixture.h"
 #include "tests/support/inside_calls.h"
 #include "tests/support/whole_walk.h"
 #include "wizard/dialogs.h"
 
+#include <QMetaMethod>
 #include <array>
+#include <cstring>
 #include <iostream>
 
 using namespace kestra;
 
 namespace {
 // A host that spins events inside a service, or a library that does, may do anything to the page there.
-class Reentry : public PageFixture, public ::testing::WithParamInterface<PageCase> {
+class Reentry : public EachPage {
 protected:
-    Reentry() : PageFixture(GetParam()) {
+    Reentry() {
         libraries.description.imageWidth = 64;
         libraries.description.imageHeight = 48;
         libraries.headboard.deviceAddress = 0xA8; // a headboard with an EEPROM: its calls count too
-        currentUtcTime.replace([] { return QDateTime(QDate(2024, 5, 31), QTime(23, 59, 7), Qt::UTC); });
         chooseResultFolder.replace([this] { return QString::fromStdString(saveDir()); });
     }
-    ~Reentry() override {
-        chooseResultFolder.replace({});
-        currentUtcTime.replace({});
-    }
+    ~Reentry() override { chooseResultFolder.replace({}); }
 
-    struct Action {
-        char const* name;
-        std::function<void(Reentry&)> run;
-        bool isGated = true;
-    };
-
-    // Everything that a tick, a button, a frame or a notification can set going. Each starts on a fresh page.
+    // Everything that a slot or a notification can set going, and with Run All ticks and frames. Each starts
+    // on a fresh page.
+    using Action = std::string;
+    static constexpr char kNotification[] = "registerChanged", kClose[] = "closePage", kRunAll[] = "RunAll";
     static std::vector<Action> actions() {
-        std::vector<Action> found;
-        for (char const* slot :
-             {"OnBnClicked_LensCalibSetup", "OnBnClickedAe", "OnBnClickedAwb", "OnBnClickedCalibrate",
-              "OnBnClickedStartover", "OnBnClickedGraph", "OnBnClickedCU", "OnBnClickedFilesave",
-              "OnBnClickedPromsave", "OnBnClickedRunall", "OnBnClickedBrowse", "OnBnClickedEnableLC",
-              "OnUpdateStatus"})
-            found.push_back({slot, [slot](Reentry& test) { QMetaObject::invokeMethod(test.page, slot); }});
-        found.push_back({"registerChanged", [](Reentry& test) { test.page->registerChanged(0, 0); }, false});
-        found.push_back({"closePage", [](Reentry& test) { test.page->closePage(); }});
-        found.push_back({"RunAll", [](Reentry& test) {
-                             QMetaObject::invokeMethod(test.page, "OnBnClickedRunall");
-                             for (int i = 0; i < 120 && test.page && test.state().runAll; ++i) {
-                                 test.play(1);
-                                 test.capture();
-                             }
-                         }});
+        std::vector<Action> found = {kNotification, kClose, kRunAll};
+        QMetaObject const& meta = CalibrationPage::staticMetaObject;
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+            if (meta.method(i).parameterCount() == 0)
+                found.push_back(meta.method(i).name().toStdString());
         return found;
+    }
+    void run(Action const& action) {
+        if (action == kNotification)
+            return page->registerChanged(0, 0);
+        if (action == kClose)
+            return page->closePage();
+        invoke(action == kRunAll ? "OnBnClickedRunall" : action.c_str());
+        for (int i = 0; action == kRunAll && i < 120 && page && state().runAll; ++i) {
+            play(1);
+            capture();
+        }
     }
 
     // With frames and ticks enough, no step may be stuck in progress and no Run All may wait.
@@ -78,12 +72,12 @@ protected:
     int insideEveryCallOfEveryAction(Deed deed, Check check, CallWalk walk = {}) {
         int cases = 0;
         for (Action const& action : actions()) {
-            SCOPED_TRACE(action.name);
+            SCOPED_TRACE(action);
             openFormatted();
-            action.run(*this);
+            run(action);
             m_whole = libraries.headboard.device;
             cases += doInsideEveryCall(
-                host, [&] { openFormatted(); }, [&] { action.run(*this); }, [&] { deed(action); },
+                host, [&] { openFormatted(); }, [&] { run(action); }, [&] { deed(action); },
                 [&](CallsFrom calls) {
                     check(calls);
                     comeToRest();
@@ -102,7 +96,7 @@ TEST_P(Reentry, APageMayBeDeletedInsideAnyCall) {
     auto const check = [this](CallsFrom calls) {
         if (page)
             return;
-        EXPECT_EQ(callsForNobody(calls), std::vector<std::string>());
+        EXPECT_EQ(callsForNobody(calls), Calls());
         // A flush goes on to its end, and none is begun.
         simulator::EepromContents const& device = libraries.headboard.device;
         EXPECT_TRUE(device == m_whole ||
@@ -138,13 +132,13 @@ TEST_P(Reentry, WhatArrivesInsideACallWaitsOrIsDroppedAndThePageComesToRest) {
                 size_t const calls = host.log.size();
                 auto const before = counted();
                 for (char const* slot : pressed)
-                    QMetaObject::invokeMethod(page, slot);
+                    invoke(slot);
                 if (pressed.empty()) {
                     tick();
                     frames(1);
                     frames(1, 13);
                 }
-                if (action.isGated) {
+                if (action != kNotification) { // the one that is not gated
                     EXPECT_EQ(host.log.size(), calls) << host.log.back();
                     EXPECT_EQ(counted(), before);
                 }
@@ -156,16 +150,14 @@ TEST_P(Reentry, WhatArrivesInsideACallWaitsOrIsDroppedAndThePageComesToRest) {
 }
 
 // Installs a table of functions without its first one, without its second, and so on.
-template <typename Table, typename Install>
-int withEachMissing(Table const& all, Install install) {
-    constexpr size_t kFunctions = sizeof(Table) / sizeof(void*);
-    for (size_t i = 0; i < kFunctions; ++i) {
+template <typename Table>
+int withEachMissing(Table const& all, auto const& install) {
+    for (size_t i = 0; i < sizeof(Table); i += sizeof(void*)) {
         Table some = all;
-        std::fill_n(reinterpret_cast<unsigned char*>(&some) + i * sizeof(void*), sizeof(void*),
-                    static_cast<unsigned char>(0));
+        std::memset(reinterpret_cast<char*>(&some) + i, 0, sizeof(void*));
         install(some);
     }
-    return kFunctions;
+    return sizeof(Table) / sizeof(void*);
 }
 
 // A host or a library of another version may lack a function, which then answers that nothing is there.
@@ -174,9 +166,9 @@ TEST_P(Reentry, EveryServiceAndLibraryFunctionMayBeMissing) {
         for (Action const& action : actions()) {
             open();
             page->adopt(sensor, table);
-            action.run(*this);
-            ASSERT_TRUE(page) << action.name;
-            EXPECT_EQ(state().updateDepth, 0U) << action.name;
+            run(action);
+            ASSERT_TRUE(page) << action;
+            EXPECT_EQ(state().updateDepth, 0U) << action;
         }
     };
     auto const install = [&](auto installTable) {
@@ -195,6 +187,5 @@ TEST_P(Reentry, EveryServiceAndLibraryFunctionMayBeMissing) {
     runAllActions({});
 }
 
-INSTANTIATE_TEST_SUITE_P(Pages, Reentry, ::testing::ValuesIn(kPages),
-                         [](auto const& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Pages, Reentry, ::testing::ValuesIn(kPages), nameOf);
 } // namespace

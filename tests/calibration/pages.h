@@ -1,3 +1,0 @@
-#pragma once
-
-#include "tests/calibration/page_fixture.h"
