@@ -8,67 +8,57 @@
 using namespace kestra;
 
 namespace {
-TEST(LensCorrection, EveryKindHasItsSwitchOnEachPage) {
-    using Row = std::tuple<uint32_t, bool, char const*, char const*, bool>;
-    constexpr char const* kShading = "COLOR_PIPELINE_CONTROL.LENS_SHADING";
-    constexpr char const* kPga = "COLOR_PIPELINE_CONTROL.PGA_ENABLE";
-    constexpr char const* kCamPga = "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE";
-    constexpr char const* kControl = "LENS_CORRECTION_CONTROL.ENABLE";
-    constexpr char const* kCorrection = "LENS_CORRECTION.ENABLE";
-    constexpr char const* kPoly = "POLY_SC_ENABLE.ENABLE";
-    Row const rows[] = {
-        {16, false, kShading, kShading, false},
-        {23, true, kShading, kShading, false},
-        {22, false, kControl, kControl, false},
-        {40, false, kControl, kControl, false},
-        {25, false, kCorrection, kCorrection, false},
-        {27, false, kCorrection, kCorrection, false},
-        {95, true, kCamPga, kCamPga, false},
-        {115, true, kCamPga, kCamPga, false},
-        {72, false, kPoly, kCamPga, true},
-        {76, true, kPga, kCamPga, true},
-        {154, false, "POLY_SC_ENABLE.", kPoly, false},
-        {68, true, kPga, kPga, true},
-        {200, false, kPoly, kPoly, true},
-    };
-    FakeHost host;
+struct LensCorrectionSwitch : ::testing::Test {
+    FakeHost fakeHost;
     FakeLibraries fake;
-    auto const chosen = [&](PageKind page, uint32_t kindOfSensor) {
-        LensCorrection const correction =
-            chooseLensCorrection(page, sensorKind(kindOfSensor, 1), Sensor(fake.camera()));
-        return std::string(correction.lensCorrectionRegister) + '.' + correction.lensCorrectionBitfield;
-    };
-    for (auto const& [kind, systemOnChip, lensShading, apga, asksTheLibrary] : rows) {
+    Host const host{fakeHost.services()};
+    Sensor const sensor{fake.camera()};
+};
+
+TEST_F(LensCorrectionSwitch, IsThatOfItsKindOnEachPage) {
+    constexpr char kShading[] = "COLOR_PIPELINE_CONTROL.LENS_SHADING";
+    constexpr char kPga[] = "COLOR_PIPELINE_CONTROL.PGA_ENABLE";
+    constexpr char kCamPga[] = "CAM_PGA_PGA_CONTROL.CAM_PGA_PGA_ENABLE";
+    constexpr char kControl[] = "LENS_CORRECTION_CONTROL.ENABLE";
+    constexpr char kCorrection[] = "LENS_CORRECTION.ENABLE";
+    constexpr char kPoly[] = "POLY_SC_ENABLE.ENABLE";
+    using Row = std::tuple<uint32_t, bool, char const*, char const*, bool>;
+    for (auto const& [kind, systemOnChip, lensShading, apga, asksTheLibrary] :
+         {Row{16, false, kShading, kShading, false}, Row{23, true, kShading, kShading, false},
+          Row{22, false, kControl, kControl, false}, Row{40, false, kControl, kControl, false},
+          Row{25, false, kCorrection, kCorrection, false}, Row{27, false, kCorrection, kCorrection, false},
+          Row{95, true, kCamPga, kCamPga, false}, Row{115, true, kCamPga, kCamPga, false},
+          Row{72, false, kPoly, kCamPga, true}, Row{76, true, kPga, kCamPga, true},
+          Row{154, false, "POLY_SC_ENABLE.", kPoly, false}, Row{68, true, kPga, kPga, true},
+          Row{200, false, kPoly, kPoly, true}}) {
+        auto const chosen = [&, &itsKind = kind](PageKind page) {
+            LensCorrection const found = chooseLensCorrection(page, sensorKind(itsKind, 1), sensor);
+            return std::string(found.lensCorrectionRegister) + '.' + found.lensCorrectionBitfield;
+        };
         fake.systemOnChip = systemOnChip;
-        host.log.clear();
-        EXPECT_EQ(chosen(PageKind::LensShading, kind), lensShading) << kind;
-        EXPECT_EQ(!host.log.empty(), asksTheLibrary) << kind;
-        EXPECT_EQ(chosen(PageKind::Apga, kind), apga) << kind;
+        fakeHost.log.clear();
+        EXPECT_EQ(chosen(PageKind::LensShading), lensShading) << kind;
+        EXPECT_EQ(!fakeHost.log.empty(), asksTheLibrary) << kind;
+        EXPECT_EQ(chosen(PageKind::Apga), apga) << kind;
     }
 }
 
-TEST(LensCorrection, AMissingBitfieldLeavesTheSensorAlone) {
-    FakeHost fakeHost;
-    FakeLibraries fake;
-    Host const host(fakeHost.services());
+TEST_F(LensCorrectionSwitch, WithoutItsBitfieldTheSensorIsLeftAlone) {
     LensCorrection const correction{"POLY_SC_ENABLE", "ENABLE"};
-    setLensCorrection(host, Sensor(fake.camera()), correction, true);
+    setLensCorrection(host, sensor, correction, true);
     fakeHost.registers["POLY_SC_ENABLE.ENABLE"] = 1;
-    EXPECT_FALSE(lensCorrectionEnabled(host, Sensor(fake.camera()), correction));
+    EXPECT_FALSE(lensCorrectionEnabled(host, sensor, correction));
     setLensCorrection(host, Sensor(nullptr), correction, true);
-    EXPECT_EQ(fakeHost.log, std::vector<std::string>(2, "existsBitfield POLY_SC_ENABLE ENABLE"));
+    EXPECT_EQ(fakeHost.log, Calls(2, "existsBitfield POLY_SC_ENABLE ENABLE"));
 }
 
-TEST(LensCorrection, AWholeRegisterIsSwitchedByItsHighBit) {
-    FakeHost fakeHost;
-    FakeLibraries fake;
-    Host const host(fakeHost.services());
+TEST_F(LensCorrectionSwitch, OfAWholeRegisterIsItsHighBit) {
     LensCorrection const correction{"POLY_SC_ENABLE", ""};
-    setLensCorrection(host, Sensor(fake.camera()), correction, true);
-    EXPECT_TRUE(lensCorrectionEnabled(host, Sensor(fake.camera()), correction));
-    setLensCorrection(host, Sensor(fake.camera()), correction, false);
-    EXPECT_EQ(fakeHost.log, (std::vector<std::string>{"begin", "writeRegister POLY_SC_ENABLE  32768", "end",
-                                                      "readRegister POLY_SC_ENABLE  1", "begin",
-                                                      "writeRegister POLY_SC_ENABLE  0", "end"}));
+    setLensCorrection(host, sensor, correction, true);
+    EXPECT_TRUE(lensCorrectionEnabled(host, sensor, correction));
+    setLensCorrection(host, sensor, correction, false);
+    EXPECT_EQ(fakeHost.log,
+              (Calls{"begin", "writeRegister POLY_SC_ENABLE  32768", "end", "readRegister POLY_SC_ENABLE  1",
+                     "begin", "writeRegister POLY_SC_ENABLE  0", "end"}));
 }
 } // namespace
