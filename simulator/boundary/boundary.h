@@ -72,8 +72,7 @@ class HostAtWork {
 public:
     HostAtWork() { ++Boundary::instance().m_hostDepth; }
     ~HostAtWork() { --Boundary::instance().m_hostDepth; }
-    HostAtWork(HostAtWork const&) = delete;
-    HostAtWork& operator=(HostAtWork const&) = delete;
+    Q_DISABLE_COPY(HostAtWork)
 };
 
 /// As long as this object stands, its observer is told of every call across the boundary, those on the
@@ -84,7 +83,6 @@ public:
     /// libraries. The observer outlives this, and is the only one meanwhile.
     Watching(BoundaryObserver& observer, QString const& pluginFile);
     ~Watching();
-    Watching(Watching const&) = delete;
-    Watching& operator=(Watching const&) = delete;
+    Q_DISABLE_COPY(Watching)
 };
 } // namespace pictara

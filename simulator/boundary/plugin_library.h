@@ -11,8 +11,7 @@ class PluginLibrary {
 public:
     PluginLibrary() = default;
     ~PluginLibrary() { (void)unload(); }
-    PluginLibrary(PluginLibrary const&) = delete;
-    PluginLibrary& operator=(PluginLibrary const&) = delete;
+    Q_DISABLE_COPY(PluginLibrary)
 
     /// Empty stands for the plug-in beside the program. False with a message for the user.
     [[nodiscard]] bool load(QString const& file, QString* error);

@@ -134,7 +134,7 @@ int withDescribed(vy_Camera* camera, vy_RegisterDescription const& told, OfRegis
 }
 } // namespace
 
-LIBRARY_FUNCTION void vy_ObserveCalls(CallObserver const* observer) { libraryWatch.setObserver(observer); }
+LIBRARY_FUNCTION void vy_ObserveCalls(CallObserver const* observer) { libraryWatch.observer = observer; }
 
 LIBRARY_FUNCTION int vy_ExistsRegister(vy_Camera* camera, char const* reg) {
     return observed(Call("vy_ExistsRegister", camera, reg), [&] { return findByName(camera, reg) ? 1 : 0; });

@@ -157,7 +157,7 @@ bool holdsSolution(sf_Handle const& handle, char const* purpose) {
 } // namespace
 
 LIBRARY_FUNCTION void sf_ObserveCalls(CallObserver const* observer) {
-    libraryWatch.setObserver(observer);
+    libraryWatch.observer = observer;
     handlesWatched = 0;
 }
 

@@ -1,6 +1,6 @@
 #include "simulator/host/recording/seen_lines.h"
 
-#include "simulator/boundary/call_text.h"
+#include "simulator/boundary/observed_call.h"
 #include "simulator/host/session/command_line.h"
 
 #include <QCoreApplication>
