@@ -21,8 +21,7 @@ public:
     ServiceDesk(StateVariables& states, SettingsStore& settings, SensorRegisters& registers,
                 QString const& iniFile);
     ~ServiceDesk();
-    ServiceDesk(ServiceDesk const&) = delete;
-    ServiceDesk& operator=(ServiceDesk const&) = delete;
+    Q_DISABLE_COPY(ServiceDesk)
 
     /// All 33 functions; each call is told to the boundary's observers.
     [[nodiscard]] static HostServices const& table();
@@ -35,7 +34,8 @@ public:
     }
 
 private:
-    friend struct Services;
+    [[nodiscard]] static HostServices filledTable();
+    [[nodiscard]] QByteArray textSetting(QByteArray const& key, QByteArray const& fallback) const;
 
     StateVariables& m_states;
     SettingsStore& m_settings;

@@ -30,7 +30,6 @@ public:
         int32_t const value = text(key, {}).toInt(&ok);
         return ok ? value : fallback;
     }
-    void setInteger(QByteArray const& key, int32_t value) { setText(key, QByteArray::number(value)); }
 
 private:
     // Percent-encoded, as "/" and "\" in a name would make groups.
