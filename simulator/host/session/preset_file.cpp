@@ -12,41 +12,15 @@ namespace {
 constexpr uint32_t kRegisterSpace = 0;
 constexpr uint32_t kFirmwareVariableSpace = 1;
 
-using Numbers = std::vector<uint32_t>;
-
-/// What a line with this keyword does: first come names, then numbers.
+/// A line with this keyword has first so many names, then so many numbers.
 struct Kind {
     char const* keyword;
     int names;
-    size_t numbers;
-    bool (*apply)(QByteArrayList const& names, Numbers const& n, StateVariables& states,
-                  SensorRegisters& registers);
+    int numbers;
 };
 
-constexpr Kind kKinds[] = {{"STATE", 1, 1,
-                            [](auto const& names, auto const& n, auto& states, auto&) {
-                                states.set(names[0], int32_t(n[0]));
-                                return true;
-                            }},
-                           {"REG", 1, 1,
-                            [](auto const& names, auto const& n, auto&, auto& registers) {
-                                return registers.write(names[0].constData(), "", n[0]);
-                            }},
-                           {"REG", 0, 3,
-                            [](auto const&, auto const& n, auto&, auto& registers) {
-                                return registers.writeAt(kRegisterSpace, n[0], n[1], n[2]);
-                            }},
-                           {"BITFIELD", 2, 1,
-                            [](auto const& names, auto const& n, auto&, auto& registers) {
-                                return registers.write(names[0].constData(), names[1].constData(), n[0]);
-                            }},
-                           {"BITFIELD", 0, 4,
-                            [](auto const&, auto const& n, auto&, auto& registers) {
-                                return registers.writeBitsAt(n[0], n[1], n[2], n[3]);
-                            }},
-                           {"VAR", 0, 3, [](auto const&, auto const& n, auto&, auto& registers) {
-                                return registers.writeAt(kFirmwareVariableSpace, n[0], n[1], n[2]);
-                            }}};
+constexpr Kind kKinds[] = {{"STATE", 1, 1},    {"REG", 1, 1},      {"REG", 0, 3},
+                           {"BITFIELD", 2, 1}, {"BITFIELD", 0, 4}, {"VAR", 0, 3}};
 
 using Lines = std::map<int, QByteArray>; // by their number, from 1
 
@@ -80,21 +54,31 @@ bool apply(QByteArray const& line, StateVariables& states, SensorRegisters& regi
     QByteArrayList fields = values.split(',');
     for (QByteArray& field : fields)
         field = field.trimmed();
-    for (Kind const& kind : kKinds) {
-        if (equals < 0 || keyword != kind.keyword || fields.size() != kind.names + int(kind.numbers))
-            continue;
-        Numbers numbers;
-        bool ok = true;
-        for (int i = kind.names; i < fields.size() && ok; ++i) {
-            bool const isHexadecimal = fields[i].startsWith("0x") || fields[i].startsWith("0X");
-            qlonglong const number = fields[i].toLongLong(&ok, isHexadecimal ? 16 : 10);
-            bool const isState = &kind == kKinds; // these alone are signed
-            ok = ok && number >= (isState ? INT32_MIN : 0) && number <= (isState ? INT32_MAX : UINT32_MAX);
-            numbers.push_back(uint32_t(number));
-        }
-        return ok && kind.apply(fields, numbers, states, registers);
+    auto const* const kind = std::find_if(std::begin(kKinds), std::end(kKinds), [&](Kind const& row) {
+        return keyword == row.keyword && fields.size() == row.names + row.numbers;
+    });
+    if (equals < 0 || kind == std::end(kKinds))
+        return false;
+    bool const isState = kind == kKinds; // these alone are signed
+    std::vector<uint32_t> n;
+    for (QByteArray const& field : fields.mid(kind->names)) {
+        bool ok = false;
+        bool const isHexadecimal = field.startsWith("0x") || field.startsWith("0X");
+        qlonglong const number = field.toLongLong(&ok, isHexadecimal ? 16 : 10);
+        if (!ok || number < (isState ? INT32_MIN : 0) || number > (isState ? INT32_MAX : UINT32_MAX))
+            return false;
+        n.push_back(uint32_t(number));
     }
-    return false;
+    if (isState)
+        states.set(fields[0], int32_t(n[0]));
+    else if (kind->names > 0)
+        return registers.write(fields[0], kind->names > 1 ? fields[1] : "", n[0]);
+    else if (kind->numbers == 4)
+        return registers.writeBitsAt(n[0], n[1], n[2], n[3]);
+    else
+        return registers.writeAt(keyword == "VAR" ? kFirmwareVariableSpace : kRegisterSpace, n[0], n[1],
+                                 n[2]);
+    return true;
 }
 } // namespace
 

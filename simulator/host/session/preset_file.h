@@ -13,10 +13,9 @@ namespace pictara {
 ///   REG = id, address, value            or  REG = register, value
 ///   BITFIELD = id, address, mask, value or  BITFIELD = register, bitfield, value
 ///   VAR = driver, offset, value         (a variable of the sensor's firmware)
-/// Numbers are decimal, or hexadecimal with 0x. Section names compare without case, blanks inside the
-/// brackets do not count. A line that is not understood, or that the sensor does not take, is logged and
-/// passed over. Returns the number of lines that were applied; none when the section is missing or the file
-/// cannot be read.
+/// Numbers are decimal, or hexadecimal with 0x; case and blanks of a section's name do not count. A line that
+/// is not understood, or that the sensor does not take, is logged and passed over. Returns the number of
+/// lines that were applied; none when the section is missing or the file cannot be read.
 std::optional<int> applyPreset(QString const& iniFile, QByteArray const& section, StateVariables& states,
                                SensorRegisters& registers);
 } // namespace pictara
