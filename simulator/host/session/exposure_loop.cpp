@@ -21,19 +21,16 @@ constexpr size_t kBins = 512; // of the light up to full scale
 CentreZone measureCentre(simulator::Frame const& frame, simulator::CameraDescription const& camera,
                          int zonePercent) {
     auto const share = uint64_t(std::clamp(zonePercent, 10, 100));
-    auto const bounds = [&](uint64_t size) {
-        uint64_t const margin = size * (100 - share) / 200;
-        return std::pair(margin, size - margin);
-    };
-    auto const [left, right] = bounds(frame.width);
-    auto const [top, bottom] = bounds(uint64_t(std::max(frame.height, 0)));
+    uint64_t const width = frame.width, height = uint64_t(std::max(frame.height, 0));
+    uint64_t const left = width * (100 - share) / 200, right = width - left;
+    uint64_t const top = height * (100 - share) / 200, bottom = height - top;
     uint64_t const count = (right - left) * (bottom - top);
     std::array<double, 3> sums{};
     std::array<uint64_t, kBins + 1> histogram{}; // of all colours
-    auto const add = [&, first = left, last = right, t = top, b = bottom](uint32_t y, ColourRow const& row) {
+    auto const add = [&](uint32_t y, ColourRow const& row) {
         std::vector<float> const* const planes[] = {&row.red, &row.green, &row.blue};
-        for (size_t colour = 0; colour < 3 && y >= t && y < b; ++colour)
-            for (size_t x = first; x < last; ++x) {
+        for (size_t colour = 0; colour < 3 && y >= top && y < bottom; ++colour)
+            for (size_t x = left; x < right; ++x) {
                 float const light = (*planes[colour])[x];
                 sums[colour] += double(light);
                 ++histogram[size_t(std::clamp(light, 0.0F, 1.0F) * float(kBins))];

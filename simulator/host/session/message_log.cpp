@@ -11,29 +11,19 @@ constexpr char kSolverMark[] = "shadefit:";
 constexpr char kBlocksMark[] = "refused blocks of ";
 constexpr char kConsequence[] = "there is no ";
 
-struct Log {
-    QMutex mutex; // messages come from any thread
-    SolverCause last;
-    QString blocks; ///< of the next cause
-};
-
-Log& log() {
-    static Log instance;
-    return instance;
-}
-
-void noteSolver(QString const& told) {
-    if (told.startsWith(QLatin1String(kBlocksMark))) {
-        log().blocks = told.mid(int(sizeof kBlocksMark) - 1);
-    } else if (!told.startsWith(QLatin1String(kConsequence)) || log().last.text.isEmpty()) {
-        log().last = {told, std::exchange(log().blocks, {})};
-    }
-}
+QMutex mutex; // messages come from any thread
+SolverCause lastCause;
+QString nextBlocks; // of the next cause
 
 void onMessage(QtMsgType type, QMessageLogContext const&, QString const& text) {
-    QMutexLocker const lock(&log().mutex);
-    if (text.startsWith(QLatin1String(kSolverMark)))
-        noteSolver(text.mid(int(sizeof kSolverMark) - 1).trimmed());
+    QMutexLocker const lock(&mutex);
+    if (text.startsWith(QLatin1String(kSolverMark))) {
+        QString const told = text.mid(int(sizeof kSolverMark) - 1).trimmed();
+        if (told.startsWith(QLatin1String(kBlocksMark)))
+            nextBlocks = told.mid(int(sizeof kBlocksMark) - 1);
+        else if (!told.startsWith(QLatin1String(kConsequence)) || lastCause.text.isEmpty())
+            lastCause = {told, std::exchange(nextBlocks, {})};
+    }
     std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
     if (type == QtFatalMsg)
         std::abort();
@@ -43,13 +33,13 @@ void onMessage(QtMsgType type, QMessageLogContext const&, QString const& text) {
 void installMessageLog() { qInstallMessageHandler(onMessage); }
 
 SolverCause lastSolverCause() {
-    QMutexLocker const lock(&log().mutex);
-    return log().last;
+    QMutexLocker const lock(&mutex);
+    return lastCause;
 }
 
 void forgetSolverCause() {
-    QMutexLocker const lock(&log().mutex);
-    log().last = {};
+    QMutexLocker const lock(&mutex);
+    lastCause = {};
 }
 
 void complain(QString const& text) {

@@ -36,16 +36,8 @@ StateVariables::StateVariables(simulator::CameraDescription const& camera)
                   {"Sensor Orientation", int32_t(camera.orientation)}};
 }
 
-int32_t StateVariables::read(QByteArray const& name) const {
-    for (auto const* table : {&m_ofCamera, &m_values})
-        if (auto const found = table->find(name); found != table->end())
-            return found->second;
-    return 0;
-}
-
 void StateVariables::set(QByteArray const& name, int32_t value) {
-    if (!m_ofCamera.count(name))
+    if (!m_ofCamera.contains(name))
         m_values[name] = value;
 }
-
 } // namespace pictara

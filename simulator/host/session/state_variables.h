@@ -3,8 +3,8 @@
 #include "simulator/camera/simulated_camera.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <cstdint>
-#include <map>
 
 namespace pictara {
 /// The host's named integer variables, which steer its colour pipeline and exposure loop. A name that nobody
@@ -13,12 +13,13 @@ class StateVariables {
 public:
     explicit StateVariables(simulator::CameraDescription const& camera);
 
-    [[nodiscard]] int32_t read(QByteArray const& name) const;
+    [[nodiscard]] int32_t read(QByteArray const& name) const {
+        return m_ofCamera.value(name, m_values.value(name));
+    }
     /// What the camera dictates ("X Offset", "Y Offset", "Sensor Orientation") cannot be set.
     void set(QByteArray const& name, int32_t value);
 
 private:
-    std::map<QByteArray, int32_t> m_values;
-    std::map<QByteArray, int32_t> m_ofCamera;
+    QHash<QByteArray, int32_t> m_values, m_ofCamera;
 };
 } // namespace pictara
