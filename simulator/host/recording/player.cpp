@@ -8,7 +8,6 @@
 #include <QCoreApplication>
 #include <QDialog>
 #include <QDir>
-#include <QPixmap>
 #include <QRegularExpression>
 #include <algorithm>
 #include <utility>
@@ -91,8 +90,6 @@ struct Verbs {
     }
 
     static bool press(Player& player, QStringList const& words, QString* error) {
-        if (!player.hasWidget(words[0], error))
-            return false;
         bool const isPressed = player.page().press(words[0].toLatin1().constData());
         if (!isPressed)
             *error = QStringLiteral("\"%1\" cannot be pressed now").arg(words[0]);
@@ -100,8 +97,6 @@ struct Verbs {
     }
 
     static bool set(Player& player, QStringList const& words, QString* error) {
-        if (!player.hasWidget(words[0], error))
-            return false;
         QByteArray const name = words[0].toLatin1();
         if (player.page().set(name.constData(), words[1]))
             return true;
@@ -120,9 +115,7 @@ struct Verbs {
         return isOpen;
     }
 
-    static bool frames(Player& player, QStringList const& words, QString* error) {
-        if (!player.hasPage(error))
-            return false;
+    static bool frames(Player& player, QStringList const& words, QString*) {
         for (int i = 0; i < words[0].toInt() && !files::isInterrupted(); ++i) {
             player.deliverFrame();
             if (player.m_progress.frames % kFramesPerTick == 0)
@@ -131,9 +124,7 @@ struct Verbs {
         return true;
     }
 
-    static bool tick(Player& player, QStringList const& words, QString* error) {
-        if (!player.hasPage(error))
-            return false;
+    static bool tick(Player& player, QStringList const& words, QString*) {
         int const count = words.isEmpty() ? 1 : words[0].toInt();
         for (int i = 0; i < count && !files::isInterrupted(); ++i)
             player.tick();
@@ -141,8 +132,6 @@ struct Verbs {
     }
 
     static bool wait(Player& player, QStringList const& words, QString* error) {
-        if (!player.hasWidget(words[0], error))
-            return false;
         auto const text = [&] { return player.page().text(words[0].toLatin1().constData()); };
         int const bound = words.size() > 2 ? words[2].toInt() : kFramesOfAWait;
         for (int count = 0; !matches(text(), words[1]) && !files::isInterrupted(); ++count) {
@@ -176,10 +165,9 @@ struct Verbs {
 
     static bool light(Player& player, QStringList const& words, QString*) {
         simulator::Light light = player.m_session.camera().light();
-        bool const isGood = readLight(words, light);
-        if (isGood)
-            player.m_session.setLight(light);
-        return isGood;
+        (void)readLight(words, light);
+        player.m_session.setLight(light);
+        return true;
     }
 
     static bool reg(Player& player, QStringList const& words, QString* error) {
@@ -198,8 +186,6 @@ struct Verbs {
     }
 
     static bool screenshot(Player& player, QStringList const& words, QString* error) {
-        if (!player.hasPage(error))
-            return false;
         return files::replace(QDir(player.m_session.outputFolder()).absoluteFilePath(words[0]),
                               pngOf(player.m_dialog.dialog->grab().toImage()), error);
     }
@@ -214,7 +200,7 @@ struct Verbs {
             {"eeprom", 1, 2, "eeprom blank, or behind that eeprom OFFSET BYTES", beginEeprom},
             {"light", 1, 4,
              "light KELVIN [LEVEL [GRADIENT [object]]], 2000 to 12000, 0.001 to 10000 and -1 to 1",
-             beginLight, light,
+             beginLight, light, Needs::Session,
              [](QStringList const& words) {
                  simulator::Light light;
                  return readLight(words, light);
@@ -223,8 +209,8 @@ struct Verbs {
              [](QStringList const& words, Script& script) {
                  return bool(script.options.fault = parseFaultWish(words[0]));
              },
-             fault, [](QStringList const& words) { return bool(parseFaultWish(words[0])); }},
-            {"register", 2, 2, "register NAME VALUE", nullptr, reg,
+             fault, Needs::Session, [](QStringList const& words) { return bool(parseFaultWish(words[0])); }},
+            {"register", 2, 2, "register NAME VALUE", nullptr, reg, Needs::Session,
              [](QStringList const& words) {
                  bool ok = false;
                  (void)words[1].toUInt(&ok, 0);
@@ -235,15 +221,15 @@ struct Verbs {
             {"show", 0, 0, "show", nullptr,
              [](Player& player, QStringList const&, QString* error) { return player.show(error); }},
             {"close", 0, 0, "close", nullptr, close},
-            {"press", 1, 1, "press NAME", nullptr, press},
-            {"set", 2, 2, "set NAME TEXT", nullptr, set},
+            {"press", 1, 1, "press NAME", nullptr, press, Needs::Widget},
+            {"set", 2, 2, "set NAME TEXT", nullptr, set, Needs::Widget},
             {"frame", 0, 1, "frame", nullptr, frame},
-            {"frames", 1, 1, "frames N", nullptr, frames, isCount<0>},
-            {"tick", 0, 1, "tick [N]", nullptr, tick, isCount<0>},
-            {"wait", 2, 3, "wait NAME TEXT [FRAMES]", nullptr, wait, isCount<2>},
+            {"frames", 1, 1, "frames N", nullptr, frames, Needs::Page, isCount<0>},
+            {"tick", 0, 1, "tick [N]", nullptr, tick, Needs::Page, isCount<0>},
+            {"wait", 2, 3, "wait NAME TEXT [FRAMES]", nullptr, wait, Needs::Widget, isCount<2>},
             {"expect", 2, 2, "expect NAME TEXT, expect enabled NAME or expect disabled NAME", nullptr,
              expect},
-            {"screenshot", 1, 1, "screenshot FILE", nullptr, screenshot},
+            {"screenshot", 1, 1, "screenshot FILE", nullptr, screenshot, Needs::Page},
         };
         return kVerbs;
     }
@@ -258,7 +244,10 @@ bool Player::perform(Command const& command, QString* error) {
     for (QString const& word : command.words)
         words << QString::fromUtf8(m_placeholders.reveal(word.toUtf8()));
     error->clear();
-    if (command.verb->perform(*this, words, error))
+    Needs const needs = command.verb->needs;
+    bool const isThere =
+        needs == Needs::Session || (needs == Needs::Page ? hasPage(error) : hasWidget(words[0], error));
+    if (isThere && command.verb->perform(*this, words, error))
         return true;
     if (error->isEmpty())
         *error = QStringLiteral("it cannot be done now");

@@ -12,6 +12,9 @@ namespace pictara {
 class Player;
 struct Script;
 
+/// What is open before a verb does something; the widget is the one that its first word names.
+enum class Needs { Session, Page, Widget };
+
 /// A word that begins a line of a script, and what it does.
 struct Verb {
     char const* name;
@@ -22,6 +25,7 @@ struct Verb {
     bool (*begin)(QStringList const& words, Script& script) = nullptr;
     /// Does it; false with the cause. Null: it belongs before all that is done.
     bool (*perform)(Player& player, QStringList const& words, QString* error) = nullptr;
+    Needs needs = Needs::Session;
     bool (*isGood)(QStringList const& words) = nullptr; ///< of words that do something; null: any are
 };
 

@@ -9,7 +9,6 @@
 #include <QRegularExpression>
 #include <algorithm>
 #include <optional>
-#include <utility>
 
 namespace pictara {
 namespace {
@@ -148,7 +147,7 @@ void SeenLines::ended(int depth, QByteArray const& result) {
 
 void SeenLines::flush() {
     writeOpenCalls();
-    handOver(std::exchange(m_waiting, {}));
+    write({});
 }
 
 void SeenLines::writeOpenCalls() {
@@ -158,16 +157,10 @@ void SeenLines::writeOpenCalls() {
 }
 
 void SeenLines::write(QByteArray const& line) {
-    if (QByteArray const shared = sharedLine(m_waiting, line); !shared.isEmpty()) {
-        m_waiting = shared;
-        return;
-    }
-    handOver(std::exchange(m_waiting, line));
-}
-
-void SeenLines::handOver(QByteArray const& line) {
-    if (!line.isEmpty())
-        for (QByteArray const& shown : shownLines(line))
+    QByteArray const shared = sharedLine(m_waiting, line);
+    QByteArray const finished = std::exchange(m_waiting, shared.isEmpty() ? line : shared);
+    if (shared.isEmpty() && !finished.isEmpty())
+        for (QByteArray const& shown : shownLines(finished))
             m_sink(shown);
 }
 

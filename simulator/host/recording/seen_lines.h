@@ -51,7 +51,6 @@ private:
 
     void writeOpenCalls();
     void write(QByteArray const& line);
-    void handOver(QByteArray const& line);
 
     Placeholders const m_placeholders;
     Sink const m_sink;
