@@ -2,9 +2,7 @@
 
 #include <QtEndian>
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
-#include <optional>
 #include <span>
 #include <tuple>
 
@@ -82,107 +80,103 @@ public:
     Decoder(EepromContents const& contents, Profile& profile) : m_contents(contents), m_profile(profile) {}
 
     /// The payload of the record of shading registers looked for.
-    [[nodiscard]] std::optional<Bytes> find(QString const& name, QString* error) const;
+    [[nodiscard]] std::optional<Bytes> find(QString const& name, QString* error) const {
+        if (!isFormatted(m_contents)) {
+            *error = QStringLiteral("the EEPROM is not formatted");
+            return std::nullopt;
+        }
+        Bytes rest = Bytes(m_contents).subspan(kFirstRecord);
+        while (std::optional<Item> const record = takeItem(rest)) {
+            bool const isShading = record->type() == kShadingRecord;
+            if (!record->fits || (isShading && record->payload().size() < kNameSize)) {
+                *error = at(record->whole, record->fits ? "the record is too short for its name"
+                                                        : "the record runs over the end");
+                return std::nullopt;
+            }
+            if (isShading && (name.isNull() ||
+                              textIn(record->payload(), kNameSize).compare(name, Qt::CaseInsensitive) == 0))
+                return record->payload();
+        }
+        *error = QStringLiteral("the EEPROM holds no shading registers");
+        if (!name.isNull())
+            *error += QStringLiteral(" named \"%1\"").arg(name);
+        return std::nullopt;
+    }
+
     /// The settings behind the name of a register record, appended as far as they are well-formed. False
     /// with a message that names the place when they are not to the end.
-    [[nodiscard]] bool read(Bytes payload, std::vector<StoredSetting>& settings, QString* error) const;
-    [[nodiscard]] StoredRecord told(Item const& item) const;
+    [[nodiscard]] bool read(Bytes payload, std::vector<StoredSetting>& settings, QString* error) const {
+        if (payload.size() < kNameSize) {
+            *error = at(payload, "the record is too short for its name");
+            return false;
+        }
+        Bytes rest = payload.subspan(kNameSize);
+        while (std::optional<Item> const block = takeItem(rest)) {
+            size_t const size = block->type() == kFullEntry ? 18 : 4;
+            if (!block->fits)
+                *error = at(block->whole, "the block runs over the end of its record");
+            else if (block->type() < kFullEntry || block->type() > kShortVariable)
+                *error = at(block->payload(), "the block before is of no known kind");
+            else if (block->payload().size() % size != 0)
+                *error = at(block->payload(), "the block's length leaves a broken entry");
+            else {
+                for (size_t i = 0; i < block->payload().size(); i += size)
+                    settings.push_back(decoded(block->type(), block->payload().subspan(i, size)));
+                continue;
+            }
+            return false;
+        }
+        return true;
+    }
+
+    [[nodiscard]] StoredRecord told(Item const& item) const {
+        auto const* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
+                                               [&](TypeRow const& row) { return row.type == item.type(); });
+        TypeRow const row = found == std::end(kTypes) ? TypeRow{item.type(), ""} : *found;
+        StoredRecord record{.offset = offsetOf(item.whole),
+                            .size = item.whole.size(),
+                            .type = row.type,
+                            .typeName = QString::fromLatin1(row.name),
+                            .text = item.fits ? textIn(item.payload(), row.textSize) : QString(),
+                            .settings = {},
+                            .fault = item.fits ? QString() : QStringLiteral("runs over the end")};
+        // What is sound before a fault is shown all the same.
+        if (row.holdsRegisters && item.fits)
+            std::ignore = read(item.payload(), record.settings, &record.fault);
+        for (StoredSetting& setting : record.settings) {
+            auto const* const reg =
+                m_profile.registers.find(setting.addressSpace, setting.id, setting.address);
+            setting.name = reg ? reg->name : QByteArray();
+            setting.place = QStringLiteral("%1/%2/0x%3")
+                                .arg(setting.addressSpace)
+                                .arg(setting.id)
+                                .arg(setting.address, 4, 16, QLatin1Char('0'));
+        }
+        return record;
+    }
 
 private:
     [[nodiscard]] size_t offsetOf(Bytes place) const { return size_t(place.data() - m_contents.data()); }
     [[nodiscard]] QString at(Bytes place, char const* what) const {
         return QStringLiteral("EEPROM, offset %1: %2").arg(offsetOf(place)).arg(QLatin1String(what));
     }
-    [[nodiscard]] StoredSetting decoded(uint8_t kind, Bytes entry) const;
+
+    [[nodiscard]] StoredSetting decoded(uint8_t kind, Bytes entry) const {
+        size_t const offset = offsetOf(entry);
+        if (kind == kFullEntry)
+            return {offset,   entry[0],         big32(entry, 1), big32(entry, 5),
+                    entry[9], big32(entry, 10), big32(entry, 14)};
+        uint32_t const word = big16(entry, 0);
+        uint32_t const value = big16(entry, 2);
+        if (kind == kShortVariable)
+            return {offset, 1, word >> 10 & 0x1F, word & 0x3FF, (word & 0x8000) != 0 ? 1U : 2U, 0, value};
+        bool const isPaged = m_profile.sensor.registerAddressWidth < kLeastBitsOfAWholeAddress;
+        return {offset, 0, isPaged ? word >> 8 : 0, isPaged ? word & 0xFF : word, 0, 0, value};
+    }
 
     EepromContents const& m_contents;
     Profile& m_profile;
 };
-
-StoredSetting Decoder::decoded(uint8_t kind, Bytes entry) const {
-    size_t const offset = offsetOf(entry);
-    if (kind == kFullEntry)
-        return {offset,   entry[0],         big32(entry, 1), big32(entry, 5),
-                entry[9], big32(entry, 10), big32(entry, 14)};
-    uint32_t const word = big16(entry, 0);
-    uint32_t const value = big16(entry, 2);
-    if (kind == kShortVariable)
-        return {offset, 1, word >> 10 & 0x1F, word & 0x3FF, (word & 0x8000) != 0 ? 1U : 2U, 0, value};
-    bool const isPaged = m_profile.sensor.registerAddressWidth < kLeastBitsOfAWholeAddress;
-    return {offset, 0, isPaged ? word >> 8 : 0, isPaged ? word & 0xFF : word, 0, 0, value};
-}
-
-bool Decoder::read(Bytes payload, std::vector<StoredSetting>& settings, QString* error) const {
-    if (payload.size() < kNameSize) {
-        *error = at(payload, "the record is too short for its name");
-        return false;
-    }
-    Bytes rest = payload.subspan(kNameSize);
-    while (std::optional<Item> const block = takeItem(rest)) {
-        size_t const size = block->type() == kFullEntry ? 18 : 4;
-        if (!block->fits)
-            *error = at(block->whole, "the block runs over the end of its record");
-        else if (block->type() < kFullEntry || block->type() > kShortVariable)
-            *error = at(block->payload(), "the block before is of no known kind");
-        else if (block->payload().size() % size != 0)
-            *error = at(block->payload(), "the block's length leaves a broken entry");
-        else {
-            for (size_t i = 0; i < block->payload().size(); i += size)
-                settings.push_back(decoded(block->type(), block->payload().subspan(i, size)));
-            continue;
-        }
-        return false;
-    }
-    return true;
-}
-
-std::optional<Bytes> Decoder::find(QString const& name, QString* error) const {
-    if (!isFormatted(m_contents)) {
-        *error = QStringLiteral("the EEPROM is not formatted");
-        return std::nullopt;
-    }
-    Bytes rest = Bytes(m_contents).subspan(kFirstRecord);
-    while (std::optional<Item> const record = takeItem(rest)) {
-        bool const isShading = record->type() == kShadingRecord;
-        if (!record->fits || (isShading && record->payload().size() < kNameSize)) {
-            *error = at(record->whole, record->fits ? "the record is too short for its name"
-                                                    : "the record runs over the end");
-            return std::nullopt;
-        }
-        if (isShading &&
-            (name.isNull() || textIn(record->payload(), kNameSize).compare(name, Qt::CaseInsensitive) == 0))
-            return record->payload();
-    }
-    *error = QStringLiteral("the EEPROM holds no shading registers");
-    if (!name.isNull())
-        *error += QStringLiteral(" named \"%1\"").arg(name);
-    return std::nullopt;
-}
-
-StoredRecord Decoder::told(Item const& item) const {
-    auto const* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
-                                           [&](TypeRow const& row) { return row.type == item.type(); });
-    TypeRow const row = found == std::end(kTypes) ? TypeRow{item.type(), ""} : *found;
-    StoredRecord record{.offset = offsetOf(item.whole),
-                        .size = item.whole.size(),
-                        .type = row.type,
-                        .typeName = QString::fromLatin1(row.name),
-                        .text = item.fits ? textIn(item.payload(), row.textSize) : QString(),
-                        .settings = {},
-                        .fault = item.fits ? QString() : QStringLiteral("runs over the end")};
-    // What is sound before a fault is shown all the same.
-    if (row.holdsRegisters && item.fits)
-        std::ignore = read(item.payload(), record.settings, &record.fault);
-    for (StoredSetting& setting : record.settings) {
-        auto const* const reg = m_profile.registers.find(setting.addressSpace, setting.id, setting.address);
-        setting.name = reg ? reg->name : QByteArray();
-        setting.place = QStringLiteral("%1/%2/0x%3")
-                            .arg(setting.addressSpace)
-                            .arg(setting.id)
-                            .arg(setting.address, 4, 16, QLatin1Char('0'));
-    }
-    return record;
-}
 } // namespace
 
 std::vector<StoredRecord> storedRecords(EepromContents const& contents, Profile& profile) {
