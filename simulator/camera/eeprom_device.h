@@ -54,10 +54,9 @@ enum class DeviceFault {
 /// The names of the faults on a command line, in their order.
 [[nodiscard]] QStringList deviceFaultNames();
 
-/// When a fault strikes: at operation `n` from the planning on, the first one being 1 (0 means the same), and
-/// if for ever at all later ones. Operations are transfers addressed to the device. The power is cut as soon
-/// as `n` bytes are stored: what is left of that transfer is lost or, when it was just over, the next one;
-/// then it returns unless the cut is for ever.
+/// When a fault strikes: at the `n`th transfer from the planning on (0 means 1) and, if for ever, at all
+/// later ones. The power is cut as soon as `n` bytes are stored: what is left of that transfer is lost or,
+/// when it was just over, the next one; then it returns unless the cut is for ever.
 struct FaultPlan {
     DeviceFault fault = DeviceFault::None;
     uint64_t n = 1;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <vector>
 
 namespace simulator {
 namespace {
@@ -87,9 +86,7 @@ int HeadboardBus::readRaw(uint32_t busAddress, uint32_t start, std::span<uint32_
 
 int HeadboardBus::writeRaw(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words) {
     auto const write = [&] {
-        std::vector<uint8_t> bytes(words.size());
-        std::transform(words.begin(), words.end(), bytes.begin(),
-                       [](uint32_t word) { return uint8_t(word); });
+        std::vector<uint8_t> const bytes(words.begin(), words.end()); // what lies above a byte is dropped
         return device.write(start, bytes);
     };
     return transferred(find(EepromWiring::Serial, busAddress), fits(start, words.size()), write);
@@ -127,12 +124,13 @@ EepromBridge::EepromBridge(RegisterMap& registers, HeadboardBus& bus) : m_bus(bu
 }
 
 void EepromBridge::refresh() {
-    if (!m_transfer || !m_transfer->endsAt || m_bus.clock.now() < *m_transfer->endsAt)
+    if (!m_transfer || m_transfer->answer == BusAnswer::Busy || m_bus.clock.now() < m_transfer->endsAt)
         return;
+    bool const isAcknowledged = m_transfer->answer == BusAnswer::Acknowledged;
     // There is no call of the host to fail here: a transport that fails is a device that keeps silent.
-    if (m_transfer->isAcknowledged && m_transfer->write.left > 0)
+    if (isAcknowledged && m_transfer->write.left > 0)
         return schedule(m_transfer->write.next(*m_transfer->device), *m_transfer);
-    m_registers[kStatus]->value = m_transfer->isAcknowledged ? kStatusAcknowledged : 0;
+    m_registers[kStatus]->value = isAcknowledged ? kStatusAcknowledged : 0;
     m_registers[kData]->value = m_transfer->data.value_or(m_registers[kData]->value);
     m_transfer.reset();
 }
@@ -151,13 +149,10 @@ int EepromBridge::written(RegisterMap::Register const& reg) {
 }
 
 void EepromBridge::schedule(BusAnswer answer, Transfer& transfer) const {
-    transfer.endsAt.reset();
-    transfer.isAcknowledged = answer == BusAnswer::Acknowledged;
-    if (answer == BusAnswer::Busy)
-        return;
+    transfer.answer = answer;
     transfer.endsAt = m_bus.clock.now() + kBridgeTime;
-    if (transfer.isAcknowledged)
-        transfer.endsAt = std::max(*transfer.endsAt, transfer.device->readyAt());
+    if (answer == BusAnswer::Acknowledged)
+        transfer.endsAt = std::max(transfer.endsAt, transfer.device->readyAt());
 }
 
 BusAnswer EepromBridge::begin(uint32_t command, Transfer& transfer) const {

@@ -26,8 +26,7 @@ public:
     /// Borrows the profile.
     explicit HeadboardBus(Profile const& profile);
     // The device borrows the clock.
-    HeadboardBus(HeadboardBus const&) = delete;
-    HeadboardBus& operator=(HeadboardBus const&) = delete;
+    Q_DISABLE_COPY(HeadboardBus)
 
     /// Modes 1 and 2 set the bits of an address and of a word in raw transfers; 3 is the bridge's and needs
     /// nothing here. The widths come up as the sensor's own.
@@ -73,8 +72,8 @@ private:
     /// A transfer whose end the host has not seen yet.
     struct Transfer {
         EepromDevice* device = nullptr;
-        std::optional<CameraClock::Duration> endsAt{}; ///< none: it never ends
-        bool isAcknowledged = false;
+        BusAnswer answer = BusAnswer::NotAcknowledged; ///< busy: it never ends
+        CameraClock::Duration endsAt{};
         std::optional<uint32_t> data{}; ///< what a read brings
         PagedWrite write{};             ///< what a write has still to do
     };
@@ -94,9 +93,7 @@ private:
 [[nodiscard]] std::vector<StoredRecord> storedRecords(EepromContents const& contents, Profile& profile);
 
 /// Writes the entries of the first record of shading registers, or of the first one with that name (in upper
-/// or lower case) when the name is not null, in their order. False with a message that names the place in
-/// `error`, and nothing written, when there is no such record, anything up to its end is malformed, a
-/// register is not there or an entry fits none.
+/// or lower case) when the name is not null, in their order; all of them or, with an `error`, none.
 [[nodiscard]] bool replayRecord(EepromContents const& contents, QString const& name, Profile& profile,
                                 QString* error);
 } // namespace simulator
@@ -107,8 +104,7 @@ struct vy_Camera {
     /// Borrows the profile.
     explicit vy_Camera(simulator::Profile& sensor);
     ~vy_Camera();
-    vy_Camera(vy_Camera const&) = delete;
-    vy_Camera& operator=(vy_Camera const&) = delete;
+    Q_DISABLE_COPY(vy_Camera)
 
     /// The masked bits of a register, as the library's functions answer and take them.
     [[nodiscard]] uint32_t read(simulator::RegisterMap::Register& reg, uint32_t mask = 0xFFFFFFFF);

@@ -3,7 +3,6 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <numbers>
 
 namespace simulator {
@@ -74,14 +73,6 @@ double interpolated(Sample sample, int count, double position) {
     double const p2 = continued(sample, count, at + 1);
     double const p3 = continued(sample, count, at + 2);
     return p1 + 0.5 * t * (p2 - p0 + t * (2 * p0 - 5 * p1 + 4 * p2 - p3 + t * (3 * (p1 - p2) + p3 - p0)));
-}
-
-// The ramp as the picture shows it, its mean left at 1.
-std::vector<float> rampOf(SensorArray const& array, double gradient) {
-    std::vector<float> ramp(array.width);
-    for (uint32_t x = 0; x < array.width; ++x)
-        ramp[x] = float(std::max(0.0, 1 + gradient * ((array.arrayColumn(x) + 0.5) / array.width - 0.5)));
-    return ramp;
 }
 
 void darkenObject(SensorArray const& array, Field& field) {
@@ -202,13 +193,12 @@ LensRows measuredLens(MeasuredShading const& shading, SensorArray const& array, 
     for (MeasuredShading::Illuminant const& illuminant : shading.illuminants)
         temperatures.push_back(illuminant.temperature);
     IlluminantBlend const blend = blendAt(temperatures, colourTemperature);
-    std::array<std::vector<double>, 3> responses; // red, green, blue at the centres
+    auto responses = shading.illuminants[blend.lower].gains; // red, green, blue at the centres
     for (size_t colour = 0; colour < responses.size(); ++colour)
-        std::transform(shading.illuminants[blend.lower].gains[colour].begin(),
-                       shading.illuminants[blend.lower].gains[colour].end(),
-                       shading.illuminants[blend.upper].gains[colour].begin(),
-                       std::back_inserter(responses[colour]),
-                       [&](double lower, double upper) { return 1 / blend.mix(lower, upper); });
+        for (size_t cell = 0; cell < responses[colour].size(); ++cell) {
+            double const upper = shading.illuminants[blend.upper].gains[colour][cell];
+            responses[colour][cell] = 1 / blend.mix(responses[colour][cell], upper);
+        }
     return [responses, array, columns = shading.columns, rows = shading.rows](Plane plane, uint32_t y,
                                                                               std::span<float> response) {
         constexpr double kDarkest = 0.001; // the linear continuation must not become negative
@@ -227,12 +217,16 @@ LensRows measuredLens(MeasuredShading const& shading, SensorArray const& array, 
         }
     };
 }
+
 Field lightField(SensorArray const& array, LensRows const& lens, std::array<ColourFilter, 3> const& filters,
                  Light const& light) {
     std::array<double, 3> const colour = illuminantResponse(filters, light.colourTemperature);
     Field field(array.pixels());
-    std::vector<float> const ramp = rampOf(array, light.gradient);
-    std::vector<float> response(array.width);
+    // As the picture shows it, its mean left at 1.
+    std::vector<float> ramp(array.width), response(array.width);
+    for (uint32_t x = 0; x < array.width; ++x)
+        ramp[x] =
+            float(std::max(0.0, 1 + light.gradient * ((array.arrayColumn(x) + 0.5) / array.width - 0.5)));
     for (uint32_t y = 0; y < array.height; ++y) {
         float* const line = &field[size_t(y) * array.width];
         for (uint32_t first = 0; first < 2; ++first) {

@@ -123,25 +123,22 @@ RegisterMap::Register* readRegister(JsonPlace const& place, RegisterPlace const&
     return reg;
 }
 
-// Every origin lies in the middle of the array until somebody moves it.
-void placeOrigin(JsonPlace const& place, SensorLayout::Origin const& origin, Profile& profile) {
-    if (auto* const column = readRegister(place["originColumn"], origin.column, profile))
-        column->value = profile.array.width / 2;
-    if (auto* const row = readRegister(place["originRow"], origin.row, profile))
-        row->value = profile.array.height / 2;
-}
-
 void checkCorrection(JsonPlace const& correction, Profile& profile) {
-    constexpr char const* kPlanes[kPlaneCount] = {"greenRed", "red", "blue", "greenBlue"};
     std::vector<JsonPlace> const places = correction["banks"].items();
     size_t tables = 0;
     for (size_t i = 0; i < profile.layout.banks.size(); ++i) {
         SensorLayout::Bank const& bank = profile.layout.banks[i];
         tables += bank.slot == kBaseSlot ? 0 : 1;
-        placeOrigin(bank.origin ? places[i] : correction, profile.layout.originOf(bank), profile);
+        // Every origin lies in the middle of the array until somebody moves it.
+        JsonPlace const& told = bank.origin ? places[i] : correction;
+        SensorLayout::Origin const& origin = profile.layout.originOf(bank);
+        if (auto* const column = readRegister(told["originColumn"], origin.column, profile))
+            column->value = profile.array.width / 2;
+        if (auto* const row = readRegister(told["originRow"], origin.row, profile))
+            row->value = profile.array.height / 2;
         for (size_t plane = 0; plane < kPlaneCount; ++plane)
             for (uint32_t term = 0; term < kCoefficientCount; ++term)
-                readRegister(places[i]["planes"][kPlanes[plane]], bank.planes[plane].place(term), profile);
+                readRegister(places[i]["planes"][kPlaneKeys[plane]], bank.planes[plane].place(term), profile);
         if (bank.colourTemperature)
             readRegister(places[i]["colourTemperature"], *bank.colourTemperature, profile);
     }

@@ -58,21 +58,15 @@ std::vector<uint32_t> readResets(JsonPlace const& place) {
     return resets;
 }
 
-std::vector<RegisterMap::Bitfield> readBitfields(JsonPlace const& place, uint32_t dataWidth) {
-    std::vector<RegisterMap::Bitfield> bitfields;
-    if (!place.has("bitfields"))
-        return bitfields;
-    JsonPlace const object = place["bitfields"];
-    uint32_t const widest = dataWidth >= 32 ? 0xFFFFFFFF : (1U << dataWidth) - 1;
-    for (QString const& key : object.object().keys()) {
+void readBitfields(JsonPlace const& place, RegisterMap::Register& reg) {
+    uint32_t const width = reg.description.dataWidth;
+    uint32_t const widest = width >= 32 ? 0xFFFFFFFF : (1U << width) - 1;
+    for (QString const& key : place.object().keys()) {
         QByteArray const name = key.toLatin1();
-        uint32_t const mask = object[key.toUtf8().constData()].integer(1, widest);
-        bitfields.push_back({name, {name.constData(), mask, 0}});
+        uint32_t const mask = place[key.toUtf8().constData()].integer(1, widest);
+        reg.bitfields.insert(name, {name.constData(), mask, 0});
     }
-    return bitfields;
 }
-
-uint32_t dataTypeOfWidth(uint32_t bits) { return bits <= 8 ? 0 : bits <= 16 ? 2 : 4; }
 
 RegisterMap::Register readCommonPart(JsonPlace const& place, uint32_t addressWidth) {
     RegisterMap::Register reg;
@@ -83,24 +77,17 @@ RegisterMap::Register readCommonPart(JsonPlace const& place, uint32_t addressWid
     told.address = place["address"].integer(0, isFirmware ? kLargestFirmwareAddress : 0xFFFFFFFF);
     told.addressWidth = place.integerOr(addressWidth, "addressWidth", 8, 32);
     told.dataWidth = place.integerOr(16, "dataWidth", 1, 32);
-    told.dataType = place.integerOr(dataTypeOfWidth(told.dataWidth), "dataType", 0, 5);
-    reg.bitfields = readBitfields(place, told.dataWidth);
+    uint32_t const usualType = told.dataWidth <= 8 ? 0 : told.dataWidth <= 16 ? 2 : 4;
+    told.dataType = place.integerOr(usualType, "dataType", 0, 5);
+    if (place.has("bitfields"))
+        readBitfields(place["bitfields"], reg);
     return reg;
-}
-
-void addRegister(JsonPlace const& place, RegisterMap::Register const& reg, RegisterMap& registers) {
-    vy_RegisterDescription const& told = reg.description;
-    QString const name = QString::fromLatin1(reg.name);
-    if (registers.find(reg.name.constData()))
-        place.fail(QStringLiteral("the register \"%1\" is there twice").arg(name));
-    if (registers.find(told.addressSpace, told.id, told.address))
-        place.fail(QStringLiteral("another register lies at the address of \"%1\"").arg(name));
-    registers.add(reg);
 }
 
 void addFamily(JsonPlace const& place, uint32_t addressWidth, RegisterMap& registers) {
     RegisterMap::Register reg = readCommonPart(place, addressWidth);
-    QString const name = place["name"].text();
+    vy_RegisterDescription& told = reg.description;
+    QString const pattern = place["name"].text();
     std::vector<Index> indices;
     uint64_t count = 1;
     if (place.has("indices"))
@@ -111,10 +98,15 @@ void addFamily(JsonPlace const& place, uint32_t addressWidth, RegisterMap& regis
     uint32_t const stride = indices.empty() ? 0 : place["stride"].integer(1, 0xFFFF);
     std::vector<uint32_t> const resets = readResets(place);
     for (uint32_t i = 0; i < count; ++i) {
-        reg.name = memberName(name, indices, int(i)).toLatin1();
+        QString const name = memberName(pattern, indices, int(i));
+        reg.name = name.toLatin1();
         reg.value = resets[std::min<size_t>(i, resets.size() - 1)];
-        addRegister(place, reg, registers);
-        reg.description.address += stride;
+        if (registers.find(reg.name.constData()))
+            place.fail(QStringLiteral("the register \"%1\" is there twice").arg(name));
+        if (registers.find(told.addressSpace, told.id, told.address))
+            place.fail(QStringLiteral("another register lies at the address of \"%1\"").arg(name));
+        registers.add(reg);
+        told.address += stride;
     }
 }
 } // namespace

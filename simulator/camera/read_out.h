@@ -25,14 +25,12 @@ struct Exposing {
     uint64_t noiseStream = 0;
 };
 
-/// Exposes, reads out and delivers. The order is a real sensor's: photons arrive in a Poisson manner (its
-/// normal approximation), the amplifier adds its noise and the pedestal, the 12-bit converter clips and
-/// quantises; only then the correction multiplies what lies above the pedestal, noise and all, clips and
-/// quantises again. Raw frames are packed as little-endian 16-bit words or, rounded to the upper 8 bits, as
-/// bytes. A system-on-chip's colour pipeline stands as for a calibration: YCbCr 4:2:2 (Y Cb Y Cr) with the
-/// ITU-R BT.601 matrix and a linear tone, no gains and no matrix of its own; luma runs from the profile's
-/// `lumaLow` to `lumaHigh`, chroma over `chromaSpan` around 128. The rows at the top that the sensor does not
-/// expose hold whatever lies in its line buffers.
+/// Exposes, reads out and delivers, in a real sensor's order: photon noise (Poisson's normal approximation),
+/// the amplifier's noise and the pedestal, the 12-bit converter's clipping and quantisation; only then the
+/// correction multiplies what lies above the pedestal, noise and all, clips and quantises again. Raw frames
+/// are little-endian 16-bit words or, rounded to the upper 8 bits, bytes; a system-on-chip delivers YCbCr
+/// 4:2:2 (Y Cb Y Cr) by the ITU-R BT.601 matrix with a linear tone, no gains and no matrix of its own. The
+/// rows at the top that the sensor does not expose hold whatever lies in its line buffers.
 [[nodiscard]] Frame exposeFrame(Exposing const& exposing);
 
 /// The ratio of red to blue above the pedestal in the middle of an exposure, before any correction: what the

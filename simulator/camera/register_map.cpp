@@ -47,18 +47,14 @@ RegisterMap::Register* RegisterMap::find(uint32_t addressSpace, uint32_t id, uin
 }
 
 vy_BitfieldDescription const* RegisterMap::findBitfield(Register const& reg, char const* name) {
-    for (Bitfield const& bitfield : reg.bitfields)
-        if (bitfield.name == name)
-            return &bitfield.description;
-    return nullptr;
+    auto const found = reg.bitfields.constFind(name);
+    return found == reg.bitfields.constEnd() ? nullptr : &*found;
 }
 
 uint32_t RegisterMap::read(Register& reg, uint32_t mask) {
-    if (!reg.isCached || reg.isVolatile) {
+    if (!reg.cached || reg.isVolatile)
         reg.cached = reg.value;
-        reg.isCached = true;
-    }
-    return (reg.cached & mask) >> shiftOf(mask);
+    return (*reg.cached & mask) >> shiftOf(mask);
 }
 
 void RegisterMap::write(Register& reg, uint32_t value, uint32_t mask) {
@@ -66,12 +62,11 @@ void RegisterMap::write(Register& reg, uint32_t value, uint32_t mask) {
     uint32_t const others = mask == 0xFFFFFFFF ? 0 : read(reg) & ~mask;
     reg.value = (others | ((value << shiftOf(mask)) & mask)) & widthMask(reg.description);
     reg.cached = reg.value;
-    reg.isCached = true;
     ++m_writes;
 }
 
 void RegisterMap::dropCache() {
     for (Register& reg : m_registers)
-        reg.isCached = false;
+        reg.cached.reset();
 }
 } // namespace simulator

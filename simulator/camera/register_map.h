@@ -4,9 +4,10 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QMap>
 #include <cstdint>
 #include <deque>
-#include <vector>
+#include <optional>
 
 namespace simulator {
 /// What the transfer functions of the library answer.
@@ -20,20 +21,13 @@ enum TransferStatus : int { kDone, kNoSuchRegister, kNoSuchBitfield, kBadArgumen
 /// seen of them. Writes go through the cache to the sensor; reads stop at the cache until it is dropped.
 class RegisterMap {
 public:
-    /// Named bits of a register; the description points into the name.
-    struct Bitfield {
-        QByteArray name;
-        vy_BitfieldDescription description{};
-    };
-
     struct Register {
         QByteArray name;
         vy_RegisterDescription description{}; ///< name and access size are the map's to fill in
-        std::vector<Bitfield> bitfields{};
-        uint32_t value = 0;  ///< what the sensor holds; at first, after reset
-        uint32_t cached = 0; ///< what the library last saw
-        bool isCached = false;
-        bool isVolatile = false; ///< the sensor changes it by itself: never answered from the cache
+        QMap<QByteArray, vy_BitfieldDescription> bitfields{}; ///< each points into its name
+        uint32_t value = 0;               ///< what the sensor holds; at first, after reset
+        std::optional<uint32_t> cached{}; ///< what the library last saw
+        bool isVolatile = false;          ///< the sensor changes it by itself: never answered from the cache
     };
 
     RegisterMap() = default;

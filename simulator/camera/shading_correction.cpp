@@ -56,7 +56,6 @@ GainPolynomial::GainPolynomial(Profile& profile, SensorLayout::Bank const& bank)
 // and half-heights of the array.
 Field const& GainPolynomial::gains() {
     std::vector<uint32_t> values;
-    values.reserve(m_registers.size());
     for (RegisterMap::Register const* reg : m_registers)
         values.push_back(reg->value);
     if (values == m_values)

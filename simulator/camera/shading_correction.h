@@ -24,8 +24,7 @@ private:
 
 /// The sensor's own shading correction. What it does follows from the registers and the light that the sensor
 /// sees: the base's gain, times that of the tables for illuminants, mixed for the light. Its colour
-/// temperature is estimated from the sensor's own exposures, and a register shows it; what the lamp is set to
-/// is not known here.
+/// temperature is estimated from the sensor's own exposures, never known, and a register shows it.
 class ShadingCorrection {
 public:
     /// The profile outlives this object.

@@ -6,7 +6,6 @@
 #include "simulator/files/whole_file.h"
 
 #include <QFileInfo>
-#include <QStringList>
 #include <algorithm>
 #include <optional>
 #include <utility>
@@ -15,7 +14,6 @@ namespace simulator {
 struct SimulatedCamera::Implementation {
     explicit Implementation(Profile sensor) : profile(std::move(sensor)) {}
 
-    [[nodiscard]] Exposing exposing();
     /// Null, with a message in `error`, without an EEPROM.
     [[nodiscard]] EepromDevice* eeprom(QString* error);
 
@@ -30,21 +28,6 @@ struct SimulatedCamera::Implementation {
     uint64_t frameNumber = 0;
     Field field; ///< the light on the array; empty: to be computed
 };
-
-Exposing SimulatedCamera::Implementation::exposing() {
-    if (field.empty())
-        field = lightField(profile.array,
-                           measuredShading
-                               ? measuredLens(*measuredShading, profile.array, light.colourTemperature)
-                               : analyticLens(profile.optics, profile.array, light.colourTemperature),
-                           profile.optics.filters, light);
-    double const exposure = double(profile.exposure->value) / exposureAtReset;
-    double const fullScale = kConverterWhite - profile.readOut.pedestal;
-    return {.array = profile.array,
-            .readOut = profile.readOut,
-            .light = field,
-            .countsPerLight = profile.signalAtReset * fullScale * exposure * std::max(0.0, light.level)};
-}
 
 EepromDevice* SimulatedCamera::Implementation::eeprom(QString* error) {
     if (profile.eeprom.wiring != EepromWiring::None)
@@ -119,10 +102,24 @@ bool SimulatedCamera::useMeasuredShading(QString const& file, QString* error) {
 
 Frame SimulatedCamera::grab() {
     Implementation& camera = *m_implementation;
+    Profile const& profile = camera.profile;
+    double const kelvin = camera.light.colourTemperature;
+    if (camera.field.empty())
+        camera.field =
+            lightField(profile.array,
+                       camera.measuredShading ? measuredLens(*camera.measuredShading, profile.array, kelvin)
+                                              : analyticLens(profile.optics, profile.array, kelvin),
+                       profile.optics.filters, camera.light);
     ++camera.frameNumber;
-    camera.profile.frameCounter->value = uint32_t(camera.frameNumber & 0xFFFF);
-    Exposing exposing = camera.exposing();
-    exposing.noiseStream = mixed(camera.seed) + (camera.frameNumber << 32);
+    profile.frameCounter->value = uint32_t(camera.frameNumber & 0xFFFF);
+    double const exposure = double(profile.exposure->value) / camera.exposureAtReset;
+    double const fullScale = kConverterWhite - profile.readOut.pedestal;
+    double const level = std::max(0.0, camera.light.level);
+    Exposing exposing{.array = profile.array,
+                      .readOut = profile.readOut,
+                      .light = camera.field,
+                      .countsPerLight = profile.signalAtReset * fullScale * exposure * level,
+                      .noiseStream = mixed(camera.seed) + (camera.frameNumber << 32)};
     // The light is looked at whether the correction is on or off, so that switching does not change it.
     if (camera.correction.dependsOnLight())
         camera.correction.look(centreRedToBlue(exposing));

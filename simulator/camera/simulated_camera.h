@@ -10,12 +10,10 @@
 #include <memory>
 #include <vector>
 
-#if defined(_WIN32) && defined(SIMULATED_CAMERA_BUILD)
-#define SIMULATED_CAMERA_API __declspec(dllexport)
-#elif defined(_WIN32)
-#define SIMULATED_CAMERA_API __declspec(dllimport)
+#ifdef SIMULATED_CAMERA_BUILD
+#define SIMULATED_CAMERA_API Q_DECL_EXPORT
 #else
-#define SIMULATED_CAMERA_API __attribute__((visibility("default")))
+#define SIMULATED_CAMERA_API Q_DECL_IMPORT
 #endif
 
 namespace simulator {
@@ -130,16 +128,14 @@ public:
     /// The records of its chain, from the first one to the end or the first one that is broken, whose fault
     /// is told; none on a device that is not formatted.
     [[nodiscard]] std::vector<StoredRecord> eepromRecords() const;
-    /// What a camera does at start-up: writes the register settings of the stored record of shading registers
-    /// (the first one of that name, for a null name of all) into its registers. The EEPROM is read past the
-    /// bus, without faults and time. All is decoded and every register found before the first one is written,
-    /// so that nothing changes on failure; `error` then tells the place and the cause.
+    /// What a camera does at start-up: writes the settings of the stored record of shading registers (the
+    /// first one of that name, for a null name of all) into its registers. The EEPROM is read past the bus,
+    /// without faults and time. On failure nothing changes, and `error` tells the place and the cause.
     [[nodiscard]] bool replayEeprom(QString const& recordName, QString* error);
 
-    /// The EEPROM's write cycle and the bridge's transfers take time: real time, until it is made virtual.
-    /// With virtual time, whoever replaces the sleeps of the camera's users passes the slept time on here,
-    /// and nobody waits; a user that sleeps by itself must be left with real time. Time may also be advanced
-    /// without virtual time, in addition to what really passes.
+    /// The EEPROM's write cycle and the bridge's transfers take real time until it is made virtual: then
+    /// whoever replaces the sleeps of the camera's users passes the slept time on here, and nobody waits.
+    /// Time that is advanced before adds to what really passes.
     void useVirtualTime();
     void advanceTime(int milliseconds);
 

@@ -137,35 +137,34 @@ int withDescribed(vy_Camera* camera, vy_RegisterDescription const& told, OfRegis
 LIBRARY_FUNCTION void vy_ObserveCalls(CallObserver const* observer) { libraryWatch.observer = observer; }
 
 LIBRARY_FUNCTION int vy_ExistsRegister(vy_Camera* camera, char const* reg) {
-    return observed(Call("vy_ExistsRegister", camera, reg), [&] { return findByName(camera, reg) ? 1 : 0; });
+    return observed(Call(__func__, camera, reg), [&] { return findByName(camera, reg) ? 1 : 0; });
 }
 
 LIBRARY_FUNCTION int vy_ExistsBitfield(vy_Camera* camera, char const* reg, char const* bitfield) {
-    return observed(Call("vy_ExistsBitfield", camera, reg, bitfield),
+    return observed(Call(__func__, camera, reg, bitfield),
                     [&] { return findBitfield(camera, reg, bitfield) ? 1 : 0; });
 }
 
 LIBRARY_FUNCTION vy_RegisterDescription const* vy_FindRegister(vy_Camera* camera, char const* reg) {
     return observed(
-        Call("vy_FindRegister", camera, reg), [&] { return descriptionOf(findByName(camera, reg)); },
-        foundText);
+        Call(__func__, camera, reg), [&] { return descriptionOf(findByName(camera, reg)); }, foundText);
 }
 
 LIBRARY_FUNCTION vy_BitfieldDescription const* vy_FindBitfield(vy_Camera* camera, char const* reg,
                                                                char const* bitfield) {
     return observed(
-        Call("vy_FindBitfield", camera, reg, bitfield), [&] { return findBitfield(camera, reg, bitfield); },
+        Call(__func__, camera, reg, bitfield), [&] { return findBitfield(camera, reg, bitfield); },
         foundText);
 }
 
 LIBRARY_FUNCTION vy_RegisterDescription const* vy_FindRegisterAddr(vy_Camera* camera, uint32_t address,
                                                                    uint32_t addressSpace, uint32_t selector) {
-    return observed(Call("vy_FindRegisterAddr", camera, address, addressSpace, selector),
+    return observed(Call(__func__, camera, address, addressSpace, selector),
                     [&] { return descriptionOf(findByAddress(camera, addressSpace, selector, address)); });
 }
 
 LIBRARY_FUNCTION uint32_t vy_dataSize(uint32_t dataType) {
-    return observed(Call("vy_dataSize", dataType), [&] { return dataTypeSize(dataType); });
+    return observed(Call(__func__, dataType), [&] { return dataTypeSize(dataType); });
 }
 
 LIBRARY_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, char const* bitfield,
@@ -175,7 +174,7 @@ LIBRARY_FUNCTION int vy_ReadSensorRegStr(vy_Camera* camera, char const* reg, cha
         return int(kDone);
     };
     return observed(
-        Call("vy_ReadSensorRegStr", camera, reg, bitfield),
+        Call(__func__, camera, reg, bitfield),
         [&] { return value ? withBits(camera, reg, bitfield, read) : kBadArgument; },
         statusAnd([=] { return *value; }));
 }
@@ -185,7 +184,7 @@ LIBRARY_FUNCTION int vy_WriteSensorRegStr(vy_Camera* camera, char const* reg, ch
     auto const write = [&](RegisterMap::Register& found, uint32_t mask) {
         return camera->write(found, value, mask);
     };
-    return observed(Call("vy_WriteSensorRegStr", camera, reg, bitfield, value),
+    return observed(Call(__func__, camera, reg, bitfield, value),
                     [&] { return withBits(camera, reg, bitfield, write); });
 }
 
@@ -196,7 +195,7 @@ LIBRARY_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription 
     };
     auto const readDevice = [&] { return camera->bus.readDescribed(*reg, *value); };
     return observed(
-        Call("vy_ReadSensorReg", camera, reg),
+        Call(__func__, camera, reg),
         [&] { return reg && value ? withDescribed(camera, *reg, read, readDevice) : kBadArgument; },
         statusAnd([=] { return *value; }));
 }
@@ -204,69 +203,68 @@ LIBRARY_FUNCTION int vy_ReadSensorReg(vy_Camera* camera, vy_RegisterDescription 
 LIBRARY_FUNCTION int vy_WriteSensorReg(vy_Camera* camera, vy_RegisterDescription const* reg, uint32_t value) {
     auto const write = [&](RegisterMap::Register& found) { return camera->write(found, value); };
     auto const writeDevice = [&] { return camera->bus.writeDescribed(*reg, value); };
-    return observed(Call("vy_WriteSensorReg", camera, reg, value),
+    return observed(Call(__func__, camera, reg, value),
                     [&] { return reg ? withDescribed(camera, *reg, write, writeDevice) : kBadArgument; });
 }
 
 LIBRARY_FUNCTION int vy_readRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
                                       uint32_t* words) {
+    Words const transfer{words, count};
     return observed(
-        Call("vy_readRegisters", camera, busAddress, start, count),
+        Call(__func__, camera, busAddress, start, count),
         [&] {
             return vy_Camera::isOpen(camera) && words ? camera->bus.readRaw(busAddress, start, {words, count})
                                                       : kBadArgument;
         },
-        statusAnd([=] {
-            return Words{words, count};
-        }));
+        statusAnd([=] { return transfer; }));
 }
 
 LIBRARY_FUNCTION int vy_writeRegisters(vy_Camera* camera, uint32_t busAddress, uint32_t start, uint32_t count,
                                        uint32_t const* words) {
-    return observed(Call("vy_writeRegisters", camera, busAddress, start, Words{words, count}), [&] {
+    return observed(Call(__func__, camera, busAddress, start, Words{words, count}), [&] {
         return vy_Camera::isOpen(camera) && words ? camera->bus.writeRaw(busAddress, start, {words, count})
                                                   : kBadArgument;
     });
 }
 
 LIBRARY_FUNCTION int vy_setMode(vy_Camera* camera, uint32_t mode, uint32_t value) {
-    return observed(Call("vy_setMode", camera, mode, value), [&] {
+    return observed(Call(__func__, camera, mode, value), [&] {
         return vy_Camera::isOpen(camera) ? camera->bus.setMode(mode, value) : kBadArgument;
     });
 }
 
 LIBRARY_FUNCTION void vy_InvalidateRegCache(vy_Camera* camera) {
-    observed(Call("vy_InvalidateRegCache", camera), [&] {
+    observed(Call(__func__, camera), [&] {
         if (vy_Camera::isOpen(camera))
             camera->profile.registers.dropCache();
     });
 }
 
 LIBRARY_FUNCTION int vy_IsSOC(vy_Camera* camera) {
-    return observed(Call("vy_IsSOC", camera), [&] {
+    return observed(Call(__func__, camera), [&] {
         return vy_Camera::isOpen(camera) && camera->profile.description.systemOnChip ? 1 : 0;
     });
 }
 
 LIBRARY_FUNCTION char const* vy_Home(void) {
-    return observed(Call("vy_Home"), []() -> char const* {
+    return observed(Call(__func__), []() -> char const* {
         static QByteArray const home = QFile::encodeName(files::libraryFolder());
         return home.constData();
     });
 }
 
 LIBRARY_FUNCTION int vy_stopTransport(vy_Camera* camera) {
-    return observed(Call("vy_stopTransport", camera),
+    return observed(Call(__func__, camera),
                     [&] { return int(vy_Camera::isOpen(camera) ? kDone : kBadArgument); });
 }
 
 // A camera lives as long as the host's object; a borrower of the handle cannot end it.
 LIBRARY_FUNCTION void vy_CloseCameras(void) {
-    observed(Call("vy_CloseCameras"), [] {});
+    observed(Call(__func__), [] {});
 }
 
 LIBRARY_FUNCTION vy_SensorDescription const* vy_SensorInfo(vy_Camera* camera) {
-    return observed(Call("vy_SensorInfo", camera), [&] {
+    return observed(Call(__func__, camera), [&] {
         return vy_Camera::isOpen(camera) ? &std::as_const(camera->profile.sensor) : nullptr;
     });
 }

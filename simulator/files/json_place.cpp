@@ -8,7 +8,6 @@
 #include <QStringList>
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace files {
 namespace {

@@ -15,8 +15,7 @@ namespace files {
 /// A value of a JSON document that knows its place, so that every fault names where it lies, as in
 /// `p.json: optics.lens.centre[1]: 4 lies outside -0.5 to 0.5`. Reading a value of the wrong kind tells the
 /// fault in `error` and gives a harmless default: a reader reads on and asks once at the end. Later faults
-/// are mostly consequences of the first and are dropped. Borrows `error`, which is empty before the first
-/// value is read.
+/// are mostly consequences of the first and are dropped. Borrows `error`, which is empty at first.
 class JsonPlace {
 public:
     /// The outermost value of a file, whose name without folders the messages show.

@@ -12,7 +12,6 @@ constexpr uint32_t kSmallestSide = 48;     // pixels; below, there are fewer blo
 constexpr uint32_t kLargestSide = 1 << 16; // pixels; the origin is a 16-bit register
 constexpr uint32_t kLargestStride = 0xFFFF;
 constexpr uint32_t kLargestAddress = 0xFFFFFFFF - kCoefficientCount * kLargestStride;
-constexpr char const* kPlaneKeys[kPlaneCount] = {"greenRed", "red", "blue", "greenBlue"};
 
 RegisterPlace readRegister(JsonPlace const& place) {
     return {place["id"].integer(0, 0xFFFF), place["address"].integer(0, kLargestAddress)};

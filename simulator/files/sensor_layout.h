@@ -14,6 +14,9 @@ namespace simulator {
 enum Plane : uint32_t { GreenRed, Red, Blue, GreenBlue };
 inline constexpr size_t kPlaneCount = 4;
 
+/// The planes in layouts and profiles.
+inline constexpr std::array<char const*, kPlaneCount> kPlaneKeys = {"greenRed", "red", "blue", "greenBlue"};
+
 /// One value for each plane.
 template <typename T>
 using PerPlane = std::array<T, kPlaneCount>;
