@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <utility>
 
 namespace solver {
 namespace {
@@ -50,11 +49,11 @@ std::vector<Section> sections(int side, int count, bool isReversed, int first, i
     return result;
 }
 
-/// Columns and rows of nearly square blocks.
-std::pair<int, int> blockCounts(SensorLayout const& layout) {
+/// Means on nearly square blocks, still without planes.
+BlockMeans blocksOf(SensorLayout const& layout) {
     auto const width = int(layout.width), height = int(layout.height);
     int const columns = std::min(width / kSmallestBlock, kMostBlocks);
-    return {columns, std::clamp(height / (width / columns), 6, kMostBlocks)};
+    return {columns, std::clamp(height / (width / columns), 6, kMostBlocks), {}};
 }
 
 /// Mean of the samples that lie within the noise around their median: hot and dead pixels and specks of dust
@@ -90,12 +89,12 @@ std::vector<int> collect(Frame const& frame, size_t byteOffset, Section const& c
 
 ComponentMeans readComponent(Frame const& frame, Component const& component) {
     auto const width = int(frame.layout.width), height = int(frame.layout.height);
-    auto const [columnCount, rowCount] = blockCounts(frame.layout);
-    auto const columns = sections(width, columnCount, (frame.orientation & 1) != 0, component.firstColumn,
+    BlockMeans const blocks = blocksOf(frame.layout);
+    auto const columns = sections(width, blocks.columns, (frame.orientation & 1) != 0, component.firstColumn,
                                   component.columnStep);
     auto const rows =
-        sections(height, rowCount, (frame.orientation & 2) != 0, component.firstRow, component.rowStep);
-    Eigen::ArrayXd const none(columnCount * rowCount);
+        sections(height, blocks.rows, (frame.orientation & 2) != 0, component.firstRow, component.rowStep);
+    Eigen::ArrayXd const none(blocks.columns * blocks.rows);
     ComponentMeans means{none, none, none, none, none};
     double allSamples = 0;
     double allClipped = 0;
@@ -119,11 +118,6 @@ ComponentMeans readComponent(Frame const& frame, Component const& component) {
     means.clippedShare = allClipped / allSamples;
     return means;
 }
-
-BlockMeans asMeans(SensorLayout const& layout, PerPlane<ComponentMeans> planes) {
-    auto const [columns, rows] = blockCounts(layout);
-    return {columns, rows, std::move(planes)};
-}
 } // namespace
 
 BlockMeans readRaw(void const* bytes, SensorLayout const& layout, uint32_t bayerPhase, uint32_t orientation) {
@@ -137,13 +131,13 @@ BlockMeans readRaw(void const* bytes, SensorLayout const& layout, uint32_t bayer
     bool const isRgb = layout.input == SensorLayout::Input::Rgb32;
     Frame const frame{static_cast<unsigned char const*>(bytes), layout, orientation,
                       isRgb ? 4 : layout.sampleBytes, layout.whiteLevel};
-    PerPlane<ComponentMeans> planes;
+    BlockMeans means = blocksOf(layout);
     for (size_t plane = 0; plane < kPlaneCount; ++plane) {
-        planes[plane] = readComponent(frame, (isRgb ? kRgb32 : bayer)[plane]);
-        Eigen::ArrayXd& mean = planes[plane].mean;
+        means.planes[plane] = readComponent(frame, (isRgb ? kRgb32 : bayer)[plane]);
+        Eigen::ArrayXd& mean = means.planes[plane].mean;
         mean = (mean - layout.blackLevel) / (layout.whiteLevel - layout.blackLevel);
     }
-    return asMeans(layout, std::move(planes));
+    return means;
 }
 
 BlockMeans readYcbcr(void const* bytes, SensorLayout const& layout, sf_YcbcrInput const& input) {
@@ -158,13 +152,13 @@ BlockMeans readYcbcr(void const* bytes, SensorLayout const& layout, sf_YcbcrInpu
     Eigen::ArrayXd const blue = chroma(0);
     Eigen::ArrayXd const red = chroma(1);
     luma.mean = (luma.mean - double(input.lumaLow)) / (double(input.lumaHigh) - input.lumaLow);
-    PerPlane<ComponentMeans> planes;
-    planes.fill(luma);
+    BlockMeans means = blocksOf(layout);
+    means.planes.fill(luma);
     // ITU-R BT.601: the luma weights 0.299, 0.587, 0.114 and chroma scaled to a span of 1.
-    planes[Plane::Red].mean += 1.402 * red;
-    planes[Plane::Blue].mean += 1.772 * blue;
+    means.planes[Plane::Red].mean += 1.402 * red;
+    means.planes[Plane::Blue].mean += 1.772 * blue;
     for (Plane const green : {Plane::GreenRed, Plane::GreenBlue})
-        planes[green].mean -= 0.344136 * blue + 0.714136 * red;
-    return asMeans(layout, std::move(planes));
+        means.planes[green].mean -= 0.344136 * blue + 0.714136 * red;
+    return means;
 }
 } // namespace solver

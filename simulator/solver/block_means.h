@@ -4,6 +4,7 @@
 #include "simulator/files/sensor_layout.h"
 
 #include <Eigen/Core>
+#include <QString>
 #include <algorithm>
 #include <vector>
 
@@ -49,6 +50,17 @@ using BlockMask = Eigen::Array<bool, Eigen::Dynamic, 1>;
 /// converted by the equations of ITU-R BT.601 with the record's luma range and chroma span.
 [[nodiscard]] BlockMeans readYcbcr(void const* frame, SensorLayout const& layout, sf_YcbcrInput const& input);
 
+/// What an input image is worth.
+struct Inspection {
+    QString fault;     ///< why it is refused, with figures; empty when it is not
+    BlockMask refused; ///< what it is refused for; empty where that is the whole picture
+    BlockMask trusted; ///< false where dust or a speck spoils a block; of an image that is not refused
+};
+
+/// Tells an evenly lit field from one that is too dark, clipped, holds an object or is lit from one side. A
+/// lens whose centre is offset by up to 0.1 of the array's half-width passes. From one picture a lamp's
+/// gradient cannot be told from such an offset, so only what goes beyond it is refused.
+[[nodiscard]] Inspection inspect(BlockMeans const& means, SensorLayout const& layout);
 /// The upper median of one value at least, which are reordered.
 template <typename Value>
 [[nodiscard]] Value median(std::vector<Value>& values) {

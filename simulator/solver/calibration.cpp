@@ -1,7 +1,5 @@
 #include "simulator/solver/calibration.h"
 
-#include "simulator/solver/flatness.h"
-
 #include <QStringList>
 #include <QtDebug>
 #include <bit>
@@ -9,6 +7,7 @@
 
 namespace solver {
 namespace {
+using simulator::kBaseSlot;
 using Registers = std::vector<sf_RegEntry>;
 
 uint32_t clampedFalloff(uint32_t percent) { return std::clamp(percent, 50u, 125u); }
@@ -62,8 +61,7 @@ void logCause(QString const& cause) { qWarning("shadefit: %s", qPrintable(cause)
 
 void Calibration::drop() {
     m_falloffPercent = 100;
-    m_base.reset();
-    m_tables.clear();
+    m_banks.clear();
 }
 
 Outcome Calibration::fail(QString const& cause) {
@@ -143,10 +141,10 @@ Outcome Calibration::findBase(sf_SolutionParams const& params) {
     drop();
     if (Outcome const outcome = imageOutcome(); outcome != Outcome::Solved)
         return outcome;
-    if (m_layout.bank(simulator::kBaseSlot) == nullptr)
+    if (m_layout.bank(kBaseSlot) == nullptr)
         return fail(QStringLiteral("the sensor has no base correction"));
     m_falloffPercent = clampedFalloff(params.falloffPercent);
-    m_base = fit(*m_means, params.falloffPercent, params.radius);
+    m_banks[kBaseSlot].coefficients = fit(*m_means, params.falloffPercent, params.radius);
     return Outcome::Solved;
 }
 
@@ -155,16 +153,17 @@ Outcome Calibration::findTable(sf_ApgaParams const& params) {
         return Outcome::Solved;
     if (Outcome const outcome = imageOutcome(); outcome != Outcome::Solved)
         return outcome;
-    if (!m_base)
+    auto const base = m_banks.find(kBaseSlot);
+    if (base == m_banks.end())
         return fail(
             QStringLiteral("there is no base solution for the table of slot %1").arg(params.illuminantSlot));
-    return addTable(corrected(*m_means, *m_base), params);
+    return addTable(corrected(*m_means, base->second.coefficients), params);
 }
 
 Outcome Calibration::findFullTable(sf_ApgaParams const& params) {
     if (Outcome const outcome = imageOutcome(); outcome != Outcome::Solved)
         return outcome;
-    if (m_base)
+    if (m_banks.count(kBaseSlot) != 0)
         drop();
     m_falloffPercent = clampedFalloff(params.falloffPercent);
     return addTable(*m_means, params);
@@ -172,52 +171,46 @@ Outcome Calibration::findFullTable(sf_ApgaParams const& params) {
 
 Outcome Calibration::addTable(BlockMeans const& means, sf_ApgaParams const& params) {
     uint32_t const slot = params.illuminantSlot;
-    if (slot == simulator::kBaseSlot || m_layout.bank(slot) == nullptr)
+    if (slot == kBaseSlot || m_layout.bank(slot) == nullptr)
         return fail(QStringLiteral("the sensor has no table for illuminant slot %1").arg(slot));
-    m_tables[slot] = {params.colourTemperature, fit(means, params.falloffPercent, params.radius)};
+    m_banks[slot] = {params.colourTemperature, fit(means, params.falloffPercent, params.radius)};
     return Outcome::Solved;
 }
 
-Registers Calibration::baseRegisters() const {
+Registers Calibration::registersOf(uint32_t slot, Bank const& bank) const {
     Registers list;
-    append(list, m_layout.origin, m_layout);
-    if (m_base)
-        append(list, *m_layout.bank(simulator::kBaseSlot), *m_base);
-    return list;
-}
-
-Registers Calibration::tableRegisters(uint32_t slot, Table const& table) const {
-    Registers list;
-    SensorLayout::Bank const& bank = *m_layout.bank(slot);
-    if (bank.origin)
-        append(list, *bank.origin, m_layout);
-    append(list, bank, table.coefficients);
-    if (bank.colourTemperature)
-        append(list, *bank.colourTemperature, table.colourTemperature);
+    SensorLayout::Bank const& place = *m_layout.bank(slot);
+    if (place.origin)
+        append(list, *place.origin, m_layout);
+    append(list, place, bank.coefficients);
+    if (place.colourTemperature)
+        append(list, *place.colourTemperature, bank.colourTemperature);
     return list;
 }
 
 Registers Calibration::registers() const {
-    Registers list = baseRegisters();
-    for (auto const& [slot, table] : m_tables) {
-        Registers const ofTable = tableRegisters(slot, table);
-        list.insert(list.end(), ofTable.begin(), ofTable.end());
-    }
+    Registers list;
+    append(list, m_layout.origin, m_layout);
+    for (auto const& [slot, bank] : m_banks)
+        for (sf_RegEntry const& entry : registersOf(slot, bank))
+            list.push_back(entry);
     return list;
 }
 
-QByteArray Calibration::presetText(PresetFormat format) const {
+QByteArray Calibration::presetText(bool tellsTablesApart) const {
     QString text = QStringLiteral("[Lens Correction]\n"
                                   "; sensor kind %1, variant %2\n"
                                   "; corners at %3 % of the centre\n")
                        .arg(m_layout.kind)
                        .arg(m_layout.variant)
                        .arg(m_falloffPercent);
-    text += lines(baseRegisters());
-    for (auto const& [slot, table] : m_tables) {
-        if (format == PresetFormat::Tables)
-            text += QStringLiteral("; illuminant slot %1, %2 K\n").arg(slot).arg(table.colourTemperature);
-        text += lines(tableRegisters(slot, table));
+    Registers origin;
+    append(origin, m_layout.origin, m_layout);
+    text += lines(origin);
+    for (auto const& [slot, bank] : m_banks) {
+        if (tellsTablesApart && slot != kBaseSlot)
+            text += QStringLiteral("; illuminant slot %1, %2 K\n").arg(slot).arg(bank.colourTemperature);
+        text += lines(registersOf(slot, bank));
     }
     return text.toLatin1();
 }

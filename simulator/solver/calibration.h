@@ -13,12 +13,6 @@ namespace solver {
 /// Results of the find operations, as the library's interface numbers them.
 enum class Outcome : int { Solved = 0, Failed = -1, WrongImageSize = -2 };
 
-/// How a preset file tells the tables apart.
-enum class PresetFormat : uint32_t {
-    Plain = 0,  ///< one run of lines
-    Tables = 2, ///< a comment line before each table
-};
-
 /// One sensor's calibration: the input image of the moment, reduced to block means, and the solution.
 ///
 /// Whatever fails leaves no solution behind, so that a caller that overlooks a failure finds an empty
@@ -41,13 +35,14 @@ public:
     /// Adds the table of a slot, which is the full correction; drops the base.
     [[nodiscard]] Outcome findFullTable(sf_ApgaParams const& params);
 
-    [[nodiscard]] bool hasSolution() const { return m_base || !m_tables.empty(); }
-    /// All registers in the order in which they are to be written: the origin, the base's coefficients when
-    /// there is one, then table by table its origin where it has its own, its coefficients, and its colour
-    /// temperature where the sensor asks for it.
+    [[nodiscard]] bool hasSolution() const { return !m_banks.empty(); }
+    /// All registers in the order in which they are to be written: the origin, then, the base first, bank by
+    /// bank its origin where it has its own, its coefficients, and its colour temperature where the sensor
+    /// asks for it.
     [[nodiscard]] std::vector<sf_RegEntry> registers() const;
-    /// The same as lines of the host's preset "Lens Correction": `REG = <id>, <address>, <value>`.
-    [[nodiscard]] QByteArray presetText(PresetFormat format) const;
+    /// The same as lines of the host's preset "Lens Correction", `REG = <id>, <address>, <value>`, and where
+    /// tables are told apart with a comment before each.
+    [[nodiscard]] QByteArray presetText(bool tellsTablesApart) const;
 
     /// Logs a cause and drops the solution.
     Outcome fail(QString const& cause);
@@ -55,9 +50,9 @@ public:
     bool refuse(QString const& cause);
 
 private:
-    /// The correction for one illuminant slot.
-    struct Table {
-        uint32_t colourTemperature = 0; ///< kelvin
+    /// The solution for one bank.
+    struct Bank {
+        uint32_t colourTemperature = 0; ///< kelvin; of a table
         BankCoefficients coefficients{};
     };
 
@@ -68,16 +63,14 @@ private:
     [[nodiscard]] BankCoefficients fit(BlockMeans const& means, uint32_t falloffPercent,
                                        uint32_t radius) const;
     [[nodiscard]] Outcome addTable(BlockMeans const& means, sf_ApgaParams const& params);
-    [[nodiscard]] std::vector<sf_RegEntry> baseRegisters() const;
-    [[nodiscard]] std::vector<sf_RegEntry> tableRegisters(uint32_t slot, Table const& table) const;
+    [[nodiscard]] std::vector<sf_RegEntry> registersOf(uint32_t slot, Bank const& bank) const;
 
     SensorLayout m_layout;
     QString m_misfit;                  ///< the sizes of a frame that does not fit, for the log
     std::optional<BlockMeans> m_means; ///< none: no usable image
     BlockMask m_trusted;
-    uint32_t m_falloffPercent = 100; ///< of the solution
-    std::optional<BankCoefficients> m_base;
-    std::map<uint32_t, Table> m_tables; ///< by slot
+    uint32_t m_falloffPercent = 100;  ///< of the solution
+    std::map<uint32_t, Bank> m_banks; ///< by slot, the base before the tables
 };
 
 /// Writes a line to the log in the library's name.

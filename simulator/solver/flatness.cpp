@@ -1,5 +1,4 @@
-#include "simulator/solver/flatness.h"
-
+#include "simulator/solver/block_means.h"
 #include "simulator/solver/tensor_polynomial.h"
 
 #include <Eigen/Cholesky>

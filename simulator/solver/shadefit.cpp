@@ -84,12 +84,10 @@ QByteArray createdText(sf_Handle* handle) {
     return callText(handle);
 }
 
-struct SensorData {
-    void const* block;
-};
+struct SensorData;
 
-QByteArray callText(SensorData const& data) {
-    return data.block ? QByteArrayLiteral("data") : QByteArrayLiteral("null");
+QByteArray callText(SensorData const* data) {
+    return data ? QByteArrayLiteral("data") : QByteArrayLiteral("null");
 }
 
 struct Frame {
@@ -172,15 +170,14 @@ LIBRARY_FUNCTION sf_Handle* sf_Create(uint32_t sensorKind, uint32_t variant, int
                      .arg(QString::number(sensorKind), QString::number(variant), error));
         return nullptr;
     };
-    return entry<sf_Handle*>(Call("sf_Create", sensorKind, variant, minusOne), nullptr, fromFile,
-                             createdText);
+    return entry<sf_Handle*>(Call(__func__, sensorKind, variant, minusOne), nullptr, fromFile, createdText);
 }
 
 LIBRARY_FUNCTION sf_Handle* sf_Create2(void const* sensorData, uint32_t sensorKind, uint32_t variant,
                                        uint32_t allBits) {
     // The block names its own kind and variant; the caller's do not count.
     return entry<sf_Handle*>(
-        Call("sf_Create2", SensorData{sensorData}, sensorKind, variant, allBits), nullptr,
+        Call(__func__, static_cast<SensorData const*>(sensorData), sensorKind, variant, allBits), nullptr,
         [&] { return newHandle(static_cast<char const*>(sensorData), QStringLiteral("sensor data")); },
         createdText);
 }
@@ -189,21 +186,20 @@ LIBRARY_FUNCTION int sf_SetInputImage2(sf_Handle* handle, void const* frame, uin
                                        uint32_t bits, uint32_t bayerPhase, uint32_t orientation,
                                        uint32_t zero, int32_t minusOne1, int32_t minusOne2) {
     Frame const told{frame, width, height};
-    return entryOf(
-        handle,
-        Call("sf_SetInputImage2", handle, told, bits, bayerPhase, orientation, zero, minusOne1, minusOne2), 0,
-        [&](sf_Handle& of) -> int {
-            if (told.isEmpty())
-                return of.calibration.refuse(QStringLiteral("the input image is empty"));
-            return of.calibration.setImage(frame, width, height, bayerPhase, orientation);
-        });
+    return entryOf(handle,
+                   Call(__func__, handle, told, bits, bayerPhase, orientation, zero, minusOne1, minusOne2), 0,
+                   [&](sf_Handle& of) -> int {
+                       if (told.isEmpty())
+                           return of.calibration.refuse(QStringLiteral("the input image is empty"));
+                       return of.calibration.setImage(frame, width, height, bayerPhase, orientation);
+                   });
 }
 
 LIBRARY_FUNCTION int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame, uint32_t width,
                                            uint32_t height, sf_YcbcrInput const* input, int32_t minusOne1,
                                            int32_t minusOne2) {
     Frame const told{frame, width, height};
-    return entryOf(handle, Call("sf_SetInputImageYcbcr", handle, told, input, minusOne1, minusOne2), 0,
+    return entryOf(handle, Call(__func__, handle, told, input, minusOne1, minusOne2), 0,
                    [&](sf_Handle& of) -> int {
                        if (told.isEmpty() || input == nullptr || input->size != sizeof(sf_YcbcrInput))
                            return of.calibration.refuse(
@@ -213,19 +209,19 @@ LIBRARY_FUNCTION int sf_SetInputImageYcbcr(sf_Handle* handle, void const* frame,
 }
 
 LIBRARY_FUNCTION int sf_FindSolution(sf_Handle* handle, sf_SolutionParams const* params) {
-    return find("sf_FindSolution", handle, params, &Calibration::findBase);
+    return find(__func__, handle, params, &Calibration::findBase);
 }
 
 LIBRARY_FUNCTION int sf_FindApga(sf_Handle* handle, sf_ApgaParams const* params) {
-    return find("sf_FindApga", handle, params, &Calibration::findTable);
+    return find(__func__, handle, params, &Calibration::findTable);
 }
 
 LIBRARY_FUNCTION int sf_FindAutoPga(sf_Handle* handle, sf_ApgaParams const* params) {
-    return find("sf_FindAutoPga", handle, params, &Calibration::findFullTable);
+    return find(__func__, handle, params, &Calibration::findFullTable);
 }
 
 LIBRARY_FUNCTION sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
-    return entryOf<sf_RegList const*>(handle, Call("sf_DumpRegList", handle), nullptr,
+    return entryOf<sf_RegList const*>(handle, Call(__func__, handle), nullptr,
                                       [](sf_Handle& of) -> sf_RegList const* {
                                           if (!holdsSolution(of, "list"))
                                               return nullptr;
@@ -237,29 +233,28 @@ LIBRARY_FUNCTION sf_RegList const* sf_DumpRegList(sf_Handle* handle) {
 
 LIBRARY_FUNCTION int sf_DumpRegFile(sf_Handle* handle, char const* path, uint32_t format, uint32_t zero1,
                                     uint32_t zero2) {
-    return entryOf(
-        handle, Call("sf_DumpRegFile", handle, path, format, zero1, zero2), -1, [&](sf_Handle& of) {
-            if (path == nullptr)
-                return -1;
-            auto const presetFormat = static_cast<solver::PresetFormat>(format);
-            if (presetFormat != solver::PresetFormat::Plain && presetFormat != solver::PresetFormat::Tables) {
-                logCause(QStringLiteral("unknown file format %1").arg(format));
-                return -1;
-            }
-            if (!holdsSolution(of, "write"))
-                return -1;
-            // Hosts build the path with either separator.
-            QString name = QString::fromLocal8Bit(path);
-            if (QDir::separator() != QLatin1Char('\\'))
-                name.replace(QLatin1Char('\\'), QLatin1Char('/'));
-            QString error;
-            if (files::replace(name, of.calibration.presetText(presetFormat), &error))
-                return 0;
-            logCause(error);
+    return entryOf(handle, Call(__func__, handle, path, format, zero1, zero2), -1, [&](sf_Handle& of) {
+        if (path == nullptr)
             return -1;
-        });
+        constexpr uint32_t kPlain = 0, kTablesApart = 2;
+        if (format != kPlain && format != kTablesApart) {
+            logCause(QStringLiteral("unknown file format %1").arg(format));
+            return -1;
+        }
+        if (!holdsSolution(of, "write"))
+            return -1;
+        // Hosts build the path with either separator.
+        QString name = QString::fromLocal8Bit(path);
+        if (QDir::separator() != QLatin1Char('\\'))
+            name.replace(QLatin1Char('\\'), QLatin1Char('/'));
+        QString error;
+        if (files::replace(name, of.calibration.presetText(format == kTablesApart), &error))
+            return 0;
+        logCause(error);
+        return -1;
+    });
 }
 
 LIBRARY_FUNCTION void sf_Destroy(sf_Handle* handle) {
-    observed(Call("sf_Destroy", handle), [&] { delete handle; });
+    observed(Call(__func__, handle), [&] { delete handle; });
 }
