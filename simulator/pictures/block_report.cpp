@@ -44,16 +44,13 @@ std::array<double, 2> colourAxes(Colour const& c) {
     return {500 * (x - y), 200 * (y - z)};
 }
 
-double medianOf(std::vector<double> values) {
-    auto const middle = values.begin() + std::ptrdiff_t(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 void rateLuminance(BlockReport& report) {
     std::vector<double> blocks;
     std::transform(report.means.begin(), report.means.end(), std::back_inserter(blocks), luminance);
-    double const median = medianOf(blocks);
+    std::vector<double> ordered = blocks;
+    auto const middle = ordered.begin() + std::ptrdiff_t(ordered.size() / 2);
+    std::nth_element(ordered.begin(), middle, ordered.end());
+    double const median = *middle;
     for (double const block : blocks) {
         double const ofMedian = median > 0 ? std::abs(block / median - 1) : 0;
         double const ofCentre = report.centreLuminance > 0 ? std::abs(block / report.centreLuminance - 1) : 0;
@@ -79,7 +76,7 @@ void rateColour(std::vector<QRect> const& rects, BlockReport& report) {
 } // namespace
 
 double luminance(Colour const& colour) {
-    return 0.2126 * colour[0] + 0.7152 * colour[1] + 0.0722 * colour[2];
+    return kLuminance[0] * colour[0] + kLuminance[1] * colour[1] + kLuminance[2] * colour[2];
 }
 
 BlockReport measureBlocks(simulator::Frame const& frame, simulator::CameraDescription const& camera,

@@ -10,7 +10,7 @@ namespace pictara {
 /// Red, green, blue.
 using Colour = std::array<double, 3>;
 
-/// Luminance of linear sRGB (IEC 61966-2-1).
+/// In linear sRGB.
 [[nodiscard]] double luminance(Colour const& colour);
 
 /// How even a picture is, from the means of its blocks in linear light. Errors are relative, as shares of 1.

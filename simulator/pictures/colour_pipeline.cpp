@@ -4,19 +4,13 @@
 #include <cmath>
 
 namespace pictara {
-namespace {
-// The display value, 0 to 1, of linear light.
-double shownValue(double light, ColourSettings const& settings) {
-    double const lifted = (light - settings.blackLift) / (1 - settings.blackLift);
-    double const shown = std::pow(std::max(lifted, 0.0), settings.displayExponent);
-    return std::clamp((shown - 0.5) * settings.contrast + 0.5, 0.0, 1.0);
-}
-
-} // namespace
-
 ToneCurve::ToneCurve(ColourSettings const& settings) {
-    for (int i = 0; i <= kSteps; ++i)
-        m_values[size_t(i)] = uint8_t(std::lround(shownValue(double(i) / kSteps, settings) * 255));
+    for (int i = 0; i <= kSteps; ++i) {
+        double const lifted = (double(i) / kSteps - settings.blackLift) / (1 - settings.blackLift);
+        double const shown = std::pow(std::max(lifted, 0.0), settings.displayExponent);
+        double const contrasted = std::clamp((shown - 0.5) * settings.contrast + 0.5, 0.0, 1.0);
+        m_values[size_t(i)] = uint8_t(std::lround(contrasted * 255));
+    }
 }
 
 uint8_t ToneCurve::operator()(float light) const {

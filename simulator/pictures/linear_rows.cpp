@@ -11,9 +11,6 @@ using simulator::Frame;
 using simulator::FrameType;
 using Matrix = std::array<float, 9>;
 
-// Luminance weights of linear sRGB (IEC 61966-2-1).
-constexpr double kLuminance[3] = {0.2126, 0.7152, 0.0722};
-
 uchar const* rowOf(Frame const& frame, int64_t y) {
     return reinterpret_cast<uchar const*>(frame.pixels.constData()) + y * int64_t(frame.pitch);
 }

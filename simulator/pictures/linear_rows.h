@@ -19,6 +19,9 @@ struct ColourSettings {
     bool operator==(ColourSettings const&) const = default;
 };
 
+/// The weights of red, green and blue in the luminance of linear sRGB (IEC 61966-2-1).
+inline constexpr double kLuminance[3] = {0.2126, 0.7152, 0.0722};
+
 /// One row of linear light, 0 at the black level and 1 at full scale.
 struct ColourRow {
     std::vector<float> red, green, blue;
