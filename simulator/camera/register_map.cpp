@@ -1,13 +1,10 @@
 #include "simulator/camera/register_map.h"
 
-#include <array>
 #include <bit>
 #include <utility>
 
 namespace simulator {
 namespace {
-constexpr std::array<uint32_t, 6> kDataTypeSizes = {1, 1, 2, 2, 4, 4};
-
 constexpr uint32_t kLargestHalf = 0xFFFF; // address-space kinds and ids share the upper word of a place
 
 quint64 placeOf(uint32_t addressSpace, uint32_t id, uint32_t address) {
@@ -17,13 +14,9 @@ quint64 placeOf(uint32_t addressSpace, uint32_t id, uint32_t address) {
 uint32_t widthMask(vy_RegisterDescription const& description) {
     return description.dataWidth >= 32 ? 0xFFFFFFFF : (1U << description.dataWidth) - 1;
 }
-
-uint32_t shiftOf(uint32_t mask) { return mask == 0 ? 0 : uint32_t(std::countr_zero(mask)); }
 } // namespace
 
-uint32_t dataTypeSize(uint32_t dataType) {
-    return dataType < kDataTypeSizes.size() ? kDataTypeSizes[dataType] : 0;
-}
+uint32_t dataTypeSize(uint32_t dataType) { return dataType < 6 ? 1U << dataType / 2 : 0; }
 
 void RegisterMap::add(Register reg) {
     vy_RegisterDescription& told = reg.description;
@@ -54,13 +47,13 @@ vy_BitfieldDescription const* RegisterMap::findBitfield(Register const& reg, cha
 uint32_t RegisterMap::read(Register& reg, uint32_t mask) {
     if (!reg.cached || reg.isVolatile)
         reg.cached = reg.value;
-    return (*reg.cached & mask) >> shiftOf(mask);
+    return (*reg.cached & mask) >> std::countr_zero(mask);
 }
 
 void RegisterMap::write(Register& reg, uint32_t value, uint32_t mask) {
     // The untouched bits come from the cache, as on a bus where a read costs as much as a write.
     uint32_t const others = mask == 0xFFFFFFFF ? 0 : read(reg) & ~mask;
-    reg.value = (others | ((value << shiftOf(mask)) & mask)) & widthMask(reg.description);
+    reg.value = (others | ((value << std::countr_zero(mask)) & mask)) & widthMask(reg.description);
     reg.cached = reg.value;
     ++m_writes;
 }

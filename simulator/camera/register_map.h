@@ -42,7 +42,7 @@ public:
     [[nodiscard]] Register* find(uint32_t addressSpace, uint32_t id, uint32_t address);
     [[nodiscard]] static vy_BitfieldDescription const* findBitfield(Register const& reg, char const* name);
 
-    /// The bits of `mask`, moved down to bit 0.
+    /// The bits of `mask`, which is not 0, moved down to bit 0.
     [[nodiscard]] static uint32_t read(Register& reg, uint32_t mask = 0xFFFFFFFF);
     /// Changes the bits of `mask` only.
     void write(Register& reg, uint32_t value, uint32_t mask = 0xFFFFFFFF);

@@ -16,14 +16,11 @@
 using namespace simulator;
 
 // Cameras are opened and used on one thread, the host's.
-static std::vector<vy_Camera*>& openCameras() {
-    static std::vector<vy_Camera*> cameras;
-    return cameras;
-}
+static std::vector<vy_Camera*> openCameras;
 
-vy_Camera::vy_Camera(Profile& sensor) : profile(sensor) { openCameras().push_back(this); }
+vy_Camera::vy_Camera(Profile& sensor) : profile(sensor) { openCameras.push_back(this); }
 
-vy_Camera::~vy_Camera() { std::erase(openCameras(), this); }
+vy_Camera::~vy_Camera() { std::erase(openCameras, this); }
 
 uint32_t vy_Camera::read(RegisterMap::Register& reg, uint32_t mask) {
     bridge.refresh();
@@ -37,8 +34,7 @@ int vy_Camera::write(RegisterMap::Register& reg, uint32_t value, uint32_t mask) 
 }
 
 bool vy_Camera::isOpen(vy_Camera const* camera) {
-    auto const& cameras = openCameras();
-    return std::find(cameras.begin(), cameras.end(), camera) != cameras.end();
+    return std::find(openCameras.begin(), openCameras.end(), camera) != openCameras.end();
 }
 
 // What an observer reads of arguments and results.
