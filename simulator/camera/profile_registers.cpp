@@ -59,8 +59,7 @@ std::vector<uint32_t> readResets(JsonPlace const& place) {
 }
 
 void readBitfields(JsonPlace const& place, RegisterMap::Register& reg) {
-    uint32_t const width = reg.description.dataWidth;
-    uint32_t const widest = width >= 32 ? 0xFFFFFFFF : (1U << width) - 1;
+    uint32_t const widest = 0xFFFFFFFF >> (32 - reg.description.dataWidth);
     for (QString const& key : place.object().keys()) {
         QByteArray const name = key.toLatin1();
         uint32_t const mask = place[key.toUtf8().constData()].integer(1, widest);

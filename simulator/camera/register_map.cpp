@@ -5,14 +5,8 @@
 
 namespace simulator {
 namespace {
-constexpr uint32_t kLargestHalf = 0xFFFF; // address-space kinds and ids share the upper word of a place
-
-quint64 placeOf(uint32_t addressSpace, uint32_t id, uint32_t address) {
-    return (quint64(addressSpace) << 48) | (quint64(id) << 32) | address;
-}
-
 uint32_t widthMask(vy_RegisterDescription const& description) {
-    return description.dataWidth >= 32 ? 0xFFFFFFFF : (1U << description.dataWidth) - 1;
+    return 0xFFFFFFFF >> (32 - description.dataWidth);
 }
 } // namespace
 
@@ -23,7 +17,7 @@ void RegisterMap::add(Register reg) {
     told.name = reg.name.constData();
     told.accessSize = dataTypeSize(told.dataType);
     reg.value &= widthMask(told);
-    quint64 const place = placeOf(told.addressSpace, told.id, told.address);
+    std::tuple const place(told.addressSpace, told.id, told.address);
     Register* const added = &m_registers.emplace_back(std::move(reg));
     m_byName.insert(added->name, added);
     m_byPlace.insert(place, added);
@@ -34,9 +28,7 @@ RegisterMap::Register* RegisterMap::find(char const* name) {
 }
 
 RegisterMap::Register* RegisterMap::find(uint32_t addressSpace, uint32_t id, uint32_t address) {
-    return addressSpace > kLargestHalf || id > kLargestHalf
-               ? nullptr
-               : m_byPlace.value(placeOf(addressSpace, id, address));
+    return m_byPlace.value({addressSpace, id, address});
 }
 
 vy_BitfieldDescription const* RegisterMap::findBitfield(Register const& reg, char const* name) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <tuple>
 
 namespace simulator {
 /// What the transfer functions of the library answer.
@@ -52,7 +53,7 @@ public:
 private:
     std::deque<Register> m_registers;
     QHash<QByteArray, Register*> m_byName;
-    QHash<quint64, Register*> m_byPlace;
+    QMap<std::tuple<uint32_t, uint32_t, uint32_t>, Register*> m_byPlace; ///< address space, id, address
     uint64_t m_writes = 0;
 };
 } // namespace simulator
