@@ -29,31 +29,35 @@ public:
         exitCode = ended ? process.exitCode() : -1;
         // Lines end as the system's do.
         messages = QString::fromLocal8Bit(process.readAllStandardError()).remove('\r');
-        auto const written = [this](char const* names) {
-            return contents(m_output.entryList({names}, QDir::Files).value(0, "none"));
-        };
-        summary = QString::fromUtf8(written("*summary.txt")).remove('\r');
-        json = QJsonDocument::fromJson(written("*summary.json")).object();
+        text = QString::fromLocal8Bit(process.readAllStandardOutput());
+        json = QJsonDocument::fromJson(
+                   contents(m_output.entryList({"*summary.json"}, QDir::Files).value(0, "none")))
+                   .object();
     }
 
-    /// What a line of the summary says.
-    [[nodiscard]] QString value(char const* name) const {
-        return ('\n' + summary).section(QString("\n%1: ").arg(name), 1, 1).section('\n', 0, 0);
+    /// What the summary has at a path of keys, apart by dots.
+    [[nodiscard]] QJsonValue at(char const* path) const {
+        QJsonValue value = json;
+        for (QString const& key : QString(path).split('.'))
+            value = value[key];
+        return value;
     }
-    /// The figure of a line of the summary, or one that no comparison likes.
-    [[nodiscard]] double figure(char const* name) const {
-        bool ok = false;
-        double const number = value(name).section(' ', 0, 0).toDouble(&ok);
-        return ok ? number : std::numeric_limits<double>::quiet_NaN();
+    [[nodiscard]] QString value(char const* path) const { return at(path).toString(); }
+    /// A figure, or one that no comparison likes.
+    [[nodiscard]] double figure(char const* path) const {
+        return at(path).toDouble(std::numeric_limits<double>::quiet_NaN());
     }
+    /// The dialog's, without the correction and with it.
+    [[nodiscard]] double before() const { return figure("uncorrected.dialog_colour_deviation_ab"); }
+    [[nodiscard]] double after() const { return figure("corrected.dialog_colour_deviation_ab"); }
     [[nodiscard]] QString file(QString const& name) const { return m_output.filePath(name); }
     /// What a file among the results, or one of that path, holds; empty when there is none.
     [[nodiscard]] QByteArray contents(QString const& name) const { return contentsOf(file(name)); }
 
     int exitCode; ///< -1 when it crashed or did not end
     QString messages;
-    QString summary;  ///< for people, whatever kind of run it was; empty when none was written
-    QJsonObject json; ///< the same for scripts
+    QString text;     ///< on the terminal
+    QJsonObject json; ///< the summary for scripts, whatever kind of run it was; empty when none was written
 
 private:
     QTemporaryDir m_folder;
@@ -61,7 +65,7 @@ private:
 };
 
 #define EXPECT_EXIT_CODE(run, code)                                                                          \
-    EXPECT_EQ((run).exitCode, code) << (run).messages.toStdString() << (run).summary.toStdString()
+    EXPECT_EQ((run).exitCode, code) << (run).messages.toStdString() << (run).text.toStdString()
 
 /// Tests of the program, each with a folder for the files that it is handed.
 struct Program : testing::Test, TestFiles {};

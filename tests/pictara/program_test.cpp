@@ -47,9 +47,9 @@ TEST_P(Profile, IsFlattenedByOneRunAndUnderEachLightByTheBlendOfItsTables) {
     QString const profile = writeChangedProfile(folder.path(), row.profile, isWhole ? "" : kNoEeprom);
     ProgramRun const run({"--run-all", "--profile", profile});
     EXPECT_EXIT_CODE(run, 0);
-    EXPECT_GE(run.figure("uniformity uncorrected"), row.uncorrectedAtLeast);
-    EXPECT_LE(run.figure("uniformity corrected"), 1.0);
-    EXPECT_EQ(run.value("step Calibrate_Status").toStdString(), row.status);
+    EXPECT_GE(run.before(), row.uncorrectedAtLeast);
+    EXPECT_LE(run.after(), 1.0);
+    EXPECT_EQ(run.value("steps.Calibrate_Status").toStdString(), row.status);
     QJsonArray const lights = run.json["lights"].toArray();
     ASSERT_EQ(lights.size(), row.lights);
     constexpr int kKelvin[] = {2800, 4000, 6500, 4900}; // the last one lies between the tables' own
@@ -84,26 +84,39 @@ TEST_F(Program, FlattensMeasuredLensesUnderEachLamp) {
             SCOPED_TRACE(module.toStdString() + " at " + lamp.toStdString());
             ProgramRun const run({"--run-all", "--profile", profile, "--light", lamp, "--shading", lens});
             EXPECT_EXIT_CODE(run, 0);
-            EXPECT_LE(run.figure("uniformity corrected"), 0.7);
-            EXPECT_LE(5 * run.figure("largest luminance error against the median block corrected"),
-                      run.figure("largest luminance error against the median block uncorrected"));
-            EXPECT_LE(run.figure("mean luminance error against the median block corrected"), 3.0);
+            EXPECT_LE(run.after(), 0.7);
+            EXPECT_LE(5 * run.figure("corrected.luminance_error_largest_against_median_percent"),
+                      run.figure("uncorrected.luminance_error_largest_against_median_percent"));
+            EXPECT_LE(run.figure("corrected.luminance_error_mean_against_median_percent"), 3.0);
         }
     }
 }
 
-TEST_F(Program, TellsTheDialogsOneFigureItsLimitAndItsRating) {
-    for (auto const& [limit, exitCode, rating] :
-         {std::tuple(2, 0, "green"), std::tuple(0, 8, "yellow"), std::tuple(-2, 8, "red")}) {
-        SCOPED_TRACE(limit);
-        write("settings.ini", "LensAssist GoodCU for POLY12=" + QByteArray::number(1000 * limit) + '\n');
-        ProgramRun const run({"--run-all", "--profile", smallProfile()}, folder.path());
-        EXPECT_EXIT_CODE(run, exitCode);
-        EXPECT_EQ(run.value("result"), exitCode ? "calibrated, uniformity beyond the limit" : "calibrated");
-        EXPECT_TRUE(run.value("step CU_Status").startsWith(run.value("uniformity corrected") + ' '));
-        QJsonValue const told = run.json["corrected"];
-        EXPECT_EQ(told["dialog_rating"].toString(), rating);
-        EXPECT_EQ(told["dialog_colour_deviation_limit_ab"].toDouble(99), limit);
+// The dialog's limit is the one that it remembers, unless another is typed.
+TEST_F(Program, CertifiesByTheDialogsFigureLimitAndRating) {
+    struct {
+        double remembered;
+        QStringList options;
+        int exitCode;
+        char const* result;
+        char const* rating;
+        double limit;
+    } const rows[] = {{2, {}, 0, "pass", "green", 2},
+                      {2, {"--limit", "0.25"}, 10, "marginal", "yellow", 0.25},
+                      {-2, {}, 8, "fail", "red", -2},
+                      {2, {"--luminance-limit", "0.01"}, 8, "fail", "green", 2}};
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.result);
+        write("settings.ini",
+              "LensAssist GoodCU for POLY12=" + QByteArray::number(1000 * row.remembered) + '\n');
+        ProgramRun const run(QStringList{"--run-all", "--profile", smallProfile()} + row.options,
+                             folder.path());
+        EXPECT_EXIT_CODE(run, row.exitCode);
+        EXPECT_EQ(run.value("result").toStdString(), row.result);
+        EXPECT_EQ(run.value("steps.CU_Status").section(' ', 0, 0), QString::number(run.after(), 'f', 2));
+        EXPECT_EQ(run.value("corrected.dialog_rating"), row.rating);
+        EXPECT_EQ(run.figure("corrected.dialog_colour_deviation_limit_ab"), row.limit);
+        EXPECT_TRUE(run.text.contains(QString("\nresult: %1\n").arg(row.result))) << run.text.toStdString();
     }
 }
 
@@ -111,31 +124,35 @@ TEST_F(Program, TellsTheDialogsOneFigureItsLimitAndItsRating) {
 TEST_F(Program, StoresWhatCorrectsAndLeavesItsResults) {
     for (char const* base : {"polynomial", "bus-master-103"}) {
         SCOPED_TRACE(base);
-        QString const device = path(base), profile = smallProfile(base, {});
+        // The board has got its number before.
+        QByteArray const number =
+            QByteArray::fromHex("56594545010b000b") + QByteArray("A123456789\0\xFF", 12);
+        QByteArray const before = number + QByteArray(8192 - number.size(), '\xFF');
+        QString const device = write(base, before), profile = smallProfile(base, {});
         ProgramRun const run({"--run-all", "--profile", profile, "--eeprom", device});
         EXPECT_EXIT_CODE(run, 0);
-        EXPECT_LE(run.figure("uniformity corrected"), 1.0);
+        EXPECT_LE(run.after(), 1.0);
         for (char const* picture : {"before.png", "after.png"})
             EXPECT_EQ(QImage(run.file(picture)).size(), QSize(480, 270)) << picture;
         EXPECT_FALSE(QImage(run.file("dialog.png")).isNull());
-        EXPECT_GT(run.figure("EEPROM bytes written"), 400);
-        EXPECT_EQ(run.value("EEPROM"), QStringLiteral("holds the solution"));
-        QString const image = run.file("imported.bin"), results = run.value("step File_Save_Status").mid(6);
-        for (QStringList const& command :
-             {QStringList{"format"}, QStringList{"import", run.file(results), "Lens Correction", "PGA",
-                                                 "--sensor", profile, "--label", "KestraTune"}})
-            EXPECT_EQ(QProcess::execute(HEADBOARD_IMAGE, QStringList(image) + command), 0);
+        EXPECT_GT(run.figure("eeprom.written_bytes"), 400);
+        EXPECT_EQ(run.value("eeprom.contents"), QStringLiteral("holds the solution"));
+        EXPECT_EQ(run.value("board.serial_number"), QStringLiteral("A123456789"));
+        QString const image = write("imported.bin", before), results = run.value("board.results_file");
+        EXPECT_EQ(QProcess::execute(HEADBOARD_IMAGE, {image, "import", results, "Lens Correction", "PGA",
+                                                      "--sensor", profile, "--label", "KestraTune"}),
+                  0);
         EXPECT_EQ(contentsOf(device), contentsOf(image)) << "the tool makes another record of the results";
 
         ProgramRun const replay({"--replay-eeprom", device, "--profile", profile});
         EXPECT_EXIT_CODE(replay, 0);
         // Other frames have other noise.
-        for (char const* figure : {"uniformity uncorrected", "uniformity corrected"})
-            EXPECT_NEAR(run.figure(figure), replay.figure(figure), 0.1) << figure;
-        EXPECT_EQ(replay.value("correction was on when the dialog opened"), QStringLiteral("yes"));
-        EXPECT_EQ(replay.figure("registers of the solution written"), 0);
-        EXPECT_FALSE(replay.contents("replay-report.html").isEmpty());
-        EXPECT_TRUE(replay.contents("report.html").isEmpty()) << "a calibration's would be lost";
+        EXPECT_NEAR(run.before(), replay.before(), 0.1);
+        EXPECT_NEAR(run.after(), replay.after(), 0.1);
+        EXPECT_EQ(replay.at("eeprom.correction_was_on"), QJsonValue(true));
+        EXPECT_EQ(replay.figure("registers.solution_registers_written"), 0);
+        EXPECT_FALSE(replay.contents("replay-certificate.html").isEmpty());
+        EXPECT_TRUE(replay.contents("certificate.html").isEmpty()) << "a calibration's would be lost";
     }
 }
 

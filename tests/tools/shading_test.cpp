@@ -107,7 +107,7 @@ TEST(ShadingRun, MeasuresALensAndLaysTwoSideBySide) {
     options.comparedFiles = QStringList{first, second};
     EXPECT_EQ(runShading(options), kExitDone);
 
-    QFile page(folder.filePath("shading-report.html")), summary(folder.filePath("shading-summary.json"));
+    QFile page(folder.filePath("shading-certificate.html")), summary(folder.filePath("shading-summary.json"));
     ASSERT_TRUE(page.open(QIODevice::ReadOnly) && summary.open(QIODevice::ReadOnly));
     EXPECT_TRUE(page.readAll().contains("a &amp; b.json"));
     QJsonArray const planes = QJsonDocument::fromJson(summary.readAll())["planes"].toArray();

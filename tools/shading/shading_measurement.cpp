@@ -2,7 +2,7 @@
 
 #include "simulator/files/interruption.h"
 #include "simulator/files/whole_file.h"
-#include "simulator/host/report/report.h"
+#include "simulator/host/report/certificate.h"
 #include "simulator/host/session/exposure_loop.h"
 #include "simulator/host/session/sensor_registers.h"
 #include "simulator/pictures/block_report.h"

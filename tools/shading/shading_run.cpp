@@ -2,15 +2,17 @@
 
 #include "simulator/files/interruption.h"
 #include "simulator/files/whole_file.h"
-#include "simulator/host/report/report.h"
+#include "simulator/host/report/certificate.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 #include "tools/shading/shading_measurement.h"
 
 #include <QFileInfo>
+#include <QJsonArray>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <set>
 
 namespace pictara {
@@ -49,15 +51,17 @@ std::vector<double> gainsOf(MeasuredShading const& shading, simulator::Plane pla
     return gains;
 }
 
-Section tableSection(std::vector<NamedShading> const& tables) {
-    Section section{
-        "tables",
-        "Tables",
-        Layout::Rows,
-        {{"file", "file", {}}, {"name", "lens", {}}, {"columns", "columns", {}}, {"rows", "rows", {}}}};
-    for (auto const& [file, shading] : tables)
-        section.add({file, shading.name, int(shading.columns), int(shading.rows)});
-    return section;
+void tellTables(std::vector<NamedShading> const& tables, Certificate& certificate) {
+    Table told{"Tables", {{"file", "lens", "columns", "rows"}}};
+    QJsonArray array;
+    for (auto const& [file, shading] : tables) {
+        int const columns = int(shading.columns), rows = int(shading.rows);
+        told.rows.push_back({file, shading.name, QString::number(columns), QString::number(rows)});
+        array.append(
+            QJsonObject{{"file", file}, {"name", shading.name}, {"columns", columns}, {"rows", rows}});
+    }
+    certificate.tables.push_back(told);
+    certificate.figures["tables"] = array;
 }
 
 // How far the second gains lie above the first: the farthest, with its sign, and the root of the mean square.
@@ -72,49 +76,59 @@ std::pair<double, double> differenceOf(std::vector<double> const& first, std::ve
 }
 
 // Each plane at each light of any table.
-Section planeSection(std::vector<NamedShading> const& tables) {
-    Section section{"planes",
-                    "Gains that make each plane flat",
-                    Layout::Rows,
-                    {{"colour_temperature_K", "light", {}, " K"},
-                     {"plane", "plane", {}},
-                     {"largest_gain", "largest gain", {}, {}, 3}}};
-    if (tables.size() == 2)
-        section.facts.insert(
-            section.facts.end(),
-            {{"second_largest_gain", "largest gain of the second table", {}, {}, 3},
-             {"largest_difference_percent", "second above (-: below) the first, largest", {}, " %", 2},
-             {"rms_difference_percent", "difference, r.m.s.", {}, " %", 2}});
+void tellPlanes(std::vector<NamedShading> const& tables, Certificate& certificate) {
+    constexpr struct {
+        char const* key;
+        char const* head;
+        int decimals;
+    } kFigures[] = {{"largest_gain", "largest gain", 3},
+                    {"second_largest_gain", "of the second", 3},
+                    {"largest_difference_percent", "second above first, largest %", 2},
+                    {"rms_difference_percent", "r.m.s. %", 2}};
+    size_t const told = tables.size() == 2 ? std::size(kFigures) : 1;
+    Table table{"Gains that make each plane flat", {{"light", "plane"}}};
+    for (size_t i = 0; i < told; ++i)
+        table.rows[0] << kFigures[i].head;
+    QJsonArray planes;
     std::set<double> lights;
-    for (NamedShading const& table : tables)
-        for (auto const& illuminant : table.shading.illuminants)
+    for (NamedShading const& shading : tables)
+        for (auto const& illuminant : shading.shading.illuminants)
             lights.insert(illuminant.temperature);
     for (double const kelvin : lights)
         for (PlaneRow const& plane : kPlanes) {
             std::vector<double> const first = gainsOf(tables.front().shading, plane.plane, kelvin),
                                       second = gainsOf(tables.back().shading, plane.plane, kelvin);
             auto const [farthest, rms] = differenceOf(first, second);
-            section.add({kelvin, plane.name, largestOf(first), largestOf(second), farthest, rms});
+            double const figures[] = {largestOf(first), largestOf(second), farthest, rms};
+            QStringList row{QStringLiteral("%1 K").arg(kelvin), plane.name};
+            QJsonObject object{{"colour_temperature_K", kelvin}, {"plane", plane.name}};
+            for (size_t i = 0; i < told; ++i) {
+                row << QString::number(figures[i], 'f', kFigures[i].decimals);
+                object[kFigures[i].key] = rounded(figures[i]);
+            }
+            table.rows.push_back(row);
+            planes.append(object);
         }
-    return section;
+    certificate.tables.push_back(table);
+    certificate.figures["planes"] = planes;
 }
 
-// At a table's first light, in the colours of its strongest plane.
-Section mapSection(NamedShading const& table) {
-    Section section{"maps", QStringLiteral("Gains of ") + table.file};
+// At the table's first light, in the colours of its strongest plane.
+void tellMaps(NamedShading const& table, Certificate& certificate) {
     double const kelvin = table.shading.illuminants.front().temperature;
+    std::vector<HeatMap> maps;
     double end = 1;
     for (PlaneRow const& plane : kPlanes) {
-        section.maps.push_back({QStringLiteral("%1, %2 K").arg(plane.name).arg(kelvin),
-                                {},
-                                int(kGrid.width),
-                                gainsOf(table.shading, plane.plane, kelvin),
-                                1});
-        end = std::max(end, largestOf(section.maps.back().values));
+        maps.push_back({QStringLiteral("%1: %2, %3 K").arg(table.file, plane.name).arg(kelvin),
+                        {},
+                        int(kGrid.width),
+                        gainsOf(table.shading, plane.plane, kelvin),
+                        1});
+        end = std::max(end, largestOf(maps.back().values));
     }
-    for (HeatMap& map : section.maps)
+    for (HeatMap& map : maps)
         map.high = end;
-    return section;
+    certificate.maps.insert(certificate.maps.end(), maps.begin(), maps.end());
 }
 
 void tell(QString const& text) {
@@ -163,14 +177,17 @@ int runShading(Options const& options) {
     bool const areTwo = tables.size() == 2;
     if (!areTwo)
         tell(QStringLiteral("The table is %1.").arg(QFileInfo(tables.front().file).absoluteFilePath()));
-    Report report{
-        "shading", areTwo ? "compared" : "measured", {}, {tableSection(tables), planeSection(tables)}};
-    std::transform(tables.begin(), tables.end(), std::back_inserter(report.sections), mapSection);
+    Certificate certificate{"shading", areTwo ? "compared" : "measured"};
+    tellTables(tables, certificate);
+    tellPlanes(tables, certificate);
+    for (NamedShading const& table : tables)
+        tellMaps(table, certificate);
     OutputFolder output(*folder);
-    QString const page = writeReport(report, output);
+    QString const page = writeCertificate(certificate, output);
     if (output.failed())
         return kExitNotCalibrated;
-    tell(QStringLiteral("The report is %1.").arg(page));
+    tell(certificateText(certificate));
+    tell(QStringLiteral("The page is %1.").arg(page));
     return kExitDone;
 }
 } // namespace pictara

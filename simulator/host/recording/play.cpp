@@ -5,7 +5,6 @@
 #include "simulator/files/whole_file.h"
 #include "simulator/host/recording/player.h"
 #include "simulator/host/recording/seen_lines.h"
-#include "simulator/host/report/report.h"
 #include "simulator/host/run/runs.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
@@ -81,19 +80,10 @@ int runScript(Session& session, Script const& script) {
         ++end.done;
     }
     end.frames = player.progress().frames;
-    OutputFolder output(session.outputFolder());
-    QString const page = reportScript(session, player.page(), end, output);
-    if (files::isInterrupted())
-        return kExitInterrupted;
-    if (!end.cause.isEmpty())
-        complain(end.cause);
-    else
+    if (end.cause.isEmpty())
         ProgressReport::say(QStringLiteral("%1: done, %2 commands.").arg(file).arg(end.commands));
-    if (!output.failed())
-        ProgressReport::say(QStringLiteral("The report is %1.").arg(page));
-    if (player.hasTimedOut())
-        return kExitTimeout;
-    return output.failed() || !end.cause.isEmpty() ? kExitNotCalibrated : kExitDone;
+    ExitCode const code = certifyScript(session, player.page(), end);
+    return player.hasTimedOut() && !files::isInterrupted() ? kExitTimeout : code;
 }
 
 int replayRecording(Options const& given) {

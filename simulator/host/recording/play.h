@@ -7,7 +7,7 @@
 namespace pictara {
 class Session;
 
-/// Works the dialog by a script's commands and shows each as it comes; a report tells how far it came.
+/// Works the dialog by a script's commands and shows each as it comes; its certificate tells how far it came.
 /// Returns kExitDone; after "FILE:LINE: cause", kExitNotCalibrated for a command that failed, kExitTimeout
 /// for a wait in vain.
 [[nodiscard]] int runScript(Session& session, Script const& script);

@@ -2,7 +2,7 @@
 
 #include "simulator/files/interruption.h"
 #include "simulator/files/whole_file.h"
-#include "simulator/host/report/report.h"
+#include "simulator/host/report/charts.h"
 #include "simulator/host/session/session.h"
 
 #include <QCoreApplication>
@@ -266,7 +266,7 @@ bool Player::show(QString* error) {
 bool Player::hasPage(QString* error) {
     if (m_dialog.dialog || !show(error))
         return bool(m_dialog.page);
-    m_dialog.page.saveInto(m_session.outputFolder());
+    m_dialog.page.prepare(m_session);
     return true;
 }
 

@@ -111,7 +111,7 @@ QJsonObject drawing(ProfileChart const& chart) {
         double const width = (kRight - kLeft) / std::max(1.0, double(line.values.size()) - 1);
         for (size_t i = 0; i < line.values.size(); ++i)
             points += place(kLeft + width * double(i)) + ',' + height(line.values[i]) + ' ';
-        lines.append(QJsonObject{{"name", line.name}, {"points", points}, {"number", lines.size() + 1}});
+        lines.append(QJsonObject{{"name", line.name}, {"points", points}, {"style", line.style}});
     }
     return {{"title", chart.title}, {"ticks", ticks}, {"lines", lines}};
 }

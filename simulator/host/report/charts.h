@@ -28,7 +28,8 @@ struct HeatMap {
 /// Lines along a diagonal of the picture, in even steps.
 struct ProfileChart {
     struct Line {
-        QString name; ///< for people and scripts
+        QString name;  ///< for people and scripts
+        QString style; ///< classes of the page: what is drawn, and its state
         std::vector<double> values;
     };
     QString key; ///< for scripts, with the values' unit in it

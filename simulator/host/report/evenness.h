@@ -1,9 +1,8 @@
 #pragma once
 
-#include "simulator/host/report/report.h"
+#include "simulator/host/report/certificate.h"
 #include "simulator/pictures/block_report.h"
 
-#include <QImage>
 #include <optional>
 
 namespace pictara {
@@ -14,20 +13,30 @@ struct Evenness {
     QString rating;        ///< the colour by which the dialog rates it: "green" up to the limit
     BlockReport blocks;
     QImage picture;
-
-    [[nodiscard]] bool isBeyondLimit() const { return rating != QLatin1String("green"); }
 };
 
-/// In the order of kStates; nothing of a state that was not measured.
-using EvennessStates = std::array<std::optional<Evenness>, 2>;
+/// What the dialog's colour says.
+[[nodiscard]] Verdict verdictOf(QString const& rating);
 
-/// How many percent each block's luminance lies above that of the block in the centre.
-[[nodiscard]] std::vector<double> luminanceResidual(BlockReport const& blocks);
-/// How many percent each block's ratio of a channel (0 red, 2 blue) to green lies above the mean of all.
-[[nodiscard]] std::vector<double> ratioResidual(BlockReport const& blocks, size_t channel);
-/// The values on the way from the top left to the bottom right corner; both are among them.
-[[nodiscard]] std::vector<double> diagonal(std::vector<double> const& values, int columns);
+/// Without the sensor's correction and with it; nothing of a state that was not measured.
+struct EvennessStates {
+    std::optional<Evenness> before, after;
 
-/// The figures of both states; where both were measured, also their pictures, maps and profiles.
-[[nodiscard]] std::vector<Section> evennessSections(EvennessStates const& states);
+    /// Both were measured, on pictures that hold blocks.
+    [[nodiscard]] bool areWhole() const {
+        return before && after && !before->blocks.means.empty() && !after->blocks.means.empty();
+    }
+};
+
+/// The luminance that a calibration was asked for.
+struct LuminanceTarget {
+    std::optional<double> falloff; ///< the corners' luminance, 1 = the centre's; none: not known, not judged
+    double limit = 0;              ///< percent off the target
+};
+
+/// Tells how far the dialog's figure of one frame goes with its noise: of frames that differ in nothing else.
+void tellRepeatability(std::vector<double> const& figures, Certificate& certificate);
+
+/// Tells what was measured and judges it; where both states were measured, with pictures, maps and profiles.
+void tellEvenness(EvennessStates const& states, LuminanceTarget const& target, Certificate& certificate);
 } // namespace pictara

@@ -3,8 +3,11 @@
 #include "simulator/boundary/boundary.h"
 #include "simulator/host/session/session.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QJsonObject>
 #include <QTemporaryDir>
+#include <iterator>
 
 namespace pictara {
 namespace {
@@ -48,52 +51,50 @@ QString lackOf(Session& session, QString const& label) {
     }
     return {};
 }
-} // namespace
+// The number that the configuration page stored, past the bus.
+QString serialNumberOf(simulator::SimulatedCamera const& camera) {
+    for (simulator::StoredRecord const& record : camera.eepromRecords())
+        if (record.typeName == QLatin1String("Headboard ID") && record.fault.isEmpty())
+            return record.text;
+    return {};
+}
 
-Section sceneSection(Session& session) {
+QJsonObject sceneOf(Session& session) {
     simulator::CameraDescription const& camera = session.camera().description();
     simulator::Light const& light = session.camera().light();
     Options const& options = session.options();
-    QString const lens = options.shadingFile.isEmpty() ? "of the profile" : options.shadingFile;
-    Section section{"scene", "Camera and light"};
-    section.facts = {{"sensor", "sensor", {QString::fromLocal8Bit(camera.sensorName)}},
-                     {"sensor_kind", "sensor kind", {int(camera.sensorKind)}},
-                     {"sensor_variant", "sensor variant", {int(camera.variant)}},
-                     {"width_px", "width", {int(camera.width)}, " pixels"},
-                     {"height_px", "height", {int(camera.height)}, " pixels"},
-                     {"profile", "profile", {camera.profile}},
-                     {"lens", "lens", {lens}},
-                     {"lamp_colour_temperature_K", "lamp", {light.colourTemperature}, " K"},
-                     {"light_level_ratio", "level of the light", {light.level}},
-                     {"light_gradient_ratio", "gradient of the light", {light.gradient}},
-                     {"object_in_picture", "object in the picture", {light.objectInPicture}},
-                     {"noise_seed", "seed", {double(options.seed)}}};
-    return section;
+    return {{"sensor", QString::fromLocal8Bit(camera.sensorName)},
+            {"sensor_kind", int(camera.sensorKind)},
+            {"sensor_variant", int(camera.variant)},
+            {"width_px", int(camera.width)},
+            {"height_px", int(camera.height)},
+            {"profile", camera.profile},
+            {"lens", options.shadingFile.isEmpty() ? QStringLiteral("of the profile") : options.shadingFile},
+            {"lamp_colour_temperature_K", light.colourTemperature},
+            {"light_level_ratio", light.level},
+            {"light_gradient_ratio", light.gradient},
+            {"object_in_picture", light.objectInPicture},
+            {"noise_seed", double(options.seed)}};
 }
 
-Section registerSection(Session& session) {
-    double const ofSolution = double(session.desk().listEntriesWritten());
-    int const red = session.states().read("Relative Red Gain"),
-              blue = session.states().read("Relative Blue Gain");
-    Section section{"registers", "Registers"};
-    section.facts = {
-        {"solution_registers_written", "registers of the solution written", {ofSolution}},
-        {"register_writes", "register writes in all", {double(session.camera().registerWrites())}},
-        {"exposure_rows", "exposure", {double(session.frames().exposure())}, " rows"},
-        {"relative_red_gain_thousandths", "relative red gain", {red}, " / 1000"},
-        {"relative_blue_gain_thousandths", "relative blue gain", {blue}, " / 1000"},
-        {"correction_is_on", "correction is on", {session.camera().isCorrecting()}}};
-    return section;
+QJsonObject registersOf(Session& session) {
+    return {{"solution_registers_written", double(session.desk().listEntriesWritten())},
+            {"register_writes", double(session.camera().registerWrites())},
+            {"exposure_rows", double(session.frames().exposure())},
+            {"relative_red_gain_thousandths", session.states().read("Relative Red Gain")},
+            {"relative_blue_gain_thousandths", session.states().read("Relative Blue Gain")},
+            {"correction_is_on", session.camera().isCorrecting()}};
 }
 
-Section eepromSection(Session& session, QString const& label, QString* lack) {
-    lack->clear();
-    Section section{"eeprom", "EEPROM"};
+QJsonObject eepromOf(Session& session, QString const& label, QString* lack) {
     simulator::SimulatedCamera const& camera = session.camera();
-    if (!camera.hasEeprom()) {
-        section.facts = {{"contents", "EEPROM", {"none"}}};
-        return section;
-    }
+    QString const replayed = session.options().replayFile;
+    if (!replayed.isEmpty())
+        return {{"contents", QStringLiteral("%1, replayed").arg(replayed)},
+                {"file", replayed},
+                {"replayed_register_writes", double(session.replayedWrites())}};
+    if (!camera.hasEeprom())
+        return {{"contents", "none"}};
     HostAtWork const own; // looking registers up is no call of the plug-in
     bool const hasSolution = session.desk().listEntriesWritten() > 0;
     if (hasSolution)
@@ -101,14 +102,50 @@ Section eepromSection(Session& session, QString const& label, QString* lack) {
     QString const contents = !hasSolution      ? QStringLiteral("nothing was saved, there is no solution")
                              : lack->isEmpty() ? QStringLiteral("holds the solution")
                                                : QStringLiteral("does not hold the solution: ") + *lack;
-    section.facts = {
-        {"contents", "EEPROM", {contents}},
-        {"holds_solution", {}, {hasSolution ? QJsonValue(lack->isEmpty()) : QJsonValue()}},
-        {"file", "EEPROM file", {QDir(session.outputFolder()).relativeFilePath(session.eepromFile())}},
-        {"operations", "EEPROM operations", {double(camera.deviceOperations())}},
-        {"written_bytes", "EEPROM bytes written", {double(camera.deviceBytesWritten())}}};
+    QJsonObject eeprom{{"contents", contents},
+                       {"holds_solution", hasSolution ? QJsonValue(lack->isEmpty()) : QJsonValue()},
+                       {"file", QDir(session.outputFolder()).relativeFilePath(session.eepromFile())},
+                       {"operations", double(camera.deviceOperations())},
+                       {"written_bytes", double(camera.deviceBytesWritten())}};
     if (auto const& fault = session.options().fault)
-        section.facts.push_back({"fault", "EEPROM fault", {textOf(*fault)}});
-    return section;
+        eeprom["fault"] = textOf(*fault);
+    return eeprom;
+}
+} // namespace
+
+QString tellSitting(Session& session, QString const& label, std::vector<double> const& lamps,
+                    Certificate& certificate) {
+    QString lack;
+    QJsonObject const scene = sceneOf(session), eeprom = eepromOf(session, label, &lack);
+    QString const date = QDateTime::currentDateTime().toString(Qt::ISODate),
+                  serial = serialNumberOf(session.camera());
+    QStringList lights;
+    for (double const kelvin : lamps)
+        lights << QString::number(kelvin);
+    certificate.figures["scene"] = scene;
+    certificate.figures["registers"] = registersOf(session);
+    certificate.figures["eeprom"] = eeprom;
+    certificate.figures["board"] =
+        QJsonObject{{"serial_number", serial},      {"date", date},
+                    {"sensor", scene["sensor"]},    {"label", label},
+                    {"lights_K", lights.join(' ')}, {"eeprom", eeprom["contents"]}};
+    QString const sensor = QStringLiteral("%1, kind %2, %3 x %4 pixels")
+                               .arg(scene["sensor"].toString())
+                               .arg(scene["sensor_kind"].toInt())
+                               .arg(scene["width_px"].toInt())
+                               .arg(scene["height_px"].toInt());
+    QString const simulated = QStringLiteral("profile %1, lens %2, seed %3")
+                                  .arg(scene["profile"].toString(), scene["lens"].toString())
+                                  .arg(session.options().seed);
+    std::pair<QString, QString> const facts[] = {
+        {"Sensor", sensor},
+        {"Serial number", serial},
+        {"EEPROM", eeprom["contents"].toString()},
+        {"EEPROM label", label},
+        {lights.size() > 1 ? "Lamps" : "Lamp", lights.join(", ") + " K"},
+        {"Date", QString(date).replace('T', ' ')},
+        {"Simulated", simulated}};
+    certificate.facts.insert(certificate.facts.end(), std::begin(facts), std::end(facts));
+    return lack;
 }
 } // namespace pictara

@@ -1,42 +1,17 @@
 #include "simulator/host/run/runs.h"
 
 #include "simulator/files/interruption.h"
-#include "simulator/files/whole_file.h"
-#include "simulator/host/report/sitting.h"
 #include "simulator/host/run/measurement.h"
 #include "simulator/host/run/verdict.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 
 #include <QDialog>
+#include <QFileInfo>
 #include <QPixmap>
-#include <QRegularExpression>
-#include <algorithm>
 
 namespace pictara {
 namespace {
-constexpr char kNotCalibrated[] = "not calibrated";
-constexpr char kNotSaved[] = "calibrated, not saved";
-
-// The file's name without its folder; empty when none was saved.
-QString resultsFile(RunProgress const& last) {
-    // One page cuts the name at "/" alone, so that what lies before "\\" stays.
-    static QRegularExpression const name(QStringLiteral("^Done: (?:.*[/\\\\])?(.*)"));
-    return name.match(last.statusTexts[kFileSave]).captured(1);
-}
-
-// They stay, and must not be taken for the run's own.
-QStringList earlierResults(QDir const& folder, QString const& own) {
-    QStringList found;
-    for (QString const& name : folder.entryList({"*.ini"}, QDir::Files, QDir::Name)) {
-        QString error; // what cannot be read is no results file
-        auto const text = files::read(folder.filePath(name), files::kMostText, &error);
-        if (name != own && text && text->contains("[Lens Correction]"))
-            found << name;
-    }
-    return found;
-}
-
 class CalibrationRun {
 public:
     CalibrationRun(Session& session, HeadlessDialog const& opened);
@@ -47,8 +22,7 @@ private:
     void judge();
     void judgeSaves();
     void judgeLights();
-    void report(QImage const& dialog);
-    void conclude(char const* result, ExitCode code, QString const& cause);
+    void fail(ExitCode code, QString const& cause);
 
     void deliverAndWatch();
     void changeLamp(CaptureRow const& row);
@@ -63,11 +37,9 @@ private:
 
     RunResult m_run;
     ExitCode m_code = kExitDone;
-    QString m_lack;                          // what the EEPROM lacks
-    Section m_refused{"refused", "Refused"}; // the picture that the library refused
-    Section m_lights{"lights", {}, Layout::Columns};
-    EvennessStates m_states;
-    Report m_report{"calibration", "calibrated"};
+    QString m_lack;                 // what the EEPROM lacks
+    std::vector<Picture> m_refused; // the picture that the library refused
+    Certificate m_certificate;
 };
 
 CalibrationRun::CalibrationRun(Session& session, HeadlessDialog const& opened)
@@ -80,7 +52,7 @@ CalibrationRun::CalibrationRun(Session& session, HeadlessDialog const& opened)
 // The library looks at a picture when the plug-in hands it over, or when it has all that it needs.
 void CalibrationRun::deliverAndWatch() {
     m_session.frames().deliverNext();
-    if (!m_refused.pictures.empty() || lastSolverCause().text.isEmpty())
+    if (!m_refused.empty() || lastSolverCause().text.isEmpty())
         return;
     QString const blocks = lastSolverCause().blocks;
     // A page that takes several pictures has them solved when it has all.
@@ -88,10 +60,10 @@ void CalibrationRun::deliverAndWatch() {
         captureRows(m_page).empty()
             ? QStringLiteral("The picture that the calibration library refused")
             : QStringLiteral("The view when the calibration library refused one of the pictures");
-    m_refused.pictures = {{markedRefusal(m_session.frames().unmarkedPicture(), blocks,
-                                         m_session.camera().description().orientation),
-                           blocks.isEmpty() ? what : what + QStringLiteral("; the refused blocks are marked"),
-                           "refused.png"}};
+    m_refused = {{markedRefusal(m_session.frames().unmarkedPicture(), blocks,
+                                m_session.camera().description().orientation),
+                  blocks.isEmpty() ? what : what + QStringLiteral("; the refused blocks are marked"),
+                  "refused.png"}};
 }
 
 // The person at the camera of a page that calibrates under several lights.
@@ -108,10 +80,16 @@ void CalibrationRun::prepareToSave() {
         m_session.injectFault(*fault);
 }
 
-void CalibrationRun::conclude(char const* result, ExitCode code, QString const& cause) {
-    m_report.result = result;
-    m_report.cause = cause;
+// The refusal's picture is shown where there is no better one.
+void CalibrationRun::fail(ExitCode code, QString const& cause) {
     m_code = code;
+    m_certificate.cause = cause;
+    m_certificate.result = code == kExitNotSaved ? QStringLiteral("not saved")
+                           : code >= kExitTooDark && code <= kExitWrongSize
+                               ? QStringLiteral("refused")
+                               : QStringLiteral("not calibrated");
+    if (code != kExitNotSaved)
+        m_certificate.pictures = m_refused;
 }
 
 // Facts are those of this moment: what measures later changes lamp and registers.
@@ -122,21 +100,20 @@ void CalibrationRun::calibrate() {
     m_driver.onRequests = [&] { serveCaptureRows(m_page, bringLight); };
     m_run = m_driver.runAll();
     m_driver.onRequests = [] {};
-    m_report.sections = {sceneSection(m_session), registerSection(m_session),
-                         eepromSection(m_session, m_page.text("Prom_Label"), &m_lack)};
+    m_certificate = certifySitting("calibration", m_session, m_page, &m_lack);
 }
 
 void CalibrationRun::judgeSaves() {
     bool const hasEeprom = m_session.camera().hasEeprom();
-    QString const results = resultsFile(m_run.last);
+    QString const results = resultsFile(m_run.last.statusTexts[kFileSave]);
     if (!isSaved(m_run.last.statusTexts, hasEeprom))
-        conclude(kNotSaved, kExitNotSaved, causeOf(m_run, captureRows(m_page), hasEeprom));
+        fail(kExitNotSaved, causeOf(m_run, captureRows(m_page), hasEeprom));
     else if (!QFileInfo(m_output.pathOf(results)).isFile())
-        conclude(kNotSaved, kExitNotSaved, QStringLiteral("The results file %1 is missing.").arg(results));
+        fail(kExitNotSaved, QStringLiteral("The results file %1 is missing.").arg(results));
     else if (!m_lack.isEmpty()) // not every sensor's dialog reads back what it saved
-        conclude(kNotSaved, kExitNotSaved,
-                 QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: %1.")
-                     .arg(m_lack));
+        fail(kExitNotSaved,
+             QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: %1.")
+                 .arg(m_lack));
 }
 
 // The dialog's test is pressed once more without the correction and with it; what it shows then is what is
@@ -144,18 +121,15 @@ void CalibrationRun::judgeSaves() {
 void CalibrationRun::judge() {
     if (m_run.end != RunEnd::Finished || !isCalibrated(m_run.last.statusTexts)) {
         bool const hasEeprom = m_session.camera().hasEeprom();
-        conclude(kNotCalibrated, exitCodeOf(m_run), causeOf(m_run, captureRows(m_page), hasEeprom));
+        fail(exitCodeOf(m_run), causeOf(m_run, captureRows(m_page), hasEeprom));
         return;
     }
     ProgressReport::say(QStringLiteral("measuring once more, without the correction and with it..."));
     judgeSaves();
-    m_states = measureEvenness(m_session, m_page, m_driver);
+    bool const isMeasured = measureSitting(m_session, m_page, m_driver, m_certificate);
     m_run.last.statusTexts = m_page.statusTexts();
-    if (!m_states[0] || !m_states[1])
-        conclude(kNotCalibrated, kExitNotCalibrated, QStringLiteral("The closing measurement is missing."));
-    else if (m_code == kExitDone && m_states[1]->isBeyondLimit())
-        conclude("calibrated, uniformity beyond the limit", kExitBeyondLimit,
-                 QStringLiteral("The uniformity is beyond the dialog's limit."));
+    if (!isMeasured)
+        fail(kExitNotCalibrated, QStringLiteral("The closing measurement is missing."));
 }
 
 // Under each light of the page, and one between.
@@ -163,33 +137,13 @@ void CalibrationRun::judgeLights() {
     std::vector<double> lights;
     for (CaptureRow const& row : captureRows(m_page))
         lights.push_back(row.kelvin);
-    if (!m_states[0] || !m_states[1] || lights.empty())
+    if (m_certificate.verdict == Verdict::None || lights.empty())
         return;
-    m_driver.onProgress = [](RunProgress const&) {};
-    m_lights = measureLights(m_session, m_page, m_driver, lights, [](double kelvin) {
+    auto const tell = [](double kelvin) {
         ProgressReport::say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
-    });
-    for (Fact const& fact : m_lights.facts)
-        if (std::count(fact.values.begin(), fact.values.end(), QJsonValue()) > 0)
-            conclude(kNotCalibrated, kExitNotCalibrated,
-                     QStringLiteral("The dialog did not show the uniformity under every light."));
-}
-
-void CalibrationRun::report(QImage const& dialog) {
-    m_output.savePicture("dialog.png", dialog);
-    std::vector<Section> sections = evennessSections(m_states);
-    if (m_report.result == QLatin1String(kNotCalibrated))
-        sections.push_back(m_refused);
-    sections.push_back(m_lights);
-    sections.insert(sections.end(), m_report.sections.begin(), m_report.sections.end());
-    if (QStringList const earlier = earlierResults(m_session.outputFolder(), resultsFile(m_run.last));
-        !earlier.isEmpty())
-        sections.push_back({"files",
-                            "Files",
-                            Layout::One,
-                            {{"earlier_results", "results files of earlier runs", {earlier.join(", ")}}}});
-    m_report.sections = sections;
-    writeReport(m_report, m_output);
+    };
+    if (!measureLights(m_session, m_page, m_driver, lights, tell, m_certificate))
+        fail(kExitNotCalibrated, QStringLiteral("The dialog did not show the uniformity under every light."));
 }
 
 int CalibrationRun::run() {
@@ -197,16 +151,16 @@ int CalibrationRun::run() {
     if (files::isInterrupted())
         return kExitInterrupted;
     judge();
-    m_report.sections.push_back(stepSection(m_run.last, captureRows(m_page)));
+    m_certificate.figures["steps"] = stepsOf(m_run.last, captureRows(m_page));
     QImage const dialog = m_dialog->grab().toImage();
+    m_driver.onProgress = [](RunProgress const&) {};
+    if (m_certificate.verdict != Verdict::None)
+        measureRepeatability(m_page, m_driver, m_certificate);
     judgeLights();
     if (files::isInterrupted())
         return kExitInterrupted;
-    report(dialog);
-    ProgressReport::say(QLatin1Char('\n') + reportText(m_report));
-    if (!m_report.cause.isEmpty())
-        complain(m_report.cause);
-    return m_output.failed() ? kExitNotCalibrated : m_code;
+    m_output.savePicture("dialog.png", dialog);
+    return conclude(m_session, m_certificate, m_output, m_code);
 }
 } // namespace
 

@@ -2,6 +2,8 @@
 
 #include "simulator/host/session/session.h"
 
+#include <QJsonArray>
+#include <QRegularExpression>
 #include <QtDebug>
 #include <algorithm>
 #include <cmath>
@@ -38,53 +40,95 @@ QJsonValue uniformityOfTable(size_t table, Session& session, DialogPage& page, R
         session.setRegister(names[i], present[i]);
     return figure;
 }
+
+// The figure and the picture that it is of.
+std::optional<Evenness> evenness(Session& session, DialogPage& page, RunDriver& driver, bool corrected) {
+    QJsonValue const figure = uniformity(page, driver, corrected);
+    if (figure.isNull())
+        return std::nullopt;
+    return Evenness{.uniformity = figure.toDouble(),
+                    .limit = page.text("GoodCU").toDouble(),
+                    .rating = page.colour("CU_Bullet"),
+                    .blocks = session.frames().blocks(),
+                    .picture = session.frames().unmarkedPicture()};
+}
+
+QString shown(QJsonValue const& figure) {
+    return figure.isNull() ? QStringLiteral("-") : QString::number(figure.toDouble(), 'f', 2);
+}
 } // namespace
 
 EvennessStates measureEvenness(Session& session, DialogPage& page, RunDriver& driver) {
-    EvennessStates states;
-    for (size_t corrected = 0; corrected < states.size(); ++corrected) {
-        QJsonValue const figure = uniformity(page, driver, corrected != 0);
-        if (figure.isNull())
-            continue;
-        states[corrected] = Evenness{.uniformity = figure.toDouble(),
-                                     .limit = page.text("GoodCU").toDouble(),
-                                     .rating = page.colour("CU_Bullet"),
-                                     .blocks = session.frames().blocks(),
-                                     .picture = session.frames().unmarkedPicture()};
-    }
-    return states;
+    auto before = evenness(session, page, driver, false);
+    return {std::move(before), evenness(session, page, driver, true)};
 }
 
-Section measureLights(Session& session, DialogPage& page, RunDriver& driver, std::vector<double> lights,
-                      std::function<void(double kelvin)> const& onLight) {
+void measureRepeatability(DialogPage& page, RunDriver& driver, Certificate& certificate) {
+    constexpr size_t kFrames = 4;
+    std::vector<double> figures{
+        certificate.figures["corrected"].toObject()["dialog_colour_deviation_ab"].toDouble()};
+    while (figures.size() < kFrames) {
+        QJsonValue const figure = uniformity(page, driver, true);
+        if (figure.isNull())
+            return;
+        figures.push_back(figure.toDouble());
+    }
+    tellRepeatability(figures, certificate);
+}
+
+LuminanceTarget targetOf(Session const& session, DialogPage const& page) {
+    static QRegularExpression const percent(QStringLiteral("([0-9]+)"));
+    auto const told = percent.match(page.text("FallOff"));
+    return {told.hasMatch() ? std::optional(told.captured(1).toDouble() / 100) : std::nullopt,
+            session.options().luminanceLimit};
+}
+
+bool measureLights(Session& session, DialogPage& page, RunDriver& driver, std::vector<double> lights,
+                   std::function<void(double kelvin)> const& onLight, Certificate& certificate) {
     size_t const tables = session.camera().description().tableTemperatures.size();
-    std::vector<Fact> facts{{"colour_temperature_K", "uniformity under the light of", {}, " K"},
-                            {"uncorrected_ab", "no correction", {}, {}, 2}};
-    for (size_t table = 1; table <= tables; ++table)
-        facts.push_back({QStringLiteral("table_%1_alone_ab").arg(table),
-                         QStringLiteral("table %1 alone").arg(table),
-                         {},
-                         {},
-                         2});
-    facts.push_back({"blended_ab", "blended tables", {}, {}, 2});
+    QStringList keys{"colour_temperature_K", "uncorrected_ab"}, head{"light", "no correction"};
+    for (size_t table = 1; table <= tables; ++table) {
+        keys << QStringLiteral("table_%1_alone_ab").arg(table);
+        head << QStringLiteral("table %1 alone").arg(table);
+    }
+    keys << "blended_ab"
+         << "verdict";
+    head << "blended"
+         << "verdict";
+    Table table{"Colour uniformity under each light", {head}};
+    QJsonArray told;
     std::sort(lights.begin(), lights.end());
     if (lights.size() >
         1) // what the eye and the sensors step by is the reciprocal; people name whole hundreds
         lights.push_back(100 * std::floor(2 / (1 / lights.rbegin()[1] + 1 / lights.back()) / 100));
+    bool isWhole = true;
     for (double const kelvin : lights) {
         onLight(kelvin);
         session.bringLamp(kelvin);
-        std::vector<QJsonValue> figures(facts.size());
-        figures.front() = kelvin;
+        QJsonArray figures;
         if (driver.adjustToLight()) {
-            figures[1] = uniformity(page, driver, false);
-            for (size_t table = 0; table < tables; ++table)
-                figures[table + 2] = uniformityOfTable(table, session, page, driver);
-            figures.back() = uniformity(page, driver, true);
+            figures.append(uniformity(page, driver, false));
+            for (size_t i = 0; i < tables; ++i)
+                figures.append(uniformityOfTable(i, session, page, driver));
+            figures.append(uniformity(page, driver, true));
         }
-        for (size_t i = 0; i < facts.size(); ++i)
-            facts[i].values.push_back(figures[i]);
+        Verdict const verdict = figures.isEmpty() || figures.last().isNull()
+                                    ? Verdict::None
+                                    : verdictOf(page.colour("CU_Bullet"));
+        certificate.judge(verdict);
+        QStringList row{QStringLiteral("%1 K").arg(kelvin)};
+        QJsonObject light{{keys[0], kelvin}, {keys.last(), textOf(verdict)}};
+        for (int i = 0; i < int(tables) + 2; ++i) {
+            QJsonValue const figure = i < figures.size() ? figures[i] : QJsonValue();
+            isWhole = isWhole && !figure.isNull();
+            row << shown(figure);
+            light[keys[i + 1]] = figure;
+        }
+        table.rows.push_back(row << textOf(verdict));
+        told.append(light);
     }
-    return {"lights", "Each table under each light", Layout::Columns, facts};
+    certificate.tables.push_back(table);
+    certificate.figures["lights"] = told;
+    return isWhole;
 }
 } // namespace pictara

@@ -11,12 +11,20 @@ class Session;
 /// shows no figure.
 [[nodiscard]] EvennessStates measureEvenness(Session& session, DialogPage& page, RunDriver& driver);
 
-/// The dialog's figure under each light, and at last under one between the two bluest, where a sensor has to
-/// blend: without correction, by each of the sensor's tables alone and as the sensor blends them. Exposure
-/// and colour balance are the light's, and equal for all. To see one table alone, the registers of the
-/// tables' colour temperatures are set so that every light lies beyond it, and set back. The last light
-/// stays, and so does the correction. `onLight` is called before each light.
-[[nodiscard]] Section measureLights(Session& session, DialogPage& page, RunDriver& driver,
-                                    std::vector<double> lights,
-                                    std::function<void(double kelvin)> const& onLight);
+/// Has it measure more frames of what a certificate tells, for the figure's repeatability; the dialog then
+/// shows the last one's.
+void measureRepeatability(DialogPage& page, RunDriver& driver, Certificate& certificate);
+
+/// The target that the dialog shows, with the limit of the options.
+[[nodiscard]] LuminanceTarget targetOf(Session const& session, DialogPage const& page);
+
+/// Tells the dialog's figure under each light, and at last under one between the two bluest, where a sensor
+/// has to blend: without correction, by each of the sensor's tables alone and as the sensor blends them,
+/// which is judged. Exposure and colour balance are the light's, and equal for all. To see one table alone,
+/// the registers of the tables' colour temperatures are set so that every light lies beyond it, and set back.
+/// The last light stays, and so does the correction. `onLight` is called before each light. False when the
+/// dialog did not show every figure.
+[[nodiscard]] bool measureLights(Session& session, DialogPage& page, RunDriver& driver,
+                                 std::vector<double> lights,
+                                 std::function<void(double kelvin)> const& onLight, Certificate& certificate);
 } // namespace pictara

@@ -1,6 +1,7 @@
 #include "simulator/host/run/runs.h"
 
 #include "simulator/files/interruption.h"
+#include "simulator/files/whole_file.h"
 #include "simulator/host/report/sitting.h"
 #include "simulator/host/run/measurement.h"
 #include "simulator/host/run/verdict.h"
@@ -8,20 +9,52 @@
 #include "simulator/host/session/session.h"
 
 #include <QDialog>
+#include <QDir>
+#include <QFileInfo>
 #include <QPixmap>
 
 namespace pictara {
+namespace {
+std::vector<double> lampsOf(Session& session, DialogPage const& page) {
+    std::vector<double> lamps;
+    for (CaptureRow const& row : captureRows(page))
+        lamps.push_back(row.kelvin);
+    return lamps.empty() ? std::vector{session.camera().light().colourTemperature} : lamps;
+}
+
+// What is neither good nor bad enough, by its first cell.
+QString beyondLimits(Certificate const& certificate) {
+    QStringList names;
+    for (Table const& table : certificate.tables)
+        for (QStringList const& row : table.rows)
+            if (row.last() == textOf(Verdict::Marginal) || row.last() == textOf(Verdict::Fail))
+                names << row.first();
+    return QStringLiteral("Beyond its limit: %1.").arg(names.join(QLatin1String("; ")));
+}
+
+// The verdict, unless there is a result that comes before it.
+void giveResult(Certificate& certificate, char const* otherwise) {
+    if (!certificate.result.isEmpty())
+        return;
+    certificate.result =
+        certificate.verdict == Verdict::None ? QString(otherwise) : textOf(certificate.verdict);
+    if (certificate.verdict > Verdict::Pass)
+        certificate.cause = beyondLimits(certificate);
+}
+
+ExitCode exitCodeOf(Verdict verdict) {
+    return verdict == Verdict::Fail ? kExitFail : verdict == Verdict::Marginal ? kExitMarginal : kExitDone;
+}
+} // namespace
+
 int runReplay(Session& session) {
     HeadlessDialog opened;
     if (ExitCode const code = openHeadless(session, opened); code != kExitDone)
         return code;
-    Section replayed{"eeprom", "EEPROM"};
-    replayed.facts = {
-        {"file", "EEPROM", {session.options().replayFile}},
-        {"replayed_register_writes", "register writes of the replay", {double(session.replayedWrites())}},
-        {"correction_was_on",
-         "correction was on when the dialog opened",
-         {opened.page.isChecked("Enable_LC")}}};
+    Certificate certificate = certifySitting("replay", session, opened.page);
+    QJsonObject eeprom = certificate.figures["eeprom"].toObject();
+    eeprom["correction_was_on"] = opened.page.isChecked("Enable_LC");
+    certificate.figures["eeprom"] = eeprom;
     ProgressReport progress(opened.page);
     RunDriver driver(opened.page, [&] { session.frames().deliverNext(); });
     driver.onProgress = [&](RunProgress const& state) { progress.show(state); };
@@ -29,43 +62,96 @@ int runReplay(Session& session) {
     EvennessStates const states = measureEvenness(session, opened.page, driver);
     if (files::isInterrupted())
         return kExitInterrupted;
-
-    bool const isMeasured = states[0] && states[1], isBeyond = isMeasured && states[1]->isBeyondLimit();
-    Report report{"replay",
-                  isBeyond     ? "measured, uniformity beyond the limit"
-                  : isMeasured ? "measured"
-                               : "not measured",
-                  isMeasured ? "" : "The dialog shows no uniformity for the replayed correction.",
-                  evennessSections(states)};
-    report.sections.insert(report.sections.end(),
-                           {replayed, sceneSection(session), registerSection(session)});
+    // The EEPROM does not tell for which falloff it was made.
+    tellEvenness(states, {}, certificate);
+    ExitCode code = kExitDone;
+    if (!states.areWhole()) {
+        code = kExitNotCalibrated;
+        certificate.result = QStringLiteral("not measured");
+        certificate.cause = QStringLiteral("The dialog shows no uniformity for the replayed correction.");
+    }
     OutputFolder output(session.outputFolder());
     output.savePicture("replay-dialog.png", opened.dialog->grab().toImage());
-    QString const page = writeReport(report, output);
-    ProgressReport::say(QLatin1Char('\n') + reportText(report));
-    if (!output.failed())
-        ProgressReport::say(QStringLiteral("The report is %1.").arg(page));
-    if (!isMeasured)
-        complain(report.cause);
-    return !isMeasured || output.failed() ? kExitNotCalibrated : isBeyond ? kExitBeyondLimit : kExitDone;
+    return conclude(session, certificate, output, code);
 }
 
-QString reportScript(Session& session, DialogPage& page, ScriptEnd const& end, OutputFolder& output) {
-    QString lack;
-    Section script{"script", "Script"};
-    script.facts = {{"file", "script", {session.options().scriptFile}},
-                    {"commands", "commands", {double(end.commands)}},
-                    {"commands_done", "commands done", {double(end.done)}}};
-    std::vector<Section> sections{script, stepSection({end.frames, page.statusTexts()}, captureRows(page)),
-                                  sceneSection(session), registerSection(session),
-                                  eepromSection(session, page.text("Prom_Label"), &lack)};
-    if (end.cause.isEmpty() && session.desk().listEntriesWritten() > 0) {
+Certificate certifySitting(char const* run, Session& session, DialogPage const& page, QString* lack) {
+    Certificate certificate{run};
+    QString const lacking =
+        tellSitting(session, page.text("Prom_Label"), lampsOf(session, page), certificate);
+    if (lack)
+        *lack = lacking;
+    certificate.facts.emplace_back("Plug-in",
+                                   page.version().remove("Version: ").replace(" Build Date: ", ", built ") +
+                                       ", Qt " + qVersion());
+    QString const name = resultsFile(page.text(kSteps[kFileSave].status));
+    if (QFileInfo const file(QDir(session.outputFolder()), name); !name.isEmpty() && file.isFile()) {
+        certificate.facts.emplace_back("Results file", name);
+        QJsonObject board = certificate.figures["board"].toObject();
+        board["results_file"] = file.absoluteFilePath();
+        certificate.figures["board"] = board;
+    }
+    return certificate;
+}
+
+bool measureSitting(Session& session, DialogPage& page, RunDriver& driver, Certificate& certificate) {
+    EvennessStates const states = measureEvenness(session, page, driver);
+    tellEvenness(states, targetOf(session, page), certificate);
+    return states.areWhole();
+}
+
+ExitCode certifyScript(Session& session, DialogPage& page, ScriptEnd const& end) {
+    Certificate certificate = certifySitting("script", session, page);
+    certificate.facts.emplace_back("Script", QStringLiteral("%1, %2 of %3 commands done")
+                                                 .arg(session.options().scriptFile)
+                                                 .arg(end.done)
+                                                 .arg(end.commands));
+    certificate.figures["script"] = QJsonObject{{"file", session.options().scriptFile},
+                                                {"commands", double(end.commands)},
+                                                {"commands_done", double(end.done)}};
+    ExitCode code = kExitDone;
+    certificate.figures["steps"] = stepsOf({end.frames, page.statusTexts()}, captureRows(page));
+    if (!end.cause.isEmpty()) {
+        code = kExitNotCalibrated;
+        certificate.result = QStringLiteral("failed");
+        certificate.cause = end.cause;
+    } else if (session.desk().listEntriesWritten() > 0) {
         RunDriver driver(page, [&] { session.frames().deliverNext(); });
-        std::vector<Section> const evenness = evennessSections(measureEvenness(session, page, driver));
-        sections.insert(sections.begin() + 1, evenness.begin(), evenness.end());
+        if (measureSitting(session, page, driver, certificate))
+            measureRepeatability(page, driver, certificate);
     }
     if (files::isInterrupted())
-        return {};
-    return writeReport({"script", end.cause.isEmpty() ? "done" : "failed", end.cause, sections}, output);
+        return kExitInterrupted;
+    OutputFolder output(session.outputFolder());
+    return conclude(session, certificate, output, code);
+}
+
+bool saveCertificate(Session& session, DialogPage& page, QString const& file, QString* error) {
+    Certificate certificate = certifySitting("sitting", session, page);
+    if (session.desk().listEntriesWritten() > 0) {
+        RunDriver driver(page, [&] { session.frames().deliverNext(); });
+        if (measureSitting(session, page, driver, certificate))
+            measureRepeatability(page, driver, certificate);
+        page.resumeTimer();
+    }
+    giveResult(certificate, "not calibrated");
+    return files::replace(file, certificatePage(certificate), error);
+}
+
+ExitCode conclude([[maybe_unused]] Session const& session, Certificate& certificate, OutputFolder& output,
+                  ExitCode code) {
+    giveResult(certificate, "done");
+    QJsonObject board = certificate.figures["board"].toObject();
+    for (auto const& [key, state] : {std::pair("before_ab", "uncorrected"), {"after_ab", "corrected"}})
+        board[key] = certificate.figures[state].toObject().value("dialog_colour_deviation_ab");
+    board["verdict"] = certificate.result;
+    certificate.figures["board"] = board;
+    QString const page = writeCertificate(certificate, output);
+    ProgressReport::say(QLatin1Char('\n') + certificateText(certificate));
+    if (!output.failed())
+        ProgressReport::say(QStringLiteral("The certificate is %1.").arg(page));
+    if (!certificate.cause.isEmpty())
+        complain(certificate.cause);
+    return output.failed() ? kExitNotCalibrated : code == kExitDone ? exitCodeOf(certificate.verdict) : code;
 }
 } // namespace pictara

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "simulator/host/report/certificate.h"
 #include "simulator/host/run/run_all.h"
 
 namespace pictara {
 class OutputFolder;
 class Session;
 
-/// Runs without a person, in a session that is open. Each leaves pictures and a report in the output folder;
+/// Runs without a person, in a session that is open. Each leaves a certificate in the output folder;
 /// those that open the dialog themselves leave a picture of it, too, and return the program's exit code.
 
 /// Calibrates: Run All, then the uniformity with and without the sensor's correction.
@@ -24,9 +25,25 @@ struct ScriptEnd {
     int frames = 0;
 };
 
-/// Writes a script's report and its summary for scripts. Of a script that is done and left a solution in the
-/// sensor they tell how even the picture is without and with it, measured as at the end of a run by the
-/// dialog's own buttons. Returns the page's absolute name; empty when the user interrupted the measurement.
-[[nodiscard]] QString reportScript(Session& session, DialogPage& page, ScriptEnd const& end,
-                                   OutputFolder& output);
+/// Begins a certificate of the sitting as it is now; `lack` tells what the EEPROM lacks of a solution.
+[[nodiscard]] Certificate certifySitting(char const* run, Session& session, DialogPage const& page,
+                                         QString* lack = nullptr);
+/// Tells how even the picture is without the correction and with it, by the dialog's own buttons. False when
+/// the dialog shows no figure.
+[[nodiscard]] bool measureSitting(Session& session, DialogPage& page, RunDriver& driver,
+                                  Certificate& certificate);
+
+/// Writes the page of a sitting by hand, measured when a solution is in the sensor; the page ticks by itself
+/// again. False with a message for the user.
+[[nodiscard]] bool saveCertificate(Session& session, DialogPage& page, QString const& file, QString* error);
+
+/// Writes a script's certificate, of one that failed without a measurement, and adds its board to the table
+/// of the options. Returns the program's exit code.
+[[nodiscard]] ExitCode certifyScript(Session& session, DialogPage& page, ScriptEnd const& end);
+
+/// Ends a run: gives the certificate its verdict unless it has a result, writes it, adds the board to the
+/// table of the options, prints the certificate and complains of a cause. Returns the exit code: that of the
+/// verdict, or `code` when it is another than kExitDone.
+[[nodiscard]] ExitCode conclude(Session const& session, Certificate& certificate, OutputFolder& output,
+                                ExitCode code = kExitDone);
 } // namespace pictara

@@ -21,6 +21,12 @@ constexpr char kStandsAtFirst[] =
     "one.";
 } // namespace
 
+QString resultsFile(QString const& status) {
+    // One page cuts the name at "/" alone, so that what lies before "\\" stays.
+    static QRegularExpression const name(QStringLiteral("^Done: (?:.*[/\\\\])?(.*)"));
+    return name.match(status).captured(1);
+}
+
 QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, bool hasEeprom) {
     QStringList causes;
     if (run.end == RunEnd::TimedOut)
@@ -43,18 +49,13 @@ QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, b
     return causes.join(QLatin1String(" | "));
 }
 
-Section stepSection(RunProgress const& last, std::vector<CaptureRow> const& captures) {
-    Section section{"steps", "Steps"};
+QJsonObject stepsOf(RunProgress const& last, std::vector<CaptureRow> const& captures) {
+    QJsonObject steps{{"frames", last.frames}};
     for (int i = 0; i < last.statusTexts.size(); ++i)
-        section.facts.push_back(
-            {kSteps[i].status, QStringLiteral("step ") + kSteps[i].status, {last.statusTexts[i].trimmed()}});
+        steps[kSteps[i].status] = last.statusTexts[i].trimmed();
     for (size_t i = 0; i < captures.size(); ++i)
-        section.facts.push_back(
-            {QStringLiteral("capture_%1").arg(i + 1),
-             QStringLiteral("capture %1 at %2 K").arg(captures[i].button).arg(captures[i].kelvin),
-             {captures[i].status}});
-    section.facts.push_back({"frames", "frames", {last.frames}});
-    return section;
+        steps[QStringLiteral("capture_%1").arg(i + 1)] = captures[i].status;
+    return steps;
 }
 
 ExitCode exitCodeOf(RunResult const& run) {

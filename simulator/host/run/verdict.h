@@ -1,17 +1,20 @@
 #pragma once
 
-#include "simulator/host/report/report.h"
+#include "simulator/host/report/certificate.h"
 #include "simulator/host/run/run_all.h"
 #include "simulator/host/session/command_line.h"
 
 namespace pictara {
 /// How a run ended, by what the dialog shows and the calibration library logged last.
 
+/// The file that a save of the dialog wrote, by its status, without its folder; empty when none was.
+[[nodiscard]] QString resultsFile(QString const& status);
+
 /// Why a run is not done, in the dialog's own words and then the library's.
 [[nodiscard]] QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, bool hasEeprom);
 
 /// What the dialog shows of the steps and of the pictures taken.
-[[nodiscard]] Section stepSection(RunProgress const& last, std::vector<CaptureRow> const& captures);
+[[nodiscard]] QJsonObject stepsOf(RunProgress const& last, std::vector<CaptureRow> const& captures);
 
 /// The exit code of a run that is not calibrated: what the library refused a picture for, if it did.
 [[nodiscard]] ExitCode exitCodeOf(RunResult const& run);

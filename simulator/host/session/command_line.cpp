@@ -86,6 +86,11 @@ OptionGroup const kGroups[] = {
       {"seed", "N", "Seed of the camera's noise (default 1).", setSeed},
       {"fault", "NAME[@N][+]", "Let the EEPROM's N-th operation fail, with + all later ones, too.",
        setFault}}},
+    {"Limits",
+     {{"limit", "AB", "For the colour uniformity, instead of the dialog's.",
+       setNumber<&Options::uniformityLimit, kUniformityLimits>},
+      {"luminance-limit", "PERCENT", "For the luminance off its target shape (default 10).",
+       setNumber<&Options::luminanceLimit, kLuminanceLimits>}}},
     {"Files",
      {{"output", "DIR", "Folder for the results (default pictara-output).", setText<&Options::outputFolder>},
       {"eeprom", "FILE", "What the EEPROM holds (default eeprom.bin in the output folder).",
@@ -103,11 +108,10 @@ OptionGroup const kGroups[] = {
 };
 
 constexpr char kExitCodes[] =
-    "Exit codes: 0 done, 1 not calibrated, 2 bad command line or file, 3 too many frames;\n"
-    "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size;\n"
-    "calibrated, but: 8 the uniformity is beyond the dialog's limit (of an EEPROM, too), 9 not saved;\n"
-    "130 interrupted. Of --replay: 0 all calls are equal, 1 one differs. Of --script: 1 a command\n"
-    "failed, 3 a wait ended in vain.\n";
+    "Exit codes: 0 pass, 10 marginal, 8 fail, 9 calibrated but not saved, 1 not calibrated;\n"
+    "picture refused: 4 too dark, 5 clipped, 6 not flat, 7 wrong size; 2 bad command line or file,\n"
+    "3 too many frames, 130 interrupted. Of --replay: 0 all calls are equal, 1 one differs. Of\n"
+    "--script: 1 a command failed, 3 a wait ended in vain, 0 without a verdict, too.\n";
 
 template <typename Use>
 void forEachOption(Use use) {
@@ -154,6 +158,7 @@ QString conflictIn(QStringList const& given, QStringList const& runs, Options co
         {has("compare-shading") && options.comparedFiles.size() != 2, "--compare-shading takes two files."},
         {has("replay-eeprom") && has("eeprom"),
          "--replay-eeprom leaves its file as it is; --eeprom is not for it."},
+        {has("limit") && has("script"), "A script sets GoodCU; --limit is not for it."},
         {has("record") && !options.runAll && !has("script"), "--record needs --run-all or --script."},
         {options.fault && !options.fault->operation && !options.runAll,
          "--fault without @N strikes when a run saves: it needs --run-all."},

@@ -14,8 +14,9 @@ enum ExitCode : int {
     kExitClipped = 5,
     kExitNotFlat = 6, ///< an object in the picture, or uneven light
     kExitWrongSize = 7,
-    kExitBeyondLimit = 8,   ///< calibrated and saved, but the uniformity is beyond the dialog's limit
+    kExitFail = 8,          ///< calibrated and saved, but a figure is beyond its limit
     kExitNotSaved = 9,      ///< calibrated, but the file or the EEPROM does not hold the solution
+    kExitMarginal = 10,     ///< as the dialog rates it: neither good nor bad
     kExitInterrupted = 130, ///< by Ctrl-C or a request to terminate
 };
 
@@ -43,6 +44,9 @@ struct Options {
     bool objectInPicture = false;
     uint64_t seed = 1;
     std::optional<FaultWish> fault;
+
+    std::optional<double> uniformityLimit; ///< typed into the dialog; none: the dialog's own
+    double luminanceLimit = 10;            ///< percent off the target shape
 
     QString outputFolder = QStringLiteral("pictara-output");
     QString eepromFile;

@@ -49,6 +49,13 @@ QString DialogPage::text(char const* name) const {
     return button ? button->text() : QString();
 }
 
+QString DialogPage::version() const {
+    for (auto const* const label : m_page ? m_page->findChildren<QLabel*>() : QList<QLabel*>())
+        if (label->text().startsWith(QLatin1String("Version: ")))
+            return label->text().simplified();
+    return {};
+}
+
 QStringList DialogPage::statusTexts() const {
     QStringList texts;
     for (StepWidgets const& step : kSteps)
@@ -119,7 +126,11 @@ bool DialogPage::set(char const* name, QString const& text) {
     return button->isChecked() == isWanted || press(name);
 }
 
-void DialogPage::saveInto(QString const& folder) { set("Save_Dir", QDir::toNativeSeparators(folder)); }
+void DialogPage::prepare(Session const& session) {
+    set("Save_Dir", QDir::toNativeSeparators(session.outputFolder()));
+    if (auto const& limit = session.options().uniformityLimit)
+        set("GoodCU", QString::number(*limit, 'f', 2));
+}
 
 QStringList DialogPage::choices(char const* name) const {
     QStringList texts;
@@ -134,6 +145,12 @@ void DialogPage::stopTimer() {
         return;
     for (auto* const timer : m_page->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly))
         timer->stop();
+}
+
+void DialogPage::resumeTimer() {
+    for (auto* const timer :
+         m_page ? m_page->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly) : QList<QTimer*>())
+        timer->start();
 }
 
 void DialogPage::tick() {
@@ -169,7 +186,7 @@ ExitCode openHeadless(Session& session, HeadlessDialog& opened) {
         complain(error);
         return kExitNotCalibrated;
     }
-    opened.page.saveInto(session.outputFolder());
+    opened.page.prepare(session);
     return kExitDone;
 }
 } // namespace pictara

@@ -40,6 +40,8 @@ public:
     [[nodiscard]] bool has(char const* widget) const;
     /// Text of a label, line edit, combo box or button.
     [[nodiscard]] QString text(char const* name) const;
+    /// Version and build date of the plug-in, as the page tells them.
+    [[nodiscard]] QString version() const;
     /// The texts of all steps, in the order of kSteps.
     [[nodiscard]] QStringList statusTexts() const;
     /// The colour of a bullet: "red", "yellow", "green" or "blue", "gray" for a pale one; empty without any.
@@ -51,12 +53,13 @@ public:
     /// Types into a line edit, chooses the entry of that text in a combo box (or types it where there is none
     /// and it takes text), or switches a box "on" or "off". False when that cannot be done now.
     bool set(char const* widget, QString const& text);
-    /// Sets the folder for the dialog's results.
-    void saveInto(QString const& folder);
+    /// Sets the folder for the dialog's results, and the limit that the options tell.
+    void prepare(Session const& session);
     [[nodiscard]] QStringList choices(char const* comboBox) const;
 
     /// Keeps the page's own timer from ticking, so that only `tick()` does.
     void stopTimer();
+    void resumeTimer();
     /// The page's own tick; its timer rests from then on.
     void tick();
 

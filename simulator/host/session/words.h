@@ -26,6 +26,9 @@ inline constexpr Range kColourTemperatures{2000, 12000}; ///< kelvin
 inline constexpr Range kLevels{0.001, 10000};            ///< relative to the lamp's normal level
 inline constexpr Range kGradients{-1, 1};
 
+inline constexpr Range kUniformityLimits{0, 100}; ///< distance in a*, b*
+inline constexpr Range kLuminanceLimits{0, 100};  ///< percent
+
 /// The number that a text tells, when it is one in the range.
 [[nodiscard]] std::optional<double> numberIn(Range const& range, QString const& text);
 

@@ -89,7 +89,7 @@ bool HostWindow::openDialog(QString* error) {
     m_dialog = m_session.openDialog(this, error);
     if (!m_dialog)
         return false;
-    DialogPage::find(m_dialog).saveInto(m_session.outputFolder());
+    DialogPage::find(m_dialog).prepare(m_session);
     return true;
 }
 
