@@ -1,4 +1,5 @@
 #include "simulator/files/interruption.h"
+#include "simulator/files/whole_file.h"
 #include "simulator/host/recording/play.h"
 #include "simulator/host/run/runs.h"
 #include "simulator/host/session/message_log.h"
@@ -51,6 +52,9 @@ bool chooseProfile(Options& options) {
 // One sitting from its beginning to its end. A script tells what to do in it.
 int sit(Options const& options, Script const* script) {
     QString error;
+    // Told now and not after the work.
+    if (!options.boardsFile.isEmpty() && !files::isReplaceable(options.boardsFile, &error))
+        return refuse(error);
     std::unique_ptr<Session> const session = Session::open(options, &error);
     if (!session)
         return refuse(error);

@@ -47,6 +47,10 @@ TEST(Certificate, TellsTheSameInAllFormsWhateverNamesSay) {
     EXPECT_EQ(json["profiles"]["ratio_percent"]["line"][2].toDouble(), 2.5);
 }
 
+QByteArray contentsOf(QString const& file) {
+    return files::read(file, files::kMostText, nullptr).value_or("");
+}
+
 // A flat picture whose luminance falls to that of the corners with the square of the radius.
 Evenness picture(double corners, QString const& rating = "green") {
     Evenness state{.uniformity = 0.5, .limit = 2, .rating = rating, .blocks = {}, .picture = {}};
@@ -114,6 +118,34 @@ TEST(Certificate, BothStatesShareTheColoursOfTheirMaps) {
     QColor const below = map.pixelColor(0, 0), even = map.pixelColor(1, 0), above = map.pixelColor(2, 0);
     EXPECT_TRUE(below.blue() > below.red() + 100 && above.red() > above.blue() + 100);
     EXPECT_GT(even.lightness(), std::max(below.lightness(), above.lightness()) + 50);
+}
+
+TEST(BoardTable, GetsALineABoardAlsoFromProgramsAtTheSameTime) {
+    QTemporaryDir const folder;
+    QString const file = folder.filePath("boards.csv");
+    Certificate board{"calibration", "pass"};
+    board.figures["board"] =
+        QJsonObject{{"serial_number", "A, \"B\""}, {"after_ab", 0.37}, {"before_ab", {}}};
+    auto const append = [&] {
+        QString error;
+        for (int i = 0; i < 3; ++i)
+            EXPECT_TRUE(appendBoard(board, file, &error)) << qPrintable(error);
+    };
+    std::thread other(append);
+    append();
+    other.join();
+    QByteArray const head =
+        "serial_number,date,sensor,label,lights_K,before_ab,after_ab,verdict,eeprom,results_file\n";
+    QByteArray const line = "\"A, \"\"B\"\"\",,,,,,0.37,,,\n";
+    EXPECT_EQ(contentsOf(file), head + line.repeated(6));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList("boards.csv"));
+
+    QString error;
+    ASSERT_TRUE(files::replace(file, head.chopped(1), &error)); // an editor left the line open
+    EXPECT_TRUE(appendBoard(board, file, &error));
+    EXPECT_EQ(contentsOf(file), head + line);
+    EXPECT_FALSE(appendBoard(board, folder.filePath("none/boards.csv"), &error));
+    EXPECT_TRUE(error.contains("none/boards.csv: cannot be written")) << qPrintable(error);
 }
 
 TEST(Refusal, IsMarkedAsThePictureShowsTheArray) {

@@ -19,6 +19,7 @@ TEST(CommandLine, NamesTheOptionThatIsWrong) {
         {"--record calls.txt", "--script"},
         {"--script walk.txt --replay-eeprom e.bin", "two runs"},
         {"--flat-field flat.raw", "--measure-shading"},
+        {"--append boards.csv", "--run-all"},
         {"--limit 1 --script walk.txt", "GoodCU"},
         {"--compare-shading a.json", "two files"},
         {"--compare-shading a.json b.json c.json", "not an option"},

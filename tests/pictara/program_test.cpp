@@ -105,11 +105,13 @@ TEST_F(Program, CertifiesByTheDialogsFigureLimitAndRating) {
                       {2, {"--limit", "0.25"}, 10, "marginal", "yellow", 0.25},
                       {-2, {}, 8, "fail", "red", -2},
                       {2, {"--luminance-limit", "0.01"}, 8, "fail", "green", 2}};
+    QString const boards = path("boards.csv");
     for (auto const& row : rows) {
         SCOPED_TRACE(row.result);
         write("settings.ini",
               "LensAssist GoodCU for POLY12=" + QByteArray::number(1000 * row.remembered) + '\n');
-        ProgramRun const run(QStringList{"--run-all", "--profile", smallProfile()} + row.options,
+        ProgramRun const run(QStringList{"--run-all", "--profile", smallProfile(), "--append", boards} +
+                                 row.options,
                              folder.path());
         EXPECT_EXIT_CODE(run, row.exitCode);
         EXPECT_EQ(run.value("result").toStdString(), row.result);
@@ -117,7 +119,12 @@ TEST_F(Program, CertifiesByTheDialogsFigureLimitAndRating) {
         EXPECT_EQ(run.value("corrected.dialog_rating"), row.rating);
         EXPECT_EQ(run.figure("corrected.dialog_colour_deviation_limit_ab"), row.limit);
         EXPECT_TRUE(run.text.contains(QString("\nresult: %1\n").arg(row.result))) << run.text.toStdString();
+        QString const line = contentsOf(boards).split('\n').rbegin()[1];
+        EXPECT_TRUE(line.contains(
+            QString(",%1,%2,\"%3\",\"none\",").arg(run.before()).arg(run.after()).arg(row.result)))
+            << line.toStdString();
     }
+    EXPECT_EQ(contentsOf(boards).count('\n'), 5);
 }
 
 // On the raw path and behind the sensor's bus master.
@@ -167,6 +174,7 @@ TEST_F(Program, WhatCannotBeRunEndsWithAMessage) {
         {{"--ini", noPresets}, "Lens Calibration Setup"},
         {{"--ini", path("none.ini")}, "none.ini"},
         {{"--plugin", path("none.so")}, "none.so"},
+        {{"--append", path("none/boards.csv")}, "none/boards.csv: cannot be written"},
         {{"--eeprom", cut}, "8191"},
         {{"--eeprom", path("none/eeprom.bin")}, "none/eeprom.bin"},
         {{"--eeprom", blank, "--profile", "no-eeprom-25"}, "has no EEPROM for --eeprom"},

@@ -1,7 +1,11 @@
 #include "simulator/host/report/certificate.h"
 
+#include "simulator/files/whole_file.h"
+
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QLockFile>
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -40,6 +44,18 @@ QJsonObject profilesOf(Certificate const& certificate) {
     return charts;
 }
 
+QString quoted(QString text) { return '"' + text.replace('"', QLatin1String("\"\"")) + '"'; }
+
+QString boardLine(QJsonObject const& board) {
+    QStringList cells;
+    for (char const* key : kBoardColumns) {
+        QJsonValue const value = board[QLatin1String(key)];
+        cells << (value.isDouble()   ? QString::number(value.toDouble())
+                  : value.isString() ? quoted(value.toString())
+                                     : QString());
+    }
+    return cells.join(',') + '\n';
+}
 } // namespace
 
 QString textOf(Verdict verdict) {
@@ -82,6 +98,30 @@ QString writeCertificate(Certificate const& certificate, OutputFolder& output) {
     output.saveBytes(page, certificatePage(certificate));
     output.saveBytes(nameOf("summary.json"), certificateJson(certificate));
     return output.pathOf(page);
+}
+
+bool appendBoard(Certificate const& certificate, QString const& file, QString* error) {
+    constexpr int kLongestWaitMs = 10'000;
+    constexpr qint64 kLargestTable = 1 << 28;
+    if (!files::isReplaceable(file, error))
+        return false;
+    QLockFile lock(file + QLatin1String(".lock"));
+    if (!lock.tryLock(kLongestWaitMs)) {
+        *error = QStringLiteral("%1: cannot be written: another program holds %1.lock").arg(file);
+        return false;
+    }
+    QByteArray table;
+    if (QFileInfo::exists(file)) {
+        auto const present = files::read(file, kLargestTable, error);
+        if (!present)
+            return false;
+        table = *present;
+    }
+    if (table.isEmpty())
+        table = QStringList(std::begin(kBoardColumns), std::end(kBoardColumns)).join(',').toUtf8() + '\n';
+    if (!table.endsWith('\n')) // as an editor may leave it
+        table += '\n';
+    return files::replace(file, table + boardLine(certificate.figures["board"].toObject()).toUtf8(), error);
 }
 
 double rounded(double value) {

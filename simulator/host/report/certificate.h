@@ -53,6 +53,16 @@ struct Certificate {
 /// no calibration's. Returns the page's absolute name.
 QString writeCertificate(Certificate const& certificate, OutputFolder& output);
 
+/// What one line of a table of boards tells, in its order: keys of the object "board" of the figures.
+inline constexpr char const* kBoardColumns[] = {"serial_number", "date",        "sensor",   "label",
+                                                "lights_K",      "before_ab",   "after_ab", "verdict",
+                                                "eeprom",        "results_file"};
+
+/// Adds the certificate's board as a line to a table of comma-separated values (RFC 4180), with a head when
+/// the file is new or empty. Programs that do so at the same time wait for one another. False with a message
+/// for the user, and the file as it was, when it cannot be written.
+[[nodiscard]] bool appendBoard(Certificate const& certificate, QString const& file, QString* error);
+
 /// A number with as many decimals as anybody can mean; 0 for what is no number.
 [[nodiscard]] double rounded(double value);
 } // namespace pictara

@@ -138,8 +138,7 @@ bool saveCertificate(Session& session, DialogPage& page, QString const& file, QS
     return files::replace(file, certificatePage(certificate), error);
 }
 
-ExitCode conclude([[maybe_unused]] Session const& session, Certificate& certificate, OutputFolder& output,
-                  ExitCode code) {
+ExitCode conclude(Session const& session, Certificate& certificate, OutputFolder& output, ExitCode code) {
     giveResult(certificate, "done");
     QJsonObject board = certificate.figures["board"].toObject();
     for (auto const& [key, state] : {std::pair("before_ab", "uncorrected"), {"after_ab", "corrected"}})
@@ -147,11 +146,17 @@ ExitCode conclude([[maybe_unused]] Session const& session, Certificate& certific
     board["verdict"] = certificate.result;
     certificate.figures["board"] = board;
     QString const page = writeCertificate(certificate, output);
+    QString error;
+    QString const boards = session.options().boardsFile;
+    bool const isKept = boards.isEmpty() || appendBoard(certificate, boards, &error);
     ProgressReport::say(QLatin1Char('\n') + certificateText(certificate));
     if (!output.failed())
         ProgressReport::say(QStringLiteral("The certificate is %1.").arg(page));
-    if (!certificate.cause.isEmpty())
-        complain(certificate.cause);
-    return output.failed() ? kExitNotCalibrated : code == kExitDone ? exitCodeOf(certificate.verdict) : code;
+    for (QString const& cause : {certificate.cause, error})
+        if (!cause.isEmpty())
+            complain(cause);
+    return output.failed() || !isKept ? kExitNotCalibrated
+           : code == kExitDone        ? exitCodeOf(certificate.verdict)
+                                      : code;
 }
 } // namespace pictara

@@ -49,6 +49,7 @@ struct Options {
     double luminanceLimit = 10;            ///< percent off the target shape
 
     QString outputFolder = QStringLiteral("pictara-output");
+    QString boardsFile; ///< a table that gets a line for the board
     QString eepromFile;
     QString iniFile;
     QString pluginFile;
