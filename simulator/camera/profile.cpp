@@ -117,9 +117,8 @@ EepromSection readEeprom(JsonPlace const& place, Profile& profile) {
 RegisterMap::Register* readRegister(JsonPlace const& place, RegisterPlace const& told, Profile& profile) {
     RegisterMap::Register* const reg = profile.registers.find(0, told.id, told.address);
     if (!reg || reg->description.dataWidth < 16)
-        place.fail(QStringLiteral("there is no 16-bit register at id %1, address 0x%2")
-                       .arg(told.id)
-                       .arg(told.address, 4, 16, QLatin1Char('0')));
+        place.fail(
+            QString::asprintf("there is no 16-bit register at id %u, address 0x%04x", told.id, told.address));
     return reg;
 }
 

@@ -142,10 +142,8 @@ bool SimulatedCamera::loadEeprom(QString const& file, QString* error) {
         return true;
     }
     if (bytes)
-        *error = QStringLiteral("%1: the EEPROM has %2 bytes, the file has %3")
-                     .arg(file)
-                     .arg(kEepromSize)
-                     .arg(bytes->size());
+        *error = file + QString::asprintf(": the EEPROM has %zu bytes, the file has %d", size_t(kEepromSize),
+                                          bytes->size());
     return false;
 }
 

@@ -147,10 +147,8 @@ public:
             auto const* const reg =
                 m_profile.registers.find(setting.addressSpace, setting.id, setting.address);
             setting.name = reg ? reg->name : QByteArray();
-            setting.place = QStringLiteral("%1/%2/0x%3")
-                                .arg(setting.addressSpace)
-                                .arg(setting.id)
-                                .arg(setting.address, 4, 16, QLatin1Char('0'));
+            setting.place =
+                QString::asprintf("%u/%u/0x%04x", setting.addressSpace, setting.id, setting.address);
         }
         return record;
     }

@@ -128,11 +128,9 @@ QString lampFault(ComponentMeans const& green, Terms const& surface, double aspe
     double const scale = std::sqrt(double(odd.size()));
     Eigen::Array2d const slope = slopes.colwise().norm() / scale;
     if ((offset.array().abs() * slope > kLargestOffset * slope + kOffsetSlack).any())
-        return QStringLiteral("the lamp is not even: the brightness is centred %1 of the half-width off "
-                              "the middle (column %2, row %3)")
-            .arg(offset.norm(), 0, 'f', 2)
-            .arg(offset(0), 0, 'f', 2)
-            .arg(offset(1), 0, 'f', 2);
+        return QString::asprintf("the lamp is not even: the brightness is centred %.2f of the half-width off "
+                                 "the middle (column %.2f, row %.2f)",
+                                 offset.norm(), offset(0), offset(1));
     double const rest = (odd + slopes * offset).norm() / scale;
     if (rest > kLopsidedness)
         return QStringLiteral("the lamp is not even: %1 of the brightness are lopsided").arg(percent(rest));
