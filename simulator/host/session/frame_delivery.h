@@ -20,6 +20,9 @@ public:
     [[nodiscard]] uint64_t frameNumber() const { return m_frameNumber; }
     /// What the sensor's exposure register holds, in rows.
     [[nodiscard]] uint32_t exposure() const;
+    /// The last frame as the sensor delivered it, and how the host showed it.
+    [[nodiscard]] simulator::Frame const& frame() const { return m_frame; }
+    [[nodiscard]] ColourSettings const& settings() const { return m_settings; }
     /// The picture of the last frame, with what the plug-in painted into it.
     [[nodiscard]] QImage const& picture() const { return m_picture; }
     /// The picture of the last frame without it.

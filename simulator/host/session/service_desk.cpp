@@ -116,6 +116,8 @@ HostServices ServiceDesk::filledTable() {
     });
     PICTARA_SERVICE(writeIntSetting, [](ServiceDesk& desk, Text key, int32_t value) {
         desk.m_settings.setText(key, QByteArray::number(value));
+        if (key == "AnalysisDlg Show" && value == 1)
+            desk.onGraph();
     });
     PICTARA_SERVICE(writeTextSetting,
                     [](ServiceDesk& desk, Text key, Text value) { desk.m_settings.setText(key, value); });
@@ -131,7 +133,7 @@ HostServices ServiceDesk::filledTable() {
             },
             [&] { return buffer && size > 0 ? simulator::callText(buffer) : QByteArray(); });
     };
-    // This host marks no registers, locks nothing while a dialog of the plug-in is open and analyses nothing.
+    // This host marks no registers and locks nothing meanwhile; its graph shows what the person chooses.
 #define PICTARA_UNUSED(slot) PICTARA_SERVICE(slot, [](auto&&...) {})
     PICTARA_UNUSED(announceRegister), PICTARA_UNUSED(modalDialog), PICTARA_UNUSED(setupAnalysis);
     PICTARA_UNUSED(slot1), PICTARA_UNUSED(slot6), PICTARA_UNUSED(slot11), PICTARA_UNUSED(slot12);

@@ -6,6 +6,7 @@
 #include "simulator/host/session/state_variables.h"
 
 #include <QString>
+#include <functional>
 #include <map>
 #include <utility>
 
@@ -26,6 +27,8 @@ public:
     /// All 33 functions; each call is told to the boundary's observers.
     [[nodiscard]] static HostServices const& table();
 
+    /// Called when the plug-in asks for the host's graph.
+    std::function<void()> onGraph = [] {};
     /// Register-list entries that reached the sensor.
     [[nodiscard]] uint64_t listEntriesWritten() const { return m_listEntriesWritten; }
     /// What the last of them left, by id and address.

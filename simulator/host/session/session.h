@@ -51,7 +51,7 @@ public:
     [[nodiscard]] SensorRegisters& registers() { return m_registers; }
     [[nodiscard]] FrameDelivery& frames() { return m_frames; }
     [[nodiscard]] StateVariables& states() { return m_states; }
-    [[nodiscard]] ServiceDesk const& desk() const { return m_desk; }
+    [[nodiscard]] ServiceDesk& desk() { return m_desk; }
     [[nodiscard]] QString const& outputFolder() const { return m_outputFolder; }
 
 private:
