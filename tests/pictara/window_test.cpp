@@ -65,7 +65,6 @@ struct HostWindowTest : testing::Test, TestFiles {
         options.eepromFile = write("board.bin", smallImage());
         options.profile = smallProfile("polynomial", {});
         options.outputFolder = path("out");
-        options.lightLevel = 1.00023;
         session = Session::open(options, &error);
         ASSERT_TRUE(session) << error.toStdString();
         window = std::make_unique<HostWindow>(*session);
@@ -112,21 +111,6 @@ TEST_F(HostWindowTest, ThePictureFollowsTheLightWhichKeepsWhatTheCoverHides) {
     click("cover");
     click("normal");
     EXPECT_TRUE(light().level == 1 && !light().objectInPicture);
-}
-
-// What a field rounds must not hold its slider fast, nor change the quantity of another.
-TEST_F(HostWindowTest, ASliderReachesEveryPositionStepByStepAndMovesNothingElse) {
-    for (char const* const name : {"temperatureSlider", "gradientSlider", "levelSlider"}) {
-        EXPECT_EQ(light().level, 1.00023) << "rounded to what its field shows";
-        auto* const slider = part<QSlider>(name);
-        slider->setValue(slider->minimum());
-        for (int position = slider->minimum(); position < slider->maximum(); ++position) {
-            slider->triggerAction(QAbstractSlider::SliderSingleStepAdd);
-            ASSERT_EQ(slider->value(), position + 1) << name;
-        }
-    }
-    EXPECT_TRUE(light().colourTemperature == 12'000 && light().gradient == 1);
-    EXPECT_DOUBLE_EQ(light().level, 10'000);
 }
 
 TEST_F(HostWindowTest, TheDialogComesBackAfterItWasClosedAndNoFrameAfterTheWindowWas) {
@@ -180,7 +164,7 @@ TEST_F(HostWindowTest, EveryControlTellsWhatItIsForAndCanBeReachedByKey) {
             EXPECT_FALSE(control->toolTip().isEmpty()) << controls.last().toStdString();
             EXPECT_NE(control->focusPolicy() & Qt::TabFocus, 0) << controls.last().toStdString();
         }
-    EXPECT_GT(controls.size(), 20) << "the walk missed most";
+    EXPECT_GT(controls.size(), 17) << "the walk missed most";
 }
 
 TEST_F(HostWindowTest, TheEepromsRecordsAreToldAndItsChangesMarked) {
@@ -231,10 +215,7 @@ TEST_F(HostWindowTest, CallsAreFilteredAndSavedAsTheyAreShown) {
     EXPECT_GT(calls->rowCount(), 9);
     part<QLineEdit>("callText")->setText("rgbimage");
     EXPECT_EQ(calls->rowCount(), 4);
-    ASSERT_TRUE(saveCalls(*calls, path("calls.txt"), &error)) << error.toStdString();
-    QFile saved(path("calls.txt"));
-    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
-    EXPECT_EQ(saved.readAll().count("    RgbImageData "), 4);
+    EXPECT_EQ(callsText(*calls).count("    RgbImageData "), 4);
     part<QLineEdit>("callText")->setText("input");
     EXPECT_EQ(calls->rowCount(), 6) << "opening, the results' folder and the frames";
     part<QLineEdit>("callText")->clear();

@@ -1,6 +1,5 @@
 #include "simulator/host/window/call_log.h"
 
-#include "simulator/files/whole_file.h"
 #include "simulator/host/session/words.h"
 
 namespace pictara {
@@ -70,7 +69,7 @@ void CallLog::drop(size_t count) {
     endRemoveRows();
 }
 
-bool saveCalls(QAbstractItemModel const& shown, QString const& file, QString* error) {
+QByteArray callsText(QAbstractItemModel const& shown) {
     QString text;
     for (int row = 0; row < shown.rowCount(); ++row) {
         auto const cell = [&](int column) { return shown.index(row, column).data().toString(); };
@@ -80,6 +79,6 @@ bool saveCalls(QAbstractItemModel const& shown, QString const& file, QString* er
         words.removeAll(QString());
         text += words.join(QLatin1Char(' ')) + QLatin1Char('\n');
     }
-    return files::replace(file, text.toUtf8(), error);
+    return text.toUtf8();
 }
 } // namespace pictara

@@ -45,6 +45,6 @@ private:
     std::vector<size_t> m_openCalls; ///< lines since the log was made, from 0; the innermost last
 };
 
-/// Writes the lines of a log, or those that a filter leaves of it, all or nothing. False with a message.
-[[nodiscard]] bool saveCalls(QAbstractItemModel const& shown, QString const& file, QString* error);
+/// The lines of a log, or those that a filter leaves of it, as a text.
+[[nodiscard]] QByteArray callsText(QAbstractItemModel const& shown);
 } // namespace pictara

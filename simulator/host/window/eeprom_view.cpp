@@ -3,6 +3,8 @@
 #include "ui_host_window.h"
 
 #include <QFontDatabase>
+#include <QHeaderView>
+#include <QScreen>
 #include <QScrollBar>
 #include <utility>
 
@@ -16,6 +18,7 @@ constexpr int kRowStart = 6; // characters before a row's first byte
 constexpr int kRowLength = kRowStart + 3 * kRowBytes + 1 + kRowBytes + 1; // with that of the line's end
 constexpr int kFullEntrySize = 18;                                        // bytes
 constexpr int kShortEntrySize = 4;
+constexpr int kWideScreen = 1600;
 constexpr int kMarkOpacity = 110; // the text stays readable in a light and in a dark scheme
 
 QString placeOf(size_t offset) { return QStringLiteral("%1").arg(offset, 4, 16, QLatin1Char('0')).toUpper(); }
@@ -30,8 +33,7 @@ QString dumpOf(QByteArray const& bytes) {
         QString characters;
         for (char const byte : row)
             characters += QLatin1Char(byte >= ' ' && byte <= '~' ? byte : '.');
-        dump += QStringLiteral("%1  %2  %3\n")
-                    .arg(placeOf(size_t(offset)), QString::fromLatin1(row.toHex(' ').toUpper()), characters);
+        dump += placeOf(size_t(offset)) + "  " + row.toHex(' ').toUpper() + "  " + characters + '\n';
     }
     return dump;
 }
@@ -40,7 +42,6 @@ QTreeWidgetItem* newItem(size_t offset, size_t size, QString const& what, QStrin
     auto* const item = new QTreeWidgetItem({placeOf(offset), what, held});
     item->setData(kPlace, kOffset, qulonglong(offset));
     item->setData(kPlace, kSize, qulonglong(size));
-    item->setToolTip(kWhat, what);
     item->setToolTip(kHeld, held);
     return item;
 }
@@ -72,15 +73,16 @@ QTreeWidgetItem* itemOf(simulator::StoredRecord const& record) {
 EepromView::EepromView(Ui::HostWindow const& ui, simulator::SimulatedCamera const& camera)
     : m_ui(ui), m_camera(camera), m_before(camera.eepromBytes()) {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPointSizeF(0.9 * font.pointSizeF());
+    bool const isWide = ui.bytes->screen()->availableGeometry().width() >= kWideScreen;
+    font.setPointSizeF((isWide ? 0.9 : 0.75) * font.pointSizeF());
     ui.bytes->setFont(font);
-    // All of a row's bytes, if there is room for them, and the rest for the records.
-    ui.eepromParts->setSizes({ui.bytes->fontMetrics().averageCharWidth() * kRowLength +
-                                  ui.bytes->verticalScrollBar()->sizeHint().width(),
+    // All of a row's bytes and the rest for the records, or one below the other.
+    ui.eepromParts->setOrientation(isWide ? Qt::Horizontal : Qt::Vertical);
+    ui.eepromParts->setSizes({!isWide ? 1
+                                      : ui.bytes->fontMetrics().averageCharWidth() * kRowLength +
+                                            ui.bytes->verticalScrollBar()->sizeHint().width(),
                               1});
-    int const em = ui.records->fontMetrics().averageCharWidth();
-    ui.records->setColumnWidth(kPlace, 10 * em);
-    ui.records->setColumnWidth(kWhat, 12 * em);
+    ui.records->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     ui.beginAnew->setEnabled(camera.hasEeprom());
     connect(ui.records, &QTreeWidget::currentItemChanged, this, &EepromView::chooseBytesOfRecord);
     connect(ui.beginAnew, &QPushButton::clicked, this, [this] {

@@ -10,8 +10,7 @@
 #include <QSortFilterProxyModel>
 #include <QTimer>
 #include <memory>
-
-class QLabel;
+#include <optional>
 
 namespace pictara {
 /// The host's main window, a bench: the live picture, sensor and light at its side, and below it calls and
@@ -36,11 +35,13 @@ protected:
 
 private:
     void connectCalls();
+    void connectPicture();
     void bringDialogBack();
+    [[nodiscard]] QRect room() const; ///< on the screen, for windows without their frames
     void onClock();
     void refreshPanels();
-    void filterCalls(QString const& text);
-    void askAndSaveCalls();
+    void showPicture();
+    void askAndSave(QAction const* action, char const* ending, QByteArray const& contents);
     void tellRefusal();
 
     Session& m_session;
@@ -51,8 +52,8 @@ private:
     SceneControls m_scene;
     EepromView m_eeprom;
     QPointer<QDialog> m_dialog; ///< the plug-in's
-    QLabel* m_status;
     bool m_isTrying = false;
+    std::optional<int> m_row; ///< of the profile; none: the middle one
     QTimer m_clock;
 };
 

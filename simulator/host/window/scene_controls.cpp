@@ -5,44 +5,24 @@
 #include "ui_host_window.h"
 
 #include <QSignalBlocker>
-#include <algorithm>
-#include <cmath>
 
 namespace pictara {
 namespace {
 constexpr char kExposureRegister[] = "COARSE_INTEGRATION_TIME";
 constexpr char kAutomaticExposure[] = "Auto Exposure";
 
-// A quantity of the light that a person sets by a field and a slider.
+// A quantity of the light that a person sets.
 struct Quantity {
     QDoubleSpinBox* Ui::HostWindow::*number;
-    QSlider* Ui::HostWindow::*slider;
     double simulator::Light::*value;
     Range range;
-    bool isLogarithmic = false; ///< whether equal ways of the slider are equal ratios
 };
 
 constexpr Quantity kQuantities[] = {
-    {&Ui::HostWindow::temperature, &Ui::HostWindow::temperatureSlider, &simulator::Light::colourTemperature,
-     kColourTemperatures},
-    {&Ui::HostWindow::level, &Ui::HostWindow::levelSlider, &simulator::Light::level, kLevels, true},
-    {&Ui::HostWindow::gradient, &Ui::HostWindow::gradientSlider, &simulator::Light::gradient, kGradients},
+    {&Ui::HostWindow::temperature, &simulator::Light::colourTemperature, kColourTemperatures},
+    {&Ui::HostWindow::level, &simulator::Light::level, kLevels},
+    {&Ui::HostWindow::gradient, &simulator::Light::gradient, kGradients},
 };
-
-constexpr double kPositions = 400; // of a slider
-
-int positionOf(Quantity const& quantity, double value) {
-    auto const [low, high] = quantity.range;
-    double const share =
-        quantity.isLogarithmic ? std::log(value / low) / std::log(high / low) : (value - low) / (high - low);
-    return int(std::lround(std::clamp(share, 0.0, 1.0) * kPositions));
-}
-
-double valueAt(Quantity const& quantity, int position) {
-    auto const [low, high] = quantity.range;
-    double const share = position / kPositions;
-    return quantity.isLogarithmic ? low * std::pow(high / low, share) : low + (high - low) * share;
-}
 
 // Without telling its receivers.
 template <typename Control, typename Set, typename Value>
@@ -98,16 +78,12 @@ void SceneControls::connectLight() {
         changeLight();
     });
     for (Quantity const& quantity : kQuantities) {
-        auto const set = [this, &quantity](double value) {
-            m_light.*quantity.value = value;
-            changeLight();
-        };
         QDoubleSpinBox* const number = m_ui.*quantity.number;
         number->setRange(quantity.range.low, quantity.range.high);
-        connect(number, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, set);
-        // Not what the field makes of it: rounded, it could lie at the position from where the slider came.
-        connect(m_ui.*quantity.slider, &QSlider::valueChanged, this,
-                [set, &quantity](int position) { set(valueAt(quantity, position)); });
+        connect(number, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, [&](double value) {
+            m_light.*quantity.value = value;
+            changeLight();
+        });
     }
     connect(m_ui.object, &QCheckBox::toggled, this, [this](bool isInPicture) {
         m_light.objectInPicture = isInPicture;
@@ -115,17 +91,15 @@ void SceneControls::connectLight() {
     });
     connect(m_ui.cover, &QCheckBox::toggled, this, &SceneControls::changeLight);
     connect(m_ui.normal, &QPushButton::clicked, this, [this] {
-        m_light = {};
+        m_light = {.colourTemperature = m_light.colourTemperature};
         setQuietly(m_ui.cover, &QCheckBox::setChecked, false);
         changeLight();
     });
 }
 
 void SceneControls::showLight() {
-    for (Quantity const& quantity : kQuantities) {
+    for (Quantity const& quantity : kQuantities)
         setQuietly(m_ui.*quantity.number, &QDoubleSpinBox::setValue, m_light.*quantity.value);
-        setQuietly(m_ui.*quantity.slider, &QSlider::setValue, positionOf(quantity, m_light.*quantity.value));
-    }
     setQuietly(m_ui.object, &QCheckBox::setChecked, m_light.objectInPicture);
     int const known =
         m_ui.illuminant->findText(QStringLiteral(", %1 K").arg(m_light.colourTemperature), Qt::MatchEndsWith);
