@@ -43,12 +43,19 @@ void workUntil(Condition isReached) {
         QApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
+void trigger(HostWindow& window, char const* action) {
+    window.findChild<QAction*>(QLatin1String(action))->trigger();
+}
+
 void showEeprom(HostWindow& window) {
+    trigger(window, "profile");
     window.findChild<QTabWidget*>(QStringLiteral("tabs"))->setCurrentIndex(1);
 }
 
 void showUniformity(HostWindow& window) {
-    window.findChild<QAction*>(QStringLiteral("uniformity"))->trigger();
+    trigger(window, "uniformity");
+    trigger(window, "profile");
+    trigger(window, "diagonal");
 }
 
 void beRefused(HostWindow& window) {
@@ -89,7 +96,7 @@ bool write(NamedState const& state, QDir const& folder) {
         window.showWithDialog();
         state.reach(window);
         workUntil([&] { return session->frames().frameNumber() >= kSettledFrames; });
-        written = writeNamedPicture({&window, window.dialog()}, folder, state.name);
+        written = writeNamedPicture({&window, window.dialog()->window()}, folder, state.name);
     }
     session->closePlugin();
     QApplication::setPalette(light);
