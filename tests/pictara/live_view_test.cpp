@@ -1,4 +1,5 @@
 #include "simulator/host/report/charts.h"
+#include "simulator/host/run/runs.h"
 #include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
@@ -82,8 +83,12 @@ TEST(Bench, BeginsWithTheLampOfThePageAndShowsAllItIsAskedFor) {
         session->setLight({});
         page.press("Start_Over");
         EXPECT_TRUE(refused()) << "until the next try";
+        EXPECT_TRUE(sittingPage(*session, page).contains(">not calibrated<"));
         page.press("Calibrate");
         EXPECT_FALSE(refused());
+        for (int i = 0; i < 100 && page.text("Calibrate_Status") != "Done."; ++i)
+            (void)refused();
+        EXPECT_TRUE(sittingPage(*session, page).contains("<dt>Repeatability</dt>"));
     }
 }
 } // namespace

@@ -1,7 +1,6 @@
 #include "simulator/host/run/runs.h"
 
 #include "simulator/files/interruption.h"
-#include "simulator/files/whole_file.h"
 #include "simulator/host/report/sitting.h"
 #include "simulator/host/run/measurement.h"
 #include "simulator/host/run/verdict.h"
@@ -126,8 +125,8 @@ ExitCode certifyScript(Session& session, DialogPage& page, ScriptEnd const& end)
     return conclude(session, certificate, output, code);
 }
 
-bool saveCertificate(Session& session, DialogPage& page, QString const& file, QString* error) {
-    Certificate certificate = certifySitting("sitting", session, page);
+QByteArray sittingPage(Session& session, DialogPage page) {
+    Certificate certificate = certifySitting("calibration", session, page);
     if (session.desk().listEntriesWritten() > 0) {
         RunDriver driver(page, [&] { session.frames().deliverNext(); });
         if (measureSitting(session, page, driver, certificate))
@@ -135,7 +134,7 @@ bool saveCertificate(Session& session, DialogPage& page, QString const& file, QS
         page.resumeTimer();
     }
     giveResult(certificate, "not calibrated");
-    return files::replace(file, certificatePage(certificate), error);
+    return certificatePage(certificate);
 }
 
 ExitCode conclude(Session const& session, Certificate& certificate, OutputFolder& output, ExitCode code) {

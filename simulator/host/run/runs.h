@@ -33,9 +33,9 @@ struct ScriptEnd {
 [[nodiscard]] bool measureSitting(Session& session, DialogPage& page, RunDriver& driver,
                                   Certificate& certificate);
 
-/// Writes the page of a sitting by hand, measured when a solution is in the sensor; the page ticks by itself
-/// again. False with a message for the user.
-[[nodiscard]] bool saveCertificate(Session& session, DialogPage& page, QString const& file, QString* error);
+/// The certificate of a sitting by hand as a page, measured when a solution is in the sensor; the dialog's
+/// page ticks by itself again.
+[[nodiscard]] QByteArray sittingPage(Session& session, DialogPage page);
 
 /// Writes a script's certificate, of one that failed without a measurement, and adds its board to the table
 /// of the options. Returns the program's exit code.

@@ -3,7 +3,7 @@
 #include "simulator/files/interruption.h"
 #include "simulator/files/whole_file.h"
 #include "simulator/host/report/charts.h"
-#include "simulator/host/run/run_all.h"
+#include "simulator/host/run/runs.h"
 #include "simulator/host/run/verdict.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
@@ -94,6 +94,12 @@ void HostWindow::connectPicture() {
         connect(action, &QAction::triggered, this, [=, this] { askAndSave(action, ending, contents()); });
     };
     connectSave(m_ui->save, "calls.txt", [this] { return callsText(m_shown); });
+    connectSave(m_ui->saveCertificate, "certificate.html", [this] {
+        m_clock.stop(); // frames come by the measurement
+        QByteArray const page = sittingPage(m_session, DialogPage::find(m_dialog));
+        m_clock.start(0);
+        return page;
+    });
     connectSave(m_ui->savePicture, "picture.png", [this] { return pngOf(m_session.frames().picture()); });
     m_ui->saveRaw->setEnabled(m_session.camera().description().rawType != simulator::FrameType::Ycbcr);
     connectSave(m_ui->saveRaw, "raw.png", [this] { return pngOf(rawPicture(m_session.frames().frame())); });
