@@ -27,10 +27,11 @@ class Mutant:
         return " ".join((text[first : self.begin] + change + text[self.end : last]).split())
 
 
-# Comments, literals, directives, compile-time checks, attributes and what only another system builds: changing them
+# Comments, literals, directives, compile-time checks, attributes, what another system or compiler builds: changing them
 # shows nothing about the tests.
 _NO_CODE = re.compile(
     r"""^\#ifdef\ (?:_WIN32|Q_OS_WIN)\n.*?^\#(?:else|endif)
+      | ^\#else\ //\ other\ compilers\n.*?^\#endif
       | //[^\n]*
       | /\*.*?\*/
       | "(?:\\.|[^"\\\n])*"

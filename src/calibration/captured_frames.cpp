@@ -30,7 +30,7 @@ bool CapturedFrames::haveAllFrames() const {
 void CapturedFrames::capture(CaptureRow& row, Frame const& frame, size_t imagePixels) {
     int64_t const bytes = int64_t{frame.height} * frame.pitch;
     // Two negatives would tell a size, but not where it begins.
-    if (!frame.data || frame.height <= 0 || bytes <= 0)
+    if (!frame.data || std::min(frame.height, frame.pitch) <= 0)
         return;
     if (m_frameBytes < bytes) {
         for (CaptureRow& each : *this)

@@ -3,6 +3,7 @@
 #include "common/version.h"
 #include "ui_config.h"
 
+#include <iterator>
 #include <utility>
 
 using namespace kestra;
@@ -26,6 +27,7 @@ Config::Config(QWidget* parent, SensorRecord const& sensor, HostServices const* 
     char const* const handlers[] = {
         SLOT(OnCbnSelchangePnCombo(QString)), SLOT(OnCbnSelchangeIfCombo(QString)),
         SLOT(OnCbnSelchangeMiCombo(QString)), SLOT(OnCbnSelchangeSpCombo(QString))};
-    for (size_t i = 0; i < w.combos.size(); ++i)
-        connect(w.combos[i], SIGNAL(currentIndexChanged(QString)), this, handlers[i]);
+    auto const* handler = std::begin(handlers);
+    for (QComboBox* const combo : w.combos)
+        connect(combo, SIGNAL(currentIndexChanged(QString)), this, *handler++);
 }

@@ -23,7 +23,8 @@ void addPixels(std::span<CSbl::Block const> blocks, uint8_t const* pixels, ptrdi
     std::ranges::transform(blocks, ranges.begin(), [](CSbl::Block const& block) {
         return ColumnRange{block.left, block.right};
     });
-    addChannelSums(pixels + blocks[0].top * pitch, pitch, blocks[0].bottom - blocks[0].top,
+    CSbl::Block const& any = blocks.front(); // they have one top and one bottom
+    addChannelSums(pixels + any.top * pitch, pitch, any.bottom - any.top,
                    std::span(ranges).first(blocks.size()), sums);
 }
 } // namespace

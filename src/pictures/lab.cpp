@@ -26,14 +26,17 @@ Lab rgbToLab(double red, double green, double blue) {
 }
 
 FractionalPower::FractionalPower(double exponent) : m_exponent(exponent) {
-    double coefficient = 1;
-    for (size_t k = 0; k < m_coefficients.size(); ++k) {
-        coefficient *= (exponent - double(k)) / double(k + 1);
-        m_coefficients[k] = coefficient;
+    double product = 1, k = 0;
+    for (double& coefficient : m_coefficients) {
+        product *= (exponent - k) / (k + 1);
+        coefficient = product;
+        ++k;
     }
-    for (size_t i = 0; i < m_nodes.size(); ++i) {
-        double const node = nodeAt(kFirst + i);
-        m_nodes[i] = {std::pow(node, exponent), 1 / node};
+    uint64_t number = kFirst;
+    for (Node& node : m_nodes) {
+        double const middle = nodeAt(number);
+        node = {std::pow(middle, exponent), 1 / middle};
+        ++number;
     }
 }
 } // namespace kestra

@@ -3,6 +3,9 @@
 #include "common/numbers.h"
 #include "pictures/channel_sums.h"
 
+#include <array>
+#include <iterator>
+
 namespace kestra {
 std::optional<MeanColour> meanOfCentre(Frame const& frame) {
     if (!frame.hasRgb32Pixels())
@@ -13,9 +16,10 @@ std::optional<MeanColour> meanOfCentre(Frame const& frame) {
     int64_t const right = int64_t{3} * frame.width / 4;
     if (top == bottom || left == right)
         return std::nullopt;
-    ColumnRange const centre{int32_t(left), int32_t(right)};
-    ChannelSums sums;
-    addChannelSums(frame.row(top), frame.pitch, bottom - top, {&centre, 1}, {&sums, 1});
+    ColumnRange const centre[] = {{int32_t(left), int32_t(right)}};
+    std::array<ChannelSums, std::size(centre)> all;
+    addChannelSums(frame.row(top), frame.pitch, bottom - top, centre, all);
+    ChannelSums const& sums = all.front();
     double const count = double(bottom - top) * double(right - left);
     return MeanColour{double(sums.red) / count, double(sums.green) / count, double(sums.blue) / count};
 }

@@ -108,8 +108,7 @@ SerialNumber kestra::serialNumberOfConfigPage() {
 Config* kestra::makeConfigPage(SensorRecord const& sensor, HostServices const& services) {
     KestraMfr& plugin = kestraMfr();
     auto const tellCalibrationPages = [](bool isEmpty) {
-        std::array<CalibrationPage*, 2> const pages = {kestraMfr().g_lensAssist,
-                                                       kestraMfr().g_lensAssistApga};
+        CalibrationPage* const pages[] = {kestraMfr().g_lensAssist, kestraMfr().g_lensAssistApga};
         tellSerialNumberEdited(pages, isEmpty);
     };
     auto* const page = new Config(plugin.g_parentWidget, sensor, &services, plugin.g_headboardEeprom,

@@ -282,12 +282,16 @@ TEST_P(PageContract, LensCorrectionButtonFollowsTheSensorAndNotTheClick) {
     page->registerChanged(0, 1);
     EXPECT_EQ(text("Enable_LC"), "Disable LC");
     EXPECT_TRUE(button->isChecked());
-    libraries.bitfields.clear();
-    page->registerChanged(0, 0);
-    EXPECT_FALSE(button->isChecked());
     Calls const written = host.calls("writeRegister");
     ASSERT_EQ(written.size(), 1U) << "an update from code writes nothing";
     EXPECT_EQ(written[0].back(), '1');
+    button->click();
+    EXPECT_EQ(host.calls("writeRegister").back().back(), '0');
+    page->registerChanged(0, 1);
+    libraries.bitfields.clear();
+    page->registerChanged(0, 0);
+    EXPECT_FALSE(button->isChecked());
+    EXPECT_EQ(host.calls("writeRegister").size(), 2U);
 }
 
 TEST_P(PageContract, BrowseKeepsWhatTheChooserAnswersAndBracketsIt) {

@@ -86,7 +86,7 @@ TEST(Uniformity, FramesThatDoNotHoldTogetherAreNotMeasuredButMissingPixelsAreGre
     frame.data = nullptr;
     ASSERT_TRUE(measureUniformity(frame, 2));
     EXPECT_EQ(measureUniformity(frame, 2)->value, 0);
-    frame = {nullptr, ImageType::Rgb32, 1 << 15, 1 << 15, 1 << 17};
+    frame = {nullptr, ImageType::Rgb32, 1 << 14, (1 << 12) + 1, 1 << 16};
     EXPECT_FALSE(measureUniformity(frame, 0)) << "it would take longer than anyone waits";
     // A picture told from its last row upwards.
     frame = {picture.pixels.data() + 47 * 64, ImageType::Rgb32, 64, 48, -256};
