@@ -6,7 +6,7 @@ namespace {
 using FailedRun = Program;
 
 TEST_F(FailedRun, IsToldByDialogSummaryAndExitCode) {
-    constexpr char kRefused[] = "Calibrate_Status: Error. Are the External sensor data files installed?";
+    constexpr char kRefused[] = "Calibrate: Error. Are the External sensor data files installed?";
     constexpr char kNotHeld[] = "does not hold the solution"; // though the dialog says that it saved
     QString const plain = smallProfile("polynomial", {}), bridge = smallProfile("eeprom-bridge-71", {});
     struct {
@@ -20,8 +20,8 @@ TEST_F(FailedRun, IsToldByDialogSummaryAndExitCode) {
         {plain, {"--gradient", "-0.5"}, 6, {kRefused, "the lamp is not even"}},
         {"adaptive-72", {"--object"}, 6, {"not flat"}},
         {"wrong-size", {}, 7, {"Error: Incompatible image size.", "1280 x 720 instead of 1920 x 1080"}},
-        {plain, {"--fault", "error-12"}, 9, {"Prom_Save_Status: Error accessing the EEPROM."}},
-        {plain, {"--fault", "error-12@1+"}, 9, {"Prom_Save_Status: No EEPROM."}},
+        {plain, {"--fault", "error-12"}, 9, {"Save to EEPROM: Error accessing the EEPROM."}},
+        {plain, {"--fault", "error-12@1+"}, 9, {"Save to EEPROM: No EEPROM."}},
         {plain, {"--fault", "ignored-write+"}, 9, {kNotHeld}},
         {bridge, {"--fault", "none"}, 9, {kNotHeld}},
         // Behind the bridge the dialog cannot tell silence from absence, and asks for ever.
@@ -41,6 +41,31 @@ TEST_F(FailedRun, IsToldByDialogSummaryAndExitCode) {
             EXPECT_TRUE(run.value("cause").contains(told) && run.messages.contains(told))
                 << run.messages.toStdString();
         EXPECT_EQ(run.contents("eeprom.bin").size(), 8192);
+    }
+}
+
+// Also of what Run All still has to end by itself.
+TEST_F(FailedRun, AScriptIsCertifiedByWhatItLeavesInTheSensor) {
+    struct {
+        QByteArray script;
+        int exitCode;
+        char const* result;
+    } const rows[] = {
+        {"press Run_All\nwait Prom_Save_Status Done.\n", 0, "pass"},
+        {"press Run_All\nwait File_Save_Status Done*\nfault error-12+\nwait Prom_Save_Status Error*\n", 9,
+         "not saved"},
+        {"press Run_All\nwait Run_All \"Run All Steps\"\nlight 5000 1 0 object\npress Calibrate\n"
+         "wait Calibrate_Status Error*\nlight 5000 1 0\n",
+         6, "refused"},
+    };
+    QString const profile = smallProfile("polynomial", {});
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.result);
+        ProgramRun const run({"--script", write("walk%2.txt", row.script), "--profile", profile});
+        EXPECT_EXIT_CODE(run, row.exitCode);
+        EXPECT_EQ(run.value("result"), row.result);
+        EXPECT_TRUE(run.text.contains("walk%2.txt, ")) << run.text.toStdString();
+        EXPECT_EQ(run.value("cause").isEmpty(), row.exitCode == 0);
     }
 }
 

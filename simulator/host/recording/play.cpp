@@ -74,14 +74,15 @@ int runScript(Session& session, Script const& script) {
         if (files::isInterrupted())
             return kExitInterrupted;
         if (!isDone) {
-            end.cause = QStringLiteral("%1:%2: %3").arg(file).arg(command.line).arg(error);
+            end.cause = QStringLiteral("%1:%2: %3").arg(file, QString::number(command.line), error);
             break;
         }
         ++end.done;
     }
     end.frames = player.progress().frames;
     if (end.cause.isEmpty())
-        ProgressReport::say(QStringLiteral("%1: done, %2 commands.").arg(file).arg(end.commands));
+        ProgressReport::say(
+            QStringLiteral("%1: done, %2 commands.").arg(file, QString::number(end.commands)));
     ExitCode const code = certifyScript(session, player.page(), end);
     return player.hasTimedOut() && !files::isInterrupted() ? kExitTimeout : code;
 }

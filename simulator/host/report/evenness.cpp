@@ -132,10 +132,12 @@ void tellRepeatability(std::vector<double> const& figures, Certificate& certific
         squares += (figure - mean) * (figure - mean);
     double const deviation = std::sqrt(squares / double(figures.size() - 1));
     certificate.facts.emplace_back(
-        "Repeatability", QStringLiteral("± %1 (noise of one frame; standard deviation of %2, mean %3)")
-                             .arg(shown(deviation))
-                             .arg(figures.size())
-                             .arg(shown(mean)));
+        "Repeatability",
+        QStringLiteral(
+            "± %1 a*b* of the colour uniformity (noise of one frame: standard deviation of %2, mean %3)")
+            .arg(shown(deviation))
+            .arg(figures.size())
+            .arg(shown(mean)));
     certificate.figures["repeatability"] = QJsonObject{{"frames", int(figures.size())},
                                                        {"mean_ab", rounded(mean)},
                                                        {"standard_deviation_ab", rounded(deviation)}};
@@ -166,9 +168,9 @@ void tellEvenness(EvennessStates const& states, LuminanceTarget const& target, C
          {{"Quality", "before", "measured", "limit", "verdict"},
           {"Colour uniformity, a*b*", shown(before.uniformity), shown(after.uniformity), shown(after.limit),
            textOf(verdictOf(after.rating))},
-          {"Luminance off its target shape, %", shown(largestOf(first.luminance)),
-           shown(largestOf(second.luminance)), target.falloff ? limit : QStringLiteral("-"),
-           judged(largestOf(second.luminance))},
+          {target.falloff ? "Luminance off its target shape, %" : "Luminance off a flat shape, %",
+           shown(largestOf(first.luminance)), shown(largestOf(second.luminance)),
+           target.falloff ? limit : QStringLiteral("-"), judged(largestOf(second.luminance))},
           {"Corners to centre, %", shown(first.cornerToCentre), shown(second.cornerToCentre),
            target.falloff ? QStringLiteral("%1 ± %2").arg(shown(corners), limit) : QStringLiteral("-"),
            judged(std::abs(second.cornerToCentre - corners))}}});

@@ -32,6 +32,8 @@ uint32_t valueOf(simulator::SimulatedCamera const& camera, RegisterPlace place) 
 // Why a camera that starts up from the EEPROM does not hold what the registers of this one hold.
 QString lackOf(Session& session, QString const& label) {
     QTemporaryDir const folder;
+    if (!folder.isValid())
+        return QStringLiteral("it could not be compared, there is no place for temporary files");
     QString const bytes = folder.filePath(QStringLiteral("eeprom.bin"));
     QString const record = QString::fromLocal8Bit(label.toLocal8Bit().left(kLongestName));
     simulator::SimulatedCamera const& camera = session.camera();
@@ -99,7 +101,7 @@ QJsonObject eepromOf(Session& session, QString const& label, QString* lack) {
     bool const hasSolution = session.desk().listEntriesWritten() > 0;
     if (hasSolution)
         *lack = lackOf(session, label);
-    QString const contents = !hasSolution      ? QStringLiteral("nothing was saved, there is no solution")
+    QString const contents = !hasSolution      ? QStringLiteral("not compared, there is no solution")
                              : lack->isEmpty() ? QStringLiteral("holds the solution")
                                                : QStringLiteral("does not hold the solution: ") + *lack;
     QJsonObject eeprom{{"contents", contents},
@@ -117,7 +119,8 @@ QString tellSitting(Session& session, QString const& label, std::vector<double> 
                     Certificate& certificate) {
     QString lack;
     QJsonObject const scene = sceneOf(session), eeprom = eepromOf(session, label, &lack);
-    QString const date = QDateTime::currentDateTime().toString(Qt::ISODate),
+    QDateTime const now = QDateTime::currentDateTime(); // told with its distance from UTC
+    QString const date = now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODate),
                   serial = serialNumberOf(session.camera());
     QStringList lights;
     for (double const kelvin : lamps)
@@ -129,14 +132,13 @@ QString tellSitting(Session& session, QString const& label, std::vector<double> 
         QJsonObject{{"serial_number", serial},      {"date", date},
                     {"sensor", scene["sensor"]},    {"label", label},
                     {"lights_K", lights.join(' ')}, {"eeprom", eeprom["contents"]}};
-    QString const sensor = QStringLiteral("%1, kind %2, %3 x %4 pixels")
-                               .arg(scene["sensor"].toString())
-                               .arg(scene["sensor_kind"].toInt())
-                               .arg(scene["width_px"].toInt())
-                               .arg(scene["height_px"].toInt());
+    QString const sensor =
+        QStringLiteral("%1, kind %2, %3 x %4 pixels")
+            .arg(scene["sensor"].toString(), QString::number(scene["sensor_kind"].toInt()),
+                 QString::number(scene["width_px"].toInt()), QString::number(scene["height_px"].toInt()));
     QString const simulated = QStringLiteral("profile %1, lens %2, seed %3")
-                                  .arg(scene["profile"].toString(), scene["lens"].toString())
-                                  .arg(session.options().seed);
+                                  .arg(scene["profile"].toString(), scene["lens"].toString(),
+                                       QString::number(session.options().seed));
     std::pair<QString, QString> const facts[] = {
         {"Sensor", sensor},
         {"Serial number", serial},

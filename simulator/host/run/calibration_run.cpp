@@ -111,9 +111,7 @@ void CalibrationRun::judgeSaves() {
     else if (!QFileInfo(m_output.pathOf(results)).isFile())
         fail(kExitNotSaved, QStringLiteral("The results file %1 is missing.").arg(results));
     else if (!m_lack.isEmpty()) // not every sensor's dialog reads back what it saved
-        fail(kExitNotSaved,
-             QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: %1.")
-                 .arg(m_lack));
+        fail(kExitNotSaved, kNotHeld + m_lack + '.');
 }
 
 // The dialog's test is pressed once more without the correction and with it; what it shows then is what is
@@ -147,6 +145,7 @@ void CalibrationRun::judgeLights() {
 }
 
 int CalibrationRun::run() {
+    m_output.removeOthers({"certificate.html", "summary.json"}); // of another board
     calibrate();
     if (files::isInterrupted())
         return kExitInterrupted;

@@ -13,6 +13,8 @@
 #include <QPixmap>
 
 namespace pictara {
+QString const kNotHeld = QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: ");
+
 namespace {
 std::vector<double> lampsOf(Session& session, DialogPage const& page) {
     std::vector<double> lamps;
@@ -99,26 +101,59 @@ bool measureSitting(Session& session, DialogPage& page, RunDriver& driver, Certi
     return states.areWhole();
 }
 
+// Of a sitting that a person or a script leaves: what is in the sensor is measured, unless the last try of a
+// calibration failed.
+ExitCode certifyWhatIsLeft(char const* run, Session& session, DialogPage& page, Certificate& certificate) {
+    RunDriver driver(page, [&] { session.frames().deliverNext(); });
+    driver.finish();
+    QString const tried = page.text(kSteps[kCalibration].status),
+                  saved = page.text(kSteps[kEepromSave].status);
+    QString lack;
+    certificate = certifySitting(run, session, page, &lack);
+    certificate.figures["steps"] =
+        stepsOf({int(session.frames().frameNumber()), page.statusTexts()}, captureRows(page));
+    auto const fail = [&](char const* result, QString const& cause, ExitCode code) {
+        certificate.result = result;
+        certificate.cause = cause;
+        return code;
+    };
+    SolverCause const& refusal = lastSolverCause();
+    if (tried.startsWith(QLatin1String("Error"))) {
+        certificate.pictures = {{markedRefusal(session.frames().unmarkedPicture(), refusal.blocks,
+                                               session.camera().description().orientation),
+                                 "The view; refused blocks are marked", "refused.png"}};
+        return fail("refused", refusal.text.isEmpty() ? tried : refusal.text,
+                    exitCodeOf(RunResult{RunEnd::Cancelled, {}}));
+    }
+    if (session.desk().listEntriesWritten() == 0)
+        return kExitDone;
+    if (!captureRows(page).empty())
+        certificate.facts.emplace_back(
+            "Measured under", QStringLiteral("%1 K alone").arg(session.camera().light().colourTemperature));
+    if (!measureSitting(session, page, driver, certificate))
+        return fail("not measured", QStringLiteral("The dialog does not show the uniformity."),
+                    kExitNotCalibrated);
+    measureRepeatability(page, driver, certificate);
+    bool const wasTried = saved.startsWith(QLatin1String("Done")) || saved.startsWith(QLatin1String("Error"));
+    return wasTried && !lack.isEmpty() ? fail("not saved", kNotHeld + lack + '.', kExitNotSaved) : kExitDone;
+}
+
 ExitCode certifyScript(Session& session, DialogPage& page, ScriptEnd const& end) {
-    Certificate certificate = certifySitting("script", session, page);
+    Certificate certificate;
+    ExitCode code = kExitNotCalibrated;
+    if (end.cause.isEmpty()) {
+        code = certifyWhatIsLeft("script", session, page, certificate);
+    } else {
+        certificate = certifySitting("script", session, page);
+        certificate.result = QStringLiteral("failed");
+        certificate.cause = end.cause;
+    }
     certificate.facts.emplace_back("Script", QStringLiteral("%1, %2 of %3 commands done")
-                                                 .arg(session.options().scriptFile)
-                                                 .arg(end.done)
-                                                 .arg(end.commands));
+                                                 .arg(session.options().scriptFile, QString::number(end.done),
+                                                      QString::number(end.commands)));
     certificate.figures["script"] = QJsonObject{{"file", session.options().scriptFile},
                                                 {"commands", double(end.commands)},
                                                 {"commands_done", double(end.done)}};
-    ExitCode code = kExitDone;
-    certificate.figures["steps"] = stepsOf({end.frames, page.statusTexts()}, captureRows(page));
-    if (!end.cause.isEmpty()) {
-        code = kExitNotCalibrated;
-        certificate.result = QStringLiteral("failed");
-        certificate.cause = end.cause;
-    } else if (session.desk().listEntriesWritten() > 0) {
-        RunDriver driver(page, [&] { session.frames().deliverNext(); });
-        if (measureSitting(session, page, driver, certificate))
-            measureRepeatability(page, driver, certificate);
-    }
     if (files::isInterrupted())
         return kExitInterrupted;
     OutputFolder output(session.outputFolder());
@@ -126,13 +161,9 @@ ExitCode certifyScript(Session& session, DialogPage& page, ScriptEnd const& end)
 }
 
 QByteArray sittingPage(Session& session, DialogPage page) {
-    Certificate certificate = certifySitting("calibration", session, page);
-    if (session.desk().listEntriesWritten() > 0) {
-        RunDriver driver(page, [&] { session.frames().deliverNext(); });
-        if (measureSitting(session, page, driver, certificate))
-            measureRepeatability(page, driver, certificate);
-        page.resumeTimer();
-    }
+    Certificate certificate;
+    (void)certifyWhatIsLeft("calibration", session, page, certificate);
+    page.resumeTimer();
     giveResult(certificate, "not calibrated");
     return certificatePage(certificate);
 }
@@ -145,17 +176,19 @@ ExitCode conclude(Session const& session, Certificate& certificate, OutputFolder
     board["verdict"] = certificate.result;
     certificate.figures["board"] = board;
     QString const page = writeCertificate(certificate, output);
+    if (output.failed())
+        certificate.result = QStringLiteral("not written");
     QString error;
     QString const boards = session.options().boardsFile;
-    bool const isKept = boards.isEmpty() || appendBoard(certificate, boards, &error);
+    bool const isKept = boards.isEmpty() || output.failed() || appendBoard(certificate, boards, &error);
     ProgressReport::say(QLatin1Char('\n') + certificateText(certificate));
     if (!output.failed())
         ProgressReport::say(QStringLiteral("The certificate is %1.").arg(page));
     for (QString const& cause : {certificate.cause, error})
         if (!cause.isEmpty())
             complain(cause);
-    return output.failed() || !isKept ? kExitNotCalibrated
-           : code == kExitDone        ? exitCodeOf(certificate.verdict)
-                                      : code;
+    return code != kExitDone            ? code
+           : output.failed() || !isKept ? kExitNotSaved
+                                        : exitCodeOf(certificate.verdict);
 }
 } // namespace pictara

@@ -41,18 +41,21 @@ std::optional<double> shownUniformity(QString const& status) {
 }
 } // namespace
 
+// What a person presses meanwhile waits for the end of the run.
+static void letEventsIn() { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); }
+
 void RunDriver::advanceOneTick() {
     for (int i = 0; i < kFramesPerTick; ++i) {
         if (files::isInterrupted())
             return;
         m_deliverFrame();
         ++m_progress.frames;
-        QCoreApplication::processEvents();
+        letEventsIn();
     }
     if (m_page.isRunning() && isSavingToEepromNext(m_page.statusTexts()))
         onSaving();
     m_page.tick();
-    QCoreApplication::processEvents();
+    letEventsIn();
     m_progress.statusTexts = m_page.statusTexts();
     onProgress(m_progress);
     onRequests();

@@ -35,6 +35,10 @@ public:
 
     /// Presses Run All and sees it through.
     RunResult runAll();
+    /// Sees a Run All through that works already, unless it waits for a person.
+    void finish() {
+        (void)watch([this] { return m_page.isRunning(); });
+    }
     /// Presses the steps of exposure and colour balance, as a person does who changed the light; what cannot
     /// be pressed is passed over. Frames are counted on. False when a step does not end.
     bool adjustToLight();

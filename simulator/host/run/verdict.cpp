@@ -36,13 +36,13 @@ QString causeOf(RunResult const& run, std::vector<CaptureRow> const& captures, b
         if (status.startsWith(QLatin1String("Error")) || status.startsWith(QLatin1String("Warning")) ||
             (run.end == RunEnd::TimedOut && isInProgress(status)) ||
             (hasEeprom && status == QLatin1String("No EEPROM.")))
-            causes.append(QString::fromLatin1(kSteps[i].status) + QLatin1String(": ") + status);
+            causes.append(QString::fromLatin1(kSteps[i].label) + QLatin1String(": ") + status);
     }
     for (CaptureRow const& row : captures)
         if (row.status.startsWith(QLatin1String("Error")))
             causes.append(row.button + QLatin1String(": ") + row.status);
     if (QString const solver = lastSolverCause().text; !solver.isEmpty())
-        causes.append(solver);
+        causes.prepend(solver);
     if (run.end == RunEnd::Cancelled && causes.isEmpty())
         causes.append(run.last.statusTexts.value(kSetup) == QLatin1String("Done.") ? kStands
                                                                                    : kStandsAtFirst);

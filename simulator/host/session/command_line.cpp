@@ -128,7 +128,7 @@ QString helpText() {
         text += QStringLiteral("\n%1:\n").arg(QLatin1String(group.title));
         for (OptionRow const& row : group.rows) {
             QString const name = QLatin1String(row.name) + QLatin1Char(' ') + QLatin1String(row.valueName);
-            text += QStringLiteral("  --%1 %2\n").arg(name, -22).arg(QLatin1String(row.help));
+            text += QStringLiteral("  --%1 %2\n").arg(name, -24).arg(QLatin1String(row.help));
         }
     }
     return text +
@@ -161,6 +161,8 @@ QString conflictIn(QStringList const& given, QStringList const& runs, Options co
          "--replay-eeprom leaves its file as it is; --eeprom is not for it."},
         {has("append") && !options.runAll && !has("script") && !has("replay-eeprom"),
          "--append needs --run-all, --script or --replay-eeprom."},
+        {has("luminance-limit") && has("replay-eeprom"),
+         "An EEPROM does not tell its falloff; --luminance-limit is not for it."},
         {has("limit") && has("script"), "A script sets GoodCU; --limit is not for it."},
         {has("record") && !options.runAll && !has("script"), "--record needs --run-all or --script."},
         {options.fault && !options.fault->operation && !options.runAll,

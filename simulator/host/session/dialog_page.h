@@ -14,19 +14,20 @@ class Session;
 struct StepWidgets {
     char const* status;
     char const* button;
+    char const* label; ///< as people know it
 };
 
 /// Indexes into kSteps.
 enum Step : int { kSetup, kExposure, kColourBalance, kCalibration, kUniformity, kFileSave, kEepromSave };
 
 inline constexpr StepWidgets kSteps[] = {
-    {"SETUP_Status", "LensCalibSetup"},
-    {"AE_Status", "AE"},
-    {"AWB_Status", "AWB"},
-    {"Calibrate_Status", "Calibrate"},
-    {"CU_Status", "ColorUniformity"},
-    {"File_Save_Status", "File_Save"},
-    {"Prom_Save_Status", "Prom_Save"},
+    {"SETUP_Status", "LensCalibSetup", "LSC Setup"},
+    {"AE_Status", "AE", "Adjust Exposure"},
+    {"AWB_Status", "AWB", "Adjust Color Balance"},
+    {"Calibrate_Status", "Calibrate", "Calibrate"},
+    {"CU_Status", "ColorUniformity", "Test Color Uniformity"},
+    {"File_Save_Status", "File_Save", "Save to File"},
+    {"Prom_Save_Status", "Prom_Save", "Save to EEPROM"},
 };
 
 /// The calibration page as a person sees it: texts are read and controls are worked by their object names.

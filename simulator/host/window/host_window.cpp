@@ -46,8 +46,8 @@ HostWindow::HostWindow(Session& session)
     : m_session(session), m_ui(newForm(this)), m_watching(m_log, session.options().pluginFile),
       m_scene(*m_ui, session), m_eeprom(*m_ui, session.camera()) {
     simulator::CameraDescription const& camera = session.camera().description();
-    setWindowTitle(
-        QStringLiteral("Pictara - %1, %2 x %3").arg(camera.profile).arg(camera.width).arg(camera.height));
+    setWindowTitle(QStringLiteral("Pictara - %1, %2 x %3")
+                       .arg(camera.profile, QString::number(camera.width), QString::number(camera.height)));
     forgetSolverCause(); // that of another sitting
     // On a low screen the column scrolls; it is never narrower than what it holds by now.
     for (QLayout* const layout : m_ui->column->findChildren<QLayout*>())
@@ -96,11 +96,14 @@ void HostWindow::connectPicture() {
     connectSave(m_ui->save, "calls.txt", [this] { return callsText(m_shown); });
     connectSave(m_ui->saveCertificate, "certificate.html", [this] {
         m_clock.stop(); // frames come by the measurement
+        QApplication::setOverrideCursor(Qt::WaitCursor);
         QByteArray const page = sittingPage(m_session, DialogPage::find(m_dialog));
+        QApplication::restoreOverrideCursor();
         m_clock.start(0);
         return page;
     });
-    connectSave(m_ui->savePicture, "picture.png", [this] { return pngOf(m_session.frames().picture()); });
+    connectSave(m_ui->savePicture, "picture.png",
+                [this] { return pngOf(m_session.frames().unmarkedPicture()); });
     m_ui->saveRaw->setEnabled(m_session.camera().description().rawType != simulator::FrameType::Ycbcr);
     connectSave(m_ui->saveRaw, "raw.png", [this] { return pngOf(rawPicture(m_session.frames().frame())); });
 }
