@@ -30,7 +30,7 @@ TESTS = {
     "src/calibration": _PAGE_TESTS,
     "src/lsc_page": _PAGE_TESTS,
     "src/apga_page": _PAGE_TESTS,
-    "src/config_page": ["config_page_test", "*entries_test", "plugin_test"],
+    "src/config_page": ["config_page_test", "*entries_test", "plugin_test", "headboard_config_test"],
     "src/plugin": ["entries_test", "plugin_test", "orders_test"],
 }
 
