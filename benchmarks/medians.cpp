@@ -48,6 +48,13 @@ std::optional<double> Medians::processorTime(std::string const& name) const {
     return found == m_samples.end() ? std::nullopt : median(found->second.processor);
 }
 
+std::optional<double> Medians::leastProcessorTime(std::string const& name) const {
+    auto const found = m_samples.find(name);
+    if (found == m_samples.end() || found->second.processor.empty())
+        return std::nullopt;
+    return *std::min_element(found->second.processor.begin(), found->second.processor.end());
+}
+
 std::optional<double> Medians::clockTime(std::string const& name) const {
     auto const found = m_samples.find(name);
     return found == m_samples.end() ? std::nullopt : median(found->second.clock);

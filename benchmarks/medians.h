@@ -15,6 +15,8 @@ public:
 
     /// Seconds of one iteration: processor time, and time by the clock.
     [[nodiscard]] std::optional<double> processorTime(std::string const& name) const;
+    /// Of the fastest repetition: what else goes on in the machine's memory only adds to it.
+    [[nodiscard]] std::optional<double> leastProcessorTime(std::string const& name) const;
     [[nodiscard]] std::optional<double> clockTime(std::string const& name) const;
     /// A counter that the benchmark set; the largest of its repetitions.
     [[nodiscard]] std::optional<double> counter(std::string const& name, std::string const& counter) const;
