@@ -57,6 +57,7 @@ TEST_F(FailedRun, AScriptIsCertifiedByWhatItLeavesInTheSensor) {
         {"press Run_All\nwait Run_All \"Run All Steps\"\nlight 5000 1 0 object\npress Calibrate\n"
          "wait Calibrate_Status Error*\nlight 5000 1 0\n",
          6, "refused"},
+        {"press LensCalibSetup\nexpect AE_Status Done.\n", 1, "failed"},
     };
     QString const profile = smallProfile("polynomial", {});
     for (auto const& row : rows) {
@@ -66,6 +67,7 @@ TEST_F(FailedRun, AScriptIsCertifiedByWhatItLeavesInTheSensor) {
         EXPECT_EQ(run.value("result"), row.result);
         EXPECT_TRUE(run.text.contains("walk%2.txt, ")) << run.text.toStdString();
         EXPECT_EQ(run.value("cause").isEmpty(), row.exitCode == 0);
+        EXPECT_EQ(run.value("steps.SETUP_Status"), "Done.");
     }
 }
 

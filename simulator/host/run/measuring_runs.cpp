@@ -82,6 +82,8 @@ Certificate certifySitting(char const* run, Session& session, DialogPage const& 
         tellSitting(session, page.text("Prom_Label"), lampsOf(session, page), certificate);
     if (lack)
         *lack = lacking;
+    certificate.figures["steps"] =
+        stepsOf({int(session.frames().frameNumber()), page.statusTexts()}, captureRows(page));
     certificate.facts.emplace_back("Plug-in",
                                    page.version().remove("Version: ").replace(" Build Date: ", ", built ") +
                                        ", Qt " + qVersion());
@@ -110,8 +112,6 @@ ExitCode certifyWhatIsLeft(char const* run, Session& session, DialogPage& page, 
                   saved = page.text(kSteps[kEepromSave].status);
     QString lack;
     certificate = certifySitting(run, session, page, &lack);
-    certificate.figures["steps"] =
-        stepsOf({int(session.frames().frameNumber()), page.statusTexts()}, captureRows(page));
     auto const fail = [&](char const* result, QString const& cause, ExitCode code) {
         certificate.result = result;
         certificate.cause = cause;

@@ -148,8 +148,9 @@ void DialogPage::stopTimer() {
 }
 
 void DialogPage::resumeTimer() {
-    for (auto* const timer :
-         m_page ? m_page->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly) : QList<QTimer*>())
+    if (!m_page || !m_page->isVisible()) // a closed one rests
+        return;
+    for (auto* const timer : m_page->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly))
         timer->start();
 }
 
