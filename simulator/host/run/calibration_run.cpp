@@ -21,7 +21,6 @@ private:
     void calibrate();
     void judge();
     void judgeSaves();
-    void judgeLights();
     void fail(ExitCode code, QString const& cause);
 
     void deliverAndWatch();
@@ -130,20 +129,6 @@ void CalibrationRun::judge() {
         fail(kExitNotCalibrated, QStringLiteral("The closing measurement is missing."));
 }
 
-// Under each light of the page, and one between.
-void CalibrationRun::judgeLights() {
-    std::vector<double> lights;
-    for (CaptureRow const& row : captureRows(m_page))
-        lights.push_back(row.kelvin);
-    if (m_certificate.verdict == Verdict::None || lights.empty())
-        return;
-    auto const tell = [](double kelvin) {
-        ProgressReport::say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
-    };
-    if (!measureLights(m_session, m_page, m_driver, lights, tell, m_certificate))
-        fail(kExitNotCalibrated, QStringLiteral("The dialog did not show the uniformity under every light."));
-}
-
 int CalibrationRun::run() {
     m_output.removeOthers({"certificate.html", "summary.json"}); // of another board
     calibrate();
@@ -153,9 +138,11 @@ int CalibrationRun::run() {
     m_certificate.figures["steps"] = stepsOf(m_run.last, captureRows(m_page));
     QImage const dialog = m_dialog->grab().toImage();
     m_driver.onProgress = [](RunProgress const&) {};
-    if (m_certificate.verdict != Verdict::None)
+    if (m_certificate.verdict != Verdict::None) {
         measureRepeatability(m_page, m_driver, m_certificate);
-    judgeLights();
+        if (!measureLights(m_session, m_page, m_driver, m_certificate))
+            fail(kExitNotCalibrated, kNotUnderEveryLight);
+    }
     if (files::isInterrupted())
         return kExitInterrupted;
     m_output.savePicture("dialog.png", dialog);

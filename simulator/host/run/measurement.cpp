@@ -83,8 +83,12 @@ LuminanceTarget targetOf(Session const& session, DialogPage const& page) {
             session.options().luminanceLimit};
 }
 
-bool measureLights(Session& session, DialogPage& page, RunDriver& driver, std::vector<double> lights,
-                   std::function<void(double kelvin)> const& onLight, Certificate& certificate) {
+bool measureLights(Session& session, DialogPage& page, RunDriver& driver, Certificate& certificate) {
+    std::vector<double> lights;
+    for (CaptureRow const& row : captureRows(page))
+        lights.push_back(row.kelvin);
+    if (lights.empty())
+        return true;
     size_t const tables = session.camera().description().tableTemperatures.size();
     QStringList keys{"colour_temperature_K", "uncorrected_ab"}, head{"light", "no correction"};
     for (size_t table = 1; table <= tables; ++table) {
@@ -98,12 +102,11 @@ bool measureLights(Session& session, DialogPage& page, RunDriver& driver, std::v
     Table table{"Colour uniformity under each light", {head}};
     QJsonArray told;
     std::sort(lights.begin(), lights.end());
-    if (lights.size() >
-        1) // what the eye and the sensors step by is the reciprocal; people name whole hundreds
+    if (lights.size() > 1) // the eye and the sensors step by the reciprocal; people name whole hundreds
         lights.push_back(100 * std::floor(2 / (1 / lights.rbegin()[1] + 1 / lights.back()) / 100));
     bool isWhole = true;
     for (double const kelvin : lights) {
-        onLight(kelvin);
+        ProgressReport::say(QStringLiteral("measuring each table under %1 K...").arg(kelvin));
         session.bringLamp(kelvin);
         QJsonArray figures;
         if (driver.adjustToLight()) {

@@ -18,13 +18,12 @@ void measureRepeatability(DialogPage& page, RunDriver& driver, Certificate& cert
 /// The target that the dialog shows, with the limit of the options.
 [[nodiscard]] LuminanceTarget targetOf(Session const& session, DialogPage const& page);
 
-/// Tells the dialog's figure under each light, and at last under one between the two bluest, where a sensor
-/// has to blend: without correction, by each of the sensor's tables alone and as the sensor blends them,
-/// which is judged. Exposure and colour balance are the light's, and equal for all. To see one table alone,
-/// the registers of the tables' colour temperatures are set so that every light lies beyond it, and set back.
-/// The last light stays, and so does the correction. `onLight` is called before each light. False when the
-/// dialog did not show every figure.
+/// Tells the dialog's figure under each light of a page with several, and at last under one between the two
+/// bluest, where a sensor has to blend: without correction, by each of the sensor's tables alone and as the
+/// sensor blends them, which is judged. Exposure and colour balance are the light's, and equal for all. To
+/// see one table alone, the registers of the tables' colour temperatures are set so that every light lies
+/// beyond it, and set back. The last light stays, and so does the correction. False when the dialog did not
+/// show every figure.
 [[nodiscard]] bool measureLights(Session& session, DialogPage& page, RunDriver& driver,
-                                 std::vector<double> lights,
-                                 std::function<void(double kelvin)> const& onLight, Certificate& certificate);
+                                 Certificate& certificate);
 } // namespace pictara

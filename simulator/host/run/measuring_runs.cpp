@@ -14,6 +14,8 @@
 
 namespace pictara {
 QString const kNotHeld = QStringLiteral("The EEPROM does not hold the solution, whatever the dialog shows: ");
+QString const kNotUnderEveryLight =
+    QStringLiteral("The dialog did not show the uniformity under every light.");
 
 namespace {
 std::vector<double> lampsOf(Session& session, DialogPage const& page) {
@@ -127,13 +129,12 @@ ExitCode certifyWhatIsLeft(char const* run, Session& session, DialogPage& page, 
     }
     if (session.desk().listEntriesWritten() == 0)
         return kExitDone;
-    if (!captureRows(page).empty())
-        certificate.facts.emplace_back(
-            "Measured under", QStringLiteral("%1 K alone").arg(session.camera().light().colourTemperature));
     if (!measureSitting(session, page, driver, certificate))
         return fail("not measured", QStringLiteral("The dialog does not show the uniformity."),
                     kExitNotCalibrated);
     measureRepeatability(page, driver, certificate);
+    if (!measureLights(session, page, driver, certificate))
+        return fail("not measured", kNotUnderEveryLight, kExitNotCalibrated);
     bool const wasTried = saved.startsWith(QLatin1String("Done")) || saved.startsWith(QLatin1String("Error"));
     return wasTried && !lack.isEmpty() ? fail("not saved", kNotHeld + lack + '.', kExitNotSaved) : kExitDone;
 }
@@ -161,8 +162,13 @@ ExitCode certifyScript(Session& session, DialogPage& page, ScriptEnd const& end)
 }
 
 QByteArray sittingPage(Session& session, DialogPage page) {
+    double const lamp = session.camera().light().colourTemperature;
     Certificate certificate;
     (void)certifyWhatIsLeft("calibration", session, page, certificate);
+    if (session.camera().light().colourTemperature != lamp) { // the person's comes back, with its exposure
+        session.bringLamp(lamp);
+        (void)RunDriver(page, [&] { session.frames().deliverNext(); }).adjustToLight();
+    }
     page.resumeTimer();
     giveResult(certificate, "not calibrated");
     return certificatePage(certificate);

@@ -9,6 +9,7 @@ class Session;
 
 /// Begins a sentence; what the EEPROM lacks follows.
 extern QString const kNotHeld;
+extern QString const kNotUnderEveryLight; ///< a cause
 
 /// Runs without a person, in a session that is open. Each leaves a certificate in the output folder;
 /// those that open the dialog themselves leave a picture of it, too, and return the program's exit code.
