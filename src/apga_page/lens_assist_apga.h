@@ -7,8 +7,8 @@ class LensAssistApgaFlow;
 
 /// Which of the library's two calculations a sensor needs. Neither, when neither is set.
 struct PgaMode {
-    uint8_t autoPgaMode = 0; ///< looked at first
-    uint8_t adaptivePgaMode = 0;
+    uint8_t autoPgaMode{}; ///< looked at first
+    uint8_t adaptivePgaMode{};
 };
 } // namespace kestra
 

@@ -14,9 +14,9 @@ namespace kestra {
 /// form.
 struct LibraryImage {
     void const* data = nullptr;
-    uint32_t width = 0;  ///< pixels
-    uint32_t height = 0; ///< rows
-    bool isYcbcr = false;
+    uint32_t width{};  ///< pixels
+    uint32_t height{}; ///< rows
+    bool isYcbcr{};
     uint32_t bits = 8; ///< a Bayer sample's
 };
 
@@ -28,8 +28,8 @@ struct LibraryImage {
 
 /// How the samples of a Bayer image lie.
 struct BayerCoding {
-    uint32_t phase = 0; ///< X offset + 2 x Y offset of the colour filter
-    uint32_t orientation = 0;
+    uint32_t phase{}; ///< X offset + 2 x Y offset of the colour filter
+    uint32_t orientation{};
 };
 
 /// The same, read from the host's state variables.

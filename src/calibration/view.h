@@ -74,11 +74,11 @@ struct PageState {
     Shading shadingHandle;         ///< of the library; without a handle when there is no calibration
     CapturedFrames captured;       ///< of the page that takes three pictures
     uint32_t inputWasYcbcr = 0;    ///< 1 when the last calibration was made from a YCbCr image
-    double uniformityValue = 0;    ///< last measured colour uniformity, lower is better
-    double uniformityLimit = 0;    ///< acceptance threshold for uniformityValue
-    int32_t lensRadius = 0;        ///< radius setting handed to the calibration
+    double uniformityValue{};      ///< last measured colour uniformity, lower is better
+    double uniformityLimit{};      ///< acceptance threshold for uniformityValue
+    int32_t lensRadius{};          ///< radius setting handed to the calibration
     QString savedPath;             ///< bare name of the last saved results file
-    int32_t settleFrames = 0;      ///< frames to let pass before the colour balance looks at one
+    int32_t settleFrames{};        ///< frames to let pass before the colour balance looks at one
     QRect worstBlock;              ///< block of the worst colour deviation, right and bottom exclusive
     bool refusedForNumber = false; ///< the page tells that a file was refused for the missing serial number
 };

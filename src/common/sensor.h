@@ -9,15 +9,15 @@
 namespace kestra {
 /// What the sensor-access library says of the open sensor, copied so that it outlives the next library call.
 struct SensorInfo {
-    uint32_t sensorKind = 0;
-    uint32_t variant = 0;
-    uint32_t registerAddressWidth = 0; ///< bits
-    uint32_t registerDataWidth = 0;    ///< bits
-    bool hasPageSelect = false;
-    uint32_t secondaryMaps = 0; ///< bit k: the secondary register map of address-space kind k is present
-    uint32_t imageWidth = 0;    ///< pixels
-    uint32_t imageHeight = 0;   ///< pixels
-    QByteArray name;            ///< part name
+    uint32_t sensorKind{};
+    uint32_t variant{};
+    uint32_t registerAddressWidth{}; ///< bits
+    uint32_t registerDataWidth{};    ///< bits
+    bool hasPageSelect{};
+    uint32_t secondaryMaps{}; ///< bit k: the secondary register map of address-space kind k is present
+    uint32_t imageWidth{};    ///< pixels
+    uint32_t imageHeight{};   ///< pixels
+    QByteArray name;          ///< part name
     void const* sensorData = nullptr; ///< owned by the library
 };
 

@@ -20,9 +20,9 @@ enum class SerialState : uint32_t { Unknown = 0, Edited = 1, Saved = 4, Empty = 
 
 /// Room in the record store, in bytes; a negative `available` is the failure to find out.
 struct RecordSpace {
-    int32_t used = 0;
-    int32_t available = 0;
-    bool unwritten = false; ///< the figures are those of changes that the device has not taken yet
+    int32_t used{};
+    int32_t available{};
+    bool unwritten{}; ///< the figures are those of changes that the device has not taken yet
 };
 
 /// What the configuration page knows. Plain data: what the page shows is a function of it.
@@ -30,7 +30,7 @@ struct ConfigState {
     uint32_t updateDepth = 0; ///< nesting of updates from code; change handlers ignore signals meanwhile
     EepromState eepromState = EepromState::Unknown;
     RecordSpace space;
-    uint32_t busAddress = 0; ///< of the EEPROM
+    uint32_t busAddress{}; ///< of the EEPROM
     SerialState serialState = SerialState::Unknown;
     bool combosDirty = false; ///< a list was changed by the user and not applied since
     QMessageBox::Icon messageBoxIcon = QMessageBox::NoIcon; ///< of the erase question

@@ -6,8 +6,8 @@
 namespace kestra {
 /// Kind and generation of a sensor.
 struct SensorModel {
-    uint32_t sensorKind = 0;
-    uint32_t variant = 0;
+    uint32_t sensorKind{};
+    uint32_t variant{};
 };
 
 /// Stores the sensor's shading-correction registers, as they are now, as the record "PGA" of a name (null:

@@ -21,11 +21,11 @@ enum RegisterClass : uint32_t {
 /// A register with its value, as a register set in the EEPROM holds it.
 struct RegisterEntry {
     uint32_t registerClass = kSensorRegister; ///< a `RegisterClass`, or another number
-    uint32_t id = 0;                          ///< page or driver
-    uint32_t address = 0;
-    uint32_t size = 0; ///< of the register's data in bytes; 0: not known
-    uint32_t mask = 0; ///< 0: the whole register
-    uint32_t value = 0;
+    uint32_t id{};                            ///< page or driver
+    uint32_t address{};
+    uint32_t size{}; ///< of the register's data in bytes; 0: not known
+    uint32_t mask{}; ///< 0: the whole register
+    uint32_t value{};
 
     friend bool operator==(RegisterEntry const&, RegisterEntry const&) = default;
 };
@@ -52,16 +52,16 @@ inline constexpr size_t kBlockHead = 3;
 
 /// Entries of one kind in a register set.
 struct EntryBlock {
-    size_t offset = 0; ///< of its head, from the record's begin
+    size_t offset{}; ///< of its head, from the record's begin
     EntryKind kind = EntryKind::Full;
-    size_t length = 0;                ///< bytes of the entries, as its head tells
+    size_t length{};                  ///< bytes of the entries, as its head tells
     std::span<uint8_t const> entries; ///< shorter when the record ends before
 };
 
 /// What stands behind the name in a register set.
 struct RegisterSetContent {
     std::vector<EntryBlock> blocks;
-    size_t restOffset = 0;         ///< from the record's begin
+    size_t restOffset{};           ///< from the record's begin
     std::span<uint8_t const> rest; ///< behind the blocks; empty too where unused bytes end them
 };
 

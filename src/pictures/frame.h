@@ -12,9 +12,9 @@ enum class ImageType : uint32_t { Ycbcr = 5, Rgb32 = 11, Raw12 = 13 };
 struct Frame {
     void const* data = nullptr;
     ImageType type = ImageType::Raw12;
-    int32_t width = 0;  ///< pixels
-    int32_t height = 0; ///< rows
-    int32_t pitch = 0;  ///< bytes from one row to the next
+    int32_t width{};  ///< pixels
+    int32_t height{}; ///< rows
+    int32_t pitch{};  ///< bytes from one row to the next
 
     [[nodiscard]] bool isRgb32() const { return type == ImageType::Rgb32; }
 

@@ -8,9 +8,9 @@
 namespace kestra {
 /// A colour in CIE L*a*b*.
 struct Lab {
-    double l = 0;
-    double a = 0;
-    double b = 0;
+    double l{};
+    double a{};
+    double b{};
 };
 
 /// Converts sRGB values of 0 to 255 to L*a*b* (sRGB transfer function and primaries of IEC 61966-2-1, CIE

@@ -9,7 +9,7 @@ namespace kestra {
 /// Colour uniformity of a picture: the largest chroma deviation of a block (lower is better), rounded to two
 /// decimals, and where it stands. The rectangle keeps the block's exclusive right and bottom as its edges.
 struct Uniformity {
-    double value = 0;
+    double value{};
     QRect worstBlock;
 };
 

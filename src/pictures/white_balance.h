@@ -7,9 +7,9 @@
 namespace kestra {
 /// Mean channel values, 0 to 255.
 struct MeanColour {
-    double red = 0;
-    double green = 0;
-    double blue = 0;
+    double red{};
+    double green{};
+    double blue{};
 };
 
 /// Mean over the centre of an RGB-32 frame, from a quarter to three quarters of both sides. Empty when the
