@@ -147,7 +147,7 @@ bool LensAssistApgaFlow::takeInputs() {
 
 void LensAssistApgaFlow::captureFrame(Frame const& frame) {
     takeFrame(frame);
-    countPhase(frame, phase::kLoaded, phase::kMeasure - 1);
+    countPhase(frame, phase::kLoaded, phase::kMeasure);
 }
 
 void LensAssistApgaFlow::takeFrame(Frame const& frame) {

@@ -36,20 +36,22 @@ double quadraticThrough(std::array<double, kIlluminants> const& xs,
 void storeWhiteBalanceGains(HeadboardEeprom& eeprom, char const* name, Host const& host,
                             CapturedFrames const& captured, IlluminantKelvins const& temperatures) {
     std::array<double, kIlluminants> setTemperatures{}, red{}, blue{};
-    for (size_t i = 0; i < kIlluminants; ++i) {
-        setTemperatures[i] = host.readRegister(registerOf(kSets[i], "_CTEMP").c_str(), "");
-        red[i] = captured[i].redGain;
-        blue[i] = captured[i].blueGain;
-    }
-    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom.deviceSize - kReservedBytes, name);
-    for (size_t i = 0; i < kIlluminants; ++i) {
+    std::ranges::transform(kSets, setTemperatures.begin(), [&](char set) {
+        return host.readRegister(registerOf(set, "_CTEMP").c_str(), "");
+    });
+    std::ranges::transform(captured, red.begin(), &CaptureRow::redGain);
+    std::ranges::transform(captured, blue.begin(), &CaptureRow::blueGain);
+    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom.registerRoom(), name);
+    auto const* setTemperature = setTemperatures.data();
+    for (char const set : kSets) {
         auto const add = [&](char const* what, std::array<double, kIlluminants> const& gains) {
-            double const gain = quadraticThrough(temperatures, gains, setTemperatures[i]);
-            (void)EepromAddRegister(eeprom, record, registerOf(kSets[i], what).c_str(), "",
+            double const gain = quadraticThrough(temperatures, gains, *setTemperature);
+            (void)EepromAddRegister(eeprom, record, registerOf(set, what).c_str(), "",
                                     uint32_t(toInt32(gain * kFixedPointOne)));
         };
         add("_RG_GAIN", red);
         add("_BG_GAIN", blue);
+        ++setTemperature;
     }
     // The older one bears the name as stored, which may be shorter than the one asked for.
     std::string const stored(record.name());

@@ -128,8 +128,8 @@ protected:
     [[nodiscard]] static EepromStatus addFactoryTime(HeadboardEeprom& eeprom, QByteArray const& label,
                                                      OlderTime older);
     [[nodiscard]] SensorKind const& kind() const;
-    /// Lets the phase count a frame while it is in the range.
-    void countPhase(Frame const& frame, int32_t first, int32_t last);
+    /// Lets the phase count a frame while first <= phase < end.
+    void countPhase(Frame const& frame, int32_t first, int32_t end);
     void failCalibration(StepState failure) {
         m_state.lscStepState = failure;
         m_state.lscStepProgress = 0;

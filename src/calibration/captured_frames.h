@@ -30,8 +30,8 @@ struct CaptureRow {
     CaptureState state = kNotCaptured;
     int32_t progress = 0; ///< 0 to 100
     CapturedSamples samples;
-    int32_t width = 0;   ///< pixels of the captured frame
-    int32_t height = 0;  ///< rows of the captured frame
+    int32_t width{};     ///< pixels of the captured frame
+    int32_t height{};    ///< rows of the captured frame
     double redGain = 0;  ///< the host's relative gain at the last capture that recorded it; 0: none did
     double blueGain = 0; ///< the same for blue
     bool isLit = false;  ///< which of its two bullets a waiting row shows

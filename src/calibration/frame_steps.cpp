@@ -42,9 +42,9 @@ void CalibrationFlow::adjustExposureAndColourBalance(Frame const& frame) {
     --m_state.settleFrames;
 }
 
-void CalibrationFlow::countPhase(Frame const& frame, int32_t first, int32_t last) {
+void CalibrationFlow::countPhase(Frame const& frame, int32_t first, int32_t end) {
     if (m_state.lscStepState == kInProgress && frame.isRgb32() && m_state.lscStepProgress >= first &&
-        m_state.lscStepProgress <= last)
+        m_state.lscStepProgress < end)
         m_state.lscStepProgress += kPhaseStep;
 }
 

@@ -71,10 +71,10 @@ void PageWidgets::show(StepWidgets& step, StepStatus const& status) {
         step.status->setVisible(!status.showsBar);
     }
     // A bullet that stands already is not painted again: this runs at every tick.
-    if (!step.bullet || step.shownBullet == status.bullet)
-        return;
-    paintBullet(step.bullet, status.bullet);
-    step.shownBullet = status.bullet;
+    if (step.bullet && step.shownBullet != status.bullet) {
+        paintBullet(step.bullet, status.bullet);
+        step.shownBullet = status.bullet;
+    }
 }
 
 void PageWidgets::show(Enabling const& enabling) {

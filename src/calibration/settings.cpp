@@ -40,7 +40,7 @@ void CalibrationFlow::loadSettings() {
     UpdateGuard const guard(m_state.updateDepth);
     widgets.showSaveDir(QString::fromLocal8Bit(directory));
     widgets.selectFalloff(QStringLiteral("%1%").arg(falloff));
-    widgets.showUniformityLimit(QStringLiteral("%1").arg(m_state.uniformityLimit, 3, 'f', 2));
+    widgets.showUniformityLimit(QString::number(m_state.uniformityLimit, 'f', 2));
     for (size_t i = 0; i < kIlluminants; ++i)
         widgets.showTemperature(i, temperatures[i]);
 }

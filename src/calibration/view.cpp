@@ -20,7 +20,6 @@ struct StepRow {
     Cell failed;
     Cell failedOtherwise;
     Cell otherwise;
-    bool hasProgressBar = false;
 };
 
 constexpr Cell kOtherwise = {nullptr, Bullet::Gray};
@@ -41,15 +40,14 @@ constexpr StepRow kSetup = {
     kNoSetupPreset,
     kNoSetupPreset,
     {QT_TRANSLATE_NOOP("LensAssist", "The status of the setup preset is unknown."), Bullet::Gray}};
-constexpr StepRow kExposure = {kExposurePercent, kDoneCell, kErrorCell, kErrorCell, kNotDone, true};
-constexpr StepRow kColourBalance = {kWorkingPercent, kDoneCell, kErrorCell, kErrorCell, kNotDone, true};
+constexpr StepRow kExposure = {kExposurePercent, kDoneCell, kErrorCell, kErrorCell, kNotDone};
+constexpr StepRow kColourBalance = {kWorkingPercent, kDoneCell, kErrorCell, kErrorCell, kNotDone};
 constexpr StepRow kCalibration = {
     kWorkingPercent,
     kDoneCell,
     {QT_TRANSLATE_NOOP("LensAssist", "Error: Incompatible image size."), Bullet::Red},
     {QT_TRANSLATE_NOOP("LensAssist", "Error. Are the External sensor data files installed?"), Bullet::Red},
-    kNotDone,
-    true};
+    kNotDone};
 constexpr StepRow kFile = {
     kWorking,
     {QT_TRANSLATE_NOOP("LensAssist", "Done: %1"), Bullet::Green},
@@ -86,10 +84,11 @@ Cell cellOf(StepRow const& row, StepState state) {
 
 StepStatus shown(Cell const& cell) { return {translated(cell.text), cell.bullet}; }
 
-StepStatus stepStatus(StepRow const& row, StepState state, int32_t progress) {
+// Steps that tell their progress have a bar.
+StepStatus stepStatus(StepRow const& row, StepState state, std::optional<int32_t> progress = {}) {
     StepStatus status = shown(cellOf(row, state));
-    if (state == kInProgress && row.hasProgressBar) {
-        status.text = status.text.arg(progress);
+    if (state == kInProgress && progress) {
+        status.text = status.text.arg(*progress);
         status.progress = progress;
     }
     return status;
@@ -124,7 +123,7 @@ StepStatus captureStatus(CaptureRow const& row) {
 StepStatus setupStatus(PageState const& state) {
     if (state.presetState == kReady)
         return shown(kNotDone);
-    return stepStatus(kSetup, state.presetState, 0);
+    return stepStatus(kSetup, state.presetState);
 }
 
 StepStatus calibrationStatus(PageState const& state) {
@@ -137,11 +136,11 @@ StepStatus uniformityStatus(PageState const& state) {
     if (state.lscStepState != kDone)
         return {translated(kNoUniformityText), Bullet::Gray};
     QString const text = translated(kUniformityText);
-    return {text.arg(state.uniformityValue, 3, 'f', 2), uniformityBullet(state)};
+    return {text.arg(QString::number(state.uniformityValue, 'f', 2)), uniformityBullet(state)};
 }
 
 StepStatus fileStatus(PageState const& state) {
-    StepStatus status = stepStatus(kFile, state.fileState, 0);
+    StepStatus status = stepStatus(kFile, state.fileState);
     if (state.fileState == kDone)
         status.text = status.text.arg(state.savedPath);
     if (state.refusedForNumber)
@@ -175,7 +174,7 @@ PageView viewOf(PageState const& state) {
         .calibration = calibrationStatus(state),
         .uniformity = uniformityStatus(state),
         .file = fileStatus(state),
-        .eeprom = stepStatus(kEeprom, state.promState, 0),
+        .eeprom = stepStatus(kEeprom, state.promState),
         .captures = {},
         .enabling = enablingOf(state),
         .runAll = translated(state.runAll ? QT_TRANSLATE_NOOP("LensAssist", "Cancel Run All")

@@ -67,7 +67,7 @@ constexpr int32_t kAnyRecordType = -1;
 
 /// What is known of the headboard's EEPROM.
 enum class EepromState : uint32_t {
-    Unknown = 0, ///< not looked at, or it failed in another way than by its silence
+    Unknown,     ///< not looked at, or it failed in another way than by its silence
     Present = 4, ///< and formatted
     Absent = 5,  ///< or it cannot be formatted
     Error = 6,

@@ -2,6 +2,7 @@
 
 #include "common/sensor.h"
 #include "common/sensor_kinds.h"
+#include "headboard/record_format.h"
 
 #include <QSharedData>
 #include <cstdint>
@@ -50,6 +51,8 @@ public:
     std::vector<ByteState> state; ///< one for each byte of the image
 
     [[nodiscard]] int32_t imageSize() const { return int32_t(image.size()); }
+    /// The largest register set, in bytes.
+    [[nodiscard]] int32_t registerRoom() const { return deviceSize - kReservedBytes; }
 };
 using EepromShare = QExplicitlySharedDataPointer<HeadboardEeprom>;
 
@@ -117,7 +120,7 @@ public:
     /// The same, anew: what the one before has not written is dropped.
     [[nodiscard]] HeadboardEeprom& renew(vy_Camera* camera);
     /// Whether nobody has discarded it since.
-    [[nodiscard]] bool isCurrent() const { return m_share && m_slot == m_share.data(); }
+    [[nodiscard]] bool isCurrent() const { return m_slot == m_share.data(); }
     /// Writes what was changed; what stays unwritten tells a failure. Who discarded the EEPROM inside it may
     /// have read the device before the last of these bytes: that image is dropped.
     void flush();

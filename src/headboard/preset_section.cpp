@@ -150,7 +150,7 @@ EepromStatus EepromImportSection(HeadboardEeprom& eeprom, char const* iniFileNam
     std::vector<std::string> const lines = readSection(iniFileName, sectionName);
     if (lines.empty())
         return kEepromFailed;
-    EepromRecord record = makeRegisterSet(type, eeprom.deviceSize - kReservedBytes, sectionName);
+    EepromRecord record = makeRegisterSet(type, eeprom.registerRoom(), sectionName);
     for (std::string const& line : lines) {
         EepromStatus status = kEepromOk;
         if (auto const preset = parseEntry(line))

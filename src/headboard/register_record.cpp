@@ -85,7 +85,7 @@ EepromStatus saveShadingRegisters(HeadboardEeprom& eeprom, char const* name, Sen
     EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(kRecordPga, eeprom.deviceSize - kReservedBytes, name);
+    EepromRecord record = makeRegisterSet(kRecordPga, eeprom.registerRoom(), name);
     addBracketedTables(eeprom, record, fallback);
     addFixed(eeprom, record, fallback, &SensorKind::afterEnable);
     return EepromReplaceRecord(eeprom, record);
@@ -95,7 +95,7 @@ EepromStatus saveCcmRegisters(HeadboardEeprom& eeprom, char const* name) {
     EepromStatus const status = EepromCheckHeader(eeprom);
     if (status != kEepromOk)
         return status;
-    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom.deviceSize - kReservedBytes, name);
+    EepromRecord record = makeRegisterSet(kRecordCcm, eeprom.registerRoom(), name);
     for (std::string const& reg : ccmRegisterNames())
         (void)EepromAddRegisterCurrent(eeprom, record, reg.c_str(), "");
     return EepromReplaceRecord(eeprom, record);

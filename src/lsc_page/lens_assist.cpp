@@ -42,8 +42,8 @@ sf_Handle* LensAssistFlow::createCalibration() {
 }
 
 void LensAssistFlow::captureFrame(Frame const& frame) {
-    countPhase(frame, 0, phase::kSettleEnd - 1);
-    countPhase(frame, phase::kLoaded, phase::kMeasure - 1);
+    countPhase(frame, 0, phase::kSettleEnd);
+    countPhase(frame, phase::kLoaded, phase::kMeasure);
     if (m_state.lscStepState != kInProgress || m_state.lscStepProgress != phase::kSettleEnd ||
         frame.isRgb32() != kind().calibratesFromRgb)
         return;

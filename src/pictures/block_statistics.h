@@ -1,32 +1,29 @@
 #pragma once
 
+#include "pictures/channel_sums.h"
 #include "pictures/lab.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
-namespace kestra {
-struct ChannelSums;
-}
-
 /// Block colour statistics of one RGB-32 picture: mean colour of each block of a grid, and how far its chroma
 /// lies from the mean chroma of all blocks. About 45 KB: made on the heap for one measurement.
 class CSbl {
 public:
     static constexpr int kMaxRows = 18;
-    static constexpr int kMaxColumns = 32;
+    static constexpr int kMaxColumns = int(kestra::kMaxRanges);
 
     /// One block: mean channel values (0 to 255), their colour, and its pixels (right and bottom exclusive).
     struct Block {
-        double red = 0;
-        double green = 0;
-        double blue = 0;
+        double red{};
+        double green{};
+        double blue{};
         kestra::Lab lab;
-        int32_t left = 0;
-        int32_t top = 0;
-        int32_t right = 0;
-        int32_t bottom = 0;
+        int32_t left{};
+        int32_t top{};
+        int32_t right{};
+        int32_t bottom{};
     };
 
     CSbl() = default;
@@ -61,13 +58,13 @@ private:
     void rateBlocks();
 
     uint32_t m_patchCount = 36;
-    std::array<std::array<double, 3>, 36> m_patches{}; // no chart is measured in this build
-    uint32_t m_chartState = 0;
-    int32_t m_columns = 0;
-    int32_t m_rows = 0;
+    std::array<kestra::Lab, 36> m_patches{}; // no chart is measured in this build
+    uint32_t m_chartState{};
+    int32_t m_columns{};
+    int32_t m_rows{};
     std::array<std::array<Block, kMaxColumns>, kMaxRows> m_blocks{};
-    double m_meanA = 0;
-    double m_meanB = 0;
+    double m_meanA{};
+    double m_meanB{};
     std::array<std::array<double, kMaxColumns>, kMaxRows> m_deviations{};
-    double m_maxDeviation = 0;
+    double m_maxDeviation{};
 };

@@ -95,7 +95,7 @@ void addRows(uint8_t const* firstRow, ptrdiff_t pitch, int64_t rows, std::span<C
                          packed[i], sums[i]);
     for (size_t i = 0; i < ranges.size(); ++i)
         unpack(packed[i], sums[i]);
-    if constexpr (Rows > 1)
+    if constexpr (Rows != 1)
         addRows<1>(firstRow, pitch, rows, ranges, sums);
 }
 } // namespace

@@ -15,7 +15,7 @@ namespace kestra {
 /// Marks widget updates from code while it lives, so that change handlers ignore the signals that they raise.
 /// It counts in `depth`, which outlives it.
 struct UpdateGuard : QScopedValueRollback<uint32_t> {
-    explicit UpdateGuard(uint32_t& depth) : QScopedValueRollback(depth, depth + 1) {}
+    explicit UpdateGuard(uint32_t& depth) : QScopedValueRollback(depth) { ++depth; }
 };
 
 /// Shows the wait cursor over a page while it lives. The page may be null.
