@@ -170,9 +170,3 @@ TEST_P(FrameEdges, NothingBesideThePixelsIsTouchedInAnyStateOfThePage) {
 // The pages of both forms, and the kinds that skip rows, calibrate from the displayed picture, or blend.
 INSTANTIATE_TEST_SUITE_P(Kinds, FrameEdges, ::testing::Values(200, 33, 16, 72, 68));
 } // namespace
-
-int main(int argc, char** argv) {
-    ::testing::InitGoogleTest(&argc, argv);
-    DialogSession::prepare();
-    return RUN_ALL_TESTS();
-}
