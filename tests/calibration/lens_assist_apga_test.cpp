@@ -85,6 +85,7 @@ TEST_F(LensAssistApgaPage, ALargerFrameAndAResetDropAllThree) {
     page->onFrame({largerPixels.data(), ImageType::Raw12, 80, 48, -160});
     page->onFrame({nullptr, ImageType::Ycbcr, 80, 48, 160});
     EXPECT_TRUE(captured().haveAllFrames()) << "what cannot be read changes nothing";
+    EXPECT_EQ(captured()[kIncandescent].state, kCapturing) << "and the next frame may be good";
     EXPECT_EQ(state().inputWasYcbcr, 0U);
     page->onFrame(larger);
     EXPECT_FALSE(captured().haveAllFrames());
@@ -94,7 +95,7 @@ TEST_F(LensAssistApgaPage, ALargerFrameAndAResetDropAllThree) {
     EXPECT_EQ(captured()[kIncandescent].samples->at(80 * 48), 0);
     startCalibration();
     click("Daylight_Image");
-    page->onFrame({largerPixels.data(), ImageType::Raw12, 8, 8, 3});
+    page->onFrame({largerPixels.data(), ImageType::Raw12, 8, 8, 1});
     EXPECT_TRUE(captured().haveAllFrames()) << "a smaller frame, with whatever pitch, drops none";
     EXPECT_EQ(captured()[kDaylight].state, kCaptured);
     click("Start_Over");

@@ -245,9 +245,13 @@ TEST_P(PageContract, ColourBalanceCorrectsEveryFifthFrame) {
 TEST_P(PageContract, StartOverWhileExposureRunsLeavesTheHostAloneButCancellingRunAllDoesNot) {
     open();
     click("AE");
+    frames(2, 11);
+    EXPECT_EQ(state().aeStepProgress, 8);
     host.log.clear();
     click("Start_Over");
     EXPECT_EQ(state().aeStepState, kNotEvaluated);
+    EXPECT_EQ(state().aeStepProgress, 0);
+    EXPECT_EQ(state().wbStepProgress, 0);
     EXPECT_EQ(host.calls("setState"), Calls());
 
     auto const cancelIn = [&](StepState PageState::*step) {
