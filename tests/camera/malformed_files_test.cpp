@@ -19,25 +19,17 @@ void expectFault(QByteArray const& keys, char const* message, TestFiles const& f
 TEST(MalformedFiles, ProfileFaultIsNamedWithItsPlace) {
     // What a profile says, without a base that of the default camera, and the beginning of the message.
     constexpr std::pair<char const*, char const*> kRows[] = {
-        {R"("kind": )", "line 1: "},
         {R"("base": "p")", "base: p.json: base: "},
         {R"("base": ["polynomial", "groups/nowhere"])", "base: nowhere.json: cannot be read"},
-        {R"("systemOnChip": 1)", "systemOnChip: true or false is expected"},
-        {R"("optics": 1)", "optics: an object is expected"},
         {R"("optics": {"lens": {"centre": [1, 2, 3]}})", "optics.lens.centre: 2 values are expected, not 3"},
         {R"("optics": {"lens": {"centre": [0, "1"]}})", "optics.lens.centre[1]: a number is expected"},
-        {R"("optics": {"colourShading": []})", "optics.colourShading: at least one illuminant is needed"},
         {R"("array": {"orientation": 4})", "array.orientation: 4 lies outside 0 to 3"},
         {R"("array": {"width": 16384, "height": 16384})", "array: no more than 33554432 pixels"},
         {R"("readOut": {"format": "raw8"})", "layout.sampleBytes: the read-out delivers samples of"},
-        {R"("kind": 7)", "layout.kind: 200 differs from the sensor's 7"},
         {R"("layout": {"correction": {"originRow": {"id": 1}}})",
          "layout.correction.originRow: there is no 16-bit register at id 1, address 0x3784"},
         {R"("registers": {"more": [{"name": "A", "address": 1}, {"name": "A", "address": 2}]})",
          "registers.more[1]: the register \"A\" is there twice"},
-        {R"("registers": {"more": [{"name": "A", "address": "0x3g"}]})",
-         "registers.more[0].address: a whole number is expected"},
-        {R"("eeprom": {"kind": "paper"})", "eeprom.kind: \"paper\" is none of none, serial, bridge"},
         {R"("eeprom": {"kind": "bridge"})", "eeprom.kind: there is no register \"IO_EEPROM_I2C_ADDR\""},
         {R"("base": "adaptive-72", "tableChoice": {"temperatures": ["FRAME_COUNT", "FRAME_COUNT", "FRAME_COUNT"]})",
          "tableChoice.temperatures[0]: the layout tells another register"},
@@ -66,35 +58,4 @@ TEST(MalformedFiles, CountsAreBounded) {
                 "registers.more[16]: no more than 65536 registers");
 }
 
-constexpr char kShading[] = R"({
- "format": "shading-gains-1", "name": "m", "columns": 2, "rows": 2,
- "illuminants": [
-  {"colour_temperature_K": 3000, "red": [1, 2, 3, 4], "green": [1, 2, 3, 4], "blue": [1, 2, 3, 4]},
-  {"colour_temperature_K": 5000, "red": [5, 2, 3, 4], "green": [1, 2, 3, 4], "blue": [1, 2, 3, 4]}
- ]
-})";
-
-TEST(MalformedFiles, ShadingFaultIsNamedWithItsPlace) {
-    constexpr char const* kRows[][3] = {
-        {"shading-gains-1", "shading-gains-2", "format: \"shading-gains-2\" is none of shading-gains-1"},
-        {"\"columns\": 2", "\"columns\": 1", "columns: 1 lies outside 2 to 1024"},
-        {"\"rows\": 2", "\"rows\": 3", "illuminants[0].red: 6 values are expected, not 4"},
-        {"[5, 2,", "[5, 0,", "illuminants[1].red[1]: 0 lies outside 0.001 to 1000"},
-        {"[5, 2,", "[5, 1e999,", ""},
-        {"5000", "3000", "illuminants[1].colour_temperature_K: the temperatures must ascend"},
-    };
-    TestFiles const files;
-    Camera const camera = openQuiet();
-    QString error;
-    ASSERT_TRUE(openQuiet()->useMeasuredShading(files.write("m.json", kShading), &error))
-        << qPrintable(error);
-    for (auto const& [from, to, message] : kRows) {
-        QByteArray const content = QByteArray(kShading).replace(from, to);
-        EXPECT_FALSE(camera->useMeasuredShading(files.write("m.json", content), &error)) << message;
-        EXPECT_TRUE(error.contains(QStringLiteral("m.json: ") + message)) << qPrintable(error);
-    }
-    EXPECT_FALSE(camera->useMeasuredShading(QStringLiteral("/nowhere.json"), &error));
-    EXPECT_TRUE(error.startsWith(QLatin1String("/nowhere.json: cannot be read"))) << qPrintable(error);
-    EXPECT_EQ(camera->grab().pixels, openQuiet()->grab().pixels) << "a part of a refused file was used";
-}
 } // namespace
