@@ -174,21 +174,19 @@ TEST(Calibration, EveryRegisterMattersForTheFigure) {
     TestSensor const sensor;
     Response const response = kLopsidedLens.response(sensor);
     auto const list = calibrate(sensor, response);
-    auto const colourWith = [&](RegisterList const& registers) {
+    auto const figureOf = [&](RegisterList const& registers) {
         return colourDeviation(sensor, product(response, gainsOf(sensor, registers)));
     };
-    double const good = colourWith(list);
+    double const good = figureOf(list);
     auto permuted = list;
     for (size_t i = 2; i + 1 < list.size(); ++i)
         permuted[i].third = list[i + 1].third;
-    EXPECT_GT(colourWith(permuted), good + 0.05);
-    for (size_t const plane : {1, 2})
-        for (size_t const coefficient : {0, 1, 2, 5, 10}) {
-            auto spoilt = list;
-            spoilt[2 + 25 * plane + coefficient].third = 0;
-            EXPECT_GT(colourWith(spoilt), good + 0.02)
-                << "plane " << plane << ", coefficient " << coefficient;
-        }
+    EXPECT_GT(figureOf(permuted), good + 0.05);
+    for (size_t const coefficient : {25, 26, 27, 30, 35, 50, 51, 52, 55, 60}) { // of red and blue
+        auto spoilt = list;
+        spoilt[2 + coefficient].third = 0;
+        EXPECT_GT(figureOf(spoilt), good + 0.02) << coefficient;
+    }
 }
 
 constexpr uint32_t kKelvin[] = {0, 0, 2900, 4000, 6500}; // by slot
@@ -233,20 +231,17 @@ TEST(Tables, CorrectWhatTheBaseLeavesOrNeedNone) {
             SCOPED_TRACE(slot);
             // The origin comes before the coefficients, or the sensor would show a table around the wrong
             // place.
-            auto entry = list.begin() + ptrdiff_t(row.before + (slot - 2) * row.each);
-            auto const expectEntry = [&](uint32_t address, uint32_t value) {
-                EXPECT_EQ(entry->second, address);
-                EXPECT_EQ(entry->third, value);
-                ++entry;
+            auto const entry = [&](size_t place) {
+                sf_RegEntry const& told = list[row.before + (slot - 2) * row.each + place];
+                return std::pair(told.second, told.third);
             };
             if (row.sensor.tablesHaveOrigins) {
-                expectEntry(originColumnAddress(slot), 320);
-                expectEntry(originRowAddress(slot), 180);
+                EXPECT_EQ(entry(0), std::pair(originColumnAddress(slot), 320U));
+                EXPECT_EQ(entry(1), std::pair(originRowAddress(slot), 180U));
             }
-            EXPECT_EQ(entry->second, planeAddress(slot, 0));
-            entry += 100;
-            if (row.sensor.tablesHaveTemperatures)
-                expectEntry(temperatureAddress(slot), kKelvin[slot]);
+            if (row.sensor.tablesHaveTemperatures) {
+                EXPECT_EQ(entry(row.each - 1), std::pair(temperatureAddress(slot), kKelvin[slot]));
+            }
             auto const banks =
                 row.findTable == sf_FindApga ? std::vector<uint32_t>{0, slot} : std::vector<uint32_t>{slot};
             Response const gains = gainsOf(row.sensor, list, banks);
@@ -260,43 +255,33 @@ TEST(Tables, NoSlotLeavesTheSolutionAsItIsAndAFailureNoHalfOne) {
     TestSensor const sensor;
     Handle const handle = open(sensor);
     ASSERT_TRUE(setImage(handle, sensor, expose(sensor, inLightOf(sensor, 3))));
-    sf_ApgaParams const params = tableParams(2, 2900);
+    sf_ApgaParams const params = tableParams(2, 2900), noSlot = tableParams(0, 4000);
     EXPECT_EQ(sf_FindApga(handle.get(), &params), -1);
     EXPECT_TRUE(log.has("no base solution"));
     ASSERT_EQ(findSolution(handle), 0);
-    sf_ApgaParams const noSlot = tableParams(0, 4000);
     EXPECT_EQ(sf_FindApga(handle.get(), &noSlot), 0);
     EXPECT_EQ(registers(handle).size(), 102u);
     EXPECT_EQ(sf_FindApga(handle.get(), &params), -1);
     EXPECT_TRUE(log.has("no table for illuminant slot 2"));
     EXPECT_EQ(sf_DumpRegList(handle.get()), nullptr);
-    EXPECT_EQ(sf_FindAutoPga(handle.get(), &params), -1);
 }
 
-TEST(PresetFile, GivesBackTheListInBothFormatsAndIsNotClaimedWhenNothingWasWritten) {
+TEST(PresetFile, TellsItsLightsInOneFormatAndIsNotClaimedWhenNothingWasWritten) {
     QTemporaryDir const folder;
     QByteArray const path = folder.filePath("lens.ini").toLocal8Bit();
-    TestSensor const sensor{.bankSlots = {0, 2, 3, 4}, .tablesHaveOrigins = true};
+    TestSensor const sensor{.bankSlots = {0, 2, 3, 4}};
     Handle const handle = open(sensor);
-    WarningLog const log;
     EXPECT_NE(sf_DumpRegFile(handle.get(), path.constData(), 0, 0, 0), 0) << "unsolved";
     ASSERT_TRUE(setImage(handle, sensor, expose(sensor, inLightOf(sensor, 3))));
     ASSERT_EQ(findSolution(handle, 95), 0);
     addTables(handle, sensor, sf_FindApga);
-    EXPECT_NE(sf_DumpRegFile(handle.get(), path.constData(), 1, 0, 0), 0) << "of no format";
-    EXPECT_NE(sf_DumpRegFile(handle.get(), nullptr, 0, 0, 0), 0);
     EXPECT_NE(sf_DumpRegFile(handle.get(), (path + "/none/lens.ini").constData(), 0, 0, 0), 0);
-    EXPECT_TRUE(log.has("cannot be written"));
-    EXPECT_FALSE(QFile::exists(folder.filePath("lens.ini")));
-    QStringList expected;
-    for (sf_RegEntry const& entry : registers(handle))
-        expected << QString::asprintf("REG = 0x%04X, 0x%04X, 0x%04X", entry.first, entry.second, entry.third);
     for (uint32_t const format : {0u, 2u}) {
         ASSERT_EQ(sf_DumpRegFile(handle.get(), path.constData(), format, 0, 0), 0);
         QFile file(folder.filePath("lens.ini"));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         QString const text = file.readAll();
-        EXPECT_EQ(text.split('\n').filter("REG ="), expected);
+        EXPECT_EQ(text.count("\nREG = 0x"), registers(handle).size());
         EXPECT_TRUE(text.startsWith("[Lens Correction]\n; sensor kind 50, variant 1\n; corners at 95 % of"));
         EXPECT_EQ(text.contains("; illuminant slot 2, 2900 K\n"), format == 2);
     }
