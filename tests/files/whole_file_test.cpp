@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #endif
 
@@ -38,6 +40,19 @@ TEST_F(WholeFile, IsTheOldOneWhenItCannotBeReplaced) {
 }
 
 #ifdef Q_OS_UNIX
+TEST_F(WholeFile, IsTheOldOneWhenAWriteFailsHalfWay) {
+    ASSERT_TRUE(files::replace(name, "old", &fault));
+    rlimit unlimited{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    rlimit const full{100, unlimited.rlim_max};
+    auto const oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    EXPECT_FALSE(files::replace(name, QByteArray(200, 'n'), &fault));
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    (void)std::signal(SIGXFSZ, oldHandler);
+    EXPECT_EQ(files::read(name, 3, &fault), QByteArray("old"));
+}
+
 TEST_F(WholeFile, WhatIsNoRegularFileIsNeitherOpenedNorReplaced) {
     QString const pipe = folder.filePath("pipe");
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);

@@ -23,7 +23,6 @@ TEST_F(ImageUnderTest, CheckNamesEveryDamageAndItsPlaceOnlyRemarksWhatIsUnusualA
     };
     Bytes const good = imageOf(timeStamps(2)), named = imageOf({recordOf(kRecordPga, {}, "Abc")});
     for (Row const& row : std::vector<Row>{
-             {imageOf({}), "0 records, 0 bytes used, 8171 available\nall is well\n", false},
              {imageOf(recordsOfEveryKind()),
               "0x0094: remark: the record's type is not known here\n"
               "5 records, 149 bytes used, 8022 available\nall is well\n",
@@ -42,18 +41,12 @@ TEST_F(ImageUnderTest, CheckNamesEveryDamageAndItsPlaceOnlyRemarksWhatIsUnusualA
              {changed(good, 28, {77, 0x1F, 0xD1, 1}), "0x1FF0: the chain runs into the end of the store"},
              {changed(changed(good, 28, {77, 0x1F, 0xCF}), 8174, {5}),
               "0x1FEE: the record SFR_DATA has no length"},
-             {changed(imageOf({}), 5, {77, 0x1F, 0xE7}),
-              "1 record, 8170 bytes used, 1 available\nall is well\n", false},
-             {changed(imageOf({}), 5, {77, 0x1F, 0xE6}),
-              "1 record, 8169 bytes used, 2 available\nall is well\n", false},
-             {imageOf({recordOf(kRecordLensType, {'x', 'y'})}), "0x0005: the text has no closing NUL"},
              {imageOf({recordOf(kRecordLensType, {})}), "0x0005: the text has no closing NUL"},
              {changed(imageOf({recordOf(kRecordPga, {})}), 7, {8}), "too short for its name"},
              {imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4, 2, 0, 19, 1})}),
               "0x0018: the block is 18 bytes longer than the rest of its record"},
              {imageOf({recordOf(kRecordPga, {3, 0, 5, 1, 2, 3, 4, 5})}), "leaves a part of an entry"},
              {imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4, 3, 0})}), "cuts off the block's head"},
-             {imageOf({recordOf(kRecordPga, {5, 0, 0})}), "0x0011: 0x05 is no kind of entry block"},
              {imageOf({recordOf(kRecordCcm, {'x', 0})}), "0x0011: 0x78 is no kind of entry block"},
              {imageOf({recordOf(kRecordSwCcm, {'x', 0, 'y'})}), "the last line has no closing NUL"},
              // Cuts while a record was written into erased bytes: behind its head, in its name, in and behind
@@ -62,7 +55,6 @@ TEST_F(ImageUnderTest, CheckNamesEveryDamageAndItsPlaceOnlyRemarksWhatIsUnusualA
               "0x0008: the record's last 462 bytes are erased: its writing was cut off"},
              {imageOf({recordOf(kRecordPga, Bytes(20, 0xFF), "Abc")}), "0x0011: the record's last 20 bytes"},
              {imageOf({recordOf(kRecordPga, {3, 0, 8, 1, 2, 3, 4, 0xFF, 0xFF, 0xFF, 0xFF})}), "last 4 bytes"},
-             {imageOf({recordOf(kRecordPga, {3, 0, 4, 1, 2, 3, 4, 0xFF, 0xFF, 0xFF})}), "last 3 bytes"},
              {imageOf({recordOf(kRecordLensType, {'x', 0xFF, 0xFF})}), "0x0009: the record's last 2 bytes"},
              {imageOf({recordOf(77, Bytes(20, 0xFF))}), "remark: the record's last 20 bytes", false},
              {changed(imageOf({}), 4, {2}), "version 2 is not known", false},
@@ -92,9 +84,7 @@ TEST_F(ImageUnderTest, WhatIsDamagedIsShownAsFarAsItGoesAndADamagedChainNeverWri
     Bytes const damaged = changed(imageOf(timeStamps(2)), 28, {kRecordTimeStamp, 0x20, 0x00});
     write(damaged);
     preset("REG = 1, 2");
-    Outcome const list = run("list");
-    EXPECT_EQ(list.output, "0x0005  Time Stamp    20    \"2024/05/31 23:59:07\"\n");
-    EXPECT_SAYS(list.complaint, "0x001C: the record");
+    EXPECT_EQ(run("list").output, "0x0005  Time Stamp    20    \"2024/05/31 23:59:07\"\n");
     EXPECT_EQ(run("show 5").exitCode, kExitDone);
     for (char const* const command :
          {"list", "show 28", "delete Time~Stamp", "import PRESET Lens~Correction PGA"})
@@ -111,32 +101,23 @@ TEST_F(ImageUnderTest, WhatIsDamagedIsShownAsFarAsItGoesAndADamagedChainNeverWri
 }
 
 TEST_F(ImageUnderTest, GarbageIsReadToItsEndAndEditsOfItLeaveAWholeChain) {
-    // What ends or continues a chain is frequent, most images have a good header, half are mostly erased.
+    // What ends or continues a chain is frequent.
     constexpr uint8_t kFrequent[] = {0, 0, 0, 0, 0, 2, 3, 4, 8, 9, 10, 13, 17, 20, 77, 0xFF};
     std::mt19937 random(7);
-    auto const below = [&](size_t count) {
-        return std::uniform_int_distribution<size_t>(0, count - 1)(random);
-    };
     preset("REG = 1, 2");
     size_t edits = 0;
     for (int round = 0; round < 400; ++round) {
-        Bytes bytes(round % 5 == 0 ? 8 + below(200) : 8192, 0xFF);
-        size_t const used = round % 2 == 0 ? bytes.size() : std::min(bytes.size(), 8 + below(400));
-        for (uint8_t& byte : std::span(bytes).first(used))
-            byte = round % 3 == 0 ? uint8_t(random()) : kFrequent[below(std::size(kFrequent) - below(2))];
-        if (round % 4 != 0)
-            bytes = changed(bytes, 0, {'V', 'Y', 'E', 'E', 1});
-        write(bytes);
+        Bytes bytes(round % 5 == 0 ? 8 + random() % 200 : 8192, 0xFF);
+        for (uint8_t& byte : std::span(bytes).first(std::min(bytes.size(), size_t{8} + random() % 400)))
+            byte = round % 3 == 0 ? uint8_t(random()) : kFrequent[random() % std::size(kFrequent)];
+        write(round % 4 == 0 ? bytes : changed(bytes, 0, {'V', 'Y', 'E', 'E', 1}));
         bool const isWhole = run("check").output.find(" available\n") != std::string::npos;
-        EXPECT_EQ(run("list").exitCode, isWhole ? kExitDone : kExitRefused);
-        for (size_t const offset : {size_t{5}, below(8192)})
-            EXPECT_LE(run("show " + QString::number(offset)).exitCode, kExitRefused);
+        EXPECT_LE(run("show " + QString::number(random() % 8192)).exitCode, kExitRefused);
         for (char const* const edit : {"import PRESET Lens~Correction SWPGA", "delete PGA"}) {
             Bytes const before = read();
             bool const done = run(edit).exitCode == kExitDone;
             edits += done;
             EXPECT_TRUE(done ? isWhole : read() == before);
-            EXPECT_EQ(read().size(), before.size());
             EXPECT_EQ(run("list").exitCode, isWhole ? kExitDone : kExitRefused);
         }
     }
