@@ -1,7 +1,9 @@
 #include "pictures/block_statistics.h"
+#include "simulator/host/report/charts.h"
 #include "simulator/host/session/exposure_loop.h"
 #include "simulator/pictures/block_report.h"
 #include "simulator/pictures/colour_pipeline.h"
+#include "simulator/pictures/frame_readings.h"
 
 #include <algorithm>
 #include <cstring>
@@ -69,23 +71,20 @@ TEST(ColourPipeline, GainsMatrixAndSaturationActInThisOrder) {
     CameraDescription camera = bayerCamera(4, 4);
     camera.colourMatrix = {1.5, -0.5, 0, -0.25, 1.5, -0.25, 0, -0.5, 1.5};
     double const grey = 0.2126 * 0.35 + 0.7152 * 0.55 + 0.0722 * 0.35;
-    struct {
-        ColourSettings settings;
-        double red, green, blue;
-    } const rows[] = {
-        {{.redGain = 2, .blueGain = 0.5}, 0.4, 0.5, 0.4},
-        {{.redGain = 2, .blueGain = 0.5, .colourCorrection = true}, 0.35, 0.55, 0.35},
-        {{.redGain = 2, .blueGain = 0.5, .colourCorrection = true, .saturation = 0}, grey, grey, grey}};
-    for (auto const& row : rows) {
-        int lines = 0;
-        readLinear(bayerFrame(camera, flatScene), camera, row.settings, [&](uint32_t, ColourRow const& line) {
-            ++lines;
-            EXPECT_NEAR(line.red[0], row.red, 1e-5);
-            EXPECT_NEAR(line.green[0], row.green, 1e-5);
-            EXPECT_NEAR(line.blue[0], row.blue, 1e-5);
-        });
-        EXPECT_EQ(lines, 4);
-    }
+    ColourSettings settings{.redGain = 2, .blueGain = 0.5};
+    auto const expectColour = [&](double red, double green, double blue) {
+        EXPECT_TRUE(
+            readLinear(bayerFrame(camera, flatScene), camera, settings, [&](uint32_t, auto const& row) {
+                EXPECT_NEAR(row.red[0], red, 1e-5);
+                EXPECT_NEAR(row.green[0], green, 1e-5);
+                EXPECT_NEAR(row.blue[0], blue, 1e-5);
+            }));
+    };
+    expectColour(0.4, 0.5, 0.4);
+    settings.colourCorrection = true;
+    expectColour(0.35, 0.55, 0.35);
+    settings.saturation = 0;
+    expectColour(grey, grey, grey);
 }
 
 TEST(ToneCurve, FollowsExponentBlackAndContrast) {
@@ -101,11 +100,8 @@ TEST(ToneCurve, FollowsExponentBlackAndContrast) {
 }
 
 TEST(ColourPipeline, YcbcrOfBothRangesComesOutLinear) {
-    struct {
-        double black, white;
-        char const* pairs; // 40 % luma, red difference of 0.142
-    } const ranges[] = {{0, 255, "668066a4668066a4"}, {16, 235, "688068a0688068a0"}};
-    for (auto const& [black, white, pairs] : ranges) {
+    for (auto const& [black, white, pairs] : // 40 % luma, red difference of 0.142
+         {std::tuple(0, 255, "668066a4668066a4"), {16, 235, "688068a0688068a0"}}) {
         CameraDescription camera = bayerCamera(4, 2);
         camera.rawType = FrameType::Ycbcr;
         camera.blackLevel = black;
@@ -121,16 +117,12 @@ TEST(ColourPipeline, YcbcrOfBothRangesComesOutLinear) {
 TEST(ColourPipeline, AFrameShorterThanItSaysIsNotTouched) {
     CameraDescription const camera = bayerCamera(8, 8);
     Frame const whole = bayerFrame(camera, flatScene);
-    struct {
-        int missing;
-        uint32_t pitch;
-        int32_t height;
-        bool isDrawn;
-    } const rows[] = {
-        {kSpare, 22, 8, true}, {kSpare + 1, 22, 8, false}, {0, 15, 8, false}, {0, 22, -8, false}};
-    for (auto const& [missing, pitch, height, isDrawn] : rows) {
+    for (auto const& [missing, pitch, height, isDrawn] : {std::tuple(kSpare, 22U, 8, true),
+                                                          {kSpare + 1, 22, 8, false},
+                                                          {0, 15, 8, false},
+                                                          {0, 22, -8, false}}) {
         Frame frame{FrameType::Raw12, 8, height, pitch, whole.pixels};
-        frame.pixels.chop(missing); // of the last row
+        frame.pixels.chop(int(missing)); // of the last row
         EXPECT_EQ(!rendered(camera, frame).isNull(), isDrawn) << missing << ' ' << pitch << ' ' << height;
     }
 }
@@ -162,6 +154,40 @@ TEST(BlockReport, FindsTheDarkBlockAndTheColouredOne) {
     }
 }
 
+// Above black: G 50, R 25 in the first row, B 12, and twice that from row 8 on.
+TEST(FrameReadings, SamplesAreToldMarkedSavedAndAveragedAsTheSensorDeliversThem) {
+    simulator::Frame frame{simulator::FrameType::Raw8, 16, 16, 16, QByteArray(256, '\0')};
+    constexpr int kCell[] = {50, 25, 12, 50};
+    for (int i = 0; i < 256; ++i)
+        frame.pixels[i] = char(10 + (i < 128 ? 1 : 2) * kCell[i % 2 + i / 16 % 2 * 2]);
+    simulator::CameraDescription camera;
+    std::tie(camera.bayerPhase, camera.unusableRows, camera.blackLevel, camera.whiteLevel) =
+        std::tuple(1, 1, 10, 110);
+    QImage picture(16, 16, QImage::Format_RGB32);
+    picture.fill(qRgb(1, 2, 3));
+    auto const text = [&](int x, int y) { return pixelText({x, y}, frame, camera, picture); };
+    EXPECT_EQ(text(1, 2), "x 1  y 2    raw R 35    shown 1 2 3");
+    EXPECT_TRUE(text(0, 2).contains("Gr 60") && text(3, 9).contains("Gb 110") &&
+                text(2, 15).contains("B 34"));
+    EXPECT_TRUE(text(4, 0).contains("no picture"));
+    QImage marked = picture.copy();
+    EXPECT_EQ(markClipped(frame, camera, picture, marked), 100.0 * 64 / (16 * 15)) << "green from row 8 on";
+    EXPECT_TRUE(marked.pixel(5, 7) == picture.pixel(5, 7) && marked.pixel(5, 8) != picture.pixel(5, 8));
+    QImage const saved = QImage::fromData(pngOf(rawPicture(frame)));
+    EXPECT_EQ(reinterpret_cast<quint16 const*>(saved.constScanLine(2))[1], 35) << saved.format();
+    auto const profile = [&](QLine line) { // the matrix, of zeros, is left out
+        return profileAlong(line, frame, camera, {.redGain = 2, .colourCorrection = true});
+    };
+    EXPECT_TRUE(profile({0, 12, 15, 12}).front()[1] == 1 && profile({0, 2, 15, 15}).back()[1] == 1);
+    Colour const first = profile({0, 2, 15, 15}).front();
+    EXPECT_TRUE(first[0] == 0.5 && first[1] == 0.5 && first[2] < 0.121);
+    frame = {simulator::FrameType::Ycbcr, 8, 16, 16, frame.pixels.replace(32, 4, "0123", 4)};
+    picture = picture.copy(0, 0, 8, 16);
+    EXPECT_TRUE(text(1, 2).contains("raw Y 50 Cb 49 Cr 51"));
+    picture.fill(qRgb(9, 255, 9));
+    EXPECT_EQ(markClipped(frame, camera, picture, marked), 100) << "by what is shown";
+}
+
 // The host measures light, the dialog what a display makes of it, on other blocks.
 TEST(BlockReport, FindsAboutTheColourDeviationThatTheDialogFinds) {
     ColourSettings const settings{.redGain = 1.1, .blueGain = 1.2, .displayExponent = 0.45};
@@ -185,39 +211,32 @@ TEST(BlockReport, FindsAboutTheColourDeviationThatTheDialogFinds) {
 
 TEST(ExposureLoop, SettlesWithinTwelveFramesFromAnyStartWithoutClippingAgain) {
     CameraDescription const camera = bayerCamera(64, 48);
-    struct {
-        int zone;
-        double target, lowest, highest;
-    } const rows[] = {{40, 0.5, 0.48, 0.52}, {40, 2.0, 0.8, 0.97}, {100, 2.0, 0.7, 0.97}};
-    for (auto const& [zone, target, lowest, highest] : rows)
+    for (auto const& [zone, target, lowest, highest] :
+         {std::tuple(40, 0.5, 0.48, 0.52), {40, 2.0, 0.8, 0.97}, {100, 2.0, 0.7, 0.97}})
         for (double const lightPerTime : {1.4e-5, 2e-4, 1e-3, 4e-3})
             for (uint32_t const start : {1U, 100U, 1000U, 20000U}) {
                 SCOPED_TRACE(testing::Message() << start << " at " << lightPerTime << " to " << target);
-                uint32_t time = start;
+                uint32_t time = 0, next = start;
                 CentreZone centre;
-                auto const expose = [&, percent = zone] {
+                bool wasUnclipped = false;
+                for (int frame = 0; frame <= 12; ++frame) {
+                    time = next;
                     // A sensor whose green saturates first and whose corners get a third of the light.
-                    Frame const frame = bayerFrame(camera, [&](Site site, uint32_t x, uint32_t y) {
+                    auto const counts = [=](Site site, uint32_t x, uint32_t y) {
                         double const u = (x + 0.5) / 32 - 1, v = (y + 0.5) / 24 - 1;
                         double const colour = site == Site::Green ? 1 : site == Site::Red ? 0.6 : 0.4;
                         double const light = time * lightPerTime * colour * (1 - 0.33 * (u * u + v * v));
                         return std::min(100 + 1000 * light, 1100.0);
-                    });
-                    centre = measureCentre(frame, camera, percent);
-                };
-                bool wasUnclipped = false;
-                for (int frame = 0; frame < 12; ++frame) {
-                    expose();
+                    };
+                    centre = measureCentre(bayerFrame(camera, counts), camera, zone);
                     EXPECT_FALSE(wasUnclipped && centre.peak >= 0.99) << "clipped again";
                     wasUnclipped = wasUnclipped || centre.peak < 0.99;
-                    time = nextExposure(time, centre, target);
+                    next = nextExposure(time, centre, target);
                 }
-                expose();
                 EXPECT_TRUE(lowest < centre.mean && centre.mean < highest) << centre.mean;
                 EXPECT_LT(centre.peak, 0.97);
                 // Where the peak limits it, it follows the peak's last digit.
-                double const slack = zone == 100 ? 0.002 * time : 0;
-                EXPECT_NEAR(nextExposure(time, centre, target), time, slack) << "still moving";
+                EXPECT_NEAR(next, time, zone == 100 ? 0.002 * time : 0) << "still moving";
             }
 }
 } // namespace

@@ -1,4 +1,5 @@
 #include "simulator/host/report/charts.h"
+#include "simulator/host/run/runs.h"
 #include "simulator/host/session/dialog_page.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
@@ -12,41 +13,23 @@
 
 namespace pictara {
 namespace {
-// Before a window: closing one ends all event loops to come.
-TEST(AskedForAProfile, APersonTakesThePreferredOneOrAnother) {
-    auto const answer = [](char const* wanted) {
-        QTimer::singleShot(0, [wanted] {
-            auto* const asked = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
-            asked->setTextValue(asked->comboBoxItems().filter(wanted).value(0, asked->textValue()));
-            asked->accept();
-        });
-        return askForProfile("soc-pga");
-    };
-    EXPECT_EQ(answer("no such"), QString("soc-pga"));
-    EXPECT_EQ(answer("ycbcr"), QString("ycbcr"));
-}
-
-// Over a picture of a colour of the scale, that colour's block alone cannot be seen.
-TEST(LiveView, ShowsTheWorstBlockAndAnEvenOneInTheColoursOfTheScalesEnds) {
+// Over a picture of the colour of the scale's end, the worst block alone cannot be seen.
+TEST(LiveView, ShowsTheWorstBlockInTheColourOfTheScalesEnd) {
     LiveView view;
     view.resize(300, 200);
     BlockReport blocks;
     blocks.columns = 3;
     blocks.deviations = {0, 3, 6};
     blocks.largestColourDeviation = 6;
-    QColor const ends[] = {deviationColours().front().second, deviationColours().back().second};
-    EXPECT_LT(ends[0].lightness(), ends[1].lightness());
-    for (int const block : {0, 2}) {
-        QColor const colour = ends[block / 2];
-        QImage picture(300, 200, QImage::Format_RGB32);
-        picture.fill(colour);
-        view.setPicture(picture);
-        view.setUniformity(blocks);
-        QImage const shown = view.grab().toImage();
-        for (int i = 0; i < 3; ++i) {
-            int const cell = shown.pixelColor(50 + 100 * i, 50).lightness();
-            EXPECT_EQ(std::abs(cell - colour.lightness()) < 4, i == block) << i << ' ' << cell;
-        }
+    QColor const worst = deviationColours().back().second;
+    QImage picture(300, 200, QImage::Format_RGB32);
+    picture.fill(worst);
+    view.setPicture(picture);
+    view.setUniformity(blocks);
+    QImage const shown = view.grab().toImage();
+    for (int i = 0; i < 3; ++i) {
+        int const difference = std::abs(shown.pixelColor(50 + 100 * i, 50).lightness() - worst.lightness());
+        EXPECT_EQ(difference < 4, i == 2) << i << ' ' << difference;
     }
 }
 
@@ -63,17 +46,22 @@ QByteArray smallImage() {
 struct HostWindowTest : testing::Test, TestFiles {
     void SetUp() override {
         options.eepromFile = write("board.bin", smallImage());
-        options.profile = smallProfile("polynomial", {});
         options.outputFolder = path("out");
+        open("polynomial");
+    }
+    void TearDown() override {
+        if (session)
+            session->closePlugin();
+        window.reset();
+        session.reset();
+    }
+    void open(char const* profile) {
+        options.profile = smallProfile(profile, {});
         session = Session::open(options, &error);
         ASSERT_TRUE(session) << error.toStdString();
         window = std::make_unique<HostWindow>(*session);
         ASSERT_TRUE(window->openDialog(&error)) << error.toStdString();
         window->showWithDialog();
-    }
-    void TearDown() override {
-        if (session)
-            session->closePlugin();
     }
     template <typename Widget = QWidget>
     [[nodiscard]] Widget* part(char const* name) const {
@@ -85,6 +73,7 @@ struct HostWindowTest : testing::Test, TestFiles {
             window->deliverFrame();
     }
     [[nodiscard]] simulator::Light const& light() const { return session->camera().light(); }
+    [[nodiscard]] DialogPage page() const { return DialogPage::find(window->dialog()); }
 
     Options options;
     QString error;
@@ -101,6 +90,9 @@ TEST_F(HostWindowTest, ThePictureFollowsTheLightWhichKeepsWhatTheCoverHides) {
     QImage const plain = part("view")->grab().toImage();
     part<QAction>("uniformity")->trigger();
     EXPECT_NE(part("view")->grab().toImage(), plain);
+    (void)page().press("Show_Graph");
+    deliver(1);
+    EXPECT_FALSE(part<QLabel>("chart")->pixmap(Qt::ReturnByValue).isNull());
     click("cover");
     EXPECT_LT(middle(), 10);
     part<QDoubleSpinBox>("level")->setValue(2);
@@ -131,27 +123,50 @@ TEST_F(HostWindowTest, TheDialogComesBackAfterItWasClosedAndNoFrameAfterTheWindo
     EXPECT_EQ(session->frames().frameNumber(), number);
 }
 
-TEST_F(HostWindowTest, WhyAPictureWasRefusedStaysUntilTheNextTry) {
+TEST_F(HostWindowTest, BeginsWithTheLampOfThePageUnlessItIsToldAnother) {
+    EXPECT_EQ(light().colourTemperature, 5000);
+    for (std::optional<double> const given : {std::optional<double>(), std::optional(3500.0)}) {
+        TearDown();
+        options.lightKelvin = given;
+        open("adaptive-72");
+        EXPECT_EQ(light().colourTemperature, given.value_or(2800));
+        EXPECT_LE(window->dialog()->window()->geometry().bottom(), window->screen()->geometry().bottom());
+    }
+}
+
+TEST_F(HostWindowTest, ARefusalIsToldAndMarkedUntilTheNextTryAndCertifiedWithTheSitting) {
     installMessageLog();
     session->setLight({.objectInPicture = true});
-    DialogPage page = DialogPage::find(window->dialog());
+    DialogPage dialog = page();
     auto const* const reason = part<QLabel>("refusal");
-    auto const toldAfter = [&](int ticks) {
-        for (int i = 0; i < ticks && !page.text("Calibrate_Status").startsWith("Error"); ++i) {
+    auto const isRefusedWithin = [&](int ticks) { // its blocks are magenta
+        bool isMarked = false;
+        for (int i = 0; i < ticks && !isMarked; ++i) {
             deliver(1);
-            page.stopTimer();
-            page.tick();
+            dialog.stopTimer();
+            dialog.tick();
+            deliver(1);
+            QImage const shown = part("view")->grab().toImage();
+            QColor const block = shown.pixelColor(shown.width() * 3 / 5, shown.height() * 2 / 5);
+            isMarked = block.blue() > block.green() + 50;
+            EXPECT_EQ(isMarked, reason->isVisible() && reason->text().contains("not flat"));
         }
-        deliver(1);
-        return reason->isVisible() ? reason->text() : QString();
+        return isMarked;
     };
-    EXPECT_FALSE(reason->isVisible());
-    page.press("Run_All");
-    EXPECT_TRUE(toldAfter(200).contains("not flat"));
-    page.press("Run_All");
-    page.press("Calibrate");
-    EXPECT_EQ(toldAfter(1), "") << "another try";
-    EXPECT_TRUE(toldAfter(200).contains("not flat")) << "for the same reason";
+    EXPECT_FALSE(isRefusedWithin(1));
+    dialog.press("Run_All");
+    EXPECT_TRUE(isRefusedWithin(200));
+    dialog.press("Start_Over");
+    EXPECT_TRUE(isRefusedWithin(1)) << "until the next try";
+    EXPECT_TRUE(sittingPage(*session, dialog).contains(">not calibrated<"));
+    dialog.press("Calibrate");
+    EXPECT_FALSE(isRefusedWithin(1)) << "another try";
+    EXPECT_TRUE(isRefusedWithin(200)) << "for the same reason";
+    session->setLight({});
+    dialog.press("Calibrate");
+    for (int i = 0; i < 100 && dialog.text("Calibrate_Status") != "Done."; ++i)
+        EXPECT_FALSE(isRefusedWithin(1));
+    EXPECT_TRUE(sittingPage(*session, dialog).contains("<dt>Repeatability</dt>"));
     qInstallMessageHandler(nullptr);
 }
 
