@@ -141,8 +141,6 @@ TEST_F(Program, StoresWhatCorrectsAndLeavesItsResults) {
         EXPECT_LE(run.after(), 1.0);
         for (char const* picture : {"before.png", "after.png"})
             EXPECT_EQ(QImage(run.file(picture)).size(), QSize(480, 270)) << picture;
-        EXPECT_FALSE(QImage(run.file("dialog.png")).isNull());
-        EXPECT_GT(run.figure("eeprom.written_bytes"), 400);
         EXPECT_EQ(run.value("eeprom.contents"), QStringLiteral("holds the solution"));
         EXPECT_EQ(run.value("board.serial_number"), QStringLiteral("A123456789"));
         QString const image = write("imported.bin", before), results = run.value("board.results_file");
@@ -172,16 +170,12 @@ TEST_F(Program, WhatCannotBeRunEndsWithAMessage) {
         {{"--profile", "no-such"}, "no-such"},
         {{"--shading", malformed}, "lens.json"},
         {{"--ini", noPresets}, "Lens Calibration Setup"},
-        {{"--ini", path("none.ini")}, "none.ini"},
         {{"--plugin", path("none.so")}, "none.so"},
         {{"--append", path("none/boards.csv")}, "none/boards.csv: cannot be written"},
         {{"--eeprom", cut}, "8191"},
-        {{"--eeprom", path("none/eeprom.bin")}, "none/eeprom.bin"},
         {{"--eeprom", blank, "--profile", "no-eeprom-25"}, "has no EEPROM for --eeprom"},
         {{"--fault", "error-12", "--profile", "no-eeprom-25"}, "has no EEPROM for --fault"},
-        {{"--fault", "error-13"}, "error-12"},
         {{"--replay-eeprom", blank}, "EEPROM"},
-        {{"--replay-eeprom", path("none.bin")}, "none.bin"},
         {{"--compare-shading", malformed, malformed}, "lens.json"},
         {{"--compare-shading", "none/a.json", malformed}, "none/a.json: cannot be read"},
         {{"--measure-shading", table, "--flat-field", cut}, "cut.bin"},
