@@ -176,4 +176,12 @@ TEST(Frame, VarianceIsThatOfPhotonsAndAmplifierAndTheSignalIsLinear) {
     }
 }
 
+TEST(Frame, UnusableRowsHoldNoPicture) {
+    Camera const camera = openProfile("unusable-rows-33");
+    camera->setLight({.level = 0});
+    QByteArray const bytes = camera->grab().pixels;
+    int const margin = int(2 * camera->description().width * 2);
+    EXPECT_GT(bytes.left(margin).count('\x0F'), 0) << "anything but black, of which no byte is so";
+    EXPECT_EQ(bytes.mid(margin).count('\x0F'), 0);
+}
 } // namespace

@@ -51,17 +51,15 @@ TEST(SharedLine, OnlyWhatGoesOnOrIsPolledSharesALine) {
 
 // A time of day would make every replay differ; it may lie over two lines and begin at an odd byte.
 TEST(ShownLines, HoldNoTimeOfDay) {
-    QByteArray const time = "00" + QByteArray("2026/11/21 16:42:49").toHex();
-    QByteArray const before = QByteArray("aabb ").repeated(12);
-    QByteArray groups = before + time.left(4);
-    for (int i = 4; i < time.size(); i += 4)
-        groups += ' ' + time.mid(i, 4);
-    std::vector<QByteArray> const shown{
-        "    vy_writeRegisters 0xA8 8 [" + before + "00tt tttt tttt tttt] = 0",
-        "    vy_writeRegisters 0xA8 0x28 [tttt tttt tttt tttt tttt tttt] = 0"};
-    EXPECT_EQ(shownLines("    vy_writeRegisters 0xA8 8 [" + groups + "] = 0"), shown);
-    auto const longRead = [&](QByteArray text) {
-        return shownLines("    vy_readRegisters 0xA8 0 84 = 0, [" + QByteArray(128, 'f') + text.toHex() +
+    QByteArray const before = QByteArray("aabb ").repeated(12), write = "    vy_writeRegisters 0xA8 ";
+    QByteArray groups = before + "00" + QByteArray("2026/11/21 16:42:49").toHex();
+    for (int at = before.size() + 4; at < groups.size(); at += 5)
+        groups.insert(at, ' ');
+    EXPECT_EQ(shownLines(write + "8 [" + groups + "] = 0"),
+              (std::vector{write + "8 [" + before + "00tt tttt tttt tttt] = 0",
+                           write + "0x28 [tttt tttt tttt tttt tttt tttt] = 0"}));
+    auto const longRead = [](QByteArray const& time) {
+        return shownLines("    vy_readRegisters 0xA8 0 84 = 0, [" + QByteArray(128, 'f') + time.toHex() +
                           ']');
     };
     EXPECT_EQ(longRead("2026/11/21 16:42:49"), longRead("2027/01/01 00:00:00"));

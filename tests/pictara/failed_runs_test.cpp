@@ -1,5 +1,7 @@
 #include "tests/pictara/program_run.h"
 
+#include <QImage>
+
 namespace {
 using FailedRun = Program;
 
@@ -15,6 +17,7 @@ TEST_F(FailedRun, IsToldByDialogSummaryAndExitCode) {
     } const rows[] = {
         {plain, {"--level", "0.001"}, 4, {kRefused, "too dark"}},
         {plain, {"--level", "10000"}, 5, {kRefused, "clipped"}},
+        {plain, {"--gradient", "-0.5"}, 6, {kRefused, "the lamp is not even"}},
         {"adaptive-72", {"--object"}, 6, {"not flat"}},
         {"wrong-size", {}, 7, {"Error: Incompatible image size.", "1280 x 720 instead of 1920 x 1080"}},
         {plain, {"--fault", "error-12"}, 9, {"Save to EEPROM: Error accessing the EEPROM."}},
@@ -76,7 +79,8 @@ TEST_F(FailedRun, IsPicturedAmongOutputsOfThisRunAlone) {
     ProgramRun const refused(good + QStringList("--object"), output);
     EXPECT_EXIT_CODE(refused, 6);
     EXPECT_EQ(pictures(), QStringList({"dialog.png", "refused.png"}));
-    EXPECT_TRUE(refused.json["corrected"].isNull());
+    QColor const object = QImage(refused.file("refused.png")).pixelColor(297, 107);
+    EXPECT_TRUE(object.red() > object.green() + 30 && object.blue() > object.green() + 30) << "is marked";
     EXPECT_EXIT_CODE(ProgramRun(good, output), 0);
     EXPECT_EQ(pictures(), QStringList({"after.png", "before.png", "dialog.png"}));
 }

@@ -72,17 +72,15 @@ TEST_F(Program, FlattensMeasuredLensesUnderEachLamp) {
     QString const named = qEnvironmentVariable("KESTRA_MEASURED_SHADING");
     if (named.isEmpty())
         GTEST_SKIP() << "KESTRA_MEASURED_SHADING names no folder of measured lenses";
-    QDir const lenses(named);
-    QStringList const modules = lenses.entryList({"*.json"}, QDir::Files, QDir::Name);
-    ASSERT_FALSE(modules.isEmpty()) << "no measured lenses in " << named.toStdString();
+    QStringList const lenses = QDir(named).entryList({"*.json"}, QDir::Files);
+    ASSERT_FALSE(lenses.isEmpty()) << "no measured lenses in " << named.toStdString();
     QString const profile = writeChangedProfile(folder.path(), "polynomial", kNoEeprom);
-    for (QString const& module : modules) {
-        QString const lens = lenses.filePath(module);
-        for (QJsonValue const& illuminant :
-             QJsonDocument::fromJson(contentsOf(lens))["illuminants"].toArray()) {
-            QString const lamp = QString::number(illuminant["colour_temperature_K"].toInt());
-            SCOPED_TRACE(module.toStdString() + " at " + lamp.toStdString());
-            ProgramRun const run({"--run-all", "--profile", profile, "--light", lamp, "--shading", lens});
+    for (QString const& name : lenses) {
+        QString const lens = QDir(named).filePath(name);
+        for (QJsonValue const lamp : QJsonDocument::fromJson(contentsOf(lens))["illuminants"].toArray()) {
+            QString const kelvin = QString::number(lamp["colour_temperature_K"].toInt());
+            SCOPED_TRACE(name.toStdString() + " at " + kelvin.toStdString());
+            ProgramRun const run({"--run-all", "--profile", profile, "--light", kelvin, "--shading", lens});
             EXPECT_EXIT_CODE(run, 0);
             EXPECT_LE(run.after(), 0.7);
             EXPECT_LE(5 * run.figure("corrected.luminance_error_largest_against_median_percent"),
