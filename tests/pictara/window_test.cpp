@@ -47,7 +47,7 @@ struct HostWindowTest : testing::Test, TestFiles {
     void SetUp() override {
         options.eepromFile = write("board.bin", smallImage());
         options.outputFolder = path("out");
-        open("polynomial");
+        open(smallProfile("polynomial", {}));
     }
     void TearDown() override {
         if (session)
@@ -55,8 +55,8 @@ struct HostWindowTest : testing::Test, TestFiles {
         window.reset();
         session.reset();
     }
-    void open(char const* profile) {
-        options.profile = smallProfile(profile, {});
+    void open(QString const& profile) {
+        options.profile = profile;
         session = Session::open(options, &error);
         ASSERT_TRUE(session) << error.toStdString();
         window = std::make_unique<HostWindow>(*session);
@@ -128,7 +128,7 @@ TEST_F(HostWindowTest, BeginsWithTheLampOfThePageUnlessItIsToldAnother) {
     for (std::optional<double> const given : {std::optional<double>(), std::optional(3500.0)}) {
         TearDown();
         options.lightKelvin = given;
-        open("adaptive-72");
+        open(smallProfile("adaptive-72", {}));
         EXPECT_EQ(light().colourTemperature, given.value_or(2800));
         EXPECT_LE(window->dialog()->window()->geometry().bottom(), window->screen()->geometry().bottom());
     }
@@ -168,6 +168,22 @@ TEST_F(HostWindowTest, ARefusalIsToldAndMarkedUntilTheNextTryAndCertifiedWithThe
         EXPECT_FALSE(isRefusedWithin(1));
     EXPECT_TRUE(sittingPage(*session, dialog).contains("<dt>Repeatability</dt>"));
     qInstallMessageHandler(nullptr);
+}
+
+TEST_F(HostWindowTest, ASittingWithSeveralLampsIsJudgedUnderEachAndThePersonsComesBack) {
+    TearDown();
+    options.eepromFile.clear();
+    // The solver's own data tells how large the picture of a sensor with tables is.
+    open(writeChangedProfile(folder.path(), "adaptive-72", kNoEeprom));
+    DialogPage dialog = page();
+    RunDriver driver(dialog, [&] { session->frames().deliverNext(); });
+    driver.onRequests = [&] {
+        serveCaptureRows(dialog, [&](CaptureRow const& row) { session->bringLamp(row.kelvin); });
+    };
+    (void)driver.runAll();
+    session->bringLamp(3000);
+    EXPECT_TRUE(sittingPage(*session, dialog).contains("4900 K"));
+    EXPECT_EQ(light().colourTemperature, 3000);
 }
 
 TEST_F(HostWindowTest, EveryControlTellsWhatItIsForAndCanBeReachedByKey) {
