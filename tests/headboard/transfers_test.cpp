@@ -7,8 +7,6 @@
 using namespace kestra;
 
 namespace {
-constexpr Path kPaths[] = {Path::Raw, Path::Bridge, Path::BusDescription};
-
 // Counts the transfers of each operation.
 struct CountedBoard : Headboard {
     explicit CountedBoard(Path way) : Headboard(way), path(way) {}
@@ -36,7 +34,7 @@ struct CountedBoard : Headboard {
 };
 
 TEST(Transfers, LoadSaveAndVerifyTakeNoneThatTheirBytesDoNotNeed) {
-    for (Path const path : kPaths) {
+    for (Path const path : {Path::Raw, Path::Bridge, Path::BusDescription}) {
         CountedBoard h(path);
         std::mt19937 random(11);
         auto const below = [&](uint32_t n) { return int32_t(random() % n); };
@@ -52,29 +50,6 @@ TEST(Transfers, LoadSaveAndVerifyTakeNoneThatTheirBytesDoNotNeed) {
         h.save(); // has nothing to do
         EXPECT_EQ(std::ranges::max(h.board.timesRead), 1) << int(path);
         h.move(ByteState::Current, 0, 8176, Transfer::RawRead, [&] { return h.verify(); });
-    }
-}
-
-TEST(Transfers, RecordsThatAreSearchedReadAndReplacedTravelOnce) {
-    Headboard writer;
-    writer.format();
-    for (EepromRecord const& record : {registerSet("one"), recordOf(kRecordDefectMap, Bytes(301, 7)),
-                                       registerSet("two"), recordOf(kRecordScratchpad, {'h', 'i', 0})})
-        ASSERT_EQ(writer.append(record), kEepromOk);
-    ASSERT_EQ(writer.flush(), kEepromOk);
-    simulator::EepromContents const device = writer.board.device;
-    for (Path const path : kPaths) {
-        CountedBoard h(path);
-        h.board.device = device;
-        int32_t const second = h.find(kRecordPga, "TWO");
-        EXPECT_FALSE(h.record(second).empty());
-        EXPECT_EQ(EepromRecordText(*h.eeprom, second), "two");
-        ASSERT_EQ(EepromReplaceRecord(*h.eeprom, registerSet("one")), kEepromOk);
-        EXPECT_GT(EepromFreeSpace(*h.eeprom), 0);
-        h.save();
-        h.load(0, 8176);
-        EXPECT_EQ(std::ranges::max(h.board.timesRead), 1) << int(path);
-        EXPECT_EQ(std::ranges::max(h.board.timesWritten), 1) << int(path);
     }
 }
 } // namespace
