@@ -92,14 +92,15 @@ TEST_F(RegisterRecord, CorrectionIsOffWhileItsRegistersAreRead) {
 
 TEST_F(RegisterRecord, SensorIsNotWrittenWhereNothingHasToBeSwitched) {
     addRegisters({"P_GR_P0Q0"});
-    ASSERT_EQ(saveShadingRegisters(*eeprom, nullptr, {}), kEepromOk);
-    expectStored("default", "P_GR_P0Q0=1");
+    expectSaved("P_GR_P0Q0=1");
     addEnable("POLY_SC_ENABLE", "ENABLE", false);
-    ASSERT_EQ(saveShadingRegisters(*eeprom, nullptr, {}), kEepromOk);
-    expectStored("DEFAULT", "POLY_SC_ENABLE&1=0 P_GR_P0Q0=1 POLY_SC_ENABLE&1=1");
+    expectSaved("POLY_SC_ENABLE&1=0 P_GR_P0Q0=1 POLY_SC_ENABLE&1=1");
     EXPECT_TRUE(host.calls("write").empty());
     EXPECT_EQ(host.calls("invalidateCache").size(), 1U);
     EXPECT_EQ(EepromNextRecord(*eeprom, 5), end()) << "the first was replaced";
+    eeprom->image[0] = 'X';
+    EXPECT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromNotFormatted);
+    EXPECT_EQ(host.calls("invalidateCache").size(), 1U);
 }
 
 // Sensors that have all of these registers are met as whole cameras.
@@ -122,12 +123,17 @@ TEST_F(RegisterRecord, Kind68WithoutARegisterStoresWhatDoesNotHangOnIt) {
 }
 
 TEST_F(RegisterRecord, HostsRecordTellsTheModelOfASensorWithoutDescription) {
-    addRegisters({"P_GR_P0Q0", "PGA_TABLE_A_DATA_0"});
+    addEnable("CAM_PGA_PGA_CONTROL", "CAM_PGA_AUTO_PGA_ENABLE", false);
+    board.addBitfield("CAM_PGA_PGA_CONTROL", "CAM_PGA_PGA_ENABLE", 2);
+    addRegisters({"P_GR_P0Q0", "PGA_TABLE_A_DATA_0", "PGA_CURRENT_ZONE"});
     fake.description.sensorKind = 76;
     fake.description.variant = 1;
-    expectSaved("P_GR_P0Q0=1 PGA_TABLE_A_DATA_0=2", {76, 2});
+    constexpr char kFirst[] = "CAM_PGA_PGA_CONTROL&2=0 ", kLast[] = "CAM_PGA_PGA_CONTROL&2=1";
+    expectSaved(kFirst + std::string("P_GR_P0Q0=2 PGA_TABLE_A_DATA_0=3 ") + kLast, {76, 2});
     fake.hasDescription = false;
-    expectSaved("PGA_TABLE_A_DATA_0=2", {76, 2});
+    expectSaved(kFirst + std::string("PGA_TABLE_A_DATA_0=3 CAM_PGA_PGA_CONTROL&1=1 ") + kLast +
+                    " PGA_CURRENT_ZONE=255",
+                {76, 2});
 }
 
 TEST_F(RegisterRecord, CcmRecordHoldsItsRegistersOnly) {
@@ -135,24 +141,8 @@ TEST_F(RegisterRecord, CcmRecordHoldsItsRegistersOnly) {
     addRegisters(
         {"AWB_CCM_L_0", "CAM_AWB_CCM_RL_10", "PGA_CURRENT_ZONE", "AWBTRACKCONFIG_CCMDATA_2_COLORTEMP"});
     ASSERT_EQ(saveCcmRegisters(*eeprom, "A very long name"), kEepromOk);
-    ASSERT_EQ(saveCcmRegisters(*eeprom, "A very long name"), kEepromOk);
     expectStored("A very l", "AWB_CCM_L_0=2 CAM_AWB_CCM_RL_10=3 AWBTRACKCONFIG_CCMDATA_2_COLORTEMP=5",
                  kRecordCcm);
-    EXPECT_EQ(EepromNextRecord(*eeprom, 5), end()) << "the first was replaced";
-    EXPECT_TRUE(host.calls("write").empty());
 }
 
-TEST_F(RegisterRecord, FullOrUnformattedEepromIsReported) {
-    addRegisters({"P_GR_P0Q0"});
-    ASSERT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromOk);
-    ASSERT_EQ(append(recordOf(kRecordCustomerData, Bytes(8140))), kEepromOk);
-    addRegisters({"CENTER_ROW", "CENTER_COLUMN", "P_CB_P4Q4"});
-    EXPECT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromNoRoom);
-    EXPECT_EQ(find(kRecordPga, "N"), kEepromNoRecord) << "the old one went first";
-    eeprom->image[0] = 'X';
-    host.log.clear();
-    EXPECT_EQ(saveShadingRegisters(*eeprom, "N", {}), kEepromNotFormatted);
-    EXPECT_EQ(saveCcmRegisters(*eeprom, "N"), kEepromNotFormatted);
-    EXPECT_EQ(takeLog(), "");
-}
 } // namespace
