@@ -25,8 +25,7 @@ TEST(ConfigView, EveryStateHasItsTextBulletAndEnabling) {
         Bullet bullet;
         char const* enabled; // lists, Apply, and Erase, whose question mark is for what stays as it is
     } const rows[] = {
-        {EepromState::Unknown, {}, true, kUnknown, Gray, "--?"},
-        {EepromState(3), {}, false, kUnknown, Gray, "--?"},
+        {EepromState(3), {}, true, kUnknown, Gray, "--?"},
         {EepromState::Error, {}, true, kError, Red, "--?"},
         {EepromState::Absent, {}, true, kAbsent, Red, "--?"},
         {EepromState::Present, {0, 8171, false}, false, kBlank, Green, "L--"},
