@@ -21,13 +21,13 @@ protected:
     LensCorrection correction{"POLY_SC_ENABLE", "ENABLE"};
 };
 
-TEST_F(Pipeline, RawSwitchesExposureOffFirstAndOnLast) {
-    setRawPipeline(used, open, correction, true, false);
-    // The correction is switched off inside the same bracket.
-    ASSERT_EQ(host.log.size(), 35U);
+TEST_F(Pipeline, RawSwitchesExposureOffFirstAndOnLastAndTheCorrectionOffInsideTheSameBracket) {
+    setRawPipeline(used, open, correction, true, true);
+    ASSERT_EQ(host.log.size(), 37U);
     EXPECT_EQ(Calls(host.log.begin(), host.log.begin() + 2), (Calls{"begin", "setState Auto Exposure 0"}));
     EXPECT_EQ(Calls(host.log.begin() + 27, host.log.end()),
-              (Calls{"setState Lens Sim Enable Poly 0", "setState Auto Exposure 1",
+              (Calls{"setState Lens Sim Enable Poly 0", "setState Relative Red Gain 1000",
+                     "setState Relative Blue Gain 1000", "setState Auto Exposure 1",
                      "setState White Balance 0", "existsBitfield POLY_SC_ENABLE ENABLE", "begin",
                      "writeRegister POLY_SC_ENABLE ENABLE 0", "end", "end"}));
     // Everything is switched off but what has a neutral or a measuring value.
@@ -39,15 +39,7 @@ TEST_F(Pipeline, RawSwitchesExposureOffFirstAndOnLast) {
                          "Auto Exposure Soft Gain Limit 10", "Auto Exposure Soft Limit 1",
                          "Auto Exposure Software Gain Limit 100", "Auto Exposure Speed 10",
                          "Auto Exposure Stability 1", "Auto Exposure Target 50", "Contrast 20", "Gamma 20",
-                         "Saturation 10"}));
-}
-
-TEST_F(Pipeline, RawResetsTheGainsBetweenTheListAndTheSecondExposureWrite) {
-    setRawPipeline(used, open, correction, false, true);
-    EXPECT_EQ(
-        Calls(host.log.begin() + 27, host.log.begin() + 32),
-        (Calls{"setState Lens Sim Enable Poly 0", "setState Relative Red Gain 1000",
-               "setState Relative Blue Gain 1000", "setState Auto Exposure 0", "setState White Balance 0"}));
+                         "Relative Blue Gain 1000", "Relative Red Gain 1000", "Saturation 10"}));
 }
 
 TEST_F(Pipeline, VerifyUsesNoBracketAndAppliesItsPresetBeforeTheCorrection) {
