@@ -10,10 +10,12 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
-#include <future>
+#include <functional>
+#include <mutex>
 #include <random>
 #include <string>
 #include <thread>
+#include <tuple>
 
 using namespace kestra;
 
@@ -27,11 +29,8 @@ using Records = std::vector<Bytes>; // head and payload each, in the chain's ord
 /// What one press of a button stores: mostly one record, with a factory calibration its time stamp too.
 using Save = std::vector<EepromRecord>;
 
-/// A board with a history of saves, and the save during which the power will fail.
-struct Scene {
-    EepromContents before;
-    Save save;
-};
+/// What is on a board with a history of saves, and the save during which the power will fail.
+using Scene = std::pair<EepromContents, Save>;
 
 constexpr int32_t kCapacity = 8112;
 constexpr size_t kStoreSize = 8176; // behind it lie the bytes that say what the headboard is
@@ -56,11 +55,6 @@ EepromRecord randomText(Dice& dice, uint8_t type) {
     std::string text(dice.between(1, 24), ' ');
     std::ranges::generate(text, [&] { return char('0' + dice.below(75)); });
     return textRecord(type, text);
-}
-
-EepromRecord timeStamp(Dice& dice) {
-    std::string const minute = std::to_string(dice.between(10, 59));
-    return textRecord(kRecordTimeStamp, "2024/05/31 23:" + minute + ":07");
 }
 
 // The coefficients of a sensor's shading or colour correction, then a few switches.
@@ -112,10 +106,11 @@ Save randomSave(Dice& dice) {
         break;
     }
     char const* const label = kLabels[dice.below(std::size(kLabels))];
-    Save save = {registerSet(dice, kRecordPga, label, kCounts[dice.below(std::size(kCounts))])};
-    if (label == kLabels[0])
-        save.insert(save.begin(), timeStamp(dice));
-    return save;
+    EepromRecord const set = registerSet(dice, kRecordPga, label, kCounts[dice.below(std::size(kCounts))]);
+    if (label != kLabels[0])
+        return {set};
+    std::string const minute = std::to_string(dice.between(10, 59));
+    return {textRecord(kRecordTimeStamp, "2024/05/31 23:" + minute + ":07"), set};
 }
 
 // Saves as the pages do: the records replace older ones in the image, then the image is flushed.
@@ -135,10 +130,10 @@ Scene randomScene(uint32_t number) {
     EepromShare const eeprom = HeadboardEepromCreate(board.camera());
     for (uint32_t saves = dice.between(1, 14); saves > 0; --saves)
         (void)store(eeprom, randomSave(dice));
-    Scene scene{board.device, randomSave(dice)};
-    auto const identity = std::span(scene.before).subspan(kStoreSize);
+    Save const save = randomSave(dice);
+    auto const identity = std::span(board.device).subspan(kStoreSize);
     std::ranges::generate(identity, [&] { return uint8_t(dice.below(256)); });
-    return scene;
+    return {board.device, save};
 }
 
 /// What is in a device, and what `list` and `check` say of it.
@@ -166,11 +161,9 @@ struct Report {
     /// Whether a search for this record's type and name finds it, byte for byte.
     [[nodiscard]] bool finds(std::span<uint8_t const> record) const {
         std::string const name(recordText(record[0], record.subspan(kRecordHead)));
-        int32_t const offset = EepromFindRecord(*store.eeprom(), record[0], name.c_str(), 0);
         Bytes bytes(record.size());
-        return offset >= 0 && EepromReadRecord(*store.eeprom(), offset, {}) == int32_t(bytes.size()) &&
-               EepromReadRecord(*store.eeprom(), offset, bytes) == int32_t(bytes.size()) &&
-               std::ranges::equal(bytes, record);
+        int32_t const size = EepromReadNth(*store.eeprom(), record[0], name.c_str(), 0, bytes);
+        return size == int32_t(bytes.size()) && std::ranges::equal(bytes, record);
     }
     [[nodiscard]] bool holds(Save const& save) const {
         return std::ranges::all_of(save, [&](EepromRecord const& record) { return finds(record.bytes()); });
@@ -205,15 +198,14 @@ enum Column : uint8_t {
     kMended,       ///< and leaves nothing for `check` to name
     kColumns
 };
-constexpr char const* kTitles[kColumns] = {"cuts", "by check", "others lost", "next save", "mends all"};
-using Row = std::array<uint64_t, kColumns>;
+using Row = std::array<std::atomic<uint64_t>, kColumns>;
 
-void add(Row& sum, Row const& row) { std::ranges::transform(sum, row, sum.begin(), std::plus<>()); }
-
+/// Of all scenes, whichever thread tried them.
 struct Tally {
-    uint64_t saves = 0;
-    uint64_t savesWithBreak = 0; ///< a cut at some byte breaks the chain
+    std::atomic<uint64_t> saves = 0;
+    std::atomic<uint64_t> savesWithBreak = 0; ///< a cut at some byte breaks the chain
     std::array<Row, kRemains> rows{};
+    std::mutex failing;
     std::vector<std::string> failures; ///< promises that were not kept
 };
 
@@ -221,18 +213,19 @@ struct Tally {
 // mends it.
 class CutSave {
 public:
-    CutSave(uint32_t number, Tally& tally)
-        : m_number(number), m_scene(randomScene(number)), m_before(Report(m_scene.before).records),
-          m_tally(tally) {}
+    CutSave(uint32_t number, Tally& tally) : m_number(number), m_tally(tally) {
+        std::tie(m_contents, m_save) = randomScene(number);
+        m_before = Report(m_contents).records;
+    }
 
     void run() {
-        FakeHeadboard board(m_scene.before);
-        int32_t const status = store(HeadboardEepromCreate(board.camera()), m_scene.save);
+        FakeHeadboard board(m_contents);
+        int32_t const status = store(HeadboardEepromCreate(board.camera()), m_save);
         uint64_t const length = board.eeprom.bytesWritten();
         Report const whole(board.device);
         m_after = whole.records;
-        expect(status == kEepromOk && whole.holds(m_scene.save),
-               "without a cut the save stores what it should", length);
+        expect(status == kEepromOk && whole.holds(m_save), "without a cut the save stores what it should",
+               length);
         bool breaks = false;
         for (uint64_t cut = 1; cut < length; ++cut)
             breaks |= tryCut(cut) == kBrokenChain;
@@ -242,22 +235,24 @@ public:
 
 private:
     void expect(bool isKept, char const* promise, uint64_t cut) {
-        if (!isKept)
-            m_tally.failures.push_back("scene " + std::to_string(m_number) + ", cut after byte " +
-                                       std::to_string(cut) + ": not so: " + promise);
+        if (isKept)
+            return;
+        std::scoped_lock const lock(m_tally.failing);
+        m_tally.failures.push_back("scene " + std::to_string(m_number) + ", cut after byte " +
+                                   std::to_string(cut) + ": not so: " + promise);
     }
 
     EepromContents contentsAfterCut(uint64_t cut) {
-        FakeHeadboard board(m_scene.before);
+        FakeHeadboard board(m_contents);
         board.eeprom.plan({DeviceFault::PowerCut, cut, true});
         EepromShare const eeprom = HeadboardEepromCreate(board.camera());
-        int32_t const status = store(eeprom, m_scene.save);
+        int32_t const status = store(eeprom, m_save);
         expect(status < 0, "the save reports its failure", cut);
         expect(board.eeprom.bytesWritten() == cut, "the power fails at this byte", cut);
         EepromContents const left = board.device;
         // Only the headboard lost its power: the program still has the image, and in it what was not written.
         board.plan(DeviceFault::None);
-        bool const isStored = store(eeprom, m_scene.save) == kEepromOk;
+        bool const isStored = store(eeprom, m_save) == kEepromOk;
         expect(isStored && Report(board.device).records == m_after,
                "the same program, asked to save again, stores everything", cut);
         return left;
@@ -277,7 +272,7 @@ private:
     [[nodiscard]] bool harmsOthers(Report const& left) const {
         return std::ranges::any_of(m_before, [&](Bytes const& record) {
             bool const isReplaced = std::ranges::any_of(
-                m_scene.save, [&](EepromRecord const& saved) { return isSameKind(saved.bytes(), record); });
+                m_save, [&](EepromRecord const& saved) { return isSameKind(saved.bytes(), record); });
             return !isReplaced && !left.finds(record);
         });
     }
@@ -294,7 +289,9 @@ private:
         expect(presence == EepromState::Present && board.eeprom.bytesWritten() == 0,
                "a test for presence leaves the board as it is", cut);
         Row& row = m_tally.rows[remains];
-        add(row, {1, !told.checkIsClean, harmsOthers(told), 0, 0});
+        ++row[kCuts];
+        row[kCheckNames] += !told.checkIsClean;
+        row[kOthersHarmed] += harmsOthers(told);
         saveAgain(left, cut, row);
         startAnew(left, cut);
         return remains;
@@ -303,80 +300,68 @@ private:
     // The power is back, the program starts again, and somebody presses the same button.
     void saveAgain(EepromContents const& left, uint64_t cut, Row& row) {
         FakeHeadboard board(left);
-        int32_t const status = store(HeadboardEepromCreate(board.camera()), m_scene.save);
+        int32_t const status = store(HeadboardEepromCreate(board.camera()), m_save);
         if (status != kEepromOk) {
             expect(board.eeprom.bytesWritten() == 0, "a save that fails on what is left writes nothing", cut);
             return;
         }
         Report const told(board.device);
-        add(row, {0, 0, 0, 1, told.checkIsClean});
+        ++row[kNextSaves];
+        row[kMended] += told.checkIsClean;
         expect(told.isWhole, "a successful save leaves a whole chain", cut);
-        expect(told.holds(m_scene.save), "what a successful save stored is found", cut);
+        expect(told.holds(m_save), "what a successful save stored is found", cut);
     }
 
     void startAnew(EepromContents const& left, uint64_t cut) {
         FakeHeadboard board(left);
         EepromShare const eeprom = HeadboardEepromCreate(board.camera());
-        bool const done = EepromFormat(*eeprom, -1) == kEepromOk && store(eeprom, m_scene.save) == kEepromOk;
+        bool const done = EepromFormat(*eeprom, -1) == kEepromOk && store(eeprom, m_save) == kEepromOk;
         Report const told(board.device);
-        expect(done && told.checkIsClean && told.records.size() == m_scene.save.size() &&
-                   told.holds(m_scene.save),
+        expect(done && told.checkIsClean && told.records.size() == m_save.size() && told.holds(m_save),
                "a format mends everything", cut);
     }
 
     uint32_t m_number;
-    Scene m_scene;
-    Records m_before, m_after;
     Tally& m_tally;
+    EepromContents m_contents;
+    Save m_save;
+    Records m_before, m_after;
 };
 
-void print(char const* what, Row const& counts, uint64_t all) {
-    std::printf("%-31s", what);
-    for (uint64_t const count : counts)
-        std::printf("%12llu", static_cast<unsigned long long>(count));
-    std::printf("%10.2f %%\n", 100.0 * double(counts[kCuts]) / double(std::max<uint64_t>(all, 1)));
-}
-
 void print(Tally const& tally) {
-    Row sum{};
+    std::array<uint64_t, kColumns> sum{};
     for (Row const& row : tally.rows)
-        add(sum, row);
-    auto const saves = static_cast<unsigned long long>(tally.saves);
+        std::ranges::transform(sum, row, sum.begin(), std::plus<>());
+    auto const printRow = [&](char const* what, auto const& counts) {
+        std::printf("%-31s", what);
+        for (uint64_t const count : counts)
+            std::printf("%12llu", static_cast<unsigned long long>(count));
+        std::printf("%10.2f %%\n", 100.0 * double(counts[kCuts]) / double(std::max<uint64_t>(sum[kCuts], 1)));
+    };
+    unsigned long long const saves = tally.saves;
     std::printf("%llu saves, %llu cuts\n\n%31s", saves, static_cast<unsigned long long>(sum[kCuts]), "");
-    for (char const* const title : kTitles)
+    for (char const* const title : {"cuts", "by check", "others lost", "next save", "mends all", "share"})
         std::printf("%12s", title);
-    std::printf("%12s\n", "share");
+    std::printf("\n");
     for (size_t i = 0; i < kRemains; ++i)
-        print(kRemainsTexts[i], tally.rows[i], sum[kCuts]);
-    print("all", sum, sum[kCuts]);
+        printRow(kRemainsTexts[i], tally.rows[i]);
+    printRow("all", sum);
     std::printf("%llu of %llu saves break the chain when the power fails at the wrong byte\n",
-                static_cast<unsigned long long>(tally.savesWithBreak), saves);
+                static_cast<unsigned long long>(tally.savesWithBreak.load()), saves);
     std::fflush(stdout);
 }
 
 constexpr size_t kMostFailuresShown = 20;
 
 // The scenes of consecutive numbers, shared out among the cores.
-Tally cutAll(uint32_t saves, uint32_t seed) {
+void cutAll(uint32_t saves, uint32_t seed, Tally& tally) {
     std::atomic<uint32_t> next = 0;
-    std::vector<std::future<Tally>> parts(std::max(std::thread::hardware_concurrency(), 1U));
-    for (std::future<Tally>& part : parts)
-        part = std::async(std::launch::async, [&] {
-            Tally tally;
+    std::vector<std::jthread> threads(std::max(std::thread::hardware_concurrency(), 1U));
+    for (std::jthread& thread : threads)
+        thread = std::jthread([&] {
             for (uint32_t i = next++; i < saves; i = next++)
                 CutSave(seed + i, tally).run();
-            return tally;
         });
-    Tally sum;
-    for (std::future<Tally>& part : parts) {
-        Tally const tally = part.get();
-        sum.saves += tally.saves;
-        sum.savesWithBreak += tally.savesWithBreak;
-        for (size_t i = 0; i < kRemains; ++i)
-            add(sum.rows[i], tally.rows[i]);
-        sum.failures.insert(sum.failures.end(), tally.failures.begin(), tally.failures.end());
-    }
-    return sum;
 }
 } // namespace
 
@@ -393,7 +378,8 @@ int main(int argc, char** argv) {
     installVeyra2(library);
     std::printf("cutting the power after every byte of %u saves; this takes minutes\n", saves);
     std::fflush(stdout);
-    Tally const tally = cutAll(saves, parser.value("seed").toUInt());
+    Tally tally;
+    cutAll(saves, parser.value("seed").toUInt(), tally);
     print(tally);
     for (size_t i = 0; i < std::min(tally.failures.size(), kMostFailuresShown); ++i)
         std::fprintf(stderr, "%s\n", tally.failures[i].c_str());
