@@ -24,19 +24,19 @@ InputReader* answers = nullptr;
 HostServices fakeServices;
 bool isHostile = false;
 
+template <typename Value>
+Value orGarbage(Value value) {
+    return isHostile ? Value(answers->number()) : value;
+}
+
 // Reads that answer what the input says; the fake host is asked too, so that its log and its hook see them.
 void answerGarbage(HostServices& table) {
     table.readRegister = [](char const* reg, char const* bitfield, uint32_t one) {
-        uint32_t const value = fakeServices.readRegister(reg, bitfield, one);
-        return isHostile ? answers->number() : value;
+        return orGarbage(fakeServices.readRegister(reg, bitfield, one));
     };
-    table.readState = [](char const* variable) {
-        int32_t const value = fakeServices.readState(variable);
-        return isHostile ? int32_t(answers->number()) : value;
-    };
+    table.readState = [](char const* variable) { return orGarbage(fakeServices.readState(variable)); };
     table.readIntSetting = [](char const* key, int32_t fallback) {
-        int32_t const value = fakeServices.readIntSetting(key, fallback);
-        return isHostile ? int32_t(answers->number()) : value;
+        return orGarbage(fakeServices.readIntSetting(key, fallback));
     };
     table.readTextSetting = [](char const* key, char* buffer, uint32_t size, char const* fallback) {
         fakeServices.readTextSetting(key, buffer, size, fallback);
@@ -108,17 +108,8 @@ private:
         if (!mayDelete())
             return;
         m_isDeleting = true;
-        switch (m_input.byte() % 3) {
-        case 0:
-            delete m_parent.data();
-            break;
-        case 1:
-            delete m_dialog.data();
-            break;
-        default:
-            delete DialogSession::page();
-            break;
-        }
+        QObject* const doomed[] = {m_parent, m_dialog, DialogSession::page()};
+        delete m_input.pick(doomed);
         m_isDeleting = false;
     }
 

@@ -2,20 +2,17 @@
 
 #include "hardening/fuzz/fuzz_target.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <vector>
 
 int main(int argc, char** argv) {
     LLVMFuzzerInitialize(&argc, &argv);
     int inputs = 0;
     for (int i = 1; i < argc; ++i) {
-        std::vector<std::filesystem::path> files;
-        for (auto const& entry : std::filesystem::directory_iterator(argv[i]))
-            files.push_back(entry.path());
-        std::sort(files.begin(), files.end());
+        std::set<std::filesystem::path> const files(std::filesystem::directory_iterator(argv[i]), {});
         for (std::filesystem::path const& file : files) {
             std::ifstream stream(file, std::ios::binary);
             std::vector<char> const bytes{std::istreambuf_iterator<char>(stream), {}};
