@@ -48,14 +48,6 @@ TEST_F(RecordContent, ShortRegistersOfPagedSensorsHoldTheirPage) {
     EXPECT_EQ(entry(0), (RegisterEntry{0, 0, 0x517, 1, 0, 9}));
 }
 
-TEST_F(RecordContent, EntryWithoutSizeTakesThatOfItsRegister) {
-    board.add("ONE_BYTE_VARIABLE", 1, 18, 0x42, 1);
-    ASSERT_EQ(add({1, 18, 0x42, 0, 0, 7}), kEepromOk);
-    ASSERT_EQ(add({1, 18, 0x43, 0, 0, 7}), kEepromOk);
-    EXPECT_EQ(entry(0).size, 1U);
-    EXPECT_EQ(entry(1).size, 2U) << "variables have two bytes where the map does not tell";
-}
-
 TEST_F(RecordContent, ClassAndIdFollowTheAddressSpace) {
     board.add("R", 0, 6, 0x20, 4, 0xABCD);
     board.addBitfield("R", "B", 0xFF00);
@@ -94,16 +86,5 @@ TEST_F(RecordContent, CapacityBoundsEntriesAndLinesAndTheLengthEveryPayload) {
     EXPECT_EQ(EepromAddLine(set, std::string(13, 'x')), kEepromOk);
     set = registerSet(nullptr, INT32_MAX);
     EXPECT_EQ(EepromAddLine(set, std::string(65600, 'x')), kEepromNoRoom) << "no length can tell it";
-}
-
-TEST_F(RecordContent, LinesAreCountedFromBehindTheName) {
-    ASSERT_EQ(EepromAddLine(set, ""), kEepromOk);
-    ASSERT_TRUE(set.append(Bytes{'c', 'u', 't'}));
-    std::string line;
-    EXPECT_EQ(EepromGetLine(set.bytes(), 0), 0);
-    EXPECT_EQ(EepromGetLine(set.bytes(), 1, &line), 3);
-    EXPECT_EQ(line, "cut");
-    EXPECT_EQ(EepromGetLine(set.bytes(), 2, &line), kEepromFailed);
-    EXPECT_EQ(add({0, 0, 1, 0, 0, 0}), kEepromFailed) << "lines are no blocks of entries";
 }
 } // namespace
