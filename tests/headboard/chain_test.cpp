@@ -110,6 +110,7 @@ TEST_F(Chain, SearchIncludesItsStartAndTheHeaderIsARecord) {
     EXPECT_EQ(EepromReadNth(*eeprom, kAnyRecordType, nullptr, INT32_MAX, buffer), kEepromNoRecord);
     EXPECT_EQ(record(0), (Bytes{'V', 'Y', 'E', 'E', 1}));
     EXPECT_EQ(EepromReadRecord(*eeprom, 5, std::span(buffer).first(4)), kEepromBufferTooSmall);
+    EXPECT_EQ(EepromReadRecord(*eeprom, 1, buffer), kEepromFailed);
     EXPECT_EQ(EepromRecordText(*eeprom, 15), "c") << "bounded by its record";
     for (int32_t const noRecord : {-4, 0, 4, 10, 19, 8176})
         EXPECT_EQ(EepromRecordText(*eeprom, noRecord).data(), nullptr) << noRecord;

@@ -22,6 +22,9 @@ TEST_F(RecordContent, EntriesOfOneKindShareABlock) {
                      4, 0xC8, 0x42, 0,    7, 2,    0,    18,   0, 0,    0,    0,    0,
                      0, 0,    0x37, 0x80, 2, 0,    0,    0x80, 0, 0x12, 0x34, 0x56, 0x78}));
     EXPECT_EQ(entries(set.bytes()), all);
+    Bytes longer(set.bytes().begin(), set.bytes().end());
+    longer.insert(longer.end(), {3, 0, 4, 1, 2, 3, 4});
+    EXPECT_EQ(entries(longer), all) << "what lies behind a record is none of it";
 }
 
 TEST_F(RecordContent, KindFollowsClassSizeMaskAndTheSensorsWidths) {
