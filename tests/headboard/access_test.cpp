@@ -176,7 +176,11 @@ TEST(Access, APageThatIsGoneLeavesAloneWhatTheNextUserChanges) {
     Headboard h;
     EepromSlot slot = nullptr;
     EepromUse use(slot);
-    EXPECT_EQ(&use.renew(h.fake.camera()), slot);
+    HeadboardEeprom& taken = use.renew(h.fake.camera());
+    EXPECT_EQ(&taken, slot);
+    ASSERT_EQ(HeadboardEepromLoad(taken, 0, 4), kEepromOk);
+    use.flush();
+    EXPECT_EQ(taken.image.size(), 8176U) << "what is known of the device is kept";
     use.abandon();
     EXPECT_EQ(slot, nullptr) << "the next user gets another one";
     EepromShare const others = sharedEeprom(slot, h.fake.camera());
