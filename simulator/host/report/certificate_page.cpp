@@ -39,14 +39,17 @@ QString kindOf(QString const& text) {
     return isNumber || text == QLatin1String("-") ? QStringLiteral("number") : QStringLiteral("text");
 }
 
-QJsonObject cell(QString const& text) { return {{"text", text}, {"kind", kindOf(text)}}; }
-
 QJsonObject drawing(Table const& table) {
     QJsonArray rows;
     for (QStringList const& row : table.rows) {
         QJsonArray heads, cells;
-        for (QString const& text : row)
-            (rows.isEmpty() || heads.isEmpty() ? heads : cells).append(cell(text));
+        for (int i = 0; i < row.size(); ++i) {
+            bool const isHead = rows.isEmpty() || i == 0;
+            // A head stands as what is below it does, without its colour.
+            QString const kind = kindOf(isHead && table.rows.size() > 1 ? table.rows[1].value(i) : row[i]);
+            QString const shown = isHead && kind != QLatin1String("text") ? QStringLiteral("number") : kind;
+            (isHead ? heads : cells).append(QJsonObject{{"text", row[i]}, {"kind", shown}});
+        }
         rows.append(QJsonObject{{"heads", heads}, {"cells", cells}});
     }
     return {{"title", table.title}, {"rows", rows}};
