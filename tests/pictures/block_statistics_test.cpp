@@ -121,6 +121,7 @@ TEST(AskedPixels, GiveEveryBlockTheStatisticsOfThePictureItself) {
     asked.measure(nullptr, picture.width, picture.height, 0);
     ASSERT_EQ(asked.columns(), whole.columns());
     EXPECT_EQ(asked.chartScale(1, 2), 1024U) << "the chart table's";
+    EXPECT_EQ(whole.pixelAt(3, 4), 0x808080U) << "where nobody is asked";
     for (int32_t i = 0; i < whole.rows() * whole.columns(); ++i) {
         CSbl::Block const& one = asked.block(i / whole.columns(), i % whole.columns());
         CSbl::Block const& other = whole.block(i / whole.columns(), i % whole.columns());
