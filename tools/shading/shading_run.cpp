@@ -5,131 +5,16 @@
 #include "simulator/host/report/certificate.h"
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
+#include "tools/shading/compare.h"
 #include "tools/shading/shading_measurement.h"
 
 #include <QFileInfo>
-#include <QJsonArray>
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
-#include <iterator>
-#include <set>
 
 namespace pictara {
 namespace {
+using shading::NamedShading;
 using simulator::MeasuredShading;
-
-// Tables may differ in grid and lights: all are brought to one grid and to the lights of any, as a camera
-// would that they are put before.
-constexpr simulator::SensorArray kGrid{.width = 32, .height = 24};
-
-struct PlaneRow {
-    simulator::Plane plane;
-    char const* name;
-};
-constexpr PlaneRow kPlanes[] = {
-    {simulator::Plane::Red, "red"}, {simulator::Plane::GreenRed, "green"}, {simulator::Plane::Blue, "blue"}};
-
-struct NamedShading {
-    QString file;
-    MeasuredShading shading;
-};
-
-// What makes the plane flat at that light; the smallest gain is 1.
-std::vector<double> gainsOf(MeasuredShading const& shading, simulator::Plane plane, double kelvin) {
-    simulator::LensRows const lens = simulator::measuredLens(shading, kGrid, kelvin);
-    std::vector<float> row(kGrid.width);
-    std::vector<double> gains;
-    for (uint32_t y = 0; y < kGrid.height; ++y) {
-        lens(plane, y, row);
-        std::transform(row.begin(), row.end(), std::back_inserter(gains),
-                       [](float response) { return 1 / double(response); });
-    }
-    double const smallest = *std::min_element(gains.begin(), gains.end());
-    for (double& gain : gains)
-        gain /= smallest;
-    return gains;
-}
-
-void tellTables(std::vector<NamedShading> const& tables, Certificate& certificate) {
-    Table told{"Tables", {{"file", "lens", "columns", "rows"}}};
-    QJsonArray array;
-    for (auto const& [file, shading] : tables) {
-        int const columns = int(shading.columns), rows = int(shading.rows);
-        told.rows.push_back({file, shading.name, QString::number(columns), QString::number(rows)});
-        array.append(
-            QJsonObject{{"file", file}, {"name", shading.name}, {"columns", columns}, {"rows", rows}});
-    }
-    certificate.tables.push_back(told);
-    certificate.figures["tables"] = array;
-}
-
-// How far the second gains lie above the first: the farthest, with its sign, and the root of the mean square.
-std::pair<double, double> differenceOf(std::vector<double> const& first, std::vector<double> const& second) {
-    double farthest = 0, squares = 0;
-    for (size_t i = 0; i < first.size(); ++i) {
-        double const difference = 100 * (second[i] / first[i] - 1);
-        squares += difference * difference / double(first.size());
-        farthest = std::abs(difference) > std::abs(farthest) ? difference : farthest;
-    }
-    return {farthest, std::sqrt(squares)};
-}
-
-// Each plane at each light of any table.
-void tellPlanes(std::vector<NamedShading> const& tables, Certificate& certificate) {
-    constexpr struct {
-        char const* key;
-        char const* head;
-        int decimals;
-    } kFigures[] = {{"largest_gain", "largest gain", 3},
-                    {"second_largest_gain", "of the second", 3},
-                    {"largest_difference_percent", "second above first, largest %", 2},
-                    {"rms_difference_percent", "r.m.s. %", 2}};
-    size_t const told = tables.size() == 2 ? std::size(kFigures) : 1;
-    Table table{"Gains that make each plane flat", {{"light", "plane"}}};
-    for (size_t i = 0; i < told; ++i)
-        table.rows[0] << kFigures[i].head;
-    QJsonArray planes;
-    std::set<double> lights;
-    for (NamedShading const& shading : tables)
-        for (auto const& illuminant : shading.shading.illuminants)
-            lights.insert(illuminant.temperature);
-    for (double const kelvin : lights)
-        for (PlaneRow const& plane : kPlanes) {
-            std::vector<double> const first = gainsOf(tables.front().shading, plane.plane, kelvin),
-                                      second = gainsOf(tables.back().shading, plane.plane, kelvin);
-            auto const [farthest, rms] = differenceOf(first, second);
-            double const figures[] = {largestOf(first), largestOf(second), farthest, rms};
-            QStringList row{QStringLiteral("%1 K").arg(kelvin), plane.name};
-            QJsonObject object{{"colour_temperature_K", kelvin}, {"plane", plane.name}};
-            for (size_t i = 0; i < told; ++i) {
-                row << QString::number(figures[i], 'f', kFigures[i].decimals);
-                object[kFigures[i].key] = rounded(figures[i]);
-            }
-            table.rows.push_back(row);
-            planes.append(object);
-        }
-    certificate.tables.push_back(table);
-    certificate.figures["planes"] = planes;
-}
-
-// At the table's first light, in the colours of its strongest plane.
-void tellMaps(NamedShading const& table, Certificate& certificate) {
-    double const kelvin = table.shading.illuminants.front().temperature;
-    std::vector<HeatMap> maps;
-    double end = 1;
-    for (PlaneRow const& plane : kPlanes) {
-        maps.push_back({QStringLiteral("%1: %2, %3 K").arg(table.file, plane.name).arg(kelvin),
-                        {},
-                        int(kGrid.width),
-                        gainsOf(table.shading, plane.plane, kelvin),
-                        1});
-        end = std::max(end, largestOf(maps.back().values));
-    }
-    for (HeatMap& map : maps)
-        map.high = end;
-    certificate.maps.insert(certificate.maps.end(), maps.begin(), maps.end());
-}
 
 void tell(QString const& text) {
     std::printf("%s\n", text.toLocal8Bit().constData());
@@ -177,11 +62,7 @@ int runShading(Options const& options) {
     bool const areTwo = tables.size() == 2;
     if (!areTwo)
         tell(QStringLiteral("The table is %1.").arg(QFileInfo(tables.front().file).absoluteFilePath()));
-    Certificate certificate{"shading", areTwo ? "compared" : "measured"};
-    tellTables(tables, certificate);
-    tellPlanes(tables, certificate);
-    for (NamedShading const& table : tables)
-        tellMaps(table, certificate);
+    Certificate const certificate = shading::tablesTold(tables);
     OutputFolder output(*folder);
     QString const page = writeCertificate(certificate, output);
     if (output.failed())
