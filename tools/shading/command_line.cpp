@@ -1,0 +1,227 @@
+#include "tools/shading/command_line.h"
+
+#include "simulator/files/interruption.h"
+#include "simulator/files/whole_file.h"
+#include "simulator/host/report/certificate.h"
+#include "simulator/host/session/words.h"
+#include "tools/shading/compare.h"
+#include "tools/shading/mosaic.h"
+
+#include <QCommandLineParser>
+#include <QRegularExpression>
+#include <algorithm>
+
+namespace shading {
+namespace {
+using pictara::Certificate;
+
+struct Request {
+    QStringList files, turned; ///< those behind --turned
+    QString output, page, sensor, shading, format;
+    bool isJson = false;
+    std::optional<double> kelvin;
+    std::optional<double> level;
+    Coding told; ///< by options of its own; the sensor's holds for the rest
+};
+
+Outcome usageError(QString const& what) {
+    return {kUnusable, {}, what.trimmed() + QStringLiteral("\nTry \"shading --help\".")};
+}
+
+// How the pictures are coded; empty with a message for the user.
+[[maybe_unused]] std::optional<Coding> codingFor(Request const& request, QString* error) {
+    std::optional<Coding> coding = request.sensor.isEmpty() ? Coding{} : codingOf(request.sensor, error);
+    if (!coding)
+        return std::nullopt;
+    Coding const& told = request.told;
+    if (told.black)
+        coding->blackSource = told.blackSource;
+    coding->bare = told.bare ? told.bare : coding->bare;
+    coding->phase = told.phase ? told.phase : coding->phase;
+    coding->black = told.black ? told.black : coding->black;
+    coding->white = told.white ? told.white : coding->white;
+    return coding;
+}
+
+// A failure's exit code is that of a file that cannot be used, unless the command changes it.
+struct Command {
+    char const* name;
+    char const* arguments;
+    int fewest, most; ///< arguments
+    bool hasOutput;   ///< which must be told
+    std::optional<Certificate> (*run)(Request const&, int* exitCode, QString* error);
+    char const* help;
+};
+constexpr int kMany = 100'000;
+constexpr Command kCommands[] = {
+    {"compare", "TABLE TABLE", 2, 2, false,
+     [](Request const& request, int*, QString* error) { return compare(request.files, error); },
+     "two tables of shading side by side"},
+};
+
+// Puts a value into the request, or returns what the option takes.
+using Read = QString (*)(QString const& value, Request& request);
+
+template <auto Member>
+QString setText(QString const& value, Request& request) {
+    request.*Member = value;
+    return value.isEmpty() ? QStringLiteral("a name that is not empty") : QString();
+}
+
+template <auto Member, pictara::Range const& Range>
+QString setNumber(QString const& value, Request& request) {
+    request.*Member = numberIn(Range, value);
+    return request.*Member ? QString()
+                           : QStringLiteral("a number from %1 to %2").arg(Range.low).arg(Range.high);
+}
+
+template <auto Member>
+QString setCounts(QString const& value, Request& request) {
+    request.told.*Member = pictara::numberIn({0, 65535}, value);
+    return request.told.*Member ? QString() : QStringLiteral("counts from 0 to 65535");
+}
+
+QString setPhase(QString const& value, Request& request) {
+    request.told.phase = phaseNamed(value);
+    return request.told.phase ? QString() : QStringLiteral("RGGB, GRBG, GBRG or BGGR");
+}
+
+QString setBare(QString const& value, Request& request) {
+    static QRegularExpression const form(QStringLiteral("^(\\d{2,5})x(\\d{2,5}),(8|10|12|14|16),(\\w{4})$"));
+    auto const match = form.match(value);
+    auto const part = [&](int i) { return match.captured(i).toUInt(); };
+    constexpr uint32_t kLeast = 48, kMost = 16384;
+    bool const isSized = std::min(part(1), part(2)) >= kLeast && std::max(part(1), part(2)) <= kMost;
+    request.told.bare = Coding::Bare{part(1), part(2), part(3)};
+    return isSized && setPhase(match.captured(4), request).isEmpty()
+               ? QString()
+               : QStringLiteral("WIDTHxHEIGHT,BITS,PHASE such as 4000x3000,12,RGGB");
+}
+
+struct OptionRow {
+    char const* name;
+    char const* valueName; ///< null: a switch
+    char const* commands;  ///< that know it
+    char const* help;
+    Read read;
+};
+constexpr char kAll[] = "check measure compare";
+constexpr char kPictures[] = "check measure";
+constexpr OptionRow kOptions[] = {
+    {"json", nullptr, kAll, "Print figures for scripts instead of text.",
+     [](QString const&, Request& request) { return request.isJson = true, QString(); }},
+    {"page", "FILE", kAll, "Write a page of HTML with maps.", setText<&Request::page>},
+    {"output", "FILE", "measure", "What is written (also -o).", setText<&Request::output>},
+    {"light", "KELVIN", "measure", "The lamp, where the name of a picture does not tell it (..._2856k_...).",
+     setNumber<&Request::kelvin, pictara::kColourTemperatures>},
+    {"raw", "WxH,BITS,PHASE", kPictures, "Bare samples: 8 bits, or 10 to 16 in little-endian words.",
+     setBare},
+    {"phase", "RGGB", kPictures, "The colours of the first two rows.", setPhase},
+    {"black", "COUNTS", kPictures, "The black level.", setCounts<&Coding::black>},
+    {"white", "COUNTS", kPictures, "The white level, at which samples are clipped.",
+     setCounts<&Coding::white>},
+    {"sensor", "PROFILE", kPictures, "A simulated sensor, which tells all of these.",
+     setText<&Request::sensor>},
+};
+
+bool isAmong(char const* names, QString const& name) {
+    return QString::fromLatin1(names).split(' ').contains(name);
+}
+
+QString helpText() {
+    QString text = QStringLiteral("Tells of raw pictures of a flat field what lens and lamp do to them.\n\n"
+                                  "usage: shading COMMAND [options] FILE...\n\nCommands:\n");
+    for (Command const& command : kCommands)
+        text += QStringLiteral("  %1 %2\n      %3\n")
+                    .arg(QLatin1String(command.name), QLatin1String(command.arguments),
+                         QLatin1String(command.help));
+    text += QStringLiteral("\nOptions:\n");
+    for (OptionRow const& row : kOptions) {
+        QString const name = QLatin1String(row.name) + QLatin1Char(' ') + QLatin1String(row.valueName);
+        text += QStringLiteral("  --%1 %2\n").arg(name, -22).arg(QLatin1String(row.help));
+    }
+    return text +
+           QStringLiteral("\nA picture is a DNG or a maker's raw file, a PNG or TIFF of 16 bits in one\n"
+                          "channel, or bare samples. What options tell of it holds before what it\n"
+                          "tells of itself.\n"
+                          "\nExit codes: 0 done, 1 nothing could be found or solved, 2 bad command line\n"
+                          "or a file that cannot be used, 130 interrupted; of check, that of the worst\n"
+                          "picture: 4 too dark, 5 clipped, 6 not flat.\n");
+}
+
+Outcome finish(Request const& request, std::optional<Certificate> const& certificate, int exitCode,
+               QString error) {
+    if (files::isInterrupted())
+        return {kInterrupted, {}, QStringLiteral("Interrupted.")};
+    if (!certificate)
+        return {exitCode == kDone ? kUnusable : exitCode, {}, error};
+    if (!request.page.isEmpty() && !files::replace(request.page, certificatePage(*certificate), &error))
+        return {kUnusable, {}, error};
+    return {exitCode,
+            request.isJson ? QString::fromUtf8(certificateJson(*certificate)) : certificateText(*certificate),
+            {}};
+}
+
+Outcome runCommand(Command const& command, Request const& request) {
+    int const count = int(request.files.size() + request.turned.size());
+    if (count < command.fewest || count > command.most)
+        return usageError(QStringLiteral("The command is: %1 %2")
+                              .arg(QLatin1String(command.name), QLatin1String(command.arguments)));
+    if (command.hasOutput && request.output.isEmpty())
+        return usageError(QStringLiteral("--output tells the file to write."));
+    QString error;
+    // Told now and not after the work.
+    for (QString const& file : {request.output, request.page})
+        if (!file.isEmpty() && !files::isReplaceable(file, &error))
+            return {kUnusable, {}, error};
+    int exitCode = kDone;
+    std::optional<Certificate> const certificate = command.run(request, &exitCode, &error);
+    return finish(request, certificate, exitCode, error);
+}
+} // namespace
+
+Outcome runCommandLine(QStringList const& arguments) {
+    QCommandLineParser parser;
+    parser.addHelpOption();
+    for (OptionRow const& row : kOptions) {
+        QStringList names(QString::fromLatin1(row.name));
+        if (names.first() == QLatin1String("output"))
+            names << QStringLiteral("o");
+        parser.addOption({names, {}, QString::fromLatin1(row.valueName)});
+    }
+    // What stands behind --turned are pictures of another kind, and the parser knows no places.
+    QStringList before = arguments, all = arguments;
+    int const turned = arguments.indexOf(QStringLiteral("--turned"));
+    int filesBefore = INT_MAX;
+    if (turned >= 0) {
+        all.removeAt(turned);
+        (void)parser.parse(before.mid(0, turned));
+        filesBefore = int(parser.positionalArguments().size()) - 1; // without the command
+    }
+    if (!parser.parse(all))
+        return usageError(parser.errorText());
+    if (parser.isSet(QStringLiteral("help")))
+        return {kDone, helpText(), {}};
+    QStringList const words = parser.positionalArguments();
+    auto const* const command =
+        std::find_if(std::begin(kCommands), std::end(kCommands),
+                     [&](Command const& row) { return words.value(0) == QLatin1String(row.name); });
+    if (command == std::end(kCommands))
+        return usageError(words.isEmpty() ? QStringLiteral("A command is needed.")
+                                          : QStringLiteral("\"%1\" is no command.").arg(words[0]));
+    Request request;
+    for (OptionRow const& row : kOptions) {
+        QString const name = QString::fromLatin1(row.name);
+        if (!parser.isSet(name))
+            continue;
+        QString const value = row.valueName ? parser.value(name) : QString();
+        if (!isAmong(row.commands, words[0]))
+            return usageError(QStringLiteral("--%1 is not for %2.").arg(name, words[0]));
+        if (QString const expected = row.read(value, request); !expected.isEmpty())
+            return usageError(QStringLiteral("--%1 takes %2, not \"%3\".").arg(name, expected, value));
+    }
+    request.files = words.mid(1, filesBefore);
+    request.turned = words.mid(1 + int(request.files.size()));
+    return runCommand(*command, request);
+}
+} // namespace shading
