@@ -50,8 +50,12 @@ using BlockMask = Eigen::Array<bool, Eigen::Dynamic, 1>;
 /// converted by the equations of ITU-R BT.601 with the record's luma range and chroma span.
 [[nodiscard]] BlockMeans readYcbcr(void const* frame, SensorLayout const& layout, sf_YcbcrInput const& input);
 
+/// What makes an input image no even field.
+enum class Flaw { None, TooDark, Clipped, Object, UnevenLamp };
+
 /// What an input image is worth.
 struct Inspection {
+    Flaw flaw = Flaw::None;
     QString fault;     ///< why it is refused, with figures; empty when it is not
     BlockMask refused; ///< what it is refused for; empty where that is the whole picture
     BlockMask trusted; ///< false where dust or a speck spoils a block; of an image that is not refused

@@ -92,7 +92,7 @@ bool Calibration::fits(uint32_t width, uint32_t height) {
 
 bool Calibration::take(BlockMeans means) {
     Inspection inspection = inspect(means, m_layout);
-    if (!inspection.fault.isEmpty()) {
+    if (inspection.flaw != Flaw::None) {
         logRefusedBlocks(means, inspection.refused);
         return refuse(inspection.fault);
     }

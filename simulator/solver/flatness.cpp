@@ -29,7 +29,7 @@ constexpr double kNoiseLimit = 6;    // times what half of the blocks stand out
 
 QString percent(double share) { return QString::number(100 * share, 'f', 1) + QLatin1String(" %"); }
 
-QString exposureFault(BlockMeans const& means, BlockMask& refused) {
+QString exposureFault(BlockMeans const& means, Flaw& flaw, BlockMask& refused) {
     double brightest = 0;
     double darkest = 1;
     double clipped = 0;
@@ -43,12 +43,14 @@ QString exposureFault(BlockMeans const& means, BlockMask& refused) {
         isDark = isDark || plane.mean < kDarkestBlock;
     }
     if (clipped > kClippedShare) {
+        flaw = Flaw::Clipped;
         refused = isClipped;
         return QStringLiteral("the image is clipped: %1 of a colour's samples are at the white level")
             .arg(percent(clipped));
     }
     if (brightest >= kDarkestCentre && darkest >= kDarkestBlock)
         return {};
+    flaw = Flaw::TooDark;
     if (brightest >= kDarkestCentre)
         refused = isDark;
     return QStringLiteral("the image is too dark: brightest block %1, darkest %2 of the range")
@@ -140,8 +142,8 @@ QString lampFault(ComponentMeans const& green, Terms const& surface, double aspe
 
 Inspection inspect(BlockMeans const& means, SensorLayout const& layout) {
     Inspection inspection;
-    inspection.fault = exposureFault(means, inspection.refused);
-    if (!inspection.fault.isEmpty())
+    inspection.fault = exposureFault(means, inspection.flaw, inspection.refused);
+    if (inspection.flaw != Flaw::None)
         return inspection;
     ComponentMeans const& green = means.planes[Plane::GreenRed];
     Basis const basis = chebyshevs(green.u, green.v);
@@ -150,8 +152,11 @@ Inspection inspect(BlockMeans const& means, SensorLayout const& layout) {
     Eigen::ArrayXd const smooth = basis * surface;
     inspection.trusted = blocksWithoutSpecks(means, smooth);
     inspection.fault = objectFault(green, (brightness - smooth).abs(), inspection.refused);
-    if (inspection.fault.isEmpty())
-        inspection.fault = lampFault(green, surface, double(layout.width) / layout.height);
+    inspection.flaw = inspection.fault.isEmpty() ? Flaw::None : Flaw::Object;
+    if (inspection.flaw != Flaw::None)
+        return inspection;
+    inspection.fault = lampFault(green, surface, double(layout.width) / layout.height);
+    inspection.flaw = inspection.fault.isEmpty() ? Flaw::None : Flaw::UnevenLamp;
     return inspection;
 }
 } // namespace solver
