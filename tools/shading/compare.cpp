@@ -1,56 +1,36 @@
 #include "tools/shading/compare.h"
 
-#include "simulator/host/report/certificate.h"
-
 #include <QJsonArray>
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <set>
 
 namespace shading {
 namespace {
 using namespace pictara;
 using simulator::MeasuredShading;
+using simulator::Plane;
 
 // Tables may differ in grid and lights: all are brought to one grid and to the lights of any, as a camera
 // would that they are put before.
 constexpr simulator::SensorArray kGrid{.width = 32, .height = 24};
-
-struct PlaneRow {
-    simulator::Plane plane;
-    char const* name;
-};
-constexpr PlaneRow kPlanes[] = {
-    {simulator::Plane::Red, "red"}, {simulator::Plane::GreenRed, "green"}, {simulator::Plane::Blue, "blue"}};
+constexpr std::pair<Plane, char const*> kPlanes[] = {
+    {Plane::Red, "red"}, {Plane::GreenRed, "green"}, {Plane::Blue, "blue"}};
 
 // What makes the plane flat at that light; the smallest gain is 1.
-std::vector<double> gainsOf(MeasuredShading const& shading, simulator::Plane plane, double kelvin) {
+std::vector<double> flatGains(MeasuredShading const& shading, Plane plane, double kelvin) {
     simulator::LensRows const lens = simulator::measuredLens(shading, kGrid, kelvin);
     std::vector<float> row(kGrid.width);
     std::vector<double> gains;
     for (uint32_t y = 0; y < kGrid.height; ++y) {
         lens(plane, y, row);
-        std::transform(row.begin(), row.end(), std::back_inserter(gains),
-                       [](float response) { return 1 / double(response); });
+        for (float const response : row)
+            gains.push_back(1 / double(response));
     }
     double const smallest = *std::min_element(gains.begin(), gains.end());
     for (double& gain : gains)
         gain /= smallest;
     return gains;
-}
-
-void tellTables(std::vector<NamedShading> const& tables, Certificate& certificate) {
-    Table told{"Tables", {{"file", "lens", "columns", "rows"}}};
-    QJsonArray array;
-    for (auto const& [file, shading] : tables) {
-        int const columns = int(shading.columns), rows = int(shading.rows);
-        told.rows.push_back({file, shading.name, QString::number(columns), QString::number(rows)});
-        array.append(
-            QJsonObject{{"file", file}, {"name", shading.name}, {"columns", columns}, {"rows", rows}});
-    }
-    certificate.tables.push_back(told);
-    certificate.figures["tables"] = array;
 }
 
 // How far the second gains lie above the first: the farthest, with its sign, and the root of the mean square.
@@ -84,13 +64,13 @@ void tellPlanes(std::vector<NamedShading> const& tables, Certificate& certificat
         for (auto const& illuminant : shading.shading.illuminants)
             lights.insert(illuminant.temperature);
     for (double const kelvin : lights)
-        for (PlaneRow const& plane : kPlanes) {
-            std::vector<double> const first = gainsOf(tables.front().shading, plane.plane, kelvin),
-                                      second = gainsOf(tables.back().shading, plane.plane, kelvin);
+        for (auto const& [plane, name] : kPlanes) {
+            std::vector<double> const first = flatGains(tables.front().shading, plane, kelvin),
+                                      second = flatGains(tables.back().shading, plane, kelvin);
             auto const [farthest, rms] = differenceOf(first, second);
             double const figures[] = {largestOf(first), largestOf(second), farthest, rms};
-            QStringList row{QStringLiteral("%1 K").arg(kelvin), plane.name};
-            QJsonObject object{{"colour_temperature_K", kelvin}, {"plane", plane.name}};
+            QStringList row{QStringLiteral("%1 K").arg(kelvin), name};
+            QJsonObject object{{"colour_temperature_K", kelvin}, {"plane", name}};
             for (size_t i = 0; i < told; ++i) {
                 row << QString::number(figures[i], 'f', kFigures[i].decimals);
                 object[kFigures[i].key] = rounded(figures[i]);
@@ -105,26 +85,30 @@ void tellPlanes(std::vector<NamedShading> const& tables, Certificate& certificat
 // At the table's first light, in the colours of its strongest plane.
 void tellMaps(NamedShading const& table, Certificate& certificate) {
     double const kelvin = table.shading.illuminants.front().temperature;
-    std::vector<HeatMap> maps;
+    size_t const first = certificate.maps.size();
     double end = 1;
-    for (PlaneRow const& plane : kPlanes) {
-        maps.push_back({QStringLiteral("%1: %2, %3 K").arg(table.file, plane.name).arg(kelvin),
-                        {},
-                        int(kGrid.width),
-                        gainsOf(table.shading, plane.plane, kelvin),
-                        1});
-        end = std::max(end, largestOf(maps.back().values));
+    for (auto const& [plane, name] : kPlanes) {
+        QString const title = QStringLiteral("%1: %2, %3 K").arg(table.file, name).arg(kelvin);
+        certificate.maps.push_back({title, {}, int(kGrid.width), flatGains(table.shading, plane, kelvin), 1});
+        end = std::max(end, largestOf(certificate.maps.back().values));
     }
-    for (HeatMap& map : maps)
-        map.high = end;
-    certificate.maps.insert(certificate.maps.end(), maps.begin(), maps.end());
+    for (size_t i = first; i < certificate.maps.size(); ++i)
+        certificate.maps[i].high = end;
 }
-
 } // namespace
 
 Certificate tablesTold(std::vector<NamedShading> const& tables) {
     Certificate certificate{"shading", tables.size() == 2 ? "compared" : "measured"};
-    tellTables(tables, certificate);
+    Table told{"Tables", {{"file", "lens", "columns", "rows"}}};
+    QJsonArray array;
+    for (auto const& [file, shading] : tables) {
+        int const columns = int(shading.columns), rows = int(shading.rows);
+        told.rows.push_back({file, shading.name, QString::number(columns), QString::number(rows)});
+        array.append(
+            QJsonObject{{"file", file}, {"name", shading.name}, {"columns", columns}, {"rows", rows}});
+    }
+    certificate.tables.push_back(told);
+    certificate.figures["tables"] = array;
     tellPlanes(tables, certificate);
     for (NamedShading const& table : tables)
         tellMaps(table, certificate);

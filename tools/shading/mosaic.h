@@ -9,6 +9,8 @@
 #include <vector>
 
 namespace shading {
+inline constexpr uint32_t kShortestSide = 48, kLongestSide = 16384; ///< of a picture, pixels
+
 /// What the command line tells of pictures. It holds before what a file tells of itself.
 struct Coding {
     /// A picture without a head: rows of samples from the top, in bytes or, above 8 bits, in 16-bit
@@ -37,7 +39,7 @@ struct Coding {
 /// The samples of a raw picture as a sensor with a Bayer pattern delivers them; nothing is subtracted.
 struct Mosaic {
     QString file;
-    uint32_t width = 0;                       ///< pixels, 48 to 16384, as the height
+    uint32_t width = 0;                       ///< pixels
     uint32_t height = 0;                      ///< pixels
     std::vector<uint16_t> samples;            ///< rows from the top
     uint32_t bayerPhase = 0;                  ///< bit 0: column, bit 1: row of the first red pixel
