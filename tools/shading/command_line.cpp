@@ -4,6 +4,7 @@
 #include "simulator/files/whole_file.h"
 #include "simulator/host/report/certificate.h"
 #include "simulator/host/session/words.h"
+#include "tools/shading/check.h"
 #include "tools/shading/compare.h"
 #include "tools/shading/mosaic.h"
 
@@ -29,7 +30,7 @@ Outcome usageError(QString const& what) {
 }
 
 // How the pictures are coded; empty with a message for the user.
-[[maybe_unused]] std::optional<Coding> codingFor(Request const& request, QString* error) {
+std::optional<Coding> codingFor(Request const& request, QString* error) {
     std::optional<Coding> coding = request.sensor.isEmpty() ? Coding{} : codingOf(request.sensor, error);
     if (!coding)
         return std::nullopt;
@@ -54,6 +55,12 @@ struct Command {
 };
 constexpr int kMany = 100'000;
 constexpr Command kCommands[] = {
+    {"check", "PICTURE...", 1, kMany, false,
+     [](Request const& request, int* exitCode, QString* error) {
+         std::optional<Coding> const coding = codingFor(request, error);
+         return coding ? check(request.files, *coding, exitCode, error) : std::nullopt;
+     },
+     "whether pictures are usable as flat fields, and what helps where they are not"},
     {"compare", "TABLE TABLE", 2, 2, false,
      [](Request const& request, int*, QString* error) { return compare(request.files, error); },
      "two tables of shading side by side"},
