@@ -6,7 +6,7 @@
 #include "simulator/host/session/words.h"
 #include "tools/shading/check.h"
 #include "tools/shading/compare.h"
-#include "tools/shading/mosaic.h"
+#include "tools/shading/measure.h"
 
 #include <QCommandLineParser>
 #include <QRegularExpression>
@@ -18,10 +18,9 @@ using pictara::Certificate;
 
 struct Request {
     QStringList files, turned; ///< those behind --turned
-    QString output, page, sensor, shading, format;
+    QString output, page, sensor, format;
     bool isJson = false;
     std::optional<double> kelvin;
-    std::optional<double> level;
     Coding told; ///< by options of its own; the sensor's holds for the rest
 };
 
@@ -44,6 +43,13 @@ std::optional<Coding> codingFor(Request const& request, QString* error) {
     return coding;
 }
 
+std::optional<Certificate> runMeasure(Request const& request, int* exitCode, QString* error) {
+    TableFile const table{request.output, request.format == QLatin1String("tuning")};
+    std::optional<Coding> const coding = codingFor(request, error);
+    return coding ? measure({request.files, request.turned, request.kelvin, *coding, table}, exitCode, error)
+                  : std::nullopt;
+}
+
 // A failure's exit code is that of a file that cannot be used, unless the command changes it.
 struct Command {
     char const* name;
@@ -61,6 +67,9 @@ constexpr Command kCommands[] = {
          return coding ? check(request.files, *coding, exitCode, error) : std::nullopt;
      },
      "whether pictures are usable as flat fields, and what helps where they are not"},
+    {"measure", "PICTURE... [--turned PICTURE...] -o TABLE", 1, kMany, true, runMeasure,
+     "the table of shading of pictures, the mean of each lamp's; --turned stands before those that\n"
+     "      were taken with the camera turned by half a turn, which tell the lens from the lamp"},
     {"compare", "TABLE TABLE", 2, 2, false,
      [](Request const& request, int*, QString* error) { return compare(request.files, error); },
      "two tables of shading side by side"},
@@ -105,6 +114,11 @@ QString setBare(QString const& value, Request& request) {
                : QStringLiteral("WIDTHxHEIGHT,BITS,PHASE such as 4000x3000,12,RGGB");
 }
 
+QString setFormat(QString const& value, Request& request) {
+    request.format = value;
+    return value == QLatin1String("tuning") ? QString() : QStringLiteral("tuning");
+}
+
 struct OptionRow {
     char const* name;
     char const* valueName; ///< null: a switch
@@ -121,6 +135,10 @@ constexpr OptionRow kOptions[] = {
     {"output", "FILE", "measure", "What is written (also -o).", setText<&Request::output>},
     {"light", "KELVIN", "measure", "The lamp, where the name of a picture does not tell it (..._2856k_...).",
      setNumber<&Request::kelvin, pictara::kColourTemperatures>},
+    {"format", "tuning", "measure",
+     "Write TABLE.tuning.json, too: per lamp the gains of red and blue over\n"
+     "                           green, the smallest 1, and those of green, on 16 x 12 cells.",
+     setFormat},
     {"raw", "WxH,BITS,PHASE", kPictures, "Bare samples: 8 bits, or 10 to 16 in little-endian words.",
      setBare},
     {"phase", "RGGB", kPictures, "The colours of the first two rows.", setPhase},
@@ -197,12 +215,12 @@ Outcome runCommandLine(QStringList const& arguments) {
         parser.addOption({names, {}, QString::fromLatin1(row.valueName)});
     }
     // What stands behind --turned are pictures of another kind, and the parser knows no places.
-    QStringList before = arguments, all = arguments;
+    QStringList all = arguments;
     int const turned = arguments.indexOf(QStringLiteral("--turned"));
     int filesBefore = INT_MAX;
     if (turned >= 0) {
         all.removeAt(turned);
-        (void)parser.parse(before.mid(0, turned));
+        (void)parser.parse(arguments.mid(0, turned));
         filesBefore = int(parser.positionalArguments().size()) - 1; // without the command
     }
     if (!parser.parse(all))
@@ -229,6 +247,8 @@ Outcome runCommandLine(QStringList const& arguments) {
     }
     request.files = words.mid(1, filesBefore);
     request.turned = words.mid(1 + int(request.files.size()));
+    if (turned >= 0 && (request.turned.isEmpty() || words[0] != QLatin1String("measure")))
+        return usageError(QStringLiteral("--turned is for measure, before the turned pictures."));
     return runCommand(*command, request);
 }
 } // namespace shading
