@@ -33,6 +33,6 @@ function(kestra_one_definition program)
         COMMAND_EXPAND_LISTS)
 endfunction()
 
-foreach(program IN ITEMS KestraMfr veyra2 shadefit pictara-sim headboard-image headboard-config)
+foreach(program IN ITEMS KestraMfr veyra2 shadefit pictara-sim headboard-image headboard-config shading)
     kestra_one_definition(${program})
 endforeach()

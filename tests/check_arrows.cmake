@@ -30,7 +30,7 @@ set(rows
     "simulator/host/run: ${below_host} simulator/host/session simulator/host/report"
     "simulator/host/recording: ${below_host} simulator/host/session simulator/host/report simulator/host/run"
     "simulator/host/window: ${below_host} simulator/host/session simulator/host/report simulator/host/run"
-    "simulator/host: ${below_host} ${host} tools/shading"
+    "simulator/host: ${below_host} ${host}"
     "tools/headboard-image: headboard ${floor} simulator/files simulator/camera"
     "tools/window_picture: simulator/files"
     "tools/headboard-config: config_page wizard headboard ${floor} simulator/files simulator/camera tools/window_picture"

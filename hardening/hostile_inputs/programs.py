@@ -16,7 +16,8 @@ _LONGEST = 60  # seconds; then the program is asked to end
 _PATIENCE = 30  # seconds for it to do so
 _MEMORY = 3 << 30
 _PROCESSOR_TIME = 120
-_CODES = {"pictara-sim": {*range(10)}, "headboard-config": {0, 1, 2}, "headboard-image": {0, 1, 2}}
+_CODES = {"pictara-sim": {*range(10)}, "headboard-config": {0, 1, 2}, "headboard-image": {0, 1, 2},
+          "shading": {0, 1, 2, 4, 5, 6}}
 _TEMPORARY = re.compile(r"\.[A-Za-z]{6}$")
 _INTERRUPTED = 130
 _SMALL = {"width": 160, "height": 120}
@@ -140,7 +141,7 @@ class Seeds:
                                                 "wait AE_Status Done. 60\nexpect SETUP_Status Done.\ntick 2\n"
                                                 f"screenshot \"{folder / 'picture.png'}\"\n")]
         shading = folder / "lens.json"
-        self._make(programs, ["pictara-sim", "--measure-shading", shading, "--profile", self.plain, "--output", out])
+        self._make(programs, ["shading", "measure", "--sensor", self.plain, "-o", shading])
         self.shadings = [shading]
         self.pictures = [self._write("flat.png", _png(**_SMALL))]
         self.samples = [self._write("flat.raw", b"\xdc\x05" * (_SMALL["width"] * _SMALL["height"]))]
@@ -202,6 +203,7 @@ def inputs_of(seeds):
             ["import", str(seeds.presets[1]), "Lens Correction", "PGA"], ["delete", "PGA"], ["format"]])]
 
     replay = ["pictara-sim", "--replay-eeprom"]
+    measure = ["shading", "measure", "-o", "out/lens.json", "--light", "5000", "--sensor", seeds.plain]
     return [
         Input("headboard-image IMAGE", "binary", seeds.eeproms, image),
         Input("headboard-image import FILE", "text", seeds.presets, lambda path, _: [
@@ -217,17 +219,14 @@ def inputs_of(seeds):
             *replay, path, *profile, "--output", "out"]),
         Input("--profile", "json", seeds.profiles, lambda path, _: [*run, "--profile", path], file="input.json",
               may_last=True),
-        Input("--measure-shading of a --profile", "json", seeds.profiles, lambda path, _: [
-            "pictara-sim", "--measure-shading", "lens.json", "--output", "out", "--profile", path], file="input.json",
-              may_last=True),
+        Input("shading measure --sensor", "json", seeds.profiles, lambda path, _: [
+            "shading", "measure", "-o", "lens.json", "--sensor", path], file="input.json", may_last=True),
         Input("--shading", "json", seeds.shadings, lambda path, _: [*run, *plain, "--shading", path]),
-        Input("--compare-shading", "json", seeds.shadings, lambda path, _: [
-            "pictara-sim", "--compare-shading", path, seeds.shadings[0], "--output", "out"]),
-        Input("--flat-field PNG", "binary", seeds.pictures, lambda path, _: [
-            "pictara-sim", "--measure-shading", "lens.json", *plain, "--output", "out", "--flat-field", path],
-              file="flat.png"),
-        Input("--flat-field samples", "binary", seeds.samples, lambda path, _: [
-            "pictara-sim", "--measure-shading", "lens.json", *plain, "--output", "out", "--flat-field", path]),
+        Input("shading compare", "json", seeds.shadings, lambda path, _: [
+            "shading", "compare", path, seeds.shadings[0], "--page", "out/page.html"]),
+        Input("shading measure PNG", "binary", seeds.pictures, lambda path, _: [
+            *measure, path], file="flat.png"),
+        Input("shading measure samples", "binary", seeds.samples, lambda path, _: [*measure, path]),
         Input("--ini", "text", seeds.presets, lambda path, _: [*run, *plain, "--ini", path]),
         Input("settings", "text", seeds.settings, lambda _, __: [*run, *plain], file="out/settings.ini"),
         Input("--script", "text", seeds.scripts, lambda path, _: [
@@ -252,7 +251,7 @@ def outputs_of(seeds):
     config = ["headboard-config", "--eeprom", "e.bin", "--settings", "c.ini", "--screenshot", "p.png"]
     return [Output("to --record", [*few, "--record"]),
             Output("to --eeprom", [*_few_frames(seeds), "--profile", seeds.profile, "--eeprom"]),
-            Output("to --measure-shading", ["pictara-sim", "--output", "out", "--measure-shading"]),
+            Output("to shading measure", ["shading", "measure", "--sensor", seeds.plain, "-o"]),
             Output("to headboard-config --screenshot", [*config[:-2], "--screenshot"]),
             Output("to headboard-config --eeprom", [*config, "--eeprom"]),
             Output("to headboard-config --settings", [*config, "--settings"])]

@@ -5,7 +5,6 @@
 #include "simulator/host/session/message_log.h"
 #include "simulator/host/session/session.h"
 #include "simulator/host/window/host_window.h"
-#include "tools/shading/shading_run.h"
 
 #include <QApplication>
 #include <cstdio>
@@ -70,8 +69,6 @@ int sit(Options const& options, Script const* script) {
 }
 
 int runByOptions(Options const& given) {
-    if (given.isAboutShading())
-        return runShading(given);
     if (!given.replayedRecordingFile.isEmpty())
         return replayRecording(given);
     std::optional<Script> script;

@@ -13,18 +13,14 @@ CommandLine parsed(QString const& arguments) {
 }
 
 TEST(CommandLine, NamesTheOptionThatIsWrong) {
-    std::vector<std::pair<QString, QString>> rows = {
-        {"--run-all --fault error-12@0", "with N from 1"},
-        {"--fault error-12", "--run-all"},
-        {"--record calls.txt", "--script"},
-        {"--script walk.txt --replay-eeprom e.bin", "two runs"},
-        {"--flat-field flat.raw", "--measure-shading"},
-        {"--append boards.csv", "--run-all"},
-        {"--limit 1 --script walk.txt", "GoodCU"},
-        {"--compare-shading a.json", "two files"},
-        {"--compare-shading a.json b.json c.json", "not an option"},
-        {"--colour", "colour"},
-        {"polynomial", "polynomial"}};
+    std::vector<std::pair<QString, QString>> rows = {{"--run-all --fault error-12@0", "with N from 1"},
+                                                     {"--fault error-12", "--run-all"},
+                                                     {"--record calls.txt", "--script"},
+                                                     {"--script walk.txt --replay-eeprom e.bin", "two runs"},
+                                                     {"--append boards.csv", "--run-all"},
+                                                     {"--limit 1 --script walk.txt", "GoodCU"},
+                                                     {"--colour", "colour"},
+                                                     {"polynomial", "polynomial"}};
     for (QString const arguments :
          {"--light 1999", "--light warm", "--light nan", "--level 0", "--gradient 1.5", "--seed -1",
           "--output ", "--run-all --fault error-12@", "--run-all --fault error-12@99999999999999999999",

@@ -162,8 +162,7 @@ TEST_F(Program, StoresWhatCorrectsAndLeavesItsResults) {
 TEST_F(Program, WhatCannotBeRunEndsWithAMessage) {
     QString const malformed = write("lens.json", "[Other]\n"), noPresets = write("host.ini", "[Other]\n"),
                   blank = write("blank.bin", QByteArray(8192, '\xFF')),
-                  cut = write("cut.bin", QByteArray(8191, '\xFF')), table = path("table.json"),
-                  pipe = path("pipe");
+                  cut = write("cut.bin", QByteArray(8191, '\xFF')), pipe = path("pipe");
     std::vector<std::pair<QStringList, char const*>> rows = {
         {{"--profile", "no-such"}, "no-such"},
         {{"--shading", malformed}, "lens.json"},
@@ -174,17 +173,12 @@ TEST_F(Program, WhatCannotBeRunEndsWithAMessage) {
         {{"--eeprom", blank, "--profile", "no-eeprom-25"}, "has no EEPROM for --eeprom"},
         {{"--fault", "error-12", "--profile", "no-eeprom-25"}, "has no EEPROM for --fault"},
         {{"--replay-eeprom", blank}, "EEPROM"},
-        {{"--compare-shading", malformed, malformed}, "lens.json"},
-        {{"--compare-shading", "none/a.json", malformed}, "none/a.json: cannot be read"},
-        {{"--measure-shading", table, "--flat-field", cut}, "cut.bin"},
-        {{"--measure-shading", table, "--level", "0.001"}, "too dark"},
-        {{"--measure-shading", path("none/table.json"), "--light", "5000"}, "none/table.json"},
     };
 #ifdef Q_OS_UNIX
     // A pipe that nobody writes to would hold the program up, and a rename would put a file in its place.
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     for (char const* option : {"--eeprom", "--ini", "--shading", "--record", "--profile", "--script",
-                               "--replay-eeprom", "--measure-shading", "--plugin"})
+                               "--replay-eeprom", "--plugin"})
         rows.push_back({{option, pipe}, "pipe"});
     EXPECT_EXIT_CODE(ProgramRun({"--replay", pipe}), 2);
 #endif
@@ -195,6 +189,6 @@ TEST_F(Program, WhatCannotBeRunEndsWithAMessage) {
         EXPECT_TRUE(run.messages.contains(told)) << run.messages.toStdString();
         EXPECT_EQ(run.messages.count("pictara-sim: "), 1) << run.messages.toStdString();
     }
-    EXPECT_FALSE(QFileInfo(table).isFile() || QFileInfo(pipe).isFile());
+    EXPECT_FALSE(QFileInfo(pipe).isFile());
 }
 } // namespace

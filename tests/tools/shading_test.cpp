@@ -1,19 +1,20 @@
 #include "simulator/files/whole_file.h"
-#include "simulator/pictures/block_report.h"
 #include "tests/support/small_profile.h"
-#include "tools/shading/shading_measurement.h"
-#include "tools/shading/shading_run.h"
+#include "tools/shading/camera_measurement.h"
+#include "tools/shading/command_line.h"
+#include "tools/shading/picture_means.h"
 
 #include <QFile>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTemporaryDir>
-#include <QtEndian>
 #include <gtest/gtest.h>
+#include <tiffio.h>
 
-namespace pictara {
+namespace shading {
 namespace {
+using simulator::MeasuredShading;
 using simulator::SimulatedCamera;
 
 constexpr char kQuiet[] = R"(, "readOut": {"electronsPerCount": 25})";
@@ -26,11 +27,11 @@ struct SmallCamera {
         EXPECT_TRUE(camera) << qPrintable(error);
     }
     // The light's cells of many frames, against noise, without which the steps of 8-bit samples would count.
-    [[nodiscard]] std::vector<Colour> cells(double kelvin) const {
+    [[nodiscard]] Cells cells(double kelvin) const {
         camera->setLight({.colourTemperature = kelvin});
-        std::vector<Colour> sums;
+        Cells sums;
         for (int frame = 0; frame < 64; ++frame) {
-            std::vector<Colour> const cells = measureBlocks(camera->grab(), camera->description(), {}).means;
+            Cells const cells = pictara::measureBlocks(camera->grab(), camera->description(), {}).means;
             sums.resize(cells.size());
             for (size_t k = 0; k < 3 * cells.size(); ++k)
                 sums[k / 3][k % 3] += cells[k / 3][k % 3];
@@ -73,11 +74,10 @@ TEST(MeasureShading, AMeasuredLensShadesAsTheOriginal) {
         SCOPED_TRACE(base);
         SmallCamera const original(base, noise), flat(base, QByteArray(noise) + kFlatLens);
         QString error;
-        auto const table = measureShading(
-            *original.camera, {2856, 4000, 6500}, [](double) {}, &error);
+        auto const table = measureShading(*original.camera, {2856, 4000, 6500}, &error);
         ASSERT_TRUE(table) << qPrintable(error);
         QString const file = original.folder.filePath("lens.json");
-        ASSERT_TRUE(writeMeasuredShading(file, *table, &error)) << qPrintable(error);
+        ASSERT_TRUE(TableFile{file}.write(*table, &error)) << qPrintable(error);
         EXPECT_GT(largestDifference(original, flat, 4000), 0.1) << "the lens is flat before";
         ASSERT_TRUE(flat.camera->useMeasuredShading(file, &error)) << qPrintable(error);
         for (double const kelvin : {2856.0, 4000.0, 5000.0, 6500.0})
@@ -85,32 +85,34 @@ TEST(MeasureShading, AMeasuredLensShadesAsTheOriginal) {
     }
 }
 
-// The second lens, of a table that is put before the sensor, needs less gain than the first one.
-TEST(ShadingRun, MeasuresALensAndLaysTwoSideBySide) {
-    QTemporaryDir const folder;
-    QString const flat = folder.filePath("flat.json"), first = folder.filePath("a & b.json"),
-                  second = folder.filePath("b.json");
-    ASSERT_TRUE(files::replace(flat, R"({"format": "shading-gains-1", "name": "flat", "columns": 2, "rows": 2,
-        "illuminants": [{"colour_temperature_K": 4000,
-            "red": [1, 1, 1, 1], "green": [1, 1, 1, 1], "blue": [1, 1, 1, 1]}]})",
-                               nullptr));
-    Options options;
-    options.outputFolder = folder.path();
-    options.profile = writeSmallProfile(folder.path());
-    options.measureShadingFile = first;
-    EXPECT_EQ(runShading(options), kExitDone);
-    options.measureShadingFile = second;
-    options.shadingFile = flat;
-    options.lightKelvin = 4000;
-    EXPECT_EQ(runShading(options), kExitDone);
-    options.measureShadingFile.clear();
-    options.comparedFiles = QStringList{first, second};
-    EXPECT_EQ(runShading(options), kExitDone);
+Outcome shade(QStringList const& arguments) { return runCommandLine(QStringList("shading") + arguments); }
 
-    QFile page(folder.filePath("shading-certificate.html")), summary(folder.filePath("shading-summary.json"));
-    ASSERT_TRUE(page.open(QIODevice::ReadOnly) && summary.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(page.readAll().contains("a &amp; b.json"));
-    QJsonArray const planes = QJsonDocument::fromJson(summary.readAll())["planes"].toArray();
+QJsonObject figuresOf(Outcome const& outcome) {
+    return QJsonDocument::fromJson(outcome.output.toUtf8()).object();
+}
+
+void expectDone(Outcome const& outcome) {
+    EXPECT_EQ(outcome.exitCode, kDone) << qPrintable(outcome.complaint);
+}
+
+// The second lens, of a table that is put before the sensor, needs less gain than the first one.
+TEST(ShadingProgram, MeasuresALensAndLaysTwoSideBySide) {
+    TestFiles const files;
+    QString const first = files.path("a & b.json"), second = files.path("b.json"),
+                  page = files.path("page.html");
+    QString const flat =
+        files.write("flat.json", R"({"format": "shading-gains-1", "name": "flat", "columns": 2, "rows": 2,
+        "illuminants": [{"colour_temperature_K": 4000,
+            "red": [1, 1, 1, 1], "green": [1, 1, 1, 1], "blue": [1, 1, 1, 1]}]})");
+    QStringList const measure{"measure", "--sensor", files.smallProfile(), "-o"};
+    expectDone(shade(measure + QStringList(first)));
+    expectDone(shade(measure + QStringList{second, "--shading", flat, "--light", "4000"}));
+    Outcome const compared = shade({"compare", first, second, "--json", "--page", page});
+    expectDone(compared);
+
+    QString error;
+    EXPECT_TRUE(files::read(page, files::kMostText, &error)->contains("a &amp; b.json"));
+    QJsonArray const planes = figuresOf(compared)["planes"].toArray();
     ASSERT_EQ(planes.size(), 9);
     for (int plane = 3; plane < 6; ++plane) {
         EXPECT_EQ(planes[plane]["colour_temperature_K"].toInt(), 4000);
@@ -118,64 +120,5 @@ TEST(ShadingRun, MeasuresALensAndLaysTwoSideBySide) {
         EXPECT_LT(planes[plane]["largest_difference_percent"].toDouble(), -20);
     }
 }
-
-// Frames of the camera as somebody may have kept them.
-struct Recording : testing::Test, SmallCamera {
-    Recording() : SmallCamera("polynomial") {}
-    [[nodiscard]] QString write(char const* name, QByteArray const& bytes) const {
-        EXPECT_TRUE(files::replace(folder.filePath(name), bytes, nullptr));
-        return folder.filePath(name);
-    }
-    [[nodiscard]] QString writePng(char const* name, int factor) const {
-        QImage picture(int(frame.width), frame.height, QImage::Format_Grayscale16);
-        for (int y = 0; y < frame.height; ++y)
-            for (int x = 0; x < picture.width(); ++x)
-                reinterpret_cast<quint16*>(picture.scanLine(y))[x] =
-                    quint16(factor * qFromLittleEndian<quint16>(frame.pixels.constData() +
-                                                                y * int(frame.pitch) + 2 * x));
-        EXPECT_TRUE(picture.save(folder.filePath(name)));
-        return folder.filePath(name);
-    }
-    [[nodiscard]] auto measure(QString const& file) {
-        return measureRecordedShading(file, camera->description(), 5000, &error);
-    }
-
-    simulator::Frame const frame = camera->grab();
-};
-
-TEST_F(Recording, OfAFlatFieldShowsTheLensThatTheCameraHas) {
-    auto const live = measureShading(
-        *camera, {5000}, [](double) {}, &error);
-    ASSERT_TRUE(live) << qPrintable(error);
-    for (QString const& file : {writePng("flat.png", 1), write("flat.raw", frame.pixels)}) {
-        auto const recorded = measure(file);
-        ASSERT_TRUE(recorded) << qPrintable(error);
-        ASSERT_EQ(recorded->columns, live->columns);
-        for (size_t colour = 0; colour < 3; ++colour) {
-            auto const &found = recorded->illuminants[0].gains[colour],
-                       &expected = live->illuminants[0].gains[colour];
-            for (size_t i = 0; i < expected.size(); ++i)
-                ASSERT_NEAR(found[i] / expected[i], 1, 0.03) << colour << " at " << i;
-        }
-    }
-}
-
-TEST_F(Recording, ThatShowsNoFlatFieldIsRefusedWithItsCause) {
-    QImage coloured(64, 64, QImage::Format_RGB32);
-    coloured.fill(Qt::red);
-    ASSERT_TRUE(coloured.save(folder.filePath("red.png")));
-    std::pair<QString, char const*> const rows[] = {
-        {write("cut.raw", frame.pixels.chopped(1)), "bytes"},
-        {write("no.png", "PNG"), "no.png"},
-        {folder.filePath("none.raw"), "none.raw"},
-        {writePng("clipped.png", 8), "clipped"},
-        {writePng("dark.png", 0), "dark"},
-        {folder.filePath("red.png"), "greyscale"},
-    };
-    for (auto const& [file, told] : rows) {
-        EXPECT_FALSE(measure(file));
-        EXPECT_TRUE(error.contains(QLatin1String(told))) << qPrintable(error);
-    }
-}
 } // namespace
-} // namespace pictara
+} // namespace shading

@@ -4,6 +4,7 @@
 #include "simulator/files/whole_file.h"
 #include "simulator/host/report/certificate.h"
 #include "simulator/host/session/words.h"
+#include "tools/shading/camera_measurement.h"
 #include "tools/shading/check.h"
 #include "tools/shading/compare.h"
 #include "tools/shading/measure.h"
@@ -18,9 +19,10 @@ using pictara::Certificate;
 
 struct Request {
     QStringList files, turned; ///< those behind --turned
-    QString output, page, sensor, format;
+    QString output, page, sensor, shading, format;
     bool isJson = false;
     std::optional<double> kelvin;
+    std::optional<double> level;
     Coding told; ///< by options of its own; the sensor's holds for the rest
 };
 
@@ -45,6 +47,19 @@ std::optional<Coding> codingFor(Request const& request, QString* error) {
 
 std::optional<Certificate> runMeasure(Request const& request, int* exitCode, QString* error) {
     TableFile const table{request.output, request.format == QLatin1String("tuning")};
+    bool const isCamera = request.files.isEmpty() && request.turned.isEmpty();
+    if (isCamera && request.sensor.isEmpty())
+        return *error = QStringLiteral("Pictures are needed, or a simulated --sensor."), std::nullopt;
+    if (!isCamera && (!request.shading.isEmpty() || request.level))
+        return *error = QStringLiteral("--shading and --level are for a simulated camera, without pictures."),
+               std::nullopt;
+    if (isCamera)
+        return measureCamera({.profile = request.sensor,
+                              .shadingFile = request.shading,
+                              .kelvin = request.kelvin,
+                              .level = request.level.value_or(1),
+                              .table = table},
+                             error);
     std::optional<Coding> const coding = codingFor(request, error);
     return coding ? measure({request.files, request.turned, request.kelvin, *coding, table}, exitCode, error)
                   : std::nullopt;
@@ -67,9 +82,10 @@ constexpr Command kCommands[] = {
          return coding ? check(request.files, *coding, exitCode, error) : std::nullopt;
      },
      "whether pictures are usable as flat fields, and what helps where they are not"},
-    {"measure", "PICTURE... [--turned PICTURE...] -o TABLE", 1, kMany, true, runMeasure,
+    {"measure", "[PICTURE... [--turned PICTURE...]] -o TABLE", 0, kMany, true, runMeasure,
      "the table of shading of pictures, the mean of each lamp's; --turned stands before those that\n"
-     "      were taken with the camera turned by half a turn, which tell the lens from the lamp"},
+     "      were taken with the camera turned by half a turn, which tell the lens from the lamp;\n"
+     "      without pictures, that of the simulated --sensor"},
     {"compare", "TABLE TABLE", 2, 2, false,
      [](Request const& request, int*, QString* error) { return compare(request.files, error); },
      "two tables of shading side by side"},
@@ -135,6 +151,10 @@ constexpr OptionRow kOptions[] = {
     {"output", "FILE", "measure", "What is written (also -o).", setText<&Request::output>},
     {"light", "KELVIN", "measure", "The lamp, where the name of a picture does not tell it (..._2856k_...).",
      setNumber<&Request::kelvin, pictara::kColourTemperatures>},
+    {"shading", "TABLE", "measure", "Without pictures: a measured lens before the sensor.",
+     setText<&Request::shading>},
+    {"level", "FACTOR", "measure", "Without pictures: the lamp's luminance (default 1).",
+     setNumber<&Request::level, pictara::kLevels>},
     {"format", "tuning", "measure",
      "Write TABLE.tuning.json, too: per lamp the gains of red and blue over\n"
      "                           green, the smallest 1, and those of green, on 16 x 12 cells.",

@@ -42,11 +42,6 @@ QString setFault(QString const& value, Options& options) {
                                .arg(simulator::SimulatedCamera::faultNames().join(QLatin1String(", ")));
 }
 
-QString addCompared(QString const& value, Options& options) {
-    options.comparedFiles << value;
-    return {};
-}
-
 struct OptionRow {
     char const* name;
     char const* valueName; // null: a switch
@@ -100,12 +95,6 @@ OptionGroup const kGroups[] = {
        setText<&Options::iniFile>},
       {"plugin", "FILE", "The plug-in (default KestraMfr beside the program).",
        setText<&Options::pluginFile>}}},
-    {"Tables of shading",
-     {{"measure-shading", "FILE", "Write the lens' shading as a table for --shading.",
-       setText<&Options::measureShadingFile>, true},
-      {"flat-field", "FILE", "Measure it from a recorded picture: a 16-bit grey PNG or bare samples.",
-       setText<&Options::flatFieldFile>},
-      {"compare-shading", "A B", "Lay two tables side by side in a report.", addCompared, true}}},
 };
 
 constexpr char kExitCodes[] =
@@ -155,8 +144,6 @@ QString conflictIn(QStringList const& given, QStringList const& runs, Options co
         bool isThere;
         char const* told;
     } const conflicts[] = {
-        {has("flat-field") && !has("measure-shading"), "--flat-field is for --measure-shading."},
-        {has("compare-shading") && options.comparedFiles.size() != 2, "--compare-shading takes two files."},
         {has("replay-eeprom") && has("eeprom"),
          "--replay-eeprom leaves its file as it is; --eeprom is not for it."},
         {has("append") && !options.runAll && !has("script") && !has("replay-eeprom"),
@@ -209,11 +196,7 @@ CommandLine parseCommandLine(QStringList const& arguments) {
         if (QString const expected = row.read(value, options); !expected.isEmpty())
             wrong << QStringLiteral("--%1 takes %2, not \"%3\".").arg(name, expected, value);
     });
-    // The second table of a comparison belongs to no option.
-    QStringList others = parser.positionalArguments();
-    if (options.comparedFiles.size() == 1 && !others.isEmpty())
-        options.comparedFiles << others.takeFirst();
-    if (!others.isEmpty())
+    if (QStringList const others = parser.positionalArguments(); !others.isEmpty())
         return usageError(QStringLiteral("\"%1\" is not an option.").arg(others.first()));
     options.runAll = options.runAll && runs.isEmpty();
     options.chooseProfile = !options.isHeadless() && !given.contains(QStringLiteral("profile"));

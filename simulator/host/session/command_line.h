@@ -31,8 +31,6 @@ struct Options {
     QString scriptFile;            ///< of commands that work the dialog instead of a person
     QString replayedRecordingFile; ///< whose inputs are given again, and whose calls are compared
     QString replayFile;            ///< an EEPROM whose record is replayed as at a start-up
-    QString measureShadingFile;    ///< that a measured shading table is written to
-    QStringList comparedFiles;     ///< two shading tables to be laid side by side
     QString recordingFile;         ///< where the calls across the boundary are kept as well
 
     QString profile = QStringLiteral("polynomial");
@@ -53,16 +51,10 @@ struct Options {
     QString eepromFile;
     QString iniFile;
     QString pluginFile;
-    QString flatFieldFile; ///< a recorded picture to measure shading from; empty: the simulated camera's
 
     /// Nobody needs a display.
     [[nodiscard]] bool isHeadless() const {
-        return runAll || !replayFile.isEmpty() || !scriptFile.isEmpty() || !replayedRecordingFile.isEmpty() ||
-               isAboutShading();
-    }
-    /// No dialog is opened, but shading tables are made or compared.
-    [[nodiscard]] bool isAboutShading() const {
-        return !measureShadingFile.isEmpty() || !comparedFiles.isEmpty();
+        return runAll || !replayFile.isEmpty() || !scriptFile.isEmpty() || !replayedRecordingFile.isEmpty();
     }
 };
 
