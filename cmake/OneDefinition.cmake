@@ -34,5 +34,7 @@ function(kestra_one_definition program)
 endfunction()
 
 foreach(program IN ITEMS KestraMfr veyra2 shadefit pictara-sim headboard-image headboard-config shading)
-    kestra_one_definition(${program})
+    if(TARGET ${program})
+        kestra_one_definition(${program})
+    endif()
 endforeach()
