@@ -407,6 +407,8 @@ TEST_F(Pictures, ThatCannotBeUsedAreNamedAndLeaveNothing) {
         EXPECT_EQ(run.complaint.count('\n'), 0);
     }
     EXPECT_EQ(shade({"measure", good, "-o", path("none/table.json")}).exitCode, kUnusable);
+    EXPECT_EQ(shade({"measure", good, "-o", good}).exitCode, kUnusable);
+    EXPECT_EQ(files::read(good, files::kMostText, &error), bytes);
     for (QStringList const& words : {QStringList{"measure", good},
                                      {"check"},
                                      {"check", good, "-o", table},

@@ -10,6 +10,7 @@
 #include "tools/shading/measure.h"
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <algorithm>
 
@@ -122,10 +123,8 @@ QString setBare(QString const& value, Request& request) {
     static QRegularExpression const form(QStringLiteral("^(\\d{2,5})x(\\d{2,5}),(8|10|12|14|16),(\\w{4})$"));
     auto const match = form.match(value);
     auto const part = [&](int i) { return match.captured(i).toUInt(); };
-    constexpr uint32_t kLeast = 48, kMost = 16384;
-    bool const isSized = std::min(part(1), part(2)) >= kLeast && std::max(part(1), part(2)) <= kMost;
     request.told.bare = Coding::Bare{part(1), part(2), part(3)};
-    return isSized && setPhase(match.captured(4), request).isEmpty()
+    return setPhase(match.captured(4), request).isEmpty()
                ? QString()
                : QStringLiteral("WIDTHxHEIGHT,BITS,PHASE such as 4000x3000,12,RGGB");
 }
@@ -165,7 +164,7 @@ constexpr OptionRow kOptions[] = {
     {"black", "COUNTS", kPictures, "The black level.", setCounts<&Coding::black>},
     {"white", "COUNTS", kPictures, "The white level, at which samples are clipped.",
      setCounts<&Coding::white>},
-    {"sensor", "PROFILE", kPictures, "A simulated sensor, which tells all of these.",
+    {"sensor", "PROFILE", kPictures, "A simulated sensor, in place of these four; without pictures, itself.",
      setText<&Request::sensor>},
 };
 
@@ -216,9 +215,17 @@ Outcome runCommand(Command const& command, Request const& request) {
         return usageError(QStringLiteral("--output tells the file to write."));
     QString error;
     // Told now and not after the work.
-    for (QString const& file : {request.output, request.page})
+    QStringList taken = request.files + request.turned;
+    for (QString const& file : {request.output, request.page}) {
         if (!file.isEmpty() && !files::isReplaceable(file, &error))
             return {kUnusable, {}, error};
+        for (QString const& other : taken)
+            if (QFileInfo(file).absoluteFilePath() == QFileInfo(other).absoluteFilePath())
+                return {
+                    kUnusable, {}, QStringLiteral("%1: it would be replaced by what is written").arg(other)};
+        if (!file.isEmpty())
+            taken << file;
+    }
     int exitCode = kDone;
     std::optional<Certificate> const certificate = command.run(request, &exitCode, &error);
     return finish(request, certificate, exitCode, error);

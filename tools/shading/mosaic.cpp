@@ -126,7 +126,7 @@ std::optional<uint32_t> phaseOf(LibRaw& raw) {
     for (int i = 0; i < 2 * kRows; ++i)
         pattern += raw.imgdata.idata.cdesc[raw.COLOR(i / 2, i % 2) & 3];
     bool const isBayer = raw.imgdata.idata.colors == 3 && raw.imgdata.idata.filters >= 1000 && // less: others
-                         pattern == pattern.left(4).repeated(kRows / 2);
+                         !raw.is_fuji_rotated() && pattern == pattern.left(4).repeated(kRows / 2);
     return isBayer ? phaseNamed(QString::fromLatin1(pattern.left(4))) : std::nullopt;
 }
 
