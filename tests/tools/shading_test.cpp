@@ -360,6 +360,8 @@ TEST_F(Pictures, ThatCannotBeUsedAreNamedAndLeaveNothing) {
         {{dng("small_2856k.dng", image.copy(0, 0, 480, 268)), good}, "unlike"},
         {{dng("unnamed.dng", image)}, "--light"},
         {{path("none_2856k.dng")}, "No such file"},
+        {{write("long_2856k.bin", QByteArray(50 * 900, 'a')), "--raw", "50x900,8,RGGB", "--black", "1"},
+         "16 times"},
         {{path("red_2856k.png")}, "greyscale"},
         {{path("grey_2856k.png")}, "--phase"},
         {{write("no_2856k.png", "PNG")}, "PNG"},

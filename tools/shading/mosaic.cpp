@@ -38,14 +38,17 @@ std::nullopt_t fail(QString const& file, QString const& cause, QString* error) {
 
 // Room for a picture of a size that can be worked with.
 std::optional<Told> roomFor(QString const& file, uint32_t width, uint32_t height, QString* error) {
-    if (std::min(width, height) < kShortestSide || std::max(width, height) > kLongestSide)
-        return fail(file,
-                    QStringLiteral("it has %1 x %2 pixels; a side has %3 to %4")
-                        .arg(width)
-                        .arg(height)
-                        .arg(kShortestSide)
-                        .arg(kLongestSide),
-                    error);
+    auto const [shorter, longer] = std::minmax(width, height);
+    if (shorter < kShortestSide || longer > kLongestSide || longer / kLongestRatio > shorter)
+        return fail(
+            file,
+            QStringLiteral("it has %1 x %2 pixels; sides have %3 to %4, and one at most %5 times the other")
+                .arg(width)
+                .arg(height)
+                .arg(kShortestSide)
+                .arg(kLongestSide)
+                .arg(kLongestRatio),
+            error);
     Told told;
     told.mosaic.file = file;
     told.mosaic.width = width;

@@ -10,6 +10,7 @@
 
 namespace shading {
 inline constexpr uint32_t kShortestSide = 48, kLongestSide = 16384; ///< of a picture, pixels
+inline constexpr uint32_t kLongestRatio = 16;                       ///< of the sides; a table has rows
 
 /// What the command line tells of pictures. It holds before what a file tells of itself.
 struct Coding {
