@@ -2,7 +2,7 @@
 #include "tests/support/small_profile.h"
 #include "tools/shading/camera_measurement.h"
 #include "tools/shading/command_line.h"
-#include "tools/shading/picture_means.h"
+#include "tools/shading/turned.h"
 
 #include <QFile>
 #include <QImage>
@@ -281,6 +281,9 @@ TEST_F(Pictures, ThatWereTurnedTellTheLensFromTheLamp) {
     MeasuredShading uneven = lens;
     uneven.illuminants = {*gainsOf(single.cells, 2856)};
     EXPECT_GT(largestDifference(uneven, lens), 0.1);
+    // Less light is no lamp.
+    Cells const grey(32 * 18, {0.5, 0.5, 0.5}), darker(32 * 18, {0.2, 0.2, 0.2});
+    EXPECT_LT(separate(grey, darker, 32)->leftOver, 1e-6);
     // Without a gradient nothing is to be seen of a curvature, and none is invented.
     (void)shade(QStringList{"measure", "-o", path("same.json")} + even.mid(0, 3) + QStringList("--turned") +
                 even.mid(3));
@@ -324,7 +327,7 @@ TEST_F(Pictures, AreCheckedByExitCode) {
         simulator::Light light;
         int exitCode;
         char const* told;
-    } const rows[] = {{{.level = 1}, kDone, ""},
+    } const rows[] = {{{.level = 1}, kDone, "160         20.0"}, // above black
                       {{.level = 0.02}, kTooDark, "Expose longer"},
                       {{.level = 8}, kClipped, "Expose shorter"},
                       {{.objectInPicture = true}, kNotFlat, "columns 2"},
