@@ -99,6 +99,9 @@ TEST(ShadingProgram, MeasuresALensAndLaysTwoSideBySide) {
     QStringList const measure{"measure", "--sensor", files.smallProfile(), "-o"};
     expectDone(shade(measure + QStringList(first)));
     expectDone(shade(measure + QStringList{second, "--shading", flat, "--light", "4000"}));
+    Outcome const dark = shade(measure + QStringList{files.path("dark.json"), "--level", "0.001"});
+    EXPECT_EQ(dark.exitCode, kNothingFound);
+    EXPECT_TRUE(dark.complaint.contains("too dark") && !QFile::exists(files.path("dark.json")));
     Outcome const compared = shade({"compare", first, second, "--json", "--page", page});
     expectDone(compared);
 

@@ -3,6 +3,7 @@
 #include "simulator/files/interruption.h"
 #include "simulator/host/session/exposure_loop.h"
 #include "simulator/host/session/sensor_registers.h"
+#include "tools/shading/command_line.h"
 #include "tools/shading/compare.h"
 #include "tools/shading/picture_means.h"
 
@@ -98,7 +99,8 @@ std::optional<MeasuredShading> measureShading(SimulatedCamera& camera, std::vect
     return table;
 }
 
-std::optional<pictara::Certificate> measureCamera(CameraRequest const& request, QString* error) {
+std::optional<pictara::Certificate> measureCamera(CameraRequest const& request, int* exitCode,
+                                                  QString* error) {
     auto const camera =
         request.table.isReplaceable(error) ? SimulatedCamera::open(request.profile, error) : nullptr;
     if (!camera ||
@@ -109,6 +111,7 @@ std::optional<pictara::Certificate> measureCamera(CameraRequest const& request, 
     if (request.kelvin)
         lights = {*request.kelvin};
     std::optional<MeasuredShading> const table = measureShading(*camera, lights, error);
+    *exitCode = table ? kDone : kNothingFound;
     if (!table || !request.table.write(*table, error))
         return std::nullopt;
     return tablesTold({{request.table.name, *table}});

@@ -26,6 +26,8 @@ struct CameraRequest {
     TableFile table{};
 };
 
-/// Measures a simulated camera and writes the table. Empty with a message for the user.
-[[nodiscard]] std::optional<pictara::Certificate> measureCamera(CameraRequest const& request, QString* error);
+/// Measures a simulated camera and writes the table. Empty with a message for the user; `exitCode` tells when
+/// its pictures show nothing to be measured.
+[[nodiscard]] std::optional<pictara::Certificate> measureCamera(CameraRequest const& request, int* exitCode,
+                                                                QString* error);
 } // namespace shading

@@ -60,7 +60,7 @@ std::optional<Certificate> runMeasure(Request const& request, int* exitCode, QSt
                               .kelvin = request.kelvin,
                               .level = request.level.value_or(1),
                               .table = table},
-                             error);
+                             exitCode, error);
     std::optional<Coding> const coding = codingFor(request, error);
     return coding ? measure({request.files, request.turned, request.kelvin, *coding, table}, exitCode, error)
                   : std::nullopt;
