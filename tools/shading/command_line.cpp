@@ -148,7 +148,9 @@ constexpr OptionRow kOptions[] = {
      [](QString const&, Request& request) { return request.isJson = true, QString(); }},
     {"page", "FILE", kAll, "Write a page of HTML with maps.", setText<&Request::page>},
     {"output", "FILE", "measure", "What is written (also -o).", setText<&Request::output>},
-    {"light", "KELVIN", "measure", "The lamp, where the name of a picture does not tell it (..._2856k_...).",
+    {"light", "KELVIN", "measure",
+     "The lamp, in place of what names tell (..._2856k_...); without pictures in place of\n"
+     "                           2856, 4000 and 6500 K.",
      setNumber<&Request::kelvin, pictara::kColourTemperatures>},
     {"shading", "TABLE", "measure", "Without pictures: a measured lens before the sensor.",
      setText<&Request::shading>},
