@@ -113,7 +113,7 @@ QJsonObject drawing(ProfileChart const& chart) {
             points += place(kLeft + width * double(i)) + ',' + height(line.values[i]) + ' ';
         lines.append(QJsonObject{{"name", line.name}, {"points", points}, {"style", line.style}});
     }
-    return {{"title", chart.title}, {"ticks", ticks}, {"lines", lines}};
+    return {{"title", chart.title}, {"axis", chart.axis}, {"ticks", ticks}, {"lines", lines}};
 }
 
 double largestOf(std::vector<double> const& values) {

@@ -25,7 +25,7 @@ struct HeatMap {
     double high = 1;
 };
 
-/// Lines along a diagonal of the picture, in even steps.
+/// Lines in even steps, along a diagonal of the picture if nothing else is told.
 struct ProfileChart {
     struct Line {
         QString name;  ///< for people and scripts
@@ -35,6 +35,7 @@ struct ProfileChart {
     QString key; ///< for scripts, with the values' unit in it
     QString title;
     std::vector<Line> lines;
+    QString axis = QStringLiteral("% of the diagonal");
 };
 
 /// The picture as the bytes of a PNG file.
