@@ -8,6 +8,7 @@
 #include "tools/shading/check.h"
 #include "tools/shading/compare.h"
 #include "tools/shading/measure.h"
+#include "tools/shading/rate.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -23,7 +24,7 @@ struct Request {
     QString output, page, sensor, shading, format;
     bool isJson = false;
     std::optional<double> kelvin;
-    std::optional<double> level;
+    std::optional<double> level, limit;
     Coding told; ///< by options of its own; the sensor's holds for the rest
 };
 
@@ -87,6 +88,13 @@ constexpr Command kCommands[] = {
      "the table of shading of pictures, the mean of each lamp's; --turned stands before those that\n"
      "      were taken with the camera turned by half a turn, which tell the lens from the lamp;\n"
      "      without pictures, that of the simulated --sensor"},
+    {"rate", "PICTURE", 1, 1, false,
+     [](Request const& request, int*, QString* error) {
+         std::optional<Coding> const coding = codingFor(request, error);
+         return coding ? ratePicture({request.files[0], *coding, request.limit.value_or(kUsualLimit)}, error)
+                       : std::nullopt;
+     },
+     "the dialog's colour uniformity of a picture, raw or one that can be shown, and its worst block"},
     {"compare", "TABLE TABLE", 2, 2, false,
      [](Request const& request, int*, QString* error) { return compare(request.files, error); },
      "two tables of shading side by side"},
@@ -141,8 +149,9 @@ struct OptionRow {
     char const* help;
     Read read;
 };
-constexpr char kAll[] = "check measure compare";
-constexpr char kPictures[] = "check measure";
+constexpr pictara::Range kLimits = {0, 100};
+constexpr char kAll[] = "check measure rate compare";
+constexpr char kPictures[] = "check measure rate";
 constexpr OptionRow kOptions[] = {
     {"json", nullptr, kAll, "Print figures for scripts instead of text.",
      [](QString const&, Request& request) { return request.isJson = true, QString(); }},
@@ -168,6 +177,8 @@ constexpr OptionRow kOptions[] = {
      setCounts<&Coding::white>},
     {"sensor", "PROFILE", kPictures, "A simulated sensor, in place of these four; without pictures, itself.",
      setText<&Request::sensor>},
+    {"limit", "AB", "rate", "The largest colour deviation that passes (default 2).",
+     setNumber<&Request::limit, kLimits>},
 };
 
 bool isAmong(char const* names, QString const& name) {
