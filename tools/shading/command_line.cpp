@@ -9,6 +9,7 @@
 #include "tools/shading/compare.h"
 #include "tools/shading/measure.h"
 #include "tools/shading/rate.h"
+#include "tools/shading/solve.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -24,7 +25,7 @@ struct Request {
     QString output, page, sensor, shading, format;
     bool isJson = false;
     std::optional<double> kelvin;
-    std::optional<double> level, limit;
+    std::optional<double> level, limit, falloff;
     Coding told; ///< by options of its own; the sensor's holds for the rest
 };
 
@@ -95,6 +96,16 @@ constexpr Command kCommands[] = {
                        : std::nullopt;
      },
      "the dialog's colour uniformity of a picture, raw or one that can be shown, and its worst block"},
+    {"solve", "TABLE --sensor PROFILE -o RESULTS.ini", 1, 1, true,
+     [](Request const& request, int* exitCode, QString* error) {
+         return solveTable({.table = request.files[0],
+                            .sensor = request.sensor,
+                            .output = request.output,
+                            .falloffPercent = int(request.falloff.value_or(kUsualFalloff)),
+                            .kelvin = request.kelvin},
+                           exitCode, error);
+     },
+     "registers that correct a table's lens, what they leave, and what each falloff costs"},
     {"compare", "TABLE TABLE", 2, 2, false,
      [](Request const& request, int*, QString* error) { return compare(request.files, error); },
      "two tables of shading side by side"},
@@ -149,15 +160,15 @@ struct OptionRow {
     char const* help;
     Read read;
 };
-constexpr pictara::Range kLimits = {0, 100};
-constexpr char kAll[] = "check measure rate compare";
+constexpr pictara::Range kLimits = {0, 100}, kFalloffs = {kLeastFalloff, kMostFalloff};
+constexpr char kAll[] = "check measure rate solve compare";
 constexpr char kPictures[] = "check measure rate";
 constexpr OptionRow kOptions[] = {
     {"json", nullptr, kAll, "Print figures for scripts instead of text.",
      [](QString const&, Request& request) { return request.isJson = true, QString(); }},
     {"page", "FILE", kAll, "Write a page of HTML with maps.", setText<&Request::page>},
-    {"output", "FILE", "measure", "What is written (also -o).", setText<&Request::output>},
-    {"light", "KELVIN", "measure",
+    {"output", "FILE", "measure solve", "What is written (also -o).", setText<&Request::output>},
+    {"light", "KELVIN", "measure solve",
      "The lamp, in place of what names tell (..._2856k_...); without pictures in place of\n"
      "                           2856, 4000 and 6500 K.",
      setNumber<&Request::kelvin, pictara::kColourTemperatures>},
@@ -175,10 +186,12 @@ constexpr OptionRow kOptions[] = {
     {"black", "COUNTS", kPictures, "The black level.", setCounts<&Coding::black>},
     {"white", "COUNTS", kPictures, "The white level, at which samples are clipped.",
      setCounts<&Coding::white>},
-    {"sensor", "PROFILE", kPictures, "A simulated sensor, in place of these four; without pictures, itself.",
-     setText<&Request::sensor>},
+    {"sensor", "PROFILE", "check measure rate solve",
+     "A simulated sensor, in place of these four; without pictures, itself.", setText<&Request::sensor>},
     {"limit", "AB", "rate", "The largest colour deviation that passes (default 2).",
      setNumber<&Request::limit, kLimits>},
+    {"falloff", "PERCENT", "solve", "The luminance that the corners may keep, 50 to 125 (default 95).",
+     setNumber<&Request::falloff, kFalloffs>},
 };
 
 bool isAmong(char const* names, QString const& name) {
