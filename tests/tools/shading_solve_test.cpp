@@ -1,0 +1,183 @@
+#include "headboard/record_format.h"
+#include "simulator/camera/simulated_camera.h"
+#include "simulator/files/whole_file.h"
+#include "simulator/pictures/block_report.h"
+#include "tests/support/small_profile.h"
+#include "tools/headboard-image/edits.h"
+#include "tools/shading/command_line.h"
+#include "tools/shading/rate.h"
+#include "tools/shading/solve.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <cmath>
+
+namespace shading {
+namespace {
+using pictara::Certificate;
+using simulator::SimulatedCamera;
+
+/// A lens that lets that much less light through to its corners, and less still of red.
+QByteArray tableOf(double dimming) {
+    constexpr int kColumns = 32, kRows = 18;
+    QJsonArray lights;
+    for (double const kelvin : {2856.0, 4000.0, 6500.0}) {
+        QJsonArray planes[3];
+        for (int i = 0; i < 3 * kColumns * kRows; ++i) {
+            int const colour = i % 3, column = i / 3 % kColumns, row = i / 3 / kColumns;
+            double const u = (column + 0.5) / kColumns * 2 - 1, v = (row + 0.5) / kRows * 2 - 1;
+            double const share = dimming * (colour == 0 ? 1 + kelvin / 24000 : 1);
+            planes[colour].append(1 / (1 - share * (u * u + v * v) / 2));
+        }
+        lights.append(QJsonObject{
+            {"colour_temperature_K", kelvin}, {"red", planes[0]}, {"green", planes[1]}, {"blue", planes[2]}});
+    }
+    QJsonObject const table{{"format", "shading-gains-1"},
+                            {"name", "lens"},
+                            {"columns", kColumns},
+                            {"rows", kRows},
+                            {"illuminants", lights}};
+    return QJsonDocument(table).toJson();
+}
+
+struct ShadingTool : testing::Test, TestFiles {
+    [[nodiscard]] std::optional<Certificate> solve(QString const& table, QString const& sensor,
+                                                   int falloff = 100) {
+        exitCode = kDone;
+        return solveTable({table, sensor, path("results.ini"), falloff}, &exitCode, &error);
+    }
+    /// The results file as a record of an EEPROM's image, behind a serial number if there is one.
+    [[nodiscard]] QString import(QString const& image, QByteArray const& serial,
+                                 QString const& sensor) const {
+        EXPECT_EQ(headboard_image::formatImage(image).exitCode, 0);
+        if (!serial.isEmpty()) { // behind the head of the chain
+            QByteArray bytes = files::read(image, files::kMostText, nullptr).value();
+            QByteArray const record = QByteArray("\x0B\0", 2) + char(serial.size() + 1) + serial + '\0';
+            EXPECT_TRUE(files::replace(image, bytes.replace(5, record.size(), record), nullptr));
+        }
+        EXPECT_EQ(headboard_image::importSection(image, {.presetFile = path("results.ini"),
+                                                         .section = "Lens Correction",
+                                                         .type = kestra::kRecordPga,
+                                                         .sensor = sensor,
+                                                         .label = {}})
+                      .exitCode,
+                  0);
+        return image;
+    }
+
+    int exitCode = kDone;
+    QString error;
+};
+
+// Every way in which frames are coded, turned, and corrected by one table or three.
+TEST_F(ShadingTool, SolvesALensForEverySensor) {
+    QString const table = write("lens.json", tableOf(0.5));
+    for (char const* const base :
+         {"polynomial", "polynomial-rotated", "ycbcr", "soc-rgb-16", "adaptive-72", "automatic-76"}) {
+        SCOPED_TRACE(base);
+        auto const solved = solve(table, smallProfile(base));
+        ASSERT_TRUE(solved) << qPrintable(error);
+        QJsonObject const left = solved->figures["solution"].toObject();
+        EXPECT_LT(left["left_colour_largest_ab"].toDouble(), 0.5);
+        EXPECT_LT(left["left_luminance_largest_percent"].toDouble(), 1);
+        EXPECT_NEAR(left["corner_gain"].toDouble(), base[0] == 'a' ? 2.8 : 2.4, 0.3);
+    }
+}
+
+// The corners' gain is that of the light that they lack, and costs as many decibels.
+TEST_F(ShadingTool, TellsWhatEachFalloffCostsAndWritesTheOneAskedFor) {
+    auto const solved = solve(write("lens.json", tableOf(0.5)), smallProfile(), 70);
+    ASSERT_TRUE(solved) << qPrintable(error);
+    QJsonArray const falloffs = solved->figures["falloffs"].toArray();
+    ASSERT_EQ(falloffs.size(), 6);
+    double const full = falloffs[5]["corner_gain"].toDouble();
+    EXPECT_EQ(falloffs[2]["falloff_percent"].toInt(), 70);
+    EXPECT_NEAR(falloffs[2]["corner_gain"].toDouble() / full, 0.7, 0.01);
+    EXPECT_NEAR(falloffs[5]["corner_noise_dB"].toDouble(), 20 * std::log10(full), 0.01);
+    EXPECT_EQ(solved->figures["solution"].toObject(), falloffs[2].toObject());
+    EXPECT_TRUE(files::read(path("results.ini"), files::kMostText, &error)->contains("corners at 70 %"));
+
+    auto const even = solve(write("even.json", tableOf(0)), smallProfile());
+    ASSERT_TRUE(even) << qPrintable(error);
+    QJsonObject const none = even->figures["solution"].toObject();
+    EXPECT_NEAR(none["corner_gain"].toDouble(), 1, 0.005);
+    EXPECT_LT(none["left_luminance_largest_percent"].toDouble(), 0.1);
+}
+
+// The camera that starts up from the imported record shows the lens as even as was foretold.
+TEST_F(ShadingTool, WritesTheResultsThatACameraReplays) {
+    QString const table = write("lens.json", tableOf(0.5));
+    for (char const* const base : {"polynomial", "adaptive-72"}) {
+        SCOPED_TRACE(base);
+        QString const sensor = smallProfile(base, R"(, "readOut": {"electronsPerCount": 100})");
+        ASSERT_TRUE(solve(table, sensor)) << qPrintable(error);
+        auto const camera = SimulatedCamera::open(sensor, &error);
+        ASSERT_TRUE(camera && camera->useMeasuredShading(table, &error)) << qPrintable(error);
+        camera->setLight({.colourTemperature = 4000, .level = 2});
+        auto const unevenness = [&] {
+            return pictara::measureBlocks(camera->grab(), camera->description(), {}).largestAgainstMedian;
+        };
+        EXPECT_GT(unevenness(), 0.2);
+        ASSERT_TRUE(camera->loadEeprom(import(path(base), {}, sensor), &error) &&
+                    camera->replayEeprom({}, &error))
+            << qPrintable(error);
+        EXPECT_LT(unevenness(), 0.02);
+    }
+}
+
+TEST_F(ShadingTool, LeavesNoFileOfATableThatCannotBeSolved) {
+    QByteArray const lens = tableOf(0.5);
+    QString const sensor = smallProfile(),
+                  other = writeChangedProfile(folder.path(), "polynomial-mild",
+                                              R"(, "array": {"width": 480, "height": 270})");
+    struct {
+        QByteArray table;
+        QString sensor;
+        int code;
+    } const rows[] = {{QByteArray(lens).replace("4000", "NaN"), sensor, kUnusable},
+                      {QByteArray(lens).replace("\"columns\": 32", "\"columns\": 31"), sensor, kUnusable},
+                      {lens, other, kNothingFound}}; // in a mode of which its data do not tell
+    for (auto const& [table, profile, code] : rows) {
+        Outcome const outcome =
+            runCommandLine({"shading", "solve", write("table.json", table), "--sensor", profile, "-o",
+                            path("results.ini"), "--page", path("page.html")});
+        EXPECT_EQ(outcome.exitCode, code);
+        EXPECT_TRUE(outcome.complaint.contains("table.json: ") && !outcome.complaint.contains('\n'))
+            << qPrintable(outcome.complaint);
+        EXPECT_FALSE(QFileInfo::exists(path("results.ini")) || QFileInfo::exists(path("page.html")));
+    }
+}
+
+TEST_F(ShadingTool, RatesAPictureByItsWorstBlock) {
+    QImage picture(320, 180, QImage::Format_RGB32);
+    picture.fill(qRgb(128, 128, 128));
+    auto const rate = [&](char const* name, Coding const& coding = {}) {
+        EXPECT_TRUE(picture.save(path(name)));
+        return ratePicture({path(name), coding}, &error);
+    };
+    auto const grey = rate("grey.png");
+    ASSERT_TRUE(grey) << qPrintable(error);
+    EXPECT_EQ(grey->figures["colour_deviation_ab"].toDouble(-1), 0);
+    EXPECT_TRUE(certificateText(*grey).contains("greyscale"));
+    for (int i = 0; i < 100; ++i)
+        picture.setPixel(200 + i % 10, 100 + i / 10, qRgb(128, 128, 140));
+    auto const blue = rate("blue.png");
+    ASSERT_TRUE(blue) << qPrintable(error);
+    EXPECT_EQ(blue->result, "fail");
+    EXPECT_EQ(blue->figures["worst_block_pixels"].toArray(), (QJsonArray{200, 100, 210, 110}));
+
+    // A mosaic of a cast that the balance takes away, and of the same cast in one half alone.
+    picture = QImage(320, 180, QImage::Format_Grayscale16);
+    for (bool const isHalf : {false, true}) {
+        for (int i = 0; i < 320 * 180; ++i)
+            reinterpret_cast<quint16*>(picture.scanLine(i / 320))[i % 320] =
+                i % 2 == 0 && i / 320 % 2 == 0 && (i % 320 < 160 || !isHalf) ? 1000 : 2000;
+        auto const raw = rate("raw.png", {.phase = 0, .black = 100, .white = 4095});
+        ASSERT_TRUE(raw) << qPrintable(error);
+        EXPECT_EQ(raw->result, isHalf ? "fail" : "pass");
+        EXPECT_EQ(raw->figures["is_greyscale"].toBool(), !isHalf);
+    }
+}
+} // namespace
+} // namespace shading
