@@ -34,7 +34,7 @@ set(rows
     "tools/headboard-image: headboard ${floor} simulator/files simulator/camera"
     "tools/window_picture: simulator/files"
     "tools/headboard-config: config_page wizard headboard ${floor} simulator/files simulator/camera tools/window_picture"
-    "tools/shading: ${below_host} simulator/solver simulator/host/session simulator/host/report pictures common"
+    "tools/shading: ${below_host} simulator/solver simulator/host/session simulator/host/report pictures headboard common"
     "tools/screenshots: ${product} ${stand_ins} tests/support tools/window_picture"
     "tests/support: ${product} ${stand_ins}"
     "tests: ${product} ${stand_ins} tools/shading tools/headboard-image tools/headboard-config tests/support"

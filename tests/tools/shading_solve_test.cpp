@@ -7,7 +7,9 @@
 #include "tools/shading/command_line.h"
 #include "tools/shading/rate.h"
 #include "tools/shading/solve.h"
+#include "tools/shading/units.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -147,6 +149,70 @@ TEST_F(ShadingTool, LeavesNoFileOfATableThatCannotBeSolved) {
             << qPrintable(outcome.complaint);
         EXPECT_FALSE(QFileInfo::exists(path("results.ini")) || QFileInfo::exists(path("page.html")));
     }
+}
+
+/// Thirty units of one sensor, SN1 to SN30, by results files.
+struct Units : ShadingTool {
+    Units() {
+        EXPECT_TRUE(solve(write("lens.json", tableOf(0.5)), sensor)) << qPrintable(error);
+        EXPECT_TRUE(QDir(folder.path()).mkdir("units"));
+        spread(1);
+    }
+    /// Red's rise differs by up to ten of these steps.
+    void spread(int step) const {
+        for (int i = 1; i <= 30; ++i)
+            add(i, 0x3200 + step * (7 * i % 11));
+    }
+    /// A unit whose red rises so far along the rows.
+    void add(int number, int coefficient) const {
+        QByteArray text = files::read(path("results.ini"), files::kMostText, nullptr).value();
+        QByteArray const place = "0x0000, 0x3654, ";
+        text.replace(text.indexOf(place) + place.size(), 6, "0x" + QByteArray::number(coefficient, 16));
+        write(qPrintable(QStringLiteral("units/SN%1.ini").arg(number)), text);
+    }
+    /// The serial numbers that fall out.
+    [[nodiscard]] QStringList odd() {
+        auto const told = tellUnits({path("units"), sensor}, &exitCode, &error);
+        QStringList serials;
+        for (QJsonValue const unit : told ? told->figures["units"].toArray() : QJsonArray()) {
+            all << unit["serial_number"].toString();
+            if (unit["falls_out"].toBool())
+                serials << all.back();
+        }
+        unusable = told ? told->figures["files_unusable"].toInt() : -1;
+        return serials;
+    }
+
+    QString const sensor = smallProfile("polynomial", "");
+    QStringList all;
+    int unusable = 0;
+};
+
+TEST_F(Units, ThatFallOutAreNamedAndNoOthers) {
+    EXPECT_EQ(odd(), QStringList());
+    EXPECT_EQ(all.value(1), "SN2"); // as people count
+    spread(0);
+    add(2, 0x3201); // the registers' own step
+    EXPECT_EQ(odd(), QStringList());
+    spread(20);
+    EXPECT_EQ(odd(), QStringList());
+    add(9, 0x3600);
+    EXPECT_EQ(odd(), QStringList("SN9"));
+}
+
+TEST_F(Units, AreReadFromImagesBesideFilesThatAreNone) {
+    (void)import(path("units/board.bin"), "SN2.5", sensor);
+    write("units/cut.bin", "VYEE");
+    write("units/notes.txt", "no unit");
+    write("units/empty.ini", "[Lens Correction]\n");
+    write("units/other.ini", "[Lens Correction]\n; sensor kind 68, variant 1\n");
+    (void)odd();
+    EXPECT_EQ(all.size(), 31);
+    EXPECT_EQ(all.value(2), "SN2.5");
+    EXPECT_EQ(unusable, 3);
+    EXPECT_EQ(exitCode, kDone);
+    EXPECT_TRUE(tellUnits({folder.path(), smallProfile("adaptive-72")}, &exitCode, &error));
+    EXPECT_EQ(exitCode, kNothingFound);
 }
 
 TEST_F(ShadingTool, RatesAPictureByItsWorstBlock) {

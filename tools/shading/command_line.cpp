@@ -10,6 +10,7 @@
 #include "tools/shading/measure.h"
 #include "tools/shading/rate.h"
 #include "tools/shading/solve.h"
+#include "tools/shading/units.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -109,6 +110,11 @@ constexpr Command kCommands[] = {
     {"compare", "TABLE TABLE", 2, 2, false,
      [](Request const& request, int*, QString* error) { return compare(request.files, error); },
      "two tables of shading side by side"},
+    {"units", "FOLDER --sensor PROFILE", 1, 1, false,
+     [](Request const& request, int* exitCode, QString* error) {
+         return tellUnits({request.files[0], request.sensor}, exitCode, error);
+     },
+     "the corrections of many units (results files and EEPROM images), and those that fall out"},
 };
 
 // Puts a value into the request, or returns what the option takes.
@@ -161,7 +167,7 @@ struct OptionRow {
     Read read;
 };
 constexpr pictara::Range kLimits = {0, 100}, kFalloffs = {kLeastFalloff, kMostFalloff};
-constexpr char kAll[] = "check measure rate solve compare";
+constexpr char kAll[] = "check measure rate solve compare units";
 constexpr char kPictures[] = "check measure rate";
 constexpr OptionRow kOptions[] = {
     {"json", nullptr, kAll, "Print figures for scripts instead of text.",
@@ -186,7 +192,7 @@ constexpr OptionRow kOptions[] = {
     {"black", "COUNTS", kPictures, "The black level.", setCounts<&Coding::black>},
     {"white", "COUNTS", kPictures, "The white level, at which samples are clipped.",
      setCounts<&Coding::white>},
-    {"sensor", "PROFILE", "check measure rate solve",
+    {"sensor", "PROFILE", "check measure rate solve units",
      "A simulated sensor, in place of these four; without pictures, itself.", setText<&Request::sensor>},
     {"limit", "AB", "rate", "The largest colour deviation that passes (default 2).",
      setNumber<&Request::limit, kLimits>},
