@@ -28,7 +28,7 @@ _PROOFS = {
     "hostile-host": ("hardening/hostile-host", r"^(\d+ .*)", "{}"),
     "hostile-inputs": ("hardening/hostile-inputs", r"^(\d+ hostile files).* and (\d+ interruptions)", "{}, {}"),
     "fuzz": ("hardening/fuzz/run", r"^(\w+) +(\d+) ", "{1} runs of {0}"),
-    "mutate": ("hardening/mutate", r"^(\d+ mutants) tried, (\d+ killed \([\d.]+ %\))", "{}, {}"),
+    "mutate": ("hardening/mutate", r"^all +(\d+) +(\d+) +\d+ +([\d.]+ %)", "{} mutants, {} killed ({})"),
     "power-cuts": ("hardening/power-cuts", r"^(\d+ saves, \d+ cuts)", "{}"),
 }
 

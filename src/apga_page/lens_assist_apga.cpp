@@ -103,7 +103,7 @@ private:
     [[nodiscard]] IlluminantKelvins temperatures() const;
 
     PgaMode m_mode;
-    uint32_t m_blinks = 0; // the lowest bit tells which bullet a waiting row shows
+    uint32_t m_blinks{}; // the lowest bit tells which bullet a waiting row shows
 };
 
 sf_Handle* LensAssistApgaFlow::createCalibration() {
