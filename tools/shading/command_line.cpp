@@ -75,29 +75,30 @@ struct Command {
     char const* arguments;
     int fewest, most; ///< arguments
     bool hasOutput;   ///< which must be told
+    bool hasSensor;   ///< the same
     std::optional<Certificate> (*run)(Request const&, int* exitCode, QString* error);
     char const* help;
 };
 constexpr int kMany = 100'000;
 constexpr Command kCommands[] = {
-    {"check", "PICTURE...", 1, kMany, false,
+    {"check", "PICTURE...", 1, kMany, false, false,
      [](Request const& request, int* exitCode, QString* error) {
          std::optional<Coding> const coding = codingFor(request, error);
          return coding ? check(request.files, *coding, exitCode, error) : std::nullopt;
      },
      "whether pictures are usable as flat fields, and what helps where they are not"},
-    {"measure", "[PICTURE... [--turned PICTURE...]] -o TABLE", 0, kMany, true, runMeasure,
+    {"measure", "[PICTURE... [--turned PICTURE...]] -o TABLE", 0, kMany, true, false, runMeasure,
      "the table of shading of pictures, the mean of each lamp's; --turned stands before those that\n"
      "      were taken with the camera turned by half a turn, which tell the lens from the lamp;\n"
      "      without pictures, that of the simulated --sensor"},
-    {"rate", "PICTURE", 1, 1, false,
+    {"rate", "PICTURE", 1, 1, false, false,
      [](Request const& request, int*, QString* error) {
          std::optional<Coding> const coding = codingFor(request, error);
          return coding ? ratePicture({request.files[0], *coding, request.limit.value_or(kUsualLimit)}, error)
                        : std::nullopt;
      },
      "the dialog's colour uniformity of a picture, raw or one that can be shown, and its worst block"},
-    {"solve", "TABLE --sensor PROFILE -o RESULTS.ini", 1, 1, true,
+    {"solve", "TABLE --sensor PROFILE -o RESULTS.ini", 1, 1, true, true,
      [](Request const& request, int* exitCode, QString* error) {
          return solveTable({.table = request.files[0],
                             .sensor = request.sensor,
@@ -107,10 +108,10 @@ constexpr Command kCommands[] = {
                            exitCode, error);
      },
      "registers that correct a table's lens, what they leave, and what each falloff costs"},
-    {"compare", "TABLE TABLE", 2, 2, false,
+    {"compare", "TABLE TABLE", 2, 2, false, false,
      [](Request const& request, int*, QString* error) { return compare(request.files, error); },
      "two tables of shading side by side"},
-    {"units", "FOLDER --sensor PROFILE", 1, 1, false,
+    {"units", "FOLDER --sensor PROFILE", 1, 1, false, true,
      [](Request const& request, int* exitCode, QString* error) {
          return tellUnits({request.files[0], request.sensor}, exitCode, error);
      },
@@ -243,6 +244,8 @@ Outcome runCommand(Command const& command, Request const& request) {
     if (count < command.fewest || count > command.most)
         return usageError(QStringLiteral("The command is: %1 %2")
                               .arg(QLatin1String(command.name), QLatin1String(command.arguments)));
+    if (command.hasSensor && request.sensor.isEmpty())
+        return {kUnusable, {}, QStringLiteral("--sensor is needed: the name or file of a sensor's profile")};
     if (command.hasOutput && request.output.isEmpty())
         return usageError(QStringLiteral("--output tells the file to write."));
     QString error;
@@ -259,7 +262,9 @@ Outcome runCommand(Command const& command, Request const& request) {
             taken << file;
     }
     int exitCode = kDone;
-    std::optional<Certificate> const certificate = command.run(request, &exitCode, &error);
+    std::optional<Certificate> certificate = command.run(request, &exitCode, &error);
+    if (certificate)
+        certificate->run = QLatin1String(command.name);
     return finish(request, certificate, exitCode, error);
 }
 } // namespace

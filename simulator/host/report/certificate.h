@@ -27,7 +27,7 @@ struct Picture {
 
 /// What a run ends in: a page that prints on one sheet, lines for a terminal, and figures for scripts.
 struct Certificate {
-    QString run;         ///< "calibration", "replay", "script" or "shading"
+    QString run;         ///< "calibration", "replay", "script", or what another program was asked for
     QString result = {}; ///< the verdict's text, or why there is none: "refused", "not calibrated"...
     QString cause = {};  ///< of what is no pass
     Verdict verdict = Verdict::None; ///< the worst of all that was judged
