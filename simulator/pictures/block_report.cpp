@@ -32,18 +32,6 @@ void add(uint32_t y, ColourRow const& row, std::vector<QRect> const& rects, std:
                     sums[i][colour] += double((*planes[colour])[size_t(x)]);
 }
 
-// The axes a* and b* of CIE 1976 L*a*b* (CIE 15), of linear sRGB (IEC 61966-2-1) against its white, D65.
-std::array<double, 2> colourAxes(Colour const& c) {
-    constexpr double kDelta = 6.0 / 29;
-    auto const f = [](double t) {
-        return t > kDelta * kDelta * kDelta ? std::cbrt(t) : t / (3 * kDelta * kDelta) + 4.0 / 29;
-    };
-    double const x = f((0.4124 * c[0] + 0.3576 * c[1] + 0.1805 * c[2]) / 0.9505);
-    double const y = f(luminance(c));
-    double const z = f((0.0193 * c[0] + 0.1192 * c[1] + 0.9505 * c[2]) / 1.0890);
-    return {500 * (x - y), 200 * (y - z)};
-}
-
 void rateLuminance(BlockReport& report) {
     std::vector<double> blocks;
     std::transform(report.means.begin(), report.means.end(), std::back_inserter(blocks), luminance);
@@ -74,6 +62,17 @@ void rateColour(std::vector<QRect> const& rects, BlockReport& report) {
     report.worstBlock = rects[size_t(largest - report.deviations.begin())];
 }
 } // namespace
+
+std::array<double, 2> colourAxes(Colour const& c) {
+    constexpr double kDelta = 6.0 / 29;
+    auto const f = [](double t) {
+        return t > kDelta * kDelta * kDelta ? std::cbrt(t) : t / (3 * kDelta * kDelta) + 4.0 / 29;
+    };
+    double const x = f((0.4124 * c[0] + 0.3576 * c[1] + 0.1805 * c[2]) / 0.9505);
+    double const y = f(luminance(c));
+    double const z = f((0.0193 * c[0] + 0.1192 * c[1] + 0.9505 * c[2]) / 1.0890);
+    return {500 * (x - y), 200 * (y - z)};
+}
 
 double luminance(Colour const& colour) {
     return kLuminance[0] * colour[0] + kLuminance[1] * colour[1] + kLuminance[2] * colour[2];

@@ -12,6 +12,8 @@ using Colour = std::array<double, 3>;
 
 /// In linear sRGB.
 [[nodiscard]] double luminance(Colour const& colour);
+/// The axes a* and b* of CIE 1976 L*a*b* (CIE 15), of linear sRGB (IEC 61966-2-1) against its white, D65.
+[[nodiscard]] std::array<double, 2> colourAxes(Colour const& colour);
 
 /// How even a picture is, from the means of its blocks in linear light. Errors are relative, as shares of 1.
 struct BlockReport {

@@ -20,6 +20,9 @@ namespace {
 using pictara::Certificate;
 using simulator::SimulatedCamera;
 
+constexpr char kQuiet[] =
+    R"(, "readOut": {"electronsPerCount": 100})"; // a sensor that is nearly without noise
+
 /// A lens that lets that much less light through to its corners, and less still of red.
 QByteArray tableOf(double dimming) {
     constexpr int kColumns = 32, kRows = 18;
@@ -72,24 +75,41 @@ struct ShadingTool : testing::Test, TestFiles {
     QString error;
 };
 
-// Every way in which frames are coded, turned, and corrected by one table or three.
-TEST_F(ShadingTool, SolvesALensForEverySensor) {
+// Every way in which frames are coded, turned, and corrected by one table or three. The camera that starts up
+// from the imported record shows the lens as even as was foretold.
+TEST_F(ShadingTool, SolvesALensForEverySensorAndWritesWhatACameraReplays) {
     QString const table = write("lens.json", tableOf(0.5));
     for (char const* const base :
          {"polynomial", "polynomial-rotated", "ycbcr", "soc-rgb-16", "adaptive-72", "automatic-76"}) {
         SCOPED_TRACE(base);
-        auto const solved = solve(table, smallProfile(base));
+        // Of samples that the sensor rounds to 8 bits, only many have a true mean.
+        QString const sensor = base[0] == 'y' ? QString(base) : smallProfile(base, kQuiet);
+        auto const solved = solve(table, sensor);
         ASSERT_TRUE(solved) << qPrintable(error);
         QJsonObject const left = solved->figures["solution"].toObject();
         EXPECT_LT(left["left_colour_largest_ab"].toDouble(), 0.5);
         EXPECT_LT(left["left_luminance_largest_percent"].toDouble(), 1);
         EXPECT_NEAR(left["corner_gain"].toDouble(), base[0] == 'a' ? 2.8 : 2.4, 0.3);
+
+        auto const camera = SimulatedCamera::open(sensor, &error);
+        ASSERT_TRUE(camera && camera->useMeasuredShading(table, &error)) << qPrintable(error);
+        camera->setLight({.colourTemperature = 4000, .level = 2});
+        auto const unevenness = [&] {
+            return pictara::measureBlocks(camera->grab(), camera->description(), {}).largestAgainstMedian;
+        };
+        if (!camera->hasEeprom())
+            continue;
+        EXPECT_GT(unevenness(), 0.2);
+        ASSERT_TRUE(camera->loadEeprom(import(path(base), {}, sensor), &error) &&
+                    camera->replayEeprom({}, &error))
+            << qPrintable(error);
+        EXPECT_LT(unevenness(), 0.02);
     }
 }
 
 // The corners' gain is that of the light that they lack, and costs as many decibels.
 TEST_F(ShadingTool, TellsWhatEachFalloffCostsAndWritesTheOneAskedFor) {
-    auto const solved = solve(write("lens.json", tableOf(0.5)), smallProfile(), 70);
+    auto const solved = solve(write("lens.json", tableOf(0.5)), smallProfile("polynomial", kQuiet), 70);
     ASSERT_TRUE(solved) << qPrintable(error);
     QJsonArray const falloffs = solved->figures["falloffs"].toArray();
     ASSERT_EQ(falloffs.size(), 6);
@@ -99,33 +119,7 @@ TEST_F(ShadingTool, TellsWhatEachFalloffCostsAndWritesTheOneAskedFor) {
     EXPECT_NEAR(falloffs[5]["corner_noise_dB"].toDouble(), 20 * std::log10(full), 0.01);
     EXPECT_EQ(solved->figures["solution"].toObject(), falloffs[2].toObject());
     EXPECT_TRUE(files::read(path("results.ini"), files::kMostText, &error)->contains("corners at 70 %"));
-
-    auto const even = solve(write("even.json", tableOf(0)), smallProfile());
-    ASSERT_TRUE(even) << qPrintable(error);
-    QJsonObject const none = even->figures["solution"].toObject();
-    EXPECT_NEAR(none["corner_gain"].toDouble(), 1, 0.005);
-    EXPECT_LT(none["left_luminance_largest_percent"].toDouble(), 0.1);
-}
-
-// The camera that starts up from the imported record shows the lens as even as was foretold.
-TEST_F(ShadingTool, WritesTheResultsThatACameraReplays) {
-    QString const table = write("lens.json", tableOf(0.5));
-    for (char const* const base : {"polynomial", "adaptive-72"}) {
-        SCOPED_TRACE(base);
-        QString const sensor = smallProfile(base, R"(, "readOut": {"electronsPerCount": 100})");
-        ASSERT_TRUE(solve(table, sensor)) << qPrintable(error);
-        auto const camera = SimulatedCamera::open(sensor, &error);
-        ASSERT_TRUE(camera && camera->useMeasuredShading(table, &error)) << qPrintable(error);
-        camera->setLight({.colourTemperature = 4000, .level = 2});
-        auto const unevenness = [&] {
-            return pictara::measureBlocks(camera->grab(), camera->description(), {}).largestAgainstMedian;
-        };
-        EXPECT_GT(unevenness(), 0.2);
-        ASSERT_TRUE(camera->loadEeprom(import(path(base), {}, sensor), &error) &&
-                    camera->replayEeprom({}, &error))
-            << qPrintable(error);
-        EXPECT_LT(unevenness(), 0.02);
-    }
+    EXPECT_EQ(solved->figures["registers"].toArray().size(), 100);
 }
 
 TEST_F(ShadingTool, LeavesNoFileOfATableThatCannotBeSolved) {
@@ -149,6 +143,10 @@ TEST_F(ShadingTool, LeavesNoFileOfATableThatCannotBeSolved) {
             << qPrintable(outcome.complaint);
         EXPECT_FALSE(QFileInfo::exists(path("results.ini")) || QFileInfo::exists(path("page.html")));
     }
+    for (QStringList const& command :
+         {QStringList{"solve", "table.json", "-o", "results.ini"}, {"units", "."}})
+        EXPECT_TRUE(
+            runCommandLine(QStringList("shading") + command).complaint.startsWith("--sensor is needed: "));
 }
 
 /// Thirty units of one sensor, SN1 to SN30, by results files.

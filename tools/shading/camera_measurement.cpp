@@ -26,18 +26,6 @@ using simulator::CameraDescription;
 using simulator::MeasuredShading;
 using simulator::SimulatedCamera;
 
-// Until nothing is too bright and the brightest colour near its target, anywhere in the picture.
-void expose(SimulatedCamera& camera) {
-    pictara::SensorRegisters registers(camera.handle(), [] {});
-    for (int step = 0; step < kExposureSteps; ++step) {
-        uint32_t const present = registers.read(kExposureRegister, "");
-        uint32_t const next =
-            nextExposure(present, measureCentre(camera.grab(), camera.description(), 100), kTarget);
-        if (next == present || !registers.write(kExposureRegister, "", next))
-            return;
-    }
-}
-
 // The blocks of several frames, with the mean of their means.
 BlockReport meanOfFrames(SimulatedCamera& camera) {
     CameraDescription const& told = camera.description();
@@ -67,6 +55,17 @@ QString faultOf(BlockReport const& blocks) {
                                                  : QString();
 }
 } // namespace
+
+void expose(SimulatedCamera& camera) {
+    pictara::SensorRegisters registers(camera.handle(), [] {});
+    for (int step = 0; step < kExposureSteps; ++step) {
+        uint32_t const present = registers.read(kExposureRegister, "");
+        uint32_t const next =
+            nextExposure(present, measureCentre(camera.grab(), camera.description(), 100), kTarget);
+        if (next == present || !registers.write(kExposureRegister, "", next))
+            return;
+    }
+}
 
 std::optional<MeasuredShading> measureShading(SimulatedCamera& camera, std::vector<double> const& lights,
                                               QString* error) {

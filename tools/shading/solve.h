@@ -17,10 +17,10 @@ struct SolveRequest {
     std::optional<double> kelvin = {}; ///< of the one lamp; none: the table's middle one
 };
 
-/// Lets the calibration library solve the noise-free flat field that a table's lens shows on a sensor, under
-/// one lamp or, for a sensor with three tables, under three; writes the results file that the dialog saves.
-/// Tells the registers, what they leave, and what each falloff costs. Empty with the cause, and nothing
-/// written, otherwise; where the library did not solve, `exitCode` changes.
+/// Lets the calibration library solve the flat field that a simulated sensor shows behind a table's lens,
+/// under one lamp or, for a sensor with three tables, under three; writes the results file that the dialog
+/// saves. Tells the registers, what they leave, and what each falloff costs. Empty with the cause, and
+/// nothing written, otherwise; where the library did not solve, `exitCode` changes.
 [[nodiscard]] std::optional<pictara::Certificate> solveTable(SolveRequest const& request, int* exitCode,
                                                              QString* error);
 } // namespace shading
