@@ -18,7 +18,6 @@
 namespace shading {
 namespace {
 using pictara::Certificate;
-using pictara::rounded;
 using simulator::Plane;
 using simulator::SensorLayout;
 
@@ -29,58 +28,44 @@ constexpr double kSigmaPerMad = 1.4826; // of a normal distribution
 constexpr double kLeastSigma = 0.1;     // percent of the median gain, and of a ratio; below, registers round
 
 /// What is told of a correction, in this order.
-struct FigureRow {
-    char const* name; ///< for people
-    char const* key;  ///< for scripts
-};
-constexpr FigureRow kFigures[] = {
+constexpr FigureColumn kFigures[] = {
     {"top left", "corner_gain_top_left"},       {"top right", "corner_gain_top_right"},
     {"bottom left", "corner_gain_bottom_left"}, {"bottom right", "corner_gain_bottom_right"},
     {"R/G, %", "red_to_green_spread_percent"},  {"B/G, %", "blue_to_green_spread_percent"}};
-constexpr size_t kCorners = 4, kCount = std::size(kFigures);
-using Figures = std::array<double, kCount>;
+constexpr int kCorners = 4, kCount = int(std::size(kFigures));
+using Figures = Eigen::Array<double, kCount, 1>;
 
 /// A unit under one lamp.
 struct Unit {
     QString serial, file;
     uint32_t slot = 0;
-    Figures figures{}, distances{};
+    Figures figures{};
+    double distance = 0; ///< of its oddest figure
+    int oddest = 0;
 
-    [[nodiscard]] size_t worst() const {
-        return size_t(std::max_element(distances.begin(), distances.end()) - distances.begin());
-    }
-    [[nodiscard]] bool fallsOut() const { return distances[worst()] > kMostDistance; }
+    [[nodiscard]] bool fallsOut() const { return distance > kMostDistance; }
 };
 
 // The lamp that a slot's table is made for; the base is for all.
-QString lampName(uint32_t slot) {
-    constexpr char const* kNames[] = {"any", "", "incandescent", "fluorescent", "daylight"};
-    return QString::fromLatin1(kNames[slot]);
-}
+constexpr char const* kLamps[] = {"any", "", "incandescent", "fluorescent", "daylight"};
 
 QString shown(double value) { return QString::number(value, 'f', 3); }
 
 // Green's gain in the corners, and how far the ratio of two planes' gains goes over centre and corners.
 Figures figuresOf(Gain const& gain) {
-    auto const ratio = [](double one, double other) { return other > 0 ? one / other : 0; };
-    auto const at = [&](double x, double y) { // red's and blue's against green's
+    // Green's, and red's and blue's against it.
+    auto const at = [&](double x, double y) {
         double const green = (gain(Plane::GreenRed, x, y) + gain(Plane::GreenBlue, x, y)) / 2;
-        return std::array{green, ratio(gain(Plane::Red, x, y), green), ratio(gain(Plane::Blue, x, y), green)};
+        return Eigen::Array3d(green, gain(Plane::Red, x, y) / green, gain(Plane::Blue, x, y) / green);
     };
-    Figures figures{};
-    auto const centre = at(0.5, 0.5);
-    std::array<double, 2> low{1, 1}, high{1, 1}; // as in the centre
-    for (size_t i = 0; i < kCorners; ++i) {
-        auto const corner = at(double(i & 1), double(i >> 1));
-        figures[i] = ratio(corner[0], centre[0]);
-        for (size_t colour = 0; colour < 2; ++colour) {
-            double const here = ratio(corner[1 + colour], centre[1 + colour]);
-            low[colour] = std::min(low[colour], here);
-            high[colour] = std::max(high[colour], here);
-            figures[kCorners + colour] = 100 * (high[colour] - low[colour]);
-        }
-    }
-    return figures;
+    Eigen::Array<double, 3, kCorners + 1> against; // the centre
+    against.col(kCorners).setOnes();
+    for (int i = 0; i < kCorners; ++i)
+        against.col(i) = at(i & 1, i >> 1) / at(0.5, 0.5);
+    Eigen::Array3d const spread = 100 * (against.rowwise().maxCoeff() - against.rowwise().minCoeff());
+    Figures figures;
+    figures << against.row(0).head(kCorners).transpose(), spread(1), spread(2);
+    return figures.isFinite().select(figures, 0); // a gain may be none
 }
 
 bool isResults(QFileInfo const& file) {
@@ -136,8 +121,7 @@ std::vector<Unit> readUnit(QFileInfo const& file, simulator::SimulatedCamera& ca
     for (auto const& [slot, gain] : gainsIn(layout, values))
         units.push_back({serial, file.fileName(), slot, figuresOf(gain)});
     if (units.empty())
-        *error = QStringLiteral("%1: it holds no whole correction of the sensor %2")
-                     .arg(file.filePath(), camera.description().profile);
+        *error = QStringLiteral("%1: it holds no whole correction of the sensor").arg(file.filePath());
     return units;
 }
 
@@ -149,82 +133,75 @@ struct Spread {
 // The distance from the median in scaled median absolute deviations (Iglewicz and Hoaglin 1993).
 Spread rate(std::vector<Unit*> const& units) {
     Spread spread;
-    for (size_t i = 0; i < kCount; ++i) {
-        std::vector<double> values(units.size());
-        auto const collect = [&](auto const& valueOf) {
-            std::transform(units.begin(), units.end(), values.begin(),
-                           [&](Unit const* unit) { return valueOf(unit->figures[i]); });
-            return solver::median(values);
-        };
-        double const median = spread.medians[i] = collect([](double value) { return value; });
-        double const least = i < kCorners ? kLeastSigma / 100 * median : kLeastSigma;
-        spread.sigmas[i] =
-            std::max(least, kSigmaPerMad * collect([&](double value) { return std::abs(value - median); }));
-        for (Unit* const unit : units)
-            if (units.size() >= kFewestUnits)
-                unit->distances[i] = std::abs(unit->figures[i] - median) / spread.sigmas[i];
+    for (int i = 0; i < kCount; ++i) {
+        std::vector<double> values;
+        for (Unit const* const unit : units)
+            values.push_back(unit->figures(i));
+        double const median = spread.medians(i) = solver::median(values);
+        for (double& value : values)
+            value = std::abs(value - median);
+        spread.sigmas(i) = std::max(kSigmaPerMad * solver::median(values),
+                                    i < kCorners ? kLeastSigma / 100 * median : kLeastSigma);
     }
+    for (Unit* const unit : units)
+        if (units.size() >= kFewestUnits)
+            unit->distance = ((unit->figures - spread.medians).abs() / spread.sigmas).maxCoeff(&unit->oddest);
     return spread;
 }
 
 void tellTrend(std::vector<Unit*> const& units, Spread const& spread, QString const& lamp,
                Certificate& certificate) {
-    using Line = pictara::ProfileChart::Line;
-    constexpr char kAxis[] = "% of the units, by serial number";
-    Line corners{"corners", "luminance", {}}, red{"R/G", "red-green", {}}, blue{"B/G", "blue-green", {}};
-    auto const meanOfCorners = [](Figures const& of) { return (of[0] + of[1] + of[2] + of[3]) / kCorners; };
+    pictara::ProfileChart chart{
+        lamp + "_lamp_percent",
+        QStringLiteral("Corner gain against the median, and colour spread, %, lamp: ") + lamp,
+        {{"corner gain", "luminance", {}}, {"R/G", "red-green", {}}, {"B/G", "blue-green", {}}},
+        "% of the units, by serial number"};
     for (Unit const* const unit : units) {
-        corners.values.push_back(100 * (meanOfCorners(unit->figures) / meanOfCorners(spread.medians) - 1));
-        red.values.push_back(unit->figures[kCorners]);
-        blue.values.push_back(unit->figures[kCorners + 1]);
+        double const gain = unit->figures.head(kCorners).mean() / spread.medians.head(kCorners).mean();
+        chart.lines[0].values.push_back(100 * (gain - 1));
+        chart.lines[1].values.push_back(unit->figures(kCorners));
+        chart.lines[2].values.push_back(unit->figures(kCorners + 1));
     }
-    certificate.profiles.push_back({lamp + "_lamp_corner_gain_against_median_percent",
-                                    "Mean corner gain against the median, %, lamp: " + lamp,
-                                    {corners},
-                                    kAxis});
-    certificate.profiles.push_back({lamp + "_lamp_colour_spread_percent",
-                                    "Colour spread of the gains, %, lamp: " + lamp,
-                                    {red, blue},
-                                    kAxis});
+    certificate.profiles.push_back(chart);
 }
 
-void tellTables(std::vector<Unit> const& units, std::map<uint32_t, Spread> const& spreads,
-                Certificate& certificate) {
-    pictara::Table out{"Units that fall out",
-                       {{"serial number", "file", "lamp", "figure", "value", "median", "distance"}}},
-        all{"Green's gain in the corners against the centre, and colour spread of the gains",
-            {{"serial number", "file", "lamp"}}};
-    for (FigureRow const& row : kFigures)
-        all.rows[0] << row.name;
+void tellTable(std::vector<Unit> const& units, std::map<uint32_t, Spread> const& spreads,
+               Certificate& certificate) {
+    pictara::Table table{"Green's gain in the corners against the centre, and colour spread of the gains",
+                         {{"serial number", "file", "lamp"}}};
+    for (FigureColumn const& column : kFigures)
+        table.rows[0] << column.name;
     auto const add = [&](QString const& serial, QString const& file, uint32_t slot, Figures const& figures) {
-        all.rows.push_back({serial, file, lampName(slot)});
+        table.rows.push_back({serial, file, kLamps[slot]});
         for (double const figure : figures)
-            all.rows.back() << shown(figure);
+            table.rows.back() << shown(figure);
     };
     for (auto const& [slot, spread] : spreads) {
         add("median", "", slot, spread.medians);
         add("scaled deviation", "", slot, spread.sigmas);
     }
     QJsonArray told;
+    QStringList out;
     for (Unit const& unit : units) {
         add(unit.serial, unit.file, unit.slot, unit.figures);
-        size_t const worst = unit.worst();
         if (unit.fallsOut())
-            out.rows.push_back({unit.serial, unit.file, lampName(unit.slot), kFigures[worst].name,
-                                shown(unit.figures[worst]), shown(spreads.at(unit.slot).medians[worst]),
-                                QString::number(unit.distances[worst], 'f', 1)});
+            out << QStringLiteral("%1 (lamp: %2): %3 is %4, median %5, %6 scaled deviations off")
+                       .arg(unit.serial, kLamps[unit.slot], kFigures[unit.oddest].name,
+                            shown(unit.figures(unit.oddest)),
+                            shown(spreads.at(unit.slot).medians(unit.oddest)),
+                            QString::number(unit.distance, 'f', 1));
         QJsonObject figures{{"serial_number", unit.serial},
                             {"file", unit.file},
-                            {"lamp", lampName(unit.slot)},
-                            {"distance", rounded(unit.distances[worst])},
+                            {"lamp", kLamps[unit.slot]},
+                            {"distance", pictara::rounded(unit.distance)},
                             {"falls_out", unit.fallsOut()}};
-        for (size_t i = 0; i < kCount; ++i)
-            figures[kFigures[i].key] = rounded(unit.figures[i]);
+        for (int i = 0; i < kCount; ++i)
+            figures[kFigures[i].key] = pictara::rounded(unit.figures(i));
         told.append(figures);
     }
-    for (pictara::Table const& table : {out, all})
-        if (table.rows.size() > 1)
-            certificate.tables.push_back(table);
+    certificate.cause = out.join("; ");
+    if (!units.empty())
+        certificate.tables.push_back(table);
     certificate.figures["units"] = told;
 }
 } // namespace
@@ -241,13 +218,11 @@ std::optional<Certificate> tellUnits(UnitsRequest const& request, int* exitCode,
         return std::nullopt;
     std::vector<Unit> units;
     pictara::Table unusable{"Files that cannot be used", {{"file", "cause"}}};
-    int files = 0;
     for (QFileInfo const& file : folder.entryInfoList(QDir::Files, QDir::Name)) {
         bool const isImage = file.size() == kImageSize || file.suffix() == QLatin1String("bin") ||
                              file.suffix() == QLatin1String("eeprom");
         if (!isImage && !isResults(file))
             continue;
-        ++files;
         QString cause;
         std::vector<Unit> const read = readUnit(file, *camera, *layout, &cause);
         units.insert(units.end(), read.begin(), read.end());
@@ -259,39 +234,36 @@ std::optional<Certificate> tellUnits(UnitsRequest const& request, int* exitCode,
     std::stable_sort(units.begin(), units.end(),
                      [&](Unit const& a, Unit const& b) { return order.compare(a.serial, b.serial) < 0; });
     std::map<uint32_t, std::vector<Unit*>> byLamp;
-    for (Unit& unit : units)
+    std::set<QString> serials, fallen;
+    for (Unit& unit : units) {
         byLamp[unit.slot].push_back(&unit);
-    Certificate certificate{"shading"};
+        serials.insert(unit.serial);
+    }
+    Certificate certificate;
     std::map<uint32_t, Spread> spreads;
     for (auto const& [slot, ofLamp] : byLamp) {
         spreads[slot] = rate(ofLamp);
-        tellTrend(ofLamp, spreads[slot], lampName(slot), certificate);
+        tellTrend(ofLamp, spreads[slot], kLamps[slot], certificate);
     }
-    tellTables(units, spreads, certificate);
+    tellTable(units, spreads, certificate);
     if (unusable.rows.size() > 1)
         certificate.tables.push_back(unusable);
-    std::set<QString> serials, fallen;
-    for (Unit const& unit : units) {
-        serials.insert(unit.serial);
+    for (Unit const& unit : units)
         if (unit.fallsOut())
             fallen.insert(unit.serial);
-    }
-    int const unread = int(unusable.rows.size()) - 1, count = int(serials.size());
-    certificate.result = count == 0                  ? QStringLiteral("no units")
-                         : count < int(kFewestUnits) ? QStringLiteral("too few to compare")
-                         : fallen.empty()            ? QStringLiteral("alike")
+    size_t const count = serials.size();
+    certificate.result = count == 0             ? QStringLiteral("no units")
+                         : count < kFewestUnits ? QStringLiteral("too few to compare")
+                         : fallen.empty()       ? QStringLiteral("alike")
                                           : QStringLiteral("%1 of %2 fall out").arg(fallen.size()).arg(count);
     certificate.facts = {
         {"Folder", request.folder},
         {"Sensor", camera->description().profile},
-        {"Files", QStringLiteral("%1, of which %2 cannot be used").arg(files).arg(unread)},
         {"Falls out", QStringLiteral("of %1 units or more, what lies more than %2 scaled median "
                                      "absolute deviations from the median (Iglewicz and Hoaglin 1993)")
                           .arg(kFewestUnits)
                           .arg(kMostDistance)}};
-    certificate.figures["sensor"] = camera->description().profile;
-    certificate.figures["files"] = files;
-    certificate.figures["files_unusable"] = unread;
+    certificate.figures["files_unusable"] = int(unusable.rows.size()) - 1;
     if (count == 0)
         *exitCode = kNothingFound;
     return certificate;
