@@ -60,8 +60,9 @@ std::optional<Told> roomFor(QString const& file, uint32_t width, uint32_t height
 std::optional<Told> readPng(QString const& file, QByteArray& bytes, QString* error) {
     QBuffer buffer(&bytes);
     QImageReader reader(&buffer, "png");
-    if (!reader.canRead())
-        return fail(file, "cannot be read as a PNG", error);
+    // Looked for first: the library tells of a cut picture by itself, past every handler.
+    if (!reader.canRead() || !bytes.right(kPngTail).contains("IEND"))
+        return fail(file, "cannot be read as a PNG, or is cut off", error);
     // Asked first: few bytes can tell a picture that no memory holds.
     QSize const size = reader.size();
     std::optional<Told> told = roomFor(file, uint32_t(size.width()), uint32_t(size.height()), error);

@@ -10,7 +10,8 @@
 
 namespace shading {
 inline constexpr uint32_t kShortestSide = 48, kLongestSide = 16384; ///< of a picture, pixels
-inline constexpr uint32_t kLongestRatio = 16;                       ///< of the sides; a table has rows
+inline constexpr int kPngTail = 1024;         ///< bytes, in which a whole PNG file tells its end
+inline constexpr uint32_t kLongestRatio = 16; ///< of the sides; a table has rows
 
 /// What the command line tells of pictures. It holds before what a file tells of itself.
 struct Coding {

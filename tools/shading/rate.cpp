@@ -20,7 +20,6 @@ using pictara::Certificate;
 constexpr double kTolerance = 1;     // beyond the limit, what the dialog shows in yellow
 constexpr uint32_t kRing = 0xDD2200; // the dialog's red
 constexpr int kWidestShown = 470;    // pixels; of the page
-constexpr int kLongestSide = 16384;  // pixels
 constexpr qint64 kMostBytes = 512 << 20;
 constexpr double kLeastLight = 0.005; // of full scale, below which no balance is found
 
@@ -35,13 +34,14 @@ QImage readShown(QByteArray bytes) {
     QImageReader reader(&buffer);
     // Asked first: few bytes can tell a picture that no memory holds.
     QSize const size = reader.size();
-    bool const isTooLong = size.width() > kLongestSide || size.height() > kLongestSide;
-    return isTooLong || reader.format() == "tiff" ? QImage() : reader.read();
+    bool const isTooLong = std::max(size.width(), size.height()) > int(kLongestSide);
+    bool const isCut = reader.format() == "png" && !bytes.right(kPngTail).contains("IEND");
+    return isTooLong || isCut || reader.format() == "tiff" ? QImage() : reader.read();
 }
 
 /// Shows a raw picture as the host does for the dialog: grey in the middle, from a quarter to three quarters
-/// of both sides, where the dialog balances it, too. Null with the cause.
-QImage develop(Mosaic mosaic, Certificate& certificate, QString* error) {
+/// of both sides. Null with the cause.
+QImage develop(Mosaic mosaic, QString& shownWith, QString* error) {
     simulator::CameraDescription const camera = mosaic.description();
     simulator::SensorArray const sites{mosaic.width, mosaic.height, mosaic.bayerPhase, 0};
     simulator::PerPlane<double> sums{};
@@ -63,113 +63,92 @@ QImage develop(Mosaic mosaic, Certificate& certificate, QString* error) {
         *error = QStringLiteral("%1: it is too dark to balance its colours").arg(mosaic.file);
         return {};
     }
-    pictara::ColourSettings settings = verificationSettings();
-    settings.redGain = green / red;
-    settings.blueGain = green / blue;
+    pictara::ColourSettings const settings{.redGain = green / red,
+                                           .blueGain = green / blue,
+                                           .displayExponent = 0.45,
+                                           .contrast = 1,
+                                           .blackLift = 0.005};
     QImage picture;
     pictara::ColourPipeline(camera).render(mosaic.frame(), settings, picture);
-    certificate.facts.emplace_back(
-        "Shown with", QStringLiteral("black level %1 (%2) off, gains %3 red and %4 blue, no colour matrix, "
-                                     "display exponent %5, black lift %6 %")
-                          .arg(camera.blackLevel)
-                          .arg(mosaic.blackSource)
-                          .arg(settings.redGain, 0, 'f', 3)
-                          .arg(settings.blueGain, 0, 'f', 3)
-                          .arg(settings.displayExponent)
-                          .arg(100 * settings.blackLift));
+    shownWith = QStringLiteral("black level %1 (%2) off, gains %3 red and %4 blue, no colour matrix, display "
+                               "exponent %5")
+                    .arg(camera.blackLevel)
+                    .arg(mosaic.blackSource)
+                    .arg(settings.redGain, 0, 'f', 3)
+                    .arg(settings.blueGain, 0, 'f', 3)
+                    .arg(settings.displayExponent);
     return picture;
 }
 
-void tellBlocks(pictara::Evenness const& evenness, Certificate& certificate) {
-    QImage const& picture = evenness.picture;
+// The ring is as wide as the dialog's, so it goes into the picture as the page shows it.
+QImage marked(QImage const& picture, QRect const& worst) {
+    QImage shown = picture.scaledToWidth(std::min(picture.width(), kWidestShown), Qt::SmoothTransformation);
+    double const scale = double(shown.width()) / picture.width();
+    // A block's right and bottom do not belong to it.
+    QRect const inside = QTransform::fromScale(scale, scale).mapRect(worst.adjusted(0, 0, -1, -1));
+    shown.bits(); // no other picture's pixels
+    kestra::paintRing(frameOf(shown), inside.adjusted(0, 0, 1, 1), kRing);
+    return shown;
+}
+
+pictara::HeatMap mapOf(QImage const& picture, double worst) {
     auto const statistics = std::make_unique<CSbl>();
     statistics->measure(picture.constBits(), picture.width(), picture.height(), picture.bytesPerLine() / 4);
-    std::vector<double> deviations;
+    pictara::HeatMap map{.title = "Colour deviation of the blocks, a*b*",
+                         .unit = "",
+                         .columns = statistics->columns(),
+                         .values = {},
+                         .high = std::max(worst, 0.01)};
     for (int row = 0; row < statistics->rows(); ++row)
         for (int column = 0; column < statistics->columns(); ++column)
-            deviations.push_back(statistics->deviation(row, column));
-    certificate.maps.push_back({"Colour deviation of the blocks, a*b*", "", statistics->columns(), deviations,
-                                0, std::max(evenness.uniformity, 0.01)});
-    QJsonArray figures;
-    std::transform(deviations.begin(), deviations.end(), std::back_inserter(figures), pictara::rounded);
-    certificate.figures["columns"] = statistics->columns();
-    certificate.figures["deviations_ab"] = figures;
-
-    // The ring is as wide as the dialog's, so it goes into the picture as the page shows it.
-    QImage marked = picture.scaledToWidth(std::min(picture.width(), kWidestShown), Qt::SmoothTransformation);
-    double const scale = double(marked.width()) / picture.width();
-    QRect const worst = evenness.blocks.worstBlock;
-    QRect block;
-    block.setCoords(int(worst.left() * scale), int(worst.top() * scale), int(worst.right() * scale),
-                    int(worst.bottom() * scale));
-    marked.bits(); // no other picture's pixels
-    kestra::paintRing(frameOf(marked), block, kRing);
-    certificate.pictures.push_back({marked, "The worst block is marked", "rated.png"});
+            map.values.push_back(statistics->deviation(row, column));
+    return map;
 }
 } // namespace
 
-pictara::ColourSettings verificationSettings() {
-    return {.displayExponent = 0.45, .contrast = 1, .blackLift = 0.005};
-}
-
-pictara::Evenness evennessOf(QImage const& picture, double limit) {
-    pictara::Evenness evenness;
-    auto const uniformity = kestra::measureUniformity(frameOf(picture), 0);
-    // A grey's chroma differs a little with its lightness, by the white point of the figure.
-    evenness.uniformity = uniformity && !picture.isGrayscale() ? uniformity->value : 0;
-    evenness.limit = limit;
-    evenness.rating = evenness.uniformity <= limit                ? QStringLiteral("green")
-                      : evenness.uniformity <= limit + kTolerance ? QStringLiteral("yellow")
-                                                                  : QStringLiteral("red");
-    evenness.blocks.worstBlock = uniformity ? uniformity->worstBlock : QRect();
-    evenness.picture = picture;
-    return evenness;
-}
-
 std::optional<Certificate> ratePicture(RateRequest const& request, QString* error) {
-    Certificate certificate{"shading"};
-    certificate.facts.emplace_back("Picture", request.picture);
     auto const bytes = files::read(request.picture, kMostBytes, error);
     if (!bytes)
         return std::nullopt;
     bool const isRaw = request.coding.phase || request.coding.bare;
     QImage picture = isRaw ? QImage() : readShown(*bytes);
-    if (!picture.isNull())
-        certificate.facts.emplace_back("Shown with", "its own values, as sRGB");
-    else if (auto mosaic = readMosaic(request.picture, request.coding, error))
-        picture = develop(*std::move(mosaic), certificate, error);
+    QString shownWith = QStringLiteral("its own values, as sRGB");
+    if (picture.isNull())
+        if (auto mosaic = readMosaic(request.picture, request.coding, error))
+            picture = develop(*std::move(mosaic), shownWith, error);
     if (picture.isNull())
         return std::nullopt;
     bool const isGrey = picture.isGrayscale();
     picture = picture.convertToFormat(QImage::Format_RGB32);
-    pictara::Evenness const evenness = evennessOf(picture, request.limit);
-    QRect const worst = evenness.blocks.worstBlock; // its right and bottom do not belong to it
-    pictara::Verdict const verdict = pictara::verdictOf(evenness.rating);
-    certificate.judge(verdict);
-    certificate.result = textOf(verdict);
-    auto const shown = [](double value) { return QString::number(value, 'f', 2); };
-    certificate.tables.push_back(
-        {{},
-         {{"Quality", "measured", "limit", "verdict"},
-          {"Colour uniformity, a*b*", shown(evenness.uniformity), shown(evenness.limit), textOf(verdict)}}});
-    certificate.facts.emplace_back("Size",
-                                   QStringLiteral("%1 x %2").arg(picture.width()).arg(picture.height()));
+    auto const measured = kestra::measureUniformity(frameOf(picture), 0);
+    // A grey's chroma differs a little with its lightness, by the white point of the figure.
+    double const value = measured && !isGrey ? measured->value : 0;
+    pictara::Verdict const verdict = value <= request.limit                ? pictara::Verdict::Pass
+                                     : value <= request.limit + kTolerance ? pictara::Verdict::Marginal
+                                                                           : pictara::Verdict::Fail;
+    Certificate certificate{{}, textOf(verdict), {}, verdict};
+    certificate.tables.push_back({{},
+                                  {{"Quality", "measured", "limit", "verdict"},
+                                   {"Colour uniformity, a*b*", QString::number(value, 'f', 2),
+                                    QString::number(request.limit, 'f', 2), textOf(verdict)}}});
+    certificate.facts = {{"Picture", request.picture}, {"Shown with", shownWith}};
+    certificate.figures = {{"colour_deviation_ab", value},
+                           {"colour_deviation_limit_ab", request.limit},
+                           {"is_greyscale", isGrey}};
     if (isGrey)
         certificate.facts.emplace_back("Colour", "none: the picture is greyscale (a raw one takes --phase)");
-    else
-        certificate.facts.emplace_back("Worst block", QStringLiteral("columns %1 to %2, rows %3 to %4")
-                                                          .arg(worst.left())
-                                                          .arg(worst.right() - 1)
-                                                          .arg(worst.top())
-                                                          .arg(worst.bottom() - 1));
-    certificate.figures["picture"] = request.picture;
-    certificate.figures["colour_deviation_ab"] = evenness.uniformity;
-    certificate.figures["colour_deviation_limit_ab"] = evenness.limit;
-    certificate.figures["is_greyscale"] = isGrey;
+    if (isGrey || !measured)
+        return certificate;
+    QRect const worst = measured->worstBlock; // its right and bottom do not belong to it
+    certificate.facts.emplace_back("Worst block", QStringLiteral("columns %1 to %2, rows %3 to %4")
+                                                      .arg(worst.left())
+                                                      .arg(worst.right() - 1)
+                                                      .arg(worst.top())
+                                                      .arg(worst.bottom() - 1));
     certificate.figures["worst_block_pixels"] =
         QJsonArray{worst.left(), worst.top(), worst.right(), worst.bottom()};
-    if (!isGrey)
-        tellBlocks(evenness, certificate);
+    certificate.maps.push_back(mapOf(picture, value));
+    certificate.pictures.push_back({marked(picture, worst), "The worst block is marked", "rated.png"});
     return certificate;
 }
 } // namespace shading

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/host/report/evenness.h"
+#include "simulator/host/report/certificate.h"
 #include "tools/shading/mosaic.h"
 
 namespace shading {
@@ -16,9 +16,4 @@ struct RateRequest {
 /// Tells a picture's colour uniformity as the dialog measures and rates it, and where it is worst. Empty with
 /// the cause when there is no such picture.
 [[nodiscard]] std::optional<pictara::Certificate> ratePicture(RateRequest const& request, QString* error);
-
-/// How the host shows a picture while the dialog measures it, without gains.
-[[nodiscard]] pictara::ColourSettings verificationSettings();
-/// The dialog's figure of an RGB-32 picture, its rating and, of the blocks, the worst one.
-[[nodiscard]] pictara::Evenness evennessOf(QImage const& picture, double limit);
 } // namespace shading
