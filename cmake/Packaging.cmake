@@ -1,10 +1,12 @@
 # The archive that users unpack into the folder where the host looks for plug-ins: the plug-in, and beside it a folder of
 # its name with the guide and the list of the files.
 install(TARGETS KestraMfr RUNTIME DESTINATION . LIBRARY DESTINATION .)
-install(FILES docs/users-guide.md DESTINATION KestraMfr)
-file(STRINGS docs/users-guide.md pictures REGEX "\\]\\(images/")
-list(TRANSFORM pictures REPLACE ".*\\]\\((images/[^)]*)\\).*" "docs/\\1")
-install(FILES ${pictures} DESTINATION KestraMfr/images)
+foreach(guide IN ITEMS docs/users-guide.md docs/own-camera.md)
+    install(FILES ${guide} DESTINATION KestraMfr)
+    file(STRINGS ${guide} pictures REGEX "\\]\\(images/")
+    list(TRANSFORM pictures REPLACE ".*\\]\\((images/[^)]*)\\).*" "docs/\\1")
+    install(FILES ${pictures} DESTINATION KestraMfr/images)
+endforeach()
 install(SCRIPT cmake/write_file_list.cmake)
 
 set(CPACK_PACKAGE_VENDOR "KestraMfr")
