@@ -4,6 +4,7 @@
 #include "simulator/pictures/block_report.h"
 #include "tests/support/small_profile.h"
 #include "tools/headboard-image/edits.h"
+#include "tools/shading/camera_measurement.h"
 #include "tools/shading/command_line.h"
 #include "tools/shading/rate.h"
 #include "tools/shading/solve.h"
@@ -12,45 +13,34 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <cmath>
 
 namespace shading {
 namespace {
 using pictara::Certificate;
+using simulator::MeasuredShading;
 using simulator::SimulatedCamera;
 
 constexpr char kQuiet[] =
     R"(, "readOut": {"electronsPerCount": 100})"; // a sensor that is nearly without noise
 
-/// A lens that lets that much less light through to its corners, and less still of red.
-QByteArray tableOf(double dimming) {
-    constexpr int kColumns = 32, kRows = 18;
-    QJsonArray lights;
-    for (double const kelvin : {2856.0, 4000.0, 6500.0}) {
-        QJsonArray planes[3];
-        for (int i = 0; i < 3 * kColumns * kRows; ++i) {
-            int const colour = i % 3, column = i / 3 % kColumns, row = i / 3 / kColumns;
-            double const u = (column + 0.5) / kColumns * 2 - 1, v = (row + 0.5) / kRows * 2 - 1;
-            double const share = dimming * (colour == 0 ? 1 + kelvin / 24000 : 1);
-            planes[colour].append(1 / (1 - share * (u * u + v * v) / 2));
-        }
-        lights.append(QJsonObject{
-            {"colour_temperature_K", kelvin}, {"red", planes[0]}, {"green", planes[1]}, {"blue", planes[2]}});
-    }
-    QJsonObject const table{{"format", "shading-gains-1"},
-                            {"name", "lens"},
-                            {"columns", kColumns},
-                            {"rows", kRows},
-                            {"illuminants", lights}};
-    return QJsonDocument(table).toJson();
-}
-
 struct ShadingTool : testing::Test, TestFiles {
-    [[nodiscard]] std::optional<Certificate> solve(QString const& table, QString const& sensor,
-                                                   int falloff = 100) {
-        exitCode = kDone;
-        return solveTable({table, sensor, path("results.ini"), falloff}, &exitCode, &error);
+    /// The table is of a lens that lets half as much light through to its corners, and less still of red.
+    ShadingTool() {
+        MeasuredShading shading{.name = "lens", .columns = 32, .rows = 18, .illuminants = {}};
+        for (double const kelvin : kStandardLights) {
+            shading.illuminants.push_back({kelvin, {}});
+            for (int i = 0; i < 3 * 32 * 18; ++i) {
+                double const u = (i / 3 % 32 + 0.5) / 16 - 1, v = (i / 96 + 0.5) / 9 - 1;
+                double const share = i % 3 == 0 ? 0.5 + kelvin / 48000 : 0.5;
+                shading.illuminants.back().gains[size_t(i % 3)].push_back(1 /
+                                                                          (1 - share * (u * u + v * v) / 2));
+            }
+        }
+        EXPECT_TRUE(TableFile{lens}.write(shading, &error)) << qPrintable(error);
+    }
+    [[nodiscard]] std::optional<Certificate> solve(QString const& sensor, int falloff = 100) {
+        return solveTable({lens, sensor, path("results.ini"), falloff}, &exitCode, &error);
     }
     /// The results file as a record of an EEPROM's image, behind a serial number if there is one.
     [[nodiscard]] QString import(QString const& image, QByteArray const& serial,
@@ -71,6 +61,7 @@ struct ShadingTool : testing::Test, TestFiles {
         return image;
     }
 
+    QString const lens = path("lens.json");
     int exitCode = kDone;
     QString error;
 };
@@ -78,13 +69,12 @@ struct ShadingTool : testing::Test, TestFiles {
 // Every way in which frames are coded, turned, and corrected by one table or three. The camera that starts up
 // from the imported record shows the lens as even as was foretold.
 TEST_F(ShadingTool, SolvesALensForEverySensorAndWritesWhatACameraReplays) {
-    QString const table = write("lens.json", tableOf(0.5));
     for (char const* const base :
          {"polynomial", "polynomial-rotated", "ycbcr", "soc-rgb-16", "adaptive-72", "automatic-76"}) {
         SCOPED_TRACE(base);
         // Of samples that the sensor rounds to 8 bits, only many have a true mean.
         QString const sensor = base[0] == 'y' ? QString(base) : smallProfile(base, kQuiet);
-        auto const solved = solve(table, sensor);
+        auto const solved = solve(sensor);
         ASSERT_TRUE(solved) << qPrintable(error);
         QJsonObject const left = solved->figures["solution"].toObject();
         EXPECT_LT(left["left_colour_largest_ab"].toDouble(), 0.5);
@@ -92,7 +82,7 @@ TEST_F(ShadingTool, SolvesALensForEverySensorAndWritesWhatACameraReplays) {
         EXPECT_NEAR(left["corner_gain"].toDouble(), base[0] == 'a' ? 2.8 : 2.4, 0.3);
 
         auto const camera = SimulatedCamera::open(sensor, &error);
-        ASSERT_TRUE(camera && camera->useMeasuredShading(table, &error)) << qPrintable(error);
+        ASSERT_TRUE(camera && camera->useMeasuredShading(lens, &error)) << qPrintable(error);
         camera->setLight({.colourTemperature = 4000, .level = 2});
         auto const unevenness = [&] {
             return pictara::measureBlocks(camera->grab(), camera->description(), {}).largestAgainstMedian;
@@ -109,7 +99,7 @@ TEST_F(ShadingTool, SolvesALensForEverySensorAndWritesWhatACameraReplays) {
 
 // The corners' gain is that of the light that they lack, and costs as many decibels.
 TEST_F(ShadingTool, TellsWhatEachFalloffCostsAndWritesTheOneAskedFor) {
-    auto const solved = solve(write("lens.json", tableOf(0.5)), smallProfile("polynomial", kQuiet), 70);
+    auto const solved = solve(smallProfile("polynomial", kQuiet), 70);
     ASSERT_TRUE(solved) << qPrintable(error);
     QJsonArray const falloffs = solved->figures["falloffs"].toArray();
     ASSERT_EQ(falloffs.size(), 6);
@@ -123,20 +113,17 @@ TEST_F(ShadingTool, TellsWhatEachFalloffCostsAndWritesTheOneAskedFor) {
 }
 
 TEST_F(ShadingTool, LeavesNoFileOfATableThatCannotBeSolved) {
-    QByteArray const lens = tableOf(0.5);
+    QByteArray const table = files::read(lens, files::kMostText, &error).value();
     QString const sensor = smallProfile(),
                   other = writeChangedProfile(folder.path(), "polynomial-mild",
                                               R"(, "array": {"width": 480, "height": 270})");
-    struct {
-        QByteArray table;
-        QString sensor;
-        int code;
-    } const rows[] = {{QByteArray(lens).replace("4000", "NaN"), sensor, kUnusable},
-                      {QByteArray(lens).replace("\"columns\": 32", "\"columns\": 31"), sensor, kUnusable},
-                      {lens, other, kNothingFound}}; // in a mode of which its data do not tell
-    for (auto const& [table, profile, code] : rows) {
+    std::tuple<QByteArray, QString, int> const rows[] = {
+        {QByteArray(table).replace(":4000", ":NaN"), sensor, kUnusable},
+        {QByteArray(table).replace("\"columns\":32", "\"columns\":31"), sensor, kUnusable},
+        {table, other, kNothingFound}}; // in a mode of which its data do not tell
+    for (auto const& [text, profile, code] : rows) {
         Outcome const outcome =
-            runCommandLine({"shading", "solve", write("table.json", table), "--sensor", profile, "-o",
+            runCommandLine({"shading", "solve", write("table.json", text), "--sensor", profile, "-o",
                             path("results.ini"), "--page", path("page.html")});
         EXPECT_EQ(outcome.exitCode, code);
         EXPECT_TRUE(outcome.complaint.contains("table.json: ") && !outcome.complaint.contains('\n'))
@@ -152,7 +139,7 @@ TEST_F(ShadingTool, LeavesNoFileOfATableThatCannotBeSolved) {
 /// Thirty units of one sensor, SN1 to SN30, by results files.
 struct Units : ShadingTool {
     Units() {
-        EXPECT_TRUE(solve(write("lens.json", tableOf(0.5)), sensor)) << qPrintable(error);
+        EXPECT_TRUE(solve(sensor)) << qPrintable(error);
         EXPECT_TRUE(QDir(folder.path()).mkdir("units"));
         spread(1);
     }
@@ -222,6 +209,12 @@ TEST_F(ShadingTool, RatesAPictureByItsWorstBlock) {
     };
     auto const grey = rate("grey.png");
     ASSERT_TRUE(grey) << qPrintable(error);
+    // What is cut off is told by the error alone.
+    testing::internal::CaptureStderr();
+    QByteArray const bytes = files::read(path("grey.png"), files::kMostText, &error).value();
+    EXPECT_FALSE(ratePicture({write("cut.png", bytes.left(bytes.size() * 2 / 3)), {}}, &error));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(error.contains("cut.png: "));
     EXPECT_EQ(grey->figures["colour_deviation_ab"].toDouble(-1), 0);
     EXPECT_TRUE(certificateText(*grey).contains("greyscale"));
     for (int i = 0; i < 100; ++i)

@@ -38,18 +38,11 @@ using Figures = Eigen::Array<double, kCount, 1>;
 /// A unit under one lamp.
 struct Unit {
     QString serial, file;
-    uint32_t slot = 0;
-    Figures figures{};
-    double distance = 0; ///< of its oddest figure
-    int oddest = 0;
-
-    [[nodiscard]] bool fallsOut() const { return distance > kMostDistance; }
+    Figures figures;
 };
 
 // The lamp that a slot's table is made for; the base is for all.
 constexpr char const* kLamps[] = {"any", "", "incandescent", "fluorescent", "daylight"};
-
-QString shown(double value) { return QString::number(value, 'f', 3); }
 
 // Green's gain in the corners, and how far the ratio of two planes' gains goes over centre and corners.
 Figures figuresOf(Gain const& gain) {
@@ -64,7 +57,7 @@ Figures figuresOf(Gain const& gain) {
         against.col(i) = at(i & 1, i >> 1) / at(0.5, 0.5);
     Eigen::Array3d const spread = 100 * (against.rowwise().maxCoeff() - against.rowwise().minCoeff());
     Figures figures;
-    figures << against.row(0).head(kCorners).transpose(), spread(1), spread(2);
+    figures << against.row(0).head<kCorners>().transpose(), spread(1), spread(2);
     return figures.isFinite().select(figures, 0); // a gain may be none
 }
 
@@ -109,100 +102,72 @@ bool readImage(QString const& name, simulator::SimulatedCamera& camera, Register
     return shading.fault.isEmpty();
 }
 
-// A unit for each lamp; none with the cause for a file without a correction of the sensor.
-std::vector<Unit> readUnit(QFileInfo const& file, simulator::SimulatedCamera& camera,
-                           SensorLayout const& layout, QString* error) {
-    QString serial = file.completeBaseName();
-    RegisterValues values;
-    if (!(isResults(file) ? readResults(file.filePath(), layout, values, error)
-                          : readImage(file.filePath(), camera, values, serial, error)))
-        return {};
-    std::vector<Unit> units;
-    for (auto const& [slot, gain] : gainsIn(layout, values))
-        units.push_back({serial, file.fileName(), slot, figuresOf(gain)});
-    if (units.empty())
-        *error = QStringLiteral("%1: it holds no whole correction of the sensor").arg(file.filePath());
-    return units;
+// The registers and, where an image tells it, the serial number of a file. False with the cause.
+bool readUnit(QFileInfo const& file, simulator::SimulatedCamera& camera, SensorLayout const& layout,
+              RegisterValues& values, QString& serial, QString* error) {
+    return isResults(file) ? readResults(file.filePath(), layout, values, error)
+                           : readImage(file.filePath(), camera, values, serial, error);
 }
 
-/// Where the figures of all units lie under one lamp.
-struct Spread {
-    Figures medians{}, sigmas{}; ///< the median absolute deviations, scaled as standard deviations
-};
-
-// The distance from the median in scaled median absolute deviations (Iglewicz and Hoaglin 1993).
-Spread rate(std::vector<Unit*> const& units) {
-    Spread spread;
+// Adds the units under one lamp to what is told, and the serial numbers of those that fall out: by their
+// distance from the median in scaled median absolute deviations (Iglewicz and Hoaglin 1993).
+void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate& certificate,
+               QJsonArray& told, std::set<QString>& fallen) {
+    Figures medians, sigmas;
     for (int i = 0; i < kCount; ++i) {
         std::vector<double> values;
-        for (Unit const* const unit : units)
-            values.push_back(unit->figures(i));
-        double const median = spread.medians(i) = solver::median(values);
+        for (Unit const& unit : units)
+            values.push_back(unit.figures(i));
+        double const median = medians(i) = solver::median(values);
         for (double& value : values)
             value = std::abs(value - median);
-        spread.sigmas(i) = std::max(kSigmaPerMad * solver::median(values),
-                                    i < kCorners ? kLeastSigma / 100 * median : kLeastSigma);
+        sigmas(i) = std::max(kSigmaPerMad * solver::median(values),
+                             i < kCorners ? kLeastSigma / 100 * median : kLeastSigma);
     }
-    for (Unit* const unit : units)
-        if (units.size() >= kFewestUnits)
-            unit->distance = ((unit->figures - spread.medians).abs() / spread.sigmas).maxCoeff(&unit->oddest);
-    return spread;
-}
-
-void tellTrend(std::vector<Unit*> const& units, Spread const& spread, QString const& lamp,
-               Certificate& certificate) {
-    pictara::ProfileChart chart{
-        lamp + "_lamp_percent",
-        QStringLiteral("Corner gain against the median, and colour spread, %, lamp: ") + lamp,
-        {{"corner gain", "luminance", {}}, {"R/G", "red-green", {}}, {"B/G", "blue-green", {}}},
-        "% of the units, by serial number"};
-    for (Unit const* const unit : units) {
-        double const gain = unit->figures.head(kCorners).mean() / spread.medians.head(kCorners).mean();
-        chart.lines[0].values.push_back(100 * (gain - 1));
-        chart.lines[1].values.push_back(unit->figures(kCorners));
-        chart.lines[2].values.push_back(unit->figures(kCorners + 1));
-    }
-    certificate.profiles.push_back(chart);
-}
-
-void tellTable(std::vector<Unit> const& units, std::map<uint32_t, Spread> const& spreads,
-               Certificate& certificate) {
-    pictara::Table table{"Green's gain in the corners against the centre, and colour spread of the gains",
-                         {{"serial number", "file", "lamp"}}};
+    pictara::Table table{"Green's gain in the corners against the centre, and colour spread; lamp: " + lamp,
+                         {{"serial number", "file"}}};
     for (FigureColumn const& column : kFigures)
         table.rows[0] << column.name;
-    auto const add = [&](QString const& serial, QString const& file, uint32_t slot, Figures const& figures) {
-        table.rows.push_back({serial, file, kLamps[slot]});
-        for (double const figure : figures)
-            table.rows.back() << shown(figure);
+    auto const shown = [](double value) { return QString::number(value, 'f', 3); };
+    auto const add = [&](QString const& serial, QString const& file, Figures const& figures) {
+        table.rows.push_back({serial, file});
+        std::transform(figures.begin(), figures.end(), std::back_inserter(table.rows.back()), shown);
     };
-    for (auto const& [slot, spread] : spreads) {
-        add("median", "", slot, spread.medians);
-        add("scaled deviation", "", slot, spread.sigmas);
-    }
-    QJsonArray told;
-    QStringList out;
+    add("median", "", medians);
+    add("scaled deviation", "", sigmas);
+    pictara::ProfileChart chart{
+        lamp + "_lamp_percent",
+        "Corner gain against the median, and colour spread, %; lamp: " + lamp,
+        {{"corner gain", "luminance", {}}, {"R/G", "red-green", {}}, {"B/G", "blue-green", {}}},
+        "% of the units, by serial number"};
     for (Unit const& unit : units) {
-        add(unit.serial, unit.file, unit.slot, unit.figures);
-        if (unit.fallsOut())
-            out << QStringLiteral("%1 (lamp: %2): %3 is %4, median %5, %6 scaled deviations off")
-                       .arg(unit.serial, kLamps[unit.slot], kFigures[unit.oddest].name,
-                            shown(unit.figures(unit.oddest)),
-                            shown(spreads.at(unit.slot).medians(unit.oddest)),
-                            QString::number(unit.distance, 'f', 1));
+        int odd = 0; // the oddest figure
+        double const distance =
+            units.size() < kFewestUnits ? 0 : ((unit.figures - medians).abs() / sigmas).maxCoeff(&odd);
+        bool const fallsOut = distance > kMostDistance;
+        add(unit.serial, unit.file, unit.figures);
+        chart.lines[0].values.push_back(
+            100 * (unit.figures.head<kCorners>().mean() / medians.head<kCorners>().mean() - 1));
+        chart.lines[1].values.push_back(unit.figures(kCorners));
+        chart.lines[2].values.push_back(unit.figures(kCorners + 1));
         QJsonObject figures{{"serial_number", unit.serial},
                             {"file", unit.file},
-                            {"lamp", kLamps[unit.slot]},
-                            {"distance", pictara::rounded(unit.distance)},
-                            {"falls_out", unit.fallsOut()}};
+                            {"lamp", lamp},
+                            {"distance", pictara::rounded(distance)},
+                            {"falls_out", fallsOut}};
         for (int i = 0; i < kCount; ++i)
             figures[kFigures[i].key] = pictara::rounded(unit.figures(i));
         told.append(figures);
+        if (!fallsOut)
+            continue;
+        fallen.insert(unit.serial);
+        certificate.cause +=
+            QStringLiteral("%1%2 (lamp: %3): %4 is %5, median %6, %7 scaled deviations off")
+                .arg(certificate.cause.isEmpty() ? "" : "; ", unit.serial, lamp, kFigures[odd].name,
+                     shown(unit.figures(odd)), shown(medians(odd)), QString::number(distance, 'f', 1));
     }
-    certificate.cause = out.join("; ");
-    if (!units.empty())
-        certificate.tables.push_back(table);
-    certificate.figures["units"] = told;
+    certificate.tables.push_back(table);
+    certificate.profiles.push_back(chart);
 }
 } // namespace
 
@@ -216,41 +181,37 @@ std::optional<Certificate> tellUnits(UnitsRequest const& request, int* exitCode,
     auto const layout = camera ? layoutOf(*camera, error) : std::nullopt;
     if (!layout)
         return std::nullopt;
-    std::vector<Unit> units;
+    std::map<uint32_t, std::vector<Unit>> byLamp;
     pictara::Table unusable{"Files that cannot be used", {{"file", "cause"}}};
+    std::set<QString> serials, fallen;
     for (QFileInfo const& file : folder.entryInfoList(QDir::Files, QDir::Name)) {
-        bool const isImage = file.size() == kImageSize || file.suffix() == QLatin1String("bin") ||
-                             file.suffix() == QLatin1String("eeprom");
-        if (!isImage && !isResults(file))
+        if (!isResults(file) && file.size() != kImageSize && file.suffix() != QLatin1String("bin"))
             continue;
-        QString cause;
-        std::vector<Unit> const read = readUnit(file, *camera, *layout, &cause);
-        units.insert(units.end(), read.begin(), read.end());
-        if (read.empty())
+        QString cause = file.filePath() + QLatin1String(": it holds no whole correction of the sensor");
+        QString serial = file.completeBaseName();
+        RegisterValues values;
+        std::map<uint32_t, Gain> gains;
+        if (readUnit(file, *camera, *layout, values, serial, &cause))
+            gains = gainsIn(*layout, values);
+        for (auto const& [slot, gain] : gains)
+            byLamp[slot].push_back({serial, file.fileName(), figuresOf(gain)});
+        if (gains.empty())
             unusable.rows.push_back({file.fileName(), cause});
+        else
+            serials.insert(serial);
     }
     QCollator order{QLocale(QLocale::English)}; // that of C knows no numbers
     order.setNumericMode(true);
-    std::stable_sort(units.begin(), units.end(),
-                     [&](Unit const& a, Unit const& b) { return order.compare(a.serial, b.serial) < 0; });
-    std::map<uint32_t, std::vector<Unit*>> byLamp;
-    std::set<QString> serials, fallen;
-    for (Unit& unit : units) {
-        byLamp[unit.slot].push_back(&unit);
-        serials.insert(unit.serial);
-    }
     Certificate certificate;
-    std::map<uint32_t, Spread> spreads;
-    for (auto const& [slot, ofLamp] : byLamp) {
-        spreads[slot] = rate(ofLamp);
-        tellTrend(ofLamp, spreads[slot], kLamps[slot], certificate);
+    QJsonArray told;
+    for (auto& [slot, units] : byLamp) {
+        std::stable_sort(units.begin(), units.end(),
+                         [&](Unit const& a, Unit const& b) { return order.compare(a.serial, b.serial) < 0; });
+        tellUnits(units, kLamps[slot], certificate, told, fallen);
     }
-    tellTable(units, spreads, certificate);
     if (unusable.rows.size() > 1)
         certificate.tables.push_back(unusable);
-    for (Unit const& unit : units)
-        if (unit.fallsOut())
-            fallen.insert(unit.serial);
+    certificate.figures["units"] = told;
     size_t const count = serials.size();
     certificate.result = count == 0             ? QStringLiteral("no units")
                          : count < kFewestUnits ? QStringLiteral("too few to compare")
