@@ -37,6 +37,14 @@ double meanOfCorners(std::vector<double> const& values, int columns) {
     return (values[0] + values[width - 1] + values[last - (width - 1)] + values[last]) / 4;
 }
 
+// How many percent each block's luminance lies above the target.
+std::vector<double> luminanceResidual(BlockReport const& blocks, QSize size, double falloff) {
+    std::vector<double> residual = targetOf(blocks, size, falloff);
+    for (size_t i = 0; i < residual.size(); ++i)
+        residual[i] = percentAbove(luminance(blocks.means[i]), blocks.centreLuminance * residual[i]);
+    return residual;
+}
+
 // How many percent each block's ratio of a channel (0 red, 2 blue) to green lies above the mean of all.
 std::vector<double> ratioResidual(BlockReport const& blocks, size_t channel) {
     std::vector<double> ratios;
@@ -110,13 +118,6 @@ QString shown(double value) { return QString::number(value, 'f', 2); }
 
 constexpr double kLeastEnd = 0.01; // percent; what is flat must not be shown as a mountain of rounding
 } // namespace
-
-std::vector<double> luminanceResidual(BlockReport const& blocks, QSize size, double falloff) {
-    std::vector<double> residual = targetOf(blocks, size, falloff);
-    for (size_t i = 0; i < residual.size(); ++i)
-        residual[i] = percentAbove(luminance(blocks.means[i]), blocks.centreLuminance * residual[i]);
-    return residual;
-}
 
 Verdict verdictOf(QString const& rating) {
     return rating == QLatin1String("green")    ? Verdict::Pass

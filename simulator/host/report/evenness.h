@@ -34,10 +34,6 @@ struct LuminanceTarget {
     double limit = 0;              ///< percent off the target
 };
 
-/// How many percent each block's luminance lies above its target in a picture of that size: 1 in the centre,
-/// `falloff` in the corners, and between them with the square of the radius.
-[[nodiscard]] std::vector<double> luminanceResidual(BlockReport const& blocks, QSize size, double falloff);
-
 /// Tells how far the dialog's figure of one frame goes with its noise: of frames that differ in nothing else.
 void tellRepeatability(std::vector<double> const& figures, Certificate& certificate);
 
