@@ -129,9 +129,10 @@ QByteArray flatField(simulator::SimulatedCamera& camera, double kelvin) {
     return {reinterpret_cast<char const*>(picture.constBits()), int(picture.sizeInBytes())};
 }
 
-/// What a lens and a sensor's gains leave of a flat field that is grey in the centre, row by row.
+/// What a solution costs and leaves of a flat field that is grey in the centre.
 struct Left {
-    Eigen::ArrayXd colour, luminance; ///< a*b* off grey, and percent off the target
+    Figures figures;
+    std::vector<double> colour; ///< a*b* off grey, row by row
 };
 
 Left leftOf(MeasuredShading const& table, double kelvin, CameraDescription const& told, Gain const& gain,
@@ -149,7 +150,7 @@ Left leftOf(MeasuredShading const& table, double kelvin, CameraDescription const
                 cells[y * grid.width + x][colour] =
                     double(row[x]) * gain(kColours[colour], along(x, grid.width), along(y, grid.height));
         }
-    Left left{Eigen::ArrayXd(cells.size()), Eigen::ArrayXd(cells.size())};
+    Eigen::ArrayXd colour(cells.size()), luminance(cells.size()); // percent off the target
     Colour const centre = cells[cells.size() / 2];
     for (uint32_t i = 0; i < cells.size(); ++i) {
         Colour shown{};
@@ -160,21 +161,17 @@ Left leftOf(MeasuredShading const& table, double kelvin, CameraDescription const
         double const radius = 2 * std::hypot(u, v) / std::hypot(told.width, told.height);
         double const target = kMiddle * (1 - (1 - falloffPercent / 100.0) * radius * radius);
         auto const [a, b] = pictara::colourAxes(shown);
-        left.colour(i) = std::hypot(a, b);
-        left.luminance(i) = 100 * (pictara::luminance(shown) / target - 1);
+        colour(i) = std::hypot(a, b);
+        luminance(i) = 100 * (pictara::luminance(shown) / target - 1);
     }
-    return left;
-}
-
-Figures figuresOf(Left const& left, Gain const& gain) {
     double corner = 0;
     for (Plane const plane : {Plane::GreenRed, Plane::Red, Plane::Blue, Plane::GreenBlue})
-        for (int i = 0; i < 4; ++i)
-            corner = std::max(corner, gain(plane, i & 1, i >> 1));
+        for (int k = 0; k < 4; ++k)
+            corner = std::max(corner, gain(plane, k & 1, k >> 1));
     Figures figures;
-    figures << corner, 20 * std::log10(corner), left.colour.maxCoeff(), left.colour.mean(),
-        left.luminance.abs().maxCoeff(), left.luminance.abs().mean();
-    return figures;
+    figures << corner, 20 * std::log10(corner), colour.maxCoeff(), colour.mean(), luminance.abs().maxCoeff(),
+        luminance.abs().mean();
+    return {figures, {colour.begin(), colour.end()}};
 }
 
 // Scripts get all coefficients, the nearest to its limit first.
@@ -252,15 +249,11 @@ std::optional<Certificate> solveTable(SolveRequest const& request, int* exitCode
         Figures most = Figures::Zero(); // of all lamps
         for (Lamp const& lamp : lamps) {
             Left const left = leftOf(*table, lamp.kelvin, told, gains[lamp.slot], falloffs[i]);
-            Figures const here = figuresOf(left, gains[lamp.slot]);
-            most = most.max(here);
+            most = most.max(left.figures);
             if (isWritten)
-                certificate.maps.push_back({QStringLiteral("Colour left at %1 K, a*b*").arg(lamp.kelvin),
-                                            "",
-                                            int(kAcross),
-                                            {left.colour.begin(), left.colour.end()},
-                                            0,
-                                            std::max(here[2], 0.01)});
+                certificate.maps.push_back({QStringLiteral("Colour left at %1 K, a*b*").arg(lamp.kelvin), "",
+                                            kAcross, left.colour, 0,
+                                            std::max(pictara::largestOf(left.colour), 0.01)});
         }
         QJsonObject object{{"falloff_percent", falloffs[i]}};
         QStringList row(QString::number(falloffs[i]) + (isWritten ? " in the file" : ""));
