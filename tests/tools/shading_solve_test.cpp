@@ -6,9 +6,8 @@
 #include "tools/headboard-image/edits.h"
 #include "tools/shading/camera_measurement.h"
 #include "tools/shading/command_line.h"
-#include "tools/shading/rate.h"
-#include "tools/shading/solve.h"
-#include "tools/shading/units.h"
+#include "tools/shading/commands.h"
+#include "tools/shading/tables.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -37,10 +36,12 @@ struct ShadingTool : testing::Test, TestFiles {
                                                                           (1 - share * (u * u + v * v) / 2));
             }
         }
-        EXPECT_TRUE(TableFile{lens}.write(shading, &error)) << qPrintable(error);
+        EXPECT_TRUE(writeTable({lens, shading}, {}, &error)) << qPrintable(error);
     }
-    [[nodiscard]] std::optional<Certificate> solve(QString const& sensor, int falloff = 100) {
-        return solveTable({lens, sensor, path("results.ini"), falloff}, &exitCode, &error);
+    [[nodiscard]] std::optional<Certificate> solve(QString const& sensor, double falloff = 100) {
+        return shading::solve(
+            {.files = {lens}, .output = path("results.ini"), .sensor = sensor, .falloff = falloff}, &exitCode,
+            &error);
     }
     /// The results file as a record of an EEPROM's image, behind a serial number if there is one.
     [[nodiscard]] QString import(QString const& image, QByteArray const& serial,
@@ -132,8 +133,8 @@ TEST_F(ShadingTool, LeavesNoFileOfATableThatCannotBeSolved) {
     }
     for (QStringList const& command :
          {QStringList{"solve", "table.json", "-o", "results.ini"}, {"units", "."}})
-        EXPECT_TRUE(
-            runCommandLine(QStringList("shading") + command).complaint.startsWith("--sensor is needed: "));
+        EXPECT_TRUE(runCommandLine(QStringList("shading") + command)
+                        .complaint.startsWith("--sensor PROFILE is needed"));
 }
 
 /// Thirty units of one sensor, SN1 to SN30, by results files.
@@ -157,7 +158,7 @@ struct Units : ShadingTool {
     }
     /// The serial numbers that fall out.
     [[nodiscard]] QStringList odd() {
-        auto const told = tellUnits({path("units"), sensor}, &exitCode, &error);
+        auto const told = units({.files = {path("units")}, .sensor = sensor}, &exitCode, &error);
         QStringList serials;
         for (QJsonValue const unit : told ? told->figures["units"].toArray() : QJsonArray()) {
             all << unit["serial_number"].toString();
@@ -196,7 +197,7 @@ TEST_F(Units, AreReadFromImagesBesideFilesThatAreNone) {
     EXPECT_EQ(all.value(2), "SN2.5");
     EXPECT_EQ(unusable, 3);
     EXPECT_EQ(exitCode, kDone);
-    EXPECT_TRUE(tellUnits({folder.path(), smallProfile("adaptive-72")}, &exitCode, &error));
+    EXPECT_TRUE(units({.files = {folder.path()}, .sensor = smallProfile("adaptive-72")}, &exitCode, &error));
     EXPECT_EQ(exitCode, kNothingFound);
 }
 
@@ -205,14 +206,15 @@ TEST_F(ShadingTool, RatesAPictureByItsWorstBlock) {
     picture.fill(qRgb(128, 128, 128));
     auto const rate = [&](char const* name, Coding const& coding = {}) {
         EXPECT_TRUE(picture.save(path(name)));
-        return ratePicture({path(name), coding}, &error);
+        return shading::rate({.files = {path(name)}, .coding = coding}, &exitCode, &error);
     };
     auto const grey = rate("grey.png");
     ASSERT_TRUE(grey) << qPrintable(error);
     // What is cut off is told by the error alone.
     testing::internal::CaptureStderr();
     QByteArray const bytes = files::read(path("grey.png"), files::kMostText, &error).value();
-    EXPECT_FALSE(ratePicture({write("cut.png", bytes.left(bytes.size() * 2 / 3)), {}}, &error));
+    EXPECT_FALSE(
+        shading::rate({.files = {write("cut.png", bytes.left(bytes.size() * 2 / 3))}}, &exitCode, &error));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_TRUE(error.contains("cut.png: "));
     EXPECT_EQ(grey->figures["colour_deviation_ab"].toDouble(-1), 0);

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "simulator/host/report/certificate.h"
-#include "tools/shading/table_file.h"
+#include "simulator/camera/optics.h"
+#include "simulator/camera/simulated_camera.h"
 
 #include <array>
+#include <optional>
 #include <vector>
 
 namespace shading {
@@ -21,17 +22,4 @@ void expose(simulator::SimulatedCamera& camera);
 /// interruption.
 [[nodiscard]] std::optional<simulator::MeasuredShading>
 measureShading(simulator::SimulatedCamera& camera, std::vector<double> const& lights, QString* error);
-
-struct CameraRequest {
-    QString profile;
-    QString shadingFile{};          ///< of a lens that is put before the sensor; empty: its own
-    std::optional<double> kelvin{}; ///< none: the standard lights
-    double level = 1;               ///< of the lamp
-    TableFile table{};
-};
-
-/// Measures a simulated camera and writes the table. Empty with a message for the user; `exitCode` tells when
-/// its pictures show nothing to be measured.
-[[nodiscard]] std::optional<pictara::Certificate> measureCamera(CameraRequest const& request, int* exitCode,
-                                                                QString* error);
 } // namespace shading

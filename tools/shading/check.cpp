@@ -1,18 +1,15 @@
-#include "tools/shading/check.h"
-
 #include "tools/shading/command_line.h"
+#include "tools/shading/commands.h"
 #include "tools/shading/picture_means.h"
+#include "tools/shading/telling.h"
 
-#include <QJsonArray>
 #include <algorithm>
 #include <cmath>
 
 namespace shading {
 namespace {
 using pictara::Certificate;
-using pictara::rounded;
 using pictara::Verdict;
-using simulator::kPlaneKeys;
 using simulator::Plane;
 using solver::Flaw;
 
@@ -32,8 +29,6 @@ constexpr struct {
 };
 static_assert(std::size(kFlaws) == size_t(Flaw::UnevenLamp) + 1);
 
-QString percentText(double percent) { return QString::number(percent, 'f', std::abs(percent) < 1 ? 2 : 1); }
-
 // How much brighter one border is than the other, of a plane through the brightness; percent of its mean.
 double gradientAlong(Eigen::ArrayXd const& place, Eigen::ArrayXd const& brightness) {
     Eigen::ArrayXd const off = place - place.mean();
@@ -41,90 +36,70 @@ double gradientAlong(Eigen::ArrayXd const& place, Eigen::ArrayXd const& brightne
     return mean > 0 ? 200 * (brightness * off).sum() / off.square().sum() / mean : 0;
 }
 
-// A row of a table and an object of the same figures.
-struct Figures {
-    QStringList row;
-    QJsonObject object;
+constexpr Column kPictureColumns[] = {{"file", "picture"},
+                                      {"flaw", "flaw"},
+                                      {"noise_of_a_sample_percent", "noise of a sample %", 2},
+                                      {"noise_of_a_block_percent", "of a block %", 2},
+                                      {"gradient_left_right_percent", "left to right %", 1},
+                                      {"gradient_top_bottom_percent", "top to bottom %", 1},
+                                      {"cause", nullptr},
+                                      {"remedy", nullptr},
+                                      {"refused", nullptr},
+                                      {"specks", nullptr},
+                                      {"black_level_told_by", nullptr}};
+constexpr Column kPlaneColumns[] = {{"file", "picture"},
+                                    {"plane", "plane"},
+                                    {"black_level_counts", "black level"},
+                                    {"brightest_percent", "brightest %", 1},
+                                    {"darkest_percent", "darkest %", 1},
+                                    {"clipped_percent", "clipped %", 2}};
 
-    void add(char const* key, double value) {
-        row << percentText(value);
-        object[QLatin1String(key)] = rounded(value);
-    }
-};
-
-QJsonObject tellPicture(PictureMeans const& picture, pictara::Table& summary, Certificate& certificate) {
-    solver::Inspection const& seen = picture.inspection;
-    auto const& planes = picture.blocks.planes;
-    Eigen::ArrayXd const green = 0.5 * (planes[Plane::GreenRed].mean + planes[Plane::GreenBlue].mean);
-    Figures told{{picture.file, textOf(seen.flaw == Flaw::None ? Verdict::Pass : Verdict::Fail)}, {}};
-    told.add("noise_of_a_sample_percent", 100 * picture.noise);
-    // A plane has a quarter of a block's pixels.
-    told.add("noise_of_a_block_percent", 100 * picture.noise * std::sqrt(4.0 * double(green.size())) /
-                                             std::sqrt(double(picture.width) * picture.height));
-    told.add("gradient_left_right_percent", gradientAlong(planes[Plane::GreenRed].u, green));
-    told.add("gradient_top_bottom_percent", gradientAlong(planes[Plane::GreenRed].v, green));
-    summary.rows.push_back(told.row);
-
-    pictara::Table table{picture.file, {{"plane", "black level", "brightest %", "darkest %", "clipped %"}}};
-    QJsonArray figures;
-    for (size_t plane = 0; plane < simulator::kPlaneCount; ++plane) {
-        double const black = picture.blackLevel[plane];
-        Figures of{{kPlaneKeys[plane], QString::number(black)},
-                   {{"plane", kPlaneKeys[plane]}, {"black_level_counts", rounded(black)}}};
-        of.add("brightest_percent", 100 * planes[plane].mean.maxCoeff());
-        of.add("darkest_percent", 100 * planes[plane].mean.minCoeff());
-        of.add("clipped_percent", 100 * planes[plane].clippedShare);
-        table.rows.push_back(of.row);
-        figures.append(of.object);
-    }
-    certificate.tables.push_back(table);
-    told.object["file"] = picture.file;
-    told.object["flaw"] = kFlaws[size_t(seen.flaw)].key;
-    told.object["planes"] = figures;
-    std::pair<char const*, QString> const texts[] = {
-        {"cause", seen.fault},
-        {"remedy", kFlaws[size_t(seen.flaw)].remedy},
-        {"refused", placeText(picture, seen.refused)},
-        {"specks", seen.trusted.size() != 0 ? placeText(picture, !seen.trusted) : QString()},
-        {"black level told by", picture.blackSource}};
-    for (auto const& [label, text] : texts) {
-        certificate.facts.emplace_back(picture.file + ": " + label, text);
-        told.object[QString(label).replace(' ', '_')] = text;
-    }
+pictara::HeatMap mapOf(PictureMeans const& picture, Eigen::ArrayXd const& green) {
+    auto const& refused = picture.inspection.refused;
     Eigen::ArrayXd shown = 100 * green;
-    if (seen.refused.size() != 0)
-        shown = seen.refused.select(0, shown);
-    certificate.maps.push_back({picture.file + ": brightness of green, refused blocks as 0",
-                                " %",
-                                picture.blocks.columns,
-                                {shown.begin(), shown.end()},
-                                0,
-                                shown.maxCoeff()});
-    return told.object;
+    if (refused.size() != 0)
+        shown = refused.select(0, shown);
+    return {.title = picture.of.file + ": brightness of green, refused blocks as 0",
+            .unit = " %",
+            .columns = picture.blocks.columns,
+            .values = {shown.begin(), shown.end()},
+            .low = 0,
+            .high = shown.maxCoeff()};
 }
 } // namespace
 
-std::optional<Certificate> check(QStringList const& files, Coding const& coding, int* exitCode,
-                                 QString* error) {
-    auto const pictures = readMeans(files, coding, error);
-    if (!pictures)
-        return std::nullopt;
-    Certificate certificate{"shading", "usable", {}, Verdict::Pass};
-    pictara::Table summary{"Pictures",
-                           {{"picture", "flat field", "noise of a sample %", "of a block %",
-                             "left to right %", "top to bottom %"}}};
-    QJsonArray figures;
-    for (PictureMeans const& picture : *pictures) {
-        figures.append(tellPicture(picture, summary, certificate));
-        if (int const code = kFlaws[size_t(picture.inspection.flaw)].exitCode; code > *exitCode) {
+std::optional<Certificate> check(Request const& request, int* exitCode, QString* error) {
+    Certificate certificate{{}, "usable", {}, Verdict::Pass};
+    std::vector<QJsonArray> pictures, planes;
+    for (QString const& file : request.files) {
+        std::optional<PictureMeans> const picture = readMeans(file, request.coding, error);
+        if (!picture)
+            return std::nullopt;
+        solver::Inspection const& seen = picture->inspection;
+        auto const& [key, code, remedy] = kFlaws[size_t(seen.flaw)];
+        auto const& means = picture->blocks.planes;
+        Eigen::ArrayXd const green = 0.5 * (means[Plane::GreenRed].mean + means[Plane::GreenBlue].mean);
+        // A plane has a quarter of a block's pixels.
+        double const samples = double(picture->of.width) * picture->of.height / 4 / double(green.size());
+        pictures.push_back({file, key, 100 * picture->noise, 100 * picture->noise / std::sqrt(samples),
+                            gradientAlong(means[Plane::GreenRed].u, green),
+                            gradientAlong(means[Plane::GreenRed].v, green), seen.fault, remedy,
+                            placeText(*picture, seen.refused), placeText(*picture, !seen.trusted),
+                            picture->of.blackSource});
+        for (size_t plane = 0; plane < simulator::kPlaneCount; ++plane)
+            planes.push_back({file, simulator::kPlaneKeys[plane], picture->of.blackLevel[plane],
+                              100 * means[plane].mean.maxCoeff(), 100 * means[plane].mean.minCoeff(),
+                              100 * means[plane].clippedShare});
+        certificate.maps.push_back(mapOf(*picture, green));
+        if (code > *exitCode) {
             *exitCode = code;
             certificate.result = QStringLiteral("not usable");
-            certificate.cause = picture.file + ": " + picture.inspection.fault;
+            certificate.cause = file + ": " + seen.fault;
             certificate.judge(Verdict::Fail);
         }
     }
-    certificate.tables.insert(certificate.tables.begin(), summary);
-    certificate.figures["pictures"] = figures;
+    tell(certificate, "pictures", "Pictures", kPictureColumns, pictures);
+    tell(certificate, "planes", "Planes", kPlaneColumns, planes);
     return certificate;
 }
 } // namespace shading

@@ -4,13 +4,7 @@
 #include "simulator/files/whole_file.h"
 #include "simulator/host/report/certificate.h"
 #include "simulator/host/session/words.h"
-#include "tools/shading/camera_measurement.h"
-#include "tools/shading/check.h"
-#include "tools/shading/compare.h"
-#include "tools/shading/measure.h"
-#include "tools/shading/rate.h"
-#include "tools/shading/solve.h"
-#include "tools/shading/units.h"
+#include "tools/shading/commands.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -21,52 +15,8 @@ namespace shading {
 namespace {
 using pictara::Certificate;
 
-struct Request {
-    QStringList files, turned; ///< those behind --turned
-    QString output, page, sensor, shading, format;
-    bool isJson = false;
-    std::optional<double> kelvin;
-    std::optional<double> level, limit, falloff;
-    Coding told; ///< by options of its own; the sensor's holds for the rest
-};
-
 Outcome usageError(QString const& what) {
     return {kUnusable, {}, what.trimmed() + QStringLiteral("\nTry \"shading --help\".")};
-}
-
-// How the pictures are coded; empty with a message for the user.
-std::optional<Coding> codingFor(Request const& request, QString* error) {
-    std::optional<Coding> coding = request.sensor.isEmpty() ? Coding{} : codingOf(request.sensor, error);
-    if (!coding)
-        return std::nullopt;
-    Coding const& told = request.told;
-    if (told.black)
-        coding->blackSource = told.blackSource;
-    coding->bare = told.bare ? told.bare : coding->bare;
-    coding->phase = told.phase ? told.phase : coding->phase;
-    coding->black = told.black ? told.black : coding->black;
-    coding->white = told.white ? told.white : coding->white;
-    return coding;
-}
-
-std::optional<Certificate> runMeasure(Request const& request, int* exitCode, QString* error) {
-    TableFile const table{request.output, request.format == QLatin1String("tuning")};
-    bool const isCamera = request.files.isEmpty() && request.turned.isEmpty();
-    if (isCamera && request.sensor.isEmpty())
-        return *error = QStringLiteral("Pictures are needed, or a simulated --sensor."), std::nullopt;
-    if (!isCamera && (!request.shading.isEmpty() || request.level))
-        return *error = QStringLiteral("--shading and --level are for a simulated camera, without pictures."),
-               std::nullopt;
-    if (isCamera)
-        return measureCamera({.profile = request.sensor,
-                              .shadingFile = request.shading,
-                              .kelvin = request.kelvin,
-                              .level = request.level.value_or(1),
-                              .table = table},
-                             exitCode, error);
-    std::optional<Coding> const coding = codingFor(request, error);
-    return coding ? measure({request.files, request.turned, request.kelvin, *coding, table}, exitCode, error)
-                  : std::nullopt;
 }
 
 // A failure's exit code is that of a file that cannot be used, unless the command changes it.
@@ -74,90 +24,70 @@ struct Command {
     char const* name;
     char const* arguments;
     int fewest, most; ///< arguments
-    bool hasOutput;   ///< which must be told
-    bool hasSensor;   ///< the same
-    std::optional<Certificate> (*run)(Request const&, int* exitCode, QString* error);
+    Run* run;
     char const* help;
 };
 constexpr int kMany = 100'000;
 constexpr Command kCommands[] = {
-    {"check", "PICTURE...", 1, kMany, false, false,
-     [](Request const& request, int* exitCode, QString* error) {
-         std::optional<Coding> const coding = codingFor(request, error);
-         return coding ? check(request.files, *coding, exitCode, error) : std::nullopt;
-     },
+    {"check", "PICTURE...", 1, kMany, check,
      "whether pictures are usable as flat fields, and what helps where they are not"},
-    {"measure", "[PICTURE... [--turned PICTURE...]] -o TABLE", 0, kMany, true, false, runMeasure,
+    {"measure", "[PICTURE... [--turned PICTURE...]] -o TABLE", 0, kMany, measure,
      "the table of shading of pictures, the mean of each lamp's; --turned stands before those that\n"
      "      were taken with the camera turned by half a turn, which tell the lens from the lamp;\n"
      "      without pictures, that of the simulated --sensor"},
-    {"rate", "PICTURE", 1, 1, false, false,
-     [](Request const& request, int*, QString* error) {
-         std::optional<Coding> const coding = codingFor(request, error);
-         return coding ? ratePicture({request.files[0], *coding, request.limit.value_or(kUsualLimit)}, error)
-                       : std::nullopt;
-     },
+    {"rate", "PICTURE", 1, 1, rate,
      "the dialog's colour uniformity of a picture, raw or one that can be shown, and its worst block"},
-    {"solve", "TABLE --sensor PROFILE -o RESULTS.ini", 1, 1, true, true,
-     [](Request const& request, int* exitCode, QString* error) {
-         return solveTable({.table = request.files[0],
-                            .sensor = request.sensor,
-                            .output = request.output,
-                            .falloffPercent = int(request.falloff.value_or(kUsualFalloff)),
-                            .kelvin = request.kelvin},
-                           exitCode, error);
-     },
+    {"solve", "TABLE --sensor PROFILE -o RESULTS.ini", 1, 1, solve,
      "registers that correct a table's lens, what they leave, and what each falloff costs"},
-    {"compare", "TABLE TABLE", 2, 2, false, false,
-     [](Request const& request, int*, QString* error) { return compare(request.files, error); },
-     "two tables of shading side by side"},
-    {"units", "FOLDER --sensor PROFILE", 1, 1, false, true,
-     [](Request const& request, int* exitCode, QString* error) {
-         return tellUnits({request.files[0], request.sensor}, exitCode, error);
-     },
+    {"compare", "TABLE TABLE", 2, 2, compare, "two tables of shading side by side"},
+    {"units", "FOLDER --sensor PROFILE", 1, 1, units,
      "the corrections of many units (results files and EEPROM images), and those that fall out"},
 };
 
 // Puts a value into the request, or returns what the option takes.
 using Read = QString (*)(QString const& value, Request& request);
 
+// A member of the request, or of its coding.
+template <typename Value>
+Value& in(Request& request, Value Request::*member) {
+    return request.*member;
+}
+template <typename Value>
+Value& in(Request& request, Value Coding::*member) {
+    return request.coding.*member;
+}
+
 template <auto Member>
 QString setText(QString const& value, Request& request) {
-    request.*Member = value;
+    in(request, Member) = value;
     return value.isEmpty() ? QStringLiteral("a name that is not empty") : QString();
 }
 
 template <auto Member, pictara::Range const& Range>
 QString setNumber(QString const& value, Request& request) {
-    request.*Member = numberIn(Range, value);
-    return request.*Member ? QString()
-                           : QStringLiteral("a number from %1 to %2").arg(Range.low).arg(Range.high);
-}
-
-template <auto Member>
-QString setCounts(QString const& value, Request& request) {
-    request.told.*Member = pictara::numberIn({0, 65535}, value);
-    return request.told.*Member ? QString() : QStringLiteral("counts from 0 to 65535");
+    auto const number = numberIn(Range, value);
+    in(request, Member) = number.value_or(0);
+    return number ? QString() : QStringLiteral("a number from %1 to %2").arg(Range.low).arg(Range.high);
 }
 
 QString setPhase(QString const& value, Request& request) {
-    request.told.phase = phaseNamed(value);
-    return request.told.phase ? QString() : QStringLiteral("RGGB, GRBG, GBRG or BGGR");
+    request.coding.phase = phaseNamed(value);
+    return request.coding.phase ? QString() : QStringLiteral("RGGB, GRBG, GBRG or BGGR");
+}
+
+QString setFormat(QString const& value, Request& request) {
+    request.tuning = QStringLiteral(".tuning.json"); // behind the table's name
+    return value == QLatin1String("tuning") ? QString() : QStringLiteral("tuning");
 }
 
 QString setBare(QString const& value, Request& request) {
     static QRegularExpression const form(QStringLiteral("^(\\d{2,5})x(\\d{2,5}),(8|10|12|14|16),(\\w{4})$"));
     auto const match = form.match(value);
     auto const part = [&](int i) { return match.captured(i).toUInt(); };
-    request.told.bare = Coding::Bare{part(1), part(2), part(3)};
+    request.coding.bare = Coding::Bare{part(1), part(2), part(3)};
     return setPhase(match.captured(4), request).isEmpty()
                ? QString()
                : QStringLiteral("WIDTHxHEIGHT,BITS,PHASE such as 4000x3000,12,RGGB");
-}
-
-QString setFormat(QString const& value, Request& request) {
-    request.format = value;
-    return value == QLatin1String("tuning") ? QString() : QStringLiteral("tuning");
 }
 
 struct OptionRow {
@@ -166,23 +96,21 @@ struct OptionRow {
     char const* commands;  ///< that know it
     char const* help;
     Read read;
+    char const* needed = ""; ///< by these commands
 };
-constexpr pictara::Range kLimits = {0, 100}, kFalloffs = {kLeastFalloff, kMostFalloff};
+constexpr pictara::Range kLimits = {0, 100}, kFalloffs = {kLeastFalloff, kMostFalloff}, kCounts = {0, 65535};
 constexpr char kAll[] = "check measure rate solve compare units";
 constexpr char kPictures[] = "check measure rate";
 constexpr OptionRow kOptions[] = {
     {"json", nullptr, kAll, "Print figures for scripts instead of text.",
      [](QString const&, Request& request) { return request.isJson = true, QString(); }},
     {"page", "FILE", kAll, "Write a page of HTML with maps.", setText<&Request::page>},
-    {"output", "FILE", "measure solve", "What is written (also -o).", setText<&Request::output>},
+    {"output", "FILE", "measure solve", "What is written (also -o).", setText<&Request::output>,
+     "measure solve"},
     {"light", "KELVIN", "measure solve",
      "The lamp, in place of what names tell (..._2856k_...); without pictures in place of\n"
      "                           2856, 4000 and 6500 K.",
      setNumber<&Request::kelvin, pictara::kColourTemperatures>},
-    {"shading", "TABLE", "measure", "Without pictures: a measured lens before the sensor.",
-     setText<&Request::shading>},
-    {"level", "FACTOR", "measure", "Without pictures: the lamp's luminance (default 1).",
-     setNumber<&Request::level, pictara::kLevels>},
     {"format", "tuning", "measure",
      "Write TABLE.tuning.json, too: per lamp the gains of red and blue over\n"
      "                           green, the smallest 1, and those of green, on 16 x 12 cells.",
@@ -190,11 +118,12 @@ constexpr OptionRow kOptions[] = {
     {"raw", "WxH,BITS,PHASE", kPictures, "Bare samples: 8 bits, or 10 to 16 in little-endian words.",
      setBare},
     {"phase", "RGGB", kPictures, "The colours of the first two rows.", setPhase},
-    {"black", "COUNTS", kPictures, "The black level.", setCounts<&Coding::black>},
+    {"black", "COUNTS", kPictures, "The black level.", setNumber<&Coding::black, kCounts>},
     {"white", "COUNTS", kPictures, "The white level, at which samples are clipped.",
-     setCounts<&Coding::white>},
+     setNumber<&Coding::white, kCounts>},
     {"sensor", "PROFILE", "check measure rate solve units",
-     "A simulated sensor, in place of these four; without pictures, itself.", setText<&Request::sensor>},
+     "A simulated sensor, in place of these four; without pictures, itself.", setText<&Request::sensor>,
+     "solve units"},
     {"limit", "AB", "rate", "The largest colour deviation that passes (default 2).",
      setNumber<&Request::limit, kLimits>},
     {"falloff", "PERCENT", "solve", "The luminance that the corners may keep, 50 to 125 (default 95).",
@@ -226,46 +155,45 @@ QString helpText() {
                           "picture: 4 too dark, 5 clipped, 6 not flat.\n");
 }
 
-Outcome finish(Request const& request, std::optional<Certificate> const& certificate, int exitCode,
-               QString error) {
+// Why nothing can be written where the request wants it, told now and not after the work; empty for nothing.
+QString faultOfOutputs(Request const& request) {
+    QStringList taken = request.files + request.turned;
+    QString error;
+    for (QString const& file : {request.output, request.page, request.tuning}) {
+        if (!file.isEmpty() && !files::isReplaceable(file, &error))
+            return error;
+        for (QString const& other : taken)
+            if (QFileInfo(file).absoluteFilePath() == QFileInfo(other).absoluteFilePath())
+                return other + QStringLiteral(": it would be replaced by what is written");
+        if (!file.isEmpty())
+            taken << file;
+    }
+    return {};
+}
+
+Outcome runCommand(Command const& command, Request& request) {
+    int const count = int(request.files.size() + request.turned.size());
+    if (count < command.fewest || count > command.most)
+        return usageError(QStringLiteral("The command is: %1 %2")
+                              .arg(QLatin1String(command.name), QLatin1String(command.arguments)));
+    if (!request.tuning.isEmpty())
+        request.tuning.prepend(request.output);
+    QString error = faultOfOutputs(request);
+    bool const isOfSensor = isAmong(kPictures, command.name) && count != 0 && !request.sensor.isEmpty();
+    if (!error.isEmpty() || (isOfSensor && !fillCoding(request.coding, request.sensor, &error)))
+        return {kUnusable, {}, error};
+    int exitCode = kDone;
+    std::optional<Certificate> certificate = command.run(request, &exitCode, &error);
     if (files::isInterrupted())
         return {kInterrupted, {}, QStringLiteral("Interrupted.")};
     if (!certificate)
         return {exitCode == kDone ? kUnusable : exitCode, {}, error};
+    certificate->run = QLatin1String(command.name);
     if (!request.page.isEmpty() && !files::replace(request.page, certificatePage(*certificate), &error))
         return {kUnusable, {}, error};
     return {exitCode,
             request.isJson ? QString::fromUtf8(certificateJson(*certificate)) : certificateText(*certificate),
             {}};
-}
-
-Outcome runCommand(Command const& command, Request const& request) {
-    int const count = int(request.files.size() + request.turned.size());
-    if (count < command.fewest || count > command.most)
-        return usageError(QStringLiteral("The command is: %1 %2")
-                              .arg(QLatin1String(command.name), QLatin1String(command.arguments)));
-    if (command.hasSensor && request.sensor.isEmpty())
-        return {kUnusable, {}, QStringLiteral("--sensor is needed: the name or file of a sensor's profile")};
-    if (command.hasOutput && request.output.isEmpty())
-        return usageError(QStringLiteral("--output tells the file to write."));
-    QString error;
-    // Told now and not after the work.
-    QStringList taken = request.files + request.turned;
-    for (QString const& file : {request.output, request.page}) {
-        if (!file.isEmpty() && !files::isReplaceable(file, &error))
-            return {kUnusable, {}, error};
-        for (QString const& other : taken)
-            if (QFileInfo(file).absoluteFilePath() == QFileInfo(other).absoluteFilePath())
-                return {
-                    kUnusable, {}, QStringLiteral("%1: it would be replaced by what is written").arg(other)};
-        if (!file.isEmpty())
-            taken << file;
-    }
-    int exitCode = kDone;
-    std::optional<Certificate> certificate = command.run(request, &exitCode, &error);
-    if (certificate)
-        certificate->run = QLatin1String(command.name);
-    return finish(request, certificate, exitCode, error);
 }
 } // namespace
 
@@ -278,41 +206,43 @@ Outcome runCommandLine(QStringList const& arguments) {
             names << QStringLiteral("o");
         parser.addOption({names, {}, QString::fromLatin1(row.valueName)});
     }
-    // What stands behind --turned are pictures of another kind, and the parser knows no places.
+    // The parser knows no places: a word that is no file's name stands for the one before the turned
+    // pictures.
+    QString const turned(QChar::Null);
     QStringList all = arguments;
-    int const turned = arguments.indexOf(QStringLiteral("--turned"));
-    int filesBefore = INT_MAX;
-    if (turned >= 0) {
-        all.removeAt(turned);
-        (void)parser.parse(arguments.mid(0, turned));
-        filesBefore = int(parser.positionalArguments().size()) - 1; // without the command
-    }
+    if (int const place = all.indexOf(QStringLiteral("--turned")); place >= 0)
+        all[place] = turned;
     if (!parser.parse(all))
         return usageError(parser.errorText());
     if (parser.isSet(QStringLiteral("help")))
         return {kDone, helpText(), {}};
     QStringList const words = parser.positionalArguments();
+    QString const name = words.value(0);
     auto const* const command =
         std::find_if(std::begin(kCommands), std::end(kCommands),
-                     [&](Command const& row) { return words.value(0) == QLatin1String(row.name); });
+                     [&](Command const& row) { return name == QLatin1String(row.name); });
     if (command == std::end(kCommands))
         return usageError(words.isEmpty() ? QStringLiteral("A command is needed.")
-                                          : QStringLiteral("\"%1\" is no command.").arg(words[0]));
+                                          : QStringLiteral("\"%1\" is no command.").arg(name));
     Request request;
     for (OptionRow const& row : kOptions) {
-        QString const name = QString::fromLatin1(row.name);
-        if (!parser.isSet(name))
-            continue;
-        QString const value = row.valueName ? parser.value(name) : QString();
-        if (!isAmong(row.commands, words[0]))
-            return usageError(QStringLiteral("--%1 is not for %2.").arg(name, words[0]));
-        if (QString const expected = row.read(value, request); !expected.isEmpty())
-            return usageError(QStringLiteral("--%1 takes %2, not \"%3\".").arg(name, expected, value));
+        QString const option = QStringLiteral("--") + row.name;
+        QString const value = row.valueName ? parser.value(row.name) : QString();
+        if (!parser.isSet(row.name)) {
+            if (isAmong(row.needed, name))
+                return usageError(QStringLiteral("%1 %2 is needed.").arg(option, row.valueName));
+        } else if (!isAmong(row.commands, name)) {
+            return usageError(QStringLiteral("%1 is not for %2.").arg(option, name));
+        } else if (QString const expected = row.read(value, request); !expected.isEmpty()) {
+            return usageError(QStringLiteral("%1 takes %2, not \"%3\".").arg(option, expected, value));
+        }
     }
-    request.files = words.mid(1, filesBefore);
-    request.turned = words.mid(1 + int(request.files.size()));
-    if (turned >= 0 && (request.turned.isEmpty() || words[0] != QLatin1String("measure")))
-        return usageError(QStringLiteral("--turned is for measure, before the turned pictures."));
+    int const place = words.indexOf(turned);
+    request.files = words.mid(1, place - 1); // all when there is none
+    request.turned = place < 0 ? QStringList() : words.mid(place + 1);
+    if (place >= 0 &&
+        (request.files.isEmpty() || request.turned.isEmpty() || name != QLatin1String("measure")))
+        return usageError(QStringLiteral("--turned is for measure, between straight and turned pictures."));
     return runCommand(*command, request);
 }
 } // namespace shading

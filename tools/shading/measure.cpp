@@ -1,12 +1,12 @@
-#include "tools/shading/measure.h"
-
 #include "simulator/host/session/words.h"
+#include "tools/shading/camera_measurement.h"
 #include "tools/shading/command_line.h"
-#include "tools/shading/compare.h"
+#include "tools/shading/commands.h"
+#include "tools/shading/tables.h"
+#include "tools/shading/telling.h"
 #include "tools/shading/turned.h"
 
 #include <QFileInfo>
-#include <QJsonArray>
 #include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
@@ -15,7 +15,6 @@
 namespace shading {
 namespace {
 using pictara::Certificate;
-using pictara::rounded;
 using simulator::MeasuredShading;
 using solver::Flaw;
 
@@ -27,17 +26,22 @@ constexpr size_t kFewestToCompare = 3;
 
 struct Seen {
     PictureMeans means;
-    bool isTurned = false;
-    double kelvin = 0;
+    double kelvin;
+    bool isTurned;
     QString cause{};      ///< why it is left out
     double deviation = 0; ///< of its cells from the median picture's, the largest; share of 1
 };
 using Pictures = std::vector<Seen*>;
 
-std::nullopt_t fail(QString const& file, QString const& cause, QString* error) {
-    *error = QStringLiteral("%1: %2").arg(file, cause);
-    return std::nullopt;
-}
+constexpr Column kPictureColumns[] = {{"file", "picture"},
+                                      {"colour_temperature_K", "lamp", -1, " K"},
+                                      {"used", "used"},
+                                      {"farthest_cell_percent", "farthest cell from the median %", 2},
+                                      {"left_out_because", nullptr}};
+constexpr Column kLampColumns[] = {{"colour_temperature_K", "lamp", -1, " K"},
+                                   {"gradient_left_right_percent", "left to right %", 2},
+                                   {"gradient_top_bottom_percent", "top to bottom %", 2},
+                                   {"left_over_percent", "left over %", 2}};
 
 // The number before a "k" that stands by itself.
 std::optional<double> lampIn(QString const& file) {
@@ -46,146 +50,132 @@ std::optional<double> lampIn(QString const& file) {
                              form.match(QFileInfo(file).completeBaseName()).captured(1));
 }
 
-// The light alone may differ between pictures: each plane's mean is 1.
-void scale(Cells& cells) {
-    for (size_t colour = 0; colour < 3; ++colour) {
-        double mean = 0;
-        for (pictara::Colour const& cell : cells)
-            mean += cell[colour] / double(cells.size());
-        for (pictara::Colour& cell : cells)
-            cell[colour] /= mean;
-    }
+void leaveUnusableOut(Pictures& pictures) {
+    std::erase_if(pictures, [](Seen const* seen) { return !seen->cause.isEmpty(); });
 }
 
-Pictures usedOf(Pictures pictures) {
-    pictures.erase(std::remove_if(pictures.begin(), pictures.end(),
-                                  [](Seen const* seen) { return !seen->cause.isEmpty(); }),
-                   pictures.end());
-    return pictures;
-}
-
-void leaveOutliersOut(Pictures const& pictures) {
-    for (size_t i = 0; i < 3 * pictures[0]->means.cells.size(); ++i) {
-        auto const value = [&](Seen const* seen) { return seen->means.cells[i / 3][i % 3]; };
+void markOutliers(Pictures const& pictures) {
+    Cells middle = pictures[0]->means.cells;
+    for (Eigen::Index i = 0; i < middle.size(); ++i) {
         std::vector<double> values;
-        std::transform(pictures.begin(), pictures.end(), std::back_inserter(values), value);
-        double const middle = solver::median(values);
-        for (Seen* seen : pictures)
-            seen->deviation = std::max(seen->deviation, std::abs(value(seen) / middle - 1));
+        for (Seen const* seen : pictures)
+            values.push_back(seen->means.cells.data()[i]);
+        middle.data()[i] = solver::median(values);
     }
     std::vector<double> deviations, distances;
-    for (Seen const* seen : pictures)
-        deviations.push_back(seen->deviation);
+    for (Seen* seen : pictures)
+        deviations.push_back(seen->deviation = (seen->means.cells / middle - 1).abs().maxCoeff());
     double const usual = solver::median(deviations);
     for (double const deviation : deviations)
         distances.push_back(std::abs(deviation - usual));
     double const limit = std::max(kLeastOutlier, usual + kOutlier * kSigmaPerMad * solver::median(distances));
     for (Seen* seen : pictures)
         if (seen->deviation > limit)
-            seen->cause =
-                QStringLiteral("a cell differs by %1 % from the median of the pictures, by more than %2 %")
-                    .arg(100 * seen->deviation, 0, 'f', 1)
-                    .arg(100 * limit, 0, 'f', 1);
+            seen->cause = QString::asprintf(
+                "a cell differs by %.1f %% from the median of the pictures, by more than %.1f %%",
+                100 * seen->deviation, 100 * limit);
 }
 
 // Empty, with the first one's cause for the user, when none can be used.
-std::optional<Cells> meanOf(Pictures const& all, QString* error) {
-    Pictures used = usedOf(all);
-    if (used.size() >= kFewestToCompare)
-        leaveOutliersOut(used);
-    used = usedOf(used);
-    if (used.empty())
-        return fail(all[0]->means.file, all[0]->cause, error);
-    Cells mean(used[0]->means.cells.size());
-    for (Seen const* seen : used)
-        for (size_t i = 0; i < 3 * mean.size(); ++i)
-            mean[i / 3][i % 3] += seen->means.cells[i / 3][i % 3] / double(used.size());
-    return mean;
+std::optional<Cells> meanOf(Pictures pictures, QString* error) {
+    Seen const& first = *pictures[0];
+    leaveUnusableOut(pictures);
+    if (pictures.size() >= kFewestToCompare)
+        markOutliers(pictures);
+    leaveUnusableOut(pictures);
+    if (pictures.empty())
+        return fail(first.means.of.file, first.cause, error);
+    Cells sum = Cells::Zero(first.means.cells.rows(), 3);
+    for (Seen const* seen : pictures)
+        sum += seen->means.cells;
+    return sum / double(pictures.size());
 }
 
 // The pictures, marked where they are no flat field. Empty with a message for the user.
-std::optional<std::vector<Seen>> readPictures(MeasureRequest const& request, QString* error) {
+std::optional<std::vector<Seen>> readPictures(Request const& request, QString* error) {
     std::vector<Seen> pictures;
     for (QString const& file : request.files + request.turned) {
         std::optional<double> const kelvin = request.kelvin ? request.kelvin : lampIn(file);
         if (!kelvin)
             return fail(file, "its name tells no lamp, as flat_2856k_1.dng does; --light tells it", error);
-        pictures.push_back({{}, int(pictures.size()) >= request.files.size(), *kelvin});
-    }
-    auto const read = readMeans(request.files + request.turned, request.coding, error);
-    for (size_t i = 0; read && i < read->size(); ++i) {
-        PictureMeans const &means = (*read)[i], &first = read->front();
-        if (means.width != first.width || means.height != first.height)
-            return fail(means.file,
+        std::optional<PictureMeans> means = readMeans(file, request.coding, error);
+        if (!means)
+            return std::nullopt;
+        Mosaic const &of = means->of, &first = pictures.empty() ? of : pictures[0].means.of;
+        if (of.width != first.width || of.height != first.height)
+            return fail(file,
                         QStringLiteral("it has %1 x %2 pixels, unlike %3")
-                            .arg(means.width)
-                            .arg(means.height)
+                            .arg(of.width)
+                            .arg(of.height)
                             .arg(first.file),
                         error);
-        pictures[i].means = means;
-        scale(pictures[i].means.cells);
+        // The light alone may differ between pictures.
+        means->cells.rowwise() /= means->cells.colwise().mean();
         // An uneven lamp is what turned pictures are taken for.
-        if (means.inspection.flaw != Flaw::UnevenLamp || request.turned.isEmpty())
-            pictures[i].cause = means.inspection.fault;
+        bool const isUsable = means->inspection.flaw == Flaw::UnevenLamp && !request.turned.isEmpty();
+        QString const cause = isUsable ? QString() : means->inspection.fault;
+        bool const isTurned = int(pictures.size()) >= request.files.size();
+        pictures.push_back({*std::move(means), *kelvin, isTurned, cause});
     }
-    return read ? std::optional(std::move(pictures)) : std::nullopt;
+    return pictures;
 }
 
 void tellPictures(std::vector<Seen> const& pictures, Certificate& certificate) {
-    pictara::Table table{"Pictures", {{"picture", "lamp", "used", "farthest cell from the median %"}}};
-    QJsonArray figures;
+    std::vector<QJsonArray> rows;
     for (Seen const& seen : pictures) {
-        QString const used = !seen.cause.isEmpty() ? "no" : seen.isTurned ? "turned" : "yes";
-        table.rows.push_back({seen.means.file, QStringLiteral("%1 K").arg(seen.kelvin), used,
-                              QString::number(100 * seen.deviation, 'f', 2)});
-        figures.append(QJsonObject{{"file", seen.means.file},
-                                   {"colour_temperature_K", seen.kelvin},
-                                   {"used", used},
-                                   {"left_out_because", seen.cause},
-                                   {"farthest_cell_percent", rounded(100 * seen.deviation)}});
-        certificate.facts.emplace_back(seen.means.file + ": left out", seen.cause);
+        char const* const used = !seen.cause.isEmpty() ? "no" : seen.isTurned ? "turned" : "yes";
+        rows.push_back({seen.means.of.file, seen.kelvin, used, 100 * seen.deviation, seen.cause});
     }
-    certificate.tables.insert(certificate.tables.begin(), table);
-    certificate.figures["pictures"] = figures;
+    tell(certificate, "pictures", "Pictures", kPictureColumns, rows);
 }
 
-void tellLamps(std::map<double, LensAndLamp> const& lamps, int columns, Certificate& certificate) {
-    pictara::Table table{"Lamps", {{"lamp", "left to right %", "top to bottom %", "left over %"}}};
-    QJsonArray figures;
-    for (auto const& [kelvin, told] : lamps) {
-        QString const name = QStringLiteral("%1 K").arg(kelvin);
-        auto const text = [](double share) { return QString::number(100 * share, 'f', 2); };
-        table.rows.push_back({name, text(told.across), text(told.down), text(told.leftOver)});
-        figures.append(QJsonObject{{"colour_temperature_K", kelvin},
-                                   {"gradient_left_right_percent", rounded(100 * told.across)},
-                                   {"gradient_top_bottom_percent", rounded(100 * told.down)},
-                                   {"left_over_percent", rounded(100 * told.leftOver)}});
-        std::vector<double> percent;
-        for (double const light : told.lamp)
-            percent.push_back(100 * (light - 1));
-        double const end = std::max(1.0, pictara::largestOf(percent));
-        certificate.maps.push_back({"lamp above its middle, " + name, " %", columns, percent, -end, end});
-    }
-    certificate.tables.insert(certificate.tables.begin(), table);
-    certificate.figures["lamps"] = figures;
+pictara::HeatMap mapOf(LensAndLamp const& told, double kelvin, int columns) {
+    Eigen::ArrayXd const percent = 100 * (told.lamp - 1);
+    double const end = std::max(1.0, percent.abs().maxCoeff());
+    return {QStringLiteral("lamp above its middle, %1 K").arg(kelvin),
+            " %",
+            columns,
+            {percent.begin(), percent.end()},
+            -end,
+            end};
+}
+std::optional<Certificate> measureCamera(Request const& request, int* exitCode, QString* error) {
+    if (request.sensor.isEmpty())
+        return *error = QStringLiteral("Pictures are needed, or a simulated --sensor."), std::nullopt;
+    auto const camera = simulator::SimulatedCamera::open(request.sensor, error);
+    if (!camera)
+        return std::nullopt;
+    std::vector<double> lights(kStandardLights.begin(), kStandardLights.end());
+    if (request.kelvin)
+        lights = {*request.kelvin};
+    auto const table = measureShading(*camera, lights, error);
+    *exitCode = table ? kDone : kNothingFound;
+    if (!table || !writeTable({request.output, *table}, request.tuning, error))
+        return std::nullopt;
+    Certificate certificate{{}, "measured"};
+    tellTables({{request.output, *table}}, certificate);
+    return certificate;
 }
 } // namespace
 
-std::optional<Certificate> measure(MeasureRequest const& request, int* exitCode, QString* error) {
-    auto pictures = request.table.isReplaceable(error) ? readPictures(request, error) : std::nullopt;
+std::optional<Certificate> measure(Request const& request, int* exitCode, QString* error) {
+    if (request.files.isEmpty())
+        return measureCamera(request, exitCode, error);
+    auto pictures = readPictures(request, error);
     if (!pictures)
         return std::nullopt;
-    std::map<double, std::pair<Pictures, Pictures>> byLamp; // straight and turned ones
+    std::map<double, std::array<Pictures, 2>> byLamp; // straight and turned ones
     for (Seen& seen : *pictures)
-        (seen.isTurned ? byLamp[seen.kelvin].second : byLamp[seen.kelvin].first).push_back(&seen);
+        byLamp[seen.kelvin][seen.isTurned ? 1 : 0].push_back(&seen);
     PictureMeans const& first = pictures->front().means;
     MeasuredShading shading{
-        QFileInfo(request.table.name).completeBaseName(), uint32_t(first.columns), uint32_t(first.rows), {}};
-    std::map<double, LensAndLamp> lamps;
+        QFileInfo(request.output).completeBaseName(), uint32_t(first.columns), uint32_t(first.rows), {}};
+    std::vector<QJsonArray> lamps;
+    std::vector<pictara::HeatMap> lampMaps;
     *exitCode = kNothingFound;
     for (auto const& [kelvin, of] : byLamp) {
         auto const& [straight, turned] = of;
-        QString const& named = (straight.empty() ? turned : straight)[0]->means.file;
+        QString const& named = (straight.empty() ? turned : straight)[0]->means.of.file;
         if (straight.empty() || turned.empty() != request.turned.isEmpty())
             return fail(named,
                         QStringLiteral("of its lamp, %1 K, the camera took no %2 pictures")
@@ -200,7 +190,9 @@ std::optional<Certificate> measure(MeasureRequest const& request, int* exitCode,
             auto const told = separate(*cells, *other, first.columns);
             if (!told)
                 return fail(named, "the lamp of these pictures cannot be told from the lens", error);
-            cells = lamps.emplace(kelvin, *told).first->second.lens;
+            cells = told->lens;
+            lamps.push_back({kelvin, 100 * told->across, 100 * told->down, 100 * told->leftOver});
+            lampMaps.push_back(mapOf(*told, kelvin, first.columns));
         }
         auto const illuminant = gainsOf(*cells, kelvin);
         if (!illuminant)
@@ -208,12 +200,14 @@ std::optional<Certificate> measure(MeasureRequest const& request, int* exitCode,
         shading.illuminants.push_back(*illuminant);
     }
     *exitCode = kDone;
-    if (!request.table.write(shading, error))
+    if (!writeTable({request.output, shading}, request.tuning, error))
         return std::nullopt;
-    Certificate certificate = tablesTold({{request.table.name, shading}});
-    if (!lamps.empty())
-        tellLamps(lamps, first.columns, certificate);
+    Certificate certificate{{}, "measured"};
     tellPictures(*pictures, certificate);
+    if (!lamps.empty())
+        tell(certificate, "lamps", "Lamps", kLampColumns, lamps);
+    tellTables({{request.output, shading}}, certificate);
+    certificate.maps.insert(certificate.maps.end(), lampMaps.begin(), lampMaps.end());
     return certificate;
 }
 } // namespace shading

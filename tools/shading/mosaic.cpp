@@ -2,6 +2,7 @@
 
 #include "simulator/camera/optics.h"
 #include "simulator/files/whole_file.h"
+#include "tools/shading/telling.h"
 
 #include <QBuffer>
 #include <QFileInfo>
@@ -21,6 +22,8 @@ using simulator::CameraDescription;
 using simulator::FrameType;
 
 constexpr qint64 kMostBytes = 512 << 20;
+constexpr int kPngTail = 1024; // bytes, in which a whole PNG file tells its end
+constexpr char kNoMosaic[] = "it is no greyscale picture of 16 bits, as a mosaic is";
 constexpr char const* kPhases[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
 
 // A picture, and what its file tells of it.
@@ -31,24 +34,15 @@ struct Told {
     std::optional<double> white{};
 };
 
-std::nullopt_t fail(QString const& file, QString const& cause, QString* error) {
-    *error = QStringLiteral("%1: %2").arg(file, cause);
-    return std::nullopt;
-}
-
 // Room for a picture of a size that can be worked with.
 std::optional<Told> roomFor(QString const& file, uint32_t width, uint32_t height, QString* error) {
     auto const [shorter, longer] = std::minmax(width, height);
     if (shorter < kShortestSide || longer > kLongestSide || longer / kLongestRatio > shorter)
-        return fail(
-            file,
-            QStringLiteral("it has %1 x %2 pixels; sides have %3 to %4, and one at most %5 times the other")
-                .arg(width)
-                .arg(height)
-                .arg(kShortestSide)
-                .arg(kLongestSide)
-                .arg(kLongestRatio),
-            error);
+        return fail(file,
+                    QString::asprintf(
+                        "it has %u x %u pixels; sides have %u to %u, and one at most %u times the other",
+                        width, height, kShortestSide, kLongestSide, kLongestRatio),
+                    error);
     Told told;
     told.mosaic.file = file;
     told.mosaic.width = width;
@@ -57,23 +51,14 @@ std::optional<Told> roomFor(QString const& file, uint32_t width, uint32_t height
     return told;
 }
 
-std::optional<Told> readPng(QString const& file, QByteArray& bytes, QString* error) {
-    QBuffer buffer(&bytes);
-    QImageReader reader(&buffer, "png");
-    // Looked for first: the library tells of a cut picture by itself, past every handler.
-    if (!reader.canRead() || !bytes.right(kPngTail).contains("IEND"))
-        return fail(file, "cannot be read as a PNG, or is cut off", error);
-    // Asked first: few bytes can tell a picture that no memory holds.
-    QSize const size = reader.size();
-    std::optional<Told> told = roomFor(file, uint32_t(size.width()), uint32_t(size.height()), error);
-    QImage const picture = told ? reader.read() : QImage();
-    if (!told)
-        return std::nullopt;
+std::optional<Told> readPng(QString const& file, QByteArray const& bytes, QString* error) {
+    QImage const picture = shownPicture(bytes);
     if (picture.isNull())
-        return fail(file, "cannot be read as a PNG: " + reader.errorString(), error);
+        return fail(file, "cannot be read as a PNG, or is cut off or too large", error);
     if (picture.format() != QImage::Format_Grayscale16)
-        return fail(file, "it is no greyscale picture of 16 bits, as a mosaic is", error);
-    for (int y = 0; y < picture.height(); ++y)
+        return fail(file, kNoMosaic, error);
+    auto told = roomFor(file, uint32_t(picture.width()), uint32_t(picture.height()), error);
+    for (int y = 0; told && y < picture.height(); ++y)
         std::memcpy(told->mosaic.samples.data() + size_t(y) * told->mosaic.width, picture.constScanLine(y),
                     size_t(told->mosaic.width) * 2);
     return told;
@@ -91,7 +76,7 @@ std::optional<Told> readTiff(QString const& file, QString* error) {
     (void)TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_BITSPERSAMPLE, &bits);
     (void)TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, &channels);
     if (channels != 1 || bits != 16 || TIFFScanlineSize(tiff.get()) != tmsize_t(width) * 2)
-        return fail(file, "it is no greyscale picture of 16 bits, as a mosaic is", error);
+        return fail(file, kNoMosaic, error);
     std::optional<Told> told = roomFor(file, width, height, error);
     for (uint32_t y = 0; told && y < height; ++y)
         if (TIFFReadScanline(tiff.get(), told->mosaic.samples.data() + size_t(y) * width, y) != 1)
@@ -105,12 +90,8 @@ std::optional<Told> readBare(QString const& file, Coding::Bare const& bare, QByt
     size_t const needed = size_t(bare.width) * bare.height * (isWide ? 2 : 1);
     if (size_t(bytes.size()) != needed)
         return fail(file,
-                    QStringLiteral("it has %1 bytes; a picture of %2 x %3 pixels at %4 bits has %5")
-                        .arg(bytes.size())
-                        .arg(bare.width)
-                        .arg(bare.height)
-                        .arg(bare.bits)
-                        .arg(needed),
+                    QString::asprintf("it has %d bytes; a picture of %u x %u pixels at %u bits has %zu",
+                                      bytes.size(), bare.width, bare.height, bare.bits, needed),
                     error);
     std::optional<Told> told = roomFor(file, bare.width, bare.height, error);
     if (told && isWide)
@@ -156,11 +137,13 @@ std::optional<Told> readRawFile(QString const& file, QByteArray& bytes, QString*
                                &isDamaged);
     auto const& sizes = raw->imgdata.sizes;
     int code = raw->open_buffer(bytes.data(), size_t(bytes.size()));
-    auto told = code == LIBRAW_SUCCESS ? roomFor(file, sizes.width, sizes.height, error) : std::nullopt;
-    if (code == LIBRAW_SUCCESS && !told)
-        return std::nullopt;
-    if (told)
+    std::optional<Told> told;
+    if (code == LIBRAW_SUCCESS) {
+        // Asked first, as above.
+        if (told = roomFor(file, sizes.width, sizes.height, error); !told)
+            return std::nullopt;
         code = raw->unpack();
+    }
     if (code != LIBRAW_SUCCESS || isDamaged)
         return fail(file,
                     QStringLiteral("cannot be read as a raw picture: %1")
@@ -190,6 +173,17 @@ std::optional<Told> readTold(QString const& file, Coding const& coding, QString*
 }
 } // namespace
 
+QImage shownPicture(QByteArray bytes) {
+    QBuffer buffer(&bytes);
+    QImageReader reader(&buffer);
+    // Asked first: few bytes can tell a picture that no memory holds, and of a cut one the library tells by
+    // itself, past every handler.
+    QSize const size = reader.size();
+    bool const isTooLong = std::max(size.width(), size.height()) > int(kLongestSide);
+    bool const isCut = reader.format() == "png" && !bytes.right(kPngTail).contains("IEND");
+    return isTooLong || isCut || reader.format() == "tiff" ? QImage() : reader.read();
+}
+
 std::optional<uint32_t> phaseNamed(QString const& name) {
     auto const* const found = std::find_if(std::begin(kPhases), std::end(kPhases), [&](char const* phase) {
         return name.toUpper() == QLatin1String(phase);
@@ -197,20 +191,25 @@ std::optional<uint32_t> phaseNamed(QString const& name) {
     return found == std::end(kPhases) ? std::nullopt : std::optional(uint32_t(found - std::begin(kPhases)));
 }
 
-std::optional<Coding> codingOf(QString const& profile, QString* error) {
+bool fillCoding(Coding& coding, QString const& profile, QString* error) {
     auto const camera = simulator::SimulatedCamera::open(profile, error);
     if (!camera)
-        return std::nullopt;
+        return false;
     CameraDescription const& told = camera->description();
-    if (told.rawType != FrameType::Raw8 && told.rawType != FrameType::Raw12)
-        return fail(profile, "the sensor delivers no mosaic, as a picture holds one", error);
-    return Coding{.bare = Coding::Bare{told.width, told.height, told.rawType == FrameType::Raw8 ? 8U : 16U},
-                  .phase = told.bayerPhase,
-                  .black = told.blackLevel,
-                  .white = told.whiteLevel,
-                  .blackSource = QStringLiteral("--sensor ") + profile,
-                  .orientation = told.orientation,
-                  .unusableRows = told.unusableRows};
+    if (told.rawType != FrameType::Raw8 && told.rawType != FrameType::Raw12) {
+        *error = profile + QStringLiteral(": the sensor delivers no mosaic, as a picture holds one");
+        return false;
+    }
+    if (!coding.black)
+        coding.blackSource = QStringLiteral("--sensor ") + profile;
+    Coding::Bare const bare{told.width, told.height, told.rawType == FrameType::Raw8 ? 8U : 16U};
+    coding.bare = coding.bare.value_or(bare);
+    coding.phase = coding.phase.value_or(told.bayerPhase);
+    coding.black = coding.black.value_or(told.blackLevel);
+    coding.white = coding.white.value_or(told.whiteLevel);
+    coding.orientation = told.orientation;
+    coding.unusableRows = told.unusableRows;
+    return true;
 }
 
 simulator::Frame Mosaic::frame() const {

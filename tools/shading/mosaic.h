@@ -3,6 +3,7 @@
 #include "simulator/camera/simulated_camera.h"
 #include "simulator/files/sensor_layout.h"
 
+#include <QImage>
 #include <QString>
 #include <cstdint>
 #include <optional>
@@ -10,8 +11,7 @@
 
 namespace shading {
 inline constexpr uint32_t kShortestSide = 48, kLongestSide = 16384; ///< of a picture, pixels
-inline constexpr int kPngTail = 1024;         ///< bytes, in which a whole PNG file tells its end
-inline constexpr uint32_t kLongestRatio = 16; ///< of the sides; a table has rows
+inline constexpr uint32_t kLongestRatio = 16;                       ///< of the sides; a table has rows
 
 /// What the command line tells of pictures. It holds before what a file tells of itself.
 struct Coding {
@@ -32,11 +32,15 @@ struct Coding {
     uint32_t unusableRows = 0; ///< at the top, which are dropped
 };
 
+/// A picture that Qt can show. Null for others, for what is cut off or has too long sides, and for TIFF: Qt
+/// would take a DNG for one and show its thumbnail.
+[[nodiscard]] QImage shownPicture(QByteArray bytes);
+
 /// A phase by the colours of the first two rows, such as RGGB; none for any other text.
 [[nodiscard]] std::optional<uint32_t> phaseNamed(QString const& name);
 
-/// The coding of what a simulated sensor delivers; empty with a message for the user.
-[[nodiscard]] std::optional<Coding> codingOf(QString const& profile, QString* error);
+/// Adds to what is told what a simulated sensor's profile tells; false with a message for the user.
+[[nodiscard]] bool fillCoding(Coding& coding, QString const& profile, QString* error);
 
 /// The samples of a raw picture as a sensor with a Bayer pattern delivers them; nothing is subtracted.
 struct Mosaic {

@@ -1,13 +1,10 @@
-#include "tools/shading/rate.h"
-
 #include "pictures/block_statistics.h"
 #include "pictures/uniformity.h"
 #include "simulator/camera/optics.h"
 #include "simulator/files/whole_file.h"
 #include "simulator/pictures/colour_pipeline.h"
+#include "tools/shading/commands.h"
 
-#include <QBuffer>
-#include <QImageReader>
 #include <QJsonArray>
 #include <algorithm>
 #include <memory>
@@ -26,17 +23,6 @@ constexpr double kLeastLight = 0.005; // of full scale, below which no balance i
 kestra::Frame frameOf(QImage const& picture) {
     return {picture.constBits(), kestra::ImageType::Rgb32, picture.width(), picture.height(),
             picture.bytesPerLine()};
-}
-
-// Null for what Qt cannot show, and for TIFF: Qt would take a DNG for one and show its thumbnail.
-QImage readShown(QByteArray bytes) {
-    QBuffer buffer(&bytes);
-    QImageReader reader(&buffer);
-    // Asked first: few bytes can tell a picture that no memory holds.
-    QSize const size = reader.size();
-    bool const isTooLong = std::max(size.width(), size.height()) > int(kLongestSide);
-    bool const isCut = reader.format() == "png" && !bytes.right(kPngTail).contains("IEND");
-    return isTooLong || isCut || reader.format() == "tiff" ? QImage() : reader.read();
 }
 
 /// Shows a raw picture as the host does for the dialog: grey in the middle, from a quarter to three quarters
@@ -106,15 +92,16 @@ pictara::HeatMap mapOf(QImage const& picture, double worst) {
 }
 } // namespace
 
-std::optional<Certificate> ratePicture(RateRequest const& request, QString* error) {
-    auto const bytes = files::read(request.picture, kMostBytes, error);
+std::optional<Certificate> rate(Request const& request, int* /*exitCode*/, QString* error) {
+    QString const& file = request.files[0];
+    auto const bytes = files::read(file, kMostBytes, error);
     if (!bytes)
         return std::nullopt;
     bool const isRaw = request.coding.phase || request.coding.bare;
-    QImage picture = isRaw ? QImage() : readShown(*bytes);
+    QImage picture = isRaw ? QImage() : shownPicture(*bytes);
     QString shownWith = QStringLiteral("its own values, as sRGB");
     if (picture.isNull())
-        if (auto mosaic = readMosaic(request.picture, request.coding, error))
+        if (auto mosaic = readMosaic(file, request.coding, error))
             picture = develop(*std::move(mosaic), shownWith, error);
     if (picture.isNull())
         return std::nullopt;
@@ -131,7 +118,7 @@ std::optional<Certificate> ratePicture(RateRequest const& request, QString* erro
                                   {{"Quality", "measured", "limit", "verdict"},
                                    {"Colour uniformity, a*b*", QString::number(value, 'f', 2),
                                     QString::number(request.limit, 'f', 2), textOf(verdict)}}});
-    certificate.facts = {{"Picture", request.picture}, {"Shown with", shownWith}};
+    certificate.facts = {{"Picture", file}, {"Shown with", shownWith}};
     certificate.figures = {{"colour_deviation_ab", value},
                            {"colour_deviation_limit_ab", request.limit},
                            {"is_greyscale", isGrey}};

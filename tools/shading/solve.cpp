@@ -1,14 +1,14 @@
-#include "tools/shading/solve.h"
-
 #include "common/sensor_kinds.h"
 #include "published/shadefit.h"
 #include "simulator/camera/optics.h"
+#include "simulator/pictures/block_report.h"
 #include "simulator/pictures/colour_pipeline.h"
 #include "tools/shading/camera_measurement.h"
 #include "tools/shading/command_line.h"
+#include "tools/shading/commands.h"
 #include "tools/shading/correction.h"
-#include "tools/shading/picture_means.h"
 
+#include <Eigen/Core>
 #include <QFile>
 #include <QJsonArray>
 #include <QScopeGuard>
@@ -140,7 +140,7 @@ Left leftOf(MeasuredShading const& table, double kelvin, CameraDescription const
     constexpr Plane kColours[] = {Plane::Red, Plane::GreenRed, Plane::Blue};
     simulator::SensorArray const grid{.width = kAcross, .height = table.rows | 1};
     simulator::LensRows const lens = measuredLens(table, grid, kelvin);
-    Cells cells(grid.pixels());
+    std::vector<Colour> cells(grid.pixels());
     std::vector<float> row(grid.width);
     auto const along = [](uint32_t i, uint32_t count) { return (double(i) + 0.5) / count; };
     for (uint32_t y = 0; y < grid.height; ++y)
@@ -204,11 +204,12 @@ void tellRegisters(Calibration const& calibration, Certificate& certificate) {
 }
 } // namespace
 
-std::optional<Certificate> solveTable(SolveRequest const& request, int* exitCode, QString* error) {
-    auto const table = simulator::readMeasuredShading(request.table, error);
+std::optional<Certificate> solve(Request const& request, int* exitCode, QString* error) {
+    QString const& file = request.files[0];
+    auto const table = simulator::readMeasuredShading(file, error);
     auto const camera = table ? simulator::SimulatedCamera::open(request.sensor, error) : nullptr;
     auto const layout = camera ? layoutOf(*camera, error) : std::nullopt;
-    if (!layout || !camera->useMeasuredShading(request.table, error))
+    if (!layout || !camera->useMeasuredShading(file, error))
         return std::nullopt;
     CameraDescription const& told = camera->description();
     Calibration const calibration{*camera, *layout};
@@ -237,12 +238,12 @@ std::optional<Certificate> solveTable(SolveRequest const& request, int* exitCode
     QJsonArray figures;
     // The one that is written is solved last, because the library writes its last one.
     std::vector<int> falloffs(std::begin(kFalloffs), std::end(kFalloffs));
-    falloffs.push_back(request.falloffPercent);
+    falloffs.push_back(int(request.falloff));
     for (size_t i = 0; i < falloffs.size(); ++i) {
         bool const isWritten = i + 1 == falloffs.size();
         if (!calibration.solve(lamps, falloffs[i])) {
             *exitCode = kNothingFound;
-            *error = QStringLiteral("%1: %2").arg(request.table, logged);
+            *error = QStringLiteral("%1: %2").arg(file, logged);
             return std::nullopt;
         }
         auto gains = gainsIn(*layout, calibration.registers());
@@ -273,7 +274,7 @@ std::optional<Certificate> solveTable(SolveRequest const& request, int* exitCode
         return std::nullopt;
     }
     certificate.tables.push_back(prices);
-    certificate.facts = {{"Lens", QStringLiteral("%1 (%2)").arg(table->name, request.table)},
+    certificate.facts = {{"Lens", QStringLiteral("%1 (%2)").arg(table->name, file)},
                          {"Sensor", told.profile},
                          {"Lamps", lights.join(", ")},
                          {"Results file", request.output}};

@@ -36,7 +36,7 @@ Lamp lampOf(Eigen::MatrixX2d const& places, Eigen::MatrixX3d const& squares, Eig
 } // namespace
 
 std::optional<LensAndLamp> separate(Cells const& straight, Cells const& turned, int columns) {
-    auto const count = Eigen::Index(straight.size());
+    Eigen::Index const count = straight.rows();
     double const rows = double(count) / columns;
     Eigen::MatrixX2d places(count, 2);
     for (Eigen::Index i = 0; i < count; ++i)
@@ -45,25 +45,20 @@ std::optional<LensAndLamp> separate(Cells const& straight, Cells const& turned, 
     Eigen::MatrixX3d squares(count, 3);
     squares << places.col(0).cwiseAbs2(), places.rowwise().prod(), places.col(1).cwiseAbs2();
     LensAndLamp result{.lens = straight, .lamp = {}};
-    for (size_t colour = 0; colour < 3; ++colour) {
-        Eigen::ArrayXd a(count), b(count);
-        for (Eigen::Index i = 0; i < count; ++i) {
-            a(i) = straight[size_t(i)][colour];
-            b(i) = turned[size_t(i)][colour];
-        }
-        b *= std::exp((a / b).log().mean()); // the logarithm is odd but for the level
+    for (int colour = 0; colour < 3; ++colour) {
+        Eigen::ArrayXd const a = straight.col(colour);
+        // The logarithm is odd but for the level.
+        Eigen::ArrayXd const b = turned.col(colour) * std::exp((a / turned.col(colour)).log().mean());
         Eigen::ArrayXd const ratio = (a - b) / (a + b);
         Lamp const lamp = lampOf(places, squares, ratio);
         Eigen::ArrayXd const odd = places * lamp.slope, even = 1 + (squares * lamp.curve).array();
         // Also false for what is no number.
         if (!((even - odd.abs()).minCoeff() > kDarkest))
             return std::nullopt;
-        for (Eigen::Index i = 0; i < count; ++i)
-            result.lens[size_t(i)][colour] = (a(i) + b(i)) / 2 / even(i);
+        result.lens.col(colour) = (a + b) / 2 / even;
         if (colour != 1)
             continue;
-        Eigen::ArrayXd const shown = even + odd;
-        result.lamp.assign(shown.begin(), shown.end());
+        result.lamp = even + odd;
         result.across = 2 * lamp.slope(0);
         result.down = 2 * lamp.slope(1);
         result.leftOver = std::sqrt((ratio - odd / even).square().mean());

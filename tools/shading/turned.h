@@ -6,10 +6,10 @@ namespace shading {
 /// A lens and the lamp behind it, told apart.
 struct LensAndLamp {
     Cells lens;
-    std::vector<double> lamp; ///< in green, row by row as it lies before the straight camera; 1 in the middle
-    double across = 0;        ///< rise of the lamp from the left to the right border, share of its middle
-    double down = 0;          ///< the same from the top to the bottom
-    double leftOver = 0;      ///< root mean square of what neither lens nor such a lamp explains, of 1
+    Eigen::ArrayXd lamp; ///< in green, row by row as it lies before the straight camera; 1 in the middle
+    double across = 0;   ///< rise of the lamp from the left to the right border, share of its middle
+    double down = 0;     ///< the same from the top to the bottom
+    double leftOver = 0; ///< root mean square of what neither lens nor such a lamp explains, of 1
 };
 
 /// Tells the lens from the lamp by the means of pictures that were taken with the camera straight and turned

@@ -1,11 +1,10 @@
-#include "tools/shading/units.h"
-
 #include "headboard/preset_section.h"
 #include "headboard/record_format.h"
 #include "headboard/register_set.h"
 #include "simulator/files/whole_file.h"
 #include "simulator/solver/block_means.h"
 #include "tools/shading/command_line.h"
+#include "tools/shading/commands.h"
 #include "tools/shading/correction.h"
 
 #include <QCollator>
@@ -171,10 +170,11 @@ void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate&
 }
 } // namespace
 
-std::optional<Certificate> tellUnits(UnitsRequest const& request, int* exitCode, QString* error) {
-    QDir const folder(request.folder);
+std::optional<Certificate> units(Request const& request, int* exitCode, QString* error) {
+    QString const& name = request.files[0];
+    QDir const folder(name);
     if (!folder.exists()) {
-        *error = QStringLiteral("%1: there is no such folder").arg(request.folder);
+        *error = QStringLiteral("%1: there is no such folder").arg(name);
         return std::nullopt;
     }
     auto const camera = simulator::SimulatedCamera::open(request.sensor, error);
@@ -218,7 +218,7 @@ std::optional<Certificate> tellUnits(UnitsRequest const& request, int* exitCode,
                          : fallen.empty()       ? QStringLiteral("alike")
                                           : QStringLiteral("%1 of %2 fall out").arg(fallen.size()).arg(count);
     certificate.facts = {
-        {"Folder", request.folder},
+        {"Folder", name},
         {"Sensor", camera->description().profile},
         {"Falls out", QStringLiteral("of %1 units or more, what lies more than %2 scaled median "
                                      "absolute deviations from the median (Iglewicz and Hoaglin 1993)")
