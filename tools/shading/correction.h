@@ -14,12 +14,6 @@ using RegisterValues = std::map<std::pair<uint32_t, uint32_t>, uint32_t>;
 /// What a sensor multiplies a plane by at a place of its array, as shares of its sides from the top left.
 using Gain = std::function<double(simulator::Plane plane, double x, double y)>;
 
-/// What a figure of a correction is called.
-struct FigureColumn {
-    char const* name; ///< for people
-    char const* key;  ///< for scripts
-};
-
 /// The number that a register of a correction holds, an IEEE 754 binary16. Like the sensor it knows no
 /// infinities and no NaNs: they are the largest finite value, which is `kLargestCoefficient`, and 0.
 [[nodiscard]] double coefficientOf(uint32_t value);

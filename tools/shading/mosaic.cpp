@@ -161,16 +161,6 @@ std::optional<Told> readRawFile(QString const& file, QByteArray& bytes, QString*
     return told;
 }
 
-std::optional<Told> readTold(QString const& file, Coding const& coding, QString* error) {
-    auto bytes = files::read(file, kMostBytes, error);
-    if (!bytes)
-        return std::nullopt;
-    QString const kind = QFileInfo(file).suffix().toLower();
-    return kind == QLatin1String("png")                                    ? readPng(file, *bytes, error)
-           : kind == QLatin1String("tif") || kind == QLatin1String("tiff") ? readTiff(file, error)
-           : coding.bare && kind != QLatin1String("dng") ? readBare(file, *coding.bare, *bytes, error)
-                                                         : readRawFile(file, *bytes, error);
-}
 } // namespace
 
 QImage shownPicture(QByteArray bytes) {
@@ -231,7 +221,14 @@ CameraDescription Mosaic::description() const {
 }
 
 std::optional<Mosaic> readMosaic(QString const& file, Coding const& coding, QString* error) {
-    std::optional<Told> told = readTold(file, coding, error);
+    auto bytes = files::read(file, kMostBytes, error);
+    if (!bytes)
+        return std::nullopt;
+    QString const kind = QFileInfo(file).suffix().toLower();
+    std::optional<Told> told = kind == "png"                     ? readPng(file, *bytes, error)
+                               : kind == "tif" || kind == "tiff" ? readTiff(file, error)
+                               : coding.bare && kind != "dng"    ? readBare(file, *coding.bare, *bytes, error)
+                                                                 : readRawFile(file, *bytes, error);
     if (!told)
         return std::nullopt;
     Mosaic& mosaic = told->mosaic;

@@ -7,6 +7,7 @@
 #include "tools/shading/command_line.h"
 #include "tools/shading/commands.h"
 #include "tools/shading/correction.h"
+#include "tools/shading/telling.h"
 
 #include <Eigen/Core>
 #include <QFile>
@@ -38,13 +39,15 @@ struct Lamp {
 };
 
 /// What a solution costs in the corners, for the plane and corner of the largest gain, and what it leaves.
-constexpr FigureColumn kFigures[] = {{"corner gain", "corner_gain"},
-                                     {"noise there, dB", "corner_noise_dB"},
-                                     {"largest a*b*", "left_colour_largest_ab"},
-                                     {"mean a*b*", "left_colour_mean_ab"},
-                                     {"largest luminance, %", "left_luminance_largest_percent"},
-                                     {"mean luminance, %", "left_luminance_mean_percent"}};
-using Figures = Eigen::Array<double, std::size(kFigures), 1>;
+constexpr Column kPrices[] = {{"falloff_percent", "falloff, %"},
+                              {"corner_gain", "corner gain", 2},
+                              {"corner_noise_dB", "noise there, dB", 2},
+                              {"left_colour_largest_ab", "largest a*b*", 2},
+                              {"left_colour_mean_ab", "mean a*b*", 2},
+                              {"left_luminance_largest_percent", "largest luminance, %", 2},
+                              {"left_luminance_mean_percent", "mean luminance, %", 2},
+                              {"in_the_file", "in the file"}};
+using Figures = Eigen::Array<double, std::size(kPrices) - 2, 1>;
 
 /// What the dialog's page for the sensor asks the library for.
 struct Calibration {
@@ -213,11 +216,9 @@ std::optional<Certificate> solve(Request const& request, int* exitCode, QString*
         return std::nullopt;
     CameraDescription const& told = camera->description();
     Calibration const calibration{*camera, *layout};
-    if (calibration.takesThreeLamps && request.kelvin) {
-        *error = QStringLiteral("%1: the sensor has a table for each of three lamps; --light is not for it")
-                     .arg(request.sensor);
-        return std::nullopt;
-    }
+    if (calibration.takesThreeLamps && request.kelvin)
+        return fail(request.sensor, "the sensor has a table for each of three lamps; --light is not for it",
+                    error);
     std::vector<Lamp> lamps = lampsFor(*table, calibration.takesThreeLamps, request.kelvin);
     QStringList lights;
     for (Lamp& lamp : lamps) {
@@ -232,10 +233,7 @@ std::optional<Certificate> solve(Request const& request, int* exitCode, QString*
     auto const restored = qScopeGuard([&] { qInstallMessageHandler(former); });
 
     Certificate certificate{{}, "solved"};
-    pictara::Table prices{"What the falloff costs, and what is left", {{"falloff, %"}}};
-    for (FigureColumn const& column : kFigures)
-        prices.rows[0] << column.name;
-    QJsonArray figures;
+    std::vector<QJsonArray> prices;
     // The one that is written is solved last, because the library writes its last one.
     std::vector<int> falloffs(std::begin(kFalloffs), std::end(kFalloffs));
     falloffs.push_back(int(request.falloff));
@@ -243,8 +241,7 @@ std::optional<Certificate> solve(Request const& request, int* exitCode, QString*
         bool const isWritten = i + 1 == falloffs.size();
         if (!calibration.solve(lamps, falloffs[i])) {
             *exitCode = kNothingFound;
-            *error = QStringLiteral("%1: %2").arg(file, logged);
-            return std::nullopt;
+            return fail(file, logged, error);
         }
         auto gains = gainsIn(*layout, calibration.registers());
         Figures most = Figures::Zero(); // of all lamps
@@ -256,30 +253,23 @@ std::optional<Certificate> solve(Request const& request, int* exitCode, QString*
                                             kAcross, left.colour, 0,
                                             std::max(pictara::largestOf(left.colour), 0.01)});
         }
-        QJsonObject object{{"falloff_percent", falloffs[i]}};
-        QStringList row(QString::number(falloffs[i]) + (isWritten ? " in the file" : ""));
-        for (int k = 0; k < most.size(); ++k) {
-            row << QString::number(most[k], 'f', 2);
-            object[QLatin1String(kFigures[k].key)] = pictara::rounded(most[k]);
-        }
-        prices.rows.push_back(row);
-        if (isWritten)
-            certificate.figures["solution"] = object;
-        else
-            figures.append(object);
+        prices.push_back({falloffs[i]});
+        for (double const figure : most)
+            prices.back().append(figure);
+        prices.back().append(isWritten ? "yes" : "");
     }
     if (sf_DumpRegFile(calibration.handle.get(), QFile::encodeName(request.output).constData(),
                        calibration.takesThreeLamps ? calibration.kind.resultFileFormat : 0, 0, 0) != 0) {
         *error = logged;
         return std::nullopt;
     }
-    certificate.tables.push_back(prices);
+    tell(certificate, "falloffs", "What the falloff costs, and what is left", kPrices, prices);
+    certificate.figures["solution"] = certificate.figures["falloffs"].toArray().last();
     certificate.facts = {{"Lens", QStringLiteral("%1 (%2)").arg(table->name, file)},
                          {"Sensor", told.profile},
                          {"Lamps", lights.join(", ")},
                          {"Results file", request.output}};
     tellRegisters(calibration, certificate);
-    certificate.figures["falloffs"] = figures;
     return certificate;
 }
 } // namespace shading

@@ -6,6 +6,7 @@
 #include "tools/shading/command_line.h"
 #include "tools/shading/commands.h"
 #include "tools/shading/correction.h"
+#include "tools/shading/telling.h"
 
 #include <QCollator>
 #include <QDir>
@@ -27,10 +28,10 @@ constexpr double kSigmaPerMad = 1.4826; // of a normal distribution
 constexpr double kLeastSigma = 0.1;     // percent of the median gain, and of a ratio; below, registers round
 
 /// What is told of a correction, in this order.
-constexpr FigureColumn kFigures[] = {
-    {"top left", "corner_gain_top_left"},       {"top right", "corner_gain_top_right"},
-    {"bottom left", "corner_gain_bottom_left"}, {"bottom right", "corner_gain_bottom_right"},
-    {"R/G, %", "red_to_green_spread_percent"},  {"B/G, %", "blue_to_green_spread_percent"}};
+constexpr Column kFigures[] = {
+    {"corner_gain_top_left", "top left"},       {"corner_gain_top_right", "top right"},
+    {"corner_gain_bottom_left", "bottom left"}, {"corner_gain_bottom_right", "bottom right"},
+    {"red_to_green_spread_percent", "R/G, %"},  {"blue_to_green_spread_percent", "B/G, %"}};
 constexpr int kCorners = 4, kCount = int(std::size(kFigures));
 using Figures = Eigen::Array<double, kCount, 1>;
 
@@ -125,8 +126,8 @@ void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate&
     }
     pictara::Table table{"Green's gain in the corners against the centre, and colour spread; lamp: " + lamp,
                          {{"serial number", "file"}}};
-    for (FigureColumn const& column : kFigures)
-        table.rows[0] << column.name;
+    for (Column const& column : kFigures)
+        table.rows[0] << column.head;
     auto const shown = [](double value) { return QString::number(value, 'f', 3); };
     auto const add = [&](QString const& serial, QString const& file, Figures const& figures) {
         table.rows.push_back({serial, file});
@@ -162,7 +163,7 @@ void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate&
         fallen.insert(unit.serial);
         certificate.cause +=
             QStringLiteral("%1%2 (lamp: %3): %4 is %5, median %6, %7 scaled deviations off")
-                .arg(certificate.cause.isEmpty() ? "" : "; ", unit.serial, lamp, kFigures[odd].name,
+                .arg(certificate.cause.isEmpty() ? "" : "; ", unit.serial, lamp, kFigures[odd].head,
                      shown(unit.figures(odd)), shown(medians(odd)), QString::number(distance, 'f', 1));
     }
     certificate.tables.push_back(table);
@@ -173,10 +174,8 @@ void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate&
 std::optional<Certificate> units(Request const& request, int* exitCode, QString* error) {
     QString const& name = request.files[0];
     QDir const folder(name);
-    if (!folder.exists()) {
-        *error = QStringLiteral("%1: there is no such folder").arg(name);
-        return std::nullopt;
-    }
+    if (!folder.exists())
+        return fail(name, "there is no such folder", error);
     auto const camera = simulator::SimulatedCamera::open(request.sensor, error);
     auto const layout = camera ? layoutOf(*camera, error) : std::nullopt;
     if (!layout)
