@@ -325,6 +325,7 @@ TEST_F(Pictures, AreCheckedByExitCode) {
     PictureMeans const means = meansOf(*readMosaic(good, {}, &error));
     double const electrons = 25 * (4095 - 160) * means.cells(9 * 32 + 16, 1);
     EXPECT_NEAR(means.noise * std::sqrt(electrons), 1, 0.1) << "the noise of light";
+    EXPECT_EQ(means.of.samples.capacity(), 0U) << "many pictures must not be kept";
     for (auto const& [lit, exitCode, told] : rows) {
         camera->setLight(lit);
         Outcome const run = shade({"check", dng("flat.dng", picture()), good});

@@ -88,7 +88,7 @@ PictureMeans meansOf(Mosaic mosaic) {
         mean = (mean - black) / (1 - black);
     }
     means.inspection = inspect(means.blocks, layout);
-    means.of.samples = {};
+    means.of.samples = std::vector<uint16_t>(); // {} would keep the room
     return means;
 }
 

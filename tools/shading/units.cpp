@@ -102,13 +102,6 @@ bool readImage(QString const& name, simulator::SimulatedCamera& camera, Register
     return shading.fault.isEmpty();
 }
 
-// The registers and, where an image tells it, the serial number of a file. False with the cause.
-bool readUnit(QFileInfo const& file, simulator::SimulatedCamera& camera, SensorLayout const& layout,
-              RegisterValues& values, QString& serial, QString* error) {
-    return isResults(file) ? readResults(file.filePath(), layout, values, error)
-                           : readImage(file.filePath(), camera, values, serial, error);
-}
-
 // Adds the units under one lamp to what is told, and the serial numbers of those that fall out: by their
 // distance from the median in scaled median absolute deviations (Iglewicz and Hoaglin 1993).
 void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate& certificate,
@@ -190,7 +183,8 @@ std::optional<Certificate> units(Request const& request, int* exitCode, QString*
         QString serial = file.completeBaseName();
         RegisterValues values;
         std::map<uint32_t, Gain> gains;
-        if (readUnit(file, *camera, *layout, values, serial, &cause))
+        if (isResults(file) ? readResults(file.filePath(), *layout, values, &cause)
+                            : readImage(file.filePath(), *camera, values, serial, &cause))
             gains = gainsIn(*layout, values);
         for (auto const& [slot, gain] : gains)
             byLamp[slot].push_back({serial, file.fileName(), figuresOf(gain)});
