@@ -19,7 +19,8 @@ thread_local FakeHeadboard* headboard = nullptr;
 
 FakeRegister* find(vy_Camera* camera, char const* reg) {
     MUST_HOLD(camera); // the library would crash
-    return headboard->registers.contains(reg) ? &headboard->registers[reg] : nullptr;
+    auto const found = headboard->registers.find(std::string_view(reg));
+    return found == headboard->registers.end() ? nullptr : &found->second;
 }
 
 uint32_t maskOf(FakeRegister const& reg, char const* bitfield) {
@@ -71,7 +72,7 @@ void FakeHeadboard::fillIn(Veyra2& table) {
         if (!found)
             return -1;
         uint32_t const mask = maskOf(*found, bitfield);
-        bool const isStatus = std::string(reg) == "IO_EEPROM_STATUS";
+        bool const isStatus = std::string_view(reg) == "IO_EEPROM_STATUS";
         uint32_t const whole = isStatus ? headboard->bridgeStatus() : found->value;
         *value = (whole & mask) >> std::countr_zero(mask);
         return 0;
@@ -84,7 +85,7 @@ void FakeHeadboard::fillIn(Veyra2& table) {
             return -1;
         uint32_t const mask = maskOf(*found, bitfield);
         found->value = (found->value & ~mask) | (value << std::countr_zero(mask) & mask);
-        if (std::string(reg) == "IO_EEPROM_COMMAND")
+        if (std::string_view(reg) == "IO_EEPROM_COMMAND")
             headboard->runBridge(value);
         return 0;
     };
@@ -200,9 +201,11 @@ int FakeHeadboard::writePages(uint32_t busAddress, uint32_t start, std::span<uin
 
 void FakeHeadboard::runBridge(uint32_t command) {
     size_t const count = command & 0x200 ? 2 : 1;
-    uint32_t const address = registers.at("IO_EEPROM_ADDR").value;
-    uint32_t const busAddress = registers.at("IO_EEPROM_I2C_ADDR").value;
-    uint32_t& data = registers.at("IO_EEPROM_DATA").value;
+    auto const valueOf = [&](std::string_view name) -> uint32_t& {
+        return registers.find(name)->second.value;
+    };
+    uint32_t const address = valueOf("IO_EEPROM_ADDR"), busAddress = valueOf("IO_EEPROM_I2C_ADDR");
+    uint32_t& data = valueOf("IO_EEPROM_DATA");
     std::array words = {data >> 8 & 0xFF, data & 0xFF};
     auto const moved = std::span(words).last(count);
     if (command & 0x080)

@@ -40,7 +40,7 @@ public:
     /// Stands for the camera; valid while this lives.
     [[nodiscard]] vy_Camera* camera() { return reinterpret_cast<vy_Camera*>(this); }
 
-    std::map<std::string, FakeRegister> registers;
+    std::map<std::string, FakeRegister, std::less<>> registers;
     simulator::CameraClock clock;
     simulator::EepromDevice eeprom;
     simulator::EepromContents& device = eeprom.contents();
