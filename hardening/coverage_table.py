@@ -22,8 +22,12 @@ def read_files(summary):
     """The summaries of the folders' files by their names."""
     measured = json.loads(summary.read_text())["data"][0]["files"]
     paths = ((Path(file["filename"]).resolve(), file["summary"]) for file in measured)
-    inside = ((path.relative_to(_SOURCE), counts) for path, counts in paths if path.is_relative_to(_SOURCE))
-    return {str(name): counts for name, counts in sorted(inside) if name.is_relative_to(_PRODUCT)}
+    inside = {
+        str(path.relative_to(_SOURCE)): counts
+        for path, counts in paths
+        if path.is_relative_to(_SOURCE / _PRODUCT)
+    }
+    return dict(sorted(inside.items()))
 
 
 def percent(covered, count):
