@@ -5,11 +5,10 @@
 
 namespace solver {
 namespace {
-constexpr int kMostBlocks = 64;         // along a side; fine enough that a lens is nearly linear within one
-constexpr int kSmallestBlock = 8;       // pixels; 16 samples of a Bayer plane
-constexpr double kNoiseLimit = 4;       // standard deviations from the median that still count
-constexpr double kSigmaPerMad = 1.4826; // standard deviation of a normal distribution per median deviation
-constexpr double kQuantisation = 1.5;   // counts; the deviation of nearly noiseless samples is a step
+constexpr int kMostBlocks = 64;       // along a side; fine enough that a lens is nearly linear within one
+constexpr int kSmallestBlock = 8;     // pixels; 16 samples of a Bayer plane
+constexpr double kNoiseLimit = 4;     // standard deviations from the median that still count
+constexpr double kQuantisation = 1.5; // counts; the deviation of nearly noiseless samples is a step
 
 struct Frame {
     unsigned char const* bytes;
@@ -60,10 +59,7 @@ BlockMeans blocksOf(SensorLayout const& layout) {
 /// do not count. `samples` is reordered and must not be empty.
 double robustMean(std::vector<int>& samples) {
     int const middle = median(samples);
-    std::vector<int> deviations(samples.size());
-    std::transform(samples.begin(), samples.end(), deviations.begin(),
-                   [&](int sample) { return std::abs(sample - middle); });
-    double const limit = kNoiseLimit * kSigmaPerMad * median(deviations) + kQuantisation;
+    double const limit = kNoiseLimit * scaledDeviation(samples, middle) + kQuantisation;
     int64_t sum = 0;
     int64_t count = 0;
     for (int const sample : samples) {

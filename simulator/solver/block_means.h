@@ -6,6 +6,7 @@
 #include <Eigen/Core>
 #include <QString>
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace solver {
@@ -65,11 +66,22 @@ struct Inspection {
 /// lens whose centre is offset by up to 0.1 of the array's half-width passes. From one picture a lamp's
 /// gradient cannot be told from such an offset, so only what goes beyond it is refused.
 [[nodiscard]] Inspection inspect(BlockMeans const& means, SensorLayout const& layout);
+
 /// The upper median of one value at least, which are reordered.
 template <typename Value>
 [[nodiscard]] Value median(std::vector<Value>& values) {
     auto const middle = values.begin() + std::ptrdiff_t(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
+}
+
+/// The standard deviation of normally distributed values around their median by the median of their absolute
+/// deviations, which outliers hardly change.
+template <typename Value>
+[[nodiscard]] double scaledDeviation(std::vector<Value> values, Value middle) {
+    constexpr double kSigmaPerMad = 1.4826;
+    for (Value& value : values)
+        value = std::abs(value - middle);
+    return kSigmaPerMad * median(values);
 }
 } // namespace solver

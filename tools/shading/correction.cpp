@@ -1,5 +1,7 @@
 #include "tools/shading/correction.h"
 
+#include "simulator/solver/tensor_polynomial.h"
+
 #include <QFloat16>
 #include <algorithm>
 #include <bit>
@@ -10,11 +12,9 @@ namespace {
 using simulator::Plane;
 using simulator::SensorLayout;
 
-constexpr uint32_t kTerms = simulator::kPolynomialTerms;
-
 struct Polynomial {
     double column = 0, row = 0; ///< of the origin, pixels
-    simulator::PerPlane<std::array<double, simulator::kCoefficientCount>> coefficients{};
+    simulator::PerPlane<solver::Terms> coefficients{};
 };
 
 std::optional<Polynomial> polynomialOf(SensorLayout const& layout, SensorLayout::Bank const& bank,
@@ -29,30 +29,19 @@ std::optional<Polynomial> polynomialOf(SensorLayout const& layout, SensorLayout:
     Polynomial polynomial{double(valueAt(origin.column)), double(valueAt(origin.row))};
     for (size_t plane = 0; plane < simulator::kPlaneCount; ++plane)
         for (uint32_t i = 0; i < simulator::kCoefficientCount; ++i)
-            polynomial.coefficients[plane][i] = coefficientOf(valueAt(bank.planes[plane].place(i)));
+            polynomial.coefficients[plane](i) = coefficientOf(valueAt(bank.planes[plane].place(i)));
     return isWhole ? std::optional(polynomial) : std::nullopt;
-}
-
-// sum over p, q of c(p, q) u^p v^q, as the sensor computes it.
-double valueAt(Polynomial const& polynomial, Plane plane, double u, double v) {
-    auto const& coefficients = polynomial.coefficients[plane];
-    double sum = 0;
-    for (uint32_t p = kTerms; p-- > 0;) {
-        double inV = 0;
-        for (uint32_t q = kTerms; q-- > 0;)
-            inV = inV * v + coefficients[kTerms * p + q];
-        sum = sum * u + inV;
-    }
-    return std::max(0.0, sum);
 }
 
 Gain product(SensorLayout const& layout, std::vector<Polynomial> const& factors) {
     double const width = layout.width, height = layout.height;
     return [=](Plane plane, double x, double y) {
         double gain = 1;
-        for (Polynomial const& factor : factors)
-            gain *= valueAt(factor, plane, (x * width - factor.column) / (width / 2),
-                            (y * height - factor.row) / (height / 2));
+        for (auto const& [column, row, coefficients] : factors) {
+            auto const u = Eigen::ArrayXd::Constant(1, (x * width - column) / (width / 2));
+            auto const v = Eigen::ArrayXd::Constant(1, (y * height - row) / (height / 2));
+            gain *= std::max(0.0, (solver::monomials(u, v) * coefficients[plane]).value());
+        }
         return gain;
     };
 }
