@@ -23,17 +23,10 @@ using namespace pictara;
 using simulator::CameraDescription;
 using simulator::MeasuredShading;
 using simulator::SimulatedCamera;
-
-QString faultOf(Cells const& cells, int columns) {
-    return columns < 2 || cells.rows() < 2 * columns ? QStringLiteral("it is too small")
-           : cells.minCoeff() < kLeastLight          ? QStringLiteral("it is too dark")
-           : cells.maxCoeff() > kClipped             ? QStringLiteral("it is clipped")
-                                                     : QString();
-}
 } // namespace
 
 void expose(SimulatedCamera& camera) {
-    pictara::SensorRegisters registers(camera.handle(), [] {});
+    SensorRegisters registers(camera.handle(), [] {});
     for (int step = 0; step < kExposureSteps; ++step) {
         uint32_t const present = registers.read(kExposureRegister, "");
         uint32_t const next =
@@ -61,9 +54,10 @@ std::optional<MeasuredShading> measureShading(SimulatedCamera& camera, std::vect
         cells /= frames;
         if (files::isInterrupted())
             return std::nullopt;
-        if (QString const fault = faultOf(cells, blocks.columns); !fault.isEmpty())
+        if (blocks.rows < 2 || cells.minCoeff() < kLeastLight || cells.maxCoeff() > kClipped)
             return fail(told.profile,
-                        QStringLiteral("the picture at %1 K is of no use: %2").arg(kelvin).arg(fault), error);
+                        QStringLiteral("the picture at %1 K is too small, too dark or clipped").arg(kelvin),
+                        error);
         table.columns = uint32_t(blocks.columns);
         table.rows = uint32_t(blocks.rows);
         table.illuminants.push_back(*gainsOf(cells, kelvin));

@@ -1,10 +1,7 @@
-#include "tools/shading/command_line.h"
 #include "tools/shading/commands.h"
 #include "tools/shading/picture_means.h"
-#include "tools/shading/telling.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace shading {
 namespace {
@@ -39,8 +36,7 @@ double gradientAlong(Eigen::ArrayXd const& place, Eigen::ArrayXd const& brightne
 constexpr Column kPictureColumns[] = {{"file", "picture"},
                                       {"flaw", "flaw"},
                                       {"noise_of_a_sample_percent", "noise of a sample %", 2},
-                                      {"noise_of_a_block_percent", "of a block %", 2},
-                                      {"gradient_left_right_percent", "left to right %", 1},
+                                      {"gradient_left_right_percent", "brighter left to right %", 1},
                                       {"gradient_top_bottom_percent", "top to bottom %", 1},
                                       {"cause", nullptr},
                                       {"remedy", nullptr},
@@ -59,12 +55,9 @@ pictara::HeatMap mapOf(PictureMeans const& picture, Eigen::ArrayXd const& green)
     Eigen::ArrayXd shown = 100 * green;
     if (refused.size() != 0)
         shown = refused.select(0, shown);
-    return {.title = picture.of.file + ": brightness of green, refused blocks as 0",
-            .unit = " %",
-            .columns = picture.blocks.columns,
-            .values = {shown.begin(), shown.end()},
-            .low = 0,
-            .high = shown.maxCoeff()};
+    QString const title = picture.of.file + ": brightness of green, refused blocks as 0";
+    double const high = std::max(1.0, shown.maxCoeff());
+    return {title, " %", picture.blocks.columns, {shown.begin(), shown.end()}, 0, high};
 }
 } // namespace
 
@@ -79,10 +72,7 @@ std::optional<Certificate> check(Request const& request, int* exitCode, QString*
         auto const& [key, code, remedy] = kFlaws[size_t(seen.flaw)];
         auto const& means = picture->blocks.planes;
         Eigen::ArrayXd const green = 0.5 * (means[Plane::GreenRed].mean + means[Plane::GreenBlue].mean);
-        // A plane has a quarter of a block's pixels.
-        double const samples = double(picture->of.width) * picture->of.height / 4 / double(green.size());
-        pictures.push_back({file, key, 100 * picture->noise, 100 * picture->noise / std::sqrt(samples),
-                            gradientAlong(means[Plane::GreenRed].u, green),
+        pictures.push_back({file, key, 100 * picture->noise, gradientAlong(means[Plane::GreenRed].u, green),
                             gradientAlong(means[Plane::GreenRed].v, green), seen.fault, remedy,
                             placeText(*picture, seen.refused), placeText(*picture, !seen.trusted),
                             picture->of.blackSource});

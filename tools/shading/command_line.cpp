@@ -2,14 +2,13 @@
 
 #include "simulator/files/interruption.h"
 #include "simulator/files/whole_file.h"
-#include "simulator/host/report/certificate.h"
 #include "simulator/host/session/words.h"
-#include "tools/shading/commands.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <algorithm>
+#include <cmath>
 
 namespace shading {
 namespace {
@@ -47,27 +46,17 @@ constexpr Command kCommands[] = {
 // Puts a value into the request, or returns what the option takes.
 using Read = QString (*)(QString const& value, Request& request);
 
-// A member of the request, or of its coding.
-template <typename Value>
-Value& in(Request& request, Value Request::*member) {
-    return request.*member;
-}
-template <typename Value>
-Value& in(Request& request, Value Coding::*member) {
-    return request.coding.*member;
-}
-
-template <auto Member>
-QString setText(QString const& value, Request& request) {
-    in(request, Member) = value;
+QString setText(QString const& value, QString& member) {
+    member = value;
     return value.isEmpty() ? QStringLiteral("a name that is not empty") : QString();
 }
 
-template <auto Member, pictara::Range const& Range>
-QString setNumber(QString const& value, Request& request) {
-    auto const number = numberIn(Range, value);
-    in(request, Member) = number.value_or(0);
-    return number ? QString() : QStringLiteral("a number from %1 to %2").arg(Range.low).arg(Range.high);
+template <typename Member>
+QString setNumber(QString const& value, pictara::Range const& range, Member& member) {
+    auto const number = numberIn(range, value);
+    member = Member(number.value_or(0));
+    bool const isIt = number && (!std::is_same_v<Member, int> || *number == std::floor(*number));
+    return isIt ? QString() : QStringLiteral("a number from %1 to %2").arg(range.low).arg(range.high);
 }
 
 QString setPhase(QString const& value, Request& request) {
@@ -91,82 +80,82 @@ QString setBare(QString const& value, Request& request) {
 }
 
 struct OptionRow {
-    char const* name;
+    char const* names;     ///< the long one first
     char const* valueName; ///< null: a switch
     char const* commands;  ///< that know it
     char const* help;
     Read read;
     char const* needed = ""; ///< by these commands
 };
-constexpr pictara::Range kLimits = {0, 100}, kFalloffs = {kLeastFalloff, kMostFalloff}, kCounts = {0, 65535};
+using V = QString const&;
+using R = Request&;
+constexpr pictara::Range kFalloffs = {kLeastFalloff, kMostFalloff}, kCounts = {0, 65535};
 constexpr char kAll[] = "check measure rate solve compare units";
 constexpr char kPictures[] = "check measure rate";
 constexpr OptionRow kOptions[] = {
     {"json", nullptr, kAll, "Print figures for scripts instead of text.",
-     [](QString const&, Request& request) { return request.isJson = true, QString(); }},
-    {"page", "FILE", kAll, "Write a page of HTML with maps.", setText<&Request::page>},
-    {"output", "FILE", "measure solve", "What is written (also -o).", setText<&Request::output>,
+     [](V, R r) { return r.isJson = true, QString(); }},
+    {"page", "FILE", kAll, "Write a page of HTML with maps.", [](V v, R r) { return setText(v, r.page); }},
+    {"output o", "FILE", "measure solve", "What is written.", [](V v, R r) { return setText(v, r.output); },
      "measure solve"},
     {"light", "KELVIN", "measure solve",
-     "The lamp, in place of what names tell (..._2856k_...); without pictures in place of\n"
-     "                           2856, 4000 and 6500 K.",
-     setNumber<&Request::kelvin, pictara::kColourTemperatures>},
+     "The lamp. Of pictures in place of what their names tell (..._2856k_...), of a simulated sensor in "
+     "place "
+     "of 2856, 4000 and 6500 K, of a table to solve in place of its middle one.",
+     [](V v, R r) { return setNumber(v, pictara::kColourTemperatures, r.kelvin); }},
     {"format", "tuning", "measure",
-     "Write TABLE.tuning.json, too: per lamp the gains of red and blue over\n"
-     "                           green, the smallest 1, and those of green, on 16 x 12 cells.",
+     "Write TABLE.tuning.json, too: per lamp the gains of red and blue over green, the smallest 1, and those "
+     "of green, on 16 x 12 cells.",
      setFormat},
     {"raw", "WxH,BITS,PHASE", kPictures, "Bare samples: 8 bits, or 10 to 16 in little-endian words.",
      setBare},
     {"phase", "RGGB", kPictures, "The colours of the first two rows.", setPhase},
-    {"black", "COUNTS", kPictures, "The black level.", setNumber<&Coding::black, kCounts>},
+    {"black", "COUNTS", kPictures, "The black level.",
+     [](V v, R r) { return setNumber(v, kCounts, r.coding.black); }},
     {"white", "COUNTS", kPictures, "The white level, at which samples are clipped.",
-     setNumber<&Coding::white, kCounts>},
+     [](V v, R r) { return setNumber(v, kCounts, r.coding.white); }},
     {"sensor", "PROFILE", "check measure rate solve units",
-     "A simulated sensor, in place of these four; without pictures, itself.", setText<&Request::sensor>,
-     "solve units"},
-    {"limit", "AB", "rate", "The largest colour deviation that passes (default 2).",
-     setNumber<&Request::limit, kLimits>},
+     "A simulated sensor, in place of these four; without pictures, itself.",
+     [](V v, R r) { return setText(v, r.sensor); }, "solve units"},
     {"falloff", "PERCENT", "solve", "The luminance that the corners may keep, 50 to 125 (default 95).",
-     setNumber<&Request::falloff, kFalloffs>},
+     [](V v, R r) { return setNumber(v, kFalloffs, r.falloff); }},
 };
+
+QString nameOf(OptionRow const& row) { return QString(row.names).section(' ', 0, 0); }
 
 bool isAmong(char const* names, QString const& name) {
     return QString::fromLatin1(names).split(' ').contains(name);
 }
 
-QString helpText() {
+QString description() {
     QString text = QStringLiteral("Tells of raw pictures of a flat field what lens and lamp do to them.\n\n"
-                                  "usage: shading COMMAND [options] FILE...\n\nCommands:\n");
+                                  "Commands:\n");
     for (Command const& command : kCommands)
-        text += QStringLiteral("  %1 %2\n      %3\n")
-                    .arg(QLatin1String(command.name), QLatin1String(command.arguments),
-                         QLatin1String(command.help));
-    text += QStringLiteral("\nOptions:\n");
-    for (OptionRow const& row : kOptions) {
-        QString const name = QLatin1String(row.name) + QLatin1Char(' ') + QLatin1String(row.valueName);
-        text += QStringLiteral("  --%1 %2\n").arg(name, -22).arg(QLatin1String(row.help));
-    }
+        text += QStringLiteral("  %1 %2\n      %3\n").arg(command.name, command.arguments, command.help);
     return text +
            QStringLiteral("\nA picture is a DNG or a maker's raw file, a PNG or TIFF of 16 bits in one\n"
                           "channel, or bare samples. What options tell of it holds before what it\n"
                           "tells of itself.\n"
-                          "\nExit codes: 0 done, 1 nothing could be found or solved, 2 bad command line\n"
-                          "or a file that cannot be used, 130 interrupted; of check, that of the worst\n"
-                          "picture: 4 too dark, 5 clipped, 6 not flat.\n");
+                          "\nExit codes: 0 done, 1 nothing could be found or solved, or a picture fails\n"
+                          "its limit, 2 bad command line or a file that cannot be used, 130 interrupted;\n"
+                          "of check, that of the worst picture: 4 too dark, 5 clipped, 6 not flat.");
 }
 
 // Why nothing can be written where the request wants it, told now and not after the work; empty for nothing.
 QString faultOfOutputs(Request const& request) {
-    QStringList taken = request.files + request.turned;
-    QString error;
+    QStringList taken = request.files + request.turned << request.sensor;
+    auto const placeOf = [](QString const& file) {
+        QFileInfo const info(file);
+        return info.exists() ? info.canonicalFilePath() : info.absoluteFilePath();
+    };
     for (QString const& file : {request.output, request.page, request.tuning}) {
+        QString error;
         if (!file.isEmpty() && !files::isReplaceable(file, &error))
             return error;
-        for (QString const& other : taken)
-            if (QFileInfo(file).absoluteFilePath() == QFileInfo(other).absoluteFilePath())
-                return other + QStringLiteral(": it would be replaced by what is written");
-        if (!file.isEmpty())
-            taken << file;
+        for (QString const& other : qAsConst(taken))
+            if (!file.isEmpty() && !other.isEmpty() && placeOf(file) == placeOf(other))
+                return file + QStringLiteral(": it is read or written, too, and would be replaced");
+        taken << file;
     }
     return {};
 }
@@ -189,6 +178,10 @@ Outcome runCommand(Command const& command, Request& request) {
     if (!certificate)
         return {exitCode == kDone ? kUnusable : exitCode, {}, error};
     certificate->run = QLatin1String(command.name);
+    QJsonObject facts;
+    for (auto const& [label, text] : certificate->facts)
+        facts[label] = text;
+    certificate->figures["facts"] = facts;
     if (!request.page.isEmpty() && !files::replace(request.page, certificatePage(*certificate), &error))
         return {kUnusable, {}, error};
     return {exitCode,
@@ -199,13 +192,16 @@ Outcome runCommand(Command const& command, Request& request) {
 
 Outcome runCommandLine(QStringList const& arguments) {
     QCommandLineParser parser;
+    parser.setApplicationDescription(description());
     parser.addHelpOption();
+    parser.addPositionalArgument("COMMAND", "One of the commands above.");
+    parser.addPositionalArgument("FILE", "What it is about.", "FILE...");
     for (OptionRow const& row : kOptions) {
-        QStringList names(QString::fromLatin1(row.name));
-        if (names.first() == QLatin1String("output"))
-            names << QStringLiteral("o");
-        parser.addOption({names, {}, QString::fromLatin1(row.valueName)});
+        QString const whose =
+            row.commands == kAll ? QString() : QString(row.commands).replace(' ', ", ") + ": ";
+        parser.addOption({QString(row.names).split(' '), whose + row.help, row.valueName});
     }
+    parser.addOption({"turned", "measure: what follows was taken with the camera turned by half a turn."});
     // The parser knows no places: a word that is no file's name stands for the one before the turned
     // pictures.
     QString const turned(QChar::Null);
@@ -215,7 +211,7 @@ Outcome runCommandLine(QStringList const& arguments) {
     if (!parser.parse(all))
         return usageError(parser.errorText());
     if (parser.isSet(QStringLiteral("help")))
-        return {kDone, helpText(), {}};
+        return {kDone, parser.helpText(), {}};
     QStringList const words = parser.positionalArguments();
     QString const name = words.value(0);
     auto const* const command =
@@ -226,9 +222,9 @@ Outcome runCommandLine(QStringList const& arguments) {
                                           : QStringLiteral("\"%1\" is no command.").arg(name));
     Request request;
     for (OptionRow const& row : kOptions) {
-        QString const option = QStringLiteral("--") + row.name;
-        QString const value = row.valueName ? parser.value(row.name) : QString();
-        if (!parser.isSet(row.name)) {
+        QString const option = QStringLiteral("--") + nameOf(row);
+        QString const value = row.valueName ? parser.value(nameOf(row)) : QString();
+        if (!parser.isSet(nameOf(row))) {
             if (isAmong(row.needed, name))
                 return usageError(QStringLiteral("%1 %2 is needed.").arg(option, row.valueName));
         } else if (!isAmong(row.commands, name)) {

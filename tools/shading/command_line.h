@@ -1,21 +1,10 @@
 #pragma once
 
-#include <QString>
+#include "tools/shading/commands.h"
+
 #include <QStringList>
 
 namespace shading {
-/// Exit codes of the program.
-enum ExitCode : int {
-    kDone = 0,
-    kNothingFound = 1, ///< nothing could be measured, solved or read of what the files hold
-    kUnusable = 2,     ///< bad command line, or a file that cannot be used or written
-    // A picture is no flat field:
-    kTooDark = 4,
-    kClipped = 5,
-    kNotFlat = 6,
-    kInterrupted = 130,
-};
-
 /// What a run leaves for its two streams.
 struct Outcome {
     int exitCode = kDone;

@@ -1,11 +1,23 @@
 #pragma once
 
-#include "simulator/host/report/certificate.h"
 #include "tools/shading/mosaic.h"
+#include "tools/shading/telling.h"
 
 #include <QStringList>
 
 namespace shading {
+/// Exit codes of the program.
+enum ExitCode : int {
+    kDone = 0,
+    kNothingFound = 1, ///< nothing could be measured or solved of what the files hold, or it fails a limit
+    kUnusable = 2,     ///< bad command line, or a file that cannot be used or written
+    // A picture is no flat field:
+    kTooDark = 4,
+    kClipped = 5,
+    kNotFlat = 6,
+    kInterrupted = 130,
+};
+
 /// The luminance that the corners may keep, percent of the centre's, as the dialog offers it.
 inline constexpr int kLeastFalloff = 50, kMostFalloff = 125;
 
@@ -20,8 +32,7 @@ struct Request {
     QString sensor = {};               ///< the name or file of a simulated one's profile
     Coding coding = {};                ///< of the pictures
     std::optional<double> kelvin = {}; ///< of the lamp
-    double limit = 2;                  ///< of colour uniformity, a*b*; the dialog's
-    double falloff = 95;               ///< percent; the dialog's
+    int falloff = 95;                  ///< percent; the dialog's
 };
 
 /// A command: what it found, or nothing with a message for the user, and then no output is left. `exitCode`

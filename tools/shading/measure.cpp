@@ -1,15 +1,12 @@
 #include "simulator/host/session/words.h"
 #include "tools/shading/camera_measurement.h"
-#include "tools/shading/command_line.h"
 #include "tools/shading/commands.h"
 #include "tools/shading/tables.h"
-#include "tools/shading/telling.h"
 #include "tools/shading/turned.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <algorithm>
-#include <cmath>
 #include <map>
 
 namespace shading {
@@ -20,38 +17,35 @@ using solver::Flaw;
 
 // Outliers by their distance from the median picture, in scaled median absolute deviations (Iglewicz and
 // Hoaglin 1993); below the bound noise is all.
-constexpr double kOutlier = 3.5, kSigmaPerMad = 1.4826;
-constexpr double kLeastOutlier = 0.02; // share of a cell
-constexpr size_t kFewestToCompare = 3;
+constexpr double kOutlier = 3.5;
+constexpr double kLeastOutlier = 2;    // percent of a cell
+constexpr size_t kFewestToCompare = 3; // of two nobody knows which one is odd
 
 struct Seen {
     PictureMeans means;
     double kelvin;
     bool isTurned;
-    QString cause{};      ///< why it is left out
-    double deviation = 0; ///< of its cells from the median picture's, the largest; share of 1
+    QString cause{};        ///< why it is left out
+    QJsonValue deviation{}; ///< of its cells from the median of several pictures, the largest; percent
 };
 using Pictures = std::vector<Seen*>;
 
 constexpr Column kPictureColumns[] = {{"file", "picture"},
                                       {"colour_temperature_K", "lamp", -1, " K"},
+                                      {"turned", "turned"},
                                       {"used", "used"},
                                       {"farthest_cell_percent", "farthest cell from the median %", 2},
                                       {"left_out_because", nullptr}};
 constexpr Column kLampColumns[] = {{"colour_temperature_K", "lamp", -1, " K"},
                                    {"gradient_left_right_percent", "left to right %", 2},
                                    {"gradient_top_bottom_percent", "top to bottom %", 2},
-                                   {"left_over_percent", "left over %", 2}};
+                                   {"left_over_percent", "left over in green %", 2}};
 
 // The number before a "k" that stands by itself.
 std::optional<double> lampIn(QString const& file) {
     static QRegularExpression const form(QStringLiteral("(?:^|[^0-9A-Za-z])(\\d{4,5})[kK](?![0-9A-Za-z])"));
     return pictara::numberIn(pictara::kColourTemperatures,
                              form.match(QFileInfo(file).completeBaseName()).captured(1));
-}
-
-void leaveUnusableOut(Pictures& pictures) {
-    std::erase_if(pictures, [](Seen const* seen) { return !seen->cause.isEmpty(); });
 }
 
 void markOutliers(Pictures const& pictures) {
@@ -62,27 +56,30 @@ void markOutliers(Pictures const& pictures) {
             values.push_back(seen->means.cells.data()[i]);
         middle.data()[i] = solver::median(values);
     }
-    std::vector<double> deviations, distances;
-    for (Seen* seen : pictures)
-        deviations.push_back(seen->deviation = (seen->means.cells / middle - 1).abs().maxCoeff());
-    double const usual = solver::median(deviations);
-    for (double const deviation : deviations)
-        distances.push_back(std::abs(deviation - usual));
-    double const limit = std::max(kLeastOutlier, usual + kOutlier * kSigmaPerMad * solver::median(distances));
-    for (Seen* seen : pictures)
-        if (seen->deviation > limit)
-            seen->cause = QString::asprintf(
+    std::vector<double> deviations;
+    for (Seen const* seen : pictures)
+        deviations.push_back(100 * (seen->means.cells / middle - 1).abs().maxCoeff());
+    std::vector<double> sorted = deviations;
+    double const usual = solver::median(sorted);
+    double const limit =
+        std::max(kLeastOutlier, usual + kOutlier * solver::scaledDeviation(deviations, usual));
+    for (size_t i = 0; i < pictures.size(); ++i) {
+        pictures[i]->deviation = deviations[i];
+        if (deviations[i] > limit && pictures.size() >= kFewestToCompare)
+            pictures[i]->cause = QString::asprintf(
                 "a cell differs by %.1f %% from the median of the pictures, by more than %.1f %%",
-                100 * seen->deviation, 100 * limit);
+                deviations[i], limit);
+    }
 }
 
 // Empty, with the first one's cause for the user, when none can be used.
 std::optional<Cells> meanOf(Pictures pictures, QString* error) {
     Seen const& first = *pictures[0];
-    leaveUnusableOut(pictures);
-    if (pictures.size() >= kFewestToCompare)
+    auto const isLeftOut = [](Seen const* seen) { return !seen->cause.isEmpty(); };
+    std::erase_if(pictures, isLeftOut);
+    if (pictures.size() > 1)
         markOutliers(pictures);
-    leaveUnusableOut(pictures);
+    std::erase_if(pictures, isLeftOut);
     if (pictures.empty())
         return fail(first.means.of.file, first.cause, error);
     Cells sum = Cells::Zero(first.means.cells.rows(), 3);
@@ -104,10 +101,7 @@ std::optional<std::vector<Seen>> readPictures(Request const& request, QString* e
         Mosaic const &of = means->of, &first = pictures.empty() ? of : pictures[0].means.of;
         if (of.width != first.width || of.height != first.height)
             return fail(file,
-                        QStringLiteral("it has %1 x %2 pixels, unlike %3")
-                            .arg(of.width)
-                            .arg(of.height)
-                            .arg(first.file),
+                        QString::asprintf("it has %u x %u pixels, unlike ", of.width, of.height) + first.file,
                         error);
         // The light alone may differ between pictures.
         means->cells.rowwise() /= means->cells.colwise().mean();
@@ -122,23 +116,19 @@ std::optional<std::vector<Seen>> readPictures(Request const& request, QString* e
 
 void tellPictures(std::vector<Seen> const& pictures, Certificate& certificate) {
     std::vector<QJsonArray> rows;
-    for (Seen const& seen : pictures) {
-        char const* const used = !seen.cause.isEmpty() ? "no" : seen.isTurned ? "turned" : "yes";
-        rows.push_back({seen.means.of.file, seen.kelvin, used, 100 * seen.deviation, seen.cause});
-    }
+    for (Seen const& seen : pictures)
+        rows.push_back({seen.means.of.file, seen.kelvin, seen.isTurned, seen.cause.isEmpty(), seen.deviation,
+                        seen.cause});
     tell(certificate, "pictures", "Pictures", kPictureColumns, rows);
 }
 
 pictara::HeatMap mapOf(LensAndLamp const& told, double kelvin, int columns) {
     Eigen::ArrayXd const percent = 100 * (told.lamp - 1);
     double const end = std::max(1.0, percent.abs().maxCoeff());
-    return {QStringLiteral("lamp above its middle, %1 K").arg(kelvin),
-            " %",
-            columns,
-            {percent.begin(), percent.end()},
-            -end,
-            end};
+    QString const title = QStringLiteral("lamp above its middle, %1 K").arg(kelvin);
+    return {title, " %", columns, {percent.begin(), percent.end()}, -end, end};
 }
+
 std::optional<Certificate> measureCamera(Request const& request, int* exitCode, QString* error) {
     if (request.sensor.isEmpty())
         return *error = QStringLiteral("Pictures are needed, or a simulated --sensor."), std::nullopt;
@@ -178,9 +168,8 @@ std::optional<Certificate> measure(Request const& request, int* exitCode, QStrin
         QString const& named = (straight.empty() ? turned : straight)[0]->means.of.file;
         if (straight.empty() || turned.empty() != request.turned.isEmpty())
             return fail(named,
-                        QStringLiteral("of its lamp, %1 K, the camera took no %2 pictures")
-                            .arg(kelvin)
-                            .arg(straight.empty() ? "straight" : "turned"),
+                        QString::asprintf("of its lamp, %g K, the camera took no %s pictures", kelvin,
+                                          straight.empty() ? "straight" : "turned"),
                         error);
         std::optional<Cells> cells = meanOf(straight, error);
         std::optional<Cells> const other = cells && !turned.empty() ? meanOf(turned, error) : cells;
@@ -204,8 +193,7 @@ std::optional<Certificate> measure(Request const& request, int* exitCode, QStrin
         return std::nullopt;
     Certificate certificate{{}, "measured"};
     tellPictures(*pictures, certificate);
-    if (!lamps.empty())
-        tell(certificate, "lamps", "Lamps", kLampColumns, lamps);
+    tell(certificate, "lamps", "Lamps", kLampColumns, lamps);
     tellTables({{request.output, shading}}, certificate);
     certificate.maps.insert(certificate.maps.end(), lampMaps.begin(), lampMaps.end());
     return certificate;

@@ -11,20 +11,34 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <iterator>
+#include <fcntl.h>
 #include <libraw/libraw.h>
 #include <memory>
 #include <tiffio.h>
+#include <unistd.h>
 
 namespace shading {
 namespace {
 using simulator::CameraDescription;
 using simulator::FrameType;
 
-constexpr qint64 kMostBytes = 512 << 20;
-constexpr int kPngTail = 1024; // bytes, in which a whole PNG file tells its end
+constexpr int kTail = 1024; // bytes, in which a whole JPEG file tells its end
 constexpr char kNoMosaic[] = "it is no greyscale picture of 16 bits, as a mosaic is";
-constexpr char const* kPhases[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
+
+// While it lives nothing is printed as an error. Libraries do so, that of PNG past every handler.
+struct Silence {
+    Silence() {
+        if (int const nowhere = open("/dev/null", O_WRONLY); nowhere >= 0) {
+            dup2(nowhere, STDERR_FILENO);
+            close(nowhere);
+        }
+    }
+    ~Silence() {
+        dup2(kept, STDERR_FILENO);
+        close(kept);
+    }
+    int const kept = dup(STDERR_FILENO);
+};
 
 // A picture, and what its file tells of it.
 struct Told {
@@ -65,17 +79,18 @@ std::optional<Told> readPng(QString const& file, QByteArray const& bytes, QStrin
 }
 
 std::optional<Told> readTiff(QString const& file, QString* error) {
-    TIFFSetErrorHandler(nullptr);
-    TIFFSetWarningHandler(nullptr);
     std::unique_ptr<TIFF, void (*)(TIFF*)> const tiff(TIFFOpen(QFile::encodeName(file), "r"), TIFFClose);
     uint32_t width = 0, height = 0;
-    uint16_t bits = 0, channels = 0;
+    uint16_t bits = 0, channels = 0, format = 0, meaning = 0;
     if (!tiff || TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &width) == 0 ||
         TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &height) == 0)
         return fail(file, "cannot be read as a TIFF", error);
     (void)TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_BITSPERSAMPLE, &bits);
     (void)TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, &channels);
-    if (channels != 1 || bits != 16 || TIFFScanlineSize(tiff.get()) != tmsize_t(width) * 2)
+    (void)TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_SAMPLEFORMAT, &format);
+    (void)TIFFGetField(tiff.get(), TIFFTAG_PHOTOMETRIC, &meaning);
+    if (channels != 1 || bits != 16 || format != SAMPLEFORMAT_UINT || meaning == PHOTOMETRIC_MINISWHITE ||
+        TIFFScanlineSize(tiff.get()) != tmsize_t(width) * 2)
         return fail(file, kNoMosaic, error);
     std::optional<Told> told = roomFor(file, width, height, error);
     for (uint32_t y = 0; told && y < height; ++y)
@@ -164,21 +179,19 @@ std::optional<Told> readRawFile(QString const& file, QByteArray& bytes, QString*
 } // namespace
 
 QImage shownPicture(QByteArray bytes) {
+    Silence const silence;
     QBuffer buffer(&bytes);
     QImageReader reader(&buffer);
-    // Asked first: few bytes can tell a picture that no memory holds, and of a cut one the library tells by
-    // itself, past every handler.
+    // Asked first: few bytes can tell a picture that no memory holds, and half of a JPEG is shown.
     QSize const size = reader.size();
     bool const isTooLong = std::max(size.width(), size.height()) > int(kLongestSide);
-    bool const isCut = reader.format() == "png" && !bytes.right(kPngTail).contains("IEND");
+    bool const isCut = reader.format() == "jpeg" && !bytes.right(kTail).contains("\xFF\xD9");
     return isTooLong || isCut || reader.format() == "tiff" ? QImage() : reader.read();
 }
 
 std::optional<uint32_t> phaseNamed(QString const& name) {
-    auto const* const found = std::find_if(std::begin(kPhases), std::end(kPhases), [&](char const* phase) {
-        return name.toUpper() == QLatin1String(phase);
-    });
-    return found == std::end(kPhases) ? std::nullopt : std::optional(uint32_t(found - std::begin(kPhases)));
+    int const phase = QStringList{"RGGB", "GRBG", "GBRG", "BGGR"}.indexOf(name.toUpper());
+    return phase < 0 ? std::nullopt : std::optional(uint32_t(phase));
 }
 
 bool fillCoding(Coding& coding, QString const& profile, QString* error) {
@@ -186,10 +199,8 @@ bool fillCoding(Coding& coding, QString const& profile, QString* error) {
     if (!camera)
         return false;
     CameraDescription const& told = camera->description();
-    if (told.rawType != FrameType::Raw8 && told.rawType != FrameType::Raw12) {
-        *error = profile + QStringLiteral(": the sensor delivers no mosaic, as a picture holds one");
-        return false;
-    }
+    if (told.rawType != FrameType::Raw8 && told.rawType != FrameType::Raw12)
+        return *error = profile + ": the sensor delivers no mosaic, as a picture holds one", false;
     if (!coding.black)
         coding.blackSource = QStringLiteral("--sensor ") + profile;
     Coding::Bare const bare{told.width, told.height, told.rawType == FrameType::Raw8 ? 8U : 16U};
@@ -221,6 +232,7 @@ CameraDescription Mosaic::description() const {
 }
 
 std::optional<Mosaic> readMosaic(QString const& file, Coding const& coding, QString* error) {
+    Silence const silence;
     auto bytes = files::read(file, kMostBytes, error);
     if (!bytes)
         return std::nullopt;

@@ -10,6 +10,7 @@
 #include <vector>
 
 namespace shading {
+inline constexpr qint64 kMostBytes = 512 << 20;                     ///< of a picture's file
 inline constexpr uint32_t kShortestSide = 48, kLongestSide = 16384; ///< of a picture, pixels
 inline constexpr uint32_t kLongestRatio = 16;                       ///< of the sides; a table has rows
 

@@ -3,7 +3,6 @@
 #include "simulator/files/interruption.h"
 
 #include <QRect>
-#include <QStringList>
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -12,8 +11,25 @@ namespace shading {
 namespace {
 using simulator::Plane;
 
+// The white level, or the level below it at which samples pile up: many a sensor saturates before what its
+// file tells.
+double saturationOf(Mosaic const& mosaic) {
+    constexpr double kLeastShare = 0.001; // of the samples
+    constexpr uint32_t kPile = 4;         // times as many as at the next level below
+    std::vector<uint32_t> counts(65536);
+    for (uint16_t const sample : mosaic.samples)
+        ++counts[sample];
+    auto const isSeen = [](uint32_t count) { return count != 0; };
+    auto const top = std::find_if(counts.rbegin(), counts.rend() - 1, isSeen);
+    auto const below = std::find_if(std::min(top + 1, counts.rend() - 1), counts.rend() - 1, isSeen);
+    auto const level = double(counts.rend() - 1 - top);
+    bool const isPile = level > mosaic.whiteLevel / 2 && *top > kPile * *below &&
+                        *top > kLeastShare * double(mosaic.samples.size());
+    return isPile ? std::min(mosaic.whiteLevel, level) : mosaic.whiteLevel;
+}
+
 // From neighbours of one plane, which differ by noise alone: their mean distance is 2 / sqrt(pi) standard
-// deviations, and few hot pixels hardly change it.
+// deviations.
 double noiseInTheMiddle(Mosaic const& mosaic) {
     using Samples = Eigen::Array<uint16_t, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
     constexpr int kShare = 16; // of a side
@@ -74,6 +90,7 @@ std::optional<simulator::MeasuredShading::Illuminant> gainsOf(Cells const& cells
 
 PictureMeans meansOf(Mosaic mosaic) {
     PictureMeans means{.of = std::move(mosaic), .blocks = {}, .inspection = {}, .cells = {}};
+    means.of.whiteLevel = saturationOf(means.of);
     means.noise = noiseInTheMiddle(means.of);
     measureCells(means);
     // The black levels are taken off below, for the layout knows but one.

@@ -5,19 +5,16 @@
 #include "simulator/pictures/colour_pipeline.h"
 #include "tools/shading/commands.h"
 
-#include <QJsonArray>
 #include <algorithm>
-#include <memory>
-#include <utility>
 
 namespace shading {
 namespace {
 using pictara::Certificate;
 
-constexpr double kTolerance = 1;     // beyond the limit, what the dialog shows in yellow
-constexpr uint32_t kRing = 0xDD2200; // the dialog's red
-constexpr int kWidestShown = 470;    // pixels; of the page
-constexpr qint64 kMostBytes = 512 << 20;
+constexpr double kLimit = 2;          // a*b*; the dialog's
+constexpr double kTolerance = 1;      // beyond the limit, what the dialog shows in yellow
+constexpr uint32_t kRing = 0xDD2200;  // the dialog's red
+constexpr int kWidestShown = 470;     // pixels; of the page
 constexpr double kLeastLight = 0.005; // of full scale, below which no balance is found
 
 kestra::Frame frameOf(QImage const& picture) {
@@ -26,8 +23,8 @@ kestra::Frame frameOf(QImage const& picture) {
 }
 
 /// Shows a raw picture as the host does for the dialog: grey in the middle, from a quarter to three quarters
-/// of both sides. Null with the cause.
-QImage develop(Mosaic mosaic, QString& shownWith, QString* error) {
+/// of both sides. Null with the cause and, when it is too dark for that, the exit code.
+QImage develop(Mosaic mosaic, QString& shownWith, int* exitCode, QString* error) {
     simulator::CameraDescription const camera = mosaic.description();
     simulator::SensorArray const sites{mosaic.width, mosaic.height, mosaic.bayerPhase, 0};
     simulator::PerPlane<double> sums{};
@@ -46,6 +43,7 @@ QImage develop(Mosaic mosaic, QString& shownWith, QString* error) {
     double const red = sums[simulator::Red], blue = sums[simulator::Blue];
     double const full = (camera.whiteLevel - camera.blackLevel) * mosaic.width * mosaic.height / 16;
     if (std::min({red, green, blue}) < kLeastLight * full) {
+        *exitCode = kNothingFound;
         *error = QStringLiteral("%1: it is too dark to balance its colours").arg(mosaic.file);
         return {};
     }
@@ -80,11 +78,8 @@ QImage marked(QImage const& picture, QRect const& worst) {
 pictara::HeatMap mapOf(QImage const& picture, double worst) {
     auto const statistics = std::make_unique<CSbl>();
     statistics->measure(picture.constBits(), picture.width(), picture.height(), picture.bytesPerLine() / 4);
-    pictara::HeatMap map{.title = "Colour deviation of the blocks, a*b*",
-                         .unit = "",
-                         .columns = statistics->columns(),
-                         .values = {},
-                         .high = std::max(worst, 0.01)};
+    pictara::HeatMap map{
+        "Colour deviation of the blocks, a*b*", "", statistics->columns(), {}, 0, std::max(worst, 0.01)};
     for (int row = 0; row < statistics->rows(); ++row)
         for (int column = 0; column < statistics->columns(); ++column)
             map.values.push_back(statistics->deviation(row, column));
@@ -92,7 +87,7 @@ pictara::HeatMap mapOf(QImage const& picture, double worst) {
 }
 } // namespace
 
-std::optional<Certificate> rate(Request const& request, int* /*exitCode*/, QString* error) {
+std::optional<Certificate> rate(Request const& request, int* exitCode, QString* error) {
     QString const& file = request.files[0];
     auto const bytes = files::read(file, kMostBytes, error);
     if (!bytes)
@@ -102,7 +97,7 @@ std::optional<Certificate> rate(Request const& request, int* /*exitCode*/, QStri
     QString shownWith = QStringLiteral("its own values, as sRGB");
     if (picture.isNull())
         if (auto mosaic = readMosaic(file, request.coding, error))
-            picture = develop(*std::move(mosaic), shownWith, error);
+            picture = develop(*std::move(mosaic), shownWith, exitCode, error);
     if (picture.isNull())
         return std::nullopt;
     bool const isGrey = picture.isGrayscale();
@@ -110,28 +105,26 @@ std::optional<Certificate> rate(Request const& request, int* /*exitCode*/, QStri
     auto const measured = kestra::measureUniformity(frameOf(picture), 0);
     // A grey's chroma differs a little with its lightness, by the white point of the figure.
     double const value = measured && !isGrey ? measured->value : 0;
-    pictara::Verdict const verdict = value <= request.limit                ? pictara::Verdict::Pass
-                                     : value <= request.limit + kTolerance ? pictara::Verdict::Marginal
-                                                                           : pictara::Verdict::Fail;
+    pictara::Verdict const verdict = value <= kLimit                ? pictara::Verdict::Pass
+                                     : value <= kLimit + kTolerance ? pictara::Verdict::Marginal
+                                                                    : pictara::Verdict::Fail;
+    *exitCode = verdict == pictara::Verdict::Fail ? kNothingFound : kDone;
     Certificate certificate{{}, textOf(verdict), {}, verdict};
     certificate.tables.push_back({{},
                                   {{"Quality", "measured", "limit", "verdict"},
                                    {"Colour uniformity, a*b*", QString::number(value, 'f', 2),
-                                    QString::number(request.limit, 'f', 2), textOf(verdict)}}});
+                                    QString::number(kLimit, 'f', 2), textOf(verdict)}}});
     certificate.facts = {{"Picture", file}, {"Shown with", shownWith}};
-    certificate.figures = {{"colour_deviation_ab", value},
-                           {"colour_deviation_limit_ab", request.limit},
-                           {"is_greyscale", isGrey}};
+    certificate.figures = {
+        {"colour_deviation_ab", value}, {"colour_deviation_limit_ab", kLimit}, {"is_greyscale", isGrey}};
     if (isGrey)
         certificate.facts.emplace_back("Colour", "none: the picture is greyscale (a raw one takes --phase)");
     if (isGrey || !measured)
         return certificate;
     QRect const worst = measured->worstBlock; // its right and bottom do not belong to it
-    certificate.facts.emplace_back("Worst block", QStringLiteral("columns %1 to %2, rows %3 to %4")
-                                                      .arg(worst.left())
-                                                      .arg(worst.right() - 1)
-                                                      .arg(worst.top())
-                                                      .arg(worst.bottom() - 1));
+    certificate.facts.emplace_back("Worst block",
+                                   QString::asprintf("columns %d to %d, rows %d to %d", worst.left(),
+                                                     worst.right() - 1, worst.top(), worst.bottom() - 1));
     certificate.figures["worst_block_pixels"] =
         QJsonArray{worst.left(), worst.top(), worst.right(), worst.bottom()};
     certificate.maps.push_back(mapOf(picture, value));

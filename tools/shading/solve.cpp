@@ -1,21 +1,16 @@
 #include "common/sensor_kinds.h"
 #include "published/shadefit.h"
-#include "simulator/camera/optics.h"
 #include "simulator/pictures/block_report.h"
 #include "simulator/pictures/colour_pipeline.h"
 #include "tools/shading/camera_measurement.h"
-#include "tools/shading/command_line.h"
 #include "tools/shading/commands.h"
 #include "tools/shading/correction.h"
-#include "tools/shading/telling.h"
 
 #include <Eigen/Core>
 #include <QFile>
-#include <QJsonArray>
 #include <QScopeGuard>
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 namespace shading {
 namespace {
@@ -40,6 +35,7 @@ struct Lamp {
 
 /// What a solution costs in the corners, for the plane and corner of the largest gain, and what it leaves.
 constexpr Column kPrices[] = {{"falloff_percent", "falloff, %"},
+                              {"largest_gain", "largest gain", 2},
                               {"corner_gain", "corner gain", 2},
                               {"corner_noise_dB", "noise there, dB", 2},
                               {"left_colour_largest_ab", "largest a*b*", 2},
@@ -47,6 +43,8 @@ constexpr Column kPrices[] = {{"falloff_percent", "falloff, %"},
                               {"left_luminance_largest_percent", "largest luminance, %", 2},
                               {"left_luminance_mean_percent", "mean luminance, %", 2},
                               {"in_the_file", "in the file"}};
+constexpr Column kCoefficients[] = {
+    {"name", "register"}, {"value", "value"}, {"share_of_limit_percent", "% of the limit", 4}};
 using Figures = Eigen::Array<double, std::size(kPrices) - 2, 1>;
 
 /// What the dialog's page for the sensor asks the library for.
@@ -132,26 +130,26 @@ QByteArray flatField(simulator::SimulatedCamera& camera, double kelvin) {
     return {reinterpret_cast<char const*>(picture.constBits()), int(picture.sizeInBytes())};
 }
 
-/// What a solution costs and leaves of a flat field that is grey in the centre.
-struct Left {
-    Figures figures;
-    std::vector<double> colour; ///< a*b* off grey, row by row
-};
-
-Left leftOf(MeasuredShading const& table, double kelvin, CameraDescription const& told, Gain const& gain,
-            int falloffPercent) {
+// What a solution costs and leaves of a flat field that is grey in the centre, and the a*b* off grey, row by
+// row.
+std::pair<Figures, std::vector<double>> leftOf(MeasuredShading const& table, double kelvin,
+                                               CameraDescription const& told, Gain const& gain,
+                                               int falloffPercent) {
     constexpr Plane kColours[] = {Plane::Red, Plane::GreenRed, Plane::Blue};
     simulator::SensorArray const grid{.width = kAcross, .height = table.rows | 1};
     simulator::LensRows const lens = measuredLens(table, grid, kelvin);
     std::vector<Colour> cells(grid.pixels());
     std::vector<float> row(grid.width);
+    double largest = 0;
     auto const along = [](uint32_t i, uint32_t count) { return (double(i) + 0.5) / count; };
     for (uint32_t y = 0; y < grid.height; ++y)
         for (size_t colour = 0; colour < 3; ++colour) {
             lens(kColours[colour], y, row);
-            for (uint32_t x = 0; x < grid.width; ++x)
-                cells[y * grid.width + x][colour] =
-                    double(row[x]) * gain(kColours[colour], along(x, grid.width), along(y, grid.height));
+            for (uint32_t x = 0; x < grid.width; ++x) {
+                double const here = gain(kColours[colour], along(x, grid.width), along(y, grid.height));
+                cells[y * grid.width + x][colour] = double(row[x]) * here;
+                largest = std::max(largest, here);
+            }
         }
     Eigen::ArrayXd colour(cells.size()), luminance(cells.size()); // percent off the target
     Colour const centre = cells[cells.size() / 2];
@@ -172,14 +170,14 @@ Left leftOf(MeasuredShading const& table, double kelvin, CameraDescription const
         for (int k = 0; k < 4; ++k)
             corner = std::max(corner, gain(plane, k & 1, k >> 1));
     Figures figures;
-    figures << corner, 20 * std::log10(corner), colour.maxCoeff(), colour.mean(), luminance.abs().maxCoeff(),
-        luminance.abs().mean();
+    figures << std::max(largest, corner), corner, 20 * std::log10(corner), colour.maxCoeff(), colour.mean(),
+        luminance.abs().maxCoeff(), luminance.abs().mean();
     return {figures, {colour.begin(), colour.end()}};
 }
 
-// Scripts get all coefficients, the nearest to its limit first.
+// The nearest to its limit first.
 void tellRegisters(Calibration const& calibration, Certificate& certificate) {
-    std::vector<std::tuple<double, QString, uint32_t>> coefficients; // share of the limit, name, value
+    std::vector<QJsonArray> coefficients;
     RegisterValues const registers = calibration.registers();
     for (SensorLayout::Bank const& bank : calibration.layout.banks)
         for (SensorLayout::Coefficients const& plane : bank.planes)
@@ -188,22 +186,16 @@ void tellRegisters(Calibration const& calibration, Certificate& certificate) {
                 auto const entry = registers.find({id, address});
                 auto const* const found = vy_FindRegisterAddr(calibration.camera.handle(), address, 0, id);
                 if (entry != registers.end())
-                    coefficients.emplace_back(100 * std::abs(coefficientOf(entry->second)) /
-                                                  kLargestCoefficient,
-                                              QString::fromLatin1(found ? found->name : "-"), entry->second);
+                    coefficients.push_back(
+                        {found ? found->name : "-", QString::asprintf("0x%04x", entry->second),
+                         100 * std::abs(coefficientOf(entry->second)) / kLargestCoefficient});
             }
-    std::sort(coefficients.rbegin(), coefficients.rend());
-    pictara::Table table{
-        QStringLiteral("Of %1 coefficients, those nearest to the largest binary16").arg(coefficients.size()),
-        {{"register", "value", "% of the limit"}}};
-    QJsonArray figures;
-    for (auto const& [share, name, value] : coefficients) {
-        if (table.rows.size() <= kNearest)
-            table.rows.push_back({name, QString::asprintf("0x%04x", value), QString::number(share, 'g', 2)});
-        figures.append(QJsonObject{{"name", name}, {"value", int(value)}, {"share_of_limit_percent", share}});
-    }
-    certificate.tables.push_back(table);
-    certificate.figures["registers"] = figures;
+    std::stable_sort(coefficients.begin(), coefficients.end(), [](QJsonArray const& a, QJsonArray const& b) {
+        return a[2].toDouble() > b[2].toDouble();
+    });
+    tell(certificate, "registers",
+         QStringLiteral("Of %1 coefficients, those nearest to the largest binary16").arg(coefficients.size()),
+         kCoefficients, coefficients, kNearest);
 }
 } // namespace
 
@@ -236,7 +228,8 @@ std::optional<Certificate> solve(Request const& request, int* exitCode, QString*
     std::vector<QJsonArray> prices;
     // The one that is written is solved last, because the library writes its last one.
     std::vector<int> falloffs(std::begin(kFalloffs), std::end(kFalloffs));
-    falloffs.push_back(int(request.falloff));
+    std::erase(falloffs, request.falloff);
+    falloffs.push_back(request.falloff);
     for (size_t i = 0; i < falloffs.size(); ++i) {
         bool const isWritten = i + 1 == falloffs.size();
         if (!calibration.solve(lamps, falloffs[i])) {
@@ -246,25 +239,25 @@ std::optional<Certificate> solve(Request const& request, int* exitCode, QString*
         auto gains = gainsIn(*layout, calibration.registers());
         Figures most = Figures::Zero(); // of all lamps
         for (Lamp const& lamp : lamps) {
-            Left const left = leftOf(*table, lamp.kelvin, told, gains[lamp.slot], falloffs[i]);
-            most = most.max(left.figures);
+            auto const [figures, colour] = leftOf(*table, lamp.kelvin, told, gains[lamp.slot], falloffs[i]);
+            most = most.max(figures);
             if (isWritten)
                 certificate.maps.push_back({QStringLiteral("Colour left at %1 K, a*b*").arg(lamp.kelvin), "",
-                                            kAcross, left.colour, 0,
-                                            std::max(pictara::largestOf(left.colour), 0.01)});
+                                            kAcross, colour, 0, std::max(pictara::largestOf(colour), 0.01)});
         }
         prices.push_back({falloffs[i]});
         for (double const figure : most)
             prices.back().append(figure);
-        prices.back().append(isWritten ? "yes" : "");
+        prices.back().append(isWritten);
     }
     if (sf_DumpRegFile(calibration.handle.get(), QFile::encodeName(request.output).constData(),
                        calibration.takesThreeLamps ? calibration.kind.resultFileFormat : 0, 0, 0) != 0) {
         *error = logged;
         return std::nullopt;
     }
+    std::sort(prices.begin(), prices.end(),
+              [](QJsonArray const& a, QJsonArray const& b) { return a[0].toInt() < b[0].toInt(); });
     tell(certificate, "falloffs", "What the falloff costs, and what is left", kPrices, prices);
-    certificate.figures["solution"] = certificate.figures["falloffs"].toArray().last();
     certificate.facts = {{"Lens", QStringLiteral("%1 (%2)").arg(table->name, file)},
                          {"Sensor", told.profile},
                          {"Lamps", lights.join(", ")},

@@ -2,7 +2,6 @@
 
 #include "simulator/files/whole_file.h"
 #include "tools/shading/commands.h"
-#include "tools/shading/telling.h"
 
 #include <Eigen/Core>
 #include <QJsonDocument>

@@ -1,17 +1,20 @@
 #include "tools/shading/telling.h"
 
+#include <algorithm>
+
 namespace shading {
 namespace {
 QString textOf(QJsonValue const& value, Column const& column) {
-    QString const text = !value.isDouble()     ? value.toString()
-                         : column.decimals < 0 ? QString::number(value.toDouble())
-                                               : QString::number(value.toDouble(), 'f', column.decimals);
-    return text + column.unit;
+    if (!value.isDouble())
+        return value.toBool() ? QStringLiteral("yes") : value.toString();
+    bool const isPlain = column.decimals < 0;
+    return QString::number(value.toDouble(), isPlain ? 'g' : 'f', isPlain ? 6 : column.decimals) +
+           column.unit;
 }
 } // namespace
 
 void tell(pictara::Certificate& certificate, char const* key, QString const& title,
-          std::span<Column const> columns, std::vector<QJsonArray> const& rows) {
+          std::span<Column const> columns, std::vector<QJsonArray> const& rows, size_t shown) {
     pictara::Table table{title, std::vector<QStringList>(rows.size() + 1)};
     QJsonArray objects;
     for (Column const& column : columns)
@@ -31,7 +34,9 @@ void tell(pictara::Certificate& certificate, char const* key, QString const& tit
         }
         objects.append(object);
     }
-    certificate.tables.push_back(table);
+    table.rows.resize(std::min(rows.size(), shown) + 1);
+    if (!rows.empty())
+        certificate.tables.push_back(table);
     certificate.figures[key] = objects;
 }
 

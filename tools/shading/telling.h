@@ -15,10 +15,10 @@ struct Column {
     char const* unit = "";
 };
 
-/// Adds a table, and the same as a list of objects under `key`. The rows hold a text or a number for each
-/// column, and first what they are about.
+/// Adds a table of the first rows, and all as a list of objects under `key`. The rows hold a text, a number,
+/// a yes or no or nothing for each column, and first what they are about.
 void tell(pictara::Certificate& certificate, char const* key, QString const& title,
-          std::span<Column const> columns, std::vector<QJsonArray> const& rows);
+          std::span<Column const> columns, std::vector<QJsonArray> const& rows, size_t shown = SIZE_MAX);
 
 /// None, with the line that tells a user why.
 [[nodiscard]] std::nullopt_t fail(QString const& file, QString const& cause, QString* error);

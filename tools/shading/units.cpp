@@ -3,16 +3,12 @@
 #include "headboard/register_set.h"
 #include "simulator/files/whole_file.h"
 #include "simulator/solver/block_means.h"
-#include "tools/shading/command_line.h"
 #include "tools/shading/commands.h"
 #include "tools/shading/correction.h"
-#include "tools/shading/telling.h"
 
 #include <QCollator>
 #include <QDir>
-#include <QJsonArray>
 #include <algorithm>
-#include <cmath>
 #include <set>
 
 namespace shading {
@@ -24,15 +20,22 @@ using simulator::SensorLayout;
 constexpr qint64 kImageSize = 8192;
 constexpr size_t kFewestUnits = 5; // of fewer, no median tells which one is odd
 constexpr double kMostDistance = 3.5;
-constexpr double kSigmaPerMad = 1.4826; // of a normal distribution
-constexpr double kLeastSigma = 0.1;     // percent of the median gain, and of a ratio; below, registers round
+constexpr double kLeastSigma = 0.1; // percent of the median gain, and of a ratio; below, registers round
 
-/// What is told of a correction, in this order.
-constexpr Column kFigures[] = {
-    {"corner_gain_top_left", "top left"},       {"corner_gain_top_right", "top right"},
-    {"corner_gain_bottom_left", "bottom left"}, {"corner_gain_bottom_right", "bottom right"},
-    {"red_to_green_spread_percent", "R/G, %"},  {"blue_to_green_spread_percent", "B/G, %"}};
-constexpr int kCorners = 4, kCount = int(std::size(kFigures));
+/// What is told of a unit under one lamp; the figures of its correction stand in the middle.
+constexpr Column kColumns[] = {{"serial_number", "serial number"},
+                               {"lamp", "lamp"},
+                               {"file", "file"},
+                               {"corner_gain_top_left", "top left", 3},
+                               {"corner_gain_top_right", "top right", 3},
+                               {"corner_gain_bottom_left", "bottom left", 3},
+                               {"corner_gain_bottom_right", "bottom right", 3},
+                               {"red_to_green_spread_percent", "R/G, %", 3},
+                               {"blue_to_green_spread_percent", "B/G, %", 3},
+                               {"distance", "scaled deviations off", 1},
+                               {"falls_out", "falls out"}};
+constexpr Column kUnusableColumns[] = {{"file", "file"}, {"cause", "cause"}};
+constexpr int kCorners = 4, kCount = 6, kFirst = 3; ///< of the figures
 using Figures = Eigen::Array<double, kCount, 1>;
 
 /// A unit under one lamp.
@@ -102,32 +105,30 @@ bool readImage(QString const& name, simulator::SimulatedCamera& camera, Register
     return shading.fault.isEmpty();
 }
 
-// Adds the units under one lamp to what is told, and the serial numbers of those that fall out: by their
+using Rows = std::vector<QJsonArray>;
+
+QJsonArray rowOf(QString const& serial, QString const& lamp, QString const& file, Figures const& figures) {
+    QJsonArray row{serial, lamp, file};
+    for (double const figure : figures)
+        row.append(figure);
+    return row;
+}
+
+// Adds the units under one lamp, their medians and scaled deviations, and those that fall out: by their
 // distance from the median in scaled median absolute deviations (Iglewicz and Hoaglin 1993).
-void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate& certificate,
-               QJsonArray& told, std::set<QString>& fallen) {
-    Figures medians, sigmas;
+void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate& certificate, Rows& rows,
+               Rows& medians, std::set<QString>& fallen) {
+    Figures middle, sigmas;
     for (int i = 0; i < kCount; ++i) {
         std::vector<double> values;
         for (Unit const& unit : units)
             values.push_back(unit.figures(i));
-        double const median = medians(i) = solver::median(values);
-        for (double& value : values)
-            value = std::abs(value - median);
-        sigmas(i) = std::max(kSigmaPerMad * solver::median(values),
-                             i < kCorners ? kLeastSigma / 100 * median : kLeastSigma);
+        middle(i) = solver::median(values);
+        sigmas(i) = std::max(solver::scaledDeviation(values, middle(i)),
+                             i < kCorners ? kLeastSigma / 100 * middle(i) : kLeastSigma);
     }
-    pictara::Table table{"Green's gain in the corners against the centre, and colour spread; lamp: " + lamp,
-                         {{"serial number", "file"}}};
-    for (Column const& column : kFigures)
-        table.rows[0] << column.head;
-    auto const shown = [](double value) { return QString::number(value, 'f', 3); };
-    auto const add = [&](QString const& serial, QString const& file, Figures const& figures) {
-        table.rows.push_back({serial, file});
-        std::transform(figures.begin(), figures.end(), std::back_inserter(table.rows.back()), shown);
-    };
-    add("median", "", medians);
-    add("scaled deviation", "", sigmas);
+    medians.push_back(rowOf("median", lamp, {}, middle));
+    medians.push_back(rowOf("scaled deviation", lamp, {}, sigmas));
     pictara::ProfileChart chart{
         lamp + "_lamp_percent",
         "Corner gain against the median, and colour spread, %; lamp: " + lamp,
@@ -136,30 +137,20 @@ void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate&
     for (Unit const& unit : units) {
         int odd = 0; // the oddest figure
         double const distance =
-            units.size() < kFewestUnits ? 0 : ((unit.figures - medians).abs() / sigmas).maxCoeff(&odd);
+            units.size() < kFewestUnits ? 0 : ((unit.figures - middle).abs() / sigmas).maxCoeff(&odd);
         bool const fallsOut = distance > kMostDistance;
-        add(unit.serial, unit.file, unit.figures);
+        rows.push_back(rowOf(unit.serial, lamp, unit.file, unit.figures));
+        rows.back().append(distance);
+        rows.back().append(fallsOut);
         chart.lines[0].values.push_back(
-            100 * (unit.figures.head<kCorners>().mean() / medians.head<kCorners>().mean() - 1));
+            100 * (unit.figures.head<kCorners>().mean() / middle.head<kCorners>().mean() - 1));
         chart.lines[1].values.push_back(unit.figures(kCorners));
         chart.lines[2].values.push_back(unit.figures(kCorners + 1));
-        QJsonObject figures{{"serial_number", unit.serial},
-                            {"file", unit.file},
-                            {"lamp", lamp},
-                            {"distance", pictara::rounded(distance)},
-                            {"falls_out", fallsOut}};
-        for (int i = 0; i < kCount; ++i)
-            figures[kFigures[i].key] = pictara::rounded(unit.figures(i));
-        told.append(figures);
-        if (!fallsOut)
-            continue;
-        fallen.insert(unit.serial);
-        certificate.cause +=
-            QStringLiteral("%1%2 (lamp: %3): %4 is %5, median %6, %7 scaled deviations off")
-                .arg(certificate.cause.isEmpty() ? "" : "; ", unit.serial, lamp, kFigures[odd].head,
-                     shown(unit.figures(odd)), shown(medians(odd)), QString::number(distance, 'f', 1));
+        if (fallsOut && fallen.insert(unit.serial).second)
+            certificate.cause += QString::asprintf(
+                "%s%s: %s is %.3f, median %.3f", certificate.cause.isEmpty() ? "" : "; ",
+                qUtf8Printable(unit.serial), kColumns[kFirst + odd].head, unit.figures(odd), middle(odd));
     }
-    certificate.tables.push_back(table);
     certificate.profiles.push_back(chart);
 }
 } // namespace
@@ -174,7 +165,7 @@ std::optional<Certificate> units(Request const& request, int* exitCode, QString*
     if (!layout)
         return std::nullopt;
     std::map<uint32_t, std::vector<Unit>> byLamp;
-    pictara::Table unusable{"Files that cannot be used", {{"file", "cause"}}};
+    Rows rows, medians, unusable;
     std::set<QString> serials, fallen;
     for (QFileInfo const& file : folder.entryInfoList(QDir::Files, QDir::Name)) {
         if (!isResults(file) && file.size() != kImageSize && file.suffix() != QLatin1String("bin"))
@@ -186,38 +177,38 @@ std::optional<Certificate> units(Request const& request, int* exitCode, QString*
         if (isResults(file) ? readResults(file.filePath(), *layout, values, &cause)
                             : readImage(file.filePath(), *camera, values, serial, &cause))
             gains = gainsIn(*layout, values);
+        if (!gains.empty() && !serials.insert(serial).second) {
+            cause = QStringLiteral("%1: another file is of %2, too").arg(file.filePath(), serial);
+            gains.clear();
+        }
         for (auto const& [slot, gain] : gains)
             byLamp[slot].push_back({serial, file.fileName(), figuresOf(gain)});
         if (gains.empty())
-            unusable.rows.push_back({file.fileName(), cause});
-        else
-            serials.insert(serial);
+            unusable.push_back({file.fileName(), cause});
     }
     QCollator order{QLocale(QLocale::English)}; // that of C knows no numbers
     order.setNumericMode(true);
     Certificate certificate;
-    QJsonArray told;
     for (auto& [slot, units] : byLamp) {
         std::stable_sort(units.begin(), units.end(),
                          [&](Unit const& a, Unit const& b) { return order.compare(a.serial, b.serial) < 0; });
-        tellUnits(units, kLamps[slot], certificate, told, fallen);
+        tellUnits(units, kLamps[slot], certificate, rows, medians, fallen);
     }
-    if (unusable.rows.size() > 1)
-        certificate.tables.push_back(unusable);
-    certificate.figures["units"] = told;
+    tell(certificate, "units", "Green's gain in the corners against the centre, and colour spread", kColumns,
+         rows);
+    tell(certificate, "medians", "Medians and scaled median absolute deviations",
+         std::span(kColumns).first(kFirst + kCount), medians);
+    tell(certificate, "files_unusable", "Files that cannot be used", kUnusableColumns, unusable);
     size_t const count = serials.size();
     certificate.result = count == 0             ? QStringLiteral("no units")
                          : count < kFewestUnits ? QStringLiteral("too few to compare")
                          : fallen.empty()       ? QStringLiteral("alike")
                                           : QStringLiteral("%1 of %2 fall out").arg(fallen.size()).arg(count);
-    certificate.facts = {
-        {"Folder", name},
-        {"Sensor", camera->description().profile},
-        {"Falls out", QStringLiteral("of %1 units or more, what lies more than %2 scaled median "
-                                     "absolute deviations from the median (Iglewicz and Hoaglin 1993)")
-                          .arg(kFewestUnits)
-                          .arg(kMostDistance)}};
-    certificate.figures["files_unusable"] = int(unusable.rows.size()) - 1;
+    QString const bound = QString::asprintf(
+        "of %zu units or more, what lies more than %g scaled median absolute deviations from "
+        "the median (Iglewicz and Hoaglin 1993)",
+        kFewestUnits, kMostDistance);
+    certificate.facts = {{"Folder", name}, {"Sensor", camera->description().profile}, {"Falls out", bound}};
     if (count == 0)
         *exitCode = kNothingFound;
     return certificate;
