@@ -115,6 +115,19 @@ def _png(width, height):
             chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
 
 
+def _dng(width, height):
+    """One strip behind tags that fit into their entries (TIFF 6.0, DNG 1.4)."""
+    byte, short, long = 1, 3, 4
+    samples = b"".join(struct.pack("<H", 1500 + 4 * x) for x in range(width)) * height
+    count = 14
+    tags = [(256, long, 1, width), (257, long, 1, height), (258, short, 1, 16), (259, short, 1, 1),
+            (262, short, 1, 32803), (273, long, 1, 14 + 12 * count), (277, short, 1, 1), (278, long, 1, height),
+            (279, long, 1, len(samples)), (33421, short, 2, 2 | 2 << 16), (33422, byte, 4, 0x02010100),
+            (50706, byte, 4, 0x0401), (50714, short, 1, 160), (50717, short, 1, 4095)]
+    return (struct.pack("<2sHIH", b"II", 42, 8, count) + b"".join(struct.pack("<HHII", *tag) for tag in tags) +
+            struct.pack("<I", 0) + samples)
+
+
 class Seeds:
     """Good files of every kind, made by the programs themselves."""
 
@@ -144,6 +157,7 @@ class Seeds:
         self._make(programs, ["shading", "measure", "--sensor", self.plain, "-o", shading])
         self.shadings = [shading]
         self.pictures = [self._write("flat.png", _png(**_SMALL))]
+        self.raws = [self._write("flat.dng", _dng(**_SMALL))]
         self.samples = [self._write("flat.raw", b"\xdc\x05" * (_SMALL["width"] * _SMALL["height"]))]
         self.settings_of_config = [folder / "config.ini"]
         self._make(programs, ["headboard-config", "--screenshot", folder / "page.png", "--eeprom", folder / "c.bin",
@@ -226,6 +240,14 @@ def inputs_of(seeds):
             "shading", "compare", path, seeds.shadings[0], "--page", "out/page.html"]),
         Input("shading measure PNG", "binary", seeds.pictures, lambda path, _: [
             *measure, path], file="flat.png"),
+        Input("shading check DNG", "binary", seeds.raws, lambda path, _: [
+            "shading", "check", path, "--page", "out/page.html"], file="flat.dng"),
+        Input("shading rate", "binary", seeds.pictures, lambda path, _: [
+            "shading", "rate", path, "--page", "out/page.html"], file="flat.png"),
+        Input("shading solve", "json", seeds.shadings, lambda path, _: [
+            "shading", "solve", path, "--sensor", seeds.plain, "-o", "out/lens.ini"]),
+        Input("shading units", "binary", seeds.eeproms, lambda path, _: [
+            "shading", "units", "units", "--sensor", seeds.profile], file="units/board.bin"),
         Input("shading measure samples", "binary", seeds.samples, lambda path, _: [*measure, path]),
         Input("--ini", "text", seeds.presets, lambda path, _: [*run, *plain, "--ini", path]),
         Input("settings", "text", seeds.settings, lambda _, __: [*run, *plain], file="out/settings.ini"),
