@@ -193,7 +193,7 @@ std::optional<Certificate> measure(Request const& request, int* exitCode, QStrin
         return std::nullopt;
     Certificate certificate{{}, "measured"};
     tellPictures(*pictures, certificate);
-    tell(certificate, "lamps", "Lamps", kLampColumns, lamps);
+    tell(certificate, "lamps", "How the lamps rise", kLampColumns, lamps);
     tellTables({{request.output, shading}}, certificate);
     certificate.maps.insert(certificate.maps.end(), lampMaps.begin(), lampMaps.end());
     return certificate;
