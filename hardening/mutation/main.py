@@ -191,7 +191,8 @@ def main():
         trial.run()
     for workshop in workshops:
         workshop.close()
-    faults = print_report(trial.results, sources, _SOURCE / "docs" / "mutation.md", arguments.every)
+    page = _SOURCE / "docs" / "mutation.md"
+    faults = print_report(trial.results, sources, page, arguments.every, arguments.since)
     tried = len(trial.results)
     if tried:
         print_time(workshops, tried, time.monotonic() - begin, _processor_time() - used)
