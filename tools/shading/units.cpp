@@ -194,10 +194,10 @@ std::optional<Certificate> units(Request const& request, int* exitCode, QString*
                          [&](Unit const& a, Unit const& b) { return order.compare(a.serial, b.serial) < 0; });
         tellUnits(units, kLamps[slot], certificate, rows, medians, fallen);
     }
-    tell(certificate, "units", "Green's gain in the corners against the centre, and colour spread", kColumns,
-         rows);
     tell(certificate, "medians", "Medians and scaled median absolute deviations",
          std::span(kColumns).first(kFirst + kCount), medians);
+    tell(certificate, "units", "Green's gain in the corners against the centre, and colour spread", kColumns,
+         rows);
     tell(certificate, "files_unusable", "Files that cannot be used", kUnusableColumns, unusable);
     size_t const count = serials.size();
     certificate.result = count == 0             ? QStringLiteral("no units")
