@@ -16,7 +16,7 @@ _LONGEST = 60  # seconds; then the program is asked to end
 _PATIENCE = 30  # seconds for it to do so
 _MEMORY = 3 << 30
 _PROCESSOR_TIME = 120
-_CODES = {"pictara-sim": {*range(10)}, "headboard-config": {0, 1, 2}, "headboard-image": {0, 1, 2},
+_CODES = {"pictara-sim": {*range(11)}, "headboard-config": {0, 1, 2}, "headboard-image": {0, 1, 2},
           "shading": {0, 1, 2, 4, 5, 6}}
 _TEMPORARY = re.compile(r"\.[A-Za-z]{6}$")
 _INTERRUPTED = 130
