@@ -17,6 +17,8 @@ using simulator::MeasuredShading;
 using simulator::SimulatedCamera;
 
 constexpr char kQuiet[] = R"(, "readOut": {"electronsPerCount": 25})";
+constexpr char kSmall[] =
+    R"(, "layout": {"width": 480, "height": 270}, "array": {"width": 480, "height": 270)";
 
 // A lens off the middle, whose smallest gain is 1.
 MeasuredShading knownLens() {
@@ -36,8 +38,10 @@ MeasuredShading knownLens() {
 
 // A camera with files of its own beside its profile.
 struct SmallCamera : TestFiles {
-    explicit SmallCamera(char const* base, QByteArray const& more = {})
-        : camera(SimulatedCamera::open(smallProfile(base, kNoEeprom + more), &error)) {
+    explicit SmallCamera(char const* base, QByteArray const& more = {}, char const* phase = "")
+        : camera(SimulatedCamera::open(
+              writeChangedProfile(folder.path(), base, kSmall + QByteArray(phase) + '}' + kNoEeprom + more),
+              &error)) {
         EXPECT_TRUE(camera) << qPrintable(error);
     }
     void takeKnownLens() {
@@ -159,11 +163,7 @@ void writeTiff(QString const& name, QImage const& samples, RawFile const& fields
 struct Pictures : testing::Test, SmallCamera {
     using Lamp = std::function<double(double u, double v)>; ///< from -1 to 1
 
-    Pictures()
-        : SmallCamera("polynomial",
-                      QByteArray(kQuiet) + R"(, "array": {"width": 480, "height": 270, "bayerPhase": 1})") {
-        camera->setLight(light);
-    }
+    Pictures() : SmallCamera("polynomial", kQuiet, R"(, "bayerPhase": 1)") { camera->setLight(light); }
 
     // The next frame, what lies above black multiplied by a lamp.
     [[nodiscard]] QImage picture(
