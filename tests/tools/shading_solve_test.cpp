@@ -26,7 +26,8 @@ struct ShadingTool : testing::Test, TestFiles {
         for (double const kelvin : kStandardLights) {
             shading.illuminants.push_back({kelvin, {}});
             for (int i = 0; i < 3 * 32 * 18; ++i) {
-                double const u = (i / 3 % 32 + 0.5) / 16 - 1, v = (i / 96 + 0.5) / 9 - 1;
+                int const column = i / 3 % 32, row = i / 96;
+                double const u = (column + 0.5) / 16 - 1, v = (row + 0.5) / 9 - 1;
                 double const share = i % 3 == 0 ? 0.5 + kelvin / 48000 : 0.5;
                 shading.illuminants.back().gains[size_t(i % 3)].push_back(1 /
                                                                           (1 - share * (u * u + v * v) / 2));

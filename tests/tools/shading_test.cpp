@@ -26,7 +26,8 @@ MeasuredShading knownLens() {
     for (double const kelvin : {2856.0, 6500.0}) {
         lens.illuminants.push_back({.temperature = kelvin, .gains = {}});
         for (int i = 0; i < 32 * 18; ++i) {
-            double const u = (i % 32 - 14.5) / 16, v = (i / 32 - 8.5) / 9;
+            int const column = i % 32, row = i / 32;
+            double const u = (column - 14.5) / 16, v = (row - 8.5) / 9;
             double const r2 = u * u + v * v - 0.25 / 256 - 0.25 / 81;
             for (size_t colour = 0; colour < 3; ++colour)
                 lens.illuminants.back().gains[colour].push_back(1 + (0.4 + 0.1 * double(colour)) * r2 *
@@ -174,8 +175,8 @@ struct Pictures : testing::Test, SmallCamera {
         for (int y = 0; y < frame.height; ++y)
             for (int x = 0; x < image.width(); ++x) {
                 double const u = (2 * x + 1.0) / image.width() - 1, v = (2 * y + 1.0) / image.height() - 1;
-                int const sample =
-                    qFromLittleEndian<quint16>(frame.pixels.constData() + y * int(frame.pitch) + 2 * x);
+                int const sample = qFromLittleEndian<quint16>(frame.pixels.constData() +
+                                                              y * ptrdiff_t{frame.pitch} + ptrdiff_t{2} * x);
                 double const seen = double(black[size_t(y % 2 * 2 + x % 2)]) + lamp(u, v) * (sample - 160);
                 reinterpret_cast<quint16*>(image.scanLine(y))[x] =
                     quint16(std::lround(std::min(seen, 4095.0)));
@@ -260,7 +261,7 @@ TEST_F(Pictures, ThatWereTurnedTellTheLensFromTheLamp) {
     uneven.illuminants = {*gainsOf(single.cells, 2856)};
     EXPECT_GT(largestDifference(uneven, lens), 0.1);
     // Less light is no lamp.
-    Cells const grey = Cells::Constant(32 * 18, 3, 0.5), darker = Cells::Constant(32 * 18, 3, 0.2);
+    Cells const grey = Cells::Constant(576, 3, 0.5), darker = Cells::Constant(576, 3, 0.2);
     EXPECT_LT(separate(grey, darker, 32)->leftOver, 1e-6);
     // Without a gradient nothing is to be seen of a curvature, and none is invented.
     EXPECT_LT(largestDifference(table(even.mid(0, 4) + QStringList("--turned") + even.mid(4)), lens), 0.005);
@@ -275,7 +276,7 @@ TEST_F(Pictures, ThatDifferFromTheOthersAreNamedAndLeftOut) {
     QString const object = dng("object_2856k.dng", picture());
     EXPECT_EQ(largestDifference(table(QStringList{"--format", "tuning", object, shifted} + names), expected),
               0);
-    for (QJsonValue const& picture : figures["pictures"].toArray())
+    for (QJsonValue const picture : figures["pictures"].toArray())
         EXPECT_EQ(picture["used"].toBool(), names.contains(picture["file"].toString()))
             << qPrintable(picture["file"].toString());
 
@@ -284,7 +285,7 @@ TEST_F(Pictures, ThatDifferFromTheOthersAreNamedAndLeftOut) {
         QJsonDocument::fromJson(*files::read(path("table.json.tuning.json"), files::kMostText, &error));
     QJsonValue const lamp = tuning["lamps"].toArray()[0];
     std::vector<double> ratios;
-    for (QJsonValue const& ratio : lamp["red_over_green"].toArray())
+    for (QJsonValue const ratio : lamp["red_over_green"].toArray())
         ratios.push_back(ratio.toDouble());
     ASSERT_EQ(ratios.size(), 16U * 12);
     EXPECT_EQ(*std::min_element(ratios.begin(), ratios.end()), 1);

@@ -116,6 +116,7 @@ std::optional<std::vector<Seen>> readPictures(Request const& request, QString* e
 
 void tellPictures(std::vector<Seen> const& pictures, Certificate& certificate) {
     std::vector<QJsonArray> rows;
+    rows.reserve(pictures.size());
     for (Seen const& seen : pictures)
         rows.push_back({seen.means.of.file, seen.kelvin, seen.isTurned, seen.cause.isEmpty(), seen.deviation,
                         seen.cause});

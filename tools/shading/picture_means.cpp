@@ -36,11 +36,11 @@ double noiseInTheMiddle(Mosaic const& mosaic) {
     int const width = int(mosaic.width), columns = width / 2, rows = int(mosaic.height) / 2;
     uint16_t const* const first =
         &mosaic.samples[(mosaic.bayerPhase >> 1) * mosaic.width + (~mosaic.bayerPhase & 1)];
-    Eigen::ArrayXXd const green =
-        Eigen::Map<Samples const, 0, Eigen::Stride<Eigen::Dynamic, 2>>(first, rows, columns, {2 * width, 2})
-            .block(rows / 2 - rows / kShare / 2, columns / 2 - columns / kShare / 2, rows / kShare,
-                   columns / kShare + 1)
-            .cast<double>();
+    Eigen::ArrayXXd const green = Eigen::Map<Samples const, 0, Eigen::Stride<Eigen::Dynamic, 2>>(
+                                      first, rows, columns, {2 * Eigen::Index(width), 2})
+                                      .block(rows / 2 - rows / kShare / 2, columns / 2 - columns / kShare / 2,
+                                             rows / kShare, columns / kShare + 1)
+                                      .cast<double>();
     Eigen::Index const pairs = green.cols() - 1;
     double const level = green.mean() - mosaic.blackLevel[Plane::GreenRed];
     double const distance = (green.leftCols(pairs) - green.rightCols(pairs)).abs().mean();
@@ -72,7 +72,7 @@ Cells cellsOf(pictara::BlockReport const& blocks, uint32_t orientation) {
         int const column = (orientation & 1) != 0 ? blocks.columns - 1 - x : x;
         int const row = (orientation & 2) != 0 ? blocks.rows - 1 - y : y;
         cells.row(i) = Eigen::Map<Eigen::Array<double, 1, 3> const>(
-            blocks.means[size_t(row * blocks.columns + column)].data());
+            blocks.means[size_t(row) * size_t(blocks.columns) + size_t(column)].data());
     }
     return cells;
 }

@@ -39,9 +39,10 @@ std::optional<LensAndLamp> separate(Cells const& straight, Cells const& turned, 
     Eigen::Index const count = straight.rows();
     double const rows = double(count) / columns;
     Eigen::MatrixX2d places(count, 2);
-    for (Eigen::Index i = 0; i < count; ++i)
-        places.row(i) << (2 * double(i % columns) + 1) / columns - 1,
-            (2 * double(i / columns) + 1) / rows - 1;
+    for (Eigen::Index i = 0; i < count; ++i) {
+        Eigen::Index const row = i / columns;
+        places.row(i) << (2 * double(i % columns) + 1) / columns - 1, (2 * double(row) + 1) / rows - 1;
+    }
     Eigen::MatrixX3d squares(count, 3);
     squares << places.col(0).cwiseAbs2(), places.rowwise().prod(), places.col(1).cwiseAbs2();
     LensAndLamp result{.lens = straight, .lamp = {}};

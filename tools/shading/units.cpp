@@ -121,6 +121,7 @@ void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate&
     Figures middle, sigmas;
     for (int i = 0; i < kCount; ++i) {
         std::vector<double> values;
+        values.reserve(units.size());
         for (Unit const& unit : units)
             values.push_back(unit.figures(i));
         middle(i) = solver::median(values);
