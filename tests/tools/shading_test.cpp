@@ -105,7 +105,6 @@ TEST(ShadingProgram, MeasuresALensAndLaysItBesideAnother) {
     Outcome const compared = shade({"compare", first, flat, "--json"});
     expectDone(compared);
     QJsonArray const planes = figuresOf(compared)["planes"].toArray();
-    ASSERT_EQ(planes.size(), 9);
     for (int plane = 0; plane < 9; ++plane) {
         EXPECT_EQ(planes[plane]["colour_temperature_K"].toDouble(), kStandardLights[size_t(plane / 3)]);
         EXPECT_EQ(planes[plane]["second_largest_gain"].toDouble(), 1);

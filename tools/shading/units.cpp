@@ -120,10 +120,8 @@ void tellUnits(std::vector<Unit> const& units, QString const& lamp, Certificate&
                Rows& medians, std::set<QString>& fallen) {
     Figures middle, sigmas;
     for (int i = 0; i < kCount; ++i) {
-        std::vector<double> values;
-        values.reserve(units.size());
-        for (Unit const& unit : units)
-            values.push_back(unit.figures(i));
+        std::vector<double> values(units.size());
+        std::ranges::transform(units, values.begin(), [i](Unit const& unit) { return unit.figures(i); });
         middle(i) = solver::median(values);
         sigmas(i) = std::max(solver::scaledDeviation(values, middle(i)),
                              i < kCorners ? kLeastSigma / 100 * middle(i) : kLeastSigma);
