@@ -42,6 +42,17 @@ def read_arguments():
     return arguments
 
 
+def added_up(rows):
+    """The rows as one text, in which rows that differ by their counts alone are one with the sums."""
+    count = re.compile(r"(?<![\d.])\d+(?![\d.])")
+    sums = {}
+    for row in rows:
+        form = count.sub("{}", row)
+        counts = [int(number) for number in count.findall(row)]
+        sums[form] = [sum(pair) for pair in zip(sums.get(form, [0] * len(counts)), counts)]
+    return "; ".join(form.format(*counts) for form, counts in sums.items())
+
+
 def run(name):
     """The cells of a row of the table, and whether nothing was found."""
     command, pattern, told = _PROOFS[name]
@@ -52,7 +63,7 @@ def run(name):
         code = subprocess.run(command.split(), cwd=_SOURCE, stdout=output, stderr=subprocess.STDOUT).returncode
     minutes = (time.monotonic() - begin) / 60
     found = re.findall(pattern, log.read_text(errors="replace"), re.MULTILINE)
-    tried = "; ".join(told.format(*(groups if isinstance(groups, tuple) else (groups,))) for groups in found)
+    tried = added_up(told.format(*(groups if isinstance(groups, tuple) else (groups,))) for groups in found)
     result = "nothing" if code == 0 else f"exit {code}: see {log.relative_to(_SOURCE)}"
     # A proof that tells nothing has proved nothing.
     is_good = code == 0 and bool(found)
