@@ -52,7 +52,10 @@ void fillGaussian(uint64_t stream, std::vector<float>& values) {
     }
 }
 
-float quantised(float counts) { return float(int(std::min(std::max(counts, 0.0F), kWhite) + 0.5F)); }
+// Of a number that is not negative. Vectors do so to whole rows, which lround() keeps them from.
+int nearest(float value) { return int(value + 0.5F); } // NOLINT(bugprone-incorrect-roundings)
+
+float quantised(float counts) { return float(nearest(std::min(std::max(counts, 0.0F), kWhite))); }
 
 // A row of the array in the converter's counts. The same row of the same exposure is always the same.
 void convertRow(Exposing const& exposing, uint32_t y, std::vector<float>& row) {
@@ -99,7 +102,7 @@ constexpr float kBlueWeight = 0.114F;
 constexpr float kGreenWeight = 1 - kRedWeight - kBlueWeight;
 constexpr float kChromaZero = 128;
 
-char rounded(float value) { return char(uint8_t(std::clamp(value, 0.0F, 255.0F) + 0.5F)); }
+char rounded(float value) { return char(uint8_t(nearest(std::clamp(value, 0.0F, 255.0F)))); }
 
 // The four samples of a 2 x 2 cell make one colour; which is which follows from the delivered phase. Chroma
 // and luma are then those of the cell: no detail is invented.
@@ -127,7 +130,7 @@ void codeYcbcr(Exposing const& exposing, Mosaic const& mosaic, Frame& frame) {
             std::array const cell = {code, rounded(kChromaZero + chromaSpan * blueDifference), code,
                                      rounded(kChromaZero + chromaSpan * redDifference)};
             for (uint32_t const row : {y, y + 1})
-                std::copy(cell.begin(), cell.end(), pixels + row * frame.pitch + 2 * x);
+                std::copy(cell.begin(), cell.end(), pixels + size_t{row} * frame.pitch + size_t{2} * x);
         }
 }
 } // namespace

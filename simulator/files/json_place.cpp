@@ -51,6 +51,7 @@ std::vector<JsonPlace> JsonPlace::items(size_t count) const {
     if (count != 0 && size_t(array.size()) != count)
         fail(QStringLiteral("%1 values are expected, not %2").arg(count).arg(array.size()));
     std::vector<JsonPlace> places;
+    places.reserve(size_t(array.size()));
     for (int i = 0; i < array.size(); ++i)
         places.push_back(child(array.at(i), QStringLiteral("%1[%2]").arg(m_path).arg(i)));
     // Whoever asked for a count may index by it even when the file is at fault.

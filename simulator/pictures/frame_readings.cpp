@@ -13,7 +13,7 @@ bool isMosaic(Frame const& frame) { return frame.type == FrameType::Raw8 || fram
 
 char const* bytesAt(Frame const& frame, int x, int y) {
     return frame.pixels.constData() + qsizetype(y) * frame.pitch +
-           x * (frame.type == FrameType::Raw8 ? 1 : 2);
+           qsizetype(x) * (frame.type == FrameType::Raw8 ? 1 : 2);
 }
 
 int sampleAt(Frame const& frame, int x, int y) {
@@ -54,7 +54,7 @@ double markClipped(Frame const& frame, CameraDescription const& camera, QImage c
         auto const* const shown = reinterpret_cast<QRgb const*>(picture.constScanLine(y));
         auto* const out = reinterpret_cast<QRgb*>(marked.scanLine(y));
         auto const* const row = reinterpret_cast<uchar const*>(bytesAt(frame, 0, y));
-        for (int x = 0, width = picture.width(); x < width; ++x) {
+        for (qsizetype x = 0, width = picture.width(); x < width; ++x) {
             int const level = isWide       ? row[2 * x] | row[2 * x + 1] << 8
                               : hasSamples ? row[x]
                                            : std::max({qRed(shown[x]), qGreen(shown[x]), qBlue(shown[x])});

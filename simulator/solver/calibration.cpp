@@ -16,7 +16,7 @@ uint32_t clampedFalloff(uint32_t percent) { return std::clamp(percent, 50u, 125u
 void logRefusedBlocks(BlockMeans const& means, BlockMask const& refused) {
     QStringList rows;
     for (int row = 0; row < means.rows && refused.size() != 0; ++row) {
-        auto const first = refused.begin() + row * means.columns, end = first + means.columns;
+        auto const first = refused.begin() + Eigen::Index{row} * means.columns, end = first + means.columns;
         QStringList runs;
         for (auto from = std::find(first, end, true); from != end;) {
             auto const to = std::find(from, end, false);

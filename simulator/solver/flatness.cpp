@@ -33,7 +33,7 @@ QString exposureFault(BlockMeans const& means, Flaw& flaw, BlockMask& refused) {
     double brightest = 0;
     double darkest = 1;
     double clipped = 0;
-    BlockMask isClipped = BlockMask::Zero(means.columns * means.rows);
+    BlockMask isClipped = BlockMask::Zero(Eigen::Index{means.columns} * means.rows);
     BlockMask isDark = isClipped;
     for (ComponentMeans const& plane : means.planes) {
         brightest = std::max(brightest, plane.mean.maxCoeff());

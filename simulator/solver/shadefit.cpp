@@ -11,7 +11,6 @@
 #include <vector>
 
 using simulator::Call;
-using simulator::callText;
 using simulator::callTexts;
 using simulator::libraryWatch;
 using simulator::observed;
@@ -74,8 +73,6 @@ static QByteArray callText(sf_RegList const* list) {
 }
 
 namespace {
-using simulator::callText; // besides those below
-
 uint32_t handlesWatched = 0;
 
 QByteArray createdText(sf_Handle* handle) {

@@ -8,7 +8,7 @@ using namespace kestra;
 namespace {
 TEST(Access, SensorKindDecidesWhereTheEepromIs) {
     FakeLibraries fake;
-    EepromShare eeprom;
+    EepromShare eeprom = HeadboardEepromCreate(fake.camera());
     using Row = std::tuple<uint32_t, uint32_t, bool>;
     for (auto const& [kind, address, bridgeOnly] :
          {Row{33, 0xA8, false}, Row{71, 0xA8, true}, Row{95, 0xAA, false}, Row{99, 0xAA, false},

@@ -6,6 +6,7 @@
 #include "simulator/pictures/frame_readings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
@@ -41,7 +42,7 @@ Frame bayerFrame(CameraDescription const& camera, Counts counts) {
             bool const redColumn = ((x ^ camera.bayerPhase) & 1) == 0;
             bool const redRow = ((y ^ camera.bayerPhase >> 1) & 1) == 0;
             Site const site = redColumn != redRow ? Site::Green : redRow ? Site::Red : Site::Blue;
-            auto const sample = uint16_t(counts(site, x, y) + 0.5);
+            auto const sample = uint16_t(std::lround(counts(site, x, y)));
             std::memcpy(frame.pixels.data() + y * frame.pitch + 2 * x, &sample, 2);
         }
     return frame;

@@ -29,6 +29,7 @@ constexpr bool kForks = false;
 constexpr bool kForks = true;
 
 // What is alive when a process ends is left to the system, deliberately: that is no leak.
+// Published by the sanitizer. NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" [[gnu::visibility("default")]] int __lsan_is_turned_off() { return 1; }
 #endif
 

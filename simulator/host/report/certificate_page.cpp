@@ -23,7 +23,7 @@ QString filled(QString const& text, QJsonObject const& values) {
         end = match.capturedEnd();
         if (match.capturedLength(1) > 0)
             result += values[match.captured(1)].toVariant().toString().toHtmlEscaped();
-        for (QJsonValue const& each : values[match.captured(2)].toArray())
+        for (QJsonValue const each : values[match.captured(2)].toArray())
             result += filled(match.captured(3), each.toObject());
     }
     return result + text.mid(end);

@@ -60,11 +60,11 @@ std::vector<double> ratioResidual(BlockReport const& blocks, size_t channel) {
 
 // From the top left to the bottom right corner; both are among them.
 std::vector<double> diagonal(std::vector<double> const& values, int columns) {
-    std::vector<double> line;
-    int const rows = int(values.size()) / columns, steps = std::max(columns, rows);
-    int const last = std::max(steps - 1, 1);
-    for (int i = 0; i < steps; ++i)
-        line.push_back(values[size_t(i * (rows - 1) / last * columns + i * (columns - 1) / last)]);
+    size_t const across = size_t(columns), down = values.size() / across, steps = std::max(across, down);
+    size_t const last = std::max(steps, size_t{2}) - 1;
+    std::vector<double> line(steps);
+    for (size_t i = 0; i < steps; ++i)
+        line[i] = values[i * (down - 1) / last * across + i * (across - 1) / last];
     return line;
 }
 

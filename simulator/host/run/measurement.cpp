@@ -35,7 +35,7 @@ QJsonValue uniformityOfTable(size_t table, Session& session, DialogPage& page, R
         present.push_back(session.registers().read(names[i].constData(), ""));
         session.setRegister(names[i], i == table ? uint32_t(names.size()) : unreal++);
     }
-    QJsonValue const figure = uniformity(page, driver, true);
+    QJsonValue figure = uniformity(page, driver, true);
     for (size_t i = 0; i < names.size(); ++i)
         session.setRegister(names[i], present[i]);
     return figure;

@@ -97,7 +97,7 @@ void HostWindow::connectPicture() {
     connectSave(m_ui->saveCertificate, "certificate.html", [this] {
         m_clock.stop(); // frames come by the measurement
         QApplication::setOverrideCursor(Qt::WaitCursor);
-        QByteArray const page = sittingPage(m_session, DialogPage::find(m_dialog));
+        QByteArray page = sittingPage(m_session, DialogPage::find(m_dialog));
         QApplication::restoreOverrideCursor();
         m_clock.start(0);
         return page;
