@@ -44,7 +44,7 @@ TEST_F(Chain, BlankDeviceIsNotFormattedAndFormattingTakesSixBytes) {
     EXPECT_EQ(space(), std::pair(8171, 0));
     EXPECT_EQ(flush(), kEepromOk);
     EXPECT_EQ(onDevice(0, 6), (Bytes{'V', 'Y', 'E', 'E', 1, 0xFF}));
-    EXPECT_EQ(board.timesWritten[6], 0);
+    EXPECT_EQ(board.eeprom.bytesWritten(), 6U);
     ASSERT_EQ(EepromFormat(*eeprom, 0x102), kEepromOk);
     EXPECT_EQ(eeprom->image[4], 2);
     board.deviceAddress = 0x50;

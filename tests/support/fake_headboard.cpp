@@ -29,7 +29,7 @@ uint32_t maskOf(FakeRegister const& reg, char const* bitfield) {
 } // namespace
 
 FakeHeadboard::FakeHeadboard(simulator::EepromContents const& contents)
-    : eeprom(contents, clock), timesRead(device.size()), timesWritten(device.size()) {
+    : eeprom(contents, clock), timesRead(device.size()) {
     clock.useVirtualTime();
     headboard = this;
 }
@@ -181,12 +181,7 @@ int FakeHeadboard::write(uint32_t busAddress, uint32_t start, std::span<uint32_t
         return result(BusAnswer::NotAcknowledged);
     MUST_HOLD(start < device.size());
     std::vector<uint8_t> const bytes(words.begin(), words.end());
-    uint64_t const before = eeprom.bytesWritten();
-    int const status = result(eeprom.write(start, bytes));
-    uint32_t const page = start / simulator::kEepromPageSize * simulator::kEepromPageSize;
-    for (uint64_t i = 0; i < eeprom.bytesWritten() - before; ++i)
-        ++timesWritten[page + (start + i) % simulator::kEepromPageSize];
-    return status;
+    return result(eeprom.write(start, bytes));
 }
 
 int FakeHeadboard::writePages(uint32_t busAddress, uint32_t start, std::span<uint32_t const> words) {

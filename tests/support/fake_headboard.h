@@ -47,8 +47,8 @@ public:
     uint32_t deviceAddress = 0xA8;
     /// A sensor that drives the bus itself begins another transfer at a page's end.
     bool splitsAtPages = false;
-    std::vector<int> timesRead, timesWritten; ///< of each byte of the device
-    int64_t operations = 0;                   ///< on the bus so far
+    std::vector<int> timesRead; ///< of each byte of the device
+    int64_t operations = 0;     ///< on the bus so far
 
     /// The fault strikes the operation that is so many ahead, the next one being 0, and with `lasts` all
     /// later ones. It takes the place of what was planned before.
