@@ -4,7 +4,6 @@
 #include "headboard/register_record.h"
 #include "headboard/register_set.h"
 #include "tests/support/camera_under_test.h"
-#include "tests/support/linked_library.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -46,14 +45,10 @@ Row const kRows[] = {
 class ProfileRules : public ::testing::TestWithParam<Row> {
 protected:
     ProfileRules() {
-        installVeyra2(linkedLibrary());
         camera->useVirtualTime();
         pauseFor.replace([this](std::chrono::milliseconds time) { camera->advanceTime(int(time.count())); });
     }
-    ~ProfileRules() override {
-        pauseFor.replace({});
-        installVeyra2({});
-    }
+    ~ProfileRules() override { pauseFor.replace({}); }
 
     [[nodiscard]] std::vector<RegisterEntry> storedEntries(uint8_t type) const {
         EepromShare const eeprom = HeadboardEepromCreate(camera->handle());
