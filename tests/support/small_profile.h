@@ -17,13 +17,6 @@ inline QString writeChangedProfile(QString const& folder, char const* base, QByt
 /// Saving to an EEPROM takes seconds; where that does not matter, there is none.
 inline constexpr char kNoEeprom[] = R"(, "eeprom": {"kind": "none"})";
 
-/// The profile with fewer pixels. Lens and colours are the same, and a run takes a fraction of the time.
-inline QString writeSmallProfile(QString const& folder, char const* base = "polynomial",
-                                 QByteArray const& more = kNoEeprom) {
-    QByteArray const size = R"({"width": 480, "height": 270})";
-    return writeChangedProfile(folder, base, R"(, "array": )" + size + R"(, "layout": )" + size + more);
-}
-
 /// Files of one test, gone with it.
 struct TestFiles {
     [[nodiscard]] QString path(char const* name) const { return folder.filePath(name); }
@@ -33,9 +26,12 @@ struct TestFiles {
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size()) << name;
         return path(name);
     }
+    /// The profile with fewer pixels. Lens and colours are the same, and a run takes a fraction of the time.
     [[nodiscard]] QString smallProfile(char const* base = "polynomial",
                                        QByteArray const& more = kNoEeprom) const {
-        return writeSmallProfile(folder.path(), base, more);
+        QByteArray const size = R"({"width": 480, "height": 270})";
+        return writeChangedProfile(folder.path(), base,
+                                   R"(, "array": )" + size + R"(, "layout": )" + size + more);
     }
 
     QTemporaryDir folder;
