@@ -92,9 +92,8 @@ TEST(ChannelSums, WhiteOverflowsNoSumAtAnyLength) {
 TEST(ChannelSums, EveryBlockAndTheCentreAreTheReferenceBitForBit) {
     using Row = std::tuple<int, int>;
     // Every grid, pictures smaller than their grid, blocks of more than 257 rows, and wide rows.
-    for (auto const& [width, height] :
-         {Row{331, 250}, Row{1281, 801}, Row{641, 359}, Row{7, 5}, Row{3, 997}, Row{61, 4001},
-          Row{2591, 1601}, Row{4001, 501}, Row{7001, 31}, Row{8197, 9}}) {
+    for (auto const& [width, height] : {Row{331, 250}, Row{1281, 801}, Row{641, 359}, Row{7, 5}, Row{3, 997},
+                                        Row{61, 4001}, Row{8197, 9}}) {
         SCOPED_TRACE(testing::Message() << width << " x " << height);
         OddPicture const picture(width, height, 4 * (height % 5), width % 4);
         auto const expected = [&](int top, int bottom, ColumnRange range) {

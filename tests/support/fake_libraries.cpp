@@ -5,12 +5,13 @@
 #include "tests/support/must_hold.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace kestra {
 namespace {
 FakeLibraries* libraries = nullptr;
 int handleStandIn = 0;
-volatile uint8_t sink = 0;
+volatile uint32_t sink = 0;
 
 template <typename... Parts>
 sf_Handle* create(uint8_t bytesPerPixel, Parts const&... call) {
@@ -32,10 +33,7 @@ uint8_t& bytesPerPixel(sf_Handle* handle) {
 void readWhole(void const* frame, uint64_t bytes) {
     libraries->frame = frame;
     auto const* const first = static_cast<uint8_t const*>(frame);
-    uint8_t sum = 0;
-    for (uint64_t i = 0; i < bytes; ++i)
-        sum = uint8_t(sum ^ first[i]);
-    sink = sum;
+    sink = std::accumulate(first, first + bytes, 0U);
 }
 
 int findTable(char const* name, sf_ApgaParams const& params) {

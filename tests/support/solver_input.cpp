@@ -65,9 +65,7 @@ sf_ApgaParams tableParams(uint32_t slot, uint32_t colourTemperature) {
 
 std::vector<sf_RegEntry> registers(Handle const& handle) {
     sf_RegList const* const list = sf_DumpRegList(handle.get());
-    if (list == nullptr)
-        return {};
-    return {list->entries, list->entries + list->count};
+    return list ? std::vector(list->entries, list->entries + list->count) : std::vector<sf_RegEntry>();
 }
 
 Response SyntheticLens::response(TestSensor const& sensor) const {
