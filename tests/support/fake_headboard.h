@@ -25,8 +25,6 @@ class FakeHeadboard {
 public:
     explicit FakeHeadboard(simulator::EepromContents const& contents = simulator::blankContents());
     ~FakeHeadboard();
-    FakeHeadboard(FakeHeadboard const&) = delete;
-    FakeHeadboard& operator=(FakeHeadboard const&) = delete;
 
     /// Adds a register of `bytes` bytes.
     void add(std::string const& name, uint32_t addressSpace, uint32_t id, uint32_t address, uint32_t bytes,

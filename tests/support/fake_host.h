@@ -2,10 +2,10 @@
 
 #include "published/host_records.h"
 
+#include <concepts>
 #include <functional>
 #include <map>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 /// Calls of a host and of both libraries, one line a call.
@@ -17,8 +17,6 @@ class FakeHost {
 public:
     FakeHost();
     ~FakeHost();
-    FakeHost(FakeHost const&) = delete;
-    FakeHost& operator=(FakeHost const&) = delete;
 
     [[nodiscard]] HostServices services() const;
 
@@ -41,6 +39,10 @@ public:
     [[nodiscard]] static FakeHost* current();
 };
 
+/// An argument of a call as the log shows it.
+inline std::string noted(char const* text) { return text; }
+inline std::string noted(std::integral auto number) { return std::to_string(number); }
+
 /// Logs a call with its arguments into the current host, if there is one.
 template <typename... Parts>
 void noteCall(char const* name, Parts const&... parts) {
@@ -48,12 +50,6 @@ void noteCall(char const* name, Parts const&... parts) {
     if (!host)
         return;
     std::string line = name;
-    [[maybe_unused]] auto const text = [](auto const& part) {
-        if constexpr (std::is_arithmetic_v<std::decay_t<decltype(part)>>)
-            return std::to_string(part);
-        else
-            return std::string(part);
-    };
-    ((line += ' ' + text(parts)), ...);
+    ((line += ' ' + noted(parts)), ...);
     host->note(line);
 }
