@@ -80,10 +80,8 @@ TEST_F(Plugin, OnlyThePlainSetupPresetOpensTheDialog) {
 }
 
 TEST_F(Plugin, KindsChooseTheirTabs) {
-    std::pair<uint32_t, QStringList> const rows[] = {{97, {}},
-                                                     {200, {"Lens Calibration"}},
-                                                     {0, {"Lens Calibration"}},
-                                                     {72, {"Lens Calibration - APGA(Adaptive/Auto)"}}};
+    std::pair<uint32_t, QStringList> const rows[] = {
+        {97, {}}, {200, {"Lens Calibration"}}, {72, {"Lens Calibration - APGA(Adaptive/Auto)"}}};
     for (auto const& [kind, labels] : rows) {
         delete dialog.data(); // the last one goes with the library
         sensor.sensorKind = kind;
