@@ -7,49 +7,40 @@
 using namespace kestra;
 
 namespace {
-// Counts the transfers of each operation.
-struct CountedBoard : Headboard {
-    explicit CountedBoard(Path way) : Headboard(way), path(way) {}
-
-    // Moves the bytes of a state by the fewest transfers.
-    template <typename Operation>
-    void move(ByteState moved, size_t begin, size_t end, Transfer raw, Operation operation) {
-        int64_t const least =
-            leastTransfers(eeprom->state, moved, begin, end, path == Path::Raw ? raw : Transfer::Pair);
-        int64_t const before = board.operations;
-        EXPECT_EQ(operation(), kEepromOk);
-        EXPECT_EQ(board.operations - before, least) << int(path);
-    }
-    void load(int32_t offset, int32_t count) {
-        HeadboardEepromEnsureImage(*eeprom);
-        move(ByteState::NotRead, size_t(offset), size_t(offset) + size_t(count), Transfer::RawRead,
-             [&] { return Headboard::load(offset, count); });
-    }
-    void save() {
-        move(ByteState::Changed, 0, eeprom->state.size(), Transfer::RawWrite, [&] { return flush(); });
-        board.clock.advance(std::chrono::milliseconds(20));
-    }
-
-    Path path;
-};
-
 TEST(Transfers, LoadSaveAndVerifyTakeNoneThatTheirBytesDoNotNeed) {
     for (Path const path : {Path::Raw, Path::Bridge, Path::BusDescription}) {
-        CountedBoard h(path);
+        Headboard h(path);
+        // Moves the bytes of a state by the fewest transfers.
+        auto const move = [&](ByteState moved, int32_t begin, int32_t count, Transfer raw, auto operation) {
+            Transfer const transfer = path == Path::Raw ? raw : Transfer::Pair;
+            int64_t const least = leastTransfers(h.eeprom->state, moved, size_t(begin),
+                                                 size_t(begin) + size_t(count), transfer);
+            int64_t const before = h.board.operations;
+            EXPECT_EQ(operation(), kEepromOk);
+            EXPECT_EQ(h.board.operations - before, least) << int(path);
+        };
+        auto const load = [&](int32_t offset, int32_t count) {
+            HeadboardEepromEnsureImage(*h.eeprom);
+            move(ByteState::NotRead, offset, count, Transfer::RawRead, [&] { return h.load(offset, count); });
+        };
+        auto const save = [&] {
+            move(ByteState::Changed, 0, 8176, Transfer::RawWrite, [&] { return h.flush(); });
+            h.board.clock.advance(std::chrono::milliseconds(20));
+        };
         std::mt19937 random(11);
         auto const below = [&](uint32_t n) { return int32_t(random() % n); };
         // Pairs at odd addresses would wrap at the end of a page, and the bridge cuts the first byte of one.
         int32_t const evenForPairs = path == Path::Raw ? ~0 : ~1;
         for (int i = 0; i < 60; ++i) {
-            h.load(below(2000), 1 + below(40));
+            load(below(2000), 1 + below(40));
             ASSERT_EQ(h.put(below(2000) & evenForPairs, Bytes(size_t(1 + below(15)))), kEepromOk);
             if (i % 20 == 19)
-                h.save();
+                save();
         }
-        h.load(0, 2100);
-        h.save(); // has nothing to do
+        load(0, 2100);
+        save(); // has nothing to do
         EXPECT_EQ(std::ranges::max(h.board.timesRead), 1) << int(path);
-        h.move(ByteState::Current, 0, 8176, Transfer::RawRead, [&] { return h.verify(); });
+        move(ByteState::Current, 0, 8176, Transfer::RawRead, [&] { return h.verify(); });
     }
 }
 } // namespace
