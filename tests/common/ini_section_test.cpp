@@ -5,7 +5,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 using namespace kestra;
 

@@ -7,7 +7,6 @@
 #include "tests/support/dialog_session.h"
 #include "tests/support/told_frame.h"
 
-#include <QDialog>
 #include <gtest/gtest.h>
 #include <iostream>
 #ifdef _WIN32

@@ -14,7 +14,6 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <iterator>
-#include <string>
 #include <utility>
 #include <vector>
 

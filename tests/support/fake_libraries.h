@@ -4,7 +4,6 @@
 #include "tests/support/fake_headboard.h"
 
 #include <deque>
-#include <functional>
 #include <set>
 #include <string>
 #include <vector>

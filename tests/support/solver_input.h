@@ -4,7 +4,6 @@
 
 #include <QByteArray>
 #include <QStringList>
-#include <QtDebug>
 #include <functional>
 #include <memory>
 #include <vector>
