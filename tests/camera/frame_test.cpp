@@ -1,7 +1,6 @@
 #include "simulator/files/sensor_layout.h"
 #include "tests/support/camera_under_test.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <gtest/gtest.h>

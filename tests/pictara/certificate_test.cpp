@@ -5,7 +5,6 @@
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
-#include <cmath>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -45,10 +44,6 @@ TEST(Certificate, TellsTheSameInAllFormsWhateverNamesSay) {
     EXPECT_EQ(json["cause"].toString(), nasty);
     EXPECT_EQ(json["file"].toString(), nasty);
     EXPECT_EQ(json["profiles"]["ratio_percent"]["line"][2].toDouble(), 2.5);
-}
-
-QByteArray contentsOf(QString const& file) {
-    return files::read(file, files::kMostText, nullptr).value_or("");
 }
 
 // A flat picture whose luminance falls to that of the corners with the square of the radius.
@@ -132,13 +127,13 @@ TEST(BoardTable, GetsALineABoardAlsoFromProgramsAtTheSameTime) {
     QByteArray const head =
         "serial_number,date,sensor,label,lights_K,before_ab,after_ab,verdict,eeprom,results_file\n";
     QByteArray const line = "\"A, \"\"B\"\"\",,,,,,0.37,,,\n";
-    EXPECT_EQ(contentsOf(file), head + line.repeated(6));
+    EXPECT_EQ(files::read(file, files::kMostText, nullptr), head + line.repeated(6));
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList("boards.csv"));
 
     QString error;
     ASSERT_TRUE(files::replace(file, head.chopped(1), &error)); // an editor left the line open
     EXPECT_TRUE(appendBoard(board, file, &error));
-    EXPECT_EQ(contentsOf(file), head + line);
+    EXPECT_EQ(files::read(file, files::kMostText, nullptr), head + line);
 }
 
 TEST(Refusal, IsMarkedAsThePictureShowsTheArray) {
