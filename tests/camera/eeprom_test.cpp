@@ -2,6 +2,7 @@
 
 #include <array>
 #include <gtest/gtest.h>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -31,13 +32,11 @@ struct Access {
         programContents(*camera, contents);
         return camera;
     }
-    /// As many as the array has.
-    bool read(Camera const& camera, uint32_t address, QByteArray& bytes) const {
+    [[nodiscard]] std::optional<QByteArray> read(Camera const& camera, uint32_t address, int count) const {
         uint32_t value = 0;
-        bool const isDone = move(*camera, false, address, uint32_t(bytes.size()), value);
-        bytes =
-            isDone ? QByteArray().append(char(value >> 8)).append(char(value)).right(bytes.size()) : bytes;
-        return isDone;
+        if (!move(*camera, false, address, uint32_t(count), value))
+            return std::nullopt;
+        return QByteArray().append(char(value >> 8)).append(char(value)).right(count);
     }
     bool write(Camera const& camera, uint32_t address, QByteArray const& bytes) const {
         uint32_t value = bytes.toHex().toUInt(nullptr, 16);
@@ -84,10 +83,7 @@ constexpr Access kRaw{"raw", "polynomial", moveRaw}, kBridge{"bridge", "eeprom-b
 
 // Raw transfers of any length, after the widths were set.
 struct RawEeprom : testing::Test {
-    RawEeprom() {
-        QByteArray byte(1, '\0');
-        EXPECT_TRUE(kRaw.read(camera, 0, byte));
-    }
+    RawEeprom() { EXPECT_TRUE(kRaw.read(camera, 0, 1)); }
     [[nodiscard]] int write(uint32_t address, std::vector<uint32_t> const& words) const {
         return vy_writeRegisters(camera->handle(), kBusAddress, address, uint32_t(words.size()),
                                  words.data());
@@ -104,16 +100,12 @@ TEST(Eeprom, EveryAccessMovesBytesInTheirOrderWhereItIsWired) {
         SCOPED_TRACE(access.name);
         Camera const camera = access.open(patterned());
         for (int const count : {1, 2}) {
-            QByteArray bytes(count, '\0');
-            EXPECT_TRUE(access.read(camera, 0x1234, bytes));
-            EXPECT_EQ(bytes, patterned().mid(0x1234, count));
+            EXPECT_EQ(access.read(camera, 0x1234, count), patterned().mid(0x1234, count));
             EXPECT_TRUE(access.write(camera, 0x40, QByteArray("\xA1\x5B").left(count)));
             EXPECT_EQ(camera->eepromBytes(), patterned().replace(0x40, count, "\xA1\x5B", count));
         }
-        for (Access const& other : {kRaw, kDescribed}) {
-            QByteArray byte(1, '\0');
-            EXPECT_EQ(other.read(camera, 0, byte), other.move == access.move) << other.name;
-        }
+        for (Access const& other : {kRaw, kDescribed})
+            EXPECT_EQ(other.read(camera, 0, 1).has_value(), other.move == access.move) << other.name;
         EXPECT_EQ(camera->deviceBytesWritten(), 3U);
     }
 }
@@ -216,9 +208,9 @@ constexpr FaultRow kFaultRows[] = {
 
 char outcomeOf(Access const& access, Camera const& camera, char operation, uint32_t address) {
     QByteArray const factory = "ff", written = "wW";
-    QByteArray bytes = "??";
     bool const isRead = operation == 'r';
-    bool const isDone = isRead ? access.read(camera, address, bytes) : access.write(camera, address, written);
+    auto const bytes = isRead ? access.read(camera, address, 2) : std::nullopt;
+    bool const isDone = isRead ? bytes.has_value() : access.write(camera, address, written);
     QByteArray const stored = camera->eepromBytes().mid(int(address), 2);
     if (!isDone)
         return stored == factory ? '-' : stored == "wf" ? 'h' : '?';
