@@ -1,6 +1,7 @@
 #include "tests/pictara/program_run.h"
 
 #include <QImage>
+#include <tuple>
 
 namespace {
 using FailedRun = Program;
@@ -9,12 +10,7 @@ TEST_F(FailedRun, IsToldByDialogSummaryAndExitCode) {
     constexpr char kRefused[] = "Calibrate: Error. Are the External sensor data files installed?";
     constexpr char kNotHeld[] = "does not hold the solution"; // though the dialog says that it saved
     QString const plain = smallProfile("polynomial", {}), bridge = smallProfile("eeprom-bridge-71", {});
-    struct {
-        QString profile;
-        QStringList options;
-        int exitCode;
-        std::vector<char const*> told;
-    } const rows[] = {
+    std::tuple<QString, QStringList, int, std::vector<char const*>> const rows[] = {
         {plain, {"--level", "0.001"}, 4, {kRefused, "too dark"}},
         {plain, {"--level", "10000"}, 5, {kRefused, "clipped"}},
         {plain, {"--gradient", "-0.5"}, 6, {kRefused, "the lamp is not even"}},
@@ -26,17 +22,17 @@ TEST_F(FailedRun, IsToldByDialogSummaryAndExitCode) {
         // Behind the bridge the dialog cannot tell silence from absence, and asks for ever.
         {bridge, {"--fault", "no-acknowledge@1+"}, 1, {"stands still before its first step"}},
     };
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.told.back());
-        ProgramRun const run(QStringList{"--run-all", "--profile", row.profile} + row.options);
-        EXPECT_EXIT_CODE(run, row.exitCode);
-        bool const isCalibrated = row.exitCode == 9;
-        EXPECT_EQ(run.value("result"), QString(isCalibrated        ? "not saved"
-                                               : row.exitCode == 1 ? "not calibrated"
-                                                                   : "refused"));
+    for (auto const& [profile, options, exitCode, causes] : rows) {
+        SCOPED_TRACE(causes.back());
+        ProgramRun const run(QStringList{"--run-all", "--profile", profile} + options);
+        EXPECT_EXIT_CODE(run, exitCode);
+        bool const isCalibrated = exitCode == 9;
+        EXPECT_EQ(run.value("result"), exitCode == 1  ? "not calibrated"
+                                       : isCalibrated ? "not saved"
+                                                      : "refused");
         EXPECT_EQ(run.after() < 1, isCalibrated) << "what was calibrated is measured";
         EXPECT_EQ(run.value("steps.File_Save_Status") == "Not done yet.", !isCalibrated);
-        for (char const* const told : row.told)
+        for (char const* const told : causes)
             EXPECT_TRUE(run.value("cause").contains(told) && run.messages.contains(told))
                 << run.messages.toStdString();
         EXPECT_EQ(run.contents("eeprom.bin").size(), 8192);
@@ -45,11 +41,7 @@ TEST_F(FailedRun, IsToldByDialogSummaryAndExitCode) {
 
 // Also of what Run All still has to end by itself.
 TEST_F(FailedRun, AScriptIsCertifiedByWhatItLeavesInTheSensor) {
-    struct {
-        QByteArray script;
-        int exitCode;
-        char const* result;
-    } const rows[] = {
+    std::tuple<QByteArray, int, char const*> const rows[] = {
         {"press Run_All\nwait Prom_Save_Status Done.\n", 0, "pass"},
         {"press Run_All\nwait File_Save_Status Done*\nfault error-12+\nwait Prom_Save_Status Error*\n", 9,
          "not saved"},
@@ -59,13 +51,13 @@ TEST_F(FailedRun, AScriptIsCertifiedByWhatItLeavesInTheSensor) {
         {"press LensCalibSetup\nexpect AE_Status Done.\n", 1, "failed"},
     };
     QString const profile = smallProfile("polynomial", {});
-    for (auto const& row : rows) {
-        SCOPED_TRACE(row.result);
-        ProgramRun const run({"--script", write("walk%2.txt", row.script), "--profile", profile});
-        EXPECT_EXIT_CODE(run, row.exitCode);
-        EXPECT_EQ(run.value("result"), row.result);
+    for (auto const& [script, exitCode, result] : rows) {
+        SCOPED_TRACE(result);
+        ProgramRun const run({"--script", write("walk%2.txt", script), "--profile", profile});
+        EXPECT_EXIT_CODE(run, exitCode);
+        EXPECT_EQ(run.value("result"), result);
         EXPECT_TRUE(run.text.contains("walk%2.txt, ")) << run.text.toStdString();
-        EXPECT_EQ(run.value("cause").isEmpty(), row.exitCode == 0);
+        EXPECT_EQ(run.value("cause").isEmpty(), exitCode == 0);
         EXPECT_EQ(run.value("steps.SETUP_Status"), "Done.");
     }
 }

@@ -2,6 +2,7 @@
 
 #include <QRegularExpression>
 #include <csignal>
+#include <tuple>
 
 namespace {
 constexpr char kRenew[] = "If the change is meant: pictara-sim --run-all --output $(mktemp -d) --record "
@@ -94,22 +95,17 @@ TEST_F(RecordingProgram, AScriptWalksPastARefusalToACalibrationAndItsRecordingTe
 // What is no script ends with 2, what cannot be done, or was not seen, with 1, and a wait in vain with 3.
 TEST_F(RecordingProgram, EndsAtTheLineThatFails) {
     QByteArray const begun = "press LensCalibSetup\nframes 3\n", sensor = "profile no-eeprom-25\n";
-    struct Row {
-        QByteArray lines;
-        int code;
-        char const* told;
-    };
-    auto const expectEnd = [&](QString const& option, Row const& row) {
-        SCOPED_TRACE(row.lines.constData());
-        QStringList arguments{option, write("walk.txt", row.lines)};
+    auto const expectEnd = [&](QString const& option, QByteArray const& lines, int code, char const* told) {
+        SCOPED_TRACE(lines.constData());
+        QStringList arguments{option, write("walk.txt", lines)};
         if (option == "--script")
             arguments << "--profile" << smallProfile();
         ProgramRun const run(arguments);
-        EXPECT_EXIT_CODE(run, row.code);
-        EXPECT_TRUE(run.messages.contains("walk.txt:") && run.messages.contains(row.told))
+        EXPECT_EXIT_CODE(run, code);
+        EXPECT_TRUE(run.messages.contains("walk.txt:") && run.messages.contains(told))
             << run.messages.toStdString();
     };
-    for (Row const& row : std::initializer_list<Row>{
+    for (auto const& [lines, code, told] : std::initializer_list<std::tuple<QByteArray, int, char const*>>{
              {"expect SETUP_Status Done", 1, "shows \"Done.\", not \"Done\""},
              {"expect disabled Run_All", 1, "is not disabled"},
              {"press Enable_LC\nexpect SETUP_Status Done.\nexpect disabled Enable_LC", 1, ":5: "},
@@ -124,13 +120,13 @@ TEST_F(RecordingProgram, EndsAtTheLineThatFails) {
              {"fault error-13", 2, "N from 1"},
              {"register NO_SUCH 4", 1, "does not take that: NO_SUCH"},
              {"register COARSE_INTEGRATION_TIME long", 2, "register NAME VALUE"}})
-        expectEnd("--script", {begun + row.lines, row.code, row.told});
-    expectEnd("--script", {"light nan\nopen", 2, ":1: "});
-    expectEnd("--script", {"eeprom blank\neeprom 8190 ffffff\nopen", 2, ":2: "});
+        expectEnd("--script", begun + lines, code, told);
+    expectEnd("--script", "light nan\nopen", 2, ":1: ");
+    expectEnd("--script", "eeprom blank\neeprom 8190 ffffff\nopen", 2, ":2: ");
     for (char const* line : {"tick", "close", "show"})
-        expectEnd("--replay", {sensor + line, 1, ":2: "});
-    expectEnd("--replay", {sensor + "open\n    x", 1, ":3: "});
-    expectEnd("--replay", {"[Other]", 2, "no command"});
+        expectEnd("--replay", sensor + line, 1, ":2: ");
+    expectEnd("--replay", sensor + "open\n    x", 1, ":3: ");
+    expectEnd("--replay", "[Other]", 2, "no command");
     EXPECT_EXIT_CODE(ProgramRun({"--replay", write("walk.txt", "profile no-such\nopen")}), 2);
 }
 
