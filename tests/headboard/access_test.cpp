@@ -11,8 +11,9 @@ TEST(Access, SensorKindDecidesWhereTheEepromIs) {
     EepromShare eeprom = HeadboardEepromCreate(fake.camera());
     using Row = std::tuple<uint32_t, uint32_t, bool>;
     for (auto const& [kind, address, bridgeOnly] :
-         {Row{33, 0xA8, false}, Row{99, 0xAA, false}, Row{193, 0xAC, false}, Row{199, 0xAC, false},
-          Row{71, 0xA8, true}, Row{103, 0xA8, true}}) {
+         {Row{33, 0xA8, false}, Row{71, 0xA8, true}, Row{95, 0xAA, false}, Row{99, 0xAA, false},
+          Row{103, 0xA8, true}, Row{193, 0xAC, false}, Row{198, 0xAC, false}, Row{199, 0xAC, false},
+          Row{111, 0xA8, true}}) {
         fake.description.sensorKind = kind;
         eeprom = HeadboardEepromCreate(fake.camera());
         EXPECT_EQ(eeprom->deviceAddress, address) << kind;
