@@ -13,6 +13,7 @@ TEST(Numbers, NoDoubleOverflowsAnInteger) {
     EXPECT_EQ(toInt32(std::numeric_limits<double>::quiet_NaN()), 0);
     EXPECT_EQ(toInt32(std::numeric_limits<double>::infinity()), INT32_MAX);
     EXPECT_EQ(toInt32(-1e300), INT32_MIN);
+    EXPECT_EQ(toInt32(INT32_MAX - 0.5), INT32_MAX - 1);
     EXPECT_EQ(toInt32(-2.9), -2);
 }
 

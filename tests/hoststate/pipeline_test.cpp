@@ -64,7 +64,8 @@ TEST_F(Pipeline, PresetsAreTriedInOrderUnderTheirPrefixes) {
           Row{"[toolbar: lens calibration setup]\n[HIDDEN: Lens Calibration Setup]\n",
               "Hidden: Lens Calibration Setup", nullptr},
           Row{"[ lens calibration setup ]\n[Hidden: Lens Calibration Setup]\n[Lens Calibration Verify]\n",
-              "Lens Calibration Setup", "Lens Calibration Verify"}}) {
+              "Lens Calibration Setup", "Lens Calibration Verify"},
+          Row{"", nullptr, nullptr}}) {
         writeIni(ini);
         EXPECT_STREQ(findPreset(used, kSetupPreset), setup) << ini;
         EXPECT_STREQ(findPreset(used, kVerifyPreset), verify) << ini;

@@ -172,7 +172,7 @@ TEST(Orders, WhateverComesFirstTheProcessGoesOnAndEndsCleanly) {
     orders.runFrom({}, 0);
     std::cout << orders.tried << " orders\n";
     EXPECT_EQ(orders.failed, 0U);
-    EXPECT_GT(orders.tried, 300U);
+    EXPECT_GT(orders.tried, walksWhole() ? 50'000U : 300U);
 }
 } // namespace
 

@@ -80,6 +80,7 @@ TEST_F(ImageUnderTest, ARefusedCommandTellsWhyAndLeavesTheFileAsItWas) {
              {"REG = 0x3000,0x12345", "PGA",
               "\"REG=0x3000,0x12345\": the record would hold the value 0x2345"},
              {"VAR = 31, 0x3FF, 0xFFFF", "PGA", ""},
+             {"VAR = 40,0x1234,0x54321", "PGA", "the id 0x08 instead of 0x28"},
              {"VAR = 18, 0x400, 1", "PGA", "the address 0x00 instead of 0x400"},
              {"VAR8 = 18, 0x42, 0x100", "PGA", "0x100 is more than 1 byte can hold"},
              {"MEM32 = 4, 0x12345678, -1", "PGA", ""},
