@@ -64,9 +64,9 @@ def run(name):
     minutes = (time.monotonic() - begin) / 60
     found = re.findall(pattern, log.read_text(errors="replace"), re.MULTILINE)
     tried = added_up(told.format(*(groups if isinstance(groups, tuple) else (groups,))) for groups in found)
-    result = "nothing" if code == 0 else f"exit {code}: see {log.relative_to(_SOURCE)}"
     # A proof that tells nothing has proved nothing.
     is_good = code == 0 and bool(found)
+    result = "nothing" if is_good else f"exit {code}: see {log.relative_to(_SOURCE)}"
     today = datetime.date.today().isoformat()
     return f"| `{command}` | {tried or 'nothing told'} | {result} | {minutes:.1f} | {today} |", is_good
 

@@ -36,6 +36,9 @@ def read_arguments():
 
 
 def read_sources(only):
+    folders = {str(path.parent.relative_to(_SOURCE)) for path in (_SOURCE / "src").rglob("*.cpp")}
+    if untold := sorted(folders - set(TESTS)):
+        sys.exit(f"nobody tells in workshop.py which tests hold {', '.join(untold)}")
     names = sorted(
         str(path.relative_to(_SOURCE))
         for folder in TESTS
@@ -51,7 +54,11 @@ def changed_lines(revision):
     diff = subprocess.run(command, cwd=_SOURCE, capture_output=True, text=True)
     if diff.returncode != 0:
         sys.exit(diff.stderr.strip())
-    changed, file = {}, None
+    # A new file that git does not know yet is changed from its first line on.
+    command = ["git", "ls-files", "--others", "--exclude-standard", "--", "src"]
+    added = subprocess.run(command, cwd=_SOURCE, capture_output=True, text=True, check=True).stdout.splitlines()
+    changed = {name: set(range(1, (_SOURCE / name).read_bytes().count(b"\n") + 2)) for name in added}
+    file = None
     for line in diff.stdout.splitlines():
         if line.startswith("+++ "):
             file = line[4:]

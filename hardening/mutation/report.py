@@ -67,13 +67,12 @@ def _print_tests(results, every):
 
 
 def print_report(results, sources, document, every, since):
-    """Answers which bounds were missed. Of a few lines' mutants a share says little: there every survivor counts that
-    nobody explained."""
+    """Answers which bounds were missed. Of a few lines' mutants a share says little: there only the survivors count
+    that nobody explained."""
     folders = [*sorted({f"{PurePosixPath(file).parent}/" for file in sources}), ""]
     _print_table("file", sources, results)
     _print_table("folder", folders, results)
     unexplained = _print_survivors(results, sources, read_explanations(document))
     _print_tests(results, every)
-    if since:
-        return ["explain the survivors in docs/mutation.md, or kill them"] if unexplained else []
-    return list(_missed_bounds(folders, results))
+    faults = ["explain the survivors in docs/mutation.md, or kill them"] if unexplained else []
+    return faults if since else faults + list(_missed_bounds(folders, results))
