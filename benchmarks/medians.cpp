@@ -37,10 +37,8 @@ void Medians::collect(Run const& run) {
     samples.size = double(run.complexity_n);
     samples.processor.push_back(run.cpu_accumulated_time / double(run.iterations));
     samples.clock.push_back(run.real_accumulated_time / double(run.iterations));
-    for (auto const& [counter, value] : run.counters) {
-        double& largest = samples.counters[counter];
-        largest = std::max(largest, double(value));
-    }
+    for (auto const& [counter, value] : run.counters)
+        samples.counters[counter].push_back(value);
 }
 
 std::optional<double> Medians::processorTime(std::string const& name) const {
@@ -64,7 +62,14 @@ std::optional<double> Medians::counter(std::string const& name, std::string cons
     auto const found = m_samples.find(name);
     if (found == m_samples.end() || !found->second.counters.count(counter))
         return std::nullopt;
-    return found->second.counters.at(counter);
+    return std::ranges::max(found->second.counters.at(counter));
+}
+
+std::optional<double> Medians::medianCounter(std::string const& name, std::string const& counter) const {
+    auto const found = m_samples.find(name);
+    if (found == m_samples.end() || !found->second.counters.count(counter))
+        return std::nullopt;
+    return median(found->second.counters.at(counter));
 }
 
 std::optional<double> Medians::lineDeviation(std::string const& family) const {

@@ -20,6 +20,9 @@ public:
     [[nodiscard]] std::optional<double> clockTime(std::string const& name) const;
     /// A counter that the benchmark set; the largest of its repetitions.
     [[nodiscard]] std::optional<double> counter(std::string const& name, std::string const& counter) const;
+    /// The median of its repetitions.
+    [[nodiscard]] std::optional<double> medianCounter(std::string const& name,
+                                                      std::string const& counter) const;
     /// How far the medians of a family of sizes lie off the straight line through zero that fits them best:
     /// root mean square over the mean.
     [[nodiscard]] std::optional<double> lineDeviation(std::string const& family) const;
@@ -29,7 +32,7 @@ private:
     struct Samples {
         std::vector<double> processor;
         std::vector<double> clock;
-        std::map<std::string, double> counters;
+        std::map<std::string, std::vector<double>> counters;
         std::string family;
         double size = 0; // in the unit that the cost is to grow with; 0 for none
     };

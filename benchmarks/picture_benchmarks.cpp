@@ -8,8 +8,13 @@
 #include "pictures/white_balance.h"
 
 #include <QRect>
+#include <algorithm>
+#include <array>
 #include <benchmark/benchmark.h>
 #include <cmath>
+#include <ctime>
+#include <iterator>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -68,33 +73,103 @@ void whiteBalance(benchmark::State& state) {
     countPixels(state);
 }
 
-void plainRead(benchmark::State& state, ChooseBlocks choose, PlainRead const& way) {
+double processorSeconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
+}
+
+template <typename Work>
+double secondsOf(Work work) {
+    double const begin = processorSeconds();
+    work();
+    return processorSeconds() - begin;
+}
+
+// Reads what of a picture is averaged, and answers something of each word, so that none is left out.
+uint64_t readAll(PlainRead const& way, uint32_t const* pixels, int width, cv::Rect const& area) {
+    int const pieces = area.width == width ? 1 : area.height; // whole rows follow one another
+    uint32_t const* const first = pixels + ptrdiff_t{area.y} * width + area.x;
+    uint64_t sum = 0;
+    for (int piece = 0; piece < pieces; ++piece)
+        sum += way.sum(first + ptrdiff_t{piece} * width, size_t(area.area() / pieces));
+    return sum;
+}
+
+// What no read contains: the mean colours of the blocks are converted.
+void convertColours(CSbl const& statistics) {
+    for (int row = 0; row < statistics.rows(); ++row)
+        for (int column = 0; column < statistics.columns(); ++column) {
+            CSbl::Block const& block = statistics.block(row, column);
+            benchmark::DoNotOptimize(rgbToLab(block.red, block.green, block.blue));
+        }
+}
+
+double medianOf(std::vector<double> values) {
+    auto const middle = values.begin() + ptrdiff_t(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+// The plug-in's way and the plain reads take turns picture by picture: what slows the machine's memory
+// meanwhile slows them all. An iteration is some turns of each; the counters are medians, times in seconds of
+// a picture.
+template <typename PlugIn>
+void takeTurns(benchmark::State& state, ChooseBlocks choose, PlugIn plugIn, CSbl const* coloursOf) {
+    constexpr size_t kWays = 1 + std::size(kPlainReads);
+    constexpr size_t kTurns = 4;
     NoisePictures pictures(sizeOf(state));
     cv::Rect area;
     for (cv::Rect const& block : choose(pictures.size()).rectangles)
         area |= block;
-    int const pitch = pictures.size().width;
-    int const pieces = area.width == pitch ? 1 : area.height; // whole rows follow one another
+    std::map<std::string, std::vector<double>> samples;
+    size_t first = 0;
     for (auto _ : state) {
-        uint32_t const* const first = pictures.next() + ptrdiff_t{area.y} * pitch + area.x;
-        uint64_t sum = 0;
-        for (int piece = 0; piece < pieces; ++piece)
-            sum += way.sum(first + ptrdiff_t{piece} * pitch, size_t(area.area() / pieces));
-        benchmark::DoNotOptimize(sum);
-    }
-    countPixels(state);
-}
-
-// What no read contains: the mean colours of the blocks are converted.
-void convertColours(benchmark::State& state) {
-    size_t const count = statisticsBlocks(sizeOf(state)).rectangles.size();
-    uint32_t const* const pixels = NoisePictures(sizeOf(state)).next();
-    for (auto _ : state) {
-        for (size_t i = 0; i < count; ++i) {
-            uint32_t const colour = pixels[i];
-            benchmark::DoNotOptimize(rgbToLab(colour >> 16 & 0xFF, colour >> 8 & 0xFF, colour & 0xFF));
+        std::array<double, kWays> spent{};
+        for (size_t turn = 0; turn < kTurns; ++turn, ++first)
+            for (size_t i = 0; i < kWays; ++i) {
+                size_t const way = (first + i) % kWays; // each follows each
+                uint32_t const* const pixels = pictures.next();
+                spent[way] += secondsOf([&] {
+                    if (way == 0)
+                        plugIn(pixels);
+                    else
+                        benchmark::DoNotOptimize(
+                            readAll(kPlainReads[way - 1], pixels, pictures.size().width, area));
+                });
+            }
+        for (double& seconds : spent)
+            seconds /= kTurns;
+        double const colours = coloursOf ? secondsOf([&] { convertColours(*coloursOf); }) : 0;
+        samples["plug-in"].push_back(spent[0]);
+        samples["colours"].push_back(colours);
+        for (size_t way = 1; way < kWays; ++way) {
+            std::string const name = kPlainReads[way - 1].name;
+            samples[name].push_back(spent[way]);
+            samples["of " + name].push_back(spent[way] / spent[0]);
+            samples["of limit by " + name].push_back((spent[way] + colours) / spent[0]);
         }
     }
+    for (auto const& [name, values] : samples)
+        state.counters[name] = medianOf(values);
+}
+
+void statisticsInTurns(benchmark::State& state) {
+    auto const [width, height] = sizeOf(state);
+    auto const statistics = std::make_unique<CSbl>();
+    auto const measure = [&, w = width, h = height](uint32_t const* pixels) {
+        statistics->measure(pixels, w, h, w);
+        benchmark::DoNotOptimize(statistics->maxDeviation());
+    };
+    takeTurns(state, statisticsBlocks, measure, statistics.get());
+}
+
+void whiteBalanceInTurns(benchmark::State& state) {
+    auto const [width, height] = sizeOf(state);
+    auto const measure = [w = width, h = height](uint32_t const* pixels) {
+        benchmark::DoNotOptimize(meanOfCentre({pixels, ImageType::Rgb32, w, h, w * 4}));
+    };
+    takeTurns(state, centre, measure, nullptr);
 }
 
 struct OpencvWay {
@@ -165,10 +240,14 @@ void atEverySize(std::string const& name, Function function) {
         registered->Args({size.width, size.height});
 }
 
+void inTurns(std::string const& name, void (*function)(benchmark::State&)) {
+    for (FrameSize const& size : kFrameSizes)
+        benchmark::RegisterBenchmark(name.c_str(), function)
+            ->Args({size.width, size.height})
+            ->Iterations(std::max(8, 200'000'000 / (size.width * size.height)));
+}
+
 void registerOthers(std::string const& subject, ChooseBlocks choose) {
-    for (PlainRead const& way : kPlainReads)
-        atEverySize(subject + " plain " + way.name,
-                    [choose, &way](benchmark::State& state) { plainRead(state, choose, way); });
     for (OpencvWay const& way : kOpencvWays)
         atEverySize(subject + " " + way.name,
                     [choose, &way](benchmark::State& state) { opencv(state, choose, way); });
@@ -178,9 +257,10 @@ void registerOthers(std::string const& subject, ChooseBlocks choose) {
 void registerPictureBenchmarks() {
     cv::setNumThreads(1);
     atEverySize("block statistics plug-in", blockStatistics);
-    atEverySize("block statistics colours", convertColours);
+    inTurns("block statistics in turns", statisticsInTurns);
     registerOthers("block statistics", statisticsBlocks);
     atEverySize("white balance plug-in", whiteBalance);
+    inTurns("white balance in turns", whiteBalanceInTurns);
     registerOthers("white balance", centre);
     benchmark::RegisterBenchmark("overlay by side of the ring", overlay)->RangeMultiplier(2)->Range(32, 512);
 }
