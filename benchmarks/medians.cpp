@@ -6,12 +6,13 @@
 #include <utility>
 
 namespace {
-std::optional<double> median(std::vector<double> values) {
+// The value that `share` of the others lie below; the nearest.
+std::optional<double> quantileOf(std::vector<double> values, double share) {
     if (values.empty())
         return std::nullopt;
-    auto const middle = values.begin() + ptrdiff_t(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
+    auto const found = values.begin() + std::lround(double(values.size() - 1) * share);
+    std::nth_element(values.begin(), found, values.end());
+    return *found;
 }
 } // namespace
 
@@ -41,21 +42,16 @@ void Medians::collect(Run const& run) {
         samples.counters[counter].push_back(value);
 }
 
-std::optional<double> Medians::processorTime(std::string const& name) const {
-    auto const found = m_samples.find(name);
-    return found == m_samples.end() ? std::nullopt : median(found->second.processor);
-}
-
 std::optional<double> Medians::leastProcessorTime(std::string const& name) const {
     auto const found = m_samples.find(name);
-    if (found == m_samples.end() || found->second.processor.empty())
+    if (found == m_samples.end())
         return std::nullopt;
-    return *std::min_element(found->second.processor.begin(), found->second.processor.end());
+    return std::ranges::min(found->second.processor);
 }
 
 std::optional<double> Medians::clockTime(std::string const& name) const {
     auto const found = m_samples.find(name);
-    return found == m_samples.end() ? std::nullopt : median(found->second.clock);
+    return found == m_samples.end() ? std::nullopt : quantileOf(found->second.clock, 0.5);
 }
 
 std::optional<double> Medians::counter(std::string const& name, std::string const& counter) const {
@@ -65,11 +61,20 @@ std::optional<double> Medians::counter(std::string const& name, std::string cons
     return std::ranges::max(found->second.counters.at(counter));
 }
 
-std::optional<double> Medians::medianCounter(std::string const& name, std::string const& counter) const {
+std::optional<double> Medians::lowerQuartile(std::string const& name, std::string const& counter) const {
+    return quantile(name, counter, 0.25);
+}
+
+std::optional<double> Medians::upperQuartile(std::string const& name, std::string const& counter) const {
+    return quantile(name, counter, 0.75);
+}
+
+std::optional<double> Medians::quantile(std::string const& name, std::string const& counter,
+                                        double share) const {
     auto const found = m_samples.find(name);
     if (found == m_samples.end() || !found->second.counters.count(counter))
         return std::nullopt;
-    return median(found->second.counters.at(counter));
+    return quantileOf(found->second.counters.at(counter), share);
 }
 
 std::optional<double> Medians::lineDeviation(std::string const& family) const {
@@ -79,7 +84,7 @@ std::optional<double> Medians::lineDeviation(std::string const& family) const {
     for (auto const& [name, samples] : m_samples) {
         if (samples.family != family || samples.size == 0)
             continue;
-        double const time = *median(samples.processor);
+        double const time = std::ranges::min(samples.processor);
         points.emplace_back(samples.size, time);
         sizeSquares += samples.size * samples.size;
         products += samples.size * time;

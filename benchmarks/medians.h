@@ -6,25 +6,26 @@
 #include <string>
 #include <vector>
 
-/// Collects what the benchmark library measures: a benchmark's repetitions become one median. A benchmark is
+/// Collects what the benchmark library measures: a benchmark's repetitions become one figure. A benchmark is
 /// named "subject way/size"; what was not measured is empty.
 class Medians : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(Context const& context) override;
     void ReportRuns(std::vector<Run> const& runs) override;
 
-    /// Seconds of one iteration: processor time, and time by the clock.
-    [[nodiscard]] std::optional<double> processorTime(std::string const& name) const;
-    /// Of the fastest repetition: what else goes on in the machine's memory only adds to it.
-    [[nodiscard]] std::optional<double> leastProcessorTime(std::string const& name) const;
+    /// Seconds of one iteration, by the clock: the median.
     [[nodiscard]] std::optional<double> clockTime(std::string const& name) const;
+    /// In processor time, of the fastest repetition: what else goes on in the machine only adds to it.
+    [[nodiscard]] std::optional<double> leastProcessorTime(std::string const& name) const;
     /// A counter that the benchmark set; the largest of its repetitions.
     [[nodiscard]] std::optional<double> counter(std::string const& name, std::string const& counter) const;
-    /// The median of its repetitions.
-    [[nodiscard]] std::optional<double> medianCounter(std::string const& name,
+    /// The quartiles of its repetitions.
+    [[nodiscard]] std::optional<double> lowerQuartile(std::string const& name,
                                                       std::string const& counter) const;
-    /// How far the medians of a family of sizes lie off the straight line through zero that fits them best:
-    /// root mean square over the mean.
+    [[nodiscard]] std::optional<double> upperQuartile(std::string const& name,
+                                                      std::string const& counter) const;
+    /// How far the least processor times of a family of sizes lie off the straight line through zero that
+    /// fits them best: root mean square over the mean.
     [[nodiscard]] std::optional<double> lineDeviation(std::string const& family) const;
     [[nodiscard]] bool hasFailures() const { return m_hasFailures; }
 
@@ -38,6 +39,8 @@ private:
     };
 
     void collect(Run const& run);
+    [[nodiscard]] std::optional<double> quantile(std::string const& name, std::string const& counter,
+                                                 double share) const;
 
     std::map<std::string, Samples> m_samples;
     bool m_hasFailures = false;
