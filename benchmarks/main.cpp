@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
     registerPictureBenchmarks();
     registerDialogBenchmarks();
     registerSolverBenchmarks();
-    benchmark::RunSpecifiedBenchmarks(&measured.medians);
+    benchmark::RunSpecifiedBenchmarks(&measured.benchmarks);
     measured.eeprom = measureEeprom();
 
     Report const report = makeReport(measured, "./bench");

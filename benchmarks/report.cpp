@@ -57,7 +57,7 @@ std::string toMarkdown(Table const& table) {
 
 class Reporter {
 public:
-    explicit Reporter(Medians const& medians) : m_medians(medians) {}
+    explicit Reporter(Measurements const& measurements) : m_measurements(measurements) {}
 
     std::string ratios() {
         Table table{{"what", "frame", "plug-in", "plain read", "colours", "OpenCV's best", "of the read",
@@ -73,7 +73,7 @@ public:
         auto const add = [&](std::string const& what, std::optional<double> seconds, double most) {
             table.push_back({what, judged(seconds, seconds && *seconds < most, duration), duration(most)});
         };
-        auto const clock = [this](char const* name) { return m_medians.clockTime(name); };
+        auto const clock = [this](char const* name) { return m_measurements.clockTime(name); };
         add("a frame with nothing to do", clock("frame with nothing to do"), 1e-6);
         add("a tick with nothing to do", clock("tick with nothing to do"), 50e-6);
         add("a tick of a step that waits for frames", clock("tick of a step that waits"), 50e-6);
@@ -82,7 +82,7 @@ public:
         add("solving 2 Mpixel", clock("solver/1632/1224"), 1);
         add("solving 12 Mpixel", clock("solver/4000/3000"), 1);
         for (char const* tick : {"tick with nothing to do", "tick of a step that waits"}) {
-            auto const repaints = m_medians.counter(tick, "repaints");
+            auto const repaints = m_measurements.counter(tick, "repaints");
             table.push_back({std::string("repaints in 100 times a ") + tick,
                              judged(repaints, repaints == 0.0, [](double n) { return number(n, 0); }), "0"});
         }
@@ -135,10 +135,10 @@ private:
     void addRatios(Table& table, std::string const& subject, FrameSize size) {
         // Of the quieter repetitions: who shares the core takes more from computing than from reads.
         std::string const inTurns = subject + " in turns/" + arguments(size);
-        auto const time = [&](char const* what) { return m_medians.lowerQuartile(inTurns, what); };
-        auto const reached = [&](char const* what) { return m_medians.upperQuartile(inTurns, what); };
+        auto const time = [&](char const* what) { return m_measurements.lowerQuartile(inTurns, what); };
+        auto const reached = [&](char const* what) { return m_measurements.upperQuartile(inTurns, what); };
         auto const opencvTime = [&](char const* way) {
-            return m_medians.leastProcessorTime(subject + " " + way + "/" + arguments(size));
+            return m_measurements.leastProcessorTime(subject + " " + way + "/" + arguments(size));
         };
         auto const best = [](auto const& figure, std::initializer_list<char const*> ways) {
             std::pair<double, std::string> result(std::numeric_limits<double>::infinity(), "-");
@@ -171,9 +171,9 @@ private:
 
     void addLine(Table& table, std::string const& what, std::string const& family, std::string const& first,
                  std::string const& last) {
-        auto const deviation = m_medians.lineDeviation(family);
+        auto const deviation = m_measurements.lineDeviation(family);
         auto const shown = [&](std::string const& size) {
-            auto const seconds = m_medians.leastProcessorTime(family + "/" + size);
+            auto const seconds = m_measurements.leastProcessorTime(family + "/" + size);
             return seconds ? duration(*seconds) : "-";
         };
         table.push_back({what, shown(first), shown(last),
@@ -181,7 +181,7 @@ private:
                                 [](double v) { return number(v * 100, 1) + " %"; })});
     }
 
-    Medians const& m_medians;
+    Measurements const& m_measurements;
     bool m_hasMissed = false;
 };
 
@@ -211,8 +211,7 @@ std::string circumstances(std::string const& command) {
 } // namespace
 
 Report makeReport(Measured const& measured, std::string const& command) {
-    Medians const& medians = measured.medians;
-    Reporter reporter(medians);
+    Reporter reporter(measured.benchmarks);
     Report report;
     report.text =
         circumstances(command) +
@@ -241,6 +240,6 @@ whether it is done:
         "Straight lines through zero, fitted to the fastest repetitions of the sizes between:\n\n" +
         reporter.lines();
     report.text.pop_back();
-    report.hasMissed = reporter.hasMissed() || medians.hasFailures();
+    report.hasMissed = reporter.hasMissed() || measured.benchmarks.hasFailures();
     return report;
 }

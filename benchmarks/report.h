@@ -1,7 +1,7 @@
 #pragma once
 
 #include "benchmarks/eeprom_cost.h"
-#include "benchmarks/medians.h"
+#include "benchmarks/measurements.h"
 #include "benchmarks/run_all_cost.h"
 
 #include <optional>
@@ -10,7 +10,7 @@
 
 /// All figures of one run.
 struct Measured {
-    Medians medians;
+    Measurements benchmarks;
     double firstOpening = 0; ///< seconds
     std::optional<double> runAll;
     std::vector<EepromCost> eeprom;

@@ -1,4 +1,4 @@
-#include "benchmarks/medians.h"
+#include "benchmarks/measurements.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,9 +16,9 @@ std::optional<double> quantileOf(std::vector<double> values, double share) {
 }
 } // namespace
 
-bool Medians::ReportContext(Context const&) { return true; }
+bool Measurements::ReportContext(Context const&) { return true; }
 
-void Medians::ReportRuns(std::vector<Run> const& runs) {
+void Measurements::ReportRuns(std::vector<Run> const& runs) {
     for (Run const& run : runs) {
         if (run.error_occurred) {
             std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
@@ -29,7 +29,7 @@ void Medians::ReportRuns(std::vector<Run> const& runs) {
     }
 }
 
-void Medians::collect(Run const& run) {
+void Measurements::collect(Run const& run) {
     std::string name = run.run_name.function_name;
     if (!run.run_name.args.empty())
         name += "/" + run.run_name.args;
@@ -42,42 +42,42 @@ void Medians::collect(Run const& run) {
         samples.counters[counter].push_back(value);
 }
 
-std::optional<double> Medians::leastProcessorTime(std::string const& name) const {
+std::optional<double> Measurements::leastProcessorTime(std::string const& name) const {
     auto const found = m_samples.find(name);
     if (found == m_samples.end())
         return std::nullopt;
     return std::ranges::min(found->second.processor);
 }
 
-std::optional<double> Medians::clockTime(std::string const& name) const {
+std::optional<double> Measurements::clockTime(std::string const& name) const {
     auto const found = m_samples.find(name);
     return found == m_samples.end() ? std::nullopt : quantileOf(found->second.clock, 0.5);
 }
 
-std::optional<double> Medians::counter(std::string const& name, std::string const& counter) const {
+std::optional<double> Measurements::counter(std::string const& name, std::string const& counter) const {
     auto const found = m_samples.find(name);
     if (found == m_samples.end() || !found->second.counters.count(counter))
         return std::nullopt;
     return std::ranges::max(found->second.counters.at(counter));
 }
 
-std::optional<double> Medians::lowerQuartile(std::string const& name, std::string const& counter) const {
+std::optional<double> Measurements::lowerQuartile(std::string const& name, std::string const& counter) const {
     return quantile(name, counter, 0.25);
 }
 
-std::optional<double> Medians::upperQuartile(std::string const& name, std::string const& counter) const {
+std::optional<double> Measurements::upperQuartile(std::string const& name, std::string const& counter) const {
     return quantile(name, counter, 0.75);
 }
 
-std::optional<double> Medians::quantile(std::string const& name, std::string const& counter,
-                                        double share) const {
+std::optional<double> Measurements::quantile(std::string const& name, std::string const& counter,
+                                             double share) const {
     auto const found = m_samples.find(name);
     if (found == m_samples.end() || !found->second.counters.count(counter))
         return std::nullopt;
     return quantileOf(found->second.counters.at(counter), share);
 }
 
-std::optional<double> Medians::lineDeviation(std::string const& family) const {
+std::optional<double> Measurements::lineDeviation(std::string const& family) const {
     double sizeSquares = 0;
     double products = 0;
     std::vector<std::pair<double, double>> points;

@@ -8,7 +8,7 @@
 
 /// Collects what the benchmark library measures: a benchmark's repetitions become one figure. A benchmark is
 /// named "subject way/size"; what was not measured is empty.
-class Medians : public benchmark::BenchmarkReporter {
+class Measurements : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(Context const& context) override;
     void ReportRuns(std::vector<Run> const& runs) override;
