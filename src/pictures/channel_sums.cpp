@@ -12,6 +12,9 @@ static_assert(std::endian::native == std::endian::little);
 
 namespace {
 constexpr int kPackPixels = 4;
+// One by one, the block statistics of 640 x 480 would take 5 % longer, and up to 30 % where another thread
+// computes on the core: so short a loop depends on where it happens to lie in the program.
+constexpr int kPacksAtOnce = 3;
 constexpr int kMaxAdds = 257; // of 255 each, before a sum of 16 bits could overflow
 
 // Pixels that are summed side by side, in a register; one by one, the block statistics of 640 x 480 would
@@ -43,6 +46,20 @@ void unpack(PackedSums& packed, ChannelSums& sums) {
     packed = {};
 }
 
+template <int Rows, int Packs>
+void addPacks(uint8_t const* bytes, ptrdiff_t pitch, Pack& lower, Pack& upper) {
+    for (int n = 0; n < Packs; ++n, bytes += sizeof(Pack)) {
+        for (int row = 0; row < Rows; ++row) {
+            Pack pack;
+            std::memcpy(&pack, bytes + row * pitch, sizeof pack);
+            for (size_t i = 0; i < pack.size(); ++i) {
+                lower[i] = uint16_t(lower[i] + (pack[i] & 0xFF));
+                upper[i] = uint16_t(upper[i] + (pack[i] >> 8));
+            }
+        }
+    }
+}
+
 // Adds pixels that follow one another, in `Rows` picture rows.
 template <int Rows>
 void addRun(uint8_t const* bytes, ptrdiff_t pitch, int32_t pixels, PackedSums& packed, ChannelSums& sums) {
@@ -52,17 +69,11 @@ void addRun(uint8_t const* bytes, ptrdiff_t pitch, int32_t pixels, PackedSums& p
         int const packs = std::min(pixels / kPackPixels, (kMaxAdds - packed.adds) / Rows);
         Pack lower = packed.lower;
         Pack upper = packed.upper;
-        for (uint8_t const* const end = bytes + packs * ptrdiff_t{sizeof(Pack)}; bytes < end;
-             bytes += sizeof(Pack)) {
-            for (int row = 0; row < Rows; ++row) {
-                Pack pack;
-                std::memcpy(&pack, bytes + row * pitch, sizeof pack);
-                for (size_t i = 0; i < pack.size(); ++i) {
-                    lower[i] = uint16_t(lower[i] + (pack[i] & 0xFF));
-                    upper[i] = uint16_t(upper[i] + (pack[i] >> 8));
-                }
-            }
-        }
+        int left = packs;
+        for (; left >= kPacksAtOnce; left -= kPacksAtOnce, bytes += kPacksAtOnce * ptrdiff_t{sizeof(Pack)})
+            addPacks<Rows, kPacksAtOnce>(bytes, pitch, lower, upper);
+        for (; left > 0; --left, bytes += sizeof(Pack))
+            addPacks<Rows, 1>(bytes, pitch, lower, upper);
         packed = {lower, upper, packed.adds + packs * Rows};
         pixels -= packs * kPackPixels;
     }
