@@ -39,11 +39,14 @@ int main(int argc, char** argv) {
     measured.eeprom = measureEeprom();
 
     // A neighbour's minutes pass, what is too slow stays so. What the command line asks for is measured once.
-    int const mostRounds = argc == 2 ? 3 : 1;
     Report report;
-    for (int round = 0; round == 0 || (report.hasMissed && round < mostRounds); ++round) {
+    for (int roundsLeft = argc == 2 ? 3 : 1; roundsLeft > 0; --roundsLeft) {
         benchmark::RunSpecifiedBenchmarks(&measured.benchmarks);
         report = makeReport(measured, "./bench");
+        if (!report.hasMissed)
+            break;
+        if (roundsLeft > 1)
+            std::fputs("a figure misses its target; all are measured again\n", stderr);
     }
     std::fputs(report.text.c_str(), stdout);
     if (!(std::ofstream(argv[1]) << report.text)) {

@@ -5,23 +5,11 @@
 #include <cstdio>
 #include <utility>
 
-namespace {
-std::optional<double> leastOf(std::vector<double> const& values) {
-    return values.empty() ? std::nullopt : std::optional(std::ranges::min(values));
-}
-
-std::optional<double> largestOf(std::vector<double> const& values) {
-    return values.empty() ? std::nullopt : std::optional(std::ranges::max(values));
-}
-
-std::optional<double> medianOf(std::vector<double> values) {
-    if (values.empty())
-        return std::nullopt;
+double medianOf(std::vector<double> values) {
     auto const middle = values.begin() + ptrdiff_t(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
 }
-} // namespace
 
 bool Measurements::ReportContext(Context const&) { return true; }
 
@@ -51,20 +39,22 @@ void Measurements::collect(Run const& run) {
 
 std::optional<double> Measurements::leastProcessorTime(std::string const& name) const {
     auto const found = m_samples.find(name);
-    return found == m_samples.end() ? std::nullopt : leastOf(found->second.processor);
+    return found == m_samples.end() ? std::nullopt : std::optional(std::ranges::min(found->second.processor));
 }
 
 std::optional<double> Measurements::clockTime(std::string const& name) const {
     auto const found = m_samples.find(name);
-    return found == m_samples.end() ? std::nullopt : medianOf(found->second.clock);
+    return found == m_samples.end() ? std::nullopt : std::optional(medianOf(found->second.clock));
 }
 
 std::optional<double> Measurements::least(std::string const& name, std::string const& counter) const {
-    return leastOf(counted(name, counter));
+    auto const values = counted(name, counter);
+    return values.empty() ? std::nullopt : std::optional(std::ranges::min(values));
 }
 
 std::optional<double> Measurements::largest(std::string const& name, std::string const& counter) const {
-    return largestOf(counted(name, counter));
+    auto const values = counted(name, counter);
+    return values.empty() ? std::nullopt : std::optional(std::ranges::max(values));
 }
 
 std::vector<double> Measurements::counted(std::string const& name, std::string const& counter) const {

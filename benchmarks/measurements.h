@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+/// The middle one; there must be one.
+[[nodiscard]] double medianOf(std::vector<double> values);
+
 /// Collects what the benchmark library measures: a benchmark's repetitions become one figure. A benchmark is
 /// named "subject way/size"; what was not measured is empty.
 class Measurements : public benchmark::BenchmarkReporter {

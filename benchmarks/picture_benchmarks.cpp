@@ -1,4 +1,5 @@
 #include "benchmarks/benchmarks.h"
+#include "benchmarks/measurements.h"
 #include "benchmarks/noise_picture.h"
 #include "benchmarks/opencv_means.h"
 #include "benchmarks/plain_reads.h"
@@ -103,12 +104,6 @@ void convertColours(CSbl const& statistics) {
             CSbl::Block const& block = statistics.block(row, column);
             benchmark::DoNotOptimize(rgbToLab(block.red, block.green, block.blue));
         }
-}
-
-double medianOf(std::vector<double> values) {
-    auto const middle = values.begin() + ptrdiff_t(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 // The plug-in's way and the plain reads take turns picture by picture: what slows the machine's memory
